@@ -1,0 +1,35 @@
+#pragma once
+
+#include "OrvCore/Models.h"
+#include "OrvCore/StackDetector.h"
+
+namespace orv {
+
+/// Turns a service into the shell line that starts or installs it. Pure but for looking into the target's folder; safe
+/// on any thread.
+namespace CommandBuilder {
+
+/// The one quoting rule for a POSIX shell: always in single quotes, each "'" inside as "'\''".
+[[nodiscard]] QString quote(const QString& text);
+
+/// "cd " + quoted folder + " && " + the run part. `flutterDevice` matters only to a Flutter service.
+[[nodiscard]] QString command(ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
+                              const std::optional<QString>& flutterDevice);
+/// The run part alone.
+[[nodiscard]] QString body(ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
+                           const std::optional<QString>& flutterDevice);
+/// The same two over stacks that were detected already (the scanner has them).
+[[nodiscard]] QString body(const QList<DetectedStack>& stacks, ServiceKind kind, const QString& folder,
+                           const std::optional<QString>& framework, const std::optional<QString>& flutterDevice);
+
+/// The detected stack that a target stands for: of its kind, with its framework where one has it, else the first.
+[[nodiscard]] std::optional<DetectedStack> stack(ServiceKind kind, const QString& folder,
+                                                 const std::optional<QString>& framework);
+
+[[nodiscard]] bool needsInstall(const ServiceTarget& target);
+[[nodiscard]] QString installBody(const ServiceTarget& target);
+/// "cd " + quoted folder + " && " + the install command.
+[[nodiscard]] QString install(const ServiceTarget& target);
+
+} // namespace CommandBuilder
+} // namespace orv

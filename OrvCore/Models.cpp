@@ -1,0 +1,1 @@
+#include "OrvCore/Models.h"

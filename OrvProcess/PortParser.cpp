@@ -1,0 +1,1 @@
+#include "OrvProcess/PortParser.h"

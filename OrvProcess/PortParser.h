@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QByteArrayView>
+#include <QString>
+#include <optional>
+
+namespace orv::PortParser {
+
+/// The line without ANSI control sequences.
+[[nodiscard]] QString stripANSI(const QString& line);
+/// The port that a line of output announces. The digits stand as they are: 99999 is possible.
+[[nodiscard]] std::optional<int> port(const QString& line);
+/// False only for bytes in which no line announces a port: a cheap test before `port`, for text of any length.
+[[nodiscard]] bool mayAnnounce(QByteArrayView utf8);
+
+} // namespace orv::PortParser

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "OrvCore/Models.h"
+#include "OrvProcess/LogBuffer.h"
+
+#include <QFuture>
+#include <QObject>
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace orv {
+
+/// One service of one project.
+struct ServiceID {
+    QString projectID;
+    ServiceKind kind = ServiceKind::app;
+    QString directory;
+
+    bool operator==(const ServiceID&) const = default;
+};
+size_t qHash(const ServiceID& id, size_t seed = 0) noexcept;
+
+struct ServiceState {
+    enum class Phase { running, failed, stopped, starting };
+    Phase phase = Phase::stopped;
+    std::optional<int> port; ///< of a running service, when it is known
+    QString message;         ///< of a failed one, shown to the user
+
+    bool operator==(const ServiceState&) const = default;
+    [[nodiscard]] bool isActive() const { return phase == Phase::running || phase == Phase::starting; }
+    [[nodiscard]] bool isRunning() const { return phase == Phase::running; }
+    [[nodiscard]] static ServiceState running(std::optional<int> port) { return {Phase::running, port, {}}; }
+    [[nodiscard]] static ServiceState failed(const QString& message) { return {Phase::failed, {}, message}; }
+    [[nodiscard]] static ServiceState stopped() { return {}; }
+    [[nodiscard]] static ServiceState starting() { return {Phase::starting, {}, {}}; }
+};
+
+/// Starts services, keeps their output and state, and stops them. Lives on the main thread.
+class ProcessManager : public QObject {
+    Q_OBJECT
+public:
+    static constexpr qsizetype maxLogLines = 5000;
+
+    explicit ProcessManager(std::chrono::milliseconds killTimeout, QObject* parent = nullptr);
+    /// Kills what still runs and waits for its readers.
+    ~ProcessManager() override;
+
+    [[nodiscard]] static ServiceID id(const ServiceTarget& target, const QString& projectID);
+
+    /// What was started at least once; a service that is not in it is stopped.
+    [[nodiscard]] const QHash<ServiceID, ServiceState>& states() const;
+    [[nodiscard]] ServiceState state(const ServiceID& id) const;
+    /// The newest lines of the service's output, at most `maxLogLines`.
+    [[nodiscard]] const LogBuffer& log(const ServiceID& id) const;
+    /// Services in the state running.
+    [[nodiscard]] int runningCount() const;
+    [[nodiscard]] bool wasUserStopped(const ServiceID& id) const;
+    /// The live process (and group) of a service.
+    [[nodiscard]] std::optional<qint64> processID(const ServiceID& id) const;
+
+    void start(const ServiceTarget& target, const QString& projectID);
+    /// Finishes when the group is gone or the escalation has ended.
+    QFuture<void> stop(const ServiceID& id);
+    /// Stops every service that has a live process, all at once.
+    QFuture<void> stopAll();
+
+    /// The TCP ports on which a process of the service's session really listens, ascending, as last looked up.
+    [[nodiscard]] QList<int> listeningPorts(const ServiceID& id) const;
+    /// Looks them up now, off the main thread.
+    QFuture<QList<int>> refreshListeningPorts(const ServiceID& id);
+
+    /// Called after every state change.
+    void setOnChange(std::function<void()> onChange);
+    /// From a Docker service's folder to the line that stops its stack.
+    void setDockerStopCommand(std::function<QString(const QString& folder)> command);
+
+Q_SIGNALS:
+    void stateChanged(const orv::ServiceID& id);
+    void logReset(const orv::ServiceID& id);
+    /// `added` lines came at the end, `dropped` went at the front.
+    void logAppended(const orv::ServiceID& id, qsizetype added, qsizetype dropped);
+    void listeningPortsChanged(const orv::ServiceID& id);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace orv

@@ -1,0 +1,1 @@
+#include "OrvUI/ModelTypes.h"

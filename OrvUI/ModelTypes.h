@@ -1,0 +1,120 @@
+#pragma once
+
+#include "OrvCore/Models.h"
+#include "OrvProcess/ProcessManager.h"
+
+#include <QUuid>
+#include <set>
+#include <variant>
+
+namespace orv {
+
+// The pages, sheets and tabs that the window shows, as the model names them.
+
+enum class SettingsSection { profile, git, ai, appearance, notifications, general, projects };
+[[nodiscard]] QString title(SettingsSection section);
+
+enum class DetailTab { overview, tasks, terminal, logs, git, files };
+[[nodiscard]] QString title(DetailTab tab);
+
+struct AppPage {
+    enum class Kind { settings, collection, project, folder, home, tasks, ai };
+    Kind kind = Kind::home;
+    QString id; ///< the path of a collection or folder, or a project's id
+    SettingsSection section = SettingsSection::profile;
+
+    bool operator==(const AppPage&) const = default;
+};
+
+enum class AddProjectMode { newFolder, clone };
+struct AppSheet {
+    enum class Kind { addProject, widgetsHowTo };
+    Kind kind = Kind::addProject;
+    AddProjectMode mode = AddProjectMode::newFolder;
+
+    bool operator==(const AppSheet&) const = default;
+};
+
+/// A transient line; two messages with one text are still two.
+struct StatusMessage {
+    QUuid id = QUuid::createUuid();
+    QString text;
+    bool isError = false;
+
+    bool operator==(const StatusMessage&) const = default;
+};
+
+struct GitBadge {
+    int changes = 0;
+    int ahead = 0;
+    int behind = 0;
+    int repoCount = 0;
+
+    bool operator==(const GitBadge&) const = default;
+};
+
+struct ModalContent {
+    QString title;
+    QString body;
+
+    bool operator==(const ModalContent&) const = default;
+};
+
+/// The sidebar's filter.
+enum class ProjectFilter { all, pinned, running, fullStack, flutter };
+[[nodiscard]] QString title(ProjectFilter filter);
+
+struct FlutterDevice {
+    QString id;
+    QString name;
+
+    bool operator==(const FlutterDevice&) const = default;
+};
+
+/// What a run button offers.
+enum class RunAction { frontend, backend, both, app, flutter, docker };
+using ServiceKinds = std::set<ServiceKind>;
+/// The button's label, which is also what is stored as the last run's action.
+[[nodiscard]] QString rawValue(RunAction action);
+[[nodiscard]] std::optional<RunAction> runAction(QStringView raw);
+[[nodiscard]] ServiceKinds kinds(RunAction action);
+[[nodiscard]] std::optional<RunAction> runActionFrom(const ServiceKinds& kinds);
+
+/// A run that waits for its first install.
+struct PendingInstall {
+    Project project;
+    ServiceKinds kinds;
+    std::optional<QString> flutterDevice;
+
+    bool operator==(const PendingInstall&) const = default;
+};
+
+struct SetupStep {
+    enum class Status { pending, running, done, failed };
+    ServiceID id;
+    QString title;
+    QString command;
+    Status status = Status::pending;
+
+    bool operator==(const SetupStep&) const = default;
+};
+
+/// A project's first install, from the question to its end.
+struct SetupSession {
+    struct Phase {
+        enum class Kind { failed, confirm, running };
+        Kind kind = Kind::confirm;
+        QString reason; ///< of a failed one
+
+        bool operator==(const Phase&) const = default;
+    };
+    Project project;
+    QList<SetupStep> steps;
+    Phase phase;
+
+    bool operator==(const SetupSession&) const = default;
+    /// The sentence under the sheet's title.
+    [[nodiscard]] QString text() const;
+};
+
+} // namespace orv

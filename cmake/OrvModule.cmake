@@ -1,0 +1,89 @@
+# How a module, a test and a program of this tree are made.
+#
+# A module sees only itself and the modules in its LINKS: its headers are reached through a folder that holds
+# nothing but a link to it, so that `#include "OrvProcess/PortParser.h"` compiles only where OrvProcess is linked.
+
+# The allowed edges. Whoever adds one, adds it here and to the picture in ARCHITECTURE.md.
+set(ORV_EDGES_OrvCore "")
+set(ORV_EDGES_OrvProcess OrvCore)
+set(ORV_EDGES_OrvUI OrvCore OrvProcess)
+set(ORV_EDGES_OrvScreens OrvCore OrvProcess OrvUI)
+
+add_library(orv_options INTERFACE)
+target_compile_options(orv_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor
+    -Woverloaded-virtual -Werror)
+target_compile_definitions(orv_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII
+    QT_NO_FOREACH QT_DISABLE_DEPRECATED_BEFORE=0x060400 ORV_VERSION="${PROJECT_VERSION}")
+if(ORV_SANITIZE)
+    target_compile_options(orv_options INTERFACE -fsanitize=${ORV_SANITIZE} -fno-omit-frame-pointer
+        -fno-sanitize-recover=all)
+    target_link_options(orv_options INTERFACE -fsanitize=${ORV_SANITIZE})
+endif()
+
+function(_orv_include_link name folder)
+    set(parent ${CMAKE_BINARY_DIR}/include/${name})
+    file(MAKE_DIRECTORY ${parent})
+    if(NOT EXISTS ${parent}/${folder})
+        file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${parent}/${folder} SYMBOLIC)
+    endif()
+    target_include_directories(${name} PUBLIC ${parent})
+endfunction()
+
+function(_orv_verify_headers name folder headers)
+    if(NOT ORV_VERIFY_HEADERS)
+        return()
+    endif()
+    set(units "")
+    foreach(header IN LISTS headers)
+        string(MAKE_C_IDENTIFIER ${header} id)
+        set(unit ${CMAKE_BINARY_DIR}/headers/${name}/${id}.cpp)
+        file(CONFIGURE OUTPUT ${unit} CONTENT "#include \"${folder}/${header}\"\n")
+        list(APPEND units ${unit})
+    endforeach()
+    add_library(${name}_headers OBJECT ${units})
+    target_link_libraries(${name}_headers PRIVATE ${name})
+endfunction()
+
+# orv_module(NAME [FOLDER folder] SOURCES ... [HEADERS ...] [MODULES our modules] [LIBRARIES others])
+function(orv_module name)
+    cmake_parse_arguments(arg "" "FOLDER" "SOURCES;HEADERS;MODULES;LIBRARIES" ${ARGN})
+    if(NOT DEFINED ORV_EDGES_${name})
+        message(FATAL_ERROR "${name} is not in the table of modules (cmake/OrvModule.cmake)")
+    endif()
+    foreach(module IN LISTS arg_MODULES)
+        if(NOT module IN_LIST ORV_EDGES_${name})
+            message(FATAL_ERROR "${name} may not link ${module}: the edge is not in cmake/OrvModule.cmake")
+        endif()
+    endforeach()
+    if(NOT arg_FOLDER)
+        set(arg_FOLDER ${name})
+    endif()
+    add_library(${name} STATIC ${arg_SOURCES} ${arg_HEADERS})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_link_libraries(${name} PUBLIC ${arg_MODULES} ${arg_LIBRARIES} PRIVATE orv_options)
+    _orv_include_link(${name} ${arg_FOLDER})
+    _orv_verify_headers(${name} ${arg_FOLDER} "${arg_HEADERS}")
+endfunction()
+
+# orv_program(NAME SOURCES ... [MODULES ...] [LIBRARIES ...]): an executable of the tree.
+function(orv_program name)
+    cmake_parse_arguments(arg "" "" "SOURCES;MODULES;LIBRARIES" ${ARGN})
+    add_executable(${name} ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_link_libraries(${name} PRIVATE ${arg_MODULES} ${arg_LIBRARIES} orv_options)
+endfunction()
+
+# orv_test(NAME SOURCES ... [MODULES ...] [LIBRARIES ...] [TIMEOUT s] [SERIAL]): one GoogleTest program, one entry of CTest. The
+# main function (tests/support/TestMain.cpp) makes a QCoreApplication and a support folder of the test's own.
+function(orv_test name)
+    cmake_parse_arguments(arg "SERIAL" "TIMEOUT" "SOURCES;MODULES;LIBRARIES" ${ARGN})
+    orv_program(${name} SOURCES ${arg_SOURCES} MODULES ${arg_MODULES} orv_test_support LIBRARIES ${arg_LIBRARIES})
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 120)
+    endif()
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
+    if(arg_SERIAL)
+        set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+    endif()
+endfunction()

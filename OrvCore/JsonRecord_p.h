@@ -265,6 +265,38 @@ Decoded<Record> decode(const QJsonObject& json, Record record) {
     return record;
 }
 
+/// Gathers the keys of a record.
+class KeyList {
+public:
+    template <typename T>
+    void required(QLatin1StringView key, const T&) {
+        m_keys.append(key);
+    }
+    template <typename T>
+    void optional(QLatin1StringView key, const T&) {
+        m_keys.append(key);
+    }
+    template <typename T>
+    void defaulted(QLatin1StringView key, const T&) {
+        m_keys.append(key);
+    }
+    void folder(QLatin1StringView key, const QString&) { m_keys.append(key); }
+
+    [[nodiscard]] const QStringList& keys() const { return m_keys; }
+
+private:
+    QStringList m_keys;
+};
+
+/// Every key that a record may have.
+template <typename Record>
+[[nodiscard]] QStringList keys() {
+    const Record record{};
+    KeyList list;
+    visitFields(record, list);
+    return list.keys();
+}
+
 /// The value of a whole file.
 [[nodiscard]] inline std::expected<QJsonDocument, QString> parse(const QByteArray& bytes) {
     QJsonParseError error;

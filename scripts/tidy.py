@@ -11,6 +11,7 @@ import concurrent.futures
 import hashlib
 import json
 import os
+import re
 import shlex
 import subprocess
 import sys
@@ -85,8 +86,7 @@ def check(file, entry, options, common):
         if mark:
             mark.touch()
         return True, True, ""
-    errors = [line for line in run.stderr.splitlines() if "warnings generated" not in line
-              and "warnings treated as errors" not in line]
+    errors = [line for line in run.stderr.splitlines() if not re.search(r"^\d+ (warning|error)", line)]
     return False, True, "\n".join([run.stdout.rstrip(), *errors]).strip()
 
 

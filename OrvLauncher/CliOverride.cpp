@@ -116,17 +116,14 @@ QFuture<int> withService(Invocation& call, const Action& action) {
         return QtFuture::makeReadyFuture(
             call.usageError(u"'%1' is no kind; the kinds are %2."_s.arg(printable(call.words[1]), kindNames())));
     }
-    return exitCodeOf(
-        findProject(call, call.words[0], nullptr), call.context,
-        [&call, kind = *kind, action](const FoundProject& project) -> int {
-            const auto key =
-                project.and_then([&](const Project& found) { return keyIn(found, kind, call.value(u"dir"_s)); });
-            if (!key) {
-                return key.error().exitCode == exitUsage ? call.usageError(key.error().message)
-                                                         : call.failure(key.error().message);
-            }
-            return action(*key);
-        });
+    const auto onKey = [&call, kind = *kind, action](const FoundProject& project) -> int {
+        if (!project) {
+            return refusal(call, project.error());
+        }
+        const auto key = keyIn(*project, kind, call.value(u"dir"_s));
+        return key ? action(*key) : refusal(call, key.error());
+    };
+    return exitCodeOf(findProject(call, call.words[0], nullptr), call.context, onKey);
 }
 
 /// What the options change in an override; an empty value takes a part of it away.

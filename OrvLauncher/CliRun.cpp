@@ -77,9 +77,7 @@ QFuture<int> run(Invocation& call) {
     onFinished(
         findProject(call, call.words.first(), overrides), call.context, [&call, finish](const FoundProject& project) {
             if (!project) {
-                finish(
-                    project.error().exitCode == exitUsage ? call.usageError(project.error().message)
-                                                          : call.failure(project.error().message));
+                finish(refusal(call, project.error()));
                 return;
             }
             const auto kinds = kindsToRun(call, *project);

@@ -88,8 +88,7 @@ QFuture<int> add(Invocation& call) {
     return exitCodeOf(
         findProject(call, call.words[0], nullptr), call.context, [&call, title](const FoundProject& project) -> int {
             if (!project) {
-                return project.error().exitCode == exitUsage ? call.usageError(project.error().message)
-                                                             : call.failure(project.error().message);
+                return refusal(call, project.error());
             }
             TaskStore store;
             const QUuid id = store.add(title, call.value(u"notes"_s), project->id, project->name);

@@ -75,10 +75,6 @@ QFuture<int> RunSession::start() {
     return m_exit.future();
 }
 
-bool RunSession::isOurs(const ServiceID& id) const {
-    return id.projectID == m_project.id || (AppModel::isInstall(id) && id.projectID.startsWith(m_project.id));
-}
-
 bool RunSession::isAnyActive() const {
     const auto& states = m_model.processes().states();
     return std::any_of(states.begin(), states.end(), [](const ServiceState& state) { return state.isActive(); });
@@ -151,9 +147,6 @@ void RunSession::install() {
 }
 
 void RunSession::stateChanged(const ServiceID& id) {
-    if (!isOurs(id)) {
-        return;
-    }
     const ServiceState state = m_model.processes().state(id);
     QJsonObject fields{{u"state"_s, nameOf(state.phase)}};
     if (state.port) {
@@ -186,9 +179,6 @@ void RunSession::stateChanged(const ServiceID& id) {
 }
 
 void RunSession::logAppended(const ServiceID& id, qsizetype added) {
-    if (!isOurs(id)) {
-        return;
-    }
     const LogBuffer& log = m_model.processes().log(id);
     const qsizetype shownLines = std::min(added, log.size());
     const bool hasColor = m_console.out.hasColor();
@@ -219,7 +209,7 @@ void RunSession::logAppended(const ServiceID& id, qsizetype added) {
 /// Says where the service is up, once a port is sure: it listens there, and said so itself. Another port that it opened
 /// (a debugger's, say) is given only when nothing better came for a while.
 void RunSession::sayAddress(const ServiceID& id, bool hasWaited) {
-    if (!isOurs(id) || AppModel::isInstall(id) || m_isStopping) {
+    if (AppModel::isInstall(id) || m_isStopping) {
         return;
     }
     const ServiceState state = m_model.processes().state(id);

@@ -17,7 +17,7 @@
 namespace orv {
 
 /// One run of a project's services in the terminal: their output, line by line with a label, what becomes of them, and
-/// their end. Main thread.
+/// their end. Nothing else may run in the model. Main thread.
 ///
 /// Output goes to stdout, everything said about it to stderr; with `json` both are events on stdout, one a line:
 /// "install", "state", "log", "skipped", "address", "end".
@@ -45,7 +45,6 @@ private:
         QTimer* patience = nullptr; ///< until an address is given that nothing confirms
     };
 
-    [[nodiscard]] bool isOurs(const ServiceID& id) const;
     [[nodiscard]] bool isAnyActive() const;
     Shown& shown(const ServiceID& id);
     void addLabels();

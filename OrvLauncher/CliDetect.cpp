@@ -102,7 +102,7 @@ QFuture<int> detect(Invocation& call) {
         return QtFuture::makeReadyFuture(call.failure(u"folder not found: "_s + shortPath(folder)));
     }
     ProjectScanner scanner;
-    scanner.overrides = std::make_shared<OverrideStore>(storePath(u"overrides.json"_s));
+    scanner.overrides = std::make_shared<OverrideStore>();
     const std::optional<Project> project = scanner.project(folder);
     const QList<FoundStack> stacks = stacksOf(folder, project);
     if (call.json) {

@@ -15,7 +15,7 @@ namespace {
 constexpr int largestPort = 65535;
 
 std::shared_ptr<OverrideStore> openStore() {
-    return std::make_shared<OverrideStore>(storePath(u"overrides.json"_s));
+    return std::make_shared<OverrideStore>();
 }
 
 QString kindNames() {

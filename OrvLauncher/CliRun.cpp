@@ -67,7 +67,7 @@ std::expected<ServiceKinds, QString> kindsToRun(const Invocation& call, const Pr
 
 QFuture<int> run(Invocation& call) {
     reportBrokenStores(call);
-    const auto overrides = std::make_shared<OverrideStore>(storePath(u"overrides.json"_s));
+    const auto overrides = std::make_shared<OverrideStore>();
     auto promise = std::make_shared<QPromise<int>>();
     promise->start();
     const auto finish = [promise](int exitCode) {

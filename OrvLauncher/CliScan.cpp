@@ -69,7 +69,7 @@ QFuture<int> scan(Invocation& call) {
     auto* progress = new Progress(call.console.err, u"Scanning %1…"_s.arg(shortPath(root)), call.context);
     const auto projects = runInPool([root] {
         ProjectScanner scanner;
-        scanner.overrides = std::make_shared<OverrideStore>(storePath(u"overrides.json"_s));
+        scanner.overrides = std::make_shared<OverrideStore>();
         return scanner.scan(root);
     });
     return exitCodeOf(projects, call.context, [&call, root, progress](const QList<Project>& found) -> int {

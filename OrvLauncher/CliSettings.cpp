@@ -92,7 +92,7 @@ void printSetting(const Invocation& call, const QString& key, const QJsonObject&
 
 QFuture<int> list(Invocation& call) {
     reportBrokenStores(call);
-    const QJsonObject settings = SettingsStore(storePath(u"settings.json"_s)).settings().toJson();
+    const QJsonObject settings = SettingsStore().settings().toJson();
     if (call.json) {
         printJson(call.console.out, settings);
         return QtFuture::makeReadyFuture(int(exitOk));
@@ -113,7 +113,7 @@ QFuture<int> get(Invocation& call) {
         return QtFuture::makeReadyFuture(int(*wrong));
     }
     reportBrokenStores(call);
-    printSetting(call, call.words.first(), SettingsStore(storePath(u"settings.json"_s)).settings().toJson());
+    printSetting(call, call.words.first(), SettingsStore().settings().toJson());
     return QtFuture::makeReadyFuture(int(exitOk));
 }
 
@@ -126,7 +126,7 @@ int store(const Invocation& call, const QJsonValue& value) {
         value.isUndefined() ? json.remove(key) : void(json[key] = value);
         return AppSettings::fromJson(json);
     };
-    SettingsStore settings(storePath(u"settings.json"_s));
+    SettingsStore settings;
     if (const auto record = changed(settings.settings()); !record) {
         return call.usageError(record.error().text());
     }

@@ -55,17 +55,19 @@ QString tasksError(const QJsonDocument& json) {
 }
 
 struct Store {
-    QStringView fileName;
+    QString (*path)();
     bool isArray;
     QString (*error)(const QJsonDocument&);
 };
 constexpr std::array stores{
-    Store{u"settings.json", false, settingsError}, Store{u"overrides.json", false, overridesError},
-    Store{u"tasks.json", true, tasksError}};
+    Store{SettingsStore::defaultPath, false, settingsError},
+    Store{OverrideStore::defaultPath, false, overridesError},
+    Store{TaskStore::defaultPath, true, tasksError},
+};
 
 /// Why the store's file does not count; empty when it does, or when there is none.
 QString storeError(const Store& store) {
-    const StoredBytes stored = StoreIO::read(storePath(store.fileName.toString()));
+    const StoredBytes stored = StoreIO::read(store.path());
     if (stored.state == StoredBytes::State::absent) {
         return {};
     }
@@ -122,22 +124,18 @@ FoundProject projectNamed(const QString& name, const QString& root, const QList<
 
 } // namespace
 
-QString storePath(const QString& fileName) {
-    return Paths::supportDirectory() + u'/' + fileName;
-}
-
 void reportBrokenStores(const Invocation& call) {
     for (const Store& store : stores) {
-        const QString fileName = store.fileName.toString();
         if (const QString error = storeError(store); !error.isEmpty()) {
+            const QString path = store.path();
             call.note(u"%1 is broken and does not count: %2. It is kept as %3.corrupt when something is saved."_s.arg(
-                shortPath(storePath(fileName)), error, fileName));
+                shortPath(path), error, QFileInfo(path).fileName()));
         }
     }
 }
 
 QString configuredScanRoot() {
-    return SettingsStore(storePath(u"settings.json"_s)).settings().scanRoot;
+    return SettingsStore().settings().scanRoot;
 }
 
 QByteArray compactJson(const QJsonValue& value) {

@@ -16,8 +16,6 @@
 
 namespace orv {
 
-/// The path of a store: "settings.json", "overrides.json", "tasks.json".
-[[nodiscard]] QString storePath(const QString& fileName);
 /// Says on stderr which stores can't be understood, why, and what becomes of them.
 void reportBrokenStores(const Invocation& call);
 /// The folder that a scan goes through when none is named.

@@ -213,12 +213,16 @@ void RunSession::sayAddress(const ServiceID& id, bool hasWaited) {
         return;
     }
     const ServiceState state = m_model.processes().state(id);
-    const std::optional<int> port = m_model.addressPort(id);
+    const QList<int> listening = m_model.processes().listeningPorts(id);
+    std::optional<int> port = m_model.addressPort(id);
+    if (!port && !listening.isEmpty()) {
+        port = listening.first(); // a server that says nothing
+    }
     Shown& service = shown(id);
     if (!state.isActive() || !port || service.saidPort == port) {
         return;
     }
-    const bool listens = m_model.processes().listeningPorts(id).contains(*port);
+    const bool listens = listening.contains(*port);
     const bool isSure = listens && (state.port == port || saysPort(m_model.processes().log(id), *port));
     if (!isSure && !hasWaited) {
         if (service.patience == nullptr) {

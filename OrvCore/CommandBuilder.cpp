@@ -1,6 +1,7 @@
 #include "OrvCore/CommandBuilder.h"
 
 #include <QFile>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -9,14 +10,16 @@ namespace orv::CommandBuilder {
 
 namespace {
 
-QString path(const QString& folder, QLatin1StringView relative) { return folder + u'/' + relative; }
+QString path(const QString& folder, QLatin1StringView relative) {
+    return folder + u'/' + relative;
+}
 
 QString inFolder(const QString& folder, const QString& command) {
     return "cd "_L1 + quote(folder) + " && "_L1 + command;
 }
 
-std::optional<DetectedStack> stackAmong(const QList<DetectedStack>& stacks, ServiceKind kind,
-                                        const std::optional<QString>& framework) {
+std::optional<DetectedStack> stackAmong(
+    const QList<DetectedStack>& stacks, ServiceKind kind, const std::optional<QString>& framework) {
     const DetectedStack* first = nullptr;
     for (const DetectedStack& stack : stacks) {
         if (stack.kind != kind) {
@@ -31,8 +34,8 @@ std::optional<DetectedStack> stackAmong(const QList<DetectedStack>& stacks, Serv
 }
 
 /// What is tried where nothing is detected any more.
-QString bodyWithoutStack(ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
-                         const QString& deviceSuffix) {
+QString bodyWithoutStack(
+    ServiceKind kind, const QString& folder, const std::optional<QString>& framework, const QString& deviceSuffix) {
     if (kind == ServiceKind::docker) {
         return u"docker compose up"_s;
     }
@@ -72,23 +75,27 @@ QString word(const QString& text) {
     return !text.isEmpty() && std::ranges::all_of(text, isHarmless) ? text : quote(text);
 }
 
-QString command(ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
-                const std::optional<QString>& flutterDevice) {
+QString command(
+    ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
+    const std::optional<QString>& flutterDevice) {
     return inFolder(folder, body(kind, folder, framework, flutterDevice));
 }
 
-QString command(const QList<DetectedStack>& stacks, ServiceKind kind, const QString& folder,
-                const std::optional<QString>& framework, const std::optional<QString>& flutterDevice) {
+QString command(
+    const QList<DetectedStack>& stacks, ServiceKind kind, const QString& folder,
+    const std::optional<QString>& framework, const std::optional<QString>& flutterDevice) {
     return inFolder(folder, body(stacks, kind, folder, framework, flutterDevice));
 }
 
-QString body(ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
-             const std::optional<QString>& flutterDevice) {
+QString body(
+    ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
+    const std::optional<QString>& flutterDevice) {
     return body(StackDetector::detect(folder, Fallbacks::allowed), kind, folder, framework, flutterDevice);
 }
 
-QString body(const QList<DetectedStack>& stacks, ServiceKind kind, const QString& folder,
-             const std::optional<QString>& framework, const std::optional<QString>& flutterDevice) {
+QString body(
+    const QList<DetectedStack>& stacks, ServiceKind kind, const QString& folder,
+    const std::optional<QString>& framework, const std::optional<QString>& flutterDevice) {
     const QString deviceSuffix = flutterDevice ? " -d "_L1 + word(*flutterDevice) : QString();
     const auto stack = stackAmong(stacks, kind, framework);
     if (!stack) {
@@ -116,6 +123,8 @@ QString installBody(const ServiceTarget& target) {
     return found && found->install ? *found->install : u"npm install"_s;
 }
 
-QString install(const ServiceTarget& target) { return inFolder(target.directory, installBody(target)); }
+QString install(const ServiceTarget& target) {
+    return inFolder(target.directory, installBody(target));
+}
 
 } // namespace orv::CommandBuilder

@@ -2,6 +2,7 @@
 #include "OrvCore/Detectors_p.h"
 
 #include <QByteArrayView>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -13,9 +14,10 @@ namespace {
 /// A package clause stands before any code; a longer introduction is no real file's.
 constexpr qint64 clauseWithinBytes = 64 * 1024;
 
-constexpr std::array frameworks{NamedFramework{"gin-gonic/gin", "Gin"}, NamedFramework{"labstack/echo", "Echo"},
-                                NamedFramework{"gofiber/fiber", "Fiber"}, NamedFramework{"go-chi/chi", "Chi"},
-                                NamedFramework{"gorilla/mux", "Gorilla"}};
+constexpr std::array frameworks{
+    NamedFramework{"gin-gonic/gin", "Gin"}, NamedFramework{"labstack/echo", "Echo"},
+    NamedFramework{"gofiber/fiber", "Fiber"}, NamedFramework{"go-chi/chi", "Chi"},
+    NamedFramework{"gorilla/mux", "Gorilla"}};
 
 /// A build constraint that keeps the file out of every ordinary build (go help buildconstraint).
 bool isIgnoreConstraint(QByteArrayView comment) {

@@ -14,8 +14,9 @@ struct LockFile {
     const char* packageManager;
 };
 
-constexpr std::array lockFiles{LockFile{"bun.lockb", "bun"}, LockFile{"bun.lock", "bun"},
-                               LockFile{"pnpm-lock.yaml", "pnpm"}, LockFile{"yarn.lock", "yarn"}};
+constexpr std::array lockFiles{
+    LockFile{"bun.lockb", "bun"}, LockFile{"bun.lock", "bun"}, LockFile{"pnpm-lock.yaml", "pnpm"},
+    LockFile{"yarn.lock", "yarn"}};
 
 struct Framework {
     const char* dependency;
@@ -109,11 +110,12 @@ Detectors::Found Detectors::node(Input input) {
     const Framework* framework = frameworkOf(*package);
     const QString manager = input.workspace ? input.workspace->packageManager : packageManager(input.files);
 
-    DetectedStack stack{.kind = framework != nullptr ? framework->kind : ServiceKind::frontend,
-                        .framework = framework != nullptr ? QString::fromUtf8(framework->name) : u"Node"_s,
-                        .run = scriptCommand((*package)["scripts"_L1].toObject(), manager),
-                        .install = manager + " install"_L1,
-                        .installMarker = u"node_modules"_s};
+    DetectedStack stack{
+        .kind = framework != nullptr ? framework->kind : ServiceKind::frontend,
+        .framework = framework != nullptr ? QString::fromUtf8(framework->name) : u"Node"_s,
+        .run = scriptCommand((*package)["scripts"_L1].toObject(), manager),
+        .install = manager + " install"_L1,
+        .installMarker = u"node_modules"_s};
     if (stack.run.isEmpty()) {
         const QString main = (*package)["main"_L1].toString();
         if (main.isEmpty()) {

@@ -8,8 +8,9 @@ namespace orv::Detectors {
 
 namespace {
 
-constexpr std::array rustFrameworks{NamedFramework{"actix-web", "Rust · Actix"}, NamedFramework{"axum", "Rust · Axum"},
-                                    NamedFramework{"rocket", "Rust · Rocket"}, NamedFramework{"warp", "Rust · Warp"}};
+constexpr std::array rustFrameworks{
+    NamedFramework{"actix-web", "Rust · Actix"}, NamedFramework{"axum", "Rust · Axum"},
+    NamedFramework{"rocket", "Rust · Rocket"}, NamedFramework{"warp", "Rust · Warp"}};
 
 bool says(FolderReader& files, const char* name, const char* word) {
     const auto text = files.text(name);
@@ -61,9 +62,10 @@ Found rust(Input input) {
         return std::nullopt;
     }
     const NamedFramework* framework = firstNamed(*manifest, rustFrameworks);
-    return DetectedStack{.kind = framework != nullptr ? ServiceKind::backend : ServiceKind::app,
-                         .framework = framework != nullptr ? QString::fromUtf8(framework->framework) : u"Rust"_s,
-                         .run = u"cargo run"_s};
+    return DetectedStack{
+        .kind = framework != nullptr ? ServiceKind::backend : ServiceKind::app,
+        .framework = framework != nullptr ? QString::fromUtf8(framework->framework) : u"Rust"_s,
+        .run = u"cargo run"_s};
 }
 
 Found java(Input input) {
@@ -85,11 +87,12 @@ Found dotnet(Input input) {
     for (const std::string& name : input.files.namesEndingIn(".csproj")) {
         if (const auto project = input.files.text(name)) {
             const bool isWeb = project->contains("Microsoft.NET.Sdk.Web");
-            return DetectedStack{.kind = isWeb ? ServiceKind::backend : ServiceKind::app,
-                                 .framework = isWeb ? u"ASP.NET"_s : u".NET"_s,
-                                 .run = u"dotnet run"_s,
-                                 .install = u"dotnet restore"_s,
-                                 .installMarker = u"obj"_s};
+            return DetectedStack{
+                .kind = isWeb ? ServiceKind::backend : ServiceKind::app,
+                .framework = isWeb ? u"ASP.NET"_s : u".NET"_s,
+                .run = u"dotnet run"_s,
+                .install = u"dotnet restore"_s,
+                .installMarker = u"obj"_s};
         }
     }
     return std::nullopt;
@@ -101,11 +104,12 @@ Found elixir(Input input) {
         return std::nullopt;
     }
     const bool isPhoenix = project->contains(":phoenix");
-    return DetectedStack{.kind = isPhoenix ? ServiceKind::backend : ServiceKind::app,
-                         .framework = isPhoenix ? u"Phoenix"_s : u"Elixir"_s,
-                         .run = isPhoenix ? u"mix phx.server"_s : u"mix run --no-halt"_s,
-                         .install = u"mix deps.get"_s,
-                         .installMarker = u"deps"_s};
+    return DetectedStack{
+        .kind = isPhoenix ? ServiceKind::backend : ServiceKind::app,
+        .framework = isPhoenix ? u"Phoenix"_s : u"Elixir"_s,
+        .run = isPhoenix ? u"mix phx.server"_s : u"mix run --no-halt"_s,
+        .install = u"mix deps.get"_s,
+        .installMarker = u"deps"_s};
 }
 
 Found swift(Input input) {
@@ -122,24 +126,27 @@ Found dart(Input input) {
         return std::nullopt;
     }
     if (manifest->contains("flutter:")) {
-        return DetectedStack{.kind = ServiceKind::flutter,
-                             .framework = u"Flutter"_s,
-                             .run = u"flutter run"_s,
-                             .install = u"flutter pub get"_s,
-                             .installMarker = u".dart_tool"_s};
+        return DetectedStack{
+            .kind = ServiceKind::flutter,
+            .framework = u"Flutter"_s,
+            .run = u"flutter run"_s,
+            .install = u"flutter pub get"_s,
+            .installMarker = u".dart_tool"_s};
     }
     if (!input.files.hasFile("lib/main.dart")) {
         return std::nullopt;
     }
-    return DetectedStack{.kind = ServiceKind::app,
-                         .framework = u"Dart"_s,
-                         .run = u"dart run"_s,
-                         .install = u"dart pub get"_s,
-                         .installMarker = u".dart_tool"_s};
+    return DetectedStack{
+        .kind = ServiceKind::app,
+        .framework = u"Dart"_s,
+        .run = u"dart run"_s,
+        .install = u"dart pub get"_s,
+        .installMarker = u".dart_tool"_s};
 }
 
 Found docker(Input input) {
-    if (firstFile(input.files, {"docker-compose.yml", "docker-compose.yaml", "compose.yml", "compose.yaml"}).isEmpty()) {
+    if (firstFile(input.files, {"docker-compose.yml", "docker-compose.yaml", "compose.yml", "compose.yaml"})
+            .isEmpty()) {
         return std::nullopt;
     }
     return DetectedStack{.kind = ServiceKind::docker, .framework = u"Docker"_s, .run = u"docker compose up"_s};
@@ -196,9 +203,8 @@ Found fallback(Input input) {
         }
     }
     if (input.files.hasFile("index.html")) {
-        return DetectedStack{.kind = ServiceKind::frontend,
-                             .framework = u"Static site"_s,
-                             .run = u"python3 -m http.server 8000"_s};
+        return DetectedStack{
+            .kind = ServiceKind::frontend, .framework = u"Static site"_s, .run = u"python3 -m http.server 8000"_s};
     }
     return std::nullopt;
 }

@@ -60,22 +60,25 @@ DetectedStack framework(const FolderReader& files, const QByteArray& dependencie
         return {.kind = ServiceKind::backend, .framework = u"Django"_s, .run = python + " manage.py runserver"_L1};
     }
     if (dependencies.contains("fastapi")) {
-        return {.kind = ServiceKind::backend,
-                .framework = u"FastAPI"_s,
-                .run = python + " -m uvicorn "_L1 + fastApiModule(files) + ":app --reload"_L1};
+        return {
+            .kind = ServiceKind::backend,
+            .framework = u"FastAPI"_s,
+            .run = python + " -m uvicorn "_L1 + fastApiModule(files) + ":app --reload"_L1};
     }
     if (dependencies.contains("flask")) {
-        return {.kind = ServiceKind::backend,
-                .framework = u"Flask"_s,
-                .run = python + " -m flask --app "_L1 + flaskModule(files) + " run"_L1};
+        return {
+            .kind = ServiceKind::backend,
+            .framework = u"Flask"_s,
+            .run = python + " -m flask --app "_L1 + flaskModule(files) + " run"_L1};
     }
     const bool isStreamlit = dependencies.contains("streamlit");
     const QString script = isStreamlit ? firstFile(files, {"streamlit_app.py", "app.py", "main.py"})
                                        : firstFile(files, {"main.py", "app.py", "run.py", "bot.py"});
     const QString start = isStreamlit ? python + " -m streamlit run "_L1 : python + u' ';
-    return {.kind = isStreamlit ? ServiceKind::frontend : ServiceKind::app,
-            .framework = isStreamlit ? u"Streamlit"_s : u"Python"_s,
-            .run = script.isEmpty() ? QString() : start + script};
+    return {
+        .kind = isStreamlit ? ServiceKind::frontend : ServiceKind::app,
+        .framework = isStreamlit ? u"Streamlit"_s : u"Python"_s,
+        .run = script.isEmpty() ? QString() : start + script};
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "OrvCore/StackDetector.h"
 
 #include <QJsonObject>
+
 #include <array>
 #include <initializer_list>
 #include <span>

@@ -5,8 +5,10 @@
 #include <QStringConverter>
 #include <QStringDecoder>
 #include <QUtf8StringView>
+
 #include <algorithm>
 #include <cerrno>
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -52,7 +54,7 @@ FolderReader::Type typeOf(unsigned char listed) {
 UniqueFd openRegular(int folder, std::string_view name, qint64* size) {
     const std::string path(name);
     UniqueFd fd(openRetrying(folder, path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat status {};
+    struct stat status{};
     if (!fd.isValid() || ::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return {};
     }
@@ -184,7 +186,7 @@ bool FolderReader::isFolder(const Entry& entry) const {
     if (entry.type != Type::unknown) {
         return entry.type == Type::folder;
     }
-    struct stat status {};
+    struct stat status{};
     return ::fstatat(m_fd.get(), name(entry).data(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
 }
 
@@ -220,7 +222,7 @@ bool FolderReader::hasFile(std::string_view relative) const {
     if (isListed && entry->type != Type::link && entry->type != Type::unknown) {
         return entry->type == Type::file;
     }
-    struct stat status {};
+    struct stat status{};
     return ::fstatat(m_fd.get(), std::string(relative).c_str(), &status, 0) == 0 && S_ISREG(status.st_mode);
 }
 
@@ -252,7 +254,9 @@ std::optional<QByteArray> FolderReader::prefix(std::string_view name, qint64 byt
 
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 /// Steps over a run of digits and gives it without leading zeros.
 std::string_view takeNumber(std::string_view& text) {

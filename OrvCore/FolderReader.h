@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+
 #include <bitset>
 #include <cstdint>
 #include <functional>
@@ -14,8 +15,8 @@
 
 namespace orv {
 
-/// One folder whose entries are listed once; what is asked about it afterwards is answered from that listing wherever the
-/// listing can tell. Names and relative paths are the file system's bytes.
+/// One folder whose entries are listed once; what is asked about it afterwards is answered from that listing wherever
+/// the listing can tell. Names and relative paths are the file system's bytes.
 ///
 /// Belongs to one thread at a time. Opening another folder reuses the buffers, so a walk needs one reader a thread.
 class FolderReader {
@@ -57,8 +58,8 @@ public:
     /// Whether it is a regular file, or a symbolic link to one.
     [[nodiscard]] bool hasFile(std::string_view relative) const;
 
-    /// A text file as valid UTF-8 without byte-order mark: UTF-16 and UTF-32 are converted where a mark tells, bytes that
-    /// are no UTF-8 are replaced. Absent for anything but a readable regular file of at most `limitBytes`.
+    /// A text file as valid UTF-8 without byte-order mark: UTF-16 and UTF-32 are converted where a mark tells, bytes
+    /// that are no UTF-8 are replaced. Absent for anything but a readable regular file of at most `limitBytes`.
     [[nodiscard]] std::optional<QByteArray> text(std::string_view name, qint64 limitBytes = defaultLimitBytes);
     /// The first bytes of a regular file, as they are.
     [[nodiscard]] std::optional<QByteArray> prefix(std::string_view name, qint64 bytes) const;

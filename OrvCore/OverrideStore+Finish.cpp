@@ -7,8 +7,7 @@ namespace orv {
 
 ServiceTarget OverrideStore::finish(ServiceTarget target, const QList<DetectedStack>& stacks) const {
     const auto generate = [&] {
-        target.command =
-            CommandBuilder::command(stacks, target.kind, target.directory, target.framework, u"macos"_s);
+        target.command = CommandBuilder::command(stacks, target.kind, target.directory, target.framework, u"macos"_s);
     };
     if (target.command.isEmpty()) {
         generate();

@@ -4,14 +4,15 @@
 
 #include <QDir>
 #include <QJsonDocument>
+
 #include <algorithm>
 
 namespace orv::StackDetector {
 
 namespace {
 
-constexpr std::array orderedDetectors{Detectors::node, Detectors::deno,   Detectors::python, Detectors::ruby,
-                                      Detectors::php,  Detectors::go,     Detectors::rust,   Detectors::java,
+constexpr std::array orderedDetectors{Detectors::node,   Detectors::deno,   Detectors::python, Detectors::ruby,
+                                      Detectors::php,    Detectors::go,     Detectors::rust,   Detectors::java,
                                       Detectors::dotnet, Detectors::elixir, Detectors::swift,  Detectors::dart};
 
 std::optional<EnclosingWorkspace> workspaceAround(const QString& folder) {
@@ -63,8 +64,8 @@ std::optional<QString> nodeWorkspaceRoot(const QString& folder) {
     QDir ancestor(QDir::cleanPath(QDir(folder).absolutePath()));
     FolderReader files;
     while (ancestor.cdUp() && !ancestor.isRoot()) {
-        const bool mayBeRoot = ancestor.exists(QStringLiteral("package.json")) ||
-                               ancestor.exists(QStringLiteral("pnpm-workspace.yaml"));
+        const bool mayBeRoot =
+            ancestor.exists(QStringLiteral("package.json")) || ancestor.exists(QStringLiteral("pnpm-workspace.yaml"));
         if (mayBeRoot && files.open(ancestor.path()) && workspacePackageManager(files)) {
             return ancestor.path();
         }
@@ -72,7 +73,9 @@ std::optional<QString> nodeWorkspaceRoot(const QString& folder) {
     return std::nullopt;
 }
 
-QString relativeUp(const QString& folder, const QString& ancestor) { return QDir(folder).relativeFilePath(ancestor); }
+QString relativeUp(const QString& folder, const QString& ancestor) {
+    return QDir(folder).relativeFilePath(ancestor);
+}
 
 } // namespace orv::StackDetector
 

@@ -8,18 +8,18 @@ namespace orv {
 /// One recognised technology of a folder.
 struct DetectedStack {
     ServiceKind kind = ServiceKind::app;
-    QString framework;                    ///< display name: "FastAPI", "Next.js"
-    QString run;                          ///< starts the service, relative to the folder
-    std::optional<QString> install;       ///< installs its dependencies
-    std::optional<QString> installMarker; ///< relative path whose existence means "already installed"
+    QString framework = {};                              ///< display name: "FastAPI", "Next.js"
+    QString run = {};                                    ///< starts the service, relative to the folder
+    std::optional<QString> install = std::nullopt;       ///< installs its dependencies
+    std::optional<QString> installMarker = std::nullopt; ///< relative path whose existence means "already installed"
 
     bool operator==(const DetectedStack&) const = default;
 };
 
 enum class Fallbacks { allowed, refused };
 
-/// Says what can be run in a folder from its marker files and a few manifests. Runs nothing, never fails, and is safe on
-/// any thread; a manifest that is unreadable, malformed or larger than `manifestLimitBytes` counts as absent.
+/// Says what can be run in a folder from its marker files and a few manifests. Runs nothing, never fails, and is safe
+/// on any thread; a manifest that is unreadable, malformed or larger than `manifestLimitBytes` counts as absent.
 namespace StackDetector {
 inline constexpr qint64 manifestLimitBytes = FolderReader::defaultLimitBytes;
 

@@ -105,19 +105,11 @@ TEST(AppSettings, TakesTheDefaultForEveryAbsentMemberButTheFirstFour) {
     ASSERT_TRUE(decoded) << decoded.error().text().toStdString();
     EXPECT_EQ(*decoded, expected);
 
-    const std::pair<const char*, QString> refused[] = {
-        {"displayName", u"\"displayName\" must be a string"_s},
-        {"scanRoot", u"\"scanRoot\" must be a file URL"_s},
-        {"showDockIcon", u"\"showDockIcon\" must be true or false"_s},
-        {"pinnedProjectIDs", u"\"pinnedProjectIDs\" must be an array"_s},
-    };
-    for (const auto& [key, text] : refused) {
+    for (const auto key : {"displayName"_L1, "scanRoot"_L1, "showDockIcon"_L1, "pinnedProjectIDs"_L1}) {
         QJsonObject json = object(basic);
-        json.remove(QLatin1StringView(key));
+        json.remove(key);
         const auto without = AppSettings::fromJson(json);
-        EXPECT_EQ(without ? QString() : without.error().text(), text) << "without " << key;
-        json.insert(QLatin1StringView(key), 7);
-        EXPECT_FALSE(AppSettings::fromJson(json)) << "a number as " << key;
+        EXPECT_EQ(without ? QString() : without.error().field, key);
     }
 }
 

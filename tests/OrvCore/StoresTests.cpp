@@ -1,7 +1,6 @@
 #include "OrvCore/OverrideStore.h"
 #include "OrvCore/Settings.h"
 #include "OrvCore/Tasks.h"
-#include "OrvCore/WidgetSnapshot.h"
 #include "tests/support/TestSupport.h"
 
 #include <QDir>
@@ -166,15 +165,4 @@ TEST(TaskStore, KeepsTheOrderAndTellsWhatWasDoneLast) {
     EXPECT_EQ(TaskStore(path).tasks(), store.tasks());
     EXPECT_EQ(titles(store.tasks()), QStringList({u"t3"_s, u"renamed"_s, u"t4"_s, u"t2"_s}));
     EXPECT_EQ(store.openCount(), 1);
-}
-
-TEST(SharedContainer, ReadsWhatWasWrittenAndNothingWhereNothingIs) {
-    const TemporaryTree tree;
-    const QString folder = tree.path(u"group/widgets"_s);
-    EXPECT_EQ(SharedContainer::read(folder), std::nullopt);
-    WidgetSnapshot snapshot;
-    snapshot.running = {{.projectName = u"shop"_s, .kind = ServiceKind::backend, .port = 4000}};
-    snapshot.openTaskCount = 3;
-    ASSERT_TRUE(SharedContainer::write(snapshot, folder));
-    EXPECT_EQ(SharedContainer::read(folder), snapshot);
 }

@@ -5,7 +5,9 @@
 
 namespace orv {
 
-ExitWatch::ExitWatch() : m_events(::kqueue()) { ::fcntl(m_events.get(), F_SETFD, FD_CLOEXEC); }
+ExitWatch::ExitWatch() : m_events(::kqueue()) {
+    ::fcntl(m_events.get(), F_SETFD, FD_CLOEXEC);
+}
 
 bool ExitWatch::add(pid_t pid) {
     struct kevent change;

@@ -2,8 +2,9 @@
 
 #include "OrvCore/UniqueFd.h"
 
-#include <sys/types.h>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace orv {
 

@@ -3,6 +3,7 @@
 #include "OrvCore/Async.h"
 
 #include <QPointer>
+
 #include <csignal>
 
 namespace orv {
@@ -20,10 +21,14 @@ GroupTermination::GroupTermination(
     m_promise.start();
 }
 
-QFuture<void> GroupTermination::start(const QFuture<void>& before) {
+void GroupTermination::begin() {
     ORV_ASSERT_MAIN_THREAD();
     ProcessSpawner::signalGroup(m_group, SIGTERM);
     m_deadline = QDeadlineTimer(m_grace, Qt::PreciseTimer);
+}
+
+QFuture<void> GroupTermination::lookAfter(const QFuture<void>& before) {
+    ORV_ASSERT_MAIN_THREAD();
     onFinished(before, this, [this] {
         m_timer.start();
         look();
@@ -60,9 +65,10 @@ void GroupTermination::end(bool gone) {
 
 QFuture<void> ProcessSpawner::terminateGroup(pid_t group, std::chrono::milliseconds grace) {
     ORV_ASSERT_MAIN_THREAD();
-    auto* termination = new GroupTermination(
-        group, grace, [group] { return !groupExists(group); }, QCoreApplication::instance());
-    return termination->start(finishedFuture());
+    auto* termination =
+        new GroupTermination(group, grace, [group] { return !groupExists(group); }, QCoreApplication::instance());
+    termination->begin();
+    return termination->lookAfter(finishedFuture());
 }
 
 } // namespace orv

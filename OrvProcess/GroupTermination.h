@@ -15,11 +15,13 @@ class GroupTermination : public QObject {
     Q_OBJECT
 public:
     /// `isOver` says whether there is nothing left to end; it is asked at every look.
-    GroupTermination(pid_t group, std::chrono::milliseconds grace, std::function<bool()> isOver,
-                     QObject* parent = nullptr);
+    GroupTermination(
+        pid_t group, std::chrono::milliseconds grace, std::function<bool()> isOver, QObject* parent = nullptr);
 
-    /// Sends SIGTERM; the looks begin when `before` has finished, however long that takes.
-    QFuture<void> start(const QFuture<void>& before);
+    /// Sends SIGTERM, from which `grace` counts.
+    void begin();
+    /// The looks begin when `before` has finished, however long that takes.
+    QFuture<void> lookAfter(const QFuture<void>& before);
     [[nodiscard]] pid_t group() const { return m_group; }
     [[nodiscard]] QFuture<void> future() const { return m_promise.future(); }
 

@@ -2,6 +2,7 @@
 
 #include <QFuture>
 #include <QObject>
+
 #include <chrono>
 
 namespace orv {

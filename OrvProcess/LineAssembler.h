@@ -7,9 +7,9 @@ namespace orv {
 
 /// Makes whole lines of output that comes in pieces.
 ///
-/// A line longer than `limitBytes` is cut there, between two characters. One that rewrites itself (a progress bar without
-/// a line feed) is first brought down to what it shows, so what is kept stays bounded. Where the pieces of input begin
-/// and end makes no difference to the lines.
+/// A line longer than `limitBytes` is cut there, between two characters. One that rewrites itself (a progress bar
+/// without a line feed) is first brought down to what it shows, so what is kept stays bounded. Where the pieces of
+/// input begin and end makes no difference to the lines.
 class LineAssembler {
 public:
     static constexpr qsizetype limitBytes = 64 * 1024;

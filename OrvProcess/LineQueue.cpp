@@ -8,9 +8,13 @@
 
 namespace orv {
 
-void LineQueue::append(QByteArrayView bytes) { push(m_assembler.append(bytes)); }
+void LineQueue::append(QByteArrayView bytes) {
+    push(m_assembler.append(bytes));
+}
 
-void LineQueue::finish() { push(m_assembler.finish()); }
+void LineQueue::finish() {
+    push(m_assembler.finish());
+}
 
 void LineQueue::push(QByteArray lines) {
     if (lines.isEmpty()) {

@@ -3,6 +3,7 @@
 #include "OrvProcess/LineAssembler.h"
 
 #include <QStringList>
+
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -14,9 +15,9 @@ namespace orv {
 /// The lines between a reader thread, which gets them faster than they can be shown, and the main thread, which takes
 /// them when it has the time.
 ///
-/// Only the newest lines are of interest: what has `keptLines` newer ones behind it is dropped without a look but for the
-/// port that it may announce, so a process that floods runs at its full speed. Where few lines take up much, the reader
-/// waits instead: nothing of the newest `keptLines` is ever lost, and what waits here is bounded either way.
+/// Only the newest lines are of interest: what has `keptLines` newer ones behind it is dropped without a look but for
+/// the port that it may announce, so a process that floods runs at its full speed. Where few lines take up much, the
+/// reader waits instead: nothing of the newest `keptLines` is ever lost, and what waits here is bounded either way.
 class LineQueue {
 public:
     struct Limits {

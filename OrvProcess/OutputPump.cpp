@@ -6,9 +6,10 @@
 #include <cerrno>
 #include <mutex>
 #include <optional>
+#include <vector>
+
 #include <poll.h>
 #include <sys/wait.h>
-#include <vector>
 
 namespace orv {
 namespace {
@@ -93,8 +94,8 @@ void waitReadable(int fd, std::chrono::milliseconds limit) {
 
 } // namespace
 
-int ProcessSpawner::pump(const SpawnedProcess& process, int abandon,
-                         const std::function<void(QByteArrayView)>& onOutput) {
+int ProcessSpawner::pump(
+    const SpawnedProcess& process, int abandon, const std::function<void(QByteArrayView)>& onOutput) {
     lateChildren.reap();
     ExitWatch leader;
     const bool isWatched = leader.add(process.pid);
@@ -104,8 +105,9 @@ int ProcessSpawner::pump(const SpawnedProcess& process, int abandon,
     while (!leaderEnded || turn.output == Output::open) {
         const bool mustAsk = !isWatched && !leaderEnded;
         const int watched = members ? members->descriptor() : isWatched ? leader.descriptor() : -1;
-        std::array<pollfd, 3> events{pollfd{turn.output == Output::open ? process.output.get() : -1, POLLIN, 0},
-                                     pollfd{watched, POLLIN, 0}, pollfd{abandon, POLLIN, 0}};
+        std::array<pollfd, 3> events{
+            pollfd{turn.output == Output::open ? process.output.get() : -1, POLLIN, 0}, pollfd{watched, POLLIN, 0},
+            pollfd{abandon, POLLIN, 0}};
         if (::poll(events.data(), events.size(), turn.more ? 0 : mustAsk ? 50 : -1) < 0) {
             events = {};
         }

@@ -1,6 +1,7 @@
 #include "OrvProcess/PortParser.h"
 
 #include <QRegularExpression>
+
 #include <array>
 #include <string>
 
@@ -29,8 +30,9 @@ const Patterns& patterns() {
     return compiled;
 }
 
-/// Whether four characters in a row stand as they must in an announcement: the end of a host, a colon and two digits, or
-/// the end of "port", white space, and then a digit or more of it. Bitwise, so that the compiler makes vectors of it.
+/// Whether four characters in a row stand as they must in an announcement: the end of a host, a colon and two digits,
+/// or the end of "port", white space, and then a digit or more of it. Bitwise, so that the compiler makes vectors of
+/// it.
 template <typename Char>
 bool hasCandidate(const Char* text, qsizetype size) {
     const auto isDigit = [](Char c) { return static_cast<Char>(c - '0') < 10; };
@@ -43,8 +45,8 @@ bool hasCandidate(const Char* text, qsizetype size) {
             const Char a = text[i];
             const Char b = text[i + 1];
             const Char c = text[i + 2];
-            const bool address = ((a == 't') | (a == '1') | (a == '0') | (a == ']')) & (b == ':') & isDigit(c) &
-                                 isDigit(text[i + 3]);
+            const bool address =
+                ((a == 't') | (a == '1') | (a == '0') | (a == ']')) & (b == ':') & isDigit(c) & isDigit(text[i + 3]);
             const bool keyword = ((a == 't') | (a == 'T')) & isSpace(b) & (isSpace(c) | isDigit(c));
             found |= static_cast<unsigned char>(address | keyword);
         }

@@ -6,18 +6,20 @@
 #include <QObject>
 #include <QThreadPool>
 #include <QTimer>
+
 #include <chrono>
 #include <optional>
+
 #include <sys/types.h>
 
 namespace orv {
 
 /// Looks up the listening ports of one service while it comes up. Main thread; the looks are made in a pool.
 ///
-/// The first output begins the phase. Looks follow it after 100 ms, 200 ms, 400 ms and so on, 2 s at most; a port that is
-/// announced begins them anew. The phase is over once the service is running and listens where it says (anywhere, when
-/// it does not say), after one more look that catches a second port; or 60 s after the last output, or 10 minutes after
-/// its begin. From then on no timer runs.
+/// The first output begins the phase. Looks follow it after 100 ms, 200 ms, 400 ms and so on, 2 s at most; a port that
+/// is announced begins them anew. The phase is over once the service is running and listens where it says (anywhere,
+/// when it does not say), after one more look that catches a second port; or 60 s after the last output, or 10 minutes
+/// after its begin. From then on no timer runs.
 class PortWatch : public QObject {
     Q_OBJECT
 public:

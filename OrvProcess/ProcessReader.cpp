@@ -4,6 +4,7 @@
 #include "OrvProcess/ProcessManager.h"
 
 #include <QPointer>
+
 #include <fcntl.h>
 
 namespace orv {
@@ -37,14 +38,16 @@ void ProcessReader::abandon() {
     m_abandonWrite.reset();
 }
 
-void ProcessReader::setPortWanted(bool wanted) { m_queue.setPortWanted(wanted); }
+void ProcessReader::setPortWanted(bool wanted) {
+    m_queue.setPortWanted(wanted);
+}
 
 void ProcessReader::run() {
-    m_exitCode = ProcessSpawner::pump(m_process, m_abandonRead.isValid() ? m_abandonRead.get() : -1,
-                                      [this](QByteArrayView bytes) {
-                                          m_queue.append(bytes);
-                                          announce();
-                                      });
+    m_exitCode = ProcessSpawner::pump(
+        m_process, m_abandonRead.isValid() ? m_abandonRead.get() : -1, [this](QByteArrayView bytes) {
+            m_queue.append(bytes);
+            announce();
+        });
     m_process.output.reset();
     m_queue.finish();
     m_ended = true;

@@ -4,14 +4,16 @@
 
 #include <QFile>
 #include <QProcessEnvironment>
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <fcntl.h>
-#include <spawn.h>
 #include <string_view>
 #include <vector>
+
+#include <fcntl.h>
+#include <spawn.h>
 
 extern char** environ; // NOLINT(readability-redundant-declaration): macOS declares it nowhere
 
@@ -49,8 +51,7 @@ std::expected<Pipe, SpawnError> makePipe() {
     }
 #endif
     Pipe made{aboveStandardStreams(UniqueFd(ends[0])), aboveStandardStreams(UniqueFd(ends[1]))};
-    if (!made.readEnd.isValid() || !made.writeEnd.isValid() ||
-        ::fcntl(made.readEnd.get(), F_SETFL, O_NONBLOCK) != 0) {
+    if (!made.readEnd.isValid() || !made.writeEnd.isValid() || ::fcntl(made.readEnd.get(), F_SETFL, O_NONBLOCK) != 0) {
         return std::unexpected(SpawnError{errno});
     }
     return made;
@@ -132,10 +133,12 @@ private:
 
 } // namespace
 
-QString SpawnError::text() const { return QString::fromLocal8Bit(std::strerror(code)); }
+QString SpawnError::text() const {
+    return QString::fromLocal8Bit(std::strerror(code));
+}
 
-std::expected<SpawnedProcess, SpawnError> ProcessSpawner::spawn(const QString& command, const QString& directory,
-                                                                const EnvironmentEntries& environment) {
+std::expected<SpawnedProcess, SpawnError> ProcessSpawner::spawn(
+    const QString& command, const QString& directory, const EnvironmentEntries& environment) {
     auto pipe = makePipe();
     if (!pipe) {
         return std::unexpected(pipe.error());
@@ -144,9 +147,9 @@ std::expected<SpawnedProcess, SpawnError> ProcessSpawner::spawn(const QString& c
     std::vector<QByteArray> arguments{shell, "-lc", command.toUtf8()};
     std::vector<QByteArray> variables = mergedEnvironment(environment);
     pid_t pid = -1;
-    const int error =
-        ::posix_spawn(&pid, shell.constData(), FileActions(directory, pipe->writeEnd.get()).get(), Attributes().get(),
-                      pointers(arguments).data(), pointers(variables).data());
+    const int error = ::posix_spawn(
+        &pid, shell.constData(), FileActions(directory, pipe->writeEnd.get()).get(), Attributes().get(),
+        pointers(arguments).data(), pointers(variables).data());
     if (error != 0) {
         return std::unexpected(SpawnError{error});
     }
@@ -168,6 +171,8 @@ bool ProcessSpawner::signalGroup(pid_t group, int signal) {
     return group > 1 && (::killpg(group, signal) == 0 || errno == EPERM);
 }
 
-bool ProcessSpawner::groupExists(pid_t group) { return signalGroup(group, 0); }
+bool ProcessSpawner::groupExists(pid_t group) {
+    return signalGroup(group, 0);
+}
 
 } // namespace orv

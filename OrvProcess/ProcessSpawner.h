@@ -6,9 +6,11 @@
 #include <QFuture>
 #include <QMap>
 #include <QString>
+
 #include <chrono>
 #include <expected>
 #include <functional>
+
 #include <sys/types.h>
 
 class QProcessEnvironment;
@@ -33,8 +35,8 @@ namespace ProcessSpawner {
 
 /// Standard input is "/dev/null", no other descriptor reaches the child, and no signal is blocked or ignored there. The
 /// environment is this process's own with `environment` over it.
-[[nodiscard]] std::expected<SpawnedProcess, SpawnError> spawn(const QString& command, const QString& directory,
-                                                              const EnvironmentEntries& environment);
+[[nodiscard]] std::expected<SpawnedProcess, SpawnError> spawn(
+    const QString& command, const QString& directory, const EnvironmentEntries& environment);
 
 /// What makes tools behave on a pipe (unbuffered, in colour), less what the user's own environment says already.
 [[nodiscard]] EnvironmentEntries pipeEnvironment(const QProcessEnvironment& inherited);
@@ -45,16 +47,16 @@ namespace ProcessSpawner {
 /// The child is a zombie until then, so its id stays its own. A process that left the group may hold the pipe for ever:
 /// once the child has ended and no process of its group lives, the output ends with what is there. `abandon` (any
 /// descriptor, or -1) ends everything early once it is readable.
-[[nodiscard]] int pump(const SpawnedProcess& process, int abandon,
-                       const std::function<void(QByteArrayView bytes)>& onOutput);
+[[nodiscard]] int pump(
+    const SpawnedProcess& process, int abandon, const std::function<void(QByteArrayView bytes)>& onOutput);
 
 /// Whether a process of the group exists, be it a zombie or someone else's.
 [[nodiscard]] bool groupExists(pid_t group);
 /// False when there is no such group; one that is not a group of its own (0, 1, negative) is never signalled.
 bool signalGroup(pid_t group, int signal);
 
-/// SIGTERM to the group; SIGKILL when it is still there after `grace`. Main thread; finishes when the group is gone, or 2
-/// seconds after the SIGKILL.
+/// SIGTERM to the group; SIGKILL when it is still there after `grace`. Main thread; finishes when the group is gone, or
+/// 2 seconds after the SIGKILL.
 QFuture<void> terminateGroup(pid_t group, std::chrono::milliseconds grace);
 
 } // namespace ProcessSpawner

@@ -1,13 +1,13 @@
-#include "OrvProcess/ProcessTable_p.h"
-
 #include "OrvCore/UniqueFd.h"
+#include "OrvProcess/ProcessTable_p.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+
 #include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 
 namespace orv {
 

@@ -17,11 +17,12 @@ QList<ProcessEntry> processTable() {
         if (::proc_pidinfo(pid, PROC_PIDTBSDINFO, 0, &info, sizeof info) != sizeof info) {
             continue;
         }
-        table.append({.pid = pid,
-                      .parent = static_cast<pid_t>(info.pbi_ppid),
-                      .group = static_cast<pid_t>(info.pbi_pgid),
-                      .session = ::getsid(pid),
-                      .isAlive = info.pbi_status != SZOMB});
+        table.append(
+            {.pid = pid,
+             .parent = static_cast<pid_t>(info.pbi_ppid),
+             .group = static_cast<pid_t>(info.pbi_pgid),
+             .session = ::getsid(pid),
+             .isAlive = info.pbi_status != SZOMB});
     }
     return table;
 }

@@ -1,6 +1,8 @@
 #include "OrvProcess/TerminalLine.h"
 
 #include <QChar>
+#include <QList>
+
 #include <algorithm>
 #include <optional>
 
@@ -60,10 +62,10 @@ struct Attribute {
     bool sets;
 };
 constexpr Attribute attributes[] = {
-    {1, 1, 0, true},    {2, 2, 1, true},    {22, 22, 0, false}, {22, 22, 1, false}, {3, 3, 2, true},
-    {23, 23, 2, false}, {4, 4, 3, true},    {21, 21, 3, true},  {24, 24, 3, false}, {5, 6, 4, true},
-    {25, 25, 4, false}, {7, 7, 5, true},    {27, 27, 5, false}, {8, 8, 6, true},    {28, 28, 6, false},
-    {9, 9, 7, true},    {29, 29, 7, false}, {30, 38, 8, true},  {90, 97, 8, true},  {39, 39, 8, false},
+    {1, 1, 0, true},    {2, 2, 1, true},     {22, 22, 0, false}, {22, 22, 1, false}, {3, 3, 2, true},
+    {23, 23, 2, false}, {4, 4, 3, true},     {21, 21, 3, true},  {24, 24, 3, false}, {5, 6, 4, true},
+    {25, 25, 4, false}, {7, 7, 5, true},     {27, 27, 5, false}, {8, 8, 6, true},    {28, 28, 6, false},
+    {9, 9, 7, true},    {29, 29, 7, false},  {30, 38, 8, true},  {90, 97, 8, true},  {39, 39, 8, false},
     {40, 48, 9, true},  {100, 107, 9, true}, {49, 49, 9, false}, {53, 53, 10, true}, {55, 55, 10, false},
     {58, 58, 11, true}, {59, 59, 11, false},
 };

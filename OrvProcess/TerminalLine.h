@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
+
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -22,8 +23,8 @@ public:
     [[nodiscard]] static bool isRewritten(QByteArrayView raw);
 
     enum class Input { whole, continues };
-    /// Takes in `raw`, which must outlive the object. Of input that continues, a sequence or character which its end cuts
-    /// in two is left over: the result is how many bytes were taken.
+    /// Takes in `raw`, which must outlive the object. Of input that continues, a sequence or character which its end
+    /// cuts in two is left over: the result is how many bytes were taken.
     explicit TerminalLine(QByteArrayView raw, Input input);
     [[nodiscard]] qsizetype consumed() const { return m_at; }
 

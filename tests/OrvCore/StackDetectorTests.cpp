@@ -13,15 +13,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct File {
-    const char* path;
-    QByteArray content = {};
-};
-
 struct Case {
     const char* label;
-    std::vector<File> files; ///< what is looked at stands under "here/" where a path says so, else at the top
-    std::string expected;    ///< "kind | framework | run | install | marker" of each stack, without what is absent
+    QByteArray files;     ///< "path" or "path=content", with "; " between them
+    std::string expected; ///< "kind | framework | run | install | marker" of each stack, without what is absent
     Fallbacks fallbacks = Fallbacks::allowed;
 };
 
@@ -40,15 +35,20 @@ std::string described(const QList<DetectedStack>& stacks) {
 void check(const std::vector<Case>& cases, const QString& folder = {}) {
     for (const Case& row : cases) {
         test::TemporaryTree tree;
-        for (const File& file : row.files) {
-            tree.add(QString::fromUtf8(file.path), file.content);
+        for (qsizetype at = 0; at < row.files.size();) {
+            const qsizetype end = row.files.indexOf("; ", at) < 0 ? row.files.size() : row.files.indexOf("; ", at);
+            const QByteArray file = row.files.mid(at, end - at);
+            const qsizetype equals = file.indexOf('=') < 0 ? file.size() : file.indexOf('=');
+            tree.add(QString::fromUtf8(file.first(equals)), file.mid(equals + 1));
+            at = end + 2;
         }
         EXPECT_EQ(described(StackDetector::detect(tree.path(folder), row.fallbacks)), row.expected) << row.label;
     }
 }
 
+/// A package.json.
 QByteArray package(const QByteArray& dependencies, const QByteArray& scripts = "\"dev\": \"x\"") {
-    return "{\"scripts\": {" + scripts + "}, \"devDependencies\": {" + dependencies + "}}";
+    return "package.json={\"scripts\": {" + scripts + "}, \"devDependencies\": {" + dependencies + "}}";
 }
 
 const std::string npm = " | npm install | node_modules";
@@ -58,216 +58,151 @@ const std::string makeDev = "app | Make | make dev";
 } // namespace
 
 TEST(StackDetector, ReadsJavaScriptPackages) {
+    const QByteArray bothTables =
+        R"(package.json={"main": "x", "scripts": {"dev": "x"}, "dependencies": {"express": "1"},
+                                     "devDependencies": {"vite": "1"}})";
     check({
-        {"table order, not dependency order",
-         {{"package.json", package(R"("react": "1", "next": "1")")}},
+        {"table order, not dependency order", package(R"("react": "1", "next": "1")"),
          "frontend | Next.js | npm run dev" + npm},
-        {"front-end table before back-end table",
-         {{"package.json",
-           R"({"scripts": {"dev": "x"}, "dependencies": {"express": "1"}, "devDependencies": {"vite": "1"}})"}},
-         "frontend | Vite | npm run dev" + npm},
-        {"start script under npm",
-         {{"package.json", package(R"("express": "1")", R"("serve": "x", "start": "x")")}},
-         "backend | Express | npm start" + npm},
-        {"start script under bun",
-         {{"package.json", package(R"("hono": "1")", R"("start": "x")")}, {"bun.lock"}, {"yarn.lock"}},
+        {"front-end table before back-end table", bothTables, "frontend | Vite | npm run dev" + npm},
+        {"start under npm", package(R"("koa": "1")", R"("serve": "x", "start": "x")"),
+         "backend | Koa | npm start" + npm},
+        {"start under bun", package(R"("hono": "1")", R"("start": "x")") + "; bun.lock; yarn.lock",
          "backend | Hono | bun run start | bun install | node_modules"},
-        {"binary bun lock before pnpm's",
-         {{"package.json", package("")}, {"bun.lockb"}, {"pnpm-lock.yaml"}},
+        {"binary bun lock before pnpm's", package("") + "; bun.lockb; pnpm-lock.yaml",
          "frontend | Node | bun run dev | bun install | node_modules"},
-        {"serve script under yarn",
-         {{"package.json", package("", R"("serve": "x")")}, {"yarn.lock"}},
+        {"serve under yarn", package("", R"("serve": "x")") + "; yarn.lock",
          "frontend | Node | yarn run serve | yarn install | node_modules"},
-        {"main entry takes the framework's name",
-         {{"package.json", R"({"main": "src/my app.js", "dependencies": {"koa": "1"}})"}},
+        {"a main entry gives its own name", R"(package.json={"main": "src/my app.js", "dependencies": {"koa": "1"}})",
          "backend | Node | node 'src/my app.js'" + npm},
-        {"nothing to run", {{"package.json", package("", R"("test": "x")")}}, ""},
-        {"script that is no text, scripts that are no object",
-         {{"package.json", R"({"scripts": {"dev": 1}, "dependencies": ["vite"]})"}},
-         ""},
-        {"byte-order mark",
-         {{"package.json", "\xEF\xBB\xBF" + package(R"("astro": "1")")}},
+        {"nothing to run", package("", R"("test": "x")"), ""},
+        {"a script that is no text", R"(package.json={"scripts": {"dev": 1}, "dependencies": ["vite"]})", ""},
+        {"byte-order mark", package(R"("astro": "1")").insert(13, "\xEF\xBB\xBF"),
          "frontend | Astro | npm run dev" + npm},
-        {"bytes that are not UTF-8",
-         {{"package.json", package("\"vue\": \"1\"", "\"dev\": \"x\", \"caf\xE9\": \"\xFF\"")}},
+        {"bytes that are not UTF-8", package(R"("vue": "1")", "\"dev\": \"x\", \"caf\xE9\": \"\xFF\""),
          "frontend | Vue | npm run dev" + npm},
-        {"malformed",
-         {{"package.json", R"({"scripts": {"dev": "x"},})"}, {"index.html"}},
-         "frontend | Static site | python3 -m http.server 8000"},
-        {"list instead of an object", {{"package.json", "[]"}}, ""},
-        {"compose file beside it",
-         {{"package.json", package(R"("vite": "1")")}, {"compose.yaml"}, {"docker-compose.yml"}},
+        {"malformed", R"(package.json={"scripts": {"dev": "x"},}; Makefile=dev:)", makeDev},
+        {"list instead of an object", "package.json=[]", ""},
+        {"compose file beside it", package(R"("vite": "1")") + "; compose.yaml; docker-compose.yml",
          "frontend | Vite | npm run dev" + npm + "\ndocker | Docker | docker compose up"},
     });
 }
 
 TEST(StackDetector, TakesTheInstallFromTheEnclosingWorkspace) {
-    const QByteArray site = package(R"("vite": "1")");
+    const QByteArray site = "; packages/here/" + package(R"("vite": "1")");
     check(
         {
             {"workspaces in package.json",
-             {{"package.json", R"({"workspaces": ["packages/*"]})"},
-              {"pnpm-lock.yaml"},
-              {"packages/here/package.json", site},
-              {"packages/here/yarn.lock"}},
+             R"(package.json={"workspaces": []}; pnpm-lock.yaml; packages/here/yarn.lock)" + site,
              "frontend | Vite | pnpm run dev | cd ../.. && pnpm install | ../../node_modules"},
-            {"pnpm's own file, a package between",
-             {{"pnpm-workspace.yaml"},
-              {"yarn.lock"},
-              {"packages/package.json", "{}"},
-              {"packages/here/package.json", site}},
+            {"pnpm's own file, a package between", "pnpm-workspace.yaml; yarn.lock; packages/package.json={}" + site,
              "frontend | Vite | yarn run dev | cd ../.. && yarn install | ../../node_modules"},
             {"nearest root",
-             {{"pnpm-workspace.yaml"},
-              {"packages/package.json", R"({"workspaces": {"packages": []}})"},
-              {"packages/bun.lock"},
-              {"packages/here/package.json", site}},
+             R"(pnpm-workspace.yaml; packages/package.json={"workspaces": {}}; packages/bun.lock)" + site,
              "frontend | Vite | bun run dev | cd .. && bun install | ../node_modules"},
-            {"no root",
-             {{"package.json", R"({"workspaces": null})"}, {"packages/here/package.json", site}},
+            {"no root", R"(package.json={"workspaces": null}; packages/here/pnpm-workspace.yaml)" + site,
              "frontend | Vite | npm run dev" + npm},
-            {"the root's own install stays at the root",
-             {{"packages/here/package.json", R"({"workspaces": [], "scripts": {"dev": "x"}})"},
-              {"packages/here/yarn.lock"}},
-             "frontend | Node | yarn run dev | yarn install | node_modules"},
         },
         u"packages/here"_s);
     EXPECT_EQ(StackDetector::relativeUp(u"/a/b/c d/e"_s, u"/a/b"_s), u"../.."_s);
 }
 
 TEST(StackDetector, ReadsDenoAndPython) {
+    const QByteArray commented = R"(deno.jsonc={ // a
+        "a": "// no comment, \" /* nor this */", /* , */
+        "tasks": { "start": ["x", /* } */ ], },
+    })";
+    const QByteArray utf16(
+        "requirements.txt=\xFF\xFE"
+        "f\0l\0a\0s\0k\0",
+        29);
     check({
-        {"deno: dev before start",
-         {{"deno.json", R"({"tasks": {"start": "x", "dev": "y"}})"}},
-         "app | Deno | deno task dev"},
-        {"deno: comments and trailing commas",
-         {{"deno.jsonc", R"({ // a
-              "a": "// no comment, \" /* nor this */", /* , */
-              "tasks": { "start": ["x", /* } */ ], },
-            })"}},
-         "app | Deno | deno task start"},
-        {"deno: a broken file leaves the other",
-         {{"deno.json", "{"}, {"deno.jsonc", "{}"}, {"mod.ts"}, {"server.ts"}},
+        {"deno: dev before start", R"(deno.json={"tasks": {"start": "x", "dev": "y"}})", "app | Deno | deno task dev"},
+        {"deno: comments and trailing commas", commented, "app | Deno | deno task start"},
+        {"deno: a broken file leaves the other", "deno.json={; deno.jsonc={}; mod.ts; server.ts",
          "app | Deno | deno run -A mod.ts"},
-        {"deno: comment without end", {{"deno.json", "{} /* "}, {"main.ts"}}, "app | Deno | deno run -A main.ts"},
-        {"django before fastapi",
-         {{"manage.py"}, {"requirements.txt", "fastapi"}},
+        {"deno: comment without end", "deno.json={} /* ; main.ts", "app | Deno | deno run -A main.ts"},
+        {"django before fastapi", "manage.py; requirements.txt=fastapi",
          "backend | Django | python3 manage.py runserver" + pip},
-        {"django without a manifest", {{"manage.py"}}, "backend | Django | python3 manage.py runserver"},
+        {"django without a manifest", "manage.py", "backend | Django | python3 manage.py runserver"},
         {"fastapi, module in a folder, .venv before venv",
-         {{"requirements.txt", "FastAPI==1"}, {"app/main.py"}, {"app.py"}, {"venv/bin/python"}, {".venv/bin/python"}},
+         "requirements.txt=FastAPI==1; app/main.py; app.py; venv/bin/python; .venv/bin/python",
          "backend | FastAPI | .venv/bin/python -m uvicorn app.main:app --reload" + pip},
-        {"fastapi under uv",
-         {{"pyproject.toml", "fastapi"}, {"uv.lock"}, {"poetry.lock"}},
+        {"fastapi under uv", "pyproject.toml=fastapi; uv.lock; poetry.lock",
          "backend | FastAPI | uv run python -m uvicorn main:app --reload | uv sync | .venv"},
-        {"flask under poetry",
-         {{"pyproject.toml", "[tool.poetry]\nflask = 1"}, {"main.py"}},
+        {"flask under poetry", "pyproject.toml=[tool.poetry]\nflask = 1; main.py",
          "backend | Flask | poetry run python -m flask --app main run | poetry install | .venv"},
-        {"flask without a script",
-         {{"requirements.txt", "flask"}},
-         "backend | Flask | python3 -m flask --app app run" + pip},
-        {"streamlit",
-         {{"requirements.txt", "streamlit"}, {"main.py"}, {"app.py"}},
+        {"flask without a script", "requirements.txt=flask", "backend | Flask | python3 -m flask --app app run" + pip},
+        {"flask in UTF-16", utf16, "backend | Flask | python3 -m flask --app app run" + pip},
+        {"streamlit", "requirements.txt=streamlit; main.py; app.py",
          "frontend | Streamlit | python3 -m streamlit run app.py" + pip},
-        {"streamlit without a script", {{"requirements.txt", "streamlit"}, {"run.py"}}, ""},
-        {"plain python project",
-         {{"pyproject.toml"}, {"bot.py"}, {"run.py"}},
+        {"streamlit without a script", "requirements.txt=streamlit; run.py", ""},
+        {"plain python project", "pyproject.toml; bot.py; run.py",
          "app | Python | python3 run.py | python3 -m venv .venv && .venv/bin/python -m pip install -e . | .venv"},
-        {"UTF-16 as some editors write it",
-         {{"requirements.txt", QByteArray(
-                                   "\xFF\xFE"
-                                   "f\0l\0a\0s\0k\0",
-                                   12)}},
-         "backend | Flask | python3 -m flask --app app run" + pip},
     });
 }
 
 TEST(StackDetector, ReadsGoPackages) {
     const std::string plain = "app | Go | go run .";
     check({
-        {"main at the root",
-         {{"go.mod", "require github.com/gin-gonic/gin"}, {"server.go", "package main\n"}},
-         "backend | Gin | go run ."},
-        {"comments before the clause",
-         {{"go.mod"}, {"a.go", "// package x\r\n/* package\n y */ package\tmain; func main() {}"}},
+        {"main at the root", "go.mod=github.com/gin-gonic/gin; server.go=package main\n", "backend | Gin | go run ."},
+        {"comments before the clause", "go.mod; a.go=// package x\r\n/* package\n y */ package\tmain;func main() {}",
          plain},
-        {"ignored by a build constraint", {{"go.mod"}, {"gen.go", "//go:build ignore\n\npackage main\n"}}, ""},
-        {"ignored in the old form", {{"go.mod"}, {"gen.go", "// +build ignore\n\npackage main\n"}}, ""},
-        {"another constraint", {{"go.mod"}, {"a.go", "//go:build linux\n\npackage main"}}, plain},
-        {"a test is none", {{"go.mod"}, {"a_test.go", "package main\n"}}, ""},
-        {"a longer name", {{"go.mod"}, {"a.go", "package mainly\n"}, {"b.go", "package"}, {"c.go", "/* "}}, ""},
+        {"ignored by a build constraint", "go.mod; gen.go=//go:build ignore\n\npackage main\n", ""},
+        {"ignored in the old form", "go.mod; gen.go=// +build ignore\n\npackage main\n", ""},
+        {"another constraint", "go.mod; a.go=//go:build linux\n\npackage main", plain},
+        {"a test is none", "go.mod; a_test.go=package main\n", ""},
+        {"no such clause", "go.mod; a.go=package mainly\n; b.go=package; c.go=/* ; d.go=packagemain", ""},
         {"first folder under cmd in ascending order",
-         {{"go.mod", "github.com/go-chi/chi"},
-          {"lib.go", "package lib"},
-          {"cmd/a/a.go", "package a"},
-          {"cmd/web/m.go", "package main"},
-          {"cmd/b2/m.go", "package main"}},
+         "go.mod=github.com/go-chi/chi; a.go=package a; cmd/a/a.go=package a; cmd/web/m.go=package main; "
+         "cmd/b2/m.go=package main",
          "backend | Chi | go run ./cmd/b2"},
-        {"without go.mod", {{"a.go", "package main"}}, ""},
+        {"without go.mod", "a.go=package main", ""},
     });
 }
 
 TEST(StackDetector, ReadsTheOtherManifests) {
-    const std::string bundle = " | bundle install";
     check({
-        {"rails",
-         {{"Gemfile"}, {"config/application.rb"}, {"config.ru"}, {"bin/rails"}},
-         "backend | Rails | bin/rails server" + bundle},
-        {"rails without its script",
-         {{"Gemfile"}, {"config/application.rb"}},
-         "backend | Rails | bundle exec rails server" + bundle},
-        {"rack", {{"Gemfile"}, {"config.ru"}}, "backend | Rack | bundle exec rackup" + bundle},
-        {"gems alone", {{"Gemfile"}}, ""},
-        {"laravel",
-         {{"artisan"}, {"composer.json", "{}"}, {"index.php"}},
+        {"rails", "Gemfile; config/application.rb; config.ru; bin/rails",
+         "backend | Rails | bin/rails server | bundle install"},
+        {"rails alone", "Gemfile; config/application.rb",
+         "backend | Rails | bundle exec rails server | bundle install"},
+        {"rack", "Gemfile; config.ru", "backend | Rack | bundle exec rackup | bundle install"},
+        {"gems alone", "Gemfile", ""},
+        {"laravel", "artisan; composer.json; index.php",
          "backend | Laravel | php artisan serve | composer install | vendor"},
-        {"php in public", {{"public/index.php"}}, "backend | PHP | php -S localhost:8000 -t public"},
-        {"php", {{"index.php"}, {"public/index.php"}}, "backend | PHP | php -S localhost:8000"},
-        {"rust", {{"Cargo.toml", "rocket = 1\naxum = 1"}}, "backend | Rust · Axum | cargo run"},
-        {"rust program", {{"Cargo.toml"}}, "app | Rust | cargo run"},
-        {"maven",
-         {{"pom.xml", "spring-boot"}, {"mvnw"}, {"build.gradle", "org.springframework.boot"}},
+        {"php in public", "public/index.php", "backend | PHP | php -S localhost:8000 -t public"},
+        {"rust", "Cargo.toml=rocket axum", "backend | Rust · Axum | cargo run"},
+        {"rust program", "Cargo.toml", "app | Rust | cargo run"},
+        {"maven", "pom.xml=spring-boot; mvnw; build.gradle=org.springframework.boot",
          "backend | Spring Boot | ./mvnw spring-boot:run"},
-        {"gradle in Kotlin",
-         {{"pom.xml"}, {"build.gradle"}, {"build.gradle.kts", "org.springframework.boot"}},
+        {"gradle in Kotlin", "pom.xml; build.gradle; build.gradle.kts=org.springframework.boot",
          "backend | Spring Boot | gradle bootRun"},
-        {"first .csproj decides",
-         {{"b.csproj", "Microsoft.NET.Sdk.Web"}, {"a.csproj"}},
+        {"first .csproj decides", "b.csproj=Microsoft.NET.Sdk.Web; a.csproj",
          "app | .NET | dotnet run | dotnet restore | obj"},
-        {"asp.net",
-         {{"b.csproj", "<Project Sdk=\"Microsoft.NET.Sdk.Web\">"}},
-         "backend | ASP.NET | dotnet run | dotnet restore | obj"},
-        {"phoenix", {{"mix.exs", "{:phoenix, 1}"}}, "backend | Phoenix | mix phx.server | mix deps.get | deps"},
-        {"elixir", {{"mix.exs"}}, "app | Elixir | mix run --no-halt | mix deps.get | deps"},
-        {"swift", {{"Package.swift", ".executable(name:"}}, "app | Swift | swift run"},
-        {"swift library", {{"Package.swift", ".library("}}, ""},
-        {"flutter",
-         {{"pubspec.yaml", "flutter:\n"}, {"lib/main.dart"}},
+        {"asp.net", "b.csproj=Microsoft.NET.Sdk.Web", "backend | ASP.NET | dotnet run | dotnet restore | obj"},
+        {"phoenix", "mix.exs={:phoenix, 1}", "backend | Phoenix | mix phx.server | mix deps.get | deps"},
+        {"elixir", "mix.exs", "app | Elixir | mix run --no-halt | mix deps.get | deps"},
+        {"swift", "Package.swift=.executable(name:", "app | Swift | swift run"},
+        {"swift library", "Package.swift=.library(", ""},
+        {"flutter", "pubspec.yaml=flutter:; lib/main.dart",
          "flutter | Flutter | flutter run | flutter pub get | .dart_tool"},
-        {"dart", {{"pubspec.yaml"}, {"lib/main.dart"}}, "app | Dart | dart run | dart pub get | .dart_tool"},
-        {"several in their order",
-         {{"Cargo.toml"}, {"go.mod"}, {"a.go", "package main"}, {"index.php"}, {"Makefile", "dev:"}},
+        {"dart", "pubspec.yaml; lib/main.dart", "app | Dart | dart run | dart pub get | .dart_tool"},
+        {"several in their order", "Cargo.toml; go.mod; a.go=package main; index.php; public/index.php; Makefile=dev:",
          "backend | PHP | php -S localhost:8000\napp | Go | go run .\napp | Rust | cargo run"},
     });
 }
 
 TEST(StackDetector, FallsBackOnlyWhenAllowedAndNothingElseMatched) {
     check({
-        {"procfile",
-         {{"Procfile", "worker: a\nweb:  run $PORT \r\nweb: b"}, {"Makefile", "dev:"}},
-         "backend | Procfile | run $PORT"},
-        {"procfile without web", {{"Procfile", "worker: a"}, {"Makefile", "run:\ndev: run\n\techo"}}, makeDev},
-        {"several targets of one rule", {{"Makefile", "serve start : x"}, {"index.html"}}, "app | Make | make start"},
-        {"no target", {{"Makefile", "dev := 1\nserve ::= 2\n\trun: x\n start: y\n# dev: z\nrun = a:b"}}, ""},
-        {"static site", {{"index.html"}}, "frontend | Static site | python3 -m http.server 8000"},
-        {"static site refused", {{"index.html"}}, "", Fallbacks::refused},
-        {"beside a compose file",
-         {{"Makefile", "dev:"}, {"compose.yml"}},
-         makeDev + "\ndocker | Docker | docker compose up"},
-        {"refused beside a compose file",
-         {{"Makefile", "dev:"}, {"compose.yml"}},
-         "docker | Docker | docker compose up",
-         Fallbacks::refused},
+        {"procfile", "Procfile=worker: a\nweb:  run $PORT \r\nweb: b; Makefile=dev:", "backend | Procfile | run $PORT"},
+        {"procfile without web", "Procfile=worker: a; Makefile=run:\ndev: run\n\techo", makeDev},
+        {"several targets of one rule", "Makefile=serve start : x; index.html", "app | Make | make start"},
+        {"no target", "Makefile=dev := 1\nserve ::= 2\n\trun: x\n start: y\n# dev: z\nrun = a:b", ""},
+        {"static site", "index.html", "frontend | Static site | python3 -m http.server 8000"},
+        {"static site refused", "index.html", "", Fallbacks::refused},
+        {"with a compose file", "Makefile=dev:; compose.yml", makeDev + "\ndocker | Docker | docker compose up"},
+        {"refused with one", "Makefile=dev:; compose.yml", "docker | Docker | docker compose up", Fallbacks::refused},
     });
 }
 
@@ -277,14 +212,10 @@ TEST(StackDetector, TakesAManifestThatCannotBeReadForAbsentInBoundedTime) {
     QElapsedTimer elapsed;
     elapsed.start();
     check({
-        {"huge",
-         {{"package.json", package("") + comment}, {"requirements.txt", comment + " "}, {"Makefile", "dev:"}},
-         makeDev},
-        {"as large as it may be", {{"requirements.txt", comment}, {"main.py"}}, "app | Python | python3 main.py" + pip},
-        {"deeply nested", {{"package.json", R"({"scripts": {"dev": "x"}, "a": )" + nested}, {"deno.json", nested}}, ""},
-        {"a folder in its place",
-         {{"package.json/"}, {"go.mod/"}, {"main.py/"}, {"pyproject.toml"}, {"Makefile", "dev:"}},
-         makeDev},
+        {"huge", package("") + comment + "; requirements.txt= " + comment + "; Makefile=dev:", makeDev},
+        {"as large as it may be", "requirements.txt=" + comment + "; main.py", "app | Python | python3 main.py" + pip},
+        {"deeply nested", R"(package.json={"scripts": {"dev": "x"}, "a": )" + nested + "; deno.json=" + nested, ""},
+        {"folders in their place", "package.json/; go.mod/; main.py/; pyproject.toml; Makefile=dev:", makeDev},
     });
 
     test::TemporaryTree tree;

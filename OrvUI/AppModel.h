@@ -8,34 +8,77 @@
 #include "OrvProcess/ProcessManager.h"
 #include "OrvUI/ModelTypes.h"
 
+#include <QAbstractListModel>
 #include <QFuture>
 #include <QObject>
 #include <QUrl>
+
+#include <chrono>
+#include <functional>
 #include <memory>
+
+Q_MOC_INCLUDE("OrvUI/OutlineModel.h")
 
 namespace orv {
 
+class Completion;
+class OutlineModel;
+
 /// All run-time state of the application, and every user action. One a process, on the main thread; needs no window.
 ///
-/// Parts of it stand in files of their own: AppModel+Run (running and stopping), AppModel+Filters, AppModel+Pinning,
-/// AppModel+Tasks.
+/// Parts of it stand in files of their own: AppModel+Run (running and stopping), AppModel+Setup (the install before a
+/// first run), AppModel+Addresses, AppModel+Filters, AppModel+Pinning, AppModel+Tasks, AppModel+Screen (what QML binds
+/// to).
 class AppModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isScanning READ isScanning NOTIFY isScanningChanged)
     Q_PROPERTY(bool hasScanned READ hasScanned NOTIFY hasScannedChanged)
     Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
     Q_PROPERTY(QString greeting READ greeting NOTIFY greetingChanged)
+    Q_PROPERTY(QString summaryLine READ summaryLine NOTIFY summaryChanged)
     Q_PROPERTY(int runningCount READ runningCount NOTIFY servicesChanged)
+    Q_PROPERTY(int openTaskCount READ openTaskCount NOTIFY tasksChanged)
+    Q_PROPERTY(int projectCount READ projectCount NOTIFY projectsChanged)
+    Q_PROPERTY(int shownCount READ shownCount NOTIFY summaryChanged)
+    Q_PROPERTY(int filterIndex READ filterIndex WRITE setFilterIndex NOTIFY filterChanged)
+    Q_PROPERTY(QString filterTitle READ filterTitle NOTIFY filterChanged)
+    Q_PROPERTY(QString displayName READ displayName NOTIFY preferencesChanged)
+    Q_PROPERTY(QString scanRootText READ scanRootText NOTIFY preferencesChanged)
+    Q_PROPERTY(int themeIndex READ themeIndex WRITE setThemeIndex NOTIFY preferencesChanged)
+    Q_PROPERTY(int appearance READ appearance WRITE setAppearance NOTIFY preferencesChanged)
+    Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY statusMessageChanged)
+    Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusMessageChanged)
+    Q_PROPERTY(QString statusText READ statusText NOTIFY statusMessageChanged)
+    Q_PROPERTY(bool setupActive READ setupActive NOTIFY setupChanged)
+    Q_PROPERTY(QString setupPhase READ setupPhase NOTIFY setupChanged)
+    Q_PROPERTY(QString setupProjectID READ setupProjectID NOTIFY setupChanged)
+    Q_PROPERTY(QString setupTitle READ setupTitle NOTIFY setupChanged)
+    Q_PROPERTY(int setupTileIndex READ setupTileIndex NOTIFY setupChanged)
+    Q_PROPERTY(QString setupTileLetter READ setupTileLetter NOTIFY setupChanged)
+    Q_PROPERTY(QString setupText READ setupText NOTIFY setupChanged)
+    Q_PROPERTY(QString setupReason READ setupReason NOTIFY setupChanged)
+    Q_PROPERTY(int setupStepCount READ setupStepCount NOTIFY setupChanged)
+    Q_PROPERTY(int setupDoneCount READ setupDoneCount NOTIFY setupChanged)
+    Q_PROPERTY(QString setupLastLine READ setupLastLineText NOTIFY setupLastLineChanged)
+    Q_PROPERTY(QStringList setupOutput READ setupOutput NOTIFY setupLastLineChanged)
+    Q_PROPERTY(QString installCommandOverrideText READ installCommandOverrideText WRITE setInstallCommandOverrideText
+                   NOTIFY installCommandOverrideChanged)
+    Q_PROPERTY(QAbstractListModel* cards READ cards CONSTANT)
+    Q_PROPERTY(QAbstractListModel* running READ running CONSTANT)
+    Q_PROPERTY(QAbstractListModel* pinned READ pinned CONSTANT)
+    Q_PROPERTY(QAbstractListModel* sidebarFilters READ sidebarFilters CONSTANT)
+    Q_PROPERTY(QAbstractListModel* setupSteps READ setupSteps CONSTANT)
+    Q_PROPERTY(orv::OutlineModel* outline READ outline CONSTANT)
 
 public:
     /// What a test or a preview puts in the place of the real thing. What is left empty is made.
     struct Options {
-        std::unique_ptr<SettingsStore> settings;
+        std::unique_ptr<SettingsStore> settings; ///< its folder is where the model's other files stand
         std::shared_ptr<OverrideStore> overrides;
         std::unique_ptr<ProcessManager> processes;
-        std::function<bool()> appIsActive;
         QString tasksFile;
         QString snapshotDirectory; ///< empty: the folder shared with the widgets
+        std::chrono::milliseconds reportTime = std::chrono::seconds(8);
     };
 
     explicit AppModel(Options options, QObject* parent = nullptr);
@@ -51,7 +94,6 @@ public:
     void setSearchText(const QString& text);
     [[nodiscard]] ProjectFilter filter() const;
     void setFilter(ProjectFilter filter);
-    [[nodiscard]] const QHash<QString, GitBadge>& gitBadges() const;
     [[nodiscard]] const std::optional<PendingInstall>& pendingInstall() const;
     [[nodiscard]] const std::optional<SetupSession>& setup() const;
     [[nodiscard]] const AppPage& page() const;
@@ -80,15 +122,26 @@ public:
     [[nodiscard]] QString greeting() const;
     [[nodiscard]] bool isRunning(const Project& project) const;
     [[nodiscard]] static QString quickPanelShortcutLabel();
-    [[nodiscard]] QList<Project> filteredProjects() const;
+    [[nodiscard]] bool keeps(ProjectFilter filter, const Project& project) const;
+    [[nodiscard]] QList<Project> filteredProjects() const; ///< by the filter and the search text, in scan order
     [[nodiscard]] QList<Project> pinnedProjects() const;
     [[nodiscard]] bool isPinned(const Project& project) const;
-    [[nodiscard]] const Project* project(const QString& id) const; ///< null when there is none; valid until the next scan
-    /// Services of the project (installs included) that were started at least once.
+    [[nodiscard]] const Project* project(
+        const QString& id) const; ///< null when there is none; valid until the next scan
+    /// Services of the project (installs included) that were started at least once: in the order of its targets, then
+    /// those that are none of its targets any more, then installs.
     [[nodiscard]] QList<ServiceID> services(const Project& project) const;
+    /// An install runs as a service of its project's id with a mark behind it, so that it is never taken for the
+    /// service that it is for.
+    [[nodiscard]] static ServiceID installID(const ServiceTarget& target, const QString& projectID);
     [[nodiscard]] static bool isInstall(const ServiceID& id);
+    /// The project's id, of an install too.
+    [[nodiscard]] static QString projectID(const ServiceID& id);
+    /// The project's name; of one that is not found any more, its folder's.
+    [[nodiscard]] QString projectName(const ServiceID& id) const;
 
     // Scan and publish
+    /// Scans the root. While a scan runs, this is the end of that one.
     QFuture<void> refresh();
     void publishSnapshot();
     /// Waits until what `publishSnapshot` wrote is on disk (for the way out).
@@ -99,10 +152,15 @@ public:
     [[nodiscard]] static QList<RunAction> availableActions(const Project& project);
     /// The action of a run button that offers no choice: "Both" where there is one, else the first.
     [[nodiscard]] static std::optional<RunAction> defaultAction(const Project& project);
-    QFuture<void> run(const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice = {});
+    QFuture<void> run(
+        const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice = {});
+    /// Stops the project's services of these kinds, then runs them.
     QFuture<void> restart(const Project& project, const ServiceKinds& kinds);
+    /// Stops a project that runs or starts; runs the default action of any other.
     QFuture<void> toggleRun(const Project& project);
+    /// Installs what the session asks for, then runs the project. Also the new try of a session that failed.
     QFuture<void> confirmInstall();
+    /// Drops the session; an install that runs is stopped.
     void cancelInstall();
     [[nodiscard]] std::optional<QString> setupLastLine() const;
     QFuture<void> stop(const Project& project);
@@ -131,9 +189,67 @@ public:
     void report(const QString& text, bool isError);
     void dismissStatusMessage();
 
+    // What QML binds to
+    [[nodiscard]] QString summaryLine() const;
+    [[nodiscard]] int openTaskCount() const;
+    [[nodiscard]] int projectCount() const;
+    [[nodiscard]] int shownCount() const;
+    [[nodiscard]] int filterIndex() const;
+    [[nodiscard]] QString filterTitle() const;
+    [[nodiscard]] QString displayName() const;
+    [[nodiscard]] QString scanRootText() const; ///< with "~" for the home folder
+    [[nodiscard]] int themeIndex() const;
+    void setThemeIndex(int index);
+    [[nodiscard]] int appearance() const;
+    void setAppearance(int mode);
+    [[nodiscard]] bool hasStatus() const;
+    [[nodiscard]] bool statusIsError() const;
+    [[nodiscard]] QString statusText() const;
+    [[nodiscard]] bool setupActive() const;
+    [[nodiscard]] QString setupPhase() const; ///< "", "confirm", "running", "failed"
+    [[nodiscard]] QString setupProjectID() const;
+    [[nodiscard]] QString setupTitle() const;
+    [[nodiscard]] int setupTileIndex() const;
+    [[nodiscard]] QString setupTileLetter() const;
+    [[nodiscard]] QString setupText() const;
+    [[nodiscard]] QString setupReason() const;
+    [[nodiscard]] int setupStepCount() const;
+    [[nodiscard]] int setupDoneCount() const;
+    [[nodiscard]] QString setupLastLineText() const;
+    [[nodiscard]] QStringList setupOutput() const; ///< the newest non-blank lines, at most 6
+    [[nodiscard]] QString installCommandOverrideText() const;
+    void setInstallCommandOverrideText(const QString& text);
+    [[nodiscard]] QAbstractListModel* cards() const;
+    [[nodiscard]] QAbstractListModel* running() const;
+    [[nodiscard]] QAbstractListModel* pinned() const;
+    [[nodiscard]] QAbstractListModel* sidebarFilters() const;
+    [[nodiscard]] QAbstractListModel* setupSteps() const;
+    [[nodiscard]] OutlineModel* outline() const;
+
+    Q_INVOKABLE void setFilterIndex(int index);
+    Q_INVOKABLE void refreshNow();
+    /// The greeting depends on the hour, and nothing wakes up to look: the window asks when it is looked at.
+    Q_INVOKABLE void updateGreeting();
+    Q_INVOKABLE void toggleProject(const QString& projectID);
+    Q_INVOKABLE void runAction(const QString& projectID, const QString& label);
+    Q_INVOKABLE void stopProject(const QString& projectID);
+    /// Its services that run or start.
+    Q_INVOKABLE void restartProject(const QString& projectID);
+    Q_INVOKABLE void stopServiceByKey(const QString& key);
+    Q_INVOKABLE void openServiceByKey(const QString& key);
+    /// The address of its first running service that has one.
+    Q_INVOKABLE void openProject(const QString& projectID);
+    Q_INVOKABLE void togglePinFor(const QString& projectID);
+    Q_INVOKABLE void stopAll();
+    Q_INVOKABLE void confirmSetup();
+    Q_INVOKABLE void cancelSetup();
+    Q_INVOKABLE void dismissStatus();
+    /// A path, or a file URL as a folder dialog gives it.
+    Q_INVOKABLE void chooseScanRoot(const QString& folder);
+    Q_INVOKABLE void showStatus(const QString& text, bool isError);
+
     // Set by the shell
     std::function<void()> openMainWindowAction;
-    std::function<bool(bool)> applyQuickPanelShortcut;
     std::function<void()> reloadWidgets;
     std::function<void(const QUrl&)> openUrl;
 
@@ -144,7 +260,6 @@ Q_SIGNALS:
     void hasScannedChanged();
     void searchTextChanged();
     void filterChanged();
-    void gitBadgesChanged();
     void pendingInstallChanged();
     void setupChanged();
     void setupLastLineChanged();
@@ -158,12 +273,37 @@ Q_SIGNALS:
     void tasksChanged();
     void pinsChanged();
     void greetingChanged();
+    /// Some setting.
+    void preferencesChanged();
+    /// How many projects are shown, or the line under the greeting.
+    void summaryChanged();
     /// The state or the addresses of some service.
     void servicesChanged();
     void serviceChanged(const orv::ServiceID& id);
 
 private:
     struct Private;
+
+    void startScan();
+    void rescan(); ///< what a scan reads has changed
+    void scanEnded(const QList<ProjectNode>& tree);
+    void takeInSettings();
+    void processStatesChanged();
+    void showMainWindow();
+    /// Changes the settings and reports when that can't be saved.
+    void changeSettings(const std::function<void(AppSettings&)>& change);
+    void reportFailure(const StoreResult& result);
+    void reloadTasks();
+
+    void setPendingInstall(const std::optional<PendingInstall>& pending);
+    void setSetup(const std::optional<SetupSession>& setup);
+    void askForInstall(const PendingInstall& pending, const QList<ServiceTarget>& targets, const QStringList& bodies);
+    void setupEnded(const QString& reason);
+    void runInstalled(const PendingInstall& pending, const Completion& completion);
+    void startWhenGone(
+        const PendingInstall& wanted, const QList<ServiceTarget>& targets, int stopCount, const Completion& completion);
+    QFuture<void> stopServices(const QList<ServiceID>& ids);
+
     std::unique_ptr<Private> d;
 };
 

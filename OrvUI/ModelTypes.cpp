@@ -1,1 +1,111 @@
 #include "OrvUI/ModelTypes.h"
+
+#include <array>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct ActionRow {
+    RunAction action;
+    QStringView label;
+    std::array<std::optional<ServiceKind>, 2> kinds;
+};
+
+/// In the order in which the actions are offered, but for "Both", which is tried before single kinds.
+constexpr std::array actionRows{
+    ActionRow{RunAction::frontend, u"Frontend", {ServiceKind::frontend, {}}},
+    ActionRow{RunAction::backend, u"Backend", {ServiceKind::backend, {}}},
+    ActionRow{RunAction::both, u"Both", {ServiceKind::frontend, ServiceKind::backend}},
+    ActionRow{RunAction::app, u"App", {ServiceKind::app, {}}},
+    ActionRow{RunAction::flutter, u"Flutter", {ServiceKind::flutter, {}}},
+    ActionRow{RunAction::docker, u"Docker", {ServiceKind::docker, {}}},
+};
+
+struct FilterRow {
+    QStringView title;
+    QStringView icon;
+};
+
+constexpr std::array filterRows{
+    FilterRow{u"All Projects", u"layout-grid"}, FilterRow{u"Pinned", u"pin"},
+    FilterRow{u"Running", u"circle-play"},      FilterRow{u"Full-stack", u"layers-2"},
+    FilterRow{u"Flutter", u"smartphone"},
+};
+
+constexpr std::array sectionTitles{u"Profile", u"Git", u"AI", u"Appearance", u"Notifications", u"General", u"Projects"};
+constexpr std::array tabTitles{u"Overview", u"Tasks", u"Terminal", u"Logs", u"Git", u"Files"};
+
+} // namespace
+
+QString title(SettingsSection section) {
+    return QString::fromUtf16(sectionTitles[static_cast<size_t>(section)]);
+}
+
+QString title(DetailTab tab) {
+    return QString::fromUtf16(tabTitles[static_cast<size_t>(tab)]);
+}
+
+QString title(ProjectFilter filter) {
+    return filterRows[static_cast<size_t>(filter)].title.toString();
+}
+
+QString icon(ProjectFilter filter) {
+    return filterRows[static_cast<size_t>(filter)].icon.toString();
+}
+
+QString rawValue(RunAction action) {
+    return actionRows[static_cast<size_t>(action)].label.toString();
+}
+
+std::optional<RunAction> runAction(QStringView raw) {
+    for (const ActionRow& row : actionRows) {
+        if (row.label == raw) {
+            return row.action;
+        }
+    }
+    return {};
+}
+
+ServiceKinds kinds(RunAction action) {
+    ServiceKinds found;
+    for (const auto& kind : actionRows[static_cast<size_t>(action)].kinds) {
+        if (kind) {
+            found.insert(*kind);
+        }
+    }
+    return found;
+}
+
+std::optional<RunAction> runActionFrom(const ServiceKinds& wanted) {
+    if (wanted.contains(ServiceKind::frontend) && wanted.contains(ServiceKind::backend)) {
+        return RunAction::both;
+    }
+    for (const ActionRow& row : actionRows) {
+        if (row.action != RunAction::both && wanted.contains(*row.kinds[0])) {
+            return row.action;
+        }
+    }
+    return {};
+}
+
+QString rawValue(SetupStep::Status status) {
+    constexpr std::array names{u"pending", u"running", u"done", u"failed"};
+    return QString::fromUtf16(names[static_cast<size_t>(status)]);
+}
+
+QString SetupSession::text() const {
+    switch (phase.kind) {
+    case Phase::Kind::confirm:
+        return project.name + u" needs its dependencies before it can run. This happens once."_s;
+    case Phase::Kind::running:
+        return u"Installing what "_s + project.name + u" needs. It starts as soon as this is done."_s;
+    case Phase::Kind::failed:
+        break;
+    }
+    return u"Setup stopped. Fix the problem below and try again."_s;
+}
+
+} // namespace orv

@@ -4,6 +4,8 @@
 #include "OrvProcess/ProcessManager.h"
 
 #include <QUuid>
+
+#include <array>
 #include <set>
 #include <variant>
 
@@ -44,15 +46,6 @@ struct StatusMessage {
     bool operator==(const StatusMessage&) const = default;
 };
 
-struct GitBadge {
-    int changes = 0;
-    int ahead = 0;
-    int behind = 0;
-    int repoCount = 0;
-
-    bool operator==(const GitBadge&) const = default;
-};
-
 struct ModalContent {
     QString title;
     QString body;
@@ -62,7 +55,12 @@ struct ModalContent {
 
 /// The sidebar's filter.
 enum class ProjectFilter { all, pinned, running, fullStack, flutter };
+inline constexpr std::array allProjectFilters{
+    ProjectFilter::all, ProjectFilter::pinned, ProjectFilter::running, ProjectFilter::fullStack,
+    ProjectFilter::flutter};
 [[nodiscard]] QString title(ProjectFilter filter);
+/// The name of its picture in the set of icons ("circle-play").
+[[nodiscard]] QString icon(ProjectFilter filter);
 
 struct FlutterDevice {
     QString id;
@@ -73,6 +71,8 @@ struct FlutterDevice {
 
 /// What a run button offers.
 enum class RunAction { frontend, backend, both, app, flutter, docker };
+inline constexpr std::array allRunActions{RunAction::frontend, RunAction::backend, RunAction::both,
+                                          RunAction::app,      RunAction::flutter, RunAction::docker};
 using ServiceKinds = std::set<ServiceKind>;
 /// The button's label, which is also what is stored as the last run's action.
 [[nodiscard]] QString rawValue(RunAction action);
@@ -98,6 +98,8 @@ struct SetupStep {
 
     bool operator==(const SetupStep&) const = default;
 };
+
+[[nodiscard]] QString rawValue(SetupStep::Status status); ///< "pending", "running", "done", "failed"
 
 /// A project's first install, from the question to its end.
 struct SetupSession {

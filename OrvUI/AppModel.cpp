@@ -1,0 +1,396 @@
+#include "OrvCore/Async.h"
+#include "OrvCore/Paths.h"
+#include "OrvUI/AppModel_p.h"
+
+#include <QFileInfo>
+#include <QUrlQuery>
+
+#include <algorithm>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Tasks that the widgets list.
+constexpr int snapshotTaskLimit = 5;
+
+template <typename T>
+std::unique_ptr<T> orMake(std::unique_ptr<T> given, const std::function<std::unique_ptr<T>()>& make) {
+    return given ? std::move(given) : make();
+}
+
+QString supportFile(const QString& name) {
+    return Paths::supportDirectory() + u'/' + name;
+}
+
+} // namespace
+
+AppModel::Private::Private(Options options)
+    : settings(orMake<SettingsStore>(
+          std::move(options.settings),
+          [] { return std::make_unique<SettingsStore>(supportFile(u"settings.json"_s)); })),
+      overrides(
+          options.overrides ? std::move(options.overrides)
+                            : std::make_shared<OverrideStore>(supportFile(u"overrides.json"_s))),
+      processes(orMake<ProcessManager>(
+          std::move(options.processes), [] { return std::make_unique<ProcessManager>(std::chrono::seconds(3)); })),
+      taskStore(options.tasksFile.isEmpty() ? TaskStore::defaultPath() : options.tasksFile),
+      installs(std::make_shared<InstallRecord>(QFileInfo(settings->filePath()).path() + u"/installs.json"_s)),
+      reportTime(options.reportTime),
+      lastSettings(settings->settings()),
+      publisher(options.snapshotDirectory.isEmpty() ? SharedContainer::defaultDirectory() : options.snapshotDirectory) {
+    scanPool.setObjectName(u"orv-scan"_s);
+    scanPool.setMaxThreadCount(1);
+    workPool.setObjectName(u"orv-work"_s);
+    workPool.setMaxThreadCount(3);
+}
+
+AppModel::AppModel(Options options, QObject* parent)
+    : QObject(parent), d(std::make_unique<Private>(std::move(options))) {
+    ORV_ASSERT_MAIN_THREAD();
+    d->tasks = d->taskStore.tasks();
+    d->lastGreeting = greeting();
+    connect(d->settings.get(), &SettingsStore::settingsChanged, this, &AppModel::takeInSettings);
+    connect(&d->publisher, &SnapshotPublisher::written, this, [this] {
+        if (reloadWidgets) {
+            reloadWidgets();
+        }
+    });
+    connect(d->processes.get(), &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
+        d->addressPorts.remove(id);
+        Q_EMIT serviceChanged(id);
+        Q_EMIT servicesChanged();
+        publishSnapshot();
+    });
+    connect(d->processes.get(), &ProcessManager::logAppended, this, [this](const ServiceID& id) {
+        if (d->setupRunner != nullptr && d->setupRunner->currentStep() == id) {
+            Q_EMIT setupLastLineChanged();
+        }
+    });
+    d->home = std::make_unique<HomeModels>(*this);
+    connect(d->home.get(), &HomeModels::summaryChanged, this, &AppModel::summaryChanged);
+    d->processes->setOnChange([this] {
+        publishSnapshot();
+        processStatesChanged();
+    });
+}
+
+AppModel::~AppModel() {
+    d->isEnding = true;
+    d->processes->setOnChange({});
+    d->processes->disconnect(this);
+    if (d->scanCancellation) {
+        d->scanCancellation->cancel();
+    }
+    delete d->setupRunner;
+    d->scanPool.waitForDone();
+    d->workPool.waitForDone();
+    d->publisher.flush();
+}
+
+const QList<Project>& AppModel::projects() const {
+    return d->projects;
+}
+const QList<ProjectNode>& AppModel::tree() const {
+    return d->tree;
+}
+bool AppModel::isScanning() const {
+    return d->isScanning;
+}
+bool AppModel::hasScanned() const {
+    return d->hasScanned;
+}
+const QString& AppModel::searchText() const {
+    return d->searchText;
+}
+ProjectFilter AppModel::filter() const {
+    return d->filter;
+}
+const std::optional<PendingInstall>& AppModel::pendingInstall() const {
+    return d->pendingInstall;
+}
+const std::optional<SetupSession>& AppModel::setup() const {
+    return d->setup;
+}
+const AppPage& AppModel::page() const {
+    return d->page;
+}
+const std::optional<AppSheet>& AppModel::sheet() const {
+    return d->sheet;
+}
+const std::optional<ModalContent>& AppModel::modal() const {
+    return d->modal;
+}
+const std::optional<StatusMessage>& AppModel::statusMessage() const {
+    return d->statusMessage;
+}
+DetailTab AppModel::detailTab() const {
+    return d->detailTab;
+}
+const std::optional<QUrl>& AppModel::queuedURL() const {
+    return d->queuedURL;
+}
+const std::optional<QString>& AppModel::installCommandOverride() const {
+    return d->installCommandOverride;
+}
+const QList<ProjectTask>& AppModel::tasks() const {
+    return d->tasks;
+}
+SettingsStore& AppModel::settings() {
+    return *d->settings;
+}
+OverrideStore& AppModel::overrides() {
+    return *d->overrides;
+}
+ProcessManager& AppModel::processes() {
+    return *d->processes;
+}
+
+void AppModel::setSearchText(const QString& text) {
+    assign(this, d->searchText, text, &AppModel::searchTextChanged);
+}
+void AppModel::setFilter(ProjectFilter filter) {
+    assign(this, d->filter, filter, &AppModel::filterChanged);
+}
+void AppModel::setPage(const AppPage& page) {
+    assign(this, d->page, page, &AppModel::pageChanged);
+}
+void AppModel::setSheet(const std::optional<AppSheet>& sheet) {
+    assign(this, d->sheet, sheet, &AppModel::sheetChanged);
+}
+void AppModel::setModal(const std::optional<ModalContent>& modal) {
+    assign(this, d->modal, modal, &AppModel::modalChanged);
+}
+void AppModel::setStatusMessage(const std::optional<StatusMessage>& message) {
+    assign(this, d->statusMessage, message, &AppModel::statusMessageChanged);
+}
+void AppModel::setDetailTab(DetailTab tab) {
+    assign(this, d->detailTab, tab, &AppModel::detailTabChanged);
+}
+void AppModel::setInstallCommandOverride(const std::optional<QString>& command) {
+    const bool isBlank = !command || command->trimmed().isEmpty();
+    assign(this, d->installCommandOverride, isBlank ? std::nullopt : command, &AppModel::installCommandOverrideChanged);
+}
+void AppModel::setPendingInstall(const std::optional<PendingInstall>& pending) {
+    assign(this, d->pendingInstall, pending, &AppModel::pendingInstallChanged);
+}
+void AppModel::setSetup(const std::optional<SetupSession>& setup) {
+    assign(this, d->setup, setup, &AppModel::setupChanged);
+    Q_EMIT setupLastLineChanged();
+}
+
+int AppModel::runningCount() const {
+    const auto& states = d->processes->states();
+    int count = 0;
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        count += entry->isRunning() && !isInstall(entry.key()) ? 1 : 0;
+    }
+    return count;
+}
+
+QString AppModel::menuBarTitle() const {
+    const int count = runningCount();
+    return count > 0 ? QString::number(count) : QString();
+}
+
+bool AppModel::shouldConfirmQuit() const {
+    return runningCount() > 0;
+}
+
+QString AppModel::greeting() const {
+    return Greeter::greeting(QDateTime::currentDateTime(), d->settings->settings().displayName);
+}
+
+bool AppModel::isRunning(const Project& project) const {
+    const auto& states = d->processes->states();
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        if (entry.key().projectID == project.id && entry->isRunning()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+QString AppModel::quickPanelShortcutLabel() {
+    return u"⌃⌥⌘L"_s;
+}
+
+const Project* AppModel::project(const QString& id) const {
+    const auto found = d->projectIndex.constFind(id);
+    return found == d->projectIndex.cend() ? nullptr : &d->projects[*found];
+}
+
+QFuture<void> AppModel::refresh() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (d->isScanning) {
+        return d->scanCompletion->future();
+    }
+    d->scanCompletion.emplace();
+    const QFuture<void> end = d->scanCompletion->future();
+    d->isScanning = true;
+    startScan();
+    Q_EMIT isScanningChanged();
+    return end;
+}
+
+void AppModel::startScan() {
+    d->isScanStale = false;
+    d->scanCancellation = std::make_shared<ScanCancellation>();
+    ProjectScanner scanner;
+    scanner.overrides = d->overrides;
+    const auto scan = [scanner, root = d->settings->settings().scanRoot, cancellation = d->scanCancellation] {
+        return scanner.scanTree(root, cancellation.get());
+    };
+    onFinished(runIn(d->scanPool, scan), this, [this](const QList<ProjectNode>& tree) {
+        d->isScanStale ? startScan() : scanEnded(tree);
+    });
+}
+
+void AppModel::scanEnded(const QList<ProjectNode>& tree) {
+    QList<Project> projects;
+    for (const ProjectNode& node : tree) {
+        projects.append(node.apps());
+    }
+    const bool isOtherTree = !std::ranges::equal(tree, d->tree);
+    const bool areOtherProjects = projects != d->projects;
+    d->tree = tree;
+    d->projects = projects;
+    d->projectIndex.clear();
+    for (qsizetype i = 0; i < projects.size(); ++i) {
+        d->projectIndex.insert(projects[i].id, i);
+    }
+    const bool isFirst = !std::exchange(d->hasScanned, true);
+    const Completion ended = *std::exchange(d->scanCompletion, {});
+    d->isScanning = false;
+    // Everything is set before anyone is told, so that nobody sees one half.
+    if (isOtherTree) {
+        Q_EMIT treeChanged();
+    }
+    if (areOtherProjects) {
+        Q_EMIT projectsChanged();
+    }
+    if (isFirst) {
+        Q_EMIT hasScannedChanged();
+    }
+    Q_EMIT isScanningChanged();
+    publishSnapshot();
+    if (const std::optional<QUrl> url = std::exchange(d->queuedURL, {})) {
+        Q_EMIT queuedURLChanged();
+        handle(*url);
+    }
+    ended.finish();
+}
+
+void AppModel::rescan() {
+    if (d->isScanning) {
+        d->isScanStale = true;
+        d->scanCancellation->cancel();
+    } else if (d->hasScanned) {
+        refresh();
+    }
+}
+
+void AppModel::takeInSettings() {
+    const AppSettings before = std::exchange(d->lastSettings, d->settings->settings());
+    const AppSettings& now = d->lastSettings;
+    if (before == now) {
+        return;
+    }
+    Q_EMIT preferencesChanged();
+    if (before.displayName != now.displayName) {
+        updateGreeting();
+    }
+    if (before.pinnedProjectIDs != now.pinnedProjectIDs) {
+        Q_EMIT pinsChanged();
+        publishSnapshot();
+    }
+    if (before.scanRoot != now.scanRoot) {
+        rescan();
+    }
+}
+
+void AppModel::changeSettings(const std::function<void(AppSettings&)>& change) {
+    reportFailure(d->settings->change(change));
+}
+
+void AppModel::reportFailure(const StoreResult& result) {
+    if (!result) {
+        report(result.error().text(), true);
+    }
+}
+
+void AppModel::processStatesChanged() {
+    const auto& states = d->processes->states();
+    QList<ServiceID> changed;
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        const auto before = d->lastServiceStates.constFind(entry.key());
+        if (before == d->lastServiceStates.cend() || *before != *entry) {
+            changed.append(entry.key());
+        }
+    }
+    d->lastServiceStates = states;
+    for (const ServiceID& id : changed) {
+        d->addressPorts.remove(id);
+    }
+    for (const ServiceID& id : changed) {
+        Q_EMIT serviceChanged(id);
+    }
+    if (!changed.isEmpty()) {
+        Q_EMIT servicesChanged();
+    }
+}
+
+void AppModel::publishSnapshot() {
+    ORV_ASSERT_MAIN_THREAD();
+    WidgetSnapshot snapshot;
+    const auto& states = d->processes->states();
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        if (entry->isRunning() && !isInstall(entry.key())) {
+            snapshot.running.append({projectName(entry.key()), entry.key().kind, addressPort(entry.key())});
+        }
+    }
+    std::ranges::sort(snapshot.running, {}, [](const WidgetSnapshot::Running& running) {
+        // UTF-8 sorts as code points do; UTF-16 does not.
+        return std::tuple(running.projectName.toUtf8(), rawValue(running.kind), running.port.value_or(0));
+    });
+    for (const Project& project : pinnedProjects()) {
+        snapshot.pinned.append({project.id, project.name});
+    }
+    for (const ProjectTask& task : d->taskStore.recentlyDone(snapshotTaskLimit)) {
+        snapshot.tasks.append({task.title, task.projectName, task.isDone()});
+    }
+    snapshot.openTaskCount = d->taskStore.openCount();
+    d->publisher.publish(snapshot);
+}
+
+void AppModel::flushSnapshot() {
+    ORV_ASSERT_MAIN_THREAD();
+    d->publisher.flush();
+}
+
+QFuture<void> AppModel::handle(const QUrl& url) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (!d->hasScanned) {
+        assign(this, d->queuedURL, std::optional(url), &AppModel::queuedURLChanged);
+        return finishedFuture();
+    }
+    if (url.scheme() != u"orvlauncher" || url.host() != u"run") {
+        return finishedFuture();
+    }
+    const Project* wanted = project(QUrlQuery(url).queryItemValue(u"project"_s, QUrl::FullyDecoded));
+    const std::optional<RunAction> action = wanted != nullptr ? defaultAction(*wanted) : std::nullopt;
+    if (!action) {
+        return finishedFuture();
+    }
+    return run(*wanted, kinds(*action));
+}
+
+void AppModel::showMainWindow() {
+    if (openMainWindowAction) {
+        openMainWindowAction();
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "OrvUI/AppModel.h"
+#include "OrvUI/HomeModels.h"
+#include "OrvUI/InstallRecord.h"
+#include "OrvUI/Pool_p.h"
+#include "OrvUI/SetupRunner.h"
+#include "OrvUI/SnapshotPublisher.h"
+
+#include <QThreadPool>
+
+#include <algorithm>
+#include <atomic>
+
+namespace orv {
+
+/// A project's install between the question and the run that it was for.
+struct SetupPlan {
+    PendingInstall pending;
+    QList<ServiceTarget> targets; ///< one a step of the session
+};
+
+struct AppModel::Private {
+    explicit Private(Options options);
+
+    std::unique_ptr<SettingsStore> settings;
+    std::shared_ptr<OverrideStore> overrides;
+    std::unique_ptr<ProcessManager> processes;
+    TaskStore taskStore;
+    std::shared_ptr<InstallRecord> installs;
+    const std::chrono::milliseconds reportTime;
+
+    QList<Project> projects;
+    QHash<QString, qsizetype> projectIndex; ///< from id to the place in `projects`
+    QList<ProjectNode> tree;
+    bool isScanning = false;
+    bool hasScanned = false;
+    QString searchText;
+    ProjectFilter filter = ProjectFilter::all;
+    std::optional<PendingInstall> pendingInstall;
+    std::optional<SetupSession> setup;
+    std::optional<QString> installCommandOverride;
+    AppPage page;
+    std::optional<AppSheet> sheet;
+    std::optional<ModalContent> modal;
+    std::optional<StatusMessage> statusMessage;
+    DetailTab detailTab = DetailTab::overview;
+    std::optional<QUrl> queuedURL;
+    QList<ProjectTask> tasks;
+
+    AppSettings lastSettings; ///< as of the last notification
+    QString lastGreeting;
+    QHash<ServiceID, ServiceState> lastServiceStates;
+    mutable QHash<ServiceID, std::optional<int>> addressPorts; ///< worked out already
+
+    /// Goes up with every stop of the project: a run that was being prepared meanwhile is off.
+    QHash<QString, int> stopCounts;
+    int stopAllCount = 0;
+    [[nodiscard]] int stopCount(const QString& projectID) const { return stopCounts.value(projectID) + stopAllCount; }
+
+    std::optional<SetupPlan> setupPlan; ///< of the session, until it is over
+    SetupRunner* setupRunner = nullptr;
+    std::optional<Completion> setupCompletion;
+
+    std::shared_ptr<ScanCancellation> scanCancellation;
+    std::optional<Completion> scanCompletion;
+    bool isScanStale = false; ///< what the running scan reads has changed since it began
+    std::atomic<bool> isEnding = false;
+    SnapshotPublisher publisher;
+    std::unique_ptr<HomeModels> home;
+    // Last, so that what runs in them ends before what it uses goes.
+    QThreadPool scanPool;
+    QThreadPool workPool;
+};
+
+/// Notifies only when the value is another one.
+template <typename T, typename Signal>
+void assign(AppModel* model, T& member, const T& value, Signal changed) {
+    if (member == value) {
+        return;
+    }
+    member = value;
+    Q_EMIT(model->*changed)();
+}
+
+[[nodiscard]] inline bool hasTarget(const Project& project, ServiceKind kind) {
+    return std::ranges::find(project.targets, kind, &ServiceTarget::kind) != project.targets.end();
+}
+
+} // namespace orv

@@ -1,0 +1,227 @@
+#include "OrvUI/HomeModels.h"
+
+#include "OrvUI/AppModel.h"
+#include "OrvUI/Tile.h"
+
+#include <algorithm>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString stackLine(const Project& project) {
+    QStringList parts;
+    for (const ServiceTarget& target : project.targets) {
+        parts.append(target.framework.value_or(title(target.kind)));
+    }
+    return parts.join(u" + "_s);
+}
+
+QString counted(qsizetype count, const QString& one, const QString& many) {
+    return QString::number(count) + u' ' + (count == 1 ? one : many);
+}
+
+} // namespace
+
+/// What a project does, as its card says it.
+struct HomeModels::Activity {
+    QString state = u"idle"_s;
+    QString message; ///< of the first service that failed
+    QVariantList services;
+};
+
+HomeModels::HomeModels(AppModel& model) : m_model(model) {
+    for (const auto signal :
+         {&AppModel::projectsChanged, &AppModel::treeChanged, &AppModel::hasScannedChanged,
+          &AppModel::searchTextChanged, &AppModel::filterChanged, &AppModel::pinsChanged, &AppModel::servicesChanged,
+          &AppModel::setupChanged, &AppModel::tasksChanged, &AppModel::preferencesChanged}) {
+        connect(&model, signal, this, &HomeModels::updateSoon);
+    }
+    update();
+}
+
+void HomeModels::updateSoon() {
+    if (!std::exchange(m_isUpdateDue, true)) {
+        QMetaObject::invokeMethod(this, &HomeModels::update, Qt::QueuedConnection);
+    }
+}
+
+void HomeModels::update() {
+    m_isUpdateDue = false;
+    const qsizetype shownBefore = cards.rowCount();
+    m_startedProjects.clear();
+    const auto& states = m_model.processes().states();
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        m_startedProjects.insert(AppModel::projectID(entry.key()));
+    }
+
+    QList<CardRow> cardRows;
+    for (const Project& project : m_model.filteredProjects()) {
+        cardRows.append(card(project));
+    }
+    cards.setRows(cardRows);
+
+    QList<PinnedRow> pinnedRows;
+    for (const Project& project : m_model.pinnedProjects()) {
+        pinnedRows.append(
+            {project.id, project.name, Tile::index(project.name), Tile::letter(project.name), activity(project).state});
+    }
+    pinned.setRows(pinnedRows);
+
+    outline.setTree(m_model.tree(), [this](const Project& project) { return activity(project).state; });
+
+    QList<FilterRow> filterRows;
+    for (const ProjectFilter filter : allProjectFilters) {
+        const auto kept = std::ranges::count_if(
+            m_model.projects(), [&](const Project& project) { return m_model.keeps(filter, project); });
+        filterRows.append({title(filter), icon(filter), static_cast<int>(kept)});
+    }
+    sidebarFilters.setRows(filterRows);
+
+    QList<SetupStepRow> stepRows;
+    if (m_model.setup()) {
+        for (const SetupStep& step : m_model.setup()->steps) {
+            stepRows.append({QString::number(stepRows.size()), step.title, step.command, rawValue(step.status)});
+        }
+    }
+    setupSteps.setRows(stepRows);
+
+    updateRunning();
+    updateSummary(shownBefore);
+}
+
+void HomeModels::updateRunning() {
+    QList<RunningRow> rows;
+    QList<ServiceID> ids;
+    const auto& states = m_model.processes().states();
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        if (entry->isRunning() && !AppModel::isInstall(entry.key())) {
+            ids.append(entry.key());
+        }
+    }
+    std::ranges::sort(ids, {}, [this](const ServiceID& id) {
+        return std::tuple(m_model.projectName(id).toUtf8(), rawValue(id.kind), id.projectID, id.directory);
+    });
+    for (const ServiceID& id : std::as_const(ids)) {
+        const QString name = m_model.projectName(id);
+        rows.append(
+            {key(id), id.projectID, name, title(id.kind), address(id), m_model.isAnnouncedPortListening(id),
+             Tile::index(name), Tile::letter(name)});
+    }
+    running.setRows(rows);
+}
+
+void HomeModels::updateSummary(qsizetype shownBefore) {
+    QStringList parts;
+    if (!m_model.hasScanned()) {
+        parts.append(u"Looking for projects…"_s);
+    } else if (m_model.projects().isEmpty()) {
+        parts.append(u"No projects in %1 yet"_s.arg(m_model.scanRootText()));
+    } else {
+        if (const int count = m_model.runningCount(); count > 0) {
+            parts.append(counted(count, u"service running"_s, u"services running"_s));
+        }
+        if (const int count = m_model.openTaskCount(); count > 0) {
+            parts.append(counted(count, u"open task"_s, u"open tasks"_s));
+        }
+        if (parts.isEmpty()) {
+            parts.append(counted(m_model.projects().size(), u"project"_s, u"projects"_s));
+        }
+    }
+    const QString before = std::exchange(m_summaryLine, parts.join(u" · "_s));
+    if (before != m_summaryLine || shownBefore != cards.rowCount()) {
+        Q_EMIT summaryChanged();
+    }
+}
+
+CardRow HomeModels::card(const Project& project) const {
+    const Activity now = activity(project);
+    QStringList actions;
+    for (const RunAction action : AppModel::availableActions(project)) {
+        actions.append(rawValue(action));
+    }
+    const std::optional<RunAction> preferred = AppModel::defaultAction(project);
+    return {
+        .key = project.id,
+        .name = project.name,
+        .path = project.root,
+        .stackLine = stackLine(project),
+        .tileIndex = Tile::index(project.name),
+        .tileLetter = Tile::letter(project.name),
+        .isPinned = m_model.isPinned(project),
+        .cardState = now.state,
+        .message = now.message,
+        .actions = actions,
+        .defaultAction = preferred ? rawValue(*preferred) : QString(),
+        .isFlutter = m_model.keeps(ProjectFilter::flutter, project),
+        .services = now.services,
+    };
+}
+
+HomeModels::Activity HomeModels::activity(const Project& project) const {
+    Activity now;
+    bool isInstalling = m_model.setup() && m_model.setup()->project.id == project.id &&
+                        m_model.setup()->phase.kind == SetupSession::Phase::Kind::running;
+    bool isRunning = false;
+    if (m_startedProjects.contains(project.id)) {
+        for (const ServiceID& id : m_model.services(project)) {
+            const ServiceState state = m_model.processes().state(id);
+            if (AppModel::isInstall(id)) {
+                isInstalling = isInstalling || state.isActive();
+                continue;
+            }
+            if (state.isActive()) {
+                isRunning = isRunning || state.isRunning();
+                now.services.append(shown(id));
+            } else if (state.phase == ServiceState::Phase::failed && now.message.isEmpty()) {
+                now.message = state.message;
+            }
+        }
+    }
+    if (isRunning) {
+        now.state = u"running"_s;
+    } else if (!now.services.isEmpty()) {
+        now.state = u"starting"_s;
+    } else if (isInstalling) {
+        now.state = u"installing"_s;
+    } else if (!now.message.isEmpty()) {
+        now.state = u"failed"_s;
+    }
+    return now;
+}
+
+QVariantMap HomeModels::shown(const ServiceID& id) const {
+    const bool isRunning = m_model.processes().state(id).isRunning();
+    return {
+        {u"kind"_s, rawValue(id.kind)},
+        {u"label"_s, title(id.kind)},
+        {u"phase"_s, isRunning ? u"running"_s : u"starting"_s},
+        {u"port"_s, m_model.addressPort(id).value_or(0)},
+        {u"address"_s, address(id)},
+        {u"portListening"_s, m_model.isAnnouncedPortListening(id)},
+        {u"key"_s, key(id)},
+    };
+}
+
+QString HomeModels::address(const ServiceID& id) const {
+    const std::optional<int> port = m_model.addressPort(id);
+    return port ? u"localhost:"_s + QString::number(*port) : QString();
+}
+
+QString HomeModels::key(const ServiceID& id) {
+    return QStringList{rawValue(id.kind), id.projectID, id.directory}.join(u'\n');
+}
+
+std::optional<ServiceID> HomeModels::service(const QString& wanted) const {
+    const auto& states = m_model.processes().states();
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        if (key(entry.key()) == wanted) {
+            return entry.key();
+        }
+    }
+    return {};
+}
+
+} // namespace orv

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "OrvUI/HomeRows.h"
+#include "OrvUI/OutlineModel.h"
+
+#include <QObject>
+
+namespace orv {
+
+class AppModel;
+struct ServiceID;
+
+/// The lists that the home page shows, kept like the model: whatever changes there is taken over once, in the next turn
+/// of the event loop. Lives on the main thread.
+class HomeModels : public QObject {
+    Q_OBJECT
+public:
+    explicit HomeModels(AppModel& model);
+
+    RowModel<CardRow> cards;
+    RowModel<RunningRow> running;
+    RowModel<PinnedRow> pinned;
+    RowModel<FilterRow> sidebarFilters;
+    RowModel<SetupStepRow> setupSteps;
+    OutlineModel outline;
+
+    /// "3 services running · 5 open tasks"
+    [[nodiscard]] const QString& summaryLine() const { return m_summaryLine; }
+    /// A service in a word that QML can hand back; empty keys stand for none.
+    [[nodiscard]] static QString key(const ServiceID& id);
+    [[nodiscard]] std::optional<ServiceID> service(const QString& key) const;
+
+Q_SIGNALS:
+    void summaryChanged();
+
+private:
+    struct Activity;
+
+    void updateSoon();
+    void update();
+    void updateRunning();
+    void updateSummary(qsizetype shownBefore);
+    [[nodiscard]] CardRow card(const Project& project) const;
+    [[nodiscard]] Activity activity(const Project& project) const;
+    [[nodiscard]] QVariantMap shown(const ServiceID& id) const;
+    [[nodiscard]] QString address(const ServiceID& id) const;
+
+    AppModel& m_model;
+    QSet<QString> m_startedProjects; ///< that have a service which was started at least once
+    QString m_summaryLine;
+    bool m_isUpdateDue = false;
+};
+
+} // namespace orv

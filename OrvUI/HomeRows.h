@@ -1,0 +1,91 @@
+#pragma once
+
+#include "OrvUI/RowModel.h"
+
+#include <QStringList>
+#include <QVariantList>
+
+namespace orv {
+
+// What one row of each list on the home page shows. The names of the roles stand in HomeRows.cpp.
+
+struct CardRow {
+    QString key; ///< the project's id
+    QString name;
+    QString path;
+    QString stackLine;
+    int tileIndex = 0;
+    QString tileLetter;
+    bool isPinned = false;
+    QString cardState;
+    QString message;
+    QStringList actions;
+    QString defaultAction;
+    bool isFlutter = false;
+    QVariantList services; ///< of maps: kind, label, phase, port, address, portListening, key
+
+    bool operator==(const CardRow&) const = default;
+    [[nodiscard]] static const std::vector<RowRole<CardRow>>& roles();
+};
+
+struct RunningRow {
+    QString key; ///< of the service
+    QString projectID;
+    QString name;
+    QString kindLabel;
+    QString address;
+    bool isPortListening = true;
+    int tileIndex = 0;
+    QString tileLetter;
+
+    bool operator==(const RunningRow&) const = default;
+    [[nodiscard]] static const std::vector<RowRole<RunningRow>>& roles();
+};
+
+struct PinnedRow {
+    QString key; ///< the project's id
+    QString name;
+    int tileIndex = 0;
+    QString tileLetter;
+    QString cardState;
+
+    bool operator==(const PinnedRow&) const = default;
+    [[nodiscard]] static const std::vector<RowRole<PinnedRow>>& roles();
+};
+
+struct OutlineRow {
+    QString key; ///< the folder's path
+    QString name;
+    int depth = 0;
+    bool isExpanded = false;
+    bool isFolder = false; ///< holds projects, is none
+    bool hasChildren = false;
+    QString projectID;
+    int tileIndex = 0;
+    QString tileLetter;
+    QString cardState;
+
+    bool operator==(const OutlineRow&) const = default;
+    [[nodiscard]] static const std::vector<RowRole<OutlineRow>>& roles();
+};
+
+struct FilterRow {
+    QString key; ///< its title
+    QString icon;
+    int count = 0;
+
+    bool operator==(const FilterRow&) const = default;
+    [[nodiscard]] static const std::vector<RowRole<FilterRow>>& roles();
+};
+
+struct SetupStepRow {
+    QString key; ///< its place in the session
+    QString title;
+    QString command;
+    QString status;
+
+    bool operator==(const SetupStepRow&) const = default;
+    [[nodiscard]] static const std::vector<RowRole<SetupStepRow>>& roles();
+};
+
+} // namespace orv

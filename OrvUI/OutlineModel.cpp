@@ -1,0 +1,66 @@
+#include "OrvUI/OutlineModel.h"
+
+#include "OrvUI/Tile.h"
+
+#include <algorithm>
+
+namespace orv {
+
+void OutlineModel::setTree(const QList<ProjectNode>& tree, StateOf stateOf) {
+    m_tree = tree;
+    m_stateOf = std::move(stateOf);
+    rebuild();
+}
+
+void OutlineModel::toggleExpanded(int row) {
+    if (row >= 0 && row < rowCount()) {
+        setExpanded(row, !rows()[row].isExpanded);
+    }
+}
+
+void OutlineModel::setExpanded(int row, bool isExpanded) {
+    if (row < 0 || row >= rowCount() || !rows()[row].hasChildren) {
+        return;
+    }
+    const QString path = rows()[row].key;
+    if (isExpanded) {
+        m_expanded.insert(path);
+    } else {
+        m_expanded.remove(path);
+    }
+    rebuild();
+}
+
+void OutlineModel::rebuild() {
+    QList<OutlineRow> rows;
+    appendRows(m_tree, 0, rows);
+    setRows(rows);
+}
+
+void OutlineModel::appendRows(const QList<ProjectNode>& nodes, int depth, QList<OutlineRow>& rows) const {
+    QList<const ProjectNode*> ordered;
+    for (const ProjectNode& node : nodes) {
+        ordered.append(&node);
+    }
+    std::ranges::stable_partition(ordered, [](const ProjectNode* node) { return !node->project; });
+    for (const ProjectNode* node : std::as_const(ordered)) {
+        const bool isExpanded = m_expanded.contains(node->path);
+        rows.append({
+            .key = node->path,
+            .name = node->name,
+            .depth = depth,
+            .isExpanded = isExpanded,
+            .isFolder = !node->project,
+            .hasChildren = !node->children.isEmpty(),
+            .projectID = node->project ? node->project->id : QString(),
+            .tileIndex = Tile::index(node->name),
+            .tileLetter = Tile::letter(node->name),
+            .cardState = node->project ? m_stateOf(*node->project) : QString(),
+        });
+        if (isExpanded) {
+            appendRows(node->children, depth + 1, rows);
+        }
+    }
+}
+
+} // namespace orv

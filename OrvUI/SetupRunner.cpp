@@ -1,0 +1,120 @@
+#include "OrvUI/SetupRunner.h"
+
+#include "OrvCore/Async.h"
+#include "OrvCore/CommandBuilder.h"
+#include "OrvUI/Pool_p.h"
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+SetupRunner::SetupRunner(Parts parts, QList<Step> steps, std::optional<QString> override, QObject* parent)
+    : QObject(parent),
+      m_processes(parts.processes),
+      m_installs(std::move(parts.installs)),
+      m_pool(parts.pool),
+      m_steps(std::move(steps)),
+      m_override(std::move(override)) {
+    m_timer.setInterval(50ms);
+    connect(&m_timer, &QTimer::timeout, this, &SetupRunner::poll);
+}
+
+void SetupRunner::start() {
+    ORV_ASSERT_MAIN_THREAD();
+    next();
+}
+
+void SetupRunner::stop() {
+    ORV_ASSERT_MAIN_THREAD();
+    m_isStopped = true;
+    if (const auto id = currentStep()) {
+        m_processes.stop(*id);
+    }
+}
+
+std::optional<ServiceID> SetupRunner::currentStep() const {
+    return m_index < m_steps.size() ? std::optional(m_steps[m_index].id) : std::nullopt;
+}
+
+void SetupRunner::next() {
+    if (m_index == m_steps.size()) {
+        Q_EMIT finished({});
+        return;
+    }
+    Q_EMIT stepChanged(m_index, SetupStep::Status::running);
+    struct Need {
+        bool isInstallNeeded;
+        QString installBody;
+    };
+    // An earlier step may have installed for this one too: a workspace does.
+    const auto look = [target = m_steps[m_index].target, installs = m_installs] {
+        QString body = CommandBuilder::installBody(target);
+        const bool isNeeded = CommandBuilder::needsInstall(target) && !installs->covers(target.directory, body);
+        return Need{isNeeded, std::move(body)};
+    };
+    onFinished(runIn(m_pool, look), this, [this](const Need& need) {
+        if (m_isStopped) {
+            end(ServiceState::stopped());
+        } else if (need.isInstallNeeded) {
+            launch(need.installBody);
+        } else {
+            advance();
+        }
+    });
+}
+
+void SetupRunner::launch(const QString& installBody) {
+    const Step& step = m_steps[m_index];
+    if (m_processes.state(step.id).isActive()) {
+        // What a cancelled session left behind and is still on its way out.
+        onFinished(m_processes.stop(step.id), this, [this, installBody] {
+            QTimer::singleShot(m_timer.interval(), this, [this, installBody] { launch(installBody); });
+        });
+        return;
+    }
+    m_installBody = installBody;
+    ServiceTarget install = step.target;
+    install.port.reset();
+    install.command =
+        u"cd "_s + CommandBuilder::quote(install.directory) + u" && "_s + m_override.value_or(installBody);
+    m_processes.start(install, step.id.projectID);
+    m_timer.start();
+}
+
+void SetupRunner::poll() {
+    const ServiceState state = m_processes.state(m_steps[m_index].id);
+    if (!state.isActive()) {
+        m_timer.stop();
+        end(state);
+    }
+}
+
+void SetupRunner::end(const ServiceState& state) {
+    const Step& step = m_steps[m_index];
+    const bool isStopped = m_isStopped || m_processes.wasUserStopped(step.id);
+    const bool isDone = !isStopped && state.phase == ServiceState::Phase::stopped;
+    const auto settle = [target = step.target, body = m_installBody, installs = m_installs, isDone] {
+        if (!isDone) {
+            (void)installs->forget(target.directory, body);
+        } else if (CommandBuilder::needsInstall(target)) {
+            (void)installs->remember(target.directory, body, QDateTime::currentDateTimeUtc());
+        }
+    };
+    onFinished(runIn(m_pool, settle), this, [this, isDone, isStopped, state] {
+        if (isDone) {
+            advance();
+            return;
+        }
+        Q_EMIT stepChanged(m_index, SetupStep::Status::failed);
+        Q_EMIT finished(isStopped ? u"Stopped."_s : state.message);
+    });
+}
+
+void SetupRunner::advance() {
+    Q_EMIT stepChanged(m_index, SetupStep::Status::done);
+    ++m_index;
+    next();
+}
+
+} // namespace orv

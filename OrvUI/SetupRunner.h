@@ -1,0 +1,59 @@
+#pragma once
+
+#include "OrvUI/InstallRecord.h"
+#include "OrvUI/ModelTypes.h"
+
+#include <QObject>
+#include <QThreadPool>
+#include <QTimer>
+
+namespace orv {
+
+/// Runs the installs of a setup session one after the other as one-shot services. The first one that fails or is
+/// stopped ends it. Lives on the main thread; good for one run.
+class SetupRunner : public QObject {
+    Q_OBJECT
+public:
+    struct Step {
+        ServiceID id;         ///< under which the install runs
+        ServiceTarget target; ///< what is installed for
+    };
+    struct Parts {
+        ProcessManager& processes;
+        std::shared_ptr<InstallRecord> installs;
+        QThreadPool& pool; ///< for looks at the disk
+    };
+
+    /// `override` takes the place of every step's own command.
+    SetupRunner(Parts parts, QList<Step> steps, std::optional<QString> override, QObject* parent);
+
+    void start();
+    /// Stops the install that runs; `finished` follows when it is gone.
+    void stop();
+    /// The service of the step that runs, or failed.
+    [[nodiscard]] std::optional<ServiceID> currentStep() const;
+
+Q_SIGNALS:
+    void stepChanged(qsizetype index, orv::SetupStep::Status status);
+    /// `reason` says what went wrong; it is empty when every step is done.
+    void finished(const QString& reason);
+
+private:
+    void next();
+    void launch(const QString& installBody);
+    void poll();
+    void end(const ServiceState& state);
+    void advance();
+
+    ProcessManager& m_processes;
+    const std::shared_ptr<InstallRecord> m_installs;
+    QThreadPool& m_pool;
+    const QList<Step> m_steps;
+    const std::optional<QString> m_override;
+    qsizetype m_index = 0;
+    QString m_installBody; ///< of the step that runs, without an override
+    bool m_isStopped = false;
+    QTimer m_timer;
+};
+
+} // namespace orv

@@ -96,7 +96,7 @@ class Theme : public ThemeColors {
     Q_PROPERTY(int tile MEMBER tile CONSTANT FINAL)
     Q_PROPERTY(int tileLarge MEMBER tileLarge CONSTANT FINAL)
     Q_PROPERTY(int avatar MEMBER avatar CONSTANT FINAL)
-    Q_PROPERTY(int swatch MEMBER swatch CONSTANT FINAL)
+    Q_PROPERTY(int swatchSize MEMBER swatchSize CONSTANT FINAL)
     Q_PROPERTY(int progressHeight MEMBER progressHeight CONSTANT FINAL)
     Q_PROPERTY(int scrollBar MEMBER scrollBar CONSTANT FINAL)
     Q_PROPERTY(int focusWidth MEMBER focusWidth CONSTANT FINAL)

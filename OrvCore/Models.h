@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvCore/StoredEnum.h"
+
 #include <QDateTime>
 #include <QHash>
 #include <QJsonObject>
@@ -7,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTimeZone>
+
 #include <array>
 #include <expected>
 #include <optional>
@@ -15,10 +18,11 @@ namespace orv {
 
 /// Why a JSON value is not the record it was taken for.
 struct DecodingError {
-    QString field;    ///< the member that is missing or wrong; empty when the value itself is
-    QString expected; ///< what should have stood there, as a noun ("a string", "one of frontend, backend, ...")
+    QString field;    ///< the way to what is missing or wrong ("targets[1].port"); empty for the value itself
+    QString expected; ///< what should have stood there, as a noun ("a string", "one of frontend, backend")
 
     bool operator==(const DecodingError&) const = default;
+    /// "\"targets[1].port\" must be a whole number".
     [[nodiscard]] QString text() const;
 };
 
@@ -28,13 +32,24 @@ using Decoded = std::expected<T, DecodingError>;
 /// What sort of service a target is. The order is the one in which kinds are listed everywhere.
 enum class ServiceKind { frontend, backend, flutter, docker, app };
 
-inline constexpr std::array allServiceKinds{ServiceKind::frontend, ServiceKind::backend, ServiceKind::flutter,
-                                            ServiceKind::docker, ServiceKind::app};
+inline constexpr std::array allServiceKinds{
+    ServiceKind::frontend, ServiceKind::backend, ServiceKind::flutter, ServiceKind::docker, ServiceKind::app};
 
-/// The stored spelling: "frontend", "backend", "flutter", "docker", "app".
-[[nodiscard]] QString rawValue(ServiceKind kind);
+template <>
+struct StoredNames<ServiceKind> {
+    static constexpr std::array table{
+        std::pair{ServiceKind::frontend, QLatin1StringView("frontend")},
+        std::pair{ServiceKind::backend, QLatin1StringView("backend")},
+        std::pair{ServiceKind::flutter, QLatin1StringView("flutter")},
+        std::pair{ServiceKind::docker, QLatin1StringView("docker")},
+        std::pair{ServiceKind::app, QLatin1StringView("app")},
+    };
+};
+
 /// The kind of exactly that spelling (case-sensitive).
-[[nodiscard]] std::optional<ServiceKind> serviceKind(QStringView raw);
+[[nodiscard]] inline std::optional<ServiceKind> serviceKind(QStringView raw) {
+    return fromRawValue<ServiceKind>(raw);
+}
 /// The word people read: "Frontend", "Backend", "Flutter", "Docker", "App".
 [[nodiscard]] QString title(ServiceKind kind);
 size_t qHash(ServiceKind kind, size_t seed = 0) noexcept;
@@ -86,8 +101,8 @@ struct ProjectNode {
 
 namespace Greeter {
 /// "Good evening, Sam": morning from 5, afternoon from 12, evening from 18, night from 22 o'clock in `zone`.
-[[nodiscard]] QString greeting(const QDateTime& date, const QString& name,
-                               const QTimeZone& zone = QTimeZone::systemTimeZone());
+[[nodiscard]] QString greeting(
+    const QDateTime& date, const QString& name, const QTimeZone& zone = QTimeZone::systemTimeZone());
 } // namespace Greeter
 
 } // namespace orv

@@ -22,22 +22,23 @@ class OverrideStore {
 public:
     using Values = QHash<QString, Override>;
 
-    explicit OverrideStore(const QString& filePath);
+    explicit OverrideStore(const QString& filePath = defaultPath());
+    [[nodiscard]] static QString defaultPath();
 
     /// The key of a service: folder, "|", the detected kind. An override that changes the kind stays under it.
     [[nodiscard]] static QString key(const QString& directory, ServiceKind detectedKind);
 
     [[nodiscard]] std::optional<Override> override(const QString& key) const;
     [[nodiscard]] Values values() const;
-    /// Stores, or with an absent value removes. The change is kept in memory when the file can't be written, and is written
-    /// with the next one.
+    /// Stores, or with an absent value removes. The change is kept in memory when the file can't be written, and is
+    /// written with the next one.
     StoreResult set(const QString& key, const std::optional<Override>& value);
     /// Takes in what another process wrote; true when that changed anything.
     bool reload();
     [[nodiscard]] QString filePath() const;
 
-    /// The scanner's last step for a target: makes its command where it is empty, then applies the override under its key.
-    /// `stacks` are those detected in the target's folder.
+    /// The scanner's last step for a target: makes its command where it is empty, then applies the override under its
+    /// key. `stacks` are those detected in the target's folder.
     [[nodiscard]] ServiceTarget finish(ServiceTarget target, const QList<DetectedStack>& stacks) const;
 
 private:

@@ -2,11 +2,10 @@
 
 #include "OrvCore/Models.h"
 #include "OrvCore/StoreFile.h"
+#include "OrvCore/StoreWatcher.h"
 
 #include <QObject>
 #include <QSet>
-
-class QFileSystemWatcher;
 
 namespace orv {
 
@@ -17,6 +16,63 @@ enum class PullPreference { ffOnly, merge, rebase };
 enum class AgentKind { claude, codex, gemini, antigravity, custom };
 enum class AgentAutonomy { plan, edit, full };
 
+template <>
+struct StoredNames<AppearanceMode> {
+    static constexpr std::array table{
+        std::pair{AppearanceMode::system, QLatin1StringView("system")},
+        std::pair{AppearanceMode::light, QLatin1StringView("light")},
+        std::pair{AppearanceMode::dark, QLatin1StringView("dark")},
+    };
+};
+
+template <>
+struct StoredNames<ThemeID> {
+    static constexpr std::array table{
+        std::pair{ThemeID::ember, QLatin1StringView("ember")},
+        std::pair{ThemeID::ocean, QLatin1StringView("ocean")},
+        std::pair{ThemeID::forest, QLatin1StringView("forest")},
+        std::pair{ThemeID::violet, QLatin1StringView("violet")},
+        std::pair{ThemeID::graphite, QLatin1StringView("graphite")},
+    };
+};
+
+template <>
+struct StoredNames<ViewMode> {
+    static constexpr std::array table{
+        std::pair{ViewMode::cards, QLatin1StringView("cards")},
+        std::pair{ViewMode::folders, QLatin1StringView("folders")},
+    };
+};
+
+template <>
+struct StoredNames<PullPreference> {
+    static constexpr std::array table{
+        std::pair{PullPreference::ffOnly, QLatin1StringView("ffOnly")},
+        std::pair{PullPreference::merge, QLatin1StringView("merge")},
+        std::pair{PullPreference::rebase, QLatin1StringView("rebase")},
+    };
+};
+
+template <>
+struct StoredNames<AgentKind> {
+    static constexpr std::array table{
+        std::pair{AgentKind::claude, QLatin1StringView("claude")},
+        std::pair{AgentKind::codex, QLatin1StringView("codex")},
+        std::pair{AgentKind::gemini, QLatin1StringView("gemini")},
+        std::pair{AgentKind::antigravity, QLatin1StringView("antigravity")},
+        std::pair{AgentKind::custom, QLatin1StringView("custom")},
+    };
+};
+
+template <>
+struct StoredNames<AgentAutonomy> {
+    static constexpr std::array table{
+        std::pair{AgentAutonomy::plan, QLatin1StringView("plan")},
+        std::pair{AgentAutonomy::edit, QLatin1StringView("edit")},
+        std::pair{AgentAutonomy::full, QLatin1StringView("full")},
+    };
+};
+
 /// The project and action of the last run.
 struct LastRun {
     QString projectID;
@@ -25,8 +81,8 @@ struct LastRun {
     bool operator==(const LastRun&) const = default;
 };
 
-/// Every preference of the user. In JSON each member stands under its own name; the first four are required there, every
-/// other absent one takes its default, unknown ones are ignored (and kept by the store when it writes).
+/// Every preference of the user. In JSON each member stands under its own name; the first four are required there,
+/// every other absent one takes its default, unknown ones are ignored (and kept by the store when it writes).
 struct AppSettings {
     QString displayName;
     QString scanRoot; ///< absolute path; a file URL in JSON
@@ -62,15 +118,24 @@ struct AppSettings {
     [[nodiscard]] static Decoded<AppSettings> fromJson(const QJsonObject& json);
 };
 
+/// What "settings.json" holds: the preferences, and the members that only a newer version knows.
+struct StoredSettings {
+    AppSettings settings;
+    QJsonObject unknown;
+
+    bool operator==(const StoredSettings&) const = default;
+};
+
 /// Owns "settings.json". Lives on the main thread and notices what other processes write.
 class SettingsStore : public QObject {
     Q_OBJECT
 public:
-    explicit SettingsStore(const QString& filePath, QObject* parent = nullptr);
-    ~SettingsStore() override;
+    explicit SettingsStore(const QString& filePath = defaultPath(), QObject* parent = nullptr);
+    [[nodiscard]] static QString defaultPath();
 
     [[nodiscard]] const AppSettings& settings() const { return m_settings; }
-    /// Changes the record and saves it at once. The change stays in memory when the file can't be written.
+    /// Changes the record and saves it at once. The change stays in memory when the file can't be written, and is
+    /// written with the next one. `change` may run several times, on what another process wrote too.
     StoreResult change(const std::function<void(AppSettings&)>& change);
     /// Writes the record as it is (a first start makes the file with it).
     StoreResult save();
@@ -83,9 +148,9 @@ Q_SIGNALS:
 private:
     void takeIn();
 
+    StoreWatcher m_watcher;
+    StoreFile<StoredSettings> m_file;
     AppSettings m_settings;
-    StoreFile<AppSettings> m_file;
-    QFileSystemWatcher* m_watcher;
 };
 
 } // namespace orv

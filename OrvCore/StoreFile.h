@@ -2,16 +2,22 @@
 
 #include <QByteArray>
 #include <QString>
+
 #include <expected>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace orv {
 
 /// Why a store could not be written.
 struct StoreError {
-    enum class Kind { locked, unwritable, full };
+    enum class Kind {
+        locked,     ///< another process held the lock file all the time
+        unwritable, ///< no rights, a file in the folder's place, a read-only disk, ...
+        full,       ///< no space or no quota left
+    };
     Kind kind = Kind::unwritable;
     QString path;
     QString reason; ///< the system's words
@@ -21,33 +27,48 @@ struct StoreError {
 };
 using StoreResult = std::expected<void, StoreError>;
 
-/// What stands on disk: nothing, a content, or something that can't be read as one.
+/// What stands on disk.
 struct StoredBytes {
-    enum class State { absent, present, unreadable };
+    enum class State {
+        absent,
+        present,
+        unreadable, ///< will not become readable by itself: a folder, no rights, too large, ...
+        failed,     ///< the system could not read now (no descriptors, no memory); says nothing about the file
+    };
     State state = State::absent;
     QByteArray bytes;
+    QString reason; ///< the system's words, when it is unreadable or failed
 };
 
-/// The parts of a store file that do not depend on the record.
+/// The parts of a store file that do not depend on the record. Blocking; any thread.
+///
+/// A symbolic link is followed: what is written, locked and set aside is the file that it leads to.
 namespace StoreIO {
-/// A larger file is no store of ours and counts as unreadable.
+/// A larger file is no store of ours and counts as unreadable; none is written.
 inline constexpr qint64 limitBytes = 32 * 1024 * 1024;
 
 [[nodiscard]] StoredBytes read(const QString& path);
-/// Holds the lock file beside `path` (flock: the kernel lets go of it when its holder dies) while `action` runs.
+/// Makes the folder and holds the lock file ("<name>.lock" beside `path`, flock(2): the kernel lets go of it when its
+/// holder dies) while `action` runs. Tries for two seconds, then answers `locked`.
 [[nodiscard]] StoreResult withLock(const QString& path, const std::function<StoreResult()>& action);
-/// Makes the folder, writes beside, syncs, renames over. What stood there stays whole until the new content is.
+/// Writes "<name>.new" beside, syncs, renames over, so that what stood there stays whole until the new content is. Call
+/// it under the lock. What a killed writer left of "<name>.new" is gone afterwards.
 [[nodiscard]] StoreResult write(const QString& path, const QByteArray& bytes);
-/// Moves what stands at `path` to "<name>.corrupt" (".corrupt.2", ... when that is taken).
+/// Gives what stands at `path` the name "<name>.corrupt" as well (".corrupt.2", ... when something else has that),
+/// without a copy. The path itself stays taken until it is written over, where the file system allows for that.
 [[nodiscard]] StoreResult setAside(const QString& path);
+/// The folder with every folder on the way to it, for the user alone where they are new.
+[[nodiscard]] StoreResult makeFolder(const QString& folder);
 } // namespace StoreIO
 
 /// One small JSON file that several processes change.
 ///
 /// A change is a function from record to record. It is applied, under the lock file, to what is on disk at that moment,
-/// so that nothing which another process finished writing is lost. A change that could not be written stays in memory and
-/// is applied again with the next one. A missing file is the default record; so is an unreadable one, which is set aside
-/// before it is written over. Safe on any thread.
+/// so that nothing which another process finished writing is lost. A change that could not be written stays in memory
+/// and is applied again with the next one, so it may run several times and depends on nothing but the record.
+///
+/// A missing file is the default record. An unreadable one stands for the last record that this process saw there, or
+/// for the default one, and is set aside before it is written over. Safe on any thread.
 template <typename Record>
 class StoreFile {
 public:
@@ -58,7 +79,9 @@ public:
         std::function<Record()> fallback;
     };
 
-    StoreFile(QString path, Codec codec) : m_path(std::move(path)), m_codec(std::move(codec)) { m_record = load().record; }
+    StoreFile(QString path, Codec codec) : m_path(std::move(path)), m_codec(std::move(codec)) {
+        m_record = look().record;
+    }
 
     [[nodiscard]] Record record() const {
         const std::scoped_lock lock(m_mutex);
@@ -73,39 +96,24 @@ public:
         return reader(std::as_const(m_record));
     }
 
+    /// A change that changes nothing writes nothing.
     StoreResult change(Change change) {
         const std::scoped_lock lock(m_mutex);
         change(m_record);
         m_unwritten.push_back(std::move(change));
-        StoreResult result = StoreIO::withLock(m_path, [this]() -> StoreResult {
-            Loaded loaded = load();
-            for (const Change& pending : m_unwritten) {
-                pending(loaded.record);
-            }
-            if (loaded.unreadable) {
-                if (StoreResult moved = StoreIO::setAside(m_path); !moved) {
-                    return moved;
-                }
-            }
-            if (StoreResult written = StoreIO::write(m_path, m_codec.encode(loaded.record)); !written) {
-                return written;
-            }
-            m_record = std::move(loaded.record);
-            return {};
-        });
-        if (result) {
-            m_unwritten.clear();
-        }
-        return result;
+        return flush(false);
+    }
+
+    /// Writes what could not be written before; makes the file where it is missing.
+    StoreResult save() {
+        const std::scoped_lock lock(m_mutex);
+        return flush(true);
     }
 
     /// Takes in what is on disk now; true when the record is another one afterwards.
     bool reload() {
         const std::scoped_lock lock(m_mutex);
-        Record fresh = load().record;
-        for (const Change& pending : m_unwritten) {
-            pending(fresh);
-        }
+        Record fresh = withUnwritten(look().record);
         if (fresh == m_record) {
             return false;
         }
@@ -114,25 +122,73 @@ public:
     }
 
 private:
-    struct Loaded {
+    struct Look {
         Record record;
-        bool unreadable = false;
+        StoredBytes::State state;
+        QString reason;
     };
 
-    Loaded load() const {
-        const StoredBytes stored = StoreIO::read(m_path);
-        if (stored.state == StoredBytes::State::present) {
-            if (auto decoded = m_codec.decode(stored.bytes)) {
-                return {std::move(*decoded), false};
+    StoreResult flush(bool makeFile) {
+        const StoreResult result = StoreIO::withLock(m_path, [this, makeFile]() -> StoreResult {
+            const Look found = look();
+            if (found.state == StoredBytes::State::failed) {
+                return std::unexpected(StoreError{StoreError::Kind::unwritable, m_path, found.reason});
+            }
+            Record next = withUnwritten(found.record);
+            if (next != found.record || (makeFile && found.state != StoredBytes::State::present)) {
+                if (StoreResult written = writeOver(found.state, next); !written) {
+                    return written;
+                }
+            }
+            m_record = std::move(next);
+            return {};
+        });
+        if (result) {
+            m_unwritten.clear();
+        }
+        return result;
+    }
+
+    StoreResult writeOver(StoredBytes::State found, const Record& record) {
+        if (found == StoredBytes::State::unreadable) {
+            if (StoreResult moved = StoreIO::setAside(m_path); !moved) {
+                return moved;
             }
         }
-        return {m_codec.fallback(), stored.state != StoredBytes::State::absent};
+        StoreResult written = StoreIO::write(m_path, m_codec.encode(record));
+        if (written) {
+            m_seen = record;
+        }
+        return written;
+    }
+
+    Look look() {
+        StoredBytes stored = StoreIO::read(m_path);
+        if (stored.state == StoredBytes::State::present) {
+            if (auto decoded = m_codec.decode(stored.bytes)) {
+                m_seen = *decoded;
+                return {*std::move(decoded), stored.state, {}};
+            }
+            stored.state = StoredBytes::State::unreadable;
+        }
+        if (stored.state == StoredBytes::State::absent) {
+            m_seen.reset();
+        }
+        return {m_seen ? *m_seen : m_codec.fallback(), stored.state, stored.reason};
+    }
+
+    Record withUnwritten(Record record) const {
+        for (const Change& change : m_unwritten) {
+            change(record);
+        }
+        return record;
     }
 
     const QString m_path;
     const Codec m_codec;
     mutable std::mutex m_mutex;
-    Record m_record;
+    Record m_record;              ///< what is on disk with what is not written yet
+    std::optional<Record> m_seen; ///< the last record that this process read or wrote there
     std::vector<Change> m_unwritten;
 };
 

@@ -24,7 +24,7 @@ struct ProjectTask {
     [[nodiscard]] static Decoded<ProjectTask> fromJson(const QJsonObject& json);
 };
 
-/// "tasks.json": every task in the order in which they were added.
+/// "tasks.json": every task in the order in which they were added. Used by one thread.
 class TaskStore {
 public:
     explicit TaskStore(const QString& filePath = defaultPath());
@@ -49,6 +49,8 @@ public:
     [[nodiscard]] QString filePath() const;
 
 private:
+    StoreResult change(StoreFile<QList<ProjectTask>>::Change change);
+
     StoreFile<QList<ProjectTask>> m_file;
     StoreResult m_lastResult;
 };

@@ -25,7 +25,9 @@ bool waitFor(const std::function<bool()>& condition, std::chrono::milliseconds l
     return true;
 }
 
-TemporaryTree::TemporaryTree() { EXPECT_TRUE(m_dir.isValid()); }
+TemporaryTree::TemporaryTree() {
+    EXPECT_TRUE(m_dir.isValid());
+}
 
 QString TemporaryTree::path(const QString& relative) const {
     return relative.isEmpty() ? m_dir.path() : m_dir.filePath(relative);
@@ -54,7 +56,9 @@ ScopedEnvironment::ScopedEnvironment(const char* name, const char* value)
     value != nullptr ? qputenv(name, value) : qunsetenv(name);
 }
 
-ScopedEnvironment::~ScopedEnvironment() { m_wasSet ? qputenv(m_name, m_old) : qunsetenv(m_name); }
+ScopedEnvironment::~ScopedEnvironment() {
+    m_wasSet ? qputenv(m_name, m_old) : qunsetenv(m_name);
+}
 
 ProcessResources ProcessResources::now() {
     ProcessResources found;

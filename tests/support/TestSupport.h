@@ -3,18 +3,23 @@
 #include <QByteArray>
 #include <QString>
 #include <QTemporaryDir>
+
 #include <chrono>
 #include <functional>
 #include <ostream>
 
-inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
-inline void PrintTo(const QByteArray& bytes, std::ostream* out) { *out << '"' << bytes.toStdString() << '"'; }
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+inline void PrintTo(const QByteArray& bytes, std::ostream* out) {
+    *out << '"' << bytes.toStdString() << '"';
+}
 
 namespace orv::test {
 
 /// Runs the event loop until `condition` holds; false when `limit` passes first.
-[[nodiscard]] bool waitFor(const std::function<bool()>& condition,
-                           std::chrono::milliseconds limit = std::chrono::seconds(20));
+[[nodiscard]] bool waitFor(
+    const std::function<bool()>& condition, std::chrono::milliseconds limit = std::chrono::seconds(20));
 
 /// A temporary folder with files in it; gone with the object.
 class TemporaryTree {

@@ -30,7 +30,6 @@ void AppModel::togglePin(const Project& project) {
             settings.pinnedProjectIDs.append(id);
         }
     });
-    takeInSettings();
 }
 
 void AppModel::report(const QString& text, bool isError) {

@@ -1,0 +1,227 @@
+#include "tests/OrvUI/ModelFixture.h"
+
+#include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
+using namespace orv;
+using namespace orv::test;
+using testing::ElementsAre;
+using Phase = ServiceState::Phase;
+
+using AppModelTest = ModelFixture;
+
+TEST_F(AppModelTest, ScansOnceForTwoCallers) {
+    addInstalled(u"shop"_s, "vite", up(1));
+    QStringList changes;
+    QObject::connect(model.get(), &AppModel::isScanningChanged, model.get(), [&] {
+        changes.append(model->isScanning() ? u"begin"_s : u"end with %1"_s.arg(model->projects().size()));
+    });
+    const QFuture<void> first = model->refresh();
+    const QFuture<void> second = model->refresh();
+    EXPECT_TRUE(model->isScanning());
+    EXPECT_FALSE(model->hasScanned());
+    ASSERT_TRUE(finishes(first) && finishes(second));
+    EXPECT_THAT(changes, ElementsAre(u"begin"_s, u"end with 1"_s));
+    EXPECT_TRUE(model->hasScanned());
+    EXPECT_EQ(model->tree().size(), 1);
+
+    int told = 0;
+    QObject::connect(model.get(), &AppModel::projectsChanged, model.get(), [&] { ++told; });
+    scan();
+    EXPECT_EQ(told, 0) << "nothing had changed";
+}
+
+TEST_F(AppModelTest, EndsInTheMiddleOfAScan) {
+    for (int i = 0; i < 200; ++i) {
+        addInstalled(u"p%1/web"_s.arg(i), "vite", up(1));
+    }
+    const QFuture<void> scan = model->refresh();
+    model.reset();
+    EXPECT_TRUE(scan.isFinished());
+}
+
+TEST_F(AppModelTest, RunsWhatAUrlNames) {
+    addInstalled(u"shop/web"_s, "vite", up(3000));
+    addInstalled(u"shop/api"_s, "express", up(8000));
+    addInstalled(u"with space+1"_s, "express", up(8001));
+    addInstalled(u"other"_s, "express", up(8002));
+    const QUrl shop(u"orvlauncher://run?project="_s + root + u"/shop"_s);
+
+    ASSERT_TRUE(finishes(model->handle(QUrl(u"orvlauncher://run?project="_s + root + u"/other"_s))));
+    ASSERT_TRUE(finishes(model->handle(shop)));
+    EXPECT_EQ(model->queuedURL(), shop) << "the later one takes the place of the earlier";
+    EXPECT_TRUE(model->processes().states().isEmpty());
+    scan();
+    EXPECT_EQ(model->queuedURL(), std::nullopt);
+    ASSERT_TRUE(waitFor([&] { return model->runningCount() == 2; })) << "both services of the queued one";
+
+    const struct {
+        const char* label;
+        QString url;
+        bool isRun;
+    } cases[] = {
+        {"another scheme", u"http://run?project=%1/other"_s, false},
+        {"another host", u"orvlauncher://stop?project=%1/other"_s, false},
+        {"no project", u"orvlauncher://run?name=%1/other"_s, false},
+        {"an unknown project", u"orvlauncher://run?project=%1/nothing"_s, false},
+        {"percent-encoded", u"orvlauncher://run?project=%1/with%20space%2B1"_s, true},
+        {"in capitals", u"OrvLauncher://RUN?project=%1/other"_s, true},
+    };
+    for (const auto& [label, url, isRun] : cases) {
+        const auto before = model->processes().states().size();
+        ASSERT_TRUE(finishes(model->handle(QUrl(url.arg(root))))) << label;
+        EXPECT_EQ(model->processes().states().size() - before, isRun ? 1 : 0) << label;
+    }
+    EXPECT_EQ(model->statusMessage(), std::nullopt) << "what makes no sense is dropped without a word";
+}
+
+TEST_F(AppModelTest, PublishesWhatTheWidgetsShow) {
+    addInstalled(u"b/web"_s, "vite", up(3000));
+    addInstalled(u"b/api"_s, "express", up(8000));
+    addInstalled(u"B2"_s, "express", up(8001));
+    addInstalled(u"a"_s, "express", "echo no port yet; exec sleep 100\n");
+    scan();
+    int reloads = 0;
+    model->reloadWidgets = [&] { ++reloads; };
+    const Project b = project(u"b"_s);
+    const Project big = project(u"B2"_s);
+    for (const Project& started : {b, big, project(u"a"_s)}) {
+        ASSERT_TRUE(finishes(model->run(started, kinds(*AppModel::defaultAction(started)))));
+    }
+    ASSERT_TRUE(waitFor([&] { return model->runningCount() == 3; }));
+    EXPECT_EQ(model->menuBarTitle(), u"3"_s) << "one is only starting";
+    EXPECT_TRUE(model->shouldConfirmQuit());
+    model->togglePin(big);
+    model->togglePin(b);
+    for (int i = 0; i < 7; ++i) {
+        model->setTaskDone(model->addTask(u"task %1"_s.arg(i), {}, b), i != 0);
+    }
+
+    const auto shown = snapshot();
+    ASSERT_TRUE(shown);
+    QStringList running;
+    for (const auto& entry : shown->running) {
+        running.append(u"%1 %2 %3"_s.arg(entry.projectName, rawValue(entry.kind)).arg(entry.port.value_or(0)));
+    }
+    EXPECT_THAT(running, ElementsAre(u"B2 backend 8001"_s, u"b backend 8000"_s, u"b frontend 3000"_s));
+    ASSERT_EQ(shown->pinned.size(), 2);
+    EXPECT_EQ(shown->pinned[0].name, u"B2"_s);
+    EXPECT_EQ(shown->tasks.size(), 5);
+    EXPECT_EQ(shown->openTaskCount, 1);
+
+    ASSERT_TRUE(finishes(model->stopAllServices()));
+    ASSERT_TRUE(waitFor([&] { return model->runningCount() == 0; }));
+    EXPECT_EQ(model->menuBarTitle(), QString());
+    EXPECT_EQ(snapshot()->running.size(), 0);
+    ASSERT_TRUE(waitFor([&] { return reloads > 0; }));
+    const int before = reloads;
+    model->publishSnapshot();
+    model->flushSnapshot();
+    EXPECT_EQ(reloads, before) << "the same again is not written";
+}
+
+TEST_F(AppModelTest, NoticesWhatAnotherProcessWrites) {
+    addInstalled(u"shop"_s, "vite", up(1));
+    tree.add(u"elsewhere/blog/package.json"_s, R"({"scripts": {"dev": "x"}, "dependencies": {"vite": "1"}})");
+    scan();
+    const Project shop = project(u"shop"_s);
+    int greetings = 0;
+    QObject::connect(model.get(), &AppModel::greetingChanged, model.get(), [&] { ++greetings; });
+
+    OverrideStore(tree.path(u"support/overrides.json"_s))
+        .set(OverrideStore::key(shop.root, ServiceKind::frontend), Override{.command = u"mine"_s});
+    EXPECT_TRUE(waitFor([&] { return project(u"shop"_s).targets[0].command == u"mine"; }));
+
+    TaskStore(tree.path(u"support/tasks.json"_s)).add(u"from outside"_s, {}, shop.id, shop.name);
+    EXPECT_TRUE(waitFor([&] { return model->tasks(shop).size() == 1; }));
+
+    SettingsStore(tree.path(u"support/settings.json"_s)).change([&](AppSettings& settings) {
+        settings.scanRoot = tree.path(u"elsewhere"_s);
+        settings.displayName = u"Someone else"_s;
+        settings.pinnedProjectIDs = {tree.path(u"elsewhere/blog"_s)};
+    });
+    EXPECT_TRUE(waitFor([&] { return model->pinnedProjects().size() == 1; }));
+    EXPECT_EQ(model->projects().size(), 1);
+    EXPECT_EQ(greetings, 1);
+}
+
+TEST_F(AppModelTest, ScansAnewWhenTheRootChangesDuringAScan) {
+    addInstalled(u"shop"_s, "vite", up(1));
+    tree.add(u"elsewhere/blog/Procfile"_s, "web: sleep 1\n");
+    const QFuture<void> first = model->refresh();
+    model->chooseScanRoot(u"file://"_s + tree.path(u"elsewhere"_s));
+    ASSERT_TRUE(finishes(first));
+    ASSERT_EQ(model->projects().size(), 1);
+    EXPECT_EQ(model->projects()[0].name, u"blog"_s);
+}
+
+TEST_F(AppModelTest, KeepsPinsInTheirOrder) {
+    for (const QString& name : {u"a"_s, u"b"_s, u"c"_s}) {
+        addInstalled(name, "vite", up(1));
+    }
+    scan();
+    const auto names = [&] {
+        QStringList found;
+        for (const Project& pinned : model->pinnedProjects()) {
+            found.append(pinned.name);
+        }
+        return found.join(u' ');
+    };
+    for (const QString& name : {u"c"_s, u"a"_s, u"b"_s, u"b"_s}) {
+        model->togglePin(project(name));
+    }
+    EXPECT_EQ(names(), u"c a"_s);
+    QDir(root + u"/c"_s).removeRecursively();
+    scan();
+    EXPECT_EQ(names(), u"a"_s) << "a project that is gone is passed over";
+    makeModel();
+    EXPECT_EQ(model->settings().settings().pinnedProjectIDs.size(), 2) << "but its pin is kept";
+}
+
+TEST_F(AppModelTest, FiltersByTheSidebarAndTheSearch) {
+    addInstalled(u"Shop/web"_s, "vite", up(1));
+    addInstalled(u"Shop/api"_s, "express", up(2));
+    addInstalled(u"cafe\u0301"_s, "vite", up(3));
+    tree.add(u"projects/pocket/pubspec.yaml"_s, "name: pocket\nflutter:\n");
+    scan();
+    model->togglePin(project(u"pocket"_s));
+    ASSERT_TRUE(finishes(model->run(project(u"Shop"_s), {ServiceKind::backend})));
+    ASSERT_TRUE(waitFor([&] { return model->runningCount() == 1; }));
+    const struct {
+        const char* label;
+        ProjectFilter filter;
+        QString search, shown;
+    } cases[] = {
+        {"all", ProjectFilter::all, {}, u"Shop cafe\u0301 pocket"_s},
+        {"pinned", ProjectFilter::pinned, {}, u"pocket"_s},
+        {"running", ProjectFilter::running, {}, u"Shop"_s},
+        {"full-stack", ProjectFilter::fullStack, {}, u"Shop"_s},
+        {"Flutter", ProjectFilter::flutter, {}, u"pocket"_s},
+        {"capitals", ProjectFilter::all, u"SHO"_s, u"Shop"_s},
+        {"composed against decomposed", ProjectFilter::all, u"CAF\u00c9"_s, u"cafe\u0301"_s},
+        {"both", ProjectFilter::pinned, u"shop"_s, {}},
+    };
+    for (const auto& [label, filter, search, shown] : cases) {
+        model->setFilter(filter);
+        model->setSearchText(search);
+        QStringList names;
+        for (const Project& project : model->filteredProjects()) {
+            names.append(project.name);
+        }
+        EXPECT_EQ(names.join(u' '), shown) << label;
+    }
+}
+
+TEST_F(AppModelTest, TakesAReportAwayUnlessANewerOneCame) {
+    model->report(u"one"_s, false);
+    model->setStatusMessage(StatusMessage{.text = u"one"_s});
+    int changes = 0;
+    QObject::connect(model.get(), &AppModel::statusMessageChanged, model.get(), [&] { ++changes; });
+    bool isPast = false;
+    QTimer::singleShot(150, model.get(), [&] { isPast = true; });
+    ASSERT_TRUE(waitFor([&] { return isPast; }));
+    EXPECT_EQ(changes, 0) << "the report's end took the message away that came after it";
+    model->report(u"two"_s, true);
+    EXPECT_TRUE(model->statusIsError());
+    EXPECT_TRUE(waitFor([&] { return !model->hasStatus(); }));
+}

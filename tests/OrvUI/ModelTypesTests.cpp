@@ -1,0 +1,82 @@
+#include "OrvUI/AppModel.h"
+#include "OrvUI/Tile.h"
+#include "tests/support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using namespace orv;
+
+TEST(RunAction, IsOfferedByTheKindsOfAProject) {
+    using enum ServiceKind;
+    const struct {
+        const char* label;
+        QList<ServiceKind> kinds;
+        QString offered, preferred, from;
+    } cases[] = {
+        {"nothing to run", {}, u""_s, u"-"_s, u"-"_s},
+        {"both", {backend, frontend}, u"Frontend Backend Both"_s, u"Both"_s, u"Both"_s},
+        {"all kinds", {docker, flutter, app, backend, frontend}, u"Frontend Backend Both App Flutter Docker"_s,
+         u"Both"_s, u"Both"_s},
+        {"no Both without a front end", {docker, backend}, u"Backend Docker"_s, u"Backend"_s, u"Backend"_s},
+        {"app before Flutter", {flutter, app}, u"App Flutter"_s, u"App"_s, u"App"_s},
+        {"one kind twice", {docker, docker}, u"Docker"_s, u"Docker"_s, u"Docker"_s},
+    };
+    const auto label = [](const std::optional<RunAction>& action) { return action ? rawValue(*action) : u"-"_s; };
+    for (const auto& [name, kinds, offered, preferred, from] : cases) {
+        Project project;
+        for (const ServiceKind kind : kinds) {
+            project.targets.append({kind, u"/p"_s, {}, {}, {}});
+        }
+        QStringList labels;
+        for (const RunAction action : AppModel::availableActions(project)) {
+            labels.append(rawValue(action));
+            EXPECT_EQ(runAction(rawValue(action)), action) << name;
+        }
+        EXPECT_EQ(labels.join(u' '), offered) << name;
+        EXPECT_EQ(label(AppModel::defaultAction(project)), preferred) << name;
+        EXPECT_EQ(label(runActionFrom(ServiceKinds(kinds.begin(), kinds.end()))), from) << name;
+    }
+}
+
+TEST(FlutterDevices, AreThoseWithAnIdAndAName) {
+    const struct {
+        const char* label;
+        QByteArray listing;
+        QString devices;
+    } cases[] = {
+        {"two", R"([{"id":"a","name":"A","x":1},{"id":"b","name":"B"}])", u"a=A b=B"_s},
+        {"no name", R"([{"id":"a"}])", u""_s},
+        {"an id that is a number", R"([{"id":5,"name":"A"},{"id":"b","name":"B"}])", u"b=B"_s},
+        {"other entries", R"([7,null,"x",[],{"id":"b","name":"B"}])", u"b=B"_s},
+        {"an object", R"({"id":"a","name":"A"})", u""_s},
+        {"no JSON", "flutter: command not found", u""_s},
+        {"nothing", "", u""_s},
+    };
+    for (const auto& [label, listing, expected] : cases) {
+        QStringList devices;
+        for (const FlutterDevice& device : AppModel::parseFlutterDevices(listing)) {
+            devices.append(device.id + u'=' + device.name);
+        }
+        EXPECT_EQ(devices.join(u' '), expected) << label;
+    }
+}
+
+TEST(Tile, HasTheColourAndLetterOfTheName) {
+    const struct {
+        QString name;
+        int index;
+        QString letter;
+    } cases[] = {
+        {u"shop"_s, 5, u"S"_s},         {u"atlas-api"_s, 1, u"A"_s},     {u"billing-worker"_s, 7, u"B"_s},
+        {u"field-notes"_s, 3, u"F"_s},  {u"pocket-flutter"_s, 0, u"P"_s}, {u"docs-site"_s, 6, u"D"_s},
+        {u"ledger"_s, 2, u"L"_s},       {u"landing-page"_s, 4, u"L"_s},  {u".dotfiles"_s, -1, u"D"_s},
+        {u"élan"_s, -1, u"É"_s},        {u"--"_s, -1, u"-"_s},           {u""_s, -1, u""_s},
+    };
+    for (const auto& [name, index, letter] : cases) {
+        EXPECT_EQ(Tile::letter(name), letter) << name.toStdString();
+        if (index >= 0) {
+            EXPECT_EQ(Tile::index(name), index) << name.toStdString();
+        }
+    }
+}

@@ -1,0 +1,175 @@
+#include "tests/OrvUI/ModelFixture.h"
+
+#include <QTcpServer>
+#include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
+using namespace orv;
+using namespace orv::test;
+using testing::ElementsAre;
+using Phase = ServiceState::Phase;
+
+namespace {
+
+const ServiceKinds both = kinds(RunAction::both);
+
+class RunTest : public ModelFixture {
+protected:
+    RunTest() {
+        addInstalled(u"shop/web"_s, "vite", up(3000));
+        addInstalled(u"shop/api"_s, "express", "echo starting; exec sleep 100\n");
+    }
+};
+
+} // namespace
+
+TEST_F(RunTest, StartsAndStopsTheKindsAskedFor) {
+    scan();
+    const Project shop = project(u"shop"_s);
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::docker})));
+    EXPECT_TRUE(model->processes().states().isEmpty());
+    EXPECT_EQ(model->settings().settings().lastRun, std::nullopt) << "nothing was started";
+
+    ASSERT_TRUE(finishes(model->run(shop, both)));
+    EXPECT_EQ(model->settings().settings().lastRun, (LastRun{shop.id, u"Both"_s}));
+    EXPECT_EQ(SettingsStore(model->settings().filePath()).settings().lastRun, (LastRun{shop.id, u"Both"_s}));
+    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
+    EXPECT_EQ(state(shop, ServiceKind::backend).phase, Phase::starting);
+    EXPECT_TRUE(model->isRunning(shop));
+    EXPECT_EQ(model->runningCount(), 1);
+
+    ASSERT_TRUE(finishes(model->stop(shop)));
+    for (const ServiceKind kind : both) {
+        EXPECT_TRUE(waitForPhase(shop, kind, Phase::stopped)) << rawValue(kind).toStdString();
+    }
+    ASSERT_TRUE(finishes(model->stop(shop))) << "a project that does not run is stopped at once";
+}
+
+TEST_F(RunTest, TogglesByWhatTheProjectDoes) {
+    scan();
+    const Project shop = project(u"shop"_s);
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::backend})));
+    ASSERT_EQ(state(shop, ServiceKind::backend).phase, Phase::starting);
+    ASSERT_TRUE(finishes(model->toggleRun(shop)));
+    EXPECT_TRUE(waitForPhase(shop, ServiceKind::backend, Phase::stopped)) << "one that starts is stopped";
+    ASSERT_TRUE(finishes(model->toggleRun(shop)));
+    EXPECT_EQ(model->settings().settings().lastRun->action, u"Both"_s);
+    EXPECT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
+}
+
+TEST_F(RunTest, IsOffWhenAStopComesFirst) {
+    scan();
+    const Project shop = project(u"shop"_s);
+    const struct {
+        const char* label;
+        std::function<QFuture<void>()> stop;
+    } cases[] = {
+        {"the project", [&] { return model->stop(shop); }},
+        {"everything", [&] { return model->stopAllServices(); }},
+    };
+    for (const auto& [label, stop] : cases) {
+        const QFuture<void> run = model->run(shop, both);
+        ASSERT_TRUE(finishes(stop())) << label;
+        ASSERT_TRUE(finishes(run)) << label;
+        EXPECT_TRUE(model->processes().states().isEmpty()) << label;
+    }
+}
+
+TEST_F(RunTest, WaitsForWhatIsStillStopping) {
+    addScript(u"shop/api"_s, u"npm-run.sh"_s, "trap '' TERM; echo $$ >>pids.txt; while :; do sleep 0.1; done\n");
+    scan();
+    const Project shop = project(u"shop"_s);
+    const ServiceID api = id(shop, ServiceKind::backend);
+    const auto starts = [&] { return readFile(root + u"/shop/api/pids.txt"_s).count('\n'); };
+    const struct {
+        const char* label;
+        std::function<QFuture<void>()> again;
+    } cases[] = {
+        {"stop, then run",
+         [&] {
+             model->stop(shop);
+             return model->run(shop, {ServiceKind::backend});
+         }},
+        {"restart", [&] { return model->restart(shop, {ServiceKind::backend}); }},
+    };
+    ASSERT_TRUE(finishes(model->run(shop, both)));
+    ASSERT_TRUE(waitFor([&] { return starts() == 1; }));
+    for (const auto& [label, again] : cases) {
+        const auto before = model->processes().processID(api);
+        const auto startsBefore = starts();
+        ASSERT_TRUE(finishes(again())) << label;
+        EXPECT_TRUE(waitFor([&] { return starts() == startsBefore + 1; })) << label;
+        EXPECT_NE(model->processes().processID(api), before) << label;
+    }
+}
+
+TEST_F(RunTest, RestartsOnlyTheKindsAskedFor) {
+    scan();
+    const Project shop = project(u"shop"_s);
+    ASSERT_TRUE(finishes(model->run(shop, both)));
+    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
+    const auto pid = [&](ServiceKind kind) { return model->processes().processID(id(shop, kind)); };
+    const auto web = pid(ServiceKind::frontend);
+    const auto api = pid(ServiceKind::backend);
+    ASSERT_TRUE(finishes(model->restart(shop, {ServiceKind::frontend})));
+    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
+    EXPECT_NE(pid(ServiceKind::frontend), web);
+    EXPECT_EQ(pid(ServiceKind::backend), api);
+}
+
+TEST_F(RunTest, GivesTheDeviceToFlutterAlone) {
+    tree.add(u"projects/pocket/pubspec.yaml"_s, "name: pocket\nflutter:\n");
+    tree.add(u"projects/pocket/.dart_tool/"_s);
+    addScript(u"pocket"_s, u"flutter-run.sh"_s, "echo args: $*\n");
+    const QString key = OverrideStore::key(root + u"/pocket"_s, ServiceKind::flutter);
+    const struct {
+        const char* label;
+        std::optional<QString> device, ownCommand;
+        QString printed;
+    } cases[] = {
+        {"no device", {}, {}, u"args: run -d macos"_s},
+        {"a device", u"emulator-5554"_s, {}, u"args: run -d emulator-5554"_s},
+        {"a command of the user's own", u"emulator-5554"_s, u"echo args: own"_s, u"args: own"_s},
+    };
+    for (const auto& [label, device, ownCommand, printed] : cases) {
+        ASSERT_TRUE(model->overrides().set(key, Override{.command = ownCommand}));
+        scan();
+        const Project pocket = project(u"pocket"_s);
+        ASSERT_TRUE(finishes(model->run(pocket, {ServiceKind::flutter}, device))) << label;
+        ASSERT_TRUE(waitForPhase(pocket, ServiceKind::flutter, Phase::stopped)) << label;
+        EXPECT_EQ(logText(id(pocket, ServiceKind::flutter)), printed) << label;
+    }
+}
+
+TEST_F(RunTest, ListsDevicesWithoutTheToolsComplaints) {
+    const QString script = tree.add(u"bin/flutter"_s, "#!/bin/sh\necho '[' >&2\necho '[{\"id\":\"a\",\"name\":\"'$2'\"}]'\n");
+    const QFuture<QList<FlutterDevice>> devices = model->flutterDevices();
+    ASSERT_TRUE(waitFor([&] { return devices.isFinished(); }));
+    EXPECT_THAT(devices.result(), ElementsAre(FlutterDevice{u"a"_s, u"--machine"_s}));
+}
+
+TEST_F(RunTest, OpensThePortThatReallyListens) {
+    addScript(
+        u"shop/web"_s, u"npm-run.sh"_s,
+        "exec python3 -c \"import socket, time\n"
+        "listener = socket.create_server(('127.0.0.1', 0))\n"
+        "other = socket.create_server(('127.0.0.1', 0))\n"
+        "print('Local: http://localhost:1/', flush=True)\n"
+        "print('Port 1 is in use, trying http://localhost:%d/' % listener.getsockname()[1], flush=True)\n"
+        "time.sleep(100)\"\n");
+    scan();
+    const Project shop = project(u"shop"_s);
+    const ServiceID web = id(shop, ServiceKind::frontend);
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    ASSERT_TRUE(waitFor([&] { return model->processes().log(web).size() == 2; }));
+    const QString listening = model->processes().log(web).at(1).section(u':', -1).chopped(1);
+
+    QList<QUrl> opened;
+    model->openUrl = [&](const QUrl& url) { opened.append(url); };
+    ASSERT_TRUE(finishes(model->openAddress(web)));
+    EXPECT_THAT(opened, ElementsAre(QUrl(u"http://localhost:"_s + listening)));
+    EXPECT_EQ(model->addressPort(web), listening.toInt());
+    EXPECT_EQ(state(shop, ServiceKind::frontend).port, 1) << "what was announced stays as it was";
+    EXPECT_FALSE(model->isAnnouncedPortListening(web));
+    EXPECT_EQ(model->running()->index(0, 0).data(Qt::UserRole + 4).toString(), u"localhost:"_s + listening);
+}

@@ -94,7 +94,7 @@ bool WindowShell::open() {
 }
 
 void WindowShell::followLook() {
-    Theme* theme = Theme::of(&m_engine);
+    Theme* theme = Theme::instance();
     const auto apply = [this, theme] {
         const AppSettings& settings = m_model.settings().settings();
         const bool followsSystem = settings.appearance == AppearanceMode::system;

@@ -4,17 +4,17 @@ import QtQuick
 Column {
     id: empty
 
-    property alias picture: picture.name
-    property alias heading: heading.text
-    property alias text: text.text
+    property alias picture: drawing.name
+    property alias heading: title.text
+    property alias text: sentence.text
     property bool large: false
     default property alias actions: actions.data
 
-    width: Math.min(Theme.emptyWidth, parent ? parent.width - Theme.space32 : Theme.emptyWidth)
+    width: Theme.emptyWidth
     spacing: Theme.space4
 
     Illustration {
-        id: picture
+        id: drawing
 
         anchors.horizontalCenter: parent.horizontalCenter
     }
@@ -25,7 +25,7 @@ Column {
     }
 
     Label {
-        id: heading
+        id: title
 
         width: parent.width
         horizontalAlignment: Text.AlignHCenter
@@ -35,7 +35,7 @@ Column {
     }
 
     Label {
-        id: text
+        id: sentence
 
         width: parent.width
         horizontalAlignment: Text.AlignHCenter

@@ -117,9 +117,8 @@ FocusScope {
 
         T.ScrollBar.vertical: ScrollBar {
             parent: page
-            anchors.top: page.top
-            anchors.bottom: page.bottom
-            anchors.right: page.right
+            x: page.width - width
+            height: page.height
         }
     }
 
@@ -147,7 +146,7 @@ FocusScope {
     }
 
     Loader {
-        anchors.horizontalCenter: parent.horizontalCenter
+        x: Math.round((page.width - width) / 2)
         y: Math.max(grid.headerItem ? grid.headerItem.height + Theme.space16 : 0, Math.round((page.height - height) / 2) - (page.narrowed ? 0 : Theme.space12))
         active: page.model.hasScanned && page.model.shownCount === 0
         sourceComponent: page.model.projectCount === 0 ? noProjects : noResults

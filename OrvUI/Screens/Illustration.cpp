@@ -4,7 +4,6 @@
 
 #include <QFile>
 #include <QPainter>
-#include <QQmlEngine>
 #include <QSvgRenderer>
 
 using namespace Qt::StringLiterals;
@@ -26,10 +25,8 @@ void Illustration::setName(const QString& name) {
 
 void Illustration::componentComplete() {
     QQuickPaintedItem::componentComplete();
-    m_theme = Theme::of(qmlEngine(this));
-    if (m_theme != nullptr) {
-        connect(m_theme, &Theme::colorsChanged, this, &Illustration::load);
-    }
+    m_theme = Theme::instance();
+    connect(m_theme, &Theme::colorsChanged, this, &Illustration::load);
     load();
 }
 

@@ -76,7 +76,7 @@ Window {
             busy: root.model.isScanning
             scrolled: page.scrolled
             ownFrame: root.ownFrame
-            padding: page.padding
+            padding: root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding
             onSearchEdited: text => root.model.searchText = text
             onSearchLeft: page.focusCards()
             onRefreshRequested: root.model.refreshNow()
@@ -93,7 +93,7 @@ Window {
             anchors.topMargin: 0
             focus: true
             model: root.model
-            padding: root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding
+            padding: (root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding) - Theme.hairline
             onFolderRequested: root.chooseFolder()
         }
 

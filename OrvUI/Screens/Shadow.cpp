@@ -4,7 +4,6 @@
 
 #include <QCache>
 #include <QPainter>
-#include <QQmlEngine>
 #include <QQuickWindow>
 #include <QSGImageNode>
 #include <QtMath>
@@ -191,10 +190,8 @@ void Shadow::redraw() {
 
 void Shadow::componentComplete() {
     QQuickItem::componentComplete();
-    m_theme = Theme::of(qmlEngine(this));
-    if (m_theme != nullptr) {
-        connect(m_theme, &Theme::colorsChanged, this, &Shadow::redraw);
-    }
+    m_theme = Theme::instance();
+    connect(m_theme, &Theme::colorsChanged, this, &Shadow::redraw);
 }
 
 void Shadow::itemChange(ItemChange change, const ItemChangeData& value) {

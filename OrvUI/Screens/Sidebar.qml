@@ -78,24 +78,34 @@ Item {
         Repeater {
             model: sidebar.model.sidebarFilters
 
-            SidebarRow {
-                id: row
+            // (A row has an `icon` of its own kind.)
+            Item {
+                id: filter
 
                 required property int index
                 required property string title
                 required property string icon
+                required property int count
 
                 width: filters.width
-                text: title
-                glyph: icon
-                rail: sidebar.rail
-                badge: index === 2
-                showsCount: sidebar.model.hasScanned && sidebar.model.projectCount > 0
-                selected: index === sidebar.model.filterIndex
-                shortcut: qsTr("Ctrl %1").arg(index + 1)
-                onClicked: sidebar.model.filterIndex = index
-                KeyNavigation.down: index < 4 ? row.nextItemInFocusChain(true) : null
-                KeyNavigation.up: index > 0 ? row.nextItemInFocusChain(false) : null
+                height: row.implicitHeight
+
+                SidebarRow {
+                    id: row
+
+                    anchors.fill: parent
+                    text: filter.title
+                    glyph: filter.icon
+                    count: filter.count
+                    rail: sidebar.rail
+                    badge: filter.index === 2
+                    showsCount: sidebar.model.hasScanned && sidebar.model.projectCount > 0
+                    selected: filter.index === sidebar.model.filterIndex
+                    shortcut: qsTr("Ctrl %1").arg(filter.index + 1)
+                    onClicked: sidebar.model.filterIndex = filter.index
+                    Keys.onDownPressed: row.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+                    Keys.onUpPressed: row.nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+                }
             }
         }
     }

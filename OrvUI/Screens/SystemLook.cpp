@@ -7,6 +7,7 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
@@ -68,8 +69,11 @@ void SystemLook::take(const QString& group, const QString& key, const QVariant& 
 
 #ifdef Q_OS_LINUX
 
+using SettingGroups = QMap<QString, QVariantMap>;
+
 void SystemLook::start() {
     takePalette();
+    qDBusRegisterMetaType<SettingGroups>();
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
         return;
@@ -84,11 +88,11 @@ void SystemLook::start() {
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(message), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
-        const QDBusPendingReply<QMap<QString, QVariantMap>> reply = *watcher;
+        const QDBusPendingReply<SettingGroups> reply = *watcher;
         if (reply.isError()) {
             return; // no portal: the palette stays in charge
         }
-        const QMap<QString, QVariantMap> groups = reply.value();
+        const SettingGroups groups = reply.value();
         for (auto group = groups.begin(); group != groups.end(); ++group) {
             for (auto entry = group->begin(); entry != group->end(); ++entry) {
                 take(group.key(), entry.key(), entry.value());

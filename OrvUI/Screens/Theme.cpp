@@ -1,9 +1,11 @@
 #include "OrvUI/Screens/Theme.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFontDatabase>
 #include <QFontMetricsF>
-#include <QQmlEngine>
+#include <QJSEngine>
+#include <QPointer>
 #include <QtMath>
 
 using namespace Qt::StringLiterals;
@@ -94,9 +96,19 @@ Theme::Theme(QObject* parent) : ThemeColors(parent) {
     }
 }
 
-Theme* Theme::of(QQmlEngine* engine) {
-    static const int id = qmlTypeId("OrvLauncher.Screens", 1, 0, "Theme");
-    return engine->singletonInstance<Theme*>(id);
+Theme* Theme::instance() {
+    static QPointer<Theme> theme;
+    if (theme == nullptr) {
+        theme = new Theme(QCoreApplication::instance());
+    }
+    return theme;
+}
+
+Theme* Theme::create(QQmlEngine* engine, QJSEngine* scriptEngine) {
+    Q_UNUSED(engine)
+    Q_UNUSED(scriptEngine)
+    QJSEngine::setObjectOwnership(instance(), QJSEngine::CppOwnership);
+    return instance();
 }
 
 void Theme::setTheme(int theme) {

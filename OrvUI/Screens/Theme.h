@@ -7,6 +7,7 @@
 
 #include <array>
 
+class QJSEngine;
 class QQmlEngine;
 
 namespace orv {
@@ -183,8 +184,10 @@ public:
 
     explicit Theme(QObject* parent = nullptr);
 
-    /// The theme of an engine; made when it is first asked for.
-    [[nodiscard]] static Theme* of(QQmlEngine* engine);
+    /// The one theme of the process, made when it is first asked for; the application object owns it.
+    [[nodiscard]] static Theme* instance();
+    /// For QML.
+    static Theme* create(QQmlEngine* engine, QJSEngine* scriptEngine);
 
     void setTheme(int theme);
     using ThemeColors::theme;

@@ -35,7 +35,7 @@ protected:
     [[nodiscard]] QString folder(const QString& name) const { return launcher.tree.path(u"projects/"_s + name); }
 
     /// The one JSON value that a call prints, and nothing beside it.
-    [[nodiscard]] QJsonDocument json(const QStringList& words) const {
+    QJsonDocument json(const QStringList& words) const {
         const Ended ended = launcher.call(words + QStringList{u"--json"_s});
         EXPECT_EQ(ended.exitCode, 0) << words.join(u' ').toStdString() << ended.err.toStdString();
         QJsonParseError error;

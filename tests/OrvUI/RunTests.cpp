@@ -1,6 +1,5 @@
 #include "tests/OrvUI/ModelFixture.h"
 
-
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;

@@ -24,9 +24,9 @@ struct RealProject {
     QString kind;
     QString framework;
     QStringList tools; ///< without these on the PATH it can't be tried
-    QList<std::pair<QString, QByteArray>> files;
-    QString prepare;   ///< a line for the shell, run in the folder
-    QByteArray answer; ///< what is in the page at "/"
+    QList<std::pair<QString, QByteArray>> files = {};
+    QString prepare = {}; ///< a line for the shell, run in the folder
+    QByteArray answer;    ///< what is in the page at "/"
     bool installs = false;
     int takenPort = 0; ///< someone else listens there already
 };
@@ -187,8 +187,8 @@ TEST_P(RealProjects, IsDetectedRunsIsReachedAndStops) {
     EXPECT_EQ(httpGet(port), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    FromTheTools, RealProjects, ::testing::ValuesIn(realProjects),
-    [](const ::testing::TestParamInfo<RealProject>& info) { return std::string(info.param.label); });
+INSTANTIATE_TEST_SUITE_P(FromTheTools, RealProjects, ::testing::ValuesIn(realProjects), [](const auto& project) {
+    return std::string(project.param.label);
+});
 
 } // namespace orv::test

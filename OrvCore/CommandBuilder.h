@@ -12,19 +12,28 @@ namespace CommandBuilder {
 /// The one quoting rule for a POSIX shell: always in single quotes, each "'" inside as "'\''".
 [[nodiscard]] QString quote(const QString& text);
 
+/// A word as it stands where each of its characters is harmless to a shell, quoted where one is not.
+[[nodiscard]] QString word(const QString& text);
+
 /// "cd " + quoted folder + " && " + the run part. `flutterDevice` matters only to a Flutter service.
-[[nodiscard]] QString command(ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
-                              const std::optional<QString>& flutterDevice);
+[[nodiscard]] QString command(
+    ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
+    const std::optional<QString>& flutterDevice);
 /// The run part alone.
-[[nodiscard]] QString body(ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
-                           const std::optional<QString>& flutterDevice);
-/// The same two over stacks that were detected already (the scanner has them).
-[[nodiscard]] QString body(const QList<DetectedStack>& stacks, ServiceKind kind, const QString& folder,
-                           const std::optional<QString>& framework, const std::optional<QString>& flutterDevice);
+[[nodiscard]] QString body(
+    ServiceKind kind, const QString& folder, const std::optional<QString>& framework,
+    const std::optional<QString>& flutterDevice);
+/// The same two over stacks that were detected already, fallbacks included (the scanner has them).
+[[nodiscard]] QString command(
+    const QList<DetectedStack>& stacks, ServiceKind kind, const QString& folder,
+    const std::optional<QString>& framework, const std::optional<QString>& flutterDevice);
+[[nodiscard]] QString body(
+    const QList<DetectedStack>& stacks, ServiceKind kind, const QString& folder,
+    const std::optional<QString>& framework, const std::optional<QString>& flutterDevice);
 
 /// The detected stack that a target stands for: of its kind, with its framework where one has it, else the first.
-[[nodiscard]] std::optional<DetectedStack> stack(ServiceKind kind, const QString& folder,
-                                                 const std::optional<QString>& framework);
+[[nodiscard]] std::optional<DetectedStack> stack(
+    ServiceKind kind, const QString& folder, const std::optional<QString>& framework);
 
 [[nodiscard]] bool needsInstall(const ServiceTarget& target);
 [[nodiscard]] QString installBody(const ServiceTarget& target);

@@ -27,6 +27,8 @@ constexpr auto lockLimit = 2s;
 constexpr auto lockRetry = 1ms;
 constexpr mode_t privateFile = 0600;
 constexpr mode_t privateFolder = 0700;
+/// Empty, and in a private folder: one that another user (root, once) made must not keep this one out.
+constexpr mode_t lockFile = 0644;
 
 bool contains(const auto& table, int code) {
     return std::ranges::find(table, code) != std::end(table);
@@ -180,7 +182,7 @@ StoreResult StoreIO::withLock(const QString& path, const std::function<StoreResu
         return made;
     }
     const QString name = real + u".lock"_s;
-    const UniqueFd lock(::open(QFile::encodeName(name), O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, privateFile));
+    const UniqueFd lock(::open(QFile::encodeName(name), O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, lockFile));
     if (!lock.isValid()) {
         return failure(name);
     }

@@ -68,11 +68,11 @@ QStringList StoreWatcher::wantedPaths() const {
     QStringList wanted;
     for (auto stamp = m_stamps.cbegin(); stamp != m_stamps.cend(); ++stamp) {
         QString folder = QFileInfo(stamp.key()).path();
-        while (!QFileInfo::exists(folder) && folder.size() > 1) {
+        while (!QFileInfo(folder).isReadable() && folder.size() > 1) {
             folder = QFileInfo(folder).path();
         }
         wanted.append(folder);
-        if (QFileInfo::exists(stamp.key())) {
+        if (QFileInfo(stamp.key()).isReadable()) {
             wanted.append(stamp.key());
         }
     }

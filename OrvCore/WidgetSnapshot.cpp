@@ -41,6 +41,15 @@ QString fileIn(const QString& directory) {
     return directory + u"/widget-snapshot.json"_s;
 }
 
+std::optional<WidgetSnapshot> decoded(const StoredBytes& stored) {
+    const auto document = json::parse(stored.bytes);
+    if (stored.state != StoredBytes::State::present || !document) {
+        return std::nullopt;
+    }
+    const Decoded<WidgetSnapshot> snapshot = WidgetSnapshot::fromJson(document->object());
+    return snapshot ? std::optional(*snapshot) : std::nullopt;
+}
+
 } // namespace
 
 QJsonObject WidgetSnapshot::toJson() const {
@@ -61,19 +70,23 @@ QString SharedContainer::defaultDirectory() {
 
 StoreResult SharedContainer::write(const WidgetSnapshot& snapshot, const QString& directory) {
     const QString path = fileIn(directory);
-    return StoreIO::withLock(path, [&path, &snapshot] {
+    return StoreIO::withLock(path, [&]() -> StoreResult {
+        const StoredBytes stored = StoreIO::read(path);
+        const std::optional<WidgetSnapshot> standing = decoded(stored);
+        if (standing == snapshot) {
+            return {};
+        }
+        if (!standing && stored.state != StoredBytes::State::absent) {
+            if (StoreResult moved = StoreIO::setAside(path); !moved) {
+                return moved;
+            }
+        }
         return StoreIO::write(path, QJsonDocument(snapshot.toJson()).toJson(QJsonDocument::Compact));
     });
 }
 
 std::optional<WidgetSnapshot> SharedContainer::read(const QString& directory) {
-    const StoredBytes stored = StoreIO::read(fileIn(directory));
-    const auto document = json::parse(stored.bytes);
-    if (stored.state != StoredBytes::State::present || !document) {
-        return std::nullopt;
-    }
-    const Decoded<WidgetSnapshot> snapshot = WidgetSnapshot::fromJson(document->object());
-    return snapshot ? std::optional(*snapshot) : std::nullopt;
+    return decoded(StoreIO::read(fileIn(directory)));
 }
 
 } // namespace orv

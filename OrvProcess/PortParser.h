@@ -2,6 +2,7 @@
 
 #include <QByteArrayView>
 #include <QString>
+
 #include <optional>
 
 namespace orv::PortParser {
@@ -10,7 +11,8 @@ namespace orv::PortParser {
 [[nodiscard]] QString stripANSI(const QString& line);
 /// The port that a line of output announces. The digits stand as they are: 99999 is possible.
 [[nodiscard]] std::optional<int> port(const QString& line);
-/// False only for bytes in which no line announces a port: a cheap test before `port`, for text of any length.
-[[nodiscard]] bool mayAnnounce(QByteArrayView utf8);
+/// False only for output in which no line announces a port: a cheap test before `port`, for whole lines of any number,
+/// as they came from the process.
+[[nodiscard]] bool mayAnnounce(QByteArrayView output);
 
 } // namespace orv::PortParser

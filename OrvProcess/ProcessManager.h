@@ -5,6 +5,7 @@
 
 #include <QFuture>
 #include <QObject>
+
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -37,6 +38,8 @@ struct ServiceState {
 };
 
 /// Starts services, keeps their output and state, and stops them. Lives on the main thread.
+///
+/// Whatever its signals and `onChange` reach may start and stop services, and may delete the manager.
 class ProcessManager : public QObject {
     Q_OBJECT
 public:
@@ -51,7 +54,7 @@ public:
     /// What was started at least once; a service that is not in it is stopped.
     [[nodiscard]] const QHash<ServiceID, ServiceState>& states() const;
     [[nodiscard]] ServiceState state(const ServiceID& id) const;
-    /// The newest lines of the service's output, at most `maxLogLines`.
+    /// The newest lines of the service's output, at most `maxLogLines`. Valid until the service is next started.
     [[nodiscard]] const LogBuffer& log(const ServiceID& id) const;
     /// Services in the state running.
     [[nodiscard]] int runningCount() const;
@@ -60,20 +63,24 @@ public:
     [[nodiscard]] std::optional<qint64> processID(const ServiceID& id) const;
 
     void start(const ServiceTarget& target, const QString& projectID);
-    /// Finishes when the group is gone or the escalation has ended.
+    /// Finishes when the group is gone or the escalation has ended. While a service is being stopped, a second call
+    /// joins the first one.
     QFuture<void> stop(const ServiceID& id);
     /// Stops every service that has a live process, all at once.
     QFuture<void> stopAll();
 
-    /// The TCP ports on which a process of the service's session really listens, ascending, as last looked up.
+    /// The TCP ports on which a process of the service's session really listens, ascending, as last looked up: by
+    /// itself while the service comes up, later only when asked.
     [[nodiscard]] QList<int> listeningPorts(const ServiceID& id) const;
     /// Looks them up now, off the main thread.
     QFuture<QList<int>> refreshListeningPorts(const ServiceID& id);
 
     /// Called after every state change.
     void setOnChange(std::function<void()> onChange);
-    /// From a Docker service's folder to the line that stops its stack.
-    void setDockerStopCommand(std::function<QString(const QString& folder)> command);
+    /// From a Docker service's folder to the line that stops its stack, and how long that may take.
+    void setDockerStopCommand(
+        std::function<QString(const QString& folder)> command, std::chrono::milliseconds limit = dockerStopLimit);
+    static constexpr std::chrono::milliseconds dockerStopLimit{60'000};
 
 Q_SIGNALS:
     void stateChanged(const orv::ServiceID& id);

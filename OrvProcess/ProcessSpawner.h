@@ -2,14 +2,18 @@
 
 #include "OrvCore/UniqueFd.h"
 
-#include <QByteArray>
+#include <QByteArrayView>
 #include <QFuture>
 #include <QMap>
 #include <QString>
+
 #include <chrono>
 #include <expected>
 #include <functional>
+
 #include <sys/types.h>
+
+class QProcessEnvironment;
 
 namespace orv {
 
@@ -22,29 +26,44 @@ struct SpawnError {
 
 /// A started command line: the leader of its own session and process group.
 struct SpawnedProcess {
-    pid_t pid = -1; ///< also the group's id
-    UniqueFd output; ///< read end of the pipe that both its output streams are
+    pid_t pid = -1;  ///< also the group's id
+    UniqueFd output; ///< read end of the pipe that both its output streams are; does not block
 };
 
-/// Starts command lines under the login shell and follows them to their end. Blocking functions; any thread.
+/// Starts command lines under the login shell and follows them to their end. Any thread, unless something else is said.
 namespace ProcessSpawner {
 
-/// Standard input is "/dev/null", no other descriptor reaches the child. The environment is this process's own with
-/// `environment` over it.
-[[nodiscard]] std::expected<SpawnedProcess, SpawnError> spawn(const QString& command, const QString& directory,
-                                                              const EnvironmentEntries& environment);
+/// Standard input is "/dev/null", no other descriptor reaches the child, and no signal is blocked or ignored there. The
+/// environment is this process's own with `environment` over it.
+[[nodiscard]] std::expected<SpawnedProcess, SpawnError> spawn(
+    const QString& command, const QString& directory, const EnvironmentEntries& environment);
 
 /// What makes tools behave on a pipe (unbuffered, in colour), less what the user's own environment says already.
-[[nodiscard]] EnvironmentEntries pipeEnvironment(const EnvironmentEntries& inherited);
+[[nodiscard]] EnvironmentEntries pipeEnvironment(const QProcessEnvironment& inherited);
 
-/// Reads the output until its end and hands over blocks of whole lines (each ends with "\n", the last perhaps not), at
-/// most 8192 bytes a read; then reaps the child and gives its exit code, 128 + the signal when one ended it. `abandon`
-/// (an eventfd or pipe, or -1) ends the reading early once readable.
-void pump(UniqueFd output, pid_t pid, int abandon, const std::function<void(QByteArrayView block)>& onBlock,
-          const std::function<void(int exitCode)>& onExit);
+struct PumpControl {
+    /// Any descriptor, or -1: once it is readable, everything ends early.
+    int abandon = -1;
+    /// Whether the child is kept until no process of its group lives, though the output has ended.
+    std::function<bool()> waitsForGroup = [] { return false; };
+};
 
-/// SIGTERM to the group; SIGKILL when it is still there after `grace`. Main thread; finishes when the group is gone or the
-/// escalation has ended.
+/// Blocks until the output has ended, hands it over in pieces of at most 8192 bytes, reaps the child and gives its exit
+/// code: 128 + the signal when one ended it, -1 when it could not be had.
+///
+/// The child is a zombie until then, so its id stays its own. A process that left the group may hold the pipe for ever:
+/// once the child has ended and no process of its group lives, the output ends with what is there.
+[[nodiscard]] int pump(
+    const SpawnedProcess& process, const PumpControl& control,
+    const std::function<void(QByteArrayView bytes)>& onOutput);
+
+/// Whether a process of the group exists, be it a zombie or someone else's.
+[[nodiscard]] bool groupExists(pid_t group);
+/// False when there is no such group; one that is not a group of its own (0, 1, negative) is never signalled.
+bool signalGroup(pid_t group, int signal);
+
+/// SIGTERM to the group; SIGKILL when it is still there after `grace`. Main thread; finishes when the group is gone, or
+/// 2 seconds after the SIGKILL.
 QFuture<void> terminateGroup(pid_t group, std::chrono::milliseconds grace);
 
 } // namespace ProcessSpawner

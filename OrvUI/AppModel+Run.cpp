@@ -36,7 +36,7 @@ struct PreparedTarget {
 
 /// Looks at the disk.
 QList<PreparedTarget> prepare(
-    const QList<ServiceTarget>& targets, const std::optional<QString>& flutterDevice, const InstallRecord& installs) {
+    const QList<ServiceTarget>& targets, const std::optional<QString>& flutterDevice, InstallRecord& installs) {
     QList<PreparedTarget> prepared;
     for (ServiceTarget target : targets) {
         QString installBody;
@@ -168,9 +168,8 @@ void AppModel::startWhenGone(
         if (!haveEnded) {
             report(wanted.project.name + u" has not stopped yet. Try again in a moment."_s, true);
         } else if (d->stopCount(wanted.project.id) == stopCount) {
-            changeSettings([&](AppSettings& settings) {
-                settings.lastRun = LastRun{wanted.project.id, rawValue(*runActionFrom(wanted.kinds))};
-            });
+            const LastRun lastRun{wanted.project.id, rawValue(*runActionFrom(wanted.kinds))};
+            changeSettings([lastRun](AppSettings& settings) { settings.lastRun = lastRun; });
             for (const ServiceTarget& target : targets) {
                 d->processes->start(target, wanted.project.id);
             }

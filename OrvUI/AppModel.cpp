@@ -1,5 +1,6 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
+#include "OrvCore/StoreWatcher.h"
 #include "OrvUI/AppModel_p.h"
 
 #include <QFileInfo>
@@ -53,6 +54,15 @@ AppModel::AppModel(Options options, QObject* parent)
     d->tasks = d->taskStore.tasks();
     d->lastGreeting = greeting();
     connect(d->settings.get(), &SettingsStore::settingsChanged, this, &AppModel::takeInSettings);
+    auto* watcher = new StoreWatcher({d->overrides->filePath(), d->taskStore.filePath()}, this);
+    connect(watcher, &StoreWatcher::changed, this, [this] {
+        if (d->overrides->reload()) {
+            rescan();
+        }
+        if (d->taskStore.reload()) {
+            reloadTasks();
+        }
+    });
     connect(&d->publisher, &SnapshotPublisher::written, this, [this] {
         if (reloadWidgets) {
             reloadWidgets();

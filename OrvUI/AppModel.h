@@ -290,7 +290,7 @@ private:
     void takeInSettings();
     void processStatesChanged();
     void showMainWindow();
-    /// Changes the settings and reports when that can't be saved.
+    /// Changes the settings and reports when that can't be saved. `change` may run again later.
     void changeSettings(const std::function<void(AppSettings&)>& change);
     void reportFailure(const StoreResult& result);
     void reloadTasks();

@@ -70,7 +70,8 @@ std::expected<QMap<QString, Commands>, QString> decode(const QByteArray& bytes) 
 InstallRecord::InstallRecord(const QString& filePath)
     : m_file(filePath, {.encode = encode, .decode = decode, .fallback = [] { return Values(); }}) {}
 
-bool InstallRecord::covers(const QString& directory, const QString& installCommand) const {
+bool InstallRecord::covers(const QString& directory, const QString& installCommand) {
+    m_file.reload();
     const qint64 never = -1;
     const qint64 ended =
         m_file.read([&](const Values& values) { return values.value(directory).value(installCommand, never); });

@@ -14,8 +14,9 @@ class InstallRecord {
 public:
     explicit InstallRecord(const QString& filePath);
 
-    /// True when this very install of the folder ended well, and no manifest in the folder was changed since.
-    [[nodiscard]] bool covers(const QString& directory, const QString& installCommand) const;
+    /// True when this very install of the folder ended well, here or in another process, and no manifest in the folder
+    /// was changed since.
+    [[nodiscard]] bool covers(const QString& directory, const QString& installCommand);
     /// Also forgets the folders that are gone.
     StoreResult remember(const QString& directory, const QString& installCommand, const QDateTime& at);
     StoreResult forget(const QString& directory, const QString& installCommand);

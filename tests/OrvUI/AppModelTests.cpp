@@ -129,7 +129,7 @@ TEST_F(AppModelTest, NoticesWhatAnotherProcessWrites) {
     QObject::connect(model.get(), &AppModel::greetingChanged, model.get(), [&] { ++greetings; });
 
     OverrideStore(tree.path(u"support/overrides.json"_s))
-        .set(OverrideStore::key(shop.root, ServiceKind::frontend), Override{.command = u"mine"_s});
+        .set(OverrideStore::key(shop.root, ServiceKind::frontend), Override{{}, u"mine"_s, {}});
     EXPECT_TRUE(waitFor([&] { return project(u"shop"_s).targets[0].command == u"mine"; }));
 
     TaskStore(tree.path(u"support/tasks.json"_s)).add(u"from outside"_s, {}, shop.id, shop.name);

@@ -9,18 +9,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QByteArray pathWith(const QString& folder) { return folder.toUtf8() + ':' + qgetenv("PATH"); }
+QByteArray pathWith(const QString& folder) {
+    return folder.toUtf8() + ':' + qgetenv("PATH");
+}
 
 } // namespace
 
-QByteArray up(int port) { return "echo Local: http://localhost:" + QByteArray::number(port) + "/; exec sleep 100\n"; }
+QByteArray up(int port) {
+    return "echo Local: http://localhost:" + QByteArray::number(port) + "/; exec sleep 100\n";
+}
 
 bool finishes(const QFuture<void>& future) {
     return waitFor([&] { return future.isFinished(); }) && !future.isCanceled();
 }
 
-ModelFixture::ModelFixture()
-    : root(tree.add(u"projects/"_s)), path("PATH", pathWith(tree.path(u"bin"_s)).constData()) {
+ModelFixture::ModelFixture() : root(tree.add(u"projects/"_s)), path("PATH", pathWith(tree.path(u"bin"_s)).constData()) {
     for (const QString& tool : {u"npm"_s, u"flutter"_s}) {
         const QString file = tree.add(u"bin/"_s + tool, "#!/bin/sh\n. \"./$(basename $0)-$1.sh\"\n");
         QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -60,7 +63,9 @@ void ModelFixture::addScript(const QString& folder, const QString& name, const Q
     tree.add(u"projects/"_s + folder + u'/' + name, script);
 }
 
-void ModelFixture::scan() { ASSERT_TRUE(finishes(model->refresh())); }
+void ModelFixture::scan() {
+    ASSERT_TRUE(finishes(model->refresh()));
+}
 
 Project ModelFixture::project(const QString& name) const {
     const Project* found = model->project(root + u'/' + name);

@@ -10,8 +10,8 @@ namespace orv::test {
 /// Prints an address, then stays.
 [[nodiscard]] QByteArray up(int port);
 
-/// A model over a folder of its own, and a PATH whose first folder holds an `npm` and a `flutter` that do what the scripts
-/// in the current folder say ("npm-install.sh", "npm-run.sh", "flutter-run.sh", ...).
+/// A model over a folder of its own, and a PATH whose first folder holds an `npm` and a `flutter` that do what the
+/// scripts in the current folder say ("npm-install.sh", "npm-run.sh", "flutter-run.sh", ...).
 class ModelFixture : public ::testing::Test {
 protected:
     ModelFixture();

@@ -16,8 +16,11 @@ TEST(RunAction, IsOfferedByTheKindsOfAProject) {
     } cases[] = {
         {"nothing to run", {}, u""_s, u"-"_s, u"-"_s},
         {"both", {backend, frontend}, u"Frontend Backend Both"_s, u"Both"_s, u"Both"_s},
-        {"all kinds", {docker, flutter, app, backend, frontend}, u"Frontend Backend Both App Flutter Docker"_s,
-         u"Both"_s, u"Both"_s},
+        {"all kinds",
+         {docker, flutter, app, backend, frontend},
+         u"Frontend Backend Both App Flutter Docker"_s,
+         u"Both"_s,
+         u"Both"_s},
         {"no Both without a front end", {docker, backend}, u"Backend Docker"_s, u"Backend"_s, u"Backend"_s},
         {"app before Flutter", {flutter, app}, u"App Flutter"_s, u"App"_s, u"App"_s},
         {"one kind twice", {docker, docker}, u"Docker"_s, u"Docker"_s, u"Docker"_s},
@@ -68,10 +71,18 @@ TEST(Tile, HasTheColourAndLetterOfTheName) {
         int index;
         QString letter;
     } cases[] = {
-        {u"shop"_s, 5, u"S"_s},         {u"atlas-api"_s, 1, u"A"_s},     {u"billing-worker"_s, 7, u"B"_s},
-        {u"field-notes"_s, 3, u"F"_s},  {u"pocket-flutter"_s, 0, u"P"_s}, {u"docs-site"_s, 6, u"D"_s},
-        {u"ledger"_s, 2, u"L"_s},       {u"landing-page"_s, 4, u"L"_s},  {u".dotfiles"_s, -1, u"D"_s},
-        {u"élan"_s, -1, u"É"_s},        {u"--"_s, -1, u"-"_s},           {u""_s, -1, u""_s},
+        {u"shop"_s, 5, u"S"_s},
+        {u"atlas-api"_s, 1, u"A"_s},
+        {u"billing-worker"_s, 7, u"B"_s},
+        {u"field-notes"_s, 3, u"F"_s},
+        {u"pocket-flutter"_s, 0, u"P"_s},
+        {u"docs-site"_s, 6, u"D"_s},
+        {u"ledger"_s, 2, u"L"_s},
+        {u"landing-page"_s, 4, u"L"_s},
+        {u".dotfiles"_s, -1, u"D"_s},
+        {u"élan"_s, -1, u"É"_s},
+        {u"--"_s, -1, u"-"_s},
+        {u""_s, -1, u""_s},
     };
     for (const auto& [name, index, letter] : cases) {
         EXPECT_EQ(Tile::letter(name), letter) << name.toStdString();

@@ -2,10 +2,11 @@
 
 #include <QAbstractItemModelTester>
 #include <QPersistentModelIndex>
-#include <algorithm>
-#include <random>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
 
 using namespace Qt::StringLiterals;
 using namespace orv;

@@ -1,6 +1,6 @@
 #include "tests/OrvUI/ModelFixture.h"
 
-#include <QTcpServer>
+
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -132,7 +132,7 @@ TEST_F(RunTest, GivesTheDeviceToFlutterAlone) {
         {"a command of the user's own", u"emulator-5554"_s, u"echo args: own"_s, u"args: own"_s},
     };
     for (const auto& [label, device, ownCommand, printed] : cases) {
-        ASSERT_TRUE(model->overrides().set(key, Override{.command = ownCommand}));
+        ASSERT_TRUE(model->overrides().set(key, Override{{}, ownCommand, {}}));
         scan();
         const Project pocket = project(u"pocket"_s);
         ASSERT_TRUE(finishes(model->run(pocket, {ServiceKind::flutter}, device))) << label;
@@ -142,7 +142,8 @@ TEST_F(RunTest, GivesTheDeviceToFlutterAlone) {
 }
 
 TEST_F(RunTest, ListsDevicesWithoutTheToolsComplaints) {
-    const QString script = tree.add(u"bin/flutter"_s, "#!/bin/sh\necho '[' >&2\necho '[{\"id\":\"a\",\"name\":\"'$2'\"}]'\n");
+    const QString script =
+        tree.add(u"bin/flutter"_s, "#!/bin/sh\necho '[' >&2\necho '[{\"id\":\"a\",\"name\":\"'$2'\"}]'\n");
     const QFuture<QList<FlutterDevice>> devices = model->flutterDevices();
     ASSERT_TRUE(waitFor([&] { return devices.isFinished(); }));
     EXPECT_THAT(devices.result(), ElementsAre(FlutterDevice{u"a"_s, u"--machine"_s}));

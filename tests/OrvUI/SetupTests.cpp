@@ -26,7 +26,8 @@ protected:
         if (!model->setup()) {
             return u"none"_s;
         }
-        QStringList parts{model->setupPhase() + (model->setupReason().isEmpty() ? u""_s : u": "_s + model->setupReason())};
+        QStringList parts{
+            model->setupPhase() + (model->setupReason().isEmpty() ? u""_s : u": "_s + model->setupReason())};
         for (const SetupStep& step : model->setup()->steps) {
             parts.append(u"%1 `%2` %3"_s.arg(step.title, step.command, rawValue(step.status)));
         }
@@ -76,7 +77,9 @@ TEST_F(SetupTest, StaysOnScreenWhenItFailsAndCanBeTriedAgain) {
     const bool isApiFirst = model->setup()->steps[0].title == u"Backend";
     EXPECT_EQ(model->setupPhase(), u"failed"_s);
     EXPECT_EQ(model->setupReason(), u"Exited with code 3: no network"_s);
-    EXPECT_EQ(model->setup()->steps[isApiFirst ? 1 : 0].status, isApiFirst ? SetupStep::Status::pending : SetupStep::Status::done);
+    EXPECT_EQ(
+        model->setup()->steps[isApiFirst ? 1 : 0].status,
+        isApiFirst ? SetupStep::Status::pending : SetupStep::Status::done);
     EXPECT_EQ(model->setupLastLine(), u"no network"_s);
     EXPECT_EQ(model->setupOutput(), (QStringList{u"fetching"_s, u"no network"_s}));
     EXPECT_EQ(model->runningCount(), 0);
@@ -92,7 +95,8 @@ TEST_F(SetupTest, EndsWhenItIsStoppedOrCancelled) {
     addScript(u"shop/web"_s, u"npm-install.sh"_s, "echo $$ >>installed.txt; exec sleep 100\n");
     scan();
     const Project shop = project(u"shop"_s);
-    const ServiceID install = AppModel::installID(shop.targets[shop.targets[0].kind == ServiceKind::frontend ? 0 : 1], shop.id);
+    const ServiceID install =
+        AppModel::installID(shop.targets[shop.targets[0].kind == ServiceKind::frontend ? 0 : 1], shop.id);
     const struct {
         const char* label;
         std::function<void()> stop;
@@ -112,7 +116,9 @@ TEST_F(SetupTest, EndsWhenItIsStoppedOrCancelled) {
         const QFuture<void> end = model->confirmInstall();
         if (&label != &cases[4].label) {
             ++started;
-            ASSERT_TRUE(waitFor([&] { return installs(u"shop/web"_s).split(u' ', Qt::SkipEmptyParts).size() == started; })) << label;
+            ASSERT_TRUE(waitFor([&] {
+                return installs(u"shop/web"_s).split(u' ', Qt::SkipEmptyParts).size() == started;
+            })) << label;
             EXPECT_EQ(model->runningCount(), 0) << label;
         }
         stop();
@@ -137,7 +143,8 @@ TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
     EXPECT_TRUE(model->statusMessage()->isError);
     EXPECT_EQ(model->setup()->project.name, u"shop"_s);
     ASSERT_TRUE(finishes(model->run(project(u"ready"_s), {ServiceKind::frontend})));
-    EXPECT_TRUE(waitForPhase(project(u"ready"_s), ServiceKind::frontend, Phase::running)) << "one without an install runs";
+    EXPECT_TRUE(waitForPhase(project(u"ready"_s), ServiceKind::frontend, Phase::running))
+        << "one without an install runs";
 }
 
 TEST_F(SetupTest, UsesTheCommandThatWasTyped) {

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Cli.h"
+
+namespace orv {
+
+/// The overview of all commands.
+[[nodiscard]] QString overview(bool hasColor);
+/// Everything about one command, with examples.
+[[nodiscard]] QString help(const Command& command, bool hasColor);
+
+/// The candidate that `word` was likely meant to be; empty when none is near.
+[[nodiscard]] QString closest(const QString& word, const QStringList& candidates);
+/// " Did you mean 'scan'?", or nothing.
+[[nodiscard]] QString didYouMean(const QString& word, const QStringList& candidates);
+
+} // namespace orv

@@ -1,0 +1,309 @@
+#include "RunSession.h"
+
+#include "CliSupport.h"
+#include "OrvCore/CommandBuilder.h"
+#include "OrvProcess/PortParser.h"
+
+#include <QLocale>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+constexpr std::array labelStyles{Style::cyan, Style::magenta, Style::yellow, Style::green, Style::blue};
+/// How long the announced port may go without a listener before it is given out all the same.
+constexpr std::chrono::milliseconds patienceLimit{2000};
+/// Among so many of the newest lines a server's last word about its port is looked for.
+constexpr qsizetype linesLookedAt = 50;
+
+QJsonObject toJson(const ServiceID& id) {
+    return {{u"projectID"_s, id.projectID}, {u"kind"_s, rawValue(id.kind)}, {u"directory"_s, id.directory}};
+}
+
+QString nameOf(ServiceState::Phase phase) {
+    switch (phase) {
+    case ServiceState::Phase::running:
+        return u"running"_s;
+    case ServiceState::Phase::failed:
+        return u"failed"_s;
+    case ServiceState::Phase::stopped:
+        return u"stopped"_s;
+    case ServiceState::Phase::starting:
+        return u"starting"_s;
+    }
+    return {};
+}
+
+bool saysPort(const LogBuffer& log, int port) {
+    const qsizetype first = std::max<qsizetype>(0, log.size() - linesLookedAt);
+    return std::any_of(
+        log.begin() + first, log.end(), [port](const QString& line) { return PortParser::port(line) == port; });
+}
+
+} // namespace
+
+RunSession::RunSession(
+    AppModel& model, Console& console, const Project& project, const Options& options, QObject* parent)
+    : QObject(parent), m_model(model), m_console(console), m_project(project), m_options(options) {
+    addLabels();
+    ProcessManager& processes = m_model.processes();
+    connect(&processes, &ProcessManager::stateChanged, this, &RunSession::stateChanged);
+    connect(&processes, &ProcessManager::logAppended, this, [this](const ServiceID& id, qsizetype added, qsizetype) {
+        logAppended(id, added);
+    });
+    connect(&processes, &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
+        sayAddress(id, false);
+    });
+    connect(&m_signals, &SignalWatcher::stopAsked, this, &RunSession::stopAsked);
+}
+
+QFuture<int> RunSession::start() {
+    m_exit.start();
+    onFinished(m_model.run(m_project, m_options.kinds, m_options.device), this, [this] {
+        if (m_model.setup()) {
+            deferredToInstall();
+        } else {
+            m_wasLaunched = true;
+            endIfOver();
+        }
+    });
+    return m_exit.future();
+}
+
+bool RunSession::isAnyActive() const {
+    const auto& states = m_model.processes().states();
+    return std::any_of(states.begin(), states.end(), [](const ServiceState& state) { return state.isActive(); });
+}
+
+/// A label for each service: its kind, and its folder where the kind stands twice.
+void RunSession::addLabels() {
+    QHash<ServiceKind, int> counts;
+    for (const ServiceTarget& target : std::as_const(m_project.targets)) {
+        counts[target.kind] += m_options.kinds.contains(target.kind) ? 1 : 0;
+    }
+    for (const ServiceTarget& target : std::as_const(m_project.targets)) {
+        if (!m_options.kinds.contains(target.kind)) {
+            continue;
+        }
+        QString label = rawValue(target.kind);
+        if (counts[target.kind] > 1) {
+            label += u' ' + printable(pathWithin(m_project.root, target.directory));
+        }
+        m_labelWidth = std::max(m_labelWidth, displayWidth(label));
+        const Style style = labelStyles[static_cast<size_t>(m_shown.size()) % labelStyles.size()];
+        m_shown.insert(ProcessManager::id(target, m_project.id), {label, style, {}, nullptr});
+    }
+}
+
+RunSession::Shown& RunSession::shown(const ServiceID& id) {
+    // An install goes under the label of its service.
+    const ServiceID service{m_project.id, id.kind, id.directory};
+    const auto found = m_shown.find(service);
+    return found != m_shown.end() ? *found : *m_shown.insert(service, {rawValue(id.kind), Style::plain, {}, nullptr});
+}
+
+void RunSession::deferredToInstall() {
+    const QList<SetupStep> steps = m_model.setup()->steps;
+    if (m_options.installs) {
+        for (const SetupStep& step : steps) {
+            say(u"Installing %1: %2"_s.arg(shown(step.id).label, step.command));
+            event(u"install"_s, &step.id, {{u"command"_s, step.command}});
+        }
+        install();
+        return;
+    }
+    QString message = u"%1 needs its dependencies before it can run:"_s.arg(printable(m_project.name));
+    for (const SetupStep& step : steps) {
+        message += u"\n  "_s + printable(step.command);
+        event(u"install"_s, &step.id, {{u"command"_s, step.command}});
+    }
+    say(message + u"\nRun it again with --install to have that done first."_s, Style::yellow);
+    m_model.cancelInstall();
+    end(exitFailed);
+}
+
+void RunSession::install() {
+    onFinished(m_model.confirmInstall(), this, [this] {
+        const std::optional<SetupSession>& setup = m_model.setup();
+        if (setup && setup->phase.kind == SetupSession::Phase::Kind::failed) {
+            m_hasFailed = true;
+            if (!m_isStopping) {
+                say(u"The install failed: "_s + setup->phase.reason, Style::red);
+            }
+        } else if (!m_isStopping && m_model.services(m_project).isEmpty()) {
+            m_hasFailed = true; // the project went while it was installed
+            if (const auto& message = m_model.statusMessage()) {
+                say(message->text, Style::red);
+            }
+        }
+        m_wasLaunched = true;
+        endIfOver();
+    });
+}
+
+void RunSession::stateChanged(const ServiceID& id) {
+    const ServiceState state = m_model.processes().state(id);
+    QJsonObject fields{{u"state"_s, nameOf(state.phase)}};
+    if (state.port) {
+        fields[u"port"_s] = *state.port;
+    }
+    if (!state.message.isEmpty()) {
+        fields[u"message"_s] = state.message;
+    }
+    event(u"state"_s, &id, fields);
+    if (AppModel::isInstall(id)) {
+        return; // the setup tells how it ended
+    }
+    Shown& service = shown(id);
+    switch (state.phase) {
+    case ServiceState::Phase::starting:
+        service.saidPort.reset();
+        break;
+    case ServiceState::Phase::running:
+        sayAddress(id, false);
+        break;
+    case ServiceState::Phase::failed:
+        m_hasFailed = true;
+        say(u"%1 failed: %2"_s.arg(service.label, state.message), Style::red);
+        break;
+    case ServiceState::Phase::stopped:
+        say(u"%1 stopped."_s.arg(service.label));
+        break;
+    }
+    endIfOver();
+}
+
+void RunSession::logAppended(const ServiceID& id, qsizetype added) {
+    const LogBuffer& log = m_model.processes().log(id);
+    const qsizetype shownLines = std::min(added, log.size());
+    const bool hasColor = m_console.out.hasColor();
+    const QString label = painted(padded(shown(id).label, m_labelWidth) + u" │"_s, shown(id).style, hasColor) + u' ';
+    if (const qsizetype skipped = added - shownLines; skipped > 0) {
+        event(u"skipped"_s, &id, {{u"count"_s, skipped}});
+        if (!m_options.json) {
+            const QString count = QLocale(QLocale::English).toString(skipped);
+            m_console.out.writeLine(label + painted(u"… %1 lines skipped"_s.arg(count), Style::dim, hasColor));
+        }
+    }
+    QByteArray block;
+    for (qsizetype i = log.size() - shownLines; i < log.size(); ++i) {
+        if (m_options.json) {
+            block +=
+                compactJson(QJsonObject{{u"event"_s, u"log"_s}, {u"service"_s, toJson(id)}, {u"line"_s, log.at(i)}});
+        } else {
+            block += (label + safeOutputLine(log.at(i), hasColor)).toUtf8();
+        }
+        block += '\n';
+    }
+    m_console.out.write(block);
+    if (m_console.out.isClosed()) {
+        stop(); // whoever read the output is gone
+    }
+}
+
+/// Says where the service is up, once a port is sure: it listens there, and said so itself. Another port that it opened
+/// (a debugger's, say) is given only when nothing better came for a while.
+void RunSession::sayAddress(const ServiceID& id, bool hasWaited) {
+    if (AppModel::isInstall(id) || m_isStopping) {
+        return;
+    }
+    const ServiceState state = m_model.processes().state(id);
+    const QList<int> listening = m_model.processes().listeningPorts(id);
+    std::optional<int> port = m_model.addressPort(id);
+    if (!port && !listening.isEmpty()) {
+        port = listening.first(); // a server that says nothing
+    }
+    Shown& service = shown(id);
+    if (!state.isActive() || !port || service.saidPort == port) {
+        return;
+    }
+    const bool listens = listening.contains(*port);
+    const bool isSure = listens && (state.port == port || saysPort(m_model.processes().log(id), *port));
+    if (!isSure && !hasWaited) {
+        if (service.patience == nullptr) {
+            service.patience = new QTimer(this);
+            service.patience->setSingleShot(true);
+            connect(service.patience, &QTimer::timeout, this, [this, id] { sayAddress(id, true); });
+        }
+        if (!service.patience->isActive()) {
+            service.patience->start(patienceLimit);
+        }
+        return;
+    }
+    service.saidPort = port;
+    QString message = u"%1 is up at http://localhost:%2"_s.arg(service.label).arg(*port);
+    QJsonObject fields{{u"port"_s, *port}, {u"url"_s, u"http://localhost:%1"_s.arg(*port)}, {u"listening"_s, listens}};
+    if (state.port && state.port != port) {
+        message += u" (not at port %1, which it named first)"_s.arg(*state.port);
+        fields[u"announcedPort"_s] = *state.port;
+    }
+    say(message, Style::green);
+    event(u"address"_s, &id, fields);
+}
+
+void RunSession::stopAsked() {
+    if (m_isStopping || !isAnyActive()) {
+        if (m_isStopping) {
+            say(u"Killing everything."_s, Style::red);
+        }
+        for (const ServiceID& id : m_model.processes().states().keys()) {
+            if (const auto group = m_model.processes().processID(id)) {
+                ::killpg(static_cast<pid_t>(*group), SIGKILL);
+            }
+        }
+        end(m_isStopping ? int(exitFailed) : int(exitOk));
+        return;
+    }
+    say(u"Stopping… (once more kills at once)"_s);
+    stop();
+}
+
+void RunSession::stop() {
+    if (std::exchange(m_isStopping, true)) {
+        return;
+    }
+    m_model.cancelInstall();
+    onFinished(m_model.stopAllServices(), this, [this] {
+        m_wasLaunched = true;
+        endIfOver();
+    });
+}
+
+void RunSession::endIfOver() {
+    if (m_wasLaunched && !isAnyActive()) {
+        end(m_hasFailed ? exitFailed : exitOk);
+    }
+}
+
+void RunSession::end(int exitCode) {
+    if (std::exchange(m_hasEnded, true)) {
+        return;
+    }
+    event(u"end"_s, nullptr, {{u"exitCode"_s, exitCode}});
+    m_exit.addResult(exitCode);
+    m_exit.finish();
+}
+
+void RunSession::say(const QString& message, Style style) {
+    if (!m_options.json) {
+        m_console.err.writeLine(painted(message, style, m_console.err.hasColor()));
+    }
+}
+
+void RunSession::event(const QString& name, const ServiceID* id, QJsonObject fields) {
+    if (!m_options.json) {
+        return;
+    }
+    fields[u"event"_s] = name;
+    if (id != nullptr) {
+        fields[u"service"_s] = toJson(*id);
+    }
+    m_console.out.write(compactJson(fields) + '\n');
+}
+
+} // namespace orv

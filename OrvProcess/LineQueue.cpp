@@ -1,0 +1,128 @@
+#include "OrvProcess/LineQueue.h"
+
+#include "OrvProcess/PortParser.h"
+#include "OrvProcess/TerminalLine.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace orv {
+
+void LineQueue::append(QByteArrayView bytes) {
+    push(m_assembler.append(bytes));
+}
+
+void LineQueue::finish() {
+    push(m_assembler.finish());
+}
+
+void LineQueue::push(QByteArray lines) {
+    if (lines.isEmpty()) {
+        return;
+    }
+    const qsizetype count = std::count(lines.cbegin(), lines.cend(), '\n');
+    std::vector<Block> dropped;
+    {
+        std::unique_lock lock(m_mutex);
+        m_taken.wait(lock, [this] { return m_closed || m_blocks.empty() || m_bytes < m_limits.waitingBytes; });
+        m_bytes += lines.size();
+        m_lines += count;
+        m_blocks.push_back({std::move(lines), count, 0});
+        while (m_lines - m_blocks.front().lines >= m_limits.keptLines) {
+            m_lines -= m_blocks.front().lines;
+            m_bytes -= m_blocks.front().bytes.size();
+            if (m_portWanted) {
+                dropped.push_back(std::move(m_blocks.front()));
+            }
+            m_blocks.pop_front();
+        }
+    }
+    for (const Block& block : dropped) {
+        lookForPort(block);
+    }
+}
+
+void LineQueue::lookForPort(const Block& block) {
+    const QByteArrayView unseen = QByteArrayView(block.bytes).sliced(block.taken);
+    if (!PortParser::mayAnnounce(unseen)) {
+        return;
+    }
+    qsizetype end = unseen.size();
+    while (end > 0) {
+        const qsizetype begin = end > 1 ? unseen.lastIndexOf('\n', end - 2) + 1 : 0;
+        const QByteArrayView line = unseen.sliced(begin, end - 1 - begin);
+        end = begin;
+        if (!PortParser::mayAnnounce(line)) {
+            continue;
+        }
+        if (const std::optional<int> port = PortParser::port(TerminalLine::text(line))) {
+            const std::scoped_lock lock(m_mutex);
+            if (m_portWanted) {
+                m_droppedPort = port;
+                m_portWanted = false;
+            }
+            return;
+        }
+    }
+}
+
+LineQueue::Taken LineQueue::take(const Slice& slice) {
+    const auto deadline = std::chrono::steady_clock::now() + slice.time;
+    Taken result;
+    qsizetype bytes = 0;
+    for (bool timeIsUp = false; !timeIsUp;) {
+        Block block;
+        {
+            const std::scoped_lock lock(m_mutex);
+            if (m_blocks.empty() || result.lines.size() >= slice.lines || bytes >= slice.bytes) {
+                break;
+            }
+            block = std::move(m_blocks.front());
+            m_blocks.pop_front();
+            m_lines -= block.lines;
+            m_bytes -= block.bytes.size();
+        }
+        qsizetype sinceLook = 0;
+        const QByteArrayView view(block.bytes);
+        while (block.lines > 0 && result.lines.size() < slice.lines && bytes < slice.bytes && !timeIsUp) {
+            const qsizetype end = view.indexOf('\n', block.taken);
+            const QByteArrayView line = view.sliced(block.taken, end - block.taken);
+            result.lines.append(TerminalLine::text(line));
+            block.taken = end + 1;
+            --block.lines;
+            bytes += line.size() + 1;
+            sinceLook += line.size() + 64;
+            if (sinceLook > 16 * 1024) {
+                timeIsUp = std::chrono::steady_clock::now() >= deadline;
+                sinceLook = 0;
+            }
+        }
+        if (block.lines > 0) {
+            const std::scoped_lock lock(m_mutex);
+            m_lines += block.lines;
+            m_bytes += block.bytes.size();
+            m_blocks.push_front(std::move(block));
+        }
+    }
+    const std::scoped_lock lock(m_mutex);
+    result.droppedPort = std::exchange(m_droppedPort, std::nullopt);
+    result.more = !m_blocks.empty();
+    m_taken.notify_one();
+    return result;
+}
+
+void LineQueue::setPortWanted(bool wanted) {
+    const std::scoped_lock lock(m_mutex);
+    m_portWanted = wanted;
+    if (!wanted) {
+        m_droppedPort.reset();
+    }
+}
+
+void LineQueue::close() {
+    const std::scoped_lock lock(m_mutex);
+    m_closed = true;
+    m_taken.notify_all();
+}
+
+} // namespace orv

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "OrvProcess/LineAssembler.h"
+
+#include <QStringList>
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <optional>
+
+namespace orv {
+
+/// The lines between a reader thread, which gets them faster than they can be shown, and the main thread, which takes
+/// them when it has the time.
+///
+/// Only the newest lines are of interest: what has `keptLines` newer ones behind it is dropped without a look but for
+/// the port that it may announce, so a process that floods runs at its full speed. Where few lines take up much, the
+/// reader waits instead: nothing of the newest `keptLines` is ever lost, and what waits here is bounded either way.
+class LineQueue {
+public:
+    struct Limits {
+        qsizetype keptLines = 5000;
+        qsizetype waitingBytes = 8 * 1024 * 1024;
+    };
+    /// What one call of `take` may cost.
+    struct Slice {
+        qsizetype lines = 5000;
+        qsizetype bytes = 1024 * 1024;
+        std::chrono::microseconds time{4000};
+    };
+    struct Taken {
+        QStringList lines;
+        std::optional<int> droppedPort; ///< announced by a line that was dropped before these
+        bool more = false;              ///< lines are left
+    };
+
+    explicit LineQueue(Limits limits) : m_limits(limits) {}
+
+    // The reader's side.
+    void append(QByteArrayView bytes);
+    /// The end of the output: what stands behind the last line feed is a line too.
+    void finish();
+
+    // The taker's side.
+    [[nodiscard]] Taken take(const Slice& slice);
+    /// Whether dropped lines are still searched for a port.
+    void setPortWanted(bool wanted);
+    /// The reader waits no more.
+    void close();
+
+private:
+    struct Block {
+        QByteArray bytes; ///< whole lines, each ended by "\n"
+        qsizetype lines = 0;
+        qsizetype taken = 0; ///< bytes of it that `take` had
+    };
+
+    void push(QByteArray lines);
+    void lookForPort(const Block& block);
+
+    const Limits m_limits;
+    LineAssembler m_assembler; ///< the reader's alone
+    std::mutex m_mutex;
+    std::condition_variable m_taken;
+    std::deque<Block> m_blocks;
+    qsizetype m_lines = 0;
+    qsizetype m_bytes = 0;
+    std::optional<int> m_droppedPort;
+    bool m_portWanted = true;
+    bool m_closed = false;
+};
+
+} // namespace orv

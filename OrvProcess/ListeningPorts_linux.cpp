@@ -1,0 +1,113 @@
+#include "OrvCore/UniqueFd.h"
+#include "OrvProcess/ListeningPorts.h"
+
+#include <QByteArray>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <set>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace orv {
+
+namespace {
+
+/// Calls `visit` with each entry's name that is a number, and with the folder's descriptor.
+void forEachNumber(const char* folder, const std::function<void(int directory, const char* name)>& visit) {
+    DIR* entries = ::opendir(folder);
+    if (entries == nullptr) {
+        return;
+    }
+    while (const dirent* entry = ::readdir(entries)) { // NOLINT(concurrency-mt-unsafe): the stream is our own
+        if (entry->d_name[0] >= '0' && entry->d_name[0] <= '9') {
+            visit(::dirfd(entries), entry->d_name);
+        }
+    }
+    ::closedir(entries);
+}
+
+/// The whole of a file of the process table, whose size is not known beforehand.
+QByteArray contentOf(const QByteArray& path) {
+    const UniqueFd file(::open(path.constData(), O_RDONLY | O_CLOEXEC));
+    QByteArray content;
+    std::array<char, 16384> part{};
+    while (file.isValid()) {
+        const ssize_t count = ::read(file.get(), part.data(), part.size());
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            break;
+        }
+        content.append(part.data(), count);
+    }
+    return content;
+}
+
+QByteArray processFolder(pid_t pid) {
+    return "/proc/" + QByteArray::number(pid);
+}
+
+QList<ListeningPorts::ProcessEntry> processTable() {
+    QList<ListeningPorts::ProcessEntry> table;
+    forEachNumber("/proc", [&table](int, const char* name) {
+        const auto entry = ListeningPorts::processEntry(contentOf(processFolder(std::atoi(name)) + "/stat"));
+        if (entry.pid != 0) {
+            table.append(entry);
+        }
+    });
+    return table;
+}
+
+/// The inodes of the sockets that a process holds. Empty when it is gone or belongs to somebody else.
+QList<quint64> socketsOf(pid_t pid) {
+    constexpr std::string_view prefix = "socket:[";
+    QList<quint64> inodes;
+    forEachNumber((processFolder(pid) + "/fd").constData(), [&](int directory, const char* name) {
+        std::array<char, 64> target{};
+        const ssize_t length = ::readlinkat(directory, name, target.data(), target.size() - 1);
+        if (length > 0 && std::string_view(target.data(), static_cast<size_t>(length)).starts_with(prefix)) {
+            inodes.append(std::strtoull(target.data() + prefix.size(), nullptr, 10));
+        }
+    });
+    return inodes;
+}
+
+} // namespace
+
+QList<int> listeningPorts(pid_t session) {
+    std::set<int> ports;
+    // A member may live in a network namespace of its own; each namespace's tables are read once.
+    QHash<QByteArray, QHash<quint64, int>> tables;
+    for (const pid_t pid : ListeningPorts::membersOf(session, processTable())) {
+        const QList<quint64> inodes = socketsOf(pid);
+        if (inodes.isEmpty()) {
+            continue;
+        }
+        const QByteArray folder = processFolder(pid);
+        std::array<char, 64> name{};
+        const ssize_t length = ::readlink((folder + "/ns/net").constData(), name.data(), name.size());
+        const QByteArray networkNamespace(name.data(), std::max<ssize_t>(length, 0));
+        auto table = tables.find(networkNamespace);
+        if (table == tables.end()) {
+            QHash<quint64, int> sockets = ListeningPorts::listeningSockets(contentOf(folder + "/net/tcp"));
+            sockets.insert(ListeningPorts::listeningSockets(contentOf(folder + "/net/tcp6")));
+            table = tables.insert(networkNamespace, std::move(sockets));
+        }
+        for (const quint64 inode : inodes) {
+            if (const auto port = table->constFind(inode); port != table->cend()) {
+                ports.insert(*port);
+            }
+        }
+    }
+    return {ports.begin(), ports.end()};
+}
+
+} // namespace orv

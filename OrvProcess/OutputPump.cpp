@@ -1,0 +1,151 @@
+#include "OrvProcess/ExitWatch_p.h"
+#include "OrvProcess/ProcessSpawner.h"
+#include "OrvProcess/ProcessTable_p.h"
+
+#include <array>
+#include <cerrno>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include <poll.h>
+#include <sys/wait.h>
+
+namespace orv {
+namespace {
+
+constexpr int bytesPerRead = 8192;
+/// After so many reads in a row the other events get their turn.
+constexpr int readsPerTurn = 64;
+
+/// A process may leave its group without any event, as a daemon does that forks first: so the living ones are looked at
+/// again, at once and then ever more seldom.
+constexpr std::chrono::milliseconds firstRecheck{20};
+constexpr std::chrono::milliseconds lastRecheck{5000};
+
+enum class Output { open, ended };
+
+/// Children that could not be reaped when their reader had to go: killed, but still busy in the kernel.
+class LateChildren {
+public:
+    void add(pid_t pid) {
+        const std::scoped_lock lock(m_mutex);
+        m_pids.push_back(pid);
+    }
+    void reap() {
+        const std::scoped_lock lock(m_mutex);
+        std::erase_if(m_pids, [](pid_t pid) { return ::waitpid(pid, nullptr, WNOHANG) != 0; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<pid_t> m_pids;
+};
+LateChildren lateChildren;
+
+struct TurnResult {
+    Output output = Output::open;
+    bool more = false; ///< the turn was over before the pipe was empty
+};
+
+TurnResult readTurn(int fd, const std::function<void(QByteArrayView)>& onOutput) {
+    std::array<char, bytesPerRead> buffer;
+    for (int i = 0; i < readsPerTurn; ++i) {
+        const ssize_t size = ::read(fd, buffer.data(), buffer.size());
+        if (size > 0) {
+            onOutput(QByteArrayView(buffer.data(), static_cast<qsizetype>(size)));
+        } else if (size < 0 && errno == EINTR) {
+            continue;
+        } else {
+            return {size < 0 && errno == EAGAIN ? Output::open : Output::ended, false};
+        }
+    }
+    return {Output::open, true};
+}
+
+/// Watches every living process of the group; false when there is none.
+bool watchGroup(pid_t group, ExitWatch& watch) {
+    bool lives = false;
+    for (const ProcessEntry& entry : processTable()) {
+        lives = (entry.group == group && entry.isAlive && watch.add(entry.pid)) || lives;
+    }
+    return lives;
+}
+
+int reap(pid_t pid) {
+    int status = 0;
+    pid_t reaped = 0;
+    do {
+        reaped = ::waitpid(pid, &status, WNOHANG);
+    } while (reaped < 0 && errno == EINTR);
+    if (reaped == 0) {
+        lateChildren.add(pid);
+    }
+    if (reaped != pid) {
+        return -1;
+    }
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+bool hasEnded(pid_t pid) {
+    siginfo_t info{};
+    return ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == pid;
+}
+
+void waitReadable(int fd, std::chrono::milliseconds limit) {
+    pollfd wait{fd, POLLIN, 0};
+    ::poll(&wait, 1, static_cast<int>(limit.count()));
+}
+
+} // namespace
+
+int ProcessSpawner::pump(
+    const SpawnedProcess& process, const PumpControl& control, const std::function<void(QByteArrayView)>& onOutput) {
+    lateChildren.reap();
+    ExitWatch leader;
+    const bool isWatched = leader.add(process.pid);
+    std::optional<ExitWatch> members; ///< of the group, once the leader has ended
+    std::chrono::milliseconds recheck = firstRecheck;
+    TurnResult turn;
+    for (;;) {
+        const bool isOpen = turn.output == Output::open;
+        const bool mustAsk = !isWatched && !members;
+        const int watched = members ? members->descriptor() : isWatched ? leader.descriptor() : -1;
+        std::array<pollfd, 3> events{
+            pollfd{isOpen ? process.output.get() : -1, POLLIN, 0}, pollfd{watched, POLLIN, 0},
+            pollfd{control.abandon, POLLIN, 0}};
+        const auto limit = turn.more                           ? std::chrono::milliseconds(0)
+                           : mustAsk                           ? firstRecheck
+                           : members && recheck <= lastRecheck ? recheck
+                                                               : std::chrono::milliseconds(-1);
+        const int count = ::poll(events.data(), events.size(), static_cast<int>(limit.count()));
+        if (count < 0) {
+            events = {};
+        }
+        if (events[2].revents != 0) {
+            // Whoever abandons has killed the group before: it is a matter of moments, unless the kernel holds it.
+            waitReadable(leader.descriptor(), std::chrono::milliseconds(500));
+            break;
+        }
+        if (isOpen) {
+            turn = readTurn(process.output.get(), onOutput);
+        }
+        const bool isRecheck = members && count == 0 && !turn.more;
+        if (events[1].revents == 0 && !isRecheck && !(mustAsk && hasEnded(process.pid)) &&
+            !(members && turn.output == Output::ended)) {
+            continue;
+        }
+        recheck = isRecheck ? recheck * 2 : firstRecheck;
+        if (turn.output == Output::ended && !control.waitsForGroup()) {
+            break;
+        }
+        if (!watchGroup(process.pid, members.emplace())) {
+            // What those who are gone wrote is in the pipe; one who left the group may go on for ever.
+            (void)readTurn(process.output.get(), onOutput);
+            break;
+        }
+    }
+    return reap(process.pid);
+}
+
+} // namespace orv

@@ -1,0 +1,346 @@
+#include "OrvProcess/ProcessManager.h"
+
+#include "OrvCore/Async.h"
+#include "OrvCore/CommandBuilder.h"
+#include "OrvProcess/GroupTermination.h"
+#include "OrvProcess/LimitedCommand.h"
+#include "OrvProcess/PortParser.h"
+#include "OrvProcess/PortWatch.h"
+#include "OrvProcess/ProcessReader.h"
+
+#include <QFileInfo>
+#include <QHashFunctions>
+#include <QPointer>
+#include <QProcessEnvironment>
+#include <QSet>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+/// One live process of a service. Its parts are children of the manager.
+struct Run {
+    ProcessReader* reader = nullptr;
+    PortWatch* ports = nullptr;
+};
+
+QString exitMessage(int code, const LogBuffer& log) {
+    const QString message = u"Exited with code %1"_s.arg(code);
+    for (auto line = log.rbegin(); line != log.rend(); ++line) {
+        if (const QString shown = PortParser::stripANSI(*line).trimmed(); !shown.isEmpty()) {
+            return message + u": "_s + shown;
+        }
+    }
+    return message;
+}
+
+/// A future that finishes when all of them have.
+QFuture<void> whenAll(const QList<QFuture<void>>& futures, QObject* context) {
+    if (futures.isEmpty()) {
+        return finishedFuture();
+    }
+    struct Pending {
+        QPromise<void> promise;
+        qsizetype left = 0;
+    };
+    const auto pending = std::make_shared<Pending>();
+    pending->left = futures.size();
+    pending->promise.start();
+    for (const QFuture<void>& future : futures) {
+        onFinished(future, context, [pending] {
+            if (--pending->left == 0) {
+                pending->promise.finish();
+            }
+        });
+    }
+    return pending->promise.future();
+}
+
+} // namespace
+
+struct ProcessManager::Private {
+    ProcessManager* q;
+    std::chrono::milliseconds killTimeout;
+    std::function<void()> onChange;
+    std::function<QString(const QString&)> dockerStopCommand;
+    std::chrono::milliseconds dockerLimit = dockerStopLimit;
+
+    QHash<ServiceID, ServiceState> states;
+    QHash<ServiceID, LogBuffer> logs;
+    QHash<ServiceID, Run> runs; ///< services with a live process
+    QHash<ServiceID, QPointer<GroupTermination>> terminations;
+    QHash<ServiceID, int> fixedPorts;
+    QSet<ServiceID> stopRequested;
+    QSet<ServiceID> userStopped;
+    QThreadPool portPool;
+
+    /// False when the manager is gone afterwards.
+    bool setState(const ServiceID& id, const ServiceState& state);
+    void append(
+        const ServiceID& id, const ProcessReader* reader, const QStringList& lines, std::optional<int> droppedPort);
+    void handleExit(const ServiceID& id, ProcessReader* reader, int code);
+    [[nodiscard]] bool isCurrent(const ServiceID& id, const ProcessReader* reader) const;
+    [[nodiscard]] std::optional<int> announcedPort(
+        const ServiceID& id, const QStringList& lines, std::optional<int> droppedPort) const;
+};
+
+size_t qHash(const ServiceID& id, size_t seed) noexcept {
+    return qHashMulti(seed, id.projectID, id.kind, id.directory);
+}
+
+ProcessManager::ProcessManager(std::chrono::milliseconds killTimeout, QObject* parent)
+    : QObject(parent), d(std::make_unique<Private>()) {
+    ORV_ASSERT_MAIN_THREAD();
+    d->q = this;
+    d->killTimeout = killTimeout;
+    d->dockerStopCommand = [](const QString& folder) {
+        return u"cd "_s + CommandBuilder::quote(folder) + u" && docker compose stop"_s;
+    };
+    d->portPool.setMaxThreadCount(2);
+    d->portPool.setExpiryTimeout(5000);
+}
+
+ProcessManager::~ProcessManager() {
+    for (const Run& run : std::as_const(d->runs)) {
+        ProcessSpawner::signalGroup(run.reader->pid(), SIGKILL);
+    }
+    for (const Run& run : std::exchange(d->runs, {})) {
+        delete run.reader;
+    }
+}
+
+ServiceID ProcessManager::id(const ServiceTarget& target, const QString& projectID) {
+    return {projectID, target.kind, target.directory};
+}
+
+const QHash<ServiceID, ServiceState>& ProcessManager::states() const {
+    ORV_ASSERT_MAIN_THREAD();
+    return d->states;
+}
+
+ServiceState ProcessManager::state(const ServiceID& id) const {
+    ORV_ASSERT_MAIN_THREAD();
+    return d->states.value(id);
+}
+
+const LogBuffer& ProcessManager::log(const ServiceID& id) const {
+    ORV_ASSERT_MAIN_THREAD();
+    static const LogBuffer none(maxLogLines);
+    const auto log = d->logs.constFind(id);
+    return log == d->logs.cend() ? none : *log;
+}
+
+int ProcessManager::runningCount() const {
+    ORV_ASSERT_MAIN_THREAD();
+    return static_cast<int>(std::count_if(
+        d->states.cbegin(), d->states.cend(), [](const ServiceState& state) { return state.isRunning(); }));
+}
+
+bool ProcessManager::wasUserStopped(const ServiceID& id) const {
+    ORV_ASSERT_MAIN_THREAD();
+    return d->userStopped.contains(id);
+}
+
+std::optional<qint64> ProcessManager::processID(const ServiceID& id) const {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto run = d->runs.constFind(id);
+    return run == d->runs.cend() ? std::nullopt : std::optional<qint64>(run->reader->pid());
+}
+
+void ProcessManager::setOnChange(std::function<void()> onChange) {
+    ORV_ASSERT_MAIN_THREAD();
+    d->onChange = std::move(onChange);
+}
+
+void ProcessManager::setDockerStopCommand(
+    std::function<QString(const QString&)> command, std::chrono::milliseconds limit) {
+    ORV_ASSERT_MAIN_THREAD();
+    d->dockerStopCommand = std::move(command);
+    d->dockerLimit = limit;
+}
+
+void ProcessManager::start(const ServiceTarget& target, const QString& projectID) {
+    ORV_ASSERT_MAIN_THREAD();
+    const ServiceID service = id(target, projectID);
+    if (d->states.value(service).isActive()) {
+        return;
+    }
+    d->logs.insert(service, LogBuffer(maxLogLines));
+    d->stopRequested.remove(service);
+    d->userStopped.remove(service);
+    d->fixedPorts.remove(service);
+    if (target.port) {
+        d->fixedPorts.insert(service, *target.port);
+    }
+    const QPointer<ProcessManager> self(this);
+    Q_EMIT logReset(service);
+    if (!self || d->runs.contains(service)) {
+        return;
+    }
+    if (!QFileInfo(target.directory).isDir()) {
+        d->setState(service, ServiceState::failed(u"Folder not found: "_s + target.directory));
+        return;
+    }
+    auto process = ProcessSpawner::spawn(
+        target.command, target.directory, ProcessSpawner::pipeEnvironment(QProcessEnvironment::systemEnvironment()));
+    if (!process) {
+        d->setState(service, ServiceState::failed(u"Could not start: "_s + process.error().text()));
+        return;
+    }
+    auto* reader = new ProcessReader(std::move(*process), this);
+    auto* ports = new PortWatch(reader->pid(), &d->portPool, reader);
+    connect(
+        reader, &ProcessReader::linesRead, this,
+        [this, service, reader](const QStringList& lines, std::optional<int> droppedPort) {
+            d->append(service, reader, lines, droppedPort);
+        });
+    connect(reader, &ProcessReader::exited, this, [this, service, reader](int code) {
+        d->handleExit(service, reader, code);
+    });
+    connect(ports, &PortWatch::portsChanged, this, [this, service] { Q_EMIT listeningPortsChanged(service); });
+    d->runs.insert(service, {reader, ports});
+    d->setState(service, ServiceState::starting());
+}
+
+bool ProcessManager::Private::setState(const ServiceID& id, const ServiceState& state) {
+    const auto found = states.constFind(id);
+    if (found != states.cend() && *found == state) {
+        return true;
+    }
+    states.insert(id, state);
+    if (const auto run = runs.constFind(id); run != runs.cend() && state.isRunning()) {
+        run->reader->setPortWanted(!state.port);
+        run->ports->noteRunning(state.port);
+    }
+    const QPointer<ProcessManager> manager(q);
+    if (const auto handler = onChange) {
+        handler();
+    }
+    if (manager) {
+        Q_EMIT manager->stateChanged(id);
+    }
+    return !manager.isNull();
+}
+
+bool ProcessManager::Private::isCurrent(const ServiceID& id, const ProcessReader* reader) const {
+    const auto run = runs.constFind(id);
+    return run != runs.cend() && run->reader == reader;
+}
+
+std::optional<int> ProcessManager::Private::announcedPort(
+    const ServiceID& id, const QStringList& lines, std::optional<int> droppedPort) const {
+    if (const auto fixed = fixedPorts.constFind(id); fixed != fixedPorts.cend()) {
+        return *fixed;
+    }
+    for (auto line = lines.crbegin(); !droppedPort && line != lines.crend(); ++line) {
+        droppedPort = PortParser::port(*line);
+    }
+    return droppedPort;
+}
+
+void ProcessManager::Private::append(
+    const ServiceID& id, const ProcessReader* reader, const QStringList& lines, std::optional<int> droppedPort) {
+    if (!isCurrent(id, reader)) {
+        return;
+    }
+    LogBuffer& log = *logs.find(id);
+    qsizetype dropped = 0;
+    for (const QString& line : lines) {
+        dropped += log.append(line);
+    }
+    runs.constFind(id)->ports->noteOutput();
+    const QPointer<ProcessManager> manager(q);
+    Q_EMIT q->logAppended(id, lines.size(), dropped);
+    if (!manager || !isCurrent(id, reader)) {
+        return;
+    }
+    const ServiceState state = states.value(id);
+    if (!state.isActive() || state.port) {
+        return;
+    }
+    if (const std::optional<int> port = announcedPort(id, lines, droppedPort)) {
+        setState(id, ServiceState::running(port));
+    }
+}
+
+void ProcessManager::Private::handleExit(const ServiceID& id, ProcessReader* reader, int code) {
+    if (!isCurrent(id, reader)) {
+        return;
+    }
+    const bool listened = !runs.constFind(id)->ports->ports().isEmpty();
+    runs.remove(id);
+    reader->deleteLater();
+    const bool isWanted = stopRequested.remove(id) || code == 0;
+    const QPointer<ProcessManager> manager(q);
+    if (listened) {
+        Q_EMIT q->listeningPortsChanged(id);
+    }
+    if (manager && !runs.contains(id)) {
+        setState(id, isWanted ? ServiceState::stopped() : ServiceState::failed(exitMessage(code, *logs.find(id))));
+    }
+}
+
+QFuture<void> ProcessManager::stop(const ServiceID& id) {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto run = d->runs.constFind(id);
+    if (run == d->runs.cend()) {
+        return finishedFuture();
+    }
+    const pid_t pid = run->reader->pid();
+    if (const auto running = d->terminations.value(id); running && running->group() == pid) {
+        return running->future();
+    }
+    d->stopRequested.insert(id);
+    d->userStopped.insert(id);
+    const QPointer<ProcessReader> reader(run->reader);
+    const auto isOver = [this, id, pid, reader] {
+        return !d->isCurrent(id, reader) || !ProcessSpawner::groupExists(pid);
+    };
+    auto* termination = new GroupTermination(pid, d->killTimeout, isOver, this);
+    d->terminations.insert(id, termination);
+    connect(termination, &GroupTermination::ended, this, [reader](bool gone) {
+        if (!gone && reader) {
+            reader->abandon();
+        }
+    });
+    reader->setStopping();
+    termination->begin();
+    return termination->lookAfter(
+        id.kind == ServiceKind::docker
+            ? runLimited(d->dockerStopCommand(id.directory), id.directory, d->dockerLimit, this)
+            : finishedFuture());
+}
+
+QFuture<void> ProcessManager::stopAll() {
+    ORV_ASSERT_MAIN_THREAD();
+    QList<QFuture<void>> stops;
+    for (const ServiceID& id : d->runs.keys()) {
+        stops.append(stop(id));
+    }
+    return whenAll(stops, this);
+}
+
+QList<int> ProcessManager::listeningPorts(const ServiceID& id) const {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto run = d->runs.constFind(id);
+    return run == d->runs.cend() ? QList<int>() : run->ports->ports();
+}
+
+QFuture<QList<int>> ProcessManager::refreshListeningPorts(const ServiceID& id) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (const auto run = d->runs.constFind(id); run != d->runs.cend()) {
+        return run->ports->look();
+    }
+    QPromise<QList<int>> promise;
+    promise.start();
+    promise.addResult(QList<int>());
+    promise.finish();
+    return promise.future();
+}
+
+} // namespace orv

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "OrvProcess/LineQueue.h"
+#include "OrvProcess/ProcessSpawner.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+
+#include <atomic>
+#include <thread>
+
+namespace orv {
+
+/// Follows one started command line to its end: a thread of its own reads, the main thread, on which the object lives,
+/// gets the lines in slices that cost it a few milliseconds each, at most one slice in `pace` while the output floods.
+///
+/// The object may be deleted by whoever its signals reach.
+class ProcessReader : public QObject {
+    Q_OBJECT
+public:
+    static constexpr std::chrono::milliseconds pace{8};
+
+    explicit ProcessReader(SpawnedProcess process, QObject* parent = nullptr);
+    /// Ends the reading, and waits for the thread: the process should have been killed before.
+    ~ProcessReader() override;
+
+    [[nodiscard]] pid_t pid() const { return m_process.pid; }
+    /// Ends the output with what was read so far.
+    void abandon();
+    /// To be called before the group is told to end: from then on the exit waits for its last process, so that none
+    /// which has no output is taken for gone, and the group's id stays its own.
+    void setStopping();
+    /// Whether lines that never arrive here, since newer ones took their place, are searched for a port.
+    void setPortWanted(bool wanted);
+
+Q_SIGNALS:
+    /// `droppedPort` was announced by a line that came before these and is not delivered.
+    void linesRead(const QStringList& lines, std::optional<int> droppedPort);
+    /// After the last line. The process is reaped, and the thread has ended.
+    void exited(int code);
+
+private:
+    void run();
+    void announce();
+    void deliver();
+
+    SpawnedProcess m_process;
+    UniqueFd m_abandonRead;
+    UniqueFd m_abandonWrite;
+    LineQueue m_queue;
+    std::atomic<bool> m_announced = false; ///< a call of `deliver` is on its way
+    std::atomic<bool> m_ended = false;
+    std::atomic<bool> m_stopping = false;
+    int m_exitCode = 0; ///< set before m_ended is
+    QElapsedTimer m_sinceDelivery;
+    QTimer m_paceTimer;
+    std::thread m_thread;
+};
+
+} // namespace orv

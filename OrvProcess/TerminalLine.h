@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace orv {
+
+/// One line of output as a terminal would show it.
+///
+/// Carriage return, backspace, tab and the sequences that move the cursor within its line or erase parts of it (ECMA-48
+/// CHA, CUF, CUB, EL and their like) are carried out; colours (SGR) stay with the characters that they apply to; every
+/// other control is dropped. A code point takes one column, a combining one joins the one before it.
+class TerminalLine {
+public:
+    /// The text of a raw line that came without its line feed. Bytes that are not UTF-8 become U+FFFD.
+    [[nodiscard]] static QString text(QByteArrayView raw);
+    /// Whether a raw line is shown otherwise than it stands: it holds controls beside tabs and colours.
+    [[nodiscard]] static bool isRewritten(QByteArrayView raw);
+
+    enum class Input { whole, continues };
+    /// Takes in `raw`, which must outlive the object. Of input that continues, a sequence or character which its end
+    /// cuts in two is left over: the result is how many bytes were taken.
+    explicit TerminalLine(QByteArrayView raw, Input input);
+    [[nodiscard]] qsizetype consumed() const { return m_at; }
+
+    /// The line as it stands, with colours, up to `limitBytes`; those cells leave the object.
+    [[nodiscard]] QByteArray take(qsizetype limitBytes);
+    [[nodiscard]] bool isEmpty() const { return m_first >= m_cells.size(); }
+    /// What takes cursor and colours to where they are, put behind the piece that was taken last.
+    [[nodiscard]] QByteArray position() const;
+
+private:
+    /// A piece of the raw line.
+    struct Slice {
+        uint32_t start = 0;
+        uint32_t length = 0;
+    };
+    struct Cell {
+        Slice text; ///< empty for a blank that nothing was written to
+        uint32_t pen = 0;
+    };
+    static constexpr size_t attributeCount = 12;
+    using Pen = std::array<Slice, attributeCount>; ///< for each attribute the SGR parameter that set it
+
+    void write(Slice text);
+    void moveTo(qint64 column);
+    [[nodiscard]] qsizetype escape(qsizetype at, Input input);
+    void control(char final, QByteArrayView parameters, qsizetype at);
+    void erase(int mode);
+    void colour(QByteArrayView parameters, qsizetype at);
+    void appendPen(QByteArray& out, uint32_t pen) const;
+
+    QByteArrayView m_raw;
+    qsizetype m_at = 0;
+    std::vector<Cell> m_cells;
+    std::vector<Pen> m_pens{Pen{}};
+    uint32_t m_pen = 0;
+    size_t m_first = 0;     ///< the cells before it were taken
+    size_t m_lastTaken = 0; ///< where the last piece began
+    size_t m_column = 0;
+};
+
+} // namespace orv

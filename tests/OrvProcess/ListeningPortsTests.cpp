@@ -1,0 +1,102 @@
+#include "OrvCore/UniqueFd.h"
+#include "OrvProcess/ListeningPorts.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace orv {
+
+namespace {
+
+/// A listening socket on a free port; the port goes into `port`.
+UniqueFd listenOn(int family, int& port) {
+    UniqueFd socket(::socket(family, SOCK_STREAM, 0));
+    sockaddr_storage address{};
+    address.ss_family = static_cast<sa_family_t>(family);
+    socklen_t size = family == AF_INET6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
+    if (::bind(socket.get(), reinterpret_cast<sockaddr*>(&address), size) == 0 && ::listen(socket.get(), 1) == 0) {
+        ::getsockname(socket.get(), reinterpret_cast<sockaddr*>(&address), &size);
+        port = ntohs(reinterpret_cast<sockaddr_in*>(&address)->sin_port); // at one place in both families
+    }
+    return socket;
+}
+
+} // namespace
+
+TEST(ListeningPorts, ReadsTheSystemsTables) {
+    struct Row {
+        const char* label;
+        const char* stat;
+        ListeningPorts::ProcessEntry expected;
+    };
+    const std::array rows{
+        Row{"plain", "42 (node) S 7 40 40 0 -1", {42, 7, 40, 40}},
+        Row{"a name with blanks and parentheses", "42 (a) R (b c) S 7 40 39 0", {42, 7, 40, 39}},
+        Row{"a process that ended meanwhile", "", {}},
+        Row{"cut short", "42 (node) S 7", {}},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(ListeningPorts::processEntry(QByteArrayView(row.stat)), row.expected) << row.label;
+    }
+
+    const QByteArray table =
+        "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout inode\n"
+        "   0: 0100007F:1435 00000000:0000 0A 00000000:00000000 00:00000000 00000000     0        0 901 1 0 100 0\n"
+        "   1: 0100007F:1436 0100007F:9C40 01 00000000:00000000 00:00000000 00000000     0        0 902 1 0 20 4\n"
+        "   2: 0100007F:1437 00000000:0000 0A 00000000:00000000 00:00000000 00000000     0        0 0 1 0 100 0\n"
+        "   3: 00000000000000000000000000000000:0BB8 00000000000000000000000000000000:0000 0A 00000000:00000000 "
+        "00:00000000 00000000  1000        0 903 1 0";
+    EXPECT_EQ(ListeningPorts::listeningSockets(table), (QHash<quint64, int>{{901, 5173}, {903, 3000}}));
+}
+
+TEST(ListeningPorts, FindsWhatASessionAndItsDescendantsListenOn) {
+    int ownPort = 0;
+    const UniqueFd own = listenOn(AF_INET, ownPort);
+    ASSERT_NE(ownPort, 0);
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    const UniqueFd reading(pipe[0]);
+    UniqueFd writing(pipe[1]);
+    const pid_t leader = ::fork();
+    if (leader == 0) {
+        // A child holds copies of the descriptors of its parent: they must not count as the session's.
+        ::close(own.get());
+        ::setsid();
+        int port = 0;
+        const UniqueFd socket = listenOn(AF_INET, port);
+        (void)!::write(pipe[1], &port, sizeof port);
+        if (::fork() == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL); // nothing of this outlives the test
+            ::setsid();                         // a server that makes itself a session of its own
+            ::close(socket.get());
+            const UniqueFd second = listenOn(AF_INET6, port);
+            (void)!::write(pipe[1], &port, sizeof port);
+            ::pause();
+        }
+        ::pause();
+    }
+    writing.reset();
+    std::array<int, 2> ports{};
+    for (int& port : ports) {
+        ASSERT_EQ(::read(reading.get(), &port, sizeof port), static_cast<ssize_t>(sizeof port));
+    }
+    std::ranges::sort(ports);
+    EXPECT_EQ(listeningPorts(leader), QList<int>(ports.begin(), ports.end()));
+    EXPECT_TRUE(listeningPorts(::getpid()).contains(ownPort));
+
+    ::kill(leader, SIGKILL);
+    ::waitpid(leader, nullptr, 0);
+    EXPECT_EQ(listeningPorts(leader), QList<int>()) << "the session is gone";
+}
+
+} // namespace orv

@@ -1,0 +1,161 @@
+#include "OrvUI/OutlineModel.h"
+#include "tests/OrvUI/ModelFixture.h"
+
+#include <QAbstractItemModelTester>
+#include <QDir>
+
+using namespace Qt::StringLiterals;
+using namespace orv;
+using namespace orv::test;
+
+namespace {
+
+QVariant value(const QAbstractItemModel& model, int row, const QByteArray& role) {
+    return model.index(row, 0).data(model.roleNames().key(role, -1));
+}
+
+/// The rows with the values of these roles: "shop|running; blog|idle".
+QString text(const QAbstractItemModel& model, const QList<QByteArray>& roles) {
+    QStringList rows;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        QStringList values;
+        for (const QByteArray& role : roles) {
+            const QVariant found = value(model, row, role);
+            EXPECT_TRUE(found.isValid()) << role.constData();
+            values.append(
+                found.typeId() == QMetaType::QStringList ? found.toStringList().join(u'+') : found.toString());
+        }
+        rows.append(values.join(u'|'));
+    }
+    return rows.join(u"; "_s);
+}
+
+class HomeModelsTest : public ModelFixture {
+protected:
+    /// Checks every list at every change, and that none is ever reset.
+    void watch() {
+        for (QAbstractItemModel* list : lists()) {
+            new QAbstractItemModelTester(list, QAbstractItemModelTester::FailureReportingMode::Fatal, list);
+            QObject::connect(list, &QAbstractItemModel::modelReset, list, [] { ADD_FAILURE() << "reset"; });
+        }
+    }
+    [[nodiscard]] QList<QAbstractItemModel*> lists() const {
+        return {model->cards(),          model->running(),    model->pinned(),
+                model->sidebarFilters(), model->setupSteps(), model->outline()};
+    }
+    [[nodiscard]] bool cardsBecome(const QString& expected) const {
+        const auto now = [&] { return text(*model->cards(), {"name", "cardState", "message"}); };
+        return waitFor([&] { return now() == expected; }) || (ADD_FAILURE() << now().toStdString(), false);
+    }
+};
+
+} // namespace
+
+TEST_F(HomeModelsTest, FollowAProjectThroughItsLife) {
+    watch();
+    addNode(
+        u"shop/web"_s, "vite",
+        "echo Local: http://localhost:3000; while [ ! -e stop ]; do sleep 0.1; done; echo broken; exit 4\n");
+    addInstalled(u"shop/api"_s, "express", "exec sleep 100\n");
+    addScript(u"shop/web"_s, u"npm-install.sh"_s, "while [ ! -e go ]; do sleep 0.1; done; mkdir node_modules\n");
+    addInstalled(u"blog"_s, "astro", up(4321));
+    EXPECT_EQ(model->summaryLine(), u"Looking for projects…"_s);
+    scan();
+    ASSERT_TRUE(cardsBecome(u"blog|idle|; shop|idle|"_s));
+    EXPECT_EQ(model->summaryLine(), u"2 projects"_s);
+    EXPECT_EQ(
+        text(*model->cards(), {"stackLine", "actions", "defaultAction", "tileIndex", "tileLetter", "isFlutter"}),
+        u"Astro|Frontend|Frontend|%1|B|false; Express + Vite|Frontend+Backend+Both|Both|5|S|false"_s.arg(
+            value(*model->cards(), 0, "tileIndex").toInt()));
+
+    const QPersistentModelIndex blog = model->cards()->index(0, 0);
+    const QPersistentModelIndex shop = model->cards()->index(1, 0);
+    const QString shopID = project(u"shop"_s).id;
+    model->togglePinFor(shopID);
+    model->addTask(u"open"_s, {}, project(u"shop"_s));
+    model->runAction(shopID, u"Both"_s);
+    ASSERT_TRUE(waitFor([&] { return model->setupSteps()->rowCount() == 1; }));
+    EXPECT_EQ(text(*model->setupSteps(), {"title", "command", "status"}), u"Frontend|cd web && npm install|pending"_s);
+    model->confirmSetup();
+    ASSERT_TRUE(cardsBecome(u"blog|idle|; shop|installing|"_s));
+    tree.add(u"projects/shop/web/go"_s);
+    ASSERT_TRUE(cardsBecome(u"blog|idle|; shop|running|"_s));
+    EXPECT_TRUE(waitFor([&] { return model->setupSteps()->rowCount() == 0; }));
+
+    const QVariantList services = value(*model->cards(), 1, "services").toList();
+    ASSERT_EQ(services.size(), 2) << "one of them is starting";
+    const QVariantMap web = services[services[0].toMap()[u"kind"_s] == u"frontend"_s ? 0 : 1].toMap();
+    EXPECT_EQ(web[u"address"_s], u"localhost:3000"_s);
+    EXPECT_EQ(web[u"label"_s], u"Frontend"_s);
+    EXPECT_EQ(text(*model->running(), {"name", "kindLabel", "address"}), u"shop|Frontend|localhost:3000"_s);
+    EXPECT_EQ(text(*model->pinned(), {"name", "cardState"}), u"shop|running"_s);
+    EXPECT_EQ(
+        text(*model->sidebarFilters(), {"title", "icon", "count"}),
+        u"All Projects|layout-grid|2; Pinned|pin|1; Running|circle-play|1; Full-stack|layers-2|1; Flutter|smartphone|0"_s);
+    EXPECT_EQ(model->summaryLine(), u"1 service running · 1 open task"_s);
+    QList<QUrl> opened;
+    model->openUrl = [&](const QUrl& url) { opened.append(url); };
+    model->openServiceByKey(web[u"key"_s].toString());
+    EXPECT_TRUE(waitFor([&] { return !opened.isEmpty(); }));
+
+    tree.add(u"projects/shop/web/stop"_s);
+    const QString failed = u"Exited with code 4: broken"_s;
+    ASSERT_TRUE(cardsBecome(u"blog|idle|; shop|starting|"_s + failed)) << "its back end is still there";
+    model->stopProject(shopID);
+    ASSERT_TRUE(cardsBecome(u"blog|idle|; shop|failed|"_s + failed));
+    EXPECT_EQ(model->running()->rowCount(), 0);
+    EXPECT_EQ(blog.row(), 0);
+    EXPECT_EQ(shop.row(), 1);
+}
+
+TEST_F(HomeModelsTest, ChangeByRowsAtAFilterAndARescan) {
+    for (const QString& name : {u"a"_s, u"b"_s, u"c"_s}) {
+        addInstalled(name, "vite", up(1));
+    }
+    scan();
+    ASSERT_TRUE(cardsBecome(u"a|idle|; b|idle|; c|idle|"_s));
+    watch();
+    const QPersistentModelIndex card = model->cards()->index(1, 0);
+    model->setSearchText(u"b"_s);
+    ASSERT_TRUE(cardsBecome(u"b|idle|"_s));
+    EXPECT_EQ(model->shownCount(), 1);
+    EXPECT_EQ(model->projectCount(), 3);
+    model->setSearchText({});
+    QDir(root + u"/a"_s).removeRecursively();
+    addInstalled(u"aa"_s, "vite", up(1));
+    scan();
+    ASSERT_TRUE(cardsBecome(u"aa|idle|; b|idle|; c|idle|"_s));
+    EXPECT_EQ(card.row(), 1);
+    model->setFilterIndex(1);
+    EXPECT_TRUE(cardsBecome(u""_s));
+    model->setFilterIndex(9);
+    EXPECT_EQ(model->filterTitle(), u"Pinned"_s);
+}
+
+TEST_F(HomeModelsTest, OutlineOpensFolders) {
+    for (const QString& folder : {u"alone"_s, u"work/one"_s, u"work/two"_s}) {
+        addInstalled(folder, "vite", up(1));
+    }
+    tree.add(u"projects/work/one/.git/"_s);
+    tree.add(u"projects/work/two/.git/"_s);
+    watch();
+    scan();
+    OutlineModel& outline = *model->outline();
+    const QString closed = u"work|0|true|true|false; alone|0|false|false|false"_s;
+    const auto becomes = [&](const QString& expected) {
+        const auto now = [&] { return text(outline, {"name", "depth", "isFolder", "hasChildren", "expanded"}); };
+        return waitFor([&] { return now() == expected; }) || (ADD_FAILURE() << now().toStdString(), false);
+    };
+    ASSERT_TRUE(becomes(closed)) << "folders come first";
+    const QString opened =
+        u"work|0|true|true|true; one|1|false|false|false; two|1|false|false|false; alone|0|false|false|false"_s;
+    outline.toggleExpanded(0);
+    ASSERT_TRUE(becomes(opened));
+    QDir(root + u"/alone"_s).removeRecursively();
+    scan();
+    ASSERT_TRUE(becomes(opened.section(u"; "_s, 0, 2))) << "what was opened stays open";
+    outline.toggleExpanded(1);
+    outline.toggleExpanded(-1);
+    outline.toggleExpanded(0);
+    EXPECT_TRUE(becomes(closed.section(u"; "_s, 0, 0)));
+}

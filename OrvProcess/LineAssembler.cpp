@@ -10,7 +10,7 @@ namespace {
 /// The end of the last whole UTF-8 character in the first `limit` bytes.
 qsizetype characterBoundary(QByteArrayView text, qsizetype limit) {
     for (qsizetype end = limit; end > limit - 4; --end) {
-        if (end >= text.size() || (static_cast<unsigned char>(text[end]) & 0xc0) != 0x80) {
+        if ((static_cast<unsigned char>(text[end]) & 0xc0) != 0x80) {
             return end;
         }
     }

@@ -18,6 +18,11 @@ constexpr int bytesPerRead = 8192;
 /// After so many reads in a row the other events get their turn.
 constexpr int readsPerTurn = 64;
 
+/// A process may leave its group without any event, as a daemon does that forks first: so the living ones are looked at
+/// again, at once and then ever more seldom.
+constexpr std::chrono::milliseconds firstRecheck{20};
+constexpr std::chrono::milliseconds lastRecheck{5000};
+
 enum class Output { open, ended };
 
 /// Children that could not be reaped when their reader had to go: killed, but still busy in the kernel.
@@ -95,20 +100,26 @@ void waitReadable(int fd, std::chrono::milliseconds limit) {
 } // namespace
 
 int ProcessSpawner::pump(
-    const SpawnedProcess& process, int abandon, const std::function<void(QByteArrayView)>& onOutput) {
+    const SpawnedProcess& process, const PumpControl& control, const std::function<void(QByteArrayView)>& onOutput) {
     lateChildren.reap();
     ExitWatch leader;
     const bool isWatched = leader.add(process.pid);
-    bool leaderEnded = false;
-    std::optional<ExitWatch> members;
+    std::optional<ExitWatch> members; ///< of the group, once the leader has ended
+    std::chrono::milliseconds recheck = firstRecheck;
     TurnResult turn;
-    while (!leaderEnded || turn.output == Output::open) {
-        const bool mustAsk = !isWatched && !leaderEnded;
+    for (;;) {
+        const bool isOpen = turn.output == Output::open;
+        const bool mustAsk = !isWatched && !members;
         const int watched = members ? members->descriptor() : isWatched ? leader.descriptor() : -1;
         std::array<pollfd, 3> events{
-            pollfd{turn.output == Output::open ? process.output.get() : -1, POLLIN, 0}, pollfd{watched, POLLIN, 0},
-            pollfd{abandon, POLLIN, 0}};
-        if (::poll(events.data(), events.size(), turn.more ? 0 : mustAsk ? 50 : -1) < 0) {
+            pollfd{isOpen ? process.output.get() : -1, POLLIN, 0}, pollfd{watched, POLLIN, 0},
+            pollfd{control.abandon, POLLIN, 0}};
+        const auto limit = turn.more                           ? std::chrono::milliseconds(0)
+                           : mustAsk                           ? firstRecheck
+                           : members && recheck <= lastRecheck ? recheck
+                                                               : std::chrono::milliseconds(-1);
+        const int count = ::poll(events.data(), events.size(), static_cast<int>(limit.count()));
+        if (count < 0) {
             events = {};
         }
         if (events[2].revents != 0) {
@@ -116,15 +127,19 @@ int ProcessSpawner::pump(
             waitReadable(leader.descriptor(), std::chrono::milliseconds(500));
             break;
         }
-        if (turn.output == Output::open) {
+        if (isOpen) {
             turn = readTurn(process.output.get(), onOutput);
         }
-        if (events[1].revents == 0 && !(mustAsk && hasEnded(process.pid))) {
+        const bool isRecheck = members && count == 0 && !turn.more;
+        if (events[1].revents == 0 && !isRecheck && !(mustAsk && hasEnded(process.pid)) &&
+            !(members && turn.output == Output::ended)) {
             continue;
         }
-        leaderEnded = true;
-        members.emplace();
-        if (turn.output == Output::open && !watchGroup(process.pid, *members)) {
+        recheck = isRecheck ? recheck * 2 : firstRecheck;
+        if (turn.output == Output::ended && !control.waitsForGroup()) {
+            break;
+        }
+        if (!watchGroup(process.pid, members.emplace())) {
             // What those who are gone wrote is in the pipe; one who left the group may go on for ever.
             (void)readTurn(process.output.get(), onOutput);
             break;

@@ -45,9 +45,10 @@ bool hasCandidate(const Char* text, qsizetype size) {
             const Char a = text[i];
             const Char b = text[i + 1];
             const Char c = text[i + 2];
+            const Char d = text[i + 3];
             const bool address =
-                ((a == 't') | (a == '1') | (a == '0') | (a == ']')) & (b == ':') & isDigit(c) & isDigit(text[i + 3]);
-            const bool keyword = ((a == 't') | (a == 'T')) & isSpace(b) & (isSpace(c) | isDigit(c));
+                ((a == 't') | (a == '1') | (a == '0') | (a == ']')) & (b == ':') & isDigit(c) & isDigit(d);
+            const bool keyword = ((a | 0x20) == 'r') & ((b | 0x20) == 't') & isSpace(c) & (isSpace(d) | isDigit(d));
             found |= static_cast<unsigned char>(address | keyword);
         }
         if (found != 0) {

@@ -308,6 +308,7 @@ QFuture<void> ProcessManager::stop(const ServiceID& id) {
             reader->abandon();
         }
     });
+    reader->setStopping();
     termination->begin();
     return termination->lookAfter(
         id.kind == ServiceKind::docker

@@ -38,16 +38,22 @@ void ProcessReader::abandon() {
     m_abandonWrite.reset();
 }
 
+void ProcessReader::setStopping() {
+    ORV_ASSERT_MAIN_THREAD();
+    m_stopping = true;
+}
+
 void ProcessReader::setPortWanted(bool wanted) {
     m_queue.setPortWanted(wanted);
 }
 
 void ProcessReader::run() {
-    m_exitCode = ProcessSpawner::pump(
-        m_process, m_abandonRead.isValid() ? m_abandonRead.get() : -1, [this](QByteArrayView bytes) {
-            m_queue.append(bytes);
-            announce();
-        });
+    const ProcessSpawner::PumpControl control{
+        .abandon = m_abandonRead.get(), .waitsForGroup = [this] { return m_stopping.load(); }};
+    m_exitCode = ProcessSpawner::pump(m_process, control, [this](QByteArrayView bytes) {
+        m_queue.append(bytes);
+        announce();
+    });
     m_process.output.reset();
     m_queue.finish();
     m_ended = true;
@@ -62,9 +68,11 @@ void ProcessReader::announce() {
 
 void ProcessReader::deliver() {
     const bool ended = m_ended;
-    if (!ended && m_sinceDelivery.isValid() && !m_sinceDelivery.hasExpired(pace.count())) {
-        m_paceTimer.start(pace - std::chrono::milliseconds(m_sinceDelivery.elapsed()));
-        return;
+    if (!ended && m_sinceDelivery.isValid()) {
+        if (const std::chrono::milliseconds since(m_sinceDelivery.elapsed()); since < pace) {
+            m_paceTimer.start(pace - since);
+            return;
+        }
     }
     m_announced = false;
     const LineQueue::Taken taken = m_queue.take(LineQueue::Slice{});

@@ -28,6 +28,9 @@ public:
     [[nodiscard]] pid_t pid() const { return m_process.pid; }
     /// Ends the output with what was read so far.
     void abandon();
+    /// To be called before the group is told to end: from then on the exit waits for its last process, so that none
+    /// which has no output is taken for gone, and the group's id stays its own.
+    void setStopping();
     /// Whether lines that never arrive here, since newer ones took their place, are searched for a port.
     void setPortWanted(bool wanted);
 
@@ -48,6 +51,7 @@ private:
     LineQueue m_queue;
     std::atomic<bool> m_announced = false; ///< a call of `deliver` is on its way
     std::atomic<bool> m_ended = false;
+    std::atomic<bool> m_stopping = false;
     int m_exitCode = 0; ///< set before m_ended is
     QElapsedTimer m_sinceDelivery;
     QTimer m_paceTimer;

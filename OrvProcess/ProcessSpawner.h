@@ -41,14 +41,21 @@ namespace ProcessSpawner {
 /// What makes tools behave on a pipe (unbuffered, in colour), less what the user's own environment says already.
 [[nodiscard]] EnvironmentEntries pipeEnvironment(const QProcessEnvironment& inherited);
 
+struct PumpControl {
+    /// Any descriptor, or -1: once it is readable, everything ends early.
+    int abandon = -1;
+    /// Whether the child is kept until no process of its group lives, though the output has ended.
+    std::function<bool()> waitsForGroup = [] { return false; };
+};
+
 /// Blocks until the output has ended, hands it over in pieces of at most 8192 bytes, reaps the child and gives its exit
 /// code: 128 + the signal when one ended it, -1 when it could not be had.
 ///
 /// The child is a zombie until then, so its id stays its own. A process that left the group may hold the pipe for ever:
-/// once the child has ended and no process of its group lives, the output ends with what is there. `abandon` (any
-/// descriptor, or -1) ends everything early once it is readable.
+/// once the child has ended and no process of its group lives, the output ends with what is there.
 [[nodiscard]] int pump(
-    const SpawnedProcess& process, int abandon, const std::function<void(QByteArrayView bytes)>& onOutput);
+    const SpawnedProcess& process, const PumpControl& control,
+    const std::function<void(QByteArrayView bytes)>& onOutput);
 
 /// Whether a process of the group exists, be it a zombie or someone else's.
 [[nodiscard]] bool groupExists(pid_t group);

@@ -335,6 +335,7 @@ QByteArray TerminalLine::take(qsizetype limitBytes) {
     while (end > m_first && isBlank(m_cells[end - 1])) {
         --end;
     }
+    m_lastTaken = m_first;
     QByteArray out;
     uint32_t pen = 0;
     while (m_first < end && out.size() < limitBytes) {
@@ -370,7 +371,7 @@ QByteArray TerminalLine::take(qsizetype limitBytes) {
 }
 
 QByteArray TerminalLine::position() const {
-    const size_t column = m_column > m_first ? m_column - m_first : 0;
+    const size_t column = m_column > m_lastTaken ? m_column - m_lastTaken : 0;
     QByteArray out = "\x1b[" + QByteArray::number(static_cast<qulonglong>(column + 1)) + 'G';
     if (m_pen != 0) {
         appendPen(out, m_pen);

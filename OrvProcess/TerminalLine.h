@@ -31,7 +31,7 @@ public:
     /// The line as it stands, with colours, up to `limitBytes`; those cells leave the object.
     [[nodiscard]] QByteArray take(qsizetype limitBytes);
     [[nodiscard]] bool isEmpty() const { return m_first >= m_cells.size(); }
-    /// The sequences that bring the cursor and the colours of an empty line with this text to where they are.
+    /// What takes cursor and colours to where they are, put behind the piece that was taken last.
     [[nodiscard]] QByteArray position() const;
 
 private:
@@ -60,7 +60,8 @@ private:
     std::vector<Cell> m_cells;
     std::vector<Pen> m_pens{Pen{}};
     uint32_t m_pen = 0;
-    size_t m_first = 0; ///< the cells before it were taken
+    size_t m_first = 0;     ///< the cells before it were taken
+    size_t m_lastTaken = 0; ///< where the last piece began
     size_t m_column = 0;
 };
 

@@ -1,0 +1,240 @@
+#include "Launcher.h"
+#include "OrvCore/OverrideStore.h"
+#include "OrvCore/ProjectScanner.h"
+#include "OrvCore/Settings.h"
+#include "OrvCore/Tasks.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <gtest/gtest.h>
+
+namespace orv::test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A shop with two services, two projects of one name, and a folder without anything.
+class CommandLine : public ::testing::Test {
+protected:
+    CommandLine() {
+        launcher.tree.add(
+            u"projects/shop/web/package.json"_s, R"({"scripts":{"dev":"x"},"dependencies":{"vite":"5"}})");
+        launcher.tree.add(u"projects/shop/api/requirements.txt"_s, "flask\n");
+        launcher.tree.add(u"projects/shop/api/app.py"_s);
+        launcher.tree.add(u"projects/one/Twin/Makefile"_s, "dev:\n\ttrue\n");
+        launcher.tree.add(u"projects/one/.git/"_s);
+        launcher.tree.add(u"projects/one/Twin/.git/"_s);
+        launcher.tree.add(u"projects/two/twin/Makefile"_s, "dev:\n\ttrue\n");
+        launcher.tree.add(u"projects/two/twin/.git/"_s);
+        launcher.tree.add(u"projects/empty/"_s);
+    }
+
+    [[nodiscard]] QString folder(const QString& name) const { return launcher.tree.path(u"projects/"_s + name); }
+
+    /// The one JSON value that a call prints, and nothing beside it.
+    [[nodiscard]] QJsonDocument json(const QStringList& words) const {
+        const Ended ended = launcher.call(words + QStringList{u"--json"_s});
+        EXPECT_EQ(ended.exitCode, 0) << words.join(u' ').toStdString() << ended.err.toStdString();
+        QJsonParseError error;
+        const QJsonDocument parsed = QJsonDocument::fromJson(ended.out, &error);
+        EXPECT_EQ(error.error, QJsonParseError::NoError) << ended.out.toStdString();
+        return parsed;
+    }
+
+    Launcher launcher;
+};
+
+} // namespace
+
+TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
+    struct Case {
+        const char* label;
+        QStringList words;
+        int exitCode;
+        QList<QByteArray> out;
+        QList<QByteArray> err;
+        QByteArray input = {};
+    };
+    const Case cases[] = {
+        {"version", {u"--version"_s}, 0, {"OrvLauncher 0."}, {}},
+        {"help", {u"--help"_s}, 0, {"scan", "settings", "Exit codes"}, {}},
+        {"help of a command", {u"help"_s, u"run"_s}, 0, {"--only KIND", "orvlauncher run ."}, {}},
+        {"help as an option", {u"tasks"_s, u"add"_s, u"--help"_s}, 0, {"tasks add PROJECT TITLE"}, {}},
+        {"unknown command", {u"scna"_s}, 2, {}, {"no command 'scna'", "mean 'scan'"}},
+        {"unknown help", {u"help"_s, u"runn"_s}, 2, {}, {"mean 'run'"}},
+        {"unknown option", {u"scan"_s, u"--jsn"_s}, 2, {}, {"no option '--jsn'", "mean '--json'", "help scan"}},
+        {"unknown action", {u"tasks"_s, u"lst"_s}, 2, {}, {"tasks has no 'lst'", "mean 'list'"}},
+        {"option first", {u"--json"_s, u"scan"_s}, 2, {}, {"'--json' before a command"}},
+        {"missing word", {u"detect"_s}, 2, {}, {"missing: FOLDER"}},
+        {"a word too many", {u"scan"_s, u"a"_s, u"b"_s}, 2, {}, {"'b' is one word too many"}},
+        {"option without its value", {u"run"_s, u"."_s, u"--only"_s}, 2, {}, {"only"}},
+        {"scan", {u"scan"_s}, 0, {"PROJECT", "shop", "Vite + Flask", "frontend, backend"}, {"3 projects in"}},
+        {"scan of nothing", {u"scan"_s, folder(u"empty"_s)}, 0, {}, {"No projects in"}},
+        {"scan of no folder", {u"scan"_s, u"/nowhere"_s}, 1, {}, {"folder not found: /nowhere"}},
+        {"detect",
+         {u"detect"_s, folder(u"shop"_s)},
+         0,
+         {"Vite", "npm run dev", "node_modules (missing)", "/shop/api' && python3 -m flask --app app run"},
+         {}},
+        {"detect of nothing", {u"detect"_s, folder(u"empty"_s)}, 1, {}, {"nothing that can be run"}},
+        {"ports",
+         {u"ports"_s},
+         0,
+         {" 5173    Local: http://localhost:5173/\n", "    -  ready\n", " 3000  port 3000"},
+         {},
+         "  Local: http://\x1b[36mlocalhost:5173\x1b[0m/\nready\r\nport 3000"},
+        {"run of no such name", {u"run"_s, u"shpo"_s}, 1, {}, {"no project 'shpo'", "mean 'shop'"}},
+        {"run of no such folder", {u"run"_s, u"./gone"_s}, 1, {}, {"folder not found"}},
+        {"run of an empty folder", {u"run"_s, folder(u"empty"_s)}, 1, {}, {"nothing that can be run"}},
+        {"run of a name that two have", {u"run"_s, u"TWIN"_s}, 2, {}, {"one/Twin", "two/twin"}},
+        {"run of a kind that is not there",
+         {u"run"_s, u"shop"_s, u"--only"_s, u"docker"_s},
+         2,
+         {},
+         {"shop has no 'docker'; it has frontend, backend"}},
+        {"override of no kind",
+         {u"override"_s, u"set"_s, u"shop"_s, u"web"_s, u"--port"_s, u"1"_s},
+         2,
+         {},
+         {"no kind"}},
+        {"override of a kind that is not there",
+         {u"override"_s, u"set"_s, u"shop"_s, u"app"_s, u"--port"_s, u"1"_s},
+         1,
+         {},
+         {"it has: frontend in web, backend in api"}},
+        {"override of no port",
+         {u"override"_s, u"set"_s, u"shop"_s, u"backend"_s, u"--port"_s, u"70000"_s},
+         2,
+         {},
+         {"'70000' is no port"}},
+        {"override of nothing", {u"override"_s, u"set"_s, u"shop"_s, u"backend"_s}, 2, {}, {"say what to change"}},
+        {"unknown setting", {u"settings"_s, u"get"_s, u"them"_s}, 2, {}, {"no setting 'them'", "mean 'theme'"}},
+        {"setting of another type", {u"settings"_s, u"set"_s, u"showDockIcon"_s, u"maybe"_s}, 2, {}, {"true or false"}},
+        {"setting of no case", {u"settings"_s, u"set"_s, u"theme"_s, u"pink"_s}, 2, {}, {"theme", "ember"}},
+        {"unknown task", {u"tasks"_s, u"done"_s, u"ffff"_s}, 1, {}, {"no task 'ffff'"}},
+        {"task without a title", {u"tasks"_s, u"add"_s, u"shop"_s, u" "_s}, 2, {}, {"needs a title"}},
+        {"completions", {u"completions"_s, u"fish"_s}, 0, {"complete -c orvlauncher"}, {}},
+    };
+    for (const Case& c : cases) {
+        const Ended ended = launcher.call(c.words, c.input);
+        EXPECT_EQ(ended.exitCode, c.exitCode) << c.label << ": " << ended.err.toStdString();
+        for (const QByteArray& part : c.out) {
+            EXPECT_TRUE(ended.out.contains(part)) << c.label << ": " << part.data() << "\n" << ended.out.toStdString();
+        }
+        EXPECT_EQ(ended.out.isEmpty(), c.out.isEmpty()) << c.label << ": " << ended.out.toStdString();
+        for (const QByteArray& part : c.err) {
+            EXPECT_TRUE(ended.err.contains(part)) << c.label << ": " << part.data() << "\n" << ended.err.toStdString();
+        }
+    }
+}
+
+TEST_F(CommandLine, PrintsTheRecordsThemselvesAsJson) {
+    const QList<Project> expected = ProjectScanner().scan(launcher.tree.path(u"projects"_s));
+    QList<Project> scanned;
+    for (const QJsonValue& value : json({u"scan"_s}).array()) {
+        const auto project = Project::fromJson(value.toObject());
+        ASSERT_TRUE(project) << project.error().text().toStdString();
+        scanned.append(*project);
+    }
+    EXPECT_EQ(scanned.size(), 3);
+    EXPECT_EQ(scanned, expected);
+
+    const QJsonObject detected = json({u"detect"_s, folder(u"shop"_s)}).object();
+    EXPECT_EQ(detected[u"stacks"_s].toArray().size(), 2);
+    EXPECT_EQ(
+        Project::fromJson(detected[u"project"_s].toObject()),
+        expected.last().name == u"shop"_s ? expected.last() : expected[1]);
+    EXPECT_TRUE(json({u"detect"_s, folder(u"empty"_s)}).object()[u"project"_s].isNull());
+
+    EXPECT_TRUE(AppSettings::fromJson(json({u"settings"_s}).object()));
+    EXPECT_EQ(json({u"tasks"_s}).array().size(), 0);
+    EXPECT_EQ(
+        launcher.call({u"ports"_s, u"--json"_s}, "localhost:80\nx").out.simplified(),
+        "[ {\"line\":\"localhost:80\",\"port\":80}, {\"line\":\"x\",\"port\":null} ]");
+}
+
+TEST_F(CommandLine, CorrectsAServiceAndForgetsThat) {
+    const auto set = [this](const QStringList& options) {
+        return json(QStringList{u"override"_s, u"set"_s, u"shop"_s, u"backend"_s} + options).object();
+    };
+    const QString key = OverrideStore::key(folder(u"shop/api"_s), ServiceKind::backend);
+    EXPECT_EQ(Override::fromJson(set({u"--port"_s, u"8001"_s})[key].toObject()), (Override{{}, {}, 8001}));
+    EXPECT_EQ(
+        Override::fromJson(set({u"--kind"_s, u"app"_s, u"--command"_s, u"true"_s})[key].toObject()),
+        (Override{ServiceKind::app, u"true"_s, 8001}))
+        << "what was set before stays";
+    EXPECT_TRUE(launcher.call({u"scan"_s}).out.contains("frontend, app:8001"));
+    EXPECT_EQ(set({u"--kind"_s, u""_s, u"--command"_s, u""_s, u"--port"_s, u""_s}), QJsonObject())
+        << "nothing is left of it";
+    set({u"--port"_s, u"1"_s});
+    ASSERT_TRUE(QFile::rename(folder(u"shop"_s), folder(u"sold"_s)));
+    EXPECT_EQ(launcher.call({u"override"_s, u"clear"_s, key}).exitCode, 0) << "the folder is gone";
+    EXPECT_EQ(json({u"override"_s}).object(), QJsonObject());
+}
+
+TEST_F(CommandLine, KeepsTasks) {
+    const QJsonObject added =
+        json({u"tasks"_s, u"add"_s, u"Shop"_s, u"Retry  payments"_s, u"--notes"_s, u"twice"_s}).object();
+    const auto task = ProjectTask::fromJson(added);
+    ASSERT_TRUE(task) << task.error().text().toStdString();
+    EXPECT_EQ(task->projectID, folder(u"shop"_s));
+    EXPECT_EQ(task->title, u"Retry payments"_s);
+    const QString shortID = task->id.toString(QUuid::WithoutBraces).first(6);
+    EXPECT_TRUE(json({u"tasks"_s, u"done"_s, shortID}).object().contains(u"doneAt"_s));
+    EXPECT_FALSE(json({u"tasks"_s, u"reopen"_s, shortID}).object().contains(u"doneAt"_s));
+    EXPECT_EQ(json({u"tasks"_s, u"rename"_s, shortID, u"Pay"_s}).object()[u"notes"_s], u"twice"_s);
+    json({u"tasks"_s, u"add"_s, folder(u"one/Twin"_s), u"Another"_s});
+    EXPECT_EQ(json({u"tasks"_s, u"list"_s, u"shop"_s}).array().size(), 1);
+    EXPECT_TRUE(launcher.call({u"tasks"_s}).out.contains("Pay"));
+    json({u"tasks"_s, u"delete"_s, shortID});
+    EXPECT_EQ(json({u"tasks"_s}).array().size(), 1);
+}
+
+TEST_F(CommandLine, SaysWhatIsWrongWithBrokenStoresAndKeepsThem) {
+    launcher.tree.add(u"support/settings.json"_s, "{\"displayName\": 3}");
+    launcher.tree.add(u"support/tasks.json"_s, "[{\"id\"");
+    const Ended listed = launcher.call({u"settings"_s});
+    EXPECT_EQ(listed.exitCode, 0);
+    EXPECT_TRUE(listed.err.contains("settings.json is broken") && listed.err.contains("displayName"))
+        << listed.err.data();
+    EXPECT_TRUE(listed.err.contains("tasks.json is broken") && listed.err.contains("at byte")) << listed.err.data();
+    EXPECT_EQ(launcher.call({u"settings"_s, u"set"_s, u"theme"_s, u"ocean"_s}).exitCode, 0);
+    EXPECT_EQ(json({u"settings"_s, u"list"_s}).object()[u"theme"_s], u"ocean"_s);
+    EXPECT_EQ(readFile(launcher.tree.path(u"support/settings.json.corrupt"_s)), "{\"displayName\": 3}");
+}
+
+TEST_F(CommandLine, FitsIntoPipesAndTerminals) {
+    struct Case {
+        const char* label;
+        QString line;
+        QByteArray out;
+        QByteArray err;
+    };
+    const Case cases[] = {
+        {"a reader that goes away", u"yes localhost:3000 | { \"$ORV\" ports; echo exit $? >&2; } | head -1"_s,
+         " 3000  localhost:3000\n", "exit 0\n"},
+        {"no colours in a pipe", u"\"$ORV\" settings get theme"_s, "ember\n", {}},
+        {"colours on a terminal",
+         u"TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\\[1m\""_s,
+         "25\n",
+         {}},
+        {"none with NO_COLOR",
+         u"NO_COLOR=1 TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\""_s,
+         "0\n",
+         {}},
+        {"rows end at the terminal's width",
+         u"TERM=xterm script -qec 'stty cols 40; NO_COLOR=1 \"$ORV\" settings' /dev/null | tr -d '\\r' | grep -cE '^.{41,}'"_s,
+         "0\n",
+         {}},
+    };
+    for (const Case& c : cases) {
+        const Ended ended = launcher.shell(c.line);
+        EXPECT_EQ(ended.out, c.out) << c.label;
+        EXPECT_EQ(ended.err, c.err) << c.label;
+    }
+}
+
+} // namespace orv::test

@@ -1,0 +1,183 @@
+#include "OrvProcess/LineAssembler.h"
+#include "OrvProcess/LineQueue.h"
+#include "OrvProcess/TerminalLine.h"
+#include "tests/support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <thread>
+
+namespace orv {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// The lines of an output that comes in pieces of `step` bytes.
+QStringList linesOf(QByteArrayView output, qsizetype step) {
+    LineAssembler assembler;
+    QByteArray raw;
+    for (qsizetype at = 0; at < output.size(); at += step) {
+        raw += assembler.append(output.sliced(at, qMin(step, output.size() - at)));
+    }
+    raw += assembler.finish();
+    QStringList lines;
+    for (const QByteArray& line : raw.isEmpty() ? QByteArrayList() : raw.chopped(1).split('\n')) {
+        lines.append(TerminalLine::text(line));
+    }
+    return lines;
+}
+
+LineQueue::Taken takeAll(LineQueue& queue, const LineQueue::Slice& slice = {}) {
+    LineQueue::Taken all;
+    for (bool more = true; more;) {
+        const LineQueue::Taken taken = queue.take(slice);
+        all.lines += taken.lines;
+        all.droppedPort = all.droppedPort ? all.droppedPort : taken.droppedPort;
+        more = taken.more;
+    }
+    return all;
+}
+
+} // namespace
+
+TEST(TerminalLine, ShowsALineAsATerminalWould) {
+    struct Row {
+        const char* label;
+        QByteArray raw;
+        QString expected;
+    };
+    const std::array rows{
+        Row{"plain", "abc", u"abc"_s},
+        Row{"carriage return before the line feed", "abc\r", u"abc"_s},
+        Row{"rewritten", "abcdef\rxy", u"xycdef"_s},
+        Row{"a progress bar", "10%\r 50%\r100% done", u"100% done"_s},
+        Row{"erased to the end", "abcdef\rxy\x1b[K", u"xy"_s},
+        Row{"erased to the beginning", "abcdef\x1b[3G\x1b[1Kx", u"  xdef"_s},
+        Row{"erased whole", "abcdef\r\x1b[2Kxy", u"xy"_s},
+        Row{"backspace", "|\b/\b-", u"-"_s},
+        Row{"backspace at the margin", "\b\bab", u"ab"_s},
+        Row{"blanked out", "working\r       \rok", u"ok"_s},
+        Row{"moved left and right", "abc\x1b[2Dx\x1b[Cy", u"axcy"_s},
+        Row{"moved beyond the end", "a\x1b[3Cb", u"a   b"_s},
+        Row{"colours stay as they came", "\x1b[1;31merror\x1b[0m: x", u"\x1b[1;31merror\x1b[0m: x"_s},
+        Row{"colours move with their characters", "\x1b[31mred\x1b[0m\rB", u"B\x1b[31med\x1b[m"_s},
+        Row{"the last colour goes on", "abc\x1b[32m\rX", u"\x1b[32mX\x1b[mbc"_s},
+        Row{"attributes add up and go", "\x1b[1m\x1b[38;5;9mA\x1b[22mB\x1b[39mC\b",
+            u"\x1b[1;38;5;9mA\x1b[m\x1b[38;5;9mB\x1b[mC"_s},
+        Row{"true colour, underline style", "\x1b[38;2;1;2;3;4:3mA\x1b[4:0m\b\bB", u"\x1b[38;2;1;2;3mB\x1b[m"_s},
+        Row{"a hidden cursor", "\x1b[?25labc", u"abc"_s},
+        Row{"a title",
+            "\x1b]0;title\x07"
+            "abc\x1b]8;;http://x\x1b\\link",
+            u"abclink"_s},
+        Row{"a title without an end", "\x1b]0;abc", u"0;abc"_s},
+        Row{"a cut sequence", "abc\x1b[3", u"abc"_s},
+        Row{"character sets", "\x1b(Babc", u"abc"_s},
+        Row{"other controls",
+            QByteArray(
+                "a\0b\x01"
+                "c\x7f",
+                6),
+            u"abc"_s},
+        Row{"tab", "a\tb", u"a\tb"_s},
+        Row{"tab in a rewritten line", "a\tb\rxyz", u"xyz     b"_s},
+        Row{"not UTF-8",
+            "a\xff"
+            "b\xc3",
+            u"a\ufffd"
+            "b\ufffd"_s},
+        Row{"not UTF-8, rewritten", "..\xff\xe4\rab", u"ab\ufffd\ufffd"_s},
+        Row{"characters take one column", "\xc3\xa4\xf0\x9f\x98\x80z\rx", u"x\U0001f600z"_s},
+        Row{"combining marks join", "e\xcc\x81z\rx", u"xz"_s},
+        Row{"a cursor sent to the far right", "a\x1b[99999Cb", u"a"_s + QString(999, u' ') + u'b'},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(TerminalLine::text(row.raw), row.expected) << row.label;
+    }
+}
+
+TEST(LineAssembler, MakesTheSameLinesHoweverTheOutputIsCut) {
+    const QByteArray limit(LineAssembler::limitBytes, 'a');
+    const QString full = QString::fromLatin1(limit);
+    QByteArray bar;
+    for (int i = 0; i < 40'000; ++i) {
+        bar += "\r" + QByteArray::number(i) + " of 40000 \x1b[32m##########\x1b[0m\x1b[K";
+    }
+    const QString barEnd = u"39999 of 40000 \x1b[32m##########\x1b[m"_s;
+    struct Row {
+        const char* label;
+        QByteArray output;
+        QStringList expected;
+    };
+    const std::array rows{
+        Row{"nothing", "", {}},
+        Row{"two lines", "a\nb\n", {u"a"_s, u"b"_s}},
+        Row{"empty lines", "\n\na\r\n", {u""_s, u""_s, u"a"_s}},
+        Row{"a last line without an end", "a\nb", {u"a"_s, u"b"_s}},
+        Row{"a character in pieces", "\xe2\x82\xac\n\xf0\x9f\x98\x80", {u"\u20ac"_s, u"\U0001f600"_s}},
+        Row{"exactly as long as may be", limit + "\nb\n", {full, u"b"_s}},
+        Row{"one byte longer", limit + "b\nc", {full, u"b"_s, u"c"_s}},
+        Row{"longer by far", limit + limit + limit + "b", {full, full, full, u"b"_s}},
+        Row{"a character over the limit", limit.chopped(1) + "\xc3\xa4z\n", {full.chopped(1), u"\u00e4z"_s}},
+        Row{"a progress bar without end", "a\n" + bar, {u"a"_s, barEnd}},
+        Row{"a progress bar with an end", bar + "\rdone\x1b[K\nb\n", {u"done"_s, u"b"_s}},
+        Row{"a colour over the limit", limit.chopped(2) + "\x1b[31mb\n", {full.chopped(2), u"\x1b[31mb\x1b[m"_s}},
+        Row{"rewritten and long", "x\r" + limit + limit + "b\n", {full, full, u"b"_s}},
+    };
+    for (const Row& row : rows) {
+        for (const qsizetype step : {qsizetype(1), qsizetype(7), qsizetype(8192), qsizetype(1'000'000'000)}) {
+            const QStringList lines = linesOf(row.output, step);
+            EXPECT_TRUE(lines == row.expected)
+                << row.label << " in pieces of " << step << ": " << lines.size() << " lines, the last "
+                << (lines.isEmpty() ? "" : lines.last().right(100).toStdString());
+        }
+    }
+}
+
+TEST(LineQueue, KeepsTheNewestAndThePortOfWhatItDrops) {
+    constexpr int count = 30'000;
+    LineQueue queue({.keptLines = 5000});
+    for (int i = 1; i <= count; ++i) {
+        queue.append(i == 7 ? "on port 4321\n" : i == 9 ? "on port 1234\n" : QByteArray::number(i) + '\n');
+    }
+    queue.append("last");
+    queue.finish();
+    const LineQueue::Taken taken = takeAll(queue, {.lines = 700});
+    ASSERT_EQ(taken.lines.size(), 5000);
+    EXPECT_EQ(taken.lines.first(), QString::number(count - 4998));
+    EXPECT_EQ(taken.lines.last(), u"last"_s);
+    EXPECT_EQ(taken.droppedPort, 4321) << "the first announcement counts";
+
+    queue.setPortWanted(false);
+    for (int i = 0; i < count; ++i) {
+        queue.append("on port 4321\n");
+    }
+    EXPECT_EQ(takeAll(queue).droppedPort, std::nullopt);
+}
+
+TEST(LineQueue, LetsTheReaderWaitWhenFewLinesAreMuch) {
+    constexpr int count = 300;
+    LineQueue queue({.keptLines = 5000, .waitingBytes = 100'000});
+    std::thread reader([&queue] {
+        for (int i = 0; i < count; ++i) {
+            queue.append(QByteArray::number(i) + QByteArray(5000, 'x') + '\n');
+        }
+    });
+    QStringList lines;
+    EXPECT_TRUE(test::waitFor([&] {
+        const LineQueue::Taken taken = queue.take({});
+        qsizetype size = 0;
+        for (const QString& line : taken.lines) {
+            size += line.size();
+        }
+        EXPECT_LE(size, 110'000) << "no more than may wait";
+        lines += taken.lines;
+        return lines.size() == count;
+    }));
+    EXPECT_TRUE(lines.last().startsWith(QString::number(count - 1)));
+    queue.close();
+    reader.join();
+}
+
+} // namespace orv

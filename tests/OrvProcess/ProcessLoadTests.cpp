@@ -1,0 +1,79 @@
+#include "tests/OrvProcess/ServiceFixture.h"
+
+#include <array>
+
+#include <unistd.h>
+
+namespace orv {
+namespace {
+
+using namespace test;
+
+/// Bytes of this process in memory now; proc(5), statm.
+qint64 residentBytes() {
+    return readFile(u"/proc/self/statm"_s).split(' ').value(1).toLongLong() * ::sysconf(_SC_PAGESIZE);
+}
+
+} // namespace
+
+TEST_F(Services, KeepTheNewestLinesOfAFlood) {
+    struct Row {
+        const char* label;
+        int lines;
+        int width;
+    };
+    for (const Row& row :
+         {Row{"more than is kept", 6000, 20}, Row{"a million", 1'000'000, 40}, Row{"long lines", 6000, 20'000}}) {
+        const ServiceID id = start(u"exec "_s + child + u" lines %1 %2"_s.arg(row.lines).arg(row.width));
+        qsizetype length = 0;
+        qint64 most = 0;
+        const qint64 before = residentBytes();
+        QObject guard;
+        QObject::connect(
+            manager.get(), &ProcessManager::logAppended, &guard,
+            [&](const ServiceID&, qsizetype added, qsizetype dropped) {
+                EXPECT_LE(added, 5000);
+                length += added - dropped;
+                EXPECT_EQ(length, manager->log(id).size());
+                most = std::max(most, residentBytes() - before);
+            });
+        ASSERT_TRUE(waitForEnd(id, std::chrono::minutes(2))) << row.label;
+        EXPECT_EQ(manager->state(id), ServiceState::stopped()) << row.label;
+        const LogBuffer& log = manager->log(id);
+        ASSERT_EQ(log.size(), 5000) << row.label;
+        for (qsizetype i = 0; i < log.size(); ++i) {
+            const QString expected =
+                (QString::number(row.lines - 5000 + 1 + i) + u' ').leftJustified(row.width - 1, u'x');
+            ASSERT_EQ(log.at(i), expected) << row.label << ", line " << i;
+        }
+        // Two bytes a character in the log, and what the allocator of a sanitizer holds back.
+        EXPECT_LT(most, 5000LL * row.width * 2 + 400'000'000) << row.label;
+    }
+}
+
+TEST_F(Services, LeaveNothingAfterAThousandStartsAndStops) {
+    constexpr int rounds = 50;
+    constexpr int atOnce = 20;
+    const ProcessResources before = ProcessResources::now();
+    for (int round = 0; round < rounds; ++round) {
+        QList<ServiceID> ids;
+        for (int i = 0; i < atOnce; ++i) {
+            const ServiceTarget target{
+                ServiceKind::app, folder.path(), {}, u"exec "_s + child + u" print 'on port 3000\\n' hang"_s, {}};
+            manager->start(target, QString::number(i));
+            ids.append(ProcessManager::id(target, QString::number(i)));
+        }
+        if (round % 2 == 0) {
+            ASSERT_TRUE(waitFor([&] { return manager->runningCount() == atOnce; })) << round;
+        }
+        const QFuture<void> stopped = manager->stopAll();
+        ASSERT_TRUE(waitFor([&] { return stopped.isFinished(); })) << round;
+        for (const ServiceID& id : ids) {
+            ASSERT_TRUE(waitForEnd(id)) << round;
+        }
+    }
+    EXPECT_TRUE(waitFor([&] { return ProcessResources::now() == before; }))
+        << ::testing::PrintToString(before) << " before, " << ::testing::PrintToString(ProcessResources::now());
+}
+
+} // namespace orv

@@ -164,7 +164,7 @@ QString webProcess(const QByteArray& procfile) {
     return {};
 }
 
-/// The names before the colon of each rule. Comments, recipes and ":=" assignments have none.
+/// The names before the colon of each rule. Comments, recipes and assignments have none.
 QByteArrayList makeTargets(const QByteArray& makefile) {
     QByteArrayList targets;
     for (const QByteArray& whole : makefile.split('\n')) {
@@ -178,7 +178,7 @@ QByteArrayList makeTargets(const QByteArray& makefile) {
         while (after.startsWith(':')) {
             after = after.sliced(1);
         }
-        if (!after.startsWith('=')) {
+        if (!after.startsWith('=') && !line.first(colon).contains('=')) {
             targets += line.first(colon).simplified().split(' ');
         }
     }

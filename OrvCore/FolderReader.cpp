@@ -226,7 +226,7 @@ bool FolderReader::hasFile(std::string_view relative) const {
     return ::fstatat(m_fd.get(), std::string(relative).c_str(), &status, 0) == 0 && S_ISREG(status.st_mode);
 }
 
-std::optional<QByteArray> FolderReader::text(std::string_view name, qint64 limitBytes) {
+std::optional<QByteArray> FolderReader::text(std::string_view name) {
     if (!hasFile(name)) {
         return std::nullopt;
     }
@@ -237,7 +237,7 @@ std::optional<QByteArray> FolderReader::text(std::string_view name, qint64 limit
     m_text.reset();
     qint64 size = 0;
     const UniqueFd fd = openRegular(m_fd.get(), name, &size);
-    if (!fd.isValid() || size > limitBytes) {
+    if (!fd.isValid() || size > textLimitBytes) {
         return std::nullopt;
     }
     if (auto bytes = readUpTo(fd.get(), size)) {

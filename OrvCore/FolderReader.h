@@ -21,7 +21,7 @@ namespace orv {
 /// Belongs to one thread at a time. Opening another folder reuses the buffers, so a walk needs one reader a thread.
 class FolderReader {
 public:
-    static constexpr qint64 defaultLimitBytes = 4 * 1024 * 1024;
+    static constexpr qint64 textLimitBytes = 4 * 1024 * 1024;
 
     enum class Type : std::uint8_t { unknown, file, folder, link, other };
 
@@ -59,8 +59,8 @@ public:
     [[nodiscard]] bool hasFile(std::string_view relative) const;
 
     /// A text file as valid UTF-8 without byte-order mark: UTF-16 and UTF-32 are converted where a mark tells, bytes
-    /// that are no UTF-8 are replaced. Absent for anything but a readable regular file of at most `limitBytes`.
-    [[nodiscard]] std::optional<QByteArray> text(std::string_view name, qint64 limitBytes = defaultLimitBytes);
+    /// that are no UTF-8 are replaced. Absent for anything but a readable regular file of at most `textLimitBytes`.
+    [[nodiscard]] std::optional<QByteArray> text(std::string_view name);
     /// The first bytes of a regular file, as they are.
     [[nodiscard]] std::optional<QByteArray> prefix(std::string_view name, qint64 bytes) const;
 

@@ -94,6 +94,10 @@ Decoded<Project> Project::fromJson(const QJsonObject& json) {
     return json::decode<Project>(json);
 }
 
+bool ProjectNode::operator==(const ProjectNode& other) const {
+    return path == other.path && name == other.name && project == other.project && children == other.children;
+}
+
 QList<Project> ProjectNode::apps() const {
     QList<Project> apps;
     appendApps(*this, apps);

@@ -93,7 +93,9 @@ struct ProjectNode {
     std::optional<Project> project; ///< absent for a collection
     QList<ProjectNode> children;    ///< in listing order
 
-    bool operator==(const ProjectNode&) const = default;
+    /// Not defaulted: while the record is incomplete, QList takes it for one without equality, and the operator is
+    /// deleted.
+    bool operator==(const ProjectNode& other) const;
     /// Every project of this branch in tree order, this node's own first.
     [[nodiscard]] QList<Project> apps() const;
     [[nodiscard]] QJsonObject toJson() const;

@@ -74,7 +74,8 @@ std::optional<QString> nodeWorkspaceRoot(const QString& folder) {
 }
 
 QString relativeUp(const QString& folder, const QString& ancestor) {
-    return QDir(folder).relativeFilePath(ancestor);
+    const QString way = QDir(folder).relativeFilePath(ancestor);
+    return way.endsWith(u'/') ? way.chopped(1) : way;
 }
 
 } // namespace orv::StackDetector

@@ -21,7 +21,7 @@ enum class Fallbacks { allowed, refused };
 /// Says what can be run in a folder from its marker files and a few manifests. Runs nothing, never fails, and is safe
 /// on any thread; a manifest that is unreadable, malformed or larger than `manifestLimitBytes` counts as absent.
 namespace StackDetector {
-inline constexpr qint64 manifestLimitBytes = FolderReader::defaultLimitBytes;
+inline constexpr qint64 manifestLimitBytes = FolderReader::textLimitBytes;
 
 /// The JavaScript workspace that a folder lies in, as seen from there.
 struct EnclosingWorkspace {

@@ -11,7 +11,7 @@ using Phase = ServiceState::Phase;
 using AppModelTest = ModelFixture;
 
 TEST_F(AppModelTest, ScansOnceForTwoCallers) {
-    addInstalled(u"shop"_s, "vite", up(1));
+    addInstalled(u"shop"_s, "vite", up(4001));
     QStringList changes;
     QObject::connect(model.get(), &AppModel::isScanningChanged, model.get(), [&] {
         changes.append(model->isScanning() ? u"begin"_s : u"end with %1"_s.arg(model->projects().size()));
@@ -33,7 +33,7 @@ TEST_F(AppModelTest, ScansOnceForTwoCallers) {
 
 TEST_F(AppModelTest, EndsInTheMiddleOfAScan) {
     for (int i = 0; i < 200; ++i) {
-        addInstalled(u"p%1/web"_s.arg(i), "vite", up(1));
+        addInstalled(u"p%1/web"_s.arg(i), "vite", up(4001));
     }
     const QFuture<void> scan = model->refresh();
     model.reset();
@@ -121,7 +121,7 @@ TEST_F(AppModelTest, PublishesWhatTheWidgetsShow) {
 }
 
 TEST_F(AppModelTest, NoticesWhatAnotherProcessWrites) {
-    addInstalled(u"shop"_s, "vite", up(1));
+    addInstalled(u"shop"_s, "vite", up(4001));
     tree.add(u"elsewhere/blog/package.json"_s, R"({"scripts": {"dev": "x"}, "dependencies": {"vite": "1"}})");
     scan();
     const Project shop = project(u"shop"_s);
@@ -146,7 +146,7 @@ TEST_F(AppModelTest, NoticesWhatAnotherProcessWrites) {
 }
 
 TEST_F(AppModelTest, ScansAnewWhenTheRootChangesDuringAScan) {
-    addInstalled(u"shop"_s, "vite", up(1));
+    addInstalled(u"shop"_s, "vite", up(4001));
     tree.add(u"elsewhere/blog/Procfile"_s, "web: sleep 1\n");
     const QFuture<void> first = model->refresh();
     model->chooseScanRoot(u"file://"_s + tree.path(u"elsewhere"_s));
@@ -157,7 +157,7 @@ TEST_F(AppModelTest, ScansAnewWhenTheRootChangesDuringAScan) {
 
 TEST_F(AppModelTest, KeepsPinsInTheirOrder) {
     for (const QString& name : {u"a"_s, u"b"_s, u"c"_s}) {
-        addInstalled(name, "vite", up(1));
+        addInstalled(name, "vite", up(4001));
     }
     scan();
     const auto names = [&] {
@@ -179,9 +179,9 @@ TEST_F(AppModelTest, KeepsPinsInTheirOrder) {
 }
 
 TEST_F(AppModelTest, FiltersByTheSidebarAndTheSearch) {
-    addInstalled(u"Shop/web"_s, "vite", up(1));
-    addInstalled(u"Shop/api"_s, "express", up(2));
-    addInstalled(u"cafe\u0301"_s, "vite", up(3));
+    addInstalled(u"Shop/web"_s, "vite", up(4001));
+    addInstalled(u"Shop/api"_s, "express", up(4002));
+    addInstalled(u"cafe\u0301"_s, "vite", up(4003));
     tree.add(u"projects/pocket/pubspec.yaml"_s, "name: pocket\nflutter:\n");
     scan();
     model->togglePin(project(u"pocket"_s));
@@ -192,7 +192,7 @@ TEST_F(AppModelTest, FiltersByTheSidebarAndTheSearch) {
         ProjectFilter filter;
         QString search, shown;
     } cases[] = {
-        {"all", ProjectFilter::all, {}, u"Shop cafe\u0301 pocket"_s},
+        {"all", ProjectFilter::all, {}, u"cafe\u0301 pocket Shop"_s},
         {"pinned", ProjectFilter::pinned, {}, u"pocket"_s},
         {"running", ProjectFilter::running, {}, u"Shop"_s},
         {"full-stack", ProjectFilter::fullStack, {}, u"Shop"_s},

@@ -110,7 +110,7 @@ TEST_F(HomeModelsTest, FollowAProjectThroughItsLife) {
 
 TEST_F(HomeModelsTest, ChangeByRowsAtAFilterAndARescan) {
     for (const QString& name : {u"a"_s, u"b"_s, u"c"_s}) {
-        addInstalled(name, "vite", up(1));
+        addInstalled(name, "vite", up(4001));
     }
     scan();
     ASSERT_TRUE(cardsBecome(u"a|idle|; b|idle|; c|idle|"_s));
@@ -122,7 +122,7 @@ TEST_F(HomeModelsTest, ChangeByRowsAtAFilterAndARescan) {
     EXPECT_EQ(model->projectCount(), 3);
     model->setSearchText({});
     QDir(root + u"/a"_s).removeRecursively();
-    addInstalled(u"aa"_s, "vite", up(1));
+    addInstalled(u"aa"_s, "vite", up(4001));
     scan();
     ASSERT_TRUE(cardsBecome(u"aa|idle|; b|idle|; c|idle|"_s));
     EXPECT_EQ(card.row(), 1);
@@ -134,7 +134,7 @@ TEST_F(HomeModelsTest, ChangeByRowsAtAFilterAndARescan) {
 
 TEST_F(HomeModelsTest, OutlineOpensFolders) {
     for (const QString& folder : {u"alone"_s, u"work/one"_s, u"work/two"_s}) {
-        addInstalled(folder, "vite", up(1));
+        addInstalled(folder, "vite", up(4001));
     }
     tree.add(u"projects/work/one/.git/"_s);
     tree.add(u"projects/work/two/.git/"_s);

@@ -1,6 +1,5 @@
 #include "tests/OrvUI/ModelFixture.h"
 
-
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -152,16 +151,18 @@ TEST_F(RunTest, ListsDevicesWithoutTheToolsComplaints) {
 TEST_F(RunTest, OpensThePortThatReallyListens) {
     addScript(
         u"shop/web"_s, u"npm-run.sh"_s,
-        "exec python3 -c \"import socket, time\n"
+        "exec python3 -c \"import os, socket, time\n"
         "listener = socket.create_server(('127.0.0.1', 0))\n"
-        "other = socket.create_server(('127.0.0.1', 0))\n"
-        "print('Local: http://localhost:1/', flush=True)\n"
-        "print('Port 1 is in use, trying http://localhost:%d/' % listener.getsockname()[1], flush=True)\n"
+        "print('Local: http://localhost:5173/', flush=True)\n"
+        "while not os.path.exists('go'): time.sleep(0.01)\n"
+        "print('Port 5173 is in use, trying http://localhost:%d/' % listener.getsockname()[1], flush=True)\n"
         "time.sleep(100)\"\n");
     scan();
     const Project shop = project(u"shop"_s);
     const ServiceID web = id(shop, ServiceKind::frontend);
     ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
+    tree.add(u"projects/shop/web/go"_s);
     ASSERT_TRUE(waitFor([&] { return model->processes().log(web).size() == 2; }));
     const QString listening = model->processes().log(web).at(1).section(u':', -1).chopped(1);
 
@@ -170,7 +171,8 @@ TEST_F(RunTest, OpensThePortThatReallyListens) {
     ASSERT_TRUE(finishes(model->openAddress(web)));
     EXPECT_THAT(opened, ElementsAre(QUrl(u"http://localhost:"_s + listening)));
     EXPECT_EQ(model->addressPort(web), listening.toInt());
-    EXPECT_EQ(state(shop, ServiceKind::frontend).port, 1) << "what was announced stays as it was";
+    EXPECT_EQ(state(shop, ServiceKind::frontend).port, 5173) << "what was announced stays as it was";
     EXPECT_FALSE(model->isAnnouncedPortListening(web));
-    EXPECT_EQ(model->running()->index(0, 0).data(Qt::UserRole + 4).toString(), u"localhost:"_s + listening);
+    const auto shown = [&] { return model->running()->index(0, 0).data(Qt::UserRole + 4).toString(); };
+    EXPECT_TRUE(waitFor([&] { return shown() == u"localhost:"_s + listening; })) << shown().toStdString();
 }

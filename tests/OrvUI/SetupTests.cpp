@@ -132,8 +132,8 @@ TEST_F(SetupTest, EndsWhenItIsStoppedOrCancelled) {
 
 TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
     addScript(u"shop/web"_s, u"npm-install.sh"_s, "exec sleep 100\n");
-    addNode(u"other"_s, "vite", up(1));
-    addInstalled(u"ready"_s, "vite", up(2));
+    addNode(u"other"_s, "vite", up(4001));
+    addInstalled(u"ready"_s, "vite", up(4002));
     scan();
     ASSERT_TRUE(finishes(model->run(project(u"shop"_s), {ServiceKind::frontend})));
     model->confirmInstall();
@@ -148,7 +148,7 @@ TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
 }
 
 TEST_F(SetupTest, UsesTheCommandThatWasTyped) {
-    addNode(u"it's here"_s, "vite", up(1));
+    addNode(u"it's here"_s, "vite", up(4001));
     scan();
     const Project other = project(u"it's here"_s);
     ASSERT_TRUE(finishes(model->run(other, {ServiceKind::frontend})));
@@ -195,8 +195,8 @@ TEST_F(SetupTest, AsksOnceForAnInstallThatLeavesNoMarker) {
 
 TEST_F(SetupTest, InstallsAWorkspaceOnce) {
     tree.add(u"projects/mono/package.json"_s, R"({"workspaces": ["apps/*"]})");
-    addNode(u"mono/apps/web"_s, "vite", up(1));
-    addNode(u"mono/apps/api"_s, "express", up(2));
+    addNode(u"mono/apps/web"_s, "vite", up(4001));
+    addNode(u"mono/apps/api"_s, "express", up(4002));
     addScript(u"mono"_s, u"npm-install.sh"_s, "echo installing >>installed.txt; mkdir node_modules\n");
     scan();
     ASSERT_TRUE(finishes(model->run(project(u"mono"_s), kinds(RunAction::both))));
@@ -220,7 +220,7 @@ TEST_F(SetupTest, RunsTheProjectAsItIsAfterTheInstall) {
     ASSERT_TRUE(waitForPhase(api, ServiceKind::backend, Phase::running));
     EXPECT_EQ(logText(id(api, ServiceKind::backend)), u"own python at http://localhost:5000"_s);
 
-    addNode(u"gone"_s, "vite", up(1));
+    addNode(u"gone"_s, "vite", up(4001));
     scan();
     ASSERT_TRUE(finishes(model->run(project(u"gone"_s), {ServiceKind::frontend})));
     model->setInstallCommandOverride(u"rm package.json"_s);

@@ -1,0 +1,199 @@
+#include "Window.h"
+
+#include "OrvCore/Async.h"
+#include "OrvCore/Paths.h"
+#include "OrvUI/AppModel.h"
+#include "OrvUI/Screens/InputMode.h"
+#include "OrvUI/Screens/SystemLook.h"
+#include "OrvUI/Screens/Theme.h"
+#include "OrvUI/Screens/WindowState.h"
+
+#include <QDesktopServices>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <QScreen>
+#include <QTimer>
+
+#include <chrono>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+extern void qml_register_types_OrvLauncher_Screens();
+
+namespace orv {
+namespace {
+
+#ifdef Q_OS_MACOS
+constexpr bool drawsOwnFrame = false;
+#else
+constexpr bool drawsOwnFrame = true;
+#endif
+
+/// Everything that the window needs while the application runs. Lives on the main thread.
+class WindowShell : public QObject {
+public:
+    WindowShell() : m_stateFile(Paths::supportDirectory() + u"/window.ini"_s), m_state(WindowState::load(m_stateFile)) {
+        // The scan runs while the window is being made.
+        m_model.refresh();
+    }
+
+    [[nodiscard]] bool open();
+
+private:
+    void followLook();
+    void place();
+    void remember();
+    void reportFrames();
+    void quit();
+
+    QString m_stateFile;
+    WindowState m_state;
+    AppModel m_model;
+    SystemLook m_look;
+    QQmlApplicationEngine m_engine;
+    QQuickWindow* m_window = nullptr;
+    QTimer m_settled;
+    bool m_quitting = false;
+};
+
+bool WindowShell::open() {
+    m_look.assume(m_state.isSystemDark);
+    m_engine.addImportPath(u":/qt/qml"_s);
+    followLook();
+    m_engine.setInitialProperties({
+        {u"model"_s, QVariant::fromValue(&m_model)},
+        {u"ownFrame"_s, drawsOwnFrame},
+        {u"sidebarHidden"_s, m_state.isSidebarHidden},
+    });
+    m_engine.load(QUrl(u"qrc:/qt/qml/OrvLauncher/Screens/Main.qml"_s));
+    if (m_engine.rootObjects().isEmpty()) {
+        return false;
+    }
+    m_window = qobject_cast<QQuickWindow*>(m_engine.rootObjects().constFirst());
+    m_engine.singletonInstance<InputMode*>(qmlTypeId("OrvLauncher.Screens", 1, 0, "InputMode"))->watch(m_window);
+    m_model.openUrl = [](const QUrl& url) { QDesktopServices::openUrl(url); };
+    m_model.openMainWindowAction = [window = m_window] {
+        window->show();
+        window->raise();
+        window->requestActivate();
+    };
+    reportFrames();
+    place();
+    connect(m_window, &QWindow::visibleChanged, this, [this](bool visible) {
+        if (!visible) {
+            quit();
+        }
+    });
+    // The desktop is asked when there is something to see.
+    QMetaObject::invokeMethod(&m_look, &SystemLook::start, Qt::QueuedConnection);
+    return true;
+}
+
+void WindowShell::followLook() {
+    Theme* theme = Theme::instance();
+    const auto apply = [this, theme] {
+        const AppSettings& settings = m_model.settings().settings();
+        const bool followsSystem = settings.appearance == AppearanceMode::system;
+        theme->setDark(followsSystem ? m_look.isDark() : settings.appearance == AppearanceMode::dark);
+        theme->setTheme(int(settings.theme));
+        theme->setReducedMotion(m_look.reducedMotion());
+    };
+    apply();
+    connect(&m_model.settings(), &SettingsStore::settingsChanged, theme, apply);
+    connect(&m_look, &SystemLook::changed, theme, apply);
+}
+
+void WindowShell::place() {
+    const QSize minimum(Theme::minimumWidth, Theme::minimumHeight);
+    QList<QRect> screens;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        screens.append(screen->availableGeometry());
+    }
+    if (m_state.geometry.isEmpty()) {
+        const QRect screen = screens.isEmpty() ? QRect() : screens.constFirst();
+        QRect first(QPoint(), QSize(Theme::defaultWidth, Theme::defaultHeight));
+        first.moveCenter(screen.center());
+        m_state.geometry = first;
+    }
+    m_window->setGeometry(WindowState::fitted(m_state.geometry, screens, minimum));
+    if (m_state.isMaximized) {
+        m_window->showMaximized();
+    } else {
+        m_window->show();
+    }
+    // Only what lasts counts: while a window is being maximised it has the large size, but not yet the state.
+    m_settled.setSingleShot(true);
+    m_settled.setInterval(500ms);
+    connect(&m_settled, &QTimer::timeout, this, &WindowShell::remember);
+    for (const auto signal :
+         {&QWindow::xChanged, &QWindow::yChanged, &QWindow::widthChanged, &QWindow::heightChanged}) {
+        connect(m_window, signal, &m_settled, qOverload<>(&QTimer::start));
+    }
+    connect(m_window, &QWindow::visibilityChanged, &m_settled, qOverload<>(&QTimer::start));
+}
+
+void WindowShell::remember() {
+    const QWindow::Visibility visibility = m_window->visibility();
+    if (visibility == QWindow::Windowed) {
+        m_state.geometry = m_window->geometry();
+    }
+    if (visibility == QWindow::Windowed || visibility == QWindow::Maximized) {
+        m_state.isMaximized = visibility == QWindow::Maximized;
+    }
+}
+
+void WindowShell::reportFrames() {
+    if (!qEnvironmentVariableIsSet("ORV_BENCH_FIRST_FRAME")) {
+        return;
+    }
+    connect(m_window, &QQuickWindow::frameSwapped, this, [this, first = true]() mutable {
+        if (std::exchange(first, false)) {
+            std::puts("frame");
+            std::fflush(stdout);
+        }
+        if (m_model.hasScanned()) {
+            std::puts("content");
+            std::fflush(stdout);
+            std::_Exit(0);
+        }
+    });
+}
+
+void WindowShell::quit() {
+    if (m_quitting) {
+        return;
+    }
+    m_quitting = true;
+    m_state.isSidebarHidden = m_window->property("sidebarHidden").toBool();
+    m_state.isSystemDark = m_look.isDark();
+    m_state.save(m_stateFile);
+    onFinished(m_model.stopAllServices(), this, [this] {
+        m_model.flushSnapshot();
+        QGuiApplication::quit();
+    });
+}
+
+} // namespace
+
+int runWindow(int argc, char** argv) {
+    QCoreApplication::setApplicationName(u"OrvLauncher"_s);
+    QCoreApplication::setApplicationVersion(QStringLiteral(ORV_VERSION));
+    QGuiApplication::setApplicationDisplayName(u"OrvLauncher"_s);
+    QGuiApplication::setDesktopFileName(u"orvlauncher"_s);
+    QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    volatile auto registration = &qml_register_types_OrvLauncher_Screens;
+    Q_UNUSED(registration)
+    WindowShell shell;
+    if (!shell.open()) {
+        return 1;
+    }
+    return QGuiApplication::exec();
+}
+
+} // namespace orv

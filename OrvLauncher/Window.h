@@ -1,0 +1,11 @@
+#pragma once
+
+namespace orv {
+
+/// Runs the application with its main window until the person quits it; gives the exit code.
+///
+/// With `ORV_BENCH_FIRST_FRAME` set it says on the standard output when the first frame is on the screen ("frame") and
+/// when the first frame with the projects is ("content"), then ends.
+int runWindow(int argc, char** argv);
+
+} // namespace orv

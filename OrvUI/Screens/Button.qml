@@ -1,0 +1,63 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// A push button: secondary unless `primary` or `ghost` says otherwise. The icon may have a colour of its own.
+T.AbstractButton {
+    id: control
+
+    property bool primary: false
+    property bool ghost: false
+    property string glyph
+    property int glyphSize: Theme.icon
+    property color glyphColor: labelColor
+    property int controlHeight: Theme.controlRegular
+    // Set where another part joins at the right side.
+    property bool joined: false
+    readonly property color labelColor: !enabled ? Theme.disabled : primary ? Theme.onAccent : ghost ? Theme.text2 : Theme.text
+
+    implicitHeight: controlHeight
+    implicitWidth: row.implicitWidth + leftPadding + rightPadding
+    leftPadding: controlHeight > Theme.controlSmall ? Theme.space12 : Theme.space10
+    rightPadding: leftPadding
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    Accessible.role: Accessible.Button
+    Accessible.name: text
+    Keys.onReturnPressed: control.clicked()
+    Keys.onEnterPressed: control.clicked()
+
+    background: ButtonFace {
+        control: control
+        primary: control.primary
+        ghost: control.ghost
+        joinedRight: control.joined
+
+        FocusRing {
+            control: control
+        }
+    }
+
+    contentItem: Item {
+        Row {
+            id: row
+
+            anchors.centerIn: parent
+            spacing: Theme.space8
+
+            Icon {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: control.glyph.length > 0
+                name: control.glyph
+                size: control.glyphSize
+                color: control.enabled ? control.glyphColor : Theme.disabled
+            }
+
+            Label {
+                anchors.verticalCenter: parent.verticalCenter
+                role: control.controlHeight > Theme.controlSmall ? Theme.BodyStrong : Theme.SmallStrong
+                color: control.labelColor
+                text: control.text
+            }
+        }
+    }
+}

@@ -1,0 +1,40 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// The fill and edge of a button. A face that another one joins has square corners there.
+Item {
+    id: face
+
+    required property T.AbstractButton control
+    property bool primary: false
+    property bool ghost: false
+    property bool joinedLeft: false
+    property bool joinedRight: false
+    readonly property color fill: !control.enabled ? (ghost ? "transparent" : Theme.control)
+        : primary ? (control.pressed ? Theme.accentPressed : control.hovered ? Theme.accentHover : Theme.accent)
+        : ghost ? (control.pressed ? Theme.pressed : control.hovered ? Theme.hover : "transparent")
+        : (control.pressed ? Theme.controlPressed : control.hovered ? Theme.controlHover : Theme.control)
+
+    Item {
+        anchors.fill: parent
+        clip: face.joinedLeft || face.joinedRight
+
+        Rectangle {
+            anchors.fill: parent
+            anchors.leftMargin: face.joinedLeft ? -radius : 0
+            anchors.rightMargin: face.joinedRight ? -radius : 0
+            radius: Theme.radiusControl
+            color: face.fill
+            border.width: face.primary || face.ghost ? 0 : Theme.hairline
+            border.color: Theme.buttonEdge
+
+            Behavior on color {
+                enabled: !face.control.pressed
+
+                ColorAnimation {
+                    duration: Theme.durationFast
+                }
+            }
+        }
+    }
+}

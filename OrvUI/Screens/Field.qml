@@ -1,0 +1,101 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// A field for one line of text.
+T.TextField {
+    id: field
+
+    property string glyph
+    property string shortcut
+    property bool code: false
+    property bool clearable: false
+    // A click on the cross, or Escape in a field with text.
+    signal cleared
+    // Escape in a field without text.
+    signal abandoned
+
+    implicitHeight: Theme.controlRegular
+    leftPadding: glyph.length > 0 ? Theme.space32 : Theme.space10
+    rightPadding: clearable ? Theme.space32 : Theme.space10
+    verticalAlignment: TextInput.AlignVCenter
+    font: Theme.font(code ? Theme.Mono : Theme.Body)
+    color: enabled ? Theme.text : Theme.disabled
+    selectionColor: Theme.textSelection
+    selectedTextColor: Theme.text
+    placeholderTextColor: Theme.text3
+    selectByMouse: true
+    hoverEnabled: true
+    Accessible.role: Accessible.EditableText
+    Accessible.name: placeholderText
+    Keys.onEscapePressed: event => {
+        event.accepted = field.clearable;
+        if (field.clearable) {
+            field.text.length > 0 ? field.cleared() : field.abandoned();
+        }
+    }
+
+    cursorDelegate: Rectangle {
+        width: Theme.focusWidth
+        color: Theme.accent
+        visible: field.cursorVisible
+    }
+
+    background: Rectangle {
+        radius: Theme.radiusControl
+        color: field.enabled ? Theme.field : Theme.control
+        border.width: Theme.hairline
+        border.color: field.activeFocus ? Theme.focus : Theme.borderStrong
+
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: -Theme.haloWidth
+            z: -1
+            visible: field.activeFocus
+            radius: parent.radius + Theme.haloWidth
+            color: "transparent"
+            border.width: Theme.haloWidth
+            border.color: Theme.focusSoft
+        }
+
+        Icon {
+            x: Theme.space10
+            anchors.verticalCenter: parent.verticalCenter
+            visible: field.glyph.length > 0
+            name: field.glyph
+            color: Theme.text3
+        }
+
+        Label {
+            anchors.left: parent.left
+            anchors.leftMargin: field.leftPadding
+            anchors.right: hint.left
+            anchors.verticalCenter: parent.verticalCenter
+            visible: field.text.length === 0 && field.preeditText.length === 0
+            role: field.code ? Theme.Mono : Theme.Body
+            color: Theme.text3
+            text: field.placeholderText
+        }
+
+        KeyHint {
+            id: hint
+
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space8
+            anchors.verticalCenter: parent.verticalCenter
+            visible: text.length > 0 && !field.activeFocus && field.text.length === 0
+            text: field.shortcut
+        }
+    }
+
+    IconButton {
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space4
+        anchors.verticalCenter: parent.verticalCenter
+        visible: field.clearable && field.text.length > 0
+        edge: Theme.controlMini
+        glyph: "x"
+        glyphSize: Theme.iconSmall
+        text: qsTr("Clear search")
+        onClicked: field.cleared()
+    }
+}

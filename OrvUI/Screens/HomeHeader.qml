@@ -1,0 +1,131 @@
+import QtQuick
+
+// What stands above the grid of the home page: greeting, shelves, and the grid's own title.
+Column {
+    id: header
+
+    required property AppModel model
+    required property int columns
+    // A search or a filter shows its result alone.
+    required property bool narrowed
+
+    bottomPadding: Theme.gridGap
+
+    Column {
+        width: parent.width
+        visible: !header.narrowed
+        topPadding: Theme.space12
+        bottomPadding: Theme.space24
+
+        Label {
+            width: parent.width
+            role: Theme.Display
+            text: header.model.greeting
+            Accessible.role: Accessible.Heading
+            Accessible.name: text
+        }
+
+        Item {
+            width: Theme.hairline
+            height: Theme.space2
+        }
+
+        Row {
+            spacing: Theme.space8
+
+            Loader {
+                anchors.verticalCenter: parent.verticalCenter
+                active: !header.model.hasScanned
+                visible: active
+
+                sourceComponent: Spinner {
+                    size: Theme.iconSmall
+                }
+            }
+
+            Label {
+                id: summary
+
+                width: Math.min(implicitWidth, header.width)
+                color: Theme.text2
+                text: !header.model.hasScanned ? qsTr("Looking for projects…")
+                    : header.model.projectCount === 0 ? qsTr("No projects in %1 yet").arg(header.model.scanRootText) : header.model.summaryLine
+            }
+        }
+    }
+
+    Shelf {
+        width: parent.width
+        visible: !header.narrowed && running.count > 0
+        bottomPadding: Theme.shelfGap
+        title: qsTr("Running")
+        count: running.count
+        columns: Math.min(header.columns, 3)
+
+        action: Button {
+            ghost: true
+            controlHeight: Theme.controlSmall
+            glyph: "own-stop-fill"
+            glyphSize: Theme.iconMini
+            text: qsTr("Stop all")
+            onClicked: header.model.stopAll()
+        }
+
+        Repeater {
+            id: running
+
+            model: header.model.running
+
+            RunningItem {
+                width: (parent?.parent as Shelf)?.itemWidth ?? 0
+                onOpened: header.model.openServiceByKey(key)
+                onStopped: header.model.stopServiceByKey(key)
+            }
+        }
+    }
+
+    Shelf {
+        width: parent.width
+        visible: !header.narrowed && (pinned.count > 0)
+        bottomPadding: Theme.shelfGap
+        title: qsTr("Pinned")
+        count: pinned.count
+        columns: header.columns < 3 ? 2 : 4
+
+        Repeater {
+            id: pinned
+
+            model: header.model.pinned
+
+            PinnedItem {
+                width: (parent?.parent as Shelf)?.itemWidth ?? 0
+                onToggled: header.model.toggleProject(projectID)
+            }
+        }
+    }
+
+    Item {
+        width: Theme.hairline
+        height: Theme.space8
+        visible: header.narrowed
+    }
+
+    SectionHeader {
+        width: parent.width
+        visible: header.narrowed || !header.model.hasScanned || header.model.projectCount > 0
+        large: true
+        showsCount: header.model.hasScanned
+        count: header.model.shownCount
+        text: header.model.searchText.length > 0 ? qsTr("Results for “%1”").arg(header.model.searchText) : header.model.filterTitle
+
+        Label {
+            visible: !header.model.hasScanned
+            width: Math.min(implicitWidth, header.width / 2)
+            anchors.verticalCenter: parent.verticalCenter
+            role: Theme.Small
+            color: Theme.text3
+            elide: Text.ElideMiddle
+            text: header.model.scanRootText
+        }
+    }
+}

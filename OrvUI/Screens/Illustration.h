@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QPointer>
+#include <QQuickPaintedItem>
+
+namespace orv {
+
+class Theme;
+
+/// A picture drawn in the colours of the theme. A main-thread item.
+///
+/// The file names its colours by role ("$plate", "$edge", "$line", "$mid", "$soft", or a colour of the theme as
+/// "$accent").
+class Illustration : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    /// File name without its ending ("no-projects").
+    Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)
+
+public:
+    explicit Illustration(QQuickItem* parent = nullptr);
+
+    [[nodiscard]] const QString& name() const { return m_name; }
+    void setName(const QString& name);
+    void paint(QPainter* painter) override;
+
+Q_SIGNALS:
+    void nameChanged();
+
+protected:
+    void componentComplete() override;
+
+private:
+    void load();
+
+    QPointer<Theme> m_theme;
+    QString m_name;
+    QByteArray m_svg;
+};
+
+} // namespace orv

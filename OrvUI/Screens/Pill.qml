@@ -1,0 +1,39 @@
+import QtQuick
+
+// A short word in a rounded field, with a dot or icon where it stands for a state.
+Rectangle {
+    id: pill
+
+    property alias text: label.text
+    property string glyph
+    property color tint: Theme.text2
+    property color fill: Theme.control
+
+    implicitWidth: row.implicitWidth + Theme.space16
+    implicitHeight: Theme.space20
+    radius: height / 2
+    color: fill
+
+    Row {
+        id: row
+
+        anchors.centerIn: parent
+        spacing: Theme.space4
+
+        Icon {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: pill.glyph.length > 0
+            name: pill.glyph
+            size: Theme.iconMini
+            color: pill.tint
+        }
+
+        Label {
+            id: label
+
+            anchors.verticalCenter: parent.verticalCenter
+            role: Theme.Caption
+            color: pill.tint
+        }
+    }
+}

@@ -1,0 +1,248 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// A project: what it is, what it does now, and the one next step.
+T.Control {
+    id: card
+
+    required property int index
+    required property string projectID
+    required property string name
+    required property string path
+    required property string stackLine
+    required property int tileIndex
+    required property string tileLetter
+    required property bool pinned
+    required property string cardState
+    required property string message
+    required property var actions
+    required property string defaultAction
+    required property var services
+    // The card that Tab enters.
+    property bool isCurrent: false
+    readonly property bool busy: services.length > 0 || cardState === "installing"
+    // The pointer or the keyboard is at it.
+    readonly property bool active: hovered || (InputMode.keyboard && isCurrent && GridView.view !== null && GridView.view.activeFocus)
+    readonly property int lineCount: services.length > 2 ? 1 : services.length
+    signal run(string action)
+    signal stop
+    signal open(string key)
+    signal pin
+    signal chooseAction(Item anchor)
+    signal more(Item anchor)
+
+    hoverEnabled: true
+    Accessible.role: Accessible.Cell
+    Accessible.name: name
+    Accessible.description: [stackLine, stateText, pinned ? qsTr("pinned") : ""].filter(part => part.length > 0).join(", ")
+    Accessible.focusable: true
+
+    readonly property string stateText: services.length > 0
+        ? services.map(service => service.address.length > 0 ? qsTr("running on %1").arg(service.address) : service.phase).join(", ")
+        : cardState === "failed" ? message : cardState === "installing" ? qsTr("installing") : qsTr("not running")
+
+    background: Rectangle {
+        radius: Theme.radiusCard
+        color: card.active ? Theme.surfaceHover : Theme.surface
+        border.width: Theme.hairline
+        border.color: card.active ? Theme.borderStrong : Theme.border
+
+        Shadow {
+            anchors.fill: parent
+            z: -1
+            level: card.active ? 2 : 1
+            radius: parent.radius
+        }
+
+        FocusRing {
+            control: card
+            shapeRadius: Theme.radiusCard
+        }
+    }
+
+    TapHandler {
+        acceptedButtons: Qt.RightButton
+        onTapped: card.more(card)
+    }
+
+    contentItem: Item {
+        Tile {
+            id: tile
+
+            x: Theme.space16
+            y: Theme.space16
+            tileIndex: card.tileIndex
+            tileLetter: card.tileLetter
+        }
+
+        Label {
+            id: title
+
+            anchors.left: tile.right
+            anchors.leftMargin: Theme.space12
+            anchors.right: tools.left
+            anchors.rightMargin: Theme.space8
+            anchors.top: tile.top
+            anchors.topMargin: -Theme.hairline
+            role: Theme.CardTitle
+            text: card.name
+
+            Tip {
+                text: title.truncated ? card.path : ""
+            }
+        }
+
+        Label {
+            id: stack
+
+            anchors.left: title.left
+            anchors.right: title.right
+            anchors.top: title.bottom
+            role: Theme.Small
+            color: Theme.text2
+            text: card.stackLine
+
+            Tip {
+                text: stack.truncated ? card.stackLine : ""
+            }
+        }
+
+        Row {
+            id: tools
+
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space10
+            y: Theme.space12
+            spacing: Theme.space2
+
+            IconButton {
+                visible: card.pinned || card.active
+                checkable: true
+                checked: card.pinned
+                glyph: card.pinned ? "own-pin-fill" : "pin"
+                tint: card.pinned ? Theme.accentText : hovered ? Theme.text : Theme.text2
+                text: card.pinned ? qsTr("Remove pin") : qsTr("Pin %1").arg(card.name)
+                shortcut: qsTr("Ctrl D")
+                focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                Accessible.name: qsTr("Pin %1").arg(card.name)
+                onClicked: {
+                    checked = Qt.binding(() => card.pinned);
+                    card.pin();
+                }
+            }
+
+            IconButton {
+                id: moreButton
+
+                visible: card.active
+                glyph: "ellipsis"
+                text: qsTr("More for %1").arg(card.name)
+                focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                onClicked: card.more(moreButton)
+            }
+        }
+
+        // Nothing runs: what is the case, in words.
+        Row {
+            anchors.left: parent.left
+            anchors.leftMargin: Theme.space16
+            anchors.verticalCenter: action.verticalCenter
+            visible: card.services.length === 0 && card.cardState !== "failed"
+            spacing: Theme.space6
+
+            StatusDot {
+                anchors.verticalCenter: parent.verticalCenter
+                cardState: card.cardState
+            }
+
+            Label {
+                anchors.verticalCenter: parent.verticalCenter
+                role: Theme.Small
+                color: card.cardState === "idle" ? Theme.text3 : Theme.warning
+                text: card.cardState === "installing" ? qsTr("Installing…") : card.cardState === "starting" ? qsTr("Starting…") : qsTr("Not running")
+            }
+        }
+
+        Item {
+            anchors.left: parent.left
+            anchors.leftMargin: Theme.space16
+            anchors.right: action.left
+            anchors.rightMargin: Theme.space12
+            anchors.verticalCenter: action.verticalCenter
+            height: failure.implicitHeight
+            visible: card.services.length === 0 && card.cardState === "failed"
+
+            Icon {
+                id: alert
+
+                y: Theme.hairline
+                name: "circle-alert"
+                size: Theme.iconSmall
+                color: Theme.danger
+            }
+
+            Label {
+                id: failure
+
+                anchors.left: alert.right
+                anchors.leftMargin: Theme.space8
+                anchors.right: parent.right
+                role: Theme.Small
+                color: Theme.danger
+                wrapMode: Text.Wrap
+                maximumLineCount: 2
+                text: card.message
+
+                Tip {
+                    text: failure.truncated ? card.message : ""
+                }
+            }
+        }
+
+        Column {
+            anchors.left: parent.left
+            anchors.leftMargin: Theme.space12
+            anchors.verticalCenter: action.verticalCenter
+            visible: card.services.length > 0
+
+            Repeater {
+                model: card.lineCount
+
+                ServiceLine {
+                    required property int index
+
+                    service: card.services[index] ?? {}
+                    alone: card.services.length === 1
+                    reachable: card.isCurrent
+                    onOpened: key => card.open(key)
+                }
+            }
+
+            Label {
+                visible: card.services.length > 2
+                leftPadding: Theme.space20
+                role: Theme.Small
+                color: Theme.text3
+                text: qsTr("%n more", "services", card.services.length - card.lineCount)
+            }
+        }
+
+        RunButton {
+            id: action
+
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space16
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: Theme.space16
+            projectName: card.name
+            action: card.defaultAction
+            actions: card.actions
+            busy: card.busy
+            prominent: card.active
+            reachable: card.isCurrent
+            onStarted: card.run(card.defaultAction)
+            onStopped: card.stop()
+            onChoose: anchor => card.chooseAction(anchor)
+        }
+    }
+}

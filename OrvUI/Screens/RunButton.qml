@@ -1,0 +1,41 @@
+import QtQuick
+
+// Runs or stops a project; where there is a choice, a second part opens it.
+Row {
+    id: run
+
+    required property string projectName
+    required property string action
+    required property var actions
+    required property bool busy
+    property bool prominent: false
+    property bool reachable: true
+    readonly property bool split: !busy && actions.length > 1
+    signal started
+    signal stopped
+    signal choose(Item anchor)
+
+    visible: busy || action.length > 0
+
+    Button {
+        text: run.busy ? qsTr("Stop") : run.action
+        glyph: run.busy ? "own-stop-fill" : "own-play-fill"
+        glyphSize: Theme.iconSmall
+        glyphColor: run.busy ? Theme.text2 : run.prominent ? Theme.onAccent : Theme.accentText
+        primary: run.prominent && !run.busy
+        joined: run.split
+        focusPolicy: run.reachable ? Qt.StrongFocus : Qt.ClickFocus
+        Accessible.name: run.busy ? qsTr("Stop %1").arg(run.projectName) : qsTr("Run %1 in %2").arg(run.action).arg(run.projectName)
+        onClicked: run.busy ? run.stopped() : run.started()
+    }
+
+    SplitPart {
+        id: part
+
+        visible: run.split
+        primary: run.prominent
+        focusPolicy: run.reachable ? Qt.StrongFocus : Qt.ClickFocus
+        text: qsTr("Choose what to run in %1").arg(run.projectName)
+        onClicked: run.choose(part)
+    }
+}

@@ -1,0 +1,108 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// A running service on the shelf.
+T.Control {
+    id: item
+
+    required property string key
+    required property string name
+    required property string kindLabel
+    required property string address
+    required property bool portListening
+    required property int tileIndex
+    required property string tileLetter
+    signal opened
+    signal stopped
+
+    implicitHeight: Theme.runningItemHeight
+    Accessible.role: Accessible.ListItem
+    Accessible.name: qsTr("%1, %2").arg(name).arg(kindLabel)
+    Accessible.description: address.length > 0 ? qsTr("Running on %1").arg(address) : qsTr("Running")
+
+    background: CardFace {}
+
+    contentItem: Item {
+        Tile {
+            id: tile
+
+            anchors.verticalCenter: parent.verticalCenter
+            x: Theme.space12 + Theme.space2
+            tileIndex: item.tileIndex
+            tileLetter: item.tileLetter
+
+            Rectangle {
+                x: parent.width - width + Theme.space4
+                y: parent.height - height + Theme.space4
+                width: Theme.dotHalo
+                height: Theme.dotHalo
+                radius: width / 2
+                color: Theme.surface
+
+                Rectangle {
+                    anchors.centerIn: parent
+                    width: Theme.dotHalo - Theme.space4
+                    height: width
+                    radius: width / 2
+                    color: Theme.success
+                }
+            }
+        }
+
+        Label {
+            id: title
+
+            anchors.left: tile.right
+            anchors.leftMargin: Theme.space12
+            anchors.bottom: parent.verticalCenter
+            anchors.bottomMargin: -Theme.space2
+            width: Math.min(implicitWidth, item.width / 2 - tile.width)
+            role: Theme.Section
+            text: item.name
+        }
+
+        Label {
+            anchors.left: title.right
+            anchors.leftMargin: Theme.space6
+            anchors.right: stop.left
+            anchors.rightMargin: Theme.space8
+            anchors.baseline: title.baseline
+            role: Theme.Small
+            color: Theme.text3
+            text: item.kindLabel
+        }
+
+        AddressLink {
+            anchors.left: title.left
+            anchors.top: parent.verticalCenter
+            anchors.topMargin: -Theme.space2
+            visible: item.address.length > 0
+            text: item.address
+            listening: item.portListening
+            onClicked: item.opened()
+        }
+
+        Label {
+            anchors.left: title.left
+            anchors.top: parent.verticalCenter
+            anchors.topMargin: Theme.space2
+            visible: item.address.length === 0
+            role: Theme.Small
+            color: Theme.text2
+            text: qsTr("No address")
+        }
+
+        IconButton {
+            id: stop
+
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space10
+            anchors.verticalCenter: parent.verticalCenter
+            glyph: "own-stop-fill"
+            glyphSize: Theme.iconSmall
+            text: qsTr("Stop %1").arg(item.kindLabel)
+            Accessible.name: qsTr("Stop %1 of %2").arg(item.kindLabel).arg(item.name)
+            onClicked: item.stopped()
+        }
+    }
+}

@@ -1,0 +1,97 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// A choice of a few; the arrows move it.
+T.Control {
+    id: segmented
+
+    // One record each: text, glyph (either may be missing).
+    required property var choices
+    property int currentIndex: 0
+    property string name
+    signal chosen(int index)
+
+    implicitHeight: Theme.controlRegular
+    implicitWidth: row.implicitWidth + 2 * Theme.space2
+    focusPolicy: Qt.StrongFocus
+    Accessible.role: Accessible.PageTabList
+    Accessible.name: name
+    Keys.onLeftPressed: segmented.chosen(Math.max(0, currentIndex - 1))
+    Keys.onRightPressed: segmented.chosen(Math.min(choices.length - 1, currentIndex + 1))
+
+    background: Rectangle {
+        radius: Theme.radiusControl
+        color: Theme.sunken
+        border.width: Theme.hairline
+        border.color: Theme.border
+
+        FocusRing {
+            control: segmented
+        }
+    }
+
+    contentItem: Item {
+        Row {
+            id: row
+
+            x: Theme.space2
+            height: parent.height
+
+            Repeater {
+                model: segmented.choices
+
+                T.AbstractButton {
+                    id: segment
+
+                    required property var modelData
+                    required property int index
+                    readonly property bool isCurrent: index === segmented.currentIndex
+
+                    height: row.height
+                    implicitWidth: content.implicitWidth + Theme.space20
+                    focusPolicy: Qt.NoFocus
+                    hoverEnabled: true
+                    Accessible.role: Accessible.RadioButton
+                    Accessible.name: modelData.text
+                    Accessible.checked: isCurrent
+                    onClicked: segmented.chosen(index)
+
+                    background: Rectangle {
+                        anchors.fill: parent
+                        anchors.topMargin: Theme.space2
+                        anchors.bottomMargin: Theme.space2
+                        radius: Theme.radiusControl - Theme.space2
+                        color: segment.isCurrent ? Theme.segOn : segment.hovered ? Theme.hover : "transparent"
+                        border.width: segment.isCurrent ? Theme.hairline : 0
+                        border.color: Theme.buttonEdge
+                    }
+
+                    contentItem: Item {
+                        implicitWidth: content.implicitWidth
+
+                        Row {
+                            id: content
+
+                            anchors.centerIn: parent
+                            spacing: Theme.space6
+
+                            Icon {
+                                anchors.verticalCenter: parent.verticalCenter
+                                visible: segment.modelData.glyph !== undefined
+                                name: segment.modelData.glyph ?? ""
+                                color: segment.isCurrent ? Theme.text : Theme.text2
+                            }
+
+                            Label {
+                                anchors.verticalCenter: parent.verticalCenter
+                                role: Theme.BodyStrong
+                                color: segment.isCurrent ? Theme.text : Theme.text2
+                                text: segment.modelData.text
+                            }
+                        }
+                    }
+                }
+            }
+        }
+    }
+}

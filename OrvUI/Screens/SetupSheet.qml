@@ -1,0 +1,269 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// A project's first install: asks, shows how it goes, and what to do when it failed.
+Sheet {
+    id: sheet
+
+    required property AppModel model
+    readonly property string phase: model.setupPhase
+    readonly property bool confirming: phase === "confirm"
+    readonly property bool running: phase === "running"
+    readonly property bool failed: phase === "failed"
+    property bool otherCommand: false
+
+    visible: model.setupActive
+    // While something runs only the button ends it.
+    closePolicy: T.Popup.NoAutoClose
+    onAboutToShow: otherCommand = false
+    onOpened: primary.forceActiveFocus(Qt.PopupFocusReason)
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.scrim
+
+        TapHandler {
+            enabled: !sheet.running
+            onTapped: sheet.model.cancelSetup()
+        }
+    }
+
+    contentItem: FocusScope {
+        implicitHeight: column.implicitHeight
+        Accessible.role: Accessible.Dialog
+        Accessible.name: title.text
+        Keys.onEscapePressed: {
+            if (!sheet.running) {
+                sheet.model.cancelSetup();
+            }
+        }
+
+        Column {
+            id: column
+
+            width: parent.width
+
+            Item {
+                width: parent.width
+                height: Theme.tileLarge + 2 * Theme.space24 - Theme.space2
+
+                Tile {
+                    id: tile
+
+                    x: Theme.space24
+                    y: Theme.space24
+                    size: Theme.tileLarge
+                    tileIndex: sheet.model.setupTileIndex
+                    tileLetter: sheet.model.setupTileLetter
+                }
+
+                Label {
+                    id: title
+
+                    anchors.left: tile.right
+                    anchors.leftMargin: Theme.space12 + Theme.space2
+                    anchors.right: parent.right
+                    anchors.rightMargin: Theme.space24
+                    y: tile.y - Theme.hairline
+                    role: Theme.SheetTitle
+                    text: qsTr("Set up %1").arg(sheet.model.setupTitle)
+                }
+
+                Label {
+                    id: sentence
+
+                    anchors.left: title.left
+                    anchors.right: title.right
+                    anchors.top: title.bottom
+                    anchors.topMargin: Theme.space2
+                    color: Theme.text2
+                    text: sheet.model.setupText
+
+                    Tip {
+                        text: sentence.truncated ? sentence.text : ""
+                    }
+                }
+            }
+
+            Rectangle {
+                x: Theme.space24
+                width: parent.width - 2 * Theme.space24
+                height: steps.height + 2 * Theme.hairline
+                radius: Theme.radiusCard
+                color: Theme.sunken
+                border.width: Theme.hairline
+                border.color: Theme.border
+
+                Column {
+                    id: steps
+
+                    x: Theme.hairline
+                    y: Theme.hairline
+                    width: parent.width - 2 * Theme.hairline
+
+                    Repeater {
+                        model: sheet.model.setupSteps
+
+                        SetupStep {
+                            width: steps.width
+                        }
+                    }
+                }
+            }
+
+            Disclosure {
+                visible: sheet.confirming
+                x: Theme.space24 - Theme.space4
+                height: Theme.space40
+                text: qsTr("Use another install command")
+                checked: sheet.otherCommand
+                onClicked: sheet.otherCommand = !sheet.otherCommand
+            }
+
+            // The last line of what runs, and how far it is.
+            Column {
+                visible: sheet.running
+                x: Theme.space24
+                width: parent.width - 2 * Theme.space24
+                topPadding: Theme.space12 + Theme.hairline
+                bottomPadding: Theme.space20
+                spacing: Theme.space12 - Theme.hairline
+
+                Label {
+                    width: parent.width
+                    role: Theme.MonoPath
+                    color: Theme.text2
+                    text: sheet.model.setupLastLine.length > 0 ? sheet.model.setupLastLine : qsTr("Starting…")
+                }
+
+                ProgressBar {
+                    width: parent.width
+                    done: sheet.model.setupDoneCount
+                    total: sheet.model.setupStepCount
+                }
+            }
+
+            Column {
+                visible: sheet.failed
+                x: Theme.space24
+                width: parent.width - 2 * Theme.space24
+                topPadding: Theme.space12
+                spacing: Theme.space12
+
+                Rectangle {
+                    width: parent.width
+                    height: output.implicitHeight + 2 * Theme.space8
+                    radius: Theme.radiusControl
+                    color: Theme.terminalBackground
+
+                    Column {
+                        id: output
+
+                        anchors.verticalCenter: parent.verticalCenter
+                        x: Theme.space12 + Theme.space2
+                        width: parent.width - 2 * x
+
+                        Repeater {
+                            model: sheet.model.setupOutput
+
+                            Label {
+                                required property int index
+                                required property string modelData
+
+                                width: output.width
+                                role: Theme.MonoPath
+                                height: Theme.iconLarge
+                                color: Theme.text2
+                                text: modelData
+                            }
+                        }
+
+                        Label {
+                            width: output.width
+                            role: Theme.MonoPath
+                            color: Theme.danger
+                            wrapMode: Text.Wrap
+                            maximumLineCount: 3
+                            text: sheet.model.setupReason
+                        }
+                    }
+                }
+            }
+
+            Column {
+                visible: sheet.failed || (sheet.confirming && sheet.otherCommand)
+                x: Theme.space24
+                width: parent.width - 2 * Theme.space24
+                topPadding: sheet.failed ? Theme.space12 : 0
+                bottomPadding: Theme.space20
+                spacing: Theme.space6
+
+                Label {
+                    visible: sheet.failed
+                    role: Theme.SmallStrong
+                    text: qsTr("Install command")
+                }
+
+                Field {
+                    id: command
+
+                    width: parent.width
+                    code: true
+                    placeholderText: qsTr("Install command")
+                    text: sheet.model.installCommandOverrideText
+                    onTextEdited: sheet.model.installCommandOverrideText = text
+                    onAccepted: sheet.model.confirmSetup()
+                }
+
+                Label {
+                    role: Theme.Small
+                    color: Theme.text3
+                    text: sheet.failed ? qsTr("Replaces the command above for this try.") : qsTr("Replaces the command of each step.")
+                }
+            }
+
+            Rectangle {
+                width: parent.width
+                height: Theme.hairline
+                color: Theme.border
+            }
+
+            Item {
+                width: parent.width
+                height: Theme.sheetFoot
+
+                Label {
+                    x: Theme.space24
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: !sheet.failed
+                    role: Theme.Small
+                    color: Theme.text2
+                    text: sheet.running ? qsTr("%1 of %2 done").arg(sheet.model.setupDoneCount).arg(sheet.model.setupStepCount)
+                        : qsTr("%n steps", "", sheet.model.setupStepCount)
+                }
+
+                Row {
+                    anchors.right: parent.right
+                    anchors.rightMargin: Theme.space24
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: Theme.space8
+
+                    Button {
+                        text: qsTr("Cancel")
+                        onClicked: sheet.model.cancelSetup()
+                    }
+
+                    Button {
+                        id: primary
+
+                        visible: !sheet.running
+                        focus: true
+                        primary: true
+                        glyph: sheet.failed ? "rotate-cw" : ""
+                        text: sheet.failed ? qsTr("Try again") : qsTr("Install and run")
+                        onClicked: sheet.model.confirmSetup()
+                    }
+                }
+            }
+        }
+    }
+}

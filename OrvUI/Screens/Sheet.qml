@@ -1,0 +1,72 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// A sheet over the window: scrim, frame, movement. It stands slightly above the middle.
+T.Popup {
+    id: sheet
+
+    parent: T.Overlay.overlay
+    x: Math.round((parent.width - width) / 2)
+    y: Math.max(Theme.space16, Math.round((parent.height - height) * 0.4))
+    width: Math.min(Theme.sheetWidth, parent.width - Theme.space32)
+    height: Math.min(implicitHeight, parent.height - Theme.space32)
+    implicitHeight: contentItem.implicitHeight
+    modal: true
+    dim: true
+    focus: true
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.scrim
+
+        Behavior on opacity {
+            NumberAnimation {
+                duration: Theme.durationSheet
+            }
+        }
+    }
+
+    enter: Transition {
+        NumberAnimation {
+            property: "opacity"
+            from: 0
+            to: 1
+            duration: Theme.durationSheet
+        }
+
+        NumberAnimation {
+            target: rise
+            property: "y"
+            from: Theme.reducedMotion ? 0 : Theme.space8
+            to: 0
+            duration: Theme.durationSheet
+            easing.type: Easing.BezierSpline
+            easing.bezierCurve: Theme.easeEnter
+        }
+    }
+
+    exit: Transition {
+        NumberAnimation {
+            property: "opacity"
+            to: 0
+            duration: Theme.durationEnter
+        }
+    }
+
+    background: Rectangle {
+        radius: Theme.radiusSheet
+        color: Theme.raised
+        border.width: Theme.hairline
+        border.color: Theme.borderStrong
+
+        transform: Translate {
+            id: rise
+        }
+
+        Shadow {
+            anchors.fill: parent
+            z: -1
+            level: 4
+            radius: parent.radius
+        }
+    }
+}

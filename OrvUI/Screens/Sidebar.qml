@@ -1,0 +1,212 @@
+import QtQuick
+
+// The frame's left side: mark, filters, folders and the profile. Below the narrow limit it is a rail of icons.
+Item {
+    id: sidebar
+
+    required property AppModel model
+    required property bool rail
+    // The application draws the frame of the window, so its mark stands here.
+    property bool showsMark: true
+    signal settingsRequested(Item anchor)
+    signal projectChosen(string projectID)
+
+    // The rail is left by the button at its top only where there is room for the sidebar.
+    property bool collapsible: true
+    signal toggleRequested
+
+    Item {
+        id: titleZone
+
+        width: parent.width
+        height: Theme.titleZoneHeight
+
+        WindowDragArea {
+            anchors.fill: parent
+        }
+
+        Row {
+            x: sidebar.rail ? Math.round((titleZone.width - mark.width) / 2) : Theme.space10 + Theme.space8
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: Theme.space8
+            visible: sidebar.showsMark
+
+            BrandMark {
+                id: mark
+            }
+
+            Label {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: !sidebar.rail
+                role: Theme.Section
+                text: Qt.application.displayName
+            }
+        }
+
+        IconButton {
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space8
+            anchors.verticalCenter: parent.verticalCenter
+            visible: !sidebar.rail && sidebar.collapsible
+            glyph: "panel-left"
+            text: qsTr("Hide the sidebar")
+            shortcut: qsTr("Ctrl Alt S")
+            onClicked: sidebar.toggleRequested()
+        }
+    }
+
+    Column {
+        id: filters
+
+        anchors.top: titleZone.bottom
+        x: sidebar.rail ? Math.round((sidebar.width - Theme.railButtonWidth) / 2) : Theme.space8
+        width: sidebar.rail ? Theme.railButtonWidth : sidebar.width - Theme.space16
+        spacing: sidebar.rail ? Theme.space4 : 0
+        Accessible.role: Accessible.List
+        Accessible.name: qsTr("Filters")
+
+        IconButton {
+            visible: sidebar.rail && sidebar.collapsible
+            width: Theme.railButtonWidth
+            height: Theme.railButtonHeight
+            glyph: "panel-left"
+            text: qsTr("Show the sidebar")
+            shortcut: qsTr("Ctrl Alt S")
+            onClicked: sidebar.toggleRequested()
+        }
+
+        Repeater {
+            model: sidebar.model.sidebarFilters
+
+            // (A row has an `icon` of its own kind.)
+            Item {
+                id: filter
+
+                required property int index
+                required property string title
+                required property string icon
+                required property int count
+
+                width: filters.width
+                height: row.implicitHeight
+
+                SidebarRow {
+                    id: row
+
+                    anchors.fill: parent
+                    text: filter.title
+                    glyph: filter.icon
+                    count: filter.count
+                    rail: sidebar.rail
+                    badge: filter.index === 2
+                    showsCount: sidebar.model.hasScanned && sidebar.model.projectCount > 0
+                    selected: filter.index === sidebar.model.filterIndex
+                    shortcut: qsTr("Ctrl %1").arg(filter.index + 1)
+                    onClicked: sidebar.model.filterIndex = filter.index
+                    Keys.onDownPressed: row.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+                    Keys.onUpPressed: row.nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+                }
+            }
+        }
+    }
+
+    Label {
+        id: heading
+
+        anchors.top: filters.bottom
+        anchors.topMargin: Theme.space16
+        x: Theme.space10 + Theme.space8
+        height: Theme.outlineRowHeight
+        verticalAlignment: Text.AlignVCenter
+        visible: !sidebar.rail
+        role: Theme.SmallStrong
+        color: Theme.text3
+        text: qsTr("Folders")
+    }
+
+    Label {
+        anchors.left: heading.left
+        anchors.top: heading.bottom
+        visible: !sidebar.rail && outline.item && outline.item.count === 0
+        role: Theme.Small
+        color: Theme.text3
+        text: qsTr("No folders yet")
+    }
+
+    Loader {
+        id: outline
+
+        anchors.top: heading.bottom
+        anchors.bottom: profile.top
+        anchors.bottomMargin: Theme.space8
+        x: Theme.space8
+        width: sidebar.width - Theme.space16
+        active: !sidebar.rail
+
+        sourceComponent: Outline {
+            model: sidebar.model.outline
+            onToggled: row => sidebar.model.outline.toggleExpanded(row)
+            onExpandedSet: (row, expanded) => sidebar.model.outline.setExpanded(row, expanded)
+            onProjectChosen: projectID => sidebar.projectChosen(projectID)
+        }
+    }
+
+    Loader {
+        anchors.top: filters.bottom
+        anchors.topMargin: Theme.space8
+        anchors.horizontalCenter: parent.horizontalCenter
+        active: sidebar.rail
+
+        sourceComponent: Column {
+            spacing: Theme.space12
+
+            Rectangle {
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: Theme.sidebarRowHeight
+                height: Theme.hairline
+                color: Theme.border
+            }
+
+            IconButton {
+                id: foldersButton
+
+                width: Theme.railButtonWidth
+                height: Theme.railButtonHeight
+                glyph: "folder-tree"
+                text: qsTr("Folders")
+                onClicked: folders.open()
+
+                Popover {
+                    id: folders
+
+                    x: foldersButton.width + Theme.space12
+                    width: Theme.popoverWidth
+                    height: Theme.popoverHeight
+
+                    contentItem: Outline {
+                        focus: true
+                        model: sidebar.model.outline
+                        onToggled: row => sidebar.model.outline.toggleExpanded(row)
+                        onExpandedSet: (row, expanded) => sidebar.model.outline.setExpanded(row, expanded)
+                        onProjectChosen: projectID => {
+                            folders.close();
+                            sidebar.projectChosen(projectID);
+                        }
+                    }
+                }
+            }
+        }
+    }
+
+    ProfileRow {
+        id: profile
+
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.space10
+        x: Theme.space8
+        width: sidebar.width - Theme.space16
+        rail: sidebar.rail
+        name: sidebar.model.displayName
+        onClicked: sidebar.settingsRequested(profile)
+    }
+}

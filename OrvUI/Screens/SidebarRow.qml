@@ -1,0 +1,96 @@
+import QtQuick
+import QtQuick.Templates as T
+
+// A filter of the sidebar; in the rail only its icon.
+T.AbstractButton {
+    id: row
+
+    required property string glyph
+    property int count: 0
+    property bool showsCount: true
+    property bool selected: false
+    property bool rail: false
+    // A bubble at the icon of the rail.
+    property bool badge: false
+    property string shortcut
+
+    implicitHeight: rail ? Theme.railButtonHeight : Theme.sidebarRowHeight
+    implicitWidth: rail ? Theme.railButtonWidth : Theme.sidebarWidth
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    Accessible.role: Accessible.ListItem
+    Accessible.name: showsCount ? qsTr("%1, %n projects", "", count).arg(text) : text
+    Accessible.selected: selected
+    Keys.onReturnPressed: row.clicked()
+    Keys.onEnterPressed: row.clicked()
+    onPressed: Tooltips.leave(row)
+
+    background: Rectangle {
+        radius: Theme.radiusControl
+        color: row.selected ? Theme.selection : row.pressed ? Theme.pressed : row.hovered ? Theme.hover : "transparent"
+
+        FocusRing {
+            control: row
+            inside: true
+        }
+    }
+
+    contentItem: Item {
+        Icon {
+            id: icon
+
+            x: row.rail ? Math.round((row.width - width) / 2) : Theme.space10
+            anchors.verticalCenter: parent.verticalCenter
+            name: row.glyph
+            color: row.selected ? Theme.accentText : Theme.text2
+        }
+
+        Label {
+            anchors.left: icon.right
+            anchors.leftMargin: Theme.space10
+            anchors.right: number.left
+            anchors.rightMargin: Theme.space8
+            anchors.verticalCenter: parent.verticalCenter
+            visible: !row.rail
+            role: Theme.BodyStrong
+            color: row.selected || row.hovered ? Theme.text : Theme.text2
+            text: row.text
+        }
+
+        Label {
+            id: number
+
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space10
+            anchors.verticalCenter: parent.verticalCenter
+            visible: !row.rail && row.showsCount
+            role: Theme.SmallStrong
+            color: row.selected ? Theme.text : Theme.text2
+            text: row.count
+        }
+
+        Rectangle {
+            x: icon.x + Theme.space10
+            y: icon.y - Theme.space8
+            width: Math.max(height, bubble.implicitWidth + Theme.space6)
+            height: Theme.bubble
+            radius: height / 2
+            visible: row.rail && row.badge && row.count > 0
+            color: Theme.accent
+
+            Label {
+                id: bubble
+
+                anchors.centerIn: parent
+                role: Theme.TileLetter
+                color: Theme.onAccent
+                text: row.count > 9 ? "9+" : row.count
+            }
+        }
+    }
+
+    Tip {
+        text: row.rail ? row.text : ""
+        shortcut: row.shortcut
+    }
+}

@@ -1,0 +1,83 @@
+import QtQuick
+
+// The state of a service or a card as a dot: hollow when nothing runs, a spinner while something starts.
+Item {
+    id: dot
+
+    required property string cardState
+    // A soft ring around the dot of what runs or failed.
+    property bool halo: false
+    readonly property bool busy: cardState === "starting" || cardState === "installing"
+    readonly property color tint: cardState === "running" ? Theme.success : cardState === "failed" ? Theme.danger : Theme.text3
+
+    implicitWidth: Theme.dotHalo
+    implicitHeight: Theme.dotHalo
+
+    Rectangle {
+        anchors.fill: parent
+        radius: width / 2
+        color: dot.cardState === "failed" ? Theme.dangerSoft : Theme.successSoft
+        visible: dot.halo && (dot.cardState === "running" || dot.cardState === "failed")
+    }
+
+    Rectangle {
+        anchors.centerIn: parent
+        width: Theme.dot
+        height: Theme.dot
+        radius: width / 2
+        visible: !dot.busy
+        color: dot.cardState === "idle" ? "transparent" : dot.tint
+        border.width: dot.cardState === "idle" ? Theme.focusWidth : 0
+        border.color: dot.tint
+    }
+
+    Loader {
+        anchors.centerIn: parent
+        active: dot.busy
+
+        sourceComponent: Spinner {
+            size: Theme.iconMini
+            color: Theme.warning
+        }
+    }
+
+    // One ring when a service comes up.
+    Rectangle {
+        id: ring
+
+        anchors.centerIn: parent
+        width: Theme.dot
+        height: Theme.dot
+        radius: width / 2
+        color: "transparent"
+        border.width: Theme.hairline
+        border.color: Theme.success
+        opacity: 0
+
+        ParallelAnimation {
+            id: ringing
+
+            NumberAnimation {
+                target: ring
+                property: "scale"
+                from: 1
+                to: 2.5
+                duration: Theme.durationRing
+            }
+
+            NumberAnimation {
+                target: ring
+                property: "opacity"
+                from: 1
+                to: 0
+                duration: Theme.durationRing
+            }
+        }
+    }
+
+    onCardStateChanged: {
+        if (cardState === "running" && !Theme.reducedMotion) {
+            ringing.restart();
+        }
+    }
+}

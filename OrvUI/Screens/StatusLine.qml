@@ -1,0 +1,77 @@
+import QtQuick
+
+// What the application has to say, for a while.
+Item {
+    id: line
+
+    required property bool shown
+    required property string text
+    required property bool isError
+    property int limit: Theme.statusLineLimit
+    signal dismissed
+
+    implicitWidth: Math.min(limit, row.implicitWidth + Theme.space24)
+    implicitHeight: Theme.statusLineHeight
+    visible: opacity > 0
+    opacity: shown ? 1 : 0
+    Accessible.role: isError ? Accessible.AlertMessage : Accessible.Notification
+    Accessible.name: text
+
+    transform: Translate {
+        y: line.shown || Theme.reducedMotion ? 0 : Theme.space8
+
+        Behavior on y {
+            NumberAnimation {
+                duration: Theme.durationEnter
+                easing.type: Easing.BezierSpline
+                easing.bezierCurve: Theme.easeEnter
+            }
+        }
+    }
+
+    Behavior on opacity {
+        NumberAnimation {
+            duration: line.shown ? Theme.durationEnter : Theme.durationExit
+        }
+    }
+
+    PopoverFace {
+        anchors.fill: parent
+    }
+
+    Row {
+        id: row
+
+        anchors.verticalCenter: parent.verticalCenter
+        x: Theme.space12
+        spacing: Theme.space10
+
+        Icon {
+            anchors.verticalCenter: parent.verticalCenter
+            name: line.isError ? "circle-alert" : "circle-check"
+            color: line.isError ? Theme.danger : Theme.success
+        }
+
+        Label {
+            id: label
+
+            anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(implicitWidth, line.limit - 2 * Theme.space12 - 2 * Theme.space10 - Theme.icon - Theme.controlMini)
+            role: Theme.BodyStrong
+            text: line.text
+
+            Tip {
+                text: label.truncated ? line.text : ""
+            }
+        }
+
+        IconButton {
+            anchors.verticalCenter: parent.verticalCenter
+            edge: Theme.controlMini
+            glyph: "x"
+            glyphSize: Theme.iconSmall
+            text: qsTr("Dismiss")
+            onClicked: line.dismissed()
+        }
+    }
+}

@@ -1,0 +1,179 @@
+#include "OrvUI/Screens/Theme.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFontDatabase>
+#include <QFontMetricsF>
+#include <QJSEngine>
+#include <QPointer>
+#include <QtMath>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+enum class Family { text, display, code };
+
+struct Style {
+    Family family;
+    int size;
+    int line;
+    QFont::Weight weight;
+    qreal spacing; ///< percent of the size
+};
+
+// In the order of Theme::TextRole.
+constexpr Style styles[] = {
+    {Family::display, 28, 36, QFont::DemiBold, -1.5}, // Display
+    {Family::display, 24, 32, QFont::DemiBold, -1.5}, // Page
+    {Family::display, 20, 28, QFont::DemiBold, -1},   // Title
+    {Family::display, 18, 24, QFont::DemiBold, -1},   // SheetTitle
+    {Family::text, 15, 24, QFont::DemiBold, 0},       // Heading
+    {Family::text, 14, 20, QFont::DemiBold, 0},       // CardTitle
+    {Family::text, 13, 20, QFont::Normal, 0},         // Body
+    {Family::text, 13, 20, QFont::Medium, 0},         // BodyStrong
+    {Family::text, 13, 20, QFont::DemiBold, 0},       // Section
+    {Family::text, 12, 16, QFont::Normal, 0},         // Small
+    {Family::text, 12, 16, QFont::Medium, 0},         // SmallStrong
+    {Family::text, 11, 16, QFont::Medium, 0},         // Caption
+    {Family::code, 12, 16, QFont::Normal, 0},         // Mono
+    {Family::code, 11, 16, QFont::Normal, 0},         // MonoPath
+    {Family::code, 12, 20, QFont::Normal, 0},         // Console
+    {Family::text, 9, 12, QFont::Bold, 0},            // TileLetter
+    {Family::text, 11, 16, QFont::Normal, 0},         // CaptionPlain
+};
+static_assert(std::size(styles) == Theme::CaptionPlain + 1);
+
+QString familyName(Family family) {
+    switch (family) {
+    case Family::text:
+        return u"Inter"_s;
+    case Family::display:
+        return u"Inter Display"_s;
+    case Family::code:
+        return u"JetBrains Mono"_s;
+    }
+    return {};
+}
+
+QFont fontOf(const Style& style) {
+    QFont font(familyName(style.family));
+    font.setPixelSize(style.size);
+    font.setWeight(style.weight);
+    if (style.spacing != 0) {
+        font.setLetterSpacing(QFont::AbsoluteSpacing, style.size * style.spacing / 100);
+    }
+    // Keeps the spacing of the letters that the face was drawn with.
+    font.setHintingPreference(QFont::PreferVerticalHinting);
+    if (style.family == Family::code) {
+        font.setFixedPitch(true);
+        font.setStyleHint(QFont::Monospace);
+        font.setStyleStrategy(QFont::PreferNoShaping); // no ligatures: a command is shown as it is typed
+    }
+    return font;
+}
+
+} // namespace
+
+void Theme::loadFonts() {
+    static const bool loaded = [] {
+        const QDir folder(u":/qt/qml/OrvLauncher/Screens/fonts"_s);
+        for (const QString& file : folder.entryList({u"*.otf"_s, u"*.ttf"_s})) {
+            QFontDatabase::addApplicationFont(folder.filePath(file));
+        }
+        return true;
+    }();
+    Q_UNUSED(loaded)
+}
+
+Theme::Theme(QObject* parent) : ThemeColors(parent) {
+    loadFonts();
+    for (size_t role = 0; role < m_faces.size(); ++role) {
+        const QFont font = fontOf(styles[role]);
+        const int natural = qCeil(QFontMetricsF(font).height());
+        m_faces[role] = {font, (styles[role].line - natural) / 2};
+    }
+}
+
+Theme* Theme::instance() {
+    static QPointer<Theme> theme;
+    if (theme == nullptr) {
+        theme = new Theme(QCoreApplication::instance());
+    }
+    return theme;
+}
+
+Theme* Theme::create(QQmlEngine* engine, QJSEngine* scriptEngine) {
+    Q_UNUSED(engine)
+    Q_UNUSED(scriptEngine)
+    QJSEngine::setObjectOwnership(instance(), QJSEngine::CppOwnership);
+    return instance();
+}
+
+void Theme::setTheme(int theme) {
+    if (theme < 0 || theme >= themeCount || theme == this->theme()) {
+        return;
+    }
+    use(theme, isDark());
+    Q_EMIT themeChanged();
+}
+
+void Theme::setDark(bool dark) {
+    use(theme(), dark);
+}
+
+void Theme::setReducedMotion(bool reduced) {
+    if (reduced == m_reducedMotion) {
+        return;
+    }
+    m_reducedMotion = reduced;
+    Q_EMIT reducedMotionChanged();
+}
+
+QFont Theme::font(TextRole role) const {
+    return m_faces[size_t(role)].font;
+}
+
+int Theme::lineHeight(TextRole role) const {
+    return styles[role].line;
+}
+
+int Theme::lead(TextRole role) const {
+    return m_faces[size_t(role)].lead;
+}
+
+int Theme::tileRadius(int size) {
+    if (size <= 24) {
+        return 6;
+    }
+    return size < 44 ? 9 : 12;
+}
+
+QColor Theme::tileFill(int index, bool dark) const {
+    Q_UNUSED(dark)
+    return tileFillAt(index);
+}
+
+QColor Theme::tileLetter(int index, bool dark) const {
+    Q_UNUSED(dark)
+    return tileLetterAt(index);
+}
+
+QVariantList Theme::skeletonCard() {
+    using Block = QVariantList;
+    return {Block{16, 16, 36, 36, 9},  Block{64, 19, 116, 12, 6}, Block{64, 39, 78, 10, 5},
+            Block{16, 70, 150, 10, 5}, Block{16, 123, 86, 10, 5}, Block{-104, 112, 88, 32, 8}};
+}
+
+QVariantList Theme::skeletonPinned() {
+    using Block = QVariantList;
+    return {Block{12, 10, 28, 28, 9}, Block{50, 19, 92, 10, 5}};
+}
+
+QColor Theme::swatch(int theme, bool dark) {
+    constexpr int accent = 12;
+    return colorOf(theme, dark, accent);
+}
+
+} // namespace orv

@@ -1,0 +1,239 @@
+#pragma once
+
+#include "OrvUI/Screens/ThemeColors.h"
+
+#include <QFont>
+#include <QVariantList>
+
+#include <array>
+
+class QJSEngine;
+class QQmlEngine;
+
+namespace orv {
+
+/// The one place with a colour, a size of type, a length, a radius or a duration. A QML singleton; lives on the main
+/// thread.
+///
+/// Enumerators that QML names begin with a capital letter, as QML asks.
+class Theme : public ThemeColors {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+    /// Index of ThemeID.
+    Q_PROPERTY(int theme READ theme WRITE setTheme NOTIFY themeChanged FINAL)
+    Q_PROPERTY(bool isDark READ isDark NOTIFY colorsChanged FINAL)
+    Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged FINAL)
+
+    // Lengths and radii in logical pixels
+    Q_PROPERTY(int hairline MEMBER hairline CONSTANT FINAL)
+    Q_PROPERTY(int space2 MEMBER space2 CONSTANT FINAL)
+    Q_PROPERTY(int space4 MEMBER space4 CONSTANT FINAL)
+    Q_PROPERTY(int space6 MEMBER space6 CONSTANT FINAL)
+    Q_PROPERTY(int space8 MEMBER space8 CONSTANT FINAL)
+    Q_PROPERTY(int space10 MEMBER space10 CONSTANT FINAL)
+    Q_PROPERTY(int space12 MEMBER space12 CONSTANT FINAL)
+    Q_PROPERTY(int space16 MEMBER space16 CONSTANT FINAL)
+    Q_PROPERTY(int space20 MEMBER space20 CONSTANT FINAL)
+    Q_PROPERTY(int space24 MEMBER space24 CONSTANT FINAL)
+    Q_PROPERTY(int space28 MEMBER space28 CONSTANT FINAL)
+    Q_PROPERTY(int space32 MEMBER space32 CONSTANT FINAL)
+    Q_PROPERTY(int space40 MEMBER space40 CONSTANT FINAL)
+    Q_PROPERTY(int pagePadding MEMBER pagePadding CONSTANT FINAL)
+    Q_PROPERTY(int pagePaddingNarrow MEMBER pagePaddingNarrow CONSTANT FINAL)
+    Q_PROPERTY(int contentWidthLimit MEMBER contentWidthLimit CONSTANT FINAL)
+    Q_PROPERTY(int gridGap MEMBER gridGap CONSTANT FINAL)
+    Q_PROPERTY(int shelfGap MEMBER shelfGap CONSTANT FINAL)
+    Q_PROPERTY(int cardHeight MEMBER cardHeight CONSTANT FINAL)
+    Q_PROPERTY(int cardColumnWidth MEMBER cardColumnWidth CONSTANT FINAL)
+    Q_PROPERTY(int runningItemHeight MEMBER runningItemHeight CONSTANT FINAL)
+    Q_PROPERTY(int pinnedItemHeight MEMBER pinnedItemHeight CONSTANT FINAL)
+    Q_PROPERTY(int panelInset MEMBER panelInset CONSTANT FINAL)
+    Q_PROPERTY(int sidebarWidth MEMBER sidebarWidth CONSTANT FINAL)
+    Q_PROPERTY(int sidebarWidthWide MEMBER sidebarWidthWide CONSTANT FINAL)
+    Q_PROPERTY(int railWidth MEMBER railWidth CONSTANT FINAL)
+    Q_PROPERTY(int railButtonWidth MEMBER railButtonWidth CONSTANT FINAL)
+    Q_PROPERTY(int railButtonHeight MEMBER railButtonHeight CONSTANT FINAL)
+    Q_PROPERTY(int narrowLimit MEMBER narrowLimit CONSTANT FINAL)
+    Q_PROPERTY(int wideLimit MEMBER wideLimit CONSTANT FINAL)
+    Q_PROPERTY(int minimumWidth MEMBER minimumWidth CONSTANT FINAL)
+    Q_PROPERTY(int minimumHeight MEMBER minimumHeight CONSTANT FINAL)
+    Q_PROPERTY(int defaultWidth MEMBER defaultWidth CONSTANT FINAL)
+    Q_PROPERTY(int defaultHeight MEMBER defaultHeight CONSTANT FINAL)
+    Q_PROPERTY(int titleZoneHeight MEMBER titleZoneHeight CONSTANT FINAL)
+    Q_PROPERTY(int topBarHeight MEMBER topBarHeight CONSTANT FINAL)
+    Q_PROPERTY(int resizeEdge MEMBER resizeEdge CONSTANT FINAL)
+    Q_PROPERTY(int sidebarRowHeight MEMBER sidebarRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int outlineRowHeight MEMBER outlineRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int outlineIndent MEMBER outlineIndent CONSTANT FINAL)
+    Q_PROPERTY(int menuRowHeight MEMBER menuRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int menuWidth MEMBER menuWidth CONSTANT FINAL)
+    Q_PROPERTY(int popoverWidth MEMBER popoverWidth CONSTANT FINAL)
+    Q_PROPERTY(int popoverHeight MEMBER popoverHeight CONSTANT FINAL)
+    Q_PROPERTY(int controlMini MEMBER controlMini CONSTANT FINAL)
+    Q_PROPERTY(int controlSmall MEMBER controlSmall CONSTANT FINAL)
+    Q_PROPERTY(int controlRegular MEMBER controlRegular CONSTANT FINAL)
+    Q_PROPERTY(int splitWidth MEMBER splitWidth CONSTANT FINAL)
+    Q_PROPERTY(int searchWidth MEMBER searchWidth CONSTANT FINAL)
+    Q_PROPERTY(int searchWidthNarrow MEMBER searchWidthNarrow CONSTANT FINAL)
+    Q_PROPERTY(int sheetWidth MEMBER sheetWidth CONSTANT FINAL)
+    Q_PROPERTY(int statusLineHeight MEMBER statusLineHeight CONSTANT FINAL)
+    Q_PROPERTY(int statusLineLimit MEMBER statusLineLimit CONSTANT FINAL)
+    Q_PROPERTY(int tooltipHeight MEMBER tooltipHeight CONSTANT FINAL)
+    Q_PROPERTY(int tooltipLimit MEMBER tooltipLimit CONSTANT FINAL)
+    Q_PROPERTY(int emptyWidth MEMBER emptyWidth CONSTANT FINAL)
+    Q_PROPERTY(int emptyLift MEMBER emptyLift CONSTANT FINAL)
+    Q_PROPERTY(int illustration MEMBER illustration CONSTANT FINAL)
+    Q_PROPERTY(int iconTiny MEMBER iconTiny CONSTANT FINAL)
+    Q_PROPERTY(int iconMini MEMBER iconMini CONSTANT FINAL)
+    Q_PROPERTY(int iconSmall MEMBER iconSmall CONSTANT FINAL)
+    Q_PROPERTY(int icon MEMBER icon CONSTANT FINAL)
+    Q_PROPERTY(int iconLarge MEMBER iconLarge CONSTANT FINAL)
+    Q_PROPERTY(int mark MEMBER mark CONSTANT FINAL)
+    Q_PROPERTY(int dot MEMBER dot CONSTANT FINAL)
+    Q_PROPERTY(int dotHalo MEMBER dotHalo CONSTANT FINAL)
+    Q_PROPERTY(int tileMini MEMBER tileMini CONSTANT FINAL)
+    Q_PROPERTY(int tileSmall MEMBER tileSmall CONSTANT FINAL)
+    Q_PROPERTY(int tile MEMBER tile CONSTANT FINAL)
+    Q_PROPERTY(int tileLarge MEMBER tileLarge CONSTANT FINAL)
+    Q_PROPERTY(int avatar MEMBER avatar CONSTANT FINAL)
+    Q_PROPERTY(int swatchSize MEMBER swatchSize CONSTANT FINAL)
+    Q_PROPERTY(int progressHeight MEMBER progressHeight CONSTANT FINAL)
+    Q_PROPERTY(int scrollBar MEMBER scrollBar CONSTANT FINAL)
+    Q_PROPERTY(int focusWidth MEMBER focusWidth CONSTANT FINAL)
+    Q_PROPERTY(int focusGap MEMBER focusGap CONSTANT FINAL)
+    Q_PROPERTY(int haloWidth MEMBER haloWidth CONSTANT FINAL)
+    Q_PROPERTY(int kindWidth MEMBER kindWidth CONSTANT FINAL)
+    Q_PROPERTY(int bubble MEMBER bubble CONSTANT FINAL)
+    Q_PROPERTY(qreal wheelSpeed MEMBER wheelSpeed CONSTANT FINAL)
+    Q_PROPERTY(int sheetFoot MEMBER sheetFoot CONSTANT FINAL)
+    Q_PROPERTY(int setupStepHeight MEMBER setupStepHeight CONSTANT FINAL)
+    Q_PROPERTY(int radiusKey MEMBER radiusKey CONSTANT FINAL)
+    Q_PROPERTY(int radiusRow MEMBER radiusRow CONSTANT FINAL)
+    Q_PROPERTY(int radiusControl MEMBER radiusControl CONSTANT FINAL)
+    Q_PROPERTY(int radiusCard MEMBER radiusCard CONSTANT FINAL)
+    Q_PROPERTY(int radiusSheet MEMBER radiusSheet CONSTANT FINAL)
+
+    // Blocks of a skeleton: x, y, width, height, radius. A negative x counts from the far edge.
+    Q_PROPERTY(QVariantList skeletonCard READ skeletonCard CONSTANT FINAL)
+    Q_PROPERTY(QVariantList skeletonPinned READ skeletonPinned CONSTANT FINAL)
+
+    // Durations in milliseconds; no movement where the system asks for none.
+    Q_PROPERTY(int durationPress MEMBER durationPress CONSTANT FINAL)
+    Q_PROPERTY(int durationFast MEMBER durationFast CONSTANT FINAL)
+    Q_PROPERTY(int durationEnter READ durationEnter NOTIFY reducedMotionChanged FINAL)
+    Q_PROPERTY(int durationExit READ durationExit NOTIFY reducedMotionChanged FINAL)
+    Q_PROPERTY(int durationSheet READ durationSheet NOTIFY reducedMotionChanged FINAL)
+    Q_PROPERTY(int durationMove READ durationMove NOTIFY reducedMotionChanged FINAL)
+    Q_PROPERTY(int durationRing MEMBER durationRing CONSTANT FINAL)
+    Q_PROPERTY(int durationSpin MEMBER durationSpin CONSTANT FINAL)
+    Q_PROPERTY(int durationPulse MEMBER durationPulse CONSTANT FINAL)
+    Q_PROPERTY(int tooltipDelay MEMBER tooltipDelay CONSTANT FINAL)
+    Q_PROPERTY(QVariantList easeStandard READ easeStandard CONSTANT FINAL)
+    Q_PROPERTY(QVariantList easeEnter READ easeEnter CONSTANT FINAL)
+    Q_PROPERTY(QVariantList easeExit READ easeExit CONSTANT FINAL)
+
+public:
+    /// What a text is for; its size, line, weight and spacing follow.
+    enum TextRole {
+        Display,
+        Page,
+        Title,
+        SheetTitle,
+        Heading,
+        CardTitle,
+        Body,
+        BodyStrong,
+        Section,
+        Small,
+        SmallStrong,
+        Caption,
+        Mono,
+        MonoPath,
+        Console,
+        TileLetter,
+        CaptionPlain,
+    };
+    Q_ENUM(TextRole)
+
+    static constexpr int hairline = 1, space2 = 2, space4 = 4, space6 = 6, space8 = 8, space10 = 10, space12 = 12;
+    static constexpr int space16 = 16, space20 = 20, space24 = 24, space28 = 28, space32 = 32, space40 = 40;
+    static constexpr int pagePadding = 32, pagePaddingNarrow = 24, contentWidthLimit = 1408, gridGap = 16;
+    static constexpr int shelfGap = 28;
+    static constexpr int cardHeight = 160, cardColumnWidth = 312, runningItemHeight = 64, pinnedItemHeight = 48;
+    static constexpr int panelInset = 8, sidebarWidth = 240, sidebarWidthWide = 256, railWidth = 72;
+    static constexpr int railButtonWidth = 40, railButtonHeight = 36, narrowLimit = 1000, wideLimit = 1520;
+    static constexpr int minimumWidth = 760, minimumHeight = 560, defaultWidth = 1280, defaultHeight = 832;
+    static constexpr int titleZoneHeight = 52, topBarHeight = 48, resizeEdge = 5;
+    static constexpr int sidebarRowHeight = 32, outlineRowHeight = 28, outlineIndent = 18, menuRowHeight = 32;
+    static constexpr int menuWidth = 200, popoverWidth = 280, popoverHeight = 360;
+    static constexpr int controlMini = 24, controlSmall = 28, controlRegular = 32, splitWidth = 28;
+    static constexpr int searchWidth = 232, searchWidthNarrow = 204;
+    static constexpr int sheetWidth = 520, statusLineHeight = 40, statusLineLimit = 560, tooltipHeight = 28;
+    static constexpr int tooltipLimit = 420, emptyWidth = 440, emptyLift = 56, illustration = 120;
+    static constexpr int iconTiny = 10, iconMini = 12, iconSmall = 14, icon = 16, iconLarge = 18, mark = 20, dot = 8;
+    static constexpr int dotHalo = 14, tileMini = 16, tileSmall = 28, tile = 36, tileLarge = 44, avatar = 28;
+    static constexpr int swatchSize = 20, progressHeight = 6, scrollBar = 10;
+    static constexpr int focusWidth = 2, focusGap = 2, haloWidth = 3, kindWidth = 60, bubble = 14, sheetFoot = 62,
+                         setupStepHeight = 61, radiusKey = 4, radiusRow = 7, radiusControl = 8;
+    static constexpr int radiusCard = 12, radiusSheet = 16;
+    static constexpr int durationPress = 80, durationFast = 120, durationRing = 600, durationSpin = 900;
+    static constexpr int durationPulse = 1200, tooltipDelay = 500;
+
+    static constexpr qreal wheelSpeed = 8; ///< pixels a second for an eighth of a degree of the wheel
+
+    explicit Theme(QObject* parent = nullptr);
+
+    /// The one theme of the process, made when it is first asked for; the application object owns it.
+    [[nodiscard]] static Theme* instance();
+    /// For QML.
+    static Theme* create(QQmlEngine* engine, QJSEngine* scriptEngine);
+
+    void setTheme(int theme);
+    using ThemeColors::theme;
+    /// Dark or light, whoever decided it.
+    void setDark(bool dark);
+    [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
+    void setReducedMotion(bool reduced);
+
+    [[nodiscard]] Q_INVOKABLE QFont font(orv::Theme::TextRole role) const;
+    [[nodiscard]] Q_INVOKABLE int lineHeight(orv::Theme::TextRole role) const;
+    /// How far the glyphs of a role stand below the top of their line, so that they are centred in it.
+    [[nodiscard]] Q_INVOKABLE int lead(orv::Theme::TextRole role) const;
+    /// Radius of a project tile of that size.
+    [[nodiscard]] Q_INVOKABLE static int tileRadius(int size);
+    /// A project tile's colours. `dark` is there so that a binding follows the theme.
+    [[nodiscard]] Q_INVOKABLE QColor tileFill(int index, bool dark) const;
+    [[nodiscard]] Q_INVOKABLE QColor tileLetter(int index, bool dark) const;
+    /// The accent and the surface of a theme, for its swatch.
+    [[nodiscard]] Q_INVOKABLE static QColor swatch(int theme, bool dark);
+
+    [[nodiscard]] static QVariantList skeletonCard();
+    [[nodiscard]] static QVariantList skeletonPinned();
+
+    [[nodiscard]] int durationEnter() const { return m_reducedMotion ? durationPress : 180; }
+    [[nodiscard]] int durationExit() const { return m_reducedMotion ? durationPress : 120; }
+    [[nodiscard]] int durationSheet() const { return m_reducedMotion ? durationPress : 260; }
+    [[nodiscard]] int durationMove() const { return m_reducedMotion ? 0 : 220; }
+    [[nodiscard]] static QVariantList easeStandard() { return {0.2, 0.0, 0.0, 1.0, 1.0, 1.0}; }
+    [[nodiscard]] static QVariantList easeEnter() { return {0.0, 0.0, 0.0, 1.0, 1.0, 1.0}; }
+    [[nodiscard]] static QVariantList easeExit() { return {0.4, 0.0, 1.0, 1.0, 1.0, 1.0}; }
+
+    /// Makes the fonts of the application known to Qt, once a process.
+    static void loadFonts();
+
+Q_SIGNALS:
+    void themeChanged();
+    void reducedMotionChanged();
+
+private:
+    struct Face {
+        QFont font;
+        int lead = 0;
+    };
+
+    std::array<Face, CaptionPlain + 1> m_faces;
+    bool m_reducedMotion = false;
+};
+
+} // namespace orv

@@ -1,0 +1,48 @@
+#include "OrvUI/Screens/WindowState.h"
+
+#include <QSettings>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+WindowState WindowState::load(const QString& file) {
+    const WindowState defaults;
+    const QSettings ini(file, QSettings::IniFormat);
+    return {
+        .geometry = ini.value(u"geometry"_s).toRect(),
+        .isMaximized = ini.value(u"maximized"_s, defaults.isMaximized).toBool(),
+        .isSidebarHidden = ini.value(u"sidebarHidden"_s, defaults.isSidebarHidden).toBool(),
+        .isSystemDark = ini.value(u"systemDark"_s, defaults.isSystemDark).toBool(),
+    };
+}
+
+void WindowState::save(const QString& file) const {
+    QSettings ini(file, QSettings::IniFormat);
+    ini.setValue(u"geometry"_s, geometry);
+    ini.setValue(u"maximized"_s, isMaximized);
+    ini.setValue(u"sidebarHidden"_s, isSidebarHidden);
+    ini.setValue(u"systemDark"_s, isSystemDark);
+}
+
+QRect WindowState::fitted(QRect geometry, const QList<QRect>& screens, QSize minimum) {
+    QRect home;
+    qsizetype most = -1;
+    for (const QRect& screen : screens) {
+        const QRect shown = screen.intersected(geometry);
+        const qsizetype area = shown.isValid() ? qsizetype(shown.width()) * shown.height() : 0;
+        if (area > most) {
+            most = area;
+            home = screen;
+        }
+    }
+    if (home.isEmpty()) {
+        return geometry;
+    }
+    const QSize size = geometry.size().boundedTo(home.size()).expandedTo(minimum);
+    const int x = qBound(home.left(), geometry.x(), qMax(home.left(), home.right() + 1 - size.width()));
+    const int y = qBound(home.top(), geometry.y(), qMax(home.top(), home.bottom() + 1 - size.height()));
+    return {QPoint(x, y), size};
+}
+
+} // namespace orv

@@ -1,0 +1,93 @@
+#include "OrvUI/Screens/Icon.h"
+#include "OrvUI/Screens/Tooltips.h"
+#include "OrvUI/Screens/WindowState.h"
+#include "support/TestSupport.h"
+
+#include <QDir>
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+TEST(Icon, IsDrawnInItsColourAtEverySize) {
+    const QStringList files = QDir(u":/qt/qml/OrvLauncher/Screens/icons"_s).entryList({u"*.svg"_s});
+    ASSERT_GT(files.size(), 20);
+    for (const QString& file : files) {
+        const QString name = file.chopped(4);
+        if (name.startsWith(u"app-icon")) {
+            continue; // has colours of its own
+        }
+        for (const int pixels : {12, 16, 28, 48}) {
+            const QImage image = Icon::image(name, QColor(u"#22cc44"_s), 16, pixels);
+            int inked = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    const QColor pixel = image.pixelColor(x, y);
+                    inked += pixel.alpha() > 100 ? 1 : 0;
+                    if (pixel.alpha() > 200) {
+                        EXPECT_NEAR(pixel.green(), 0xcc, 6) << name.toStdString() << " at " << pixels;
+                    }
+                }
+            }
+            EXPECT_GT(inked, pixels / 2) << name.toStdString() << " at " << pixels;
+        }
+    }
+    EXPECT_TRUE(Icon::image(u"no-such-icon"_s, Qt::red, 16, 16).isNull());
+}
+
+TEST(WindowState, KeepsTheWindowWithinReach) {
+    const QList<QRect> two{QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
+    struct Case {
+        const char* label;
+        QRect stored;
+        QList<QRect> screens;
+        QRect expected;
+    };
+    const Case cases[] = {
+        {"where it was", QRect(100, 50, 1280, 832), two, QRect(100, 50, 1280, 832)},
+        {"on the second screen", QRect(2000, 10, 900, 700), two, QRect(2000, 10, 900, 700)},
+        {"the second screen is gone", QRect(2000, 10, 900, 700), {two[0]}, QRect(1020, 10, 900, 700)},
+        {"larger than the screen", QRect(-50, -50, 4000, 3000), {two[0]}, QRect(0, 0, 1920, 1080)},
+        {"smaller than allowed", QRect(10, 10, 20, 20), two, QRect(10, 10, 760, 560)},
+        {"no screen", QRect(1, 2, 800, 600), {}, QRect(1, 2, 800, 600)},
+    };
+    for (const Case& it : cases) {
+        EXPECT_EQ(WindowState::fitted(it.stored, it.screens, QSize(760, 560)), it.expected) << it.label;
+    }
+    const test::TemporaryTree tree;
+    const QString file = tree.path(u"window.ini"_s);
+    EXPECT_EQ(WindowState::load(file), WindowState());
+    const WindowState state{QRect(5, 6, 900, 700), true, true, false};
+    state.save(file);
+    EXPECT_EQ(WindowState::load(file), state);
+}
+
+TEST(Tooltips, ComeAfterARestAndThenAtOnceForANeighbour) {
+    Tooltips tooltips;
+    QQuickItem first;
+    QQuickItem second;
+    QQuickItem silent;
+    tooltips.enter(&first, u"Pin"_s, {});
+    EXPECT_EQ(tooltips.target(), nullptr) << "before the pointer rested";
+    tooltips.leave(&first);
+    EXPECT_FALSE(test::waitFor([&] { return tooltips.target() != nullptr; }, std::chrono::milliseconds(700)))
+        << "the pointer went on";
+    tooltips.enter(&first, u"Pin"_s, {});
+    EXPECT_TRUE(test::waitFor([&] { return tooltips.target() == &first; }));
+    tooltips.leave(&first);
+    EXPECT_EQ(tooltips.target(), nullptr);
+    tooltips.enter(&second, u"More"_s, u"Ctrl M"_s);
+    EXPECT_EQ(tooltips.target(), &second) << "a neighbour's comes at once";
+    tooltips.leave(&first);
+    EXPECT_EQ(tooltips.target(), &second) << "left long ago";
+    tooltips.leave(&second);
+    tooltips.enter(&silent, {}, {});
+    EXPECT_EQ(tooltips.target(), nullptr) << "nothing to say";
+}
+
+} // namespace
+} // namespace orv

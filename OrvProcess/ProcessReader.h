@@ -54,7 +54,7 @@ private:
     std::atomic<bool> m_stopping = false;
     int m_exitCode = 0; ///< set before m_ended is
     QElapsedTimer m_sinceDelivery;
-    QTimer m_paceTimer;
+    QTimer m_paceTimer{this};
     std::thread m_thread;
 };
 

@@ -14,8 +14,8 @@ T.AbstractButton {
     Accessible.role: Accessible.Link
     Accessible.name: qsTr("Open %1 in your browser").arg(text)
     Accessible.description: tip.text
-    Keys.onReturnPressed: link.click()
-    Keys.onEnterPressed: link.click()
+    Keys.onReturnPressed: link.clicked()
+    Keys.onEnterPressed: link.clicked()
 
     contentItem: Item {
         Row {
@@ -26,9 +26,16 @@ T.AbstractButton {
 
             Label {
                 role: Theme.Mono
-                font.underline: link.hovered
                 color: link.listening ? Theme.text : Theme.warning
                 text: link.text
+
+                Rectangle {
+                    anchors.bottom: parent.bottom
+                    width: parent.width
+                    height: Theme.hairline
+                    visible: link.hovered
+                    color: parent.color
+                }
             }
 
             Icon {

@@ -11,6 +11,8 @@ T.TextField {
     property bool clearable: false
     // A click on the cross, or Escape in a field with text.
     signal cleared
+    // Escape in a field without text.
+    signal abandoned
 
     implicitHeight: Theme.controlRegular
     leftPadding: glyph.length > 0 ? Theme.space32 : Theme.space10
@@ -26,9 +28,9 @@ T.TextField {
     Accessible.role: Accessible.EditableText
     Accessible.name: placeholderText
     Keys.onEscapePressed: event => {
-        event.accepted = field.clearable && field.text.length > 0;
-        if (event.accepted) {
-            field.cleared();
+        event.accepted = field.clearable;
+        if (field.clearable) {
+            field.text.length > 0 ? field.cleared() : field.abandoned();
         }
     }
 

@@ -52,6 +52,8 @@ FocusScope {
 
         property real topBefore: originY
 
+        objectName: "cardGrid"
+
         anchors.top: parent.top
         anchors.bottom: parent.bottom
         x: Math.round((page.width - page.contentWidth) / 2)
@@ -249,7 +251,20 @@ FocusScope {
         onActivated: page.model.togglePinFor(page.currentCard.projectID)
     }
 
-    Keys.onMenuPressed: page.currentCard?.more(page.currentCard)
+    CardShortcut {
+        sequences: ["Menu", "Shift+F10"]
+        onActivated: page.openMenu(page.currentCard, page.currentCard)
+    }
+
+    CardShortcut {
+        sequence: "Home"
+        onActivated: grid.currentIndex = 0
+    }
+
+    CardShortcut {
+        sequence: "End"
+        onActivated: grid.currentIndex = grid.count - 1
+    }
 
     component CardShortcut: Shortcut {
         enabled: grid.activeFocus && page.currentCard !== null

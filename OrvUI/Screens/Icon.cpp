@@ -45,12 +45,12 @@ class GlyphNode : public QSGNode {
 public:
     explicit GlyphNode(QQuickWindow* window) : m_image(window->createImageNode()) {
         m_image->setOwnsTexture(true);
+        m_image->setFiltering(QSGTexture::Linear); // a spinner turns
         m_image->setFlag(OwnedByParent);
         appendChildNode(m_image);
     }
     void setTexture(QSGTexture* texture) { m_image->setTexture(texture); }
     void setRect(const QRectF& rect) { m_image->setRect(rect); }
-    void setFiltering(QSGTexture::Filtering filtering) { m_image->setFiltering(filtering); }
 
 private:
     QSGImageNode* m_image;
@@ -135,7 +135,6 @@ QSGNode* Icon::updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) {
         glyph->setTexture(window()->createTextureFromImage(picture, QQuickWindow::TextureCanUseAtlas));
         m_dirty = false;
     }
-    glyph->setFiltering(rotation() == 0 ? QSGTexture::Nearest : QSGTexture::Linear);
     const qreal x = qRound((width() - m_size) / 2);
     const qreal y = qRound((height() - m_size) / 2);
     glyph->setRect({x, y, qreal(m_size), qreal(m_size)});

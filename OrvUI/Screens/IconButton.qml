@@ -20,8 +20,8 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.checkable: checkable
     Accessible.checked: checked
-    Keys.onReturnPressed: control.click()
-    Keys.onEnterPressed: control.click()
+    Keys.onReturnPressed: control.clicked()
+    Keys.onEnterPressed: control.clicked()
     onPressed: Tooltips.leave(control)
 
     background: Rectangle {

@@ -3,7 +3,7 @@
 #include "OrvUI/AppModel.h"
 #include "OrvUI/OutlineModel.h"
 
-#include <QtQmlIntegration>
+#include <QtQmlIntegration/qqmlintegration.h>
 
 // The model knows nothing of QML; here its types get their names there.
 

@@ -14,8 +14,8 @@ T.AbstractButton {
     text: qsTr("Profile and settings")
     Accessible.role: Accessible.ButtonMenu
     Accessible.name: text
-    Keys.onReturnPressed: row.click()
-    Keys.onEnterPressed: row.click()
+    Keys.onReturnPressed: row.clicked()
+    Keys.onEnterPressed: row.clicked()
 
     background: Rectangle {
         radius: Theme.radiusControl

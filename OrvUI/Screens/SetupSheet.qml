@@ -15,7 +15,6 @@ Sheet {
     visible: model.setupActive
     // While something runs only the button ends it.
     closePolicy: T.Popup.NoAutoClose
-    Accessible.name: qsTr("Set up %1").arg(model.setupTitle)
     onAboutToShow: otherCommand = false
     onOpened: primary.forceActiveFocus(Qt.PopupFocusReason)
 

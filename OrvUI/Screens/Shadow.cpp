@@ -8,6 +8,7 @@
 #include <QSGImageNode>
 #include <QtMath>
 
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -121,7 +122,8 @@ public:
     }
 
     void set(QSGTexture* texture, const Patch& patch, QSizeF shape, qreal ratio) {
-        m_texture.reset(texture);
+        // The pieces look at the old texture while they take the new one.
+        const auto old = std::exchange(m_texture, std::unique_ptr<QSGTexture>(texture));
         const QSizeF source = QSizeF(patch.image.size()) / ratio;
         const qreal right = shape.width() + patch.margin;
         const qreal bottom = shape.height() + patch.margin;

@@ -7,7 +7,7 @@ T.Popup {
 
     parent: T.Overlay.overlay
     x: Math.round((parent.width - width) / 2)
-    y: Math.max(Theme.space16, Math.round((parent.height - height) * 0.43))
+    y: Math.max(Theme.space16, Math.round((parent.height - height) * 0.4))
     width: Math.min(Theme.sheetWidth, parent.width - Theme.space32)
     height: Math.min(implicitHeight, parent.height - Theme.space32)
     implicitHeight: contentItem.implicitHeight

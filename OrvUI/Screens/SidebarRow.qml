@@ -21,8 +21,8 @@ T.AbstractButton {
     Accessible.role: Accessible.ListItem
     Accessible.name: showsCount ? qsTr("%1, %n projects", "", count).arg(text) : text
     Accessible.selected: selected
-    Keys.onReturnPressed: row.click()
-    Keys.onEnterPressed: row.click()
+    Keys.onReturnPressed: row.clicked()
+    Keys.onEnterPressed: row.clicked()
     onPressed: Tooltips.leave(row)
 
     background: Rectangle {

@@ -12,8 +12,8 @@ T.AbstractButton {
     hoverEnabled: true
     Accessible.role: Accessible.ButtonMenu
     Accessible.name: text
-    Keys.onReturnPressed: part.click()
-    Keys.onEnterPressed: part.click()
+    Keys.onReturnPressed: part.clicked()
+    Keys.onEnterPressed: part.clicked()
 
     background: ButtonFace {
         control: part

@@ -14,8 +14,8 @@ T.AbstractButton {
     Accessible.role: Accessible.RadioButton
     Accessible.name: text
     Accessible.checked: checked
-    Keys.onReturnPressed: control.click()
-    Keys.onEnterPressed: control.click()
+    Keys.onReturnPressed: control.clicked()
+    Keys.onEnterPressed: control.clicked()
 
     background: Rectangle {
         radius: width / 2

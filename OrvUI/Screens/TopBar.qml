@@ -57,6 +57,7 @@ Item {
             clearable: true
             onTextEdited: bar.searchEdited(text)
             onCleared: bar.searchEdited("")
+            onAbandoned: bar.searchLeft()
             Keys.onDownPressed: bar.searchLeft()
             Keys.onReturnPressed: bar.searchLeft()
         }

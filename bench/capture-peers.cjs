@@ -49,7 +49,8 @@ async function runPm2() {
   await call(pm2, 'connect');
   const start = performance.now();
   await call(pm2, 'start', {
-    name: 'bench', kill_timeout: 1000, script: program, args: [count, '--linger'], interpreter: 'none', autorestart: false, output: log, error: log,
+    name: 'bench', script: program, args: [count, '--linger'], interpreter: 'none', autorestart: false,
+    kill_timeout: 1000, output: log, error: log,
   });
   const size = () => (fs.existsSync(log) ? fs.statSync(log).size : 0);
   const deadline = start + 60_000;

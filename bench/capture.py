@@ -81,13 +81,14 @@ def main():
         ])
     print_table(["Taken in by", "1,000,000 lines", "One line", "Beside `cat`", "CPU", "Peak memory", "Longest stall"], rows)
     print()
-    print(f"Medians of {ROUNDS} rounds, smallest and largest in brackets; the peak is the largest of all rounds. The process "
-          f"manager and `cat` run the child under `{shell} -lc`, which is in their times (\"one line\" shows how much), "
-          "the others as they do by default; CPU is that of the child and all who handle its output. The peers are called through their own interfaces in a Node.js that has "
-          "started already, pm2's daemon is up; `concurrently` writes to a stream that drops everything, pm2 to its log "
-          "file, and is done when all of it is there (its child is kept waiting at the end, because pm2 drops what is not yet "
-          "written when a child ends). In the first row no line names a port, so one is looked for in "
-          "every line. That the newest 5000 lines are kept, each in its place, is checked in every round.")
+    print(f"Medians of {ROUNDS} rounds, smallest and largest in brackets; the peak is the largest of all rounds.\n\n"
+          f"The process manager and `cat` run the child under `{shell} -lc`, which is in their times (\"one line\" shows how "
+          "much), the others as they do by default; CPU is that of the child and all who handle its output. In the first "
+          "row no line names a port, so one is looked for in every line. That the newest 5000 lines are kept, each in its "
+          "place, is checked in every round.\n\n"
+          "The peers are called through their own interfaces in a Node.js that has started already, pm2's daemon is up. "
+          "`concurrently` writes to a stream that drops everything. pm2 writes to its log file and is done when all of it "
+          "is there; its child is kept waiting at the end, because pm2 drops what is not yet written when a child ends.")
 
 
 main()

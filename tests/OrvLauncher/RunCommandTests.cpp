@@ -88,7 +88,7 @@ TEST_F(RunCommand, StopsCleanlyOnASignal) {
 
 TEST_F(RunCommand, KillsWhatDoesNotStopAtOnceOnASecondSignal) {
     auto run = launcher.start({u"run"_s, project("trap '' TERM; echo on port 1234; while :; do sleep 60; done")});
-    ASSERT_TRUE(run->waitFor("is up"));
+    ASSERT_TRUE(run->waitFor("does not listen yet"));
     run->signal(SIGINT);
     ASSERT_TRUE(run->waitFor("Stopping…"));
     run->signal(SIGINT);

@@ -87,7 +87,8 @@ TEST_F(AppModelTest, PublishesWhatTheWidgetsShow) {
     ASSERT_TRUE(waitFor([&] { return model->runningCount() == 3; }));
     EXPECT_EQ(model->menuBarTitle(), u"3"_s) << "one is only starting";
     QStringList running;
-    for (const auto& entry : snapshot()->running) {
+    const auto published = snapshot();
+    for (const auto& entry : published->running) {
         running.append(u"%1 %2 %3"_s.arg(entry.projectName, rawValue(entry.kind)).arg(entry.port.value_or(0)));
     }
     EXPECT_THAT(running, ElementsAre(u"B2 backend 8001"_s, u"b backend 8000"_s, u"b frontend 3000"_s));

@@ -7,6 +7,7 @@
 #include "OrvUI/Screens/SystemLook.h"
 #include "OrvUI/Screens/Theme.h"
 #include "OrvUI/Screens/WindowState.h"
+#include "SignalWatcher.h"
 
 #include <QDesktopServices>
 #include <QGuiApplication>
@@ -16,6 +17,8 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 
@@ -57,6 +60,7 @@ private:
     QQmlApplicationEngine m_engine;
     QQuickWindow* m_window = nullptr;
     QTimer m_settled;
+    SignalWatcher m_signals;
     bool m_quitting = false;
 };
 
@@ -88,8 +92,15 @@ bool WindowShell::open() {
             quit();
         }
     });
-    // The desktop is asked when there is something to see.
-    QMetaObject::invokeMethod(&m_look, &SystemLook::start, Qt::QueuedConnection);
+    connect(&m_signals, &SignalWatcher::stopAsked, m_window, &QWindow::close);
+    // What the first frame does not need comes after it.
+    QMetaObject::invokeMethod(
+        &m_look,
+        [this] {
+            m_look.start();
+            QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/OrvLauncher/Screens/icons/app-icon.svg"_s));
+        },
+        Qt::QueuedConnection);
     return true;
 }
 
@@ -178,6 +189,16 @@ void WindowShell::quit() {
 }
 
 } // namespace
+
+bool hasDisplay() {
+#ifdef Q_OS_MACOS
+    return true;
+#else
+    return std::ranges::any_of(std::array{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}, [](const char* name) {
+        return !qEnvironmentVariableIsEmpty(name);
+    });
+#endif
+}
 
 int runWindow(int argc, char** argv) {
     QCoreApplication::setApplicationName(u"OrvLauncher"_s);

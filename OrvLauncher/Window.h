@@ -2,6 +2,9 @@
 
 namespace orv {
 
+/// Whether there is a screen to open a window on: an X or Wayland display, or a platform that the environment names.
+[[nodiscard]] bool hasDisplay();
+
 /// Runs the application with its main window until the person quits it; gives the exit code.
 ///
 /// With `ORV_BENCH_FIRST_FRAME` set it says on the standard output when the first frame is on the screen ("frame") and

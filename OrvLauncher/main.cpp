@@ -1,4 +1,5 @@
 #include "Cli.h"
+#include "Window.h"
 
 #include <cstdio>
 
@@ -6,6 +7,11 @@ int main(int argc, char** argv) {
     if (argc > 1) {
         return orv::runCommandLine(argc, argv);
     }
-    std::fputs("There is no window yet. 'orvlauncher --help' shows what can be done in the terminal.\n", stderr);
-    return orv::exitFailed;
+    if (!orv::hasDisplay()) {
+        std::fputs(
+            "There is no display for the window. 'orvlauncher --help' shows what can be done in the terminal.\n",
+            stderr);
+        return orv::exitFailed;
+    }
+    return orv::runWindow(argc, argv);
 }

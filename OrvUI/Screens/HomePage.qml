@@ -52,6 +52,8 @@ FocusScope {
 
         property real topBefore: originY
 
+        objectName: "cardGrid"
+
         anchors.top: parent.top
         anchors.bottom: parent.bottom
         x: Math.round((page.width - page.contentWidth) / 2)

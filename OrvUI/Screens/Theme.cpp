@@ -1,5 +1,7 @@
 #include "OrvUI/Screens/Theme.h"
 
+#include "OrvCore/Async.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFontDatabase>
@@ -112,6 +114,7 @@ Theme* Theme::create(QQmlEngine* engine, QJSEngine* scriptEngine) {
 }
 
 void Theme::setTheme(int theme) {
+    ORV_ASSERT_MAIN_THREAD();
     if (theme < 0 || theme >= themeCount || theme == this->theme()) {
         return;
     }
@@ -120,10 +123,12 @@ void Theme::setTheme(int theme) {
 }
 
 void Theme::setDark(bool dark) {
+    ORV_ASSERT_MAIN_THREAD();
     use(theme(), dark);
 }
 
 void Theme::setReducedMotion(bool reduced) {
+    ORV_ASSERT_MAIN_THREAD();
     if (reduced == m_reducedMotion) {
         return;
     }

@@ -1,5 +1,6 @@
 #include "OrvUI/Screens/Tooltips.h"
 
+#include "OrvCore/Async.h"
 #include "OrvUI/Screens/Theme.h"
 
 #include <chrono>
@@ -17,6 +18,7 @@ Tooltips::Tooltips(QObject* parent) : QObject(parent) {
 }
 
 void Tooltips::enter(QQuickItem* item, const QString& text, const QString& shortcut) {
+    ORV_ASSERT_MAIN_THREAD();
     if (text.isEmpty()) {
         return;
     }
@@ -31,6 +33,7 @@ void Tooltips::enter(QQuickItem* item, const QString& text, const QString& short
 }
 
 void Tooltips::leave(QQuickItem* item) {
+    ORV_ASSERT_MAIN_THREAD();
     if (item != m_target) {
         return;
     }

@@ -1,7 +1,7 @@
 #include "OrvUI/Screens/Icon.h"
 #include "OrvUI/Screens/Tooltips.h"
 #include "OrvUI/Screens/WindowState.h"
-#include "support/TestSupport.h"
+#include "tests/support/TestSupport.h"
 
 #include <QDir>
 #include <QImage>

@@ -1,5 +1,5 @@
 #include "OrvUI/Screens/Theme.h"
-#include "support/TestSupport.h"
+#include "tests/support/TestSupport.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -18,7 +18,9 @@ const QStringList themeNames{u"ember"_s, u"ocean"_s, u"forest"_s, u"violet"_s, u
 
 /// WCAG 2.1, relative luminance.
 double luminance(const QColor& color) {
-    const auto channel = [](double value) { return value <= 0.03928 ? value / 12.92 : qPow((value + 0.055) / 1.055, 2.4); };
+    const auto channel = [](double value) {
+        return value <= 0.03928 ? value / 12.92 : qPow((value + 0.055) / 1.055, 2.4);
+    };
     return 0.2126 * channel(color.redF()) + 0.7152 * channel(color.greenF()) + 0.0722 * channel(color.blueF());
 }
 
@@ -60,9 +62,10 @@ TEST(Theme, KeepsTextReadableOnWhatItStandsOn) {
         double least;
     };
     const Pair pairs[] = {
-        {"text", "window", 4.5},    {"text2", "surface", 4.5},  {"text3", "surface", 4.5}, {"text3", "sidebar", 4.5},
-        {"onAccent", "accent", 4.5}, {"danger", "surface", 4.5}, {"warning", "surface", 4.5}, {"accentText", "selection", 4.5},
-        {"text", "selection", 4.5}, {"tipFg", "tipBg", 4.5},    {"focus", "window", 3},    {"focus", "sidebar", 3},
+        {"text", "window", 4.5},     {"text2", "surface", 4.5},        {"text3", "surface", 4.5},
+        {"text3", "sidebar", 4.5},   {"onAccent", "accent", 4.5},      {"danger", "surface", 4.5},
+        {"warning", "surface", 4.5}, {"accentText", "selection", 4.5}, {"text", "selection", 4.5},
+        {"tipFg", "tipBg", 4.5},     {"focus", "window", 3},           {"focus", "sidebar", 3},
     };
     Theme theme;
     for (int index = 0; index < themeNames.size(); ++index) {
@@ -70,8 +73,8 @@ TEST(Theme, KeepsTextReadableOnWhatItStandsOn) {
             theme.setTheme(index);
             theme.setDark(dark);
             for (const Pair& pair : pairs) {
-                const double found = contrast(
-                    theme.property(pair.ink).value<QColor>(), theme.property(pair.ground).value<QColor>());
+                const double found =
+                    contrast(theme.property(pair.ink).value<QColor>(), theme.property(pair.ground).value<QColor>());
                 EXPECT_GE(found, pair.least) << themeNames[index].toStdString() << (dark ? " dark " : " light ")
                                              << pair.ink << " on " << pair.ground;
             }

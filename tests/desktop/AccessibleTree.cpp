@@ -1,4 +1,4 @@
-#include "desktop/AccessibleTree.h"
+#include "tests/desktop/AccessibleTree.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
@@ -26,8 +26,8 @@ QDBusConnection accessibilityBus(const QString& sessionBus) {
 AccessibleTree::AccessibleTree(const QString& sessionBus) : m_bus(accessibilityBus(sessionBus)) {}
 
 QList<AccessibleTree::Reference> AccessibleTree::children(const Reference& parent) const {
-    const QDBusMessage reply = m_bus.call(
-        QDBusMessage::createMethodCall(parent.service, parent.path, accessible, u"GetChildren"_s));
+    const QDBusMessage reply =
+        m_bus.call(QDBusMessage::createMethodCall(parent.service, parent.path, accessible, u"GetChildren"_s));
     QList<Reference> found;
     if (reply.type() != QDBusMessage::ReplyMessage) {
         return found;
@@ -48,8 +48,8 @@ QList<AccessibleTree::Reference> AccessibleTree::children(const Reference& paren
 }
 
 QString AccessibleTree::property(const Reference& item, const QString& name) const {
-    QDBusMessage ask = QDBusMessage::createMethodCall(
-        item.service, item.path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    QDBusMessage ask =
+        QDBusMessage::createMethodCall(item.service, item.path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     ask << accessible << name;
     const QDBusReply<QDBusVariant> reply = m_bus.call(ask);
     return reply.value().variant().toString();
@@ -60,12 +60,12 @@ void AccessibleTree::collect(const Reference& item, int depth, QList<Item>& foun
     if (depth > deepest) {
         return;
     }
-    QDBusMessage askPlace = QDBusMessage::createMethodCall(
-        item.service, item.path, u"org.a11y.atspi.Component"_s, u"GetExtents"_s);
+    QDBusMessage askPlace =
+        QDBusMessage::createMethodCall(item.service, item.path, u"org.a11y.atspi.Component"_s, u"GetExtents"_s);
     askPlace << uint(0); // of the screen
     const QDBusMessage place = m_bus.call(askPlace);
-    const QDBusReply<QString> role = m_bus.call(
-        QDBusMessage::createMethodCall(item.service, item.path, accessible, u"GetRoleName"_s));
+    const QDBusReply<QString> role =
+        m_bus.call(QDBusMessage::createMethodCall(item.service, item.path, accessible, u"GetRoleName"_s));
     QRect rect;
     if (place.type() == QDBusMessage::ReplyMessage) {
         const auto argument = place.arguments().constFirst().value<QDBusArgument>();
@@ -86,8 +86,7 @@ void AccessibleTree::collect(const Reference& item, int depth, QList<Item>& foun
 
 QList<AccessibleTree::Item> AccessibleTree::items(const QString& application) const {
     QList<Item> found;
-    for (const Reference& root :
-         children({u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
+    for (const Reference& root : children({u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
         if (property(root, u"Name"_s) == application) {
             collect(root, 0, found);
         }

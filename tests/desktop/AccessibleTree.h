@@ -2,11 +2,13 @@
 
 #include <QDBusConnection>
 #include <QRect>
+
 #include <optional>
 
 namespace orv::test {
 
-/// What assistive tools see of an application: the way in which a test finds a control without knowing where it is drawn.
+/// What assistive tools see of an application: the way in which a test finds a control without knowing where it is
+/// drawn.
 ///
 /// Over AT-SPI (org.a11y.atspi.Accessible and .Component).
 class AccessibleTree {

@@ -1,6 +1,6 @@
-#include "desktop/VirtualDesktop.h"
+#include "tests/desktop/VirtualDesktop.h"
 
-#include "support/TestSupport.h"
+#include "tests/support/TestSupport.h"
 
 #include <QDir>
 
@@ -14,8 +14,8 @@ VirtualDesktop::VirtualDesktop() : m_environment(QProcessEnvironment::systemEnvi
     m_environment.insert(u"XDG_RUNTIME_DIR"_s, m_home.path());
     m_environment.insert(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
 
-    QProcess* screen = start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1400x1000x24"_s,
-                                         u"-nolisten"_s, u"tcp"_s});
+    QProcess* screen =
+        start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1400x1000x24"_s, u"-nolisten"_s, u"tcp"_s});
     m_environment.insert(u"DISPLAY"_s, u':' + firstLine(screen));
     QProcess* bus = start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address=1"_s});
     m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, firstLine(bus));
@@ -64,8 +64,12 @@ void VirtualDesktop::click(QPoint at) const {
     tool(u"xdotool"_s, {u"mousemove"_s, QString::number(at.x()), QString::number(at.y()), u"click"_s, u"1"_s});
 }
 
-void VirtualDesktop::key(const QString& keys) const { tool(u"xdotool"_s, {u"key"_s, keys}); }
+void VirtualDesktop::key(const QString& keys) const {
+    tool(u"xdotool"_s, {u"key"_s, keys});
+}
 
-void VirtualDesktop::type(const QString& text) const { tool(u"xdotool"_s, {u"type"_s, text}); }
+void VirtualDesktop::type(const QString& text) const {
+    tool(u"xdotool"_s, {u"type"_s, text});
+}
 
 } // namespace orv::test

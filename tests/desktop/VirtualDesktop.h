@@ -3,6 +3,7 @@
 #include <QProcess>
 #include <QRect>
 #include <QTemporaryDir>
+
 #include <memory>
 #include <vector>
 

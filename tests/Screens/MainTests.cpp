@@ -1,0 +1,168 @@
+#include "OrvUI/Screens/Theme.h"
+#include "tests/OrvUI/ModelFixture.h"
+
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace orv {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+QStringList* warnings = nullptr;
+
+void collect(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    Q_UNUSED(context)
+    if (type != QtDebugMsg && type != QtInfoMsg) {
+        warnings->append(text);
+    }
+}
+
+/// The window over a model with a folder of its own; whatever QML complains of fails the test.
+class MainWindow : public test::ModelFixture {
+protected:
+    MainWindow() {
+        warnings = &m_warnings;
+        m_before = qInstallMessageHandler(collect);
+    }
+
+    ~MainWindow() override {
+        m_engine.reset();
+        qInstallMessageHandler(m_before);
+        EXPECT_EQ(m_warnings, QStringList());
+    }
+
+    void open(QSize size) {
+        m_engine = std::make_unique<QQmlApplicationEngine>();
+        m_engine->addImportPath(u":/qt/qml"_s);
+        m_engine->setInitialProperties({{u"model"_s, QVariant::fromValue(model.get())}, {u"ownFrame"_s, true}});
+        m_engine->load(QUrl(u"qrc:/qt/qml/OrvLauncher/Screens/Main.qml"_s));
+        ASSERT_FALSE(m_engine->rootObjects().isEmpty());
+        window = qobject_cast<QQuickWindow*>(m_engine->rootObjects().constFirst());
+        window->resize(size);
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+
+    /// The visible items of a component.
+    [[nodiscard]] QList<QQuickItem*> items(const QByteArray& component, QQuickItem* below = nullptr) const {
+        QList<QQuickItem*> found;
+        for (QQuickItem* item : (below != nullptr ? below : window->contentItem())->childItems()) {
+            if (!item->isVisible()) {
+                continue;
+            }
+            if (QByteArray(item->metaObject()->className()).startsWith(component + "_QML")) {
+                found.append(item);
+            }
+            found += items(component, item);
+        }
+        return found;
+    }
+
+    [[nodiscard]] QQuickItem* item(const QByteArray& component) const {
+        const QList<QQuickItem*> found = items(component);
+        EXPECT_FALSE(found.isEmpty()) << component.toStdString();
+        return found.value(0);
+    }
+
+    QQuickWindow* window = nullptr;
+
+private:
+    QStringList m_warnings;
+    QtMessageHandler m_before = nullptr;
+    std::unique_ptr<QQmlApplicationEngine> m_engine;
+};
+
+TEST_F(MainWindow, LaysItsColumnsOutByTheWidth) {
+    for (int number = 0; number < 30; ++number) {
+        addInstalled(u"p%1"_s.arg(number), "vite", "");
+    }
+    scan();
+    open(QSize(1280, 832));
+    struct Case {
+        int width;
+        int columns;
+        bool rail;
+        double sidebar;
+    };
+    const Case cases[] = {{760, 2, true, 72},    {900, 2, true, 72},    {999, 2, true, 72},    {1000, 2, false, 240},
+                          {1280, 3, false, 240}, {1520, 3, false, 256}, {1720, 4, false, 256}, {2560, 4, false, 256}};
+    for (const Case& it : cases) {
+        window->resize(it.width, 832);
+        const QQuickItem* page = item("HomePage");
+        const QQuickItem* sidebar = item("Sidebar");
+        EXPECT_EQ(page->property("columns").toInt(), it.columns) << it.width;
+        EXPECT_EQ(sidebar->property("rail").toBool(), it.rail) << it.width;
+        EXPECT_EQ(sidebar->width(), it.sidebar) << it.width;
+        EXPECT_EQ(items("OutlineRow").isEmpty(), it.rail) << it.width;
+        double right = 0;
+        for (const QQuickItem* card : items("ProjectCard")) {
+            EXPECT_GE(card->width(), 296) << it.width;
+            right = qMax(right, card->mapToScene(QPointF(card->width(), 0)).x());
+        }
+        EXPECT_LE(right, it.width - Theme::panelInset - Theme::pagePaddingNarrow) << it.width;
+    }
+}
+
+TEST_F(MainWindow, MakesOnlyTheCardsThatCanBeSeen) {
+    for (int number = 0; number < 200; ++number) {
+        addInstalled(u"p%1"_s.arg(number), "vite", "");
+    }
+    scan();
+    open(QSize(1280, 832));
+    EXPECT_TRUE(test::waitFor([this] { return !items("ProjectCard").isEmpty(); }));
+    EXPECT_LE(items("ProjectCard").size(), 27);
+}
+
+TEST_F(MainWindow, ShowsSkeletonsUntilTheFirstScanEnds) {
+    open(QSize(1280, 832));
+    EXPECT_FALSE(items("Skeleton").isEmpty());
+    EXPECT_TRUE(items("EmptyState").isEmpty());
+    scan();
+    EXPECT_TRUE(test::waitFor([this] { return items("Skeleton").isEmpty() && !items("EmptyState").isEmpty(); }));
+}
+
+TEST_F(MainWindow, KeepsTheCardsInPlaceWhenAShelfComesWhileScrolledDown) {
+    for (int number = 0; number < 60; ++number) {
+        addInstalled(u"p%1"_s.arg(number), "vite", test::up(4000));
+    }
+    scan();
+    open(QSize(1280, 832));
+    QQuickItem* grid = item("HomePage")->findChild<QQuickItem*>(u"cardGrid"_s);
+    ASSERT_NE(grid, nullptr);
+    const auto offset = [&] { return grid->property("contentY").toDouble() - grid->property("originY").toDouble(); };
+    const auto shelves = [this] { return items("RunningItem").size(); };
+    model->toggleProject(root + u"/p0"_s);
+    ASSERT_TRUE(test::waitFor([&] { return shelves() == 1; }));
+    EXPECT_EQ(offset(), 0) << "at the top what is new is seen";
+    model->stopProject(root + u"/p0"_s);
+    ASSERT_TRUE(test::waitFor([&] { return shelves() == 0; }));
+    grid->setProperty("contentY", grid->property("contentY").toDouble() + 900);
+    const auto place = [&] { return items("ProjectCard").constFirst()->mapToScene(QPointF()).y(); };
+    const double before = place();
+    const double offsetBefore = offset();
+    model->toggleProject(root + u"/p0"_s);
+    ASSERT_TRUE(test::waitFor([&] { return offset() != offsetBefore; }));
+    EXPECT_EQ(place(), before);
+}
+
+TEST_F(MainWindow, SetsTheFocusIntoTheSheetAndBack) {
+    addNode(u"shop"_s, "vite", test::up(4001));
+    scan();
+    open(QSize(1280, 832));
+    QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return model->setupActive() && !items("SetupStep").isEmpty(); }));
+    EXPECT_TRUE(test::waitFor([this] {
+        const QQuickItem* focused = window->activeFocusItem();
+        return focused != nullptr && focused->property("text") == u"Install and run"_s;
+    }));
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_FALSE(model->setupActive());
+    EXPECT_TRUE(test::waitFor([this] { return item("ProjectCard")->hasActiveFocus(); }));
+}
+
+} // namespace
+} // namespace orv

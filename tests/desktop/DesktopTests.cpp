@@ -1,0 +1,154 @@
+#include "tests/OrvLauncher/Launcher.h"
+#include "tests/desktop/AccessibleTree.h"
+#include "tests/desktop/VirtualDesktop.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+namespace orv::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// The application on a screen of its own, with one static site in its folder of projects.
+class Desktop : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(desktop.problem(), QString());
+        accessible.emplace(desktop.busAddress());
+        launcher.tree.add(u"projects/site/index.html"_s, "<p>hello from the site</p>");
+        const QString site = launcher.tree.path(u"projects/site"_s);
+        const QString command = u"cd '%1' && exec python3 -m http.server %2"_s.arg(site).arg(port);
+        ASSERT_EQ(launcher.call({u"override"_s, u"set"_s, site, u"app"_s, u"--command"_s, command}).exitCode, 0);
+    }
+
+    void TearDown() override {
+        if (application.state() != QProcess::NotRunning) {
+            application.kill();
+            application.waitForFinished();
+        }
+    }
+
+    void open(const QString& backend = {}) {
+        QProcessEnvironment environment = desktop.environment();
+        for (const QString& name : {u"ORV_SUPPORT_DIR"_s, u"ORV_TEST_MARK"_s}) {
+            environment.insert(name, launcher.environment.value(name));
+        }
+        environment.remove(u"PYTHONUNBUFFERED"_s);
+        environment.insert(u"QT_QUICK_BACKEND"_s, backend);
+        application.setProcessEnvironment(environment);
+        application.start(QStringLiteral(ORV_LAUNCHER), QStringList());
+        ASSERT_TRUE(shows(u"Run App in site"_s)) << seen().toStdString();
+    }
+
+    /// Ends the application as a person does, and looks at what is left.
+    void close() {
+        desktop.key(u"ctrl+q"_s);
+        EXPECT_TRUE(waitFor([this] { return application.state() == QProcess::NotRunning; }));
+        EXPECT_EQ(application.exitCode(), 0);
+        EXPECT_TRUE(waitFor([this] { return launcher.leftBehind().isEmpty(); }))
+            << launcher.leftBehind().join(u'\n').toStdString();
+        const QString said = QString::fromUtf8(application.readAllStandardError());
+        static const QRegularExpression fault(u"qrc:|file:|QML|TypeError|ReferenceError|runtime error|ERROR: "_s);
+        EXPECT_FALSE(said.contains(fault)) << said.toStdString();
+    }
+
+    [[nodiscard]] bool shows(const QString& name) {
+        return waitFor([&] { return accessible->find(u"OrvLauncher"_s, name).has_value(); });
+    }
+
+    [[nodiscard]] bool hides(const QString& name) {
+        return waitFor([&] { return !accessible->find(u"OrvLauncher"_s, name).has_value(); });
+    }
+
+    void click(const QString& name) {
+        const auto item = accessible->find(u"OrvLauncher"_s, name);
+        ASSERT_TRUE(item.has_value()) << name.toStdString() << " is not there:\n" << seen().toStdString();
+        desktop.click(item->place.center());
+    }
+
+    /// The names of everything on the screen.
+    [[nodiscard]] QString seen() const {
+        QString names;
+        for (const AccessibleTree::Item& item : accessible->items(u"OrvLauncher"_s)) {
+            names += item.role + u": "_s + item.name + u'\n';
+        }
+        return names + QString::fromUtf8(readFile(launcher.tree.path(u"support/settings.json"_s)));
+    }
+
+    [[nodiscard]] QStringList pins() const {
+        const QByteArray file = readFile(launcher.tree.path(u"support/settings.json"_s));
+        return QJsonDocument::fromJson(file)[u"pinnedProjectIDs"].toVariant().toStringList();
+    }
+
+    const int port = freePort();
+    const QString address = u"Open localhost:%1 in your browser"_s.arg(port);
+    VirtualDesktop desktop;
+    Launcher launcher;
+    std::optional<AccessibleTree> accessible;
+    QProcess application;
+};
+
+TEST_F(Desktop, RunsAProjectByAClickUntilItAnswersAndStopsIt) {
+    open();
+    EXPECT_TRUE(httpGet(port).isEmpty());
+    click(u"Run App in site"_s);
+    EXPECT_TRUE(shows(address)) << seen().toStdString();
+    EXPECT_TRUE(httpGet(port).contains("hello from the site"));
+    EXPECT_TRUE(shows(u"Stop all"_s)) << "the shelf of what runs";
+    click(u"Stop site"_s);
+    EXPECT_TRUE(hides(address));
+    EXPECT_TRUE(httpGet(port).isEmpty());
+    EXPECT_TRUE(shows(u"Run App in site"_s));
+    close();
+}
+
+TEST_F(Desktop, IsDrivenByKeysAlone) {
+    open(u"software"_s);
+    desktop.key(u"ctrl+f"_s);
+    desktop.type(u"sit"_s);
+    ASSERT_TRUE(shows(u"Results for “sit”"_s)) << seen().toStdString();
+    desktop.key(u"Return"_s); // to the cards
+    desktop.key(u"ctrl+Return"_s);
+    EXPECT_TRUE(shows(address)) << seen().toStdString();
+    desktop.key(u"ctrl+d"_s);
+    EXPECT_TRUE(waitFor([this] { return pins() == QStringList(launcher.tree.path(u"projects/site"_s)); }));
+    desktop.key(u"ctrl+Return"_s);
+    EXPECT_TRUE(hides(address));
+    desktop.key(u"ctrl+f"_s);
+    desktop.type(u"x"_s);
+    EXPECT_TRUE(shows(u"No projects match"_s)) << seen().toStdString();
+    desktop.key(u"Escape"_s);
+    desktop.key(u"ctrl+3"_s);
+    EXPECT_TRUE(shows(u"Show all projects"_s)) << "nothing runs";
+    desktop.key(u"ctrl+1"_s);
+    EXPECT_TRUE(shows(u"Run App in site"_s));
+    // What is added to the folder comes with a refresh.
+    launcher.tree.add(u"projects/second/index.html"_s, "second");
+    desktop.key(u"F5"_s);
+    EXPECT_TRUE(shows(u"Run App in second"_s)) << seen().toStdString();
+    close();
+}
+
+TEST_F(Desktop, AsksBeforeAnInstallAndStopsWhatRunsWhenItIsClosed) {
+    launcher.tree.add(
+        u"projects/shop/package.json"_s, R"({"scripts": {"dev": "vite"}, "dependencies": {"vite": "1"}})");
+    open(u"software"_s);
+    click(u"Run Frontend in shop"_s);
+    EXPECT_TRUE(shows(u"Set up shop"_s)) << seen().toStdString();
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(hides(u"Set up shop"_s));
+    EXPECT_FALSE(QFile::exists(launcher.tree.path(u"projects/shop/node_modules"_s)));
+    click(u"Run App in site"_s);
+    EXPECT_TRUE(shows(address)) << seen().toStdString();
+    close();
+    EXPECT_TRUE(httpGet(port).isEmpty());
+}
+
+} // namespace
+} // namespace orv::test

@@ -187,7 +187,8 @@ bool FolderReader::isFolder(const Entry& entry) const {
         return entry.type == Type::folder;
     }
     struct stat status{};
-    return ::fstatat(m_fd.get(), name(entry).data(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+    const char* const terminated = m_names.data() + entry.offset; // every name has a zero behind it
+    return ::fstatat(m_fd.get(), terminated, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
 }
 
 std::vector<std::string> FolderReader::namesEndingIn(std::string_view suffix) const {

@@ -139,7 +139,7 @@ struct Codec<QList<T>> {
         const QJsonArray array = value.toArray();
         QList<T> list;
         list.reserve(array.size());
-        for (const QJsonValue& element : array) {
+        for (const QJsonValue element : array) {
             Decoded<T> decoded = Codec<T>::decode(element);
             if (!decoded) {
                 const QString& field = decoded.error().field;

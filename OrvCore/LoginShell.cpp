@@ -19,7 +19,7 @@ constexpr std::array posixShells{"ash"_L1,  "bash"_L1, "dash"_L1, "ksh"_L1,  "ks
 } // namespace
 
 QString loginShell(const QString& accountShell, const std::function<bool(const QString&)>& isExecutable) {
-    const QString zsh = u"/bin/zsh"_s;
+    QString zsh = u"/bin/zsh"_s;
     if (isExecutable(zsh)) {
         return zsh;
     }

@@ -141,7 +141,7 @@ StoredBytes StoreIO::read(const QString& path) {
     QByteArray bytes;
     // The size is a hint only: a file may grow while it is read.
     bytes.reserve(std::clamp<qint64>(info.st_size, 0, limitBytes));
-    std::array<char, 16 * 1024> chunk;
+    std::array<char, 16'384> chunk;
     while (std::max<qint64>(info.st_size, bytes.size()) <= limitBytes) {
         const ssize_t count = again(::read, file.get(), chunk.data(), chunk.size());
         if (count < 0) {

@@ -45,7 +45,7 @@ struct StoredBytes {
 /// A symbolic link is followed: what is written, locked and set aside is the file that it leads to.
 namespace StoreIO {
 /// A larger file is no store of ours and counts as unreadable; none is written.
-inline constexpr qint64 limitBytes = 32 * 1024 * 1024;
+inline constexpr qint64 limitBytes = qint64{32} * 1024 * 1024;
 
 [[nodiscard]] StoredBytes read(const QString& path);
 /// Makes the folder and holds the lock file ("<name>.lock" beside `path`, flock(2): the kernel lets go of it when its

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 
 #include <chrono>
+#include <tuple>
 
 #include <sys/stat.h>
 
@@ -55,7 +56,7 @@ StoreWatcher::StoreWatcher(const QStringList& filePaths, QObject* parent) : QObj
     connect(&m_settle, &QTimer::timeout, this, &StoreWatcher::compare);
     for (const QString& path : filePaths) {
         // A folder that can't be made is an answer of the first write.
-        static_cast<void>(StoreIO::makeFolder(QFileInfo(path).path()));
+        std::ignore = StoreIO::makeFolder(QFileInfo(path).path());
         m_stamps.insert(path, {});
     }
     watch();

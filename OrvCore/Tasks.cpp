@@ -4,6 +4,7 @@
 #include "OrvCore/Paths.h"
 
 #include <algorithm>
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -102,7 +103,7 @@ QUuid TaskStore::add(const QString& title, const QString& notes, const QString& 
         .createdAt = QDateTime::currentDateTimeUtc(),
         .doneAt = {},
     };
-    change([task](TaskList& tasks) { tasks.append(task); });
+    std::ignore = change([task](TaskList& tasks) { tasks.append(task); });
     return task.id;
 }
 

@@ -16,8 +16,10 @@ namespace orv {
 namespace {
 
 constexpr std::array labelStyles{Style::cyan, Style::magenta, Style::yellow, Style::green, Style::blue};
-/// How long the announced port may go without a listener before it is given out all the same.
-constexpr std::chrono::milliseconds patienceLimit{2000};
+/// How long a service that listens where it never said so may go on without saying, or one of which it can't be known.
+constexpr std::chrono::milliseconds patience{2000};
+/// How long one that does not listen yet may take.
+constexpr std::chrono::milliseconds longPatience{10'000};
 /// Among so many of the newest lines a server's last word about its port is looked for.
 constexpr qsizetype linesLookedAt = 50;
 
@@ -53,6 +55,7 @@ RunSession::RunSession(
     addLabels();
     ProcessManager& processes = m_model.processes();
     connect(&processes, &ProcessManager::stateChanged, this, &RunSession::stateChanged);
+    connect(&processes, &ProcessManager::linesSkipped, this, &RunSession::linesSkipped);
     connect(&processes, &ProcessManager::logAppended, this, [this](const ServiceID& id, qsizetype added, qsizetype) {
         logAppended(id, added);
     });
@@ -162,7 +165,7 @@ void RunSession::stateChanged(const ServiceID& id) {
     Shown& service = shown(id);
     switch (state.phase) {
     case ServiceState::Phase::starting:
-        service.saidPort.reset();
+        service.said.reset();
         break;
     case ServiceState::Phase::running:
         sayAddress(id, false);
@@ -178,25 +181,25 @@ void RunSession::stateChanged(const ServiceID& id) {
     endIfOver();
 }
 
+void RunSession::linesSkipped(const ServiceID& id, qsizetype count) {
+    event(u"skipped"_s, &id, {{u"count"_s, count}});
+    if (!m_options.json) {
+        const QString number = QLocale(QLocale::English).toString(count);
+        const QString text = count == 1 ? u"… 1 line skipped"_s : u"… %1 lines skipped"_s.arg(number);
+        m_console.out.writeLine(label(id) + painted(text, Style::dim, m_console.out.hasColor()));
+    }
+}
+
 void RunSession::logAppended(const ServiceID& id, qsizetype added) {
     const LogBuffer& log = m_model.processes().log(id);
-    const qsizetype shownLines = std::min(added, log.size());
-    const bool hasColor = m_console.out.hasColor();
-    const QString label = painted(padded(shown(id).label, m_labelWidth) + u" │"_s, shown(id).style, hasColor) + u' ';
-    if (const qsizetype skipped = added - shownLines; skipped > 0) {
-        event(u"skipped"_s, &id, {{u"count"_s, skipped}});
-        if (!m_options.json) {
-            const QString count = QLocale(QLocale::English).toString(skipped);
-            m_console.out.writeLine(label + painted(u"… %1 lines skipped"_s.arg(count), Style::dim, hasColor));
-        }
-    }
+    const QString start = label(id);
     QByteArray block;
-    for (qsizetype i = log.size() - shownLines; i < log.size(); ++i) {
+    for (qsizetype i = std::max<qsizetype>(0, log.size() - added); i < log.size(); ++i) {
         if (m_options.json) {
             block +=
                 compactJson(QJsonObject{{u"event"_s, u"log"_s}, {u"service"_s, toJson(id)}, {u"line"_s, log.at(i)}});
         } else {
-            block += (label + safeOutputLine(log.at(i), hasColor)).toUtf8();
+            block += (start + safeOutputLine(log.at(i), m_console.out.hasColor())).toUtf8();
         }
         block += '\n';
     }
@@ -206,8 +209,13 @@ void RunSession::logAppended(const ServiceID& id, qsizetype added) {
     }
 }
 
-/// Says where the service is up, once a port is sure: it listens there, and said so itself. Another port that it opened
-/// (a debugger's, say) is given only when nothing better came for a while.
+QString RunSession::label(const ServiceID& id) {
+    const Shown& service = shown(id);
+    return painted(padded(service.label, m_labelWidth) + u" │"_s, service.style, m_console.out.hasColor()) + u' ';
+}
+
+/// Says where the service is up, once that is sure: it listens there, and said so itself. A port that it never spoke of
+/// (a debugger's, say), or where it does not listen yet, is given only when nothing better came for a while.
 void RunSession::sayAddress(const ServiceID& id, bool hasWaited) {
     if (AppModel::isInstall(id) || m_isStopping) {
         return;
@@ -218,32 +226,43 @@ void RunSession::sayAddress(const ServiceID& id, bool hasWaited) {
     if (!port && !listening.isEmpty()) {
         port = listening.first(); // a server that says nothing
     }
-    Shown& service = shown(id);
-    if (!state.isActive() || !port || service.saidPort == port) {
+    if (!state.isActive() || !port) {
         return;
     }
     const bool listens = listening.contains(*port);
-    const bool isSure = listens && (state.port == port || saysPort(m_model.processes().log(id), *port));
-    if (!isSure && !hasWaited) {
-        if (service.patience == nullptr) {
-            service.patience = new QTimer(this);
-            service.patience->setSingleShot(true);
-            connect(service.patience, &QTimer::timeout, this, [this, id] { sayAddress(id, true); });
-        }
-        if (!service.patience->isActive()) {
-            service.patience->start(patienceLimit);
-        }
+    // A container's ports are not those of the process that started it.
+    const bool isUp = listens || id.kind == ServiceKind::docker;
+    Shown& service = shown(id);
+    if (service.said == Said{*port, isUp}) {
         return;
     }
-    service.saidPort = port;
-    QString message = u"%1 is up at http://localhost:%2"_s.arg(service.label).arg(*port);
-    QJsonObject fields{{u"port"_s, *port}, {u"url"_s, u"http://localhost:%1"_s.arg(*port)}, {u"listening"_s, listens}};
+    const bool isSure = listens && (state.port == port || saysPort(m_model.processes().log(id), *port));
+    if (!isSure && !hasWaited) {
+        waitForAddress(id, isUp ? patience : longPatience);
+        return;
+    }
+    service.said = Said{*port, isUp};
+    const QString url = u"http://localhost:%1"_s.arg(*port);
+    QJsonObject fields{{u"port"_s, *port}, {u"url"_s, url}, {u"listening"_s, listens}};
+    QString message = service.label + (isUp ? u" is up at "_s : u" does not listen yet at "_s) + url;
     if (state.port && state.port != port) {
         message += u" (not at port %1, which it named first)"_s.arg(*state.port);
         fields[u"announcedPort"_s] = *state.port;
     }
-    say(message, Style::green);
+    say(message, isUp ? Style::green : Style::yellow);
     event(u"address"_s, &id, fields);
+}
+
+void RunSession::waitForAddress(const ServiceID& id, std::chrono::milliseconds limit) {
+    Shown& service = shown(id);
+    if (service.patience == nullptr) {
+        service.patience = new QTimer(this);
+        service.patience->setSingleShot(true);
+        connect(service.patience, &QTimer::timeout, this, [this, id] { sayAddress(id, true); });
+    }
+    if (!service.patience->isActive() || service.patience->remainingTimeAsDuration() > limit) {
+        service.patience->start(limit);
+    }
 }
 
 void RunSession::stopAsked() {

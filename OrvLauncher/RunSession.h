@@ -37,23 +37,32 @@ public:
     QFuture<int> start();
 
 private:
+    struct Said {
+        int port = 0;
+        bool isUp = false; ///< or does it not listen there yet
+
+        bool operator==(const Said&) const = default;
+    };
     /// What was printed of a service so far.
     struct Shown {
         QString label;
         Style style = Style::plain;
-        std::optional<int> saidPort;
+        std::optional<Said> said;
         QTimer* patience = nullptr; ///< until an address is given that nothing confirms
     };
 
     [[nodiscard]] bool isAnyActive() const;
     Shown& shown(const ServiceID& id);
     void addLabels();
+    [[nodiscard]] QString label(const ServiceID& id);
 
     void deferredToInstall();
     void install();
     void stateChanged(const ServiceID& id);
+    void linesSkipped(const ServiceID& id, qsizetype count);
     void logAppended(const ServiceID& id, qsizetype added);
     void sayAddress(const ServiceID& id, bool hasWaited);
+    void waitForAddress(const ServiceID& id, std::chrono::milliseconds limit);
     void stopAsked();
     void stop();
     void endIfOver();

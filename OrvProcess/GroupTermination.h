@@ -39,7 +39,7 @@ private:
     QPromise<void> m_promise;
     QDeadlineTimer m_deadline;
     bool m_killed = false;
-    QTimer m_timer;
+    QTimer m_timer{this};
 };
 
 } // namespace orv

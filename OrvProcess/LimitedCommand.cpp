@@ -38,7 +38,7 @@ public:
 
 private:
     QPromise<void> m_promise;
-    QTimer m_timer;
+    QTimer m_timer{this};
     bool m_hasExited = false;
 };
 

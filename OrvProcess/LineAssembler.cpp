@@ -19,8 +19,9 @@ qsizetype characterBoundary(QByteArrayView text, qsizetype limit) {
 
 } // namespace
 
-QByteArray LineAssembler::append(QByteArrayView bytes) {
-    QByteArray lines;
+QByteArray LineAssembler::append(QByteArrayView bytes, QByteArray memory) {
+    QByteArray lines = std::move(memory);
+    lines.resize(0);
     if (m_partial.size() + bytes.size() <= limitBytes) {
         const qsizetype end = bytes.lastIndexOf('\n') + 1;
         if (end > 0) {

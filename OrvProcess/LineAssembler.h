@@ -14,8 +14,9 @@ class LineAssembler {
 public:
     static constexpr qsizetype limitBytes = 64 * 1024;
 
-    /// The raw lines that `bytes` completes, each ended by "\n"; empty when there is none.
-    [[nodiscard]] QByteArray append(QByteArrayView bytes);
+    /// The raw lines that `bytes` completes, each ended by "\n"; empty when there is none. They are put where `memory`
+    /// has its content, if that has room.
+    [[nodiscard]] QByteArray append(QByteArrayView bytes, QByteArray memory = {});
     /// What stands behind the last line feed, ended by "\n" too; empty when nothing does.
     [[nodiscard]] QByteArray finish();
 

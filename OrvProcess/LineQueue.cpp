@@ -4,12 +4,14 @@
 #include "OrvProcess/TerminalLine.h"
 
 #include <algorithm>
-#include <vector>
+#include <utility>
 
 namespace orv {
 
 void LineQueue::append(QByteArrayView bytes) {
-    push(m_assembler.append(bytes));
+    QByteArray memory = m_dropped.empty() ? QByteArray() : std::move(m_dropped.back().bytes);
+    m_dropped.clear();
+    push(m_assembler.append(bytes, std::move(memory)));
 }
 
 void LineQueue::finish() {
@@ -21,7 +23,7 @@ void LineQueue::push(QByteArray lines) {
         return;
     }
     const qsizetype count = std::count(lines.cbegin(), lines.cend(), '\n');
-    std::vector<Block> dropped;
+    bool portWanted = false;
     {
         std::unique_lock lock(m_mutex);
         m_taken.wait(lock, [this] { return m_closed || m_blocks.empty() || m_bytes < m_limits.waitingBytes; });
@@ -31,14 +33,14 @@ void LineQueue::push(QByteArray lines) {
         while (m_lines - m_blocks.front().lines >= m_limits.keptLines) {
             m_lines -= m_blocks.front().lines;
             m_bytes -= m_blocks.front().bytes.size();
-            if (m_portWanted) {
-                dropped.push_back(std::move(m_blocks.front()));
-            }
+            m_droppedLines += m_blocks.front().lines;
+            m_dropped.push_back(std::move(m_blocks.front()));
             m_blocks.pop_front();
         }
+        portWanted = m_portWanted;
     }
-    for (const Block& block : dropped) {
-        lookForPort(block);
+    if (portWanted) {
+        std::for_each(m_dropped.cbegin(), m_dropped.cend(), [this](const Block& block) { lookForPort(block); });
     }
 }
 
@@ -68,6 +70,7 @@ void LineQueue::lookForPort(const Block& block) {
 
 LineQueue::Taken LineQueue::take(const Slice& slice) {
     const auto deadline = std::chrono::steady_clock::now() + slice.time;
+    const bool portWanted = isPortWanted();
     Taken result;
     qsizetype bytes = 0;
     for (bool timeIsUp = false; !timeIsUp;) {
@@ -84,10 +87,15 @@ LineQueue::Taken LineQueue::take(const Slice& slice) {
         }
         qsizetype sinceLook = 0;
         const QByteArrayView view(block.bytes);
+        const bool mayAnnounce = portWanted && PortParser::mayAnnounce(view.sliced(block.taken));
         while (block.lines > 0 && result.lines.size() < slice.lines && bytes < slice.bytes && !timeIsUp) {
             const qsizetype end = view.indexOf('\n', block.taken);
             const QByteArrayView line = view.sliced(block.taken, end - block.taken);
             result.lines.append(TerminalLine::text(line));
+            if (mayAnnounce && PortParser::mayAnnounce(line)) {
+                const std::optional<int> port = PortParser::port(result.lines.constLast());
+                result.port = port ? port : result.port;
+            }
             block.taken = end + 1;
             --block.lines;
             bytes += line.size() + 1;
@@ -105,10 +113,17 @@ LineQueue::Taken LineQueue::take(const Slice& slice) {
         }
     }
     const std::scoped_lock lock(m_mutex);
-    result.droppedPort = std::exchange(m_droppedPort, std::nullopt);
+    result.port = m_droppedPort ? m_droppedPort : result.port;
+    m_droppedPort.reset();
+    result.dropped = std::exchange(m_droppedLines, 0);
     result.more = !m_blocks.empty();
     m_taken.notify_one();
     return result;
+}
+
+bool LineQueue::isPortWanted() {
+    const std::scoped_lock lock(m_mutex);
+    return m_portWanted;
 }
 
 void LineQueue::setPortWanted(bool wanted) {

@@ -9,6 +9,7 @@
 #include <deque>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 namespace orv {
 
@@ -32,8 +33,11 @@ public:
     };
     struct Taken {
         QStringList lines;
-        std::optional<int> droppedPort; ///< announced by a line that was dropped before these
-        bool more = false;              ///< lines are left
+        /// The announced port: of the first dropped line that has one, else of the newest of these. Absent while none
+        /// is wanted.
+        std::optional<int> port;
+        qsizetype dropped = 0; ///< lines that came before these and are not delivered
+        bool more = false;     ///< lines are left
     };
 
     explicit LineQueue(Limits limits) : m_limits(limits) {}
@@ -45,7 +49,7 @@ public:
 
     // The taker's side.
     [[nodiscard]] Taken take(const Slice& slice);
-    /// Whether dropped lines are still searched for a port.
+    /// Whether lines are still searched for a port; at first they are.
     void setPortWanted(bool wanted);
     /// The reader waits no more.
     void close();
@@ -59,15 +63,20 @@ private:
 
     void push(QByteArray lines);
     void lookForPort(const Block& block);
+    [[nodiscard]] bool isPortWanted();
 
     const Limits m_limits;
-    LineAssembler m_assembler; ///< the reader's alone
+    // The reader's alone.
+    LineAssembler m_assembler;
+    std::vector<Block> m_dropped; ///< and their memory, to be used again
+
     std::mutex m_mutex;
     std::condition_variable m_taken;
     std::deque<Block> m_blocks;
     qsizetype m_lines = 0;
     qsizetype m_bytes = 0;
     std::optional<int> m_droppedPort;
+    qsizetype m_droppedLines = 0;
     bool m_portWanted = true;
     bool m_closed = false;
 };

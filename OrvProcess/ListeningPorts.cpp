@@ -1,5 +1,7 @@
 #include "OrvProcess/ListeningPorts.h"
 
+#include "OrvProcess/ProcessTable_p.h"
+
 #include <QByteArrayList>
 #include <QSet>
 
@@ -13,17 +15,6 @@ QByteArrayList fieldsOf(QByteArrayView line) {
 }
 
 } // namespace
-
-ListeningPorts::ProcessEntry ListeningPorts::processEntry(QByteArrayView stat) {
-    const qsizetype nameEnd = stat.lastIndexOf(')');
-    const QByteArrayList fields = nameEnd < 0 ? QByteArrayList() : fieldsOf(stat.sliced(nameEnd + 1));
-    if (fields.size() < 4) {
-        return {};
-    }
-    // After the name: state, parent, process group, session.
-    return {
-        stat.first(stat.indexOf(' ')).toByteArray().toInt(), fields[1].toInt(), fields[2].toInt(), fields[3].toInt()};
-}
 
 QList<pid_t> ListeningPorts::membersOf(pid_t session, const QList<ProcessEntry>& table) {
     QHash<pid_t, QList<pid_t>> children;

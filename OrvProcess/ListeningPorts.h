@@ -8,6 +8,8 @@
 
 namespace orv {
 
+struct ProcessEntry;
+
 /// The TCP ports on which a process of the session listens, ascending and each once. Processes of the session are those
 /// in the session or process group `session` and every descendant of theirs, so that a server which went into a session
 /// of its own is found as long as its parent lives. Empty when none listens, or when none can be looked into.
@@ -16,20 +18,6 @@ namespace orv {
 [[nodiscard]] QList<int> listeningPorts(pid_t session);
 
 namespace ListeningPorts {
-
-/// One process as the table lists it.
-struct ProcessEntry {
-    pid_t pid = 0;
-    pid_t parent = 0;
-    pid_t group = 0;
-    pid_t session = 0;
-
-    bool operator==(const ProcessEntry&) const = default;
-};
-
-/// The entry of a "/proc/<pid>/stat" line; a pid of 0 when it is none. The program's name in it may hold blanks and
-/// parentheses (proc(5)).
-[[nodiscard]] ProcessEntry processEntry(QByteArrayView stat);
 
 /// Members of the session or group, and their descendants.
 [[nodiscard]] QList<pid_t> membersOf(pid_t session, const QList<ProcessEntry>& table);

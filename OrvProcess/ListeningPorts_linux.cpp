@@ -1,5 +1,6 @@
 #include "OrvCore/UniqueFd.h"
 #include "OrvProcess/ListeningPorts.h"
+#include "OrvProcess/ProcessTable_p.h"
 
 #include <QByteArray>
 
@@ -53,17 +54,6 @@ QByteArray contentOf(const QByteArray& path) {
 
 QByteArray processFolder(pid_t pid) {
     return "/proc/" + QByteArray::number(pid);
-}
-
-QList<ListeningPorts::ProcessEntry> processTable() {
-    QList<ListeningPorts::ProcessEntry> table;
-    forEachNumber("/proc", [&table](int, const char* name) {
-        const auto entry = ListeningPorts::processEntry(contentOf(processFolder(std::atoi(name)) + "/stat"));
-        if (entry.pid != 0) {
-            table.append(entry);
-        }
-    });
-    return table;
 }
 
 /// The inodes of the sockets that a process holds. Empty when it is gone or belongs to somebody else.

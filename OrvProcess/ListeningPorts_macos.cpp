@@ -1,4 +1,5 @@
 #include "OrvProcess/ListeningPorts.h"
+#include "OrvProcess/ProcessTable_p.h"
 
 #include <algorithm>
 #include <set>
@@ -12,27 +13,6 @@
 namespace orv {
 
 namespace {
-
-std::vector<pid_t> allProcesses() {
-    // The table may grow between the two calls.
-    constexpr int spare = 64;
-    const int bytes = ::proc_listpids(PROC_ALL_PIDS, 0, nullptr, 0);
-    std::vector<pid_t> pids(static_cast<size_t>(std::max(bytes, 0)) / sizeof(pid_t) + spare);
-    const int filled = ::proc_listpids(PROC_ALL_PIDS, 0, pids.data(), static_cast<int>(pids.size() * sizeof(pid_t)));
-    pids.resize(static_cast<size_t>(std::max(filled, 0)) / sizeof(pid_t));
-    return pids;
-}
-
-QList<ListeningPorts::ProcessEntry> processTable() {
-    QList<ListeningPorts::ProcessEntry> table;
-    for (const pid_t pid : allProcesses()) {
-        proc_bsdinfo info{};
-        if (pid > 0 && ::proc_pidinfo(pid, PROC_PIDTBSDINFO, 0, &info, sizeof info) == sizeof info) {
-            table.append({pid, static_cast<pid_t>(info.pbi_ppid), static_cast<pid_t>(info.pbi_pgid), ::getsid(pid)});
-        }
-    }
-    return table;
-}
 
 std::vector<proc_fdinfo> descriptorsOf(pid_t pid) {
     const int bytes = ::proc_pidinfo(pid, PROC_PIDLISTFDS, 0, nullptr, 0);

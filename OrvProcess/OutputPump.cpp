@@ -14,9 +14,10 @@
 namespace orv {
 namespace {
 
-constexpr int bytesPerRead = 8192;
-/// After so many reads in a row the other events get their turn.
-constexpr int readsPerTurn = 64;
+constexpr size_t bytesPerRead = 8192;
+/// After so many reads in a row they are handed over, and the other events get their turn. A child that floods writes
+/// on meanwhile, instead of waiting for the pipe's lock at every other read.
+constexpr size_t readsPerTurn = 4;
 
 /// A process may leave its group without any event, as a daemon does that forks first: so the living ones are looked at
 /// again, at once and then ever more seldom.
@@ -49,18 +50,32 @@ struct TurnResult {
 };
 
 TurnResult readTurn(int fd, const std::function<void(QByteArrayView)>& onOutput) {
-    std::array<char, bytesPerRead> buffer;
-    for (int i = 0; i < readsPerTurn; ++i) {
-        const ssize_t size = ::read(fd, buffer.data(), buffer.size());
+    std::array<char, bytesPerRead * readsPerTurn>
+        buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): as it is read
+    size_t filled = 0;
+    TurnResult result{Output::open, true};
+    while (result.more && filled + bytesPerRead <= buffer.size()) {
+        const ssize_t size = ::read(fd, buffer.data() + filled, bytesPerRead);
         if (size > 0) {
-            onOutput(QByteArrayView(buffer.data(), static_cast<qsizetype>(size)));
-        } else if (size < 0 && errno == EINTR) {
-            continue;
-        } else {
-            return {size < 0 && errno == EAGAIN ? Output::open : Output::ended, false};
+            filled += static_cast<size_t>(size);
+        } else if (size == 0 || errno != EINTR) {
+            result = {size < 0 && errno == EAGAIN ? Output::open : Output::ended, false};
         }
     }
-    return {Output::open, true};
+    if (filled > 0) {
+        onOutput(QByteArrayView(buffer.data(), static_cast<qsizetype>(filled)));
+    }
+    return result;
+}
+
+/// What those who are gone wrote is in the pipe; one who left the group may write for ever.
+void drain(int fd, const std::function<void(QByteArrayView)>& onOutput) {
+    constexpr size_t largestPipe = 1024 * 1024;
+    for (size_t turns = largestPipe / (bytesPerRead * readsPerTurn); turns > 0; --turns) {
+        if (!readTurn(fd, onOutput).more) {
+            return;
+        }
+    }
 }
 
 /// Watches every living process of the group; false when there is none.
@@ -140,8 +155,7 @@ int ProcessSpawner::pump(
             break;
         }
         if (!watchGroup(process.pid, members.emplace())) {
-            // What those who are gone wrote is in the pipe; one who left the group may go on for ever.
-            (void)readTurn(process.output.get(), onOutput);
+            drain(process.output.get(), onOutput);
             break;
         }
     }

@@ -60,21 +60,16 @@ void PortWatch::begin() {
 }
 
 void PortWatch::take(const QList<int>& ports) {
-    schedule();
-    const bool hadCome = hasCome();
-    if (m_ports == ports) {
-        return;
-    }
+    const bool areOthers = m_ports != ports;
     m_ports = ports;
-    if (m_active && !hadCome && hasCome()) {
-        m_lastLook = true;
-        m_timer.start(lastLookAfter);
+    plan();
+    if (areOthers) {
+        Q_EMIT portsChanged();
     }
-    Q_EMIT portsChanged();
 }
 
 /// Plans the next look of the phase, if there is one.
-void PortWatch::schedule() {
+void PortWatch::plan() {
     if (!m_active || m_timer.isActive()) {
         return;
     }
@@ -83,8 +78,9 @@ void PortWatch::schedule() {
         m_active = false;
         return;
     }
+    m_lastLook = hasCome();
     m_interval = std::min(2 * m_interval, longestInterval);
-    m_timer.start(m_interval);
+    m_timer.start(m_lastLook ? lastLookAfter : m_interval);
 }
 
 /// The service runs, and listens where it was said to.

@@ -36,8 +36,8 @@ Q_SIGNALS:
 
 private:
     void begin();
-    void schedule();
     void take(const QList<int>& ports);
+    void plan();
     [[nodiscard]] bool hasCome() const;
 
     const pid_t m_session;
@@ -50,7 +50,7 @@ private:
     std::chrono::milliseconds m_interval{};
     QElapsedTimer m_sinceBegin;
     QElapsedTimer m_sinceOutput;
-    QTimer m_timer;
+    QTimer m_timer{this};
 };
 
 } // namespace orv

@@ -81,12 +81,9 @@ struct ProcessManager::Private {
 
     /// False when the manager is gone afterwards.
     bool setState(const ServiceID& id, const ServiceState& state);
-    void append(
-        const ServiceID& id, const ProcessReader* reader, const QStringList& lines, std::optional<int> droppedPort);
+    void append(const ServiceID& id, const ProcessReader* reader, const LineQueue::Taken& taken);
     void handleExit(const ServiceID& id, ProcessReader* reader, int code);
     [[nodiscard]] bool isCurrent(const ServiceID& id, const ProcessReader* reader) const;
-    [[nodiscard]] std::optional<int> announcedPort(
-        const ServiceID& id, const QStringList& lines, std::optional<int> droppedPort) const;
 };
 
 size_t qHash(const ServiceID& id, size_t seed) noexcept {
@@ -194,11 +191,9 @@ void ProcessManager::start(const ServiceTarget& target, const QString& projectID
     }
     auto* reader = new ProcessReader(std::move(*process), this);
     auto* ports = new PortWatch(reader->pid(), &d->portPool, reader);
-    connect(
-        reader, &ProcessReader::linesRead, this,
-        [this, service, reader](const QStringList& lines, std::optional<int> droppedPort) {
-            d->append(service, reader, lines, droppedPort);
-        });
+    connect(reader, &ProcessReader::linesRead, this, [this, service, reader](const LineQueue::Taken& taken) {
+        d->append(service, reader, taken);
+    });
     connect(reader, &ProcessReader::exited, this, [this, service, reader](int code) {
         d->handleExit(service, reader, code);
     });
@@ -232,30 +227,23 @@ bool ProcessManager::Private::isCurrent(const ServiceID& id, const ProcessReader
     return run != runs.cend() && run->reader == reader;
 }
 
-std::optional<int> ProcessManager::Private::announcedPort(
-    const ServiceID& id, const QStringList& lines, std::optional<int> droppedPort) const {
-    if (const auto fixed = fixedPorts.constFind(id); fixed != fixedPorts.cend()) {
-        return *fixed;
-    }
-    for (auto line = lines.crbegin(); !droppedPort && line != lines.crend(); ++line) {
-        droppedPort = PortParser::port(*line);
-    }
-    return droppedPort;
-}
-
-void ProcessManager::Private::append(
-    const ServiceID& id, const ProcessReader* reader, const QStringList& lines, std::optional<int> droppedPort) {
+void ProcessManager::Private::append(const ServiceID& id, const ProcessReader* reader, const LineQueue::Taken& taken) {
     if (!isCurrent(id, reader)) {
         return;
     }
     LogBuffer& log = *logs.find(id);
     qsizetype dropped = 0;
-    for (const QString& line : lines) {
+    for (const QString& line : taken.lines) {
         dropped += log.append(line);
     }
     runs.constFind(id)->ports->noteOutput();
     const QPointer<ProcessManager> manager(q);
-    Q_EMIT q->logAppended(id, lines.size(), dropped);
+    if (taken.dropped > 0) {
+        Q_EMIT q->linesSkipped(id, taken.dropped);
+    }
+    if (manager && !taken.lines.isEmpty()) {
+        Q_EMIT q->logAppended(id, taken.lines.size(), dropped);
+    }
     if (!manager || !isCurrent(id, reader)) {
         return;
     }
@@ -263,7 +251,8 @@ void ProcessManager::Private::append(
     if (!state.isActive() || state.port) {
         return;
     }
-    if (const std::optional<int> port = announcedPort(id, lines, droppedPort)) {
+    const auto fixed = fixedPorts.constFind(id);
+    if (const std::optional<int> port = fixed == fixedPorts.cend() ? taken.port : *fixed) {
         setState(id, ServiceState::running(port));
     }
 }

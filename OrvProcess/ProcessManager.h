@@ -85,6 +85,9 @@ public:
 Q_SIGNALS:
     void stateChanged(const orv::ServiceID& id);
     void logReset(const orv::ServiceID& id);
+    /// The service printed so fast that this many lines never came into the log. They belong before those of the next
+    /// `logAppended`; of the newest `maxLogLines` none is among them.
+    void linesSkipped(const orv::ServiceID& id, qsizetype count);
     /// `added` lines came at the end, `dropped` went at the front.
     void logAppended(const orv::ServiceID& id, qsizetype added, qsizetype dropped);
     void listeningPortsChanged(const orv::ServiceID& id);

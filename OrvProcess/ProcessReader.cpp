@@ -78,8 +78,8 @@ void ProcessReader::deliver() {
     const LineQueue::Taken taken = m_queue.take(LineQueue::Slice{});
     m_sinceDelivery.start();
     const QPointer<ProcessReader> self(this);
-    if (!taken.lines.isEmpty() || taken.droppedPort) {
-        Q_EMIT linesRead(taken.lines, taken.droppedPort);
+    if (!taken.lines.isEmpty() || taken.dropped > 0) {
+        Q_EMIT linesRead(taken);
     }
     if (!self) {
         return;

@@ -19,7 +19,7 @@ namespace orv {
 class ProcessReader : public QObject {
     Q_OBJECT
 public:
-    static constexpr std::chrono::milliseconds pace{8};
+    static constexpr std::chrono::milliseconds pace{16};
 
     explicit ProcessReader(SpawnedProcess process, QObject* parent = nullptr);
     /// Ends the reading, and waits for the thread: the process should have been killed before.
@@ -31,12 +31,12 @@ public:
     /// To be called before the group is told to end: from then on the exit waits for its last process, so that none
     /// which has no output is taken for gone, and the group's id stays its own.
     void setStopping();
-    /// Whether lines that never arrive here, since newer ones took their place, are searched for a port.
+    /// Whether lines are still searched for a port, those that are never delivered among them; at first they are.
     void setPortWanted(bool wanted);
 
 Q_SIGNALS:
-    /// `droppedPort` was announced by a line that came before these and is not delivered.
-    void linesRead(const QStringList& lines, std::optional<int> droppedPort);
+    /// At least one line, or none but those that were dropped.
+    void linesRead(const orv::LineQueue::Taken& taken);
     /// After the last line. The process is reaped, and the thread has ended.
     void exited(int code);
 
@@ -54,7 +54,7 @@ private:
     std::atomic<bool> m_stopping = false;
     int m_exitCode = 0; ///< set before m_ended is
     QElapsedTimer m_sinceDelivery;
-    QTimer m_paceTimer;
+    QTimer m_paceTimer{this};
     std::thread m_thread;
 };
 

@@ -22,9 +22,6 @@ using namespace Qt::StringLiterals;
 namespace orv {
 namespace {
 
-/// Larger than the kernel's own choice, so that a child that prints much does not wait for us at every turn.
-[[maybe_unused]] constexpr int pipeBytes = 256 * 1024;
-
 struct Pipe {
     UniqueFd readEnd;
     UniqueFd writeEnd;
@@ -41,7 +38,6 @@ std::expected<Pipe, SpawnError> makePipe() {
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         return std::unexpected(SpawnError{errno});
     }
-    ::fcntl(ends[0], F_SETPIPE_SZ, pipeBytes);
 #else
     if (::pipe(ends) != 0) {
         return std::unexpected(SpawnError{errno});

@@ -48,8 +48,8 @@ struct PumpControl {
     std::function<bool()> waitsForGroup = [] { return false; };
 };
 
-/// Blocks until the output has ended, hands it over in pieces of at most 8192 bytes, reaps the child and gives its exit
-/// code: 128 + the signal when one ended it, -1 when it could not be had.
+/// Blocks until the output has ended, reads it at most 8192 bytes at a time and hands over what was there, reaps the
+/// child and gives its exit code: 128 + the signal when one ended it, -1 when it could not be had.
 ///
 /// The child is a zombie until then, so its id stays its own. A process that left the group may hold the pipe for ever:
 /// once the child has ended and no process of its group lives, the output ends with what is there.

@@ -3,7 +3,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include <dirent.h>
@@ -25,19 +24,12 @@ QList<ProcessEntry> processTable() {
         char path[32];
         std::snprintf(path, sizeof path, "/proc/%d/stat", pid);
         const UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC));
-        char text[1024];
-        const ssize_t size = file.isValid() ? ::read(file.get(), text, sizeof text - 1) : -1;
+        char text[512]; // the fields that matter come first
+        const ssize_t size = file.isValid() ? ::read(file.get(), text, sizeof text) : -1;
         if (size <= 0) {
             continue;
         }
-        text[size] = 0;
-        // proc(5): "pid (name) state ppid pgrp session ..."; the name may hold blanks and parentheses.
-        const char* rest = std::strrchr(text, ')');
-        char state = 0;
-        ProcessEntry found{.pid = pid};
-        if (rest != nullptr &&
-            std::sscanf(rest + 1, " %c %d %d %d", &state, &found.parent, &found.group, &found.session) == 4) {
-            found.isAlive = state != 'Z' && state != 'X';
+        if (const ProcessEntry found = processEntry(QByteArrayView(text, size)); found.pid != 0) {
             table.append(found);
         }
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QList>
 
 #include <sys/types.h>
@@ -12,8 +13,14 @@ struct ProcessEntry {
     pid_t parent = 0;
     pid_t group = 0;
     pid_t session = 0;
-    bool isAlive = false; ///< false for one that has ended and was not waited for
+    bool isAlive = true; ///< false for one that has ended and was not waited for
+
+    bool operator==(const ProcessEntry&) const = default;
 };
+
+/// The entry of a "/proc/<pid>/stat" line; a pid of 0 when it is none. The program's name in it may hold blanks and
+/// parentheses (proc(5)).
+[[nodiscard]] ProcessEntry processEntry(QByteArrayView stat);
 
 /// Every process that can be seen now. Blocking; any thread.
 [[nodiscard]] QList<ProcessEntry> processTable();

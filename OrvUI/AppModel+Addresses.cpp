@@ -11,7 +11,16 @@ namespace {
 /// A server that finds its port taken announces another one after it, and a tool listens on ports that it never
 /// mentions: so the listening port that was mentioned last, else the smallest.
 std::optional<int> bestListening(const QList<int>& listening, const LogBuffer& log) {
+    QStringList digits;
+    for (const int port : listening) {
+        digits.append(QString::number(port));
+    }
     for (auto line = log.rbegin(); line != log.rend(); ++line) {
+        // A look for the digits is much cheaper than the parser, and the log may be long.
+        const bool isWorthIt = std::ranges::any_of(digits, [&](const QString& port) { return line->contains(port); });
+        if (!isWorthIt) {
+            continue;
+        }
         if (const std::optional<int> port = PortParser::port(*line); port && listening.contains(*port)) {
             return port;
         }
@@ -22,17 +31,17 @@ std::optional<int> bestListening(const QList<int>& listening, const LogBuffer& l
 } // namespace
 
 std::optional<int> AppModel::addressPort(const ServiceID& id) const {
-    if (const auto known = d->addressPorts.constFind(id); known != d->addressPorts.cend()) {
-        return *known;
-    }
     const ServiceState state = d->processes->state(id);
+    if (const auto known = d->addresses.constFind(id); known != d->addresses.cend() && known->state == state) {
+        return known->port;
+    }
     std::optional<int> port;
     if (state.isRunning()) {
         const QList<int> listening = d->processes->listeningPorts(id);
         const bool isAnnouncedGood = listening.isEmpty() || (state.port && listening.contains(*state.port));
         port = isAnnouncedGood ? state.port : bestListening(listening, d->processes->log(id));
     }
-    d->addressPorts.insert(id, port);
+    d->addresses.insert(id, {state, port});
     return port;
 }
 
@@ -46,7 +55,7 @@ QFuture<void> AppModel::openAddress(const ServiceID& id) {
     ORV_ASSERT_MAIN_THREAD();
     const Completion completion;
     onFinished(d->processes->refreshListeningPorts(id), this, [this, id, completion](const QList<int>&) {
-        d->addressPorts.remove(id);
+        d->addresses.remove(id);
         if (const std::optional<int> port = addressPort(id); port && openUrl) {
             QUrl url;
             url.setScheme(u"http"_s);

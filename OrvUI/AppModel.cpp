@@ -69,7 +69,7 @@ AppModel::AppModel(Options options, QObject* parent)
         }
     });
     connect(d->processes.get(), &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
-        d->addressPorts.remove(id);
+        d->addresses.remove(id);
         Q_EMIT serviceChanged(id);
         Q_EMIT servicesChanged();
         publishSnapshot();
@@ -341,9 +341,6 @@ void AppModel::processStatesChanged() {
         }
     }
     d->lastServiceStates = states;
-    for (const ServiceID& id : changed) {
-        d->addressPorts.remove(id);
-    }
     for (const ServiceID& id : changed) {
         Q_EMIT serviceChanged(id);
     }

@@ -20,6 +20,12 @@ struct SetupPlan {
     QList<ServiceTarget> targets; ///< one a step of the session
 };
 
+/// Where a service in this state is best reached.
+struct KnownAddress {
+    ServiceState state;
+    std::optional<int> port;
+};
+
 struct AppModel::Private {
     explicit Private(Options options);
 
@@ -51,7 +57,7 @@ struct AppModel::Private {
     AppSettings lastSettings; ///< as of the last notification
     QString lastGreeting;
     QHash<ServiceID, ServiceState> lastServiceStates;
-    mutable QHash<ServiceID, std::optional<int>> addressPorts; ///< worked out already
+    mutable QHash<ServiceID, KnownAddress> addresses; ///< worked out already, from the ports that listened then
 
     /// Goes up with every stop of the project: a run that was being prepared meanwhile is off.
     QHash<QString, int> stopCounts;

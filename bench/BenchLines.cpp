@@ -43,10 +43,11 @@ int main(int argc, char** argv) {
     const std::string_view count = argc > 1 ? argv[1] : "";
     long lines = 0;
     if (std::from_chars(count.data(), count.data() + count.size(), lines).ec != std::errc() || lines < 1) {
-        std::fputs("usage: orv-bench-lines COUNT [--announce]\n", stderr);
+        std::fputs("usage: orv-bench-lines COUNT [--announce | --linger]\n", stderr);
         return 2;
     }
-    if (argc > 2 && std::string_view(argv[2]) == "--announce" && !writeAll("Listening on http://localhost:4321\n")) {
+    const std::string_view option = argc > 2 ? argv[2] : "";
+    if (option == "--announce" && !writeAll("Listening on http://localhost:4321\n")) {
         return 1;
     }
     std::string line = std::string(before) + std::string(numberWidth, '0') + std::string(after);
@@ -65,6 +66,9 @@ int main(int argc, char** argv) {
             }
             block.clear();
         }
+    }
+    if (option == "--linger") {
+        pause();
     }
     return 0;
 }

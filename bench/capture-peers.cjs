@@ -40,7 +40,8 @@ function call(object, name, ...words) {
   });
 }
 
-// Its daemon writes the output to a log file: the last line is in once the file has all of it.
+// Its daemon writes the output to a log file: the last line is in once the file has all of it. The child waits to be
+// killed, because pm2 drops what it has not written yet when a child ends.
 async function runPm2() {
   const pm2 = require(path.join(modules, 'pm2'));
   const log = path.join(process.env.PM2_HOME, 'bench.log');
@@ -48,10 +49,11 @@ async function runPm2() {
   await call(pm2, 'connect');
   const start = performance.now();
   await call(pm2, 'start', {
-    name: 'bench', script: program, args: [count], interpreter: 'none', autorestart: false, output: log, error: log,
+    name: 'bench', script: program, args: [count, '--linger'], interpreter: 'none', autorestart: false,
+    kill_timeout: 1000, output: log, error: log,
   });
   const size = () => (fs.existsSync(log) ? fs.statSync(log).size : 0);
-  const deadline = start + 120_000;
+  const deadline = start + 60_000;
   while (size() < expectedBytes && performance.now() < deadline) {
     await new Promise((resolve) => { setTimeout(resolve, 1); });
   }
@@ -69,6 +71,6 @@ async function runPm2() {
   ([taken, peak]) => { process.stdout.write(`result ${taken.toFixed(3)} ${peak}\n`); },
   (error) => {
     console.error(error);
-    process.exitCode = 1;
+    process.exit(1);
   },
 );

@@ -1,6 +1,5 @@
 """Times the scan of made trees beside `find` walking the same folders, alternating, with a warm cache."""
 
-import os
 import re
 import shutil
 import subprocess
@@ -56,15 +55,25 @@ def find_command(root):
     for name in skipped:
         if not name.startswith("."):
             names += ["-o", "-name", name]
-    return ["find", root, "-mindepth", "1", "-maxdepth", str(FIND_DEPTH), "-type", "d", "(", *names, ")", "-prune", "-false"]
+    return ["find", root, "-mindepth", "1", "-maxdepth", str(FIND_DEPTH), "-type", "d", "(", *names, ")", "-prune",
+            "-false"]
 
 
 def opened_folders(command):
     """How many directories below the work folder the command lists: each listing ends with a call that gives nothing."""
     log = work / "strace.log"
-    subprocess.run(["strace", "-f", "-qq", "-e", "trace=getdents64", "-e", "signal=none", "-o", log, *command],
-                   check=True, stdout=subprocess.DEVNULL)
+    strace = ["strace", "-f", "--seccomp-bpf", "-qq", "-e", "trace=getdents64", "-e", "signal=none", "-o", log]
+    subprocess.run([*strace, *command], check=True, stdout=subprocess.DEVNULL)
     return sum(1 for line in log.read_text().splitlines() if re.search(r"getdents64.* = 0$", line))
+
+
+def opened_by_both(root):
+    if not shutil.which("strace"):
+        return "not counted"
+    scanned, found = (opened_folders(command(root)) for command in (scan_command, find_command))
+    if scanned != found:
+        sys.exit(f"bench: the scan listed {scanned} folders and find {found}: the comparison is not a fair one")
+    return f"{scanned:,} / {found:,}"
 
 
 def timed_scan(tree, root):
@@ -76,35 +85,39 @@ def timed_scan(tree, root):
 
 
 def main():
-    rows = []
-    inside_medians = []
+    roots = {tree.name: root_of(tree) for tree in TREES}
+    subjects = {}
     for tree in TREES:
-        root = root_of(tree)
-        opened = [opened_folders(command(root)) if shutil.which("strace") else "?" for command in (scan_command, find_command)]
+        root = roots[tree.name]
         find = find_command(root)
-        results = alternate(ROUNDS, {"scan": lambda: timed_scan(tree, root), "find": lambda: run(*find)})
-        whole = [result.milliseconds for result, _ in results["scan"]]
-        inside = [milliseconds for _, milliseconds in results["scan"]]
-        finds = [result.milliseconds for result in results["find"]]
-        inside_medians.append(median(inside))
+        subjects[tree.name, "scan"] = lambda tree=tree, root=root: timed_scan(tree, root)
+        subjects[tree.name, "find"] = lambda find=find: (run(*find), None)
+    results = alternate(ROUNDS, subjects)
+
+    rows = []
+    for name, root in roots.items():
+        scans, finds = results[name, "scan"], results[name, "find"]
+        whole, found = ([one.milliseconds for one, _ in runs] for runs in (scans, finds))
         rows.append([
-            tree.name,
-            " / ".join(f"{count:,}" if isinstance(count, int) else count for count in opened),
-            spread(inside),
+            name,
+            opened_by_both(root),
+            spread([inside for _, inside in scans]),
             spread(whole),
-            spread(finds),
-            f"{median(whole) / median(finds):.2f}",
-            f"{median(r.cpu_milliseconds for r, _ in results['scan']):.0f} / "
-            f"{median(r.cpu_milliseconds for r in results['find']):.0f} ms",
+            spread(found),
+            f"{median(whole) / median(found):.2f}",
+            " / ".join(f"{median(one.cpu_milliseconds for one, _ in runs):.0f}" for runs in (scans, finds)) + " ms",
         ])
+    single, double = (results[tree.name, "scan"] for tree in TREES[:2])
+    longer = median(inside for _, inside in double) / median(inside for _, inside in single)
+    busier = median(one.cpu_milliseconds for one, _ in double) / median(one.cpu_milliseconds for one, _ in single)
     print_table(["Tree", "Folders listed, scan / `find`", "Scan", "Scan as a process", "`find`", "Process / `find`",
                  "CPU, scan / `find`"], rows)
     print()
-    print(f"Medians of {ROUNDS} rounds, smallest and largest in brackets. \"Scan\" is timed inside the program, \"as a process\" "
-          "includes its start and its end, as the time of `find` does. "
-          f"Twice the folders take {inside_medians[1] / inside_medians[0]:.2f} times as long. "
-          f"`find` prints nothing, prunes hidden folders and the skipped names, and goes {FIND_DEPTH} levels deep, because a "
-          "scan lists the folders of the first four. The folders that each listed are counted with `strace`.")
+    print(f"Medians of {ROUNDS} rounds, smallest and largest in brackets. \"Scan\" is timed inside the program, \"as a "
+          "process\" includes its start and its end, as the time of `find` does. "
+          f"Twice the folders take {longer:.2f} times as long and {busier:.2f} times the CPU.\n\n"
+          f"`find` prints nothing, prunes hidden folders and the skipped names, and goes {FIND_DEPTH} levels deep, because "
+          "a scan lists the folders of the first four. The folders that each listed are counted with `strace`.")
 
 
 main()

@@ -193,8 +193,8 @@ TEST(ProjectScanner, VisitsADirectoryThatIsMountedTwiceOnce) {
         GTEST_SKIP() << "this user may not mount";
     }
     const auto unmount = qScopeGuard([&] {
-        ::umount(loop.constData());
-        ::umount(target.constData());
+        ::umount2(loop.constData(), MNT_DETACH);
+        ::umount2(target.constData(), MNT_DETACH);
     });
     ASSERT_EQ(::mount(QFile::encodeName(tree.path()).constData(), loop.constData(), nullptr, MS_BIND, nullptr), 0);
     EXPECT_EQ(drawn(ProjectScanner().scanTree(tree.path())), u"a: frontend@x\n"_s);

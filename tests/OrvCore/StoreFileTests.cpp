@@ -248,7 +248,7 @@ TEST(Stores, AWriterKilledAtAnyInstantLeavesAWholeFileAndNoLock) {
     for (int round = 0; round < 60; ++round) {
         std::array<int, 2> ends{};
         ASSERT_EQ(::pipe(ends.data()), 0);
-        UniqueFd told(ends[0]);
+        const UniqueFd told(ends[0]);
         UniqueFd tell(ends[1]);
         const pid_t child = startChild([&] {
             OverrideStore store(path);
@@ -265,7 +265,7 @@ TEST(Stores, AWriterKilledAtAnyInstantLeavesAWholeFileAndNoLock) {
         // Spread over the length of one change, which differs between machines.
         QElapsedTimer instant;
         instant.start();
-        while (instant.nsecsElapsed() < round * 150'000) {
+        while (instant.nsecsElapsed() < qint64{round} * 150'000) {
         }
         ::kill(child, SIGKILL);
         EXPECT_EQ(finish(child), -SIGKILL);
@@ -292,7 +292,7 @@ TEST(Stores, TwoProcessesLoseNothingOfEachOther) {
             }
             // What met a held lock goes out with a later change, also with one that changes nothing.
             for (int tries = 0; !store.lastResult() && tries < 10; ++tries) {
-                static_cast<void>(store.remove({}));
+                std::ignore = store.remove({});
             }
             return store.lastResult() ? 0 : 1;
         });

@@ -120,7 +120,7 @@ TEST(TaskStore, KeepsTheOrderAndTellsWhatWasDoneLast) {
     QList<QUuid> ids;
     for (const int minute : {3, 1, 5, 4, 2}) {
         ids.append(store.add(u"t%1"_s.arg(minute), {}, minute % 2 == 0 ? u"/even"_s : u"/odd"_s, u"p"_s));
-        ASSERT_TRUE(store.setDone(ids.last(), true, day.addSecs(60 * minute)));
+        ASSERT_TRUE(store.setDone(ids.last(), true, day.addSecs(qint64{60} * minute)));
     }
     EXPECT_EQ(titles(store.recentlyDone(3)), QStringList({u"t5"_s, u"t4"_s, u"t3"_s}));
     EXPECT_EQ(titles(store.recentlyDone(99)).size(), 5);

@@ -25,9 +25,9 @@ public:
     ~Running();
 
     /// Until stderr has the text; false when it ends without.
-    [[nodiscard]] bool waitFor(const QByteArray& text, std::chrono::milliseconds limit = std::chrono::seconds(60));
+    [[nodiscard]] bool waitFor(const QByteArray& text, std::chrono::milliseconds limit = std::chrono::minutes(3));
     void signal(int number);
-    [[nodiscard]] Ended end(std::chrono::milliseconds limit = std::chrono::seconds(60));
+    [[nodiscard]] Ended end(std::chrono::milliseconds limit = std::chrono::minutes(3));
     /// The ports in "NAME is up at http://localhost:PORT", by name.
     [[nodiscard]] QMap<QString, int> addresses();
 

@@ -38,6 +38,7 @@ server.serve_forever()'
 )";
 constexpr auto silentServer = R"(exec python3 -c '
 from http.server import *
+print("ready")
 HTTPServer(("127.0.0.1", 0), SimpleHTTPRequestHandler).serve_forever()'
 )";
 
@@ -52,7 +53,7 @@ TEST_F(RunCommand, EndsWithItsServices) {
         QByteArray err;
     };
     const Case cases[] = {
-        {"ends by itself", "printf 'a\\033[2Jb\\nlast'", 0, "app │ ab\napp │ last\n", "app stopped.\n"},
+        {"ends by itself", "printf 'a\\033[35mb\\nlast'", 0, "app │ ab\napp │ last\n", "app stopped.\n"},
         {"fails", "echo boom; kill -9 $$", 1, "app │ boom\n", "app failed: Exited with code "},
         {"forks away and stays in the group", "(sleep 60 & echo $! >child) ; exit 0", 0, "", "app stopped.\n"},
     };

@@ -62,12 +62,12 @@ TEST(TextLayout, LetsTheWidestColumnsOfATableGiveWay) {
     table.add({u"shop"_s, u"/home/sam/Projects/clients/shop"_s});
     table.add({u"a\nb\x1b[2J"_s, u"/x"_s});
     EXPECT_EQ(
-        table.text(0, false), u"NAME      FOLDER\n"
-                              "shop      /home/sam/Projects/clients/shop\n"
+        table.text(0, false), u"NAME     FOLDER\n"
+                              "shop     /home/sam/Projects/clients/shop\n"
                               "a\uFFFDb\uFFFD[2J  /x\n"_s);
     EXPECT_EQ(
-        table.text(24, false), u"NAME      FOLDER\n"
-                               "shop      /home/…ts/shop\n"
+        table.text(24, false), u"NAME     FOLDER\n"
+                               "shop     /home/s…ts/shop\n"
                                "a\uFFFDb\uFFFD[2J  /x\n"_s);
 }
 

@@ -1,5 +1,6 @@
 #include "OrvCore/UniqueFd.h"
 #include "OrvProcess/ListeningPorts.h"
+#include "OrvProcess/ProcessTable_p.h"
 
 #include <gtest/gtest.h>
 
@@ -37,16 +38,17 @@ TEST(ListeningPorts, ReadsTheSystemsTables) {
     struct Row {
         const char* label;
         const char* stat;
-        ListeningPorts::ProcessEntry expected;
+        ProcessEntry expected;
     };
     const std::array rows{
         Row{"plain", "42 (node) S 7 40 40 0 -1", {42, 7, 40, 40}},
         Row{"a name with blanks and parentheses", "42 (a) R (b c) S 7 40 39 0", {42, 7, 40, 39}},
+        Row{"ended, not waited for", "42 (node) Z 7 40 39 0", {42, 7, 40, 39, false}},
         Row{"a process that ended meanwhile", "", {}},
         Row{"cut short", "42 (node) S 7", {}},
     };
     for (const Row& row : rows) {
-        EXPECT_EQ(ListeningPorts::processEntry(QByteArrayView(row.stat)), row.expected) << row.label;
+        EXPECT_EQ(processEntry(QByteArrayView(row.stat)), row.expected) << row.label;
     }
 
     const QByteArray table =

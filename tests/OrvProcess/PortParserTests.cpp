@@ -55,7 +55,7 @@ TEST(PortParser, PassesOverNoLineWithAPort) {
         "\x1b[2K",   "\r",        "\b",    "\x1b[3D", "\x1b]0;t\a", "x",  "\x07", "9",    "\x1b[", "\v", "\xc3\xa9"};
     std::mt19937 random(20);
     int announced = 0;
-    for (int i = 0; i < 200'000; ++i) {
+    for (int i = 0; i < 40'000; ++i) {
         QByteArray line;
         for (size_t n = random() % 9; n > 0; --n) {
             line += pieces.at(random() % pieces.size());
@@ -65,7 +65,7 @@ TEST(PortParser, PassesOverNoLineWithAPort) {
         ASSERT_TRUE(PortParser::mayAnnounce(line) || !hasPort) << line.toPercentEncoding().toStdString();
         ASSERT_TRUE(PortParser::mayAnnounce(line + '\n') || !hasPort) << line.toPercentEncoding().toStdString();
     }
-    EXPECT_GT(announced, 1000) << "the lines are to exercise the parser";
+    EXPECT_GT(announced, 200) << "the lines are to exercise the parser";
 }
 
 } // namespace orv

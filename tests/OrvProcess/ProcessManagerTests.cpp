@@ -2,6 +2,7 @@
 #include "tests/OrvProcess/ServiceFixture.h"
 
 #include <QElapsedTimer>
+#include <QTimer>
 
 #include <algorithm>
 #include <array>
@@ -281,6 +282,14 @@ TEST_F(Services, ShowWhereTheyReallyListen) {
     EXPECT_EQ(asked.result(), manager->listeningPorts(id));
     EXPECT_TRUE(waitFor([done = manager->stop(id)] { return done.isFinished(); }));
     EXPECT_EQ(manager->listeningPorts(id), QList<int>());
+
+    const ServiceID idle = start(u"exec "_s + child + u" listen 0 hang"_s);
+    EXPECT_TRUE(waitFor([&] {
+        const std::optional<int> port = manager->state(idle).port;
+        return port && manager->listeningPorts(idle) == QList<int>{*port};
+    }));
+    EXPECT_TRUE(waitFor([&] { return std::ranges::none_of(manager->findChildren<QTimer*>(), &QTimer::isActive); }))
+        << "a service that is up is not polled";
 }
 
 } // namespace orv

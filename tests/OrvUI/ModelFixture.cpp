@@ -7,14 +7,6 @@ namespace orv::test {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QByteArray pathWith(const QString& folder) {
-    return folder.toUtf8() + ':' + qgetenv("PATH");
-}
-
-} // namespace
-
 QByteArray up(int port) {
     return "echo Local: http://localhost:" + QByteArray::number(port) + "/; exec sleep 100\n";
 }
@@ -23,7 +15,8 @@ bool finishes(const QFuture<void>& future) {
     return waitFor([&] { return future.isFinished(); }) && !future.isCanceled();
 }
 
-ModelFixture::ModelFixture() : root(tree.add(u"projects/"_s)), path("PATH", pathWith(tree.path(u"bin"_s)).constData()) {
+ModelFixture::ModelFixture()
+    : root(tree.add(u"projects/"_s)), path("PATH", (tree.path(u"bin:"_s).toUtf8() + qgetenv("PATH")).constData()) {
     for (const QString& tool : {u"npm"_s, u"flutter"_s}) {
         const QString file = tree.add(u"bin/"_s + tool, "#!/bin/sh\n. \"./$(basename $0)-$1.sh\"\n");
         QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

@@ -82,14 +82,11 @@ TEST(RowModel, ChangesOnlyWhatDiffers) {
         const char* label;
         QString from, to, changes;
     } cases[] = {
-        {"the same", u"a b c"_s, u"a b c"_s, u""_s},
         {"a value", u"a b1 c"_s, u"a b2 c"_s, u"~1:value"_s},
         {"filled in one go", u""_s, u"a b c"_s, u"+0,2"_s},
-        {"emptied in one go", u"a b c"_s, u""_s, u"-0,2"_s},
         {"two gaps filled", u"a d"_s, u"a b c d e"_s, u"+1,2 +4,4"_s},
         {"two taken out", u"a b c d"_s, u"b d"_s, u"-2,2 -0,0"_s},
         {"one comes forward", u"a b c d"_s, u"d a b c"_s, u"3>0"_s},
-        {"one is exchanged", u"a b c"_s, u"a x c"_s, u"-1,1 +1,1"_s},
         {"moved and changed", u"a b"_s, u"b5 a"_s, u"1>0 ~0:value"_s},
     };
     for (const auto& [label, from, to, changes] : cases) {

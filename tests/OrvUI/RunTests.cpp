@@ -1,6 +1,5 @@
 #include "tests/OrvUI/ModelFixture.h"
 
-
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -31,11 +30,9 @@ TEST_F(RunTest, StartsAndStopsTheKindsAskedFor) {
     EXPECT_EQ(model->settings().settings().lastRun, std::nullopt) << "nothing was started";
 
     ASSERT_TRUE(finishes(model->run(shop, both)));
-    EXPECT_EQ(model->settings().settings().lastRun, (LastRun{shop.id, u"Both"_s}));
     EXPECT_EQ(SettingsStore(model->settings().filePath()).settings().lastRun, (LastRun{shop.id, u"Both"_s}));
     ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
     EXPECT_EQ(state(shop, ServiceKind::backend).phase, Phase::starting);
-    EXPECT_TRUE(model->isRunning(shop));
     EXPECT_EQ(model->runningCount(), 1);
 
     ASSERT_TRUE(finishes(model->stop(shop)));
@@ -60,18 +57,11 @@ TEST_F(RunTest, TogglesByWhatTheProjectDoes) {
 TEST_F(RunTest, IsOffWhenAStopComesFirst) {
     scan();
     const Project shop = project(u"shop"_s);
-    const struct {
-        const char* label;
-        std::function<QFuture<void>()> stop;
-    } cases[] = {
-        {"the project", [&] { return model->stop(shop); }},
-        {"everything", [&] { return model->stopAllServices(); }},
-    };
-    for (const auto& [label, stop] : cases) {
+    for (const bool isAll : {false, true}) {
         const QFuture<void> run = model->run(shop, both);
-        ASSERT_TRUE(finishes(stop())) << label;
-        ASSERT_TRUE(finishes(run)) << label;
-        EXPECT_TRUE(model->processes().states().isEmpty()) << label;
+        ASSERT_TRUE(finishes(isAll ? model->stopAllServices() : model->stop(shop))) << isAll;
+        ASSERT_TRUE(finishes(run)) << isAll;
+        EXPECT_TRUE(model->processes().states().isEmpty()) << isAll;
     }
 }
 
@@ -79,42 +69,21 @@ TEST_F(RunTest, WaitsForWhatIsStillStopping) {
     addScript(u"shop/api"_s, u"npm-run.sh"_s, "trap '' TERM; echo $$ >>pids.txt; while :; do sleep 0.1; done\n");
     scan();
     const Project shop = project(u"shop"_s);
-    const ServiceID api = id(shop, ServiceKind::backend);
+    const auto pid = [&](ServiceKind kind) { return model->processes().processID(id(shop, kind)); };
     const auto starts = [&] { return readFile(root + u"/shop/api/pids.txt"_s).count('\n'); };
-    const struct {
-        const char* label;
-        std::function<QFuture<void>()> again;
-    } cases[] = {
-        {"stop, then run",
-         [&] {
-             model->stop(shop);
-             return model->run(shop, {ServiceKind::backend});
-         }},
-        {"restart", [&] { return model->restart(shop, {ServiceKind::backend}); }},
-    };
     ASSERT_TRUE(finishes(model->run(shop, both)));
     ASSERT_TRUE(waitFor([&] { return starts() == 1; }));
-    for (const auto& [label, again] : cases) {
-        const auto before = model->processes().processID(api);
-        const auto startsBefore = starts();
-        ASSERT_TRUE(finishes(again())) << label;
-        EXPECT_TRUE(waitFor([&] { return starts() == startsBefore + 1; })) << label;
-        EXPECT_NE(model->processes().processID(api), before) << label;
-    }
-}
-
-TEST_F(RunTest, RestartsOnlyTheKindsAskedFor) {
-    scan();
-    const Project shop = project(u"shop"_s);
-    ASSERT_TRUE(finishes(model->run(shop, both)));
-    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
-    const auto pid = [&](ServiceKind kind) { return model->processes().processID(id(shop, kind)); };
+    const auto first = pid(ServiceKind::backend);
     const auto web = pid(ServiceKind::frontend);
-    const auto api = pid(ServiceKind::backend);
-    ASSERT_TRUE(finishes(model->restart(shop, {ServiceKind::frontend})));
-    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
-    EXPECT_NE(pid(ServiceKind::frontend), web);
-    EXPECT_EQ(pid(ServiceKind::backend), api);
+    ASSERT_TRUE(finishes(model->restart(shop, {ServiceKind::backend})));
+    EXPECT_TRUE(waitFor([&] { return starts() == 2; }));
+    const auto second = pid(ServiceKind::backend);
+    EXPECT_NE(second, first);
+    EXPECT_EQ(pid(ServiceKind::frontend), web) << "a restart takes only the kinds asked for";
+    model->stop(shop);
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::backend})));
+    EXPECT_TRUE(waitFor([&] { return starts() == 3; })) << "a run during a stop";
+    EXPECT_NE(pid(ServiceKind::backend), second);
 }
 
 TEST_F(RunTest, GivesTheDeviceToFlutterAlone) {
@@ -152,16 +121,18 @@ TEST_F(RunTest, ListsDevicesWithoutTheToolsComplaints) {
 TEST_F(RunTest, OpensThePortThatReallyListens) {
     addScript(
         u"shop/web"_s, u"npm-run.sh"_s,
-        "exec python3 -c \"import socket, time\n"
+        "exec python3 -c \"import os, socket, time\n"
         "listener = socket.create_server(('127.0.0.1', 0))\n"
-        "other = socket.create_server(('127.0.0.1', 0))\n"
-        "print('Local: http://localhost:1/', flush=True)\n"
-        "print('Port 1 is in use, trying http://localhost:%d/' % listener.getsockname()[1], flush=True)\n"
+        "print('Local: http://localhost:5173/', flush=True)\n"
+        "while not os.path.exists('go'): time.sleep(0.01)\n"
+        "print('Port 5173 is in use, trying http://localhost:%d/' % listener.getsockname()[1], flush=True)\n"
         "time.sleep(100)\"\n");
     scan();
     const Project shop = project(u"shop"_s);
     const ServiceID web = id(shop, ServiceKind::frontend);
     ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
+    tree.add(u"projects/shop/web/go"_s);
     ASSERT_TRUE(waitFor([&] { return model->processes().log(web).size() == 2; }));
     const QString listening = model->processes().log(web).at(1).section(u':', -1).chopped(1);
 
@@ -170,7 +141,8 @@ TEST_F(RunTest, OpensThePortThatReallyListens) {
     ASSERT_TRUE(finishes(model->openAddress(web)));
     EXPECT_THAT(opened, ElementsAre(QUrl(u"http://localhost:"_s + listening)));
     EXPECT_EQ(model->addressPort(web), listening.toInt());
-    EXPECT_EQ(state(shop, ServiceKind::frontend).port, 1) << "what was announced stays as it was";
+    EXPECT_EQ(state(shop, ServiceKind::frontend).port, 5173) << "what was announced stays as it was";
     EXPECT_FALSE(model->isAnnouncedPortListening(web));
-    EXPECT_EQ(model->running()->index(0, 0).data(Qt::UserRole + 4).toString(), u"localhost:"_s + listening);
+    const auto shown = [&] { return model->running()->index(0, 0).data(Qt::UserRole + 4).toString(); };
+    EXPECT_TRUE(waitFor([&] { return shown() == u"localhost:"_s + listening; })) << shown().toStdString();
 }

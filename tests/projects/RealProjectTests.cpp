@@ -4,7 +4,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QStandardPaths>
 
 #include <gtest/gtest.h>
 
@@ -23,10 +22,10 @@ struct RealProject {
     const char* label;
     QString kind;
     QString framework;
-    QStringList tools; ///< without these on the PATH it can't be tried
-    QList<std::pair<QString, QByteArray>> files;
-    QString prepare;   ///< a line for the shell, run in the folder
-    QByteArray answer; ///< what is in the page at "/"
+    QString needs; ///< a line for the shell that fails where it can't be tried
+    QList<std::pair<QString, QByteArray>> files = {};
+    QString prepare = u":"_s; ///< a line for the shell, run in the folder
+    QByteArray answer;        ///< what is in the page at "/"
     bool installs = false;
     int takenPort = 0; ///< someone else listens there already
 };
@@ -35,13 +34,13 @@ void PrintTo(const RealProject& project, std::ostream* out) {
     *out << project.label;
 }
 
-const QString venv = u"/usr/bin/python3 -m venv --system-site-packages .venv && "_s;
+const QString venv = u"/usr/bin/python3 -m venv --system-site-packages .venv"_s;
 
 const RealProject realProjects[] = {
     {.label = "Vite",
      .kind = u"frontend"_s,
      .framework = u"Vite"_s,
-     .tools = {u"npm"_s},
+     .needs = u"npm ping --fetch-timeout=10000 --fetch-retries=0"_s,
      .files =
          {{u"package.json"_s, R"({"private":true,"type":"module","scripts":{"dev":"vite"},
                                      "devDependencies":{"vite":"^5.4.0"}})"},
@@ -53,7 +52,7 @@ const RealProject realProjects[] = {
     {.label = "Express",
      .kind = u"backend"_s,
      .framework = u"Express"_s,
-     .tools = {u"npm"_s},
+     .needs = u"npm ping --fetch-timeout=10000 --fetch-retries=0"_s,
      .files =
          {{u"package.json"_s, R"({"scripts":{"start":"node server.js"},"dependencies":{"express":"^4.19.0"}})"},
           {u"server.js"_s, "const app = require('express')()\n"
@@ -65,23 +64,23 @@ const RealProject realProjects[] = {
     {.label = "Django",
      .kind = u"backend"_s,
      .framework = u"Django"_s,
-     .tools = {u"/usr/bin/python3"_s},
-     .prepare = venv + u".venv/bin/python -m django startproject site ."_s,
+     .needs = u"/usr/bin/python3 -c 'import django, ensurepip'"_s,
+     .prepare = venv + u" && .venv/bin/python -m django startproject real ."_s,
      .answer = "The install worked successfully"},
     {.label = "Flask",
      .kind = u"backend"_s,
      .framework = u"Flask"_s,
-     .tools = {u"/usr/bin/python3"_s},
+     .needs = u"/usr/bin/python3 -c 'import flask, ensurepip'"_s,
      .files =
          {{u"requirements.txt"_s, "flask\n"},
           {u"app.py"_s, "from flask import Flask\napp = Flask(__name__)\n\n"
                         "@app.get('/')\ndef home():\n    return 'from flask'\n"}},
-     .prepare = venv + u".venv/bin/python -c 'import flask'"_s,
+     .prepare = venv,
      .answer = "from flask"},
     {.label = "Go",
-     .kind = u"backend"_s,
+     .kind = u"app"_s,
      .framework = u"Go"_s,
-     .tools = {u"go"_s},
+     .needs = u"go version"_s,
      .files =
          {{u"go.mod"_s, "module example.org/real\n\ngo 1.19\n"},
           {u"main.go"_s, "package main\n\nimport (\n\t\"fmt\"\n\t\"net\"\n\t\"net/http\"\n)\n\n"
@@ -95,7 +94,7 @@ const RealProject realProjects[] = {
     {.label = "Rust",
      .kind = u"app"_s,
      .framework = u"Rust"_s,
-     .tools = {u"cargo"_s},
+     .needs = u"cargo --version"_s,
      .files =
          {{u"Cargo.toml"_s, "[package]\nname = \"real\"\nversion = \"0.1.0\"\nedition = \"2021\"\n"},
           {u"src/main.rs"_s, "use std::io::{Read, Write};\nuse std::net::TcpListener;\n\n"
@@ -111,7 +110,7 @@ const RealProject realProjects[] = {
     {.label = "StaticSite",
      .kind = u"frontend"_s,
      .framework = u"Static site"_s,
-     .tools = {u"python3"_s},
+     .needs = u"python3 --version"_s,
      .files = {{u"index.html"_s, "<!doctype html><title>A static site</title>"}},
      .answer = "A static site"},
 };
@@ -131,28 +130,9 @@ protected:
     Launcher launcher;
     QString folder = launcher.tree.path(u"projects/real"_s);
 
-    /// Why the project can't be made here; empty when it stands.
-    QString make(const RealProject& project) {
-        for (const QString& tool : project.tools) {
-            if (QStandardPaths::findExecutable(tool).isEmpty()) {
-                return tool + u" is not installed"_s;
-            }
-        }
-        if (!QFileInfo(u"/bin/zsh"_s).isExecutable()) {
-            return u"/bin/zsh is not installed"_s;
-        }
-        launcher.tree.add(u"projects/real/"_s);
-        for (const auto& [path, content] : project.files) {
-            launcher.tree.add(u"projects/real/"_s + path, content);
-        }
-        const Ended prepared = launcher.shell(u"cd "_s + folder + u" && { "_s + project.prepare + u"\n:; } 2>&1"_s);
-        if (prepared.exitCode != 0) {
-            return QString::fromUtf8(prepared.out);
-        }
-        if (project.installs && launcher.shell(u"npm ping --fetch-timeout=10000 --fetch-retries=0"_s).exitCode != 0) {
-            return u"npm's registry can't be reached"_s;
-        }
-        return {};
+    /// What a line for the shell leads to in the project's folder.
+    [[nodiscard]] Ended inFolder(const QString& line) const {
+        return launcher.shell(u"cd "_s + folder + u" && { "_s + line + u"\n} 2>&1"_s);
     }
 };
 
@@ -160,13 +140,19 @@ protected:
 
 TEST_P(RealProjects, IsDetectedRunsIsReachedAndStops) {
     const RealProject& project = GetParam();
-    if (const QString missing = make(project); !missing.isEmpty()) {
-        GTEST_SKIP() << missing.toStdString();
+    for (const auto& [path, content] : project.files) {
+        launcher.tree.add(u"projects/real/"_s + path, content);
     }
+    launcher.tree.add(u"projects/real/"_s);
+    if (const Ended needed = inFolder(u"/bin/zsh -c : && "_s + project.needs); needed.exitCode != 0) {
+        GTEST_SKIP() << needed.out.toStdString();
+    }
+    const Ended prepared = inFolder(project.prepare);
+    ASSERT_EQ(prepared.exitCode, 0) << prepared.out.toStdString();
     const QJsonObject detected =
         QJsonDocument::fromJson(launcher.call({u"detect"_s, folder, u"--json"_s}).out).object();
     const QJsonObject stack = detected[u"stacks"_s].toArray().first().toObject();
-    EXPECT_EQ(stack[u"kind"_s].toString(), project.kind);
+    ASSERT_EQ(stack[u"kind"_s].toString(), project.kind);
     EXPECT_EQ(stack[u"framework"_s].toString(), project.framework);
 
     const UniqueFd taken = project.takenPort != 0 ? listenOn(project.takenPort) : UniqueFd();
@@ -187,8 +173,8 @@ TEST_P(RealProjects, IsDetectedRunsIsReachedAndStops) {
     EXPECT_EQ(httpGet(port), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    FromTheTools, RealProjects, ::testing::ValuesIn(realProjects),
-    [](const ::testing::TestParamInfo<RealProject>& info) { return std::string(info.param.label); });
+INSTANTIATE_TEST_SUITE_P(FromTheTools, RealProjects, ::testing::ValuesIn(realProjects), [](const auto& project) {
+    return std::string(project.param.label);
+});
 
 } // namespace orv::test

@@ -5,7 +5,6 @@
 #include <QColor>
 #include <QObject>
 #include <QtQmlIntegration>
-
 #include <span>
 
 namespace orv {

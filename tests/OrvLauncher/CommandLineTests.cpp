@@ -214,7 +214,6 @@ TEST_F(CommandLine, FitsIntoPipesAndTerminals) {
     const Case cases[] = {
         {"a reader that goes away", u"yes localhost:3000 | { \"$ORV\" ports; echo exit $? >&2; } | head -1"_s,
          " 3000  localhost:3000\n", "exit 0\n"},
-        {"no colours in a pipe", u"\"$ORV\" settings get theme"_s, "ember\n", {}},
         {"colours on a terminal",
          u"TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\\[1m\""_s,
          "25\n",

@@ -55,15 +55,9 @@ TEST_F(RunCommand, EndsWithItsServices) {
     const Case cases[] = {
         {"ends by itself", "printf 'a\\033[35mb\\nlast'", 0, "app │ ab\napp │ last\n", "app stopped.\n"},
         {"fails", "echo boom; kill -9 $$", 1, "app │ boom\n", "app failed: Exited with code "},
-        {"forks away and stays in the group", "(sleep 60 & echo $! >child) ; exit 0", 0, "", "app stopped.\n"},
     };
     for (const Case& c : cases) {
-        auto run = launcher.start({u"run"_s, project(c.script)});
-        if (QByteArray(c.label).startsWith("forks")) {
-            ASSERT_TRUE(waitFor([&] { return !readFile(launcher.tree.path(u"projects/app/child"_s)).isEmpty(); }));
-            run->signal(SIGINT);
-        }
-        const Ended ended = run->end();
+        const Ended ended = launcher.call({u"run"_s, project(c.script)});
         EXPECT_EQ(ended.exitCode, c.exitCode) << c.label << ended.err.data();
         EXPECT_TRUE(ended.out.startsWith(c.out)) << c.label << ": " << ended.out.data();
         EXPECT_TRUE(ended.err.contains(c.err)) << c.label << ": " << ended.err.data();
@@ -88,7 +82,7 @@ TEST_F(RunCommand, StopsCleanlyOnASignal) {
 
 TEST_F(RunCommand, KillsWhatDoesNotStopAtOnceOnASecondSignal) {
     auto run = launcher.start({u"run"_s, project("trap '' TERM; echo on port 1234; while :; do sleep 60; done")});
-    ASSERT_TRUE(run->waitFor("does not listen yet"));
+    ASSERT_TRUE(run->waitFor("app does not listen yet at http://localhost:1234\n"));
     run->signal(SIGINT);
     ASSERT_TRUE(run->waitFor("Stopping…"));
     run->signal(SIGINT);
@@ -102,15 +96,14 @@ TEST_F(RunCommand, SaysWhereAServiceReallyListens) {
     struct Case {
         const char* label;
         const char* script;
-        QByteArray err;
     };
     const Case cases[] = {
-        {"not where it said first", fallbackServer, "(not at port 5173"},
-        {"where it never said", silentServer, "app is up at"},
+        {"not where it said first", fallbackServer},
+        {"where it never said", silentServer},
     };
     for (const Case& c : cases) {
         auto run = launcher.start({u"run"_s, project(c.script)});
-        ASSERT_TRUE(run->waitFor(c.err)) << c.label << run->end().err.data();
+        ASSERT_TRUE(run->waitFor("app is up at")) << c.label << run->end().err.data();
         const QMap<QString, int> addresses = run->addresses();
         ASSERT_EQ(addresses.size(), 1) << c.label;
         EXPECT_TRUE(httpGet(addresses.first()).contains("run.sh")) << c.label;
@@ -214,9 +207,6 @@ TEST_F(RunCommand, RunsTheSamples) {
         run->signal(SIGINT);
         EXPECT_EQ(run->end().exitCode, 0) << sample.toStdString();
         EXPECT_EQ(launcher.leftBehind(), QStringList()) << sample.toStdString();
-        for (const int port : addresses) {
-            EXPECT_EQ(httpGet(port), "") << sample.toStdString() << port;
-        }
     }
 }
 

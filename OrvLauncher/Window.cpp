@@ -66,7 +66,7 @@ private:
 
 bool WindowShell::open() {
     m_look.assume(m_state.isSystemDark);
-    m_engine.addImportPath(u":/qt/qml"_s);
+    m_engine.addImportPath(u"qrc:/qt/qml"_s);
     followLook();
     m_engine.setInitialProperties({
         {u"model"_s, QVariant::fromValue(&m_model)},

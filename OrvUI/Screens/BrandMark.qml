@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // The mark: the bolt on a disc of the accent.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // What cards and shelf items stand on.

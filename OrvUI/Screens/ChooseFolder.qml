@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick.Dialogs
 
 // Asks for the folder to scan. Made when it is first needed: the dialogs take longer to load than the window.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // A picture, a heading and a line where a page has nothing to show; buttons come from outside.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // Shows that a control has the keyboard's focus; a ring around it, or inside it in rows.

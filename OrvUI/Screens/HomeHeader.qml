@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // What stands above the grid of the home page: greeting, shelves, and the grid's own title.

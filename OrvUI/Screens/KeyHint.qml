@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // The keys of a shortcut, as small as a caption.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // A text of one of the theme's roles, its glyphs centred in the role's line.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // A short word in a rounded field, with a dot or icon where it stands for a state.

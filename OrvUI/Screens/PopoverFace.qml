@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // What menus, popovers and the status line stand on.

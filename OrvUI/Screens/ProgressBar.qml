@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // How many of some steps are done; half of the running one counts.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // Where a window without a frame of the system is taken to change its size.

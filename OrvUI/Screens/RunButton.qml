@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // Runs or stops a project; where there is a choice, a second part opens it.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // The title of a shelf with its count; what is put into it stands at the right.

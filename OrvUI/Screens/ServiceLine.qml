@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // One active service of a card: its state, its kind, and where it is.

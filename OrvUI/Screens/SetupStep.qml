@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // One step of a setup: what is installed, by which command, and how it stands.

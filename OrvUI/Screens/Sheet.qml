@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 import QtQuick.Templates as T
 

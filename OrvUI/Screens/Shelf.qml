@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // A titled row of items that wraps into columns; it takes no room while it is empty.

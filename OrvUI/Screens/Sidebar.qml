@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // The frame's left side: mark, filters, folders and the profile. Below the narrow limit it is a rail of icons.

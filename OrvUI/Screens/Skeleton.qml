@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // Blocks in the place of what is being looked for; they pulse unless motion is reduced.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // Turns while it can be seen; where motion is reduced it is a still ring.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // The state of a service or a card as a dot: hollow when nothing runs, a spinner while something starts.

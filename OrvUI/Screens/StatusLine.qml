@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // What the application has to say, for a while.

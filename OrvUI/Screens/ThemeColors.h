@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QObject>
 #include <QtQmlIntegration>
+
 #include <span>
 
 namespace orv {

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // A project's letter on its colour.

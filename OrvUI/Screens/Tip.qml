@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // Gives the item it is put into a tooltip.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // The bar over a page: where one is at the left, what the page offers at the right.

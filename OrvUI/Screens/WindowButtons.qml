@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // Minimise, maximise and close of a window without a frame of the system.

@@ -1,3 +1,4 @@
+import OrvLauncher.Screens
 import QtQuick
 
 // Where the window is taken by the pointer: a drag moves it, a double click maximises it.

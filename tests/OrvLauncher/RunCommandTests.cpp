@@ -182,7 +182,7 @@ TEST_F(RunCommand, TellsEverythingAsJsonLines) {
     EXPECT_EQ(ended.err, "");
 }
 
-TEST_F(RunCommand, RunsTheSamples) {
+TEST_F(RunCommand, DISABLED_RunsTheSamples) {
     struct Case {
         QString sample;
         QStringList services;

@@ -4,6 +4,7 @@
 #include "OrvCore/Paths.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/Screens/InputMode.h"
+#include "OrvUI/Screens/Registration.h"
 #include "OrvUI/Screens/SystemLook.h"
 #include "OrvUI/Screens/Theme.h"
 #include "OrvUI/Screens/WindowState.h"
@@ -24,8 +25,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-
-extern void qml_register_types_OrvLauncher_Screens();
 
 namespace orv {
 namespace {
@@ -66,7 +65,7 @@ private:
 
 bool WindowShell::open() {
     m_look.assume(m_state.isSystemDark);
-    m_engine.addImportPath(u"qrc:/qt/qml"_s);
+    registerScreens(m_engine);
     followLook();
     m_engine.setInitialProperties({
         {u"model"_s, QVariant::fromValue(&m_model)},
@@ -208,8 +207,6 @@ int runWindow(int argc, char** argv) {
     QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
     QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    volatile auto registration = &qml_register_types_OrvLauncher_Screens;
-    Q_UNUSED(registration)
     WindowShell shell;
     if (!shell.open()) {
         return 1;

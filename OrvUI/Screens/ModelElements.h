@@ -3,7 +3,7 @@
 #include "OrvUI/AppModel.h"
 #include "OrvUI/OutlineModel.h"
 
-#include <QtQml/qqmlregistration.h>
+#include <QtQml/qqml.h>
 
 // The model knows nothing of QML; here its types get their names there.
 

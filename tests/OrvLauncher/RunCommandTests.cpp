@@ -182,7 +182,7 @@ TEST_F(RunCommand, TellsEverythingAsJsonLines) {
     EXPECT_EQ(ended.err, "");
 }
 
-TEST_F(RunCommand, DISABLED_RunsTheSamples) {
+TEST_F(RunCommand, RunsTheSamples) {
     struct Case {
         QString sample;
         QStringList services;

@@ -24,7 +24,7 @@ protected:
         launcher.tree.add(u"projects/site/index.html"_s, "<p>hello from the site</p>");
         const QString site = launcher.tree.path(u"projects/site"_s);
         const QString command = u"cd '%1' && exec python3 -m http.server %2"_s.arg(site).arg(port);
-        ASSERT_EQ(launcher.call({u"override"_s, u"set"_s, site, u"app"_s, u"--command"_s, command}).exitCode, 0);
+        ASSERT_EQ(launcher.call({u"override"_s, u"set"_s, site, u"frontend"_s, u"--command"_s, command}).exitCode, 0);
     }
 
     void TearDown() override {
@@ -43,7 +43,7 @@ protected:
         environment.insert(u"QT_QUICK_BACKEND"_s, backend);
         application.setProcessEnvironment(environment);
         application.start(QStringLiteral(ORV_LAUNCHER), QStringList());
-        ASSERT_TRUE(shows(u"Run App in site"_s)) << seen().toStdString();
+        ASSERT_TRUE(shows(u"Run Frontend in site"_s)) << seen().toStdString();
     }
 
     /// Ends the application as a person does, and looks at what is left.
@@ -97,14 +97,14 @@ protected:
 TEST_F(Desktop, RunsAProjectByAClickUntilItAnswersAndStopsIt) {
     open();
     EXPECT_TRUE(httpGet(port).isEmpty());
-    click(u"Run App in site"_s);
+    click(u"Run Frontend in site"_s);
     EXPECT_TRUE(shows(address)) << seen().toStdString();
     EXPECT_TRUE(httpGet(port).contains("hello from the site"));
     EXPECT_TRUE(shows(u"Stop all"_s)) << "the shelf of what runs";
     click(u"Stop site"_s);
     EXPECT_TRUE(hides(address));
     EXPECT_TRUE(httpGet(port).isEmpty());
-    EXPECT_TRUE(shows(u"Run App in site"_s));
+    EXPECT_TRUE(shows(u"Run Frontend in site"_s));
     close();
 }
 
@@ -127,11 +127,11 @@ TEST_F(Desktop, IsDrivenByKeysAlone) {
     desktop.key(u"ctrl+3"_s);
     EXPECT_TRUE(shows(u"Show all projects"_s)) << "nothing runs";
     desktop.key(u"ctrl+1"_s);
-    EXPECT_TRUE(shows(u"Run App in site"_s));
+    EXPECT_TRUE(shows(u"Run Frontend in site"_s));
     // What is added to the folder comes with a refresh.
     launcher.tree.add(u"projects/second/index.html"_s, "second");
     desktop.key(u"F5"_s);
-    EXPECT_TRUE(shows(u"Run App in second"_s)) << seen().toStdString();
+    EXPECT_TRUE(shows(u"Run Frontend in second"_s)) << seen().toStdString();
     close();
 }
 
@@ -144,7 +144,7 @@ TEST_F(Desktop, AsksBeforeAnInstallAndStopsWhatRunsWhenItIsClosed) {
     desktop.key(u"Escape"_s);
     EXPECT_TRUE(hides(u"Set up shop"_s));
     EXPECT_FALSE(QFile::exists(launcher.tree.path(u"projects/shop/node_modules"_s)));
-    click(u"Run App in site"_s);
+    click(u"Run Frontend in site"_s);
     EXPECT_TRUE(shows(address)) << seen().toStdString();
     close();
     EXPECT_TRUE(httpGet(port).isEmpty());

@@ -28,87 +28,100 @@ Window {
             model.updateGreeting();
         }
     }
-
-    Sidebar {
-        id: sidebar
-
-        width: rail ? Theme.railWidth : root.wide ? Theme.sidebarWidthWide : Theme.sidebarWidth
-        height: parent.height
-        model: root.model
-        rail: root.narrow || root.sidebarHidden
-        collapsible: !root.narrow
-        onToggleRequested: root.sidebarHidden = !root.sidebarHidden
-        onSettingsRequested: anchor => {
-            settings.active = true;
-            const popover = settings.item as SettingsPopover;
-            popover.parent = anchor;
-            popover.y = -popover.height - Theme.space8;
-            popover.open();
-        }
-        onProjectChosen: projectID => {
-            root.model.searchText = "";
-            root.model.filterIndex = 0;
-            page.showProject(projectID);
+    onActiveFocusItemChanged: {
+        if (activeFocusItem === contentItem) {
+            content.forceActiveFocus(Qt.PopupFocusReason);
         }
     }
 
-    Rectangle {
-        id: panel
+    // A popup that closes leaves the focus to the window's root, not to the item that had it before.
+    FocusScope {
+        id: content
 
-        anchors.left: sidebar.right
-        anchors.right: parent.right
-        anchors.top: parent.top
-        anchors.bottom: parent.bottom
-        anchors.margins: Theme.panelInset
-        anchors.leftMargin: 0
-        radius: Theme.radiusCard
-        color: Theme.window
-        border.width: Theme.hairline
-        border.color: Theme.border
+        anchors.fill: parent
+        focus: true
 
-        TopBar {
-            id: bar
+        Sidebar {
+            id: sidebar
 
-            width: parent.width
-            target: root
-            title: qsTr("Home")
-            searchText: root.model.searchText
-            narrow: root.narrow
-            busy: root.model.isScanning
-            scrolled: page.scrolled
-            ownFrame: root.ownFrame
-            padding: root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding
-            onSearchEdited: text => root.model.searchText = text
-            onSearchLeft: page.focusCards()
-            onRefreshRequested: root.model.refreshNow()
-        }
-
-        HomePage {
-            id: page
-
-            anchors.top: bar.bottom
-            anchors.left: parent.left
-            anchors.right: parent.right
-            anchors.bottom: parent.bottom
-            anchors.margins: Theme.hairline
-            anchors.topMargin: 0
-            focus: true
+            width: rail ? Theme.railWidth : root.wide ? Theme.sidebarWidthWide : Theme.sidebarWidth
+            height: parent.height
             model: root.model
-            padding: (root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding) - Theme.hairline
-            onFolderRequested: root.chooseFolder()
+            rail: root.narrow || root.sidebarHidden
+            collapsible: !root.narrow
+            onToggleRequested: root.sidebarHidden = !root.sidebarHidden
+            onSettingsRequested: anchor => {
+                settings.active = true;
+                const popover = settings.item as SettingsPopover;
+                popover.parent = anchor;
+                popover.y = -popover.height - Theme.space8;
+                popover.open();
+            }
+            onProjectChosen: projectID => {
+                root.model.searchText = "";
+                root.model.filterIndex = 0;
+                page.showProject(projectID);
+            }
         }
 
-        StatusLine {
-            anchors.horizontalCenter: parent.horizontalCenter
+        Rectangle {
+            id: panel
+
+            anchors.left: sidebar.right
+            anchors.right: parent.right
+            anchors.top: parent.top
             anchors.bottom: parent.bottom
-            anchors.bottomMargin: Theme.space20
-            width: implicitWidth
-            height: implicitHeight
-            limit: Math.min(Theme.statusLineLimit, panel.width - Theme.space32)
-            shown: root.model.hasStatus
-            text: root.model.statusText
-            isError: root.model.statusIsError
-            onDismissed: root.model.dismissStatus()
+            anchors.margins: Theme.panelInset
+            anchors.leftMargin: 0
+            radius: Theme.radiusCard
+            color: Theme.window
+            border.width: Theme.hairline
+            border.color: Theme.border
+
+            TopBar {
+                id: bar
+
+                width: parent.width
+                target: root
+                title: qsTr("Home")
+                searchText: root.model.searchText
+                narrow: root.narrow
+                busy: root.model.isScanning
+                scrolled: page.scrolled
+                ownFrame: root.ownFrame
+                padding: root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding
+                onSearchEdited: text => root.model.searchText = text
+                onSearchLeft: page.focusCards()
+                onRefreshRequested: root.model.refreshNow()
+            }
+
+            HomePage {
+                id: page
+
+                anchors.top: bar.bottom
+                anchors.left: parent.left
+                anchors.right: parent.right
+                anchors.bottom: parent.bottom
+                anchors.margins: Theme.hairline
+                anchors.topMargin: 0
+                focus: true
+                model: root.model
+                padding: (root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding) - Theme.hairline
+                onFolderRequested: root.chooseFolder()
+            }
+
+            StatusLine {
+                anchors.horizontalCenter: parent.horizontalCenter
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: Theme.space20
+                width: implicitWidth
+                height: implicitHeight
+                limit: Math.min(Theme.statusLineLimit, panel.width - Theme.space32)
+                shown: root.model.hasStatus
+                text: root.model.statusText
+                isError: root.model.statusIsError
+                onDismissed: root.model.dismissStatus()
+            }
         }
     }
 

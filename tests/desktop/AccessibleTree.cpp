@@ -13,17 +13,28 @@ namespace {
 
 const QString accessible = u"org.a11y.atspi.Accessible"_s;
 
+QString sessionName(const QString& sessionBus) {
+    return u"session at "_s + sessionBus;
+}
+
+/// Connections are known by their names for the life of the process: each desktop's gets one of its own.
 QDBusConnection accessibilityBus(const QString& sessionBus) {
-    QDBusConnection session = QDBusConnection::connectToBus(sessionBus, u"session of the test"_s);
+    QDBusConnection session = QDBusConnection::connectToBus(sessionBus, sessionName(sessionBus));
     const QDBusMessage ask =
         QDBusMessage::createMethodCall(u"org.a11y.Bus"_s, u"/org/a11y/bus"_s, u"org.a11y.Bus"_s, u"GetAddress"_s);
     const QDBusReply<QString> address = session.call(ask);
-    return QDBusConnection::connectToBus(address.value(), u"accessibility of the test"_s);
+    return QDBusConnection::connectToBus(address.value(), u"accessibility at "_s + address.value());
 }
 
 } // namespace
 
-AccessibleTree::AccessibleTree(const QString& sessionBus) : m_bus(accessibilityBus(sessionBus)) {}
+AccessibleTree::AccessibleTree(const QString& sessionBus)
+    : m_sessionBus(sessionBus), m_bus(accessibilityBus(sessionBus)) {}
+
+AccessibleTree::~AccessibleTree() {
+    QDBusConnection::disconnectFromBus(m_bus.name());
+    QDBusConnection::disconnectFromBus(sessionName(m_sessionBus));
+}
 
 QList<AccessibleTree::Reference> AccessibleTree::children(const Reference& parent) const {
     const QDBusMessage reply =

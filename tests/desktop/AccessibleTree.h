@@ -21,6 +21,8 @@ public:
 
     /// `sessionBus` is the address of the desktop's bus; the accessibility bus is asked of it.
     explicit AccessibleTree(const QString& sessionBus);
+    ~AccessibleTree();
+    Q_DISABLE_COPY_MOVE(AccessibleTree)
 
     /// Everything that is showing, from all windows of the application of that name.
     [[nodiscard]] QList<Item> items(const QString& application) const;
@@ -37,6 +39,7 @@ private:
     [[nodiscard]] QString property(const Reference& item, const QString& name) const;
     void collect(const Reference& item, int depth, QList<Item>& found) const;
 
+    QString m_sessionBus;
     QDBusConnection m_bus;
 };
 

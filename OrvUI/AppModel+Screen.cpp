@@ -103,6 +103,10 @@ OutlineModel* AppModel::outline() const {
     return &d->home->outline;
 }
 
+QUrl AppModel::scanRootUrl() const {
+    return QUrl::fromLocalFile(d->settings->settings().scanRoot);
+}
+
 QString AppModel::scanRootText() const {
     const QString root = d->settings->settings().scanRoot;
     const QString home = Paths::realHome();

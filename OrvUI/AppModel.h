@@ -44,6 +44,7 @@ class AppModel : public QObject {
     Q_PROPERTY(QString filterTitle READ filterTitle NOTIFY filterChanged)
     Q_PROPERTY(QString displayName READ displayName NOTIFY preferencesChanged)
     Q_PROPERTY(QString scanRootText READ scanRootText NOTIFY preferencesChanged)
+    Q_PROPERTY(QUrl scanRootUrl READ scanRootUrl NOTIFY preferencesChanged)
     Q_PROPERTY(int themeIndex READ themeIndex WRITE setThemeIndex NOTIFY preferencesChanged)
     Q_PROPERTY(int appearance READ appearance WRITE setAppearance NOTIFY preferencesChanged)
     Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY statusMessageChanged)
@@ -198,6 +199,7 @@ public:
     [[nodiscard]] QString filterTitle() const;
     [[nodiscard]] QString displayName() const;
     [[nodiscard]] QString scanRootText() const; ///< with "~" for the home folder
+    [[nodiscard]] QUrl scanRootUrl() const;
     [[nodiscard]] int themeIndex() const;
     void setThemeIndex(int index);
     [[nodiscard]] int appearance() const;

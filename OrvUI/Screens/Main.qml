@@ -13,9 +13,18 @@ Window {
     readonly property bool narrow: width < Theme.narrowLimit
     readonly property bool wide: width >= Theme.wideLimit
 
+    // A popup that closes leaves the focus to the window's root, not to the item that had it before.
+    function returnFocus() {
+        if (activeFocusItem === contentItem && !T.Overlay.overlay.visible) {
+            content.forceActiveFocus(Qt.PopupFocusReason);
+        }
+    }
+
     function chooseFolder() {
         folderDialog.active = true;
-        (folderDialog.item as ChooseFolder).open();
+        const dialog = folderDialog.item as ChooseFolder;
+        dialog.currentFolder = model.scanRootUrl;
+        dialog.open();
     }
 
     title: Qt.application.displayName
@@ -28,13 +37,8 @@ Window {
             model.updateGreeting();
         }
     }
-    onActiveFocusItemChanged: {
-        if (activeFocusItem === contentItem) {
-            content.forceActiveFocus(Qt.PopupFocusReason);
-        }
-    }
+    onActiveFocusItemChanged: returnFocus()
 
-    // A popup that closes leaves the focus to the window's root, not to the item that had it before.
     FocusScope {
         id: content
 
@@ -122,6 +126,13 @@ Window {
                 isError: root.model.statusIsError
                 onDismissed: root.model.dismissStatus()
             }
+        }
+    }
+
+    Connections {
+        target: root.T.Overlay.overlay
+        function onVisibleChanged() {
+            root.returnFocus();
         }
     }
 

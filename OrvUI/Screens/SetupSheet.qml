@@ -32,10 +32,12 @@ Sheet {
         implicitHeight: column.implicitHeight
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
-        Keys.onEscapePressed: {
-            if (!sheet.running) {
-                sheet.model.cancelSetup();
-            }
+
+        // Works at once; the focus comes only when the sheet has come in.
+        Shortcut {
+            sequences: [StandardKey.Cancel]
+            enabled: sheet.visible && !sheet.running
+            onActivated: sheet.model.cancelSetup()
         }
 
         Column {
@@ -117,7 +119,11 @@ Sheet {
                 height: Theme.space40
                 text: qsTr("Use another install command")
                 checked: sheet.otherCommand
-                onClicked: sheet.otherCommand = !sheet.otherCommand
+                // A command that is not seen is not run.
+                onClicked: {
+                    sheet.otherCommand = !sheet.otherCommand;
+                    sheet.model.installCommandOverrideText = "";
+                }
             }
 
             // The last line of what runs, and how far it is.
@@ -239,7 +245,7 @@ Sheet {
                     role: Theme.Small
                     color: Theme.text2
                     text: sheet.running ? qsTr("%1 of %2 done").arg(sheet.model.setupDoneCount).arg(sheet.model.setupStepCount)
-                        : qsTr("%n steps", "", sheet.model.setupStepCount)
+                        : sheet.model.setupStepCount === 1 ? qsTr("1 step") : qsTr("%1 steps").arg(sheet.model.setupStepCount)
                 }
 
                 Row {

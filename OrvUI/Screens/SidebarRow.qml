@@ -20,7 +20,7 @@ T.AbstractButton {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.role: Accessible.ListItem
-    Accessible.name: showsCount ? qsTr("%1, %n projects", "", count).arg(text) : text
+    Accessible.name: !showsCount ? text : count === 1 ? qsTr("%1, 1 project").arg(text) : qsTr("%1, %2 projects").arg(text).arg(count)
     Accessible.selected: selected
     Keys.onReturnPressed: row.clicked()
     Keys.onEnterPressed: row.clicked()

@@ -182,7 +182,8 @@ public:
 
     static constexpr qreal wheelSpeed = 8; ///< pixels a second for an eighth of a degree of the wheel
 
-    explicit Theme(QObject* parent = nullptr);
+    /// Without a default: QML would make a second one by it, instead of asking create().
+    explicit Theme(QObject* parent);
 
     /// The one theme of the process, made when it is first asked for; the application object owns it.
     [[nodiscard]] static Theme* instance();

@@ -131,6 +131,18 @@ TEST_F(MainWindow, ShowsSkeletonsUntilTheFirstScanEnds) {
     EXPECT_TRUE(test::waitFor([this] { return items("Skeleton").isEmpty() && !items("EmptyState").isEmpty(); }));
 }
 
+TEST_F(MainWindow, TakesTheColoursOfTheThemeAtOnce) {
+    open(QSize(1280, 832));
+    Theme* theme = Theme::instance();
+    for (const bool dark : {false, true}) {
+        for (int index = 4; index >= 0; --index) {
+            theme->setDark(dark);
+            theme->setTheme(index);
+            EXPECT_EQ(window->color(), theme->sidebar()) << index << dark;
+        }
+    }
+}
+
 TEST_F(MainWindow, KeepsTheCardsInPlaceWhenAShelfComesWhileScrolledDown) {
     for (int number = 0; number < 60; ++number) {
         addInstalled(u"p%1"_s.arg(number), "vite", test::up(4000));

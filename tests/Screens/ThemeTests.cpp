@@ -34,7 +34,7 @@ TEST(Theme, HasTheColoursOfTheTokens) {
     const QByteArray file = test::readFile(QStringLiteral(ORV_SOURCE_DIR) + u"/OrvUI/Screens/theme/tokens.json"_s);
     const QJsonObject themes = QJsonDocument::fromJson(file)[u"themes"].toObject();
     ASSERT_EQ(themes.size(), themeNames.size());
-    Theme theme;
+    Theme theme(nullptr);
     int compared = 0;
     for (int index = 0; index < themeNames.size(); ++index) {
         for (const bool dark : {true, false}) {
@@ -67,7 +67,7 @@ TEST(Theme, KeepsTextReadableOnWhatItStandsOn) {
         {"warning", "surface", 4.5}, {"accentText", "selection", 4.5}, {"text", "selection", 4.5},
         {"tipFg", "tipBg", 4.5},     {"focus", "window", 3},           {"focus", "sidebar", 3},
     };
-    Theme theme;
+    Theme theme(nullptr);
     for (int index = 0; index < themeNames.size(); ++index) {
         for (const bool dark : {true, false}) {
             theme.setTheme(index);
@@ -83,7 +83,7 @@ TEST(Theme, KeepsTextReadableOnWhatItStandsOn) {
 }
 
 TEST(Theme, NotifiesOnlyAChange) {
-    Theme theme;
+    Theme theme(nullptr);
     QSignalSpy colors(&theme, &Theme::colorsChanged);
     theme.setDark(true);
     theme.setTheme(0);

@@ -99,7 +99,8 @@ TEST_F(MainWindow, LaysItsColumnsOutByTheWidth) {
         const QQuickItem* sidebar = item("Sidebar");
         EXPECT_TRUE(test::waitFor([&] {
             return page->property("columns").toInt() == it.columns && sidebar->width() == it.sidebar;
-        })) << it.width << ": " << page->property("columns").toInt() << " columns beside " << sidebar->width();
+        })) << it.width
+            << ": " << page->property("columns").toInt() << " columns beside " << sidebar->width();
         EXPECT_EQ(sidebar->property("rail").toBool(), it.rail) << it.width;
         EXPECT_EQ(items("OutlineRow").isEmpty(), it.rail) << it.width;
         const double limit = it.width - Theme::panelInset - Theme::pagePaddingNarrow;

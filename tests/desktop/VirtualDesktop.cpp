@@ -14,8 +14,9 @@ VirtualDesktop::VirtualDesktop() : m_environment(QProcessEnvironment::systemEnvi
     m_environment.insert(u"XDG_RUNTIME_DIR"_s, m_home.path());
     m_environment.insert(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
 
-    QProcess* screen =
-        start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1400x1000x24"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s});
+    QProcess* screen = start(
+        u"Xvfb"_s,
+        {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1400x1000x24"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s});
     m_environment.insert(u"DISPLAY"_s, u':' + firstLine(screen));
     QProcess* bus = start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address=1"_s});
     m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, firstLine(bus));

@@ -4,7 +4,7 @@ import QtQml
 
 // Everything that a card can do.
 Menu {
-    id: menu
+    id: cardMenu
 
     property var card: null
     readonly property var services: card ? card.services : []
@@ -16,32 +16,32 @@ Menu {
     signal pin
 
     Instantiator {
-        model: menu.services.length === 0 && menu.card ? menu.card.actions : []
-        onObjectAdded: (index, object) => menu.insertItem(index, object as MenuRow)
-        onObjectRemoved: (index, object) => menu.removeItem(object as MenuRow)
+        model: cardMenu.services.length === 0 && cardMenu.card ? cardMenu.card.actions : []
+        onObjectAdded: (index, object) => cardMenu.insertItem(index, object as MenuRow)
+        onObjectRemoved: (index, object) => cardMenu.removeItem(object as MenuRow)
 
         MenuRow {
             required property string modelData
 
             glyph: "own-play-fill"
             text: qsTr("Run %1").arg(modelData)
-            onTriggered: menu.run(modelData)
+            onTriggered: cardMenu.run(modelData)
         }
     }
 
     Instantiator {
-        model: menu.addresses
-        onObjectAdded: (index, object) => menu.insertItem(index, object as MenuRow)
-        onObjectRemoved: (index, object) => menu.removeItem(object as MenuRow)
+        model: cardMenu.addresses
+        onObjectAdded: (index, object) => cardMenu.insertItem(index, object as MenuRow)
+        onObjectRemoved: (index, object) => cardMenu.removeItem(object as MenuRow)
 
         MenuRow {
             required property var modelData
             required property int index
 
             glyph: "arrow-up-right"
-            text: menu.addresses.length > 1 ? qsTr("Open %1").arg(modelData.address) : qsTr("Open in your browser")
+            text: cardMenu.addresses.length > 1 ? qsTr("Open %1").arg(modelData.address) : qsTr("Open in your browser")
             shortcut: index === 0 ? qsTr("Ctrl O") : ""
-            onTriggered: menu.open(modelData.key)
+            onTriggered: cardMenu.open(modelData.key)
         }
     }
 
@@ -49,24 +49,24 @@ Menu {
         glyph: "rotate-cw"
         text: qsTr("Restart")
         shortcut: qsTr("Ctrl Shift R")
-        enabled: menu.services.length > 0
-        onTriggered: menu.restart()
+        enabled: cardMenu.services.length > 0
+        onTriggered: cardMenu.restart()
     }
 
     MenuRow {
         glyph: "own-stop-fill"
         text: qsTr("Stop")
         shortcut: qsTr("Ctrl Enter")
-        enabled: menu.card !== null && menu.card.busy
-        onTriggered: menu.stop()
+        enabled: cardMenu.card !== null && cardMenu.card.busy
+        onTriggered: cardMenu.stop()
     }
 
     MenuLine {}
 
     MenuRow {
-        glyph: menu.card && menu.card.pinned ? "own-pin-fill" : "pin"
-        text: menu.card && menu.card.pinned ? qsTr("Remove pin") : qsTr("Pin")
+        glyph: cardMenu.card && cardMenu.card.pinned ? "own-pin-fill" : "pin"
+        text: cardMenu.card && cardMenu.card.pinned ? qsTr("Remove pin") : qsTr("Pin")
         shortcut: qsTr("Ctrl D")
-        onTriggered: menu.pin()
+        onTriggered: cardMenu.pin()
     }
 }

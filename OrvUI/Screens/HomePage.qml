@@ -89,7 +89,7 @@ FocusScope {
         delegate: ProjectCard {
             id: card
 
-            width: GridView.view.cellWidth - Theme.gridGap
+            width: grid.cellWidth - Theme.gridGap
             height: Theme.cardHeight
             isCurrent: GridView.isCurrentItem
             onRun: action => page.model.runAction(projectID, action)

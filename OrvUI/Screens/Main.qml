@@ -27,7 +27,7 @@ Window {
         dialog.open();
     }
 
-    title: Qt.application.displayName
+    title: Qt.application.name
     minimumWidth: Theme.minimumWidth
     minimumHeight: Theme.minimumHeight
     flags: ownFrame ? Qt.Window | Qt.FramelessWindowHint : Qt.Window
@@ -203,8 +203,10 @@ Window {
         onActivated: root.sidebarHidden = !root.sidebarHidden
     }
 
+    // Of the application: a sheet that is open, or on its way out, does not keep it from ending.
     Shortcut {
         sequences: ["Ctrl+W", "Ctrl+Q"]
+        context: Qt.ApplicationShortcut
         onActivated: root.close()
     }
 }

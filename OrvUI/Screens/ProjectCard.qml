@@ -35,7 +35,7 @@ T.Control {
     hoverEnabled: true
     Accessible.role: Accessible.Cell
     Accessible.name: name
-    Accessible.description: [stackLine, stateText, pinned ? qsTr("pinned") : ""].filter(part => part.length > 0).join(", ")
+    Accessible.description: (pinned ? qsTr("%1, %2, pinned") : qsTr("%1, %2")).arg(stackLine).arg(stateText)
     Accessible.focusable: true
 
     readonly property string stateText: services.length > 0

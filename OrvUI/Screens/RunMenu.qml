@@ -4,22 +4,22 @@ import QtQml
 
 // What there is to run in a project.
 Menu {
-    id: menu
+    id: choice
 
     property var actions: []
     signal chosen(string action)
 
     Instantiator {
-        model: menu.actions
-        onObjectAdded: (index, object) => menu.insertItem(index, object as MenuRow)
-        onObjectRemoved: (index, object) => menu.removeItem(object as MenuRow)
+        model: choice.actions
+        onObjectAdded: (index, object) => choice.insertItem(index, object as MenuRow)
+        onObjectRemoved: (index, object) => choice.removeItem(object as MenuRow)
 
         MenuRow {
             required property string modelData
 
             glyph: "own-play-fill"
             text: modelData
-            onTriggered: menu.chosen(modelData)
+            onTriggered: choice.chosen(modelData)
         }
     }
 }

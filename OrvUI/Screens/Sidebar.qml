@@ -40,7 +40,7 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: !sidebar.rail
                 role: Theme.Section
-                text: Qt.application.displayName
+                text: Qt.application.name
             }
         }
 
@@ -128,7 +128,7 @@ Item {
     Label {
         anchors.left: heading.left
         anchors.top: heading.bottom
-        visible: !sidebar.rail && outline.item && outline.item.count === 0
+        visible: !sidebar.rail && (outline.item as Outline)?.count === 0
         role: Theme.Small
         color: Theme.text3
         text: qsTr("No folders yet")

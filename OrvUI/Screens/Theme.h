@@ -15,8 +15,9 @@ namespace orv {
 /// The one place with a colour, a size of type, a length, a radius or a duration. A QML singleton; lives on the main
 /// thread.
 ///
-/// Enumerators that QML names begin with a capital letter, as QML asks.
-class Theme : public ThemeColors {
+/// Enumerators that QML names begin with a capital letter, as QML asks. The base stands with its namespace, for the QML
+/// type registration of Qt 6.4 takes the name as it is written here.
+class Theme : public orv::ThemeColors {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON

@@ -46,7 +46,7 @@ QString overridesError(const QJsonDocument& json) {
 
 QString tasksError(const QJsonDocument& json) {
     const QJsonArray tasks = json.array();
-    for (const QJsonValue& task : tasks) {
+    for (const QJsonValue task : tasks) {
         if (const QString error = errorOf(ProjectTask::fromJson(task.toObject())); !error.isEmpty()) {
             return error;
         }

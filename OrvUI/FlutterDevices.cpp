@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 QList<FlutterDevice> parse(const QByteArray& listing) {
     QList<FlutterDevice> devices;
     const QJsonArray entries = QJsonDocument::fromJson(listing).array();
-    for (const QJsonValue& entry : entries) {
+    for (const QJsonValue entry : entries) {
         const QJsonValue id = entry[u"id"];
         const QJsonValue name = entry[u"name"];
         if (id.isString() && name.isString()) {

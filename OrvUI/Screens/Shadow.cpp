@@ -33,10 +33,10 @@ void blurLine(std::vector<float>& line, std::vector<float>& out, int reach) {
     }
     for (int i = 0; i < count; ++i) {
         if (i + reach < count) {
-            sum += line[size_t(i + reach)];
+            sum += line[size_t(i) + size_t(reach)];
         }
         if (i - reach - 1 >= 0) {
-            sum -= line[size_t(i - reach - 1)];
+            sum -= line[size_t(i) - size_t(reach) - 1];
         }
         out[size_t(i)] = sum / float(2 * reach + 1);
     }

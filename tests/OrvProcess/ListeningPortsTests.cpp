@@ -1,6 +1,8 @@
 #include "OrvCore/UniqueFd.h"
 #include "OrvProcess/ListeningPorts.h"
+#include "OrvProcess/PortWatch.h"
 #include "OrvProcess/ProcessTable_p.h"
+#include "tests/support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -129,6 +131,37 @@ TEST(ListeningPorts, FindsWhatASessionAndItsDescendantsListenOn) {
     ::kill(leader, SIGKILL);
     ::waitpid(leader, nullptr, 0);
     EXPECT_EQ(listeningPorts(leader), SessionPorts{}) << "the session is gone";
+}
+
+TEST(PortWatch, RestsAndGoesOnWithNewOutput) {
+    using namespace std::chrono_literals;
+    struct Row {
+        const char* label;
+        PortWatch::Pace pace;
+    };
+    const std::array rows{
+        Row{"no output for long",
+            {.firstInterval = 1ms, .longestInterval = 2ms, .lastLookAfter = 2ms, .quietLimit = 20ms}},
+        Row{"nowhere to be found for long",
+            {.firstInterval = 1ms, .longestInterval = 2ms, .lastLookAfter = 2ms, .phaseLimit = 20ms}},
+    };
+    QThreadPool pool;
+    for (const Row& row : rows) {
+        PortWatch watch(::getpid(), &pool, row.pace);
+        EXPECT_TRUE(watch.isActive()) << row.label;
+        EXPECT_FALSE(watch.areAllKnown()) << row.label;
+        watch.noteOutput();
+        EXPECT_TRUE(test::waitFor([&] { return !watch.isActive(); })) << row.label;
+        int port = 0;
+        const UniqueFd socket = listenOn(AF_INET, port);
+        EXPECT_TRUE(watch.areAllKnown() && !watch.ports().contains(port)) << row.label;
+        watch.noteOutput();
+        EXPECT_TRUE(test::waitFor([&] { return watch.ports().contains(port); })) << row.label;
+        watch.noteRunning(port);
+        EXPECT_TRUE(test::waitFor([&] { return !watch.isActive(); })) << row.label;
+        watch.noteOutput();
+        EXPECT_FALSE(watch.isActive()) << row.label << ": one that runs is not polled";
+    }
 }
 
 } // namespace orv

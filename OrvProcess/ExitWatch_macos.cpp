@@ -1,5 +1,7 @@
 #include "OrvProcess/ExitWatch_p.h"
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <sys/event.h>
 
@@ -9,10 +11,13 @@ ExitWatch::ExitWatch() : m_events(::kqueue()) {
     ::fcntl(m_events.get(), F_SETFD, FD_CLOEXEC);
 }
 
-bool ExitWatch::add(pid_t pid) {
+ExitWatch::Added ExitWatch::add(pid_t pid) {
     struct kevent change;
     EV_SET(&change, static_cast<uintptr_t>(pid), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
-    return ::kevent(m_events.get(), &change, 1, nullptr, 0, nullptr) == 0;
+    if (::kevent(m_events.get(), &change, 1, nullptr, 0, nullptr) == 0) {
+        return Added::watched;
+    }
+    return errno == ESRCH ? Added::gone : Added::refused;
 }
 
 } // namespace orv

@@ -13,8 +13,9 @@ class ExitWatch {
 public:
     ExitWatch();
 
-    /// False when the process is gone already or can't be watched.
-    bool add(pid_t pid);
+    enum class Added { watched, gone, refused };
+    /// Refused: the process may live, but can't be watched, as when no descriptor is left.
+    Added add(pid_t pid);
     [[nodiscard]] int descriptor() const { return m_events.get(); }
 
 private:

@@ -10,8 +10,8 @@ namespace {
 
 class LimitedCommand : public ProcessReader {
 public:
-    LimitedCommand(SpawnedProcess process, std::chrono::milliseconds limit, QObject* parent)
-        : ProcessReader(std::move(process), parent) {
+    LimitedCommand(SpawnedProcess process, std::chrono::milliseconds limit, DeliveryTurns& turns, QObject* parent)
+        : ProcessReader(std::move(process), turns, parent) {
         m_promise.start();
         setPortWanted(false);
         m_timer.setSingleShot(true);
@@ -45,10 +45,19 @@ private:
 } // namespace
 
 QFuture<void> runLimited(
-    const QString& command, const QString& directory, std::chrono::milliseconds limit, QObject* owner) {
+    const QString& command, const QString& directory, std::chrono::milliseconds limit, DeliveryTurns& turns,
+    QObject* owner) {
     ORV_ASSERT_MAIN_THREAD();
     auto process = ProcessSpawner::spawn(command, directory, {});
-    return process ? (new LimitedCommand(std::move(*process), limit, owner))->future() : finishedFuture();
+    if (!process) {
+        return finishedFuture();
+    }
+    auto* running = new LimitedCommand(std::move(*process), limit, turns, owner);
+    if (!running->begin()) {
+        delete running;
+        return finishedFuture();
+    }
+    return running->future();
 }
 
 } // namespace orv

@@ -22,7 +22,7 @@ qsizetype characterBoundary(QByteArrayView text, qsizetype limit) {
 QByteArray LineAssembler::append(QByteArrayView bytes, QByteArray memory) {
     QByteArray lines = std::move(memory);
     lines.resize(0);
-    if (m_partial.size() + bytes.size() <= limitBytes) {
+    if (!m_rewritten && m_partial.size() + bytes.size() <= limitBytes) {
         const qsizetype end = bytes.lastIndexOf('\n') + 1;
         if (end > 0) {
             lines.reserve(m_partial.size() + end);
@@ -91,6 +91,7 @@ void LineAssembler::rewrite(QByteArray& lines) {
         shown = line.take(limitBytes);
     }
     m_partial = shown + line.position() + QByteArrayView(m_partial).sliced(line.consumed()).toByteArray();
+    Q_ASSERT_X(m_partial.size() <= 2 * limitBytes, Q_FUNC_INFO, "there must be room for more of the line");
 }
 
 } // namespace orv

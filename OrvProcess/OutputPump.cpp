@@ -2,8 +2,10 @@
 #include "OrvProcess/ProcessSpawner.h"
 #include "OrvProcess/ProcessTable_p.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -23,6 +25,8 @@ constexpr size_t readsPerTurn = 4;
 /// again, at once and then ever more seldom.
 constexpr std::chrono::milliseconds firstRecheck{20};
 constexpr std::chrono::milliseconds lastRecheck{5000};
+/// As often are those looked at that can't be watched.
+constexpr std::chrono::milliseconds longestRecheckUnwatched{500};
 
 enum class Output { open, ended };
 
@@ -78,13 +82,27 @@ void drain(int fd, const std::function<void(QByteArrayView)>& onOutput) {
     }
 }
 
-/// Watches every living process of the group; false when there is none.
-bool watchGroup(pid_t group, ExitWatch& watch) {
-    bool lives = false;
-    for (const ProcessEntry& entry : processTable()) {
-        lives = (entry.group == group && entry.isAlive && watch.add(entry.pid)) || lives;
+enum class Group { gone, watched, unwatched };
+
+/// Watches every living process of the group.
+Group watchGroup(pid_t group, ExitWatch& watch) {
+    const QList<ProcessEntry> processes = processTable();
+    if (processes.isEmpty()) {
+        return Group::unwatched;
     }
-    return lives;
+    Group found = Group::gone;
+    for (const ProcessEntry& entry : processes) {
+        if (entry.group != group || !entry.isAlive) {
+            continue;
+        }
+        const ExitWatch::Added added = watch.add(entry.pid);
+        if (added == ExitWatch::Added::refused) {
+            found = Group::unwatched;
+        } else if (added == ExitWatch::Added::watched && found == Group::gone) {
+            found = Group::watched;
+        }
+    }
+    return found;
 }
 
 int reap(pid_t pid) {
@@ -112,14 +130,25 @@ void waitReadable(int fd, std::chrono::milliseconds limit) {
     ::poll(&wait, 1, static_cast<int>(limit.count()));
 }
 
+constexpr std::chrono::milliseconds endOfTheKilled{500};
+
 } // namespace
+
+void ProcessSpawner::discard(pid_t pid) {
+    signalGroup(pid, SIGKILL);
+    ExitWatch leader;
+    leader.add(pid);
+    waitReadable(leader.descriptor(), endOfTheKilled);
+    (void)reap(pid);
+}
 
 int ProcessSpawner::pump(
     const SpawnedProcess& process, const PumpControl& control, const std::function<void(QByteArrayView)>& onOutput) {
     lateChildren.reap();
     ExitWatch leader;
-    const bool isWatched = leader.add(process.pid);
+    const bool isWatched = leader.add(process.pid) == ExitWatch::Added::watched;
     std::optional<ExitWatch> members; ///< of the group, once the leader has ended
+    Group group = Group::watched;
     std::chrono::milliseconds recheck = firstRecheck;
     TurnResult turn;
     for (;;) {
@@ -131,6 +160,7 @@ int ProcessSpawner::pump(
             pollfd{control.abandon, POLLIN, 0}};
         const auto limit = turn.more                           ? std::chrono::milliseconds(0)
                            : mustAsk                           ? firstRecheck
+                           : group == Group::unwatched         ? std::min(recheck, longestRecheckUnwatched)
                            : members && recheck <= lastRecheck ? recheck
                                                                : std::chrono::milliseconds(-1);
         const int count = ::poll(events.data(), events.size(), static_cast<int>(limit.count()));
@@ -139,7 +169,7 @@ int ProcessSpawner::pump(
         }
         if (events[2].revents != 0) {
             // Whoever abandons has killed the group before: it is a matter of moments, unless the kernel holds it.
-            waitReadable(leader.descriptor(), std::chrono::milliseconds(500));
+            waitReadable(leader.descriptor(), endOfTheKilled);
             break;
         }
         if (isOpen) {
@@ -150,11 +180,12 @@ int ProcessSpawner::pump(
             !(members && turn.output == Output::ended)) {
             continue;
         }
-        recheck = isRecheck ? recheck * 2 : firstRecheck;
+        recheck = !isRecheck ? firstRecheck : recheck <= lastRecheck ? recheck * 2 : recheck;
         if (turn.output == Output::ended && !control.waitsForGroup()) {
             break;
         }
-        if (!watchGroup(process.pid, members.emplace())) {
+        group = watchGroup(process.pid, members.emplace());
+        if (group == Group::gone) {
             drain(process.output.get(), onOutput);
             break;
         }

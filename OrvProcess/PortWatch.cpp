@@ -1,33 +1,22 @@
 #include "OrvProcess/PortWatch.h"
 
 #include "OrvCore/Async.h"
-#include "OrvProcess/ListeningPorts.h"
 
 #include <algorithm>
 
-using namespace std::chrono_literals;
-
 namespace orv {
-namespace {
 
-constexpr std::chrono::milliseconds firstInterval = 100ms;
-constexpr std::chrono::milliseconds longestInterval = 2s;
-constexpr std::chrono::milliseconds lastLookAfter = 1s;
-constexpr std::chrono::milliseconds quietLimit = 60s;
-constexpr std::chrono::milliseconds phaseLimit = 10min;
-
-} // namespace
-
-PortWatch::PortWatch(pid_t session, QThreadPool* pool, QObject* parent)
-    : QObject(parent), m_session(session), m_pool(pool) {
+PortWatch::PortWatch(pid_t session, QThreadPool* pool, const Pace& pace, QObject* parent)
+    : QObject(parent), m_session(session), m_pool(pool), m_pace(pace) {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, [this] { look(); });
+    begin();
 }
 
 void PortWatch::noteOutput() {
     const bool isFirst = !m_sinceOutput.isValid();
     m_sinceOutput.start();
-    if (isFirst) {
+    if (isFirst || (!m_active && !m_running)) {
         begin();
     }
 }
@@ -38,30 +27,35 @@ void PortWatch::noteRunning(std::optional<int> announcedPort) {
     begin();
 }
 
-QFuture<QList<int>> PortWatch::look() {
+QFuture<SessionPorts> PortWatch::look() {
     ORV_ASSERT_MAIN_THREAD();
-    QPromise<QList<int>> promise;
-    QFuture<QList<int>> future = promise.future();
-    m_pool->start([promise = std::make_shared<QPromise<QList<int>>>(std::move(promise)), session = m_session] {
+    QPromise<SessionPorts> promise;
+    QFuture<SessionPorts> future = promise.future();
+    m_pool->start([promise = std::make_shared<QPromise<SessionPorts>>(std::move(promise)), session = m_session] {
         promise->start();
         promise->addResult(listeningPorts(session));
         promise->finish();
     });
-    onFinished(future, this, [this](const QList<int>& ports) { take(ports); });
+    onFinished(future, this, [this, look = ++m_looks](const SessionPorts& found) { take(found, look); });
     return future;
 }
 
 void PortWatch::begin() {
     m_active = true;
     m_lastLook = false;
-    m_interval = firstInterval;
+    m_interval = m_pace.firstInterval;
     m_sinceBegin.start();
     m_timer.start(m_interval);
 }
 
-void PortWatch::take(const QList<int>& ports) {
-    const bool areOthers = m_ports != ports;
-    m_ports = ports;
+void PortWatch::take(const SessionPorts& found, quint64 look) {
+    // Two threads look: what is older may come later.
+    if (look < m_newest) {
+        return;
+    }
+    m_newest = look;
+    const bool areOthers = m_found != found;
+    m_found = found;
     plan();
     if (areOthers) {
         Q_EMIT portsChanged();
@@ -73,19 +67,19 @@ void PortWatch::plan() {
     if (!m_active || m_timer.isActive()) {
         return;
     }
-    if (m_lastLook || m_sinceBegin.hasExpired(phaseLimit.count()) ||
-        (m_sinceOutput.isValid() && m_sinceOutput.hasExpired(quietLimit.count()))) {
+    if (m_lastLook || m_sinceBegin.hasExpired(m_pace.phaseLimit.count()) ||
+        (m_sinceOutput.isValid() && m_sinceOutput.hasExpired(m_pace.quietLimit.count()))) {
         m_active = false;
         return;
     }
     m_lastLook = hasCome();
-    m_interval = std::min(2 * m_interval, longestInterval);
-    m_timer.start(m_lastLook ? lastLookAfter : m_interval);
+    m_interval = std::min(2 * m_interval, m_pace.longestInterval);
+    m_timer.start(m_lastLook ? m_pace.lastLookAfter : m_interval);
 }
 
 /// The service runs, and listens where it was said to.
 bool PortWatch::hasCome() const {
-    return m_running && (m_announced ? m_ports.contains(*m_announced) : !m_ports.isEmpty());
+    return m_running && (m_announced ? ports().contains(*m_announced) : !ports().isEmpty());
 }
 
 } // namespace orv

@@ -2,6 +2,7 @@
 
 #include "OrvCore/Async.h"
 #include "OrvCore/CommandBuilder.h"
+#include "OrvProcess/DeliveryTurns.h"
 #include "OrvProcess/GroupTermination.h"
 #include "OrvProcess/LimitedCommand.h"
 #include "OrvProcess/PortParser.h"
@@ -71,13 +72,14 @@ struct ProcessManager::Private {
     std::chrono::milliseconds dockerLimit = dockerStopLimit;
 
     QHash<ServiceID, ServiceState> states;
-    QHash<ServiceID, LogBuffer> logs;
-    QHash<ServiceID, Run> runs; ///< services with a live process
+    QHash<ServiceID, std::shared_ptr<LogBuffer>> logs; ///< each where it is, however many join it
+    QHash<ServiceID, Run> runs;                        ///< services with a live process
     QHash<ServiceID, QPointer<GroupTermination>> terminations;
     QHash<ServiceID, int> fixedPorts;
     QSet<ServiceID> stopRequested;
     QSet<ServiceID> userStopped;
     QThreadPool portPool;
+    DeliveryTurns turns;
 
     /// False when the manager is gone afterwards.
     bool setState(const ServiceID& id, const ServiceState& state);
@@ -129,7 +131,7 @@ const LogBuffer& ProcessManager::log(const ServiceID& id) const {
     ORV_ASSERT_MAIN_THREAD();
     static const LogBuffer none(maxLogLines);
     const auto log = d->logs.constFind(id);
-    return log == d->logs.cend() ? none : *log;
+    return log == d->logs.cend() ? none : **log;
 }
 
 int ProcessManager::runningCount() const {
@@ -167,7 +169,7 @@ void ProcessManager::start(const ServiceTarget& target, const QString& projectID
     if (d->states.value(service).isActive()) {
         return;
     }
-    d->logs.insert(service, LogBuffer(maxLogLines));
+    d->logs.insert(service, std::make_shared<LogBuffer>(maxLogLines));
     d->stopRequested.remove(service);
     d->userStopped.remove(service);
     d->fixedPorts.remove(service);
@@ -189,8 +191,13 @@ void ProcessManager::start(const ServiceTarget& target, const QString& projectID
         d->setState(service, ServiceState::failed(u"Could not start: "_s + process.error().text()));
         return;
     }
-    auto* reader = new ProcessReader(std::move(*process), this);
-    auto* ports = new PortWatch(reader->pid(), &d->portPool, reader);
+    auto* reader = new ProcessReader(std::move(*process), d->turns, this);
+    if (const auto begun = reader->begin(); !begun) {
+        delete reader;
+        d->setState(service, ServiceState::failed(u"Could not start: "_s + begun.error().text()));
+        return;
+    }
+    auto* ports = new PortWatch(reader->pid(), &d->portPool, {}, reader);
     connect(reader, &ProcessReader::linesRead, this, [this, service, reader](const LineQueue::Taken& taken) {
         d->append(service, reader, taken);
     });
@@ -231,7 +238,7 @@ void ProcessManager::Private::append(const ServiceID& id, const ProcessReader* r
     if (!isCurrent(id, reader)) {
         return;
     }
-    LogBuffer& log = *logs.find(id);
+    LogBuffer& log = **logs.find(id);
     qsizetype dropped = 0;
     for (const QString& line : taken.lines) {
         dropped += log.append(line);
@@ -261,16 +268,17 @@ void ProcessManager::Private::handleExit(const ServiceID& id, ProcessReader* rea
     if (!isCurrent(id, reader)) {
         return;
     }
-    const bool listened = !runs.constFind(id)->ports->ports().isEmpty();
+    const PortWatch* ports = runs.constFind(id)->ports;
+    const bool hadPorts = ports->areAllKnown() || !ports->ports().isEmpty();
     runs.remove(id);
     reader->deleteLater();
     const bool isWanted = stopRequested.remove(id) || code == 0;
     const QPointer<ProcessManager> manager(q);
-    if (listened) {
+    if (hadPorts) {
         Q_EMIT q->listeningPortsChanged(id);
     }
     if (manager && !runs.contains(id)) {
-        setState(id, isWanted ? ServiceState::stopped() : ServiceState::failed(exitMessage(code, *logs.find(id))));
+        setState(id, isWanted ? ServiceState::stopped() : ServiceState::failed(exitMessage(code, **logs.find(id))));
     }
 }
 
@@ -301,7 +309,7 @@ QFuture<void> ProcessManager::stop(const ServiceID& id) {
     termination->begin();
     return termination->lookAfter(
         id.kind == ServiceKind::docker
-            ? runLimited(d->dockerStopCommand(id.directory), id.directory, d->dockerLimit, this)
+            ? runLimited(d->dockerStopCommand(id.directory), id.directory, d->dockerLimit, d->turns, this)
             : finishedFuture());
 }
 
@@ -320,10 +328,16 @@ QList<int> ProcessManager::listeningPorts(const ServiceID& id) const {
     return run == d->runs.cend() ? QList<int>() : run->ports->ports();
 }
 
+bool ProcessManager::areListeningPortsKnown(const ServiceID& id) const {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto run = d->runs.constFind(id);
+    return run != d->runs.cend() && run->ports->areAllKnown();
+}
+
 QFuture<QList<int>> ProcessManager::refreshListeningPorts(const ServiceID& id) {
     ORV_ASSERT_MAIN_THREAD();
     if (const auto run = d->runs.constFind(id); run != d->runs.cend()) {
-        return run->ports->look();
+        return run->ports->look().then(QtFuture::Launch::Sync, [](const SessionPorts& found) { return found.ports; });
     }
     QPromise<QList<int>> promise;
     promise.start();

@@ -1,28 +1,42 @@
 #include "OrvProcess/ProcessReader.h"
 
 #include "OrvCore/Async.h"
+#include "OrvProcess/Pipe_p.h"
 #include "OrvProcess/ProcessManager.h"
 
 #include <QPointer>
 
-#include <fcntl.h>
+#include <system_error>
 
 namespace orv {
 
-ProcessReader::ProcessReader(SpawnedProcess process, QObject* parent)
-    : QObject(parent), m_process(std::move(process)), m_queue({.keptLines = ProcessManager::maxLogLines}) {
+ProcessReader::ProcessReader(SpawnedProcess process, DeliveryTurns& turns, QObject* parent)
+    : QObject(parent),
+      m_process(std::move(process)),
+      m_turns(turns),
+      m_queue({.keptLines = ProcessManager::maxLogLines}) {
     ORV_ASSERT_MAIN_THREAD();
-    int ends[2];
-    if (::pipe(ends) == 0) {
-        m_abandonRead.reset(ends[0]);
-        m_abandonWrite.reset(ends[1]);
-        ::fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-        ::fcntl(ends[1], F_SETFD, FD_CLOEXEC);
+}
+
+std::expected<void, SpawnError> ProcessReader::begin() {
+    ORV_ASSERT_MAIN_THREAD();
+    auto pipe = Pipe::make();
+    SpawnError error;
+    if (pipe) {
+        m_abandonRead = std::move(pipe->readEnd);
+        m_abandonWrite = std::move(pipe->writeEnd);
+        try {
+            m_thread = std::thread([this] { run(); });
+            return {};
+        } catch (const std::system_error& refused) {
+            error = {refused.code().value()};
+        }
+    } else {
+        error = pipe.error();
     }
-    m_paceTimer.setSingleShot(true);
-    m_paceTimer.setTimerType(Qt::PreciseTimer);
-    connect(&m_paceTimer, &QTimer::timeout, this, &ProcessReader::deliver);
-    m_thread = std::thread([this] { run(); });
+    ProcessSpawner::discard(std::exchange(m_process.pid, -1));
+    m_process.output.reset();
+    return std::unexpected(error);
 }
 
 ProcessReader::~ProcessReader() {
@@ -35,7 +49,10 @@ ProcessReader::~ProcessReader() {
 void ProcessReader::abandon() {
     ORV_ASSERT_MAIN_THREAD();
     m_queue.close();
-    m_abandonWrite.reset();
+    // Not by closing it: a process that is being started elsewhere may hold a copy.
+    if (m_abandonWrite.isValid()) {
+        (void)!::write(m_abandonWrite.get(), "", 1);
+    }
 }
 
 void ProcessReader::setStopping() {
@@ -57,39 +74,36 @@ void ProcessReader::run() {
     m_process.output.reset();
     m_queue.finish();
     m_ended = true;
-    QMetaObject::invokeMethod(this, &ProcessReader::deliver, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &ProcessReader::requestTurn, Qt::QueuedConnection);
 }
 
 void ProcessReader::announce() {
     if (!m_announced.exchange(true)) {
-        QMetaObject::invokeMethod(this, &ProcessReader::deliver, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &ProcessReader::requestTurn, Qt::QueuedConnection);
     }
 }
 
-void ProcessReader::deliver() {
+void ProcessReader::requestTurn() {
+    m_turns.request(this);
+}
+
+bool ProcessReader::deliver(std::chrono::microseconds time) {
+    ORV_ASSERT_MAIN_THREAD();
     const bool ended = m_ended;
-    if (!ended && m_sinceDelivery.isValid()) {
-        if (const std::chrono::milliseconds since(m_sinceDelivery.elapsed()); since < pace) {
-            m_paceTimer.start(pace - since);
-            return;
-        }
-    }
     m_announced = false;
-    const LineQueue::Taken taken = m_queue.take(LineQueue::Slice{});
-    m_sinceDelivery.start();
+    const LineQueue::Taken taken = m_queue.take({.time = time});
     const QPointer<ProcessReader> self(this);
     if (!taken.lines.isEmpty() || taken.dropped > 0) {
         Q_EMIT linesRead(taken);
     }
     if (!self) {
-        return;
+        return false;
     }
-    if (taken.more) {
-        announce();
-    } else if (ended && m_thread.joinable()) {
+    if (!taken.more && ended && m_thread.joinable()) {
         m_thread.join();
         Q_EMIT exited(m_exitCode);
     }
+    return taken.more;
 }
 
 } // namespace orv

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "OrvProcess/DeliveryTurns.h"
 #include "OrvProcess/LineQueue.h"
 #include "OrvProcess/ProcessSpawner.h"
 
-#include <QElapsedTimer>
 #include <QObject>
-#include <QTimer>
 
 #include <atomic>
 #include <thread>
@@ -13,19 +12,23 @@
 namespace orv {
 
 /// Follows one started command line to its end: a thread of its own reads, the main thread, on which the object lives,
-/// gets the lines in slices that cost it a few milliseconds each, at most one slice in `pace` while the output floods.
+/// gets the lines in slices, when it is the reader's turn.
 ///
 /// The object may be deleted by whoever its signals reach.
 class ProcessReader : public QObject {
     Q_OBJECT
 public:
-    static constexpr std::chrono::milliseconds pace{16};
-
-    explicit ProcessReader(SpawnedProcess process, QObject* parent = nullptr);
+    /// `turns` is not needed any more once the reading has ended.
+    ProcessReader(SpawnedProcess process, DeliveryTurns& turns, QObject* parent = nullptr);
     /// Ends the reading, and waits for the thread: the process should have been killed before.
     ~ProcessReader() override;
 
+    /// Begins to read. On failure the process is killed and reaped.
+    [[nodiscard]] std::expected<void, SpawnError> begin();
     [[nodiscard]] pid_t pid() const { return m_process.pid; }
+    [[nodiscard]] bool hasEnded() const { return m_ended; }
+    /// Emits what was read, for about as long as `time`; false when nothing of it is left.
+    bool deliver(std::chrono::microseconds time);
     /// Ends the output with what was read so far.
     void abandon();
     /// To be called before the group is told to end: from then on the exit waits for its last process, so that none
@@ -43,18 +46,17 @@ Q_SIGNALS:
 private:
     void run();
     void announce();
-    void deliver();
+    void requestTurn();
 
     SpawnedProcess m_process;
+    DeliveryTurns& m_turns;
     UniqueFd m_abandonRead;
     UniqueFd m_abandonWrite;
     LineQueue m_queue;
-    std::atomic<bool> m_announced = false; ///< a call of `deliver` is on its way
+    std::atomic<bool> m_announced = false; ///< a request for a turn is on its way
     std::atomic<bool> m_ended = false;
     std::atomic<bool> m_stopping = false;
     int m_exitCode = 0; ///< set before m_ended is
-    QElapsedTimer m_sinceDelivery;
-    QTimer m_paceTimer{this};
     std::thread m_thread;
 };
 

@@ -1,11 +1,13 @@
 #include "OrvProcess/ProcessSpawner.h"
 
 #include "OrvCore/LoginShell.h"
+#include "OrvProcess/Pipe_p.h"
 
 #include <QFile>
 #include <QProcessEnvironment>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -21,37 +23,6 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
-
-struct Pipe {
-    UniqueFd readEnd;
-    UniqueFd writeEnd;
-};
-
-/// Descriptors 0 to 2 are the child's: a pipe that got one of them, since ours are closed, is moved out of the way.
-UniqueFd aboveStandardStreams(UniqueFd fd) {
-    return fd.get() > STDERR_FILENO ? std::move(fd) : UniqueFd(::fcntl(fd.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-}
-
-std::expected<Pipe, SpawnError> makePipe() {
-    int ends[2];
-#ifdef Q_OS_LINUX
-    if (::pipe2(ends, O_CLOEXEC) != 0) {
-        return std::unexpected(SpawnError{errno});
-    }
-#else
-    if (::pipe(ends) != 0) {
-        return std::unexpected(SpawnError{errno});
-    }
-    for (const int end : ends) {
-        ::fcntl(end, F_SETFD, FD_CLOEXEC);
-    }
-#endif
-    Pipe made{aboveStandardStreams(UniqueFd(ends[0])), aboveStandardStreams(UniqueFd(ends[1]))};
-    if (!made.readEnd.isValid() || !made.writeEnd.isValid() || ::fcntl(made.readEnd.get(), F_SETFL, O_NONBLOCK) != 0) {
-        return std::unexpected(SpawnError{errno});
-    }
-    return made;
-}
 
 /// This process's environment with `entries` over it, as "NAME=value" each.
 std::vector<QByteArray> mergedEnvironment(const EnvironmentEntries& entries) {
@@ -135,7 +106,7 @@ QString SpawnError::text() const {
 
 std::expected<SpawnedProcess, SpawnError> ProcessSpawner::spawn(
     const QString& command, const QString& directory, const EnvironmentEntries& environment) {
-    auto pipe = makePipe();
+    auto pipe = Pipe::make();
     if (!pipe) {
         return std::unexpected(pipe.error());
     }
@@ -154,8 +125,14 @@ std::expected<SpawnedProcess, SpawnError> ProcessSpawner::spawn(
 
 EnvironmentEntries ProcessSpawner::pipeEnvironment(const QProcessEnvironment& inherited) {
     EnvironmentEntries entries{{u"PYTHONUNBUFFERED"_s, u"1"_s}};
+    // Tools that know one of these need not know the others: a "no" in any of them holds for all.
+    const bool isRefused = std::ranges::any_of(
+        std::array{u"FORCE_COLOR"_s, u"CLICOLOR"_s, u"CLICOLOR_FORCE"_s}, [&inherited](const QString& name) {
+            const QString value = inherited.value(name);
+            return value == "0"_L1 || value.compare("false"_L1, Qt::CaseInsensitive) == 0;
+        });
     // no-color.org: an empty value does not count.
-    if (inherited.value(u"NO_COLOR"_s).isEmpty()) {
+    if (inherited.value(u"NO_COLOR"_s).isEmpty() && !isRefused) {
         entries.insert(u"FORCE_COLOR"_s, u"1"_s);
         entries.insert(u"CLICOLOR_FORCE"_s, u"1"_s);
     }

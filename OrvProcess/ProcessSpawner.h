@@ -57,6 +57,9 @@ struct PumpControl {
     const SpawnedProcess& process, const PumpControl& control,
     const std::function<void(QByteArrayView bytes)>& onOutput);
 
+/// Kills the group of a child that nobody follows, and reaps it. Waits for it, 500 ms at the most.
+void discard(pid_t pid);
+
 /// Whether a process of the group exists, be it a zombie or someone else's.
 [[nodiscard]] bool groupExists(pid_t group);
 /// False when there is no such group; one that is not a group of its own (0, 1, negative) is never signalled.

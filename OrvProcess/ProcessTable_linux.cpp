@@ -1,6 +1,7 @@
 #include "OrvCore/UniqueFd.h"
 #include "OrvProcess/ProcessTable_p.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -24,6 +25,9 @@ QList<ProcessEntry> processTable() {
         char path[32];
         std::snprintf(path, sizeof path, "/proc/%d/stat", pid);
         const UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC));
+        if (!file.isValid() && (errno == EMFILE || errno == ENFILE)) {
+            return {};
+        }
         char text[512]; // the fields that matter come first
         const ssize_t size = file.isValid() ? ::read(file.get(), text, sizeof text) : -1;
         if (size <= 0) {

@@ -22,7 +22,7 @@ struct ProcessEntry {
 /// parentheses (proc(5)).
 [[nodiscard]] ProcessEntry processEntry(QByteArrayView stat);
 
-/// Every process that can be seen now. Blocking; any thread.
+/// Every process that can be seen now; empty when the table could not be read to its end. Blocking; any thread.
 [[nodiscard]] QList<ProcessEntry> processTable();
 
 } // namespace orv

@@ -12,20 +12,36 @@ namespace {
 /// A cursor moved to the right of everything goes no further than this: "move 999 to the right" means the edge of a
 /// terminal, which a log has not got.
 constexpr qint64 farthestBlankColumn = 1000;
-/// A string sequence (a title, a link) whose end is further away than this is none.
+/// A string sequence (a title, a link) whose end is further away than this is none, and so with any other sequence:
+/// what is left over of input that ends within one is bounded.
 constexpr qsizetype longestStringSequence = 4096;
+constexpr qsizetype longestSequence = 256;
+/// No colour takes a longer parameter; and what a character is written with is bounded.
+constexpr qsizetype longestParameter = 24;
+/// Combining marks beyond this begin a cell of their own, so that a line can be cut between cells.
+constexpr uint32_t longestCell = 64;
 
 constexpr bool isControl(char byte) {
     const auto code = static_cast<unsigned char>(byte);
     return code < 0x20 || code == 0x7f;
 }
 
-/// Where the parameter bytes of a control sequence end, from behind its "[".
-qsizetype endOfParameters(QByteArrayView raw, qsizetype at) {
-    while (at < raw.size() && raw[at] >= 0x30 && raw[at] <= 0x3f) {
+/// Where the bytes from `low` to `high` that begin at `at` end, `limit` at the latest.
+qsizetype endOfBytes(QByteArrayView raw, qsizetype at, qsizetype limit, char low, char high) {
+    while (at < limit && raw[at] >= low && raw[at] <= high) {
         ++at;
     }
     return at;
+}
+
+/// Where the parameter bytes of a control sequence end, from behind its "[".
+qsizetype endOfParameters(QByteArrayView raw, qsizetype at, qsizetype limit) {
+    return endOfBytes(raw, at, limit, 0x30, 0x3f);
+}
+
+/// Where the intermediate bytes of a sequence end.
+qsizetype endOfIntermediates(QByteArrayView raw, qsizetype at, qsizetype limit) {
+    return endOfBytes(raw, at, limit, 0x20, 0x2f);
 }
 
 /// The bytes that belong to the UTF-8 sequence at `at`: one for a byte that begins none. Zero when the input's end cuts
@@ -121,8 +137,9 @@ bool TerminalLine::isRewritten(QByteArrayView raw) {
         if (raw[at] != '\x1b' || at + 1 >= raw.size() || raw[at + 1] != '[') {
             return true;
         }
-        at = endOfParameters(raw, at + 2);
-        if (at >= raw.size() || raw[at] != 'm') {
+        const qsizetype limit = std::min(raw.size(), at + 1 + longestSequence);
+        at = endOfParameters(raw, at + 2, limit);
+        if (at >= limit || raw[at] != 'm') {
             return true;
         }
     }
@@ -162,8 +179,8 @@ TerminalLine::TerminalLine(QByteArrayView raw, Input input) : m_raw(raw) {
 void TerminalLine::write(Slice text) {
     if (m_column > 0 && m_column <= m_cells.size()) {
         Slice& before = m_cells[m_column - 1].text;
-        if (before.length > 0 && before.start + before.length == text.start &&
-            joinsTheOneBefore(m_raw.sliced(text.start, text.length))) {
+        if (before.length > 0 && before.length + text.length <= longestCell &&
+            before.start + before.length == text.start && joinsTheOneBefore(m_raw.sliced(text.start, text.length))) {
             before.length += text.length;
             return;
         }
@@ -186,15 +203,13 @@ qsizetype TerminalLine::escape(qsizetype at, Input input) {
         return unfinished(at);
     }
     const char introducer = m_raw[at];
+    const qsizetype limit = std::min(m_raw.size(), at + longestSequence);
     if (introducer == '[') {
         const qsizetype first = at + 1;
-        const qsizetype last = endOfParameters(m_raw, first);
-        qsizetype end = last;
-        while (end < m_raw.size() && m_raw[end] >= 0x20 && m_raw[end] <= 0x2f) {
-            ++end;
-        }
-        if (end >= m_raw.size()) {
-            return unfinished(end);
+        const qsizetype last = endOfParameters(m_raw, first, limit);
+        const qsizetype end = endOfIntermediates(m_raw, last, limit);
+        if (end >= limit) {
+            return limit == m_raw.size() ? unfinished(end) : first;
         }
         if (m_raw[end] < 0x40 || m_raw[end] == 0x7f) {
             return end;
@@ -205,24 +220,22 @@ qsizetype TerminalLine::escape(qsizetype at, Input input) {
         return end + 1;
     }
     if (QByteArrayView("]PX^_").contains(introducer)) {
-        const qsizetype limit = std::min(m_raw.size(), at + longestStringSequence);
-        for (qsizetype i = at + 1; i < limit; ++i) {
+        const qsizetype stringLimit = std::min(m_raw.size(), at + longestStringSequence);
+        for (qsizetype i = at + 1; i < stringLimit; ++i) {
             if (m_raw[i] == '\a') {
                 return i + 1;
             }
-            if (m_raw[i] == '\x1b' && i + 1 < m_raw.size() && m_raw[i + 1] == '\\') {
-                return i + 2;
+            if (m_raw[i] == '\x1b' && i + 1 < m_raw.size()) {
+                return m_raw[i + 1] == '\\' ? i + 2 : at + 1;
             }
         }
-        return limit == m_raw.size() ? unfinished(at + 1) : at + 1;
+        return stringLimit == m_raw.size() ? unfinished(at + 1) : at + 1;
     }
-    while (at < m_raw.size() && m_raw[at] >= 0x20 && m_raw[at] <= 0x2f) {
-        ++at;
+    const qsizetype end = endOfIntermediates(m_raw, at, limit);
+    if (end >= limit) {
+        return limit == m_raw.size() ? unfinished(end) : at;
     }
-    if (at >= m_raw.size()) {
-        return unfinished(at);
-    }
-    return isControl(m_raw[at]) || (static_cast<unsigned char>(m_raw[at]) & 0x80) != 0 ? at : at + 1;
+    return isControl(m_raw[end]) || (static_cast<unsigned char>(m_raw[end]) & 0x80) != 0 ? end : end + 1;
 }
 
 void TerminalLine::control(char final, QByteArrayView parameters, qsizetype at) {
@@ -296,7 +309,7 @@ void TerminalLine::colour(QByteArrayView parameters, qsizetype at) {
             pen = Pen{};
         }
         for (const Attribute& attribute : attributes) {
-            if (code >= attribute.from && code <= attribute.to) {
+            if (end - from <= longestParameter && code >= attribute.from && code <= attribute.to) {
                 pen[attribute.index] = attribute.sets && one != "4:0"
                                            ? Slice{static_cast<uint32_t>(at + from), static_cast<uint32_t>(end - from)}
                                            : Slice{};

@@ -14,7 +14,8 @@ namespace orv {
 ///
 /// Carriage return, backspace, tab and the sequences that move the cursor within its line or erase parts of it (ECMA-48
 /// CHA, CUF, CUB, EL and their like) are carried out; colours (SGR) stay with the characters that they apply to; every
-/// other control is dropped. A code point takes one column, a combining one joins the one before it.
+/// other control is dropped. A sequence of unreasonable length is none: what follows its first bytes is text. A code
+/// point takes one column, a combining one joins the one before it.
 class TerminalLine {
 public:
     /// The text of a raw line that came without its line feed. Bytes that are not UTF-8 become U+FFFD.

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <atomic>
+#include <random>
 #include <thread>
 
 namespace orv {
@@ -24,10 +25,13 @@ QStringList linesOf(QByteArrayView output, qsizetype step) {
     raw += assembler.finish();
     QStringList lines;
     for (const QByteArray& line : raw.isEmpty() ? QByteArrayList() : raw.chopped(1).split('\n')) {
+        EXPECT_LT(line.size(), LineAssembler::limitBytes * 11 / 10);
         lines.append(TerminalLine::text(line));
     }
     return lines;
 }
+
+constexpr std::array<qsizetype, 4> steps{3, 101, 8192, 1'000'000};
 
 LineQueue::Taken takeAll(LineQueue& queue, const LineQueue::Slice& slice = {}) {
     LineQueue::Taken all;
@@ -126,13 +130,63 @@ TEST(LineAssembler, MakesTheSameLinesHoweverTheOutputIsCut) {
         Row{"a progress bar with an end", bar + "\rdone\x1b[K\nb\n", {u"done"_s, u"b"_s}},
         Row{"a colour over the limit", limit.chopped(2) + "\x1b[31mb\n", {full.chopped(2), u"\x1b[31mb\x1b[m"_s}},
         Row{"rewritten and long", "x\r" + limit + limit + "b\n", {full, full, u"b"_s}},
+        Row{"a long line behind a progress bar",
+            bar + "\n\t" + limit + "b\n",
+            {barEnd, u'\t' + full.chopped(1), u"ab"_s}},
     };
     for (const Row& row : rows) {
-        for (const qsizetype step : {qsizetype(3), qsizetype(101), qsizetype(8192), qsizetype(1'000'000'000)}) {
+        for (const qsizetype step : steps) {
             const QStringList lines = linesOf(row.output, step);
             EXPECT_TRUE(lines == row.expected)
                 << row.label << " in pieces of " << step << ": " << lines.size() << " lines, the last "
                 << (lines.isEmpty() ? "" : lines.last().right(100).toStdString());
+        }
+    }
+}
+
+TEST(LineAssembler, LosesNothingOfAnUnreasonableLine) {
+    const QByteArray exclamations(200'000, '!');
+    const QByteArray digits(200'000, '1');
+    const QByteArray marks = QByteArray("\xcc\x81").repeated(70'000);
+    struct Row {
+        const char* label;
+        QByteArray output;
+        QByteArray expected; ///< of all lines together
+    };
+    const std::array rows{
+        Row{"parameters without end", "a\x1b[" + digits + "b", "a" + digits + "b"},
+        Row{"parameters of a colour", "\x1b[" + digits.first(40'000) + "mred\rb",
+            "b" + digits.sliced(160'001) + "mred"},
+        Row{"a parameter longer than any colour", "\x1b[48:" + digits.first(200) + ";31ma\rb", "\x1b[31mb\x1b[m"},
+        Row{"intermediates of a control sequence", "a\x1b[" + exclamations + "b", "a" + exclamations + "b"},
+        Row{"intermediates of an escape sequence", "a\x1b" + exclamations + "b", "a" + exclamations + "b"},
+        Row{"a string without end", "a\x1b]" + digits + "b", "a" + digits + "b"},
+        Row{"strings without end", QByteArray("\x1b]").repeated(100'000) + "b", "b"},
+        Row{"combining marks without end", "x\re" + marks, "e" + marks},
+    };
+    for (const Row& row : rows) {
+        for (const qsizetype step : steps) {
+            const QString all = linesOf(row.output + '\n', step).join(QString());
+            EXPECT_TRUE(all == QString::fromUtf8(row.expected))
+                << row.label << " in pieces of " << step << ": " << all.size() << " of " << row.expected.size();
+        }
+    }
+}
+
+TEST(LineAssembler, TakesAnyBytes) {
+    const std::array<QByteArray, 6> begins{"\x1b[", "\x1b", "\x1b]", "\r", "\x1b[999C", "\x1b[K\xf0\x9f"};
+    const std::array<QByteArray, 6> runs{"1;", " ", "\xcc\x81", "m", "\x1b[1;38;2;1;2;3ma", "\x1b[3D"};
+    std::mt19937 random(7);
+    for (const size_t longestRun : {1, 60, 100'000}) {
+        QByteArray output;
+        while (output.size() < 300'000) {
+            output += begins.at(random() % begins.size());
+            output += runs.at(random() % runs.size()).repeated(static_cast<qsizetype>(random() % longestRun));
+            output += static_cast<char>(random());
+        }
+        const QStringList lines = linesOf(output, output.size());
+        for (const qsizetype step : steps) {
+            EXPECT_TRUE(linesOf(output, step) == lines) << "runs of " << longestRun << " in pieces of " << step;
         }
     }
 }

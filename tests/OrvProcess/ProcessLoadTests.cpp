@@ -1,5 +1,11 @@
+#include "OrvProcess/DeliveryTurns.h"
 #include "tests/OrvProcess/ServiceFixture.h"
 
+#include <QDeadlineTimer>
+#include <QHash>
+#include <QTimer>
+
+#include <algorithm>
 #include <array>
 
 #include <unistd.h>
@@ -23,7 +29,8 @@ TEST_F(Services, KeepTheNewestLinesOfAFlood) {
         int width;
     };
     for (const Row& row :
-         {Row{"more than is kept", 6000, 20}, Row{"a million", 1'000'000, 40}, Row{"long lines", 6000, 20'000}}) {
+         {Row{"more than is kept", 6000, 20}, Row{"most of a gigabyte", 700'000, 1000},
+          Row{"long lines", 6000, 20'000}}) {
         const ServiceID id = start(u"exec "_s + child + u" lines %1 %2"_s.arg(row.lines).arg(row.width));
         qsizetype length = 0;
         qint64 most = 0;
@@ -46,9 +53,38 @@ TEST_F(Services, KeepTheNewestLinesOfAFlood) {
                 (QString::number(row.lines - 5000 + 1 + i) + u' ').leftJustified(row.width - 1, u'x');
             ASSERT_EQ(log.at(i), expected) << row.label << ", line " << i;
         }
-        // Two bytes a character in the log, and what the allocator of a sanitizer holds back.
+        // Two bytes a character in the log, and what the allocator of a sanitizer holds back: much less than a
+        // gigabyte.
         EXPECT_LT(most, 5000LL * row.width * 2 + 400'000'000) << row.label;
     }
+}
+
+TEST_F(Services, ShareTheMainThreadWhenManyFlood) {
+    QTimer beat;
+    int sinceBeat = 0;
+    int most = 0;
+    beat.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&beat, &QTimer::timeout, &beat, [&] { sinceBeat = 0; });
+    QHash<ServiceID, int> deliveries;
+    QObject::connect(manager.get(), &ProcessManager::logAppended, &beat, [&](const ServiceID& id) {
+        ++deliveries[id];
+        most = std::max(most, ++sinceBeat);
+        // As one whose handlers are slow: it has used up the turn.
+        const QDeadlineTimer busy(DeliveryTurns::budget, Qt::PreciseTimer);
+        while (!busy.hasExpired()) {
+        }
+    });
+    constexpr int floods = 6;
+    beat.start(std::chrono::milliseconds(1));
+    for (int i = 0; i < floods; ++i) {
+        manager->start(
+            {ServiceKind::app, folder.path(), {}, u"exec "_s + child + u" flood 90"_s, {}}, QString::number(i));
+    }
+    EXPECT_TRUE(waitFor([&] {
+        return deliveries.size() == floods && std::ranges::all_of(deliveries, [](int count) { return count >= 3; });
+    }));
+    EXPECT_EQ(most, 1) << "deliveries without a turn of the event loop";
+    EXPECT_TRUE(waitFor([done = manager->stopAll()] { return done.isFinished(); }));
 }
 
 TEST_F(Services, LeaveNothingAfterAThousandStartsAndStops) {

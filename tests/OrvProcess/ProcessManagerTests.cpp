@@ -1,14 +1,20 @@
+#include "OrvProcess/ProcessSpawner.h"
 #include "OrvProcess/ProcessTable_p.h"
 #include "tests/OrvProcess/ServiceFixture.h"
 
 #include <QElapsedTimer>
+#include <QProcessEnvironment>
 #include <QTimer>
 
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <future>
+#include <vector>
 
 #include <fcntl.h>
+#include <pthread.h>
+#include <sys/resource.h>
 
 namespace orv {
 namespace {
@@ -120,6 +126,74 @@ TEST_F(Services, FailWithoutAFolder) {
     EXPECT_EQ(manager->state(id), ServiceState::failed(u"Could not start: Argument list too long"_s));
 }
 
+TEST_F(Services, FailWithoutAThread) {
+    const ProcessResources before = ProcessResources::now();
+    pthread_attr_t usual;
+    ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
+    pthread_attr_t impossible;
+    ::pthread_attr_init(&impossible);
+    ::pthread_attr_setstacksize(&impossible, size_t(120) << 40); // more than there are addresses
+    ASSERT_EQ(::pthread_setattr_default_np(&impossible), 0);
+    const ServiceID id = start(u"sleep 60"_s);
+    EXPECT_EQ(::pthread_setattr_default_np(&usual), 0);
+    EXPECT_EQ(manager->state(id), ServiceState::failed(u"Could not start: Resource temporarily unavailable"_s));
+    EXPECT_EQ(ProcessResources::now(), before);
+}
+
+TEST_F(Services, KeepTheirLogWhereItIs) {
+    const ServiceID id = start(child + u" print 'a\\n'"_s);
+    EXPECT_TRUE(waitForEnd(id));
+    const LogBuffer& log = manager->log(id);
+    for (int i = 0; i < 100; ++i) {
+        manager->start({ServiceKind::app, folder.path(u"missing"_s), {}, u"true"_s, {}}, QString::number(i));
+    }
+    ASSERT_EQ(&manager->log(id), &log);
+    EXPECT_EQ(log.at(0), u"a"_s);
+}
+
+TEST(ProcessSpawner, LeavesColourToTheUser) {
+    struct Row {
+        const char* name;
+        const char* value;
+        QStringList added;
+    };
+    const QStringList none{u"PYTHONUNBUFFERED"_s};
+    const QStringList all{u"CLICOLOR_FORCE"_s, u"FORCE_COLOR"_s, u"PYTHONUNBUFFERED"_s};
+    const std::array rows{
+        Row{"HOME", "/", all},
+        Row{"NO_COLOR", "1", none},
+        Row{"NO_COLOR", "", all},
+        Row{"FORCE_COLOR", "0", none},
+        Row{"FORCE_COLOR", "false", none},
+        Row{"FORCE_COLOR", "2", {u"CLICOLOR_FORCE"_s, u"PYTHONUNBUFFERED"_s}},
+        Row{"CLICOLOR", "0", none},
+        Row{"CLICOLOR", "1", all},
+        Row{"CLICOLOR_FORCE", "0", none},
+        Row{"PYTHONUNBUFFERED", "", {u"CLICOLOR_FORCE"_s, u"FORCE_COLOR"_s}},
+    };
+    for (const Row& row : rows) {
+        QProcessEnvironment user;
+        user.insert(QString::fromLatin1(row.name), QString::fromLatin1(row.value));
+        EXPECT_EQ(ProcessSpawner::pipeEnvironment(user).keys(), row.added) << row.name << '=' << row.value;
+    }
+}
+
+TEST(ProcessSpawner, EndsAGroupThatIsNoService) {
+    const TemporaryTree folder;
+    for (const bool obeys : {true, false}) {
+        const auto process = ProcessSpawner::spawn(
+            u"exec "_s + child + (obeys ? u" touch ready hang"_s : u" ignore touch ready hang"_s), folder.path(), {});
+        ASSERT_TRUE(process.has_value());
+        std::future<int> code =
+            std::async(std::launch::async, [&] { return ProcessSpawner::pump(*process, {}, [](QByteArrayView) {}); });
+        ASSERT_TRUE(waitFor([&] { return QFile::remove(folder.path(u"ready"_s)); }));
+        const QFuture<void> ended = ProcessSpawner::terminateGroup(process->pid, obeys ? 20s : 50ms);
+        EXPECT_TRUE(waitFor([&] { return ended.isFinished(); }));
+        EXPECT_FALSE(ProcessSpawner::groupExists(process->pid));
+        EXPECT_EQ(code.get(), 128 + (obeys ? SIGTERM : SIGKILL));
+    }
+}
+
 TEST_F(Services, AreRunningOnceTheirPortIsKnown) {
     struct Row {
         const char* label;
@@ -187,6 +261,31 @@ TEST_F(Services, StopWithTheirWholeGroup) {
         EXPECT_TRUE(groupIsGone(group)) << row.label;
     }
     folder.add(u"gone"_s);
+}
+
+TEST_F(Services, StopThoughNoDescriptorIsLeft) {
+    const ServiceID id = start(child + u" ignore background print 'end\\n' hang; "_s + child + u" hang"_s);
+    const qint64 group = manager->processID(id).value_or(0);
+    EXPECT_TRUE(waitForLine(id, u"end"_s));
+    EXPECT_TRUE(waitFor([&] { return manager->areListeningPortsKnown(id); })) << "a new thread takes descriptors too";
+    rlimit usual{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+    rlimit few = usual;
+    few.rlim_cur = 100;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    std::vector<UniqueFd> taken;
+    do {
+        taken.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    } while (taken.back().isValid());
+    // Nobody can tell whether the group lives: so it is killed, and in the end it is let go.
+    const QFuture<void> stopped = manager->stop(id);
+    EXPECT_TRUE(waitFor([&] { return stopped.isFinished(); }));
+    EXPECT_TRUE(waitForEnd(id));
+    taken.clear();
+    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_EQ(manager->state(id), ServiceState::stopped());
+    EXPECT_TRUE(waitFor([&] { return groupIsGone(group); }));
+    EXPECT_EQ(ProcessResources::now().children, 0);
 }
 
 TEST_F(Services, AreRestartedWithinAChange) {
@@ -267,11 +366,21 @@ TEST_F(Services, OfDockerStopTheirStackToo) {
     }
 }
 
+TEST_F(Services, OfDockerAllowTheManagerToGoWhileTheyStop) {
+    manager->setDockerStopCommand([](const QString&) { return child + u" touch stopping ignore hang"_s; });
+    manager->stop(start(u"exec "_s + child + u" ignore hang"_s, {}, ServiceKind::docker));
+    EXPECT_TRUE(waitFor([&] { return QFile::exists(folder.path(u"stopping"_s)); }));
+    manager.reset();
+    EXPECT_EQ(ProcessResources::now().children, 0);
+}
+
 TEST_F(Services, ShowWhereTheyReallyListen) {
     // Announces a port that it does not get, as a dev server does whose port is taken.
     const ServiceID id =
         start(u"exec "_s + child + u" print 'localhost:3\\n' print 'port 65535 is in use\\n' await go listen 0 hang"_s);
+    EXPECT_FALSE(manager->areListeningPortsKnown(id)) << "before the first look";
     EXPECT_TRUE(waitFor([&] { return manager->state(id) == ServiceState::running(65535); }));
+    EXPECT_TRUE(waitFor([&] { return manager->areListeningPortsKnown(id); })) << "that nothing listens is known";
     EXPECT_EQ(manager->listeningPorts(id), QList<int>());
     folder.add(u"go"_s);
     EXPECT_TRUE(waitFor([&] { return manager->listeningPorts(id).size() == 1; }));
@@ -282,6 +391,11 @@ TEST_F(Services, ShowWhereTheyReallyListen) {
     EXPECT_EQ(asked.result(), manager->listeningPorts(id));
     EXPECT_TRUE(waitFor([done = manager->stop(id)] { return done.isFinished(); }));
     EXPECT_EQ(manager->listeningPorts(id), QList<int>());
+    EXPECT_FALSE(manager->areListeningPortsKnown(id));
+
+    const ServiceID silent = start(u"exec "_s + child + u" listen 0 hang >/dev/null"_s);
+    EXPECT_TRUE(waitFor([&] { return manager->listeningPorts(silent).size() == 1; })) << "one that prints nothing";
+    EXPECT_TRUE(waitFor([done = manager->stop(silent)] { return done.isFinished(); }));
 
     const ServiceID idle = start(u"exec "_s + child + u" listen 0 hang"_s);
     EXPECT_TRUE(waitFor([&] {

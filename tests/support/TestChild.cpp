@@ -1,4 +1,5 @@
-// Plays a child process: its arguments are verbs, carried out one after the other.
+// Plays a child process: its arguments are verbs, carried out one after the other. None lives longer than ten minutes,
+// whatever became of the test that it belongs to.
 //
 //   print TEXT        writes TEXT; \n \r \t \b \e \\ and \xNN in it stand for what they do in C
 //   lines N WIDTH     writes N numbered lines of WIDTH bytes each, line feed included
@@ -12,7 +13,7 @@
 //   signals           writes the masks of blocked and ignored signals
 //   environment NAME  writes NAME=value, or NAME when it is not set
 //   ids               writes "own" when it leads its session and group, else "other"
-//   await FILE        waits until FILE exists
+//   await FILE        waits until FILE exists; ends when the folder in which it runs is gone
 //   touch FILE        makes FILE
 //   hang              waits for a signal
 //   exit CODE         ends
@@ -35,6 +36,8 @@
 #include <unistd.h>
 
 namespace {
+
+constexpr unsigned longestLife = 600;
 
 void writeAll(std::string_view text) {
     while (!text.empty()) {
@@ -95,6 +98,7 @@ void continueInChild(bool ownSession) {
     if (::fork() != 0) {
         std::_Exit(0);
     }
+    ::alarm(longestLife);
     if (ownSession) {
         ::setsid();
     }
@@ -126,6 +130,7 @@ void writeSignals() {
 } // namespace
 
 int main(int argc, char** argv) {
+    ::alarm(longestLife);
     std::vector<std::string> words(argv + 1, argv + argc);
     size_t next = 0;
     const auto word = [&]() -> const std::string& { return words.at(next++); };
@@ -158,7 +163,11 @@ int main(int argc, char** argv) {
         {"await",
          [&] {
              const std::string& file = word();
+             char folder[4096];
              while (::access(file.c_str(), F_OK) != 0) {
+                 if (::getcwd(folder, sizeof folder) == nullptr) {
+                     std::_Exit(97);
+                 }
                  ::usleep(2000);
              }
          }},

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "OrvCore/UniqueFd.h"
+#include "OrvProcess/ProcessSpawner.h"
+
+#include <expected>
+
+namespace orv {
+
+/// A pipe whose ends no child inherits, and whose read end does not block. Neither is a standard stream's number.
+struct Pipe {
+    UniqueFd readEnd;
+    UniqueFd writeEnd;
+
+    [[nodiscard]] static std::expected<Pipe, SpawnError> make();
+};
+
+} // namespace orv

@@ -21,6 +21,10 @@ QList<pid_t> ListeningPorts::membersOf(pid_t session, const QList<ProcessEntry>&
     QList<pid_t> members;
     QSet<pid_t> seen;
     for (const ProcessEntry& entry : table) {
+        // One that has ended holds nothing, and leaves its children to another parent.
+        if (!entry.isAlive) {
+            continue;
+        }
         children[entry.parent].append(entry.pid);
         if (entry.session == session || entry.group == session || entry.pid == session) {
             members.append(entry.pid);

@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
+#include <memory>
 #include <set>
 
 #include <dirent.h>
@@ -20,23 +20,17 @@ namespace orv {
 
 namespace {
 
-/// Calls `visit` with each entry's name that is a number, and with the folder's descriptor.
-void forEachNumber(const char* folder, const std::function<void(int directory, const char* name)>& visit) {
-    DIR* entries = ::opendir(folder);
-    if (entries == nullptr) {
-        return;
-    }
-    while (const dirent* entry = ::readdir(entries)) { // NOLINT(concurrency-mt-unsafe): the stream is our own
-        if (entry->d_name[0] >= '0' && entry->d_name[0] <= '9') {
-            visit(::dirfd(entries), entry->d_name);
-        }
-    }
-    ::closedir(entries);
+/// Whether the last call failed though what it asked for is there: a process may end at any time.
+bool isWithheld() {
+    return errno != ENOENT && errno != ESRCH;
 }
 
 /// The whole of a file of the process table, whose size is not known beforehand.
-QByteArray contentOf(const QByteArray& path) {
+QByteArray contentOf(const QByteArray& path, bool& areAll) {
     const UniqueFd file(::open(path.constData(), O_RDONLY | O_CLOEXEC));
+    if (!file.isValid() && isWithheld()) {
+        areAll = false;
+    }
     QByteArray content;
     std::array<char, 16384> part{};
     while (file.isValid()) {
@@ -56,28 +50,40 @@ QByteArray processFolder(pid_t pid) {
     return "/proc/" + QByteArray::number(pid);
 }
 
-/// The inodes of the sockets that a process holds. Empty when it is gone or belongs to somebody else.
-QList<quint64> socketsOf(pid_t pid) {
+/// The inodes of the sockets that a process holds.
+QList<quint64> socketsOf(pid_t pid, bool& areAll) {
     constexpr std::string_view prefix = "socket:[";
     QList<quint64> inodes;
-    forEachNumber((processFolder(pid) + "/fd").constData(), [&](int directory, const char* name) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir((processFolder(pid) + "/fd").constData()), ::closedir);
+    if (!entries) {
+        areAll = areAll && !isWithheld();
+        return inodes;
+    }
+    while (const dirent* entry = ::readdir(entries.get())) { // NOLINT(concurrency-mt-unsafe): the stream is our own
+        if (entry->d_name[0] < '0' || entry->d_name[0] > '9') {
+            continue;
+        }
         std::array<char, 64> target{};
-        const ssize_t length = ::readlinkat(directory, name, target.data(), target.size() - 1);
-        if (length > 0 && std::string_view(target.data(), static_cast<size_t>(length)).starts_with(prefix)) {
+        const ssize_t length = ::readlinkat(::dirfd(entries.get()), entry->d_name, target.data(), target.size() - 1);
+        if (length < 0 && isWithheld()) {
+            areAll = false;
+        } else if (length > 0 && std::string_view(target.data(), static_cast<size_t>(length)).starts_with(prefix)) {
             inodes.append(std::strtoull(target.data() + prefix.size(), nullptr, 10));
         }
-    });
+    }
     return inodes;
 }
 
 } // namespace
 
-QList<int> listeningPorts(pid_t session) {
+SessionPorts listeningPorts(pid_t session) {
     std::set<int> ports;
+    const QList<ProcessEntry> processes = processTable();
+    bool areAll = !processes.isEmpty();
     // A member may live in a network namespace of its own; each namespace's tables are read once.
     QHash<QByteArray, QHash<quint64, int>> tables;
-    for (const pid_t pid : ListeningPorts::membersOf(session, processTable())) {
-        const QList<quint64> inodes = socketsOf(pid);
+    for (const pid_t pid : ListeningPorts::membersOf(session, processes)) {
+        const QList<quint64> inodes = socketsOf(pid, areAll);
         if (inodes.isEmpty()) {
             continue;
         }
@@ -87,8 +93,8 @@ QList<int> listeningPorts(pid_t session) {
         const QByteArray networkNamespace(name.data(), std::max<ssize_t>(length, 0));
         auto table = tables.find(networkNamespace);
         if (table == tables.end()) {
-            QHash<quint64, int> sockets = ListeningPorts::listeningSockets(contentOf(folder + "/net/tcp"));
-            sockets.insert(ListeningPorts::listeningSockets(contentOf(folder + "/net/tcp6")));
+            QHash<quint64, int> sockets = ListeningPorts::listeningSockets(contentOf(folder + "/net/tcp", areAll));
+            sockets.insert(ListeningPorts::listeningSockets(contentOf(folder + "/net/tcp6", areAll)));
             table = tables.insert(networkNamespace, std::move(sockets));
         }
         for (const quint64 inode : inodes) {
@@ -97,7 +103,7 @@ QList<int> listeningPorts(pid_t session) {
             }
         }
     }
-    return {ports.begin(), ports.end()};
+    return {.ports = {ports.begin(), ports.end()}, .areAll = areAll};
 }
 
 } // namespace orv

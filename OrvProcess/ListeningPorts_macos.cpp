@@ -2,6 +2,7 @@
 #include "OrvProcess/ProcessTable_p.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <set>
 #include <vector>
 
@@ -14,8 +15,11 @@ namespace orv {
 
 namespace {
 
-std::vector<proc_fdinfo> descriptorsOf(pid_t pid) {
+std::vector<proc_fdinfo> descriptorsOf(pid_t pid, bool& areAll) {
+    errno = 0;
     const int bytes = ::proc_pidinfo(pid, PROC_PIDLISTFDS, 0, nullptr, 0);
+    // A process may end at any time; of another user's, nothing is told.
+    areAll = areAll && (bytes > 0 || errno == 0 || errno == ESRCH);
     std::vector<proc_fdinfo> descriptors(static_cast<size_t>(std::max(bytes, 0)) / sizeof(proc_fdinfo));
     const int filled = ::proc_pidinfo(
         pid, PROC_PIDLISTFDS, 0, descriptors.data(), static_cast<int>(descriptors.size() * sizeof(proc_fdinfo)));
@@ -25,10 +29,12 @@ std::vector<proc_fdinfo> descriptorsOf(pid_t pid) {
 
 } // namespace
 
-QList<int> listeningPorts(pid_t session) {
+SessionPorts listeningPorts(pid_t session) {
     std::set<int> ports;
-    for (const pid_t pid : ListeningPorts::membersOf(session, processTable())) {
-        for (const proc_fdinfo& descriptor : descriptorsOf(pid)) {
+    const QList<ProcessEntry> processes = processTable();
+    bool areAll = !processes.isEmpty();
+    for (const pid_t pid : ListeningPorts::membersOf(session, processes)) {
+        for (const proc_fdinfo& descriptor : descriptorsOf(pid, areAll)) {
             if (descriptor.proc_fdtype != PROX_FDTYPE_SOCKET) {
                 continue;
             }
@@ -40,7 +46,7 @@ QList<int> listeningPorts(pid_t session) {
             }
         }
     }
-    return {ports.begin(), ports.end()};
+    return {.ports = {ports.begin(), ports.end()}, .areAll = areAll};
 }
 
 } // namespace orv

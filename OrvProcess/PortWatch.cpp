@@ -1,7 +1,6 @@
 #include "OrvProcess/PortWatch.h"
 
 #include "OrvCore/Async.h"
-#include "OrvProcess/ListeningPorts.h"
 
 #include <algorithm>
 
@@ -38,16 +37,16 @@ void PortWatch::noteRunning(std::optional<int> announcedPort) {
     begin();
 }
 
-QFuture<QList<int>> PortWatch::look() {
+QFuture<SessionPorts> PortWatch::look() {
     ORV_ASSERT_MAIN_THREAD();
-    QPromise<QList<int>> promise;
-    QFuture<QList<int>> future = promise.future();
-    m_pool->start([promise = std::make_shared<QPromise<QList<int>>>(std::move(promise)), session = m_session] {
+    QPromise<SessionPorts> promise;
+    QFuture<SessionPorts> future = promise.future();
+    m_pool->start([promise = std::make_shared<QPromise<SessionPorts>>(std::move(promise)), session = m_session] {
         promise->start();
         promise->addResult(listeningPorts(session));
         promise->finish();
     });
-    onFinished(future, this, [this](const QList<int>& ports) { take(ports); });
+    onFinished(future, this, [this](const SessionPorts& found) { take(found); });
     return future;
 }
 
@@ -59,9 +58,9 @@ void PortWatch::begin() {
     m_timer.start(m_interval);
 }
 
-void PortWatch::take(const QList<int>& ports) {
-    const bool areOthers = m_ports != ports;
-    m_ports = ports;
+void PortWatch::take(const SessionPorts& found) {
+    const bool areOthers = m_found != found;
+    m_found = found;
     plan();
     if (areOthers) {
         Q_EMIT portsChanged();
@@ -85,7 +84,7 @@ void PortWatch::plan() {
 
 /// The service runs, and listens where it was said to.
 bool PortWatch::hasCome() const {
-    return m_running && (m_announced ? m_ports.contains(*m_announced) : !m_ports.isEmpty());
+    return m_running && (m_announced ? ports().contains(*m_announced) : !ports().isEmpty());
 }
 
 } // namespace orv

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvProcess/ListeningPorts.h"
+
 #include <QElapsedTimer>
 #include <QFuture>
 #include <QList>
@@ -25,24 +27,27 @@ class PortWatch : public QObject {
 public:
     PortWatch(pid_t session, QThreadPool* pool, QObject* parent = nullptr);
 
-    [[nodiscard]] const QList<int>& ports() const { return m_ports; }
+    [[nodiscard]] const QList<int>& ports() const { return m_found.ports; }
+    /// Whether those are all: a look has finished, and could look into every process.
+    [[nodiscard]] bool areAllKnown() const { return m_found.areAll; }
     void noteOutput();
     void noteRunning(std::optional<int> announcedPort);
     /// A look now, whatever the phase.
-    QFuture<QList<int>> look();
+    QFuture<SessionPorts> look();
 
 Q_SIGNALS:
+    /// Also when it changed whether they are all known.
     void portsChanged();
 
 private:
     void begin();
-    void take(const QList<int>& ports);
+    void take(const SessionPorts& found);
     void plan();
     [[nodiscard]] bool hasCome() const;
 
     const pid_t m_session;
     QThreadPool* m_pool;
-    QList<int> m_ports;
+    SessionPorts m_found{.ports = {}, .areAll = false};
     bool m_running = false;
     std::optional<int> m_announced;
     bool m_active = false;

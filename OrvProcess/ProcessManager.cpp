@@ -239,12 +239,13 @@ void ProcessManager::Private::handleExit(const ServiceID& id, ProcessReader* rea
     if (!isCurrent(id, reader)) {
         return;
     }
-    const bool listened = !runs.constFind(id)->ports->ports().isEmpty();
+    const PortWatch* ports = runs.constFind(id)->ports;
+    const bool hadPorts = ports->areAllKnown() || !ports->ports().isEmpty();
     runs.remove(id);
     reader->deleteLater();
     const bool isWanted = stopRequested.remove(id) || code == 0;
     const QPointer<ProcessManager> manager(q);
-    if (listened) {
+    if (hadPorts) {
         Q_EMIT q->listeningPortsChanged(id);
     }
     if (manager && !runs.contains(id)) {
@@ -311,10 +312,16 @@ QList<int> ProcessManager::listeningPorts(const ServiceID& id) const {
     return run == d->runs.cend() ? QList<int>() : run->ports->ports();
 }
 
+bool ProcessManager::areListeningPortsKnown(const ServiceID& id) const {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto run = d->runs.constFind(id);
+    return run != d->runs.cend() && run->ports->areAllKnown();
+}
+
 QFuture<QList<int>> ProcessManager::refreshListeningPorts(const ServiceID& id) {
     ORV_ASSERT_MAIN_THREAD();
     if (const auto run = d->runs.constFind(id); run != d->runs.cend()) {
-        return run->ports->look();
+        return run->ports->look().then(QtFuture::Launch::Sync, [](const SessionPorts& found) { return found.ports; });
     }
     QPromise<QList<int>> promise;
     promise.start();

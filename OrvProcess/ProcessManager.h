@@ -74,6 +74,10 @@ public:
     /// The TCP ports on which a process of the service's session really listens, ascending, as last looked up: by
     /// itself while the service comes up, later only when asked.
     [[nodiscard]] QList<int> listeningPorts(const ServiceID& id) const;
+    /// Whether `listeningPorts` has all of them, so that on any other port nothing of the service listens. False until
+    /// the first look since its start has finished, when the last one could not look into every process, and while the
+    /// service has no live process.
+    [[nodiscard]] bool areListeningPortsKnown(const ServiceID& id) const;
     /// Looks them up now, off the main thread.
     QFuture<QList<int>> refreshListeningPorts(const ServiceID& id);
 
@@ -92,6 +96,7 @@ Q_SIGNALS:
     void linesSkipped(const orv::ServiceID& id, qsizetype count);
     /// `added` lines came at the end, `dropped` went at the front.
     void logAppended(const orv::ServiceID& id, qsizetype added, qsizetype dropped);
+    /// Also when it changed whether they are known.
     void listeningPortsChanged(const orv::ServiceID& id);
 
 private:

@@ -61,6 +61,36 @@ TEST(ListeningPorts, ReadsTheSystemsTables) {
     EXPECT_EQ(ListeningPorts::listeningSockets(table), (QHash<quint64, int>{{901, 5173}, {903, 3000}}));
 }
 
+TEST(ListeningPorts, SaysWhenAProcessCouldNotBeLookedInto) {
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    const UniqueFd reading(pipe[0]);
+    UniqueFd writing(pipe[1]);
+    const pid_t other = ::fork();
+    if (other == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::prctl(PR_SET_DUMPABLE, 0); // as one with privileges: only the superuser may look into it
+        (void)!::write(pipe[1], "", 1);
+        ::pause();
+    }
+    writing.reset();
+    char ready = 0;
+    ASSERT_EQ(::read(reading.get(), &ready, 1), 1);
+    const pid_t ordinary = ::fork();
+    if (ordinary == 0) {
+        constexpr uid_t nobody = 65534;
+        const bool changes = ::geteuid() == 0 && ::setuid(nobody) != 0;
+        ::_exit(changes || listeningPorts(other) != SessionPorts{.ports = {}, .areAll = false} ? 1 : 0);
+    }
+    int status = -1;
+    EXPECT_EQ(::waitpid(ordinary, &status, 0), ordinary);
+    EXPECT_EQ(status, 0);
+    ::kill(other, SIGKILL);
+    EXPECT_EQ(::waitid(P_PID, static_cast<id_t>(other), nullptr, WEXITED | WNOWAIT), 0);
+    EXPECT_EQ(listeningPorts(other), SessionPorts{}) << "a process that has ended is no riddle";
+    ::waitpid(other, nullptr, 0);
+}
+
 TEST(ListeningPorts, FindsWhatASessionAndItsDescendantsListenOn) {
     int ownPort = 0;
     const UniqueFd own = listenOn(AF_INET, ownPort);
@@ -93,12 +123,12 @@ TEST(ListeningPorts, FindsWhatASessionAndItsDescendantsListenOn) {
         ASSERT_EQ(::read(reading.get(), &port, sizeof port), static_cast<ssize_t>(sizeof port));
     }
     std::ranges::sort(ports);
-    EXPECT_EQ(listeningPorts(leader), QList<int>(ports.begin(), ports.end()));
-    EXPECT_TRUE(listeningPorts(::getpid()).contains(ownPort));
+    EXPECT_EQ(listeningPorts(leader), SessionPorts({ports.begin(), ports.end()}));
+    EXPECT_TRUE(listeningPorts(::getpid()).ports.contains(ownPort));
 
     ::kill(leader, SIGKILL);
     ::waitpid(leader, nullptr, 0);
-    EXPECT_EQ(listeningPorts(leader), QList<int>()) << "the session is gone";
+    EXPECT_EQ(listeningPorts(leader), SessionPorts{}) << "the session is gone";
 }
 
 } // namespace orv

@@ -271,7 +271,9 @@ TEST_F(Services, ShowWhereTheyReallyListen) {
     // Announces a port that it does not get, as a dev server does whose port is taken.
     const ServiceID id =
         start(u"exec "_s + child + u" print 'localhost:3\\n' print 'port 65535 is in use\\n' await go listen 0 hang"_s);
+    EXPECT_FALSE(manager->areListeningPortsKnown(id)) << "before the first look";
     EXPECT_TRUE(waitFor([&] { return manager->state(id) == ServiceState::running(65535); }));
+    EXPECT_TRUE(waitFor([&] { return manager->areListeningPortsKnown(id); })) << "that nothing listens is known";
     EXPECT_EQ(manager->listeningPorts(id), QList<int>());
     folder.add(u"go"_s);
     EXPECT_TRUE(waitFor([&] { return manager->listeningPorts(id).size() == 1; }));
@@ -282,6 +284,7 @@ TEST_F(Services, ShowWhereTheyReallyListen) {
     EXPECT_EQ(asked.result(), manager->listeningPorts(id));
     EXPECT_TRUE(waitFor([done = manager->stop(id)] { return done.isFinished(); }));
     EXPECT_EQ(manager->listeningPorts(id), QList<int>());
+    EXPECT_FALSE(manager->areListeningPortsKnown(id));
 
     const ServiceID idle = start(u"exec "_s + child + u" listen 0 hang"_s);
     EXPECT_TRUE(waitFor([&] {

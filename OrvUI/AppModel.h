@@ -23,6 +23,7 @@ namespace orv {
 
 class Completion;
 class OutlineModel;
+struct RunRequest;
 
 /// All run-time state of the application, and every user action. One a process, on the main thread; needs no window.
 ///
@@ -154,10 +155,13 @@ public:
     [[nodiscard]] static std::optional<RunAction> defaultAction(const Project& project);
     QFuture<void> run(
         const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice = {});
-    /// Stops the project's services of these kinds, then runs them.
-    QFuture<void> restart(const Project& project, const ServiceKinds& kinds);
+    /// Stops these services of the project, then starts them again, a Flutter app on the device that it was on.
+    QFuture<void> restart(const Project& project, const QList<ServiceID>& services);
     /// Stops a project that runs or starts; runs the default action of any other.
     QFuture<void> toggleRun(const Project& project);
+    [[nodiscard]] static std::optional<RunAction> preferred(const QList<RunAction>& actions);
+    /// Those for each kind of which something does not run yet.
+    [[nodiscard]] QList<RunAction> startableActions(const Project& project) const;
     /// Installs what the session asks for, then runs the project. Also the new try of a session that failed.
     QFuture<void> confirmInstall();
     /// Drops the session; an install that runs is stopped.
@@ -175,6 +179,8 @@ public:
     /// False when the listening ports are known and the announced port is not among them.
     [[nodiscard]] bool isAnnouncedPortListening(const ServiceID& id) const;
     /// Looks the ports up once more, then opens "http://localhost:<port>" with the opener.
+    /// Kills what has a live process, without giving it time. Their states follow.
+    void killServices();
     QFuture<void> openAddress(const ServiceID& id);
 
     // Pins and tasks
@@ -297,14 +303,19 @@ private:
 
     void setPendingInstall(const std::optional<PendingInstall>& pending);
     void setSetup(const std::optional<SetupSession>& setup);
-    void askForInstall(const PendingInstall& pending, const QList<ServiceTarget>& targets, const QStringList& bodies);
+    [[nodiscard]] bool isInstalling(const QString& projectID) const; ///< from the confirmation to the start
+    void askForInstall(const RunRequest& request, const QList<ServiceTarget>& targets, const QStringList& bodies);
     void setupEnded(const QString& reason);
-    void runInstalled(const PendingInstall& pending, const Completion& completion);
-    void startWhenGone(
-        const PendingInstall& wanted, const QList<ServiceTarget>& targets, int stopCount, const Completion& completion);
+    void runInstalled(const RunRequest& request, const Completion& completion);
+    void stopSetup(); ///< whichever project's is under way
+    void endSetup();
+    QFuture<void> run(const RunRequest& request);
+    void startWhenGone(const RunRequest& request, const QList<ServiceTarget>& targets, const Completion& completion);
+    void start(const RunRequest& request, const QList<ServiceTarget>& targets);
     QFuture<void> stopServices(const QList<ServiceID>& ids);
 
     std::unique_ptr<Private> d;
 };
 
 } // namespace orv
+    QFuture<void> publishAfter(const QFuture<void>& stops);

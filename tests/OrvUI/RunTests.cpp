@@ -1,5 +1,7 @@
 #include "tests/OrvUI/ModelFixture.h"
 
+#include <QFile>
+
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -75,7 +77,7 @@ TEST_F(RunTest, WaitsForWhatIsStillStopping) {
     ASSERT_TRUE(waitFor([&] { return starts() == 1; }));
     const auto first = pid(ServiceKind::backend);
     const auto web = pid(ServiceKind::frontend);
-    ASSERT_TRUE(finishes(model->restart(shop, {ServiceKind::backend})));
+    ASSERT_TRUE(finishes(model->restart(shop, {id(shop, ServiceKind::backend)})));
     EXPECT_TRUE(waitFor([&] { return starts() == 2; }));
     const auto second = pid(ServiceKind::backend);
     EXPECT_NE(second, first);
@@ -84,6 +86,80 @@ TEST_F(RunTest, WaitsForWhatIsStillStopping) {
     ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::backend})));
     EXPECT_TRUE(waitFor([&] { return starts() == 3; })) << "a run during a stop";
     EXPECT_NE(pid(ServiceKind::backend), second);
+
+    const ServiceID api = id(shop, ServiceKind::backend);
+    const QFuture<void> restart = model->restart(shop, {api});
+    ASSERT_TRUE(finishes(model->stopService(api)));
+    ASSERT_TRUE(finishes(restart));
+    EXPECT_EQ(state(shop, ServiceKind::backend).phase, Phase::stopped) << "it was stopped while its restart waited";
+}
+
+TEST_F(RunTest, RestartsWhatRunsAsItWas) {
+    addInstalled(u"shop/admin"_s, "vite", up(3001));
+    tree.add(u"projects/pocket/pubspec.yaml"_s, "name: pocket\nflutter:\n");
+    tree.add(u"projects/pocket/.dart_tool/"_s);
+    addScript(u"pocket"_s, u"flutter-run.sh"_s, "echo args: $*; echo args: $* >>args.txt; exec sleep 100\n");
+    scan();
+    const Project shop = project(u"shop"_s);
+    const Project pocket = project(u"pocket"_s);
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    ASSERT_TRUE(finishes(model->run(pocket, {ServiceKind::flutter}, u"emulator-5554"_s)));
+    ASSERT_TRUE(waitFor([&] { return model->runningCount() == 2; }));
+    const ServiceID admin = id(shop, ServiceKind::frontend);
+    ASSERT_TRUE(admin.directory.endsWith(u"/admin"));
+    ASSERT_TRUE(finishes(model->stopService(admin)));
+
+    const auto args = [&] { return readFile(root + u"/pocket/args.txt"_s); };
+    ASSERT_TRUE(waitFor([&] { return args().count('\n') == 1; }));
+    for (const Project& restarted : {shop, pocket}) {
+        model->restartProject(restarted.id);
+    }
+    EXPECT_TRUE(waitFor([&] { return args().count('\n') == 2 && model->runningCount() == 1; }));
+    EXPECT_EQ(args(), "args: run -d emulator-5554\nargs: run -d emulator-5554\n");
+    EXPECT_EQ(model->processes().state(admin).phase, Phase::stopped) << "the other front end did not run";
+}
+
+TEST_F(RunTest, WaitsForAStackToBeDown) {
+    const QString docker = tree.add(
+        u"bin/docker"_s, "#!/bin/sh\necho $2 >>seen.txt\n[ $2 = up ] && exec sleep 100\n"
+                         "while [ ! -e go ]; do sleep 0.02; done; echo down >>seen.txt; rm go\n");
+    QFile::setPermissions(docker, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    tree.add(u"projects/stack/compose.yaml"_s, "services: {}\n");
+    scan();
+    const Project stack = project(u"stack"_s);
+    const auto seen = [&] { return readFile(root + u"/stack/seen.txt"_s).simplified(); };
+    ASSERT_TRUE(finishes(model->run(stack, {ServiceKind::docker})));
+    const struct {
+        const char* label;
+        std::function<QFuture<void>()> act;
+        QByteArray seen;
+    } cases[] = {
+        {"a restart", [&] { return model->restart(stack, {id(stack, ServiceKind::docker)}); }, "up stop down up"},
+        {"a run after a stop",
+         [&] {
+             model->stop(stack);
+             return model->run(stack, {ServiceKind::docker});
+         },
+         "up stop down up stop down up"},
+        {"a stop of everything after a stop",
+         [&] {
+             model->stop(stack);
+             EXPECT_TRUE(waitForPhase(stack, ServiceKind::docker, Phase::stopped));
+             return model->stopAllServices();
+         },
+         "up stop down up stop down up stop down"},
+    };
+    for (const auto& [label, act, expected] : cases) {
+        ASSERT_TRUE(waitFor([&] { return seen().endsWith("up"); })) << label;
+        const QFuture<void> end = act();
+        ASSERT_TRUE(waitFor([&] { return seen().endsWith("stop"); })) << label;
+        ASSERT_TRUE(waitForPhase(stack, ServiceKind::docker, Phase::stopped))
+            << label << ": what brought it up is gone";
+        EXPECT_FALSE(end.isFinished()) << label;
+        tree.add(u"projects/stack/go"_s);
+        ASSERT_TRUE(finishes(end)) << label;
+        EXPECT_TRUE(waitFor([&] { return seen() == expected; })) << label << ": " << seen().constData();
+    }
 }
 
 TEST_F(RunTest, GivesTheDeviceToFlutterAlone) {

@@ -70,11 +70,10 @@ AppModel::AppModel(Options options, QObject* parent)
     });
     connect(d->processes.get(), &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
         d->addresses.remove(id);
-        Q_EMIT serviceChanged(id);
-        Q_EMIT servicesChanged();
-        publishSnapshot();
+        noteAddress(id);
     });
-    connect(d->processes.get(), &ProcessManager::logAppended, this, [this](const ServiceID& id) {
+    connect(d->processes.get(), &ProcessManager::logAppended, this, [this](const ServiceID& id, qsizetype added) {
+        takeInOutput(id, added);
         if (d->setupRunner != nullptr && d->setupRunner->currentStep() == id) {
             Q_EMIT setupLastLineChanged();
         }

@@ -176,8 +176,8 @@ public:
     // Addresses
     /// The port at which a service is best reached: a listening one where that is known, else the announced one.
     [[nodiscard]] std::optional<int> addressPort(const ServiceID& id) const;
-    /// False when the listening ports are known and the announced port is not among them.
-    [[nodiscard]] bool isAnnouncedPortListening(const ServiceID& id) const;
+    /// False when it is known that nothing of the service listens on its `addressPort`.
+    [[nodiscard]] bool isAddressListening(const ServiceID& id) const;
     /// Looks the ports up once more, then opens "http://localhost:<port>" with the opener.
     /// Kills what has a live process, without giving it time. Their states follow.
     void killServices();
@@ -301,6 +301,8 @@ private:
     void reportFailure(const StoreResult& result);
     void reloadTasks();
 
+    /// What `addressPort` and `isAddressListening` say of the service may have changed, though its state has not.
+    void addressChanged(const orv::ServiceID& id);
     void setPendingInstall(const std::optional<PendingInstall>& pending);
     void setSetup(const std::optional<SetupSession>& setup);
     [[nodiscard]] bool isInstalling(const QString& projectID) const; ///< from the confirmation to the start
@@ -310,6 +312,8 @@ private:
     void stopSetup(); ///< whichever project's is under way
     void endSetup();
     QFuture<void> run(const RunRequest& request);
+    void takeInOutput(const ServiceID& id, qsizetype added);
+    void noteAddress(const ServiceID& id);
     void startWhenGone(const RunRequest& request, const QList<ServiceTarget>& targets, const Completion& completion);
     void start(const RunRequest& request, const QList<ServiceTarget>& targets);
     QFuture<void> stopServices(const QList<ServiceID>& ids);

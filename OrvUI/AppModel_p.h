@@ -25,6 +25,7 @@ struct SetupPlan {
 struct KnownAddress {
     ServiceState state;
     std::optional<int> port;
+    QList<int> choice; ///< the ports among which a line of its output decides; empty when there is nothing to decide
 };
 
 struct AppModel::Private {

@@ -107,7 +107,7 @@ void HomeModels::updateRunning() {
     for (const ServiceID& id : std::as_const(ids)) {
         const QString name = m_model.projectName(id);
         rows.append(
-            {key(id), id.projectID, name, title(id.kind), address(id), m_model.isAnnouncedPortListening(id),
+            {key(id), id.projectID, name, title(id.kind), address(id), m_model.isAddressListening(id),
              Tile::index(name), Tile::letter(name)});
     }
     running.setRows(rows);
@@ -200,7 +200,7 @@ QVariantMap HomeModels::shown(const ServiceID& id) const {
         {u"phase"_s, isRunning ? u"running"_s : u"starting"_s},
         {u"port"_s, m_model.addressPort(id).value_or(0)},
         {u"address"_s, address(id)},
-        {u"portListening"_s, m_model.isAnnouncedPortListening(id)},
+        {u"portListening"_s, m_model.isAddressListening(id)},
         {u"key"_s, key(id)},
     };
 }

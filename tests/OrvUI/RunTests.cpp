@@ -195,30 +195,68 @@ TEST_F(RunTest, ListsDevicesWithoutTheToolsComplaints) {
 }
 
 TEST_F(RunTest, OpensThePortThatReallyListens) {
-    addScript(
-        u"shop/web"_s, u"npm-run.sh"_s,
-        "exec python3 -c \"import os, socket, time\n"
-        "listener = socket.create_server(('127.0.0.1', 0))\n"
-        "print('Local: http://localhost:5173/', flush=True)\n"
-        "while not os.path.exists('go'): time.sleep(0.01)\n"
-        "print('Port 5173 is in use, trying http://localhost:%d/' % listener.getsockname()[1], flush=True)\n"
-        "time.sleep(100)\"\n");
+    const QByteArray server = "exec python3 -c \"import os, socket, time\n"
+                              "def await_file(name):\n"
+                              "    while not os.path.exists(name): time.sleep(0.01)\n"
+                              "print('%s', flush=True)\n"
+                              "await_file('listen')\n"
+                              "listeners = [socket.create_server(('127.0.0.1', 0)) for i in range(2)]\n"
+                              "await_file('say')\n"
+                              "last = max(listener.getsockname()[1] for listener in listeners)\n"
+                              "print('trying http://localhost:%%d/' %% last, flush=True)\n"
+                              "time.sleep(100)\"\n";
+    const struct {
+        QString name;
+        const char* firstLine;
+        std::optional<int> announced;
+    } cases[] = {
+        {u"taken"_s, "Local: http://localhost:5173/", 5173},
+        {u"silent"_s, "ready", {}},
+    };
+    for (const auto& [name, firstLine, announced] : cases) {
+        addInstalled(name, "vite", QByteArray(server).replace("%s", firstLine).replace("%%", "%"));
+    }
     scan();
-    const Project shop = project(u"shop"_s);
-    const ServiceID web = id(shop, ServiceKind::frontend);
-    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
-    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
-    tree.add(u"projects/shop/web/go"_s);
-    ASSERT_TRUE(waitFor([&] { return model->processes().log(web).size() == 2; }));
-    const QString listening = model->processes().log(web).at(1).section(u':', -1).chopped(1);
+    for (const auto& [name, firstLine, announced] : cases) {
+        const Project served = project(name);
+        const ServiceID web = id(served, ServiceKind::frontend);
+        const QString label = name + u": "_s;
+        const auto shown = [&] {
+            const int row = name == u"silent" ? 1 : 2; // behind "shop"
+            const auto* cards = model->cards();
+            const QModelIndex card = cards->index(row, 0);
+            const auto services = card.data(cards->roleNames().key("services")).toList();
+            const QVariantMap service = services.isEmpty() ? QVariantMap() : services[0].toMap();
+            return service[u"address"_s].toString() + (service[u"portListening"_s].toBool() ? u" up"_s : u" not up"_s);
+        };
+        const auto becomes = [&](const QString& text) {
+            return waitFor([&] { return shown() == text; }) ||
+                   (ADD_FAILURE() << (label + shown()).toStdString(), false);
+        };
+        ASSERT_TRUE(finishes(model->run(served, {ServiceKind::frontend})));
+        ASSERT_TRUE(becomes(announced ? u"localhost:%1 not up"_s.arg(*announced) : u" up"_s));
+        tree.add(u"projects/"_s + name + u"/listen"_s);
+        ASSERT_TRUE(waitFor([&] { return model->processes().listeningPorts(web).size() == 2; }));
+        const QList<int> ports = model->processes().listeningPorts(web);
+        ASSERT_TRUE(becomes(u"localhost:%1 up"_s.arg(ports.first())));
+        tree.add(u"projects/"_s + name + u"/say"_s);
+        ASSERT_TRUE(becomes(u"localhost:%1 up"_s.arg(ports.last()))) << "the one that was named last";
+        EXPECT_EQ(state(served, ServiceKind::frontend).port, announced ? announced : ports.last());
 
-    QList<QUrl> opened;
-    model->openUrl = [&](const QUrl& url) { opened.append(url); };
-    ASSERT_TRUE(finishes(model->openAddress(web)));
-    EXPECT_THAT(opened, ElementsAre(QUrl(u"http://localhost:"_s + listening)));
-    EXPECT_EQ(model->addressPort(web), listening.toInt());
-    EXPECT_EQ(state(shop, ServiceKind::frontend).port, 5173) << "what was announced stays as it was";
-    EXPECT_FALSE(model->isAnnouncedPortListening(web));
-    const auto shown = [&] { return model->running()->index(0, 0).data(Qt::UserRole + 4).toString(); };
-    EXPECT_TRUE(waitFor([&] { return shown() == u"localhost:"_s + listening; })) << shown().toStdString();
+        QList<QUrl> opened;
+        model->openUrl = [&](const QUrl& url) {
+            opened.append(url);
+            return opened.size() == 1;
+        };
+        QString said;
+        const QObject scope;
+        QObject::connect(model.get(), &AppModel::statusMessageChanged, &scope, [&] { said += model->statusText(); });
+        ASSERT_TRUE(finishes(model->openAddress(web)));
+        EXPECT_EQ(said, QString());
+        ASSERT_TRUE(finishes(model->openAddress(web)));
+        const QUrl url(u"http://localhost:%1"_s.arg(ports.last()));
+        EXPECT_THAT(opened, ElementsAre(url, url));
+        EXPECT_EQ(said, u"Could not open %1: no browser was found."_s.arg(url.toString()));
+        ASSERT_TRUE(finishes(model->stop(served)));
+    }
 }

@@ -56,6 +56,9 @@ struct ModalContent {
 /// The sidebar's filter.
 enum class ProjectFilter { all, pinned, running, fullStack, flutter };
 inline constexpr std::array allProjectFilters{
+/// "Next.js + FastAPI": what a project is made of, each once; what is unknown is called by its kind.
+[[nodiscard]] QString stackLine(const Project& project);
+
     ProjectFilter::all, ProjectFilter::pinned, ProjectFilter::running, ProjectFilter::fullStack,
     ProjectFilter::flutter};
 [[nodiscard]] QString title(ProjectFilter filter);

@@ -64,8 +64,8 @@ AppModel::AppModel(Options options, QObject* parent)
         }
     });
     connect(&d->publisher, &SnapshotPublisher::written, this, [this] {
-        if (reloadWidgets) {
-            reloadWidgets();
+        if (d->reloadWidgets) {
+            d->reloadWidgets();
         }
     });
     connect(d->processes.get(), &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
@@ -138,6 +138,15 @@ const std::optional<StatusMessage>& AppModel::statusMessage() const {
 DetailTab AppModel::detailTab() const {
     return d->detailTab;
 }
+const std::optional<QString>& AppModel::aiPanelProjectID() const {
+    return d->aiPanelProjectID;
+}
+bool AppModel::showOnlyUncommitted() const {
+    return d->showOnlyUncommitted;
+}
+int AppModel::refreshToken() const {
+    return d->refreshToken;
+}
 const std::optional<QUrl>& AppModel::queuedURL() const {
     return d->queuedURL;
 }
@@ -177,6 +186,15 @@ void AppModel::setStatusMessage(const std::optional<StatusMessage>& message) {
 }
 void AppModel::setDetailTab(DetailTab tab) {
     assign(this, d->detailTab, tab, &AppModel::detailTabChanged);
+}
+void AppModel::setAiPanelProjectID(const std::optional<QString>& projectID) {
+    assign(this, d->aiPanelProjectID, projectID, &AppModel::aiPanelProjectIDChanged);
+}
+void AppModel::setShowOnlyUncommitted(bool isOn) {
+    assign(this, d->showOnlyUncommitted, isOn, &AppModel::showOnlyUncommittedChanged);
+}
+void AppModel::reloadViews() {
+    assign(this, d->refreshToken, d->refreshToken + 1, &AppModel::refreshTokenChanged);
 }
 void AppModel::setInstallCommandOverride(const std::optional<QString>& command) {
     const bool isBlank = !command || command->trimmed().isEmpty();
@@ -394,8 +412,26 @@ QFuture<void> AppModel::handle(const QUrl& url) {
 }
 
 void AppModel::showMainWindow() {
-    if (openMainWindowAction) {
-        openMainWindowAction();
+    if (d->openMainWindowAction) {
+        d->openMainWindowAction();
+    }
+}
+
+void AppModel::setOpenMainWindowAction(std::function<void()> action) {
+    d->openMainWindowAction = std::move(action);
+    Q_EMIT openMainWindowActionChanged();
+}
+
+void AppModel::setReloadWidgets(std::function<void()> reload) {
+    d->reloadWidgets = std::move(reload);
+    Q_EMIT reloadWidgetsChanged();
+}
+
+void AppModel::applyDockIconPolicy() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (setActivationPolicy) {
+        setActivationPolicy(
+            d->settings->settings().showDockIcon ? ActivationPolicy::regular : ActivationPolicy::accessory);
     }
 }
 

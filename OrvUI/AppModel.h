@@ -107,6 +107,12 @@ public:
     void setStatusMessage(const std::optional<StatusMessage>& message);
     [[nodiscard]] DetailTab detailTab() const;
     void setDetailTab(DetailTab tab);
+    [[nodiscard]] const std::optional<QString>& aiPanelProjectID() const; ///< whose agent panel is open
+    void setAiPanelProjectID(const std::optional<QString>& projectID);
+    [[nodiscard]] bool showOnlyUncommitted() const;
+    void setShowOnlyUncommitted(bool isOn);
+    [[nodiscard]] int refreshToken() const; ///< views that read something by themselves read it again when it goes up
+    void reloadViews();                     ///< makes it go up
     [[nodiscard]] const std::optional<QUrl>& queuedURL() const;
     [[nodiscard]] const std::optional<QString>& installCommandOverride() const;
     void setInstallCommandOverride(const std::optional<QString>& command);
@@ -153,15 +159,15 @@ public:
     [[nodiscard]] static QList<RunAction> availableActions(const Project& project);
     /// The action of a run button that offers no choice: "Both" where there is one, else the first.
     [[nodiscard]] static std::optional<RunAction> defaultAction(const Project& project);
+    [[nodiscard]] static std::optional<RunAction> preferred(const QList<RunAction>& actions);
+    /// Those for each kind of which something does not run yet.
+    [[nodiscard]] QList<RunAction> startableActions(const Project& project) const;
     QFuture<void> run(
         const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice = {});
     /// Stops these services of the project, then starts them again, a Flutter app on the device that it was on.
     QFuture<void> restart(const Project& project, const QList<ServiceID>& services);
     /// Stops a project that runs or starts; runs the default action of any other.
     QFuture<void> toggleRun(const Project& project);
-    [[nodiscard]] static std::optional<RunAction> preferred(const QList<RunAction>& actions);
-    /// Those for each kind of which something does not run yet.
-    [[nodiscard]] QList<RunAction> startableActions(const Project& project) const;
     /// Installs what the session asks for, then runs the project. Also the new try of a session that failed.
     QFuture<void> confirmInstall();
     /// Drops the session; an install that runs is stopped.
@@ -170,17 +176,18 @@ public:
     QFuture<void> stop(const Project& project);
     QFuture<void> stopService(const ServiceID& id);
     QFuture<void> stopAllServices();
+    /// Kills what has a live process, without giving it time. Their states follow.
+    void killServices();
     QFuture<QList<FlutterDevice>> flutterDevices();
     [[nodiscard]] static QList<FlutterDevice> parseFlutterDevices(const QByteArray& listing);
 
     // Addresses
-    /// The port at which a service is best reached: a listening one where that is known, else the announced one.
+    /// The port at which a running or starting service is best reached: a listening one where that is known, else the
+    /// announced one.
     [[nodiscard]] std::optional<int> addressPort(const ServiceID& id) const;
     /// False when it is known that nothing of the service listens on its `addressPort`.
     [[nodiscard]] bool isAddressListening(const ServiceID& id) const;
     /// Looks the ports up once more, then opens "http://localhost:<port>" with the opener.
-    /// Kills what has a live process, without giving it time. Their states follow.
-    void killServices();
     QFuture<void> openAddress(const ServiceID& id);
 
     // Pins and tasks
@@ -255,9 +262,12 @@ public:
     Q_INVOKABLE void showStatus(const QString& text, bool isError);
 
     // Set by the shell
-    std::function<void()> openMainWindowAction;
-    std::function<void()> reloadWidgets;
-    std::function<void(const QUrl&)> openUrl;
+    void setOpenMainWindowAction(std::function<void()> action); ///< opens or raises the main window
+    void setReloadWidgets(std::function<void()> reload);
+    std::function<bool(const QUrl&)> openUrl; ///< false when nothing could open it
+    std::function<void(ActivationPolicy)> setActivationPolicy;
+    /// Sets the application's activation policy as the settings want it.
+    void applyDockIconPolicy();
 
 Q_SIGNALS:
     void projectsChanged();
@@ -274,6 +284,11 @@ Q_SIGNALS:
     void modalChanged();
     void statusMessageChanged();
     void detailTabChanged();
+    void aiPanelProjectIDChanged();
+    void showOnlyUncommittedChanged();
+    void refreshTokenChanged();
+    void openMainWindowActionChanged();
+    void reloadWidgetsChanged();
     void queuedURLChanged();
     void installCommandOverrideChanged();
     void tasksChanged();
@@ -286,6 +301,8 @@ Q_SIGNALS:
     /// The state or the addresses of some service.
     void servicesChanged();
     void serviceChanged(const orv::ServiceID& id);
+    /// What `addressPort` and `isAddressListening` say of the service may have changed, though its state has not.
+    void addressChanged(const orv::ServiceID& id);
 
 private:
     struct Private;
@@ -295,14 +312,14 @@ private:
     void scanEnded(const QList<ProjectNode>& tree);
     void takeInSettings();
     void processStatesChanged();
+    void takeInOutput(const ServiceID& id, qsizetype added);
+    void noteAddress(const ServiceID& id);
     void showMainWindow();
     /// Changes the settings and reports when that can't be saved. `change` may run again later.
     void changeSettings(const std::function<void(AppSettings&)>& change);
     void reportFailure(const StoreResult& result);
     void reloadTasks();
 
-    /// What `addressPort` and `isAddressListening` say of the service may have changed, though its state has not.
-    void addressChanged(const orv::ServiceID& id);
     void setPendingInstall(const std::optional<PendingInstall>& pending);
     void setSetup(const std::optional<SetupSession>& setup);
     [[nodiscard]] bool isInstalling(const QString& projectID) const; ///< from the confirmation to the start
@@ -312,14 +329,12 @@ private:
     void stopSetup(); ///< whichever project's is under way
     void endSetup();
     QFuture<void> run(const RunRequest& request);
-    void takeInOutput(const ServiceID& id, qsizetype added);
-    void noteAddress(const ServiceID& id);
     void startWhenGone(const RunRequest& request, const QList<ServiceTarget>& targets, const Completion& completion);
     void start(const RunRequest& request, const QList<ServiceTarget>& targets);
     QFuture<void> stopServices(const QList<ServiceID>& ids);
+    QFuture<void> publishAfter(const QFuture<void>& stops);
 
     std::unique_ptr<Private> d;
 };
 
 } // namespace orv
-    QFuture<void> publishAfter(const QFuture<void>& stops);

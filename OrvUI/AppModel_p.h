@@ -53,8 +53,14 @@ struct AppModel::Private {
     std::optional<ModalContent> modal;
     std::optional<StatusMessage> statusMessage;
     DetailTab detailTab = DetailTab::overview;
+    std::optional<QString> aiPanelProjectID;
+    bool showOnlyUncommitted = false;
+    int refreshToken = 0;
     std::optional<QUrl> queuedURL;
     QList<ProjectTask> tasks;
+
+    std::function<void()> openMainWindowAction;
+    std::function<void()> reloadWidgets;
 
     AppSettings lastSettings; ///< as of the last notification
     QString lastGreeting;

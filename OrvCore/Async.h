@@ -46,4 +46,26 @@ inline QFuture<void> finishedFuture() {
     return promise.future();
 }
 
+/// A future that finishes when all of them have; never when `context` dies first.
+inline QFuture<void> whenAll(const QList<QFuture<void>>& futures, QObject* context) {
+    if (futures.isEmpty()) {
+        return finishedFuture();
+    }
+    struct Pending {
+        QPromise<void> promise;
+        qsizetype left = 0;
+    };
+    const auto pending = std::make_shared<Pending>();
+    pending->left = futures.size();
+    pending->promise.start();
+    for (const QFuture<void>& future : futures) {
+        onFinished(future, context, [pending] {
+            if (--pending->left == 0) {
+                pending->promise.finish();
+            }
+        });
+    }
+    return pending->promise.future();
+}
+
 } // namespace orv

@@ -2,6 +2,7 @@
 #include "OrvCore/CommandBuilder.h"
 #include "OrvCore/ProjectScanner.h"
 #include "OrvCore/StackDetector.h"
+#include "OrvUI/InstallRecord.h"
 #include "TextLayout.h"
 
 #include <QDir>
@@ -82,6 +83,7 @@ void printStacks(
     if (!project) {
         return;
     }
+    InstallRecord installs(InstallRecord::defaultPath());
     out.writeLine(u"\n"_s + painted(u"Services"_s, Style::dim, out.hasColor()));
     for (const ServiceTarget& target : project->targets) {
         printRows(
@@ -91,7 +93,7 @@ void printStacks(
             {{u"command"_s, target.command},
              {u"port"_s, target.port ? QString::number(*target.port) : QString()},
              {u"install"_s,
-              CommandBuilder::needsInstall(target) ? u"needed: "_s + CommandBuilder::install(target) : QString()}});
+              installs.isInstallNeeded(target) ? u"needed: "_s + CommandBuilder::install(target) : QString()}});
     }
 }
 

@@ -1,5 +1,6 @@
 #include "CliSupport.h"
 #include "OrvCore/ProjectScanner.h"
+#include "OrvUI/ModelTypes.h"
 #include "TextLayout.h"
 
 #include <QFileInfo>
@@ -16,18 +17,6 @@ QJsonArray toJson(const QList<Project>& projects) {
         array.append(project.toJson());
     }
     return array;
-}
-
-/// "Next.js + FastAPI"; what is unknown is called by its kind.
-QString stackLine(const Project& project) {
-    QStringList names;
-    for (const ServiceTarget& target : project.targets) {
-        const QString name = target.framework.value_or(title(target.kind));
-        if (!names.contains(name)) {
-            names.append(name);
-        }
-    }
-    return names.join(u" + "_s);
 }
 
 QString serviceLine(const Project& project) {

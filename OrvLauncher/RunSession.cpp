@@ -59,9 +59,7 @@ RunSession::RunSession(
     connect(&processes, &ProcessManager::logAppended, this, [this](const ServiceID& id, qsizetype added, qsizetype) {
         logAppended(id, added);
     });
-    connect(&processes, &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
-        sayAddress(id, false);
-    });
+    connect(&m_model, &AppModel::addressChanged, this, [this](const ServiceID& id) { sayAddress(id, false); });
     connect(&m_signals, &SignalWatcher::stopAsked, this, &RunSession::stopAsked);
 }
 
@@ -229,9 +227,8 @@ void RunSession::sayAddress(const ServiceID& id, bool hasWaited) {
     if (!state.isActive() || !port) {
         return;
     }
-    const bool listens = listening.contains(*port);
-    // A container's ports are not those of the process that started it.
-    const bool isUp = listens || id.kind == ServiceKind::docker;
+    const bool listens = m_model.processes().listeningPorts(id).contains(*port);
+    const bool isUp = m_model.isAddressListening(id);
     Shown& service = shown(id);
     if (service.said == Said{*port, isUp}) {
         return;

@@ -40,28 +40,6 @@ QString exitMessage(int code, const LogBuffer& log) {
     return message;
 }
 
-/// A future that finishes when all of them have.
-QFuture<void> whenAll(const QList<QFuture<void>>& futures, QObject* context) {
-    if (futures.isEmpty()) {
-        return finishedFuture();
-    }
-    struct Pending {
-        QPromise<void> promise;
-        qsizetype left = 0;
-    };
-    const auto pending = std::make_shared<Pending>();
-    pending->left = futures.size();
-    pending->promise.start();
-    for (const QFuture<void>& future : futures) {
-        onFinished(future, context, [pending] {
-            if (--pending->left == 0) {
-                pending->promise.finish();
-            }
-        });
-    }
-    return pending->promise.future();
-}
-
 } // namespace
 
 struct ProcessManager::Private {
@@ -285,19 +263,21 @@ void ProcessManager::Private::handleExit(const ServiceID& id, ProcessReader* rea
 QFuture<void> ProcessManager::stop(const ServiceID& id) {
     ORV_ASSERT_MAIN_THREAD();
     const auto run = d->runs.constFind(id);
-    if (run == d->runs.cend()) {
+    const bool isLive = run != d->runs.cend();
+    // A stack may still be on its way down when the process that brought it up is gone.
+    if (const auto running = d->terminations.value(id);
+        running && (!isLive || running->group() == run->reader->pid())) {
+        return running->future();
+    }
+    if (!isLive) {
         return finishedFuture();
     }
     const pid_t pid = run->reader->pid();
-    if (const auto running = d->terminations.value(id); running && running->group() == pid) {
-        return running->future();
-    }
     d->stopRequested.insert(id);
     d->userStopped.insert(id);
     const QPointer<ProcessReader> reader(run->reader);
-    const auto isOver = [this, id, pid, reader] {
-        return !d->isCurrent(id, reader) || !ProcessSpawner::groupExists(pid);
-    };
+    // Not when the group is gone: its last lines may still be on their way, and the state changes after them.
+    const auto isOver = [this, id, reader] { return !d->isCurrent(id, reader); };
     auto* termination = new GroupTermination(pid, d->killTimeout, isOver, this);
     d->terminations.insert(id, termination);
     connect(termination, &GroupTermination::ended, this, [reader](bool gone) {
@@ -313,11 +293,22 @@ QFuture<void> ProcessManager::stop(const ServiceID& id) {
             : finishedFuture());
 }
 
+bool ProcessManager::isStopping(const ServiceID& id) const {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto termination = d->terminations.value(id);
+    return termination && !termination->future().isFinished();
+}
+
 QFuture<void> ProcessManager::stopAll() {
     ORV_ASSERT_MAIN_THREAD();
     QList<QFuture<void>> stops;
     for (const ServiceID& id : d->runs.keys()) {
         stops.append(stop(id));
+    }
+    for (const auto& termination : std::as_const(d->terminations)) {
+        if (termination) {
+            stops.append(termination->future());
+        }
     }
     return whenAll(stops, this);
 }

@@ -63,10 +63,12 @@ public:
     [[nodiscard]] std::optional<qint64> processID(const ServiceID& id) const;
 
     void start(const ServiceTarget& target, const QString& projectID);
-    /// Finishes when the group is gone or the escalation has ended. While a service is being stopped, a second call
-    /// joins the first one.
+    /// Finishes when the service's state has changed, after its last line, and the stack of a Docker service is down;
+    /// or when the escalation has ended. While a service is being stopped, a second call joins the first one.
     QFuture<void> stop(const ServiceID& id);
-    /// Stops every service that has a live process, all at once.
+    /// From a call of `stop` until its future finishes: of a stack also after the state has changed.
+    [[nodiscard]] bool isStopping(const ServiceID& id) const;
+    /// Stops every service that has a live process, all at once, and waits for the stops that are under way.
     QFuture<void> stopAll();
 
     /// The TCP ports on which a process of the service's session really listens, ascending, as last looked up: by

@@ -2,20 +2,21 @@
 #include "OrvProcess/PortParser.h"
 #include "OrvUI/AppModel_p.h"
 
+#include <algorithm>
+
 namespace orv {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A server that finds its port taken announces another one after it, and a tool listens on ports that it never
-/// mentions: so the listening port that was mentioned last, else the smallest.
-std::optional<int> bestListening(const QList<int>& listening, const LogBuffer& log) {
+/// The port of `listening` that was mentioned last in the newest `count` lines.
+std::optional<int> lastMentioned(const QList<int>& listening, const LogBuffer& log, qsizetype count) {
     QStringList digits;
     for (const int port : listening) {
         digits.append(QString::number(port));
     }
-    for (auto line = log.rbegin(); line != log.rend(); ++line) {
+    for (auto line = log.rbegin(); line != log.rend() && count > 0; ++line, --count) {
         // A look for the digits is much cheaper than the parser, and the log may be long.
         const bool isWorthIt = std::ranges::any_of(digits, [&](const QString& port) { return line->contains(port); });
         if (!isWorthIt) {
@@ -25,7 +26,7 @@ std::optional<int> bestListening(const QList<int>& listening, const LogBuffer& l
             return port;
         }
     }
-    return listening.first();
+    return {};
 }
 
 } // namespace
@@ -35,20 +36,48 @@ std::optional<int> AppModel::addressPort(const ServiceID& id) const {
     if (const auto known = d->addresses.constFind(id); known != d->addresses.cend() && known->state == state) {
         return known->port;
     }
-    std::optional<int> port;
-    if (state.isRunning()) {
-        const QList<int> listening = d->processes->listeningPorts(id);
-        const bool isAnnouncedGood = listening.isEmpty() || (state.port && listening.contains(*state.port));
-        port = isAnnouncedGood ? state.port : bestListening(listening, d->processes->log(id));
+    KnownAddress address{state, state.port, {}};
+    const QList<int> listening = state.isActive() ? d->processes->listeningPorts(id) : QList<int>();
+    const bool isAnnouncedGood = state.port && listening.contains(*state.port);
+    if (!listening.isEmpty() && !isAnnouncedGood) {
+        // A server that finds its port taken announces another one after it, and a tool listens on ports that it never
+        // mentions: so the listening port that was mentioned last, else the smallest.
+        const LogBuffer& log = d->processes->log(id);
+        address.port = lastMentioned(listening, log, log.size()).value_or(listening.first());
+        if (listening.size() > 1) {
+            address.choice = listening;
+        }
     }
-    d->addresses.insert(id, {state, port});
-    return port;
+    d->addresses.insert(id, address);
+    return address.port;
 }
 
-bool AppModel::isAnnouncedPortListening(const ServiceID& id) const {
-    const ServiceState state = d->processes->state(id);
-    const QList<int> listening = d->processes->listeningPorts(id);
-    return listening.isEmpty() || !state.port || listening.contains(*state.port);
+/// A word about another of the ports makes that one the best. Nearly every service has its port once and for all, and
+/// costs a look into a table here.
+void AppModel::takeInOutput(const ServiceID& id, qsizetype added) {
+    const auto known = d->addresses.find(id);
+    if (known == d->addresses.end() || known->choice.isEmpty()) {
+        return;
+    }
+    const auto port = lastMentioned(known->choice, d->processes->log(id), added);
+    if (port && port != known->port) {
+        known->port = port;
+        noteAddress(id);
+    }
+}
+
+void AppModel::noteAddress(const ServiceID& id) {
+    Q_EMIT addressChanged(id);
+    Q_EMIT serviceChanged(id);
+    Q_EMIT servicesChanged();
+    publishSnapshot();
+}
+
+bool AppModel::isAddressListening(const ServiceID& id) const {
+    const std::optional<int> port = addressPort(id);
+    // A container's ports are not those of the process that started it.
+    return !port || id.kind == ServiceKind::docker || !d->processes->areListeningPortsKnown(id) ||
+           d->processes->listeningPorts(id).contains(*port);
 }
 
 QFuture<void> AppModel::openAddress(const ServiceID& id) {
@@ -61,7 +90,9 @@ QFuture<void> AppModel::openAddress(const ServiceID& id) {
             url.setScheme(u"http"_s);
             url.setHost(u"localhost"_s);
             url.setPort(*port);
-            openUrl(url);
+            if (!openUrl(url)) {
+                report(u"Could not open "_s + url.toString() + u": no browser was found."_s, true);
+            }
         } else if (!port) {
             report(projectName(id) + u" has not said yet where it can be opened."_s, true);
         }

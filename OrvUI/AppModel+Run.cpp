@@ -1,12 +1,13 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/CommandBuilder.h"
+#include "OrvProcess/ProcessSpawner.h"
 #include "OrvUI/AppModel_p.h"
 #include "OrvUI/FlutterDevices.h"
-#include "OrvUI/ServicesEnd.h"
 
 #include <QFileInfo>
 
 #include <algorithm>
+#include <csignal>
 
 namespace orv {
 
@@ -18,16 +19,6 @@ namespace {
 /// No project's id ends like this: an id is a clean path.
 constexpr QStringView installMark = u"//#install";
 
-QList<ServiceTarget> targetsOf(const Project& project, const ServiceKinds& kinds) {
-    QList<ServiceTarget> selected;
-    for (const ServiceTarget& target : project.targets) {
-        if (kinds.contains(target.kind)) {
-            selected.append(target);
-        }
-    }
-    return selected;
-}
-
 /// A target as it is to be started, and what has to be installed for it before (empty: nothing).
 struct PreparedTarget {
     ServiceTarget target;
@@ -35,17 +26,13 @@ struct PreparedTarget {
 };
 
 /// Looks at the disk.
-QList<PreparedTarget> prepare(
-    const QList<ServiceTarget>& targets, const std::optional<QString>& flutterDevice, InstallRecord& installs) {
+QList<PreparedTarget> prepare(const RunRequest& request, InstallRecord& installs) {
+    const auto& [project, kinds, flutterDevice] = request.wanted;
     QList<PreparedTarget> prepared;
-    for (ServiceTarget target : targets) {
-        QString installBody;
-        if (CommandBuilder::needsInstall(target)) {
-            installBody = CommandBuilder::installBody(target);
-            if (installs.covers(target.directory, installBody)) {
-                installBody.clear();
-            }
-        }
+    for (ServiceTarget target : request.targets()) {
+        const bool wasInstalled = request.installed.contains(AppModel::installID(target, project.id));
+        const bool needsInstall = !wasInstalled && installs.isInstallNeeded(target);
+        QString installBody = needsInstall ? CommandBuilder::installBody(target) : QString();
         // A command of the user's own stays as it was written.
         if (target.kind == ServiceKind::flutter && flutterDevice && target.command.startsWith(u"cd ")) {
             target.command = CommandBuilder::command(target.kind, target.directory, target.framework, flutterDevice);
@@ -56,6 +43,17 @@ QList<PreparedTarget> prepare(
 }
 
 } // namespace
+
+QList<ServiceTarget> RunRequest::targets() const {
+    QList<ServiceTarget> selected;
+    for (const ServiceTarget& target : wanted.project.targets) {
+        const bool isMeant = only.isEmpty() || only.contains(ProcessManager::id(target, wanted.project.id));
+        if (isMeant && wanted.kinds.contains(target.kind)) {
+            selected.append(target);
+        }
+    }
+    return selected;
+}
 
 ServiceID AppModel::installID(const ServiceTarget& target, const QString& projectID) {
     return ProcessManager::id(target, projectID + installMark.toString());
@@ -110,90 +108,133 @@ QList<RunAction> AppModel::availableActions(const Project& project) {
 }
 
 std::optional<RunAction> AppModel::defaultAction(const Project& project) {
-    const QList<RunAction> actions = availableActions(project);
+    return preferred(availableActions(project));
+}
+
+std::optional<RunAction> AppModel::preferred(const QList<RunAction>& actions) {
     if (actions.contains(RunAction::both)) {
         return RunAction::both;
     }
     return actions.isEmpty() ? std::nullopt : std::optional(actions.first());
 }
 
+QList<RunAction> AppModel::startableActions(const Project& project) const {
+    Project idle = project;
+    idle.targets.removeIf([&](const ServiceTarget& target) {
+        return d->processes->state(ProcessManager::id(target, project.id)).isActive();
+    });
+    return availableActions(idle);
+}
+
 QFuture<void> AppModel::run(
     const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice) {
     ORV_ASSERT_MAIN_THREAD();
-    const QList<ServiceTarget> targets = targetsOf(project, kinds);
-    if (targets.isEmpty()) {
-        return finishedFuture();
-    }
+    return run({.wanted = {project, kinds, flutterDevice}, .since = d->stops.now()});
+}
+
+QFuture<void> AppModel::run(const RunRequest& request) {
     const Completion completion;
-    const int stopCount = d->stopCount(project.id);
-    const auto look = [targets, flutterDevice, installs = d->installs] {
-        return prepare(targets, flutterDevice, *installs);
-    };
-    const PendingInstall wanted{project, kinds, flutterDevice};
-    onFinished(
-        runIn(d->workPool, look), this, [this, wanted, stopCount, completion](const QList<PreparedTarget>& prepared) {
-            QList<ServiceTarget> uninstalled;
-            QStringList bodies;
-            QList<ServiceTarget> ready;
-            for (const auto& [target, installBody] : prepared) {
-                ready.append(target);
-                if (!installBody.isEmpty()) {
-                    uninstalled.append(target);
-                    bodies.append(installBody);
-                }
+    if (request.targets().isEmpty()) {
+        completion.finish();
+        return completion.future();
+    }
+    const auto look = [request, installs = d->installs] { return prepare(request, *installs); };
+    onFinished(runIn(d->workPool, look), this, [this, request, completion](const QList<PreparedTarget>& prepared) {
+        const QString& projectID = request.wanted.project.id;
+        QList<ServiceTarget> uninstalled;
+        QStringList bodies;
+        QList<ServiceTarget> ready;
+        for (const auto& [target, installBody] : prepared) {
+            if (d->stops.isOff(ProcessManager::id(target, projectID), request.since)) {
+                continue;
             }
-            if (d->stopCount(wanted.project.id) != stopCount) {
-                completion.finish();
-            } else if (!uninstalled.isEmpty()) {
-                askForInstall(wanted, uninstalled, bodies);
-                completion.finish();
-            } else {
-                startWhenGone(wanted, ready, stopCount, completion);
+            ready.append(target);
+            if (!installBody.isEmpty()) {
+                uninstalled.append(target);
+                bodies.append(installBody);
             }
-        });
+        }
+        if (uninstalled.isEmpty()) {
+            startWhenGone(request, ready, completion);
+            return;
+        }
+        if (request.isAfterInstall()) {
+            endSetup();
+        }
+        askForInstall(request, uninstalled, bodies);
+        completion.finish();
+    });
     return completion.future();
 }
 
-/// A service that is being stopped can't be started until it is gone.
+/// A service that is being stopped can't be started until it is gone, and a stack not until it is down.
 void AppModel::startWhenGone(
-    const PendingInstall& wanted, const QList<ServiceTarget>& targets, int stopCount, const Completion& completion) {
-    QList<ServiceID> leaving;
+    const RunRequest& request, const QList<ServiceTarget>& targets, const Completion& completion) {
+    QList<QFuture<void>> stops;
     for (const ServiceTarget& target : targets) {
-        const ServiceID id = ProcessManager::id(target, wanted.project.id);
-        if (d->processes->state(id).isActive() && d->processes->wasUserStopped(id)) {
-            leaving.append(id);
+        if (const ServiceID id = ProcessManager::id(target, request.wanted.project.id); d->processes->isStopping(id)) {
+            stops.append(d->processes->stop(id));
         }
     }
-    whenEnded(*d->processes, leaving, this, [this, wanted, targets, stopCount, completion](bool haveEnded) {
-        if (!haveEnded) {
-            report(wanted.project.name + u" has not stopped yet. Try again in a moment."_s, true);
-        } else if (d->stopCount(wanted.project.id) == stopCount) {
-            const LastRun lastRun{wanted.project.id, rawValue(*runActionFrom(wanted.kinds))};
-            changeSettings([lastRun](AppSettings& settings) { settings.lastRun = lastRun; });
-            for (const ServiceTarget& target : targets) {
-                d->processes->start(target, wanted.project.id);
+    onFinished(whenAll(stops, this), this, [this, request, targets, completion] {
+        // Whoever stopped the project has ended its setup too.
+        if (!d->stops.isOff(request.wanted.project.id, request.since)) {
+            if (request.isAfterInstall()) {
+                endSetup();
             }
-            publishSnapshot();
+            start(request, targets);
         }
         completion.finish();
     });
 }
 
-QFuture<void> AppModel::restart(const Project& project, const ServiceKinds& kinds) {
-    ORV_ASSERT_MAIN_THREAD();
-    for (const ServiceID& id : services(project)) {
-        if (!isInstall(id) && kinds.contains(id.kind)) {
-            d->processes->stop(id);
+void AppModel::start(const RunRequest& request, const QList<ServiceTarget>& targets) {
+    const auto& [project, kinds, flutterDevice] = request.wanted;
+    QList<ServiceTarget> wanted;
+    for (const ServiceTarget& target : targets) {
+        const ServiceID id = ProcessManager::id(target, project.id);
+        if (d->stops.isOff(id, request.since)) {
+            continue;
         }
+        if (d->processes->state(id).isActive() && d->processes->wasUserStopped(id)) {
+            report(project.name + u" has not stopped yet. Try again in a moment."_s, true);
+            return;
+        }
+        wanted.append(target);
     }
-    return run(project, kinds);
+    if (wanted.isEmpty()) {
+        return;
+    }
+    const LastRun lastRun{project.id, rawValue(*runActionFrom(kinds))};
+    changeSettings([lastRun](AppSettings& settings) { settings.lastRun = lastRun; });
+    for (const ServiceTarget& target : std::as_const(wanted)) {
+        if (target.kind == ServiceKind::flutter) {
+            d->flutterDevices.insert(project.id, flutterDevice);
+        }
+        d->processes->start(target, project.id);
+    }
+    publishSnapshot();
+}
+
+QFuture<void> AppModel::restart(const Project& project, const QList<ServiceID>& services) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (services.isEmpty()) {
+        return finishedFuture();
+    }
+    RunRequest request{
+        .wanted = {project, {}, d->flutterDevices.value(project.id)}, .since = d->stops.now(), .only = services};
+    for (const ServiceID& id : services) {
+        request.wanted.kinds.insert(id.kind);
+        d->processes->stop(id);
+    }
+    return run(request);
 }
 
 QFuture<void> AppModel::toggleRun(const Project& project) {
     ORV_ASSERT_MAIN_THREAD();
     const bool isUp = std::ranges::any_of(
         services(project), [this](const ServiceID& id) { return d->processes->state(id).isActive(); });
-    if (isUp) {
+    if (isUp || isInstalling(project.id)) {
         return stop(project);
     }
     const std::optional<RunAction> action = defaultAction(project);
@@ -202,42 +243,53 @@ QFuture<void> AppModel::toggleRun(const Project& project) {
 
 QFuture<void> AppModel::stop(const Project& project) {
     ORV_ASSERT_MAIN_THREAD();
-    ++d->stopCounts[project.id];
+    d->stops.noteProject(project.id);
+    if (isInstalling(project.id)) {
+        stopSetup();
+    }
     return stopServices(services(project));
 }
 
 QFuture<void> AppModel::stopService(const ServiceID& id) {
     ORV_ASSERT_MAIN_THREAD();
+    d->stops.noteService(id);
+    if (d->setupRunner != nullptr && d->setupRunner->currentStep() == id) {
+        stopSetup();
+    }
     return stopServices({id});
 }
 
 QFuture<void> AppModel::stopServices(const QList<ServiceID>& ids) {
-    const Completion completion;
-    const auto remaining = std::make_shared<qsizetype>(ids.size());
-    const auto oneIsGone = [this, remaining, completion] {
-        if (--*remaining <= 0) {
-            publishSnapshot();
-            completion.finish();
-        }
-    };
-    if (ids.isEmpty()) {
-        oneIsGone();
-    }
+    QList<QFuture<void>> stops;
     for (const ServiceID& id : ids) {
-        onFinished(d->processes->stop(id), this, oneIsGone);
+        stops.append(d->processes->stop(id));
     }
-    return completion.future();
+    return publishAfter(whenAll(stops, this));
 }
 
 QFuture<void> AppModel::stopAllServices() {
     ORV_ASSERT_MAIN_THREAD();
-    ++d->stopAllCount;
+    d->stops.noteAll();
+    stopSetup();
+    return publishAfter(d->processes->stopAll());
+}
+
+QFuture<void> AppModel::publishAfter(const QFuture<void>& stops) {
     const Completion completion;
-    onFinished(d->processes->stopAll(), this, [this, completion] {
+    onFinished(stops, this, [this, completion] {
         publishSnapshot();
         completion.finish();
     });
     return completion.future();
+}
+
+void AppModel::killServices() {
+    ORV_ASSERT_MAIN_THREAD();
+    for (const ServiceID& id : d->processes->states().keys()) {
+        if (const auto group = d->processes->processID(id)) {
+            ProcessSpawner::signalGroup(static_cast<pid_t>(*group), SIGKILL);
+        }
+    }
 }
 
 QFuture<QList<FlutterDevice>> AppModel::flutterDevices() {

@@ -183,10 +183,10 @@ void AppModel::restartProject(const QString& projectID) {
     if (wanted == nullptr) {
         return;
     }
-    ServiceKinds active;
+    QList<ServiceID> active;
     for (const ServiceID& id : services(*wanted)) {
         if (!isInstall(id) && d->processes->state(id).isActive()) {
-            active.insert(id.kind);
+            active.append(id);
         }
     }
     restart(*wanted, active);

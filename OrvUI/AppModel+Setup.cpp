@@ -29,8 +29,13 @@ QString shownCommand(const Project& project, const ServiceTarget& target, const 
 
 } // namespace
 
+bool AppModel::isInstalling(const QString& projectID) const {
+    return d->setup && d->setup->project.id == projectID && d->setup->phase.kind == SetupSession::Phase::Kind::running;
+}
+
 void AppModel::askForInstall(
-    const PendingInstall& pending, const QList<ServiceTarget>& targets, const QStringList& installBodies) {
+    const RunRequest& request, const QList<ServiceTarget>& targets, const QStringList& installBodies) {
+    const PendingInstall& pending = request.wanted;
     if (d->setup && d->setup->phase.kind == SetupSession::Phase::Kind::running) {
         if (d->setup->project.id == pending.project.id) {
             showMainWindow(); // it is being installed already
@@ -45,7 +50,7 @@ void AppModel::askForInstall(
             {installID(targets[i], pending.project.id), title(targets[i].kind),
              shownCommand(pending.project, targets[i], installBodies[i]), SetupStep::Status::pending});
     }
-    d->setupPlan = SetupPlan{pending, targets};
+    d->setupPlan = SetupPlan{request, targets};
     setInstallCommandOverride({});
     setPendingInstall(pending);
     setSetup(session);
@@ -54,7 +59,7 @@ void AppModel::askForInstall(
 
 QFuture<void> AppModel::confirmInstall() {
     ORV_ASSERT_MAIN_THREAD();
-    if (d->setupRunner != nullptr) {
+    if (d->setupCompletion) {
         return d->setupCompletion->future();
     }
     const bool isNewTry = d->setup && d->setup->phase.kind == SetupSession::Phase::Kind::failed;
@@ -69,6 +74,7 @@ QFuture<void> AppModel::confirmInstall() {
         session.steps[i].status = SetupStep::Status::pending;
         steps.append({session.steps[i].id, d->setupPlan->targets[i]});
     }
+    d->setupPlan->request.since = d->stops.now();
     setSetup(session);
     d->setupCompletion.emplace();
     d->setupRunner = new SetupRunner({*d->processes, d->installs, d->workPool}, steps, d->installCommandOverride, this);
@@ -92,34 +98,53 @@ void AppModel::setupEnded(const QString& reason) {
         std::exchange(d->setupCompletion, {})->finish();
         return;
     }
-    const PendingInstall pending = d->setupPlan->pending;
-    d->setupPlan.reset();
-    setSetup({});
-    setInstallCommandOverride({});
-    runInstalled(pending, *std::exchange(d->setupCompletion, {}));
+    RunRequest request = d->setupPlan->request;
+    if (d->stops.isOff(request.wanted.project.id, request.since)) {
+        cancelInstall(); // stopped when its last step was done already
+        return;
+    }
+    for (const SetupStep& step : std::as_const(d->setup->steps)) {
+        request.installed.insert(step.id);
+    }
+    runInstalled(request, *d->setupCompletion);
 }
 
 /// The services start as the project is found now: an install may have made the very interpreter that they run with.
-void AppModel::runInstalled(const PendingInstall& pending, const Completion& completion) {
-    const auto start = [this, pending, completion](const std::optional<Project>& found) {
-        if (!found) {
-            report(pending.project.name + u" is gone from your projects folder."_s, true);
+/// The session stays on the screen until then.
+void AppModel::runInstalled(const RunRequest& request, const Completion& completion) {
+    const QString id = request.wanted.project.id;
+    ProjectScanner scanner;
+    scanner.overrides = d->overrides;
+    // What no scan came by may lie outside the scanned folder, or too deep in it.
+    const QString scanRoot = project(id) != nullptr ? d->settings->settings().scanRoot : QString();
+    const auto look = [scanner, id, scanRoot] { return scanner.project(id, scanRoot); };
+    onFinished(runIn(d->workPool, look), this, [this, request, completion](const std::optional<Project>& found) {
+        if (d->stops.isOff(request.wanted.project.id, request.since)) {
             completion.finish();
             return;
         }
-        onFinished(run(*found, pending.kinds, pending.flutterDevice), this, [completion] { completion.finish(); });
-    };
-    rescan();
-    onFinished(refresh(), this, [this, start, id = pending.project.id] {
-        if (const Project* found = project(id)) {
-            start(*found);
+        rescan(); // what the screens show of it
+        RunRequest again = request;
+        again.wanted.project = found.value_or(Project());
+        if (again.targets().isEmpty()) {
+            endSetup();
+            report(
+                request.wanted.project.name +
+                    (found ? u" has nothing of that kind any more."_s : u" is gone from your projects folder."_s),
+                true);
+            completion.finish();
             return;
         }
-        // It may lie outside the scanned folder.
-        ProjectScanner scanner;
-        scanner.overrides = d->overrides;
-        onFinished(runIn(d->workPool, [scanner, id] { return scanner.project(id); }), this, start);
+        onFinished(run(again), this, [completion] { completion.finish(); });
     });
+}
+
+void AppModel::stopSetup() {
+    if (d->setupRunner != nullptr) {
+        d->setupRunner->stop();
+    } else if (d->setup && isInstalling(d->setup->project.id)) {
+        cancelInstall();
+    }
 }
 
 void AppModel::cancelInstall() {
@@ -129,13 +154,22 @@ void AppModel::cancelInstall() {
         runner->stop();
         runner->deleteLater();
     }
-    d->setupPlan.reset();
+    if (d->setup && isInstalling(d->setup->project.id)) {
+        d->stops.noteProject(d->setup->project.id);
+    }
+    const auto completion = d->setupCompletion;
     setPendingInstall({});
-    setSetup({});
-    setInstallCommandOverride({});
-    if (const auto completion = std::exchange(d->setupCompletion, {})) {
+    endSetup();
+    if (completion) {
         completion->finish();
     }
+}
+
+void AppModel::endSetup() {
+    d->setupPlan.reset();
+    d->setupCompletion.reset();
+    setSetup({});
+    setInstallCommandOverride({});
 }
 
 std::optional<QString> AppModel::setupLastLine() const {

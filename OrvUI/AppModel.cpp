@@ -64,17 +64,16 @@ AppModel::AppModel(Options options, QObject* parent)
         }
     });
     connect(&d->publisher, &SnapshotPublisher::written, this, [this] {
-        if (reloadWidgets) {
-            reloadWidgets();
+        if (d->reloadWidgets) {
+            d->reloadWidgets();
         }
     });
     connect(d->processes.get(), &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
         d->addresses.remove(id);
-        Q_EMIT serviceChanged(id);
-        Q_EMIT servicesChanged();
-        publishSnapshot();
+        noteAddress(id);
     });
-    connect(d->processes.get(), &ProcessManager::logAppended, this, [this](const ServiceID& id) {
+    connect(d->processes.get(), &ProcessManager::logAppended, this, [this](const ServiceID& id, qsizetype added) {
+        takeInOutput(id, added);
         if (d->setupRunner != nullptr && d->setupRunner->currentStep() == id) {
             Q_EMIT setupLastLineChanged();
         }
@@ -139,6 +138,15 @@ const std::optional<StatusMessage>& AppModel::statusMessage() const {
 DetailTab AppModel::detailTab() const {
     return d->detailTab;
 }
+const std::optional<QString>& AppModel::aiPanelProjectID() const {
+    return d->aiPanelProjectID;
+}
+bool AppModel::showOnlyUncommitted() const {
+    return d->showOnlyUncommitted;
+}
+int AppModel::refreshToken() const {
+    return d->refreshToken;
+}
 const std::optional<QUrl>& AppModel::queuedURL() const {
     return d->queuedURL;
 }
@@ -178,6 +186,15 @@ void AppModel::setStatusMessage(const std::optional<StatusMessage>& message) {
 }
 void AppModel::setDetailTab(DetailTab tab) {
     assign(this, d->detailTab, tab, &AppModel::detailTabChanged);
+}
+void AppModel::setAiPanelProjectID(const std::optional<QString>& projectID) {
+    assign(this, d->aiPanelProjectID, projectID, &AppModel::aiPanelProjectIDChanged);
+}
+void AppModel::setShowOnlyUncommitted(bool isOn) {
+    assign(this, d->showOnlyUncommitted, isOn, &AppModel::showOnlyUncommittedChanged);
+}
+void AppModel::reloadViews() {
+    assign(this, d->refreshToken, d->refreshToken + 1, &AppModel::refreshTokenChanged);
 }
 void AppModel::setInstallCommandOverride(const std::optional<QString>& command) {
     const bool isBlank = !command || command->trimmed().isEmpty();
@@ -395,8 +412,26 @@ QFuture<void> AppModel::handle(const QUrl& url) {
 }
 
 void AppModel::showMainWindow() {
-    if (openMainWindowAction) {
-        openMainWindowAction();
+    if (d->openMainWindowAction) {
+        d->openMainWindowAction();
+    }
+}
+
+void AppModel::setOpenMainWindowAction(std::function<void()> action) {
+    d->openMainWindowAction = std::move(action);
+    Q_EMIT openMainWindowActionChanged();
+}
+
+void AppModel::setReloadWidgets(std::function<void()> reload) {
+    d->reloadWidgets = std::move(reload);
+    Q_EMIT reloadWidgetsChanged();
+}
+
+void AppModel::applyDockIconPolicy() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (setActivationPolicy) {
+        setActivationPolicy(
+            d->settings->settings().showDockIcon ? ActivationPolicy::regular : ActivationPolicy::accessory);
     }
 }
 

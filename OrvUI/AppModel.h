@@ -23,6 +23,7 @@ namespace orv {
 
 class Completion;
 class OutlineModel;
+struct RunRequest;
 
 /// All run-time state of the application, and every user action. One a process, on the main thread; needs no window.
 ///
@@ -107,6 +108,12 @@ public:
     void setStatusMessage(const std::optional<StatusMessage>& message);
     [[nodiscard]] DetailTab detailTab() const;
     void setDetailTab(DetailTab tab);
+    [[nodiscard]] const std::optional<QString>& aiPanelProjectID() const; ///< whose agent panel is open
+    void setAiPanelProjectID(const std::optional<QString>& projectID);
+    [[nodiscard]] bool showOnlyUncommitted() const;
+    void setShowOnlyUncommitted(bool isOn);
+    [[nodiscard]] int refreshToken() const; ///< views that read something by themselves read it again when it goes up
+    void reloadViews();                     ///< makes it go up
     [[nodiscard]] const std::optional<QUrl>& queuedURL() const;
     [[nodiscard]] const std::optional<QString>& installCommandOverride() const;
     void setInstallCommandOverride(const std::optional<QString>& command);
@@ -153,10 +160,13 @@ public:
     [[nodiscard]] static QList<RunAction> availableActions(const Project& project);
     /// The action of a run button that offers no choice: "Both" where there is one, else the first.
     [[nodiscard]] static std::optional<RunAction> defaultAction(const Project& project);
+    [[nodiscard]] static std::optional<RunAction> preferred(const QList<RunAction>& actions);
+    /// Those for each kind of which something does not run yet.
+    [[nodiscard]] QList<RunAction> startableActions(const Project& project) const;
     QFuture<void> run(
         const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice = {});
-    /// Stops the project's services of these kinds, then runs them.
-    QFuture<void> restart(const Project& project, const ServiceKinds& kinds);
+    /// Stops these services of the project, then starts them again, a Flutter app on the device that it was on.
+    QFuture<void> restart(const Project& project, const QList<ServiceID>& services);
     /// Stops a project that runs or starts; runs the default action of any other.
     QFuture<void> toggleRun(const Project& project);
     /// Installs what the session asks for, then runs the project. Also the new try of a session that failed.
@@ -167,14 +177,17 @@ public:
     QFuture<void> stop(const Project& project);
     QFuture<void> stopService(const ServiceID& id);
     QFuture<void> stopAllServices();
+    /// Kills what has a live process, without giving it time. Their states follow.
+    void killServices();
     QFuture<QList<FlutterDevice>> flutterDevices();
     [[nodiscard]] static QList<FlutterDevice> parseFlutterDevices(const QByteArray& listing);
 
     // Addresses
-    /// The port at which a service is best reached: a listening one where that is known, else the announced one.
+    /// The port at which a running or starting service is best reached: a listening one where that is known, else the
+    /// announced one.
     [[nodiscard]] std::optional<int> addressPort(const ServiceID& id) const;
-    /// False when the listening ports are known and the announced port is not among them.
-    [[nodiscard]] bool isAnnouncedPortListening(const ServiceID& id) const;
+    /// False when it is known that nothing of the service listens on its `addressPort`.
+    [[nodiscard]] bool isAddressListening(const ServiceID& id) const;
     /// Looks the ports up once more, then opens "http://localhost:<port>" with the opener.
     QFuture<void> openAddress(const ServiceID& id);
 
@@ -251,9 +264,12 @@ public:
     Q_INVOKABLE void showStatus(const QString& text, bool isError);
 
     // Set by the shell
-    std::function<void()> openMainWindowAction;
-    std::function<void()> reloadWidgets;
-    std::function<void(const QUrl&)> openUrl;
+    void setOpenMainWindowAction(std::function<void()> action); ///< opens or raises the main window
+    void setReloadWidgets(std::function<void()> reload);
+    std::function<bool(const QUrl&)> openUrl; ///< false when nothing could open it
+    std::function<void(ActivationPolicy)> setActivationPolicy;
+    /// Sets the application's activation policy as the settings want it.
+    void applyDockIconPolicy();
 
 Q_SIGNALS:
     void projectsChanged();
@@ -270,6 +286,11 @@ Q_SIGNALS:
     void modalChanged();
     void statusMessageChanged();
     void detailTabChanged();
+    void aiPanelProjectIDChanged();
+    void showOnlyUncommittedChanged();
+    void refreshTokenChanged();
+    void openMainWindowActionChanged();
+    void reloadWidgetsChanged();
     void queuedURLChanged();
     void installCommandOverrideChanged();
     void tasksChanged();
@@ -282,6 +303,8 @@ Q_SIGNALS:
     /// The state or the addresses of some service.
     void servicesChanged();
     void serviceChanged(const orv::ServiceID& id);
+    /// What `addressPort` and `isAddressListening` say of the service may have changed, though its state has not.
+    void addressChanged(const orv::ServiceID& id);
 
 private:
     struct Private;
@@ -291,6 +314,8 @@ private:
     void scanEnded(const QList<ProjectNode>& tree);
     void takeInSettings();
     void processStatesChanged();
+    void takeInOutput(const ServiceID& id, qsizetype added);
+    void noteAddress(const ServiceID& id);
     void showMainWindow();
     /// Changes the settings and reports when that can't be saved. `change` may run again later.
     void changeSettings(const std::function<void(AppSettings&)>& change);
@@ -299,12 +324,17 @@ private:
 
     void setPendingInstall(const std::optional<PendingInstall>& pending);
     void setSetup(const std::optional<SetupSession>& setup);
-    void askForInstall(const PendingInstall& pending, const QList<ServiceTarget>& targets, const QStringList& bodies);
+    [[nodiscard]] bool isInstalling(const QString& projectID) const; ///< from the confirmation to the start
+    void askForInstall(const RunRequest& request, const QList<ServiceTarget>& targets, const QStringList& bodies);
     void setupEnded(const QString& reason);
-    void runInstalled(const PendingInstall& pending, const Completion& completion);
-    void startWhenGone(
-        const PendingInstall& wanted, const QList<ServiceTarget>& targets, int stopCount, const Completion& completion);
+    void runInstalled(const RunRequest& request, const Completion& completion);
+    void stopSetup(); ///< whichever project's is under way
+    void endSetup();
+    QFuture<void> run(const RunRequest& request);
+    void startWhenGone(const RunRequest& request, const QList<ServiceTarget>& targets, const Completion& completion);
+    void start(const RunRequest& request, const QList<ServiceTarget>& targets);
     QFuture<void> stopServices(const QList<ServiceID>& ids);
+    QFuture<void> publishAfter(const QFuture<void>& stops);
 
     std::unique_ptr<Private> d;
 };

@@ -4,6 +4,7 @@
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/InstallRecord.h"
 #include "OrvUI/Pool_p.h"
+#include "OrvUI/RunRequest_p.h"
 #include "OrvUI/SetupRunner.h"
 #include "OrvUI/SnapshotPublisher.h"
 
@@ -16,7 +17,7 @@ namespace orv {
 
 /// A project's install between the question and the run that it was for.
 struct SetupPlan {
-    PendingInstall pending;
+    RunRequest request;
     QList<ServiceTarget> targets; ///< one a step of the session
 };
 
@@ -24,6 +25,7 @@ struct SetupPlan {
 struct KnownAddress {
     ServiceState state;
     std::optional<int> port;
+    QList<int> choice; ///< the ports among which a line of its output decides; empty when there is nothing to decide
 };
 
 struct AppModel::Private {
@@ -51,22 +53,26 @@ struct AppModel::Private {
     std::optional<ModalContent> modal;
     std::optional<StatusMessage> statusMessage;
     DetailTab detailTab = DetailTab::overview;
+    std::optional<QString> aiPanelProjectID;
+    bool showOnlyUncommitted = false;
+    int refreshToken = 0;
     std::optional<QUrl> queuedURL;
     QList<ProjectTask> tasks;
+
+    std::function<void()> openMainWindowAction;
+    std::function<void()> reloadWidgets;
 
     AppSettings lastSettings; ///< as of the last notification
     QString lastGreeting;
     QHash<ServiceID, ServiceState> lastServiceStates;
     mutable QHash<ServiceID, KnownAddress> addresses; ///< worked out already, from the ports that listened then
 
-    /// Goes up with every stop of the project: a run that was being prepared meanwhile is off.
-    QHash<QString, int> stopCounts;
-    int stopAllCount = 0;
-    [[nodiscard]] int stopCount(const QString& projectID) const { return stopCounts.value(projectID) + stopAllCount; }
+    Stops stops;
+    QHash<QString, std::optional<QString>> flutterDevices; ///< on which a project's Flutter app was last started
 
     std::optional<SetupPlan> setupPlan; ///< of the session, until it is over
     SetupRunner* setupRunner = nullptr;
-    std::optional<Completion> setupCompletion;
+    std::optional<Completion> setupCompletion; ///< from the confirmation to the start of the services
 
     std::shared_ptr<ScanCancellation> scanCancellation;
     std::optional<Completion> scanCompletion;

@@ -11,14 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString stackLine(const Project& project) {
-    QStringList parts;
-    for (const ServiceTarget& target : project.targets) {
-        parts.append(target.framework.value_or(title(target.kind)));
-    }
-    return parts.join(u" + "_s);
-}
-
 QString counted(qsizetype count, const QString& one, const QString& many) {
     return QString::number(count) + u' ' + (count == 1 ? one : many);
 }
@@ -30,6 +22,7 @@ struct HomeModels::Activity {
     QString state = u"idle"_s;
     QString message; ///< of the first service that failed
     QVariantList services;
+    QVariantList failedServices;
 };
 
 HomeModels::HomeModels(AppModel& model) : m_model(model) {
@@ -107,7 +100,7 @@ void HomeModels::updateRunning() {
     for (const ServiceID& id : std::as_const(ids)) {
         const QString name = m_model.projectName(id);
         rows.append(
-            {key(id), id.projectID, name, title(id.kind), address(id), m_model.isAnnouncedPortListening(id),
+            {key(id), id.projectID, name, title(id.kind), address(id), m_model.isAddressListening(id),
              Tile::index(name), Tile::letter(name)});
     }
     running.setRows(rows);
@@ -138,11 +131,13 @@ void HomeModels::updateSummary(qsizetype shownBefore) {
 
 CardRow HomeModels::card(const Project& project) const {
     const Activity now = activity(project);
+    const QList<RunAction> offered = m_model.startableActions(project);
     QStringList actions;
-    for (const RunAction action : AppModel::availableActions(project)) {
+    for (const RunAction action : offered) {
         actions.append(rawValue(action));
     }
-    const std::optional<RunAction> preferred = AppModel::defaultAction(project);
+    const std::optional<RunAction> preferred =
+        offered.isEmpty() ? AppModel::defaultAction(project) : AppModel::preferred(offered);
     return {
         .key = project.id,
         .name = project.name,
@@ -157,6 +152,7 @@ CardRow HomeModels::card(const Project& project) const {
         .defaultAction = preferred ? rawValue(*preferred) : QString(),
         .isFlutter = m_model.keeps(ProjectFilter::flutter, project),
         .services = now.services,
+        .failedServices = now.failedServices,
     };
 }
 
@@ -175,8 +171,9 @@ HomeModels::Activity HomeModels::activity(const Project& project) const {
             if (state.isActive()) {
                 isRunning = isRunning || state.isRunning();
                 now.services.append(shown(id));
-            } else if (state.phase == ServiceState::Phase::failed && now.message.isEmpty()) {
-                now.message = state.message;
+            } else if (state.phase == ServiceState::Phase::failed) {
+                now.message = now.message.isEmpty() ? state.message : now.message;
+                now.failedServices.append(failed(id, state.message));
             }
         }
     }
@@ -200,8 +197,16 @@ QVariantMap HomeModels::shown(const ServiceID& id) const {
         {u"phase"_s, isRunning ? u"running"_s : u"starting"_s},
         {u"port"_s, m_model.addressPort(id).value_or(0)},
         {u"address"_s, address(id)},
-        {u"portListening"_s, m_model.isAnnouncedPortListening(id)},
+        {u"portListening"_s, m_model.isAddressListening(id)},
         {u"key"_s, key(id)},
+    };
+}
+
+QVariantMap HomeModels::failed(const ServiceID& id, const QString& message) {
+    const std::optional<RunAction> action = runActionFrom({id.kind});
+    return {
+        {u"kind"_s, rawValue(id.kind)},   {u"label"_s, title(id.kind)}, {u"message"_s, message},
+        {u"action"_s, rawValue(*action)}, {u"key"_s, key(id)},
     };
 }
 

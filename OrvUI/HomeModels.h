@@ -43,6 +43,7 @@ private:
     [[nodiscard]] CardRow card(const Project& project) const;
     [[nodiscard]] Activity activity(const Project& project) const;
     [[nodiscard]] QVariantMap shown(const ServiceID& id) const;
+    [[nodiscard]] static QVariantMap failed(const ServiceID& id, const QString& message);
     [[nodiscard]] QString address(const ServiceID& id) const;
 
     AppModel& m_model;

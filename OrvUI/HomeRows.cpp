@@ -27,6 +27,7 @@ const std::vector<RowRole<CardRow>>& CardRow::roles() {
         role<&CardRow::defaultAction, CardRow>("defaultAction"),
         role<&CardRow::isFlutter, CardRow>("isFlutter"),
         role<&CardRow::services, CardRow>("services"),
+        role<&CardRow::failedServices, CardRow>("failedServices"),
     };
     return table;
 }

@@ -18,11 +18,12 @@ struct CardRow {
     QString tileLetter;
     bool isPinned = false;
     QString cardState;
-    QString message;
-    QStringList actions;
-    QString defaultAction;
+    QString message;       ///< of the first service that failed, also while others run
+    QStringList actions;   ///< those that would start something now
+    QString defaultAction; ///< of them; when there is none, the one that an idle project would have
     bool isFlutter = false;
-    QVariantList services; ///< of maps: kind, label, phase, port, address, portListening, key
+    QVariantList services;       ///< that run or start, of maps: kind, label, phase, port, address, portListening, key
+    QVariantList failedServices; ///< of maps: kind, label, message, action, key
 
     bool operator==(const CardRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<CardRow>>& roles();

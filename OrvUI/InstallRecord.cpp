@@ -1,10 +1,12 @@
 #include "OrvUI/InstallRecord.h"
 
+#include "OrvCore/CommandBuilder.h"
+#include "OrvCore/Paths.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
 
-#include <algorithm>
 #include <array>
 
 namespace orv {
@@ -13,56 +15,93 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What an install reads: after a change of one of them it has to run again.
-constexpr std::array manifests{
-    u"package.json", u"requirements.txt",  u"pyproject.toml", u"Gemfile",        u"composer.json", u"mix.exs",
-    u"pubspec.yaml", u"package-lock.json", u"yarn.lock",      u"pnpm-lock.yaml", u"poetry.lock",   u"uv.lock",
+struct ManifestFile {
+    const char16_t* name;
+    bool isLock = false;
 };
 
-using Commands = QMap<QString, qint64>;
+/// After a change of one of them the install has to run again.
+constexpr std::array manifestFiles{
+    ManifestFile{u"package.json"},      ManifestFile{u"requirements.txt"},
+    ManifestFile{u"pyproject.toml"},    ManifestFile{u"Gemfile"},
+    ManifestFile{u"composer.json"},     ManifestFile{u"mix.exs"},
+    ManifestFile{u"pubspec.yaml"},      ManifestFile{u"package-lock.json", true},
+    ManifestFile{u"yarn.lock", true},   ManifestFile{u"pnpm-lock.yaml", true},
+    ManifestFile{u"poetry.lock", true}, ManifestFile{u"uv.lock", true},
+};
 
-std::expected<Commands, QString> commands(const QJsonValue& value) {
-    if (!value.isObject()) {
-        return std::unexpected(u"an object"_s);
-    }
-    const QJsonObject json = value.toObject();
-    Commands found;
-    for (auto entry = json.begin(); entry != json.end(); ++entry) {
-        if (!entry->isDouble()) {
-            return std::unexpected(u"a number"_s);
-        }
-        found.insert(entry.key(), entry->toInteger());
-    }
-    return found;
-}
+using Commands = QMap<QString, Manifests>;
 
-QByteArray encode(const QMap<QString, Commands>& values) {
+template <typename Value>
+QJsonObject toJson(const QMap<QString, Value>& values, QJsonValue (*encoded)(const Value&)) {
     QJsonObject json;
-    for (auto folder = values.begin(); folder != values.end(); ++folder) {
-        QJsonObject ends;
-        for (auto command = folder->begin(); command != folder->end(); ++command) {
-            ends.insert(command.key(), command.value());
-        }
-        json.insert(folder.key(), ends);
+    for (auto entry = values.begin(); entry != values.end(); ++entry) {
+        json.insert(entry.key(), encoded(*entry));
     }
-    return QJsonDocument(json).toJson();
+    return json;
 }
 
-std::expected<QMap<QString, Commands>, QString> decode(const QByteArray& bytes) {
-    const QJsonDocument document = QJsonDocument::fromJson(bytes);
-    if (!document.isObject()) {
+using Problem = QString;
+
+template <typename Value>
+std::expected<QMap<QString, Value>, Problem> fromJson(
+    const QJsonValue& json, std::expected<Value, Problem> (*decoded)(const QJsonValue&)) {
+    if (!json.isObject()) {
         return std::unexpected(u"an object"_s);
     }
-    const QJsonObject json = document.object();
-    QMap<QString, Commands> values;
-    for (auto entry = json.begin(); entry != json.end(); ++entry) {
-        auto found = commands(*entry);
-        if (!found) {
-            return std::unexpected(found.error());
+    const QJsonObject object = json.toObject();
+    QMap<QString, Value> values;
+    for (auto entry = object.begin(); entry != object.end(); ++entry) {
+        std::expected<Value, Problem> value = decoded(*entry);
+        if (!value) {
+            return std::unexpected(value.error());
         }
-        values.insert(entry.key(), *found);
+        values.insert(entry.key(), *value);
     }
     return values;
+}
+
+QJsonValue encodeStamp(const ManifestStamp& stamp) {
+    return QJsonObject{{u"modified"_s, stamp.modified}, {u"size"_s, stamp.sizeBytes}};
+}
+QJsonValue encodeManifests(const Manifests& manifests) {
+    return toJson(manifests, encodeStamp);
+}
+QJsonValue encodeCommands(const Commands& commands) {
+    return toJson(commands, encodeManifests);
+}
+QByteArray encode(const QMap<QString, Commands>& values) {
+    return QJsonDocument(toJson(values, encodeCommands)).toJson();
+}
+
+std::expected<ManifestStamp, Problem> decodeStamp(const QJsonValue& json) {
+    const QJsonValue modified = json[u"modified"];
+    const QJsonValue size = json[u"size"];
+    if (!modified.isDouble() || !size.isDouble()) {
+        return std::unexpected(u"a time and a size"_s);
+    }
+    return ManifestStamp{modified.toInteger(), size.toInteger()};
+}
+std::expected<Manifests, Problem> decodeManifests(const QJsonValue& json) {
+    return fromJson(json, decodeStamp);
+}
+std::expected<Commands, Problem> decodeCommands(const QJsonValue& json) {
+    return fromJson(json, decodeManifests);
+}
+std::expected<QMap<QString, Commands>, Problem> decode(const QByteArray& bytes) {
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    return fromJson(document.isObject() ? QJsonValue(document.object()) : QJsonValue(), decodeCommands);
+}
+
+/// Those of one sort.
+void addStamps(const QString& directory, bool areLocks, Manifests& manifests) {
+    for (const ManifestFile& file : manifestFiles) {
+        const QString name = QString::fromUtf16(file.name);
+        const QFileInfo info(directory + u'/' + name);
+        if (file.isLock == areLocks && info.exists()) {
+            manifests[name] = {info.lastModified().toMSecsSinceEpoch(), info.size()};
+        }
+    }
 }
 
 } // namespace
@@ -70,24 +109,37 @@ std::expected<QMap<QString, Commands>, QString> decode(const QByteArray& bytes) 
 InstallRecord::InstallRecord(const QString& filePath)
     : m_file(filePath, {.encode = encode, .decode = decode, .fallback = [] { return Values(); }}) {}
 
-bool InstallRecord::covers(const QString& directory, const QString& installCommand) {
-    m_file.reload();
-    const qint64 never = -1;
-    const qint64 ended =
-        m_file.read([&](const Values& values) { return values.value(directory).value(installCommand, never); });
-    if (ended == never) {
-        return false;
-    }
-    return std::ranges::none_of(manifests, [&](const char16_t* name) {
-        const QFileInfo manifest(directory + u'/' + QString::fromUtf16(name));
-        return manifest.exists() && manifest.lastModified().toMSecsSinceEpoch() > ended;
-    });
+QString InstallRecord::defaultPath() {
+    return Paths::supportDirectory() + u"/installs.json"_s;
 }
 
-StoreResult InstallRecord::remember(const QString& directory, const QString& installCommand, const QDateTime& at) {
-    return m_file.change([directory, installCommand, ended = at.toMSecsSinceEpoch()](Values& values) {
+bool InstallRecord::isInstallNeeded(const ServiceTarget& target) {
+    return CommandBuilder::needsInstall(target) && !covers(target.directory, CommandBuilder::installBody(target));
+}
+
+Manifests InstallRecord::manifests(const QString& directory) {
+    Manifests found;
+    addStamps(directory, false, found);
+    addStamps(directory, true, found);
+    return found;
+}
+
+bool InstallRecord::covers(const QString& directory, const QString& installCommand) {
+    m_file.reload();
+    const auto recorded = m_file.read([&](const Values& values) -> std::optional<Manifests> {
+        const Commands commands = values.value(directory);
+        const auto found = commands.constFind(installCommand);
+        return found == commands.cend() ? std::nullopt : std::optional(*found);
+    });
+    return recorded == manifests(directory);
+}
+
+StoreResult InstallRecord::remember(const QString& directory, const QString& installCommand, const Manifests& before) {
+    Manifests made = before;
+    addStamps(directory, true, made);
+    return m_file.change([directory, installCommand, made](Values& values) {
         values.removeIf([](const auto& folder) { return !QDir(folder.key()).exists(); });
-        values[directory].insert(installCommand, ended);
+        values[directory].insert(installCommand, made);
     });
 }
 

@@ -7,23 +7,38 @@
 
 namespace orv {
 
+/// What an install reads, as it stood at some moment: by file name; those that are not there are left out.
+struct ManifestStamp {
+    qint64 modified = 0; ///< in milliseconds since 1970
+    qint64 sizeBytes = 0;
+
+    bool operator==(const ManifestStamp&) const = default;
+};
+using Manifests = QMap<QString, ManifestStamp>;
+
 /// "installs.json": installs that ended well and left nothing by which one could tell (a package.json without
 /// dependencies makes no node_modules; some tools keep their environments elsewhere). Without it the user would be
 /// asked again at every run. Safe on any thread; looks into the target's folder.
 class InstallRecord {
 public:
     explicit InstallRecord(const QString& filePath);
+    [[nodiscard]] static QString defaultPath(); ///< in the support folder
 
-    /// True when this very install of the folder ended well, here or in another process, and no manifest in the folder
-    /// was changed since.
+    /// True when its marker is missing and no such install is on record.
+    [[nodiscard]] bool isInstallNeeded(const ServiceTarget& target);
+    /// To be taken before an install begins: what is edited while it runs may have come too late for it.
+    [[nodiscard]] static Manifests manifests(const QString& directory);
+    /// True when this very install of the folder ended well, here or in another process, and its manifests are still
+    /// the ones that it was made from.
     [[nodiscard]] bool covers(const QString& directory, const QString& installCommand);
-    /// Also forgets the folders that are gone.
-    StoreResult remember(const QString& directory, const QString& installCommand, const QDateTime& at);
+    /// Lock files count as they are now, since it is the install that writes them. Also forgets the folders that are
+    /// gone.
+    StoreResult remember(const QString& directory, const QString& installCommand, const Manifests& before);
     StoreResult forget(const QString& directory, const QString& installCommand);
 
 private:
-    /// By folder, then by install command: when it ended, in milliseconds since 1970.
-    using Values = QMap<QString, QMap<QString, qint64>>;
+    /// By folder, then by install command.
+    using Values = QMap<QString, QMap<QString, Manifests>>;
 
     StoreFile<Values> m_file;
 };

@@ -48,6 +48,17 @@ QString title(DetailTab tab) {
     return QString::fromUtf16(tabTitles[static_cast<size_t>(tab)]);
 }
 
+QString stackLine(const Project& project) {
+    QStringList names;
+    for (const ServiceTarget& target : project.targets) {
+        const QString name = target.framework.value_or(title(target.kind));
+        if (!names.contains(name)) {
+            names.append(name);
+        }
+    }
+    return names.join(u" + "_s);
+}
+
 QString title(ProjectFilter filter) {
     return filterRows[static_cast<size_t>(filter)].title.toString();
 }

@@ -37,6 +37,9 @@ struct AppSheet {
     bool operator==(const AppSheet&) const = default;
 };
 
+/// Whether the application has an icon in the Dock, or lives in the menu bar only.
+enum class ActivationPolicy { regular, accessory };
+
 /// A transient line; two messages with one text are still two.
 struct StatusMessage {
     QUuid id = QUuid::createUuid();
@@ -52,6 +55,9 @@ struct ModalContent {
 
     bool operator==(const ModalContent&) const = default;
 };
+
+/// "Next.js + FastAPI": what a project is made of, each once; what is unknown is called by its kind.
+[[nodiscard]] QString stackLine(const Project& project);
 
 /// The sidebar's filter.
 enum class ProjectFilter { all, pinned, running, fullStack, flutter };

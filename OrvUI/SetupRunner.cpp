@@ -9,6 +9,10 @@ namespace orv {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
+namespace {
+constexpr QStringView stoppedReason = u"Stopped.";
+} // namespace
+
 SetupRunner::SetupRunner(Parts parts, QList<Step> steps, std::optional<QString> override, QObject* parent)
     : QObject(parent),
       m_processes(parts.processes),
@@ -46,38 +50,44 @@ void SetupRunner::next() {
     struct Need {
         bool isInstallNeeded;
         QString installBody;
+        Manifests manifests;
     };
     // An earlier step may have installed for this one too: a workspace does.
     const auto look = [target = m_steps[m_index].target, installs = m_installs] {
-        QString body = CommandBuilder::installBody(target);
-        const bool isNeeded = CommandBuilder::needsInstall(target) && !installs->covers(target.directory, body);
-        return Need{isNeeded, std::move(body)};
+        return Need{
+            installs->isInstallNeeded(target), CommandBuilder::installBody(target),
+            InstallRecord::manifests(target.directory)};
     };
     onFinished(runIn(m_pool, look), this, [this](const Need& need) {
         if (m_isStopped) {
-            end(ServiceState::stopped());
+            fail(stoppedReason.toString());
         } else if (need.isInstallNeeded) {
-            launch(need.installBody);
+            m_installBody = need.installBody;
+            m_manifests = need.manifests;
+            launch();
         } else {
             advance();
         }
     });
 }
 
-void SetupRunner::launch(const QString& installBody) {
+void SetupRunner::launch() {
     const Step& step = m_steps[m_index];
+    if (m_isStopped) {
+        fail(stoppedReason.toString());
+        return;
+    }
     if (m_processes.state(step.id).isActive()) {
         // What a cancelled session left behind and is still on its way out.
-        onFinished(m_processes.stop(step.id), this, [this, installBody] {
-            QTimer::singleShot(m_timer.interval(), this, [this, installBody] { launch(installBody); });
+        onFinished(m_processes.stop(step.id), this, [this] {
+            QTimer::singleShot(m_timer.interval(), this, &SetupRunner::launch);
         });
         return;
     }
-    m_installBody = installBody;
     ServiceTarget install = step.target;
     install.port.reset();
     install.command =
-        u"cd "_s + CommandBuilder::quote(install.directory) + u" && "_s + m_override.value_or(installBody);
+        u"cd "_s + CommandBuilder::quote(install.directory) + u" && "_s + m_override.value_or(m_installBody);
     m_processes.start(install, step.id.projectID);
     m_timer.start();
 }
@@ -94,11 +104,12 @@ void SetupRunner::end(const ServiceState& state) {
     const Step& step = m_steps[m_index];
     const bool isStopped = m_isStopped || m_processes.wasUserStopped(step.id);
     const bool isDone = !isStopped && state.phase == ServiceState::Phase::stopped;
-    const auto settle = [target = step.target, body = m_installBody, installs = m_installs, isDone] {
+    const auto settle = [target = step.target, body = m_installBody, before = m_manifests, installs = m_installs,
+                         isDone] {
         if (!isDone) {
             (void)installs->forget(target.directory, body);
         } else if (CommandBuilder::needsInstall(target)) {
-            (void)installs->remember(target.directory, body, QDateTime::currentDateTimeUtc());
+            (void)installs->remember(target.directory, body, before);
         }
     };
     onFinished(runIn(m_pool, settle), this, [this, isDone, isStopped, state] {
@@ -106,9 +117,13 @@ void SetupRunner::end(const ServiceState& state) {
             advance();
             return;
         }
-        Q_EMIT stepChanged(m_index, SetupStep::Status::failed);
-        Q_EMIT finished(isStopped ? u"Stopped."_s : state.message);
+        fail(isStopped ? stoppedReason.toString() : state.message);
     });
+}
+
+void SetupRunner::fail(const QString& reason) {
+    Q_EMIT stepChanged(m_index, SetupStep::Status::failed);
+    Q_EMIT finished(reason);
 }
 
 void SetupRunner::advance() {

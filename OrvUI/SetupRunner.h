@@ -28,7 +28,7 @@ public:
     SetupRunner(Parts parts, QList<Step> steps, std::optional<QString> override, QObject* parent);
 
     void start();
-    /// Stops the install that runs; `finished` follows when it is gone.
+    /// Stops the install that runs, and begins no other; `finished` follows when it is gone.
     void stop();
     /// The service of the step that runs, or failed.
     [[nodiscard]] std::optional<ServiceID> currentStep() const;
@@ -40,10 +40,11 @@ Q_SIGNALS:
 
 private:
     void next();
-    void launch(const QString& installBody);
+    void launch();
     void poll();
     void end(const ServiceState& state);
     void advance();
+    void fail(const QString& reason);
 
     ProcessManager& m_processes;
     const std::shared_ptr<InstallRecord> m_installs;
@@ -52,6 +53,7 @@ private:
     const std::optional<QString> m_override;
     qsizetype m_index = 0;
     QString m_installBody; ///< of the step that runs, without an override
+    Manifests m_manifests; ///< as they stood before it began
     bool m_isStopped = false;
     QTimer m_timer;
 };

@@ -74,11 +74,14 @@ TEST_F(AppModelTest, RunsWhatAUrlNames) {
 TEST_F(AppModelTest, PublishesWhatTheWidgetsShow) {
     addInstalled(u"b/web"_s, "vite", up(3000));
     addInstalled(u"b/api"_s, "express", up(8000));
-    addInstalled(u"B2"_s, "express", up(8001));
+    // Its last lines are still on their way when its processes are gone.
+    const QByteArray chatty = "echo Local: http://localhost:8001/\nl=$(head -c 1500 /dev/zero | tr '\\0' x)\n"
+                              "while :; do echo $l; done\n";
+    addInstalled(u"B2"_s, "express", chatty);
     addInstalled(u"a"_s, "express", "echo no port yet; exec sleep 100\n");
     scan();
     int reloads = 0;
-    model->reloadWidgets = [&] { ++reloads; };
+    model->setReloadWidgets([&] { ++reloads; });
     const Project b = project(u"b"_s);
     const Project big = project(u"B2"_s);
     for (const Project& started : {b, big, project(u"a"_s)}) {
@@ -104,13 +107,55 @@ TEST_F(AppModelTest, PublishesWhatTheWidgetsShow) {
     EXPECT_EQ(shown->openTaskCount, 1);
 
     ASSERT_TRUE(finishes(model->stopAllServices()));
-    ASSERT_TRUE(waitFor([&] { return model->menuBarTitle().isEmpty(); }));
+    EXPECT_EQ(model->menuBarTitle(), QString());
     EXPECT_EQ(snapshot()->running.size(), 0);
     ASSERT_TRUE(waitFor([&] { return reloads > 0; }));
     const int before = reloads;
     model->publishSnapshot();
     model->flushSnapshot();
     EXPECT_EQ(reloads, before) << "the same again is not written";
+}
+
+TEST_F(AppModelTest, AsksTheShellForTheDockIconThatTheSettingsWant) {
+    model->applyDockIconPolicy(); // on a platform that has none
+    QList<ActivationPolicy> policies;
+    model->setActivationPolicy = [&](ActivationPolicy policy) { policies.append(policy); };
+    model->applyDockIconPolicy();
+    model->settings().change([](AppSettings& settings) { settings.showDockIcon = false; });
+    model->applyDockIconPolicy();
+    EXPECT_THAT(policies, ElementsAre(ActivationPolicy::regular, ActivationPolicy::accessory));
+}
+
+TEST_F(AppModelTest, TellsOfChangesOnly) {
+    int told = 0;
+    const auto count = [&] { ++told; };
+    QObject::connect(model.get(), &AppModel::pageChanged, model.get(), count);
+    QObject::connect(model.get(), &AppModel::sheetChanged, model.get(), count);
+    QObject::connect(model.get(), &AppModel::modalChanged, model.get(), count);
+    QObject::connect(model.get(), &AppModel::detailTabChanged, model.get(), count);
+    QObject::connect(model.get(), &AppModel::aiPanelProjectIDChanged, model.get(), count);
+    QObject::connect(model.get(), &AppModel::showOnlyUncommittedChanged, model.get(), count);
+    QObject::connect(model.get(), &AppModel::refreshTokenChanged, model.get(), count);
+    const struct {
+        const char* label;
+        std::function<void()> change;
+        int again; ///< how often the second time is told
+    } cases[] = {
+        {"page", [&] { model->setPage({AppPage::Kind::project, u"/p"_s}); }, 0},
+        {"sheet", [&] { model->setSheet(AppSheet{AppSheet::Kind::widgetsHowTo}); }, 0},
+        {"modal", [&] { model->setModal(ModalContent{u"title"_s, u"body"_s}); }, 0},
+        {"tab", [&] { model->setDetailTab(DetailTab::logs); }, 0},
+        {"agent panel", [&] { model->setAiPanelProjectID(u"/p"_s); }, 0},
+        {"uncommitted", [&] { model->setShowOnlyUncommitted(true); }, 0},
+        {"reload", [&] { model->reloadViews(); }, 1},
+    };
+    for (const auto& [label, change, again] : cases) {
+        told = 0;
+        change();
+        EXPECT_EQ(told, 1) << label;
+        change();
+        EXPECT_EQ(told, 1 + again) << label;
+    }
 }
 
 TEST_F(AppModelTest, NoticesWhatAnotherProcessWrites) {

@@ -87,13 +87,22 @@ TEST_F(HomeModelsTest, FollowAProjectThroughItsLife) {
         u"All Projects|layout-grid|2; Pinned|pin|1; Running|circle-play|1; Full-stack|layers-2|1; Flutter|smartphone|0"_s);
     EXPECT_EQ(model->summaryLine(), u"1 service running · 1 open task"_s);
     QList<QUrl> opened;
-    model->openUrl = [&](const QUrl& url) { opened.append(url); };
+    model->openUrl = [&](const QUrl& url) {
+        opened.append(url);
+        return true;
+    };
     model->openServiceByKey(web[u"key"_s].toString());
     EXPECT_TRUE(waitFor([&] { return !opened.isEmpty(); }));
 
     tree.add(u"projects/shop/web/stop"_s);
     const QString failed = u"Exited with code 4: broken"_s;
     ASSERT_TRUE(cardsBecome(u"blog|idle|; shop|starting|"_s + failed)) << "its back end is still there";
+    EXPECT_EQ(text(*model->cards(), {"actions", "defaultAction"}), u"Frontend|Frontend; Frontend|Frontend"_s)
+        << "what failed can be run again";
+    const QVariantMap broken = value(*model->cards(), 1, "failedServices").toList().value(0).toMap();
+    EXPECT_EQ(broken[u"message"_s], failed);
+    EXPECT_EQ(broken[u"action"_s], u"Frontend"_s);
+    EXPECT_EQ(value(*model->cards(), 1, "services").toList().size(), 1);
     model->stopProject(shopID);
     ASSERT_TRUE(cardsBecome(u"blog|idle|; shop|failed|"_s + failed));
     EXPECT_EQ(model->running()->rowCount(), 0);

@@ -57,6 +57,8 @@ void ModelFixture::addScript(const QString& folder, const QString& name, const Q
 }
 
 void ModelFixture::scan() {
+    // One that runs already may have passed what was added since.
+    ASSERT_TRUE(waitFor([&] { return !model->isScanning(); }));
     ASSERT_TRUE(finishes(model->refresh()));
 }
 

@@ -41,6 +41,16 @@ TEST(RunAction, IsOfferedByTheKindsOfAProject) {
     }
 }
 
+TEST(StackLine, NamesEachStackOnce) {
+    const auto target = [](ServiceKind kind, const std::optional<QString>& framework) {
+        return ServiceTarget{kind, u"/p"_s, framework, {}, {}};
+    };
+    using enum ServiceKind;
+    const Project project{
+        {}, {}, {}, {target(backend, u"Node"_s), target(frontend, u"Node"_s), target(docker, {}), target(docker, {})}};
+    EXPECT_EQ(stackLine(project), u"Node + Docker"_s);
+}
+
 TEST(FlutterDevices, AreThoseWithAnIdAndAName) {
     const struct {
         const char* label;

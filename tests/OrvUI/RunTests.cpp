@@ -1,5 +1,7 @@
 #include "tests/OrvUI/ModelFixture.h"
 
+#include <QFile>
+
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -75,7 +77,7 @@ TEST_F(RunTest, WaitsForWhatIsStillStopping) {
     ASSERT_TRUE(waitFor([&] { return starts() == 1; }));
     const auto first = pid(ServiceKind::backend);
     const auto web = pid(ServiceKind::frontend);
-    ASSERT_TRUE(finishes(model->restart(shop, {ServiceKind::backend})));
+    ASSERT_TRUE(finishes(model->restart(shop, {id(shop, ServiceKind::backend)})));
     EXPECT_TRUE(waitFor([&] { return starts() == 2; }));
     const auto second = pid(ServiceKind::backend);
     EXPECT_NE(second, first);
@@ -84,6 +86,80 @@ TEST_F(RunTest, WaitsForWhatIsStillStopping) {
     ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::backend})));
     EXPECT_TRUE(waitFor([&] { return starts() == 3; })) << "a run during a stop";
     EXPECT_NE(pid(ServiceKind::backend), second);
+
+    const ServiceID api = id(shop, ServiceKind::backend);
+    const QFuture<void> restart = model->restart(shop, {api});
+    ASSERT_TRUE(finishes(model->stopService(api)));
+    ASSERT_TRUE(finishes(restart));
+    EXPECT_EQ(state(shop, ServiceKind::backend).phase, Phase::stopped) << "it was stopped while its restart waited";
+}
+
+TEST_F(RunTest, RestartsWhatRunsAsItWas) {
+    addInstalled(u"shop/admin"_s, "vite", up(3001));
+    tree.add(u"projects/pocket/pubspec.yaml"_s, "name: pocket\nflutter:\n");
+    tree.add(u"projects/pocket/.dart_tool/"_s);
+    addScript(u"pocket"_s, u"flutter-run.sh"_s, "echo args: $*; echo args: $* >>args.txt; exec sleep 100\n");
+    scan();
+    const Project shop = project(u"shop"_s);
+    const Project pocket = project(u"pocket"_s);
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    ASSERT_TRUE(finishes(model->run(pocket, {ServiceKind::flutter}, u"emulator-5554"_s)));
+    ASSERT_TRUE(waitFor([&] { return model->runningCount() == 2; }));
+    const ServiceID admin = id(shop, ServiceKind::frontend);
+    ASSERT_TRUE(admin.directory.endsWith(u"/admin"));
+    ASSERT_TRUE(finishes(model->stopService(admin)));
+
+    const auto args = [&] { return readFile(root + u"/pocket/args.txt"_s); };
+    ASSERT_TRUE(waitFor([&] { return args().count('\n') == 1; }));
+    for (const Project& restarted : {shop, pocket}) {
+        model->restartProject(restarted.id);
+    }
+    EXPECT_TRUE(waitFor([&] { return args().count('\n') == 2 && model->runningCount() == 1; }));
+    EXPECT_EQ(args(), "args: run -d emulator-5554\nargs: run -d emulator-5554\n");
+    EXPECT_EQ(model->processes().state(admin).phase, Phase::stopped) << "the other front end did not run";
+}
+
+TEST_F(RunTest, WaitsForAStackToBeDown) {
+    const QString docker = tree.add(
+        u"bin/docker"_s, "#!/bin/sh\necho $2 >>seen.txt\n[ $2 = up ] && exec sleep 100\n"
+                         "while [ ! -e go ]; do sleep 0.02; done; echo down >>seen.txt; rm go\n");
+    QFile::setPermissions(docker, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    tree.add(u"projects/stack/compose.yaml"_s, "services: {}\n");
+    scan();
+    const Project stack = project(u"stack"_s);
+    const auto seen = [&] { return readFile(root + u"/stack/seen.txt"_s).simplified(); };
+    ASSERT_TRUE(finishes(model->run(stack, {ServiceKind::docker})));
+    const struct {
+        const char* label;
+        std::function<QFuture<void>()> act;
+        QByteArray seen;
+    } cases[] = {
+        {"a restart", [&] { return model->restart(stack, {id(stack, ServiceKind::docker)}); }, "up stop down up"},
+        {"a run after a stop",
+         [&] {
+             model->stop(stack);
+             return model->run(stack, {ServiceKind::docker});
+         },
+         "up stop down up stop down up"},
+        {"a stop of everything after a stop",
+         [&] {
+             model->stop(stack);
+             EXPECT_TRUE(waitForPhase(stack, ServiceKind::docker, Phase::stopped));
+             return model->stopAllServices();
+         },
+         "up stop down up stop down up stop down"},
+    };
+    for (const auto& [label, act, expected] : cases) {
+        ASSERT_TRUE(waitFor([&] { return seen().endsWith("up"); })) << label;
+        const QFuture<void> end = act();
+        ASSERT_TRUE(waitFor([&] { return seen().endsWith("stop"); })) << label;
+        ASSERT_TRUE(waitForPhase(stack, ServiceKind::docker, Phase::stopped))
+            << label << ": what brought it up is gone";
+        EXPECT_FALSE(end.isFinished()) << label;
+        tree.add(u"projects/stack/go"_s);
+        ASSERT_TRUE(finishes(end)) << label;
+        EXPECT_TRUE(waitFor([&] { return seen() == expected; })) << label << ": " << seen().constData();
+    }
 }
 
 TEST_F(RunTest, GivesTheDeviceToFlutterAlone) {
@@ -119,30 +195,68 @@ TEST_F(RunTest, ListsDevicesWithoutTheToolsComplaints) {
 }
 
 TEST_F(RunTest, OpensThePortThatReallyListens) {
-    addScript(
-        u"shop/web"_s, u"npm-run.sh"_s,
-        "exec python3 -c \"import os, socket, time\n"
-        "listener = socket.create_server(('127.0.0.1', 0))\n"
-        "print('Local: http://localhost:5173/', flush=True)\n"
-        "while not os.path.exists('go'): time.sleep(0.01)\n"
-        "print('Port 5173 is in use, trying http://localhost:%d/' % listener.getsockname()[1], flush=True)\n"
-        "time.sleep(100)\"\n");
+    const QByteArray server = "exec python3 -c \"import os, socket, time\n"
+                              "def await_file(name):\n"
+                              "    while not os.path.exists(name): time.sleep(0.01)\n"
+                              "print('%s', flush=True)\n"
+                              "await_file('listen')\n"
+                              "listeners = [socket.create_server(('127.0.0.1', 0)) for i in range(2)]\n"
+                              "await_file('say')\n"
+                              "last = max(listener.getsockname()[1] for listener in listeners)\n"
+                              "print('trying http://localhost:%%d/' %% last, flush=True)\n"
+                              "time.sleep(100)\"\n";
+    const struct {
+        QString name;
+        const char* firstLine;
+        std::optional<int> announced;
+    } cases[] = {
+        {u"taken"_s, "Local: http://localhost:5173/", 5173},
+        {u"silent"_s, "ready", {}},
+    };
+    for (const auto& [name, firstLine, announced] : cases) {
+        addInstalled(name, "vite", QByteArray(server).replace("%s", firstLine).replace("%%", "%"));
+    }
     scan();
-    const Project shop = project(u"shop"_s);
-    const ServiceID web = id(shop, ServiceKind::frontend);
-    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
-    ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
-    tree.add(u"projects/shop/web/go"_s);
-    ASSERT_TRUE(waitFor([&] { return model->processes().log(web).size() == 2; }));
-    const QString listening = model->processes().log(web).at(1).section(u':', -1).chopped(1);
+    for (const auto& [name, firstLine, announced] : cases) {
+        const Project served = project(name);
+        const ServiceID web = id(served, ServiceKind::frontend);
+        const QString label = name + u": "_s;
+        const auto shown = [&] {
+            const int row = name == u"silent" ? 1 : 2; // behind "shop"
+            const auto* cards = model->cards();
+            const QModelIndex card = cards->index(row, 0);
+            const auto services = card.data(cards->roleNames().key("services")).toList();
+            const QVariantMap service = services.isEmpty() ? QVariantMap() : services[0].toMap();
+            return service[u"address"_s].toString() + (service[u"portListening"_s].toBool() ? u" up"_s : u" not up"_s);
+        };
+        const auto becomes = [&](const QString& text) {
+            return waitFor([&] { return shown() == text; }) ||
+                   (ADD_FAILURE() << (label + shown()).toStdString(), false);
+        };
+        ASSERT_TRUE(finishes(model->run(served, {ServiceKind::frontend})));
+        ASSERT_TRUE(becomes(announced ? u"localhost:%1 not up"_s.arg(*announced) : u" up"_s));
+        tree.add(u"projects/"_s + name + u"/listen"_s);
+        ASSERT_TRUE(waitFor([&] { return model->processes().listeningPorts(web).size() == 2; }));
+        const QList<int> ports = model->processes().listeningPorts(web);
+        ASSERT_TRUE(becomes(u"localhost:%1 up"_s.arg(ports.first())));
+        tree.add(u"projects/"_s + name + u"/say"_s);
+        ASSERT_TRUE(becomes(u"localhost:%1 up"_s.arg(ports.last()))) << "the one that was named last";
+        EXPECT_EQ(state(served, ServiceKind::frontend).port, announced ? announced : ports.last());
 
-    QList<QUrl> opened;
-    model->openUrl = [&](const QUrl& url) { opened.append(url); };
-    ASSERT_TRUE(finishes(model->openAddress(web)));
-    EXPECT_THAT(opened, ElementsAre(QUrl(u"http://localhost:"_s + listening)));
-    EXPECT_EQ(model->addressPort(web), listening.toInt());
-    EXPECT_EQ(state(shop, ServiceKind::frontend).port, 5173) << "what was announced stays as it was";
-    EXPECT_FALSE(model->isAnnouncedPortListening(web));
-    const auto shown = [&] { return model->running()->index(0, 0).data(Qt::UserRole + 4).toString(); };
-    EXPECT_TRUE(waitFor([&] { return shown() == u"localhost:"_s + listening; })) << shown().toStdString();
+        QList<QUrl> opened;
+        model->openUrl = [&](const QUrl& url) {
+            opened.append(url);
+            return opened.size() == 1;
+        };
+        QString said;
+        const QObject scope;
+        QObject::connect(model.get(), &AppModel::statusMessageChanged, &scope, [&] { said += model->statusText(); });
+        ASSERT_TRUE(finishes(model->openAddress(web)));
+        EXPECT_EQ(said, QString());
+        ASSERT_TRUE(finishes(model->openAddress(web)));
+        const QUrl url(u"http://localhost:%1"_s.arg(ports.last()));
+        EXPECT_THAT(opened, ElementsAre(url, url));
+        EXPECT_EQ(said, u"Could not open %1: no browser was found."_s.arg(url.toString()));
+        ASSERT_TRUE(finishes(model->stop(served)));
+    }
 }

@@ -48,7 +48,7 @@ TEST_F(SetupTest, InstallsWhatIsMissingThenRunsEverything) {
     scan();
     const Project shop = project(u"shop"_s);
     int raised = 0;
-    model->openMainWindowAction = [&] { ++raised; };
+    model->setOpenMainWindowAction([&] { ++raised; });
     ASSERT_TRUE(finishes(model->run(shop, kinds(RunAction::both))));
     EXPECT_EQ(session(), u"confirm; Frontend `cd web && npm install` pending"_s);
     EXPECT_EQ(raised, 1);
@@ -123,6 +123,51 @@ TEST_F(SetupTest, EndsWhenItIsStoppedOrCancelled) {
     }
 }
 
+TEST_F(SetupTest, StartsNothingWhenItIsStoppedBetweenItsSteps) {
+    QDir(root + u"/shop/api/node_modules"_s).removeRecursively();
+    scan();
+    const Project shop = project(u"shop"_s);
+    const QString first = u"running; Backend `cd api && npm install` done; Frontend `cd web && npm install` pending"_s;
+    const QString last = QString(first).replace(u"pending"_s, u"done"_s);
+    const QString failed =
+        QString(first).replace(u"pending"_s, u"failed"_s).replace(u"running"_s, u"failed: Stopped."_s);
+    const struct {
+        const char* label;
+        QString when;
+        std::function<void()> stop;
+        QString session;
+        int installs; ///< of the second step
+    } cases[] = {
+        {"the project, before the second step", first, [&] { model->stop(shop); }, failed, 0},
+        {"everything, before the second step", first, [&] { model->stopAllServices(); }, failed, 0},
+        {"the project, before the services", last, [&] { model->stop(shop); }, u"none"_s, 1},
+        {"everything, before the services", last, [&] { model->stopAllServices(); }, u"none"_s, 1},
+        {"the project, while it is looked up again", last,
+         [&] { QMetaObject::invokeMethod(model.get(), [&] { model->stop(shop); }, Qt::QueuedConnection); }, u"none"_s,
+         1},
+        {"cancelled before the services", last, [&] { model->cancelInstall(); }, u"none"_s, 1},
+        {"toggled before the services", last, [&] { model->toggleRun(shop); }, u"none"_s, 1},
+    };
+    for (const auto& [label, when, stop, expected, count] : cases) {
+        for (const QString& folder : {u"/shop/api"_s, u"/shop/web"_s}) {
+            QDir(root + folder + u"/node_modules"_s).removeRecursively();
+            QFile::remove(root + folder + u"/installed.txt"_s);
+        }
+        ASSERT_TRUE(finishes(model->run(shop, kinds(RunAction::both)))) << label;
+        const QObject scope;
+        QObject::connect(
+            model.get(), &AppModel::setupChanged, &scope, [this, when, stop] { session() == when ? stop() : void(); });
+        ASSERT_TRUE(finishes(model->confirmInstall())) << label;
+        EXPECT_EQ(session(), expected) << label;
+        EXPECT_EQ(installs(u"shop/web"_s).count(u"installing"_s), count) << label;
+        // Whatever was still to come would be there before this.
+        ASSERT_TRUE(finishes(model->refresh())) << label;
+        EXPECT_FALSE(state(shop, ServiceKind::backend).isActive()) << label;
+        EXPECT_FALSE(state(shop, ServiceKind::frontend).isActive()) << label;
+        model->cancelInstall();
+    }
+}
+
 TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
     addScript(u"shop/web"_s, u"npm-install.sh"_s, "exec sleep 100\n");
     addNode(u"other"_s, "vite", up(4001));
@@ -149,11 +194,26 @@ TEST_F(SetupTest, UsesTheCommandThatWasTyped) {
 }
 
 TEST_F(SetupTest, AsksOnceForAnInstallThatLeavesNoMarker) {
-    addScript(u"shop/web"_s, u"npm-install.sh"_s, "echo installing >>installed.txt\n");
+    const QString manifest = root + u"/shop/web/package.json"_s;
+    const auto edit = [&](int secondsFromNow) {
+        QFile file(manifest);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        file.setFileTime(QDateTime::currentDateTime().addSecs(secondsFromNow), QFileDevice::FileModificationTime);
+    };
+    const QByteArray lock = "echo installing >>installed.txt; echo $$ >package-lock.json\n";
+    addScript(u"shop/web"_s, u"npm-install.sh"_s, lock);
+    edit(3600);
     install(u"shop"_s, {ServiceKind::frontend}, u"  "_s);
     EXPECT_EQ(installs(u"shop/web"_s), u"installing"_s) << "a blank command is none";
     const Project shop = project(u"shop"_s);
     EXPECT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
+    const auto installWhileEdited = [&] {
+        addScript(u"shop/web"_s, u"npm-install.sh"_s, lock + "echo ' ' >>package.json\n");
+        ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+        ASSERT_TRUE(finishes(model->confirmInstall()));
+        EXPECT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running)) << "for this time it counts";
+        ASSERT_TRUE(finishes(model->stopAllServices()));
+    };
     const struct {
         const char* label;
         std::function<void()> before;
@@ -161,19 +221,15 @@ TEST_F(SetupTest, AsksOnceForAnInstallThatLeavesNoMarker) {
     } cases[] = {
         {"the next run", [] {}, false},
         {"another start of the application", [this] { makeModel(); }, false},
-        {"the manifest was changed",
-         [this] {
-             QFile manifest(root + u"/shop/web/package.json"_s);
-             ASSERT_TRUE(manifest.open(QIODevice::ReadWrite));
-             manifest.setFileTime(QDateTime::currentDateTime().addSecs(5), QFileDevice::FileModificationTime);
-         },
-         true},
+        {"the manifest was changed, and the clock is wrong", [&] { edit(-3600); }, true},
+        {"the manifest was changed while it was being installed", installWhileEdited, true},
     };
     for (const auto& [label, before, asks] : cases) {
         ASSERT_TRUE(finishes(model->stopAllServices())) << label;
         before();
         ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend}))) << label;
         EXPECT_EQ(model->setup().has_value(), asks) << label;
+        model->cancelInstall();
     }
 }
 
@@ -203,4 +259,11 @@ TEST_F(SetupTest, RunsTheProjectAsItIsAfterTheInstall) {
     QObject::connect(model.get(), &AppModel::statusMessageChanged, model.get(), [&] { said += model->statusText(); });
     install(u"gone"_s, {ServiceKind::frontend}, u"rm package.json"_s);
     EXPECT_EQ(said, u"gone is gone from your projects folder."_s);
+    EXPECT_EQ(session(), u"none"_s);
+
+    addNode(u"grows"_s, "vite", up(4002));
+    const QByteArray manifest = readFile(root + u"/grows/package.json"_s);
+    tree.add(u"projects/grows/other"_s, manifest);
+    install(u"grows"_s, {ServiceKind::frontend}, u"mkdir -p node_modules admin && cp other admin/package.json"_s);
+    EXPECT_EQ(session(), u"confirm; Frontend `cd admin && npm install` pending"_s) << "what came with the install";
 }

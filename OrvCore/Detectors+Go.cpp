@@ -62,7 +62,7 @@ bool declaresMain(QByteArrayView source) {
            (name.size() == 4 || endsWord(name[4]));
 }
 
-bool isMainPackage(const FolderReader& files) {
+bool isMainPackage(FolderReader& files) {
     return std::ranges::any_of(files.namesEndingIn(".go"), [&](const std::string& name) {
         if (name.ends_with("_test.go") || name.starts_with('_') || name.starts_with('.')) {
             return false;
@@ -73,7 +73,7 @@ bool isMainPackage(const FolderReader& files) {
 }
 
 /// The first folder under "cmd/" that holds a main package; empty when none does.
-QString firstCommand(const FolderReader& files) {
+QString firstCommand(FolderReader& files) {
     FolderReader commands;
     FolderReader command;
     if (!files.exists("cmd") || !commands.openAt(files.descriptor(), "cmd")) {

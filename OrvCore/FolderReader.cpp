@@ -50,18 +50,6 @@ FolderReader::Type typeOf(unsigned char listed) {
     }
 }
 
-/// A regular file, open; a pipe or a device is not waited for and not touched further.
-UniqueFd openRegular(int folder, std::string_view name, qint64* size) {
-    const std::string path(name);
-    UniqueFd fd(openRetrying(folder, path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat status{};
-    if (!fd.isValid() || ::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return {};
-    }
-    *size = status.st_size;
-    return fd;
-}
-
 /// Up to `limit` bytes; absent on an error.
 std::optional<QByteArray> readUpTo(int fd, qint64 limit) {
     QByteArray bytes(limit, Qt::Uninitialized);
@@ -98,28 +86,54 @@ QByteArray asUtf8(QByteArray bytes) {
 } // namespace
 
 bool FolderReader::open(const QString& path) {
-    return openDescriptor(UniqueFd(openRetrying(AT_FDCWD, QFile::encodeName(path).constData(), folderFlags)));
+    return take(UniqueFd(openRetrying(AT_FDCWD, QFile::encodeName(path).constData(), folderFlags)));
 }
 
 bool FolderReader::openAt(int parent, const char* name) {
-    return openDescriptor(UniqueFd(openRetrying(parent, name, folderFlags | O_NOFOLLOW)));
+    return take(UniqueFd(openRetrying(parent, name, folderFlags | O_NOFOLLOW)));
 }
 
-bool FolderReader::openDescriptor(UniqueFd folder) {
+bool FolderReader::take(UniqueFd folder) {
+    const int code = errno;
     m_fd = std::move(folder);
+    clear();
+    m_error = m_fd.isValid() ? 0 : code;
+    if (m_fd.isValid()) {
+        errno = 0;
+        if (list()) {
+            m_ranOut = false;
+            return true;
+        }
+        m_error = errno;
+    }
+    m_ranOut = isRunningOut(m_error);
+    m_fd.reset();
+    clear();
+    return false;
+}
+
+void FolderReader::clear() {
     m_names.clear();
     m_entries.clear();
     m_filter.reset();
     m_textName.clear();
     m_text.reset();
-    if (m_fd.isValid() && list()) {
-        return true;
+}
+
+bool FolderReader::isRunningOut(int code) {
+    return code == EMFILE || code == ENFILE || code == ENOMEM;
+}
+
+UniqueFd FolderReader::openRegular(std::string_view name, qint64* size) {
+    const std::string path(name);
+    UniqueFd fd(openRetrying(m_fd.get(), path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    m_ranOut = m_ranOut || (!fd.isValid() && isRunningOut(errno));
+    struct stat status{};
+    if (!fd.isValid() || ::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return {};
     }
-    m_fd.reset();
-    m_names.clear();
-    m_entries.clear();
-    m_filter.reset();
-    return false;
+    *size = status.st_size;
+    return fd;
 }
 
 #ifdef Q_OS_LINUX
@@ -237,7 +251,7 @@ std::optional<QByteArray> FolderReader::text(std::string_view name) {
     m_textName = name;
     m_text.reset();
     qint64 size = 0;
-    const UniqueFd fd = openRegular(m_fd.get(), name, &size);
+    const UniqueFd fd = openRegular(name, &size);
     if (!fd.isValid() || size > textLimitBytes) {
         return std::nullopt;
     }
@@ -247,9 +261,9 @@ std::optional<QByteArray> FolderReader::text(std::string_view name) {
     return m_text;
 }
 
-std::optional<QByteArray> FolderReader::prefix(std::string_view name, qint64 bytes) const {
+std::optional<QByteArray> FolderReader::prefix(std::string_view name, qint64 bytes) {
     qint64 size = 0;
-    const UniqueFd fd = openRegular(m_fd.get(), name, &size);
+    const UniqueFd fd = openRegular(name, &size);
     return fd.isValid() ? readUpTo(fd.get(), std::min(size, bytes)) : std::nullopt;
 }
 

@@ -32,17 +32,21 @@ public:
         Type type = Type::unknown; ///< a link's own type, not its target's
     };
 
-    /// False when the folder can't be listed; the reader is then empty.
+    /// False when the folder can't be listed; the reader is then empty, and `error` says why.
     bool open(const QString& path);
-    /// The same for a folder inside an open one; a symbolic link is not followed.
+    /// The same for a path below an open folder; a symbolic link at its end is not followed.
     bool openAt(int parent, const char* name);
-    /// Takes over an open folder.
-    bool openDescriptor(UniqueFd folder);
     /// Stops listing early, with an empty result, as soon as it says true; asked once every few hundred entries.
     void setInterrupt(std::function<bool()> interrupted) { m_interrupted = std::move(interrupted); }
 
     [[nodiscard]] int descriptor() const { return m_fd.get(); }
-    [[nodiscard]] UniqueFd takeDescriptor() { return std::move(m_fd); }
+    /// The errno of the last opening; 0 when it went well.
+    [[nodiscard]] int error() const { return m_error; }
+    /// The system had no descriptor or no memory left for the folder, or for a file in it: what the reader says about
+    /// it may be wrong, and right with another try.
+    [[nodiscard]] bool ranOut() const { return m_ranOut; }
+    /// Whether an errno is of that kind.
+    [[nodiscard]] static bool isRunningOut(int code);
 
     [[nodiscard]] const std::vector<Entry>& entries() const { return m_entries; }
     [[nodiscard]] std::string_view name(const Entry& entry) const {
@@ -62,14 +66,23 @@ public:
     /// that are no UTF-8 are replaced. Absent for anything but a readable regular file of at most `textLimitBytes`.
     [[nodiscard]] std::optional<QByteArray> text(std::string_view name);
     /// The first bytes of a regular file, as they are.
-    [[nodiscard]] std::optional<QByteArray> prefix(std::string_view name, qint64 bytes) const;
+    [[nodiscard]] std::optional<QByteArray> prefix(std::string_view name, qint64 bytes);
+
+    /// Lets go of the folder; its listing stays.
+    void close() { m_fd.reset(); }
 
 private:
+    bool take(UniqueFd folder);
     bool list();
+    void clear();
+    /// A regular file, open; a pipe or a device is not waited for and not touched further.
+    [[nodiscard]] UniqueFd openRegular(std::string_view name, qint64* size);
     void add(std::string_view name, Type type);
     [[nodiscard]] const Entry* find(std::string_view name) const;
 
     UniqueFd m_fd;
+    int m_error = 0;
+    bool m_ranOut = false;
     std::string m_names; ///< every name with a zero behind it
     std::vector<Entry> m_entries;
     std::bitset<512> m_filter; ///< a name whose bit is unset is not there

@@ -3,6 +3,8 @@
 #include "OrvCore/JsonRecord_p.h"
 #include "OrvCore/Paths.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -44,6 +46,16 @@ std::expected<OverrideStore::Values, QString> decodeValues(const QByteArray& byt
     return values;
 }
 
+/// By service.
+bool collide(
+    const OverrideStore::Values& base, const OverrideStore::Values& mine, const OverrideStore::Values& theirs) {
+    const auto isOther = [&base](const OverrideStore::Values& values, const QString& key) {
+        return values.contains(key) != base.contains(key) || values.value(key) != base.value(key);
+    };
+    const QStringList keys = base.keys() + mine.keys();
+    return std::ranges::any_of(keys, [&](const QString& key) { return isOther(mine, key) && isOther(theirs, key); });
+}
+
 } // namespace
 
 QJsonObject Override::toJson() const {
@@ -54,7 +66,7 @@ Decoded<Override> Override::fromJson(const QJsonObject& json) {
 }
 
 OverrideStore::OverrideStore(const QString& filePath)
-    : m_file(filePath, {encodeValues, decodeValues, [] { return Values(); }}) {}
+    : m_file(filePath, {encodeValues, decodeValues, [] { return Values(); }, collide}) {}
 
 QString OverrideStore::defaultPath() {
     return Paths::supportDirectory() + u"/overrides.json"_s;
@@ -85,6 +97,12 @@ StoreResult OverrideStore::set(const QString& key, const std::optional<Override>
     });
 }
 
+StoreResult OverrideStore::flush() {
+    return m_file.flush();
+}
+quint64 OverrideStore::generation() const {
+    return m_file.generation();
+}
 bool OverrideStore::reload() {
     return m_file.reload();
 }

@@ -31,10 +31,14 @@ public:
     [[nodiscard]] std::optional<Override> override(const QString& key) const;
     [[nodiscard]] Values values() const;
     /// Stores, or with an absent value removes. The change is kept in memory when the file can't be written, and is
-    /// written with the next one.
+    /// written with the next one or by `flush`, unless another process has changed the same service since.
     StoreResult set(const QString& key, const std::optional<Override>& value);
-    /// Takes in what another process wrote; true when that changed anything.
+    /// Writes what could not be written before, if anything.
+    StoreResult flush();
+    /// Takes in what another process wrote; true when that changed anything. `set` takes it in as well.
     bool reload();
+    /// Another number whenever the values are others, by whatever way.
+    [[nodiscard]] quint64 generation() const;
     [[nodiscard]] QString filePath() const;
 
     /// The scanner's last step for a target: makes its command where it is empty, then applies the override under its

@@ -6,7 +6,11 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
+#include <cerrno>
 #include <thread>
+
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -23,41 +27,37 @@ struct Collected {
 /// Makes the tree of projects from the folders of a walk. It only reads memory.
 class TreeBuilder {
 public:
-    TreeBuilder(const ProjectScanner& scanner, const WalkedFolder& root, const QString& rootPath)
-        : m_scanner(scanner), m_root(root), m_rootPath(rootPath) {}
+    TreeBuilder(
+        const ProjectScanner& scanner, const WalkedFolder& root, const QString& rootPath,
+        const ScanCancellation* cancellation)
+        : m_scanner(scanner), m_root(root), m_rootPath(rootPath), m_cancellation(cancellation) {}
 
-    /// Absent when nothing runs in or below the folder.
+    /// Absent when nothing runs in or below the folder. Without meaning once the scan is cancelled.
     [[nodiscard]] std::optional<ProjectNode> node(const WalkedFolder& folder) const {
-        if (folder.isRepeated) {
+        if (!folder.holdsProject || isCancelled()) {
             return std::nullopt;
         }
-        if (!folder.detection.stacks.isEmpty()) {
-            Collected collected;
-            collect(folder, 0, collected);
+        const bool isAlone = std::ranges::none_of(folder.children, &WalkedFolder::holdsProject);
+        if (folder.isProject() || (!folder.detection.stacks.isEmpty() && isAlone)) {
+            Collected collected = collect(folder);
             ProjectNode made = projectNode(folder, std::move(collected.targets));
             for (const WalkedFolder* nested : collected.nested) {
                 append(made.children, *nested);
             }
             return made;
         }
-        if (folder.depth > deepestListed) {
-            return std::nullopt;
-        }
-        if (folder.depth > 0 && mayGather(folder, 0)) {
-            Collected collected;
-            collect(folder, 0, collected);
-            if (!collected.targets.isEmpty()) {
-                return projectNode(folder, std::move(collected.targets));
+        if (folder.depth > 0 && !folder.holdsRepository) {
+            if (Collected collected = collect(folder); !collected.targets.isEmpty()) {
+                ProjectNode made = projectNode(folder, std::move(collected.targets));
+                appendRest(made.children, folder, 0);
+                return made;
             }
         }
-        QList<ProjectNode> children;
+        ProjectNode made{.path = path(folder), .name = name(folder), .project = {}, .children = {}};
         for (const WalkedFolder& child : folder.children) {
-            append(children, child);
+            append(made.children, child);
         }
-        if (children.isEmpty()) {
-            return std::nullopt;
-        }
-        return ProjectNode{.path = path(folder), .name = name(folder), .project = {}, .children = std::move(children)};
+        return made;
     }
 
 private:
@@ -71,15 +71,18 @@ private:
         return relativeDepth <= deepestListedInProject && folder.depth <= deepestListed;
     }
 
+    [[nodiscard]] Collected collect(const WalkedFolder& folder) const {
+        Collected collected;
+        collect(folder, 0, collected);
+        return collected;
+    }
+
     void collect(const WalkedFolder& folder, int relativeDepth, Collected& collected) const {
         collected.targets += targets(folder, relativeDepth == 0 ? Fallbacks::allowed : Fallbacks::refused);
         if (!mayDescend(folder, relativeDepth)) {
             return;
         }
         for (const WalkedFolder& child : folder.children) {
-            if (child.isRepeated) {
-                continue;
-            }
             if (child.hasRepository) {
                 collected.nested.push_back(&child);
             } else {
@@ -88,12 +91,24 @@ private:
         }
     }
 
-    /// Whether no folder that a project here would gather from holds ".git".
-    [[nodiscard]] static bool mayGather(const WalkedFolder& folder, int relativeDepth) {
-        return !mayDescend(folder, relativeDepth) ||
-               std::ranges::all_of(folder.children, [&](const WalkedFolder& child) {
-                   return child.isRepeated || (!child.hasRepository && mayGather(child, relativeDepth + 1));
-               });
+    /// Whether a project that collects from here on finds a service.
+    [[nodiscard]] static bool contributes(const WalkedFolder& folder, int relativeDepth) {
+        return !folder.detection.with(Fallbacks::refused).isEmpty() ||
+               (mayDescend(folder, relativeDepth) &&
+                std::ranges::any_of(folder.children, [relativeDepth](const WalkedFolder& child) {
+                    return contributes(child, relativeDepth + 1);
+                }));
+    }
+
+    /// What a project without a stack of its own gathers nothing from, each by itself.
+    void appendRest(QList<ProjectNode>& nodes, const WalkedFolder& folder, int relativeDepth) const {
+        for (const WalkedFolder& child : folder.children) {
+            if (!contributes(child, relativeDepth + 1)) {
+                append(nodes, child);
+            } else if (child.detection.with(Fallbacks::refused).isEmpty()) {
+                appendRest(nodes, child, relativeDepth + 1);
+            }
+        }
     }
 
     [[nodiscard]] QList<ServiceTarget> targets(const WalkedFolder& folder, Fallbacks fallbacks) const {
@@ -138,15 +153,28 @@ private:
         return &folder == &m_root ? QDir(m_rootPath).dirName() : QFile::decodeName(folder.name.c_str());
     }
 
+    [[nodiscard]] bool isCancelled() const { return m_cancellation != nullptr && m_cancellation->isCancelled(); }
+
     const ProjectScanner& m_scanner;
     const WalkedFolder& m_root;
     const QString& m_rootPath;
+    const ScanCancellation* m_cancellation;
 };
 
-/// The one spelling of an existing folder; empty when there is none.
+/// The one spelling of an existing folder; empty when there is none, or when it can't be told.
 QString canonicalFolder(const QString& folder) {
     const QFileInfo info(folder);
     return !folder.isEmpty() && info.isDir() ? info.canonicalFilePath() : QString();
+}
+
+/// What `canonicalFolder` gave nothing for is no folder, or lies behind one that may not be entered.
+std::optional<ScanError> hiddenBehind(const QString& folder) {
+    struct stat status{};
+    if (folder.isEmpty() || ::stat(QFile::encodeName(folder).constData(), &status) == 0 || errno == ENOENT ||
+        errno == ENOTDIR) {
+        return std::nullopt;
+    }
+    return ScanError{ScanError::Kind::unreadable, folder, qt_error_string(errno)};
 }
 
 int coreCount() {
@@ -160,26 +188,49 @@ QSet<QString> ProjectScanner::defaultSkips() {
             u"venv"_s,         u".venv"_s, u"OrvLauncher"_s, u"__pycache__"_s, u"Pods"_s,  u".gradle"_s};
 }
 
-QList<Project> ProjectScanner::scan(const QString& root, const ScanCancellation* cancellation) const {
+QString ScanError::text() const {
+    switch (kind) {
+    case Kind::cancelled:
+        return u"The scan was cancelled."_s;
+    case Kind::exhausted:
+        return u"Could not scan \"%1\": the system has no files or no memory to spare (%2)."_s.arg(path, reason);
+    case Kind::unreadable:
+        break;
+    }
+    return u"Could not scan \"%1\": %2."_s.arg(path, reason);
+}
+
+ScanResult<QList<Project>> ProjectScanner::scan(const QString& root, const ScanCancellation* cancellation) const {
+    const auto tree = scanTree(root, cancellation);
+    if (!tree) {
+        return std::unexpected(tree.error());
+    }
     QList<Project> projects;
-    for (const ProjectNode& node : scanTree(root, cancellation)) {
+    for (const ProjectNode& node : *tree) {
         projects += node.apps();
     }
     return projects;
 }
 
-QList<ProjectNode> ProjectScanner::scanTree(const QString& root, const ScanCancellation* cancellation) const {
+ScanResult<QList<ProjectNode>> ProjectScanner::scanTree(
+    const QString& root, const ScanCancellation* cancellation) const {
     const QString path = canonicalFolder(root);
     if (path.isEmpty()) {
-        return {};
+        if (auto error = hiddenBehind(root)) {
+            return std::unexpected(*std::move(error));
+        }
+        return QList<ProjectNode>();
     }
     const auto walked = walkFolders({path, 0, skipNames, cancellation, coreCount()});
     if (!walked) {
-        return {};
+        return std::unexpected(walked.error());
     }
-    auto node = TreeBuilder(*this, *walked, path).node(*walked);
+    auto node = TreeBuilder(*this, **walked, path, cancellation).node(**walked);
+    if (cancellation != nullptr && cancellation->isCancelled()) {
+        return std::unexpected(ScanError{ScanError::Kind::cancelled, path, {}});
+    }
     if (!node) {
-        return {};
+        return QList<ProjectNode>();
     }
     return node->project ? QList{*std::move(node)} : node->children;
 }
@@ -194,7 +245,7 @@ std::optional<Project> ProjectScanner::project(const QString& folder, const QStr
     const int depth = isBelow ? static_cast<int>(StackDetector::relativeUp(path, root).count(u".."_s)) : 1;
 
     const auto walked = walkFolders({path, std::min(depth, deepestListed + 1), skipNames, nullptr, 1});
-    const auto node = walked ? TreeBuilder(*this, *walked, path).node(*walked) : std::nullopt;
+    const auto node = walked ? TreeBuilder(*this, **walked, path, nullptr).node(**walked) : std::nullopt;
     return node ? node->project : std::nullopt;
 }
 

@@ -5,6 +5,8 @@
 #include "OrvCore/JsonRecord_p.h"
 #include "OrvCore/Paths.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -70,6 +72,16 @@ QByteArray encodeStored(const StoredSettings& stored) {
     return QJsonDocument(members).toJson();
 }
 
+/// By member.
+bool collide(const StoredSettings& base, const StoredSettings& mine, const StoredSettings& theirs) {
+    const QJsonObject before = base.settings.toJson();
+    const QJsonObject my = mine.settings.toJson();
+    const QJsonObject their = theirs.settings.toJson();
+    return std::ranges::any_of(json::keys<AppSettings>(), [&](const QString& key) {
+        return my.value(key) != before.value(key) && their.value(key) != before.value(key);
+    });
+}
+
 } // namespace
 
 AppSettings AppSettings::defaults() {
@@ -94,7 +106,8 @@ Decoded<AppSettings> AppSettings::fromJson(const QJsonObject& json) {
 SettingsStore::SettingsStore(const QString& filePath, QObject* parent)
     : QObject(parent),
       m_watcher({filePath}),
-      m_file(filePath, {encodeStored, decodeStored, [] { return StoredSettings{AppSettings::defaults(), {}}; }}),
+      m_file(
+          filePath, {encodeStored, decodeStored, [] { return StoredSettings{AppSettings::defaults(), {}}; }, collide}),
       m_settings(m_file.record().settings) {
     connect(&m_watcher, &StoreWatcher::changed, this, [this] {
         m_file.reload();
@@ -116,6 +129,13 @@ StoreResult SettingsStore::change(const std::function<void(AppSettings&)>& chang
 StoreResult SettingsStore::save() {
     ORV_ASSERT_MAIN_THREAD();
     StoreResult result = m_file.save();
+    takeIn();
+    return result;
+}
+
+StoreResult SettingsStore::flush() {
+    ORV_ASSERT_MAIN_THREAD();
+    StoreResult result = m_file.flush();
     takeIn();
     return result;
 }

@@ -135,10 +135,13 @@ public:
 
     [[nodiscard]] const AppSettings& settings() const { return m_settings; }
     /// Changes the record and saves it at once. The change stays in memory when the file can't be written, and is
-    /// written with the next one. `change` may run several times, on what another process wrote too.
+    /// written with the next one or by `flush`, unless another process has changed the same member since. `change` may
+    /// run several times, on what another process wrote too.
     StoreResult change(const std::function<void(AppSettings&)>& change);
     /// Writes the record as it is (a first start makes the file with it).
     StoreResult save();
+    /// Writes what could not be written before, if anything.
+    StoreResult flush();
     [[nodiscard]] QString filePath() const;
 
 Q_SIGNALS:

@@ -35,27 +35,13 @@ bool contains(const auto& table, int code) {
 }
 
 StoreError error(const QString& path, int code) {
-    static constexpr std::array full{ENOSPC, EDQUOT, EFBIG};
+    static constexpr std::array full{ENOSPC, EDQUOT};
     const auto kind = contains(full, code) ? StoreError::Kind::full : StoreError::Kind::unwritable;
     return {kind, path, qt_error_string(code)};
 }
 
 std::unexpected<StoreError> failure(const QString& path) {
     return std::unexpected(error(path, errno));
-}
-
-/// Where a chain of symbolic links leads to; `path` itself when it leads nowhere.
-QString target(const QString& path) {
-    constexpr int longestChain = 40;
-    QString found = path;
-    for (int links = 0; links < longestChain; ++links) {
-        const QFileInfo info(found);
-        if (!info.isSymLink()) {
-            return found;
-        }
-        found = info.symLinkTarget();
-    }
-    return path;
 }
 
 QString folderOf(const QString& path) {
@@ -118,8 +104,10 @@ bool isSameContent(const QString& path, const QString& other) {
 QString StoreError::text() const {
     switch (kind) {
     case Kind::locked:
-        return u"Could not save \"%1\": another process holds it. The change is kept and saved with the next one."_s
-            .arg(path);
+        return u"Could not save \"%1\": another process holds it."_s.arg(path);
+    case Kind::overtaken:
+        return u"A change of \"%1\" that could not be saved is given up: the same was changed elsewhere since."_s.arg(
+            path);
     case Kind::full:
         return u"Could not save \"%1\": the disk is full (%2)."_s.arg(path, reason);
     case Kind::unwritable:
@@ -155,6 +143,19 @@ StoredBytes StoreIO::read(const QString& path) {
     return {StoredBytes::State::unreadable, {}, u"too large"_s};
 }
 
+QString StoreIO::target(const QString& path) {
+    constexpr int longestChain = 40;
+    QString found = path;
+    for (int links = 0; links < longestChain; ++links) {
+        const QFileInfo info(found);
+        if (!info.isSymLink()) {
+            return found;
+        }
+        found = info.symLinkTarget();
+    }
+    return path;
+}
+
 StoreResult StoreIO::makeFolder(const QString& folder) {
     const QFileInfo info(folder);
     if (info.isDir()) {
@@ -182,7 +183,13 @@ StoreResult StoreIO::withLock(const QString& path, const std::function<StoreResu
         return made;
     }
     const QString name = real + u".lock"_s;
-    const UniqueFd lock(::open(QFile::encodeName(name), O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, lockFile));
+    // NFS grants an exclusive lock to a writable descriptor only; the file may be another user's, and then a readable
+    // one does elsewhere.
+    constexpr int lockFlags = O_CREAT | O_CLOEXEC | O_NONBLOCK;
+    UniqueFd lock(::open(QFile::encodeName(name), O_RDWR | lockFlags, lockFile));
+    if (!lock.isValid() && errno == EACCES) {
+        lock.reset(::open(QFile::encodeName(name), O_RDONLY | lockFlags, lockFile));
+    }
     if (!lock.isValid()) {
         return failure(name);
     }

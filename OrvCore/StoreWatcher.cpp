@@ -68,11 +68,14 @@ StoreWatcher::StoreWatcher(const QStringList& filePaths, QObject* parent) : QObj
 QStringList StoreWatcher::wantedPaths() const {
     QStringList wanted;
     for (auto stamp = m_stamps.cbegin(); stamp != m_stamps.cend(); ++stamp) {
-        QString folder = QFileInfo(stamp.key()).path();
-        while (!QFileInfo(folder).isReadable() && folder.size() > 1) {
-            folder = QFileInfo(folder).path();
+        // What a symbolic link leads to is written beside there, and may be missing yet.
+        for (const QString& place : {stamp.key(), StoreIO::target(stamp.key())}) {
+            QString folder = QFileInfo(place).path();
+            while (!QFileInfo(folder).isReadable() && folder.size() > 1) {
+                folder = QFileInfo(folder).path();
+            }
+            wanted.append(folder);
         }
-        wanted.append(folder);
         if (QFileInfo(stamp.key()).isReadable()) {
             wanted.append(stamp.key());
         }
@@ -105,7 +108,13 @@ void StoreWatcher::compare() {
     watch();
     QStringList differing;
     for (auto stamp = m_stamps.begin(); stamp != m_stamps.end(); ++stamp) {
-        const Stamp now = Stamp::of(stamp.key());
+        Stamp now = Stamp::of(stamp.key());
+        if (now.device != stamp->device || now.inode != stamp->inode) {
+            // A watch stays with the old file while that has another name, ".corrupt" for one.
+            m_watcher.removePath(stamp.key());
+            watch();
+            now = Stamp::of(stamp.key());
+        }
         if (now != stamp.value()) {
             stamp.value() = now;
             differing.append(stamp.key());

@@ -131,6 +131,9 @@ StoreResult TaskStore::change(StoreFile<QList<ProjectTask>>::Change change) {
 StoreResult TaskStore::lastResult() const {
     return m_lastResult;
 }
+StoreResult TaskStore::flush() {
+    return m_file.flush();
+}
 bool TaskStore::reload() {
     return m_file.reload();
 }

@@ -45,6 +45,8 @@ public:
 
     /// The outcome of the last write: `add` answers with the id instead.
     [[nodiscard]] StoreResult lastResult() const;
+    /// Writes what could not be written before, if anything.
+    StoreResult flush();
     bool reload();
     [[nodiscard]] QString filePath() const;
 

@@ -61,12 +61,15 @@ QFuture<int> scan(Invocation& call) {
         scanner.overrides = std::make_shared<OverrideStore>();
         return scanner.scan(root);
     });
-    return exitCodeOf(projects, call.context, [&call, root, progress](const QList<Project>& found) -> int {
+    return exitCodeOf(projects, call.context, [&call, root, progress](const ScanResult<QList<Project>>& found) -> int {
         delete progress;
+        if (!found) {
+            return call.failure(found.error().text());
+        }
         if (call.json) {
-            printJson(call.console.out, toJson(found));
+            printJson(call.console.out, toJson(*found));
         } else {
-            printProjects(call.console, found, root);
+            printProjects(call.console, *found, root);
         }
         return exitOk;
     });

@@ -213,10 +213,14 @@ QFuture<FoundProject> findProject(
     const QString root = configuredScanRoot();
     auto* progress = new Progress(
         call.console.err, u"Looking for '%1' in %2…"_s.arg(printable(word), shortPath(root)), call.context);
-    QFuture<FoundProject> found = runInPool([word, root, overrides] {
+    QFuture<FoundProject> found = runInPool([word, root, overrides]() -> FoundProject {
         ProjectScanner scanner;
         scanner.overrides = overrides;
-        return projectNamed(word, root, scanner.scan(root));
+        const auto projects = scanner.scan(root);
+        if (!projects) {
+            return std::unexpected(NoProject{exitFailed, projects.error().text()});
+        }
+        return projectNamed(word, root, *projects);
     });
     onFinished(found, progress, [progress](const FoundProject&) { progress->deleteLater(); });
     return found;

@@ -270,8 +270,16 @@ void AppModel::startScan() {
     const auto scan = [scanner, root = d->settings->settings().scanRoot, cancellation = d->scanCancellation] {
         return scanner.scanTree(root, cancellation.get());
     };
-    onFinished(runIn(d->scanPool, scan), this, [this](const QList<ProjectNode>& tree) {
-        d->isScanStale ? startScan() : scanEnded(tree);
+    onFinished(runIn(d->scanPool, scan), this, [this](const ScanResult<QList<ProjectNode>>& tree) {
+        if (d->isScanStale) {
+            startScan();
+            return;
+        }
+        if (!tree) {
+            report(tree.error().text(), true);
+        }
+        // What could not be looked at is as it was, as far as anyone knows.
+        scanEnded(tree ? *tree : QList<ProjectNode>(d->tree));
     });
 }
 

@@ -25,9 +25,13 @@ int scan(const QStringList& words) {
     const orv::ProjectScanner scanner;
     QElapsedTimer timer;
     timer.start();
-    const QList<orv::Project> projects = scanner.scan(words[0]);
+    const auto projects = scanner.scan(words[0]);
     const double milliseconds = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-    std::printf("%lld %.3f\n", static_cast<long long>(projects.size()), milliseconds);
+    if (!projects) {
+        std::fprintf(stderr, "%s\n", qPrintable(projects.error().text()));
+        return 1;
+    }
+    std::printf("%lld %.3f\n", static_cast<long long>(projects->size()), milliseconds);
     return 0;
 }
 

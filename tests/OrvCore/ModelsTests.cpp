@@ -1,4 +1,5 @@
 #include "OrvCore/Models.h"
+#include "OrvCore/Paths.h"
 #include "OrvCore/Settings.h"
 #include "OrvCore/Tasks.h"
 #include "OrvCore/WidgetSnapshot.h"
@@ -81,14 +82,17 @@ TEST(Records, ComeBackFromJsonAsTheyAreOrSayWhatIsWrong) {
 TEST(AppSettings, TakesTheDefaultForEveryAbsentMemberButTheFirstFour) {
     const QByteArray basic =
         R"({"displayName":"Sam","scanRoot":"file:///w/","showDockIcon":false,"pinnedProjectIDs":["/w"]})";
-    AppSettings expected;
-    expected.displayName = u"Sam"_s;
-    expected.scanRoot = u"/w"_s;
-    expected.showDockIcon = false;
-    expected.pinnedProjectIDs = {u"/w"_s};
-    const auto decoded = AppSettings::fromJson(object(basic));
-    ASSERT_TRUE(decoded) << decoded.error().text().toStdString();
-    EXPECT_EQ(*decoded, expected);
+    const QByteArray written =
+        R"({"agentAutonomy":"edit","appearance":"system","customAgentCommand":"","defaultAgent":"claude",)"
+        R"("defaultBranch":"main","defaultPullStrategy":"ffOnly","dismissedCTAs":[],"displayName":"Sam",)"
+        R"("notificationsEnabled":false,"notifyAdded":true,"notifyAgents":true,"notifyCrash":true,)"
+        R"("notifyOnlyInBackground":true,"notifyReady":true,"onboardingCompleted":false,"pinnedProjectIDs":["/w"],)"
+        R"("quickPanelShortcutEnabled":true,"scanRoot":"file:///w","showDockIcon":false,"theme":"ember",)"
+        R"("viewMode":"cards","widgetsConfirmed":false})";
+    EXPECT_EQ(roundTrip<AppSettings>(basic), written);
+    const AppSettings defaults = AppSettings::defaults();
+    EXPECT_EQ(defaults.scanRoot, Paths::realHome() + u"/Documents/Quillmere"_s);
+    EXPECT_TRUE(defaults.showDockIcon && defaults.pinnedProjectIDs.isEmpty());
 
     for (const auto key : {"displayName"_L1, "scanRoot"_L1, "showDockIcon"_L1, "pinnedProjectIDs"_L1}) {
         QJsonObject json = object(basic);

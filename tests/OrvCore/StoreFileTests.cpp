@@ -14,10 +14,12 @@
 
 #include <array>
 #include <csignal>
+#include <thread>
 
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -100,6 +102,18 @@ std::pair<ino_t, qint64> identity(const QString& path) {
     return {info.st_ino, info.st_size};
 }
 
+/// The lock of a store, as another process would hold it.
+class HeldLock {
+public:
+    explicit HeldLock(const QString& path) : m_fd(::open(QFile::encodeName(path + u".lock"_s), O_RDONLY | O_CLOEXEC)) {
+        EXPECT_EQ(::flock(m_fd.get(), LOCK_EX), 0);
+    }
+    void release() const { ::flock(m_fd.get(), LOCK_UN); }
+
+private:
+    UniqueFd m_fd;
+};
+
 /// False where this machine does not allow for it. Seen by the calling process and its children only.
 bool mountSmallDisk(const QString& folder) {
     return ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
@@ -132,7 +146,7 @@ TEST(Stores, SetAsideWhatCanNotBeReadAndGoOn) {
         {"truncated", [&](Path path, const Store&) { put(path, readFile(path).chopped(2)); }},
         {"another type of value", [&](Path path, const Store&) { put(path, "\"text\""); }},
         {"wrong types", [&](Path path, const Store& store) { put(path, store.wrongTypes); }},
-        {"a large file", [](Path path, const Store&) { QFile::resize(path, 100 << 20); }},
+        {"a large file", [&](Path path, const Store&) { put(path, readFile(path) + QByteArray(100 << 20, ' ')); }},
         {"a folder", [](Path path, const Store&) { QFile::remove(path) && QDir().mkpath(path + u"/within"_s); }},
         {"a pipe", [](Path path, const Store&) { QFile::remove(path) && ::mkfifo(QFile::encodeName(path), 0600); }},
     };
@@ -216,29 +230,64 @@ TEST(Stores, WithoutRightsSayWhyAndLoseNothing) {
 }
 
 TEST(Stores, OnAFullDiskSaySoAndKeepTheOldFile) {
+    struct Case {
+        const char* label;
+        StoreError::Kind kind;
+        std::function<bool(const TemporaryTree& tree)> prepare; ///< false where this machine does not allow for it
+        std::function<void(const TemporaryTree& tree)> fill;
+        std::function<void(const TemporaryTree& tree)> clear;
+    };
+    const auto limitFiles = [](rlim_t bytes) {
+        const rlimit limit{bytes, RLIM_INFINITY};
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    };
+    const auto filler = [](const TemporaryTree& tree) { return tree.path(u"filler"_s); };
+    // A limit on the size of files fails the same calls in the same places, and needs no rights.
+    const Case cases[] = {
+        {"a full disk", StoreError::Kind::full, [](const TemporaryTree& tree) { return mountSmallDisk(tree.path()); },
+         [&](const TemporaryTree& tree) { fillDisk(filler(tree)); },
+         [&](const TemporaryTree& tree) { QFile::remove(filler(tree)); }},
+        {"a limit on files", StoreError::Kind::unwritable,
+         [](const TemporaryTree&) { return ::signal(SIGXFSZ, SIG_IGN) != SIG_ERR; },
+         [&](const TemporaryTree&) { limitFiles(10); }, [&](const TemporaryTree&) { limitFiles(RLIM_INFINITY); }},
+    };
     constexpr int refused = 77;
-    const TemporaryTree tree;
-    const QString filler = tree.path(u"filler"_s);
-    const int answer = finish(startChild([&] {
-        if (!mountSmallDisk(tree.path())) {
-            return refused;
-        }
-        for (const Store& store : stores) {
-            SCOPED_TRACE(store.name);
-            const QString path = tree.path(QLatin1StringView(store.name));
-            EXPECT_TRUE(store.change(path, 1));
-            fillDisk(filler);
-            const StoreResult changed = store.change(path, 2);
-            EXPECT_TRUE(!changed && changed.error().kind == StoreError::Kind::full);
-            EXPECT_TRUE(store.holds(path, 1));
-            QFile::remove(filler);
-        }
-        return 0;
-    }));
-    if (answer == refused) {
-        GTEST_SKIP() << "a disk can't be mounted here";
+    for (const Case& row : cases) {
+        const TemporaryTree tree;
+        const int answer = finish(startChild([&] {
+            if (!row.prepare(tree)) {
+                return refused;
+            }
+            for (const Store& store : stores) {
+                SCOPED_TRACE(testing::Message() << row.label << ", " << store.name);
+                const QString path = tree.path(QLatin1StringView(store.name));
+                const auto expectFailure = [&] {
+                    row.fill(tree);
+                    const StoreResult changed = store.change(path, 2);
+                    row.clear(tree);
+                    EXPECT_TRUE(!changed && changed.error().kind == row.kind);
+                    EXPECT_FALSE(QFileInfo::exists(path + u".new"_s));
+                };
+                expectFailure();
+                EXPECT_FALSE(QFileInfo::exists(path)) << "the first write of all";
+                EXPECT_TRUE(store.change(path, 1));
+                expectFailure();
+                EXPECT_TRUE(store.holds(path, 1));
+
+                QFile spoiled(path);
+                EXPECT_TRUE(spoiled.open(QIODevice::WriteOnly) && spoiled.write("{\"broken") > 0);
+                spoiled.close();
+                const auto stood = identity(path);
+                expectFailure();
+                EXPECT_EQ(identity(path), stood);
+                EXPECT_TRUE(store.change(path, 3) && store.holds(path, 3));
+                EXPECT_EQ(identity(path + u".corrupt"_s), stood);
+                EXPECT_FALSE(QFileInfo::exists(path + u".corrupt.2"_s));
+            }
+            return 0;
+        }));
+        EXPECT_TRUE(answer == 0 || answer == refused) << row.label << ": " << answer;
     }
-    EXPECT_EQ(answer, 0);
 }
 
 TEST(Stores, AWriterKilledAtAnyInstantLeavesAWholeFileAndNoLock) {
@@ -308,15 +357,54 @@ TEST(Stores, AHeldLockIsWaitedForAndThenReported) {
     const TemporaryTree tree;
     OverrideStore store(tree.path(u"overrides.json"_s));
     ASSERT_TRUE(store.set(u"a"_s, numbered(1)));
-    const QByteArray lock = QFile::encodeName(store.filePath() + u".lock"_s);
-    UniqueFd held(::open(lock, O_RDONLY | O_CLOEXEC));
-    ASSERT_EQ(::flock(held.get(), LOCK_EX), 0);
+    const HeldLock lock(store.filePath());
     const StoreResult refused = store.set(u"b"_s, numbered(2));
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().kind, StoreError::Kind::locked);
     EXPECT_FALSE(store.reload()); // the change that is not written yet outlives a look at the file
     EXPECT_EQ(store.override(u"b"_s), numbered(2));
-    held.reset();
+    lock.release();
+    EXPECT_TRUE(store.flush());
+    EXPECT_EQ(OverrideStore(store.filePath()).values().size(), 2);
     ASSERT_TRUE(store.set(u"c"_s, numbered(3)));
     EXPECT_EQ(OverrideStore(store.filePath()).values().size(), 3);
+}
+
+TEST(Stores, AnOldFailedChangeUndoesNoNewerOne) {
+    const TemporaryTree tree;
+    const QString path = tree.path(u"overrides.json"_s);
+    OverrideStore store(path);
+    ASSERT_TRUE(store.set(u"same"_s, numbered(1)));
+    const HeldLock lock(path);
+    EXPECT_FALSE(store.set(u"same"_s, numbered(2)));
+    EXPECT_FALSE(store.set(u"other"_s, numbered(2)));
+    lock.release();
+    ASSERT_TRUE(OverrideStore(path).set(u"same"_s, numbered(3)));
+    EXPECT_TRUE(store.reload());
+    EXPECT_EQ(store.override(u"same"_s), numbered(3));
+    EXPECT_EQ(store.override(u"other"_s), numbered(2));
+    const StoreResult flushed = store.flush();
+    EXPECT_TRUE(!flushed && flushed.error().kind == StoreError::Kind::overtaken);
+    EXPECT_TRUE(store.flush()) << "it is told once";
+    const auto expected = OverrideStore::Values{{u"same"_s, numbered(3)}, {u"other"_s, numbered(2)}};
+    EXPECT_EQ(OverrideStore(path).values(), expected);
+
+    // What was not tried before is newer than what another one wrote.
+    ASSERT_TRUE(OverrideStore(path).set(u"same"_s, numbered(4)));
+    ASSERT_TRUE(store.set(u"same"_s, numbered(5)));
+    EXPECT_EQ(OverrideStore(path).override(u"same"_s), numbered(5));
+}
+
+TEST(Stores, ReadingDoesNotWaitForAWriter) {
+    const TemporaryTree tree;
+    OverrideStore store(tree.path(u"overrides.json"_s));
+    ASSERT_TRUE(store.set(u"a"_s, numbered(1)));
+    const HeldLock lock(store.filePath());
+    std::thread writer([&] { EXPECT_TRUE(store.set(u"a"_s, numbered(2))); });
+    // Only a reader that gets through while the writer waits ends this before the writer gives up.
+    while (store.override(u"a"_s) != numbered(2)) {
+        std::this_thread::yield();
+    }
+    lock.release();
+    writer.join();
 }

@@ -37,7 +37,6 @@ TEST(SettingsStore, WritesForTheUserAloneAndKeepsWhatOnlyANewerVersionKnows) {
     TemporaryTree tree;
     const QString path = tree.path(u"deep/er/settings.json"_s);
     SettingsStore store(path);
-    EXPECT_EQ(store.settings(), AppSettings::defaults());
     ASSERT_TRUE(store.save());
     for (const QString& made : {path, tree.path(u"deep/er"_s)}) {
         EXPECT_FALSE(QFile::permissions(made) & (QFile::ReadGroup | QFile::ReadOther)) << made.toStdString();
@@ -69,6 +68,13 @@ TEST(SettingsStore, NoticesWhatIsChangedFromOutside) {
         {"the first file", [&] { replace(ThemeID::ocean); }, ThemeID::ocean},
         {"replaced", [&] { replace(ThemeID::forest); }, ThemeID::forest},
         {"written in place", editInPlace, ThemeID::violet},
+        {"replaced after it was spoiled and set aside",
+         [&] {
+             tree.add(u"support/settings.json"_s, "{");
+             replace(ThemeID::forest);
+         },
+         ThemeID::forest},
+        {"written in place then", editInPlace, ThemeID::violet},
         {"removed with its folder", [&] { EXPECT_TRUE(QDir(folder).removeRecursively()); }, ThemeID::ember},
         {"back with its folder", [&] { replace(ThemeID::ocean); }, ThemeID::ocean},
         {"removed", [&] { EXPECT_TRUE(QFile::remove(path)); }, ThemeID::ember},
@@ -91,6 +97,12 @@ TEST(SettingsStore, WritesTheFileThatASymbolicLinkLeadsTo) {
     setTheme(store, ThemeID::ocean);
     EXPECT_TRUE(QFileInfo(path).isSymLink());
     EXPECT_TRUE(readFile(tree.path(u"dotfiles/mine.json"_s)).contains("ocean"));
+
+    ASSERT_TRUE(QFile::link(tree.path(u"elsewhere/late.json"_s), tree.path(u"late.json"_s)));
+    ASSERT_TRUE(QDir().mkpath(tree.path(u"elsewhere"_s)));
+    const SettingsStore waiting(tree.path(u"late.json"_s));
+    ASSERT_TRUE(QFile::copy(tree.path(u"dotfiles/mine.json"_s), tree.path(u"elsewhere/late.json"_s)));
+    EXPECT_TRUE(waitFor([&] { return waiting.settings().theme == ThemeID::ocean; })) << "a link that led nowhere";
 }
 
 TEST(OverrideStore, RemovesWithAnAbsentValueAndTakesInWhatOthersWrote) {
@@ -105,9 +117,15 @@ TEST(OverrideStore, RemovesWithAnAbsentValueAndTakesInWhatOthersWrote) {
     ASSERT_TRUE(other.set(u"/w|app"_s, Override{.kind = ServiceKind::docker, .command = u"x"_s, .port = {}}));
     EXPECT_EQ(other.override(key), port);
     EXPECT_EQ(store.override(u"/w|app"_s), std::nullopt);
+    quint64 generation = store.generation();
     EXPECT_TRUE(store.reload());
     EXPECT_FALSE(store.reload());
+    EXPECT_EQ(store.generation(), ++generation);
+    ASSERT_TRUE(other.set(u"/v|app"_s, port));
+    ASSERT_TRUE(store.set(u"/v|app"_s, std::nullopt)); // takes in and takes away what was never shown here
+    EXPECT_EQ(store.generation(), generation);
     ASSERT_TRUE(store.set(key, std::nullopt));
+    EXPECT_EQ(store.generation(), ++generation);
     const auto json = QJsonDocument::fromJson(readFile(path));
     EXPECT_EQ(json, QJsonDocument::fromJson(R"({"/w|app":{"command":"x","kind":"docker"}})"));
 }

@@ -132,7 +132,7 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
 }
 
 TEST_F(CommandLine, PrintsTheRecordsThemselvesAsJson) {
-    const QList<Project> expected = ProjectScanner().scan(launcher.tree.path(u"projects"_s));
+    const QList<Project> expected = ProjectScanner().scan(launcher.tree.path(u"projects"_s)).value();
     QList<Project> scanned;
     for (const QJsonValue& value : json({u"scan"_s}).array()) {
         const auto project = Project::fromJson(value.toObject());

@@ -16,7 +16,7 @@ Menu {
     signal pin
 
     Instantiator {
-        model: cardMenu.services.length === 0 && cardMenu.card ? cardMenu.card.actions : []
+        model: cardMenu.card ? cardMenu.card.actions : []
         onObjectAdded: (index, object) => cardMenu.insertItem(index, object as MenuRow)
         onObjectRemoved: (index, object) => cardMenu.removeItem(object as MenuRow)
 

@@ -19,12 +19,15 @@ T.Control {
     required property var actions
     required property string defaultAction
     required property var services
+    required property var failedServices
     // The card that Tab enters.
     property bool isCurrent: false
     readonly property bool busy: services.length > 0 || cardState === "installing"
     // The pointer or the keyboard is at it.
     readonly property bool active: hovered || (InputMode.keyboard && isCurrent && GridView.view !== null && GridView.view.activeFocus)
-    readonly property int lineCount: services.length > 2 ? 1 : services.length
+    // What runs, and what failed beside it.
+    readonly property var lines: services.length > 0 ? services.concat(failedServices) : []
+    readonly property int lineCount: lines.length > 2 ? 1 : lines.length
     signal run(string action)
     signal stop
     signal open(string key)
@@ -212,19 +215,20 @@ T.Control {
                 ServiceLine {
                     required property int index
 
-                    service: card.services[index] ?? {}
-                    alone: card.services.length === 1
+                    service: card.lines[index] ?? {}
+                    alone: card.lines.length === 1
+                    limit: action.x - Theme.space24
                     reachable: card.isCurrent
                     onOpened: key => card.open(key)
                 }
             }
 
             Label {
-                visible: card.services.length > 2
+                visible: card.lines.length > 2
                 leftPadding: Theme.space20
                 role: Theme.Small
                 color: Theme.text3
-                text: qsTr("%n more", "services", card.services.length - card.lineCount)
+                text: qsTr("%1 more").arg(card.lines.length - card.lineCount)
             }
         }
 

@@ -1,13 +1,15 @@
 import OrvLauncher.Screens
 import QtQuick
 
-// One active service of a card: its state, its kind, and where it is.
+// One service of a card: its state, its kind, and where it is, or why it failed.
 Row {
     id: line
 
     required property var service
     property bool alone: true
     property bool reachable: true
+    property real limit: Infinity
+    readonly property bool failed: (service.message ?? "").length > 0
     readonly property bool running: service.phase === "running"
     signal opened(string key)
 
@@ -16,15 +18,15 @@ Row {
 
     StatusDot {
         anchors.verticalCenter: parent.verticalCenter
-        cardState: line.service.phase
+        cardState: line.failed ? "failed" : line.service.phase ?? "idle"
     }
 
     Label {
         anchors.verticalCenter: parent.verticalCenter
         width: line.alone ? implicitWidth : Theme.kindWidth
         role: Theme.Small
-        color: line.running ? Theme.text2 : Theme.warning
-        text: !line.alone ? line.service.label : line.running ? qsTr("Running") : qsTr("Starting…")
+        color: line.failed ? Theme.danger : line.running ? Theme.text2 : Theme.warning
+        text: !line.alone ? line.service.label ?? "" : line.running ? qsTr("Running") : qsTr("Starting…")
         rightPadding: Theme.space4
     }
 
@@ -32,8 +34,23 @@ Row {
         anchors.verticalCenter: parent.verticalCenter
         visible: text.length > 0
         focusPolicy: line.reachable ? Qt.StrongFocus : Qt.ClickFocus
-        text: line.service.address
-        listening: line.service.portListening
+        text: line.service.address ?? ""
+        listening: line.service.portListening ?? true
         onClicked: line.opened(line.service.key)
+    }
+
+    Label {
+        id: reason
+
+        anchors.verticalCenter: parent.verticalCenter
+        visible: line.failed
+        width: Math.max(0, Math.min(implicitWidth, line.limit - x))
+        role: Theme.Small
+        color: Theme.danger
+        text: line.service.message ?? ""
+
+        Tip {
+            text: reason.truncated ? reason.text : ""
+        }
     }
 }

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 
 using namespace Qt::StringLiterals;
 
@@ -118,33 +117,45 @@ void RunSession::deferredToInstall() {
         install();
         return;
     }
-    QString message = u"%1 needs its dependencies before it can run:"_s.arg(printable(m_project.name));
-    for (const SetupStep& step : steps) {
+    refuseInstall(u"%1 needs its dependencies before it can run:"_s);
+    end(exitFailed);
+}
+
+/// Drops the install that the model asks about, and says what it was.
+void RunSession::refuseInstall(const QString& heading) {
+    QString message = heading.arg(printable(m_project.name));
+    for (const SetupStep& step : m_model.setup()->steps) {
         message += u"\n  "_s + printable(step.command);
         event(u"install"_s, &step.id, {{u"command"_s, step.command}});
     }
     say(message + u"\nRun it again with --install to have that done first."_s, Style::yellow);
     m_model.cancelInstall();
-    end(exitFailed);
 }
 
 void RunSession::install() {
     onFinished(m_model.confirmInstall(), this, [this] {
-        const std::optional<SetupSession>& setup = m_model.setup();
-        if (setup && setup->phase.kind == SetupSession::Phase::Kind::failed) {
-            m_hasFailed = true;
-            if (!m_isStopping) {
-                say(u"The install failed: "_s + setup->phase.reason, Style::red);
-            }
-        } else if (!m_isStopping && m_model.services(m_project).isEmpty()) {
-            m_hasFailed = true; // the project went while it was installed
-            if (const auto& message = m_model.statusMessage()) {
-                say(message->text, Style::red);
-            }
+        if (!m_isStopping) {
+            installEnded();
         }
         m_wasLaunched = true;
         endIfOver();
     });
+}
+
+void RunSession::installEnded() {
+    const QList<ServiceID> services = m_model.services(m_project);
+    const std::optional<SetupSession>& setup = m_model.setup();
+    if (setup && setup->phase.kind == SetupSession::Phase::Kind::failed) {
+        say(u"The install failed: "_s + setup->phase.reason, Style::red);
+    } else if (setup) {
+        refuseInstall(u"After the install %1 needs another one:"_s);
+    } else if (std::ranges::all_of(services, &AppModel::isInstall)) {
+        const std::optional<StatusMessage>& message = m_model.statusMessage();
+        say(message ? message->text : u"Nothing of %1 was started."_s.arg(printable(m_project.name)), Style::red);
+    } else {
+        return;
+    }
+    m_hasFailed = true;
 }
 
 void RunSession::stateChanged(const ServiceID& id) {
@@ -158,7 +169,8 @@ void RunSession::stateChanged(const ServiceID& id) {
     }
     event(u"state"_s, &id, fields);
     if (AppModel::isInstall(id)) {
-        return; // the setup tells how it ended
+        endIfOver(); // the setup tells how it ended
+        return;
     }
     Shown& service = shown(id);
     switch (state.phase) {
@@ -219,11 +231,7 @@ void RunSession::sayAddress(const ServiceID& id, bool hasWaited) {
         return;
     }
     const ServiceState state = m_model.processes().state(id);
-    const QList<int> listening = m_model.processes().listeningPorts(id);
-    std::optional<int> port = m_model.addressPort(id);
-    if (!port && !listening.isEmpty()) {
-        port = listening.first(); // a server that says nothing
-    }
+    const std::optional<int> port = m_model.addressPort(id);
     if (!state.isActive() || !port) {
         return;
     }
@@ -267,11 +275,7 @@ void RunSession::stopAsked() {
         if (m_isStopping) {
             say(u"Killing everything."_s, Style::red);
         }
-        for (const ServiceID& id : m_model.processes().states().keys()) {
-            if (const auto group = m_model.processes().processID(id)) {
-                ::killpg(static_cast<pid_t>(*group), SIGKILL);
-            }
-        }
+        m_model.killServices();
         end(m_isStopping ? int(exitFailed) : int(exitOk));
         return;
     }

@@ -57,7 +57,9 @@ private:
     [[nodiscard]] QString label(const ServiceID& id);
 
     void deferredToInstall();
+    void refuseInstall(const QString& heading);
     void install();
+    void installEnded();
     void stateChanged(const ServiceID& id);
     void linesSkipped(const ServiceID& id, qsizetype count);
     void logAppended(const ServiceID& id, qsizetype added);

@@ -51,6 +51,8 @@ private:
     void remember();
     void reportFrames();
     void quit();
+    void kill();
+    void leave();
 
     QString m_stateFile;
     WindowState m_state;
@@ -78,12 +80,13 @@ bool WindowShell::open() {
     }
     m_window = qobject_cast<QQuickWindow*>(m_engine.rootObjects().constFirst());
     m_engine.singletonInstance<InputMode*>(qmlTypeId("OrvLauncher.Screens", 1, 0, "InputMode"))->watch(m_window);
-    m_model.openUrl = [](const QUrl& url) { QDesktopServices::openUrl(url); };
-    m_model.openMainWindowAction = [window = m_window] {
+    m_model.openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
+    m_model.setOpenMainWindowAction([window = m_window] {
         window->show();
         window->raise();
         window->requestActivate();
-    };
+    });
+    m_model.applyDockIconPolicy();
     reportFrames();
     place();
     connect(m_window, &QWindow::visibleChanged, this, [this](bool visible) {
@@ -91,7 +94,7 @@ bool WindowShell::open() {
             quit();
         }
     });
-    connect(&m_signals, &SignalWatcher::stopAsked, m_window, &QWindow::close);
+    connect(&m_signals, &SignalWatcher::stopAsked, this, [this] { m_quitting ? kill() : void(m_window->close()); });
     // What the first frame does not need comes after it.
     QMetaObject::invokeMethod(
         &m_look,
@@ -181,10 +184,27 @@ void WindowShell::quit() {
     m_state.isSidebarHidden = m_window->property("sidebarHidden").toBool();
     m_state.isSystemDark = m_look.isDark();
     m_state.save(m_stateFile);
-    onFinished(m_model.stopAllServices(), this, [this] {
-        m_model.flushSnapshot();
-        QGuiApplication::quit();
-    });
+    onFinished(m_model.stopAllServices(), this, [this] { leave(); });
+}
+
+/// Whoever asks a second time does not wait for a stack of containers to come down.
+void WindowShell::kill() {
+    m_model.killServices();
+    const auto leaveWhenGone = [this] {
+        const auto& states = m_model.processes().states();
+        if (std::ranges::none_of(states, &ServiceState::isActive)) {
+            leave();
+        }
+    };
+    connect(&m_model, &AppModel::servicesChanged, this, leaveWhenGone);
+    QTimer::singleShot(1s, this, &WindowShell::leave); // what not even that ends
+    leaveWhenGone();
+}
+
+void WindowShell::leave() {
+    m_model.publishSnapshot();
+    m_model.flushSnapshot();
+    QGuiApplication::quit();
 }
 
 } // namespace

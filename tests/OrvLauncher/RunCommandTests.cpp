@@ -26,6 +26,18 @@ protected:
         return project("exec python3 -m http.server --bind 127.0.0.1 " + QByteArray::number(port) + '\n');
     }
 
+    /// A Vite project in whose folder an `npm` of ours does what "npm-install.sh" and "npm-run.sh" say.
+    QString nodeProject(const QByteArray& install) {
+        const QString npm = launcher.tree.add(u"bin/npm"_s, "#!/bin/sh\n. ./npm-$1.sh\n");
+        QFile::setPermissions(npm, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        launcher.environment.insert(u"PATH"_s, launcher.tree.path(u"bin:"_s) + launcher.environment.value(u"PATH"_s));
+        launcher.tree.add(
+            u"projects/web/package.json"_s, R"({"scripts": {"dev": "x"}, "dependencies": {"vite": "1"}})");
+        launcher.tree.add(u"projects/web/npm-install.sh"_s, install);
+        launcher.tree.add(u"projects/web/npm-run.sh"_s, "echo served\n");
+        return launcher.tree.path(u"projects/web"_s);
+    }
+
     Launcher launcher;
 };
 
@@ -159,6 +171,48 @@ TEST_F(RunCommand, InstallsOnlyWhenAskedTo) {
         EXPECT_EQ(ended.exitCode, c.exitCode) << c.label;
         EXPECT_TRUE(c.out.isEmpty() ? ended.out.isEmpty() : ended.out.contains(c.out)) << c.label << ended.out.data();
         EXPECT_TRUE(ended.err.contains(c.err)) << c.label << ended.err.data();
+        const bool isNeeded = launcher.call({u"detect"_s, c.words.first()}).out.contains("needed: cd ");
+        EXPECT_EQ(isNeeded, c.exitCode != 0) << c.label;
+    }
+}
+
+TEST_F(RunCommand, FailsWhenAnInstallIsFollowedByNoRun) {
+    struct Case {
+        const char* label;
+        QByteArray install;
+        QByteArray err;
+    };
+    const Case cases[] = {
+        {"the project went", "rm package.json", "web is gone from your projects folder.\n"},
+        {"another install is needed", "mkdir node_modules admin; cp package.json admin",
+         "After the install web needs another one:\n  cd admin && npm install\nRun it again with --install"},
+        {"run again", "mkdir node_modules", "frontend admin stopped.\n"},
+    };
+    for (const Case& c : cases) {
+        const bool isLast = c.err == "frontend admin stopped.\n";
+        const QString folder = nodeProject(c.install);
+        if (isLast) {
+            launcher.tree.add(u"projects/web/admin/npm-install.sh"_s, c.install);
+            launcher.tree.add(u"projects/web/admin/npm-run.sh"_s, "echo served\n");
+        }
+        const Ended ended = launcher.call({u"run"_s, folder, u"--install"_s});
+        EXPECT_EQ(ended.exitCode, isLast ? 0 : 1) << c.label;
+        EXPECT_EQ(ended.out.count("served"), isLast ? 2 : 0) << c.label;
+        EXPECT_TRUE(ended.err.contains(c.err)) << c.label << ended.err.data();
+    }
+}
+
+TEST_F(RunCommand, StopsAnInstallOnASignal) {
+    // Its last lines are still on their way when it is gone.
+    const QString folder = nodeProject("l=$(head -c 1500 /dev/zero | tr '\\0' x); while :; do echo $l; done\n");
+    for (int turn = 0; turn < 3; ++turn) {
+        auto run = launcher.start({u"run"_s, folder, u"--install"_s});
+        ASSERT_TRUE(waitFor([&] { return run->out().contains("xxx"); })) << run->end().err.data();
+        run->signal(SIGINT);
+        const Ended ended = run->end(std::chrono::seconds(30));
+        EXPECT_EQ(ended.exitCode, 0) << ended.err.data();
+        EXPECT_TRUE(ended.err.endsWith("Stopping… (once more kills at once)\n")) << ended.err.data();
+        EXPECT_EQ(launcher.leftBehind(), QStringList());
     }
 }
 

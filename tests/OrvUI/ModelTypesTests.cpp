@@ -42,12 +42,14 @@ TEST(RunAction, IsOfferedByTheKindsOfAProject) {
 }
 
 TEST(StackLine, NamesEachStackOnce) {
-    const auto target = [](ServiceKind kind, const std::optional<QString>& framework) {
-        return ServiceTarget{kind, u"/p"_s, framework, {}, {}};
-    };
-    using enum ServiceKind;
-    const Project project{
-        {}, {}, {}, {target(backend, u"Node"_s), target(frontend, u"Node"_s), target(docker, {}), target(docker, {})}};
+    Project project;
+    for (const QString& framework : {u"Node"_s, u"Node"_s, QString(), QString()}) {
+        ServiceTarget target{ServiceKind::docker, u"/p"_s, {}, {}, {}};
+        if (!framework.isEmpty()) {
+            target.framework = framework;
+        }
+        project.targets.append(target);
+    }
     EXPECT_EQ(stackLine(project), u"Node + Docker"_s);
 }
 

@@ -47,11 +47,6 @@ bool Running::waitFor(const QByteArray& text, std::chrono::milliseconds limit) {
     return test::waitFor(isThere, limit) && m_err.contains(text);
 }
 
-QByteArray Running::out() {
-    read();
-    return m_out;
-}
-
 void Running::signal(int number) {
     ::kill(static_cast<pid_t>(m_process.processId()), number);
 }

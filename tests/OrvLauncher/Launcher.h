@@ -27,8 +27,6 @@ public:
     /// Until stderr has the text; false when it ends without.
     [[nodiscard]] bool waitFor(const QByteArray& text, std::chrono::milliseconds limit = std::chrono::minutes(3));
     void signal(int number);
-    /// Its standard output so far.
-    [[nodiscard]] QByteArray out();
     [[nodiscard]] Ended end(std::chrono::milliseconds limit = std::chrono::minutes(3));
     /// The ports in "NAME is up at http://localhost:PORT", by name.
     [[nodiscard]] QMap<QString, int> addresses();

@@ -31,10 +31,11 @@ struct Run {
 };
 
 QString exitMessage(int code, const LogBuffer& log) {
-    const QString message = u"Exited with code %1"_s.arg(code);
+    QString message = u"Exited with code %1"_s.arg(code);
     for (auto line = log.rbegin(); line != log.rend(); ++line) {
         if (const QString shown = PortParser::stripANSI(*line).trimmed(); !shown.isEmpty()) {
-            return message + u": "_s + shown;
+            message += u": "_s + shown;
+            break;
         }
     }
     return message;

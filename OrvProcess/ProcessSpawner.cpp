@@ -83,10 +83,12 @@ public:
         ::posix_spawnattr_setsigmask(&m_attributes, &signals);
         sigfillset(&signals);
         ::posix_spawnattr_setsigdefault(&m_attributes, &signals);
-        int flags = POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
 #ifdef Q_OS_MACOS
-        flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
+        constexpr int systemFlags = POSIX_SPAWN_CLOEXEC_DEFAULT;
+#else
+        constexpr int systemFlags = 0;
 #endif
+        constexpr int flags = POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | systemFlags;
         ::posix_spawnattr_setflags(&m_attributes, static_cast<short>(flags));
     }
     ~Attributes() { ::posix_spawnattr_destroy(&m_attributes); }

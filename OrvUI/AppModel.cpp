@@ -51,12 +51,17 @@ AppModel::Private::Private(Options options)
 AppModel::AppModel(Options options, QObject* parent)
     : QObject(parent), d(std::make_unique<Private>(std::move(options))) {
     ORV_ASSERT_MAIN_THREAD();
-    d->tasks = d->taskStore.tasks();
     d->lastGreeting = greeting();
     connect(d->settings.get(), &SettingsStore::settingsChanged, this, &AppModel::takeInSettings);
     auto* watcher = new StoreWatcher({d->overrides->filePath(), d->taskStore.filePath()}, this);
+    // Whatever changed between their first reading and the watching.
+    d->overrides->reload();
+    d->taskStore.reload();
+    d->overridesSeen = d->overrides->generation();
+    d->tasks = d->taskStore.tasks();
     connect(watcher, &StoreWatcher::changed, this, [this] {
-        if (d->overrides->reload()) {
+        d->overrides->reload();
+        if (std::exchange(d->overridesSeen, d->overrides->generation()) != d->overridesSeen) {
             rescan();
         }
         if (d->taskStore.reload()) {
@@ -97,6 +102,11 @@ AppModel::~AppModel() {
     d->scanPool.waitForDone();
     d->workPool.waitForDone();
     d->publisher.flush();
+    for (const StoreResult& saved : {d->settings->flush(), d->overrides->flush(), d->taskStore.flush()}) {
+        if (!saved) {
+            qWarning("%s", qUtf8Printable(saved.error().text()));
+        }
+    }
 }
 
 const QList<Project>& AppModel::projects() const {

@@ -33,6 +33,7 @@ struct AppModel::Private {
 
     std::unique_ptr<SettingsStore> settings;
     std::shared_ptr<OverrideStore> overrides;
+    quint64 overridesSeen = 0; ///< the generation that the last scan was asked for
     std::unique_ptr<ProcessManager> processes;
     TaskStore taskStore;
     std::shared_ptr<InstallRecord> installs;

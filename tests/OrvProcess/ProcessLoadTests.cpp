@@ -58,8 +58,10 @@ TEST_F(Services, KeepTheNewestLinesOfAFlood) {
                 (QString::number(row.lines - 5000 + 1 + i) + u' ').leftJustified(row.width - 1, u'x');
             ASSERT_EQ(log.at(i), expected) << row.label << ", line " << i;
         }
+#ifndef __SANITIZE_THREAD__ // keeps a record several times as large of all memory
         // Two bytes a character in the log, and what a sanitizer takes: less than all that was printed.
         EXPECT_LT(most, 5000LL * row.width * 2 + 200'000'000) << row.label;
+#endif
     }
 }
 

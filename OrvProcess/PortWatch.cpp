@@ -31,9 +31,11 @@ QFuture<SessionPorts> PortWatch::look() {
     ORV_ASSERT_MAIN_THREAD();
     QPromise<SessionPorts> promise;
     QFuture<SessionPorts> future = promise.future();
-    m_pool->start([promise = std::make_shared<QPromise<SessionPorts>>(std::move(promise)), session = m_session] {
+    // The pool may have much to do: nobody waits there for a process that has been reaped, whose id may be another's.
+    m_pool->start([promise = std::make_shared<QPromise<SessionPorts>>(std::move(promise)), session = m_session,
+                   life = std::weak_ptr(m_life)] {
         promise->start();
-        promise->addResult(listeningPorts(session));
+        promise->addResult(life.expired() ? SessionPorts{.ports = {}, .areAll = false} : listeningPorts(session));
         promise->finish();
     });
     onFinished(future, this, [this, look = ++m_looks](const SessionPorts& found) { take(found, look); });

@@ -10,7 +10,9 @@
 #include <QTimer>
 
 #include <chrono>
+#include <memory>
 #include <optional>
+#include <variant>
 
 #include <sys/types.h>
 
@@ -58,6 +60,7 @@ private:
     const pid_t m_session;
     QThreadPool* m_pool;
     const Pace m_pace;
+    const std::shared_ptr<std::monostate> m_life = std::make_shared<std::monostate>(); ///< of those that look
     quint64 m_looks = 0;
     quint64 m_newest = 0; ///< the look that m_found is of
     SessionPorts m_found{.ports = {}, .areAll = false};

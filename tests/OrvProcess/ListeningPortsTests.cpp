@@ -4,6 +4,8 @@
 #include "OrvProcess/ProcessTable_p.h"
 #include "tests/support/TestSupport.h"
 
+#include <QSemaphore>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -162,6 +164,16 @@ TEST(PortWatch, RestsAndGoesOnWithNewOutput) {
         watch.noteOutput();
         EXPECT_FALSE(watch.isActive()) << row.label << ": one that runs is not polled";
     }
+    // A look that waits for its turn when its watch goes is not made, but it ends.
+    QSemaphore turn;
+    pool.setMaxThreadCount(1);
+    pool.start([&] { turn.acquire(); });
+    auto watch = std::make_unique<PortWatch>(::getpid(), &pool, PortWatch::Pace{});
+    const QFuture<SessionPorts> late = watch->look();
+    watch.reset();
+    turn.release();
+    ASSERT_TRUE(test::waitFor([&] { return late.isFinished(); }));
+    EXPECT_EQ(late.result(), SessionPorts({}, false));
 }
 
 } // namespace orv

@@ -10,6 +10,11 @@
 
 #include <unistd.h>
 
+/// The address sanitizer holds back 256 MB of freed memory otherwise, which would hide what the tests look for.
+extern "C" const char* __asan_default_options() { // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+    return "quarantine_size_mb=16";
+}
+
 namespace orv {
 namespace {
 
@@ -29,9 +34,9 @@ TEST_F(Services, KeepTheNewestLinesOfAFlood) {
         int width;
     };
     for (const Row& row :
-         {Row{"more than is kept", 6000, 20}, Row{"most of a gigabyte", 700'000, 1000},
-          Row{"long lines", 6000, 20'000}}) {
-        const ServiceID id = start(u"exec "_s + child + u" lines %1 %2"_s.arg(row.lines).arg(row.width));
+         {Row{"more than is kept", 6000, 20}, Row{"far more", 300'000, 1000}, Row{"long lines", 6000, 20'000}}) {
+        // The port is known: the search for one takes most of the time where a sanitizer runs.
+        const ServiceID id = start(u"exec "_s + child + u" lines %1 %2"_s.arg(row.lines).arg(row.width), 3000);
         qsizetype length = 0;
         qint64 most = 0;
         const qint64 before = residentBytes();
@@ -53,9 +58,10 @@ TEST_F(Services, KeepTheNewestLinesOfAFlood) {
                 (QString::number(row.lines - 5000 + 1 + i) + u' ').leftJustified(row.width - 1, u'x');
             ASSERT_EQ(log.at(i), expected) << row.label << ", line " << i;
         }
-        // Two bytes a character in the log, and what the allocator of a sanitizer holds back: much less than a
-        // gigabyte.
-        EXPECT_LT(most, 5000LL * row.width * 2 + 400'000'000) << row.label;
+#ifndef __SANITIZE_THREAD__ // keeps a record several times as large of all memory
+        // Two bytes a character in the log, and what a sanitizer takes: less than all that was printed.
+        EXPECT_LT(most, 5000LL * row.width * 2 + 200'000'000) << row.label;
+#endif
     }
 }
 

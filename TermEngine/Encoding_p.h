@@ -65,4 +65,12 @@ inline char32_t takeUtf8(std::string_view& text) {
     return scalar;
 }
 
+/// What stands before the first `separator`, which is cut off it with the separator; all, where there is none.
+inline std::string_view takeField(std::string_view& text, char separator) {
+    const size_t at = text.find(separator);
+    const std::string_view field = text.substr(0, at);
+    text.remove_prefix(at == std::string_view::npos ? text.size() : at + 1);
+    return field;
+}
+
 } // namespace term

@@ -1,18 +1,24 @@
 # What the engine has for its host, and needs no screen for: the pseudo-terminal, input and string formats.
 set(TERM_HOST_SOURCES
+    Base64.cpp
     DeliveryQueue.cpp
     InputEncoder.cpp
     KeyEncoder.cpp
     LocalProcess.cpp
     LocalProcessChildReaper.cpp
     MouseEncoder.cpp
+    Notifications.cpp
+    OscPayloads.cpp
+    Palette.cpp
     ProcessExitSource.cpp
     Pty.cpp
+    RgbColor.cpp
     TerminalEnvironment.cpp
     TerminalIOPipeline.cpp
     TerminalOptions.cpp
 )
 set(TERM_HOST_HEADERS
+    Base64.h
     DeliveryQueue.h
     InputEncoder.h
     KeyEncoder.h
@@ -21,8 +27,12 @@ set(TERM_HOST_HEADERS
     LocalProcess.h
     LocalProcessChildReaper.h
     MouseEncoder.h
+    Notifications.h
+    OscPayloads.h
+    Palette.h
     ProcessExitSource.h
     Pty.h
+    RgbColor.h
     TerminalEnvironment.h
     TerminalIOPipeline.h
     TerminalOptions.h

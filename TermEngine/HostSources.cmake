@@ -2,8 +2,14 @@
 set(TERM_HOST_SOURCES
     Base64.cpp
     DeliveryQueue.cpp
+    GraphicsCommand.cpp
+    ImageCodec.cpp
+    ImageStore.cpp
     InputEncoder.cpp
     KeyEncoder.cpp
+    KittyClipboard.cpp
+    KittyGraphics.cpp
+    LocalMedia.cpp
     LocalProcess.cpp
     LocalProcessChildReaper.cpp
     MouseEncoder.cpp
@@ -13,6 +19,7 @@ set(TERM_HOST_SOURCES
     ProcessExitSource.cpp
     Pty.cpp
     RgbColor.cpp
+    SixelDecoder.cpp
     TerminalEnvironment.cpp
     TerminalIOPipeline.cpp
     TerminalOptions.cpp
@@ -20,10 +27,15 @@ set(TERM_HOST_SOURCES
 set(TERM_HOST_HEADERS
     Base64.h
     DeliveryQueue.h
+    GraphicsCommand.h
+    ImageCodec.h
+    ImageStore.h
     InputEncoder.h
     KeyEncoder.h
     KeyEvent.h
     KittyKeyboardStack.h
+    KittyClipboard.h
+    KittyGraphics.h
     LocalProcess.h
     LocalProcessChildReaper.h
     MouseEncoder.h
@@ -33,9 +45,13 @@ set(TERM_HOST_HEADERS
     ProcessExitSource.h
     Pty.h
     RgbColor.h
+    RgbaImage.h
+    SixelDecoder.h
     TerminalEnvironment.h
     TerminalIOPipeline.h
     TerminalOptions.h
     UniqueFd.h
 )
-set(TERM_HOST_LIBRARIES Threads::Threads)
+find_package(PNG REQUIRED)
+find_package(ZLIB REQUIRED)
+set(TERM_HOST_LIBRARIES PNG::PNG ZLIB::ZLIB Threads::Threads)

@@ -11,20 +11,6 @@ namespace term {
 namespace {
 
 constexpr size_t mostUnfinished = 16;
-constexpr size_t longestIdentifier = 256;
-
-/// Only what may be part of an identifier, since it is sent back.
-std::string identifierOf(std::string_view text) {
-    std::string identifier;
-    for (const char letter : text.substr(0, longestIdentifier)) {
-        const bool isWord =
-            (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
-        if (isWord || std::string_view("-_+.").find(letter) != std::string_view::npos) {
-            identifier.push_back(letter);
-        }
-    }
-    return identifier;
-}
 
 void setActions(NotificationRequest& request, std::string_view actions) {
     while (!actions.empty()) {

@@ -138,13 +138,12 @@ KittyClipboard::Outcome KittyClipboard::beginRead(const Metadata& metadata, std:
 }
 
 KittyClipboard::Outcome KittyClipboard::beginWrite(const Metadata& metadata) {
-    m_writing.emplace();
-    m_writing->write = {
+    m_writing.emplace(KittyClipboardWrite{
         .id = metadata.id,
         .location = metadata.location,
         .name = metadata.name,
         .password = metadata.password,
-        .needsPermission = m_policy == KittyClipboardPolicy::ask};
+        .needsPermission = m_policy == KittyClipboardPolicy::ask});
     return m_policy == KittyClipboardPolicy::deny ? fail(KittyClipboardStatus::notPermitted) : Outcome{};
 }
 

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace term {
@@ -73,6 +74,8 @@ public:
 private:
     struct Metadata;
     struct Writing {
+        explicit Writing(KittyClipboardWrite begun) : write(std::move(begun)) {}
+
         KittyClipboardWrite write;
         size_t usedBytes = 0;
         std::optional<Base64Decoder> decoder; ///< of the last representation

@@ -7,7 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using term::SixelDecoder;
     FuzzInput input(data, size);
-    const size_t limit = input.number() % 4'000'000;
+    const size_t limit = input.number() % 400'000;
     const auto background =
         input.byte() % 2 == 0 ? SixelDecoder::Background::filled : SixelDecoder::Background::transparent;
     const size_t step = input.byte() + size_t{1};

@@ -197,7 +197,7 @@ void SixelDecoder::paint(unsigned bits) {
     const size_t cost = static_cast<size_t>(std::popcount(bits)) * static_cast<size_t>(count);
     const int left = m_x;
     m_x += count;
-    if (bits == 0 || count <= 0 || cost > m_budget || !makeRoom(m_x, m_y + std::bit_width(bits))) {
+    if (bits == 0 || count <= 0 || cost > m_budget || !makeRoom(m_x, m_y + static_cast<int>(std::bit_width(bits)))) {
         return;
     }
     m_budget -= cost;

@@ -19,6 +19,8 @@ public:
     /// Keeps at most `limitBytes` decoded bytes.
     explicit Base64Decoder(size_t limitBytes) : m_limitBytes(limitBytes) {}
 
+    /// Takes the memory for so many bytes at once, or for as many as may come.
+    void reserve(size_t bytes) { m_bytes.reserve(bytes < m_limitBytes ? bytes : m_limitBytes); }
     /// After an error, nothing more is taken.
     Error append(std::string_view encoded);
     /// What was decoded; nothing after an error. The decoder is as new.

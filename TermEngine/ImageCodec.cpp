@@ -1,6 +1,7 @@
 #include "TermEngine/ImageCodec.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <png.h>
 #include <zlib.h>
@@ -52,7 +53,7 @@ std::optional<RgbaImage> decodePng(std::span<const uint8_t> data, size_t limitBy
     return isGood ? std::optional(std::move(image)) : std::nullopt;
 }
 
-std::optional<RgbaImage> fromRawPixels(std::span<const uint8_t> data, int width, int height, int bytesPerPixel) {
+std::optional<RgbaImage> fromRawPixels(std::vector<uint8_t> data, int width, int height, int bytesPerPixel) {
     const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
     const auto each = static_cast<size_t>(bytesPerPixel);
     if (count == 0 || data.size() < count * each) {
@@ -60,7 +61,8 @@ std::optional<RgbaImage> fromRawPixels(std::span<const uint8_t> data, int width,
     }
     RgbaImage image{width, height, {}};
     if (each == 4) {
-        image.pixels.assign(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(count * 4));
+        data.resize(count * 4);
+        image.pixels = std::move(data);
         return image;
     }
     image.pixels.resize(count * 4);

@@ -19,6 +19,6 @@ namespace term {
 
 /// Pixels of 3 or 4 bytes as an image; nothing where there are too few of them.
 [[nodiscard]] std::optional<RgbaImage> fromRawPixels(
-    std::span<const uint8_t> data, int width, int height, int bytesPerPixel);
+    std::vector<uint8_t> data, int width, int height, int bytesPerPixel);
 
 } // namespace term

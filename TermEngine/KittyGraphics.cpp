@@ -6,6 +6,7 @@
 #include "TermEngine/LocalMedia_p.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace term {
 namespace {
@@ -102,6 +103,7 @@ GraphicsResult KittyGraphics::run(const GraphicsCommand& command, const Graphics
             return answered(std::unexpected("EFBIG:too much data"), command.number('i'));
         }
         m_loading.emplace(command.withoutPayload(), Base64Decoder(limit));
+        m_loading->data.reserve(isDirect && isRaw ? rawBytes(command) : 0);
         m_loading->data.append(command.payload());
         return command.number('m') != 0 ? GraphicsResult{} : load(command, context);
     }
@@ -187,8 +189,9 @@ KittyGraphics::Outcome<RgbaImage> KittyGraphics::decode(
         }
         data = std::move(*inflated);
     }
-    auto image = isPng(command) ? decodePng(data, m_store.limitBytes())
-                                : fromRawPixels(data, command.extent('s'), command.extent('v'), bytesPerPixel(command));
+    auto image = isPng(command)
+                     ? decodePng(data, m_store.limitBytes())
+                     : fromRawPixels(std::move(data), command.extent('s'), command.extent('v'), bytesPerPixel(command));
     return image ? Outcome<RgbaImage>(std::move(*image))
                  : std::unexpected(isPng(command) ? "EBADPNG:can't be decoded" : "ENODATA:too little data");
 }

@@ -4,6 +4,7 @@
 # nothing but a link to it, so that `#include "OrvProcess/PortParser.h"` compiles only where OrvProcess is linked.
 
 # The allowed edges. Whoever adds one, adds it here and to the picture in ARCHITECTURE.md.
+set(ORV_EDGES_TermEngine "")
 set(ORV_EDGES_OrvCore "")
 set(ORV_EDGES_OrvProcess OrvCore)
 set(ORV_EDGES_OrvUI OrvCore OrvProcess)
@@ -87,4 +88,16 @@ function(orv_test name)
     if(arg_SERIAL)
         set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
     endif()
+endfunction()
+
+# orv_engine_test(NAME SOURCES ... [TIMEOUT s]): a GoogleTest program of the engine, which links no Qt.
+function(orv_engine_test name)
+    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES" ${ARGN})
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE TermEngine GTest::gtest_main orv_options)
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 120)
+    endif()
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
 endfunction()

@@ -72,11 +72,11 @@ void EscapeSequenceParser::trimProgramStatus(std::vector<std::uint8_t>& osc, std
 
 void EscapeSequenceParser::appendOscBytes(Bytes bytes) {
     if (!m_oscLimitExceeded && m_osc.size() + bytes.size() <= m_maximumOscBytes) {
-        m_osc.insert(m_osc.end(), bytes.begin(), bytes.end());
+        m_osc.insert(m_osc.end(), bytes.data(), bytes.data() + bytes.size());
         return;
     }
     if (m_programStatusOsc >= 0 && !m_oscLimitExceeded) {
-        m_osc.insert(m_osc.end(), bytes.begin(), bytes.end());
+        m_osc.insert(m_osc.end(), bytes.data(), bytes.data() + bytes.size());
         if (isProgramStatusOsc(m_osc)) {
             if (m_osc.size() / 2 > m_maximumOscBytes) {
                 trimProgramStatus(m_osc, m_maximumOscBytes);
@@ -98,7 +98,7 @@ void EscapeSequenceParser::appendApcBytes(Bytes bytes) {
         m_apc.shrink_to_fit();
         return;
     }
-    m_apc.insert(m_apc.end(), bytes.begin(), bytes.end());
+    m_apc.insert(m_apc.end(), bytes.data(), bytes.data() + bytes.size());
 }
 
 /// Appends as much as belongs to the string and ends the string when its terminator is there. A byte of 0x80 to 0x9F

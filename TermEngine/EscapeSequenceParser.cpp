@@ -27,7 +27,7 @@ void EscapeSequenceParser::reset() {
 
 void EscapeSequenceParser::parseBorrowed(Bytes bytes) {
     if (m_parseDepth > 0) {
-        m_fedBack.insert(m_fedBack.end(), bytes.begin(), bytes.end());
+        m_fedBack.insert(m_fedBack.end(), bytes.data(), bytes.data() + bytes.size());
         return;
     }
     ++m_parseDepth;

@@ -132,9 +132,9 @@ void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen
         if (cluster.empty()) {
             cluster = U" ";
         }
-        const bool joins = mode == ClusterMode::graphemes
-                               ? unicode::continuesCluster(cluster, scalar)
-                               : kind != GraphemeBreak::control && kind != GraphemeBreak::cr && kind != GraphemeBreak::lf;
+        const bool joins = mode == ClusterMode::graphemes ? unicode::continuesCluster(cluster, scalar)
+                                                          : kind != GraphemeBreak::control &&
+                                                                kind != GraphemeBreak::cr && kind != GraphemeBreak::lf;
         if (joins) {
             const bool widens = mode == ClusterMode::graphemes && !before.isWide() &&
                                 (scalar == unicode::emojiSelector
@@ -143,9 +143,8 @@ void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen
             if (cluster.size() < CellArena::maximumClusterScalars) {
                 cluster.push_back(scalar);
                 if (const std::uint32_t id = m_arena->internCluster(cluster); id != 0) {
-                    const std::uint64_t rest = before.isEmpty()
-                                                   ? pen.bits
-                                                   : before.rawValue & ~(PackedCell::contentMask | 3);
+                    const std::uint64_t rest =
+                        before.isEmpty() ? pen.bits : before.rawValue & ~(PackedCell::contentMask | 3);
                     target.replace(col, PackedCell::make(PackedCell::Kind::cluster, id, rest));
                 }
             }

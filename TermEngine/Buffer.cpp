@@ -12,8 +12,13 @@ std::size_t lengthOf(const Buffer::Setup& setup, int rows) {
 } // namespace
 
 Buffer::Buffer(std::shared_ptr<CellArena> arena, const Setup& setup)
-    : m_arena(std::move(arena)), m_setup(setup), m_cols(setup.cols), m_rows(setup.rows),
-      m_lines(lengthOf(setup, setup.rows)), m_scrollBottom(setup.rows - 1), m_marginRight(setup.cols - 1) {
+    : m_arena(std::move(arena)),
+      m_setup(setup),
+      m_cols(setup.cols),
+      m_rows(setup.rows),
+      m_lines(lengthOf(setup, setup.rows)),
+      m_scrollBottom(setup.rows - 1),
+      m_marginRight(setup.cols - 1) {
     fillRows();
     setupTabStops();
 }

@@ -18,9 +18,7 @@ struct Position {
     int col = 0;
     int row = 0;
     bool operator==(const Position&) const = default;
-    auto operator<=>(const Position& other) const {
-        return row != other.row ? row <=> other.row : col <=> other.col;
-    }
+    auto operator<=>(const Position& other) const { return row != other.row ? row <=> other.row : col <=> other.col; }
 };
 
 /// With what is written: the bits that all cells of a run have, and what an erase leaves.

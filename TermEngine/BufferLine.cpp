@@ -18,10 +18,18 @@ PackedCell emptied(PackedCell cell) {
 
 BufferLine::BufferLine(const BufferLine& other)
     : m_cells(std::make_unique_for_overwrite<PackedCell[]>(static_cast<std::size_t>(other.m_used))),
-      m_capacity(other.m_used), m_cols(other.m_cols), m_used(other.m_used), m_isWrapped(other.m_isWrapped),
-      m_hasWide(other.m_hasWide), m_renderMode(other.m_renderMode), m_bidiState(other.m_bidiState),
-      m_tailBlank(other.m_tailBlank), m_generation(other.m_generation), m_renderIdentity(other.m_renderIdentity),
-      m_recycleGeneration(other.m_recycleGeneration), m_marks(other.m_marks) {
+      m_capacity(other.m_used),
+      m_cols(other.m_cols),
+      m_used(other.m_used),
+      m_isWrapped(other.m_isWrapped),
+      m_hasWide(other.m_hasWide),
+      m_renderMode(other.m_renderMode),
+      m_bidiState(other.m_bidiState),
+      m_tailBlank(other.m_tailBlank),
+      m_generation(other.m_generation),
+      m_renderIdentity(other.m_renderIdentity),
+      m_recycleGeneration(other.m_recycleGeneration),
+      m_marks(other.m_marks) {
     std::copy_n(other.m_cells.get(), m_used, m_cells.get());
 }
 

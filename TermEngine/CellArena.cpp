@@ -19,8 +19,7 @@ const PackedAttributeKey& defaultKey() {
 
 } // namespace
 
-CellArena::CellArena() : m_attributes{defaultKey()}, m_slots(256), m_lastKey(defaultKey()) {
-}
+CellArena::CellArena() : m_attributes{defaultKey()}, m_slots(256), m_lastKey(defaultKey()) {}
 
 std::size_t CellArena::slotOf(const PackedAttributeKey& key) const {
     const std::size_t mask = m_slots.size() - 1;
@@ -121,9 +120,9 @@ void CellArena::sweep() {
 }
 
 CellArena::Marker::Marker(const CellArena& arena)
-    : m_attributes(arena.m_attributes.size()), m_clusters(arena.m_clusters.highestNumber() + 1),
-      m_links(arena.m_links.highestNumber() + 1) {
-}
+    : m_attributes(arena.m_attributes.size()),
+      m_clusters(arena.m_clusters.highestNumber() + 1),
+      m_links(arena.m_links.highestNumber() + 1) {}
 
 void CellArena::Marker::mark(std::span<const PackedCell> cells) {
     m_cells += cells.size();

@@ -111,9 +111,9 @@ enum class WidthState : std::uint8_t {
 
 /// One cell, as it is handed to and from the terminal.
 struct CharData {
-    std::int32_t code = 0;              ///< a Unicode scalar; 0: empty
+    std::int32_t code = 0;                 ///< a Unicode scalar; 0: empty
     std::u32string graphemeScalarValues{}; ///< all scalars of a cluster of several; empty: `code` is all
-    std::int8_t width = 1;              ///< 2: the next cell is its spacer; 0: a spacer
+    std::int8_t width = 1;                 ///< 2: the next cell is its spacer; 0: a spacer
     TinyAtom payload = 0;
     SemanticContent semanticContentCode = SemanticContent::none;
     WidthState widthStateCode = WidthState::narrow;

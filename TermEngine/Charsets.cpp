@@ -12,14 +12,14 @@ struct Designation {
 
 // XTerm Control Sequences, "Designate G0 Character Set".
 constexpr Designation designations94[] = {
-    {"B", Charset::ascii},          {"1", Charset::ascii},         {"0", Charset::decGraphics},
-    {"2", Charset::decGraphics},    {"<", Charset::decSupplemental}, {"%5", Charset::decSupplemental},
-    {"A", Charset::british},        {"4", Charset::dutch},         {"C", Charset::finnish},
-    {"5", Charset::finnish},        {"R", Charset::french},        {"f", Charset::french},
-    {"Q", Charset::frenchCanadian}, {"9", Charset::frenchCanadian}, {"K", Charset::german},
-    {"Y", Charset::italian},        {"`", Charset::norwegianDanish}, {"E", Charset::norwegianDanish},
-    {"6", Charset::norwegianDanish}, {"Z", Charset::spanish},      {"H", Charset::swedish},
-    {"7", Charset::swedish},        {"=", Charset::swiss},         {"%6", Charset::portuguese},
+    {"B", Charset::ascii},           {"1", Charset::ascii},           {"0", Charset::decGraphics},
+    {"2", Charset::decGraphics},     {"<", Charset::decSupplemental}, {"%5", Charset::decSupplemental},
+    {"A", Charset::british},         {"4", Charset::dutch},           {"C", Charset::finnish},
+    {"5", Charset::finnish},         {"R", Charset::french},          {"f", Charset::french},
+    {"Q", Charset::frenchCanadian},  {"9", Charset::frenchCanadian},  {"K", Charset::german},
+    {"Y", Charset::italian},         {"`", Charset::norwegianDanish}, {"E", Charset::norwegianDanish},
+    {"6", Charset::norwegianDanish}, {"Z", Charset::spanish},         {"H", Charset::swedish},
+    {"7", Charset::swedish},         {"=", Charset::swiss},           {"%6", Charset::portuguese},
 };
 
 // The codes that a national set replaces, in the order of the characters below.
@@ -31,18 +31,12 @@ struct National {
 };
 
 constexpr National nationals[] = {
-    {Charset::british, U"£@[\\]^_`{|}~"},
-    {Charset::dutch, U"£¾ĳ½|^_`¨ƒ¼´"},
-    {Charset::finnish, U"#@ÄÖÅÜ_éäöåü"},
-    {Charset::french, U"£à°ç§^_`éùè¨"},
-    {Charset::frenchCanadian, U"#àâçêî_ôéùèû"},
-    {Charset::german, U"#§ÄÖÜ^_`äöüß"},
-    {Charset::italian, U"£§°çé^_ùàòèì"},
-    {Charset::norwegianDanish, U"#ÄÆØÅÜ_äæøåü"},
-    {Charset::spanish, U"£§¡Ñ¿^_`°ñç~"},
-    {Charset::swedish, U"#ÉÄÖÅÜ_éäöåü"},
-    {Charset::swiss, U"ùàéçêîèôäöüû"},
-    {Charset::portuguese, U"#@ÃÇÕ^_`ãçõ~"},
+    {Charset::british, U"£@[\\]^_`{|}~"},       {Charset::dutch, U"£¾ĳ½|^_`¨ƒ¼´"},
+    {Charset::finnish, U"#@ÄÖÅÜ_éäöåü"},        {Charset::french, U"£à°ç§^_`éùè¨"},
+    {Charset::frenchCanadian, U"#àâçêî_ôéùèû"}, {Charset::german, U"#§ÄÖÜ^_`äöüß"},
+    {Charset::italian, U"£§°çé^_ùàòèì"},        {Charset::norwegianDanish, U"#ÄÆØÅÜ_äæøåü"},
+    {Charset::spanish, U"£§¡Ñ¿^_`°ñç~"},        {Charset::swedish, U"#ÉÄÖÅÜ_éäöåü"},
+    {Charset::swiss, U"ùàéçêîèôäöüû"},          {Charset::portuguese, U"#@ÃÇÕ^_`ãçõ~"},
 };
 
 // DEC Special Character and Line Drawing Set, 0x5F to 0x7E.

@@ -33,8 +33,8 @@ public:
 
     constexpr PackedCell() = default;
     constexpr explicit PackedCell(std::uint64_t raw) : rawValue(raw) {}
-    [[nodiscard]] static constexpr PackedCell
-    make(Kind kind, std::uint32_t content, std::uint64_t pen = 0, WidthState width = WidthState::narrow) {
+    [[nodiscard]] static constexpr PackedCell make(
+        Kind kind, std::uint32_t content, std::uint64_t pen = 0, WidthState width = WidthState::narrow) {
         return PackedCell(
             static_cast<std::uint64_t>(kind) | std::uint64_t{content} << contentShift | pen |
             static_cast<std::uint64_t>(width) << widthShift);
@@ -58,9 +58,7 @@ public:
     [[nodiscard]] constexpr bool isWide() const { return widthState() == WidthState::wide; }
     [[nodiscard]] constexpr bool isSpacer() const { return widthState() == WidthState::spacer; }
     /// Nothing was written here, or it was erased.
-    [[nodiscard]] constexpr bool isEmpty() const {
-        return (rawValue & 2) != 0 || (rawValue & (contentMask | 3)) == 0;
-    }
+    [[nodiscard]] constexpr bool isEmpty() const { return (rawValue & 2) != 0 || (rawValue & (contentMask | 3)) == 0; }
     /// Empty, and not the half of a wide character.
     [[nodiscard]] constexpr bool isBlank() const { return isEmpty() && !isSpacer(); }
     [[nodiscard]] constexpr PackedCell with(WidthState width) const {

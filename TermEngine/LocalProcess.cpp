@@ -1,0 +1,208 @@
+#include "TermEngine/LocalProcess.h"
+
+#include "TermEngine/LocalProcessChildReaper.h"
+#include "TermEngine/ProcessExitSource.h"
+#include "TermEngine/TerminalEnvironment.h"
+
+#include <csignal>
+#include <system_error>
+#include <utility>
+
+namespace term {
+
+/// One child of a process, which may have several one after the other. Its pipeline keeps it as long as it has threads.
+class LocalProcess::Session : public TerminalIOSink, public std::enable_shared_from_this<Session> {
+public:
+    Session(pid_t pid, std::weak_ptr<LocalProcess> owner, const LocalProcess& settings)
+        : m_reaper(pid),
+          m_exitSource(pid),
+          m_owner(std::move(owner)),
+          m_delegate(settings.m_delegate),
+          m_queue(settings.m_configuration.queue),
+          m_delivery(settings.m_configuration.delivery) {}
+
+    [[nodiscard]] pid_t pid() const { return m_reaper.pid(); }
+    void signal(int number) { m_reaper.signal(number); }
+    std::optional<int> collect() { return LocalProcessChildReaper::exitCode(m_reaper.wait()); }
+
+    [[nodiscard]] static TerminalIOPipeline::Process watched(const std::shared_ptr<Session>& self) {
+        return {
+            .exitDescriptor = self->m_exitSource.descriptor(),
+            .hasExited = [self] { return self->m_exitSource.hasFired(); },
+            .exited = [self] { self->m_reaper.wait(); },
+            .kill = [self] { self->signal(SIGKILL); }};
+    }
+
+    void received(std::span<const uint8_t> bytes, DeliveryToken token) override {
+        auto deliver = [self = shared_from_this(), bytes, token = std::move(token)] {
+            const auto owner = self->m_owner.lock();
+            if (const auto delegate = self->m_delegate.lock(); owner && delegate) {
+                delegate->dataReceived(bytes);
+            }
+        };
+        if (m_delivery == LocalProcessDelivery::direct) {
+            deliver();
+        } else {
+            m_queue->post(std::move(deliver));
+        }
+    }
+
+    void reachedEOF() override { reportExit(); }
+
+    void reportExit() {
+        m_queue->post([self = shared_from_this(), exitCode = collect()] {
+            if (const auto owner = self->m_owner.lock()) {
+                owner->childDidExit(*self, exitCode);
+            }
+        });
+    }
+
+private:
+    LocalProcessChildReaper m_reaper;
+    const ProcessExitSource m_exitSource;
+    const std::weak_ptr<LocalProcess> m_owner;
+    const std::weak_ptr<LocalProcessDelegate> m_delegate;
+    const std::shared_ptr<DeliveryQueue> m_queue;
+    const LocalProcessDelivery m_delivery;
+};
+
+std::shared_ptr<LocalProcess> LocalProcess::create(
+    std::weak_ptr<LocalProcessDelegate> delegate, Configuration configuration) {
+    if (!configuration.queue) {
+        configuration.queue = SerialQueue::shared();
+    }
+    return std::shared_ptr<LocalProcess>(new LocalProcess(std::move(delegate), std::move(configuration)));
+}
+
+LocalProcess::LocalProcess(std::weak_ptr<LocalProcessDelegate> delegate, Configuration configuration)
+    : m_delegate(std::move(delegate)), m_configuration(std::move(configuration)) {}
+
+LocalProcess::~LocalProcess() {
+    if (m_phase == LocalProcessPhase::running) {
+        m_session->signal(SIGTERM);
+    }
+    // The pipeline's end goes on for the child: it kills what is still there after a while, and collects it.
+}
+
+void LocalProcess::startProcess(const Program& program) {
+    const std::scoped_lock startLock(m_startMutex);
+    if (running()) {
+        return;
+    }
+    const auto delegate = m_delegate.lock();
+    const winsize size = delegate ? delegate->getWindowSize() : winsize{25, 80, 0, 0};
+    PseudoTerminalHelpers::Command command{
+        program.executable,
+        {program.execName.value_or(program.executable)},
+        program.environment ? *program.environment : getEnvironmentVariables("xterm-256color", TrueColor::yes),
+        program.currentDirectory};
+    command.arguments.insert(command.arguments.end(), program.args.begin(), program.args.end());
+    auto child = PseudoTerminalHelpers::fork(command, size);
+    if (!child) {
+        finishLaunchFailure(child.error());
+        return;
+    }
+    auto session = std::make_shared<Session>(child->pid, weak_from_this(), *this);
+    if (child->execError != 0) {
+        finishLaunchFailure({LocalProcessError::Reason::exec, child->execError});
+        {
+            const std::scoped_lock lock(m_mutex);
+            m_phase = LocalProcessPhase::exited;
+            m_session = session;
+            m_pipeline.reset();
+        }
+        session->reportExit();
+        return;
+    }
+    // The exit report can't be early: it is for this session, which has to be known before.
+    std::unique_lock lock(m_mutex);
+    try {
+        m_pipeline =
+            std::make_shared<TerminalIOPipeline>(std::move(child->masterFd), session, Session::watched(session));
+    } catch (const std::system_error& error) {
+        lock.unlock();
+        session->signal(SIGKILL);
+        session->collect();
+        finishLaunchFailure({LocalProcessError::Reason::thread, error.code().value()});
+        return;
+    }
+    m_phase = LocalProcessPhase::running;
+    m_session = std::move(session);
+}
+
+void LocalProcess::finishLaunchFailure(const LocalProcessError& error) {
+    if (m_configuration.onLaunchFailure) {
+        m_configuration.queue->post([notify = m_configuration.onLaunchFailure, error] { notify(error); });
+    }
+}
+
+void LocalProcess::childDidExit(const Session& session, std::optional<int> exitCode) {
+    std::shared_ptr<TerminalIOPipeline> ended;
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (m_session.get() != &session) {
+            return;
+        }
+        m_phase = LocalProcessPhase::exited;
+        ended = std::move(m_pipeline);
+        m_lastCounters = ended ? ended->counters() : LocalProcessCounters{};
+    }
+    ended.reset();
+    if (const auto delegate = m_delegate.lock()) {
+        delegate->processTerminated(*this, exitCode);
+    }
+}
+
+std::shared_ptr<TerminalIOPipeline> LocalProcess::pipeline() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_pipeline;
+}
+
+TerminalIOPipeline::SendResult LocalProcess::send(std::span<const uint8_t> data) {
+    const auto current = pipeline();
+    return current ? current->send(data) : TerminalIOPipeline::SendResult::closed;
+}
+
+void LocalProcess::terminate() {
+    const std::scoped_lock lock(m_mutex);
+    if (m_phase == LocalProcessPhase::running) {
+        m_session->signal(SIGTERM);
+    }
+}
+
+void LocalProcess::updateWindowSize(const winsize& size) {
+    if (const auto current = pipeline()) {
+        current->setWinSize(size);
+    }
+}
+
+bool LocalProcess::running() const {
+    return phase() == LocalProcessPhase::running;
+}
+
+LocalProcessPhase LocalProcess::phase() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_phase;
+}
+
+pid_t LocalProcess::shellPid() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_session ? m_session->pid() : 0;
+}
+
+int LocalProcess::childfd() const {
+    const auto current = pipeline();
+    return current ? current->masterDescriptor() : -1;
+}
+
+pid_t LocalProcess::foregroundProcessGroup() const {
+    const auto current = pipeline();
+    return current ? current->foregroundProcessGroup() : -1;
+}
+
+LocalProcessCounters LocalProcess::counters() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_pipeline ? m_pipeline->counters() : m_lastCounters;
+}
+
+} // namespace term

@@ -1,0 +1,2 @@
+orv_engine_test(term_options_tests SOURCES TerminalOptionsTests.cpp)
+orv_engine_test(term_process_tests SOURCES LocalProcessTests.cpp TIMEOUT 300)

@@ -1,8 +1,11 @@
 # What the engine has for its host, and needs no screen for: the pseudo-terminal, input and string formats.
 set(TERM_HOST_SOURCES
     DeliveryQueue.cpp
+    InputEncoder.cpp
+    KeyEncoder.cpp
     LocalProcess.cpp
     LocalProcessChildReaper.cpp
+    MouseEncoder.cpp
     ProcessExitSource.cpp
     Pty.cpp
     TerminalEnvironment.cpp
@@ -11,8 +14,13 @@ set(TERM_HOST_SOURCES
 )
 set(TERM_HOST_HEADERS
     DeliveryQueue.h
+    InputEncoder.h
+    KeyEncoder.h
+    KeyEvent.h
+    KittyKeyboardStack.h
     LocalProcess.h
     LocalProcessChildReaper.h
+    MouseEncoder.h
     ProcessExitSource.h
     Pty.h
     TerminalEnvironment.h

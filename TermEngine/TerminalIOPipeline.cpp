@@ -231,30 +231,41 @@ void TerminalIOPipeline::Core::readUntilEnd() {
     }
 }
 
-/// Reads while there is something to read and room for it.
+/// Reads while there is something to read and room for it. The gatherer is woken once all of it is there, or enough of
+/// it: a pseudo-terminal gives 4 KiB at most at a time.
 TerminalIOPipeline::Core::ReadResult TerminalIOPipeline::Core::read() {
+    size_t unannounced = 0;
+    const auto announce = [this, &unannounced] {
+        if (std::exchange(unannounced, 0) > 0) {
+            m_changed.notify_one();
+        }
+    };
     for (;;) {
         std::span<uint8_t> room;
         {
             const std::scoped_lock lock(m_mutex);
             room = m_ring.room();
             if (room.empty() || m_isShutDown) {
+                announce();
                 return ReadResult::more;
             }
         }
         const ssize_t size = ::read(m_master.get(), room.data(), room.size());
         if (size > 0) {
+            unannounced += static_cast<size_t>(size);
             {
                 const std::scoped_lock lock(m_mutex);
                 m_ring.add(room.first(static_cast<size_t>(size)));
                 m_counters.bytesRead += static_cast<uint64_t>(size);
                 ++m_counters.reads;
             }
-            m_changed.notify_one();
-        } else if (size == 0 || (errno != EINTR && errno != EAGAIN)) {
-            return ReadResult::ended; // EIO: the slave side is open nowhere
-        } else if (errno == EAGAIN) {
-            return ReadResult::nothing;
+            if (unannounced >= ChunkRing::chunkBytes) {
+                announce();
+            }
+        } else if (size == 0 || errno != EINTR) {
+            const bool isOver = size == 0 || errno != EAGAIN; // EIO: the slave side is open nowhere
+            announce();
+            return isOver ? ReadResult::ended : ReadResult::nothing;
         }
     }
 }

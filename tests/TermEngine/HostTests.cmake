@@ -1,2 +1,3 @@
 orv_engine_test(term_options_tests SOURCES TerminalOptionsTests.cpp)
 orv_engine_test(term_process_tests SOURCES LocalProcessTests.cpp TIMEOUT 300)
+orv_engine_test(term_input_tests SOURCES InputEncoderTests.cpp)

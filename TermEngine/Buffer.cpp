@@ -41,8 +41,8 @@ void Buffer::setYDisp(int yDisp) {
 }
 
 void Buffer::setCursor(int x, int y) {
-    m_x = std::clamp(x, 0, m_cols - 1);
     m_y = std::clamp(y, 0, m_rows - 1);
+    m_x = std::clamp(x, 0, lastColumn(m_y));
     m_pendingWrap = false;
 }
 
@@ -91,11 +91,11 @@ void Buffer::clear(PackedCell blank) {
     m_lines.dropOldest(m_lines.size());
     m_yBase = 0;
     m_yDisp = 0;
-    setCursor(0, 0);
-    resetMargins();
     while (lineCount() < m_rows) {
         m_lines.push(blankLine(blank));
     }
+    resetMargins();
+    setCursor(0, 0);
 }
 
 void Buffer::setupTabStops() {

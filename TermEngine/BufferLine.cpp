@@ -114,7 +114,7 @@ void BufferLine::insertCells(int col, int count, int end, PackedCell blank) {
     cutWide(col);
     cutWide(end);
     cutWide(end - count);
-    reserve(0, end);
+    reserve(end, end);
     PackedCell* const cells = m_cells.get();
     std::memmove(cells + col + count, cells + col, static_cast<std::size_t>(end - col - count) * sizeof(PackedCell));
     std::fill(cells + col, cells + col + count, blank);
@@ -128,10 +128,10 @@ void BufferLine::deleteCells(int col, int count, int end, PackedCell blank) {
     cutWide(col);
     cutWide(col + count);
     cutWide(end);
-    reserve(0, end);
+    reserve(end, end);
     PackedCell* const cells = m_cells.get();
     std::memmove(cells + col, cells + col + count, static_cast<std::size_t>(end - col - count) * sizeof(PackedCell));
-    fill(end - count, end, blank);
+    std::fill(cells + end - count, cells + end, blank);
 }
 
 void BufferLine::copyFrom(const BufferLine& source, int sourceCol, int col, int count) {

@@ -77,6 +77,10 @@ void Reflow::copyRow(const BufferLine& row, int index, int length) {
         if (m_col == m_cols) {
             nextRow(true);
         }
+        if (m_cols == 1 && row[col].isSpacer()) {
+            ++col;
+            continue;
+        }
         int count = std::min(length - col, m_cols - m_col);
         // The last one is the first half of a wide character.
         const bool isCut = m_col + count == m_cols && row.hasWide() && row[col + count - 1].isWide();
@@ -89,6 +93,10 @@ void Reflow::copyRow(const BufferLine& row, int index, int length) {
             PackedCell* const cells = target.write(m_col, count);
             for (int i = 0; i < count; ++i) {
                 cells[i] = row[col + i];
+            }
+            if (m_cols == 1) {
+                // There is no room for a wide character: its first half stands for it.
+                cells[0] = cells[0].with(WidthState::narrow);
             }
             place(index, col, count, m_col);
             m_col += count;

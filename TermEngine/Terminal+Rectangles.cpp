@@ -85,7 +85,9 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
              {7, StyleBit::inverse},
              {8, StyleBit::invisible}}};
         for (const auto& [code, bit] : bits) {
-            mask |= change.at(i) == code || (change.at(i) == 0 && code != 8) ? static_cast<std::uint8_t>(bit) : 0;
+            if (change.at(i) == code || (change.at(i) == 0 && code != 8)) {
+                mask = static_cast<std::uint8_t>(mask | static_cast<std::uint8_t>(bit));
+            }
         }
     }
     const int lastColumn = m_modes.origin ? b.marginRight() + 1 : b.cols();

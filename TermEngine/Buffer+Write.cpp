@@ -59,14 +59,59 @@ void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) 
 }
 
 void Buffer::insertScalarRun(std::span<const char32_t> text, const Pen& pen, ClusterMode mode) {
-    for (const char32_t scalar : text) {
+    while (!text.empty()) {
+        if (!m_pendingWrap && !insertMode) {
+            text = text.subspan(insertSimpleScalars(text, pen));
+            if (text.empty()) {
+                return;
+            }
+        }
+        const char32_t scalar = text.front();
         const Properties properties = unicode::properties(scalar);
         if (properties.startsCluster() && properties.width() > 0) {
             putScalar(scalar, properties.width(), pen);
         } else {
             putClustered(scalar, properties, pen, mode);
         }
+        text = text.subspan(1);
     }
+}
+
+/// Those at the front that begin a cluster each and fit into the line.
+std::size_t Buffer::insertSimpleScalars(std::span<const char32_t> text, const Pen& pen) {
+    BufferLine& target = line(m_y);
+    const int right = std::max(rightLimit(), m_x);
+    PackedCell* const cells = target.beginRun(m_x);
+    const PackedCell spacer = PackedCell::make(PackedCell::Kind::scalar, 0, pen.bits, WidthState::spacer);
+    bool hasWide = false;
+    int x = m_x;
+    std::size_t count = 0;
+    for (; count < text.size(); ++count) {
+        const char32_t scalar = text[count];
+        const Properties properties = unicode::properties(scalar);
+        const int width = properties.width();
+        if (!properties.startsCluster() || width == 0 || x + width - 1 > right) {
+            break;
+        }
+        if (width == 2) {
+            cells[x] = PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits, WidthState::wide);
+            cells[x + 1] = spacer;
+            hasWide = true;
+        } else {
+            cells[x] = PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits);
+        }
+        x += width;
+    }
+    target.endRun(x);
+    if (hasWide) {
+        target.noteWide();
+    }
+    if (count > 0) {
+        m_lastScalar = text[count - 1];
+    }
+    m_pendingWrap = x > right;
+    m_x = std::min(x, right);
+    return count;
 }
 
 void Buffer::putScalar(char32_t scalar, int width, const Pen& pen) {

@@ -163,6 +163,7 @@ public:
 private:
     [[nodiscard]] int rightLimit() const;
     void wrap(const Pen& pen);
+    std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
     void putScalar(char32_t scalar, int width, const Pen& pen);
     void putClustered(char32_t scalar, unicode::Properties properties, const Pen& pen, ClusterMode mode);
     [[nodiscard]] int columnBeforeCursor() const;

@@ -71,6 +71,14 @@ void BufferLine::cutWide(int col) {
     cells[col] = emptied(cells[col]);
 }
 
+/// The first half is written over already.
+void BufferLine::dropSpacer(int col) {
+    PackedCell& cell = m_cells[static_cast<std::size_t>(col)];
+    if (cell.isSpacer()) {
+        cell = emptied(cell);
+    }
+}
+
 void BufferLine::replace(int col, PackedCell cell) {
     reserve(col, col + 1);
     m_cells[static_cast<std::size_t>(col)] = cell;

@@ -3,6 +3,7 @@
 #include "TermEngine/CellArena.h"
 #include "TermEngine/PackedCell.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -71,6 +72,23 @@ public:
         reserve(col, col + count);
         return m_cells.get() + col;
     }
+    /// All cells from `col` on, to write a run whose end shows only later: `endRun` has to follow.
+    PackedCell* beginRun(int col) {
+        if (m_hasWide) {
+            cutWide(col);
+        }
+        reserve(col, col);
+        if (m_capacity < m_cols) {
+            grow(m_cols);
+        }
+        return m_cells.get();
+    }
+    void endRun(int end) {
+        if (m_hasWide && end < m_used) {
+            dropSpacer(end);
+        }
+        m_used = std::max(m_used, end);
+    }
     /// Says that there is a wide character.
     void noteWide() { m_hasWide = true; }
     [[nodiscard]] bool hasWide() const { return m_hasWide; }
@@ -114,6 +132,7 @@ private:
     void reserve(int col, int end);
     void grow(int capacity);
     void cutWide(int col);
+    void dropSpacer(int col);
 
     std::unique_ptr<PackedCell[]> m_cells;
     int m_capacity = 0;

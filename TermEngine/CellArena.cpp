@@ -55,8 +55,9 @@ std::uint16_t CellArena::intern(const Attribute& attribute) {
     }
     std::size_t slot = slotOf(key);
     if (m_slots[slot] == 0) {
-        sweepWhenDue(m_attributeCount);
-        if (m_freeAttributes.empty() && m_attributes.size() > attributeCapacity) {
+        const auto isFull = [this] { return m_freeAttributes.empty() && m_attributes.size() > attributeCapacity; };
+        sweepWhenDue(isFull() ? Room::none : Room::some);
+        if (isFull()) {
             return 0;
         }
         std::uint16_t id = 0;
@@ -81,18 +82,18 @@ std::uint16_t CellArena::intern(const Attribute& attribute) {
 }
 
 std::uint32_t CellArena::internCluster(std::u32string_view scalars) {
-    sweepWhenDue(m_clusters.size());
+    sweepWhenDue(m_clusters.isFull() ? Room::none : Room::some);
     return m_clusters.intern(std::u32string(scalars.substr(0, maximumClusterScalars))).value_or(0);
 }
 
 TinyAtom CellArena::internLink(const std::string& link) {
-    sweepWhenDue(m_links.size());
+    sweepWhenDue(m_links.isFull() ? Room::none : Room::some);
     return static_cast<TinyAtom>(m_links.intern(link).value_or(0));
 }
 
-void CellArena::sweepWhenDue(std::size_t count) {
+void CellArena::sweepWhenDue(Room room) {
     ++m_newSinceSweep;
-    if (count >= 1024 && m_newSinceSweep >= m_nextSweep && m_roots) {
+    if (m_newSinceSweep >= (room == Room::none ? m_earliestSweep : m_nextSweep) && m_roots) {
         sweep();
     }
 }
@@ -116,7 +117,8 @@ void CellArena::sweep() {
     m_lastKey = defaultKey();
     m_lastId = 0;
     m_newSinceSweep = 0;
-    m_nextSweep = std::max<std::size_t>(4096, marker.m_cells / 8);
+    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells);
+    m_earliestSweep = std::max<std::size_t>(1024, marker.m_cells / 16);
 }
 
 CellArena::Marker::Marker(const CellArena& arena)

@@ -43,6 +43,7 @@ public:
     /// The number must have been given, and not taken back.
     [[nodiscard]] const Value& operator[](std::uint32_t number) const { return m_values[number - 1]; }
     [[nodiscard]] std::size_t size() const { return m_numbers.size(); }
+    [[nodiscard]] bool isFull() const { return m_free.empty() && m_values.size() == m_limit; }
     [[nodiscard]] std::size_t highestNumber() const { return m_values.size(); }
     void keepOnly(const std::vector<bool>& used) {
         std::erase_if(m_numbers, [&](const auto& entry) {
@@ -64,8 +65,8 @@ private:
 
 /// What cells refer to by number: attributes, clusters of several scalars, links. The buffers of a terminal share one.
 ///
-/// Numbers that no cell uses any more are found again by a sweep over all cells, which runs when a table has doubled
-/// since the last one, so that its cost is a constant for each value that is new.
+/// Numbers that no cell uses any more are found by a sweep over all cells, which runs when about as many values have
+/// come as there are cells, or earlier when a table is full: its cost is a constant for each new value.
 class CellArena {
 public:
     static constexpr std::size_t attributeCapacity = 0xFFFF;
@@ -125,7 +126,8 @@ private:
     [[nodiscard]] std::size_t slotOf(const PackedAttributeKey& key) const;
     void addToSlots(std::uint16_t id);
     void growSlots();
-    void sweepWhenDue(std::size_t count);
+    enum class Room : std::uint8_t { none, some };
+    void sweepWhenDue(Room room);
 
     std::vector<PackedAttributeKey> m_attributes;
     std::vector<std::uint16_t> m_freeAttributes;
@@ -140,7 +142,9 @@ private:
 
     std::function<void(Marker&)> m_roots;
     std::size_t m_newSinceSweep = 0;
-    std::size_t m_nextSweep = 4096;
+    static constexpr std::size_t leastBetweenSweeps = 16384;
+    std::size_t m_nextSweep = leastBetweenSweeps;
+    std::size_t m_earliestSweep = 1024;
 };
 
 } // namespace term

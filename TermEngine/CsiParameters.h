@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -39,15 +40,14 @@ struct CsiParameters {
         colonMask = 0;
         limitExceeded = false;
     }
-    void putDigit(int digit) {
+    [[nodiscard]] std::int32_t last() const { return values[static_cast<std::size_t>(count - 1)]; }
+    /// Without effect on parameters that are too many.
+    void setLast(std::int32_t value) {
         if (!limitExceeded) {
-            std::int32_t& value = values[static_cast<std::size_t>(count - 1)];
-            value = value * 10 + digit;
-            if (value > maximumValue) {
-                value = maximumValue;
-            }
+            values[static_cast<std::size_t>(count - 1)] = value;
         }
     }
+    void putDigit(int digit) { setLast(std::min(last() * 10 + digit, maximumValue)); }
     void putSeparator(bool colon) {
         if (limitExceeded || count == maximumCount) {
             limitExceeded = true;

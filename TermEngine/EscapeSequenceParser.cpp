@@ -2,6 +2,7 @@
 
 #include "TermEngine/EscapeSequenceParser_p.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace term {
@@ -142,17 +143,20 @@ void EscapeSequenceParser::scanParameters(ParsingState& at) {
     const std::uint8_t* p = at.here();
     const std::uint8_t* const begin = p;
     const std::uint8_t* const end = p + at.left();
+    std::int32_t value = m_parameters.last();
     for (; p < end; ++p) {
-        const std::uint8_t byte = *p;
-        if (byte >= '0' && byte <= '9') {
-            m_parameters.putDigit(byte - '0');
-        } else if (byte == ';' || byte == ':') {
-            m_parameters.putSeparator(byte == ':');
+        if (const unsigned digit = *p - unsigned{'0'}; digit < 10) {
+            value = std::min(value * 10 + static_cast<std::int32_t>(digit), CsiParameters::maximumValue);
+        } else if (*p == ';' || *p == ':') {
+            m_parameters.setLast(value);
+            m_parameters.putSeparator(*p == ':');
+            value = 0;
         } else {
             break;
         }
     }
     if (p != begin) {
+        m_parameters.setLast(value);
         at.position += static_cast<std::size_t>(p - begin);
         m_state = csiParam;
     }

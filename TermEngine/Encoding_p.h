@@ -65,4 +65,25 @@ inline char32_t takeUtf8(std::string_view& text) {
     return scalar;
 }
 
+/// What stands before the first `separator`, which is cut off it with the separator; all, where there is none.
+inline std::string_view takeField(std::string_view& text, char separator) {
+    const size_t at = text.find(separator);
+    const std::string_view field = text.substr(0, at);
+    text.remove_prefix(at == std::string_view::npos ? text.size() : at + 1);
+    return field;
+}
+
+/// The characters of `text` that an identifier may be made of, since it is sent back: [a-zA-Z0-9-_+.], at most 256.
+inline std::string identifierOf(std::string_view text) {
+    std::string identifier;
+    for (const char letter : text.substr(0, 256)) {
+        const bool isWord =
+            (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
+        if (isWord || std::string_view("-_+.").find(letter) != std::string_view::npos) {
+            identifier.push_back(letter);
+        }
+    }
+    return identifier;
+}
+
 } // namespace term

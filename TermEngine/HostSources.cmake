@@ -1,31 +1,57 @@
 # What the engine has for its host, and needs no screen for: the pseudo-terminal, input and string formats.
 set(TERM_HOST_SOURCES
+    Base64.cpp
     DeliveryQueue.cpp
+    GraphicsCommand.cpp
+    ImageCodec.cpp
+    ImageStore.cpp
     InputEncoder.cpp
     KeyEncoder.cpp
+    KittyClipboard.cpp
+    KittyGraphics.cpp
+    LocalMedia.cpp
     LocalProcess.cpp
     LocalProcessChildReaper.cpp
     MouseEncoder.cpp
+    Notifications.cpp
+    OscPayloads.cpp
+    Palette.cpp
     ProcessExitSource.cpp
     Pty.cpp
+    RgbColor.cpp
+    SixelDecoder.cpp
     TerminalEnvironment.cpp
     TerminalIOPipeline.cpp
     TerminalOptions.cpp
 )
 set(TERM_HOST_HEADERS
+    Base64.h
     DeliveryQueue.h
+    GraphicsCommand.h
+    ImageCodec.h
+    ImageStore.h
     InputEncoder.h
     KeyEncoder.h
     KeyEvent.h
     KittyKeyboardStack.h
+    KittyClipboard.h
+    KittyGraphics.h
     LocalProcess.h
     LocalProcessChildReaper.h
     MouseEncoder.h
+    Notifications.h
+    OscPayloads.h
+    Palette.h
     ProcessExitSource.h
     Pty.h
+    RgbColor.h
+    RgbaImage.h
+    SixelDecoder.h
     TerminalEnvironment.h
     TerminalIOPipeline.h
     TerminalOptions.h
     UniqueFd.h
 )
-set(TERM_HOST_LIBRARIES Threads::Threads)
+find_package(PNG REQUIRED)
+find_package(ZLIB REQUIRED)
+set(TERM_HOST_LIBRARIES PNG::PNG ZLIB::ZLIB Threads::Threads)

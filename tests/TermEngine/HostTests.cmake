@@ -1,3 +1,5 @@
 orv_engine_test(term_options_tests SOURCES TerminalOptionsTests.cpp)
 orv_engine_test(term_process_tests SOURCES LocalProcessTests.cpp TIMEOUT 300)
 orv_engine_test(term_input_tests SOURCES InputEncoderTests.cpp)
+orv_engine_test(term_format_tests SOURCES FormatTests.cpp)
+orv_engine_test(term_graphics_tests SOURCES GraphicsTests.cpp)

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "TermEngine/RgbaImage.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace term {
+
+/// An image and the frames of its animation. What a renderer was given does not change under its hands.
+struct StoredImage {
+    struct Frame {
+        std::shared_ptr<RgbaImage> pixels{}; ///< of the whole image; who shares it must not change it
+        int gapMilliseconds = 0;             ///< until the next frame; negative: it is passed over
+    };
+    enum class Animation : uint8_t { stopped, loading, running };
+
+    uint32_t id = 0;
+    uint32_t number = 0;
+    uint64_t serial = 0;         ///< later images have larger ones
+    std::vector<Frame> frames{}; ///< the first one is the image itself
+    size_t currentFrame = 0;
+    Animation animation = Animation::stopped;
+    uint32_t loops = 0; ///< that are still to be played; 0: without end
+
+    [[nodiscard]] int width() const { return frames.front().pixels->width; }
+    [[nodiscard]] int height() const { return frames.front().pixels->height; }
+};
+
+/// Which of a terminal's screens.
+enum class ScreenId : uint8_t { normal, alternate };
+
+/// An image on a screen.
+struct ImagePlacement {
+    uint32_t imageId = 0;
+    uint32_t placementId = 0;
+    ScreenId screen = ScreenId::normal;
+    int64_t row = 0; ///< of its first line, counted from the first line that the terminal ever had
+    int column = 0;
+    int offsetX = 0; ///< pixels within the first cell
+    int offsetY = 0;
+    int sourceX = 0; ///< what is shown of the image
+    int sourceY = 0;
+    int sourceWidth = 0;
+    int sourceHeight = 0;
+    int columns = 0; ///< cells that it covers
+    int rows = 0;
+    int z = 0;
+    bool isVirtual = false; ///< shown where cells with U+10EEEE name it, not by itself
+    uint64_t serial = 0;
+
+    bool operator==(const ImagePlacement&) const = default;
+};
+
+/// The images of a terminal and where they are shown, within a limit of memory. When it is full, images without a
+/// placement go first, and among equals the oldest.
+class ImageStore {
+public:
+    /// What an image or a placement costs beside its pixels.
+    static constexpr size_t overheadBytes = 512;
+
+    explicit ImageStore(size_t limitBytes) : m_limitBytes(limitBytes) {}
+
+    [[nodiscard]] size_t usedBytes() const { return m_usedBytes; }
+    [[nodiscard]] size_t limitBytes() const { return m_limitBytes; }
+    [[nodiscard]] const std::map<uint32_t, StoredImage>& images() const { return m_images; }
+    [[nodiscard]] const std::vector<ImagePlacement>& placements() const { return m_placements; }
+
+    [[nodiscard]] StoredImage* find(uint32_t id);
+    [[nodiscard]] StoredImage* findNewest(uint32_t number);
+    /// An id that no program chooses: from the upper half down.
+    [[nodiscard]] uint32_t unusedId() const;
+    /// Takes the place of an image with the same id and of its placements. False where it does not fit.
+    bool add(uint32_t id, uint32_t number, RgbaImage pixels);
+    /// A new frame, or in place of the one at `index`. False where it does not fit.
+    bool setFrame(StoredImage& image, size_t index, RgbaImage pixels);
+    /// Whether so many pixels more, in bytes, would fit once all other images were gone.
+    [[nodiscard]] bool hasRoomBeside(const StoredImage& image, size_t bytes) const;
+    /// To be drawn upon; a renderer that has the frame keeps it as it was.
+    [[nodiscard]] static RgbaImage& editable(StoredImage::Frame& frame);
+    void removeFrame(StoredImage& image, size_t index);
+    void remove(uint32_t id);
+
+    /// In place of the one with the same two ids, where it has a placement id.
+    void place(ImagePlacement placement);
+    using Condition = std::function<bool(const ImagePlacement&)>;
+    enum class Data : uint8_t { keep, release };
+    /// With `release`, images that lose their last placement go too.
+    void removePlacements(const Condition& condition, Data data);
+    /// Lines `first` to `last` moved by `by`. What lay wholly among them moves, and goes where nothing of it is left
+    /// among them; what is cut off is not shown any more.
+    void scroll(ScreenId screen, int64_t first, int64_t last, int64_t by);
+    void clear();
+
+private:
+    [[nodiscard]] bool makeRoom(size_t bytes, uint32_t keptId);
+    [[nodiscard]] bool isPlaced(uint32_t id) const;
+
+    const size_t m_limitBytes;
+    size_t m_usedBytes = 0;
+    uint64_t m_serial = 0;
+    std::map<uint32_t, StoredImage> m_images;
+    std::vector<ImagePlacement> m_placements;
+};
+
+} // namespace term

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace term {
+
+/// No image has more pixels in a row or a column.
+constexpr int maximumImageSide = 10'000;
+
+/// Pixels in rows from the top, four bytes each: red, green, blue and alpha, which is not multiplied into the others.
+struct RgbaImage {
+    int width = 0;
+    int height = 0;
+    std::vector<uint8_t> pixels{};
+
+    [[nodiscard]] size_t rowBytes() const { return static_cast<size_t>(width) * 4; }
+    bool operator==(const RgbaImage&) const = default;
+};
+
+} // namespace term

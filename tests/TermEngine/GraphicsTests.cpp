@@ -1,0 +1,489 @@
+#include "TermEngine/Base64.h"
+#include "TermEngine/ImageCodec.h"
+#include "TermEngine/ImageStore.h"
+#include "TermEngine/KittyClipboard.h"
+#include "TermEngine/KittyGraphics.h"
+#include "TermEngine/SixelDecoder.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <png.h>
+#include <zlib.h>
+
+namespace term {
+namespace {
+
+/// Pixels as letters, a line a row: the fixed colours of these tests, "." for transparent, "?" for any other.
+std::string drawn(const RgbaImage& image) {
+    std::string out;
+    for (size_t at = 0; at + 3 < image.pixels.size(); at += 4) {
+        const uint8_t* p = image.pixels.data() + at;
+        const uint32_t rgba = uint32_t{p[0]} << 24U | uint32_t{p[1]} << 16U | uint32_t{p[2]} << 8U | p[3];
+        out.push_back(
+            p[3] == 0            ? '.'
+            : rgba == 0xFF0000FF ? 'r'
+            : rgba == 0x00FF00FF ? 'g'
+            : rgba == 0x0000FFFF ? 'b'
+            : rgba == 0x000000FF ? 'k'
+                                 : '?');
+        if ((at / 4 + 1) % static_cast<size_t>(image.width) == 0) {
+            out.push_back('\n');
+        }
+    }
+    return out;
+}
+
+std::optional<RgbaImage> sixel(
+    std::string_view data, SixelDecoder::Background background = SixelDecoder::Background::transparent,
+    size_t limitBytes = 1'000'000) {
+    SixelDecoder decoder(limitBytes, background);
+    decoder.append(data);
+    return decoder.finish();
+}
+
+std::string pixels(std::string_view letters) {
+    std::string out;
+    for (const char letter : letters) {
+        out += letter == 'r'   ? std::string("\xff\0\0\xff", 4)
+               : letter == 'g' ? std::string("\0\xff\0\xff", 4)
+               : letter == 'b' ? std::string("\0\0\xff\xff", 4)
+                               : std::string("\0\0\0\0", 4);
+    }
+    return out;
+}
+
+std::string png(int width, int height, const std::string& rgba) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(width);
+    image.height = static_cast<png_uint_32>(height);
+    image.format = PNG_FORMAT_RGBA;
+    png_alloc_size_t size = 0;
+    ::png_image_write_to_memory(&image, nullptr, &size, 0, rgba.data(), 0, nullptr);
+    std::string out(size, '\0');
+    ::png_image_write_to_memory(&image, out.data(), &size, 0, rgba.data(), 0, nullptr);
+    return out;
+}
+
+std::string deflated(const std::string& data) {
+    uLongf size = ::compressBound(data.size());
+    std::string out(size, '\0');
+    ::compress(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(data.data()), data.size());
+    out.resize(size);
+    return out;
+}
+
+struct Graphics {
+    ImageStore store;
+    KittyGraphics kitty;
+    GraphicsContext context{.cellWidth = 2, .cellHeight = 2};
+
+    explicit Graphics(size_t limitBytes = 1'000'000, bool allowsLocalMedia = false)
+        : store(limitBytes), kitty({.imageCacheLimitBytes = limitBytes, .allowsLocalMedia = allowsLocalMedia}, store) {}
+    std::string reply(const std::string& body) { return kitty.handle(body, context).reply; }
+    std::string send(const std::string& keys, const std::string& data) {
+        return reply(keys + ";" + encodeBase64(data));
+    }
+    std::string frame(uint32_t id, size_t index) { return drawn(*store.find(id)->frames.at(index).pixels); }
+};
+
+} // namespace
+
+TEST(SixelDecoder, DrawsWhatTheDataSay) {
+    const std::string colors = "#1;2;100;0;0#2;2;0;100;0#3;1;0;50;100";
+    struct Row {
+        const char* label;
+        std::string data;
+        std::string expected; ///< empty: no image
+    };
+    const std::vector<Row> rows{
+        {"nothing", "", ""},
+        {"a column", "#1~", "r\nr\nr\nr\nr\nr\n"},
+        {"the lowest bit is the top", "#1@", "r\n"},
+        {"each bit", "#1@#2A", "r.\n.g\n"},
+        {"hue counts from blue", "#3@", "b\n"},
+        {"repeat", "#1!3@", "rrr\n"},
+        {"repeat of nothing is one", "#1!0@!@", "rr\n"},
+        {"back to the left, over it", "#1!3@$#2@", "grr\n"},
+        {"next band", "#1@-#2@", "r\n.\n.\n.\n.\n.\ng\n"},
+        {"announced size", "\"1;1;2;3#1@", "r.\n..\n..\n"},
+        {"blanks and controls are read over", "#1 \n@\r", "r\n"},
+        {"empty sixels draw nothing", "#1??@", "..r\n"},
+        {"a register out of range wraps", "#1025@", "r\n"},
+    };
+    for (const Row& row : rows) {
+        const std::string data = (row.data.starts_with('"') ? "" : colors) + row.data;
+        const std::string whole =
+            row.data.starts_with('"') ? row.data.substr(0, 8) + colors + row.data.substr(8) : data;
+        const auto image = sixel(whole);
+        EXPECT_EQ(image ? drawn(*image) : "", row.expected) << row.label;
+        SixelDecoder decoder(1'000'000, SixelDecoder::Background::transparent);
+        for (const char byte : whole) {
+            decoder.append(std::string_view(&byte, 1));
+        }
+        EXPECT_EQ(decoder.finish(), image) << row.label << ", byte by byte";
+    }
+    EXPECT_EQ(drawn(*sixel(colors + "#1?A", SixelDecoder::Background::filled)), "kk\nkr\n");
+}
+
+TEST(SixelDecoder, BoundsWhatAnImageCosts) {
+    struct Row {
+        const char* label;
+        std::string data;
+    };
+    std::string painter;
+    for (int count = 0; count < 500'000; ++count) {
+        painter += "!99999~$";
+    }
+    std::string wider = "!1?-!1?-!1?-!1?-!1?-!1?-";
+    for (int count = 0; count < 200'000; ++count) {
+        wider += "~";
+    }
+    std::string deeper;
+    for (int count = 0; count < 300'000; ++count) {
+        deeper += "~-";
+    }
+    for (const Row& row :
+         {Row{"paints over and over", painter}, Row{"grows to the right", wider}, Row{"grows downwards", deeper},
+          Row{"announces much", "\"1;1;10000;250@" + deeper}, Row{"announces more", "\"1;1;999999999999;99999999@~"},
+          Row{"parameters without end", "#" + std::string(1'000'000, ';') + "1~"}}) {
+        const auto begin = std::chrono::steady_clock::now();
+        const auto image = sixel(row.data, SixelDecoder::Background::transparent, 10'000'000);
+        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+        ASSERT_TRUE(image) << row.label;
+        EXPECT_LE(image->width, maximumImageSide) << row.label;
+        EXPECT_LE(image->height, maximumImageSide) << row.label;
+        EXPECT_LE(image->pixels.size(), 10'000'000U) << row.label;
+        EXPECT_LT(time.count(), 3) << row.label; // under sanitizers on a busy machine
+    }
+}
+
+TEST(KittyGraphics, LoadsImagesInEveryFormat) {
+    const std::string rg = pixels("rgb.");
+    struct Row {
+        const char* label;
+        std::string keys;
+        std::string data;
+        std::string reply;
+        std::string expected; ///< empty: no image
+    };
+    const std::string pngData = png(2, 2, rg);
+    const std::vector<Row> rows{
+        {"RGBA", "i=1,s=2,v=2", rg, "Gi=1;OK", "rg\nb.\n"},
+        {"RGB", "i=1,s=2,v=1,f=24", std::string("\xff\0\0\0\xff\0", 6), "Gi=1;OK", "rg\n"},
+        {"deflated", "i=1,s=2,v=2,o=z", deflated(rg), "Gi=1;OK", "rg\nb.\n"},
+        {"PNG", "i=1,f=100", pngData, "Gi=1;OK", "rg\nb.\n"},
+        {"deflated PNG", "i=1,f=100,o=z,S=99", deflated(pngData), "Gi=1;OK", "rg\nb.\n"},
+        {"quiet", "i=1,q=1,s=2,v=2", rg, "", "rg\nb.\n"},
+        {"query", "i=1,a=q,s=2,v=2", rg, "Gi=1;OK", ""},
+        {"both names", "i=1,I=2,s=2,v=2", rg, "Gi=1,I=2;EINVAL:both an id and a number", ""},
+        {"too little", "i=1,s=2,v=3", rg, "Gi=1;ENODATA:too little data", ""},
+        {"too much", "i=1,s=1,v=1", rg, "Gi=1;EFBIG:too much data", ""},
+        {"a bomb", "i=1,s=2,v=2,o=z", deflated(std::string(900'000, 'x')), "Gi=1;EINVAL:bad compressed data", ""},
+        {"cut off", "i=1,s=2,v=2,o=z", deflated(rg).substr(0, 9), "Gi=1;EINVAL:bad compressed data", ""},
+        {"broken PNG", "i=1,f=100", pngData.substr(0, 50), "Gi=1;EBADPNG:can't be decoded", ""},
+        {"a huge one", "i=1,s=4000000000,v=4000000000", rg, "Gi=1;EINVAL:bad format or size", ""},
+        {"beyond the limit", "i=1,s=9999,v=9999", rg, "Gi=1;EFBIG:too much data", ""},
+        {"unknown format", "i=1,f=7,s=1,v=1", rg, "Gi=1;EINVAL:bad format or size", ""},
+        {"unknown action", "i=1,a=Z", rg, "Gi=1;EINVAL:unknown action", ""},
+        {"a file", "i=1,t=f,s=1,v=1", "/etc/passwd", "Gi=1;EPERM:only direct data are taken", ""},
+        {"silenced failure", "i=1,q=2,s=2,v=3", rg, "", ""},
+        {"failure under q=1", "i=1,q=1,s=2,v=3", rg, "Gi=1;ENODATA:too little data", ""},
+    };
+    for (const Row& row : rows) {
+        Graphics graphics;
+        EXPECT_EQ(graphics.send(row.keys, row.data), row.reply) << row.label;
+        EXPECT_EQ(graphics.store.find(1) != nullptr ? graphics.frame(1, 0) : "", row.expected) << row.label;
+
+        // The same in pieces of three characters.
+        Graphics pieces;
+        const std::string encoded = encodeBase64(row.data);
+        std::string reply = pieces.reply(row.keys + ",m=1;" + encoded.substr(0, 3));
+        for (size_t at = 3; reply.empty() && at < encoded.size(); at += 3) {
+            reply = pieces.reply((at + 3 < encoded.size() ? "m=1;" : "m=0;") + encoded.substr(at, 3));
+        }
+        EXPECT_EQ(reply, row.reply) << row.label << ", in pieces";
+    }
+    Graphics graphics;
+    EXPECT_EQ(graphics.reply("i=1,s=2,v=2;!!!!"), "Gi=1;EINVAL:bad base64");
+    for (const char* malformed :
+         {"", "=", "i", "i=", "i=x", "ii=1", "i=-1", "a=tt", "i=99999999999", "z=99999999999"}) {
+        EXPECT_EQ(graphics.reply(malformed), "") << malformed;
+    }
+    EXPECT_EQ(graphics.send("I=7,s=1,v=1", pixels("r")), "Gi=2147483647,I=7;OK") << "an id of the terminal's";
+    EXPECT_EQ(graphics.send("I=7,s=1,v=1", pixels("g")), "Gi=2147483646,I=7;OK");
+    EXPECT_EQ(graphics.reply("a=p,I=7,p=3"), "Gi=2147483646,I=7,p=3;OK") << "the newest of the number";
+    EXPECT_EQ(graphics.reply("a=p,i=5"), "Gi=5;ENOENT:no such image");
+}
+
+TEST(KittyGraphics, ReadsLocalMediaWhereItMay) {
+    const auto folder = std::filesystem::temp_directory_path();
+    const std::string path = folder / ("tty-graphics-protocol-" + std::to_string(::getpid()));
+    const auto write = [&] { std::ofstream(path) << "xx" << pixels("rg"); };
+    Graphics graphics(1'000'000, true);
+    write();
+    EXPECT_EQ(graphics.send("i=1,s=1,v=1,t=f,O=2,S=4", path), "Gi=1;OK");
+    EXPECT_EQ(graphics.frame(1, 0), "r\n");
+    EXPECT_TRUE(std::filesystem::exists(path));
+    EXPECT_EQ(graphics.send("i=2,s=2,v=1,t=t,O=2", path), "Gi=2;OK");
+    EXPECT_FALSE(std::filesystem::exists(path));
+    for (const char* bad : {"/proc/self/environ", "/dev/zero", "relative", "/nowhere", "/", ""}) {
+        EXPECT_TRUE(graphics.send("i=3,s=1,v=1,t=f", bad).starts_with("Gi=3;E")) << bad;
+    }
+}
+
+TEST(KittyGraphics, PlacesScrollsAndDeletes) {
+    Graphics graphics;
+    graphics.context.topRow = 100;
+    graphics.context.cursorColumn = 5;
+    graphics.context.cursorRow = 10;
+    ASSERT_EQ(graphics.send("i=1,s=4,v=6", pixels(std::string(24, 'r'))), "Gi=1;OK");
+    struct Row {
+        const char* label;
+        std::string keys;
+        int columns;
+        int rows;
+        int cursorColumns;
+        int cursorRows;
+    };
+    const std::vector<Row> rows{
+        {"as large as it is", "a=p,i=1", 2, 3, 2, 2},
+        {"with an offset in the cell", "a=p,i=1,X=1,Y=1", 3, 4, 3, 3},
+        {"part of it", "a=p,i=1,x=2,y=4,w=99,h=99", 1, 1, 1, 0},
+        {"given cells", "a=p,i=1,c=8,r=2", 8, 2, 8, 1},
+        {"given columns", "a=p,i=1,c=4", 4, 6, 4, 5},
+        {"given rows", "a=p,i=1,r=6", 4, 6, 4, 5},
+        {"the cursor stays", "a=p,i=1,C=1", 2, 3, 0, 0},
+        {"virtual", "a=p,i=1,U=1,c=3,r=3", 3, 3, 0, 0},
+        {"cells without end", "a=p,i=1,c=4000000000", 10'000, 10'000, 10'000, 9'999},
+    };
+    for (const Row& row : rows) {
+        const GraphicsResult result = graphics.kitty.handle(row.keys, graphics.context);
+        const ImagePlacement placed = graphics.store.placements().back();
+        EXPECT_EQ(placed.columns, row.columns) << row.label;
+        EXPECT_EQ(placed.rows, row.rows) << row.label;
+        EXPECT_EQ(result.cursorColumns, row.cursorColumns) << row.label;
+        EXPECT_EQ(result.cursorRows, row.cursorRows) << row.label;
+        EXPECT_EQ(placed.row, 110) << row.label;
+    }
+    EXPECT_TRUE(graphics.reply("a=p,i=1,x=4").starts_with("Gi=1;EINVAL"));
+
+    const auto deletes = [](const std::string& keys, size_t left, size_t imagesLeft) {
+        Graphics some;
+        some.context.topRow = 100;
+        for (const char* id : {"1", "2", "3"}) {
+            some.send(std::string("q=2,I=9") + id + ",s=2,v=2", pixels("rrrr"));
+        }
+        int column = 0;
+        for (const auto& [id, image] : some.store.images()) {
+            some.context.cursorColumn = column++;
+            some.context.cursorRow = column;
+            some.kitty.handle("a=p,p=7,z=" + std::to_string(column) + ",i=" + std::to_string(id), some.context);
+        }
+        some.kitty.handle(keys, some.context);
+        EXPECT_EQ(some.store.placements().size(), left) << keys;
+        EXPECT_EQ(some.store.images().size(), imagesLeft) << keys;
+    };
+    deletes("a=d", 0, 3);
+    deletes("a=d,d=A", 0, 0);
+    deletes("a=d,d=c", 2, 3);
+    deletes("a=d,d=C", 2, 2);
+    deletes("a=d,d=p,x=2,y=3", 2, 3);
+    deletes("a=d,d=p,x=2,y=2", 3, 3);
+    deletes("a=d,d=q,x=2,y=3,z=1", 3, 3);
+    deletes("a=d,d=x,x=1", 2, 3);
+    deletes("a=d,d=Y,y=4", 2, 2);
+    deletes("a=d,d=z,z=3", 2, 3);
+    deletes("a=d,d=i,i=2147483647,p=8", 3, 3);
+    deletes("a=d,d=i,i=2147483647,p=7", 2, 3);
+    deletes("a=d,d=I,i=2147483647", 2, 2);
+    deletes("a=d,d=n,I=93", 2, 3);
+    deletes("a=d,d=R,x=1,y=2147483646", 1, 1);
+    deletes("a=d,d=?", 3, 3);
+
+    // A region of lines moves up: an image within it is cut, one that reaches out of it stays.
+    ImageStore store(100'000);
+    ASSERT_TRUE(store.add(1, 0, {4, 8, std::vector<uint8_t>(128)}));
+    store.place({.imageId = 1, .row = 10, .sourceWidth = 4, .sourceHeight = 8, .columns = 2, .rows = 4});
+    store.place({.imageId = 1, .row = 18, .sourceWidth = 4, .sourceHeight = 8, .columns = 2, .rows = 4});
+    store.scroll(ScreenId::normal, 10, 20, -1);
+    EXPECT_EQ(store.placements()[0].row, 10);
+    EXPECT_EQ(store.placements()[0].rows, 3);
+    EXPECT_EQ(store.placements()[0].sourceY, 2);
+    EXPECT_EQ(store.placements()[0].sourceHeight, 6);
+    EXPECT_EQ(store.placements()[1].row, 18);
+    store.scroll(ScreenId::alternate, 10, 20, -5);
+    store.scroll(ScreenId::normal, 10, 20, -5);
+    EXPECT_EQ(store.placements().size(), 1U);
+}
+
+TEST(KittyGraphics, EvictsWhatIsNotShownAndThenTheOldest) {
+    Graphics graphics(10'000);
+    const auto add = [&](const std::string& id) {
+        return graphics.send("s=10,v=10,i=" + id, std::string(400, 'x')); // 1,424 bytes each
+    };
+    for (const char* id : {"1", "2", "3", "4", "5", "6"}) {
+        EXPECT_TRUE(add(id).ends_with(";OK"));
+    }
+    graphics.reply("a=p,i=1");
+    EXPECT_TRUE(add("7").ends_with(";OK"));
+    EXPECT_TRUE(graphics.store.find(2) != nullptr) << "it is not full yet";
+    EXPECT_TRUE(add("8").ends_with(";OK"));
+    EXPECT_TRUE(graphics.store.find(1) != nullptr);
+    EXPECT_TRUE(graphics.store.find(2) == nullptr);
+    for (int number = 10; number < 3000; ++number) {
+        EXPECT_TRUE(add(std::to_string(number)).ends_with(";OK"));
+        EXPECT_LE(graphics.store.usedBytes(), 10'000U);
+    }
+    EXPECT_TRUE(graphics.store.find(1) != nullptr);
+    EXPECT_EQ(graphics.send("i=1,s=49,v=49", std::string(9604, 'x')), "Gi=1;ENOSPC:no room for the image");
+    EXPECT_TRUE(add("1").ends_with(";OK"));
+    for (int number = 0; number < 20'000; ++number) {
+        graphics.reply("a=p,i=1");
+    }
+    EXPECT_LE(graphics.store.placements().size(), 4096U);
+    graphics.kitty.reset();
+    EXPECT_EQ(graphics.store.usedBytes(), 0U);
+}
+
+TEST(KittyGraphics, AnimatesFrames) {
+    Graphics graphics;
+    graphics.send("i=1,s=2,v=1", pixels("rg"));
+    EXPECT_EQ(graphics.send("a=f,i=1,s=1,v=1,x=1,z=50,Y=65535", pixels("r")), "Gi=1;OK");
+    EXPECT_EQ(graphics.frame(1, 1), "br\n") << "on a canvas of one colour";
+    EXPECT_EQ(graphics.send("a=f,i=1,s=1,v=1,c=1", pixels("b")), "Gi=1;OK");
+    EXPECT_EQ(graphics.frame(1, 2), "bg\n") << "on another frame";
+    EXPECT_EQ(graphics.send("a=f,i=1,s=1,v=1,r=3,x=1", pixels(".")), "Gi=1;OK");
+    EXPECT_EQ(graphics.frame(1, 2), "bg\n") << "transparent over it";
+    EXPECT_EQ(graphics.send("a=f,i=1,s=1,v=1,r=3,x=1,X=1", pixels(".")), "Gi=1;OK");
+    EXPECT_EQ(graphics.frame(1, 2), "b.\n");
+    const auto seen = graphics.store.find(1)->frames[0].pixels;
+    EXPECT_EQ(graphics.reply("a=c,i=1,r=2,c=1,w=1,h=1,X=1"), "Gi=1;OK");
+    EXPECT_EQ(graphics.frame(1, 0), "rg\n");
+    EXPECT_EQ(graphics.reply("a=c,i=1,r=3,c=1,w=1,h=1,x=1"), "Gi=1;OK");
+    EXPECT_EQ(graphics.frame(1, 0), "rb\n");
+    EXPECT_EQ(drawn(*seen), "rg\n") << "who draws it still has what it had";
+    EXPECT_EQ(graphics.reply("a=c,i=1,r=9,c=1"), "Gi=1;ENOENT:no such frame");
+    EXPECT_EQ(graphics.reply("a=c,i=1,r=1,c=1"), "Gi=1;EINVAL:bad areas");
+    EXPECT_EQ(graphics.reply("a=c,i=1,r=1,c=2,x=1"), "Gi=1;EINVAL:bad areas");
+    EXPECT_EQ(graphics.send("a=f,i=1,s=1,v=1,x=2", pixels("r")), "Gi=1;EINVAL:outside of the image");
+    EXPECT_EQ(graphics.send("a=f,i=1,s=1,v=1,r=9", pixels("r")), "Gi=1;ENOENT:no such frame");
+    EXPECT_EQ(graphics.send("a=f,i=2,s=1,v=1", pixels("r")), "Gi=2;ENOENT:no such image");
+
+    // Gaps: 10, 50 and none; then two rounds and a stop.
+    graphics.reply("a=a,i=1,r=1,z=10");
+    graphics.reply("a=a,i=1,r=3,z=-1");
+    graphics.reply("a=a,i=1,s=3,v=2");
+    struct Row {
+        int64_t now;
+        size_t frame;
+        std::optional<int64_t> next;
+    };
+    for (const Row& row :
+         {Row{1000, 0, 10}, Row{1009, 0, 1}, Row{1010, 1, 50}, Row{1059, 1, 1}, Row{1060, 2, std::nullopt}}) {
+        EXPECT_EQ(graphics.kitty.advanceAnimations(row.now), row.next) << row.now;
+        EXPECT_EQ(graphics.store.find(1)->currentFrame, row.frame) << row.now;
+    }
+    graphics.reply("a=a,i=1,s=3,c=1");
+    graphics.reply("a=a,i=1,r=1,z=-1");
+    graphics.reply("a=a,i=1,r=2,z=-1");
+    graphics.store.find(1)->loops = 0;
+    EXPECT_EQ(graphics.kitty.advanceAnimations(1 << 30), std::nullopt) << "without any gap, it does not spin";
+    Graphics full(3000);
+    full.send("i=1,s=10,v=10", std::string(400, 'x'));
+    std::string reply;
+    for (int count = 0; count < 10; ++count) {
+        reply = full.send("a=f,i=1,s=1,v=1", pixels("r"));
+    }
+    EXPECT_EQ(reply, "Gi=1;ENOSPC:no room for the frame");
+    EXPECT_LE(full.store.usedBytes(), 3000U);
+}
+
+TEST(KittyClipboard, SpeaksTheProtocol) {
+    using Replies = std::vector<std::string>;
+    const std::string text = encodeBase64("text/plain");
+    KittyClipboard clipboard({.kittyClipboardMaximumRepresentations = 2, .kittyClipboardMaximumAliases = 2});
+    auto outcome = clipboard.handle(
+        "type=read:id=a\x07"
+        "b:loc=primary;" +
+        encodeBase64(". text/plain image/png"));
+    ASSERT_TRUE(outcome.read);
+    EXPECT_EQ(
+        *outcome.read, (KittyClipboardRead{
+                           .id = "ab",
+                           .location = ClipboardLocation::primary,
+                           .wantsTypes = true,
+                           .mimeTypes = {"text/plain", "image/png"}}));
+    EXPECT_EQ(
+        KittyClipboard::answer(*outcome.read, {"text/plain", "x/y"}, {{"text/plain", {'h', 'i'}}}),
+        (Replies{
+            "5522;type=read:status=OK:id=ab", "5522;type=read:status=DATA:id=ab:mime=Lg==;dGV4dC9wbGFpbiB4L3k=",
+            "5522;type=read:status=DATA:id=ab:mime=" + text + ";aGk=", "5522;type=read:status=DONE:id=ab"}));
+    EXPECT_EQ(KittyClipboard::answer({}, {}, {{"a", std::vector<uint8_t>(10'000)}}).size(), 5U) << "in pieces of 4 KiB";
+    EXPECT_EQ(clipboard.handle("type=read;").replies, (Replies{"5522;type=read:status=EINVAL"}));
+    EXPECT_EQ(
+        KittyClipboard::pasteEvent(ClipboardLocation::primary, {"a"}),
+        (Replies{
+            "5522;type=read:status=OK:loc=primary",
+            "5522;type=read:status=DATA:mime=Lg==:loc=primary;YQ==", "5522;type=read:status=DONE:loc=primary"}));
+
+    const auto write = [&](const std::vector<std::string>& pieces) {
+        KittyClipboard::Outcome last;
+        for (const std::string& piece : pieces) {
+            last = clipboard.handle(piece);
+        }
+        return last;
+    };
+    outcome = write(
+        {"type=write:id=7", "type=wdata:mime=" + text + ";aGVs", "type=wdata:mime=" + text + ";bG8=",
+         "type=walias:mime=" + text + ";" + encodeBase64("text/html STRING"), "type=wdata"});
+    ASSERT_TRUE(outcome.write);
+    EXPECT_EQ(
+        *outcome.write, (KittyClipboardWrite{
+                            .id = "7",
+                            .data = {{"text/plain", {'h', 'e', 'l', 'l', 'o'}}},
+                            .aliases = {{"text/html", "text/plain"}, {"STRING", "text/plain"}}}));
+    EXPECT_EQ(KittyClipboard::answer(*outcome.write, KittyClipboardStatus::done), "5522;type=write:status=DONE:id=7");
+
+    struct Row {
+        const char* label;
+        std::vector<std::string> pieces;
+        Replies expected;
+    };
+    const std::string big = encodeBase64(std::string(3000, 'x'));
+    for (const Row& row :
+         {Row{"no base64", {"type=write", "type=wdata:mime=YQ==;!"}, {"5522;type=write:status=EINVAL"}},
+          Row{"too many types",
+              {"type=write", "type=wdata:mime=YQ==;YQ==", "type=wdata:mime=Yg==;YQ==", "type=wdata:mime=Yw==;YQ=="},
+              {"5522;type=write:status=EIO"}},
+          Row{"too many aliases",
+              {"type=write", "type=walias:mime=YQ==;" + encodeBase64("a b c")},
+              {"5522;type=write:status=EIO"}},
+          Row{"a type twice",
+              {"type=write", "type=wdata:mime=YQ==;YQ==", "type=wdata:mime=Yg==;YQ==", "type=wdata:mime=YQ==;YQ=="},
+              {"5522;type=write:status=EINVAL"}},
+          Row{"once only", {"type=write", "type=wdata:mime=YQ==;!", "type=wdata:mime=YQ==;!", "type=wdata"}, {}},
+          Row{"without a beginning", {"type=wdata:mime=YQ==;YQ=="}, {}}, Row{"unknown", {"type=other;"}, {}}}) {
+        clipboard.reset();
+        EXPECT_EQ(write(row.pieces).replies, row.expected) << row.label;
+    }
+    KittyClipboard small({.kittyClipboardWriteLimitBytes = 1}); // 4096
+    small.handle("type=write");
+    EXPECT_TRUE(small.handle("type=wdata:mime=YQ==;" + big).replies.empty());
+    EXPECT_EQ(small.handle("type=wdata:mime=Yg==;" + big).replies, (Replies{"5522;type=write:status=EIO"}));
+    KittyClipboard closed({.kittyClipboardPolicy = KittyClipboardPolicy::deny});
+    EXPECT_EQ(closed.handle("type=read;Lg==").replies, (Replies{"5522;type=read:status=EPERM"}));
+    EXPECT_EQ(closed.handle("type=write").replies, (Replies{"5522;type=write:status=EPERM"}));
+    KittyClipboard half({.kittyClipboardPolicy = KittyClipboardPolicy::writeOnly});
+    EXPECT_EQ(half.handle("type=read;Lg==").replies, (Replies{"5522;type=read:status=EPERM"}));
+    half.handle("type=write");
+    EXPECT_FALSE(half.handle("type=wdata").write->needsPermission);
+}
+
+} // namespace term

@@ -21,6 +21,12 @@ const PackedAttributeKey& defaultKey() {
 
 CellArena::CellArena() : m_attributes{defaultKey()}, m_slots(256), m_lastKey(defaultKey()) {}
 
+std::shared_ptr<const CellArena> CellArena::snapshot() const {
+    std::shared_ptr<CellArena> copy(new CellArena(*this));
+    copy->m_roots = nullptr;
+    return copy;
+}
+
 std::size_t CellArena::slotOf(const PackedAttributeKey& key) const {
     const std::size_t mask = m_slots.size() - 1;
     std::size_t slot = hashOf(key) & mask;
@@ -92,6 +98,7 @@ TinyAtom CellArena::internLink(const std::string& link) {
 }
 
 void CellArena::sweepWhenDue(Room room) {
+    ++m_changes;
     ++m_newSinceSweep;
     if (m_newSinceSweep >= (room == Room::none ? m_earliestSweep : m_nextSweep) && m_roots) {
         sweep();

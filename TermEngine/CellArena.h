@@ -74,8 +74,11 @@ public:
     static constexpr std::size_t maximumClusterScalars = 32;
 
     CellArena();
-    CellArena(const CellArena&) = default;
     CellArena& operator=(const CellArena&) = delete;
+    /// A copy that no sweep changes.
+    [[nodiscard]] std::shared_ptr<const CellArena> snapshot() const;
+    /// Goes up with every new value, so that equal counts mean equal arenas.
+    [[nodiscard]] std::uint64_t changes() const { return m_changes; }
 
     /// 0, the default attribute, when the table is full.
     [[nodiscard]] std::uint16_t intern(const Attribute& attribute);
@@ -123,6 +126,7 @@ public:
     void sweep();
 
 private:
+    CellArena(const CellArena&) = default;
     [[nodiscard]] std::size_t slotOf(const PackedAttributeKey& key) const;
     void addToSlots(std::uint16_t id);
     void growSlots();
@@ -141,6 +145,7 @@ private:
     NumberedSet<std::string> m_links{0xFFFF};
 
     std::function<void(Marker&)> m_roots;
+    std::uint64_t m_changes = 0;
     std::size_t m_newSinceSweep = 0;
     static constexpr std::size_t leastBetweenSweeps = 16384;
     std::size_t m_nextSweep = leastBetweenSweeps;

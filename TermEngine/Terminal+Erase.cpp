@@ -1,6 +1,7 @@
 #include "TermEngine/Terminal.h"
 
 #include <algorithm>
+#include <array>
 
 namespace term {
 
@@ -34,6 +35,8 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
     }
     if (what != 2) {
         eraseInLine(what, kind);
+    } else if (kind == EraseKind::all) {
+        clearImages(isAlternateActive() ? ScreenId::alternate : ScreenId::normal);
     }
     b.setPendingWrap(pending && what == 2);
 }
@@ -99,8 +102,12 @@ void Terminal::repeatCharacter(int count) {
         return;
     }
     count = std::min(count, m_buffer->cols() * m_buffer->rows());
-    const std::vector<char32_t> text(static_cast<std::size_t>(count), scalar);
-    m_buffer->insertScalarRun(text, pen(), ClusterMode::scalars);
+    std::array<char32_t, 256> text;
+    text.fill(scalar);
+    for (; count > 0; count -= static_cast<int>(text.size())) {
+        const std::size_t size = std::min(text.size(), static_cast<std::size_t>(count));
+        m_buffer->insertScalarRun(std::span(text).first(size), pen(), ClusterMode::scalars);
+    }
 }
 
 void Terminal::screenAlignmentPattern() {

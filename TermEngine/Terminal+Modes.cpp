@@ -321,6 +321,7 @@ void Terminal::activateAlternate(bool clears) {
         switchTo(*m_alternate);
     }
     if (clears) {
+        clearImages(ScreenId::alternate);
         for (int row = 0; row < rows(); ++row) {
             m_buffer->eraseCells(row, 0, cols(), pen().blank);
             m_buffer->line(row).setRenderMode(RenderLineMode::single);

@@ -1,30 +1,19 @@
+#include "TermEngine/Base64.h"
 #include "TermEngine/Terminal.h"
+#include "TermEngine/TextFields_p.h"
 
 #include <algorithm>
 #include <charconv>
 
 namespace term {
+
+using detail::cutAt;
+using detail::numberOf;
+
 namespace {
 
 std::string_view viewOf(Bytes bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-/// The front of a text up to a character, which goes, or the whole of it.
-std::string_view cutAt(std::string_view& text, char separator) {
-    const std::size_t at = text.find(separator);
-    const std::string_view front = text.substr(0, at);
-    text = at == std::string_view::npos ? std::string_view() : text.substr(at + 1);
-    return front;
-}
-
-std::optional<int> numberOf(std::string_view text) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) {
-        return {};
-    }
-    return value;
 }
 
 std::optional<std::string> fromHex(std::string_view hex) {
@@ -42,61 +31,124 @@ std::optional<std::string> fromHex(std::string_view hex) {
 
 } // namespace
 
-/// Whole UTF-8 without controls, and no longer than is kept.
-std::string Terminal::textOf(Bytes payload) const {
-    std::string text;
-    for (const char32_t scalar : unicode::fromUtf8(viewOf(payload.first(std::min(payload.size(), maximumTextBytes))))) {
-        if (scalar >= 0x20 && (scalar < 0x7F || scalar >= 0xA0)) {
-            unicode::appendUtf8(text, scalar);
-        }
-    }
-    return text;
-}
-
-bool Terminal::dispatchOsc(int code, Bytes payload, StringEnd /*end*/) {
+bool Terminal::dispatchOsc(int code, Bytes payload, StringEnd end) {
+    const std::string_view text = viewOf(payload);
     switch (code) {
     case 0:
     case 1:
     case 2:
-        setTitles(code, viewOf(payload));
+        setTitles(code, text);
         return true;
     case 6:
-        m_document = textOf(payload);
+        m_document = cleanText(text);
         m_delegate.hostCurrentDocumentUpdated(*this);
         return true;
     case 7:
-        m_directory = textOf(payload);
+        m_directory = cleanText(text);
         m_delegate.hostCurrentDirectoryUpdated(*this);
         return true;
     case 8:
-        setLink(viewOf(payload));
+        setLink(text);
+        return true;
+    case 9:
+        notifyOrProgress(text);
         return true;
     case 22:
-        m_delegate.pointerShapeChanged(*this, textOf(payload));
+        m_delegate.pointerShapeChanged(*this, cleanText(text));
+        return true;
+    case 52:
+        clipboard(text, end);
+        return true;
+    case 99:
+        notify(m_notifications.append(text));
         return true;
     case 133:
-        semanticPrompt(viewOf(payload));
+        semanticPrompt(text);
+        return true;
+    case 777:
+        notify(parseUrxvtNotification(text));
+        return true;
+    case 1337:
+        iTermCommand(text);
         return true;
     default:
-        return false;
+        return dispatchColors(code, text, end);
     }
 }
 
-bool Terminal::dispatchApc(Bytes /*payload*/) {
-    return false;
+void Terminal::notifyOrProgress(std::string_view payload) {
+    if (payload.starts_with("4;") || payload == "4") {
+        if (const std::optional<ProgressReport> report = parseProgress(payload)) {
+            m_delegate.progressReport(*this, *report);
+        }
+        return;
+    }
+    notify(parseITermNotification(payload));
+}
+
+void Terminal::notify(const std::optional<NotificationRequest>& request) {
+    if (request) {
+        m_delegate.notify(*this, *request);
+    }
+}
+
+void Terminal::clipboard(std::string_view payload, StringEnd end) {
+    const auto limit = static_cast<std::size_t>(std::int64_t{m_options.kittyClipboardWriteLimitBytes});
+    const std::optional<ClipboardReport> report = parseClipboard(payload, limit);
+    if (!report) {
+        return;
+    }
+    if (report->kind != ClipboardReport::Kind::query) {
+        m_delegate.clipboardCopy(*this, {report->selections, report->data});
+    } else if (const std::optional<std::string> content = m_delegate.clipboardRead(*this, report->selections)) {
+        sendOsc("52;" + report->selections + ";" + encodeBase64(*content), end);
+    }
+}
+
+/// OSC 1337, what is safe of it.
+void Terminal::iTermCommand(std::string_view payload) {
+    const std::optional<ITermCommand> command =
+        parseITermCommand(payload, m_options.kittyGraphics.imageCacheLimitBytes);
+    if (!command) {
+        return;
+    }
+    switch (command->kind) {
+    case ITermCommand::Kind::currentDirectory:
+        m_directory = command->value;
+        m_delegate.hostCurrentDirectoryUpdated(*this);
+        break;
+    case ITermCommand::Kind::setMark:
+        semanticPrompt("P");
+        break;
+    case ITermCommand::Kind::clearScrollback:
+        eraseInDisplay(3, EraseKind::all);
+        break;
+    case ITermCommand::Kind::cursorShape:
+        // Block, bar, underline; DECSCUSR has another order.
+        if (const std::optional<int> shape = detail::numberOf(command->value); shape && *shape >= 0 && *shape <= 2) {
+            setCursorStyle(*shape == 0 ? 1 : *shape == 1 ? 5 : 3);
+        }
+        break;
+    case ITermCommand::Kind::reportCellSize:
+        if (const std::optional<CellSize> cell = m_delegate.cellSizeInPixels(*this)) {
+            sendOsc(
+                "1337;ReportCellSize=" + std::to_string(cell->height) + ";" + std::to_string(cell->width),
+                StringEnd::stringTerminator);
+        }
+        break;
+    case ITermCommand::Kind::remoteHost:
+    case ITermCommand::Kind::setUserVariable:
+    case ITermCommand::Kind::file:
+        break;
+    }
 }
 
 void Terminal::setTitles(int code, std::string_view payload) {
-    std::string title;
-    if (m_titleModes[0]) {
-        const std::optional<std::string> decoded = fromHex(payload);
-        if (!decoded) {
-            return;
-        }
-        title = textOf(Bytes(reinterpret_cast<const std::uint8_t*>(decoded->data()), decoded->size()));
-    } else {
-        title = textOf(Bytes(reinterpret_cast<const std::uint8_t*>(payload.data()), payload.size()));
+    const std::optional<std::string> decoded = m_titleModes[0] ? fromHex(payload) : std::string(payload);
+    if (!decoded) {
+        return;
     }
+    const std::string title = cleanText(*decoded);
     if (code != 2) {
         m_iconTitle = title;
         m_delegate.setTerminalIconTitle(*this, m_iconTitle);
@@ -145,22 +197,14 @@ void Terminal::popTitle(int what) {
     }
 }
 
-/// OSC 8: "key=value:key=value;URL"; an empty URL ends the link.
+/// OSC 8; an empty address ends the link.
 void Terminal::setLink(std::string_view payload) {
-    std::string_view url = payload;
-    std::string_view parameters = cutAt(url, ';');
-    std::string_view id;
-    while (!parameters.empty()) {
-        std::string_view value = cutAt(parameters, ':');
-        if (cutAt(value, '=') == "id") {
-            id = value;
-        }
-    }
     m_isPenStale = true;
     m_link = 0;
-    if (!url.empty() && payload.size() <= maximumTextBytes) {
-        // Cells with the same identity and URL are one link.
-        m_link = m_arena->internLink(std::string(id) + ";" + std::string(url));
+    const std::optional<HyperlinkReport> link = parseHyperlink(payload);
+    if (link && !link->uri.empty()) {
+        // Cells with the same identity and address are one link. An identity has no ';'.
+        m_link = m_arena->internLink(link->id + ";" + link->uri);
     }
 }
 

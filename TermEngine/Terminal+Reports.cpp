@@ -14,6 +14,16 @@ std::string numbers(std::initializer_list<int> values) {
     return text;
 }
 
+std::string hexOf(std::string_view text) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string hex;
+    for (const char c : text) {
+        hex += digits[static_cast<std::uint8_t>(c) >> 4];
+        hex += digits[static_cast<std::uint8_t>(c) & 15];
+    }
+    return hex;
+}
+
 } // namespace
 
 /// A short DCS string that is answered when it is whole.
@@ -34,7 +44,10 @@ private:
 };
 
 std::unique_ptr<DcsHandler> Terminal::dcsHandler(
-    char final, const CsiParameters& /*parameters*/, std::string_view collected) {
+    char final, const CsiParameters& parameters, std::string_view collected) {
+    if (final == 'q' && collected.empty()) {
+        return sixelHandler(parameters);
+    }
     if (final == 'q' && collected == "$") {
         return std::make_unique<StringRequest>(*this, &Terminal::requestStatusString);
     }
@@ -216,32 +229,10 @@ void Terminal::requestStatusString(const std::string& request) {
     }
 }
 
-std::string Terminal::hexOf(std::string_view text) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string hex;
-    for (const char c : text) {
-        hex += digits[static_cast<std::uint8_t>(c) >> 4];
-        hex += digits[static_cast<std::uint8_t>(c) & 15];
-    }
-    return hex;
-}
-
-/// XTGETTCAP: a list of names in hexadecimal, each with an answer of its own.
+/// XTGETTCAP
 void Terminal::requestTermcap(const std::string& request) {
-    const std::array<std::pair<std::string_view, std::string>, 5> known = {{
-        {"Co", "256"},
-        {"colors", "256"},
-        {"TN", m_options.termName},
-        {"name", m_options.termName},
-        {"RGB", "8/8/8"},
-    }};
-    for (std::size_t at = 0; at <= request.size();) {
-        const std::size_t end = std::min(request.find(';', at), request.size());
-        std::string name = request.substr(at, end - at);
-        std::ranges::transform(name, name.begin(), [](char c) { return c >= 'a' && c <= 'f' ? char(c - 32) : c; });
-        const auto found = std::ranges::find_if(known, [&](const auto& entry) { return hexOf(entry.first) == name; });
-        sendDcs(found == known.end() ? "0+r" : "1+r" + hexOf(found->first) + "=" + hexOf(found->second));
-        at = end + 1;
+    for (const std::string& answer : answerTermcapRequest(request, m_options.termName)) {
+        sendDcs(answer);
     }
 }
 

@@ -34,7 +34,9 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options)
       m_alternate(std::make_unique<Buffer>(m_arena, setupOf(m_options, false))),
       m_buffer(m_normal.get()),
       m_parser(*this),
-      m_cursorStyle(m_options.cursorStyle) {
+      m_cursorStyle(m_options.cursorStyle),
+      m_images(m_options.kittyGraphics.imageCacheLimitBytes),
+      m_graphics(m_options.kittyGraphics, m_images) {
     m_parser.setMaximumOscBytes(m_options.maximumOscBytes);
     m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
     resetState();
@@ -121,6 +123,10 @@ void Terminal::resetState() {
     m_titleStack.clear();
     m_iconTitleStack.clear();
     m_keyboards = {};
+    m_notifications.reset();
+    m_colors.resetAll();
+    m_graphics.reset();
+    m_images.clear();
     for (Buffer* buffer : {m_normal.get(), m_alternate.get()}) {
         buffer->insertMode = false;
         buffer->marginMode = false;
@@ -157,6 +163,7 @@ void Terminal::reset() {
         m_delegate.synchronizedOutputChanged(*this, false);
     }
     m_delegate.cursorStyleChanged(*this, m_cursorStyle);
+    m_delegate.colorChanged(*this, {});
 }
 
 /// What DECSTR resets: VT520 Programmer Information, DECSTR.

@@ -2,7 +2,10 @@
 
 #include "TermEngine/Buffer.h"
 #include "TermEngine/CharData.h"
+#include "TermEngine/ColorTable.h"
 #include "TermEngine/EscapeSequenceParser.h"
+#include "TermEngine/ImageStore.h"
+#include "TermEngine/KittyGraphics.h"
 #include "TermEngine/KittyKeyboardStack.h"
 #include "TermEngine/TerminalDelegate.h"
 #include "TermEngine/TerminalModes.h"
@@ -24,7 +27,7 @@ namespace term {
 class Terminal final : private ParserHandler {
 public:
     /// What a title, a working directory or a link may have, in bytes.
-    static constexpr std::size_t maximumTextBytes = 4096;
+    static constexpr std::size_t maximumTextBytes = term::maximumTextBytes;
     static constexpr std::size_t titleStackLimit = 10;
     static constexpr std::chrono::milliseconds synchronizedOutputTimeout{1000};
 
@@ -66,6 +69,13 @@ public:
     /// The text of a row of the screen without blanks at its end.
     [[nodiscard]] std::string lineText(int row) const;
 
+    [[nodiscard]] const ColorTable& colors() const { return m_colors; }
+    /// Images and where they stand; lines count as `Buffer::trimmedCount` does.
+    [[nodiscard]] const ImageStore& images() const { return m_images; }
+    /// Moves animations on; when to do it again, in milliseconds after `now`.
+    std::optional<std::int64_t> advanceAnimations(std::int64_t nowMilliseconds);
+    /// The host's `getColors` has another answer.
+    void themeChanged();
     void setColorScheme(ColorScheme scheme);
     void setVisibility(TerminalVisibility visibility) { m_visibility = visibility; }
     /// The name that XTVERSION answers with; "unknown" when it is empty.
@@ -196,13 +206,33 @@ private:
     void requestTermcap(const std::string& request);
     void windowOptions(const Parameters& parameters);
     void reportTitle(char kind, const std::string& title);
-    [[nodiscard]] static std::string hexOf(std::string_view text);
 
     // Terminal+Osc.cpp
     void setTitles(int code, std::string_view payload);
     void setLink(std::string_view payload);
     void semanticPrompt(std::string_view payload);
-    [[nodiscard]] std::string textOf(Bytes payload) const;
+    void notifyOrProgress(std::string_view payload);
+    void notify(const std::optional<NotificationRequest>& request);
+    void clipboard(std::string_view payload, StringEnd end);
+    void iTermCommand(std::string_view payload);
+
+    // Terminal+Colors.cpp
+    bool dispatchColors(int code, std::string_view payload, StringEnd end);
+    void paletteColors(int code, std::string_view payload, StringEnd end);
+    void dynamicColors(int code, std::string_view payload, StringEnd end);
+    void resetPalette(int code, std::string_view payload);
+    void kittyColors(std::string_view payload, StringEnd end);
+    void dynamicColorChanged(DynamicColor which);
+    [[nodiscard]] ColorTable& themedColors();
+
+    // Terminal+Graphics.cpp
+    class SixelPicture;
+    [[nodiscard]] std::unique_ptr<DcsHandler> sixelHandler(const Parameters& parameters);
+    [[nodiscard]] GraphicsContext graphicsContext();
+    void showImage(RgbaImage image, int columns = 0, int rows = 0);
+    void applyGraphics(const GraphicsResult& result);
+    void dropPassedImages();
+    void clearImages(ScreenId screen);
     void titleModes(const Parameters& parameters, bool on);
     void pushTitle(int what);
     void popTitle(int what);
@@ -236,6 +266,12 @@ private:
     bool m_changesRectangles = false; ///< DECSACE: attributes of rectangles, not of the text between two places
     CursorStyle m_cursorStyle;
     int m_conformance = 65;
+
+    ImageStore m_images;
+    KittyGraphics m_graphics;
+    ColorTable m_colors;
+    bool m_hasTheme = false;
+    NotificationAssembler m_notifications;
 
     std::string m_title;
     std::string m_iconTitle;

@@ -2,6 +2,9 @@
 
 #include "TermEngine/CharData.h"
 #include "TermEngine/EscapeSequenceParser.h"
+#include "TermEngine/Notifications.h"
+#include "TermEngine/OscPayloads.h"
+#include "TermEngine/Palette.h"
 #include "TermEngine/TerminalOptions.h"
 
 #include <chrono>
@@ -14,14 +17,6 @@
 namespace term {
 
 class Terminal;
-
-/// OSC 9;4.
-struct ProgressReport {
-    enum class State : std::uint8_t { remove, set, error, indeterminate, pause };
-    State state = State::remove;
-    std::optional<int> percent{};
-    bool operator==(const ProgressReport&) const = default;
-};
 
 /// CSI t: what a program asks of the window that shows the terminal.
 struct WindowCommand {
@@ -64,8 +59,8 @@ struct CellSize {
 };
 
 struct ClipboardContent {
-    std::string selections; ///< letters of OSC 52: c, p, q, s, 0 to 7
-    std::string data;
+    std::string selections;         ///< letters of OSC 52: c, p, q, s, 0 to 7
+    std::vector<std::uint8_t> data; ///< empty: the selections are cleared
 };
 
 enum class TerminalVisibility : std::uint8_t { potentiallyVisible = 1, notVisible = 2 };
@@ -84,7 +79,7 @@ public:
     virtual void hostCurrentDirectoryUpdated(Terminal&) {}
     virtual void hostCurrentDocumentUpdated(Terminal&) {}
     virtual void bell(Terminal&) {}
-    virtual void notify(Terminal&, const std::string& /*title*/, const std::string& /*body*/) {}
+    virtual void notify(Terminal&, const NotificationRequest&) {}
     virtual void progressReport(Terminal&, const ProgressReport&) {}
     virtual void programStatusChanged(Terminal&, const std::vector<std::string>& /*records*/) {}
     virtual void sizeChanged(Terminal&) {}
@@ -98,9 +93,15 @@ public:
 
     /// Without an index, any colours may have changed.
     virtual void colorChanged(Terminal&, std::optional<int> /*index*/) {}
-    virtual void setForegroundColor(Terminal&, Color) {}
-    virtual void setBackgroundColor(Terminal&, Color) {}
-    virtual void setCursorColor(Terminal&, Color) {}
+    /// Nothing: the program gave up its own colour.
+    virtual void setForegroundColor(Terminal&, std::optional<RgbColor>) {}
+    virtual void setBackgroundColor(Terminal&, std::optional<RgbColor>) {}
+    virtual void setCursorColor(Terminal&, std::optional<RgbColor>) {}
+    /// The colours of the theme; nothing: those of xterm. Asked when colours are asked for the first time, and after
+    /// `Terminal::themeChanged`.
+    virtual std::optional<BaseColors> getColors(Terminal&) { return {}; }
+
+    virtual void imagesChanged(Terminal&) {}
 
     virtual void clipboardCopy(Terminal&, const ClipboardContent&) {}
     /// What a program gets that asks for the clipboard; nothing: no answer at all.

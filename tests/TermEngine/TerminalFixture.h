@@ -25,8 +25,22 @@ public:
     void setTerminalTitle(Terminal&, const std::string& title) override { calls.push_back("title " + title); }
     void setTerminalIconTitle(Terminal&, const std::string& title) override { calls.push_back("icon " + title); }
     void bell(Terminal&) override { calls.emplace_back("bell"); }
-    void notify(Terminal&, const std::string& title, const std::string& body) override {
-        calls.push_back("notify " + title + ": " + body);
+    void notify(Terminal&, const NotificationRequest& request) override {
+        calls.push_back("notify " + request.title + ": " + request.body);
+    }
+    void progressReport(Terminal&, const ProgressReport& report) override {
+        calls.push_back(
+            "progress " + std::to_string(static_cast<int>(report.state)) + " " +
+            std::to_string(report.percent.value_or(-1)));
+    }
+    void hostCurrentDirectoryUpdated(Terminal& source) override {
+        calls.push_back("directory " + source.hostCurrentDirectory());
+    }
+    void clipboardCopy(Terminal&, const ClipboardContent& content) override {
+        calls.push_back("copy " + content.selections + " " + std::string(content.data.begin(), content.data.end()));
+    }
+    void setForegroundColor(Terminal&, std::optional<RgbColor> color) override {
+        calls.push_back("foreground " + (color ? formatColorSpec(*color) : "of the theme"));
     }
     void bufferActivated(Terminal& source) override {
         calls.emplace_back(source.isAlternateActive() ? "alternate" : "normal");

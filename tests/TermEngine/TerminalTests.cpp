@@ -68,6 +68,24 @@ TEST(Terminal, ReportsWhatTheHostKnowsAndAllows) {
     EXPECT_EQ(session.ask("\x1B[?998n"), "\x1B[?999;2n");
 }
 
+TEST(Terminal, ShowsImagesAtTheCursorAndLetsThemGoWithTheirLines) {
+    Session session;
+    session.host.cellSize = CellSize{10, 20};
+    // 20 by 40 pixels of kitty's protocol, two by two cells; then a sixel picture.
+    const std::string pixels((20 * 40 * 3 + 2) / 3 * 4, 'A');
+    EXPECT_EQ(session.ask("\r\n \x1B_Ga=T,f=24,s=20,v=40,i=7;" + pixels + "\x1B\\"), "\x1B_Gi=7;OK\x1B\\");
+    ASSERT_EQ(session.terminal.images().placements().size(), 1U);
+    EXPECT_EQ(session.terminal.images().placements()[0].row, 1);
+    EXPECT_EQ(session.terminal.images().placements()[0].column, 1);
+    EXPECT_EQ(session.terminal.buffer().y(), 2);
+    session.terminal.feed("\x1BPq#1;2;100;0;0~~~\x1B\\");
+    EXPECT_EQ(session.terminal.images().placements().size(), 2U);
+    session.terminal.feed(std::string(600, '\n') + "\x1B_Ga=q,i=1;\x1B\\");
+    EXPECT_TRUE(session.terminal.images().placements().empty());
+    session.terminal.feed("\x1BPq~\x1B\\\x1B[2J");
+    EXPECT_TRUE(session.terminal.images().placements().empty());
+}
+
 TEST(Terminal, EndsSynchronizedOutputWhenTheTimeIsOver) {
     Session session;
     session.terminal.feed("\x1B[?2026h");

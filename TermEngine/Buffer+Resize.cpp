@@ -1,0 +1,119 @@
+#include "TermEngine/Buffer.h"
+#include "TermEngine/Reflow_p.h"
+
+#include <algorithm>
+
+namespace term {
+
+void Buffer::resize(int cols, int rows) {
+    if (cols == m_cols && rows == m_rows) {
+        return;
+    }
+    // Room for all that a reflow makes; what is too much goes at the end.
+    const std::size_t length = static_cast<std::size_t>(rows + (m_setup.hasScrollback ? m_setup.scrollback : 0));
+    if (cols != m_cols) {
+        resizeTabStops(cols);
+        reflow(cols);
+    }
+    m_lines.setMaxLength(std::max(length, m_lines.size()) + static_cast<std::size_t>(rows));
+    resizeRows(rows);
+    const int surplus = std::max(lineCount() - static_cast<int>(length), 0);
+    m_lines.setMaxLength(length);
+    m_trimmedCount += static_cast<std::uint64_t>(surplus);
+    m_yBase -= surplus;
+    m_yDisp = std::clamp(m_yDisp - surplus, 0, m_yBase);
+    resetMargins();
+    saved.x = std::clamp(saved.x, 0, m_cols - 1);
+    saved.y = std::clamp(saved.y, 0, m_rows - 1);
+}
+
+/// The last line, counted from the oldest, with the cursor or with content.
+int Buffer::lastLineInUse() const {
+    int last = lineCount() - 1;
+    while (last > m_yBase + m_y && !lineAt(last).hasContent()) {
+        --last;
+    }
+    return last;
+}
+
+void Buffer::reflow(int cols) {
+    m_cols = cols;
+    if (!m_setup.hasScrollback) {
+        for (int index = 0; index < lineCount(); ++index) {
+            lineAt(index).resize(cols);
+        }
+        m_pendingWrap = m_pendingWrap && m_x == cols - 1;
+        m_x = std::min(m_x, cols - 1);
+        return;
+    }
+    const bool follows = m_yDisp == m_yBase;
+    const int last = lastLineInUse();
+    const bool isFull = last == lineCount() - 1;
+    std::vector<std::unique_ptr<BufferLine>> lines;
+    lines.reserve(static_cast<std::size_t>(last) + 1);
+    for (int index = 0; index <= last; ++index) {
+        lines.push_back(std::move(m_lines[static_cast<std::size_t>(index)]));
+    }
+    const int savedLine = std::min(m_yBase + saved.y, last);
+    Reflow reflow(
+        cols,
+        {{m_yBase + m_y, m_x + (m_pendingWrap ? 1 : 0)},
+         {savedLine, saved.x + (saved.pendingWrap ? 1 : 0)},
+         {m_yBase, 0},
+         {m_yDisp, 0}},
+        [this] { return blankLine({}); });
+    lines = reflow.run(std::move(lines));
+    const auto& anchors = reflow.anchors();
+
+    const int count = static_cast<int>(lines.size());
+    m_lines.assign(std::move(lines));
+    m_lines.setMaxLength(std::max(m_lines.size(), m_lines.maxLength()) + static_cast<std::size_t>(m_rows));
+    // A screen that was full stays so, from the history; else its first line stays the first.
+    m_yBase = std::max(isFull ? 0 : anchors[2].line, count - m_rows);
+    m_yBase = std::min(m_yBase, anchors[0].line);
+    m_yDisp = follows ? m_yBase : std::min(anchors[3].line, m_yBase);
+    fillRows();
+    while (lineCount() > m_yBase + m_rows) {
+        m_lines.pop();
+    }
+    m_y = anchors[0].line - m_yBase;
+    m_pendingWrap = anchors[0].col >= cols;
+    m_x = std::min(anchors[0].col, cols - 1);
+    saved.y = std::clamp(anchors[1].line - m_yBase, 0, m_rows - 1);
+    saved.pendingWrap = anchors[1].col >= cols;
+    saved.x = std::min(anchors[1].col, cols - 1);
+}
+
+void Buffer::resizeRows(int rows) {
+    const bool follows = m_yDisp == m_yBase;
+    if (rows > m_rows && lastLineInUse() == m_yBase + m_y) {
+        const int pulled = std::min(rows - m_rows, m_yBase);
+        m_yBase -= pulled;
+        m_y += pulled;
+        saved.y += pulled;
+    }
+    if (rows < m_rows) {
+        const int blankBelow = lineCount() - 1 - lastLineInUse();
+        const int surplus = m_rows - rows;
+        const int pushed = std::min(std::max(surplus - blankBelow, 0), m_y);
+        for (int i = 0; i < surplus - pushed; ++i) {
+            m_lines.pop();
+        }
+        m_yBase += pushed;
+        m_y = std::min(m_y - pushed, rows - 1);
+        saved.y -= pushed;
+    }
+    m_rows = rows;
+    fillRows();
+    m_yDisp = follows ? m_yBase : std::min(m_yDisp, m_yBase);
+}
+
+void Buffer::resizeTabStops(int cols) {
+    const int before = m_cols;
+    m_tabStops.resize(static_cast<std::size_t>(cols), false);
+    for (int col = before; col < cols; ++col) {
+        m_tabStops[static_cast<std::size_t>(col)] = m_setup.tabStopWidth > 0 && col % m_setup.tabStopWidth == 0;
+    }
+}
+
+} // namespace term

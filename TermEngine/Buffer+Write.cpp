@@ -1,0 +1,224 @@
+#include "TermEngine/Buffer.h"
+
+#include <algorithm>
+
+namespace term {
+
+using unicode::GraphemeBreak;
+using unicode::Properties;
+
+/// The last column that the cursor can write before it wraps.
+int Buffer::rightLimit() const {
+    const int last = lastColumn(m_y);
+    return marginMode && m_x <= m_marginRight ? std::min(m_marginRight, last) : last;
+}
+
+void Buffer::wrap(const Pen& pen) {
+    const bool isWhole = !marginMode || (m_marginLeft == 0 && m_marginRight == m_cols - 1);
+    m_x = marginMode && m_x >= m_marginLeft && m_x <= m_marginRight ? m_marginLeft : 0;
+    m_pendingWrap = false;
+    const bool moves = m_y == m_scrollBottom || m_y < m_rows - 1;
+    index(pen);
+    if (moves && isWhole) {
+        line(m_y).setWrapped(true);
+    }
+}
+
+void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) {
+    if (text.empty()) {
+        return;
+    }
+    m_lastScalar = text.back();
+    while (!text.empty()) {
+        if (m_pendingWrap) {
+            if (wraparound) {
+                wrap(pen);
+            }
+            m_pendingWrap = false;
+        }
+        BufferLine& target = line(m_y);
+        const int right = std::max(rightLimit(), m_x);
+        const auto count = std::min(text.size(), static_cast<std::size_t>(right - m_x + 1));
+        const int columns = static_cast<int>(count);
+        if (insertMode) {
+            target.insertCells(m_x, columns, right + 1, pen.blank);
+        }
+        m_ops.expandAscii(&target.write(m_x, columns)->rawValue, text.data(), count, pen.bits);
+        m_x += columns;
+        if (m_x > right) {
+            m_x = right;
+            m_pendingWrap = true;
+        }
+        text = text.subspan(count);
+        if (!wraparound && !text.empty()) {
+            // All that follows is written over the last column.
+            target.set(right, PackedCell::make(PackedCell::Kind::scalar, text.back(), pen.bits));
+            return;
+        }
+    }
+}
+
+void Buffer::insertScalarRun(std::span<const char32_t> text, const Pen& pen, ClusterMode mode) {
+    while (!text.empty()) {
+        if (!m_pendingWrap && !insertMode) {
+            text = text.subspan(insertSimpleScalars(text, pen));
+            if (text.empty()) {
+                return;
+            }
+        }
+        const char32_t scalar = text.front();
+        const Properties properties = unicode::properties(scalar);
+        if (properties.startsCluster() && properties.width() > 0) {
+            putScalar(scalar, properties.width(), pen);
+        } else {
+            putClustered(scalar, properties, pen, mode);
+        }
+        text = text.subspan(1);
+    }
+}
+
+/// Those at the front that begin a cluster each and fit into the line.
+std::size_t Buffer::insertSimpleScalars(std::span<const char32_t> text, const Pen& pen) {
+    BufferLine& target = line(m_y);
+    const int right = std::max(rightLimit(), m_x);
+    PackedCell* const cells = target.beginRun(m_x);
+    const PackedCell spacer = PackedCell::make(PackedCell::Kind::scalar, 0, pen.bits, WidthState::spacer);
+    bool hasWide = false;
+    int x = m_x;
+    std::size_t count = 0;
+    for (; count < text.size(); ++count) {
+        const char32_t scalar = text[count];
+        const Properties properties = unicode::properties(scalar);
+        const int width = properties.width();
+        if (!properties.startsCluster() || width == 0 || x + width - 1 > right) {
+            break;
+        }
+        if (width == 2) {
+            cells[x] = PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits, WidthState::wide);
+            cells[x + 1] = spacer;
+            hasWide = true;
+        } else {
+            cells[x] = PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits);
+        }
+        x += width;
+    }
+    target.endRun(x);
+    if (hasWide) {
+        target.noteWide();
+    }
+    if (count > 0) {
+        m_lastScalar = text[count - 1];
+    }
+    m_pendingWrap = x > right;
+    m_x = std::min(x, right);
+    return count;
+}
+
+void Buffer::putScalar(char32_t scalar, int width, const Pen& pen) {
+    m_lastScalar = scalar;
+    const auto state = width == 2 ? WidthState::wide : WidthState::narrow;
+    insertCharacter(PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits, state), pen);
+}
+
+void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
+    if (m_pendingWrap && wraparound) {
+        wrap(pen);
+    }
+    m_pendingWrap = false;
+    int right = std::max(rightLimit(), m_x);
+    const int width = cell.isWide() ? 2 : 1;
+    if (m_x + width - 1 > right) {
+        // A wide character, and one column left.
+        if (right - (marginMode ? m_marginLeft : 0) < 1) {
+            return;
+        }
+        if (wraparound) {
+            line(m_y).set(m_x, pen.blank.with(WidthState::wrapPad));
+            wrap(pen);
+            right = std::max(rightLimit(), m_x);
+            if (m_x + 1 > right) {
+                return;
+            }
+        } else {
+            m_x = right - 1;
+        }
+    }
+    BufferLine& target = line(m_y);
+    if (insertMode) {
+        target.insertCells(m_x, width, right + 1, pen.blank);
+    }
+    PackedCell* const cells = target.write(m_x, width);
+    cells[0] = cell;
+    if (width == 2) {
+        cells[1] = PackedCell::make(PackedCell::Kind::scalar, 0, pen.bits, WidthState::spacer);
+        target.noteWide();
+    }
+    m_x += width;
+    if (m_x > right) {
+        m_x = right;
+        m_pendingWrap = true;
+    }
+}
+
+/// The column of the character that a combining one joins; negative when there is none.
+int Buffer::columnBeforeCursor() const {
+    const int col = m_pendingWrap ? m_x : m_x - 1;
+    return col > 0 && line(m_y)[col].isSpacer() ? col - 1 : col;
+}
+
+void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen, ClusterMode mode) {
+    const GraphemeBreak kind = properties.graphemeBreak();
+    const int col = columnBeforeCursor();
+    if (col >= 0 && (mode == ClusterMode::graphemes || properties.width() == 0)) {
+        BufferLine& target = line(m_y);
+        const PackedCell before = target[col];
+        char32_t memory = 0;
+        std::u32string cluster(m_arena->scalars(before, memory));
+        if (cluster.empty()) {
+            cluster = U" ";
+        }
+        const bool joins = mode == ClusterMode::graphemes ? unicode::continuesCluster(cluster, scalar)
+                                                          : kind != GraphemeBreak::control &&
+                                                                kind != GraphemeBreak::cr && kind != GraphemeBreak::lf;
+        if (joins) {
+            const bool widens = mode == ClusterMode::graphemes && !before.isWide() &&
+                                (scalar == unicode::emojiSelector
+                                     ? cluster.size() == 1 && unicode::properties(cluster[0]).takesEmojiSelector()
+                                     : properties.width() == 2 && kind != GraphemeBreak::extend);
+            if (cluster.size() < CellArena::maximumClusterScalars) {
+                cluster.push_back(scalar);
+                if (const std::uint32_t id = m_arena->internCluster(cluster); id != 0) {
+                    const std::uint64_t rest =
+                        before.isEmpty() ? pen.bits : before.rawValue & ~(PackedCell::contentMask | 3);
+                    target.replace(col, PackedCell::make(PackedCell::Kind::cluster, id, rest));
+                }
+            }
+            if (widens) {
+                widen(col, pen);
+            }
+            return;
+        }
+    }
+    int width = properties.width();
+    if (width == 0) {
+        return;
+    }
+    if (mode == ClusterMode::graphemes && kind == GraphemeBreak::regionalIndicator &&
+        m_setup.regionalIndicatorWidth == RegionalIndicatorWidth::wide) {
+        width = 2;
+    }
+    putScalar(scalar, width, pen);
+}
+
+/// The character at `col`, just written, takes two columns from now on.
+void Buffer::widen(int col, const Pen& pen) {
+    const PackedCell cell = line(m_y)[col].with(WidthState::wide);
+    if (m_pendingWrap && !wraparound) {
+        return;
+    }
+    // It stands in the last column: what is left there is what a wide character leaves.
+    setCursor(col, m_y);
+    insertCharacter(cell, pen);
+}
+
+} // namespace term

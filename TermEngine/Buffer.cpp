@@ -1,0 +1,151 @@
+#include "TermEngine/Buffer.h"
+
+#include <algorithm>
+
+namespace term {
+namespace {
+
+std::size_t lengthOf(const Buffer::Setup& setup, int rows) {
+    return static_cast<std::size_t>(rows + (setup.hasScrollback ? setup.scrollback : 0));
+}
+
+} // namespace
+
+Buffer::Buffer(std::shared_ptr<CellArena> arena, const Setup& setup)
+    : m_arena(std::move(arena)),
+      m_setup(setup),
+      m_cols(setup.cols),
+      m_rows(setup.rows),
+      m_lines(lengthOf(setup, setup.rows)),
+      m_scrollBottom(setup.rows - 1),
+      m_marginRight(setup.cols - 1) {
+    fillRows();
+    setupTabStops();
+}
+
+std::unique_ptr<BufferLine> Buffer::blankLine(PackedCell blank) {
+    auto line = std::make_unique<BufferLine>(m_cols, blank);
+    line->setRenderIdentity(nextIdentity());
+    line->setBidiState(defaultBidiState);
+    return line;
+}
+
+void Buffer::fillRows() {
+    while (lineCount() < m_yBase + m_rows) {
+        m_lines.push(blankLine({}));
+    }
+}
+
+void Buffer::setYDisp(int yDisp) {
+    m_yDisp = std::clamp(yDisp, 0, m_yBase);
+}
+
+void Buffer::setCursor(int x, int y) {
+    m_y = std::clamp(y, 0, m_rows - 1);
+    m_x = std::clamp(x, 0, lastColumn(m_y));
+    m_pendingWrap = false;
+}
+
+void Buffer::setScrollRegion(int top, int bottom) {
+    m_scrollTop = top;
+    m_scrollBottom = bottom;
+}
+
+void Buffer::setMargins(int left, int right) {
+    m_marginLeft = left;
+    m_marginRight = right;
+}
+
+void Buffer::resetMargins() {
+    m_scrollTop = 0;
+    m_scrollBottom = m_rows - 1;
+    m_marginLeft = 0;
+    m_marginRight = m_cols - 1;
+}
+
+void Buffer::eraseCells(int row, int first, int end, PackedCell blank) {
+    line(row).fill(first, end, blank);
+    if (first == 0 && end >= m_cols) {
+        line(row).setWrapped(false);
+    }
+    // Nothing flows over any more.
+    if (end >= m_cols && row + 1 < m_rows) {
+        line(row + 1).setWrapped(false);
+    }
+}
+
+void Buffer::eraseUnprotected(int row, int first, int end, PackedCell blank) {
+    line(row).fillUnprotected(first, end, blank);
+}
+
+void Buffer::clearHistory() {
+    m_lines.dropOldest(static_cast<std::size_t>(m_yBase));
+    m_trimmedCount += static_cast<std::uint64_t>(m_yBase);
+    m_yBase = 0;
+    m_yDisp = 0;
+    line(0).setWrapped(false);
+}
+
+void Buffer::clear(PackedCell blank) {
+    m_trimmedCount += static_cast<std::uint64_t>(m_yBase);
+    m_lines.dropOldest(m_lines.size());
+    m_yBase = 0;
+    m_yDisp = 0;
+    while (lineCount() < m_rows) {
+        m_lines.push(blankLine(blank));
+    }
+    resetMargins();
+    setCursor(0, 0);
+}
+
+void Buffer::setupTabStops() {
+    m_tabStops.assign(static_cast<std::size_t>(m_cols), false);
+    for (int col = m_setup.tabStopWidth; m_setup.tabStopWidth > 0 && col < m_cols; col += m_setup.tabStopWidth) {
+        m_tabStops[static_cast<std::size_t>(col)] = true;
+    }
+}
+
+void Buffer::setTabStop(int col) {
+    m_tabStops[static_cast<std::size_t>(col)] = true;
+}
+
+void Buffer::clearTabStop(int col) {
+    m_tabStops[static_cast<std::size_t>(col)] = false;
+}
+
+void Buffer::clearAllTabStops() {
+    std::fill(m_tabStops.begin(), m_tabStops.end(), false);
+}
+
+int Buffer::nextTabStop(int col) const {
+    for (++col; col < m_cols - 1 && !m_tabStops[static_cast<std::size_t>(col)];) {
+        ++col;
+    }
+    return std::min(col, m_cols - 1);
+}
+
+int Buffer::previousTabStop(int col) const {
+    for (--col; col > 0 && !m_tabStops[static_cast<std::size_t>(col)];) {
+        --col;
+    }
+    return std::max(col, 0);
+}
+
+void Buffer::changeHistorySize(int scrollback) {
+    m_setup.scrollback = std::max(scrollback, 0);
+    const std::size_t length = lengthOf(m_setup, m_rows);
+    const int dropped = std::max(0, lineCount() - static_cast<int>(length));
+    m_lines.setMaxLength(length);
+    m_trimmedCount += static_cast<std::uint64_t>(dropped);
+    m_yBase -= dropped;
+    m_yDisp = std::max(0, m_yDisp - dropped);
+}
+
+void Buffer::mark(CellArena::Marker& marker) const {
+    for (int index = 0; index < lineCount(); ++index) {
+        marker.mark(lineAt(index).usedCells());
+        marker.markPen(lineAt(index).tailBlankCell().rawValue);
+    }
+}
+
+} // namespace term

@@ -1,0 +1,203 @@
+#pragma once
+
+#include "TermEngine/BufferLine.h"
+#include "TermEngine/Charsets.h"
+#include "TermEngine/CircularList.h"
+#include "TermEngine/TerminalOptions.h"
+#include "TermEngine/VectorOps.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace term {
+
+struct Position {
+    int col = 0;
+    int row = 0;
+    bool operator==(const Position&) const = default;
+    auto operator<=>(const Position& other) const { return row != other.row ? row <=> other.row : col <=> other.col; }
+};
+
+/// With what is written: the bits that all cells of a run have, and what an erase leaves.
+struct Pen {
+    std::uint64_t bits = 0;
+    PackedCell blank;
+};
+
+/// DECSC.
+struct SavedCursor {
+    int x = 0;
+    int y = 0;
+    bool pendingWrap = false;
+    bool originMode = false;
+    bool marginMode = false;
+    bool wraparound = true;
+    bool reverseWraparound = false;
+    Attribute attribute{};
+    bool isProtected = false;
+    CharsetState charset{};
+};
+
+/// A part of the screen: rows and columns, the ends excluded.
+struct Rectangle {
+    int top = 0;
+    int left = 0;
+    int bottom = 0;
+    int right = 0;
+    [[nodiscard]] bool isEmpty() const { return top >= bottom || left >= right; }
+};
+
+enum class ClusterMode : std::uint8_t { scalars, graphemes };
+
+/// One screen with its history: lines, cursor, margins, tab stops.
+///
+/// Rows are those of the screen, from 0; `lines` counts from the oldest line of the history. A line is also known by
+/// its number since the beginning, `trimmedCount()` more than its index, which stays while the line is there.
+class Buffer {
+public:
+    struct Setup {
+        int cols = 80;
+        int rows = 25;
+        int scrollback = 0;
+        bool hasScrollback = false;
+        int tabStopWidth = 8;
+        RegionalIndicatorWidth regionalIndicatorWidth = RegionalIndicatorWidth::wide;
+    };
+
+    Buffer(std::shared_ptr<CellArena> arena, const Setup& setup);
+
+    [[nodiscard]] int cols() const { return m_cols; }
+    [[nodiscard]] int rows() const { return m_rows; }
+    [[nodiscard]] bool hasScrollback() const { return m_setup.hasScrollback; }
+    [[nodiscard]] CellArena& arena() const { return *m_arena; }
+
+    [[nodiscard]] int lineCount() const { return static_cast<int>(m_lines.size()); }
+    [[nodiscard]] const BufferLine& lineAt(int index) const { return *m_lines[static_cast<std::size_t>(index)]; }
+    [[nodiscard]] BufferLine& lineAt(int index) { return *m_lines[static_cast<std::size_t>(index)]; }
+    [[nodiscard]] BufferLine& line(int row) { return lineAt(m_yBase + row); }
+    [[nodiscard]] const BufferLine& line(int row) const { return lineAt(m_yBase + row); }
+    /// Lines of history.
+    [[nodiscard]] int yBase() const { return m_yBase; }
+    /// The first line that is shown: below yBase when someone looks at the history.
+    [[nodiscard]] int yDisp() const { return m_yDisp; }
+    void setYDisp(int yDisp);
+    [[nodiscard]] std::uint64_t trimmedCount() const { return m_trimmedCount; }
+
+    // The cursor. When the last column was written, the cursor stays there and wraps with the next character.
+    [[nodiscard]] int x() const { return m_x; }
+    [[nodiscard]] int y() const { return m_y; }
+    [[nodiscard]] bool pendingWrap() const { return m_pendingWrap; }
+    void setPendingWrap(bool pending) { m_pendingWrap = pending; }
+    /// Clamped to the screen.
+    void setCursor(int x, int y);
+    void setX(int x) { setCursor(x, m_y); }
+
+    [[nodiscard]] int scrollTop() const { return m_scrollTop; }
+    [[nodiscard]] int scrollBottom() const { return m_scrollBottom; }
+    void setScrollRegion(int top, int bottom);
+    [[nodiscard]] int marginLeft() const { return marginMode ? m_marginLeft : 0; }
+    [[nodiscard]] int marginRight() const { return marginMode ? m_marginRight : m_cols - 1; }
+    void setMargins(int left, int right);
+    void resetMargins();
+    /// Whether the cursor is between the margins, on all sides.
+    [[nodiscard]] bool isInsideMargins() const {
+        return m_y >= m_scrollTop && m_y <= m_scrollBottom && m_x >= marginLeft() && m_x <= marginRight();
+    }
+
+    bool insertMode = false;
+    bool marginMode = false;
+    bool wraparound = true;
+    bool reverseWraparound = false;
+    bool extendedReverseWraparound = false;
+    SavedCursor saved;
+    std::uint8_t defaultBidiState = 0;
+
+    // Writing at the cursor (Buffer+Write.cpp).
+    void insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen);
+    void insertScalarRun(std::span<const char32_t> text, const Pen& pen, ClusterMode mode);
+    /// A cell of width 1 or 2.
+    void insertCharacter(PackedCell cell, const Pen& pen);
+    /// The last character that was written, 0 at first.
+    [[nodiscard]] char32_t lastScalar() const { return m_lastScalar; }
+    void forgetLastScalar() { m_lastScalar = 0; }
+
+    // Moving (Buffer+Scroll.cpp).
+    /// One row down, scrolling at the bottom margin.
+    void index(const Pen& pen);
+    void reverseIndex(const Pen& pen);
+    void scrollUp(int count, const Pen& pen);
+    void scrollDown(int count, const Pen& pen);
+    /// Within the margins, from the row of the cursor on, as IL and DL.
+    void insertLines(int count, const Pen& pen);
+    void deleteLines(int count, const Pen& pen);
+    void insertColumns(int col, int count, const Pen& pen);
+    void deleteColumns(int col, int count, const Pen& pen);
+
+    /// The cells of a row, with what the erase does to soft wraps.
+    void eraseCells(int row, int first, int end, PackedCell blank);
+    void eraseUnprotected(int row, int first, int end, PackedCell blank);
+    void clearHistory();
+    /// As at the beginning: no history, blank lines, no margins.
+    void clear(PackedCell blank = {});
+
+    void setTabStop(int col);
+    void clearTabStop(int col);
+    void clearAllTabStops();
+    void setupTabStops();
+    [[nodiscard]] int nextTabStop(int col) const;
+    [[nodiscard]] int previousTabStop(int col) const;
+
+    void resize(int cols, int rows);
+    void changeHistorySize(int scrollback);
+
+    void mark(CellArena::Marker& marker) const;
+    /// The last column of a row: double-width lines have half of them.
+    [[nodiscard]] int lastColumn(int row) const {
+        return line(row).renderMode() == RenderLineMode::single ? m_cols - 1 : std::max(m_cols / 2 - 1, 0);
+    }
+    [[nodiscard]] std::unique_ptr<BufferLine> blankLine(PackedCell blank);
+
+private:
+    [[nodiscard]] int rightLimit() const;
+    void wrap(const Pen& pen);
+    std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
+    void putScalar(char32_t scalar, int width, const Pen& pen);
+    void putClustered(char32_t scalar, unicode::Properties properties, const Pen& pen, ClusterMode mode);
+    [[nodiscard]] int columnBeforeCursor() const;
+    void widen(int col, const Pen& pen);
+    void pushLine(int above, PackedCell blank);
+    void scrollRegionUp(int top, int bottom, int count, PackedCell blank);
+    void scrollRegionDown(int top, int bottom, int count, PackedCell blank);
+    void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);
+    void reflow(int cols);
+    void resizeRows(int rows);
+    void resizeTabStops(int cols);
+    void fillRows();
+    [[nodiscard]] int lastLineInUse() const;
+    std::uint64_t nextIdentity() { return ++m_identities; }
+
+    std::shared_ptr<CellArena> m_arena;
+    Setup m_setup;
+    const VectorOps& m_ops = fastestVectorOps();
+    int m_cols;
+    int m_rows;
+    CircularList<std::unique_ptr<BufferLine>> m_lines;
+    int m_x = 0;
+    int m_y = 0;
+    bool m_pendingWrap = false;
+    int m_yBase = 0;
+    int m_yDisp = 0;
+    int m_scrollTop = 0;
+    int m_scrollBottom;
+    int m_marginLeft = 0;
+    int m_marginRight;
+    char32_t m_lastScalar = 0;
+    std::uint64_t m_trimmedCount = 0;
+    std::uint64_t m_identities = 0;
+    std::vector<bool> m_tabStops;
+};
+
+} // namespace term

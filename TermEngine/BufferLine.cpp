@@ -1,0 +1,204 @@
+#include "TermEngine/BufferLine.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace term {
+namespace {
+
+/// What is left of a cell when its other half goes: its colours.
+PackedCell emptied(PackedCell cell) {
+    if (cell.isEmpty()) {
+        return cell.with(WidthState::narrow);
+    }
+    return PackedCell(cell.rawValue & PackedCell::attributeMask);
+}
+
+} // namespace
+
+BufferLine::BufferLine(const BufferLine& other)
+    : m_cells(std::make_unique_for_overwrite<PackedCell[]>(static_cast<std::size_t>(other.m_used))),
+      m_capacity(other.m_used),
+      m_cols(other.m_cols),
+      m_used(other.m_used),
+      m_isWrapped(other.m_isWrapped),
+      m_hasWide(other.m_hasWide),
+      m_renderMode(other.m_renderMode),
+      m_bidiState(other.m_bidiState),
+      m_tailBlank(other.m_tailBlank),
+      m_generation(other.m_generation),
+      m_renderIdentity(other.m_renderIdentity),
+      m_recycleGeneration(other.m_recycleGeneration),
+      m_marks(other.m_marks) {
+    std::copy_n(other.m_cells.get(), m_used, m_cells.get());
+}
+
+void BufferLine::setRenderMode(RenderLineMode mode) {
+    m_renderMode = mode;
+    ++m_generation;
+}
+
+void BufferLine::setSemanticMark(const SemanticMarks& marks) {
+    m_marks = marks;
+    ++m_generation;
+}
+
+void BufferLine::grow(int capacity) {
+    auto cells = std::make_unique_for_overwrite<PackedCell[]>(static_cast<std::size_t>(capacity));
+    std::copy_n(m_cells.get(), m_used, cells.get());
+    m_cells = std::move(cells);
+    m_capacity = capacity;
+}
+
+void BufferLine::reserve(int col, int end) {
+    ++m_generation;
+    if (end > m_capacity) {
+        grow(std::max(m_cols, end));
+    }
+    if (col > m_used) {
+        std::fill(m_cells.get() + m_used, m_cells.get() + col, m_tailBlank);
+    }
+    m_used = std::max(m_used, end);
+}
+
+/// A wide character that stands on both sides of the column is no more.
+void BufferLine::cutWide(int col) {
+    if (col <= 0 || col >= m_used || !m_cells[static_cast<std::size_t>(col)].isSpacer()) {
+        return;
+    }
+    PackedCell* const cells = m_cells.get();
+    cells[col - 1] = emptied(cells[col - 1]);
+    cells[col] = emptied(cells[col]);
+}
+
+/// The first half is written over already.
+void BufferLine::dropSpacer(int col) {
+    PackedCell& cell = m_cells[static_cast<std::size_t>(col)];
+    if (cell.isSpacer()) {
+        cell = emptied(cell);
+    }
+}
+
+void BufferLine::replace(int col, PackedCell cell) {
+    reserve(col, col + 1);
+    m_cells[static_cast<std::size_t>(col)] = cell;
+}
+
+void BufferLine::fill(int first, int end, PackedCell cell) {
+    if (first >= end) {
+        return;
+    }
+    if (end >= m_cols && cell.isEmpty()) {
+        // The whole rest: it becomes the tail, unless there is another blank before it.
+        if (m_hasWide) {
+            cutWide(first);
+        }
+        if (first > m_used && cell != m_tailBlank) {
+            reserve(first, first);
+        }
+        m_used = std::min(m_used, first);
+        m_tailBlank = cell;
+        m_hasWide = m_hasWide && m_used > 0;
+        ++m_generation;
+        return;
+    }
+    PackedCell* const cells = write(first, end - first);
+    std::fill(cells, cells + (end - first), cell);
+}
+
+void BufferLine::fillUnprotected(int first, int end, PackedCell cell) {
+    for (int col = first; col < end; ++col) {
+        if (!(*this)[col].isProtected()) {
+            set(col, cell);
+        }
+    }
+}
+
+void BufferLine::insertCells(int col, int count, int end, PackedCell blank) {
+    count = std::min(count, end - col);
+    if (count <= 0) {
+        return;
+    }
+    cutWide(col);
+    cutWide(end);
+    cutWide(end - count);
+    reserve(end, end);
+    PackedCell* const cells = m_cells.get();
+    std::memmove(cells + col + count, cells + col, static_cast<std::size_t>(end - col - count) * sizeof(PackedCell));
+    std::fill(cells + col, cells + col + count, blank);
+}
+
+void BufferLine::deleteCells(int col, int count, int end, PackedCell blank) {
+    count = std::min(count, end - col);
+    if (count <= 0) {
+        return;
+    }
+    cutWide(col);
+    cutWide(col + count);
+    cutWide(end);
+    reserve(end, end);
+    PackedCell* const cells = m_cells.get();
+    std::memmove(cells + col, cells + col + count, static_cast<std::size_t>(end - col - count) * sizeof(PackedCell));
+    std::fill(cells + end - count, cells + end, blank);
+}
+
+void BufferLine::copyFrom(const BufferLine& source, int sourceCol, int col, int count) {
+    if (count <= 0) {
+        return;
+    }
+    m_hasWide = m_hasWide || source.m_hasWide;
+    std::vector<PackedCell> copied(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        copied[static_cast<std::size_t>(i)] = source[sourceCol + i];
+    }
+    // A half of a wide character at an edge of the range is none.
+    if (copied.front().isSpacer()) {
+        copied.front() = emptied(copied.front());
+    }
+    if (copied.back().isWide()) {
+        copied.back() = emptied(copied.back());
+    }
+    std::ranges::copy(copied, write(col, count));
+}
+
+void BufferLine::resize(int cols) {
+    ++m_generation;
+    if (m_used > cols) {
+        if (m_hasWide) {
+            cutWide(cols);
+        }
+        m_used = cols;
+    }
+    m_cols = cols;
+}
+
+void BufferLine::shrinkToFit() {
+    if (m_capacity > m_used + 8) {
+        grow(m_used);
+    }
+}
+
+int BufferLine::trimmedLength() const {
+    int length = m_used;
+    while (length > 0 && m_cells[static_cast<std::size_t>(length - 1)].isBlank()) {
+        --length;
+    }
+    return length;
+}
+
+std::string BufferLine::translateToString(const CellArena& arena, bool trim, int first, int end) const {
+    end = end < 0 ? m_cols : std::min(end, m_cols);
+    if (trim) {
+        end = std::min(end, trimmedLength());
+    }
+    std::string text;
+    for (int col = std::max(first, 0); col < end; ++col) {
+        const PackedCell cell = (*this)[col];
+        if (!cell.isSpacer()) {
+            arena.appendText(text, cell);
+        }
+    }
+    return text;
+}
+
+} // namespace term

@@ -1,0 +1,152 @@
+#pragma once
+
+#include "TermEngine/CellArena.h"
+#include "TermEngine/PackedCell.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace term {
+
+/// DECSWL, DECDWL, DECDHL.
+enum class RenderLineMode : std::uint8_t { single, doubleWidth, doubledTop, doubledDown };
+
+/// The marks that a shell put on a line (OSC 133).
+struct SemanticMarks {
+    bool promptStart = false;
+    bool inputStart = false;
+    bool outputStart = false;
+    bool commandEnd = false;
+    std::optional<int> exitCode{}; ///< of the command that ended here
+
+    bool operator==(const SemanticMarks&) const = default;
+    [[nodiscard]] bool any() const { return promptStart || inputStart || outputStart || commandEnd; }
+};
+
+/// One line of a screen or of its history. Cells past the used ones are all the tail blank, so that a fresh line
+/// costs nothing, and memory is there from the first write on.
+class BufferLine {
+public:
+    explicit BufferLine(int cols, PackedCell blank = {}) : m_cols(cols), m_tailBlank(blank) {}
+    BufferLine(const BufferLine& other);
+    BufferLine& operator=(const BufferLine&) = delete;
+
+    [[nodiscard]] int size() const { return m_cols; }
+    [[nodiscard]] int usedLength() const { return m_used; }
+    [[nodiscard]] PackedCell tailBlankCell() const { return m_tailBlank; }
+    /// The column is clamped.
+    [[nodiscard]] PackedCell operator[](int col) const {
+        return col >= 0 && col < m_used ? m_cells[static_cast<std::size_t>(col)] : m_tailBlank;
+    }
+    [[nodiscard]] std::span<const PackedCell> usedCells() const {
+        return {m_cells.get(), static_cast<std::size_t>(m_used)};
+    }
+    /// Changes with every change of the line: what was drawn of it is stale.
+    [[nodiscard]] std::uint64_t generation() const { return m_generation; }
+    /// Two lines that are on a screen at one time have different ones; a line that is reused gets a new one.
+    [[nodiscard]] std::uint64_t renderIdentity() const { return m_renderIdentity; }
+    void setRenderIdentity(std::uint64_t identity) { m_renderIdentity = identity; }
+    [[nodiscard]] std::uint32_t recycleGeneration() const { return m_recycleGeneration; }
+
+    /// The line continues the one above: a soft wrap.
+    [[nodiscard]] bool isWrapped() const { return m_isWrapped; }
+    void setWrapped(bool wrapped) { m_isWrapped = wrapped; }
+    [[nodiscard]] RenderLineMode renderMode() const { return m_renderMode; }
+    void setRenderMode(RenderLineMode mode);
+    [[nodiscard]] std::uint8_t bidiState() const { return m_bidiState; }
+    void setBidiState(std::uint8_t state) { m_bidiState = state; }
+    [[nodiscard]] const SemanticMarks& semanticMarks() const { return m_marks; }
+    void setSemanticMark(const SemanticMarks& marks);
+
+    /// Room for cells that the caller writes at once, all of them: the halves of wide characters that it cuts become
+    /// blank. Within the line.
+    PackedCell* write(int col, int count) {
+        if (m_hasWide) {
+            cutWide(col);
+            cutWide(col + count);
+        }
+        reserve(col, col + count);
+        return m_cells.get() + col;
+    }
+    /// All cells from `col` on, to write a run whose end shows only later: `endRun` has to follow.
+    PackedCell* beginRun(int col) {
+        if (m_hasWide) {
+            cutWide(col);
+        }
+        reserve(col, col);
+        if (m_capacity < m_cols) {
+            grow(m_cols);
+        }
+        return m_cells.get();
+    }
+    void endRun(int end) {
+        if (m_hasWide && end < m_used) {
+            dropSpacer(end);
+        }
+        m_used = std::max(m_used, end);
+    }
+    /// Says that there is a wide character.
+    void noteWide() { m_hasWide = true; }
+    [[nodiscard]] bool hasWide() const { return m_hasWide; }
+
+    void set(int col, PackedCell cell) { *write(col, 1) = cell; }
+    /// Without a look at wide characters.
+    void replace(int col, PackedCell cell);
+    void fill(int first, int end, PackedCell cell);
+    /// Blank cells between the protected ones.
+    void fillUnprotected(int first, int end, PackedCell cell);
+    /// Moves the cells of [col, end) to the right by `count`; those that leave it at the end are lost.
+    void insertCells(int col, int count, int end, PackedCell blank);
+    void deleteCells(int col, int count, int end, PackedCell blank);
+    void copyFrom(const BufferLine& source, int sourceCol, int col, int count);
+    /// As new, for another place.
+    void recycle(int cols, PackedCell blank, std::uint64_t identity) {
+        m_cols = cols;
+        m_used = 0;
+        m_tailBlank = blank;
+        m_isWrapped = false;
+        m_hasWide = false;
+        m_renderMode = RenderLineMode::single;
+        m_bidiState = 0;
+        m_marks = {};
+        m_renderIdentity = identity;
+        ++m_recycleGeneration;
+        ++m_generation;
+    }
+    /// Cells past the new width are lost, a wide character that would be cut too.
+    void resize(int cols);
+    /// Gives the memory back that the line does not need.
+    void shrinkToFit();
+
+    /// How many cells there are up to the last that was written and not erased.
+    [[nodiscard]] int trimmedLength() const;
+    [[nodiscard]] bool hasContent() const { return trimmedLength() > 0; }
+    /// UTF-8; without the blank tail when `trim`.
+    [[nodiscard]] std::string translateToString(const CellArena& arena, bool trim, int first = 0, int end = -1) const;
+
+private:
+    void reserve(int col, int end);
+    void grow(int capacity);
+    void cutWide(int col);
+    void dropSpacer(int col);
+
+    std::unique_ptr<PackedCell[]> m_cells;
+    int m_capacity = 0;
+    int m_cols;
+    int m_used = 0;
+    bool m_isWrapped = false;
+    bool m_hasWide = false;
+    RenderLineMode m_renderMode = RenderLineMode::single;
+    std::uint8_t m_bidiState = 0;
+    PackedCell m_tailBlank;
+    std::uint64_t m_generation = 0;
+    std::uint64_t m_renderIdentity = 0;
+    std::uint32_t m_recycleGeneration = 0;
+    SemanticMarks m_marks;
+};
+
+} // namespace term

@@ -1,0 +1,155 @@
+#pragma once
+
+#include "TermEngine/PackedCell.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace term {
+
+/// Values with numbers from 1 on; those that nothing uses any more give their numbers back.
+template <typename Value>
+class NumberedSet {
+public:
+    explicit NumberedSet(std::uint32_t limit) : m_limit(limit) {}
+
+    /// Nothing when all numbers are taken.
+    std::optional<std::uint32_t> intern(const Value& value) {
+        if (const auto found = m_numbers.find(value); found != m_numbers.end()) {
+            return found->second;
+        }
+        std::uint32_t number = 0;
+        if (!m_free.empty()) {
+            number = m_free.back();
+            m_free.pop_back();
+            m_values[number - 1] = value;
+        } else if (m_values.size() < m_limit) {
+            m_values.push_back(value);
+            number = static_cast<std::uint32_t>(m_values.size());
+        } else {
+            return {};
+        }
+        m_numbers.emplace(value, number);
+        return number;
+    }
+    /// The number must have been given, and not taken back.
+    [[nodiscard]] const Value& operator[](std::uint32_t number) const { return m_values[number - 1]; }
+    [[nodiscard]] std::size_t size() const { return m_numbers.size(); }
+    [[nodiscard]] bool isFull() const { return m_free.empty() && m_values.size() == m_limit; }
+    [[nodiscard]] std::size_t highestNumber() const { return m_values.size(); }
+    void keepOnly(const std::vector<bool>& used) {
+        std::erase_if(m_numbers, [&](const auto& entry) {
+            if (used[entry.second]) {
+                return false;
+            }
+            m_free.push_back(entry.second);
+            m_values[entry.second - 1] = Value();
+            return true;
+        });
+    }
+
+private:
+    std::uint32_t m_limit;
+    std::deque<Value> m_values;
+    std::unordered_map<Value, std::uint32_t> m_numbers;
+    std::vector<std::uint32_t> m_free;
+};
+
+/// What cells refer to by number: attributes, clusters of several scalars, links. The buffers of a terminal share one.
+///
+/// Numbers that no cell uses any more are found by a sweep over all cells, which runs when about as many values have
+/// come as there are cells, or earlier when a table is full: its cost is a constant for each new value.
+class CellArena {
+public:
+    static constexpr std::size_t attributeCapacity = 0xFFFF;
+    static constexpr std::uint32_t graphemeCapacity = 1U << 20;
+    static constexpr std::size_t maximumClusterScalars = 32;
+
+    CellArena();
+    CellArena& operator=(const CellArena&) = delete;
+    /// A copy that no sweep changes.
+    [[nodiscard]] std::shared_ptr<const CellArena> snapshot() const;
+    /// Goes up with every new value, so that equal counts mean equal arenas.
+    [[nodiscard]] std::uint64_t changes() const { return m_changes; }
+
+    /// 0, the default attribute, when the table is full.
+    [[nodiscard]] std::uint16_t intern(const Attribute& attribute);
+    /// 0 when the table is full.
+    [[nodiscard]] std::uint32_t internCluster(std::u32string_view scalars);
+    /// 0 when the table is full.
+    [[nodiscard]] TinyAtom internLink(const std::string& link);
+
+    [[nodiscard]] Attribute attribute(std::uint16_t id) const { return Attribute::unpacked(m_attributes[id]); }
+    [[nodiscard]] const std::u32string& cluster(std::uint32_t id) const { return m_clusters[id]; }
+    [[nodiscard]] const std::string& link(TinyAtom atom) const { return m_links[atom]; }
+    [[nodiscard]] std::size_t attributeCount() const { return m_attributeCount; }
+    [[nodiscard]] std::size_t clusterCount() const { return m_clusters.size(); }
+    [[nodiscard]] std::size_t linkCount() const { return m_links.size(); }
+
+    /// Nothing when the fields of the cell have no encoding.
+    [[nodiscard]] std::optional<PackedCell> pack(const CharData& cell);
+    [[nodiscard]] CharData unpack(PackedCell cell) const;
+    /// The empty cell that an erase with this attribute leaves.
+    [[nodiscard]] PackedCell blank(const Attribute& attribute);
+    [[nodiscard]] Attribute attributeOf(PackedCell cell) const;
+    /// All scalars of a cell, none of an empty one.
+    [[nodiscard]] std::u32string_view scalars(PackedCell cell, char32_t& memory) const;
+    void appendText(std::string& utf8, PackedCell cell) const;
+    /// The cell as it is in this arena, of one that is in another.
+    [[nodiscard]] PackedCell adopt(PackedCell cell, const CellArena& from);
+    [[nodiscard]] PackedCell withAttribute(PackedCell cell, const Attribute& attribute);
+
+    /// Marks the numbers that cells use.
+    class Marker {
+    public:
+        explicit Marker(const CellArena& arena);
+        void mark(std::span<const PackedCell> cells);
+        void markPen(std::uint64_t bits) { mark(std::span(reinterpret_cast<const PackedCell*>(&bits), 1)); }
+
+    private:
+        friend class CellArena;
+        std::vector<bool> m_attributes;
+        std::vector<bool> m_clusters;
+        std::vector<bool> m_links;
+        std::size_t m_cells = 0;
+    };
+    /// Called with a marker when a sweep is due; has to mark all that is in use.
+    void setRoots(std::function<void(Marker&)> roots) { m_roots = std::move(roots); }
+    void sweep();
+
+private:
+    CellArena(const CellArena&) = default;
+    [[nodiscard]] std::size_t slotOf(const PackedAttributeKey& key) const;
+    void addToSlots(std::uint16_t id);
+    void growSlots();
+    enum class Room : std::uint8_t { none, some };
+    void sweepWhenDue(Room room);
+
+    std::vector<PackedAttributeKey> m_attributes;
+    std::vector<std::uint16_t> m_freeAttributes;
+    /// Open addressing; 0 is a free slot, else the identifier.
+    std::vector<std::uint16_t> m_slots;
+    std::size_t m_attributeCount = 0;
+    PackedAttributeKey m_lastKey;
+    std::uint16_t m_lastId = 0;
+
+    NumberedSet<std::u32string> m_clusters{graphemeCapacity};
+    NumberedSet<std::string> m_links{0xFFFF};
+
+    std::function<void(Marker&)> m_roots;
+    std::uint64_t m_changes = 0;
+    std::size_t m_newSinceSweep = 0;
+    static constexpr std::size_t leastBetweenSweeps = 16384;
+    std::size_t m_nextSweep = leastBetweenSweeps;
+    std::size_t m_earliestSweep = 1024;
+};
+
+} // namespace term

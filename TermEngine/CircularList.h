@@ -1,0 +1,95 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace term {
+
+/// A ring of elements that can be moved, indexed from the oldest. Memory grows with what is in it, up to the maximum.
+template <typename Element>
+class CircularList {
+public:
+    explicit CircularList(std::size_t maxLength) : m_maxLength(maxLength) {}
+
+    [[nodiscard]] std::size_t size() const { return m_count; }
+    [[nodiscard]] std::size_t maxLength() const { return m_maxLength; }
+    [[nodiscard]] bool isFull() const { return m_count == m_maxLength; }
+    [[nodiscard]] Element& operator[](std::size_t index) { return m_array[physical(index)]; }
+    [[nodiscard]] const Element& operator[](std::size_t index) const { return m_array[physical(index)]; }
+
+    /// Appends; of a full ring the oldest element goes first, into what is returned.
+    Element push(Element element) {
+        if (isFull()) {
+            Element oldest = std::exchange((*this)[0], std::move(element));
+            m_startIndex = m_startIndex + 1 == m_array.size() ? 0 : m_startIndex + 1;
+            return oldest;
+        }
+        if (m_count == m_array.size()) {
+            setCapacity(std::min(m_maxLength, std::max<std::size_t>(16, m_count * 2)));
+        }
+        ++m_count;
+        (*this)[m_count - 1] = std::move(element);
+        return Element();
+    }
+    Element pop() {
+        Element last = std::move((*this)[m_count - 1]);
+        --m_count;
+        return last;
+    }
+    void dropOldest(std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            (*this)[i] = Element();
+        }
+        m_startIndex = m_array.empty() ? 0 : (m_startIndex + count) % m_array.size();
+        m_count -= count;
+    }
+    /// The oldest go when there are too many.
+    void setMaxLength(std::size_t maxLength) {
+        if (m_count > maxLength) {
+            dropOldest(m_count - maxLength);
+        }
+        m_maxLength = maxLength;
+        if (m_array.size() > maxLength) {
+            setCapacity(maxLength);
+        }
+    }
+    /// The element at `from` comes to stand at `to`; those in between move by one.
+    void moveElement(std::size_t from, std::size_t to) {
+        Element moved = std::move((*this)[from]);
+        for (; from < to; ++from) {
+            (*this)[from] = std::move((*this)[from + 1]);
+        }
+        for (; from > to; --from) {
+            (*this)[from] = std::move((*this)[from - 1]);
+        }
+        (*this)[to] = std::move(moved);
+    }
+    void assign(std::vector<Element> elements) {
+        m_array = std::move(elements);
+        m_count = m_array.size();
+        m_startIndex = 0;
+    }
+
+private:
+    [[nodiscard]] std::size_t physical(std::size_t index) const {
+        const std::size_t at = m_startIndex + index;
+        return at >= m_array.size() ? at - m_array.size() : at;
+    }
+    void setCapacity(std::size_t capacity) {
+        std::vector<Element> array(capacity);
+        for (std::size_t i = 0; i < m_count; ++i) {
+            array[i] = std::move((*this)[i]);
+        }
+        m_array = std::move(array);
+        m_startIndex = 0;
+    }
+
+    std::vector<Element> m_array;
+    std::size_t m_startIndex = 0;
+    std::size_t m_count = 0;
+    std::size_t m_maxLength;
+};
+
+} // namespace term

@@ -1,0 +1,215 @@
+#include "TermEngine/EscapeSequenceParser.h"
+#include "TermEngine/EscapeSequenceParser_p.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+namespace term {
+
+using enum ParserState;
+
+namespace {
+
+/// The number at the front of an OSC string: its value, none when there is none, and the size of its digits.
+struct OscNumber {
+    int value = -1;
+    std::size_t size = 0;
+};
+
+OscNumber parseDecimal(Bytes bytes) {
+    OscNumber number;
+    const auto* text = reinterpret_cast<const char*>(bytes.data());
+    const auto [end, error] = std::from_chars(text, text + bytes.size(), number.value);
+    if (error != std::errc() || *text == '-') {
+        return {};
+    }
+    number.size = static_cast<std::size_t>(end - text);
+    return number;
+}
+
+} // namespace
+
+void EscapeSequenceParser::startString(ParserState kind) {
+    m_stringContinuationBytes = 0;
+    if (kind == oscString) {
+        m_osc.clear();
+        m_oscLimitExceeded = false;
+        m_oscIgnoredPrefixBytes = 0;
+    } else {
+        m_apc.clear();
+        m_apcLimitExceeded = false;
+    }
+}
+
+void EscapeSequenceParser::appendString(Bytes bytes) {
+    if (m_state == oscString) {
+        appendOscBytes(bytes);
+    } else {
+        appendApcBytes(bytes);
+    }
+}
+
+bool EscapeSequenceParser::isProgramStatusOsc(Bytes osc) const {
+    if (m_programStatusOsc < 0) {
+        return false;
+    }
+    const OscNumber number = parseDecimal(osc.first(std::min<std::size_t>(osc.size(), 12)));
+    return number.value == m_programStatusOsc && number.size < osc.size() && osc[number.size] == ';';
+}
+
+/// The number stays in front; behind it the oldest bytes go.
+void EscapeSequenceParser::trimProgramStatus(std::vector<std::uint8_t>& osc, std::size_t limit) {
+    if (osc.size() <= limit || !isProgramStatusOsc(osc)) {
+        return;
+    }
+    const std::size_t head = parseDecimal(osc).size + 1;
+    const std::size_t surplus = std::min(osc.size() - limit, osc.size() - head);
+    const auto first = osc.begin() + static_cast<std::ptrdiff_t>(head);
+    osc.erase(first, first + static_cast<std::ptrdiff_t>(surplus));
+    m_oscIgnoredPrefixBytes += surplus;
+}
+
+void EscapeSequenceParser::appendOscBytes(Bytes bytes) {
+    if (!m_oscLimitExceeded && m_osc.size() + bytes.size() <= m_maximumOscBytes) {
+        m_osc.insert(m_osc.end(), bytes.data(), bytes.data() + bytes.size());
+        return;
+    }
+    if (m_programStatusOsc >= 0 && !m_oscLimitExceeded) {
+        m_osc.insert(m_osc.end(), bytes.data(), bytes.data() + bytes.size());
+        if (isProgramStatusOsc(m_osc)) {
+            if (m_osc.size() / 2 > m_maximumOscBytes) {
+                trimProgramStatus(m_osc, m_maximumOscBytes);
+            }
+            return;
+        }
+        bytes = {};
+    }
+    m_oscIgnoredPrefixBytes += bytes.size() + m_osc.size();
+    m_oscLimitExceeded = true;
+    m_osc.clear();
+    m_osc.shrink_to_fit();
+}
+
+void EscapeSequenceParser::appendApcBytes(Bytes bytes) {
+    if (m_apcLimitExceeded || m_apc.size() + bytes.size() > maximumApcBytes) {
+        m_apcLimitExceeded = true;
+        m_apc.clear();
+        m_apc.shrink_to_fit();
+        return;
+    }
+    m_apc.insert(m_apc.end(), bytes.data(), bytes.data() + bytes.size());
+}
+
+/// Appends as much as belongs to the string and ends the string when its terminator is there. A byte of 0x80 to 0x9F
+/// that goes on with a UTF-8 sequence is text, not a control.
+void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
+    const bool isOsc = m_state == oscString;
+    while (!at.atEnd()) {
+        const std::size_t run = m_ops.asciiRun(at.here(), at.left());
+        if (run > 0) {
+            appendString(at.bytes.subspan(at.position, run));
+            at.position += run;
+            m_stringContinuationBytes = 0;
+            continue;
+        }
+        at.code = *at.here();
+        ++at.position;
+        const bool continues = m_stringContinuationBytes > 0 && (at.code & 0xC0) == 0x80;
+        if (continues || at.code >= 0xA0 || at.code == 0x7F) {
+            m_stringContinuationBytes = continues         ? m_stringContinuationBytes - 1
+                                        : at.code >= 0xF0 ? 3
+                                        : at.code >= 0xE0 ? 2
+                                        : at.code >= 0xC0 ? 1
+                                                          : 0;
+            appendString({&at.code, 1});
+            continue;
+        }
+        m_stringContinuationBytes = 0;
+        if (at.code == 0x07 && isOsc) {
+            m_state = ground;
+            endString(oscString, StringEnd::bell);
+            return;
+        }
+        if (at.code == 0x1B && isOsc && isProgramStatusOsc(m_osc)) {
+            m_state = programStatusEscape;
+            return;
+        }
+        const TransitionTable::Step step = m_table.step(m_state, at.code);
+        if (step.next == m_state && step.action != ParserAction::oscStart) {
+            continue;
+        }
+        if (at.code == 0x1B || at.code == 0x9C) {
+            clear();
+            m_state = step.next;
+            endString(isOsc ? oscString : apcString, StringEnd::stringTerminator);
+            return;
+        }
+        perform(step.action, step.next, at);
+        return;
+    }
+}
+
+void EscapeSequenceParser::endString(ParserState kind, StringEnd end) {
+    constexpr std::size_t keptCapacity = 0x10000;
+    std::vector<std::uint8_t>& memory = kind == oscString ? m_osc : m_apc;
+    std::vector<std::uint8_t> string = std::exchange(memory, {});
+    if (kind == apcString) {
+        dispatchApc(string);
+    } else if (!m_oscLimitExceeded) {
+        // A string of a program's status is let grow to twice the limit, so that its bytes are moved seldom.
+        trimProgramStatus(string, m_maximumOscBytes);
+        dispatchOsc(string, end);
+    }
+    if (memory.empty() && string.capacity() <= keptCapacity) {
+        string.clear();
+        memory = std::move(string);
+    }
+}
+
+void EscapeSequenceParser::dispatchOsc(Bytes osc, StringEnd end) {
+    const OscNumber number = parseDecimal(osc);
+    if (number.size == 0 || (number.size < osc.size() && osc[number.size] != ';')) {
+        return;
+    }
+    const Bytes payload = osc.subspan(std::min(number.size + 1, osc.size()));
+    if (!m_handler.dispatchOsc(number.value, payload, end) && m_handler.isLogging()) {
+        m_handler.log(detail::engineName + "Unknown OSC code: " + std::to_string(number.value));
+    }
+}
+
+void EscapeSequenceParser::dispatchApc(Bytes apc) {
+    if (m_apcLimitExceeded || apc.empty()) {
+        return;
+    }
+    if (!m_handler.dispatchApc(apc) && m_handler.isLogging()) {
+        m_handler.log(detail::engineName + "Unknown APC code: " + std::to_string(apc[0]));
+    }
+}
+
+void EscapeSequenceParser::hookDcs(std::uint8_t final) {
+    m_dcs = m_handler.dcsHandler(static_cast<char>(final), m_parameters, collected());
+    if (!m_dcs && m_handler.isLogging()) {
+        std::string message = detail::engineName + "Unknown DCS + ";
+        message.append(collected()).push_back(static_cast<char>(final));
+        m_handler.log(message);
+    }
+}
+
+void EscapeSequenceParser::consumeDcsRun(ParsingState& at) {
+    const std::size_t run = m_ops.asciiRun(at.here(), at.left());
+    if (run > 0) {
+        if (m_dcs) {
+            m_dcs->put(at.bytes.subspan(at.position, run));
+        }
+        at.position += run;
+    }
+}
+
+void EscapeSequenceParser::unhookDcs() {
+    if (const std::unique_ptr<DcsHandler> dcs = std::move(m_dcs)) {
+        dcs->unhook();
+    }
+}
+
+} // namespace term

@@ -1,0 +1,321 @@
+#include "TermEngine/EscapeSequenceParser.h"
+
+#include "TermEngine/EscapeSequenceParser_p.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace term {
+
+using enum ParserState;
+
+EscapeSequenceParser::EscapeSequenceParser(ParserHandler& handler, const VectorOps& ops)
+    : m_handler(handler), m_ops(ops) {}
+
+void EscapeSequenceParser::reset() {
+    m_state = ground;
+    m_utf8.reset();
+    m_osc.clear();
+    m_apc.clear();
+    m_oscLimitExceeded = false;
+    m_apcLimitExceeded = false;
+    m_oscIgnoredPrefixBytes = 0;
+    m_stringContinuationBytes = 0;
+    m_dcs.reset();
+    clear();
+    ++m_resetSerial;
+}
+
+void EscapeSequenceParser::parseBorrowed(Bytes bytes) {
+    if (m_parseDepth > 0) {
+        m_fedBack.insert(m_fedBack.end(), bytes.data(), bytes.data() + bytes.size());
+        return;
+    }
+    ++m_parseDepth;
+    ParsingState at(bytes);
+    walk(at);
+    // Once only: a handler that feeds bytes for every sequence that it gets would never come to an end.
+    if (!m_fedBack.empty()) {
+        const std::vector<std::uint8_t> fed = std::exchange(m_fedBack, {});
+        ParsingState more(fed);
+        walk(more);
+        m_fedBack.clear();
+    }
+    --m_parseDepth;
+}
+
+void EscapeSequenceParser::walk(ParsingState& at) {
+    while (!at.atEnd()) {
+        if (m_state == ground) {
+            walkGround(at);
+        } else {
+            walkTable(at);
+        }
+    }
+}
+
+void EscapeSequenceParser::walkGround(ParsingState& at) {
+    while (!at.atEnd() && m_state == ground) {
+        const std::uint8_t byte = *at.here();
+        if (m_utf8.isPending() || byte >= 0x80) {
+            walkText(at);
+        } else if (byte >= 0x20 && byte != 0x7F) {
+            const std::size_t run = m_ops.asciiRun(at.here(), at.left());
+            const Bytes text = at.bytes.subspan(at.position, run);
+            at.position += run;
+            m_handler.printAscii(text);
+        } else if (byte == 0x1B) {
+            clear();
+            if (at.left() > 1 && at.here()[1] == '[') {
+                at.position += 2;
+                m_state = csiEntry;
+                walkCsi(at);
+            } else {
+                ++at.position;
+                m_state = escape;
+            }
+        } else {
+            ++at.position;
+            if (byte == 0x19 || byte == 0x7F) {
+                logError(byte);
+            } else {
+                dispatchExecute(byte);
+            }
+        }
+    }
+}
+
+/// Text with bytes above 0x7F in it, up to a control or to a longer run of ASCII.
+void EscapeSequenceParser::walkText(ParsingState& at) {
+    std::array<char32_t, 512> scalars;
+    std::size_t count = 0;
+    const auto put = [&](char32_t scalar) { scalars[count++] = scalar; };
+    const std::uint8_t* p = at.here();
+    const std::uint8_t* const end = p + at.left();
+    // A byte can end a broken sequence and be a character: two scalars.
+    while (p < end && count + 2 <= scalars.size()) {
+        if (m_utf8.isPending()) {
+            if (*p >= 0x80) {
+                m_utf8.put(*p++, put);
+            } else {
+                m_utf8.finish(put);
+            }
+            continue;
+        }
+        if (*p < 0x80) {
+            if (*p < 0x20 || *p == 0x7F || detail::isAsciiFor16(p, end)) {
+                break;
+            }
+            put(*p++);
+            continue;
+        }
+        if (const int size = detail::decodeSequence(p, end, scalars[count]); size > 0) {
+            ++count;
+            p += size;
+        } else {
+            m_utf8.put(*p++, put);
+        }
+    }
+    at.position = static_cast<std::size_t>(p - at.bytes.data());
+    if (count > 0) {
+        m_handler.printScalars({scalars.data(), count});
+    }
+}
+
+/// From behind "ESC [" or CSI: parameters and final byte in one go, when they are all there and plain.
+void EscapeSequenceParser::walkCsi(ParsingState& at) {
+    if (!at.atEnd() && *at.here() >= 0x3C && *at.here() <= 0x3F) {
+        collect(*at.here());
+        ++at.position;
+        m_state = csiParam;
+    }
+    scanParameters(at);
+    if (at.atEnd() || *at.here() < 0x40 || *at.here() > 0x7E) {
+        return;
+    }
+    const std::uint8_t final = *at.here();
+    ++at.position;
+    m_state = ground;
+    dispatchCsi(final);
+}
+
+void EscapeSequenceParser::scanParameters(ParsingState& at) {
+    const std::uint8_t* p = at.here();
+    const std::uint8_t* const begin = p;
+    const std::uint8_t* const end = p + at.left();
+    std::int32_t value = m_parameters.last();
+    for (; p < end; ++p) {
+        if (const unsigned digit = *p - unsigned{'0'}; digit < 10) {
+            value = std::min(value * 10 + static_cast<std::int32_t>(digit), CsiParameters::maximumValue);
+        } else if (*p == ';' || *p == ':') {
+            m_parameters.setLast(value);
+            m_parameters.putSeparator(*p == ':');
+            value = 0;
+        } else {
+            break;
+        }
+    }
+    if (p != begin) {
+        m_parameters.setLast(value);
+        at.position += static_cast<std::size_t>(p - begin);
+        m_state = csiParam;
+    }
+}
+
+void EscapeSequenceParser::walkTable(ParsingState& at) {
+    while (!at.atEnd() && m_state != ground) {
+        const std::uint8_t byte = *at.here();
+        switch (m_state) {
+        case csiEntry:
+        case csiParam:
+            if (byte >= '0' && byte <= ';') {
+                scanParameters(at);
+                continue;
+            }
+            break;
+        case dcsEntry:
+        case dcsParam:
+            // A ':' has an entry of its own here: it spoils the string.
+            if ((byte >= '0' && byte <= '9') || byte == ';') {
+                if (byte == ';') {
+                    m_parameters.putSeparator(false);
+                } else {
+                    m_parameters.putDigit(byte - '0');
+                }
+                m_state = dcsParam;
+                ++at.position;
+                continue;
+            }
+            break;
+        case oscString:
+        case apcString:
+            consumeOscRun(at);
+            continue;
+        case dcsPassthrough:
+            consumeDcsRun(at);
+            if (at.atEnd() || m_state != dcsPassthrough) {
+                continue;
+            }
+            break;
+        default:
+            break;
+        }
+        at.code = *at.here();
+        ++at.position;
+        const TransitionTable::Step step = m_table.step(m_state, at.code);
+        perform(step.action, step.next, at);
+    }
+}
+
+void EscapeSequenceParser::perform(ParserAction action, ParserState next, ParsingState& at) {
+    const ParserState before = m_state;
+    if (before == programStatusEscape) {
+        // Whatever the byte is, the string ends, and the byte stands behind an ESC.
+        clear();
+        m_state = escape;
+        --at.position;
+        endString(oscString, StringEnd::stringTerminator);
+        return;
+    }
+    if (before == dcsPassthrough && next != dcsPassthrough) {
+        if (at.code == 0x1B || action == ParserAction::dcsUnhook) {
+            m_state = next;
+            clear();
+            unhookDcs();
+            return;
+        }
+        m_dcs.reset();
+    }
+    if (action == ParserAction::error) {
+        logError(at.code);
+    }
+    // First: a handler that resets the parser has the last word.
+    m_state = next;
+    switch (action) {
+    case ParserAction::execute:
+        dispatchExecute(at.code);
+        break;
+    case ParserAction::param:
+        m_parameters.putDigit(at.code - '0');
+        break;
+    case ParserAction::collect:
+        collect(at.code);
+        break;
+    case ParserAction::clear:
+        clear();
+        break;
+    case ParserAction::csiDispatch:
+        dispatchCsi(at.code);
+        break;
+    case ParserAction::escDispatch:
+        dispatchEsc(at.code);
+        break;
+    case ParserAction::oscStart:
+        startString(next);
+        break;
+    case ParserAction::dcsHook:
+        hookDcs(at.code);
+        break;
+    case ParserAction::dcsPut:
+        if (m_dcs) {
+            m_dcs->put({&at.code, 1});
+        }
+        break;
+    case ParserAction::ignore:
+    case ParserAction::error:
+    case ParserAction::print:
+    case ParserAction::oscPut:
+    case ParserAction::oscEnd:
+    case ParserAction::dcsUnhook:
+        break;
+    }
+}
+
+void EscapeSequenceParser::clear() {
+    m_parameters.clear();
+    m_collectCount = 0;
+}
+
+/// No function has more than three, so nothing is lost: what is longer stays unknown.
+void EscapeSequenceParser::collect(std::uint8_t byte) {
+    if (m_collectCount < m_collect.size()) {
+        m_collect[m_collectCount++] = static_cast<char>(byte);
+    }
+}
+
+void EscapeSequenceParser::dispatchExecute(std::uint8_t code) {
+    if (!m_handler.execute(code) && m_handler.isLogging()) {
+        m_handler.log(detail::engineName + "Unknown EXECUTE code " + std::to_string(code));
+    }
+}
+
+void EscapeSequenceParser::dispatchCsi(std::uint8_t final) {
+    if (m_handler.dispatchCsi(static_cast<char>(final), m_parameters, collected()) || !m_handler.isLogging()) {
+        return;
+    }
+    std::string message = detail::engineName + "Unknown CSI Code (collect=";
+    message.append(collected()).append(" code=").push_back(static_cast<char>(final));
+    message += " pars=";
+    for (int i = 0; i < m_parameters.count; ++i) {
+        message += (i == 0 ? "" : ",") + std::to_string(m_parameters.at(i));
+    }
+    m_handler.log(message + ")");
+}
+
+void EscapeSequenceParser::dispatchEsc(std::uint8_t final) {
+    if (!m_handler.dispatchEsc(collected(), static_cast<char>(final)) && m_handler.isLogging()) {
+        std::string message = detail::engineName + "Unknown ESC Code: ESC + ";
+        message.append(collected()).push_back(static_cast<char>(final));
+        m_handler.log(message);
+    }
+}
+
+void EscapeSequenceParser::logError(std::uint8_t byte) {
+    if (m_handler.isLogging()) {
+        m_handler.log(
+            detail::engineName + "Parsing error, state: " + std::to_string(static_cast<int>(m_state)) +
+            " byte: " + std::to_string(byte));
+    }
+}
+
+} // namespace term

@@ -1,0 +1,145 @@
+#pragma once
+
+#include "TermEngine/CsiParameters.h"
+#include "TermEngine/TransitionTable.h"
+#include "TermEngine/Utf8Decoder.h"
+#include "TermEngine/VectorOps.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace term {
+
+using Bytes = std::span<const std::uint8_t>;
+
+/// What ended a string: an answer to it ends in the same way.
+enum class StringEnd : std::uint8_t { bell, stringTerminator };
+
+/// Takes the data of one DCS string.
+class DcsHandler {
+public:
+    virtual ~DcsHandler() = default;
+    virtual void put(Bytes data) = 0;
+    /// The string is whole. A string that is cut off destroys its handler without this call.
+    virtual void unhook() = 0;
+};
+
+/// What a parser hands on: runs and whole sequences, never single bytes of a text.
+/// A function that answers false or nothing does not know the sequence.
+class ParserHandler {
+public:
+    virtual ~ParserHandler() = default;
+    /// Bytes of 0x20 to 0x7E.
+    virtual void printAscii(Bytes text) = 0;
+    virtual void printScalars(std::span<const char32_t> text) = 0;
+    virtual bool execute(std::uint8_t code) = 0;
+    virtual bool dispatchCsi(char final, const CsiParameters& parameters, std::string_view collected) = 0;
+    virtual bool dispatchEsc(std::string_view collected, char final) = 0;
+    virtual bool dispatchOsc(int code, Bytes payload, StringEnd end) = 0;
+    virtual bool dispatchApc(Bytes payload) = 0;
+    virtual std::unique_ptr<DcsHandler> dcsHandler(
+        char final, const CsiParameters& parameters, std::string_view collected) = 0;
+    /// Whether messages are made at all.
+    [[nodiscard]] virtual bool isLogging() const { return false; }
+    virtual void log(std::string_view /*message*/) {}
+};
+
+/// Where a call stands in its bytes.
+class ParsingState {
+public:
+    explicit ParsingState(Bytes span) : bytes(span) {}
+    [[nodiscard]] bool atEnd() const { return position >= bytes.size(); }
+    [[nodiscard]] const std::uint8_t* here() const { return bytes.data() + position; }
+    [[nodiscard]] std::size_t left() const { return bytes.size() - position; }
+
+    Bytes bytes;
+    std::size_t position = 0;
+    std::uint8_t code = 0;
+};
+
+/// The byte stream of a program turned into calls on a handler. Any bytes at all are accepted, cut anywhere.
+///
+/// A handler may reset the parser, which then takes the rest of the bytes from the ground state, and may feed bytes,
+/// which are parsed after those of the call that is under way.
+class EscapeSequenceParser {
+public:
+    static constexpr std::size_t maximumApcBytes = 0x4100000;
+    static constexpr std::size_t defaultMaximumOscBytes = 0x4100000;
+
+    explicit EscapeSequenceParser(ParserHandler& handler, const VectorOps& ops = fastestVectorOps());
+
+    /// Reads the bytes where they are: nothing but an unfinished sequence is copied.
+    void parseBorrowed(Bytes bytes);
+    void reset();
+
+    [[nodiscard]] ParserState state() const { return m_state; }
+    [[nodiscard]] std::uint64_t resetSerial() const { return m_resetSerial; }
+    /// Of the OSC string that is being collected or was the last: how many bytes were not kept.
+    [[nodiscard]] std::size_t oscIgnoredBytes() const { return m_oscIgnoredPrefixBytes; }
+
+    void setMaximumOscBytes(std::size_t limit) { m_maximumOscBytes = limit; }
+    /// The OSC number of strings that report a program's status: of such a string that is too long, the end is kept.
+    /// None, a negative number, at first.
+    void setProgramStatusOsc(int code) { m_programStatusOsc = code; }
+
+private:
+    void walk(ParsingState& at);
+    void walkGround(ParsingState& at);
+    void walkText(ParsingState& at);
+    void walkTable(ParsingState& at);
+    void walkCsi(ParsingState& at);
+    void scanParameters(ParsingState& at);
+    void consumeOscRun(ParsingState& at);
+    void consumeDcsRun(ParsingState& at);
+    void perform(ParserAction action, ParserState next, ParsingState& at);
+
+    void clear();
+    void collect(std::uint8_t byte);
+    void dispatchExecute(std::uint8_t code);
+    void dispatchCsi(std::uint8_t final);
+    void dispatchEsc(std::uint8_t final);
+    void startString(ParserState kind);
+    void appendString(Bytes bytes);
+    void appendOscBytes(Bytes bytes);
+    void appendApcBytes(Bytes bytes);
+    [[nodiscard]] bool isProgramStatusOsc(Bytes osc) const;
+    void trimProgramStatus(std::vector<std::uint8_t>& osc, std::size_t limit);
+    void endString(ParserState kind, StringEnd end);
+    void dispatchOsc(Bytes osc, StringEnd end);
+    void dispatchApc(Bytes apc);
+    void hookDcs(std::uint8_t final);
+    void unhookDcs();
+    void logError(std::uint8_t byte);
+    [[nodiscard]] std::string_view collected() const { return {m_collect.data(), m_collectCount}; }
+
+    ParserHandler& m_handler;
+    const VectorOps& m_ops;
+    const TransitionTable& m_table = sharedVt500Table();
+    ParserState m_state = ParserState::ground;
+    Utf8Decoder m_utf8;
+    CsiParameters m_parameters;
+    std::array<char, 8> m_collect{};
+    std::size_t m_collectCount = 0;
+
+    std::vector<std::uint8_t> m_osc;
+    std::vector<std::uint8_t> m_apc;
+    std::size_t m_maximumOscBytes = defaultMaximumOscBytes;
+    std::size_t m_oscIgnoredPrefixBytes = 0;
+    bool m_oscLimitExceeded = false;
+    bool m_apcLimitExceeded = false;
+    int m_stringContinuationBytes = 0;
+    int m_programStatusOsc = -1;
+    std::unique_ptr<DcsHandler> m_dcs;
+
+    int m_parseDepth = 0;
+    std::uint64_t m_resetSerial = 0;
+    std::vector<std::uint8_t> m_fedBack;
+};
+
+} // namespace term

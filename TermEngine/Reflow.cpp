@@ -1,0 +1,130 @@
+#include "TermEngine/Reflow_p.h"
+
+#include <algorithm>
+
+namespace term {
+namespace {
+
+bool flows(const BufferLine& line) {
+    return line.renderMode() == RenderLineMode::single;
+}
+
+/// How many cells of a row go on: all of a row that the next one continues, but for the column that a wide character
+/// left free.
+int lengthOf(const BufferLine& row, bool isLast) {
+    if (isLast) {
+        return row.trimmedLength();
+    }
+    return row[row.size() - 1].widthState() == WidthState::wrapPad ? row.size() - 1 : row.size();
+}
+
+} // namespace
+
+std::vector<Reflow::Line> Reflow::run(std::vector<Line> lines) {
+    m_made.reserve(lines.size());
+    const int count = static_cast<int>(lines.size());
+    const auto at = [&lines](int index) -> BufferLine& { return *lines[static_cast<std::size_t>(index)]; };
+    for (int first = 0; first < count;) {
+        int end = first + 1;
+        while (end < count && at(end).isWrapped() && flows(at(end)) && flows(at(first))) {
+            ++end;
+        }
+        if (end == first + 1 && (at(first).trimmedLength() <= m_cols || !flows(at(first)))) {
+            keep(std::move(lines[static_cast<std::size_t>(first)]), first);
+        } else {
+            flow(lines, first, end);
+        }
+        first = end;
+    }
+    return std::move(m_made);
+}
+
+void Reflow::keep(Line line, int index) {
+    line->resize(m_cols);
+    m_made.push_back(std::move(line));
+    m_col = 0;
+    place(index, 0, m_cols + 1, 0);
+    placeBehind(index, 0, 0);
+}
+
+void Reflow::flow(std::vector<Line>& lines, int first, int end) {
+    BufferLine& start = nextRow(lines[static_cast<std::size_t>(first)]->isWrapped());
+    start.setBidiState(lines[static_cast<std::size_t>(first)]->bidiState());
+    for (int index = first; index < end; ++index) {
+        const Line row = std::move(lines[static_cast<std::size_t>(index)]);
+        const bool isLast = index + 1 == end;
+        const int length = lengthOf(*row, isLast);
+        if (row->semanticMarks().any()) {
+            m_made.back()->setSemanticMark(row->semanticMarks());
+        }
+        copyRow(*row, index, length);
+        placeBehind(index, length, m_col);
+        if (isLast) {
+            m_made.back()->fill(m_col, m_cols, row->tailBlankCell());
+        }
+    }
+}
+
+BufferLine& Reflow::nextRow(bool wrapped) {
+    m_made.push_back(m_blankLine());
+    m_made.back()->setWrapped(wrapped);
+    m_col = 0;
+    return *m_made.back();
+}
+
+void Reflow::copyRow(const BufferLine& row, int index, int length) {
+    for (int col = 0; col < length;) {
+        if (m_col == m_cols) {
+            nextRow(true);
+        }
+        if (m_cols == 1 && row[col].isSpacer()) {
+            ++col;
+            continue;
+        }
+        int count = std::min(length - col, m_cols - m_col);
+        // The last one is the first half of a wide character.
+        const bool isCut = m_col + count == m_cols && row.hasWide() && row[col + count - 1].isWide();
+        count -= isCut && m_cols > 1 ? 1 : 0;
+        BufferLine& target = *m_made.back();
+        if (count > 0) {
+            if (row.hasWide()) {
+                target.noteWide();
+            }
+            PackedCell* const cells = target.write(m_col, count);
+            for (int i = 0; i < count; ++i) {
+                cells[i] = row[col + i];
+            }
+            if (m_cols == 1) {
+                // There is no room for a wide character: its first half stands for it.
+                cells[0] = cells[0].with(WidthState::narrow);
+            }
+            place(index, col, count, m_col);
+            m_col += count;
+            col += count;
+        }
+        if (isCut && m_cols > 1) {
+            target.set(m_col, PackedCell().with(WidthState::wrapPad));
+            m_col = m_cols;
+        }
+    }
+}
+
+/// The anchors in `count` cells of a source row stand from `col` of the newest row on.
+void Reflow::place(int index, int sourceCol, int count, int col) {
+    for (std::size_t i = 0; i < m_source.size(); ++i) {
+        if (m_source[i].line == index && m_source[i].col >= sourceCol && m_source[i].col < sourceCol + count) {
+            m_anchors[i] = {static_cast<int>(m_made.size()) - 1, col + m_source[i].col - sourceCol};
+        }
+    }
+}
+
+/// Those past the text keep their distance from it, as far as the line goes.
+void Reflow::placeBehind(int index, int length, int col) {
+    for (std::size_t i = 0; i < m_source.size(); ++i) {
+        if (m_source[i].line == index && m_source[i].col >= length) {
+            m_anchors[i] = {static_cast<int>(m_made.size()) - 1, std::min(col + m_source[i].col - length, m_cols)};
+        }
+    }
+}
+
+} // namespace term

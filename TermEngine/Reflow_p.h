@@ -1,0 +1,45 @@
+#pragma once
+
+#include "TermEngine/BufferLine.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace term {
+
+/// Lines of one width made into lines of another: those that a soft wrap joins flow on, up to the new width; no wide
+/// character is cut; the blank tail of a line stays behind.
+class Reflow {
+public:
+    using Line = std::unique_ptr<BufferLine>;
+    /// A place in the text, which comes out of the reflow on the same character.
+    struct Anchor {
+        int line;
+        int col;
+    };
+
+    Reflow(int cols, std::vector<Anchor> anchors, std::function<Line()> blankLine)
+        : m_cols(cols), m_source(anchors), m_anchors(std::move(anchors)), m_blankLine(std::move(blankLine)) {}
+
+    [[nodiscard]] std::vector<Line> run(std::vector<Line> lines);
+    /// After the run, in the order given. A column as big as the width means: behind a full line.
+    [[nodiscard]] const std::vector<Anchor>& anchors() const { return m_anchors; }
+
+private:
+    void keep(Line line, int index);
+    void flow(std::vector<Line>& lines, int first, int end);
+    void copyRow(const BufferLine& row, int index, int length);
+    BufferLine& nextRow(bool wrapped);
+    void place(int index, int sourceCol, int count, int col);
+    void placeBehind(int index, int length, int col);
+
+    int m_cols;
+    std::vector<Anchor> m_source;
+    std::vector<Anchor> m_anchors;
+    std::function<Line()> m_blankLine;
+    std::vector<Line> m_made;
+    int m_col = 0;
+};
+
+} // namespace term

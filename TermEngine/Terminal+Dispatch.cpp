@@ -1,0 +1,462 @@
+#include "TermEngine/Terminal.h"
+
+#include <algorithm>
+
+namespace term {
+
+bool Terminal::execute(std::uint8_t code) {
+    switch (code) {
+    case 0x00:
+    case 0x05: // ENQ: what programs set is never answered
+    case 0x11:
+    case 0x13:
+    case 0x18:
+    case 0x1A:
+        return true;
+    case 0x07:
+        m_delegate.bell(*this);
+        return true;
+    case 0x08:
+        backspace();
+        return true;
+    case 0x09:
+        tab(1);
+        return true;
+    case 0x0A:
+    case 0x0B:
+    case 0x0C:
+        lineFeed();
+        return true;
+    case 0x0D:
+        carriageReturn();
+        return true;
+    case 0x0E:
+    case 0x0F:
+        m_charset.left = code == 0x0E ? 1 : 0;
+        return true;
+    default:
+        // The C1 controls of 8 bits are the ESC functions of 7.
+        return code >= 0x80 && code < 0xA0 && dispatchEsc({}, static_cast<char>(code - 0x40));
+    }
+}
+
+bool Terminal::dispatchCsi(char final, const CsiParameters& parameters, std::string_view collected) {
+    if (collected.empty()) [[likely]] {
+        return dispatchPlainCsi(final, parameters);
+    }
+    if (collected == "?") {
+        return dispatchPrivateCsi(final, parameters);
+    }
+    if (collected.size() == 1 && collected[0] >= '<' && collected[0] <= '?') {
+        return dispatchMarkedCsi(collected[0], final, parameters);
+    }
+    return dispatchIntermediateCsi(collected, final, parameters);
+}
+
+bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
+    const int first = parameters.at(0);
+    const int count = parameters.atLeastOne(0);
+    switch (final) {
+    case 'm':
+        selectGraphicRendition(parameters);
+        return true;
+    case 'H':
+    case 'f':
+        cursorPosition(count - 1, parameters.atLeastOne(1) - 1);
+        return true;
+    case 'K':
+        eraseInLine(first, EraseKind::all);
+        return true;
+    case 'J':
+        eraseInDisplay(first, EraseKind::all);
+        return true;
+    case 'A':
+        cursorUp(count);
+        return true;
+    case 'B':
+        cursorDown(count);
+        return true;
+    case 'C':
+    case 'a':
+        cursorForward(count);
+        return true;
+    case 'D':
+        cursorBackward(count);
+        return true;
+    case 'E':
+        cursorDown(count);
+        m_buffer->setX(m_buffer->marginLeft());
+        return true;
+    case 'F':
+        cursorUp(count);
+        m_buffer->setX(m_buffer->marginLeft());
+        return true;
+    case 'G':
+    case '`':
+        cursorColumn(count - 1);
+        return true;
+    case 'd':
+        cursorRow(count - 1);
+        return true;
+    case 'e':
+        cursorDown(count);
+        return true;
+    case 'I':
+        tab(count);
+        return true;
+    case 'Z':
+        backTab(count);
+        return true;
+    case 'g':
+        tabClear(first);
+        return true;
+    case '@':
+        insertCharacters(count);
+        return true;
+    case 'P':
+        deleteCharacters(count);
+        return true;
+    case 'X':
+        eraseCharacters(count);
+        return true;
+    case 'L':
+        m_buffer->insertLines(count, pen());
+        return true;
+    case 'M':
+        m_buffer->deleteLines(count, pen());
+        return true;
+    case 'S':
+        m_buffer->scrollUp(count, pen());
+        return true;
+    case 'T':
+        // With five parameters it is the tracking of highlights.
+        if (parameters.count == 1) {
+            m_buffer->scrollDown(count, pen());
+        }
+        return true;
+    case '^':
+        m_buffer->scrollDown(count, pen());
+        return true;
+    case 'b':
+        repeatCharacter(count);
+        return true;
+    case 'h':
+    case 'l':
+        setAnsiModes(parameters, final == 'h');
+        return true;
+    case 'r':
+        setScrollRegion(parameters);
+        return true;
+    case 's':
+        if (m_buffer->marginMode) {
+            setMargins(parameters);
+        } else {
+            saveCursor();
+        }
+        return true;
+    case 'u':
+        restoreCursor();
+        return true;
+    case 'c':
+        sendDeviceAttributes(parameters);
+        return true;
+    case 'n':
+        deviceStatus(parameters);
+        return true;
+    case 't':
+        windowOptions(parameters);
+        return true;
+    case 'x':
+        // DECREQTPARM: no parity, eight bits, 38,400 baud.
+        if (first <= 1) {
+            sendCsi(std::to_string(first + 2) + ";1;1;128;128;1;0x");
+        }
+        return true;
+    case 'q': // DECLL: there are no lamps
+    case 'i': // MC: there is no printer
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool Terminal::dispatchPrivateCsi(char final, const CsiParameters& parameters) {
+    switch (final) {
+    case 'h':
+    case 'l':
+        setPrivateModes(parameters, final == 'h');
+        return true;
+    case 'J':
+        eraseInDisplay(parameters.at(0), EraseKind::unprotected);
+        return true;
+    case 'K':
+        eraseInLine(parameters.at(0), EraseKind::unprotected);
+        return true;
+    case 'n':
+        privateDeviceStatus(parameters);
+        return true;
+    case 's':
+        savePrivateModes(parameters);
+        return true;
+    case 'r':
+        restorePrivateModes(parameters);
+        return true;
+    case 'u':
+        kittyKeyboard('?', parameters);
+        return true;
+    case 'S':
+        reportGraphics(parameters);
+        return true;
+    case 'm':
+        if (parameters.at(0) == 4) {
+            sendCsi(">4;" + std::to_string(m_modes.modifyOtherKeys) + "m");
+        }
+        return true;
+    case 'W':
+        // DECST8C
+        if (parameters.at(0) == 5) {
+            m_buffer->setupTabStops();
+        }
+        return true;
+    case 'i':
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// With one of '<', '=' and '>'.
+bool Terminal::dispatchMarkedCsi(char marker, char final, const CsiParameters& parameters) {
+    if (final == 'u') {
+        kittyKeyboard(marker, parameters);
+        return true;
+    }
+    if (marker == '=' && final == 'c') {
+        if (parameters.at(0) == 0) {
+            sendDcs("!|00000000");
+        }
+        return true;
+    }
+    if (marker != '>') {
+        return false;
+    }
+    switch (final) {
+    case 'c':
+        sendSecondaryAttributes(parameters);
+        return true;
+    case 'q':
+        if (parameters.at(0) == 0) {
+            sendDcs(">|" + (m_xtVersionIdentity.empty() ? "unknown" : m_xtVersionIdentity) + "(v1.99.1)");
+        }
+        return true;
+    case 't':
+    case 'T':
+        titleModes(parameters, final == 't');
+        return true;
+    case 'm':
+    case 'n':
+        // XTMODKEYS: of the resources only modifyOtherKeys changes what is sent.
+        if (parameters.at(0) == 4 || (final == 'm' && parameters.count == 1 && parameters.at(0) == 0)) {
+            m_modes.modifyOtherKeys = static_cast<std::uint8_t>(final == 'm' ? std::clamp(parameters.at(1), 0, 2) : 0);
+        }
+        return true;
+    case 's': // XTSHIFTESCAPE
+    case 'p': // XTSMPOINTER
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, const CsiParameters& parameters) {
+    const int first = parameters.at(0);
+    const int count = parameters.atLeastOne(0);
+    const std::string function = std::string(collected) + final;
+    if (function == "$p" || function == "?$p") {
+        reportMode(first, collected[0] == '?');
+    } else if (function == " q") {
+        setCursorStyle(first);
+    } else if (function == "!p") {
+        softReset();
+    } else if (function == "\"p") {
+        setConformanceLevel(parameters);
+    } else if (function == "\"q") {
+        m_isProtected = first == 1;
+        m_isPenStale = true;
+    } else if (function == " @" || function == " A") {
+        shiftColumns(final == '@' ? count : -count);
+    } else if (function == "'}") {
+        insertColumns(count);
+    } else if (function == "'~") {
+        deleteColumns(count);
+    } else if (function == "$v") {
+        copyRectangle(parameters);
+    } else if (function == "$x") {
+        fillRectangle(parameters);
+    } else if (function == "$z") {
+        eraseRectangle(parameters, EraseKind::all);
+    } else if (function == "${") {
+        eraseRectangle(parameters, EraseKind::unprotected);
+    } else if (function == "$r" || function == "$t") {
+        changeAttributes(parameters, final == 't');
+    } else if (function == "*x") {
+        m_changesRectangles = first == 2;
+    } else if (function == "*y") {
+        reportChecksum(parameters);
+    } else if (function == "#{" || function == "#p") {
+        pushSgr();
+    } else if (function == "#}" || function == "#q") {
+        popSgr();
+    } else if (function == "*|") {
+        if (first > 0 && m_delegate.allowsResize(*this, cols(), first)) {
+            resize(cols(), first);
+        }
+    } else if (function == "$|") {
+        const int wanted = first == 0 ? 80 : first;
+        if (m_delegate.allowsResize(*this, wanted, rows())) {
+            resize(wanted, rows());
+        }
+    } else if (function == " k" || function == " S") {
+        // SCP and SPD: 1 is left to right, 2 right to left.
+        const int direction = first == 0 ? 1 : first;
+        if (direction <= 2) {
+            m_buffer->defaultBidiState = static_cast<std::uint8_t>(direction - 1);
+            m_buffer->line(m_buffer->y()).setBidiState(m_buffer->defaultBidiState);
+        }
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool Terminal::dispatchEsc(std::string_view collected, char final) {
+    if (!collected.empty()) {
+        return designate(collected, final);
+    }
+    switch (final) {
+    case '7':
+        saveCursor();
+        return true;
+    case '8':
+        restoreCursor();
+        return true;
+    case 'D':
+        m_buffer->index(pen());
+        return true;
+    case 'E':
+        nextLine();
+        return true;
+    case 'M':
+        m_buffer->reverseIndex(pen());
+        return true;
+    case 'H':
+        m_buffer->setTabStop(m_buffer->x());
+        return true;
+    case '6':
+        backIndex();
+        return true;
+    case '9':
+        forwardIndex();
+        return true;
+    case '=':
+    case '>':
+        m_modes.applicationKeypad = final == '=';
+        return true;
+    case 'c':
+        reset();
+        return true;
+    case 'N':
+    case 'O':
+        m_charset.single = final == 'N' ? 2 : 3;
+        return true;
+    case 'n':
+    case 'o':
+        m_charset.left = final == 'n' ? 2 : 3;
+        return true;
+    case '~':
+    case '}':
+    case '|':
+        m_charset.right = final == '~' ? 1 : final == '}' ? 2 : 3;
+        return true;
+    case 'V':
+    case 'W':
+        // SPA and EPA of ISO 6429: all erasing spares what is written between them.
+        m_isProtected = final == 'V';
+        m_isErasureGuarded = m_isErasureGuarded || final == 'V';
+        m_isPenStale = true;
+        return true;
+    case 'Z':
+        sendDeviceAttributes({});
+        return true;
+    case '\\':
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// ESC with intermediate bytes: character sets, line modes, controls of 7 or 8 bits.
+bool Terminal::designate(std::string_view collected, char final) {
+    if (collected == "#") {
+        switch (final) {
+        case '3':
+            setLineMode(RenderLineMode::doubledTop);
+            return true;
+        case '4':
+            setLineMode(RenderLineMode::doubledDown);
+            return true;
+        case '5':
+            setLineMode(RenderLineMode::single);
+            return true;
+        case '6':
+            setLineMode(RenderLineMode::doubleWidth);
+            return true;
+        case '8':
+            screenAlignmentPattern();
+            return true;
+        default:
+            return false;
+        }
+    }
+    if (collected == " ") {
+        if (final == 'F' || final == 'G') {
+            m_modes.eightBitControls = final == 'G';
+        }
+        return (final >= 'F' && final <= 'G') || (final >= 'L' && final <= 'N');
+    }
+    if (collected == "%") {
+        // The text is UTF-8, and stays so.
+        return final == 'G' || final == '@';
+    }
+    const std::size_t slot = std::string_view("()*+").find(collected[0]);
+    const std::size_t slot96 = std::string_view("-./").find(collected[0]);
+    const bool has96 = slot96 != std::string_view::npos;
+    if (slot == std::string_view::npos && !has96) {
+        return false;
+    }
+    const std::optional<Charset> set = charsetOf(std::string(collected.substr(1)) + final, has96);
+    if (set) {
+        m_charset.designated[has96 ? slot96 + 1 : slot] = *set;
+    }
+    return set.has_value();
+}
+
+void Terminal::kittyKeyboard(char marker, const CsiParameters& parameters) {
+    const int first = parameters.at(0);
+    switch (marker) {
+    case '?':
+        sendCsi("?" + std::to_string(keyboard().current().bits) + "u");
+        break;
+    case '>':
+        keyboard().push(first);
+        break;
+    case '<':
+        keyboard().pop(parameters.atLeastOne(0));
+        break;
+    default:
+        keyboard().set(first, parameters.count > 1 ? parameters.at(1) : 1);
+        break;
+    }
+}
+
+} // namespace term

@@ -1,0 +1,138 @@
+#include "TermEngine/Terminal.h"
+
+#include <algorithm>
+#include <array>
+
+namespace term {
+
+void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
+    if (kind == EraseKind::unprotected || m_isErasureGuarded) {
+        m_buffer->eraseUnprotected(row, first, end, pen().blank);
+    } else {
+        m_buffer->eraseCells(row, first, end, pen().blank);
+    }
+}
+
+void Terminal::eraseInDisplay(int what, EraseKind kind) {
+    Buffer& b = *m_buffer;
+    if (what == 3) {
+        if (kind == EraseKind::all && b.hasScrollback()) {
+            b.clearHistory();
+        }
+        return;
+    }
+    if (what < 0 || what > 3) {
+        return;
+    }
+    const bool pending = b.pendingWrap();
+    const int first = what == 0 ? b.y() + 1 : 0;
+    const int end = what == 1 ? b.y() : b.rows();
+    for (int row = first; row < end; ++row) {
+        eraseCells(row, 0, b.cols(), kind);
+        if (kind == EraseKind::all) {
+            b.line(row).setRenderMode(RenderLineMode::single);
+        }
+    }
+    if (what != 2) {
+        eraseInLine(what, kind);
+    } else if (kind == EraseKind::all) {
+        clearImages(isAlternateActive() ? ScreenId::alternate : ScreenId::normal);
+    }
+    b.setPendingWrap(pending && what == 2);
+}
+
+void Terminal::eraseInLine(int what, EraseKind kind) {
+    Buffer& b = *m_buffer;
+    if (what < 0 || what > 2) {
+        return;
+    }
+    eraseCells(b.y(), what == 0 ? b.x() : 0, what == 1 ? b.x() + 1 : b.cols(), kind);
+    b.setPendingWrap(false);
+}
+
+void Terminal::eraseCharacters(int count) {
+    Buffer& b = *m_buffer;
+    eraseCells(b.y(), b.x(), std::min(b.x() + count, b.cols()), EraseKind::all);
+    b.setPendingWrap(false);
+}
+
+void Terminal::insertCharacters(int count) {
+    Buffer& b = *m_buffer;
+    b.setPendingWrap(false);
+    if (b.x() >= b.marginLeft() && b.x() <= b.marginRight()) {
+        b.line(b.y()).insertCells(b.x(), count, b.marginRight() + 1, pen().blank);
+    }
+}
+
+void Terminal::deleteCharacters(int count) {
+    Buffer& b = *m_buffer;
+    b.setPendingWrap(false);
+    if (b.x() >= b.marginLeft() && b.x() <= b.marginRight()) {
+        b.line(b.y()).deleteCells(b.x(), count, b.marginRight() + 1, pen().blank);
+    }
+}
+
+void Terminal::insertColumns(int count) {
+    if (m_buffer->isInsideMargins()) {
+        m_buffer->insertColumns(m_buffer->x(), count, pen());
+    }
+}
+
+void Terminal::deleteColumns(int count) {
+    if (m_buffer->isInsideMargins()) {
+        m_buffer->deleteColumns(m_buffer->x(), count, pen());
+    }
+}
+
+/// SL for a positive count, SR for a negative one.
+void Terminal::shiftColumns(int count) {
+    if (!m_buffer->isInsideMargins()) {
+        return;
+    }
+    if (count > 0) {
+        m_buffer->deleteColumns(m_buffer->marginLeft(), count, pen());
+    } else {
+        m_buffer->insertColumns(m_buffer->marginLeft(), -count, pen());
+    }
+}
+
+void Terminal::repeatCharacter(int count) {
+    const char32_t scalar = m_buffer->lastScalar();
+    if (scalar == 0) {
+        return;
+    }
+    count = std::min(count, m_buffer->cols() * m_buffer->rows());
+    std::array<char32_t, 256> text;
+    text.fill(scalar);
+    for (; count > 0; count -= static_cast<int>(text.size())) {
+        const std::size_t size = std::min(text.size(), static_cast<std::size_t>(count));
+        m_buffer->insertScalarRun(std::span(text).first(size), pen(), ClusterMode::scalars);
+    }
+}
+
+void Terminal::screenAlignmentPattern() {
+    Buffer& b = *m_buffer;
+    b.resetMargins();
+    m_modes.origin = false;
+    for (int row = 0; row < b.rows(); ++row) {
+        b.eraseCells(row, 0, b.cols(), {});
+        b.line(row).setRenderMode(RenderLineMode::single);
+        b.line(row).fill(0, b.cols(), PackedCell::make(PackedCell::Kind::scalar, 'E'));
+    }
+    b.setCursor(0, 0);
+}
+
+void Terminal::setLineMode(RenderLineMode mode) {
+    Buffer& b = *m_buffer;
+    if (b.marginMode) {
+        return;
+    }
+    b.line(b.y()).setRenderMode(mode);
+    if (mode != RenderLineMode::single) {
+        const int columns = b.lastColumn(b.y()) + 1;
+        b.line(b.y()).fill(columns, b.cols(), pen().blank);
+        b.setCursor(std::min(b.x(), columns - 1), b.y());
+    }
+}
+
+} // namespace term

@@ -1,0 +1,371 @@
+#include "TermEngine/Terminal.h"
+
+#include <algorithm>
+#include <array>
+
+namespace term {
+namespace {
+
+template <typename Value>
+struct ModeOf {
+    int mode;
+    Value value;
+};
+
+/// The DEC private modes that are a flag and nothing else.
+constexpr std::array flags = std::to_array<ModeOf<bool TerminalModes::*>>({
+    {1, &TerminalModes::applicationCursor},
+    {5, &TerminalModes::reverseVideo},
+    {8, &TerminalModes::autoRepeat},
+    {40, &TerminalModes::allowsColumnMode},
+    {41, &TerminalModes::moreFix},
+    {42, &TerminalModes::nationalReplacement},
+    {66, &TerminalModes::applicationKeypad},
+    {67, &TerminalModes::backarrowSendsBackspace},
+    {80, &TerminalModes::sixelDisplay},
+    {95, &TerminalModes::keepsScreenOnColumnMode},
+    {1004, &TerminalModes::focusEvents},
+    {1007, &TerminalModes::alternateScroll},
+    {1034, &TerminalModes::eightBitMeta},
+    {1035, &TerminalModes::numLockOverridesKeypad},
+    {1036, &TerminalModes::metaSendsEscape},
+    {1039, &TerminalModes::altSendsEscape},
+    {1042, &TerminalModes::urgentBell},
+    {2004, &TerminalModes::bracketedPaste},
+    {2027, &TerminalModes::graphemeClusters},
+    {2031, &TerminalModes::colorSchemeUpdates},
+    {2500, &TerminalModes::bidiBoxMirroring},
+    {2501, &TerminalModes::bidiAutodetection},
+});
+
+constexpr std::array trackings = std::to_array<ModeOf<MouseTracking>>({
+    {9, MouseTracking::x10},
+    {1000, MouseTracking::normal},
+    {1002, MouseTracking::buttonEvent},
+    {1003, MouseTracking::anyEvent},
+});
+
+constexpr std::array encodings = std::to_array<ModeOf<MouseEncoding>>({
+    {1005, MouseEncoding::utf8},
+    {1006, MouseEncoding::sgr},
+    {1015, MouseEncoding::urxvt},
+    {1016, MouseEncoding::sgrPixels},
+});
+
+template <typename Table>
+const auto* entryOf(const Table& table, int mode) {
+    const auto found = std::ranges::find(table, mode, [](const auto& entry) { return entry.mode; });
+    return found == table.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+std::optional<bool> Terminal::decPrivateMode(int mode) const {
+    if (const auto* entry = entryOf(flags, mode)) {
+        return m_modes.*(entry->value);
+    }
+    if (const auto* entry = entryOf(trackings, mode)) {
+        return m_modes.mouseTracking == entry->value;
+    }
+    if (const auto* entry = entryOf(encodings, mode)) {
+        return m_modes.mouseEncoding == entry->value;
+    }
+    switch (mode) {
+    case 3:
+        return m_modes.columns132;
+    case 6:
+        return m_modes.origin;
+    case 7:
+        return m_buffer->wraparound;
+    case 12:
+        return m_modes.cursorBlink;
+    case 25:
+        return m_modes.cursorVisible;
+    case 45:
+        return m_buffer->reverseWraparound;
+    case 47:
+    case 1047:
+    case 1049:
+        return isAlternateActive();
+    case 69:
+        return m_buffer->marginMode;
+    case 1045:
+        return m_buffer->extendedReverseWraparound;
+    case 1046:
+        return m_modes.allowsAlternateScreen;
+    case 1048:
+        return true;
+    case 2026:
+        return m_modes.synchronizedOutput;
+    case 2048:
+        return m_modes.inBandResize;
+    default:
+        return {};
+    }
+}
+
+void Terminal::applyDECPrivateMode(int mode, bool on) {
+    if (const auto* entry = entryOf(flags, mode)) {
+        m_modes.*(entry->value) = on;
+        return;
+    }
+    if (const auto* entry = entryOf(trackings, mode)) {
+        setMouseTracking(on ? entry->value : MouseTracking::none);
+        return;
+    }
+    if (const auto* entry = entryOf(encodings, mode)) {
+        m_modes.mouseEncoding = on ? entry->value : MouseEncoding::standard;
+        m_delegate.mouseModeChanged(*this);
+        return;
+    }
+    switch (mode) {
+    case 3:
+        setColumnMode(on);
+        break;
+    case 6:
+        m_modes.origin = on;
+        cursorPosition(0, 0);
+        break;
+    case 7:
+        m_buffer->wraparound = on;
+        break;
+    case 12:
+        setCursorBlink(on);
+        break;
+    case 25:
+        setCursorVisible(on);
+        break;
+    case 45:
+        m_buffer->reverseWraparound = on;
+        break;
+    case 69:
+        m_buffer->marginMode = on;
+        m_buffer->setMargins(0, cols() - 1);
+        break;
+    case 47:
+    case 1047:
+        if (on) {
+            activateAlternate(false);
+        } else {
+            activateNormal(mode == 1047);
+        }
+        break;
+    case 1048:
+        if (on) {
+            saveCursor();
+        } else {
+            restoreCursor();
+        }
+        break;
+    case 1049:
+        if (on && !isAlternateActive() && m_modes.allowsAlternateScreen) {
+            saveCursor();
+            activateAlternate(true);
+        } else if (!on && isAlternateActive()) {
+            activateNormal(false);
+            restoreCursor();
+        }
+        break;
+    case 1045:
+        m_buffer->extendedReverseWraparound = on;
+        break;
+    case 1046:
+        m_modes.allowsAlternateScreen = on;
+        if (!on) {
+            activateNormal(false);
+        }
+        break;
+    case 2026:
+        setSynchronizedOutput(on);
+        break;
+    case 2048:
+        m_modes.inBandResize = on;
+        if (on) {
+            reportSize();
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+std::optional<bool> Terminal::ansiMode(int mode) const {
+    switch (mode) {
+    case 2:
+        return m_modes.keyboardLocked;
+    case 4:
+        return m_buffer->insertMode;
+    case 12:
+        return m_modes.sendReceive;
+    case 20:
+        return m_modes.newline;
+    default:
+        return {};
+    }
+}
+
+void Terminal::setAnsiModes(const CsiParameters& parameters, bool on) {
+    for (int i = 0; i < parameters.count; ++i) {
+        switch (parameters.at(i)) {
+        case 2:
+            m_modes.keyboardLocked = on;
+            break;
+        case 4:
+            m_buffer->insertMode = on;
+            break;
+        case 12:
+            m_modes.sendReceive = on;
+            break;
+        case 20:
+            m_modes.newline = on;
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+void Terminal::setPrivateModes(const CsiParameters& parameters, bool on) {
+    for (int i = 0; i < parameters.count; ++i) {
+        applyDECPrivateMode(parameters.at(i), on);
+    }
+}
+
+void Terminal::savePrivateModes(const CsiParameters& parameters) {
+    for (int i = 0; i < parameters.count; ++i) {
+        if (const std::optional<bool> state = decPrivateMode(parameters.at(i))) {
+            m_savedModes[parameters.at(i)] = *state;
+        }
+    }
+}
+
+void Terminal::restorePrivateModes(const CsiParameters& parameters) {
+    for (int i = 0; i < parameters.count; ++i) {
+        const int mode = parameters.at(i);
+        if (mode == 2500) {
+            m_modes.bidiBoxMirroring = m_options.initialBidiState.mirrorsBoxDrawing;
+        } else if (mode == 2501) {
+            m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;
+        } else if (const auto saved = m_savedModes.find(mode);
+                   saved != m_savedModes.end() && decPrivateMode(mode) != saved->second) {
+            applyDECPrivateMode(mode, saved->second);
+        }
+    }
+}
+
+void Terminal::setMouseTracking(MouseTracking tracking) {
+    m_modes.mouseTracking = tracking;
+    m_delegate.mouseModeChanged(*this);
+}
+
+void Terminal::setColumnMode(bool wide) {
+    if (!m_modes.allowsColumnMode) {
+        return;
+    }
+    m_modes.columns132 = wide;
+    if (m_delegate.allowsResize(*this, wide ? 132 : 80, rows())) {
+        resize(wide ? 132 : 80, rows());
+    }
+    m_buffer->resetMargins();
+    m_buffer->marginMode = false;
+    if (!m_modes.keepsScreenOnColumnMode) {
+        eraseInDisplay(2, EraseKind::all);
+    }
+    m_buffer->setCursor(0, 0);
+}
+
+void Terminal::setCursorVisible(bool visible) {
+    if (m_modes.cursorVisible == visible) {
+        return;
+    }
+    m_modes.cursorVisible = visible;
+    if (visible) {
+        m_delegate.showCursor(*this);
+    } else {
+        m_delegate.hideCursor(*this);
+    }
+}
+
+/// DECSCUSR; 0 is the style of the options.
+void Terminal::setCursorStyle(int parameter) {
+    if (parameter > 6) {
+        return;
+    }
+    m_cursorStyle = parameter == 0 ? m_options.cursorStyle : static_cast<CursorStyle>(parameter - 1);
+    m_modes.cursorBlink = static_cast<int>(m_cursorStyle) % 2 == 0;
+    m_delegate.cursorStyleChanged(*this, m_cursorStyle);
+}
+
+void Terminal::setCursorBlink(bool blink) {
+    m_modes.cursorBlink = blink;
+    // The blinking styles are the even ones, each before its steady one.
+    m_cursorStyle = static_cast<CursorStyle>(static_cast<int>(m_cursorStyle) / 2 * 2 + (blink ? 0 : 1));
+    m_delegate.cursorStyleChanged(*this, m_cursorStyle);
+}
+
+void Terminal::setSynchronizedOutput(bool on) {
+    if (on) {
+        m_delegate.scheduleSynchronizedOutputTimeout(*this, synchronizedOutputTimeout);
+    }
+    if (m_modes.synchronizedOutput != on) {
+        m_modes.synchronizedOutput = on;
+        m_delegate.synchronizedOutputChanged(*this, on);
+    }
+}
+
+void Terminal::activateAlternate(bool clears) {
+    if (!m_modes.allowsAlternateScreen) {
+        return;
+    }
+    if (!isAlternateActive()) {
+        switchTo(*m_alternate);
+    }
+    if (clears) {
+        clearImages(ScreenId::alternate);
+        for (int row = 0; row < rows(); ++row) {
+            m_buffer->eraseCells(row, 0, cols(), pen().blank);
+            m_buffer->line(row).setRenderMode(RenderLineMode::single);
+        }
+    }
+}
+
+void Terminal::activateNormal(bool clears) {
+    if (!isAlternateActive()) {
+        return;
+    }
+    if (clears) {
+        for (int row = 0; row < rows(); ++row) {
+            m_buffer->eraseCells(row, 0, cols(), pen().blank);
+        }
+    }
+    switchTo(*m_normal);
+}
+
+/// Cursor, margins and modes are those of the terminal; each screen has its lines and its saved cursor.
+void Terminal::switchTo(Buffer& buffer) {
+    const Buffer& from = *m_buffer;
+    buffer.insertMode = from.insertMode;
+    buffer.marginMode = from.marginMode;
+    buffer.wraparound = from.wraparound;
+    buffer.reverseWraparound = from.reverseWraparound;
+    buffer.extendedReverseWraparound = from.extendedReverseWraparound;
+    buffer.setScrollRegion(from.scrollTop(), from.scrollBottom());
+    buffer.setMargins(from.marginLeft(), from.marginRight());
+    buffer.setCursor(from.x(), from.y());
+    buffer.setPendingWrap(from.pendingWrap());
+    m_buffer = &buffer;
+    m_delegate.bufferActivated(*this);
+}
+
+/// DECSCL. It resets, as DECSTR does.
+void Terminal::setConformanceLevel(const CsiParameters& parameters) {
+    const int level = parameters.at(0);
+    if (level < 61 || level > 65) {
+        return;
+    }
+    softReset();
+    m_conformance = level;
+    m_modes.eightBitControls = level > 61 && parameters.at(1) != 1;
+}
+
+} // namespace term

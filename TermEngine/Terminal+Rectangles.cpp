@@ -1,0 +1,129 @@
+#include "TermEngine/Terminal.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace term {
+
+/// Of the parameters from `first` on: top, left, bottom, right, which count from 1 and from the margins in origin mode.
+Rectangle Terminal::rectangle(const CsiParameters& parameters, int first) const {
+    const Buffer& b = *m_buffer;
+    const bool origin = m_modes.origin;
+    const Rectangle limits{
+        origin ? b.scrollTop() : 0, origin ? b.marginLeft() : 0, origin ? b.scrollBottom() + 1 : b.rows(),
+        origin ? b.marginRight() + 1 : b.cols()};
+    const auto end = [&](int index, int start, int limit) {
+        const int given = parameters.at(first + index);
+        return given == 0 ? limit : std::min(start + given, limit);
+    };
+    return {
+        limits.top + parameters.atLeastOne(first) - 1, limits.left + parameters.atLeastOne(first + 1) - 1,
+        end(2, limits.top, limits.bottom), end(3, limits.left, limits.right)};
+}
+
+void Terminal::copyRectangle(const CsiParameters& parameters) {
+    Buffer& b = *m_buffer;
+    const Rectangle source = rectangle(parameters, 0);
+    if (source.isEmpty()) {
+        return;
+    }
+    const bool origin = m_modes.origin;
+    // Parameters 4 and 7 are pages.
+    const int top = (origin ? b.scrollTop() : 0) + parameters.atLeastOne(5) - 1;
+    const int left = (origin ? b.marginLeft() : 0) + parameters.atLeastOne(6) - 1;
+    const int height = std::min(source.bottom - source.top, (origin ? b.scrollBottom() + 1 : b.rows()) - top);
+    const int width = std::min(source.right - source.left, (origin ? b.marginRight() + 1 : b.cols()) - left);
+    for (int i = 0; i < height; ++i) {
+        // From the end that is not written over before it is read.
+        const int row = top > source.top ? height - 1 - i : i;
+        b.line(top + row).copyFrom(b.line(source.top + row), source.left, left, width);
+    }
+}
+
+void Terminal::fillRectangle(const CsiParameters& parameters) {
+    const int code = parameters.at(0);
+    const bool isPrintable = (code >= 0x20 && code <= 0x7E) || (code >= 0xA0 && code <= 0xFF);
+    const Rectangle area = rectangle(parameters, 1);
+    if (!isPrintable || area.isEmpty()) {
+        return;
+    }
+    const std::size_t set = static_cast<std::size_t>(m_charset.left);
+    const char32_t scalar =
+        code < 0x80 ? characterOf(m_charset.designated[set], static_cast<std::uint8_t>(code)) : char32_t(code);
+    for (int row = area.top; row < area.bottom; ++row) {
+        m_buffer->line(row).fill(area.left, area.right, PackedCell::make(PackedCell::Kind::scalar, scalar, pen().bits));
+    }
+}
+
+void Terminal::eraseRectangle(const CsiParameters& parameters, EraseKind kind) {
+    const Rectangle area = rectangle(parameters, 0);
+    for (int row = area.top; row < area.bottom && !area.isEmpty(); ++row) {
+        eraseCells(row, area.left, area.right, kind);
+    }
+}
+
+/// DECCARA, or DECRARA when it reverses: of a rectangle, or of the text from its first to its last corner.
+void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) {
+    Buffer& b = *m_buffer;
+    const Rectangle area = rectangle(parameters, 0);
+    if (area.top >= area.bottom) {
+        return;
+    }
+    CsiParameters change;
+    change.count = 0;
+    for (int i = 4; i < parameters.count; ++i) {
+        change.values[static_cast<std::size_t>(change.count++)] = parameters.at(i);
+    }
+    change.count = std::max(change.count, 1);
+    std::uint8_t mask = 0;
+    for (int i = 0; i < change.count; ++i) {
+        constexpr std::array<std::pair<int, StyleBit>, 5> bits = {
+            {{1, StyleBit::bold},
+             {4, StyleBit::underline},
+             {5, StyleBit::blink},
+             {7, StyleBit::inverse},
+             {8, StyleBit::invisible}}};
+        for (const auto& [code, bit] : bits) {
+            if (change.at(i) == code || (change.at(i) == 0 && code != 8)) {
+                mask = static_cast<std::uint8_t>(mask | static_cast<std::uint8_t>(bit));
+            }
+        }
+    }
+    const int lastColumn = m_modes.origin ? b.marginRight() + 1 : b.cols();
+    const int firstColumn = m_modes.origin ? b.marginLeft() : 0;
+    for (int row = area.top; row < area.bottom; ++row) {
+        const int left = m_changesRectangles || row == area.top ? area.left : firstColumn;
+        const int right = m_changesRectangles || row + 1 == area.bottom ? area.right : lastColumn;
+        for (int col = left; col < right; ++col) {
+            const PackedCell cell = b.line(row)[col];
+            Attribute attribute = m_arena->attributeOf(cell);
+            if (reverses) {
+                attribute.style = CharacterStyle(attribute.style.raw() ^ mask);
+                attribute.underlineStyle =
+                    attribute.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
+            } else {
+                applySgr(attribute, change);
+            }
+            b.line(row).replace(col, m_arena->withAttribute(cell, attribute));
+        }
+    }
+}
+
+void Terminal::reportChecksum(const CsiParameters& parameters) {
+    const Rectangle area = rectangle(parameters, 2);
+    std::uint32_t sum = 0;
+    for (int row = area.top; row < area.bottom; ++row) {
+        for (int col = area.left; col < area.right; ++col) {
+            char32_t memory = 0;
+            for (const char32_t scalar : m_arena->scalars(m_buffer->line(row)[col], memory)) {
+                sum += scalar;
+            }
+        }
+    }
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%d!~%04X", parameters.at(0), (0x10000U - (sum & 0xFFFFU)) & 0xFFFFU);
+    sendDcs(text.data());
+}
+
+} // namespace term

@@ -1,0 +1,219 @@
+#include "TermEngine/Terminal.h"
+
+#include <algorithm>
+
+namespace term {
+namespace {
+
+constexpr int largestSize = 10'000;
+
+TerminalOptions withinBounds(TerminalOptions options) {
+    options.cols = std::clamp(options.cols, 1, largestSize);
+    options.rows = std::clamp(options.rows, 1, largestSize);
+    options.scrollback = std::max(options.scrollback, 0);
+    return options;
+}
+
+Buffer::Setup setupOf(const TerminalOptions& options, bool hasScrollback) {
+    return {
+        .cols = options.cols,
+        .rows = options.rows,
+        .scrollback = hasScrollback ? options.scrollback : 0,
+        .hasScrollback = hasScrollback,
+        .tabStopWidth = options.tabStopWidth,
+        .regionalIndicatorWidth = options.regionalIndicatorWidth};
+}
+
+} // namespace
+
+Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options)
+    : m_delegate(delegate),
+      m_options(withinBounds(std::move(options))),
+      m_arena(std::make_shared<CellArena>()),
+      m_normal(std::make_unique<Buffer>(m_arena, setupOf(m_options, true))),
+      m_alternate(std::make_unique<Buffer>(m_arena, setupOf(m_options, false))),
+      m_buffer(m_normal.get()),
+      m_parser(*this),
+      m_cursorStyle(m_options.cursorStyle),
+      m_images(m_options.kittyGraphics.imageCacheLimitBytes),
+      m_graphics(m_options.kittyGraphics, m_images) {
+    m_parser.setMaximumOscBytes(m_options.maximumOscBytes);
+    m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
+    resetState();
+}
+
+Terminal::~Terminal() = default;
+
+void Terminal::mark(CellArena::Marker& marker) const {
+    m_normal->mark(marker);
+    m_alternate->mark(marker);
+    marker.markPen(m_pen.bits);
+    marker.markPen(m_pen.blank.rawValue);
+    marker.markPen(std::uint64_t{m_link} << PackedCell::payloadShift);
+}
+
+void Terminal::refreshPen() {
+    m_isPenStale = false;
+    // In this order: what a sweep frees while the new bits are made is not in them.
+    m_pen.blank = m_arena->blank(m_attribute);
+    m_pen.bits = std::uint64_t{m_arena->intern(m_attribute)} << PackedCell::attributeShift |
+                 std::uint64_t{m_isProtected} << PackedCell::protectedShift |
+                 std::uint64_t{m_link} << PackedCell::payloadShift |
+                 static_cast<std::uint64_t>(m_semantic) << PackedCell::semanticShift;
+}
+
+void Terminal::printAscii(Bytes text) {
+    if (m_charset.isPlain()) [[likely]] {
+        m_buffer->insertAsciiRun(text, pen());
+    } else {
+        printTranslated(text);
+    }
+}
+
+void Terminal::printScalars(std::span<const char32_t> text) {
+    m_charset.single = -1;
+    m_buffer->insertScalarRun(text, pen(), m_modes.graphemeClusters ? ClusterMode::graphemes : ClusterMode::scalars);
+}
+
+void Terminal::printTranslated(Bytes text) {
+    for (const std::uint8_t code : text) {
+        const int set = m_charset.single >= 0 ? m_charset.single : m_charset.left;
+        m_charset.single = -1;
+        const char32_t scalar = characterOf(m_charset.designated[static_cast<std::size_t>(set)], code);
+        m_buffer->insertScalarRun({&scalar, 1}, pen(), ClusterMode::scalars);
+    }
+}
+
+void Terminal::resize(int cols, int rows) {
+    cols = std::clamp(cols, 1, largestSize);
+    rows = std::clamp(rows, 1, largestSize);
+    if (cols == this->cols() && rows == this->rows()) {
+        return;
+    }
+    m_normal->resize(cols, rows);
+    m_alternate->resize(cols, rows);
+    m_delegate.sizeChanged(*this);
+    if (m_modes.inBandResize) {
+        reportSize();
+    }
+}
+
+void Terminal::setScrollback(int lines) {
+    m_options.scrollback = std::max(lines, 0);
+    m_normal->changeHistorySize(m_options.scrollback);
+}
+
+void Terminal::resetState() {
+    m_modes = {};
+    m_modes.newline = m_options.convertEol;
+    m_modes.bidiBoxMirroring = m_options.initialBidiState.mirrorsBoxDrawing;
+    m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;
+    m_savedModes.clear();
+    m_attribute = {};
+    m_attributeStack.clear();
+    m_isProtected = false;
+    m_isErasureGuarded = false;
+    m_link = 0;
+    m_semantic = SemanticContent::none;
+    m_isPenStale = true;
+    m_charset = {};
+    m_changesRectangles = false;
+    m_conformance = 65;
+    m_titleModes = {};
+    m_titleStack.clear();
+    m_iconTitleStack.clear();
+    m_keyboards = {};
+    m_notifications.reset();
+    m_colors.resetAll();
+    m_graphics.reset();
+    m_images.clear();
+    for (Buffer* buffer : {m_normal.get(), m_alternate.get()}) {
+        buffer->insertMode = false;
+        buffer->marginMode = false;
+        buffer->wraparound = true;
+        buffer->reverseWraparound = false;
+        buffer->extendedReverseWraparound = false;
+        buffer->saved = {};
+        buffer->setupTabStops();
+        buffer->forgetLastScalar();
+    }
+}
+
+void Terminal::reset() {
+    m_parser.reset();
+    const bool wasAlternate = isAlternateActive();
+    const TerminalModes before = m_modes;
+    resetState();
+    m_buffer = m_normal.get();
+    m_normal->clearHistory();
+    m_normal->clear();
+    m_alternate->clear();
+    m_cursorStyle = m_options.cursorStyle;
+    m_modes.cursorBlink = static_cast<int>(m_cursorStyle) % 2 == 0;
+    if (wasAlternate) {
+        m_delegate.bufferActivated(*this);
+    }
+    if (!before.cursorVisible) {
+        m_delegate.showCursor(*this);
+    }
+    if (before.mouseTracking != MouseTracking::none) {
+        m_delegate.mouseModeChanged(*this);
+    }
+    if (before.synchronizedOutput) {
+        m_delegate.synchronizedOutputChanged(*this, false);
+    }
+    m_delegate.cursorStyleChanged(*this, m_cursorStyle);
+    m_delegate.colorChanged(*this, {});
+}
+
+/// What DECSTR resets: VT520 Programmer Information, DECSTR.
+void Terminal::softReset() {
+    setCursorVisible(true);
+    m_modes.origin = false;
+    m_modes.applicationCursor = false;
+    m_modes.applicationKeypad = false;
+    m_modes.keyboardLocked = false;
+    m_modes.nationalReplacement = false;
+    m_modes.modifyOtherKeys = 0;
+    m_buffer->insertMode = false;
+    m_buffer->marginMode = false;
+    m_buffer->wraparound = true;
+    m_buffer->reverseWraparound = false;
+    m_buffer->extendedReverseWraparound = false;
+    m_buffer->resetMargins();
+    m_buffer->setPendingWrap(false);
+    m_buffer->saved = {};
+    m_attribute = {};
+    m_isProtected = false;
+    m_isErasureGuarded = false;
+    m_isPenStale = true;
+    m_charset = {};
+    m_changesRectangles = false;
+    keyboard().reset();
+}
+
+void Terminal::setColorScheme(ColorScheme scheme) {
+    const bool changes = m_colorScheme != scheme;
+    m_colorScheme = scheme;
+    if (changes && m_modes.colorSchemeUpdates) {
+        reportColorScheme();
+    }
+}
+
+void Terminal::synchronizedOutputTimedOut() {
+    setSynchronizedOutput(false);
+}
+
+std::string_view Terminal::linkUrl(TinyAtom atom) const {
+    if (atom == 0) {
+        return {};
+    }
+    const std::string_view link = m_arena->link(atom);
+    return link.substr(link.find(';') + 1);
+}
+
+std::string Terminal::lineText(int row) const {
+    return m_buffer->line(row).translateToString(*m_arena, true);
+}
+
+} // namespace term

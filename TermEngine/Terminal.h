@@ -1,0 +1,289 @@
+#pragma once
+
+#include "TermEngine/Buffer.h"
+#include "TermEngine/CharData.h"
+#include "TermEngine/ColorTable.h"
+#include "TermEngine/EscapeSequenceParser.h"
+#include "TermEngine/ImageStore.h"
+#include "TermEngine/KittyGraphics.h"
+#include "TermEngine/KittyKeyboardStack.h"
+#include "TermEngine/TerminalDelegate.h"
+#include "TermEngine/TerminalModes.h"
+#include "TermEngine/TerminalOptions.h"
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace term {
+
+/// A terminal: bytes of a program in; a screen, calls on the host and bytes for the program out. It never fails on its
+/// input. It belongs to one thread at a time.
+class Terminal final : private ParserHandler {
+public:
+    /// What a title, a working directory or a link may have, in bytes.
+    static constexpr std::size_t maximumTextBytes = term::maximumTextBytes;
+    static constexpr std::size_t titleStackLimit = 10;
+    static constexpr std::chrono::milliseconds synchronizedOutputTimeout{1000};
+
+    explicit Terminal(TerminalDelegate& delegate, TerminalOptions options = {});
+    ~Terminal() override;
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    void feed(Bytes bytes) { m_parser.parseBorrowed(bytes); }
+    void feed(std::string_view text) { feed(Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())); }
+    /// Sizes below 1 are 1; the largest is 10,000 by 10,000.
+    void resize(int cols, int rows);
+    void setScrollback(int lines);
+    /// RIS.
+    void reset();
+    /// DECSTR.
+    void softReset();
+
+    [[nodiscard]] int cols() const { return m_buffer->cols(); }
+    [[nodiscard]] int rows() const { return m_buffer->rows(); }
+    [[nodiscard]] const Buffer& buffer() const { return *m_buffer; }
+    [[nodiscard]] Buffer& buffer() { return *m_buffer; }
+    [[nodiscard]] const Buffer& normalBuffer() const { return *m_normal; }
+    [[nodiscard]] bool isAlternateActive() const { return m_buffer == m_alternate.get(); }
+    [[nodiscard]] CellArena& arena() const { return *m_arena; }
+    [[nodiscard]] const TerminalOptions& options() const { return m_options; }
+    [[nodiscard]] const TerminalModes& modes() const { return m_modes; }
+    [[nodiscard]] const Attribute& attribute() const { return m_attribute; }
+    [[nodiscard]] CursorStyle cursorStyle() const { return m_cursorStyle; }
+    [[nodiscard]] const std::string& title() const { return m_title; }
+    [[nodiscard]] const std::string& iconTitle() const { return m_iconTitle; }
+    /// OSC 7: a URL, as the program gave it.
+    [[nodiscard]] const std::string& hostCurrentDirectory() const { return m_directory; }
+    /// OSC 6.
+    [[nodiscard]] const std::string& hostCurrentDocument() const { return m_document; }
+    [[nodiscard]] KittyKeyboardFlags kittyKeyboardFlags() const { return keyboard().current(); }
+    /// The URL of a link, of the payload of a cell; empty without one.
+    [[nodiscard]] std::string_view linkUrl(TinyAtom atom) const;
+    /// The text of a row of the screen without blanks at its end.
+    [[nodiscard]] std::string lineText(int row) const;
+
+    [[nodiscard]] const ColorTable& colors() const { return m_colors; }
+    /// Images and where they stand; lines count as `Buffer::trimmedCount` does.
+    [[nodiscard]] const ImageStore& images() const { return m_images; }
+    /// Moves animations on; when to do it again, in milliseconds after `now`.
+    std::optional<std::int64_t> advanceAnimations(std::int64_t nowMilliseconds);
+    /// The host's `getColors` has another answer.
+    void themeChanged();
+    void setColorScheme(ColorScheme scheme);
+    void setVisibility(TerminalVisibility visibility) { m_visibility = visibility; }
+    /// The name that XTVERSION answers with; "unknown" when it is empty.
+    void setXtVersionIdentity(std::string identity) { m_xtVersionIdentity = std::move(identity); }
+    /// The time of `scheduleSynchronizedOutputTimeout` is over.
+    void synchronizedOutputTimedOut();
+    [[nodiscard]] EscapeSequenceParser& parser() { return m_parser; }
+
+    /// The state of a DEC private mode; nothing for one that is not known.
+    [[nodiscard]] std::optional<bool> decPrivateMode(int mode) const;
+    void applyDECPrivateMode(int mode, bool on);
+
+private:
+    using Parameters = CsiParameters;
+    class StringRequest;
+
+    // ParserHandler
+    void printAscii(Bytes text) override;
+    void printScalars(std::span<const char32_t> text) override;
+    bool execute(std::uint8_t code) override;
+    bool dispatchCsi(char final, const Parameters& parameters, std::string_view collected) override;
+    bool dispatchEsc(std::string_view collected, char final) override;
+    bool dispatchOsc(int code, Bytes payload, StringEnd end) override;
+    bool dispatchApc(Bytes payload) override;
+    std::unique_ptr<DcsHandler> dcsHandler(
+        char final, const Parameters& parameters, std::string_view collected) override;
+    [[nodiscard]] bool isLogging() const override { return m_delegate.isLogging(); }
+    void log(std::string_view message) override { m_delegate.log(*this, message); }
+
+    bool dispatchPlainCsi(char final, const Parameters& parameters);
+    bool dispatchPrivateCsi(char final, const Parameters& parameters);
+    bool dispatchMarkedCsi(char marker, char final, const Parameters& parameters);
+    bool dispatchIntermediateCsi(std::string_view collected, char final, const Parameters& parameters);
+
+    // Pen
+    const Pen& pen() {
+        if (m_isPenStale) {
+            refreshPen();
+        }
+        return m_pen;
+    }
+    void refreshPen();
+    void printTranslated(Bytes text);
+
+    // Terminal+Cursor.cpp
+    void cursorUp(int count);
+    void cursorDown(int count);
+    void cursorForward(int count);
+    void cursorBackward(int count);
+    void cursorColumn(int col);
+    void cursorRow(int row);
+    void cursorPosition(int row, int col);
+    void carriageReturn();
+    void lineFeed();
+    void nextLine();
+    void backspace();
+    void tab(int count);
+    void backTab(int count);
+    void tabClear(int what);
+    void saveCursor();
+    void restoreCursor();
+    void setScrollRegion(const Parameters& parameters);
+    void setMargins(const Parameters& parameters);
+    void backIndex();
+    void forwardIndex();
+
+    // Terminal+Erase.cpp
+    enum class EraseKind : std::uint8_t { all, unprotected };
+    void eraseCells(int row, int first, int end, EraseKind kind);
+    void eraseInDisplay(int what, EraseKind kind);
+    void eraseInLine(int what, EraseKind kind);
+    void eraseCharacters(int count);
+    void insertCharacters(int count);
+    void deleteCharacters(int count);
+    void insertColumns(int count);
+    void deleteColumns(int count);
+    void shiftColumns(int count);
+    void repeatCharacter(int count);
+    void screenAlignmentPattern();
+    void setLineMode(RenderLineMode mode);
+
+    // Terminal+Rectangles.cpp
+    [[nodiscard]] Rectangle rectangle(const Parameters& parameters, int first) const;
+    void copyRectangle(const Parameters& parameters);
+    void fillRectangle(const Parameters& parameters);
+    void eraseRectangle(const Parameters& parameters, EraseKind kind);
+    void changeAttributes(const Parameters& parameters, bool reverses);
+    void reportChecksum(const Parameters& parameters);
+
+    // Terminal+Sgr.cpp
+    void selectGraphicRendition(const Parameters& parameters);
+    static void applySgr(Attribute& attribute, const Parameters& parameters);
+    void pushSgr();
+    void popSgr();
+
+    // Terminal+Modes.cpp
+    void setAnsiModes(const Parameters& parameters, bool on);
+    void setPrivateModes(const Parameters& parameters, bool on);
+    void savePrivateModes(const Parameters& parameters);
+    void restorePrivateModes(const Parameters& parameters);
+    void setMouseTracking(MouseTracking tracking);
+    void setColumnMode(bool wide);
+    void setCursorVisible(bool visible);
+    void setCursorStyle(int parameter);
+    void setCursorBlink(bool blink);
+    void setSynchronizedOutput(bool on);
+    void activateAlternate(bool clears);
+    void activateNormal(bool clears);
+    void switchTo(Buffer& buffer);
+    void setConformanceLevel(const Parameters& parameters);
+    [[nodiscard]] std::optional<bool> ansiMode(int mode) const;
+
+    // Terminal+Reports.cpp
+    void send(std::string_view text);
+    void sendCsi(std::string_view body);
+    void sendDcs(std::string_view body);
+    void sendOsc(std::string_view body, StringEnd end);
+    void sendDeviceAttributes(const Parameters& parameters);
+    void sendSecondaryAttributes(const Parameters& parameters);
+    void deviceStatus(const Parameters& parameters);
+    void privateDeviceStatus(const Parameters& parameters);
+    void reportCursor(bool isPrivate);
+    void reportMode(int mode, bool isPrivate);
+    void reportColorScheme();
+    void reportSize();
+    void reportGraphics(const Parameters& parameters);
+    void requestStatusString(const std::string& request);
+    void requestTermcap(const std::string& request);
+    void windowOptions(const Parameters& parameters);
+    void reportTitle(char kind, const std::string& title);
+
+    // Terminal+Osc.cpp
+    void setTitles(int code, std::string_view payload);
+    void setLink(std::string_view payload);
+    void semanticPrompt(std::string_view payload);
+    void notifyOrProgress(std::string_view payload);
+    void notify(const std::optional<NotificationRequest>& request);
+    void clipboard(std::string_view payload, StringEnd end);
+    void iTermCommand(std::string_view payload);
+
+    // Terminal+Colors.cpp
+    bool dispatchColors(int code, std::string_view payload, StringEnd end);
+    void paletteColors(int code, std::string_view payload, StringEnd end);
+    void dynamicColors(int code, std::string_view payload, StringEnd end);
+    void resetPalette(int code, std::string_view payload);
+    void kittyColors(std::string_view payload, StringEnd end);
+    void dynamicColorChanged(DynamicColor which);
+    [[nodiscard]] ColorTable& themedColors();
+
+    // Terminal+Graphics.cpp
+    class SixelPicture;
+    [[nodiscard]] std::unique_ptr<DcsHandler> sixelHandler(const Parameters& parameters);
+    [[nodiscard]] GraphicsContext graphicsContext();
+    void showImage(RgbaImage image, int columns = 0, int rows = 0);
+    void applyGraphics(const GraphicsResult& result);
+    void dropPassedImages();
+    void clearImages(ScreenId screen);
+    void titleModes(const Parameters& parameters, bool on);
+    void pushTitle(int what);
+    void popTitle(int what);
+
+    bool designate(std::string_view collected, char final);
+    void kittyKeyboard(char marker, const Parameters& parameters);
+    [[nodiscard]] const KittyKeyboardStack& keyboard() const { return m_keyboards[isAlternateActive() ? 1 : 0]; }
+    [[nodiscard]] KittyKeyboardStack& keyboard() { return m_keyboards[isAlternateActive() ? 1 : 0]; }
+    void resetState();
+    void mark(CellArena::Marker& marker) const;
+
+    TerminalDelegate& m_delegate;
+    TerminalOptions m_options;
+    std::shared_ptr<CellArena> m_arena;
+    std::unique_ptr<Buffer> m_normal;
+    std::unique_ptr<Buffer> m_alternate;
+    Buffer* m_buffer;
+    EscapeSequenceParser m_parser;
+
+    TerminalModes m_modes;
+    std::map<int, bool> m_savedModes;
+    Attribute m_attribute;
+    std::vector<Attribute> m_attributeStack;
+    bool m_isProtected = false;
+    bool m_isErasureGuarded = false; ///< SPA and EPA: erasing spares what is protected
+    TinyAtom m_link = 0;
+    SemanticContent m_semantic = SemanticContent::none;
+    Pen m_pen;
+    bool m_isPenStale = false;
+    CharsetState m_charset;
+    bool m_changesRectangles = false; ///< DECSACE: attributes of rectangles, not of the text between two places
+    CursorStyle m_cursorStyle;
+    int m_conformance = 65;
+
+    ImageStore m_images;
+    KittyGraphics m_graphics;
+    ColorTable m_colors;
+    bool m_hasTheme = false;
+    NotificationAssembler m_notifications;
+
+    std::string m_title;
+    std::string m_iconTitle;
+    std::vector<std::string> m_titleStack;
+    std::vector<std::string> m_iconTitleStack;
+    std::array<bool, 4> m_titleModes{};
+    std::string m_directory;
+    std::string m_document;
+    std::string m_xtVersionIdentity;
+    ColorScheme m_colorScheme = ColorScheme::dark;
+    TerminalVisibility m_visibility = TerminalVisibility::potentiallyVisible;
+    std::array<KittyKeyboardStack, 2> m_keyboards;
+};
+
+} // namespace term

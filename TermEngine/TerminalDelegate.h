@@ -1,0 +1,127 @@
+#pragma once
+
+#include "TermEngine/CharData.h"
+#include "TermEngine/EscapeSequenceParser.h"
+#include "TermEngine/Notifications.h"
+#include "TermEngine/OscPayloads.h"
+#include "TermEngine/Palette.h"
+#include "TermEngine/TerminalOptions.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace term {
+
+class Terminal;
+
+/// CSI t: what a program asks of the window that shows the terminal.
+struct WindowCommand {
+    enum class Kind : std::uint8_t {
+        deiconify,
+        iconify,
+        move,         ///< first: x, second: y, in pixels
+        resizePixels, ///< first: height, second: width; 0: as big as the screen, negative: as it is
+        raise,
+        lower,
+        refresh,
+        resizeCells, ///< first: rows, second: columns; 0: as big as the screen, negative: as it is
+        restoreMaximized,
+        maximize,
+        maximizeVertically,
+        maximizeHorizontally,
+        leaveFullScreen,
+        enterFullScreen,
+        toggleFullScreen,
+        reportState,        ///< answer: 1 shown or 2 iconified
+        reportPosition,     ///< answer: x and y
+        reportPixelSize,    ///< answer: height and width
+        reportScreenPixels, ///< answer: height and width
+        reportScreenCells,  ///< answer: rows and columns
+    };
+    Kind kind = Kind::refresh;
+    int first = 0;
+    int second = 0;
+    bool operator==(const WindowCommand&) const = default;
+};
+
+struct WindowAnswer {
+    int first = 0;
+    int second = 0;
+};
+
+struct CellSize {
+    int width = 0;
+    int height = 0;
+};
+
+struct ClipboardContent {
+    std::string selections;         ///< letters of OSC 52: c, p, q, s, 0 to 7
+    std::vector<std::uint8_t> data; ///< empty: the selections are cleared
+};
+
+enum class TerminalVisibility : std::uint8_t { potentiallyVisible = 1, notVisible = 2 };
+enum class ColorScheme : std::uint8_t { dark = 1, light = 2 };
+
+/// The host of a terminal. All calls come within `Terminal::feed` or another call of the host, on its thread. A host
+/// may resize, reset and feed the terminal from within a call.
+class TerminalDelegate {
+public:
+    virtual ~TerminalDelegate() = default;
+    /// Bytes for the child.
+    virtual void send(Terminal& source, Bytes data) = 0;
+
+    virtual void setTerminalTitle(Terminal&, const std::string& /*title*/) {}
+    virtual void setTerminalIconTitle(Terminal&, const std::string& /*title*/) {}
+    virtual void hostCurrentDirectoryUpdated(Terminal&) {}
+    virtual void hostCurrentDocumentUpdated(Terminal&) {}
+    virtual void bell(Terminal&) {}
+    virtual void notify(Terminal&, const NotificationRequest&) {}
+    virtual void progressReport(Terminal&, const ProgressReport&) {}
+    virtual void programStatusChanged(Terminal&, const std::vector<std::string>& /*records*/) {}
+    virtual void sizeChanged(Terminal&) {}
+    virtual void bufferActivated(Terminal&) {}
+    virtual void cursorStyleChanged(Terminal&, CursorStyle) {}
+    virtual void showCursor(Terminal&) {}
+    virtual void hideCursor(Terminal&) {}
+    virtual void mouseModeChanged(Terminal&) {}
+    virtual void selectionChanged(Terminal&) {}
+    virtual void pointerShapeChanged(Terminal&, const std::string& /*name*/) {}
+
+    /// Without an index, any colours may have changed.
+    virtual void colorChanged(Terminal&, std::optional<int> /*index*/) {}
+    /// Nothing: the program gave up its own colour.
+    virtual void setForegroundColor(Terminal&, std::optional<RgbColor>) {}
+    virtual void setBackgroundColor(Terminal&, std::optional<RgbColor>) {}
+    virtual void setCursorColor(Terminal&, std::optional<RgbColor>) {}
+    /// The colours of the theme; nothing: those of xterm. Asked when colours are asked for the first time, and after
+    /// `Terminal::themeChanged`.
+    virtual std::optional<BaseColors> getColors(Terminal&) { return {}; }
+
+    virtual void imagesChanged(Terminal&) {}
+
+    virtual void clipboardCopy(Terminal&, const ClipboardContent&) {}
+    /// What a program gets that asks for the clipboard; nothing: no answer at all.
+    virtual std::optional<std::string> clipboardRead(Terminal&, std::string_view /*selections*/) { return {}; }
+
+    virtual std::optional<CellSize> cellSizeInPixels(Terminal&) { return {}; }
+    /// The answer, to a command that reports.
+    virtual std::optional<WindowAnswer> windowCommand(Terminal&, const WindowCommand&) { return {}; }
+    /// Whether a program may read back the titles, which any program, and any file that was shown, can have set.
+    virtual bool allowsTitleReports(Terminal&) { return false; }
+    /// Whether lines of 132 columns and other sizes may be asked for.
+    virtual bool allowsResize(Terminal&, int /*cols*/, int /*rows*/) { return false; }
+    virtual bool isProcessTrusted(Terminal&) { return true; }
+
+    /// The host calls `Terminal::synchronizedOutputTimedOut` then, unless the output ended before.
+    virtual void scheduleSynchronizedOutputTimeout(Terminal&, std::chrono::milliseconds) {}
+    virtual void synchronizedOutputChanged(Terminal&, bool /*active*/) {}
+
+    [[nodiscard]] virtual bool isLogging() const { return false; }
+    virtual void log(Terminal&, std::string_view /*message*/) {}
+};
+
+} // namespace term

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "TermEngine/Buffer.h"
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace term {
+
+/// A place in the text of a buffer: a line, counted since the beginning (`Buffer::trimmedCount` is the first that is
+/// still there), and a column.
+struct TextPlace {
+    std::int64_t line = 0;
+    int col = 0;
+    auto operator<=>(const TextPlace&) const = default;
+};
+
+/// From `start` up to `end`, which is not part of it. Of a rectangle the two are corners.
+struct TextRange {
+    TextPlace start;
+    TextPlace end;
+    bool operator==(const TextRange&) const = default;
+    [[nodiscard]] bool isEmpty() const { return !(start < end); }
+};
+
+enum class RangeShape : std::uint8_t { flowing, rectangle };
+
+/// UTF-8: soft wraps joined, other lines parted by LF, no blanks that nobody wrote at the ends of lines.
+[[nodiscard]] std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shape = RangeShape::flowing);
+
+/// The word at a place, over soft wraps: letters, digits, everything beyond ASCII and `alsoInWords`; elsewhere the run
+/// of blanks, or the one character.
+[[nodiscard]] TextRange wordAt(const Buffer& buffer, TextPlace place, std::string_view alsoInWords = "-_./~:@%+#?&=");
+/// The whole line at a place, with all that a soft wrap joins to it.
+[[nodiscard]] TextRange lineAt(const Buffer& buffer, TextPlace place);
+/// What the shell's marks (OSC 133) make of the surroundings: the prompt, the input or the output at the place.
+[[nodiscard]] std::optional<TextRange> semanticRangeAt(const Buffer& buffer, TextPlace place);
+/// The line of the next prompt above (negative direction) or below a line.
+[[nodiscard]] std::optional<std::int64_t> promptFrom(const Buffer& buffer, std::int64_t line, int direction);
+
+/// What is selected while a person drags.
+class TextSelection {
+public:
+    enum class Unit : std::uint8_t { character, word, line, rectangle };
+
+    void start(const Buffer& buffer, TextPlace place, Unit unit);
+    void extend(const Buffer& buffer, TextPlace place);
+    void clear() { m_range.reset(); }
+    [[nodiscard]] std::optional<TextRange> range() const { return m_range; }
+    [[nodiscard]] RangeShape shape() const {
+        return m_unit == Unit::rectangle ? RangeShape::rectangle : RangeShape::flowing;
+    }
+    [[nodiscard]] bool contains(TextPlace place) const;
+    [[nodiscard]] std::string text(const Buffer& buffer) const;
+
+private:
+    [[nodiscard]] TextRange unitAt(const Buffer& buffer, TextPlace place) const;
+
+    Unit m_unit = Unit::character;
+    TextRange m_anchor;
+    std::optional<TextRange> m_range;
+};
+
+struct SearchOptions {
+    bool ignoresCase = true;          ///< of ASCII letters
+    bool isRegularExpression = false; ///< ECMAScript
+    bool wholeWords = false;
+    std::size_t limit = 10'000; ///< matches
+};
+
+/// All matches in screen and history, the oldest first; soft wraps are joined. Nothing for a regular expression that is
+/// none.
+[[nodiscard]] std::optional<std::vector<TextRange>> search(
+    const Buffer& buffer, std::string_view pattern, const SearchOptions& options = {});
+
+} // namespace term

@@ -1,0 +1,93 @@
+#include "TermEngine/Unicode.h"
+
+#include "TermEngine/Utf8Decoder.h"
+
+namespace term::unicode {
+namespace {
+
+/// UAX #29, GB6 to GB9b, of two neighbours.
+bool joins(GraphemeBreak left, GraphemeBreak right) {
+    using enum GraphemeBreak;
+    if (left == control || left == cr || left == lf || right == control || right == cr || right == lf) {
+        return left == cr && right == lf;
+    }
+    if (right == extend || right == zwj || right == spacingMark || left == prepend) {
+        return true;
+    }
+    if (left == l) {
+        return right == l || right == v || right == lv || right == lvt;
+    }
+    if (left == lv || left == v) {
+        return right == v || right == t;
+    }
+    return (left == lvt || left == t) && right == t;
+}
+
+} // namespace
+
+bool GraphemeBreaker::startsCluster(char32_t scalar) {
+    const Properties next = properties(scalar);
+    const GraphemeBreak kind = next.graphemeBreak();
+    const bool flag = m_oddIndicators && kind == GraphemeBreak::regionalIndicator;
+    const bool sequence = m_emoji == Emoji::joined && next.isExtendedPictographic();
+    const bool starts = !(flag || sequence || joins(m_previous, kind));
+    m_oddIndicators = kind == GraphemeBreak::regionalIndicator && !flag;
+    if (next.isExtendedPictographic()) {
+        m_emoji = Emoji::pictographic;
+    } else if (m_emoji == Emoji::pictographic && kind == GraphemeBreak::zwj) {
+        m_emoji = Emoji::joined;
+    } else if (m_emoji != Emoji::pictographic || kind != GraphemeBreak::extend) {
+        m_emoji = Emoji::none;
+    }
+    m_previous = kind;
+    return starts;
+}
+
+bool continuesCluster(std::span<const char32_t> cluster, char32_t scalar) {
+    GraphemeBreaker breaker;
+    for (const char32_t before : cluster) {
+        breaker.startsCluster(before);
+    }
+    return !cluster.empty() && !breaker.startsCluster(scalar);
+}
+
+void appendUtf8(std::string& text, char32_t scalar) {
+    const auto put = [&text](char32_t byte) { text.push_back(static_cast<char>(byte)); };
+    if (scalar < 0x80) {
+        put(scalar);
+    } else if (scalar < 0x800) {
+        put(0xC0 | (scalar >> 6));
+        put(0x80 | (scalar & 0x3F));
+    } else if (scalar < 0x10000) {
+        put(0xE0 | (scalar >> 12));
+        put(0x80 | ((scalar >> 6) & 0x3F));
+        put(0x80 | (scalar & 0x3F));
+    } else {
+        put(0xF0 | (scalar >> 18));
+        put(0x80 | ((scalar >> 12) & 0x3F));
+        put(0x80 | ((scalar >> 6) & 0x3F));
+        put(0x80 | (scalar & 0x3F));
+    }
+}
+
+std::string toUtf8(std::u32string_view text) {
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (const char32_t scalar : text) {
+        appendUtf8(bytes, scalar);
+    }
+    return bytes;
+}
+
+std::u32string fromUtf8(std::string_view text) {
+    std::u32string scalars;
+    scalars.reserve(text.size());
+    Utf8Decoder decoder;
+    for (const char c : text) {
+        decoder.put(static_cast<std::uint8_t>(c), [&scalars](char32_t scalar) { scalars.push_back(scalar); });
+    }
+    decoder.finish([&scalars](char32_t scalar) { scalars.push_back(scalar); });
+    return scalars;
+}
+
+} // namespace term::unicode

@@ -1,0 +1,160 @@
+#include "TermEngine/Buffer.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace term {
+namespace {
+
+Attribute styled(Color fg, Color bg = {}) {
+    Attribute made;
+    made.fg = fg;
+    made.bg = bg;
+    return made;
+}
+
+TEST(PackedCell, ComesBackAsItWasPacked) {
+    Attribute full = styled(Color::rgb(1, 2, 3), Color::palette(200));
+    full.style = CharacterStyle(0xFF);
+    full.underlineStyle = UnderlineStyle::curly;
+    full.underlineColor = Color::inverted();
+    full.overline = true;
+    const std::vector<CharData> cells = {
+        {},
+        {.code = 'a', .attribute = full},
+        {.code = 0x10FFFF, .payload = 0xFFFF, .semanticContentCode = SemanticContent::output, .isProtected = true},
+        {.code = U'漢', .width = 2, .widthStateCode = WidthState::wide},
+        {.code = 0, .width = 0, .widthStateCode = WidthState::spacer, .attribute = full},
+        {.code = 'e', .graphemeScalarValues = U"e\u0301", .attribute = full},
+        {.attribute = styled({}, Color::palette(4))},
+        {.attribute = styled({}, Color::rgb(9, 8, 7))},
+        {.attribute = styled(Color::palette(1), Color::palette(4))},
+    };
+    CellArena arena;
+    for (const CharData& cell : cells) {
+        const std::optional<PackedCell> packed = arena.pack(cell);
+        ASSERT_TRUE(packed.has_value());
+        EXPECT_TRUE(packed->hasValidEncoding());
+        EXPECT_EQ(arena.unpack(*packed), cell) << cell.code;
+    }
+}
+
+TEST(PackedCell, HasTheEncodingThatIsWrittenDown) {
+    CellArena arena;
+    const auto packed = [&](const CharData& cell) { return arena.pack(cell).value_or(PackedCell(~0ULL)); };
+    EXPECT_EQ(packed({.attribute = styled({}, Color::palette(4))}).rawValue, 2U | 4U << 2);
+    EXPECT_EQ(packed({.attribute = styled({}, Color::rgb(1, 2, 3))}).rawValue, 3U | 0x010203U << 2);
+    EXPECT_EQ(packed({.code = 'A'}).rawValue, std::uint64_t{'A'} << 2);
+    EXPECT_EQ(packed({.code = 'A', .isProtected = true}).rawValue, std::uint64_t{'A'} << 2 | 1ULL << 44);
+    EXPECT_FALSE(arena.pack({.code = 0xD800}).has_value());
+    EXPECT_FALSE(arena.pack({.code = 0x110000}).has_value());
+    EXPECT_FALSE(arena.pack({.code = 'a', .semanticContentCode = static_cast<SemanticContent>(7)}).has_value());
+    EXPECT_EQ(arena.unpack(packed({.graphemeScalarValues = {char32_t{0xDC00}, U'a'}})).code, 0xFFFD);
+    const std::vector<std::uint64_t> invalid = {
+        std::uint64_t{0xD800} << 2, std::uint64_t{0x110000} << 2, 1, 2U | 256U << 2, 7ULL << 61};
+    for (const std::uint64_t raw : invalid) {
+        EXPECT_FALSE(PackedCell(raw).hasValidEncoding()) << raw;
+    }
+}
+
+TEST(Attribute, WritesItselfAsSgr) {
+    Attribute attribute = styled(Color::palette(9), Color::palette(3));
+    attribute.style = CharacterStyle(0x1F);
+    EXPECT_EQ(attribute.toSgr(), "0;1;4;5;7;8;91;43");
+    EXPECT_EQ(styled(Color::rgb(1, 2, 3), Color::palette(100)).toSgr(), "0;38;2;1;2;3;48;5;100");
+    EXPECT_EQ(styled(Color::palette(7), Color::palette(15)).toSgr(), "0;37;107");
+}
+
+TEST(CellArena, GivesNumbersBackThatNoCellUses) {
+    auto arena = std::make_shared<CellArena>();
+    Buffer buffer(arena, {.cols = 80, .rows = 25, .scrollback = 100, .hasScrollback = true});
+    arena->setRoots([&](CellArena::Marker& marker) { buffer.mark(marker); });
+    for (int i = 0; i < 1'000'000; ++i) {
+        const auto byte = [i](int shift) { return static_cast<std::uint8_t>(i >> shift); };
+        const Pen pen{
+            std::uint64_t{arena->intern(styled(Color::rgb(byte(16), byte(8), byte(0))))} << PackedCell::attributeShift,
+            {}};
+        const std::uint32_t cluster = arena->internCluster(std::u32string{U'a', U'\u0301', char32_t(0x10000 + i)});
+        ASSERT_NE(pen.bits, 0U);
+        ASSERT_NE(cluster, 0U);
+        buffer.insertCharacter(PackedCell::make(PackedCell::Kind::cluster, cluster, pen.bits), pen);
+        if (i % 1000 == 0) {
+            ASSERT_NE(arena->internLink(";http://" + std::to_string(i)), 0);
+        }
+    }
+    EXPECT_LT(arena->clusterCount(), 40'000U);
+    // The last column was written last, and the cursor waits there.
+    const PackedCell last = buffer.line(buffer.y())[buffer.x()];
+    EXPECT_EQ(arena->attributeOf(last).fg, Color::rgb(999'999 >> 16, (999'999 >> 8) & 0xFF, 999'999 & 0xFF));
+    EXPECT_EQ(arena->cluster(last.content()).back(), char32_t(0x10000 + 999'999));
+}
+
+TEST(CellArena, LeavesTheDefaultAttributeWhenTheTableIsFull) {
+    CellArena arena;
+    for (std::uint32_t i = 0; i < 0xFFFF; ++i) {
+        ASSERT_EQ(
+            arena.intern(styled(Color::rgb(0, static_cast<std::uint8_t>(i >> 8), static_cast<std::uint8_t>(i)))),
+            i + 1);
+    }
+    EXPECT_EQ(arena.intern(styled(Color::palette(1))), 0);
+    EXPECT_EQ(arena.intern(styled(Color::rgb(0, 0, 7))), 8);
+}
+
+TEST(Buffer, DropsTheOldestLinesWhenTheHistoryShrinks) {
+    Buffer buffer(std::make_shared<CellArena>(), {.cols = 4, .rows = 2, .scrollback = 10, .hasScrollback = true});
+    for (char c = 'a'; c <= 'j'; ++c) {
+        const auto byte = static_cast<std::uint8_t>(c);
+        buffer.insertAsciiRun({&byte, 1}, {});
+        buffer.setX(0);
+        buffer.index({});
+    }
+    ASSERT_EQ(buffer.yBase(), 9);
+    buffer.setYDisp(5);
+    buffer.changeHistorySize(3);
+    EXPECT_EQ(buffer.yBase(), 3);
+    EXPECT_EQ(buffer.yDisp(), 0);
+    EXPECT_EQ(buffer.trimmedCount(), 6U);
+    EXPECT_EQ(buffer.lineAt(0).translateToString(buffer.arena(), true), "g");
+    buffer.changeHistorySize(0);
+    EXPECT_EQ(buffer.lineCount(), 2);
+    EXPECT_EQ(buffer.line(0).translateToString(buffer.arena(), true), "j");
+}
+
+TEST(Buffer, KeepsTheViewOnItsLinesWhileOutputScrolls) {
+    Buffer buffer(std::make_shared<CellArena>(), {.cols = 4, .rows = 2, .scrollback = 4, .hasScrollback = true});
+    buffer.setCursor(0, 1);
+    const auto scroll = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            buffer.index({});
+        }
+    };
+    scroll(3);
+    EXPECT_EQ(buffer.yDisp(), 3);
+    buffer.setYDisp(2);
+    scroll(1);
+    EXPECT_EQ(buffer.yDisp(), 2);
+    scroll(1);
+    EXPECT_EQ(buffer.yDisp(), 1) << "the ring is full: the lines have moved down by one";
+    scroll(5);
+    EXPECT_EQ(buffer.yDisp(), 0);
+}
+
+TEST(Buffer, TellsWhatChangedByGenerationAndIdentity) {
+    Buffer buffer(std::make_shared<CellArena>(), {.cols = 4, .rows = 3});
+    const std::uint8_t text = 'x';
+    const std::uint64_t before = buffer.line(0).generation();
+    const std::uint64_t other = buffer.line(1).generation();
+    buffer.insertAsciiRun({&text, 1}, {});
+    EXPECT_NE(buffer.line(0).generation(), before);
+    EXPECT_EQ(buffer.line(1).generation(), other);
+    const std::uint64_t second = buffer.line(1).renderIdentity();
+    const std::uint64_t first = buffer.line(0).renderIdentity();
+    buffer.scrollUp(1, {});
+    EXPECT_EQ(buffer.line(0).renderIdentity(), second);
+    EXPECT_NE(buffer.line(2).renderIdentity(), first) << "a line that is reused is another one";
+}
+
+} // namespace
+} // namespace term

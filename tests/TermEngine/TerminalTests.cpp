@@ -1,0 +1,261 @@
+#include "TerminalFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <random>
+
+namespace term {
+namespace {
+
+using namespace std::string_literals;
+using Clock = std::chrono::steady_clock;
+
+struct Session {
+    RecordingHost host;
+    Terminal terminal;
+    explicit Session(TerminalOptions options = {}) : terminal(host, std::move(options)) {}
+    std::string ask(std::string_view bytes) {
+        terminal.feed(bytes);
+        return host.takeReplies();
+    }
+};
+
+TEST(Terminal, ClaimsTheIdentityOfItsName) {
+    struct Case {
+        const char* name;
+        bool sixel;
+        const char* primary;
+        const char* secondary;
+    };
+    const std::vector<Case> cases = {
+        {"xterm-256color", true, "\x1B[?65;4;1;2;6;21;22;17;28c", "\x1B[>0;276;0c"},
+        {"xterm", false, "\x1B[?65;1;2;6;21;22;17;28c", "\x1B[>0;276;0c"},
+        {"screen-256color", true, "\x1B[?1;2c", "\x1B[>83;40003;0c"},
+        {"rxvt-unicode", true, "\x1B[?1;2c", "\x1B[>85;95;0c"},
+        {"linux", true, "\x1B[?6c", "\x1B[0c"},
+        {"vt100", true, "", ""},
+    };
+    for (const Case& test : cases) {
+        TerminalOptions options;
+        options.termName = test.name;
+        options.enableSixelReported = test.sixel;
+        Session session(options);
+        EXPECT_EQ(session.ask("\x1B[c"), test.primary) << test.name;
+        EXPECT_EQ(session.ask("\x1B[>c"), test.secondary) << test.name;
+    }
+}
+
+TEST(Terminal, ReportsWhatTheHostKnowsAndAllows) {
+    Session session;
+    session.host.cellSize = CellSize{8, 16};
+    session.host.allowsTitles = true;
+    session.host.allowsSizes = true;
+    session.terminal.setXtVersionIdentity("engine");
+    EXPECT_EQ(session.ask("\x1B[>q"), "\x1BP>|engine(v1.99.1)\x1B\\");
+    EXPECT_EQ(session.ask("\x1B[16t"), "\x1B[6;16;8t");
+    EXPECT_EQ(session.ask("\x1B]2;a name\x07\x1B[21t"), "\x1B]la name\x1B\\");
+    EXPECT_EQ(session.ask("\x1B[>1t\x1B[21t"), "\x1B]l61206E616D65\x1B\\");
+    EXPECT_EQ(session.ask("\x1B[>0;1T\x1B[>0t\x1B]2;6869\x07\x1B[>0T\x1B[21t"), "\x1B]lhi\x1B\\");
+    EXPECT_EQ(session.ask("\x1B[?2048h"), "\x1B[48;25;80;400;640t");
+    EXPECT_EQ(session.ask("\x1B[?40h\x1B[?3h\x1B[18t"), "\x1B[48;25;132;400;1056t\x1B[8;25;132t");
+    session.terminal.feed("\x1B[?2031h");
+    session.terminal.setColorScheme(ColorScheme::light);
+    session.terminal.setColorScheme(ColorScheme::light);
+    EXPECT_EQ(session.host.takeReplies(), "\x1B[?997;2n");
+    session.terminal.setVisibility(TerminalVisibility::notVisible);
+    EXPECT_EQ(session.ask("\x1B[?998n"), "\x1B[?999;2n");
+}
+
+TEST(Terminal, ShowsImagesAtTheCursorAndLetsThemGoWithTheirLines) {
+    Session session;
+    session.host.cellSize = CellSize{10, 20};
+    // 20 by 40 pixels of kitty's protocol, two by two cells; then a sixel picture.
+    const std::string pixels((20 * 40 * 3 + 2) / 3 * 4, 'A');
+    EXPECT_EQ(session.ask("\r\n \x1B_Ga=T,f=24,s=20,v=40,i=7;" + pixels + "\x1B\\"), "\x1B_Gi=7;OK\x1B\\");
+    ASSERT_EQ(session.terminal.images().placements().size(), 1U);
+    EXPECT_EQ(session.terminal.images().placements()[0].row, 1);
+    EXPECT_EQ(session.terminal.images().placements()[0].column, 1);
+    EXPECT_EQ(session.terminal.buffer().y(), 2);
+    session.terminal.feed("\x1BPq#1;2;100;0;0~~~\x1B\\");
+    EXPECT_EQ(session.terminal.images().placements().size(), 2U);
+    session.terminal.feed(std::string(600, '\n') + "\x1B_Ga=q,i=1;\x1B\\");
+    EXPECT_TRUE(session.terminal.images().placements().empty());
+    session.terminal.feed("\x1BPq~\x1B\\\x1B[2J");
+    EXPECT_TRUE(session.terminal.images().placements().empty());
+}
+
+TEST(Terminal, EndsSynchronizedOutputWhenTheTimeIsOver) {
+    Session session;
+    session.terminal.feed("\x1B[?2026h");
+    EXPECT_TRUE(session.terminal.modes().synchronizedOutput);
+    session.terminal.synchronizedOutputTimedOut();
+    session.terminal.synchronizedOutputTimedOut();
+    EXPECT_EQ(session.host.calls, (std::vector<std::string>{"watchdog", "hold", "release"}));
+}
+
+TEST(Terminal, MayBeResizedAndResetByItsHost) {
+    class Meddler final : public RecordingHost {
+    public:
+        void bell(Terminal& source) override { source.resize(source.cols() == 80 ? 3 : 80, 2); }
+        void setTerminalTitle(Terminal& source, const std::string&) override { source.reset(); }
+    } host;
+    Terminal terminal(host);
+    terminal.feed("hello\x07 wide world\x1B]2;x\x07"
+                  "after\x07more\x1B]2;y\x07"
+                  "end");
+    EXPECT_EQ(terminal.lineText(0), "end");
+}
+
+TEST(Terminal, KeepsTextAndAttributesThroughAResizeThereAndBack) {
+    TerminalOptions options;
+    options.scrollback = 10'000;
+    Session session(options);
+    std::mt19937 random(7);
+    for (int line = 0; line < 300; ++line) {
+        std::string text;
+        for (auto words = random() % 40; words > 0; --words) {
+            text += "\x1B[3" + std::to_string(random() % 8) + "m" + (random() % 5 == 0 ? "漢字" : "word ");
+        }
+        session.terminal.feed(text + "\x1B[m\r\n");
+    }
+    const std::string before = describe(session.terminal, true);
+    for (const int cols : {120, 33, 7, 80}) {
+        session.terminal.resize(cols, 25);
+    }
+    EXPECT_EQ(describe(session.terminal, true), before);
+}
+
+TEST(Terminal, StaysWithinItsBoundsOnHostileInput) {
+    struct Case {
+        const char* label;
+        std::string bytes;
+    };
+    const auto repeated = [](int count, const std::function<std::string(int)>& make) {
+        std::string all;
+        for (int i = 0; i < count; ++i) {
+            all += make(i);
+        }
+        return all;
+    };
+    const auto same = [&](int count, const std::string& text) { return repeated(count, [&](int) { return text; }); };
+    const std::vector<Case> cases = {
+        {"repeats", "x" + same(20, "\x1B[65535b")},
+        {"huge counts", same(200, "\x1B[65535@\x1B[65535P\x1B[65535L\x1B[65535M\x1B[65535S\x1B[65535T\x1B[65535X")},
+        {"tabs", same(500, "\x1B[65535I\x1B[65535Z")},
+        {"backwards around the screen", "\x1B[?45;1045h" + same(200, "\x1B[65535D")},
+        {"rectangles", same(50, "\x1B[65;1;1;65535;65535$x\x1B[1;1;65535;65535;1;1;1;1$v\x1B[1;1;65535;65535;1$r")},
+        {"columns", same(100, "\x1B[65535'}\x1B[65535'~")},
+        {"parameters", same(200, "\x1B[" + same(500, "1;") + "m")},
+        {"collected bytes", "\x1B[" + std::string(100'000, '!') + "m\x1B" + std::string(100'000, '#') + "8"},
+        {"title stack", same(5000, "\x1B[22t")},
+        {"SGR stack", same(5000, "\x1B[#{")},
+        {"keyboard stack", same(5000, "\x1B[>31u")},
+        {"long cluster", "a" + same(20'000, "\xCC\x81")},
+        {"joined emoji", same(5000, "👩\xE2\x80\x8D")},
+        {"links", repeated(5000, [](int i) { return "\x1B]8;;http://" + std::to_string(i) + "\x07x"; })},
+        {"long link", "\x1B]8;;http://" + std::string(100'000, 'a') + "\x07x"},
+        {"nested resets", same(
+                              300, "\x1B"
+                                   "c\x1B[!p\x1B[?1049h")},
+        {"screens", same(1000, "\x1B[?1049h\x1B[?1049l\x1B[?47h\x1B[?1047l")},
+        {"modes",
+         repeated(3000, [](int i) { return "\x1B[?" + std::to_string(i) + "s\x1B[?" + std::to_string(i) + "h"; })},
+        {"unfinished strings", "\x1B]2;" + std::string(200'000, 'a') + "\x1B_" + std::string(200'000, 'b') + "\x1BPq"},
+    };
+    for (const Case& test : cases) {
+        Session session;
+        const auto start = Clock::now();
+        session.terminal.feed(test.bytes);
+        session.terminal.feed("\x18\x1B\\\x1B"
+                              "cstill here");
+        const std::chrono::duration<double> took = Clock::now() - start;
+        EXPECT_EQ(session.terminal.lineText(0), "still here") << test.label;
+        EXPECT_LT(took.count(), 5.0) << test.label;
+        EXPECT_LT(session.terminal.arena().linkCount(), 6000U) << test.label;
+        EXPECT_LT(session.terminal.title().size(), Terminal::maximumTextBytes + 1) << test.label;
+    }
+}
+
+TEST(Terminal, TakesAnyNoiseAndAnySize) {
+    std::mt19937 random(99);
+    const std::vector<std::string> pieces = {
+        "\x1B[",
+        "\x1B]8;;x\x07",
+        "\x1B]133;A\x07",
+        "\x1B#",
+        "漢",
+        "é",
+        "👩‍👧",
+        "\r\n",
+        "\t",
+        "\x08",
+        "\x1B(0",
+        "\x1BM",
+        "\x1B"
+        "D",
+        "\x1B"
+        "7",
+        "\x1B"
+        "8",
+        "\x1B[?69h",
+        "\x1B[?6h",
+        "\x1B[?1049h",
+        "\x1B[?1049l",
+        "\x1B[4h",
+        "\x1B[?7l",
+        "\x1B[?7h",
+        "\x1B[?45h",
+        "\x1B"
+        "6",
+        "\x1B"
+        "9",
+        "\x1B#6",
+        "\x1B#5",
+        "abcdefghij",
+        "\x1B[1\"q",
+        "\x1B"
+        "V"};
+    const std::string finals = "@ABCDEFGHIJKLMPSTXZ`abdefghlmnrstuvxyz{}~";
+    for (int round = 0; round < 60; ++round) {
+        TerminalOptions options;
+        options.cols = 1 + static_cast<int>(random() % 12);
+        options.rows = 1 + static_cast<int>(random() % 6);
+        options.scrollback = static_cast<int>(random() % 10);
+        Session session(options);
+        for (int step = 0; step < 400; ++step) {
+            std::string bytes = pieces[random() % pieces.size()];
+            if (random() % 2 == 0) {
+                bytes = "\x1B[";
+                for (auto count = random() % 6; count > 0; --count) {
+                    bytes += std::to_string(random() % 14) + ";";
+                }
+                bytes += std::string(random() % 4 == 0 ? "$" : random() % 8 == 0 ? "'" : "");
+                bytes += finals[random() % finals.size()];
+            }
+            session.terminal.feed(bytes);
+            if (random() % 40 == 0) {
+                session.terminal.resize(1 + static_cast<int>(random() % 12), 1 + static_cast<int>(random() % 6));
+            }
+            const Buffer& buffer = session.terminal.buffer();
+            ASSERT_LT(buffer.x(), buffer.cols());
+            ASSERT_LT(buffer.y(), buffer.rows());
+            ASSERT_EQ(buffer.lineCount(), buffer.yBase() + buffer.rows());
+            for (int row = 0; row < buffer.rows(); ++row) {
+                const BufferLine& line = buffer.line(row);
+                ASSERT_EQ(line.size(), buffer.cols());
+                for (int col = 0; col < line.size(); ++col) {
+                    ASSERT_TRUE(line[col].hasValidEncoding());
+                    const bool isSpacer = col + 1 < line.size() && line[col + 1].isSpacer();
+                    ASSERT_EQ(line[col].isWide(), isSpacer)
+                        << "round " << round << ", step " << step << ", after " << escaped(bytes) << "\n"
+                        << describe(session.terminal);
+                }
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace term

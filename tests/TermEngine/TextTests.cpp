@@ -1,0 +1,148 @@
+#include "TermEngine/ScreenSnapshot.h"
+#include "TermEngine/TextRange.h"
+#include "TerminalFixture.h"
+
+#include <gtest/gtest.h>
+
+namespace term {
+namespace {
+
+struct Screen {
+    RecordingHost host;
+    Terminal terminal;
+    explicit Screen(std::string_view bytes, int cols = 10, int rows = 4, int scrollback = 10)
+        : terminal(host, {.cols = cols, .rows = rows, .scrollback = scrollback}) {
+        terminal.feed(bytes);
+    }
+    [[nodiscard]] const Buffer& buffer() const { return terminal.buffer(); }
+};
+
+TEST(TextRange, GivesTextWithoutPaddingAndWithSoftWrapsJoined) {
+    const Screen screen("one  \r\n\x1B[3;3Htwo\r\n漢字漢字漢字x\r\n");
+    struct Case {
+        const char* label;
+        TextRange range;
+        RangeShape shape;
+        const char* text;
+    };
+    // Four rows: the first went to the history.
+    const std::vector<Case> cases = {
+        {"everything", {{0, 0}, {9, 10}}, RangeShape::flowing, "one  \n\n  two\n漢字漢字漢字x\n"},
+        {"over a soft wrap", {{3, 8}, {4, 2}}, RangeShape::flowing, "漢字"},
+        {"half of a wide character", {{3, 1}, {3, 5}}, RangeShape::flowing, "字漢"},
+        {"a rectangle", {{2, 3}, {0, 1}}, RangeShape::rectangle, "ne\n\n t"},
+        {"before the first line", {{-5, 3}, {0, 2}}, RangeShape::flowing, "on"},
+        {"nothing", {{2, 3}, {2, 3}}, RangeShape::flowing, ""},
+        {"past the end of a line", {{2, 8}, {3, 2}}, RangeShape::flowing, "\n漢"},
+    };
+    for (const Case& test : cases) {
+        EXPECT_EQ(textIn(screen.buffer(), test.range, test.shape), test.text) << test.label;
+    }
+}
+
+TEST(TextRange, FindsWordsAndLinesOverSoftWraps) {
+    const Screen screen("see http://a.b/cdef gh (漢字)\r\nend");
+    const auto word = [&](std::int64_t line, int col) {
+        return textIn(screen.buffer(), wordAt(screen.buffer(), {line, col}));
+    };
+    EXPECT_EQ(word(0, 1), "see");
+    EXPECT_EQ(word(0, 3), " ");
+    EXPECT_EQ(word(0, 9), "http://a.b/cdef");
+    EXPECT_EQ(word(1, 0), "http://a.b/cdef");
+    EXPECT_EQ(word(2, 3), "(");
+    EXPECT_EQ(word(2, 5), "漢字");
+    EXPECT_EQ(word(3, 9), "");
+    EXPECT_EQ(textIn(screen.buffer(), lineAt(screen.buffer(), {1, 4})), "see http://a.b/cdef gh (漢字)");
+}
+
+TEST(TextRange, FollowsTheMarksOfTheShell) {
+    const Screen screen(
+        "\x1B]133;A\x07$ \x1B]133;B\x07ls\x1B]133;C\x07\r\nout\r\nmore\r\n\x1B]133;D;3\x07\x1B]133;A\x07$ "
+        "\x1B]133;B\x07");
+    const Buffer& buffer = screen.buffer();
+    const auto part = [&](std::int64_t line, int col) {
+        const auto range = semanticRangeAt(buffer, {line, col});
+        return range ? textIn(buffer, *range) : "none";
+    };
+    EXPECT_EQ(part(0, 0), "$ ");
+    EXPECT_EQ(part(0, 3), "ls");
+    EXPECT_EQ(part(1, 1), "out\nmore");
+    EXPECT_EQ(part(2, 9), "none");
+    EXPECT_EQ(promptFrom(buffer, 3, -1), 0);
+    EXPECT_EQ(promptFrom(buffer, 0, 1), 3);
+    EXPECT_EQ(promptFrom(buffer, 3, 1), std::nullopt);
+    EXPECT_EQ(buffer.lineAt(3).semanticMarks().exitCode, 3);
+}
+
+TEST(TextSelection, GrowsByItsUnitInBothDirections) {
+    using Unit = TextSelection::Unit;
+    const Screen screen("alpha beta\r\ngamma delt\r\nend");
+    struct Case {
+        Unit unit;
+        TextPlace from;
+        TextPlace to;
+        const char* text;
+    };
+    const std::vector<Case> cases = {
+        {Unit::character, {0, 2}, {1, 3}, "pha beta\ngam"},
+        {Unit::character, {1, 3}, {0, 2}, "pha beta\ngam"},
+        {Unit::word, {0, 7}, {1, 1}, "beta\ngamma"},
+        {Unit::word, {1, 1}, {0, 7}, "beta\ngamma"},
+        {Unit::line, {1, 4}, {0, 9}, "alpha beta\ngamma delt"},
+        {Unit::rectangle, {0, 1}, {1, 3}, "lp\nam"},
+    };
+    for (const Case& test : cases) {
+        TextSelection selection;
+        selection.start(screen.buffer(), test.from, test.unit);
+        selection.extend(screen.buffer(), test.to);
+        EXPECT_EQ(selection.text(screen.buffer()), test.text);
+        EXPECT_TRUE(selection.contains(std::min(test.from, test.to)));
+        EXPECT_FALSE(selection.contains({2, 1}));
+    }
+}
+
+TEST(TextSearch, FindsOverSoftWrapsInScreenAndHistory) {
+    const Screen screen("a needle in\r\nNEEDLE 漢字needle\r\nneedles\r\nx\r\ny\r\nz");
+    struct Case {
+        const char* pattern;
+        SearchOptions options;
+        std::vector<TextRange> found;
+    };
+    const std::vector<Case> cases = {
+        {"needle", {}, {{{0, 2}, {0, 8}}, {{2, 0}, {2, 6}}, {{3, 2}, {3, 8}}, {{4, 0}, {4, 6}}}},
+        {"Needle", {.ignoresCase = false}, {}},
+        {"needle", {.wholeWords = true}, {{{0, 2}, {0, 8}}, {{2, 0}, {2, 6}}}},
+        {"字n", {}, {{{3, 0}, {3, 3}}}},
+        {"n[a-z]+s$", {.isRegularExpression = true}, {{{4, 0}, {4, 7}}}},
+        {"x*", {.isRegularExpression = true}, {{{5, 0}, {5, 1}}}},
+        {"e", {.limit = 2}, {{{0, 3}, {0, 4}}, {{0, 4}, {0, 5}}}},
+        {"", {}, {}},
+    };
+    for (const Case& test : cases) {
+        const auto found = search(screen.buffer(), test.pattern, test.options);
+        ASSERT_TRUE(found.has_value()) << test.pattern;
+        EXPECT_EQ(*found, test.found) << test.pattern;
+    }
+    EXPECT_FALSE(search(screen.buffer(), "(", {.isRegularExpression = true}).has_value());
+    const Screen wide(std::string(3000, 'a') + "bc", 100, 50, 50);
+    const auto found = search(wide.buffer(), "(a|b)?bc$", {.isRegularExpression = true});
+    EXPECT_EQ(*found, (std::vector<TextRange>{{{29, 99}, {30, 2}}}));
+    EXPECT_TRUE(search(wide.buffer(), "(a|b)*d", {.isRegularExpression = true})->empty());
+}
+
+TEST(ScreenSnapshot, SharesWhatHasNotChangedAndNothingElse) {
+    Screen screen("\x1B[31mred\r\nblue");
+    const ScreenSnapshot first = takeSnapshot(screen.terminal);
+    screen.terminal.feed("\x1B[38;2;1;2;3me\xCC\x81\x1B[?25l");
+    const ScreenSnapshot second = takeSnapshot(screen.terminal, &first);
+    EXPECT_EQ(first.lines[0], second.lines[0]);
+    EXPECT_NE(first.lines[1], second.lines[1]);
+    EXPECT_EQ(first.lines[1]->translateToString(*first.arena, true), "blue");
+    EXPECT_EQ(second.lines[1]->translateToString(*second.arena, true), "bluee\u0301");
+    EXPECT_EQ(second.arena->attributeOf((*second.lines[1])[4]).fg, Color::rgb(1, 2, 3));
+    EXPECT_FALSE(second.isCursorVisible);
+    EXPECT_EQ(takeSnapshot(screen.terminal, &second).arena, second.arena);
+}
+
+} // namespace
+} // namespace term

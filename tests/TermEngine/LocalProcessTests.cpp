@@ -138,7 +138,7 @@ TEST(LocalProcess, ReportsHowAChildEndedAfterAllThatItWrote) {
          3,
          "ab"},
         {"leaves somebody behind who writes on",
-         {.executable = "/bin/sh", .args = {"-c", "trap '' HUP; (while :; do echo x; done) & exit 5"}},
+         {.executable = "/bin/sh", .args = {"-c", "trap '' HUP; (while echo x; do :; done) & exit 5"}},
          5,
          "*"},
         {"exec name", {.executable = "/bin/sh", .args = {"-c", "printf %s $0"}, .execName = "-sh"}, 0, "-sh"},

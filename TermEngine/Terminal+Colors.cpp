@@ -45,16 +45,16 @@ void Terminal::paletteColors(int code, std::string_view payload, StringEnd end) 
     const int first = code == 4 ? 0 : ColorTable::paletteSize;
     while (!payload.empty()) {
         const std::optional<int> given = numberOf(cutAt(payload, ';'));
-        const std::string_view spec = cutAt(payload, ';');
+        const std::string_view notation = cutAt(payload, ';');
         if (!given || *given < 0 || *given >= ColorTable::paletteSize + ColorTable::specialCount - first) {
             continue;
         }
         const int index = first + *given;
-        if (spec == "?") {
+        if (notation == "?") {
             if (const std::optional<RgbColor> color = themedColors().color(index)) {
                 sendOsc(std::to_string(code) + ";" + std::to_string(*given) + ";" + formatColorSpec(*color), end);
             }
-        } else if (const std::optional<RgbColor> color = parseColorSpec(spec)) {
+        } else if (const std::optional<RgbColor> color = parseColorSpec(notation)) {
             m_colors.set(index, color);
             m_delegate.colorChanged(*this, index);
         }
@@ -82,13 +82,13 @@ void Terminal::resetPalette(int code, std::string_view payload) {
 /// OSC 10 to 19: each further colour is for the next number.
 void Terminal::dynamicColors(int code, std::string_view payload, StringEnd end) {
     for (; code <= 19 && !payload.empty(); ++code) {
-        const std::string_view spec = cutAt(payload, ';');
+        const std::string_view notation = cutAt(payload, ';');
         const auto which = static_cast<DynamicColor>(code - 10);
-        if (spec == "?") {
+        if (notation == "?") {
             if (const std::optional<RgbColor> color = themedColors().color(which)) {
                 sendOsc(std::to_string(code) + ";" + formatColorSpec(*color), end);
             }
-        } else if (const std::optional<RgbColor> color = parseColorSpec(spec)) {
+        } else if (const std::optional<RgbColor> color = parseColorSpec(notation)) {
             m_colors.set(which, color);
             dynamicColorChanged(which);
         }

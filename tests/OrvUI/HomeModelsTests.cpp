@@ -109,22 +109,22 @@ TEST_F(HomeModelsTest, FollowAProjectThroughItsLife) {
 }
 
 TEST_F(HomeModelsTest, OutlineOpensFolders) {
-    for (const QString& folder : {u"alone"_s, u"work/one"_s, u"work/two"_s}) {
+    for (const QString& folder : {u"alone"_s, u"clients/one"_s, u"clients/two"_s}) {
         addInstalled(folder, "vite", up(4001));
     }
-    tree.add(u"projects/work/one/.git/"_s);
-    tree.add(u"projects/work/two/.git/"_s);
+    tree.add(u"projects/clients/one/.git/"_s);
+    tree.add(u"projects/clients/two/.git/"_s);
     watch();
     scan();
     OutlineModel& outline = *model->outline();
-    const QString closed = u"work|0|true|true|false; alone|0|false|false|false"_s;
+    const QString closed = u"clients|0|true|true|false; alone|0|false|false|false"_s;
     const auto becomes = [&](const QString& expected) {
         const auto now = [&] { return text(outline, {"name", "depth", "isFolder", "hasChildren", "expanded"}); };
         return waitFor([&] { return now() == expected; }) || (ADD_FAILURE() << now().toStdString(), false);
     };
     ASSERT_TRUE(becomes(closed)) << "folders come first";
     const QString opened =
-        u"work|0|true|true|true; one|1|false|false|false; two|1|false|false|false; alone|0|false|false|false"_s;
+        u"clients|0|true|true|true; one|1|false|false|false; two|1|false|false|false; alone|0|false|false|false"_s;
     outline.toggleExpanded(0);
     ASSERT_TRUE(becomes(opened));
     QDir(root + u"/alone"_s).removeRecursively();

@@ -213,6 +213,24 @@ TEST(LineQueue, KeepsTheNewestAndThePortOfWhatItDrops) {
     EXPECT_EQ(takeAll(queue).port, std::nullopt);
 }
 
+TEST(LineQueue, CountsEveryLineThatItDrops) {
+    // Lengths around those at which a count goes on in another way; many ends of line, and few.
+    for (const qsizetype size : {1, 15, 16, 17, 255 * 16, 255 * 16 + 1, 30'001}) {
+        for (const qsizetype width : {1, 2, 16, 17}) {
+            QByteArray bytes(size, 'x');
+            qsizetype count = 0;
+            for (qsizetype at = width - 1; at < size; at += width, ++count) {
+                bytes[at] = '\n';
+            }
+            LineQueue queue({.keptLines = 3});
+            queue.append(bytes);
+            queue.append("1\n2\n3\n");
+            const LineQueue::Taken taken = takeAll(queue);
+            EXPECT_EQ(taken.dropped + taken.lines.size(), count + 3) << size << " bytes, lines of " << width;
+        }
+    }
+}
+
 TEST(LineQueue, LetsTheReaderWaitWhenFewLinesAreMuch) {
     constexpr int count = 300;
     constexpr qsizetype width = 5000;

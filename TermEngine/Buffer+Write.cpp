@@ -175,7 +175,7 @@ void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen
         char32_t memory = 0;
         std::u32string cluster(m_arena->scalars(before, memory));
         if (cluster.empty()) {
-            cluster = U" ";
+            cluster.assign(1, U' ');
         }
         const bool joins = mode == ClusterMode::graphemes ? unicode::continuesCluster(cluster, scalar)
                                                           : kind != GraphemeBreak::control &&

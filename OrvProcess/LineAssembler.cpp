@@ -3,6 +3,7 @@
 #include "OrvProcess/TerminalLine.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orv {
 namespace {
@@ -19,20 +20,47 @@ qsizetype characterBoundary(QByteArrayView text, qsizetype limit) {
 
 } // namespace
 
-QByteArray LineAssembler::append(QByteArrayView bytes, QByteArray memory) {
-    QByteArray lines = std::move(memory);
-    lines.resize(0);
-    if (!m_rewritten && m_partial.size() + bytes.size() <= limitBytes) {
-        const qsizetype end = bytes.lastIndexOf('\n') + 1;
-        if (end > 0) {
-            lines.reserve(m_partial.size() + end);
-            lines += m_partial;
-            lines += bytes.first(end);
-            m_partial.resize(0);
-        }
-        m_partial += bytes.sliced(end);
+std::span<char> LineAssembler::room(qsizetype size) {
+    constexpr qsizetype openLine = 4096; // of most lines: for those the memory need not grow
+    const qsizetype end = m_filled + size;
+    m_partial.reserve(std::max(m_partial.capacity(), end <= m_partial.capacity() ? end : end + openLine));
+    m_partial.resize(end);
+    return std::span(m_partial).subspan(static_cast<size_t>(m_filled));
+}
+
+QByteArray LineAssembler::append(qsizetype size, QByteArray memory) {
+    const QByteArrayView bytes = QByteArrayView(m_partial).sliced(m_filled, size);
+    const qsizetype first = bytes.indexOf('\n');
+    if (m_rewritten || size > limitBytes || m_filled + (first < 0 ? size : first) > limitBytes) {
+        const QByteArray copy = bytes.toByteArray();
+        m_partial.truncate(m_filled);
+        QByteArray lines = appendSlowly(copy);
+        m_filled = m_partial.size();
         return lines;
     }
+    const qsizetype end = first < 0 ? 0 : m_filled + bytes.lastIndexOf('\n') + 1;
+    return takeLines(end, m_filled + size, std::move(memory));
+}
+
+/// The first `end` bytes of the `filled` ones, which are whole lines.
+QByteArray LineAssembler::takeLines(qsizetype end, qsizetype filled, QByteArray memory) {
+    m_filled = filled - end;
+    if (end < m_partial.size() / 2) {
+        // Lines that come one by one would each wait with the memory of many.
+        QByteArray lines = m_partial.first(end);
+        std::copy(m_partial.cbegin() + end, m_partial.cbegin() + filled, m_partial.begin());
+        return lines;
+    }
+    QByteArray lines = std::exchange(m_partial, std::move(memory));
+    m_partial.resize(m_filled);
+    std::copy(lines.cbegin() + end, lines.cbegin() + filled, m_partial.begin());
+    lines.truncate(end);
+    return lines;
+}
+
+/// Line by line, where is too long, or rewrites itself and may be.
+QByteArray LineAssembler::appendSlowly(QByteArrayView bytes) {
+    QByteArray lines;
     while (!bytes.isEmpty()) {
         const qsizetype newline = bytes.indexOf('\n');
         // One more than fits: only then is it known whether a character ends at the limit.
@@ -52,9 +80,11 @@ QByteArray LineAssembler::append(QByteArrayView bytes, QByteArray memory) {
 
 QByteArray LineAssembler::finish() {
     QByteArray lines;
+    m_partial.truncate(m_filled);
     if (!m_partial.isEmpty()) {
         endLine(lines);
     }
+    m_filled = m_partial.size();
     return lines;
 }
 

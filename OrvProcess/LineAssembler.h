@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
+#include <span>
+
 namespace orv {
 
 /// Makes whole lines of output that comes in pieces.
@@ -14,18 +16,23 @@ class LineAssembler {
 public:
     static constexpr qsizetype limitBytes = 64 * 1024;
 
-    /// The raw lines that `bytes` completes, each ended by "\n"; empty when there is none. They are put where `memory`
-    /// has its content, if that has room.
-    [[nodiscard]] QByteArray append(QByteArrayView bytes, QByteArray memory = {});
+    /// Where the next `size` bytes of output are to be put; valid until the next call of anything else here.
+    [[nodiscard]] std::span<char> room(qsizetype size);
+    /// The raw lines that the first `size` bytes of the room complete, each ended by "\n"; empty when there is none.
+    /// `memory` is used for what comes next; its content is of no interest.
+    [[nodiscard]] QByteArray append(qsizetype size, QByteArray memory = {});
     /// What stands behind the last line feed, ended by "\n" too; empty when nothing does.
     [[nodiscard]] QByteArray finish();
 
 private:
+    [[nodiscard]] QByteArray takeLines(qsizetype end, qsizetype filled, QByteArray memory);
+    [[nodiscard]] QByteArray appendSlowly(QByteArrayView bytes);
     void shorten(QByteArray& lines);
     void endLine(QByteArray& lines);
     void rewrite(QByteArray& lines);
 
-    QByteArray m_partial;
+    QByteArray m_partial;     ///< the line that has no end yet, and room behind it
+    qsizetype m_filled = 0;   ///< how much of it is that line
     bool m_rewritten = false; ///< the partial line is too long and holds controls
 };
 

@@ -1,5 +1,6 @@
 #include "OrvProcess/LineQueue.h"
 
+#include "OrvProcess/OutputBytes.h"
 #include "OrvProcess/PortParser.h"
 #include "OrvProcess/TerminalLine.h"
 
@@ -32,12 +33,16 @@ qsizetype countLines(QByteArrayView bytes) {
     return count + std::count(bytes.begin() + at, bytes.end(), '\n');
 }
 
+bool mayAnnounce(QByteArrayView line) {
+    return PortParser::mayAnnounce(line, searchOutput(line));
+}
+
 } // namespace
 
-void LineQueue::append(QByteArrayView bytes) {
+void LineQueue::append(qsizetype size) {
     QByteArray memory = m_dropped.empty() ? QByteArray() : std::move(m_dropped.back().bytes);
     m_dropped.clear();
-    push(m_assembler.append(bytes, std::move(memory)));
+    push(m_assembler.append(size, std::move(memory)));
 }
 
 void LineQueue::finish() {
@@ -48,14 +53,21 @@ void LineQueue::push(QByteArray lines) {
     if (lines.isEmpty()) {
         return;
     }
-    const qsizetype count = countLines(lines);
+    Block block{.bytes = std::move(lines)};
+    if (isPortWanted()) {
+        const OutputBytes found = searchOutput(block.bytes);
+        block.lines = found.lineFeeds;
+        block.mayAnnounce = PortParser::mayAnnounce(block.bytes, found);
+    } else {
+        block.lines = countLines(block.bytes);
+    }
     bool portWanted = false;
     {
         std::unique_lock lock(m_mutex);
         m_taken.wait(lock, [this] { return m_closed || m_blocks.empty() || m_bytes < m_limits.waitingBytes; });
-        m_bytes += lines.size();
-        m_lines += count;
-        m_blocks.push_back({std::move(lines), count, 0});
+        m_bytes += block.bytes.size();
+        m_lines += block.lines;
+        m_blocks.push_back(std::move(block));
         while (m_lines - m_blocks.front().lines >= m_limits.keptLines) {
             m_lines -= m_blocks.front().lines;
             m_bytes -= m_blocks.front().bytes.size();
@@ -66,21 +78,21 @@ void LineQueue::push(QByteArray lines) {
         portWanted = m_portWanted;
     }
     if (portWanted) {
-        std::for_each(m_dropped.cbegin(), m_dropped.cend(), [this](const Block& block) { lookForPort(block); });
+        std::for_each(m_dropped.cbegin(), m_dropped.cend(), [this](const Block& dropped) { lookForPort(dropped); });
     }
 }
 
 void LineQueue::lookForPort(const Block& block) {
-    const QByteArrayView unseen = QByteArrayView(block.bytes).sliced(block.taken);
-    if (!PortParser::mayAnnounce(unseen)) {
+    if (!block.mayAnnounce) {
         return;
     }
+    const QByteArrayView unseen = QByteArrayView(block.bytes).sliced(block.taken);
     qsizetype end = unseen.size();
     while (end > 0) {
         const qsizetype begin = end > 1 ? unseen.lastIndexOf('\n', end - 2) + 1 : 0;
         const QByteArrayView line = unseen.sliced(begin, end - 1 - begin);
         end = begin;
-        if (!PortParser::mayAnnounce(line)) {
+        if (!mayAnnounce(line)) {
             continue;
         }
         if (const std::optional<int> port = PortParser::port(TerminalLine::text(line))) {
@@ -113,12 +125,12 @@ LineQueue::Taken LineQueue::take(const Slice& slice) {
         }
         qsizetype sinceLook = 0;
         const QByteArrayView view(block.bytes);
-        const bool mayAnnounce = portWanted && PortParser::mayAnnounce(view.sliced(block.taken));
+        const bool isSearched = portWanted && block.mayAnnounce;
         while (block.lines > 0 && result.lines.size() < slice.lines && bytes < slice.bytes && !timeIsUp) {
             const qsizetype end = view.indexOf('\n', block.taken);
             const QByteArrayView line = view.sliced(block.taken, end - block.taken);
             result.lines.append(TerminalLine::text(line));
-            if (mayAnnounce && PortParser::mayAnnounce(line)) {
+            if (isSearched && mayAnnounce(line)) {
                 const std::optional<int> port = PortParser::port(result.lines.constLast());
                 result.port = port ? port : result.port;
             }

@@ -43,7 +43,10 @@ public:
     explicit LineQueue(Limits limits) : m_limits(limits) {}
 
     // The reader's side.
-    void append(QByteArrayView bytes);
+    /// Where the next `size` bytes of output are to be put.
+    [[nodiscard]] std::span<char> room(qsizetype size) { return m_assembler.room(size); }
+    /// The first `size` bytes of the room are there. May wait for the taker.
+    void append(qsizetype size);
     /// The end of the output: what stands behind the last line feed is a line too.
     void finish();
 
@@ -58,7 +61,8 @@ private:
     struct Block {
         QByteArray bytes; ///< whole lines, each ended by "\n"
         qsizetype lines = 0;
-        qsizetype taken = 0; ///< bytes of it that `take` had
+        bool mayAnnounce = true; ///< a port, as far as is known
+        qsizetype taken = 0;     ///< bytes of it that `take` had
     };
 
     void push(QByteArray lines);

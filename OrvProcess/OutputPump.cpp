@@ -17,9 +17,11 @@ namespace orv {
 namespace {
 
 constexpr size_t bytesPerRead = 8192;
-/// After so many reads in a row they are handed over, and the other events get their turn. A child that floods writes
-/// on meanwhile, instead of waiting for the pipe's lock at every other read.
+/// After so many reads in a row they are handed over. A child that floods writes on meanwhile, instead of waiting for
+/// the pipe's lock at every other read.
 constexpr size_t readsPerTurn = 4;
+/// After so many turns the other events are looked at, even while there is more.
+constexpr size_t turnsInARow = 8;
 
 /// A process may leave its group without any event, as a daemon does that forks first: so the living ones are looked at
 /// again, at once and then ever more seldom.
@@ -53,13 +55,12 @@ struct TurnResult {
     bool more = false; ///< the turn was over before the pipe was empty
 };
 
-TurnResult readTurn(int fd, const std::function<void(QByteArrayView)>& onOutput) {
-    std::array<char, bytesPerRead * readsPerTurn>
-        buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): as it is read
+TurnResult readTurn(int fd, ProcessSpawner::OutputSink& sink) {
+    const std::span<char> room = sink.room(bytesPerRead * readsPerTurn);
     size_t filled = 0;
     TurnResult result{Output::open, true};
-    while (result.more && filled + bytesPerRead <= buffer.size()) {
-        const ssize_t size = ::read(fd, buffer.data() + filled, bytesPerRead);
+    while (result.more && filled + bytesPerRead <= room.size()) {
+        const ssize_t size = ::read(fd, room.data() + filled, bytesPerRead);
         if (size > 0) {
             filled += static_cast<size_t>(size);
         } else if (size == 0 || errno != EINTR) {
@@ -67,16 +68,24 @@ TurnResult readTurn(int fd, const std::function<void(QByteArrayView)>& onOutput)
         }
     }
     if (filled > 0) {
-        onOutput(QByteArrayView(buffer.data(), static_cast<qsizetype>(filled)));
+        sink.filled(filled);
+    }
+    return result;
+}
+
+TurnResult readTurns(int fd, ProcessSpawner::OutputSink& sink) {
+    TurnResult result = readTurn(fd, sink);
+    for (size_t turns = 1; result.more && turns < turnsInARow; ++turns) {
+        result = readTurn(fd, sink);
     }
     return result;
 }
 
 /// What those who are gone wrote is in the pipe; one who left the group may write for ever.
-void drain(int fd, const std::function<void(QByteArrayView)>& onOutput) {
+void drain(int fd, ProcessSpawner::OutputSink& sink) {
     constexpr size_t largestPipe = 1024 * 1024;
     for (size_t turns = largestPipe / (bytesPerRead * readsPerTurn); turns > 0; --turns) {
-        if (!readTurn(fd, onOutput).more) {
+        if (!readTurn(fd, sink).more) {
             return;
         }
     }
@@ -142,8 +151,7 @@ void ProcessSpawner::discard(pid_t pid) {
     (void)reap(pid);
 }
 
-int ProcessSpawner::pump(
-    const SpawnedProcess& process, const PumpControl& control, const std::function<void(QByteArrayView)>& onOutput) {
+int ProcessSpawner::pump(const SpawnedProcess& process, const PumpControl& control, OutputSink& sink) {
     lateChildren.reap();
     ExitWatch leader;
     const bool isWatched = leader.add(process.pid) == ExitWatch::Added::watched;
@@ -173,7 +181,7 @@ int ProcessSpawner::pump(
             break;
         }
         if (isOpen) {
-            turn = readTurn(process.output.get(), onOutput);
+            turn = readTurns(process.output.get(), sink);
         }
         const bool isRecheck = members && count == 0 && !turn.more;
         if (events[1].revents == 0 && !isRecheck && !(mustAsk && hasEnded(process.pid)) &&
@@ -186,7 +194,7 @@ int ProcessSpawner::pump(
         }
         group = watchGroup(process.pid, members.emplace());
         if (group == Group::gone) {
-            drain(process.output.get(), onOutput);
+            drain(process.output.get(), sink);
             break;
         }
     }

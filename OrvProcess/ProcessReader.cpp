@@ -67,17 +67,19 @@ void ProcessReader::setPortWanted(bool wanted) {
 void ProcessReader::run() {
     const ProcessSpawner::PumpControl control{
         .abandon = m_abandonRead.get(), .waitsForGroup = [this] { return m_stopping.load(); }};
-    m_exitCode = ProcessSpawner::pump(m_process, control, [this](QByteArrayView bytes) {
-        m_queue.append(bytes);
-        announce();
-    });
+    m_exitCode = ProcessSpawner::pump(m_process, control, *this);
     m_process.output.reset();
     m_queue.finish();
     m_ended = true;
     QMetaObject::invokeMethod(this, &ProcessReader::requestTurn, Qt::QueuedConnection);
 }
 
-void ProcessReader::announce() {
+std::span<char> ProcessReader::room(size_t size) {
+    return m_queue.room(static_cast<qsizetype>(size));
+}
+
+void ProcessReader::filled(size_t size) {
+    m_queue.append(static_cast<qsizetype>(size));
     if (!m_announced.exchange(true)) {
         QMetaObject::invokeMethod(this, &ProcessReader::requestTurn, Qt::QueuedConnection);
     }

@@ -15,7 +15,7 @@ namespace orv {
 /// gets the lines in slices, when it is the reader's turn.
 ///
 /// The object may be deleted by whoever its signals reach.
-class ProcessReader : public QObject {
+class ProcessReader : public QObject, private ProcessSpawner::OutputSink {
     Q_OBJECT
 public:
     /// `turns` is not needed any more once the reading has ended.
@@ -45,7 +45,8 @@ Q_SIGNALS:
 
 private:
     void run();
-    void announce();
+    [[nodiscard]] std::span<char> room(size_t size) override;
+    void filled(size_t size) override;
     void requestTurn();
 
     SpawnedProcess m_process;

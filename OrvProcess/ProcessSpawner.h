@@ -2,7 +2,6 @@
 
 #include "OrvCore/UniqueFd.h"
 
-#include <QByteArrayView>
 #include <QFuture>
 #include <QMap>
 #include <QString>
@@ -10,6 +9,7 @@
 #include <chrono>
 #include <expected>
 #include <functional>
+#include <span>
 
 #include <sys/types.h>
 
@@ -48,14 +48,22 @@ struct PumpControl {
     std::function<bool()> waitsForGroup = [] { return false; };
 };
 
+/// Takes the output in. Called on the pump's thread.
+class OutputSink {
+public:
+    virtual ~OutputSink() = default;
+    /// Memory for `size` bytes, valid until `filled` or the next call of this.
+    [[nodiscard]] virtual std::span<char> room(size_t size) = 0;
+    /// Output is in the first `size` bytes of that memory.
+    virtual void filled(size_t size) = 0;
+};
+
 /// Blocks until the output has ended, reads it at most 8192 bytes at a time and hands over what was there, reaps the
 /// child and gives its exit code: 128 + the signal when one ended it, -1 when it could not be had.
 ///
 /// The child is a zombie until then, so its id stays its own. A process that left the group may hold the pipe for ever:
 /// once the child has ended and no process of its group lives, the output ends with what is there.
-[[nodiscard]] int pump(
-    const SpawnedProcess& process, const PumpControl& control,
-    const std::function<void(QByteArrayView bytes)>& onOutput);
+[[nodiscard]] int pump(const SpawnedProcess& process, const PumpControl& control, OutputSink& sink);
 
 /// Kills the group of a child that nobody follows, and reaps it. Waits for it, 500 ms at the most.
 void discard(pid_t pid);

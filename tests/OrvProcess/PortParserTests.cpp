@@ -1,3 +1,4 @@
+#include "OrvProcess/OutputBytes_p.h"
 #include "OrvProcess/PortParser.h"
 #include "OrvProcess/TerminalLine.h"
 #include "tests/support/TestSupport.h"
@@ -8,6 +9,13 @@
 #include <random>
 
 namespace orv {
+namespace {
+
+bool mayAnnounce(const QByteArray& output) {
+    return PortParser::mayAnnounce(output, searchOutput(output));
+}
+
+} // namespace
 
 TEST(PortParser, FindsTheAnnouncedPort) {
     struct Row {
@@ -43,9 +51,9 @@ TEST(PortParser, FindsTheAnnouncedPort) {
     };
     for (const Row& row : rows) {
         EXPECT_EQ(PortParser::port(QString::fromUtf8(row.line)), row.expected) << row.line;
-        EXPECT_TRUE(PortParser::mayAnnounce(row.line) || !row.expected) << "passed over: " << row.line;
+        EXPECT_TRUE(mayAnnounce(row.line) || !row.expected) << "passed over: " << row.line;
     }
-    EXPECT_FALSE(PortParser::mayAnnounce("[12:34:56] GET /about \x1b[32m200\x1b[39m in 14 ms, that was fast\r\n"))
+    EXPECT_FALSE(mayAnnounce("[12:34:56] GET /about \x1b[32m200\x1b[39m in 14 ms, that was fast\r\n"))
         << "the cheap test is to hold back ordinary output";
 }
 
@@ -62,10 +70,57 @@ TEST(PortParser, PassesOverNoLineWithAPort) {
         }
         const bool hasPort = PortParser::port(TerminalLine::text(line)).has_value();
         announced += hasPort ? 1 : 0;
-        ASSERT_TRUE(PortParser::mayAnnounce(line) || !hasPort) << line.toPercentEncoding().toStdString();
-        ASSERT_TRUE(PortParser::mayAnnounce(line + '\n') || !hasPort) << line.toPercentEncoding().toStdString();
+        ASSERT_TRUE(mayAnnounce(line) || !hasPort) << line.toPercentEncoding().toStdString();
+        ASSERT_TRUE(mayAnnounce(line + '\n') || !hasPort) << line.toPercentEncoding().toStdString();
     }
     EXPECT_GT(announced, 200) << "the lines are to exercise the parser";
+}
+
+TEST(OutputBytes, FindsTheSameWhereverItStands) {
+    struct Row {
+        const char* text;
+        bool control;
+        bool candidate;
+    };
+    const std::array rows{
+        Row{"localhost:3", false, true},
+        Row{"127.0.0.1:3", false, true},
+        Row{"[::]:3", false, true},
+        Row{"PORT 3", false, true},
+        Row{"port\t\v3", true, true},
+        Row{"port  3", false, true},
+        Row{"port\n3", false, false},
+        Row{"port:3 localhost: 12:30 [2]:3", false, false},
+        Row{"\t\r\n\x80\xff", false, false},
+        Row{"\x1b[m", true, false},
+        Row{"a\rb", true, false},
+        Row{"\x7f", true, false},
+    };
+    std::vector searches{&detail::searchBytes};
+#if defined(ORV_SEARCHES_WITH_AVX2)
+    if (__builtin_cpu_supports("avx2")) {
+        searches.push_back(&detail::searchBytesAvx2);
+    }
+#elif defined(ORV_SEARCHES_WITH_NEON)
+    searches.push_back(&detail::searchBytesNeon);
+#endif
+    for (size_t i = 0; i < searches.size(); ++i) {
+        for (const Row& row : rows) {
+            for (qsizetype at = 0; at < 140; ++at) {
+                for (const qsizetype behind : {0, 1, 40}) {
+                    const QByteArray line = QByteArray(at, 'x') + row.text + QByteArray(behind, '.') + '\n';
+                    const detail::BytesFound found = searches[i](
+                        reinterpret_cast<const unsigned char*>(line.data()), static_cast<size_t>(line.size()));
+                    ASSERT_EQ(found.lineFeeds, line.count('\n')) << row.text << " at " << at;
+                    ASSERT_EQ(found.hasControls, row.control) << row.text << " at " << at;
+                    ASSERT_EQ(found.hasCandidate, row.candidate) << row.text << " at " << at;
+                }
+            }
+        }
+        const QByteArray feeds(30'011, '\n');
+        EXPECT_EQ(searches[i](reinterpret_cast<const unsigned char*>(feeds.data()), 30'011).lineFeeds, 30'011)
+            << "more than one byte can count";
+    }
 }
 
 } // namespace orv

@@ -184,8 +184,16 @@ TEST(ProcessSpawner, EndsAGroupThatIsNoService) {
         const auto process = ProcessSpawner::spawn(
             u"exec "_s + child + (obeys ? u" touch ready hang"_s : u" ignore touch ready hang"_s), folder.path(), {});
         ASSERT_TRUE(process.has_value());
+        struct Nowhere : ProcessSpawner::OutputSink {
+            std::vector<char> memory;
+            std::span<char> room(size_t size) override {
+                memory.resize(size);
+                return memory;
+            }
+            void filled(size_t /*size*/) override {}
+        } nowhere;
         std::future<int> code =
-            std::async(std::launch::async, [&] { return ProcessSpawner::pump(*process, {}, [](QByteArrayView) {}); });
+            std::async(std::launch::async, [&] { return ProcessSpawner::pump(*process, {}, nowhere); });
         ASSERT_TRUE(waitFor([&] { return QFile::remove(folder.path(u"ready"_s)); }));
         const QFuture<void> ended = ProcessSpawner::terminateGroup(process->pid, obeys ? 20s : 50ms);
         EXPECT_TRUE(waitFor([&] { return ended.isFinished(); }));

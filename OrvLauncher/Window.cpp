@@ -1,5 +1,6 @@
 #include "Window.h"
 
+#include "Cli.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
 #include "OrvUI/AppModel.h"
@@ -22,6 +23,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -38,6 +40,7 @@ constexpr bool drawsOwnFrame = true;
 /// Everything that the window needs while the application runs. Lives on the main thread.
 class WindowShell : public QObject {
 public:
+    ~WindowShell() override { s_open = nullptr; }
     WindowShell() : m_stateFile(Paths::supportDirectory() + u"/window.ini"_s), m_state(WindowState::load(m_stateFile)) {
         // The scan runs while the window is being made.
         m_model.refresh();
@@ -53,7 +56,9 @@ private:
     void quit();
     void kill();
     void leave();
+    static void endWithoutDisplay();
 
+    static WindowShell* s_open; ///< while the application runs
     QString m_stateFile;
     WindowState m_state;
     AppModel m_model;
@@ -78,6 +83,8 @@ bool WindowShell::open() {
     if (m_engine.rootObjects().isEmpty()) {
         return false;
     }
+    s_open = this;
+    std::atexit(&WindowShell::endWithoutDisplay);
     m_window = qobject_cast<QQuickWindow*>(m_engine.rootObjects().constFirst());
     m_engine.singletonInstance<InputMode*>(qmlTypeId("OrvLauncher.Screens", 1, 0, "InputMode"))->watch(m_window);
     m_model.openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
@@ -205,6 +212,19 @@ void WindowShell::leave() {
     m_model.publishSnapshot();
     m_model.flushSnapshot();
     QGuiApplication::quit();
+}
+
+WindowShell* WindowShell::s_open = nullptr;
+
+/// When the display is gone, Qt ends the process by exit(), from within the event loop. The services go too, as with
+/// the window; and nothing else is taken down, for threads still run that use it.
+void WindowShell::endWithoutDisplay() {
+    if (s_open == nullptr) {
+        return;
+    }
+    s_open->m_model.endServices(3s);
+    s_open->m_state.save(s_open->m_stateFile);
+    std::_Exit(exitFailed);
 }
 
 } // namespace

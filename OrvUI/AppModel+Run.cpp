@@ -4,7 +4,9 @@
 #include "OrvUI/AppModel_p.h"
 #include "OrvUI/FlutterDevices.h"
 
+#include <QDeadlineTimer>
 #include <QFileInfo>
+#include <QThread>
 
 #include <algorithm>
 #include <csignal>
@@ -290,6 +292,22 @@ void AppModel::killServices() {
             ProcessSpawner::signalGroup(static_cast<pid_t>(*group), SIGKILL);
         }
     }
+}
+
+void AppModel::endServices(std::chrono::milliseconds grace) {
+    ORV_ASSERT_MAIN_THREAD();
+    QList<pid_t> groups;
+    for (const ServiceID& id : d->processes->states().keys()) {
+        if (const auto group = d->processes->processID(id)) {
+            groups.append(static_cast<pid_t>(*group));
+            ProcessSpawner::signalGroup(groups.constLast(), SIGTERM);
+        }
+    }
+    const QDeadlineTimer deadline(grace);
+    while (std::ranges::any_of(groups, &ProcessSpawner::groupExists) && !deadline.hasExpired()) {
+        QThread::msleep(10);
+    }
+    killServices();
 }
 
 QFuture<QList<FlutterDevice>> AppModel::flutterDevices() {

@@ -179,6 +179,9 @@ public:
     QFuture<void> stopAllServices();
     /// Kills what has a live process, without giving it time. Their states follow.
     void killServices();
+    /// Asks them to end, and kills what is left after `grace`. Blocks, and needs no event loop: their states do not
+    /// follow.
+    void endServices(std::chrono::milliseconds grace);
     QFuture<QList<FlutterDevice>> flutterDevices();
     [[nodiscard]] static QList<FlutterDevice> parseFlutterDevices(const QByteArray& listing);
 

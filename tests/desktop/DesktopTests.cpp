@@ -155,6 +155,16 @@ TEST_F(Desktop, IsDrivenByKeysAlone) {
     close();
 }
 
+TEST_F(Desktop, LeavesNothingRunningWhenTheDisplayIsGone) {
+    open(Drawing::software);
+    EXPECT_TRUE(clickShows(u"Run Frontend in site"_s, address)) << seen().toStdString();
+    desktop.endScreen();
+    EXPECT_TRUE(waitFor([this] { return application.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(application.exitStatus(), QProcess::NormalExit);
+    EXPECT_TRUE(waitFor([this] { return launcher.leftBehind().isEmpty(); }))
+        << launcher.leftBehind().join(u'\n').toStdString();
+}
+
 TEST_F(Desktop, AsksBeforeAnInstallAndStopsWhatRunsWhenItIsClosed) {
     launcher.tree.add(
         u"projects/shop/package.json"_s, R"({"scripts": {"dev": "vite"}, "dependencies": {"vite": "1"}})");

@@ -34,6 +34,11 @@ VirtualDesktop::~VirtualDesktop() {
     }
 }
 
+void VirtualDesktop::endScreen() {
+    m_processes.front()->terminate();
+    m_processes.front()->waitForFinished();
+}
+
 QProcess* VirtualDesktop::start(const QString& program, const QStringList& arguments) {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(m_environment);

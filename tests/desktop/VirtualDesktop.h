@@ -22,6 +22,8 @@ public:
     [[nodiscard]] QProcessEnvironment environment() const { return m_environment; }
     [[nodiscard]] QString busAddress() const { return m_environment.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")); }
 
+    /// Ends the X server under those who use it.
+    void endScreen();
     void click(QPoint at) const;
     /// As xdotool names them: "ctrl+d".
     void key(const QString& keys) const;

@@ -37,7 +37,8 @@ constexpr auto byteTable = [] {
 void searchRest(const unsigned char* text, size_t size, size_t at, BytesFound& found) {
     const BytesFound rest = searchBytes(text + at, size - at);
     found.lineFeeds += rest.lineFeeds;
-    found.hasControls = found.hasControls || rest.hasControls;
+    found.hasEscapes = found.hasEscapes || rest.hasEscapes;
+    found.hasRewrites = found.hasRewrites || rest.hasRewrites;
     found.hasCandidate = found.hasCandidate || rest.hasCandidate;
 }
 
@@ -55,8 +56,9 @@ BytesFound searchBytes(const unsigned char* text, size_t size) {
         found.hasCandidate = found.hasCandidate || (open & lastPlace) != 0;
         const uint64_t controls = byte >> (windowLength * placeBits);
         const bool endsLine = at + 1 < size && isLineEnd(text[at + 1]);
-        found.hasControls =
-            found.hasControls || (controls & certainControls) != 0 || ((controls & returns) != 0 && !endsLine);
+        found.hasEscapes = found.hasEscapes || (controls & escapes) != 0;
+        found.hasRewrites =
+            found.hasRewrites || (controls & rewriting) != 0 || ((controls & returns) != 0 && !endsLine);
         found.lineFeeds += isLineEnd(text[at]) ? 1 : 0;
     }
     return found;
@@ -126,7 +128,8 @@ namespace {
         _mm256_extract_epi64(sums, 0) + _mm256_extract_epi64(sums, 1) + _mm256_extract_epi64(sums, 2) +
         _mm256_extract_epi64(sums, 3));
     found.hasCandidate = _mm256_testz_si256(candidates, candidates) == 0;
-    found.hasControls = _mm256_testz_si256(controls, _mm256_set1_epi8(certainControls)) == 0 ||
+    found.hasEscapes = _mm256_testz_si256(controls, _mm256_set1_epi8(escapes)) == 0;
+    found.hasRewrites = _mm256_testz_si256(controls, _mm256_set1_epi8(rewriting)) == 0 ||
                         _mm256_testz_si256(notEnds, _mm256_set1_epi8(returns)) == 0;
     searchRest(text, size, at, found);
     return found;
@@ -164,7 +167,8 @@ BytesFound searchBytesNeon(const unsigned char* text, size_t size) {
         found.lineFeeds += vaddvq_u8(vandq_u8(vceqq_u8(first, lineEnd), vdupq_n_u8(1)));
     }
     found.hasCandidate = vmaxvq_u8(candidates) != 0;
-    found.hasControls = vmaxvq_u8(vandq_u8(controls, vdupq_n_u8(certainControls))) != 0 ||
+    found.hasEscapes = vmaxvq_u8(vandq_u8(controls, vdupq_n_u8(escapes))) != 0;
+    found.hasRewrites = vmaxvq_u8(vandq_u8(controls, vdupq_n_u8(rewriting))) != 0 ||
                         vmaxvq_u8(vandq_u8(notEnds, vdupq_n_u8(returns))) != 0;
     searchRest(text, size, at, found);
     return found;
@@ -185,7 +189,7 @@ OutputBytes searchOutput(QByteArrayView output) {
     }();
     const detail::BytesFound found =
         search(reinterpret_cast<const unsigned char*>(output.data()), static_cast<size_t>(output.size()));
-    return {static_cast<qsizetype>(found.lineFeeds), found.hasControls, found.hasCandidate};
+    return {static_cast<qsizetype>(found.lineFeeds), found.hasEscapes, found.hasRewrites, found.hasCandidate};
 }
 
 } // namespace orv

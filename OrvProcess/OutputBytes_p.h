@@ -54,9 +54,10 @@ inline constexpr std::array<NibbleTables, windowLength> placeTables = [] {
     return tables;
 }();
 
-/// Sets of `controlTables`; the first three are controls wherever they stand.
-enum ControlSet : uint8_t { lowControls, highControls, deleteControl, carriageReturn };
-inline constexpr uint8_t certainControls = 1U << lowControls | 1U << highControls | 1U << deleteControl;
+/// Sets of `controlTables`. A carriage return rewrites a line where no line feed follows.
+enum ControlSet : uint8_t { lowControls, highControls, deleteControl, escapeControl, carriageReturn };
+inline constexpr uint8_t rewriting = 1U << lowControls | 1U << highControls | 1U << deleteControl;
+inline constexpr uint8_t escapes = 1U << escapeControl;
 inline constexpr uint8_t returns = 1U << carriageReturn;
 
 inline constexpr NibbleTables controlTables = [] {
@@ -65,8 +66,11 @@ inline constexpr NibbleTables controlTables = [] {
         if (byte != '\t' && byte != '\n' && byte != '\r') {
             tables.add(byte, lowControls);
         }
-        tables.add(static_cast<unsigned char>(0x10 + byte), highControls);
+        if (byte != 0x0b) {
+            tables.add(static_cast<unsigned char>(0x10 + byte), highControls);
+        }
     }
+    tables.add(0x1b, escapeControl);
     tables.add(0x7f, deleteControl);
     tables.add('\r', carriageReturn);
     return tables;
@@ -74,7 +78,8 @@ inline constexpr NibbleTables controlTables = [] {
 
 struct BytesFound {
     size_t lineFeeds = 0;
-    bool hasControls = false;
+    bool hasEscapes = false;
+    bool hasRewrites = false;
     bool hasCandidate = false;
 };
 

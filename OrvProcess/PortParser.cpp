@@ -29,19 +29,6 @@ const Patterns& patterns() {
     return compiled;
 }
 
-/// Control characters that rewrite a line, so that what is shown may stand nowhere in the bytes in a row.
-bool rewrites(QByteArrayView output) {
-    const auto* text = reinterpret_cast<const unsigned char*>(output.data());
-    unsigned char found = 0;
-    for (qsizetype i = 0; i + 1 < output.size(); ++i) {
-        const unsigned char a = text[i];
-        const bool plain = (a >= ' ') | (a == '\t') | (a == '\n') | (a == 0x1b);
-        const bool lineEnd = (a == '\r') & ((text[i + 1] == '\n') | (text[i + 1] == '\r'));
-        found |= static_cast<unsigned char>(!(plain | lineEnd) | (a == 0x7f));
-    }
-    return found != 0;
-}
-
 /// The bytes without colours. Empty when a sequence is another one, which may move the cursor.
 std::optional<std::string> withoutColours(QByteArrayView output) {
     std::string plain;
@@ -86,11 +73,9 @@ std::optional<int> port(const QString& line) {
 }
 
 bool mayAnnounce(QByteArrayView output, const OutputBytes& found) {
-    if (found.hasCandidate || !found.hasControls) {
-        return found.hasCandidate;
-    }
-    if (rewrites(output)) {
-        return true;
+    // What is shown of a line that rewrites itself may stand nowhere in its bytes in a row.
+    if (found.hasCandidate || found.hasRewrites || !found.hasEscapes) {
+        return found.hasCandidate || found.hasRewrites;
     }
     const std::optional<std::string> plain = withoutColours(output);
     return !plain || searchOutput(*plain).hasCandidate;

@@ -79,22 +79,23 @@ TEST(PortParser, PassesOverNoLineWithAPort) {
 TEST(OutputBytes, FindsTheSameWhereverItStands) {
     struct Row {
         const char* text;
-        bool control;
+        bool escape;
+        bool rewrite;
         bool candidate;
     };
     const std::array rows{
-        Row{"localhost:3", false, true},
-        Row{"127.0.0.1:3", false, true},
-        Row{"[::]:3", false, true},
-        Row{"PORT 3", false, true},
-        Row{"port\t\v3", true, true},
-        Row{"port  3", false, true},
-        Row{"port\n3", false, false},
-        Row{"port:3 localhost: 12:30 [2]:3", false, false},
-        Row{"\t\r\n\x80\xff", false, false},
-        Row{"\x1b[m", true, false},
-        Row{"a\rb", true, false},
-        Row{"\x7f", true, false},
+        Row{"localhost:3", false, false, true},
+        Row{"127.0.0.1:3", false, false, true},
+        Row{"[::]:3", false, false, true},
+        Row{"PORT 3", false, false, true},
+        Row{"port\t\v3", false, true, true},
+        Row{"port  3", false, false, true},
+        Row{"port\n3", false, false, false},
+        Row{"port:3 localhost: 12:30 [2]:3", false, false, false},
+        Row{"\t\r\n\x80\xff", false, false, false},
+        Row{"\x1b[m", true, false, false},
+        Row{"a\rb", false, true, false},
+        Row{"\x7f", false, true, false},
     };
     std::vector searches{&detail::searchBytes};
 #if defined(ORV_SEARCHES_WITH_AVX2)
@@ -112,7 +113,8 @@ TEST(OutputBytes, FindsTheSameWhereverItStands) {
                     const detail::BytesFound found = searches[i](
                         reinterpret_cast<const unsigned char*>(line.data()), static_cast<size_t>(line.size()));
                     ASSERT_EQ(found.lineFeeds, line.count('\n')) << row.text << " at " << at;
-                    ASSERT_EQ(found.hasControls, row.control) << row.text << " at " << at;
+                    ASSERT_EQ(found.hasEscapes, row.escape) << row.text << " at " << at;
+                    ASSERT_EQ(found.hasRewrites, row.rewrite) << row.text << " at " << at;
                     ASSERT_EQ(found.hasCandidate, row.candidate) << row.text << " at " << at;
                 }
             }

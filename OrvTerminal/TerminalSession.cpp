@@ -1,0 +1,243 @@
+#include "OrvTerminal/TerminalSession.h"
+
+#include "OrvCore/Async.h"
+#include "OrvCore/LoginShell.h"
+#include "OrvTerminal/MainThreadQueue.h"
+#include "TermEngine/TerminalEnvironment.h"
+#include "TermEngine/TextRange.h"
+
+#include <QPointer>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+namespace orv {
+namespace {
+
+std::span<const uint8_t> bytesOf(QByteArrayView text) {
+    return {reinterpret_cast<const uint8_t*>(text.data()), static_cast<size_t>(text.size())};
+}
+
+#ifdef Q_OS_LINUX
+/// What a desktop session gives its programs and no profile can set again.
+constexpr std::array sessionVariables{
+    "PATH",
+    "SHELL",
+    "LANGUAGE",
+    "TZ",
+    "XAUTHORITY",
+    "WAYLAND_DISPLAY",
+    "SSH_AUTH_SOCK",
+    "SSH_AGENT_PID",
+    "GPG_AGENT_INFO",
+    "XDG_RUNTIME_DIR",
+    "XDG_SESSION_ID",
+    "XDG_SESSION_TYPE",
+    "XDG_DATA_DIRS",
+    "XDG_CONFIG_DIRS",
+    "XDG_SEAT",
+    "XDG_CURRENT_DESKTOP",
+    "DESKTOP_SESSION",
+    "DBUS_SESSION_BUS_ADDRESS"};
+
+/// The engine's own choice is enough on macOS, where every system has the locale that it names and a profile or launchd
+/// sets the rest. Elsewhere the user's own locale counts, as the only one that is sure to be there.
+std::optional<std::vector<std::string>> environment() {
+    std::vector<std::string> variables = term::getEnvironmentVariables({}, term::TrueColor::yes);
+    const auto isUsers = [](const QByteArray& entry) {
+        return entry.startsWith("LANG=") || entry.startsWith("LC_") ||
+               std::ranges::any_of(sessionVariables, [&](const char* name) {
+                   return entry.startsWith(name) && entry.at(qstrlen(name)) == '=';
+               });
+    };
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const QByteArray text = QByteArray::fromRawData(*entry, qstrlen(*entry));
+        if (!isUsers(text)) {
+            continue;
+        }
+        const std::string name = text.first(text.indexOf('=') + 1).toStdString();
+        std::erase_if(variables, [&](const std::string& variable) { return variable.starts_with(name); });
+        variables.push_back(text.toStdString());
+    }
+    return variables;
+}
+#else
+std::optional<std::vector<std::string>> environment() {
+    return {};
+}
+#endif
+
+} // namespace
+
+/// What the terminal asks of its host.
+class TerminalSession::Delegate final : public term::TerminalDelegate {
+public:
+    explicit Delegate(TerminalSession& session) : m_session(session) {}
+
+    void send(term::Terminal& /*source*/, term::Bytes data) override { m_session.m_process->send(data); }
+    // Whoever hears of it may close the session, which the terminal that calls here would not survive.
+    void setTerminalTitle(term::Terminal& /*source*/, const std::string& title) override {
+        QMetaObject::invokeMethod(
+            &m_session, [this, text = QString::fromStdString(title)] { m_session.setTitle(text); },
+            Qt::QueuedConnection);
+    }
+    void bell(term::Terminal& /*source*/) override {
+        QMetaObject::invokeMethod(&m_session, &TerminalSession::bellRang, Qt::QueuedConnection);
+    }
+    std::optional<term::CellSize> cellSizeInPixels(term::Terminal& /*source*/) override {
+        if (m_session.m_cellPixels.isEmpty()) {
+            return {};
+        }
+        return term::CellSize{m_session.m_cellPixels.width(), m_session.m_cellPixels.height()};
+    }
+
+private:
+    TerminalSession& m_session;
+};
+
+/// What the process delivers, on the main thread. It outlives the session for as long as a delivery is on its way.
+class TerminalSession::ProcessDelegate final : public term::LocalProcessDelegate {
+public:
+    explicit ProcessDelegate(TerminalSession& session) : m_session(&session) {}
+
+    void processTerminated(term::LocalProcess& /*source*/, std::optional<int> exitCode) override {
+        if (m_session) {
+            m_session->processEnded(exitCode);
+        }
+    }
+    void dataReceived(std::span<const uint8_t> slice) override {
+        if (m_session) {
+            m_session->m_terminal->feed(slice);
+            Q_EMIT m_session->outputReceived();
+        }
+    }
+    winsize getWindowSize() override { return m_session ? m_session->windowSize() : winsize{}; }
+
+private:
+    QPointer<TerminalSession> m_session;
+};
+
+TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThreadQueue> queue, QObject* parent)
+    : QObject(parent),
+      m_directory(directory),
+      m_title(directory.adjusted(QUrl::StripTrailingSlash).fileName()),
+      m_delegate(std::make_unique<Delegate>(*this)),
+      m_processDelegate(std::make_shared<ProcessDelegate>(*this)) {
+    ORV_ASSERT_MAIN_THREAD();
+    term::TerminalOptions options;
+    options.cols = initialColumns;
+    options.rows = initialRows;
+    m_terminal = std::make_unique<term::Terminal>(*m_delegate, options);
+    m_process =
+        term::LocalProcess::create(m_processDelegate, {.queue = std::move(queue), .options = std::move(options)});
+}
+
+TerminalSession::~TerminalSession() {
+    terminate();
+}
+
+void TerminalSession::start() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (std::exchange(m_started, true)) {
+        return;
+    }
+    m_process->startProcess(
+        {.executable = loginShell().toStdString(),
+         .args = {"-l"},
+         .environment = environment(),
+         .currentDirectory = m_directory.toLocalFile().toStdString()});
+    setAlive(m_process->running());
+}
+
+void TerminalSession::send(const QString& text) {
+    send(QByteArrayView(text.toUtf8()));
+}
+
+void TerminalSession::send(QByteArrayView bytes) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_process->send(bytesOf(bytes));
+}
+
+void TerminalSession::terminate() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (!m_started) {
+        return;
+    }
+    // Of a shell that has been reaped, the id may be someone else's by now.
+    const pid_t shell = m_process->running() ? m_process->shellPid() : 0;
+    m_process->terminate();
+    if (shell >= 1) {
+        ::kill(-shell, SIGHUP);
+        ::kill(shell, SIGHUP);
+    }
+    setAlive(false);
+}
+
+void TerminalSession::resize(int columns, int rows, QSize cellPixels) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_cellPixels = cellPixels;
+    m_terminal->resize(columns, rows);
+    m_process->updateWindowSize(windowSize());
+}
+
+std::optional<qint64> TerminalSession::shellPID() const {
+    return m_process->running() ? std::optional<qint64>(m_process->shellPid()) : std::nullopt;
+}
+
+bool TerminalSession::hasForegroundProgram() const {
+    if (!m_isAlive) {
+        return false;
+    }
+    const pid_t foreground = m_process->foregroundProcessGroup();
+    return foreground >= 1 && foreground != m_process->shellPid();
+}
+
+QString TerminalSession::outputForTesting() const {
+    const term::Buffer& buffer = m_terminal->buffer();
+    const std::int64_t first = buffer.trimmedCount();
+    const std::int64_t last = first + buffer.yBase() + buffer.rows() - 1;
+    const std::string text = term::textIn(buffer, {{first, 0}, {last, buffer.cols()}});
+    return QString::fromStdString(text);
+}
+
+void TerminalSession::setTerminalView(std::unique_ptr<QObject> view) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_terminalView = std::move(view);
+    Q_EMIT terminalViewChanged();
+}
+
+void TerminalSession::setTitle(const QString& title) {
+    if (!title.isEmpty() && title != m_title) {
+        m_title = title;
+        Q_EMIT titleChanged();
+    }
+}
+
+void TerminalSession::setAlive(bool isAlive) {
+    if (isAlive != m_isAlive) {
+        m_isAlive = isAlive;
+        Q_EMIT isAliveChanged();
+    }
+}
+
+void TerminalSession::processEnded(std::optional<int> code) {
+    m_exitCode = code;
+    setAlive(false);
+}
+
+winsize TerminalSession::windowSize() const {
+    const auto pixels = [](int cells, int size) { return static_cast<unsigned short>(cells * std::max(size, 0)); };
+    return {
+        .ws_row = static_cast<unsigned short>(m_terminal->rows()),
+        .ws_col = static_cast<unsigned short>(m_terminal->cols()),
+        .ws_xpixel = pixels(m_terminal->cols(), m_cellPixels.width()),
+        .ws_ypixel = pixels(m_terminal->rows(), m_cellPixels.height())};
+}
+
+} // namespace orv

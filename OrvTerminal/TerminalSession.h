@@ -1,0 +1,101 @@
+#pragma once
+
+#include "TermEngine/LocalProcess.h"
+#include "TermEngine/Terminal.h"
+
+#include <QByteArrayView>
+#include <QObject>
+#include <QSize>
+#include <QUrl>
+#include <QUuid>
+
+#include <memory>
+#include <optional>
+
+namespace orv {
+
+class MainThreadQueue;
+
+/// A login shell in a folder, on a terminal of the engine. Lives on the main thread.
+///
+/// It is started once and never again: after its shell has ended it keeps the last screen.
+class TerminalSession : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QUuid id READ id CONSTANT)
+    Q_PROPERTY(QUrl directory READ directory CONSTANT)
+    Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    Q_PROPERTY(bool isAlive READ isAlive NOTIFY isAliveChanged)
+    Q_PROPERTY(QObject* terminalView READ terminalView NOTIFY terminalViewChanged)
+public:
+    /// What a terminal is taken to be as long as no view says otherwise: 1200 by 420 points.
+    static constexpr int initialColumns = 150;
+    static constexpr int initialRows = 24;
+
+    /// `queue`: on which its output comes in; shared among sessions.
+    TerminalSession(const QUrl& directory, std::shared_ptr<MainThreadQueue> queue, QObject* parent = nullptr);
+    /// Ends the shell.
+    ~TerminalSession() override;
+
+    [[nodiscard]] QUuid id() const { return m_id; }
+    [[nodiscard]] QUrl directory() const { return m_directory; }
+    /// The folder's name until a program sets another one.
+    [[nodiscard]] QString title() const { return m_title; }
+    /// Whether the shell runs.
+    [[nodiscard]] bool isAlive() const { return m_isAlive; }
+    /// Of the shell that ended by itself; 128 and the number of the signal that ended it.
+    [[nodiscard]] std::optional<int> exitCode() const { return m_exitCode; }
+
+    /// A second call does nothing. A shell that can't be started leaves the session not alive.
+    void start();
+    /// Writes the text to the shell's input as it stands: a line is carried out when it ends in "\n".
+    void send(const QString& text);
+    void send(QByteArrayView bytes);
+    /// Hangs the shell and its jobs up.
+    void terminate();
+    void resize(int columns, int rows, QSize cellPixels);
+
+    [[nodiscard]] std::optional<qint64> shellPID() const;
+    /// Whether another program than the shell has the terminal's foreground.
+    [[nodiscard]] bool hasForegroundProgram() const;
+    /// The text of screen and history.
+    [[nodiscard]] QString outputForTesting() const;
+
+    [[nodiscard]] term::Terminal& terminal() { return *m_terminal; }
+    [[nodiscard]] const term::Terminal& terminal() const { return *m_terminal; }
+
+    /// The item that shows the session, once there is one. It belongs to the session and goes with it.
+    [[nodiscard]] QObject* terminalView() const { return m_terminalView.get(); }
+    void setTerminalView(std::unique_ptr<QObject> view);
+
+Q_SIGNALS:
+    void titleChanged();
+    void isAliveChanged();
+    void terminalViewChanged();
+    /// The terminal took in output, once a piece of up to 64 KiB.
+    void outputReceived();
+    void bellRang();
+
+private:
+    class Delegate;
+    class ProcessDelegate;
+
+    void setTitle(const QString& title);
+    void setAlive(bool isAlive);
+    void processEnded(std::optional<int> code);
+    [[nodiscard]] winsize windowSize() const;
+
+    const QUuid m_id = QUuid::createUuid();
+    const QUrl m_directory;
+    QString m_title;
+    bool m_started = false;
+    bool m_isAlive = false;
+    std::optional<int> m_exitCode;
+    QSize m_cellPixels;
+    std::unique_ptr<Delegate> m_delegate;
+    std::unique_ptr<term::Terminal> m_terminal;
+    std::shared_ptr<ProcessDelegate> m_processDelegate;
+    std::shared_ptr<term::LocalProcess> m_process;
+    std::unique_ptr<QObject> m_terminalView;
+};
+
+} // namespace orv

@@ -1,0 +1,79 @@
+#include "OrvTerminal/TerminalTabs.h"
+
+#include "OrvCore/Async.h"
+#include "OrvTerminal/MainThreadQueue.h"
+
+#include <algorithm>
+
+namespace orv {
+
+TerminalTabs::TerminalTabs(QObject* parent) : QObject(parent), m_queue(std::make_shared<MainThreadQueue>()) {
+    ORV_ASSERT_MAIN_THREAD();
+}
+
+TerminalTabs::~TerminalTabs() {
+    closeAll();
+}
+
+TerminalSession* TerminalTabs::session(const QUuid& id) const {
+    const auto found = std::ranges::find(m_sessions, id, &TerminalSession::id);
+    return found == m_sessions.cend() ? nullptr : *found;
+}
+
+TerminalSession* TerminalTabs::open(const QUrl& at) {
+    ORV_ASSERT_MAIN_THREAD();
+    auto* session = new TerminalSession(at, m_queue, this);
+    m_sessions.append(session);
+    Q_EMIT sessionsChanged();
+    setSelected(session->id());
+    session->start();
+    return session;
+}
+
+void TerminalTabs::close(const QUuid& id) {
+    ORV_ASSERT_MAIN_THREAD();
+    TerminalSession* closed = session(id);
+    if (closed == nullptr) {
+        return;
+    }
+    closed->terminate();
+    m_sessions.removeOne(closed);
+    // It may be the one whose signal led here.
+    closed->deleteLater();
+    Q_EMIT sessionsChanged();
+    if (m_selectedID == id) {
+        setSelected(m_sessions.isEmpty() ? std::nullopt : std::optional(m_sessions.constLast()->id()));
+    }
+}
+
+void TerminalTabs::closeAll() {
+    ORV_ASSERT_MAIN_THREAD();
+    const QList<TerminalSession*> closed = m_sessions;
+    std::ranges::for_each(closed, &TerminalSession::terminate);
+    m_sessions.clear();
+    std::ranges::for_each(closed, &TerminalSession::deleteLater);
+    if (!closed.isEmpty()) {
+        Q_EMIT sessionsChanged();
+    }
+    setSelected({});
+}
+
+void TerminalTabs::select(const QUuid& id) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (session(id) != nullptr) {
+        setSelected(id);
+    }
+}
+
+bool TerminalTabs::anyForegroundProgram() const {
+    return std::ranges::any_of(m_sessions, &TerminalSession::hasForegroundProgram);
+}
+
+void TerminalTabs::setSelected(std::optional<QUuid> id) {
+    if (id != m_selectedID) {
+        m_selectedID = id;
+        Q_EMIT selectedIDChanged();
+    }
+}
+
+} // namespace orv

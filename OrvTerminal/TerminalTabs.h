@@ -1,0 +1,49 @@
+#pragma once
+
+#include "OrvTerminal/TerminalSession.h"
+
+#include <QList>
+#include <QObject>
+#include <QUrl>
+#include <QUuid>
+
+#include <memory>
+#include <optional>
+
+namespace orv {
+
+/// The open terminals, in the order in which they were opened, and the one that is shown. Lives on the main thread.
+class TerminalTabs : public QObject {
+    Q_OBJECT
+public:
+    explicit TerminalTabs(QObject* parent = nullptr);
+    /// Closes all.
+    ~TerminalTabs() override;
+
+    [[nodiscard]] const QList<TerminalSession*>& sessions() const { return m_sessions; }
+    [[nodiscard]] std::optional<QUuid> selectedID() const { return m_selectedID; }
+    [[nodiscard]] TerminalSession* session(const QUuid& id) const;
+
+    /// A new session in the folder, at the end, selected and started. It belongs to the tabs.
+    TerminalSession* open(const QUrl& at);
+    /// Ends the session. When it was the selected one, the last one is selected then. An id that is not there is let
+    /// be.
+    void close(const QUuid& id);
+    void closeAll();
+    void select(const QUuid& id);
+    /// Whether something else than a shell at its prompt runs in any of them.
+    [[nodiscard]] bool anyForegroundProgram() const;
+
+Q_SIGNALS:
+    void sessionsChanged();
+    void selectedIDChanged();
+
+private:
+    void setSelected(std::optional<QUuid> id);
+
+    std::shared_ptr<MainThreadQueue> m_queue;
+    QList<TerminalSession*> m_sessions;
+    std::optional<QUuid> m_selectedID;
+};
+
+} // namespace orv

@@ -3,9 +3,11 @@
 
 The same bytes every time. ascii.txt has plain lines; utf8.txt CJK, accents and emoji; color.txt dense colour of 16, 256
 and 16 million; motion.txt cursor motion, regions, erases and inserts, as full-screen programs make them; build.txt the
-coloured output of cmake, ninja, gcc and a test runner over the sources of this tree.
+coloured output of cmake, ninja, gcc and a test runner over the sources of this tree; images.txt pictures in pieces of
+4096 characters, as kitty's protocol sends them.
 """
 
+import base64
 import random
 import sys
 from pathlib import Path
@@ -103,6 +105,16 @@ def build_lines(rng):
             yield f"\x1b[0;32m[ RUN      ]\x1b[0m {source}\r\n{verdict} {source} ({rng.randint(0, 300)} ms)\r\n"
 
 
+def images(rng):
+    """Pictures of 256 by 256 pixels, one after another, each in the place of one before it."""
+    pictures = [base64.b64encode(rng.randbytes(256 * 256 * 4)).decode() for _ in range(8)]
+    while True:
+        for number, data in enumerate(pictures, 1):
+            pieces = [data[at:at + 4096] for at in range(0, len(data), 4096)]
+            yield f"\x1b[H\x1b_Ga=T,f=32,s=256,v=256,i={number},q=2,m=1;{pieces[0]}\x1b\\" + "".join(
+                f"\x1b_Gm={int(at < len(pieces) - 1)};{piece}\x1b\\" for at, piece in enumerate(pieces[1:], 1))
+
+
 def generate(make, size):
     data, total = [], 0
     while total < size:
@@ -119,8 +131,9 @@ def main():
     for name, make in (("ascii", ascii_line), ("utf8", utf8_line), ("color", color_line), ("motion", motion_piece)):
         rng = random.Random(name)
         (folder / f"{name}.txt").write_bytes(generate(lambda: make(rng), size))
-    lines = build_lines(random.Random("build"))
-    (folder / "build.txt").write_bytes(generate(lambda: next(lines), size))
+    for name, make in (("build", build_lines), ("images", images)):
+        pieces = make(random.Random(name))
+        (folder / f"{name}.txt").write_bytes(generate(lambda: next(pieces), size))
 
 
 if __name__ == "__main__":

@@ -12,6 +12,7 @@ void Buffer::index(const Pen& pen) {
         }
     } else if (m_y < m_rows - 1) {
         ++m_y;
+        m_x = std::min(m_x, lastColumn(m_y));
     }
 }
 
@@ -23,6 +24,7 @@ void Buffer::reverseIndex(const Pen& pen) {
         }
     } else if (m_y > 0) {
         --m_y;
+        m_x = std::min(m_x, lastColumn(m_y));
     }
 }
 

@@ -162,6 +162,7 @@ public:
 
 private:
     [[nodiscard]] int rightLimit() const;
+    [[nodiscard]] bool insertsAtCursor() const;
     void wrap(const Pen& pen);
     std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
     void putScalar(char32_t scalar, int width, const Pen& pen);

@@ -58,7 +58,10 @@ public:
     [[nodiscard]] RenderLineMode renderMode() const { return m_renderMode; }
     void setRenderMode(RenderLineMode mode);
     [[nodiscard]] std::uint8_t bidiState() const { return m_bidiState; }
-    void setBidiState(std::uint8_t state) { m_bidiState = state; }
+    void setBidiState(std::uint8_t state) {
+        m_generation += m_bidiState != state ? 1 : 0;
+        m_bidiState = state;
+    }
     [[nodiscard]] const SemanticMarks& semanticMarks() const { return m_marks; }
     void setSemanticMark(const SemanticMarks& marks);
 

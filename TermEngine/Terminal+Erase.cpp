@@ -24,7 +24,6 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
     if (what < 0 || what > 3) {
         return;
     }
-    const bool pending = b.pendingWrap();
     const int first = what == 0 ? b.y() + 1 : 0;
     const int end = what == 1 ? b.y() : b.rows();
     for (int row = first; row < end; ++row) {
@@ -38,7 +37,7 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
     } else if (kind == EraseKind::all) {
         clearImages(isAlternateActive() ? ScreenId::alternate : ScreenId::normal);
     }
-    b.setPendingWrap(pending && what == 2);
+    b.setPendingWrap(false);
 }
 
 void Terminal::eraseInLine(int what, EraseKind kind) {

@@ -71,17 +71,33 @@ void Terminal::printAscii(Bytes text) {
 }
 
 void Terminal::printScalars(std::span<const char32_t> text) {
-    m_charset.single = -1;
-    m_buffer->insertScalarRun(text, pen(), m_modes.graphemeClusters ? ClusterMode::graphemes : ClusterMode::scalars);
+    const ClusterMode mode = m_modes.graphemeClusters ? ClusterMode::graphemes : ClusterMode::scalars;
+    // Short runs of ASCII come with the text around them.
+    for (; !m_charset.isPlain() && !text.empty(); text = text.subspan(1)) {
+        const char32_t scalar = translated(text.front());
+        m_buffer->insertScalarRun({&scalar, 1}, pen(), mode);
+    }
+    m_buffer->insertScalarRun(text, pen(), mode);
 }
 
 void Terminal::printTranslated(Bytes text) {
     for (const std::uint8_t code : text) {
-        const int set = m_charset.single >= 0 ? m_charset.single : m_charset.left;
-        m_charset.single = -1;
-        const char32_t scalar = characterOf(m_charset.designated[static_cast<std::size_t>(set)], code);
+        const char32_t scalar = translated(code);
         m_buffer->insertScalarRun({&scalar, 1}, pen(), ClusterMode::scalars);
     }
+}
+
+/// What a scalar of a text stands for; a single shift is over with it.
+char32_t Terminal::translated(char32_t scalar) {
+    const int slot = m_charset.single >= 0 ? m_charset.single : m_charset.left;
+    m_charset.single = -1;
+    return scalar < 0x7F ? characterIn(slot, static_cast<std::uint8_t>(scalar)) : scalar;
+}
+
+/// The character of one of G0 to G3.
+char32_t Terminal::characterIn(int slot, std::uint8_t code) const {
+    const Charset set = m_charset.designated[static_cast<std::size_t>(slot)];
+    return isNational(set) && !m_modes.nationalReplacement ? char32_t{code} : characterOf(set, code);
 }
 
 void Terminal::resize(int cols, int rows) {
@@ -106,6 +122,8 @@ void Terminal::setScrollback(int lines) {
 void Terminal::resetState() {
     m_modes = {};
     m_modes.newline = m_options.convertEol;
+    m_cursorStyle = m_options.cursorStyle;
+    m_modes.cursorBlink = static_cast<int>(m_cursorStyle) % 2 == 0;
     m_modes.bidiBoxMirroring = m_options.initialBidiState.mirrorsBoxDrawing;
     m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;
     m_savedModes.clear();
@@ -134,6 +152,7 @@ void Terminal::resetState() {
         buffer->reverseWraparound = false;
         buffer->extendedReverseWraparound = false;
         buffer->saved = {};
+        buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
         buffer->setupTabStops();
         buffer->forgetLastScalar();
     }
@@ -148,8 +167,6 @@ void Terminal::reset() {
     m_normal->clearHistory();
     m_normal->clear();
     m_alternate->clear();
-    m_cursorStyle = m_options.cursorStyle;
-    m_modes.cursorBlink = static_cast<int>(m_cursorStyle) % 2 == 0;
     if (wasAlternate) {
         m_delegate.bufferActivated(*this);
     }

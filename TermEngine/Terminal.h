@@ -66,6 +66,8 @@ public:
     [[nodiscard]] KittyKeyboardFlags kittyKeyboardFlags() const { return keyboard().current(); }
     /// The URL of a link, of the payload of a cell; empty without one.
     [[nodiscard]] std::string_view linkUrl(TinyAtom atom) const;
+    /// How a row of the screen is to be presented where its text has two directions.
+    [[nodiscard]] BidiPresentationState bidiState(int row) const;
     /// The text of a row of the screen without blanks at its end.
     [[nodiscard]] std::string lineText(int row) const;
 
@@ -91,6 +93,14 @@ public:
 private:
     using Parameters = CsiParameters;
     class StringRequest;
+    /// XTPUSHSGR, with what XTPOPSGR brings back of it.
+    struct SavedAttribute {
+        Attribute attribute{};
+        bool isWhole = false;
+        CharacterStyle styles{};
+        bool foreground = false;
+        bool background = false;
+    };
 
     // ParserHandler
     void printAscii(Bytes text) override;
@@ -119,12 +129,15 @@ private:
     }
     void refreshPen();
     void printTranslated(Bytes text);
+    [[nodiscard]] char32_t translated(char32_t scalar);
+    [[nodiscard]] char32_t characterIn(int slot, std::uint8_t code) const;
 
     // Terminal+Cursor.cpp
     void cursorUp(int count);
     void cursorDown(int count);
     void cursorForward(int count);
     void cursorBackward(int count);
+    void cursorRelative(int cols, int rows);
     void cursorColumn(int col);
     void cursorRow(int row);
     void cursorPosition(int row, int col);
@@ -168,7 +181,7 @@ private:
     // Terminal+Sgr.cpp
     void selectGraphicRendition(const Parameters& parameters);
     static void applySgr(Attribute& attribute, const Parameters& parameters);
-    void pushSgr();
+    void pushSgr(const Parameters& parameters);
     void popSgr();
 
     // Terminal+Modes.cpp
@@ -185,6 +198,8 @@ private:
     void activateAlternate(bool clears);
     void activateNormal(bool clears);
     void switchTo(Buffer& buffer);
+    void selectCharacterPath(BidiDirection direction);
+    void selectPresentationDirection(BidiDirection direction);
     void setConformanceLevel(const Parameters& parameters);
     [[nodiscard]] std::optional<bool> ansiMode(int mode) const;
 
@@ -200,6 +215,7 @@ private:
     void reportCursor(bool isPrivate);
     void reportMode(int mode, bool isPrivate);
     void reportColorScheme();
+    void reportKeyModifiers(int resource);
     void reportSize();
     void reportGraphics(const Parameters& parameters);
     void requestStatusString(const std::string& request);
@@ -255,7 +271,7 @@ private:
     TerminalModes m_modes;
     std::map<int, bool> m_savedModes;
     Attribute m_attribute;
-    std::vector<Attribute> m_attributeStack;
+    std::vector<SavedAttribute> m_attributeStack;
     bool m_isProtected = false;
     bool m_isErasureGuarded = false; ///< SPA and EPA: erasing spares what is protected
     TinyAtom m_link = 0;

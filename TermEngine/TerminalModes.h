@@ -16,7 +16,6 @@ struct TerminalModes {
     // DEC private
     bool applicationCursor = false;       ///< 1
     bool columns132 = false;              ///< 3
-    bool smoothScroll = false;            ///< 4
     bool reverseVideo = false;            ///< 5
     bool origin = false;                  ///< 6
     bool autoRepeat = true;               ///< 8
@@ -49,6 +48,7 @@ struct TerminalModes {
     MouseEncoding mouseEncoding = MouseEncoding::standard;
     std::uint8_t modifyOtherKeys = 0;
     bool eightBitControls = false; ///< S8C1T
+    bool programGetsShift = false; ///< XTSHIFTESCAPE: the mouse with Shift is for the program, not for selecting
 
     bool operator==(const TerminalModes&) const = default;
 };

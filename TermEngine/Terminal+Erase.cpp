@@ -6,6 +6,9 @@
 namespace term {
 
 void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
+    if (m_images.hasText()) [[unlikely]] {
+        eraseTextImages(graphicsScreen(), {{{lineNumber(row), lineNumber(row) + 1, first, end}}});
+    }
     if (kind == EraseKind::unprotected || m_isErasureGuarded) {
         m_buffer->eraseUnprotected(row, first, end, pen().blank);
     } else {

@@ -36,6 +36,7 @@ constexpr std::array flags = std::to_array<ModeOf<bool TerminalModes::*>>({
     {2031, &TerminalModes::colorSchemeUpdates},
     {2500, &TerminalModes::bidiBoxMirroring},
     {2501, &TerminalModes::bidiAutodetection},
+    {8452, &TerminalModes::sixelCursorRight},
 });
 
 constexpr std::array trackings = std::to_array<ModeOf<MouseTracking>>({
@@ -338,6 +339,7 @@ void Terminal::activateNormal(bool clears) {
         return;
     }
     if (clears) {
+        clearImages(ScreenId::alternate);
         for (int row = 0; row < rows(); ++row) {
             m_buffer->eraseCells(row, 0, cols(), pen().blank);
         }

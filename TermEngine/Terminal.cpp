@@ -38,6 +38,8 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options)
       m_images(m_options.kittyGraphics.imageCacheLimitBytes),
       m_graphics(m_options.kittyGraphics, m_images) {
     m_parser.setMaximumOscBytes(m_options.maximumOscBytes);
+    m_normal->lineObserver = this;
+    m_alternate->lineObserver = this;
     m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
     resetState();
 }
@@ -106,8 +108,11 @@ void Terminal::resize(int cols, int rows) {
     if (cols == this->cols() && rows == this->rows()) {
         return;
     }
-    m_normal->resize(cols, rows);
+    std::vector<LinePlace> places = placesOfImages();
+    m_normal->resize(cols, rows, places);
+    moveImagesTo(places);
     m_alternate->resize(cols, rows);
+    dropPassedImages();
     m_delegate.sizeChanged(*this);
     if (m_modes.inBandResize) {
         reportSize();
@@ -117,6 +122,7 @@ void Terminal::resize(int cols, int rows) {
 void Terminal::setScrollback(int lines) {
     m_options.scrollback = std::max(lines, 0);
     m_normal->changeHistorySize(m_options.scrollback);
+    dropPassedImages();
 }
 
 void Terminal::resetState() {
@@ -162,6 +168,7 @@ void Terminal::reset() {
     m_parser.reset();
     const bool wasAlternate = isAlternateActive();
     const TerminalModes before = m_modes;
+    const bool hadImages = !m_images.placements().empty();
     resetState();
     m_buffer = m_normal.get();
     m_normal->clearHistory();
@@ -180,6 +187,9 @@ void Terminal::reset() {
         m_delegate.synchronizedOutputChanged(*this, false);
     }
     m_delegate.cursorStyleChanged(*this, m_cursorStyle);
+    if (hadImages) {
+        m_delegate.imagesChanged(*this);
+    }
     m_delegate.colorChanged(*this, {});
 }
 

@@ -43,6 +43,7 @@ struct TerminalModes {
     bool inBandResize = false;            ///< 2048
     bool bidiBoxMirroring = false;        ///< 2500
     bool bidiAutodetection = false;       ///< 2501
+    bool sixelCursorRight = false;        ///< 8452
 
     MouseTracking mouseTracking = MouseTracking::none;
     MouseEncoding mouseEncoding = MouseEncoding::standard;

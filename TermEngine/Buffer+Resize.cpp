@@ -76,7 +76,7 @@ void Buffer::reflow(int cols, std::span<LinePlace> places) {
         if (line > last) {
             places[i].line += count - 1 - last;
         } else if (line >= 0) {
-            places[i] = {trimmed + anchors[ownAnchors + i].line, std::min(anchors[ownAnchors + i].col, cols - 1)};
+            places[i] = {trimmed + anchors[ownAnchors + i].line, anchors[ownAnchors + i].col};
         }
     }
     m_lines.assign(std::move(lines));

@@ -67,7 +67,7 @@ public:
 struct LinePlace {
     std::int64_t line = 0;
     int col = 0;
-    bool operator==(const LinePlace&) const = default;
+    auto operator<=>(const LinePlace&) const = default;
 };
 
 enum class ClusterMode : std::uint8_t { scalars, graphemes };
@@ -171,7 +171,7 @@ public:
     [[nodiscard]] int nextTabStop(int col) const;
     [[nodiscard]] int previousTabStop(int col) const;
 
-    /// The `places` follow the characters that they stand on.
+    /// The `places` follow the characters that they stand on; a column as big as the width is behind a full line.
     void resize(int cols, int rows, std::span<LinePlace> places = {});
     void changeHistorySize(int scrollback);
 

@@ -25,6 +25,12 @@ struct SemanticMarks {
 
     bool operator==(const SemanticMarks&) const = default;
     [[nodiscard]] bool any() const { return promptStart || inputStart || outputStart || commandEnd; }
+    /// Of a line that another one was joined to.
+    [[nodiscard]] SemanticMarks operator|(const SemanticMarks& later) const {
+        return {
+            promptStart || later.promptStart, inputStart || later.inputStart, outputStart || later.outputStart,
+            commandEnd || later.commandEnd, later.exitCode ? later.exitCode : exitCode};
+    }
 };
 
 /// One line of a screen or of its history. Cells past the used ones are all the tail blank, so that a fresh line

@@ -48,14 +48,16 @@ void Reflow::keep(Line line, int index) {
 }
 
 void Reflow::flow(std::vector<Line>& lines, int first, int end) {
-    BufferLine& start = nextRow(lines[static_cast<std::size_t>(first)]->isWrapped());
-    start.setBidiState(lines[static_cast<std::size_t>(first)]->bidiState());
+    m_bidiState = lines[static_cast<std::size_t>(first)]->bidiState();
+    nextRow(lines[static_cast<std::size_t>(first)]->isWrapped());
     for (int index = first; index < end; ++index) {
         const Line row = std::move(lines[static_cast<std::size_t>(index)]);
         const bool isLast = index + 1 == end;
         const int length = lengthOf(*row, isLast);
         if (row->semanticMarks().any()) {
-            m_made.back()->setSemanticMark(row->semanticMarks());
+            // They belong to the text of the row, which may begin behind a full one.
+            BufferLine& marked = m_col == m_cols && length > 0 ? nextRow(true) : *m_made.back();
+            marked.setSemanticMark(marked.semanticMarks() | row->semanticMarks());
         }
         copyRow(*row, index, length);
         placeBehind(index, length, m_col);
@@ -68,6 +70,7 @@ void Reflow::flow(std::vector<Line>& lines, int first, int end) {
 BufferLine& Reflow::nextRow(bool wrapped) {
     m_made.push_back(m_blankLine());
     m_made.back()->setWrapped(wrapped);
+    m_made.back()->setBidiState(m_bidiState);
     m_col = 0;
     return *m_made.back();
 }

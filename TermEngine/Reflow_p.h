@@ -50,6 +50,7 @@ private:
     std::function<Line()> m_blankLine;
     std::vector<Line> m_made;
     int m_col = 0;
+    std::uint8_t m_bidiState = 0;
 };
 
 } // namespace term

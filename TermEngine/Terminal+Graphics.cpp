@@ -260,7 +260,7 @@ void Terminal::moveImagesTo(std::span<const LinePlace> places) {
     for (ImagePlacement& placement : m_images.movable()) {
         if (placement.screen == ScreenId::normal) {
             placement.row = place->line;
-            placement.column = place->col;
+            placement.column = std::min(place->col, cols() - 1);
             ++place;
         }
     }

@@ -5,7 +5,7 @@
 
 namespace term {
 
-void Buffer::resize(int cols, int rows) {
+void Buffer::resize(int cols, int rows, std::span<LinePlace> places) {
     if (cols == m_cols && rows == m_rows) {
         return;
     }
@@ -13,7 +13,7 @@ void Buffer::resize(int cols, int rows) {
     const std::size_t length = static_cast<std::size_t>(rows + (m_setup.hasScrollback ? m_setup.scrollback : 0));
     if (cols != m_cols) {
         resizeTabStops(cols);
-        reflow(cols);
+        reflow(cols, places);
     }
     m_lines.setMaxLength(std::max(length, m_lines.size()) + static_cast<std::size_t>(rows));
     resizeRows(rows);
@@ -36,7 +36,7 @@ int Buffer::lastLineInUse() const {
     return last;
 }
 
-void Buffer::reflow(int cols) {
+void Buffer::reflow(int cols, std::span<LinePlace> places) {
     m_cols = cols;
     if (!m_setup.hasScrollback) {
         for (int index = 0; index < lineCount(); ++index) {
@@ -55,17 +55,30 @@ void Buffer::reflow(int cols) {
         lines.push_back(std::move(m_lines[static_cast<std::size_t>(index)]));
     }
     const int savedLine = std::min(m_yBase + saved.y, last);
-    Reflow reflow(
-        cols,
-        {{m_yBase + m_y, m_x + (m_pendingWrap ? 1 : 0)},
-         {savedLine, saved.x + (saved.pendingWrap ? 1 : 0)},
-         {m_yBase, 0},
-         {m_yDisp, 0}},
-        [this] { return blankLine({}); });
+    std::vector<Reflow::Anchor> wanted{
+        {m_yBase + m_y, m_x + (m_pendingWrap ? 1 : 0)},
+        {savedLine, saved.x + (saved.pendingWrap ? 1 : 0)},
+        {m_yBase, 0},
+        {m_yDisp, 0}};
+    const auto trimmed = static_cast<std::int64_t>(m_trimmedCount);
+    const std::size_t ownAnchors = wanted.size();
+    for (const LinePlace& place : places) {
+        wanted.push_back({static_cast<int>(std::clamp<std::int64_t>(place.line - trimmed, -1, last + 1)), place.col});
+    }
+    Reflow reflow(cols, std::move(wanted), [this] { return blankLine({}); });
     lines = reflow.run(std::move(lines));
     const auto& anchors = reflow.anchors();
 
     const int count = static_cast<int>(lines.size());
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        // What stands above the history or below all text keeps its distance from it.
+        const std::int64_t line = places[i].line - trimmed;
+        if (line > last) {
+            places[i].line += count - 1 - last;
+        } else if (line >= 0) {
+            places[i] = {trimmed + anchors[ownAnchors + i].line, anchors[ownAnchors + i].col};
+        }
+    }
     m_lines.assign(std::move(lines));
     m_lines.setMaxLength(std::max(m_lines.size(), m_lines.maxLength()) + static_cast<std::size_t>(m_rows));
     // A screen that was full stays so, from the history; else its first line stays the first.

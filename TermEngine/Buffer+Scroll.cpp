@@ -12,6 +12,7 @@ void Buffer::index(const Pen& pen) {
         }
     } else if (m_y < m_rows - 1) {
         ++m_y;
+        m_x = std::min(m_x, lastColumn(m_y));
     }
 }
 
@@ -23,6 +24,7 @@ void Buffer::reverseIndex(const Pen& pen) {
         }
     } else if (m_y > 0) {
         --m_y;
+        m_x = std::min(m_x, lastColumn(m_y));
     }
 }
 
@@ -61,6 +63,16 @@ void Buffer::scrollUp(int count, const Pen& pen) {
     }
     if (m_scrollBottom < m_rows - 1) {
         line(m_scrollBottom + 1).setWrapped(false);
+        if (lineObserver != nullptr) {
+            lineObserver->rowsRenumbered(*this, m_scrollBottom + 1, count);
+        }
+    }
+}
+
+/// Both ends are part of what moved.
+void Buffer::tellMoved(int top, int bottom, int left, int right, int by) {
+    if (lineObserver != nullptr) {
+        lineObserver->linesMoved(*this, {top, left, bottom + 1, right + 1}, by);
     }
 }
 
@@ -80,6 +92,7 @@ void Buffer::scrollRegionUp(int top, int bottom, int count, PackedCell blank) {
         fresh.recycle(m_cols, blank, nextIdentity());
         fresh.setBidiState(defaultBidiState);
     }
+    tellMoved(top, bottom, 0, m_cols - 1, -count);
     line(top).setWrapped(false);
     if (bottom < m_rows - 1) {
         line(bottom + 1).setWrapped(false);
@@ -93,6 +106,7 @@ void Buffer::scrollRegionDown(int top, int bottom, int count, PackedCell blank) 
         fresh.recycle(m_cols, blank, nextIdentity());
         fresh.setBidiState(defaultBidiState);
     }
+    tellMoved(top, bottom, 0, m_cols - 1, count);
     if (top + count <= bottom) {
         line(top + count).setWrapped(false);
     }
@@ -117,6 +131,7 @@ void Buffer::moveColumnsVertically(int top, int bottom, int count, PackedCell bl
             line(row).fill(left, left + width, blank);
         }
     }
+    tellMoved(top, bottom, left, left + width - 1, -count);
 }
 
 void Buffer::insertLines(int count, const Pen& pen) {

@@ -13,12 +13,17 @@ int Buffer::rightLimit() const {
     return marginMode && m_x <= m_marginRight ? std::min(m_marginRight, last) : last;
 }
 
+/// IRM, which has no effect beside the left and right margins.
+bool Buffer::insertsAtCursor() const {
+    return insertMode && m_x >= marginLeft() && m_x <= marginRight();
+}
+
 void Buffer::wrap(const Pen& pen) {
     const bool isWhole = !marginMode || (m_marginLeft == 0 && m_marginRight == m_cols - 1);
-    m_x = marginMode && m_x >= m_marginLeft && m_x <= m_marginRight ? m_marginLeft : 0;
     m_pendingWrap = false;
     const bool moves = m_y == m_scrollBottom || m_y < m_rows - 1;
     index(pen);
+    m_x = marginLeft();
     if (moves && isWhole) {
         line(m_y).setWrapped(true);
     }
@@ -40,7 +45,7 @@ void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) 
         const int right = std::max(rightLimit(), m_x);
         const auto count = std::min(text.size(), static_cast<std::size_t>(right - m_x + 1));
         const int columns = static_cast<int>(count);
-        if (insertMode) {
+        if (insertsAtCursor()) {
             target.insertCells(m_x, columns, right + 1, pen.blank);
         }
         m_ops.expandAscii(&target.write(m_x, columns)->rawValue, text.data(), count, pen.bits);
@@ -144,7 +149,7 @@ void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
         }
     }
     BufferLine& target = line(m_y);
-    if (insertMode) {
+    if (insertsAtCursor()) {
         target.insertCells(m_x, width, right + 1, pen.blank);
     }
     PackedCell* const cells = target.write(m_x, width);
@@ -218,6 +223,9 @@ void Buffer::widen(int col, const Pen& pen) {
     }
     // It stands in the last column: what is left there is what a wide character leaves.
     setCursor(col, m_y);
+    if (insertsAtCursor()) {
+        line(m_y).deleteCells(col, 1, std::max(rightLimit(), col) + 1, pen.blank);
+    }
     insertCharacter(cell, pen);
 }
 

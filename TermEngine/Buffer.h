@@ -50,6 +50,26 @@ struct Rectangle {
     [[nodiscard]] bool isEmpty() const { return top >= bottom || left >= right; }
 };
 
+class Buffer;
+
+/// Told of lines that move on a screen, so that what stands on them can follow. Lines count as
+/// `Buffer::trimmedCount` does.
+class LineObserver {
+public:
+    virtual ~LineObserver() = default;
+    /// Between two margins, the columns `left` to `right` have moved by `by` lines, down where that is positive.
+    virtual void linesMoved(const Buffer& buffer, Rectangle margins, int by) = 0;
+    /// The rows from `row` on stand where they stood, but `by` lines came into the history before them.
+    virtual void rowsRenumbered(const Buffer& buffer, int row, int by) = 0;
+};
+
+/// A line, counted as `Buffer::trimmedCount` does, and a column.
+struct LinePlace {
+    std::int64_t line = 0;
+    int col = 0;
+    auto operator<=>(const LinePlace&) const = default;
+};
+
 enum class ClusterMode : std::uint8_t { scalars, graphemes };
 
 /// One screen with its history: lines, cursor, margins, tab stops.
@@ -114,6 +134,7 @@ public:
     bool extendedReverseWraparound = false;
     SavedCursor saved;
     std::uint8_t defaultBidiState = 0;
+    LineObserver* lineObserver = nullptr;
 
     // Writing at the cursor (Buffer+Write.cpp).
     void insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen);
@@ -150,7 +171,8 @@ public:
     [[nodiscard]] int nextTabStop(int col) const;
     [[nodiscard]] int previousTabStop(int col) const;
 
-    void resize(int cols, int rows);
+    /// The `places` follow the characters that they stand on; a column as big as the width is behind a full line.
+    void resize(int cols, int rows, std::span<LinePlace> places = {});
     void changeHistorySize(int scrollback);
 
     void mark(CellArena::Marker& marker) const;
@@ -162,6 +184,7 @@ public:
 
 private:
     [[nodiscard]] int rightLimit() const;
+    [[nodiscard]] bool insertsAtCursor() const;
     void wrap(const Pen& pen);
     std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
     void putScalar(char32_t scalar, int width, const Pen& pen);
@@ -172,7 +195,8 @@ private:
     void scrollRegionUp(int top, int bottom, int count, PackedCell blank);
     void scrollRegionDown(int top, int bottom, int count, PackedCell blank);
     void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);
-    void reflow(int cols);
+    void tellMoved(int top, int bottom, int left, int right, int by);
+    void reflow(int cols, std::span<LinePlace> places);
     void resizeRows(int rows);
     void resizeTabStops(int cols);
     void fillRows();

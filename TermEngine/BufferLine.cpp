@@ -34,8 +34,8 @@ BufferLine::BufferLine(const BufferLine& other)
 }
 
 void BufferLine::setRenderMode(RenderLineMode mode) {
+    m_generation += m_renderMode != mode ? 1 : 0;
     m_renderMode = mode;
-    ++m_generation;
 }
 
 void BufferLine::setSemanticMark(const SemanticMarks& marks) {

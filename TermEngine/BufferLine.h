@@ -25,6 +25,12 @@ struct SemanticMarks {
 
     bool operator==(const SemanticMarks&) const = default;
     [[nodiscard]] bool any() const { return promptStart || inputStart || outputStart || commandEnd; }
+    /// Of a line that another one was joined to.
+    [[nodiscard]] SemanticMarks operator|(const SemanticMarks& later) const {
+        return {
+            promptStart || later.promptStart, inputStart || later.inputStart, outputStart || later.outputStart,
+            commandEnd || later.commandEnd, later.exitCode ? later.exitCode : exitCode};
+    }
 };
 
 /// One line of a screen or of its history. Cells past the used ones are all the tail blank, so that a fresh line
@@ -58,7 +64,10 @@ public:
     [[nodiscard]] RenderLineMode renderMode() const { return m_renderMode; }
     void setRenderMode(RenderLineMode mode);
     [[nodiscard]] std::uint8_t bidiState() const { return m_bidiState; }
-    void setBidiState(std::uint8_t state) { m_bidiState = state; }
+    void setBidiState(std::uint8_t state) {
+        m_generation += m_bidiState != state ? 1 : 0;
+        m_bidiState = state;
+    }
     [[nodiscard]] const SemanticMarks& semanticMarks() const { return m_marks; }
     void setSemanticMark(const SemanticMarks& marks);
 

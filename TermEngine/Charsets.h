@@ -12,6 +12,7 @@ enum class Charset : std::uint8_t {
     ascii,
     decGraphics,
     decSupplemental,
+    decTechnical,
     latin1,
     british,
     dutch,
@@ -29,6 +30,11 @@ enum class Charset : std::uint8_t {
 
 /// By the final bytes of a designation ("0", "%6"); nothing for a set that is not known.
 [[nodiscard]] std::optional<Charset> charsetOf(std::string_view designation, bool has96Characters);
+
+/// Whether a set acts in mode 42 (DECNRCM) only.
+[[nodiscard]] constexpr bool isNational(Charset set) {
+    return set > Charset::british;
+}
 
 /// The character at 0x20 to 0x7F of a set.
 [[nodiscard]] char32_t characterOf(Charset set, std::uint8_t code);

@@ -4,6 +4,7 @@ set(TERM_HOST_SOURCES
     DeliveryQueue.cpp
     GraphicsCommand.cpp
     ImageCodec.cpp
+    ImagePlacement.cpp
     ImageStore.cpp
     InputEncoder.cpp
     KeyEncoder.cpp
@@ -29,6 +30,7 @@ set(TERM_HOST_HEADERS
     DeliveryQueue.h
     GraphicsCommand.h
     ImageCodec.h
+    ImagePlacement.h
     ImageStore.h
     InputEncoder.h
     KeyEncoder.h

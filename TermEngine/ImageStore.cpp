@@ -15,25 +15,6 @@ size_t bytesOf(const StoredImage& image) {
     return bytes;
 }
 
-/// Cuts what of `placement` lies outside of the lines, and of its source in proportion. False: nothing is left.
-bool clip(ImagePlacement& placement, int64_t first, int64_t last) {
-    const int64_t above = std::max<int64_t>(0, first - placement.row);
-    const int64_t below = std::max<int64_t>(0, placement.row + placement.rows - 1 - last);
-    if (above + below >= placement.rows) {
-        return false;
-    }
-    const auto ofSource = [&placement](int64_t rows) {
-        return static_cast<int>(rows * placement.sourceHeight / placement.rows);
-    };
-    const int cutAbove = ofSource(above);
-    const int cutBelow = ofSource(below);
-    placement.sourceY += cutAbove;
-    placement.sourceHeight -= cutAbove + cutBelow;
-    placement.row += above;
-    placement.rows -= static_cast<int>(above + below);
-    return true;
-}
-
 } // namespace
 
 StoredImage* ImageStore::find(uint32_t id) {
@@ -59,15 +40,14 @@ uint32_t ImageStore::unusedId() const {
     return id;
 }
 
-bool ImageStore::isPlaced(uint32_t id) const {
-    return std::ranges::find(m_placements, id, &ImagePlacement::imageId) != m_placements.end();
-}
-
 bool ImageStore::makeRoom(size_t bytes, uint32_t keptId) {
     if (bytes > m_limitBytes) {
         return false;
     }
-    if (m_usedBytes + bytes <= m_limitBytes) {
+    const auto hasRoom = [&](size_t spareBytes, size_t spareImages) {
+        return m_usedBytes + bytes + spareBytes <= m_limitBytes && m_images.size() + spareImages < mostImages;
+    };
+    if (hasRoom(0, 0)) {
         return true;
     }
     std::set<uint32_t> placed;
@@ -88,14 +68,16 @@ bool ImageStore::makeRoom(size_t bytes, uint32_t keptId) {
     }
     std::ranges::sort(candidates);
     // A little more than is needed goes, or every next small image would have to look for the oldest one again.
-    const size_t spare = m_limitBytes / 16;
+    std::set<uint32_t> gone;
     for (const auto& candidate : candidates) {
-        if (m_usedBytes + bytes + spare <= m_limitBytes) {
+        if (hasRoom(m_limitBytes / 16, mostImages / 16)) {
             break;
         }
-        remove(candidate.id);
+        dropData(candidate.id);
+        gone.insert(candidate.id);
     }
-    return m_usedBytes + bytes <= m_limitBytes;
+    removePlacements([&gone](const ImagePlacement& some) { return gone.contains(some.imageId); }, Data::keep);
+    return hasRoom(0, 0);
 }
 
 bool ImageStore::add(uint32_t id, uint32_t number, RgbaImage pixels) {
@@ -141,14 +123,32 @@ void ImageStore::removeFrame(StoredImage& image, size_t index) {
     image.currentFrame = std::min(image.currentFrame, image.frames.size() - 1);
 }
 
-void ImageStore::remove(uint32_t id) {
-    const auto found = m_images.find(id);
-    if (found == m_images.end()) {
-        return;
+void ImageStore::dropData(uint32_t id) {
+    if (const auto found = m_images.find(id); found != m_images.end()) {
+        m_usedBytes -= bytesOf(found->second);
+        m_images.erase(found);
     }
-    m_usedBytes -= bytesOf(found->second);
-    m_images.erase(found);
-    removePlacements([id](const ImagePlacement& placement) { return placement.imageId == id; }, Data::keep);
+}
+
+void ImageStore::remove(uint32_t id) {
+    if (m_images.contains(id)) {
+        dropData(id);
+        removePlacements([id](const ImagePlacement& placement) { return placement.imageId == id; }, Data::keep);
+    }
+}
+
+void ImageStore::dropUnplaced(const std::set<uint32_t>& ids) {
+    std::set<uint32_t> unplaced = ids;
+    for (const auto& placement : m_placements) {
+        unplaced.erase(placement.imageId);
+    }
+    for (const uint32_t id : unplaced) {
+        dropData(id);
+    }
+}
+
+void ImageStore::countText() {
+    m_textPlacements = static_cast<size_t>(std::ranges::count(m_placements, true, &ImagePlacement::isText));
 }
 
 void ImageStore::place(ImagePlacement placement) {
@@ -159,48 +159,94 @@ void ImageStore::place(ImagePlacement placement) {
             },
             Data::keep);
     }
-    // A screen shows hundreds at most; whoever places more loses the oldest.
-    constexpr size_t mostPlacements = 4096;
-    if (m_placements.size() == mostPlacements) {
-        m_placements.erase(m_placements.begin(), m_placements.begin() + mostPlacements / 4);
-    }
     placement.serial = ++m_serial;
+    append(placement);
+}
+
+void ImageStore::append(const ImagePlacement& placement) {
+    if (m_placements.size() >= mostPlacements) {
+        m_placements.erase(m_placements.begin(), m_placements.begin() + mostPlacements / 4);
+        countText();
+    }
     m_placements.push_back(placement);
+    m_textPlacements += placement.isText ? 1 : 0;
 }
 
 void ImageStore::removePlacements(const Condition& condition, Data data) {
-    std::vector<uint32_t> ids;
+    std::set<uint32_t> ids;
     std::erase_if(m_placements, [&](const ImagePlacement& placement) {
         const bool goes = condition(placement);
         if (goes) {
-            ids.push_back(placement.imageId);
+            ids.insert(placement.imageId);
         }
         return goes;
     });
+    if (ids.empty()) {
+        return;
+    }
+    countText();
     if (data == Data::release) {
-        for (const uint32_t id : ids) {
-            if (!isPlaced(id)) {
-                remove(id);
-            }
+        dropUnplaced(ids);
+    }
+}
+
+void ImageStore::scroll(ScreenId screen, const CellArea& area, int64_t by, const CellArea& kept) {
+    std::set<uint32_t> ids;
+    std::erase_if(m_placements, [&](ImagePlacement& placement) {
+        if (placement.screen != screen || placement.isVirtual || !area.contains(placement.area())) {
+            return false;
+        }
+        placement.row += by;
+        const auto part = partOf(placement, kept);
+        placement = part.value_or(placement);
+        if (!part) {
+            ids.insert(placement.imageId);
+        }
+        return !part;
+    });
+    if (!ids.empty()) {
+        countText();
+        dropUnplaced(ids);
+    }
+}
+
+void ImageStore::renumber(ScreenId screen, int64_t line, int64_t by, int64_t top) {
+    for (ImagePlacement& placement : m_placements) {
+        if (placement.screen == screen && !placement.isVirtual && placement.row >= top &&
+            placement.row + placement.rows > line) {
+            placement.row += by;
         }
     }
 }
 
-void ImageStore::scroll(ScreenId screen, int64_t first, int64_t last, int64_t by) {
-    std::erase_if(m_placements, [=](ImagePlacement& placement) {
-        const bool isInside = placement.screen == screen && !placement.isVirtual && placement.row >= first &&
-                              placement.row + placement.rows - 1 <= last;
-        if (!isInside) {
+bool ImageStore::eraseText(ScreenId screen, const CellArea& area) {
+    std::vector<ImagePlacement> parts;
+    std::set<uint32_t> ids;
+    std::erase_if(m_placements, [&](const ImagePlacement& placement) {
+        if (!placement.isText || placement.screen != screen || !area.intersects(placement.area())) {
             return false;
         }
-        placement.row += by;
-        return !clip(placement, first, last);
+        ids.insert(placement.imageId);
+        for (const ImagePlacement& part : partsAround(placement, area)) {
+            parts.push_back(part);
+        }
+        return true;
     });
+    if (ids.empty()) {
+        return false;
+    }
+    countText();
+    for (const ImagePlacement& part : parts) {
+        append(part);
+    }
+    dropUnplaced(ids);
+    return true;
 }
 
 void ImageStore::clear() {
     m_images.clear();
     m_placements.clear();
+    m_textPlacements = 0;
     m_usedBytes = 0;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TermEngine/ImagePlacement.h"
 #include "TermEngine/RgbaImage.h"
 
 #include <cstddef>
@@ -8,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace term {
@@ -32,37 +34,15 @@ struct StoredImage {
     [[nodiscard]] int height() const { return frames.front().pixels->height; }
 };
 
-/// Which of a terminal's screens.
-enum class ScreenId : uint8_t { normal, alternate };
-
-/// An image on a screen.
-struct ImagePlacement {
-    uint32_t imageId = 0;
-    uint32_t placementId = 0;
-    ScreenId screen = ScreenId::normal;
-    int64_t row = 0; ///< of its first line, counted from the first line that the terminal ever had
-    int column = 0;
-    int offsetX = 0; ///< pixels within the first cell
-    int offsetY = 0;
-    int sourceX = 0; ///< what is shown of the image
-    int sourceY = 0;
-    int sourceWidth = 0;
-    int sourceHeight = 0;
-    int columns = 0; ///< cells that it covers
-    int rows = 0;
-    int z = 0;
-    bool isVirtual = false; ///< shown where cells with U+10EEEE name it, not by itself
-    uint64_t serial = 0;
-
-    bool operator==(const ImagePlacement&) const = default;
-};
-
 /// The images of a terminal and where they are shown, within a limit of memory. When it is full, images without a
 /// placement go first, and among equals the oldest.
 class ImageStore {
 public:
     /// What an image or a placement costs beside its pixels.
     static constexpr size_t overheadBytes = 512;
+    /// There are never more: whoever goes on adding loses the oldest. A screen shows hundreds at most.
+    static constexpr size_t mostImages = 4096;
+    static constexpr size_t mostPlacements = 1024;
 
     explicit ImageStore(size_t limitBytes) : m_limitBytes(limitBytes) {}
 
@@ -92,20 +72,31 @@ public:
     enum class Data : uint8_t { keep, release };
     /// With `release`, images that lose their last placement go too.
     void removePlacements(const Condition& condition, Data data);
-    /// Lines `first` to `last` moved by `by`. What lay wholly among them moves, and goes where nothing of it is left
-    /// among them; what is cut off is not shown any more.
-    void scroll(ScreenId screen, int64_t first, int64_t last, int64_t by);
+    /// What lay wholly in `area` moves by `by` lines with it; what is not within `kept` then is not shown any more.
+    void scroll(ScreenId screen, const CellArea& area, int64_t by, const CellArea& kept);
+    /// The lines from `line` on have got numbers that are larger by `by`. What reaches below `line` goes with them,
+    /// unless it begins above `top`.
+    void renumber(ScreenId screen, int64_t line, int64_t by, int64_t top);
+    /// What belongs to the text leaves `area`. Whether there was something of it.
+    bool eraseText(ScreenId screen, const CellArea& area);
+    [[nodiscard]] bool hasText() const { return m_textPlacements > 0; }
+    /// To give places new lines and columns; nothing else may change.
+    [[nodiscard]] std::vector<ImagePlacement>& movable() { return m_placements; }
     void clear();
 
 private:
     [[nodiscard]] bool makeRoom(size_t bytes, uint32_t keptId);
-    [[nodiscard]] bool isPlaced(uint32_t id) const;
+    void append(const ImagePlacement& placement);
+    void dropData(uint32_t id);
+    void dropUnplaced(const std::set<uint32_t>& ids);
+    void countText();
 
     const size_t m_limitBytes;
     size_t m_usedBytes = 0;
     uint64_t m_serial = 0;
     std::map<uint32_t, StoredImage> m_images;
     std::vector<ImagePlacement> m_placements;
+    size_t m_textPlacements = 0;
 };
 
 } // namespace term

@@ -210,20 +210,14 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::finishImage(
         return std::unexpected("ENOSPC:no room for the image");
     }
     m_frameBegins.erase(id);
-    return command.letter('a', 't') == 'T' ? put(command, *m_store.find(id), context)
-                                           : Outcome<GraphicsResult>(GraphicsResult{.hasChanged = true});
-}
-
-GraphicsResult KittyGraphics::show(RgbaImage image, int columns, int rows, const GraphicsContext& context) {
-    const uint32_t id = m_store.unusedId();
-    if (!m_store.add(id, 0, std::move(image))) {
-        return {};
+    Outcome<GraphicsResult> outcome = GraphicsResult{.hasChanged = true};
+    if (command.letter('a', 't') == 'T') {
+        outcome = put(command, *m_store.find(id), context);
     }
-    std::string keys = "c=";
-    appendNumber(keys, std::max(columns, 0));
-    keys += ",r=";
-    appendNumber(keys, std::max(rows, 0));
-    return put(*GraphicsCommand::parse(keys), *m_store.find(id), context).value_or(GraphicsResult{});
+    if (outcome) {
+        outcome->newImage = id;
+    }
+    return outcome;
 }
 
 KittyGraphics::Outcome<GraphicsResult> KittyGraphics::put(
@@ -253,6 +247,8 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::put(
     if (placement.columns == 0 && placement.rows == 0) {
         placement.columns = ceilDivide(placement.sourceWidth + placement.offsetX, cellWidth);
         placement.rows = ceilDivide(placement.sourceHeight + placement.offsetY, cellHeight);
+        placement.cellWidth = static_cast<int>(cellWidth);
+        placement.cellHeight = static_cast<int>(cellHeight);
     } else if (placement.rows == 0) {
         const int64_t width = placement.columns * cellWidth;
         placement.rows = ceilDivide(width * placement.sourceHeight, cellHeight * placement.sourceWidth);

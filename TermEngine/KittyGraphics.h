@@ -31,6 +31,7 @@ struct GraphicsResult {
     bool hasChanged = false; ///< something is shown that was not, or no more
     int cursorColumns = 0;   ///< that the cursor moves to the right
     int cursorRows = 0;      ///< and down, scrolling where it must
+    uint32_t newImage = 0;   ///< has come
 };
 
 /// kitty's graphics protocol ("Terminal graphics protocol"), over the images of one terminal.
@@ -43,8 +44,6 @@ public:
 
     /// `body` is what stands behind "G" in the APC string.
     GraphicsResult handle(std::string_view body, const GraphicsContext& context);
-    /// An image of another protocol (sixel, OSC 1337) at the cursor, in so many cells; 0: as many as it has pixels for.
-    GraphicsResult show(RgbaImage image, int columns, int rows, const GraphicsContext& context);
     void reset();
 
     /// Moves running animations on. When to ask again, in milliseconds after `now`; nothing while none runs.

@@ -48,14 +48,16 @@ void Reflow::keep(Line line, int index) {
 }
 
 void Reflow::flow(std::vector<Line>& lines, int first, int end) {
-    BufferLine& start = nextRow(lines[static_cast<std::size_t>(first)]->isWrapped());
-    start.setBidiState(lines[static_cast<std::size_t>(first)]->bidiState());
+    m_bidiState = lines[static_cast<std::size_t>(first)]->bidiState();
+    nextRow(lines[static_cast<std::size_t>(first)]->isWrapped());
     for (int index = first; index < end; ++index) {
         const Line row = std::move(lines[static_cast<std::size_t>(index)]);
         const bool isLast = index + 1 == end;
         const int length = lengthOf(*row, isLast);
         if (row->semanticMarks().any()) {
-            m_made.back()->setSemanticMark(row->semanticMarks());
+            // They belong to the text of the row, which may begin behind a full one.
+            BufferLine& marked = m_col == m_cols && length > 0 ? nextRow(true) : *m_made.back();
+            marked.setSemanticMark(marked.semanticMarks() | row->semanticMarks());
         }
         copyRow(*row, index, length);
         placeBehind(index, length, m_col);
@@ -68,6 +70,7 @@ void Reflow::flow(std::vector<Line>& lines, int first, int end) {
 BufferLine& Reflow::nextRow(bool wrapped) {
     m_made.push_back(m_blankLine());
     m_made.back()->setWrapped(wrapped);
+    m_made.back()->setBidiState(m_bidiState);
     m_col = 0;
     return *m_made.back();
 }
@@ -109,10 +112,22 @@ void Reflow::copyRow(const BufferLine& row, int index, int length) {
     }
 }
 
+/// Lines are asked for in their order.
+std::span<const std::size_t> Reflow::anchorsOf(int index) {
+    while (m_passed < m_byLine.size() && m_source[m_byLine[m_passed]].line < index) {
+        ++m_passed;
+    }
+    std::size_t end = m_passed;
+    while (end < m_byLine.size() && m_source[m_byLine[end]].line == index) {
+        ++end;
+    }
+    return std::span(m_byLine).subspan(m_passed, end - m_passed);
+}
+
 /// The anchors in `count` cells of a source row stand from `col` of the newest row on.
 void Reflow::place(int index, int sourceCol, int count, int col) {
-    for (std::size_t i = 0; i < m_source.size(); ++i) {
-        if (m_source[i].line == index && m_source[i].col >= sourceCol && m_source[i].col < sourceCol + count) {
+    for (const std::size_t i : anchorsOf(index)) {
+        if (m_source[i].col >= sourceCol && m_source[i].col < sourceCol + count) {
             m_anchors[i] = {static_cast<int>(m_made.size()) - 1, col + m_source[i].col - sourceCol};
         }
     }
@@ -120,8 +135,8 @@ void Reflow::place(int index, int sourceCol, int count, int col) {
 
 /// Those past the text keep their distance from it, as far as the line goes.
 void Reflow::placeBehind(int index, int length, int col) {
-    for (std::size_t i = 0; i < m_source.size(); ++i) {
-        if (m_source[i].line == index && m_source[i].col >= length) {
+    for (const std::size_t i : anchorsOf(index)) {
+        if (m_source[i].col >= length) {
             m_anchors[i] = {static_cast<int>(m_made.size()) - 1, std::min(col + m_source[i].col - length, m_cols)};
         }
     }

@@ -2,8 +2,11 @@
 
 #include "TermEngine/BufferLine.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <numeric>
+#include <span>
 #include <vector>
 
 namespace term {
@@ -20,7 +23,11 @@ public:
     };
 
     Reflow(int cols, std::vector<Anchor> anchors, std::function<Line()> blankLine)
-        : m_cols(cols), m_source(anchors), m_anchors(std::move(anchors)), m_blankLine(std::move(blankLine)) {}
+        : m_cols(cols), m_source(anchors), m_anchors(std::move(anchors)), m_blankLine(std::move(blankLine)) {
+        m_byLine.resize(m_source.size());
+        std::iota(m_byLine.begin(), m_byLine.end(), std::size_t{0});
+        std::ranges::sort(m_byLine, {}, [this](std::size_t i) { return m_source[i].line; });
+    }
 
     [[nodiscard]] std::vector<Line> run(std::vector<Line> lines);
     /// After the run, in the order given. A column as big as the width means: behind a full line.
@@ -33,13 +40,17 @@ private:
     BufferLine& nextRow(bool wrapped);
     void place(int index, int sourceCol, int count, int col);
     void placeBehind(int index, int length, int col);
+    [[nodiscard]] std::span<const std::size_t> anchorsOf(int index);
 
     int m_cols;
     std::vector<Anchor> m_source;
     std::vector<Anchor> m_anchors;
+    std::vector<std::size_t> m_byLine; ///< the anchors in the order of their lines
+    std::size_t m_passed = 0;          ///< so many of them are of lines that are done
     std::function<Line()> m_blankLine;
     std::vector<Line> m_made;
     int m_col = 0;
+    std::uint8_t m_bidiState = 0;
 };
 
 } // namespace term

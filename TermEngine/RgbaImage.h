@@ -15,6 +15,14 @@ struct RgbaImage {
     int height = 0;
     std::vector<uint8_t> pixels{};
 
+    [[nodiscard]] bool isOpaque() const {
+        for (size_t at = 3; at < pixels.size(); at += 4) {
+            if (pixels[at] != 0xFF) {
+                return false;
+            }
+        }
+        return true;
+    }
     [[nodiscard]] size_t rowBytes() const { return static_cast<size_t>(width) * 4; }
     bool operator==(const RgbaImage&) const = default;
 };

@@ -57,6 +57,14 @@ void Terminal::cursorBackward(int count) {
     b.setCursor(x, y);
 }
 
+/// HPR and VPR: the margins count in origin mode only.
+void Terminal::cursorRelative(int cols, int rows) {
+    Buffer& b = *m_buffer;
+    const int right = m_modes.origin ? b.marginRight() : b.cols() - 1;
+    const int bottom = m_modes.origin ? b.scrollBottom() : b.rows() - 1;
+    b.setCursor(std::min(b.x() + cols, right), std::min(b.y() + rows, bottom));
+}
+
 void Terminal::cursorColumn(int col) {
     Buffer& b = *m_buffer;
     if (m_modes.origin) {
@@ -148,6 +156,7 @@ void Terminal::restoreCursor() {
     Buffer& b = *m_buffer;
     const SavedCursor& saved = b.saved;
     m_modes.origin = saved.originMode;
+    b.marginMode = saved.marginMode;
     b.wraparound = saved.wraparound;
     b.reverseWraparound = saved.reverseWraparound;
     m_attribute = saved.attribute;

@@ -5,6 +5,7 @@
 namespace term {
 
 bool Terminal::execute(std::uint8_t code) {
+    m_buffer->forgetLastScalar();
     switch (code) {
     case 0x00:
     case 0x05: // ENQ: what programs set is never answered
@@ -41,6 +42,12 @@ bool Terminal::execute(std::uint8_t code) {
 }
 
 bool Terminal::dispatchCsi(char final, const CsiParameters& parameters, std::string_view collected) {
+    if (final == 'b' && collected.empty()) {
+        repeatCharacter(parameters.atLeastOne(0));
+        return true;
+    }
+    // What REP repeats stands right before it.
+    m_buffer->forgetLastScalar();
     if (collected.empty()) [[likely]] {
         return dispatchPlainCsi(final, parameters);
     }
@@ -77,8 +84,10 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         cursorDown(count);
         return true;
     case 'C':
-    case 'a':
         cursorForward(count);
+        return true;
+    case 'a':
+        cursorRelative(count, 0);
         return true;
     case 'D':
         cursorBackward(count);
@@ -99,7 +108,7 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         cursorRow(count - 1);
         return true;
     case 'e':
-        cursorDown(count);
+        cursorRelative(0, count);
         return true;
     case 'I':
         tab(count);
@@ -136,9 +145,6 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         return true;
     case '^':
         m_buffer->scrollDown(count, pen());
-        return true;
-    case 'b':
-        repeatCharacter(count);
         return true;
     case 'h':
     case 'l':
@@ -208,9 +214,7 @@ bool Terminal::dispatchPrivateCsi(char final, const CsiParameters& parameters) {
         reportGraphics(parameters);
         return true;
     case 'm':
-        if (parameters.at(0) == 4) {
-            sendCsi(">4;" + std::to_string(m_modes.modifyOtherKeys) + "m");
-        }
+        reportKeyModifiers(parameters.at(0));
         return true;
     case 'W':
         // DECST8C
@@ -260,7 +264,12 @@ bool Terminal::dispatchMarkedCsi(char marker, char final, const CsiParameters& p
             m_modes.modifyOtherKeys = static_cast<std::uint8_t>(final == 'm' ? std::clamp(parameters.at(1), 0, 2) : 0);
         }
         return true;
-    case 's': // XTSHIFTESCAPE
+    case 's':
+        // XTSHIFTESCAPE
+        if (parameters.at(0) <= 1) {
+            m_modes.programGetsShift = parameters.at(0) == 1;
+        }
+        return true;
     case 'p': // XTSMPOINTER
         return true;
     default:
@@ -304,7 +313,7 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
     } else if (function == "*y") {
         reportChecksum(parameters);
     } else if (function == "#{" || function == "#p") {
-        pushSgr();
+        pushSgr(parameters);
     } else if (function == "#}" || function == "#q") {
         popSgr();
     } else if (function == "*|") {
@@ -316,13 +325,14 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
         if (m_delegate.allowsResize(*this, wanted, rows())) {
             resize(wanted, rows());
         }
-    } else if (function == " k" || function == " S") {
-        // SCP and SPD: 1 is left to right, 2 right to left.
-        const int direction = first == 0 ? 1 : first;
-        if (direction <= 2) {
-            m_buffer->defaultBidiState = static_cast<std::uint8_t>(direction - 1);
-            m_buffer->line(m_buffer->y()).setBidiState(m_buffer->defaultBidiState);
-        }
+    } else if (function == " k" && first <= 2) {
+        selectCharacterPath(first == 2 ? BidiDirection::rightToLeft : BidiDirection::leftToRight);
+    } else if (function == " S" && (first == 0 || first == 3)) {
+        // Of the directions of SPD, those with horizontal lines from top to bottom.
+        selectPresentationDirection(first == 3 ? BidiDirection::rightToLeft : BidiDirection::leftToRight);
+    } else if (function == "\"v") {
+        // DECRQDE: all of the one page is seen.
+        sendCsi(std::to_string(rows()) + ";" + std::to_string(cols()) + ";1;1;1\"w");
     } else {
         return false;
     }
@@ -330,6 +340,7 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
 }
 
 bool Terminal::dispatchEsc(std::string_view collected, char final) {
+    m_buffer->forgetLastScalar();
     if (!collected.empty()) {
         return designate(collected, final);
     }
@@ -454,7 +465,7 @@ void Terminal::kittyKeyboard(char marker, const CsiParameters& parameters) {
         keyboard().pop(parameters.atLeastOne(0));
         break;
     default:
-        keyboard().set(first, parameters.count > 1 ? parameters.at(1) : 1);
+        keyboard().set(first, parameters.atLeastOne(1));
         break;
     }
 }

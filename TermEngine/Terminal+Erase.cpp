@@ -6,6 +6,9 @@
 namespace term {
 
 void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
+    if (m_images.hasText()) [[unlikely]] {
+        eraseTextImages(graphicsScreen(), {{{lineNumber(row), lineNumber(row) + 1, first, end}}});
+    }
     if (kind == EraseKind::unprotected || m_isErasureGuarded) {
         m_buffer->eraseUnprotected(row, first, end, pen().blank);
     } else {
@@ -24,7 +27,6 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
     if (what < 0 || what > 3) {
         return;
     }
-    const bool pending = b.pendingWrap();
     const int first = what == 0 ? b.y() + 1 : 0;
     const int end = what == 1 ? b.y() : b.rows();
     for (int row = first; row < end; ++row) {
@@ -38,7 +40,7 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
     } else if (kind == EraseKind::all) {
         clearImages(isAlternateActive() ? ScreenId::alternate : ScreenId::normal);
     }
-    b.setPendingWrap(pending && what == 2);
+    b.setPendingWrap(false);
 }
 
 void Terminal::eraseInLine(int what, EraseKind kind) {

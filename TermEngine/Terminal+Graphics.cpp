@@ -1,6 +1,9 @@
 #include "TermEngine/SixelDecoder.h"
 #include "TermEngine/Terminal.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace term {
 
 /// A sixel picture on its way; it is shown when it is whole.
@@ -11,7 +14,12 @@ public:
     void put(Bytes data) override { m_decoder.append({reinterpret_cast<const char*>(data.data()), data.size()}); }
     void unhook() override {
         if (std::optional<RgbaImage> image = m_decoder.finish()) {
-            m_terminal.showImage(std::move(*image));
+            const TerminalModes& modes = m_terminal.m_modes;
+            m_terminal.showTextImage(
+                std::move(*image), {},
+                modes.sixelDisplay       ? AfterTextImage::cursorStays
+                : modes.sixelCursorRight ? AfterTextImage::cursorBehind
+                                         : AfterTextImage::cursorBelow);
         }
     }
 
@@ -28,8 +36,8 @@ std::unique_ptr<DcsHandler> Terminal::sixelHandler(const CsiParameters& paramete
 
 GraphicsContext Terminal::graphicsContext() {
     GraphicsContext context;
-    context.screen = isAlternateActive() ? ScreenId::alternate : ScreenId::normal;
-    context.topRow = static_cast<std::int64_t>(m_buffer->trimmedCount()) + m_buffer->yBase();
+    context.screen = graphicsScreen();
+    context.topRow = lineNumber(0);
     context.columns = cols();
     context.rows = rows();
     context.cursorColumn = m_buffer->x();
@@ -58,43 +66,204 @@ bool Terminal::dispatchApc(Bytes payload) {
     return true;
 }
 
-/// Of sixel or OSC 1337. Without sixel scrolling (DECSDM is set) it stands at the top left, and the cursor stays.
-void Terminal::showImage(RgbaImage image, int columns, int rows) {
+/// A line feed each, with what it scrolls; at most as many as a large picture has rows.
+void Terminal::moveDown(int count) {
+    constexpr int mostCells = 4'000'000;
+    for (count = std::min(count, std::max(rows(), mostCells / cols())); count > 0; --count) {
+        m_buffer->index(pen());
+    }
+}
+
+/// A picture of sixel or OSC 1337 at the cursor; without a number of cells, as large as it is. The screen scrolls until
+/// all of it is there, and the cursor comes to stand on its last row.
+void Terminal::showTextImage(RgbaImage image, const TextImageSize& size, AfterTextImage after) {
     dropPassedImages();
-    GraphicsContext context = graphicsContext();
-    if (m_modes.sixelDisplay) {
-        context.cursorColumn = 0;
-        context.cursorRow = 0;
+    cutOverwrittenImages();
+    const GraphicsContext context = graphicsContext();
+    const auto cellsFor = [](int pixels, int cell) { return (pixels + cell - 1) / cell; };
+    const bool isStretched = size.columns > 0 && size.rows > 0;
+    ImagePlacement placement{
+        .imageId = m_images.unusedId(),
+        .screen = context.screen,
+        .column = context.cursorColumn,
+        .sourceWidth = image.width,
+        .sourceHeight = image.height,
+        .columns = isStretched ? size.columns : cellsFor(image.width, context.cellWidth),
+        .rows = isStretched ? size.rows : cellsFor(image.height, context.cellHeight),
+        .cellWidth = isStretched ? 0 : context.cellWidth,
+        .cellHeight = isStretched ? 0 : context.cellHeight,
+        // Text that comes later hides it with whatever background it has.
+        .z = ImagePlacement::belowBackgrounds - 1,
+        .isText = true};
+    const bool isOpaque = image.isOpaque();
+    if (!m_images.add(placement.imageId, 0, std::move(image))) {
+        return;
     }
-    GraphicsResult result = m_graphics.show(std::move(image), columns, rows, context);
-    if (m_modes.sixelDisplay) {
-        result.cursorColumns = 0;
-        result.cursorRows = 0;
+    if (after == AfterTextImage::cursorStays) {
+        placement.column = 0;
+        placement.row = context.topRow;
+    } else {
+        placement.row = context.topRow + context.cursorRow;
+        const bool scrolls = m_buffer->isInsideMargins();
+        moveDown(placement.rows - 1);
+        const std::int64_t cursorLine = lineNumber(m_buffer->y());
+        placement.row = scrolls ? cursorLine - (placement.rows - 1) : placement.row;
+        m_buffer->setX(context.cursorColumn + (after == AfterTextImage::cursorBehind ? placement.columns : 0));
     }
-    applyGraphics(result);
+    // What has scrolled on into the history is still a part of it.
+    const bool hasHistory = m_buffer->hasScrollback() && m_buffer->scrollTop() == 0;
+    const int top = after == AfterTextImage::cursorStays ? 0 : m_buffer->scrollTop();
+    const CellArea room{
+        hasHistory ? static_cast<std::int64_t>(m_buffer->trimmedCount()) : lineNumber(top), lineNumber(rows()), 0,
+        cols()};
+    if (const std::optional<ImagePlacement> part = partOf(placement, room)) {
+        const CellArea area = part->area();
+        if (isOpaque) {
+            m_images.eraseText(context.screen, area);
+        }
+        for (int row = 0; row < rows(); ++row) {
+            if (lineNumber(row) >= area.top && lineNumber(row) < area.bottom) {
+                m_buffer->eraseCells(row, area.left, area.right, {});
+            }
+        }
+        m_images.place(*part);
+    } else {
+        m_images.remove(placement.imageId);
+        return;
+    }
+    tellOfImage(placement.imageId);
+    m_delegate.imagesChanged(*this);
+}
+
+void Terminal::tellOfImage(std::uint32_t id) {
+    if (const auto image = m_images.images().find(id); image != m_images.images().end()) {
+        m_delegate.createImageFromBitmap(*this, id, image->second.frames.front().pixels);
+    }
 }
 
 void Terminal::applyGraphics(const GraphicsResult& result) {
-    for (int i = 0; i < std::min(result.cursorRows, rows()); ++i) {
-        m_buffer->index(pen());
-    }
+    moveDown(result.cursorRows);
     if (result.cursorColumns > 0) {
         m_buffer->setX(m_buffer->x() + result.cursorColumns);
+    }
+    if (result.newImage != 0) {
+        tellOfImage(result.newImage);
     }
     if (result.hasChanged) {
         m_delegate.imagesChanged(*this);
     }
 }
 
-/// Images whose lines have left the history.
+std::int64_t Terminal::lineNumber(int row) const {
+    return static_cast<std::int64_t>(m_buffer->trimmedCount()) + m_buffer->yBase() + row;
+}
+
+/// Images whose lines have left the history, or the alternate screen.
 void Terminal::dropPassedImages() {
-    const auto first = static_cast<std::int64_t>(m_normal->trimmedCount());
+    const std::array<std::int64_t, 2> first{
+        static_cast<std::int64_t>(m_normal->trimmedCount()),
+        static_cast<std::int64_t>(m_alternate->trimmedCount()) + m_alternate->yBase()};
+    if (m_images.placements().empty() || first == m_firstLines) {
+        return;
+    }
+    m_firstLines = first;
     m_images.removePlacements(
-        [first](const ImagePlacement& placement) {
-            return placement.screen == ScreenId::normal && !placement.isVirtual &&
-                   placement.row + placement.rows <= first;
+        [&first](const ImagePlacement& placement) {
+            return !placement.isVirtual &&
+                   placement.row + placement.rows <= first[static_cast<std::size_t>(placement.screen)];
         },
         ImageStore::Data::release);
+}
+
+/// The cells below a picture that belongs to the text are unwritten, until text comes into them.
+void Terminal::cutOverwrittenImages() {
+    if (!m_images.hasText()) {
+        return;
+    }
+    const ScreenId screen = graphicsScreen();
+    std::vector<CellArea> written;
+    for (const ImagePlacement& placement : m_images.placements()) {
+        if (!placement.isText || placement.screen != screen) {
+            continue;
+        }
+        const int first = static_cast<int>(std::max<std::int64_t>(placement.row - lineNumber(0), 0));
+        const int end =
+            static_cast<int>(std::min<std::int64_t>(placement.row + placement.rows - lineNumber(0), rows()));
+        for (int row = first; row < end; ++row) {
+            const BufferLine& line = m_buffer->line(row);
+            const int right = std::min(placement.column + placement.columns, cols());
+            const int used = line.tailBlankCell() == PackedCell() ? std::min(right, line.usedLength()) : right;
+            for (int col = placement.column; col < used; ++col) {
+                if (line[col] == PackedCell()) {
+                    continue;
+                }
+                const int begin = col;
+                while (col < used && line[col] != PackedCell()) {
+                    ++col;
+                }
+                written.push_back({lineNumber(row), lineNumber(row) + 1, begin, col});
+            }
+        }
+    }
+    eraseTextImages(screen, written);
+}
+
+void Terminal::eraseTextImages(ScreenId screen, std::span<const CellArea> areas) {
+    bool hasChanged = false;
+    for (const CellArea& area : areas) {
+        hasChanged = m_images.eraseText(screen, area) || hasChanged;
+    }
+    if (hasChanged) {
+        m_delegate.imagesChanged(*this);
+    }
+}
+
+/// Images that lie within the margins move with the text (kitty's graphics protocol, "Interaction with other terminal
+/// actions"). What hangs over the end of the screen lies within.
+void Terminal::linesMoved(const Buffer& buffer, Rectangle margins, int by) {
+    if (m_images.placements().empty()) {
+        return;
+    }
+    constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
+    const std::int64_t top = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yBase();
+    const bool isLast = margins.bottom == buffer.rows();
+    CellArea area{top + margins.top, top + margins.bottom, margins.left, margins.right};
+    if (margins.right == buffer.cols()) {
+        area.right = std::numeric_limits<int>::max();
+    }
+    CellArea kept = area;
+    area.bottom = isLast ? endless : area.bottom;
+    kept.bottom = isLast && by < 0 ? endless : kept.bottom;
+    m_images.scroll(&buffer == m_normal.get() ? ScreenId::normal : ScreenId::alternate, area, by, kept);
+}
+
+void Terminal::rowsRenumbered(const Buffer& buffer, int row, int by) {
+    if (!m_images.placements().empty()) {
+        const std::int64_t top = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yBase() - by;
+        m_images.renumber(&buffer == m_normal.get() ? ScreenId::normal : ScreenId::alternate, top + row, by, top);
+    }
+}
+
+/// Before a resize: the places of the normal screen's images, which follow the text.
+std::vector<LinePlace> Terminal::placesOfImages() const {
+    std::vector<LinePlace> places;
+    for (const ImagePlacement& placement : m_images.placements()) {
+        if (placement.screen == ScreenId::normal) {
+            places.push_back({placement.row, placement.column});
+        }
+    }
+    return places;
+}
+
+void Terminal::moveImagesTo(std::span<const LinePlace> places) {
+    auto place = places.begin();
+    for (ImagePlacement& placement : m_images.movable()) {
+        if (placement.screen == ScreenId::normal) {
+            placement.row = place->line;
+            placement.column = std::min(place->col, cols() - 1);
+            ++place;
+        }
+    }
 }
 
 std::optional<std::int64_t> Terminal::advanceAnimations(std::int64_t nowMilliseconds) {
@@ -105,7 +274,8 @@ void Terminal::clearImages(ScreenId screen) {
     if (m_images.placements().empty()) {
         return;
     }
-    const std::int64_t top = graphicsContext().topRow;
+    const Buffer& buffer = screen == ScreenId::normal ? *m_normal : *m_alternate;
+    const std::int64_t top = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yBase();
     m_images.removePlacements(
         [screen, top](const ImagePlacement& placement) {
             return placement.screen == screen && !placement.isVirtual && placement.row + placement.rows > top;

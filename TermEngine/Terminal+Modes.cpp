@@ -36,6 +36,7 @@ constexpr std::array flags = std::to_array<ModeOf<bool TerminalModes::*>>({
     {2031, &TerminalModes::colorSchemeUpdates},
     {2500, &TerminalModes::bidiBoxMirroring},
     {2501, &TerminalModes::bidiAutodetection},
+    {8452, &TerminalModes::sixelCursorRight},
 });
 
 constexpr std::array trackings = std::to_array<ModeOf<MouseTracking>>({
@@ -141,6 +142,10 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
     case 69:
         m_buffer->marginMode = on;
         m_buffer->setMargins(0, cols() - 1);
+        // Between margins there are no lines of double width.
+        for (int row = 0; on && row < rows(); ++row) {
+            m_buffer->line(row).setRenderMode(RenderLineMode::single);
+        }
         break;
     case 47:
     case 1047:
@@ -161,7 +166,7 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
         if (on && !isAlternateActive() && m_modes.allowsAlternateScreen) {
             saveCursor();
             activateAlternate(true);
-        } else if (!on && isAlternateActive()) {
+        } else if (!on) {
             activateNormal(false);
             restoreCursor();
         }
@@ -334,6 +339,7 @@ void Terminal::activateNormal(bool clears) {
         return;
     }
     if (clears) {
+        clearImages(ScreenId::alternate);
         for (int row = 0; row < rows(); ++row) {
             m_buffer->eraseCells(row, 0, cols(), pen().blank);
         }
@@ -355,6 +361,28 @@ void Terminal::switchTo(Buffer& buffer) {
     buffer.setPendingWrap(from.pendingWrap());
     m_buffer = &buffer;
     m_delegate.bufferActivated(*this);
+}
+
+/// SCP (ECMA-48): of the line of the cursor and of those that come.
+void Terminal::selectCharacterPath(BidiDirection direction) {
+    m_buffer->defaultBidiState = static_cast<std::uint8_t>(direction);
+    m_buffer->line(m_buffer->y()).setBidiState(m_buffer->defaultBidiState);
+}
+
+/// SPD (ECMA-48): of the whole screen, and of what comes.
+void Terminal::selectPresentationDirection(BidiDirection direction) {
+    m_buffer->defaultBidiState = static_cast<std::uint8_t>(direction);
+    for (int row = 0; row < rows(); ++row) {
+        m_buffer->line(row).setBidiState(m_buffer->defaultBidiState);
+    }
+}
+
+BidiPresentationState Terminal::bidiState(int row) const {
+    BidiPresentationState state = m_options.initialBidiState;
+    state.paragraph = static_cast<BidiDirection>(m_buffer->line(row).bidiState());
+    state.autodetectsDirection = m_modes.bidiAutodetection;
+    state.mirrorsBoxDrawing = m_modes.bidiBoxMirroring;
+    return state;
 }
 
 /// DECSCL. It resets, as DECSTR does.

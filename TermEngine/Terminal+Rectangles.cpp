@@ -48,9 +48,8 @@ void Terminal::fillRectangle(const CsiParameters& parameters) {
     if (!isPrintable || area.isEmpty()) {
         return;
     }
-    const std::size_t set = static_cast<std::size_t>(m_charset.left);
     const char32_t scalar =
-        code < 0x80 ? characterOf(m_charset.designated[set], static_cast<std::uint8_t>(code)) : char32_t(code);
+        code < 0x80 ? characterIn(m_charset.left, static_cast<std::uint8_t>(code)) : static_cast<char32_t>(code);
     for (int row = area.top; row < area.bottom; ++row) {
         m_buffer->line(row).fill(area.left, area.right, PackedCell::make(PackedCell::Kind::scalar, scalar, pen().bits));
     }
@@ -76,6 +75,7 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
         change.values[static_cast<std::size_t>(change.count++)] = parameters.at(i);
     }
     change.count = std::max(change.count, 1);
+    change.colonMask = parameters.colonMask >> 4;
     std::uint8_t mask = 0;
     for (int i = 0; i < change.count; ++i) {
         constexpr std::array<std::pair<int, StyleBit>, 5> bits = {

@@ -174,6 +174,14 @@ void Terminal::reportMode(int mode, bool isPrivate) {
     sendCsi((isPrivate ? "?" : "") + numbers({mode, value}) + "$y");
 }
 
+/// XTQMODKEYS: modifyKeyboard, modifyCursorKeys and modifyFunctionKeys are always what they are at first.
+void Terminal::reportKeyModifiers(int resource) {
+    const std::array<int, 5> values = {0, 2, 2, -1, m_modes.modifyOtherKeys};
+    if (resource < static_cast<int>(values.size()) && values[static_cast<std::size_t>(resource)] >= 0) {
+        sendCsi(">" + numbers({resource, values[static_cast<std::size_t>(resource)]}) + "m");
+    }
+}
+
 /// Mode 2048.
 void Terminal::reportSize() {
     const CellSize cell = m_delegate.cellSizeInPixels(*this).value_or(CellSize{});

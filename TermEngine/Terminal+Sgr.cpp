@@ -1,6 +1,7 @@
 #include "TermEngine/Terminal.h"
 
 #include <algorithm>
+#include <array>
 
 namespace term {
 namespace {
@@ -164,18 +165,56 @@ void Terminal::applySgr(Attribute& attribute, const CsiParameters& parameters) {
     }
 }
 
-void Terminal::pushSgr() {
-    if (m_attributeStack.size() < attributeStackLimit) {
-        m_attributeStack.push_back(m_attribute);
+/// XTPUSHSGR: all of the attribute, or what the parameters name.
+void Terminal::pushSgr(const CsiParameters& parameters) {
+    if (m_attributeStack.size() == attributeStackLimit) {
+        return;
     }
+    SavedAttribute saved{.attribute = m_attribute};
+    saved.isWhole = parameters.count == 1 && parameters.at(0) == 0;
+    for (int i = 0; i < parameters.count; ++i) {
+        const int code = parameters.at(i);
+        if (code >= 1 && code <= 9 && code != 6) {
+            constexpr std::array<StyleBit, 10> bits = {
+                {{},
+                 StyleBit::bold,
+                 StyleBit::dim,
+                 StyleBit::italic,
+                 StyleBit::underline,
+                 StyleBit::blink,
+                 {},
+                 StyleBit::inverse,
+                 StyleBit::invisible,
+                 StyleBit::crossedOut}};
+            saved.styles.set(bits[static_cast<std::size_t>(code)]);
+        } else if (code == 21) {
+            saved.styles.set(StyleBit::underline);
+        }
+        saved.foreground = saved.foreground || code == 30;
+        saved.background = saved.background || code == 31;
+    }
+    m_attributeStack.push_back(saved);
 }
 
 void Terminal::popSgr() {
-    if (!m_attributeStack.empty()) {
-        m_attribute = m_attributeStack.back();
-        m_attributeStack.pop_back();
-        m_isPenStale = true;
+    if (m_attributeStack.empty()) {
+        return;
     }
+    const SavedAttribute saved = m_attributeStack.back();
+    m_attributeStack.pop_back();
+    m_isPenStale = true;
+    if (saved.isWhole) {
+        m_attribute = saved.attribute;
+        return;
+    }
+    const auto mask = saved.styles.raw();
+    m_attribute.style = CharacterStyle(
+        static_cast<std::uint8_t>((m_attribute.style.raw() & ~mask) | (saved.attribute.style.raw() & mask)));
+    if (saved.styles.has(StyleBit::underline)) {
+        m_attribute.underlineStyle = saved.attribute.underlineStyle;
+    }
+    m_attribute.fg = saved.foreground ? saved.attribute.fg : m_attribute.fg;
+    m_attribute.bg = saved.background ? saved.attribute.bg : m_attribute.bg;
 }
 
 } // namespace term

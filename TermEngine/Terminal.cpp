@@ -38,6 +38,8 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options)
       m_images(m_options.kittyGraphics.imageCacheLimitBytes),
       m_graphics(m_options.kittyGraphics, m_images) {
     m_parser.setMaximumOscBytes(m_options.maximumOscBytes);
+    m_normal->lineObserver = this;
+    m_alternate->lineObserver = this;
     m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
     resetState();
 }
@@ -71,17 +73,33 @@ void Terminal::printAscii(Bytes text) {
 }
 
 void Terminal::printScalars(std::span<const char32_t> text) {
-    m_charset.single = -1;
-    m_buffer->insertScalarRun(text, pen(), m_modes.graphemeClusters ? ClusterMode::graphemes : ClusterMode::scalars);
+    const ClusterMode mode = m_modes.graphemeClusters ? ClusterMode::graphemes : ClusterMode::scalars;
+    // Short runs of ASCII come with the text around them.
+    for (; !m_charset.isPlain() && !text.empty(); text = text.subspan(1)) {
+        const char32_t scalar = translated(text.front());
+        m_buffer->insertScalarRun({&scalar, 1}, pen(), mode);
+    }
+    m_buffer->insertScalarRun(text, pen(), mode);
 }
 
 void Terminal::printTranslated(Bytes text) {
     for (const std::uint8_t code : text) {
-        const int set = m_charset.single >= 0 ? m_charset.single : m_charset.left;
-        m_charset.single = -1;
-        const char32_t scalar = characterOf(m_charset.designated[static_cast<std::size_t>(set)], code);
+        const char32_t scalar = translated(code);
         m_buffer->insertScalarRun({&scalar, 1}, pen(), ClusterMode::scalars);
     }
+}
+
+/// What a scalar of a text stands for; a single shift is over with it.
+char32_t Terminal::translated(char32_t scalar) {
+    const int slot = m_charset.single >= 0 ? m_charset.single : m_charset.left;
+    m_charset.single = -1;
+    return scalar < 0x7F ? characterIn(slot, static_cast<std::uint8_t>(scalar)) : scalar;
+}
+
+/// The character of one of G0 to G3.
+char32_t Terminal::characterIn(int slot, std::uint8_t code) const {
+    const Charset set = m_charset.designated[static_cast<std::size_t>(slot)];
+    return isNational(set) && !m_modes.nationalReplacement ? char32_t{code} : characterOf(set, code);
 }
 
 void Terminal::resize(int cols, int rows) {
@@ -90,8 +108,11 @@ void Terminal::resize(int cols, int rows) {
     if (cols == this->cols() && rows == this->rows()) {
         return;
     }
-    m_normal->resize(cols, rows);
+    std::vector<LinePlace> places = placesOfImages();
+    m_normal->resize(cols, rows, places);
+    moveImagesTo(places);
     m_alternate->resize(cols, rows);
+    dropPassedImages();
     m_delegate.sizeChanged(*this);
     if (m_modes.inBandResize) {
         reportSize();
@@ -101,11 +122,14 @@ void Terminal::resize(int cols, int rows) {
 void Terminal::setScrollback(int lines) {
     m_options.scrollback = std::max(lines, 0);
     m_normal->changeHistorySize(m_options.scrollback);
+    dropPassedImages();
 }
 
 void Terminal::resetState() {
     m_modes = {};
     m_modes.newline = m_options.convertEol;
+    m_cursorStyle = m_options.cursorStyle;
+    m_modes.cursorBlink = static_cast<int>(m_cursorStyle) % 2 == 0;
     m_modes.bidiBoxMirroring = m_options.initialBidiState.mirrorsBoxDrawing;
     m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;
     m_savedModes.clear();
@@ -134,6 +158,7 @@ void Terminal::resetState() {
         buffer->reverseWraparound = false;
         buffer->extendedReverseWraparound = false;
         buffer->saved = {};
+        buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
         buffer->setupTabStops();
         buffer->forgetLastScalar();
     }
@@ -143,13 +168,12 @@ void Terminal::reset() {
     m_parser.reset();
     const bool wasAlternate = isAlternateActive();
     const TerminalModes before = m_modes;
+    const bool hadImages = !m_images.placements().empty();
     resetState();
     m_buffer = m_normal.get();
     m_normal->clearHistory();
     m_normal->clear();
     m_alternate->clear();
-    m_cursorStyle = m_options.cursorStyle;
-    m_modes.cursorBlink = static_cast<int>(m_cursorStyle) % 2 == 0;
     if (wasAlternate) {
         m_delegate.bufferActivated(*this);
     }
@@ -163,6 +187,9 @@ void Terminal::reset() {
         m_delegate.synchronizedOutputChanged(*this, false);
     }
     m_delegate.cursorStyleChanged(*this, m_cursorStyle);
+    if (hadImages) {
+        m_delegate.imagesChanged(*this);
+    }
     m_delegate.colorChanged(*this, {});
 }
 

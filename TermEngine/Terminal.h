@@ -24,7 +24,7 @@ namespace term {
 
 /// A terminal: bytes of a program in; a screen, calls on the host and bytes for the program out. It never fails on its
 /// input. It belongs to one thread at a time.
-class Terminal final : private ParserHandler {
+class Terminal final : private ParserHandler, private LineObserver {
 public:
     /// What a title, a working directory or a link may have, in bytes.
     static constexpr std::size_t maximumTextBytes = term::maximumTextBytes;
@@ -36,7 +36,13 @@ public:
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
-    void feed(Bytes bytes) { m_parser.parseBorrowed(bytes); }
+    void feed(Bytes bytes) {
+        m_parser.parseBorrowed(bytes);
+        if (!m_images.placements().empty()) [[unlikely]] {
+            dropPassedImages();
+            cutOverwrittenImages();
+        }
+    }
     void feed(std::string_view text) { feed(Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())); }
     /// Sizes below 1 are 1; the largest is 10,000 by 10,000.
     void resize(int cols, int rows);
@@ -66,6 +72,8 @@ public:
     [[nodiscard]] KittyKeyboardFlags kittyKeyboardFlags() const { return keyboard().current(); }
     /// The URL of a link, of the payload of a cell; empty without one.
     [[nodiscard]] std::string_view linkUrl(TinyAtom atom) const;
+    /// How a row of the screen is to be presented where its text has two directions.
+    [[nodiscard]] BidiPresentationState bidiState(int row) const;
     /// The text of a row of the screen without blanks at its end.
     [[nodiscard]] std::string lineText(int row) const;
 
@@ -91,6 +99,14 @@ public:
 private:
     using Parameters = CsiParameters;
     class StringRequest;
+    /// XTPUSHSGR, with what XTPOPSGR brings back of it.
+    struct SavedAttribute {
+        Attribute attribute{};
+        bool isWhole = false;
+        CharacterStyle styles{};
+        bool foreground = false;
+        bool background = false;
+    };
 
     // ParserHandler
     void printAscii(Bytes text) override;
@@ -119,12 +135,15 @@ private:
     }
     void refreshPen();
     void printTranslated(Bytes text);
+    [[nodiscard]] char32_t translated(char32_t scalar);
+    [[nodiscard]] char32_t characterIn(int slot, std::uint8_t code) const;
 
     // Terminal+Cursor.cpp
     void cursorUp(int count);
     void cursorDown(int count);
     void cursorForward(int count);
     void cursorBackward(int count);
+    void cursorRelative(int cols, int rows);
     void cursorColumn(int col);
     void cursorRow(int row);
     void cursorPosition(int row, int col);
@@ -168,7 +187,7 @@ private:
     // Terminal+Sgr.cpp
     void selectGraphicRendition(const Parameters& parameters);
     static void applySgr(Attribute& attribute, const Parameters& parameters);
-    void pushSgr();
+    void pushSgr(const Parameters& parameters);
     void popSgr();
 
     // Terminal+Modes.cpp
@@ -185,6 +204,8 @@ private:
     void activateAlternate(bool clears);
     void activateNormal(bool clears);
     void switchTo(Buffer& buffer);
+    void selectCharacterPath(BidiDirection direction);
+    void selectPresentationDirection(BidiDirection direction);
     void setConformanceLevel(const Parameters& parameters);
     [[nodiscard]] std::optional<bool> ansiMode(int mode) const;
 
@@ -200,6 +221,7 @@ private:
     void reportCursor(bool isPrivate);
     void reportMode(int mode, bool isPrivate);
     void reportColorScheme();
+    void reportKeyModifiers(int resource);
     void reportSize();
     void reportGraphics(const Parameters& parameters);
     void requestStatusString(const std::string& request);
@@ -229,9 +251,30 @@ private:
     class SixelPicture;
     [[nodiscard]] std::unique_ptr<DcsHandler> sixelHandler(const Parameters& parameters);
     [[nodiscard]] GraphicsContext graphicsContext();
-    void showImage(RgbaImage image, int columns = 0, int rows = 0);
+    /// Cells that a picture is stretched over; 0: it is as large as it is.
+    struct TextImageSize {
+        int columns = 0;
+        int rows = 0;
+    };
+    /// Where the cursor is afterwards: in the column where it was, behind the picture, or at its place. Then the
+    /// picture stands at the top left (DECSDM).
+    enum class AfterTextImage : std::uint8_t { cursorBelow, cursorBehind, cursorStays };
+    void showTextImage(RgbaImage image, const TextImageSize& size, AfterTextImage after);
+    void tellOfImage(std::uint32_t id);
     void applyGraphics(const GraphicsResult& result);
+    void moveDown(int count);
     void dropPassedImages();
+    void cutOverwrittenImages();
+    void eraseTextImages(ScreenId screen, std::span<const CellArea> areas);
+    void linesMoved(const Buffer& buffer, Rectangle margins, int by) override;
+    void rowsRenumbered(const Buffer& buffer, int row, int by) override;
+    [[nodiscard]] std::vector<LinePlace> placesOfImages() const;
+    void moveImagesTo(std::span<const LinePlace> places);
+    [[nodiscard]] ScreenId graphicsScreen() const {
+        return isAlternateActive() ? ScreenId::alternate : ScreenId::normal;
+    }
+    /// Of a row of the screen, as `Buffer::trimmedCount` counts.
+    [[nodiscard]] std::int64_t lineNumber(int row) const;
     void clearImages(ScreenId screen);
     void titleModes(const Parameters& parameters, bool on);
     void pushTitle(int what);
@@ -255,7 +298,7 @@ private:
     TerminalModes m_modes;
     std::map<int, bool> m_savedModes;
     Attribute m_attribute;
-    std::vector<Attribute> m_attributeStack;
+    std::vector<SavedAttribute> m_attributeStack;
     bool m_isProtected = false;
     bool m_isErasureGuarded = false; ///< SPA and EPA: erasing spares what is protected
     TinyAtom m_link = 0;
@@ -269,6 +312,8 @@ private:
 
     ImageStore m_images;
     KittyGraphics m_graphics;
+    std::array<std::int64_t, 2>
+        m_firstLines{}; ///< of the screens, when images were last looked through for those before
     ColorTable m_colors;
     bool m_hasTheme = false;
     NotificationAssembler m_notifications;

@@ -5,10 +5,12 @@
 #include "TermEngine/Notifications.h"
 #include "TermEngine/OscPayloads.h"
 #include "TermEngine/Palette.h"
+#include "TermEngine/RgbaImage.h"
 #include "TermEngine/TerminalOptions.h"
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -101,7 +103,12 @@ public:
     /// `Terminal::themeChanged`.
     virtual std::optional<BaseColors> getColors(Terminal&) { return {}; }
 
+    /// Other images are shown, or elsewhere, other than by scrolling; or an animation has begun.
     virtual void imagesChanged(Terminal&) {}
+    /// The pixels of a new image have come, which `Terminal::images` names by its id: a host that draws from textures
+    /// may make one.
+    virtual void createImageFromBitmap(
+        Terminal&, std::uint32_t /*imageId*/, const std::shared_ptr<const RgbaImage>& /*pixels*/) {}
 
     virtual void clipboardCopy(Terminal&, const ClipboardContent&) {}
     /// What a program gets that asks for the clipboard; nothing: no answer at all.

@@ -16,7 +16,6 @@ struct TerminalModes {
     // DEC private
     bool applicationCursor = false;       ///< 1
     bool columns132 = false;              ///< 3
-    bool smoothScroll = false;            ///< 4
     bool reverseVideo = false;            ///< 5
     bool origin = false;                  ///< 6
     bool autoRepeat = true;               ///< 8
@@ -44,11 +43,13 @@ struct TerminalModes {
     bool inBandResize = false;            ///< 2048
     bool bidiBoxMirroring = false;        ///< 2500
     bool bidiAutodetection = false;       ///< 2501
+    bool sixelCursorRight = false;        ///< 8452
 
     MouseTracking mouseTracking = MouseTracking::none;
     MouseEncoding mouseEncoding = MouseEncoding::standard;
     std::uint8_t modifyOtherKeys = 0;
     bool eightBitControls = false; ///< S8C1T
+    bool programGetsShift = false; ///< XTSHIFTESCAPE: the mouse with Shift is for the program, not for selecting
 
     bool operator==(const TerminalModes&) const = default;
 };

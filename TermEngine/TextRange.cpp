@@ -200,6 +200,20 @@ bool TextSelection::contains(TextPlace place) const {
     return place >= m_range->start && place < m_range->end;
 }
 
+std::vector<TextPlace> TextSelection::places() const {
+    if (!m_range) {
+        return {};
+    }
+    return {m_range->start, m_range->end, m_anchor.start, m_anchor.end};
+}
+
+void TextSelection::setPlaces(std::span<const TextPlace> places) {
+    if (places.size() == 4) {
+        m_range = TextRange{places[0], places[1]};
+        m_anchor = {places[2], places[3]};
+    }
+}
+
 std::string TextSelection::text(const Buffer& buffer) const {
     return m_range ? textIn(buffer, *m_range, shape()) : std::string();
 }

@@ -5,19 +5,15 @@
 #include <compare>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace term {
 
-/// A place in the text of a buffer: a line, counted since the beginning (`Buffer::trimmedCount` is the first that is
-/// still there), and a column.
-struct TextPlace {
-    std::int64_t line = 0;
-    int col = 0;
-    auto operator<=>(const TextPlace&) const = default;
-};
+/// A place in the text of a buffer.
+using TextPlace = LinePlace;
 
 /// From `start` up to `end`, which is not part of it. Of a rectangle the two are corners.
 struct TextRange {
@@ -56,6 +52,9 @@ public:
     }
     [[nodiscard]] bool contains(TextPlace place) const;
     [[nodiscard]] std::string text(const Buffer& buffer) const;
+    /// What `Buffer::resize` has to carry along; `setPlaces` takes it back.
+    [[nodiscard]] std::vector<TextPlace> places() const;
+    void setPlaces(std::span<const TextPlace> places);
 
 private:
     [[nodiscard]] TextRange unitAt(const Buffer& buffer, TextPlace place) const;

@@ -73,7 +73,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             FuzzInput numbers(reinterpret_cast<const uint8_t*>(line.data()), line.size());
             const int first = numbers.byte();
             const int last = first + numbers.byte();
-            store.scroll(term::ScreenId::normal, first, last, numbers.byte() - 128);
+            const term::CellArea area{first, last + 1, numbers.byte(), numbers.byte()};
+            const int by = numbers.byte() - 128;
+            if (by % 3 == 0) {
+                store.renumber(term::ScreenId::normal, first, by, first - 5);
+            } else {
+                store.scroll(term::ScreenId::normal, {0, area.bottom, 0, 1 << 30}, by, area);
+            }
             context.topRow += numbers.byte();
             break;
         }
@@ -86,7 +92,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         for (const auto& placement : store.placements()) {
             const auto image = store.images().find(placement.imageId);
             require(image != store.images().end());
-            require(placement.columns > 0 && placement.rows > 0 && placement.sourceY >= 0);
+            require(placement.columns > 0 && placement.rows > 0 && placement.sourceX >= 0 && placement.sourceY >= 0);
+            require(placement.sourceWidth > 0 && placement.sourceHeight > 0);
             require(placement.sourceX + placement.sourceWidth <= image->second.width());
             require(placement.sourceY + placement.sourceHeight <= image->second.height());
         }

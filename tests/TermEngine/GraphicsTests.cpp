@@ -306,21 +306,6 @@ TEST(KittyGraphics, PlacesScrollsAndDeletes) {
     deletes("a=d,d=n,I=93", 2, 3);
     deletes("a=d,d=R,x=1,y=2147483646", 1, 1);
     deletes("a=d,d=?", 3, 3);
-
-    // A region of lines moves up: an image within it is cut, one that reaches out of it stays.
-    ImageStore store(100'000);
-    ASSERT_TRUE(store.add(1, 0, {4, 8, std::vector<uint8_t>(128)}));
-    store.place({.imageId = 1, .row = 10, .sourceWidth = 4, .sourceHeight = 8, .columns = 2, .rows = 4});
-    store.place({.imageId = 1, .row = 18, .sourceWidth = 4, .sourceHeight = 8, .columns = 2, .rows = 4});
-    store.scroll(ScreenId::normal, 10, 20, -1);
-    EXPECT_EQ(store.placements()[0].row, 10);
-    EXPECT_EQ(store.placements()[0].rows, 3);
-    EXPECT_EQ(store.placements()[0].sourceY, 2);
-    EXPECT_EQ(store.placements()[0].sourceHeight, 6);
-    EXPECT_EQ(store.placements()[1].row, 18);
-    store.scroll(ScreenId::alternate, 10, 20, -5);
-    store.scroll(ScreenId::normal, 10, 20, -5);
-    EXPECT_EQ(store.placements().size(), 1U);
 }
 
 TEST(KittyGraphics, EvictsWhatIsNotShownAndThenTheOldest) {

@@ -101,6 +101,66 @@ TEST(TextSelection, GrowsByItsUnitInBothDirections) {
     }
 }
 
+TEST(TextSelection, StaysOnItsTextThroughResizes) {
+    using Unit = TextSelection::Unit;
+    const std::string lines = "one 0123456789 two\r\n\r\n漢字漢字漢字漢字\r\nthe end";
+    struct Case {
+        const char* label;
+        Unit unit;
+        TextPlace from;
+        TextPlace to;
+    };
+    const std::vector<Case> cases = {
+        {"within a line", Unit::character, {0, 2}, {0, 6}},
+        {"up to the end of a full row", Unit::character, {0, 4}, {0, 10}},
+        {"over a soft wrap and lines", Unit::character, {0, 5}, {5, 3}},
+        {"backwards", Unit::character, {3, 4}, {1, 1}},
+        {"words", Unit::word, {1, 0}, {4, 1}},
+        {"lines", Unit::line, {3, 1}, {5, 1}},
+    };
+    for (const Case& test : cases) {
+        Screen screen(lines, 10, 8, 30);
+        Buffer& buffer = screen.terminal.buffer();
+        TextSelection selection;
+        selection.start(buffer, test.from, test.unit);
+        selection.extend(buffer, test.to);
+        const std::string before = selection.text(buffer);
+        ASSERT_FALSE(before.empty()) << test.label;
+        for (const int cols : {4, 33, 7, 10}) {
+            std::vector<TextPlace> places = selection.places();
+            buffer.resize(cols, 8, places);
+            selection.setPlaces(places);
+            EXPECT_EQ(selection.text(buffer), before) << test.label << ", " << cols << " columns";
+        }
+    }
+}
+
+TEST(Reflow, KeepsTheMarksOfTheShellOnTheirText) {
+    // A prompt that fills its line, so that the input stands in a row that a soft wrap made.
+    const std::string session = "abcdefgh\r\n\x1B]133;A\x07"
+                                "12345678ls\r\x1B]133;B\x07\r\n\x1B]133;D;3\x07\x1B]133;A\x07$ ";
+    struct Case {
+        int cols;
+        std::vector<std::string> marks;
+    };
+    const std::vector<Case> cases = {
+        {8, {"", "A", "B", "AD3"}},
+        {20, {"", "AB", "AD3"}},
+        {4, {"", "", "A", "", "B", "AD3"}},
+        {6, {"", "", "A", "B", "AD3"}},
+    };
+    for (const Case& test : cases) {
+        Screen screen(session, 8, 6, 30);
+        screen.terminal.resize(test.cols, 6);
+        for (std::size_t i = 0; i < test.marks.size(); ++i) {
+            const SemanticMarks& found = screen.buffer().lineAt(static_cast<int>(i)).semanticMarks();
+            const std::string marks = std::string(found.promptStart ? "A" : "") + (found.inputStart ? "B" : "") +
+                                      (found.commandEnd ? "D" + std::to_string(found.exitCode.value_or(-1)) : "");
+            EXPECT_EQ(marks, test.marks[i]) << test.cols << " columns, line " << i;
+        }
+    }
+}
+
 TEST(TextSearch, FindsOverSoftWrapsInScreenAndHistory) {
     const Screen screen("a needle in\r\nNEEDLE 漢字needle\r\nneedles\r\nx\r\ny\r\nz");
     struct Case {

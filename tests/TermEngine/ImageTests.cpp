@@ -1,0 +1,237 @@
+#include "TermEngine/Base64.h"
+#include "TerminalFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+namespace term {
+namespace {
+
+constexpr int cols = 8;
+constexpr int rows = 6;
+
+/// A picture of 2 by 3 cells of 2 by 2 pixels.
+const std::string kittyPixels = encodeBase64(std::string(4 * 6 * 4, 'x'));
+const std::string sixels = "\x1BPq#1!4~\x1B\\";
+
+std::string kitty(const std::string& keys = "") {
+    return "\x1B_Ga=T,q=2,C=1,s=4,v=6" + keys + ";" + kittyPixels + "\x1B\\";
+}
+
+/// The screen with digits where an image is: the row of the picture, of two pixels each, that a cell shows.
+std::string pictureOf(const Terminal& terminal) {
+    const Buffer& b = terminal.buffer();
+    const auto screen = terminal.isAlternateActive() ? ScreenId::alternate : ScreenId::normal;
+    std::string out;
+    for (int row = 0; row < b.rows(); ++row) {
+        const auto line = static_cast<std::int64_t>(b.trimmedCount()) + b.yBase() + row;
+        std::string text(static_cast<std::size_t>(b.cols()), '.');
+        for (const ImagePlacement& some : terminal.images().placements()) {
+            for (int col = some.column;
+                 some.screen == screen && !some.isVirtual && line >= some.row && line < some.row + some.rows &&
+                 col < std::min(some.column + some.columns, b.cols());
+                 ++col) {
+                text[static_cast<std::size_t>(col)] = static_cast<char>('0' + some.sourceY / 2 + (line - some.row));
+            }
+        }
+        out += text + "/";
+    }
+    return out;
+}
+
+struct Screen {
+    RecordingHost host;
+    Terminal terminal;
+
+    explicit Screen(int scrollback = 10) : terminal(host, {.cols = cols, .rows = rows, .scrollback = scrollback}) {
+        host.cellSize = CellSize{2, 2};
+    }
+    void feed(std::string_view bytes, bool inPieces) {
+        for (std::size_t at = 0; inPieces && at < bytes.size(); ++at) {
+            terminal.feed(bytes.substr(at, 1));
+        }
+        if (!inPieces) {
+            terminal.feed(bytes);
+        }
+    }
+};
+
+struct Row {
+    const char* label;
+    std::string bytes;
+    const char* expected;
+};
+
+void expectPictures(std::span<const Row> table, const std::string& before, int scrollback = 10) {
+    for (const Row& row : table) {
+        for (const bool inPieces : {false, true}) {
+            Screen screen(scrollback);
+            screen.feed(before + row.bytes, inPieces);
+            EXPECT_EQ(pictureOf(screen.terminal), row.expected)
+                << row.label << (inPieces ? ", byte by byte" : "") << ", scrollback " << scrollback;
+        }
+    }
+}
+
+} // namespace
+
+TEST(Images, ScrollWithTheTextBetweenTheMargins) {
+    const std::vector<Row> table{
+        {"nothing", "", "......../..00..../..11..../..22..../......../......../"},
+        {"line feed at the end", "\x1B[6H\n", "..00..../..11..../..22..../......../......../......../"},
+        {"off the screen", "\x1B[6H\n\n\n", "..22..../......../......../......../......../......../"},
+        {"away", "\x1B[6H\n\n\n\n", "......../......../......../......../......../......../"},
+        {"wrapping", "\x1B[6Habcdefghi", "..00..../..11..../..22..../......../......../......../"},
+        {"within a region, cut at its top", "\x1B[2;5r\x1B[5H\n",
+         "......../..11..../..22..../......../......../......../"},
+        {"not wholly within a region", "\x1B[3;6r\x1B[6H\n\n",
+         "......../..00..../..11..../..22..../......../......../"},
+        {"below a region at the top", "\x1B[1;1r\x1B[1H\n\n\n\x1B[r",
+         "......../..00..../..11..../..22..../......../......../"},
+        {"below a region with two rows more", "\x1B[H\x1B[L\x1B[1;2r\x1B[2H\n\n\n\x1B[r",
+         "......../......../..00..../..11..../..22..../......../"},
+        {"insert lines", "\x1B[2H\x1B[3L", "......../......../......../......../..00..../..11..../"},
+        {"insert lines below its top", "\x1B[3H\x1B[L", "......../..00..../..11..../..22..../......../......../"},
+        {"cut at the end for good", "\x1B[2H\x1B[3L\x1B[3M", "......../..00..../..11..../......../......../......../"},
+        {"delete lines", "\x1B[1H\x1B[M", "..00..../..11..../..22..../......../......../......../"},
+        {"delete lines of it", "\x1B[2H\x1B[2M", "......../..22..../......../......../......../......../"},
+        {"reverse index", "\x1B[H\x1BM\x1BM", "......../......../......../..00..../..11..../..22..../"},
+        {"scroll up", "\x1B[2S", "..11..../..22..../......../......../......../......../"},
+        {"scroll down", "\x1B[T", "......../......../..00..../..11..../..22..../......../"},
+        {"within left and right margins", "\x1B[?69h\x1B[2;6s\x1B[T",
+         "......../......../..00..../..11..../..22..../......../"},
+        {"cut by the left margin", "\x1B[?69h\x1B[4;6s\x1B[T",
+         "......../..00..../..11..../..22..../......../......../"},
+        {"erasing text", "\x1B[H\x1B[J\x1B[2H\x1B[2K\x1B[3X", "......../..00..../..11..../..22..../......../......../"},
+        {"clearing the screen", "\x1B[2J", "......../......../......../......../......../......../"},
+        {"a reset",
+         "\x1B"
+         "c",
+         "......../......../......../......../......../......../"},
+        {"the other screen", "\x1B[?47h", "......../......../......../......../......../......../"},
+        {"and back", "\x1B[?1049h\x1B[2J\x1B[6H\n\n\x1B[?1049l",
+         "......../..00..../..11..../..22..../......../......../"},
+    };
+    for (const int scrollback : {10, 0, 1}) {
+        expectPictures(table, "\x1B[2;3H" + kitty(), scrollback);
+    }
+    // All but the ways to the other screen are the same there.
+    expectPictures(std::span(table).first(table.size() - 3), "\x1B[?1049h\x1B[2;3H" + kitty());
+}
+
+TEST(Images, FollowTheirLineThroughResizesAndLeaveWithIt) {
+    const std::string before = "abcdefghijkl\r\nm\r\n" + kitty() + "\r\nn";
+    struct Case {
+        const char* label;
+        std::vector<std::pair<int, int>> sizes;
+        const char* expected;
+    };
+    for (const Case& test : std::vector<Case>{
+             {"narrower", {{4, 6}}, "..../..../..../..../00../11../"},
+             {"wider", {{12, 6}}, "............/............/00........../11........../22........../............/"},
+             {"and back", {{4, 6}, {8, 6}}, "......../......../......../00....../11....../22....../"},
+             {"fewer rows", {{8, 3}}, "......../00....../11....../"},
+             {"more rows", {{8, 3}, {8, 6}}, "......../......../......../00....../11....../22....../"}}) {
+        Screen screen;
+        screen.terminal.feed(before);
+        for (const auto& [width, height] : test.sizes) {
+            screen.terminal.resize(width, height);
+        }
+        EXPECT_EQ(pictureOf(screen.terminal), test.expected) << test.label;
+    }
+    Screen screen;
+    screen.terminal.feed(kitty(",i=5") + std::string(rows + 10 + 1, '\n'));
+    EXPECT_EQ(screen.terminal.images().placements().size(), 1U) << "its last line is in the history";
+    screen.terminal.feed("\n\n");
+    EXPECT_TRUE(screen.terminal.images().images().empty());
+    for (const char* gone : {"\x1B[3J", "scrollback"}) {
+        Screen other;
+        other.terminal.feed(kitty() + std::string(rows + 3, '\n'));
+        EXPECT_EQ(other.terminal.images().placements().size(), 1U);
+        gone[0] == 's' ? other.terminal.setScrollback(0) : other.terminal.feed(gone);
+        EXPECT_TRUE(other.terminal.images().placements().empty()) << gone;
+    }
+}
+
+TEST(Images, OfSixelBelongToTheText) {
+    struct Case {
+        const char* label;
+        std::string bytes;
+        Position cursor;
+        const char* expected;
+    };
+    const std::string tall = "\x1BPq#1!4~-!4~-!4~\x1B\\"; // 2 by 9 cells
+    const std::vector<Case> table{
+        // As xterm does: the last row, and the column where it began.
+        {"the cursor", "\x1B[2;3H" + sixels, {2, 3}, "......../..00..../..11..../..22..../......../......../"},
+        {"behind it",
+         "\x1B[?8452h\x1B[2;3H" + sixels,
+         {4, 3},
+         "......../..00..../..11..../..22..../......../......../"},
+        {"without scrolling",
+         "\x1B[?80h\x1B[2;3H" + sixels,
+         {2, 1},
+         "00....../11....../22....../......../......../......../"},
+        {"cut by the screen without scrolling",
+         "\x1B[?80h" + tall,
+         {0, 0},
+         "00....../11....../22....../33....../44....../55....../"},
+        {"scrolling", "\x1B[5;7H" + sixels, {6, 5}, "......../......../......../......00/......11/......22/"},
+        {"taller than the screen",
+         "\x1B[2;3H" + tall,
+         {2, 5},
+         "..33..../..44..../..55..../..66..../..77..../..88..../"},
+        {"in a region", "\x1B[3;5r\x1B[4;3H" + tall, {2, 4}, "......../......../..66..../..77..../..88..../......../"},
+        {"below a region",
+         "\x1B[1;2r\x1B[5;3H" + tall,
+         {2, 5},
+         "......../......../......../......../..00..../..11..../"},
+        {"text written over it", sixels + "\x1B[2Hx", {1, 1}, "00....../.1....../22....../......../......../......../"},
+        {"a blank", sixels + "\x1B[2;2H ", {2, 1}, "00....../1......./22....../......../......../......../"},
+        {"text that was there",
+         "\x1B[2Habcd\x1B[H" + sixels,
+         {0, 2},
+         "00....../11....../22....../......../......../......../"},
+        {"erased to the end of the line",
+         sixels + "\x1B[2;2H\x1B[K",
+         {1, 1},
+         "00....../1......./22....../......../......../......../"},
+        {"erased below", sixels + "\x1B[2H\x1B[J", {0, 1}, "00....../......../......../......../......../......../"},
+        {"erased characters",
+         sixels + "\x1B[H\x1B[X",
+         {0, 0},
+         ".0....../11....../22....../......../......../......../"},
+        {"erased rectangle",
+         sixels + "\x1B[1;2;2;9$z",
+         {0, 2},
+         "0......./1......./22....../......../......../......../"},
+        {"another one over it",
+         sixels + "\x1B[2H" + sixels,
+         {0, 3},
+         "00....../00....../11....../22....../......../......../"},
+        {"RIS",
+         sixels + "\x1B"
+                  "c",
+         {0, 0},
+         "......../......../......../......../......../......../"},
+    };
+    for (const Case& test : table) {
+        for (const bool inPieces : {false, true}) {
+            Screen screen;
+            screen.feed(test.bytes, inPieces);
+            EXPECT_EQ(pictureOf(screen.terminal), test.expected) << test.label << (inPieces ? ", byte by byte" : "");
+            const Buffer& b = screen.terminal.buffer();
+            EXPECT_EQ((Position{b.x(), b.y()}), test.cursor) << test.label;
+        }
+    }
+    Screen screen;
+    for (int frame = 0; frame < 50; ++frame) {
+        screen.terminal.feed("\x1B[H" + sixels);
+    }
+    EXPECT_EQ(screen.terminal.images().images().size(), 1U) << "a film keeps its last picture only";
+    screen.terminal.feed("\x1B[H\x1B[J");
+    EXPECT_TRUE(screen.terminal.images().images().empty()) << "what nothing is left of is forgotten";
+}
+
+} // namespace term

@@ -10,6 +10,8 @@ set(TERM_HOST_SOURCES
     KeyEncoder.cpp
     KittyClipboard.cpp
     KittyGraphics.cpp
+    KittyGraphics+Animation.cpp
+    KittyGraphics+Delete.cpp
     LocalMedia.cpp
     LocalProcess.cpp
     LocalProcessChildReaper.cpp

@@ -1,7 +1,6 @@
 #include "TermEngine/KittyGraphics.h"
 
 #include "TermEngine/Encoding_p.h"
-#include "TermEngine/ImageBlend_p.h"
 #include "TermEngine/ImageCodec.h"
 #include "TermEngine/LocalMedia_p.h"
 
@@ -11,7 +10,6 @@
 namespace term {
 namespace {
 
-constexpr int defaultGapMilliseconds = 40;
 constexpr int mostCells = 10'000;
 
 int ceilDivide(int64_t value, int64_t by) {
@@ -135,7 +133,7 @@ GraphicsResult KittyGraphics::load(const GraphicsCommand& last, const GraphicsCo
         if (!data) {
             return std::unexpected(isTooLong ? "EFBIG:too much data" : "EINVAL:bad base64");
         }
-        auto read = readMedium(command, std::move(*data));
+        auto read = readMedium(command, std::move(*data), context);
         if (!read) {
             return std::unexpected(read.error());
         }
@@ -162,7 +160,7 @@ GraphicsResult KittyGraphics::load(const GraphicsCommand& last, const GraphicsCo
 }
 
 KittyGraphics::Outcome<std::vector<uint8_t>> KittyGraphics::readMedium(
-    const GraphicsCommand& command, std::vector<uint8_t> payload) const {
+    const GraphicsCommand& command, std::vector<uint8_t> payload, const GraphicsContext& context) const {
     const char medium = command.letter('t', 'd');
     if (medium == 'd') {
         return payload;
@@ -170,7 +168,7 @@ KittyGraphics::Outcome<std::vector<uint8_t>> KittyGraphics::readMedium(
     if (medium != 'f' && medium != 't' && medium != 's') {
         return std::unexpected("EINVAL:unknown medium");
     }
-    if (!m_configuration.allowsLocalMedia) {
+    if (!m_configuration.allowsLocalMedia || !context.mayNameFiles) {
         return std::unexpected("EPERM:only direct data are taken");
     }
     return readLocalMedium(
@@ -263,229 +261,6 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::put(
         result.cursorRows = placement.rows - 1;
     }
     return result;
-}
-
-KittyGraphics::Outcome<GraphicsResult> KittyGraphics::finishFrame(
-    const GraphicsCommand& command, const RgbaImage& data) {
-    const auto found = addressed(command);
-    if (!found) {
-        return std::unexpected(found.error());
-    }
-    StoredImage& image = **found;
-    const PixelArea target{command.extent('x'), command.extent('y'), data.width, data.height};
-    const size_t edited = command.number('r');
-    const size_t basis = command.number('c');
-    if (!target.isWithin(image.width(), image.height())) {
-        return std::unexpected("EINVAL:outside of the image");
-    }
-    if (edited > image.frames.size() || basis > image.frames.size()) {
-        return std::unexpected("ENOENT:no such frame");
-    }
-    const size_t index = edited != 0 ? edited - 1 : image.frames.size();
-    if (edited == 0) {
-        RgbaImage canvas{image.width(), image.height(), {}};
-        if (!m_store.hasRoomBeside(image, image.frames.front().pixels->pixels.size())) {
-            return std::unexpected("ENOSPC:no room for the frame");
-        }
-        if (basis != 0) {
-            canvas = *image.frames[basis - 1].pixels;
-        } else {
-            fill(canvas, command.number('Y'));
-        }
-        if (!m_store.setFrame(image, index, std::move(canvas))) {
-            return std::unexpected("ENOSPC:no room for the frame");
-        }
-        image.frames[index].gapMilliseconds = defaultGapMilliseconds;
-    }
-    const auto mode = command.number('X') == 1 ? BlendMode::replace : BlendMode::over;
-    blend(ImageStore::editable(image.frames[index]), target, data, 0, 0, mode);
-    if (command.signedNumber('z') != 0) {
-        image.frames[index].gapMilliseconds = command.signedNumber('z');
-    }
-    return GraphicsResult{.hasChanged = index == image.currentFrame};
-}
-
-/// Pixels of one frame onto another one.
-KittyGraphics::Outcome<GraphicsResult> KittyGraphics::compose(const GraphicsCommand& command) {
-    const auto found = addressed(command);
-    if (!found) {
-        return std::unexpected(found.error());
-    }
-    StoredImage& image = **found;
-    const size_t from = command.number('r');
-    const size_t onto = command.number('c');
-    if (from == 0 || onto == 0 || from > image.frames.size() || onto > image.frames.size()) {
-        return std::unexpected("ENOENT:no such frame");
-    }
-    const int width = command.number('w') != 0 ? command.extent('w') : image.width();
-    const int height = command.number('h') != 0 ? command.extent('h') : image.height();
-    const PixelArea source{command.extent('X'), command.extent('Y'), width, height};
-    const PixelArea target{command.extent('x'), command.extent('y'), width, height};
-    const bool isWithin =
-        source.isWithin(image.width(), image.height()) && target.isWithin(image.width(), image.height());
-    if (!isWithin || (from == onto && source.intersects(target))) {
-        return std::unexpected("EINVAL:bad areas");
-    }
-    const auto mode = command.number('C') == 1 ? BlendMode::replace : BlendMode::over;
-    RgbaImage& pixels = ImageStore::editable(image.frames[onto - 1]);
-    blend(pixels, target, *image.frames[from - 1].pixels, source.x, source.y, mode);
-    return GraphicsResult{.hasChanged = onto - 1 == image.currentFrame};
-}
-
-KittyGraphics::Outcome<GraphicsResult> KittyGraphics::animate(const GraphicsCommand& command) {
-    const auto found = addressed(command);
-    if (!found) {
-        return std::unexpected(found.error());
-    }
-    StoredImage& image = **found;
-    GraphicsResult result;
-    const size_t gapFrame = command.number('r');
-    if (gapFrame != 0 && gapFrame <= image.frames.size() && command.signedNumber('z') != 0) {
-        image.frames[gapFrame - 1].gapMilliseconds = command.signedNumber('z');
-    }
-    const size_t current = command.number('c');
-    if (current != 0 && current <= image.frames.size()) {
-        result.hasChanged = image.currentFrame != current - 1;
-        image.currentFrame = current - 1;
-        m_frameBegins.erase(image.id);
-    }
-    if (const uint32_t loops = command.number('v'); loops != 0) {
-        image.loops = loops - 1;
-    }
-    switch (command.number('s')) {
-    case 1:
-        image.animation = StoredImage::Animation::stopped;
-        break;
-    case 2:
-        image.animation = StoredImage::Animation::loading;
-        break;
-    case 3:
-        image.animation = StoredImage::Animation::running;
-        break;
-    default:
-        break;
-    }
-    return result;
-}
-
-std::optional<int64_t> KittyGraphics::advanceAnimations(int64_t nowMilliseconds) {
-    std::optional<int64_t> next;
-    std::erase_if(m_frameBegins, [this](const auto& entry) { return m_store.find(entry.first) == nullptr; });
-    std::vector<uint32_t> running;
-    for (const auto& [id, image] : m_store.images()) {
-        if (image.animation != StoredImage::Animation::stopped && image.frames.size() > 1) {
-            running.push_back(id);
-        }
-    }
-    for (const uint32_t id : running) {
-        StoredImage& image = *m_store.find(id);
-        int64_t& begin = m_frameBegins.try_emplace(id, nowMilliseconds).first->second;
-        // Late by more than a round, it goes on from here.
-        for (size_t steps = 0; steps <= image.frames.size(); ++steps) {
-            const int64_t gap = std::max(image.frames[image.currentFrame].gapMilliseconds, 0);
-            const bool isLast = image.currentFrame + 1 == image.frames.size();
-            if (nowMilliseconds < begin + gap) {
-                next = std::min(next.value_or(begin + gap - nowMilliseconds), begin + gap - nowMilliseconds);
-                break;
-            }
-            if (isLast && image.animation == StoredImage::Animation::loading) {
-                break;
-            }
-            if (isLast && image.loops == 1) {
-                image.animation = StoredImage::Animation::stopped;
-                image.loops = 0;
-                break;
-            }
-            image.loops -= isLast && image.loops > 1 ? 1 : 0;
-            image.currentFrame = isLast ? 0 : image.currentFrame + 1;
-            begin = steps == image.frames.size() ? nowMilliseconds : begin + gap;
-        }
-    }
-    return next;
-}
-
-GraphicsResult KittyGraphics::erase(const GraphicsCommand& command, const GraphicsContext& context) {
-    const char what = command.letter('d', 'a');
-    const bool isUpper = what >= 'A' && what <= 'Z';
-    const auto data = isUpper ? ImageStore::Data::release : ImageStore::Data::keep;
-    const auto covers = [](const ImagePlacement& placement, int64_t row, int column) {
-        const bool hasRow = row < 0 || (row >= placement.row && row < placement.row + placement.rows);
-        const bool hasColumn =
-            column < 0 || (column >= placement.column && column < placement.column + placement.columns);
-        return hasRow && hasColumn;
-    };
-    const int cellColumn = command.extent('x') - 1;
-    const int64_t cellRow = context.topRow + command.extent('y') - 1;
-    const int z = command.signedNumber('z');
-    const auto onScreen = [&context](ImageStore::Condition condition) -> ImageStore::Condition {
-        return [condition = std::move(condition), context](const ImagePlacement& placement) {
-            return placement.screen == context.screen && !placement.isVirtual &&
-                   placement.row + placement.rows > context.topRow && placement.row < context.topRow + context.rows &&
-                   condition(placement);
-        };
-    };
-    ImageStore::Condition condition;
-    switch (isUpper ? static_cast<char>(what + 0x20) : what) {
-    case 'a':
-        condition = onScreen([](const auto&) { return true; });
-        break;
-    case 'c':
-        condition = onScreen([=](const auto& placement) {
-            return covers(placement, context.topRow + context.cursorRow, context.cursorColumn);
-        });
-        break;
-    case 'p':
-        condition = onScreen([=](const auto& some) { return covers(some, cellRow, cellColumn); });
-        break;
-    case 'q':
-        condition = onScreen([=](const auto& some) { return some.z == z && covers(some, cellRow, cellColumn); });
-        break;
-    case 'x':
-        condition = onScreen([=](const auto& some) { return covers(some, -1, cellColumn); });
-        break;
-    case 'y':
-        condition = onScreen([=](const auto& some) { return covers(some, cellRow, -1); });
-        break;
-    case 'z':
-        condition = onScreen([=](const auto& some) { return some.z == z; });
-        break;
-    case 'i':
-    case 'n': {
-        const StoredImage* image =
-            what == 'i' || what == 'I' ? m_store.find(command.number('i')) : m_store.findNewest(command.number('I'));
-        if (image == nullptr) {
-            return {};
-        }
-        const uint32_t id = image->id;
-        const uint32_t placementId = command.number('p');
-        if (isUpper && placementId == 0) {
-            m_store.remove(id);
-            return {.hasChanged = true};
-        }
-        condition = [=](const ImagePlacement& placement) {
-            return placement.imageId == id && (placementId == 0 || placement.placementId == placementId);
-        };
-        break;
-    }
-    case 'r': {
-        const uint32_t first = command.number('x');
-        const uint32_t last = command.number('y');
-        condition = [=](const ImagePlacement& some) { return some.imageId >= first && some.imageId <= last; };
-        break;
-    }
-    case 'f': {
-        const auto image = addressed(command);
-        while (image && (*image)->frames.size() > 1) {
-            m_store.removeFrame(**image, (*image)->frames.size() - 1);
-        }
-        return {.hasChanged = image.has_value()};
-    }
-    default:
-        return {};
-    }
-    const size_t before = m_store.placements().size();
-    m_store.removePlacements(condition, data);
-    return {.hasChanged = m_store.placements().size() != before};
 }
 
 void KittyGraphics::reset() {

@@ -23,6 +23,7 @@ struct GraphicsContext {
     int cursorRow = 0;  ///< on the screen
     int cellWidth = 10; ///< pixels
     int cellHeight = 20;
+    bool mayNameFiles = true; ///< where the configuration allows it
 };
 
 /// What has to be done after a command.
@@ -63,7 +64,8 @@ private:
     GraphicsResult run(const GraphicsCommand& command, const GraphicsContext& context);
     GraphicsResult load(const GraphicsCommand& command, const GraphicsContext& context);
     Outcome<RgbaImage> decode(const GraphicsCommand& command, std::vector<uint8_t> data) const;
-    Outcome<std::vector<uint8_t>> readMedium(const GraphicsCommand& command, std::vector<uint8_t> payload) const;
+    Outcome<std::vector<uint8_t>> readMedium(
+        const GraphicsCommand& command, std::vector<uint8_t> payload, const GraphicsContext& context) const;
     Outcome<StoredImage*> addressed(const GraphicsCommand& command);
     Outcome<GraphicsResult> finishImage(
         const GraphicsCommand& command, RgbaImage image, uint32_t& id, const GraphicsContext& context);

@@ -86,7 +86,7 @@ std::expected<std::vector<uint8_t>, std::string_view> readLocalMedium(
         return std::unexpected("EBADF:can't be opened");
     }
     // A pipe would block.
-    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW));
     auto data = readPart(fd, offset, size, limitBytes);
     if (medium == LocalMedium::temporaryFile && isTemporaryImage(path)) {
         ::unlink(path.c_str());

@@ -34,8 +34,8 @@ struct SerialQueue::State {
     }
 };
 
-SerialQueue::SerialQueue() : m_state(std::make_shared<State>()) {
-    m_state->thread = startWorkerThread("term-delivery", [state = m_state] { state->run(); });
+SerialQueue::SerialQueue(const char* name) : m_state(std::make_shared<State>()) {
+    m_state->thread = startWorkerThread(name, [state = m_state] { state->run(); });
 }
 
 SerialQueue::~SerialQueue() {

@@ -23,7 +23,8 @@ public:
 /// A queue with a thread of its own.
 class SerialQueue final : public DeliveryQueue {
 public:
-    SerialQueue();
+    /// The name of its thread has at most 15 characters.
+    explicit SerialQueue(const char* name = "term-delivery");
     /// Waits for the task that runs now, unless it is the one that ends the queue; the others are dropped.
     ~SerialQueue() override;
 

@@ -131,6 +131,8 @@ KittyClipboard::Outcome KittyClipboard::beginRead(const Metadata& metadata, std:
     }
     read.mimeTypes = words(decodedText(payload, maximumTextBytes));
     read.wantsTypes = std::erase(read.mimeTypes, ".") > 0;
+    // What types there are gives nothing away.
+    read.needsPermission = read.needsPermission && !read.mimeTypes.empty();
     if ((read.mimeTypes.empty() && !read.wantsTypes) || read.mimeTypes.size() > mostTypesOfRead) {
         return {.replies = {refuse(read, KittyClipboardStatus::invalid)}};
     }

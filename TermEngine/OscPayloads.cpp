@@ -219,6 +219,7 @@ std::optional<ITermCommand> parseITermCommand(std::string_view payload, size_t f
         Entry{"CursorShape", Kind::cursorShape},
         Entry{"SetUserVar", Kind::setUserVariable},
         Entry{"ReportCellSize", Kind::reportCellSize},
+        Entry{"Capabilities", Kind::reportCapabilities},
         Entry{"File", Kind::file}};
     const std::string_view key = takeField(payload, '=');
     const auto* entry = std::ranges::find(entries, key, &Entry::key);

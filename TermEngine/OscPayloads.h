@@ -65,6 +65,7 @@ struct ITermCommand {
         cursorShape,     ///< value: 0 (block), 1 (bar) or 2 (underline)
         setUserVariable, ///< name and value
         reportCellSize,
+        reportCapabilities,
         file, ///< an image to show
     };
     struct File {

@@ -9,6 +9,8 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
 #ifdef __APPLE__
 #include <util.h>
 #else
@@ -169,6 +171,21 @@ std::expected<PseudoTerminalHelpers::Child, LocalProcessError> PseudoTerminalHel
 
 int PseudoTerminalHelpers::setWinSize(int masterDescriptor, const winsize& size) {
     return ::ioctl(masterDescriptor, TIOCSWINSZ, &size);
+}
+
+std::string PseudoTerminalHelpers::controlBytes(int masterDescriptor) {
+    termios settings{};
+    std::string bytes;
+    if (::tcgetattr(masterDescriptor, &settings) != 0) {
+        return bytes;
+    }
+    for (const int index :
+         {VINTR, VQUIT, VERASE, VKILL, VEOF, VEOL, VEOL2, VSTART, VSTOP, VSUSP, VREPRINT, VDISCARD, VWERASE, VLNEXT}) {
+        if (settings.c_cc[index] != _POSIX_VDISABLE) {
+            bytes.push_back(static_cast<char>(settings.c_cc[index]));
+        }
+    }
+    return bytes;
 }
 
 PseudoTerminalHelpers::AvailableBytes PseudoTerminalHelpers::availableBytes(int descriptor) {

@@ -54,6 +54,9 @@ struct PseudoTerminalHelpers {
         const Command& andExec, const winsize& desiredWindowSize);
     /// The result of ioctl TIOCSWINSZ.
     static int setWinSize(int masterDescriptor, const winsize& size);
+    /// The characters that the line discipline acts upon, such as those for interrupt and erase; empty where they can't
+    /// be asked for.
+    [[nodiscard]] static std::string controlBytes(int masterDescriptor);
     /// The result of ioctl FIONREAD and what it counted.
     [[nodiscard]] static AvailableBytes availableBytes(int descriptor);
 };

@@ -15,6 +15,11 @@ struct RgbaImage {
     int height = 0;
     std::vector<uint8_t> pixels{};
 
+    /// Whether it has pixels, and as many as it says.
+    [[nodiscard]] bool isValid() const {
+        return width > 0 && height > 0 && width <= maximumImageSide && height <= maximumImageSide &&
+               pixels.size() == static_cast<size_t>(height) * rowBytes();
+    }
     [[nodiscard]] bool isOpaque() const {
         for (size_t at = 3; at < pixels.size(); at += 4) {
             if (pixels[at] != 0xFF) {

@@ -63,7 +63,7 @@ void Terminal::paletteColors(int code, std::string_view payload, StringEnd end) 
 
 void Terminal::resetPalette(int code, std::string_view payload) {
     const int first = code == 104 ? 0 : ColorTable::paletteSize;
-    const int count = code == 104 ? ColorTable::paletteSize : ColorTable::specialCount;
+    int count = code == 104 ? ColorTable::paletteSize : ColorTable::specialCount;
     if (payload.empty()) {
         for (int index = first; index < first + count; ++index) {
             m_colors.set(index, {});
@@ -71,6 +71,8 @@ void Terminal::resetPalette(int code, std::string_view payload) {
         m_delegate.colorChanged(*this, {});
         return;
     }
+    // By their numbers the special colours can be reset with either, as they can be set.
+    count = ColorTable::paletteSize + ColorTable::specialCount - first;
     while (!payload.empty()) {
         if (const std::optional<int> given = numberOf(cutAt(payload, ';')); given && *given >= 0 && *given < count) {
             m_colors.set(first + *given, {});
@@ -111,6 +113,17 @@ void Terminal::dynamicColorChanged(DynamicColor which) {
         m_delegate.colorChanged(*this, {});
         break;
     }
+}
+
+/// Of those that the host hears about on their own.
+std::vector<DynamicColor> Terminal::ownDynamicColors() const {
+    std::vector<DynamicColor> own;
+    for (const auto which : {DynamicColor::foreground, DynamicColor::background, DynamicColor::cursor}) {
+        if (m_colors.ownColor(which)) {
+            own.push_back(which);
+        }
+    }
+    return own;
 }
 
 /// OSC 21 of kitty: "key=colour;key=?;key=", where no colour is back to the theme.

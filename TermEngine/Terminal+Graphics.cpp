@@ -47,6 +47,8 @@ GraphicsContext Terminal::graphicsContext() {
         context.cellWidth = cell->width;
         context.cellHeight = cell->height;
     }
+    context.mayNameFiles =
+        m_options.kittyGraphics.allowsLocalMedia && m_delegate.isProcessTrusted(*this).value_or(true);
     return context;
 }
 
@@ -221,11 +223,14 @@ void Terminal::eraseTextImages(ScreenId screen, std::span<const CellArea> areas)
 /// Images that lie within the margins move with the text (kitty's graphics protocol, "Interaction with other terminal
 /// actions"). What hangs over the end of the screen lies within.
 void Terminal::linesMoved(const Buffer& buffer, Rectangle margins, int by) {
+    const std::int64_t top = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yBase();
+    if (m_selection.range() && &buffer == m_buffer) [[unlikely]] {
+        dropSelectionWithin(top + margins.top, top + margins.bottom - 1);
+    }
     if (m_images.placements().empty()) {
         return;
     }
     constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
-    const std::int64_t top = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yBase();
     const bool isLast = margins.bottom == buffer.rows();
     CellArea area{top + margins.top, top + margins.bottom, margins.left, margins.right};
     if (margins.right == buffer.cols()) {
@@ -238,8 +243,11 @@ void Terminal::linesMoved(const Buffer& buffer, Rectangle margins, int by) {
 }
 
 void Terminal::rowsRenumbered(const Buffer& buffer, int row, int by) {
+    const std::int64_t top = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yBase() - by;
+    if (m_selection.range() && &buffer == m_buffer) [[unlikely]] {
+        dropSelectionWithin(top + row, top + buffer.rows() - 1);
+    }
     if (!m_images.placements().empty()) {
-        const std::int64_t top = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yBase() - by;
         m_images.renumber(&buffer == m_normal.get() ? ScreenId::normal : ScreenId::alternate, top + row, by, top);
     }
 }

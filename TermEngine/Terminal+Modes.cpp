@@ -29,13 +29,16 @@ constexpr std::array flags = std::to_array<ModeOf<bool TerminalModes::*>>({
     {1034, &TerminalModes::eightBitMeta},
     {1035, &TerminalModes::numLockOverridesKeypad},
     {1036, &TerminalModes::metaSendsEscape},
+    {1037, &TerminalModes::deleteSendsDel},
     {1039, &TerminalModes::altSendsEscape},
     {1042, &TerminalModes::urgentBell},
+    {1243, &TerminalModes::bidiArrowKeySwap},
     {2004, &TerminalModes::bracketedPaste},
     {2027, &TerminalModes::graphemeClusters},
     {2031, &TerminalModes::colorSchemeUpdates},
     {2500, &TerminalModes::bidiBoxMirroring},
     {2501, &TerminalModes::bidiAutodetection},
+    {5522, &TerminalModes::pasteEvents},
     {8452, &TerminalModes::sixelCursorRight},
 });
 
@@ -360,6 +363,7 @@ void Terminal::switchTo(Buffer& buffer) {
     buffer.setCursor(from.x(), from.y());
     buffer.setPendingWrap(from.pendingWrap());
     m_buffer = &buffer;
+    clearSelection();
     m_delegate.bufferActivated(*this);
 }
 

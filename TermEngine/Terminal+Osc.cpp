@@ -1,4 +1,5 @@
-#include "TermEngine/Base64.h"
+#include "TermEngine/Encoding_p.h"
+#include "TermEngine/ImageCodec.h"
 #include "TermEngine/Terminal.h"
 #include "TermEngine/TextFields_p.h"
 
@@ -29,10 +30,48 @@ std::optional<std::string> fromHex(std::string_view hex) {
     return hex.size() % 2 == 0 ? std::optional(text) : std::nullopt;
 }
 
+std::string withPercentEscapes(std::string_view path) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string url;
+    for (const char c : path) {
+        const auto byte = static_cast<std::uint8_t>(c);
+        const bool isPlain = (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
+                             (byte >= 'a' && byte <= 'z') ||
+                             std::string_view("/-._~").find(c) != std::string_view::npos;
+        if (isPlain) {
+            url += c;
+        } else {
+            url += {'%', digits[byte >> 4], digits[byte & 15]};
+        }
+    }
+    return url;
+}
+
+/// OSC 133: a prompt of the kind c or s goes on with one that stands above, one of the kind r stands at the right.
+bool continuesPrompt(std::string_view options) {
+    while (!options.empty()) {
+        std::string_view value = cutAt(options, ';');
+        if (cutAt(value, '=') == "k") {
+            return value == "c" || value == "s" || value == "r";
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 bool Terminal::dispatchOsc(int code, Bytes payload, StringEnd end) {
-    const std::string_view text = viewOf(payload);
+    if (m_oscEvents.hasObservers()) {
+        m_oscEvents.publish({code, {payload.begin(), payload.end()}, {m_buffer->x(), m_buffer->y()}});
+    }
+    return actOnOsc(code, viewOf(payload), end);
+}
+
+bool Terminal::actOnOsc(int code, std::string_view text, StringEnd end) {
+    if (code == m_programStatusOsc) {
+        setProgramStatus(text);
+        return true;
+    }
     switch (code) {
     case 0:
     case 1:
@@ -40,12 +79,16 @@ bool Terminal::dispatchOsc(int code, Bytes payload, StringEnd end) {
         setTitles(code, text);
         return true;
     case 6:
-        m_document = cleanText(text);
-        m_delegate.hostCurrentDocumentUpdated(*this);
+        if (std::string document = cleanText(text); document != m_document) {
+            m_document = std::move(document);
+            m_delegate.hostCurrentDocumentUpdated(*this);
+        }
         return true;
     case 7:
-        m_directory = cleanText(text);
-        m_delegate.hostCurrentDirectoryUpdated(*this);
+        // An empty one takes the last one back.
+        if (text.empty() || parseDirectoryReport(text)) {
+            setDirectory(cleanText(text));
+        }
         return true;
     case 8:
         setLink(text);
@@ -69,7 +112,10 @@ bool Terminal::dispatchOsc(int code, Bytes payload, StringEnd end) {
         notify(parseUrxvtNotification(text));
         return true;
     case 1337:
-        iTermCommand(text);
+        iTermCommand(text, end);
+        return true;
+    case 5522:
+        kittyClipboard(text, end);
         return true;
     default:
         return dispatchColors(code, text, end);
@@ -92,21 +138,8 @@ void Terminal::notify(const std::optional<NotificationRequest>& request) {
     }
 }
 
-void Terminal::clipboard(std::string_view payload, StringEnd end) {
-    const auto limit = static_cast<std::size_t>(std::int64_t{m_options.kittyClipboardWriteLimitBytes});
-    const std::optional<ClipboardReport> report = parseClipboard(payload, limit);
-    if (!report) {
-        return;
-    }
-    if (report->kind != ClipboardReport::Kind::query) {
-        m_delegate.clipboardCopy(*this, {report->selections, report->data});
-    } else if (const std::optional<std::string> content = m_delegate.clipboardRead(*this, report->selections)) {
-        sendOsc("52;" + report->selections + ";" + encodeBase64(*content), end);
-    }
-}
-
 /// OSC 1337, what is safe of it.
-void Terminal::iTermCommand(std::string_view payload) {
+void Terminal::iTermCommand(std::string_view payload, StringEnd end) {
     const std::optional<ITermCommand> command =
         parseITermCommand(payload, m_options.kittyGraphics.imageCacheLimitBytes);
     if (!command) {
@@ -114,12 +147,16 @@ void Terminal::iTermCommand(std::string_view payload) {
     }
     switch (command->kind) {
     case ITermCommand::Kind::currentDirectory:
-        m_directory = command->value;
-        m_delegate.hostCurrentDirectoryUpdated(*this);
+        if (command->value.starts_with('/')) {
+            setDirectory("file://" + withPercentEscapes(command->value));
+        }
         break;
-    case ITermCommand::Kind::setMark:
-        semanticPrompt("P");
+    case ITermCommand::Kind::setMark: {
+        SemanticMarks marks = m_buffer->line(m_buffer->y()).semanticMarks();
+        marks.promptStart = true;
+        m_buffer->line(m_buffer->y()).setSemanticMark(marks);
         break;
+    }
     case ITermCommand::Kind::clearScrollback:
         eraseInDisplay(3, EraseKind::all);
         break;
@@ -136,10 +173,102 @@ void Terminal::iTermCommand(std::string_view payload) {
                 StringEnd::stringTerminator);
         }
         break;
+    case ITermCommand::Kind::reportCapabilities:
+        if (m_options.featureReport) {
+            sendOsc("1337;Capabilities=" + cleanText(*m_options.featureReport), end);
+        }
+        break;
+    case ITermCommand::Kind::file:
+        if (command->file.isInline) {
+            showFile(command->file);
+        }
+        break;
     case ITermCommand::Kind::remoteHost:
     case ITermCommand::Kind::setUserVariable:
-    case ITermCommand::Kind::file:
         break;
+    }
+}
+
+/// An image of OSC 1337. What says nothing of its size is as large as it is, but not wider than the screen.
+void Terminal::showFile(const ITermCommand::File& file) {
+    using Unit = ITermCommand::File::Extent::Unit;
+    const GraphicsContext context = graphicsContext();
+    const auto pixelsOf = [](const ITermCommand::File::Extent& extent, int cell, int cells) -> std::int64_t {
+        switch (extent.unit) {
+        case Unit::cells:
+            return std::int64_t{extent.number} * cell;
+        case Unit::pixels:
+            return extent.number;
+        case Unit::percent:
+            return std::int64_t{std::min(extent.number, 100)} * cell * cells / 100;
+        case Unit::automatic:
+            break;
+        }
+        return 0;
+    };
+    std::int64_t width =
+        std::min<std::int64_t>(pixelsOf(file.width, context.cellWidth, context.columns), maximumImageSide);
+    std::int64_t height =
+        std::min<std::int64_t>(pixelsOf(file.height, context.cellHeight, context.rows), maximumImageSide);
+    std::optional<RgbaImage> image = decodePng(file.data, m_images.limitBytes());
+    if (!image) {
+        image = m_delegate.createImage(
+            *this, file.data,
+            {static_cast<int>(width), static_cast<int>(height), file.preservesAspectRatio, m_images.limitBytes()});
+    }
+    if (!image || !image->isValid()) {
+        return;
+    }
+    const std::int64_t room = std::int64_t{context.columns} * context.cellWidth;
+    if (width == 0 && height == 0 && image->width > room) {
+        width = room;
+    }
+    const auto scaled = [](std::int64_t of, std::int64_t by, std::int64_t from) {
+        return std::max<std::int64_t>(of * by / from, 1);
+    };
+    if (width == 0 && height > 0) {
+        width = scaled(image->width, height, image->height);
+    } else if (height == 0 && width > 0) {
+        height = scaled(image->height, width, image->width);
+    } else if (width > 0 && file.preservesAspectRatio) {
+        const bool isTooWide = image->width * height > image->height * width;
+        const std::int64_t fullWidth = width;
+        width = isTooWide ? width : scaled(image->width, height, image->height);
+        height = isTooWide ? scaled(image->height, fullWidth, image->width) : height;
+    }
+    const auto cellsFor = [](std::int64_t pixels, int cell) {
+        return static_cast<int>(std::min<std::int64_t>((pixels + cell - 1) / cell, maximumImageSide));
+    };
+    showTextImage(
+        std::move(*image), {cellsFor(width, context.cellWidth), cellsFor(height, context.cellHeight)},
+        AfterTextImage::cursorBehind);
+}
+
+void Terminal::setDirectory(std::string url) {
+    if (url != m_directory) {
+        m_directory = std::move(url);
+        m_delegate.hostCurrentDirectoryUpdated(*this);
+    }
+}
+
+void Terminal::setProgramStatusOsc(int code) {
+    m_programStatusOsc = code;
+    m_parser.setProgramStatusOsc(code);
+}
+
+void Terminal::setProgramStatus(std::string_view payload) {
+    constexpr std::size_t mostRecords = 256;
+    // Of a string that was too long, the beginning of the first record that is left is missing.
+    if (m_parser.oscIgnoredBytes() > 0) {
+        static_cast<void>(cutAt(payload, ';'));
+    }
+    std::vector<std::string> records;
+    while (!payload.empty() && records.size() < mostRecords) {
+        records.push_back(cleanText(cutAt(payload, ';')));
+    }
+    if (records != m_programStatus) {
+        m_programStatus = std::move(records);
+        m_delegate.programStatusChanged(*this, m_programStatus);
     }
 }
 
@@ -220,7 +349,7 @@ void Terminal::semanticPrompt(std::string_view payload) {
     SemanticMarks marks = line.semanticMarks();
     if (kind == "A" || kind == "N" || kind == "P") {
         m_semantic = SemanticContent::prompt;
-        marks.promptStart = true;
+        marks.promptStart = marks.promptStart || !continuesPrompt(options);
     } else if (kind == "B" || kind == "I") {
         m_semantic = SemanticContent::input;
         marks.inputStart = true;

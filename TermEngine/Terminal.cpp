@@ -36,12 +36,17 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options)
       m_parser(*this),
       m_cursorStyle(m_options.cursorStyle),
       m_images(m_options.kittyGraphics.imageCacheLimitBytes),
-      m_graphics(m_options.kittyGraphics, m_images) {
+      m_graphics(m_options.kittyGraphics, m_images),
+      m_kittyClipboard(m_options) {
     m_parser.setMaximumOscBytes(m_options.maximumOscBytes);
     m_normal->lineObserver = this;
     m_alternate->lineObserver = this;
     m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
     resetState();
+    if (m_normal->defaultBidiState != 0) {
+        m_normal->clear();
+        m_alternate->clear();
+    }
 }
 
 Terminal::~Terminal() = default;
@@ -108,6 +113,9 @@ void Terminal::resize(int cols, int rows) {
     if (cols == this->cols() && rows == this->rows()) {
         return;
     }
+    if (cols != this->cols()) {
+        clearSelection();
+    }
     std::vector<LinePlace> places = placesOfImages();
     m_normal->resize(cols, rows, places);
     moveImagesTo(places);
@@ -132,6 +140,7 @@ void Terminal::resetState() {
     m_modes.cursorBlink = static_cast<int>(m_cursorStyle) % 2 == 0;
     m_modes.bidiBoxMirroring = m_options.initialBidiState.mirrorsBoxDrawing;
     m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;
+    m_modes.bidiArrowKeySwap = m_options.initialBidiArrowKeySwap;
     m_savedModes.clear();
     m_attribute = {};
     m_attributeStack.clear();
@@ -148,6 +157,9 @@ void Terminal::resetState() {
     m_iconTitleStack.clear();
     m_keyboards = {};
     m_notifications.reset();
+    m_kittyClipboard.reset();
+    m_clipboardQuestions.clear();
+    m_permissions.clear();
     m_colors.resetAll();
     m_graphics.reset();
     m_images.clear();
@@ -161,6 +173,7 @@ void Terminal::resetState() {
         buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
         buffer->setupTabStops();
         buffer->forgetLastScalar();
+        buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
     }
 }
 
@@ -169,6 +182,8 @@ void Terminal::reset() {
     const bool wasAlternate = isAlternateActive();
     const TerminalModes before = m_modes;
     const bool hadImages = !m_images.placements().empty();
+    const std::vector<DynamicColor> hadColors = ownDynamicColors();
+    clearSelection();
     resetState();
     m_buffer = m_normal.get();
     m_normal->clearHistory();
@@ -191,6 +206,9 @@ void Terminal::reset() {
         m_delegate.imagesChanged(*this);
     }
     m_delegate.colorChanged(*this, {});
+    for (const DynamicColor which : hadColors) {
+        dynamicColorChanged(which);
+    }
 }
 
 /// What DECSTR resets: VT520 Programmer Information, DECSTR.

@@ -5,11 +5,15 @@
 #include "TermEngine/ColorTable.h"
 #include "TermEngine/EscapeSequenceParser.h"
 #include "TermEngine/ImageStore.h"
+#include "TermEngine/InputEncoder.h"
+#include "TermEngine/KittyClipboard.h"
 #include "TermEngine/KittyGraphics.h"
 #include "TermEngine/KittyKeyboardStack.h"
 #include "TermEngine/TerminalDelegate.h"
 #include "TermEngine/TerminalModes.h"
 #include "TermEngine/TerminalOptions.h"
+#include "TermEngine/TerminalOscEvents.h"
+#include "TermEngine/TextRange.h"
 
 #include <array>
 #include <cstdint>
@@ -41,6 +45,9 @@ public:
         if (!m_images.placements().empty()) [[unlikely]] {
             dropPassedImages();
             cutOverwrittenImages();
+        }
+        if (m_selection.range()) [[unlikely]] {
+            dropSelectionWithin(0, static_cast<std::int64_t>(m_buffer->trimmedCount()) - 1);
         }
     }
     void feed(std::string_view text) { feed(Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())); }
@@ -91,6 +98,34 @@ public:
     /// The time of `scheduleSynchronizedOutputTimeout` is over.
     void synchronizedOutputTimedOut();
     [[nodiscard]] EscapeSequenceParser& parser() { return m_parser; }
+    /// All OSC strings, for whoever wants to see them.
+    [[nodiscard]] TerminalOscEventDispatcher& oscEvents() { return m_oscEvents; }
+    /// The OSC number of strings that report a program's status: records, parted by semicolons. None, a negative
+    /// number, at first.
+    void setProgramStatusOsc(int code);
+    [[nodiscard]] const std::vector<std::string>& programStatus() const { return m_programStatus; }
+
+    // Input (Terminal+Input.cpp): what the modes make of it goes to the delegate's `send`. False: nothing was sent.
+    [[nodiscard]] KeyModes keyModes() const;
+    bool sendKey(const KeyEvent& event);
+    /// Over the alternate screen, a wheel that no program asked for sends `wheelLines` cursor keys.
+    bool sendMouse(const MouseEvent& event, int wheelLines = 3);
+    bool sendFocus(FocusChange change);
+    bool paste(std::string_view text, ClipboardLocation location = ClipboardLocation::clipboard);
+    /// The user has chosen a notification that wants to be told so.
+    void notificationActivated(const NotificationRequest& request);
+
+    // Clipboard (Terminal+Clipboard.cpp): what the host answers later.
+    /// To the oldest `clipboardReadRequest`; nothing: the program gets no answer.
+    void answerClipboardRead(const std::optional<std::string>& content);
+    void resolveKittyClipboardPermission(std::uint64_t number, ClipboardPermission permission);
+
+    /// What the user has selected on the screen that is shown (Terminal+Selection.cpp). It ends when its text moves or
+    /// goes.
+    [[nodiscard]] const TextSelection& selection() const { return m_selection; }
+    void startSelection(TextPlace place, TextSelection::Unit unit);
+    void extendSelection(TextPlace place);
+    void clearSelection();
 
     /// The state of a DEC private mode; nothing for one that is not known.
     [[nodiscard]] std::optional<bool> decPrivateMode(int mode) const;
@@ -115,6 +150,7 @@ private:
     bool dispatchCsi(char final, const Parameters& parameters, std::string_view collected) override;
     bool dispatchEsc(std::string_view collected, char final) override;
     bool dispatchOsc(int code, Bytes payload, StringEnd end) override;
+    bool actOnOsc(int code, std::string_view payload, StringEnd end);
     bool dispatchApc(Bytes payload) override;
     std::unique_ptr<DcsHandler> dcsHandler(
         char final, const Parameters& parameters, std::string_view collected) override;
@@ -235,8 +271,34 @@ private:
     void semanticPrompt(std::string_view payload);
     void notifyOrProgress(std::string_view payload);
     void notify(const std::optional<NotificationRequest>& request);
+    void iTermCommand(std::string_view payload, StringEnd end);
+    void showFile(const ITermCommand::File& file);
+    void setDirectory(std::string url);
+    void setProgramStatus(std::string_view payload);
+
+    // Terminal+Clipboard.cpp
+    struct ClipboardQuestion {
+        std::string selections;
+        StringEnd end;
+    };
+    struct PendingPermission {
+        KittyClipboardRequest request;
+        StringEnd end;
+    };
     void clipboard(std::string_view payload, StringEnd end);
-    void iTermCommand(std::string_view payload);
+    void kittyClipboard(std::string_view payload, StringEnd end);
+    void grant(KittyClipboardRequest request, StringEnd end);
+    void refuse(const KittyClipboardRequest& request, KittyClipboardStatus status, StringEnd end);
+    void sendAll(const std::vector<std::string>& bodies, StringEnd end);
+    bool announcePaste(ClipboardLocation location);
+
+    // Terminal+Input.cpp
+    bool sendInput(const std::string& bytes);
+
+    // Terminal+Selection.cpp
+    template <typename Change>
+    void changeSelection(const Change& change);
+    void dropSelectionWithin(std::int64_t first, std::int64_t last);
 
     // Terminal+Colors.cpp
     bool dispatchColors(int code, std::string_view payload, StringEnd end);
@@ -245,6 +307,7 @@ private:
     void resetPalette(int code, std::string_view payload);
     void kittyColors(std::string_view payload, StringEnd end);
     void dynamicColorChanged(DynamicColor which);
+    [[nodiscard]] std::vector<DynamicColor> ownDynamicColors() const;
     [[nodiscard]] ColorTable& themedColors();
 
     // Terminal+Graphics.cpp
@@ -317,6 +380,14 @@ private:
     ColorTable m_colors;
     bool m_hasTheme = false;
     NotificationAssembler m_notifications;
+    KittyClipboard m_kittyClipboard;
+    std::vector<ClipboardQuestion> m_clipboardQuestions;
+    std::map<std::uint64_t, PendingPermission> m_permissions;
+    std::uint64_t m_permissionNumber = 0;
+    TextSelection m_selection;
+    TerminalOscEventDispatcher m_oscEvents;
+    int m_programStatusOsc = -1;
+    std::vector<std::string> m_programStatus;
 
     std::string m_title;
     std::string m_iconTitle;

@@ -2,6 +2,8 @@
 
 #include "TermEngine/CharData.h"
 #include "TermEngine/EscapeSequenceParser.h"
+#include "TermEngine/InputEncoder.h"
+#include "TermEngine/KittyClipboard.h"
 #include "TermEngine/Notifications.h"
 #include "TermEngine/OscPayloads.h"
 #include "TermEngine/Palette.h"
@@ -14,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace term {
@@ -65,6 +68,37 @@ struct ClipboardContent {
     std::vector<std::uint8_t> data; ///< empty: the selections are cleared
 };
 
+/// What the clipboards of a host can do under kitty's clipboard protocol.
+struct KittyClipboardCapabilities {
+    bool reads = true;
+    bool writes = true;
+    bool hasPrimary = false;
+};
+
+/// What a program asks of the clipboard that the user may be asked about.
+struct KittyClipboardRequest {
+    std::uint64_t number = 0; ///< for `Terminal::resolveKittyClipboardPermission`
+    std::variant<KittyClipboardRead, KittyClipboardWrite> action{};
+
+    [[nodiscard]] bool isWrite() const { return std::holds_alternative<KittyClipboardWrite>(action); }
+    [[nodiscard]] ClipboardLocation location() const {
+        return std::visit([](const auto& some) { return some.location; }, action);
+    }
+    [[nodiscard]] bool needsPermission() const {
+        return std::visit([](const auto& some) { return some.needsPermission; }, action);
+    }
+};
+
+enum class ClipboardPermission : std::uint8_t { denied, granted, later };
+
+/// How large an image is to be shown, in pixels; 0: as large as it is.
+struct ImageRequest {
+    int width = 0;
+    int height = 0;
+    bool preservesAspectRatio = true;
+    std::size_t limitBytes = 0; ///< of the pixels: a larger one is not kept
+};
+
 enum class TerminalVisibility : std::uint8_t { potentiallyVisible = 1, notVisible = 2 };
 enum class ColorScheme : std::uint8_t { dark = 1, light = 2 };
 
@@ -83,6 +117,7 @@ public:
     virtual void bell(Terminal&) {}
     virtual void notify(Terminal&, const NotificationRequest&) {}
     virtual void progressReport(Terminal&, const ProgressReport&) {}
+    /// The string that `Terminal::setProgramStatusOsc` chose has come with other records.
     virtual void programStatusChanged(Terminal&, const std::vector<std::string>& /*records*/) {}
     virtual void sizeChanged(Terminal&) {}
     virtual void bufferActivated(Terminal&) {}
@@ -110,9 +145,36 @@ public:
     virtual void createImageFromBitmap(
         Terminal&, std::uint32_t /*imageId*/, const std::shared_ptr<const RgbaImage>& /*pixels*/) {}
 
+    /// An image file that the engine can't decode itself (it can PNG); nothing: it is not shown.
+    virtual std::optional<RgbaImage> createImage(Terminal&, Bytes /*data*/, const ImageRequest&) { return {}; }
+
+    // OSC 52. Whatever the policy of the options refuses is not asked for.
     virtual void clipboardCopy(Terminal&, const ClipboardContent&) {}
-    /// What a program gets that asks for the clipboard; nothing: no answer at all.
+    /// What a program gets that asks for the clipboard; nothing: see below.
     virtual std::optional<std::string> clipboardRead(Terminal&, std::string_view /*selections*/) { return {}; }
+    /// Whether the host will call `Terminal::answerClipboardRead`; else there is no answer at all.
+    virtual bool clipboardReadRequest(Terminal&, std::string_view /*selections*/) { return false; }
+
+    // kitty's clipboard protocol.
+    virtual KittyClipboardCapabilities kittyClipboardCapabilities(Terminal&) { return {}; }
+    virtual std::vector<std::string> kittyClipboardAvailableMimeTypes(Terminal&, ClipboardLocation) { return {}; }
+    /// What there is of the types; nothing: the program may not have it.
+    virtual std::optional<std::vector<ClipboardData>> kittyClipboardRead(Terminal&, const KittyClipboardRead&) {
+        return {};
+    }
+    virtual KittyClipboardStatus kittyClipboardWrite(Terminal&, KittyClipboardWrite) {
+        return KittyClipboardStatus::notPermitted;
+    }
+    /// Where the policy is to ask. For `later`, the host calls `Terminal::resolveKittyClipboardPermission`.
+    virtual ClipboardPermission kittyClipboardRequestPermission(Terminal&, const KittyClipboardRequest&) {
+        return ClipboardPermission::denied;
+    }
+    /// Whether a program that wants to (mode 5522) is told of a paste and asks for what it needs of it; else it gets
+    /// the text.
+    virtual bool kittyClipboardSendPasteEvent(Terminal&, ClipboardLocation) { return true; }
+
+    /// What frames a paste, and what of it would act upon the line discipline; nothing: as usual.
+    virtual std::optional<PasteControlBytes> terminalControlBytesForPaste(Terminal&) { return {}; }
 
     virtual std::optional<CellSize> cellSizeInPixels(Terminal&) { return {}; }
     /// The answer, to a command that reports.
@@ -121,7 +183,9 @@ public:
     virtual bool allowsTitleReports(Terminal&) { return false; }
     /// Whether lines of 132 columns and other sizes may be asked for.
     virtual bool allowsResize(Terminal&, int /*cols*/, int /*rows*/) { return false; }
-    virtual bool isProcessTrusted(Terminal&) { return true; }
+    /// Whether the user trusts the program that runs: then it needs no permission for the clipboard. One that is
+    /// distrusted can't name files. Nothing: unknown.
+    virtual std::optional<bool> isProcessTrusted(Terminal&) { return {}; }
 
     /// The host calls `Terminal::synchronizedOutputTimedOut` then, unless the output ended before.
     virtual void scheduleSynchronizedOutputTimeout(Terminal&, std::chrono::milliseconds) {}

@@ -33,9 +33,11 @@ struct TerminalModes {
     bool eightBitMeta = false;            ///< 1034
     bool numLockOverridesKeypad = true;   ///< 1035
     bool metaSendsEscape = true;          ///< 1036
+    bool deleteSendsDel = false;          ///< 1037
     bool altSendsEscape = true;           ///< 1039
     bool urgentBell = false;              ///< 1042
     bool allowsAlternateScreen = true;    ///< 1046
+    bool bidiArrowKeySwap = false;        ///< 1243
     bool bracketedPaste = false;          ///< 2004
     bool synchronizedOutput = false;      ///< 2026
     bool graphemeClusters = true;         ///< 2027
@@ -43,6 +45,7 @@ struct TerminalModes {
     bool inBandResize = false;            ///< 2048
     bool bidiBoxMirroring = false;        ///< 2500
     bool bidiAutodetection = false;       ///< 2501
+    bool pasteEvents = false;             ///< 5522
     bool sixelCursorRight = false;        ///< 8452
 
     MouseTracking mouseTracking = MouseTracking::none;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace term::unicode {
@@ -9,5 +10,13 @@ inline constexpr std::size_t blockSize = 128;
 inline constexpr std::size_t blockCount = 179;
 extern const std::array<std::uint8_t, 0x110000 / blockSize> blockOfScalar;
 extern const std::array<std::uint8_t, blockCount * blockSize> blockProperties;
+
+/// Scalars in a row.
+struct ScalarRun {
+    char32_t first;
+    std::uint16_t count;
+};
+/// The combining marks that stand for numbers in a placeholder of an image, in their order.
+extern const std::array<ScalarRun, 86> numberDiacritics;
 
 } // namespace term::unicode

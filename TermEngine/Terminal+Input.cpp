@@ -1,0 +1,73 @@
+#include "TermEngine/InputEncoder.h"
+#include "TermEngine/Terminal.h"
+
+namespace term {
+
+KeyModes Terminal::keyModes() const {
+    return {
+        .applicationCursorKeys = m_modes.applicationCursor,
+        .applicationKeypad = m_modes.applicationKeypad,
+        .numLockOverridesKeypad = m_modes.numLockOverridesKeypad,
+        .backarrowSendsBackspace = m_modes.backarrowSendsBackspace,
+        .enterSendsLineFeed = m_modes.newline,
+        .altSendsEscape = m_modes.metaSendsEscape || m_modes.altSendsEscape,
+        .eightBitMeta = m_modes.eightBitMeta,
+        .deleteSendsDel = m_modes.deleteSendsDel,
+        .eightBitControls = m_modes.eightBitControls,
+        .modifyOtherKeys = m_modes.modifyOtherKeys,
+        .kitty = kittyKeyboardFlags()};
+}
+
+bool Terminal::sendInput(const std::string& bytes) {
+    if (bytes.empty() || m_modes.keyboardLocked) {
+        return false;
+    }
+    send(bytes);
+    return true;
+}
+
+bool Terminal::sendKey(const KeyEvent& event) {
+    KeyEvent sent = event;
+    const bool isRightToLeft = m_buffer->line(m_buffer->y()).bidiState() == 1;
+    if (m_modes.bidiArrowKeySwap && isRightToLeft && (event.key == Key::left || event.key == Key::right)) {
+        sent.key = event.key == Key::left ? Key::right : Key::left;
+    }
+    return sendInput(encodeKey(sent, keyModes()));
+}
+
+bool Terminal::sendMouse(const MouseEvent& event, int wheelLines) {
+    if (m_modes.mouseTracking != MouseTracking::none) {
+        return sendInput(encodeMouse(event, m_modes.mouseTracking, m_modes.mouseEncoding));
+    }
+    const bool isWheel = event.button == MouseButton::wheelUp || event.button == MouseButton::wheelDown;
+    if (!isWheel || event.type != MouseEventType::press || !isAlternateActive() || !m_modes.alternateScroll) {
+        return false;
+    }
+    const auto direction = event.button == MouseButton::wheelUp ? ScrollDirection::up : ScrollDirection::down;
+    return sendInput(encodeAlternateScroll(direction, wheelLines, keyModes()));
+}
+
+bool Terminal::sendFocus(FocusChange change) {
+    if (m_modes.focusEvents) {
+        send(encodeFocus(change));
+    }
+    return m_modes.focusEvents;
+}
+
+bool Terminal::paste(std::string_view text, ClipboardLocation location) {
+    if (announcePaste(location)) {
+        return true;
+    }
+    const auto mode = m_modes.bracketedPaste ? PasteMode::bracketed : PasteMode::plain;
+    return !text.empty() &&
+           sendInput(
+               encodePaste(text, mode, m_delegate.terminalControlBytesForPaste(*this).value_or(PasteControlBytes{})));
+}
+
+void Terminal::notificationActivated(const NotificationRequest& request) {
+    if (request.reports) {
+        sendOsc("99;i=" + request.identifier + ";", StringEnd::stringTerminator);
+    }
+}
+
+} // namespace term

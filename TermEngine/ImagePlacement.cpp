@@ -1,6 +1,7 @@
 #include "TermEngine/ImagePlacement.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace term {
 namespace {
@@ -37,6 +38,13 @@ struct Extent {
 };
 
 } // namespace
+
+bool isDrawnBefore(const ImagePlacement& first, const ImagePlacement& second) {
+    const auto rank = [](const ImagePlacement& some) {
+        return std::tuple(some.z, some.isText ? 0 : some.imageId, some.serial);
+    };
+    return rank(first) < rank(second);
+}
 
 std::optional<ImagePlacement> partOf(const ImagePlacement& placement, const CellArea& area) {
     const CellArea whole = placement.area();

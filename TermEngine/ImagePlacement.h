@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -16,6 +17,11 @@ struct CellArea {
     int left = 0;
     int right = 0;
 
+    [[nodiscard]] static constexpr CellArea everything() {
+        return {
+            std::numeric_limits<int64_t>::min(), std::numeric_limits<int64_t>::max(), std::numeric_limits<int>::min(),
+            std::numeric_limits<int>::max()};
+    }
     [[nodiscard]] bool contains(const CellArea& other) const {
         return other.top >= top && other.bottom <= bottom && other.left >= left && other.right <= right;
     }
@@ -23,6 +29,11 @@ struct CellArea {
         return top < other.bottom && other.top < bottom && left < other.right && other.left < right;
     }
     bool operator==(const CellArea&) const = default;
+};
+
+struct CellShift {
+    int64_t rows = 0;
+    int columns = 0;
 };
 
 /// An image on a screen.
@@ -58,6 +69,9 @@ struct ImagePlacement {
     bool operator==(const ImagePlacement&) const = default;
 };
 
+/// Whether the first is drawn before the second: by z, then by the image's id, as kitty's graphics protocol has it;
+/// what belongs to the text, as it came.
+[[nodiscard]] bool isDrawnBefore(const ImagePlacement& first, const ImagePlacement& second);
 /// What of a placement lies in `area`; nothing where none of its pixels does.
 [[nodiscard]] std::optional<ImagePlacement> partOf(const ImagePlacement& placement, const CellArea& area);
 /// What is left of a placement around `hole`: at most four parts.

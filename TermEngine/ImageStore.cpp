@@ -193,7 +193,8 @@ void ImageStore::removePlacements(const Condition& condition, Data data) {
 void ImageStore::scroll(ScreenId screen, const CellArea& area, int64_t by, const CellArea& kept) {
     std::set<uint32_t> ids;
     std::erase_if(m_placements, [&](ImagePlacement& placement) {
-        if (placement.screen != screen || placement.isVirtual || !area.contains(placement.area())) {
+        const bool isElsewhere = placement.screen != screen || placement.isVirtual || placement.isText;
+        if (isElsewhere || !area.contains(placement.area())) {
             return false;
         }
         placement.row += by;
@@ -205,21 +206,39 @@ void ImageStore::scroll(ScreenId screen, const CellArea& area, int64_t by, const
         return !part;
     });
     if (!ids.empty()) {
-        countText();
         dropUnplaced(ids);
     }
+    moveText(screen, area, {.rows = by}, kept);
 }
 
 void ImageStore::renumber(ScreenId screen, int64_t line, int64_t by, int64_t top) {
     for (ImagePlacement& placement : m_placements) {
-        if (placement.screen == screen && !placement.isVirtual && placement.row >= top &&
+        if (placement.screen == screen && !placement.isVirtual && !placement.isText && placement.row >= top &&
             placement.row + placement.rows > line) {
             placement.row += by;
         }
     }
+    constexpr CellArea all = CellArea::everything();
+    moveText(screen, {line, all.bottom, all.left, all.right}, {.rows = by}, all);
+}
+
+bool ImageStore::moveText(ScreenId screen, const CellArea& area, CellShift by, const CellArea& kept) {
+    return takeText(screen, area, [&](ImagePlacement part) {
+        part.row += by.rows;
+        part.column += by.columns;
+        return partOf(part, kept);
+    });
 }
 
 bool ImageStore::eraseText(ScreenId screen, const CellArea& area) {
+    return takeText(screen, area, [](const ImagePlacement&) { return std::optional<ImagePlacement>(); });
+}
+
+template <typename Change>
+bool ImageStore::takeText(ScreenId screen, const CellArea& area, const Change& change) {
+    if (!hasText()) {
+        return false;
+    }
     std::vector<ImagePlacement> parts;
     std::set<uint32_t> ids;
     std::erase_if(m_placements, [&](const ImagePlacement& placement) {
@@ -229,6 +248,11 @@ bool ImageStore::eraseText(ScreenId screen, const CellArea& area) {
         ids.insert(placement.imageId);
         for (const ImagePlacement& part : partsAround(placement, area)) {
             parts.push_back(part);
+        }
+        if (const auto inside = partOf(placement, area)) {
+            if (const auto changed = change(*inside)) {
+                parts.push_back(*changed);
+            }
         }
         return true;
     });

@@ -72,12 +72,14 @@ public:
     enum class Data : uint8_t { keep, release };
     /// With `release`, images that lose their last placement go too.
     void removePlacements(const Condition& condition, Data data);
-    /// What lay wholly in `area` moves by `by` lines with it; what is not within `kept` then is not shown any more.
+    /// What lay wholly in `area` moves by `by` lines with it; what is not within `kept` then is not shown any more. Of
+    /// what belongs to the text, each part moves with its cells.
     void scroll(ScreenId screen, const CellArea& area, int64_t by, const CellArea& kept);
     /// The lines from `line` on have got numbers that are larger by `by`. What reaches below `line` goes with them,
     /// unless it begins above `top`.
     void renumber(ScreenId screen, int64_t line, int64_t by, int64_t top);
-    /// What belongs to the text leaves `area`. Whether there was something of it.
+    /// The part in `area` of what belongs to the text. Whether there was something of it.
+    bool moveText(ScreenId screen, const CellArea& area, CellShift by, const CellArea& kept);
     bool eraseText(ScreenId screen, const CellArea& area);
     [[nodiscard]] bool hasText() const { return m_textPlacements > 0; }
     /// To give places new lines and columns; nothing else may change.
@@ -90,6 +92,8 @@ private:
     void dropData(uint32_t id);
     void dropUnplaced(const std::set<uint32_t>& ids);
     void countText();
+    template <typename Change>
+    bool takeText(ScreenId screen, const CellArea& area, const Change& change);
 
     const size_t m_limitBytes;
     size_t m_usedBytes = 0;

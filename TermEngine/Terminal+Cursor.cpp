@@ -193,6 +193,7 @@ void Terminal::backIndex() {
     Buffer& b = *m_buffer;
     if (b.x() == b.marginLeft()) {
         if (b.isInsideMargins()) {
+            moveTextImages(b.scrollTop(), b.scrollBottom() + 1, b.marginLeft(), 1);
             b.insertColumns(b.marginLeft(), 1, pen());
         }
     } else {
@@ -204,6 +205,7 @@ void Terminal::forwardIndex() {
     Buffer& b = *m_buffer;
     if (b.x() == b.marginRight()) {
         if (b.isInsideMargins()) {
+            moveTextImages(b.scrollTop(), b.scrollBottom() + 1, b.marginLeft(), -1);
             b.deleteColumns(b.marginLeft(), 1, pen());
         }
     } else {

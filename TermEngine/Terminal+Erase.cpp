@@ -62,6 +62,7 @@ void Terminal::insertCharacters(int count) {
     Buffer& b = *m_buffer;
     b.setPendingWrap(false);
     if (b.x() >= b.marginLeft() && b.x() <= b.marginRight()) {
+        moveTextImages(b.y(), b.y() + 1, b.x(), count);
         b.line(b.y()).insertCells(b.x(), count, b.marginRight() + 1, pen().blank);
     }
 }
@@ -70,18 +71,21 @@ void Terminal::deleteCharacters(int count) {
     Buffer& b = *m_buffer;
     b.setPendingWrap(false);
     if (b.x() >= b.marginLeft() && b.x() <= b.marginRight()) {
+        moveTextImages(b.y(), b.y() + 1, b.x(), -count);
         b.line(b.y()).deleteCells(b.x(), count, b.marginRight() + 1, pen().blank);
     }
 }
 
 void Terminal::insertColumns(int count) {
     if (m_buffer->isInsideMargins()) {
+        moveTextImages(m_buffer->scrollTop(), m_buffer->scrollBottom() + 1, m_buffer->x(), count);
         m_buffer->insertColumns(m_buffer->x(), count, pen());
     }
 }
 
 void Terminal::deleteColumns(int count) {
     if (m_buffer->isInsideMargins()) {
+        moveTextImages(m_buffer->scrollTop(), m_buffer->scrollBottom() + 1, m_buffer->x(), -count);
         m_buffer->deleteColumns(m_buffer->x(), count, pen());
     }
 }
@@ -91,6 +95,7 @@ void Terminal::shiftColumns(int count) {
     if (!m_buffer->isInsideMargins()) {
         return;
     }
+    moveTextImages(m_buffer->scrollTop(), m_buffer->scrollBottom() + 1, m_buffer->marginLeft(), -count);
     if (count > 0) {
         m_buffer->deleteColumns(m_buffer->marginLeft(), count, pen());
     } else {

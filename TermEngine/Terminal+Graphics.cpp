@@ -58,6 +58,7 @@ bool Terminal::dispatchApc(Bytes payload) {
         return false;
     }
     dropPassedImages();
+    cutOverwrittenImages();
     const std::string_view body(reinterpret_cast<const char*>(payload.data()) + 1, payload.size() - 1);
     const GraphicsResult result = m_graphics.handle(body, graphicsContext());
     if (!result.reply.empty()) {
@@ -177,37 +178,38 @@ void Terminal::dropPassedImages() {
         ImageStore::Data::release);
 }
 
-/// The cells below a picture that belongs to the text are unwritten, until text comes into them.
+/// The cells below a picture that belongs to the text are unwritten, until text comes into them. It may have scrolled
+/// on since.
 void Terminal::cutOverwrittenImages() {
     if (!m_images.hasText()) {
         return;
     }
-    const ScreenId screen = graphicsScreen();
-    std::vector<CellArea> written;
-    for (const ImagePlacement& placement : m_images.placements()) {
-        if (!placement.isText || placement.screen != screen) {
-            continue;
-        }
-        const int first = static_cast<int>(std::max<std::int64_t>(placement.row - lineNumber(0), 0));
-        const int end =
-            static_cast<int>(std::min<std::int64_t>(placement.row + placement.rows - lineNumber(0), rows()));
-        for (int row = first; row < end; ++row) {
-            const BufferLine& line = m_buffer->line(row);
-            const int right = std::min(placement.column + placement.columns, cols());
-            const int used = line.tailBlankCell() == PackedCell() ? std::min(right, line.usedLength()) : right;
-            for (int col = placement.column; col < used; ++col) {
-                if (line[col] == PackedCell()) {
-                    continue;
+    for (const ScreenId screen : {ScreenId::normal, ScreenId::alternate}) {
+        const Buffer& buffer = screen == ScreenId::normal ? *m_normal : *m_alternate;
+        const auto trimmed = static_cast<std::int64_t>(buffer.trimmedCount());
+        std::vector<CellArea> written;
+        for (const ImagePlacement& placement : m_images.placements()) {
+            if (!placement.isText || placement.screen != screen) {
+                continue;
+            }
+            const std::int64_t end = std::min(placement.row + placement.rows, trimmed + buffer.lineCount());
+            for (std::int64_t number = std::max(placement.row, trimmed); number < end; ++number) {
+                const BufferLine& line = buffer.lineAt(static_cast<int>(number - trimmed));
+                const int right = std::min(placement.column + placement.columns, line.size());
+                const int used = line.tailBlankCell() == PackedCell() ? std::min(right, line.usedLength()) : right;
+                for (int col = placement.column; col < used; ++col) {
+                    const int begin = col;
+                    while (col < used && line[col] != PackedCell()) {
+                        ++col;
+                    }
+                    if (col > begin) {
+                        written.push_back({number, number + 1, begin, col});
+                    }
                 }
-                const int begin = col;
-                while (col < used && line[col] != PackedCell()) {
-                    ++col;
-                }
-                written.push_back({lineNumber(row), lineNumber(row) + 1, begin, col});
             }
         }
+        eraseTextImages(screen, written);
     }
-    eraseTextImages(screen, written);
 }
 
 void Terminal::eraseTextImages(ScreenId screen, std::span<const CellArea> areas) {
@@ -249,6 +251,14 @@ void Terminal::rowsRenumbered(const Buffer& buffer, int row, int by) {
     }
     if (!m_images.placements().empty()) {
         m_images.renumber(&buffer == m_normal.get() ? ScreenId::normal : ScreenId::alternate, top + row, by, top);
+    }
+}
+
+/// Cells of a row move within margins, to the right where `by` is positive.
+void Terminal::moveTextImages(int top, int bottom, int left, int by) {
+    if (m_images.hasText()) [[unlikely]] {
+        const CellArea area{lineNumber(top), lineNumber(bottom), left, m_buffer->marginRight() + 1};
+        m_images.moveText(graphicsScreen(), area, {.columns = by}, area);
     }
 }
 

@@ -328,6 +328,7 @@ private:
     void moveDown(int count);
     void dropPassedImages();
     void cutOverwrittenImages();
+    void moveTextImages(int top, int bottom, int left, int by);
     void eraseTextImages(ScreenId screen, std::span<const CellArea> areas);
     void linesMoved(const Buffer& buffer, Rectangle margins, int by) override;
     void rowsRenumbered(const Buffer& buffer, int row, int by) override;

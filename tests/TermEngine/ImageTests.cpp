@@ -26,11 +26,13 @@ std::string kitty(const std::string& keys = "") {
 std::string pictureOf(const Terminal& terminal) {
     const Buffer& b = terminal.buffer();
     const auto screen = terminal.isAlternateActive() ? ScreenId::alternate : ScreenId::normal;
+    std::vector<ImagePlacement> placements = terminal.images().placements();
+    std::ranges::sort(placements, isDrawnBefore);
     std::string out;
     for (int row = 0; row < b.rows(); ++row) {
         const auto line = static_cast<std::int64_t>(b.trimmedCount()) + b.yBase() + row;
         std::string text(static_cast<std::size_t>(b.cols()), '.');
-        for (const ImagePlacement& some : terminal.images().placements()) {
+        for (const ImagePlacement& some : placements) {
             for (int col = some.column;
                  some.screen == screen && !some.isVirtual && line >= some.row && line < some.row + some.rows &&
                  col < std::min(some.column + some.columns, b.cols());
@@ -41,6 +43,21 @@ std::string pictureOf(const Terminal& terminal) {
         out += text + "/";
     }
     return out;
+}
+
+/// How many images lie over each cell that is still there.
+std::string coverOf(const Terminal& terminal) {
+    std::map<std::pair<std::int64_t, int>, int> cover;
+    for (const ImagePlacement& some : terminal.images().placements()) {
+        const auto first =
+            static_cast<std::int64_t>(some.screen == ScreenId::normal ? terminal.normalBuffer().trimmedCount() : 0);
+        for (auto row = static_cast<int>(std::max<std::int64_t>(first - some.row, 0)); row < some.rows; ++row) {
+            for (int col = 0; col < some.columns; ++col) {
+                ++cover[{some.row + row, some.column + col + (some.screen == ScreenId::normal ? 0 : 1000)}];
+            }
+        }
+    }
+    return testing::PrintToString(cover);
 }
 
 struct Screen {
@@ -213,6 +230,26 @@ TEST(Images, OfSixelBelongToTheText) {
          sixels + "\x1B[2H" + sixels,
          {0, 3},
          "00....../00....../11....../22....../......../......../"},
+        {"part of it scrolls",
+         sixels + "\x1B[2;6r\x1B[6H\n",
+         {0, 5},
+         "00....../22....../......../......../......../......../"},
+        {"part of it stays",
+         "\x1B[4H" + sixels + "\x1B[1;5r\x1B[5H\n",
+         {0, 4},
+         "......../......../00....../11....../......../22....../"},
+        {"inserted characters",
+         sixels + "\x1B[2H\x1B[3@",
+         {0, 1},
+         "00....../...11.../22....../......../......../......../"},
+        {"deleted characters",
+         sixels + "\x1B[2H\x1B[P",
+         {0, 1},
+         "00....../1......./22....../......../......../......../"},
+        {"inserted columns",
+         sixels + "\x1B[2;2H\x1B[2'}",
+         {1, 1},
+         "0..0..../1..1..../2..2..../......../......../......../"},
         {"RIS",
          sixels + "\x1B"
                   "c",
@@ -405,6 +442,77 @@ TEST(Images, TellTheHostWhenAnAnimationWantsToMove) {
     EXPECT_TRUE(changes("a=f,i=1,q=2,s=4,v=6;" + kittyPixels));
     EXPECT_TRUE(changes("a=a,i=1,q=2,v=3,s=1")) << "stopped, which takes the rounds back too";
     EXPECT_EQ(screen.terminal.images().images().begin()->second.loops, 0U);
+}
+
+/// Whatever happens to the screen, it happens to images in the same way however the bytes are cut.
+TEST(Images, AreTheSameHoweverTheBytesAreCut) {
+    const std::vector<std::string> pieces{
+        sixels,
+        sixels,
+        kitty(),
+        kitty(",i=1,p=1"),
+        "ab",
+        " ",
+        "\n",
+        "\x1B[2;3H",
+        "\x1B[5;6H",
+        "\x1B[6;1H",
+        "\x1B[L",
+        "\x1B[2M",
+        "\x1B[@",
+        "\x1B[2P",
+        "\x1B[S",
+        "\x1B[2T",
+        "\x1BM",
+        "\x1B[J",
+        "\x1B[1J",
+        "\x1B[K",
+        "\x1B[2X",
+        "\x1B[2;5r",
+        "\x1B[1;3r",
+        "\x1B[r",
+        "\x1B[?69h\x1B[2;6s",
+        "\x1B[?69l",
+        "\x1B[2'}",
+        "\x1B['~",
+        "\x1B[?47h",
+        "\x1B[?47l",
+        "\x1B[?1049h",
+        "\x1B[?1049l",
+        "\x1B[?80h",
+        "\x1B[?80l",
+        "\x1B[3J",
+        "\x1B[41m",
+        "\x1B[m",
+        "\x1B_Ga=d,q=2,d=p,x=3,y=3\x1B\\",
+        "\x1B[2;2;4;5$z"};
+    // What comes together in one place comes more often.
+    const std::vector<std::string> often{sixels, "\x1BP0;1q#1~??~\x1B\\", "ab", "\x1B[2;3H", "\x1B[2;4H"};
+    std::uint32_t seed = 1;
+    const auto random = [&seed](std::size_t below) {
+        seed = seed * 1664525 + 1013904223;
+        return (seed >> 8) % below;
+    };
+    for (int round = 0; round < 300; ++round) {
+        std::vector<std::string> script;
+        std::string all;
+        for (int step = 0; step < 40; ++step) {
+            const auto& from = random(2) == 0 ? often : pieces;
+            script.push_back(from[random(from.size())]);
+            all += script.back();
+        }
+        Screen whole(3);
+        Screen split(3);
+        whole.feed(all, false);
+        split.feed(all, true);
+        ASSERT_EQ(pictureOf(whole.terminal), pictureOf(split.terminal)) << round << testing::PrintToString(script);
+        ASSERT_EQ(coverOf(whole.terminal), coverOf(split.terminal)) << round << testing::PrintToString(script);
+        for (const ImagePlacement& some : whole.terminal.images().placements()) {
+            ASSERT_TRUE(whole.terminal.images().images().contains(some.imageId)) << round;
+            ASSERT_TRUE(some.rows > 0 && some.columns > 0 && some.sourceWidth > 0 && some.sourceHeight > 0) << round;
+            ASSERT_TRUE(some.sourceX + some.sourceWidth <= 4 && some.sourceY + some.sourceHeight <= 6) << round;
+        }
+    }
 }
 
 /// What programs can make up costs little: time, memory, and nothing of it comes back.

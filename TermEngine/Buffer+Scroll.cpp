@@ -32,10 +32,9 @@ void Buffer::reverseIndex(const Pen& pen) {
 void Buffer::pushLine(int above, PackedCell blank) {
     const bool follows = m_yDisp == m_yBase;
     if (m_lines.isFull()) {
-        std::unique_ptr<BufferLine> oldest = m_lines.push(nullptr);
-        oldest->recycle(m_cols, blank, nextIdentity());
-        oldest->setBidiState(defaultBidiState);
-        m_lines[m_lines.size() - 1] = std::move(oldest);
+        BufferLine& oldest = *m_lines.turn();
+        oldest.recycle(m_cols, blank, nextIdentity());
+        oldest.setBidiState(defaultBidiState);
         ++m_trimmedCount;
         m_yDisp = follows ? m_yBase : std::max(m_yDisp - 1, 0);
     } else {

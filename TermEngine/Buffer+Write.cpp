@@ -7,12 +7,6 @@ namespace term {
 using unicode::GraphemeBreak;
 using unicode::Properties;
 
-/// The last column that the cursor can write before it wraps.
-int Buffer::rightLimit() const {
-    const int last = lastColumn(m_y);
-    return marginMode && m_x <= m_marginRight ? std::min(m_marginRight, last) : last;
-}
-
 /// IRM, which has no effect beside the left and right margins.
 bool Buffer::insertsAtCursor() const {
     return insertMode && m_x >= marginLeft() && m_x <= marginRight();
@@ -34,6 +28,16 @@ void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) 
         return;
     }
     m_lastScalar = text.back();
+    if (!m_pendingWrap && !insertMode) [[likely]] {
+        BufferLine& target = line(m_y);
+        const int right = rightLimit(target);
+        if (text.size() <= static_cast<std::size_t>(right - m_x)) {
+            const int columns = static_cast<int>(text.size());
+            m_ops.expandAscii(&target.write(m_x, columns)->rawValue, text.data(), text.size(), pen.bits);
+            m_x += columns;
+            return;
+        }
+    }
     while (!text.empty()) {
         if (m_pendingWrap) {
             if (wraparound) {
@@ -42,7 +46,7 @@ void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) 
             m_pendingWrap = false;
         }
         BufferLine& target = line(m_y);
-        const int right = std::max(rightLimit(), m_x);
+        const int right = rightLimit(target);
         const auto count = std::min(text.size(), static_cast<std::size_t>(right - m_x + 1));
         const int columns = static_cast<int>(count);
         if (insertsAtCursor()) {
@@ -85,27 +89,37 @@ void Buffer::insertScalarRun(std::span<const char32_t> text, const Pen& pen, Clu
 /// Those at the front that begin a cluster each and fit into the line.
 std::size_t Buffer::insertSimpleScalars(std::span<const char32_t> text, const Pen& pen) {
     BufferLine& target = line(m_y);
-    const int right = std::max(rightLimit(), m_x);
+    const int right = rightLimit(target);
     PackedCell* const cells = target.beginRun(m_x);
-    const PackedCell spacer = PackedCell::make(PackedCell::Kind::scalar, 0, pen.bits, WidthState::spacer);
     bool hasWide = false;
     int x = m_x;
     std::size_t count = 0;
-    for (; count < text.size(); ++count) {
-        const char32_t scalar = text[count];
-        const Properties properties = unicode::properties(scalar);
-        const int width = properties.width();
-        if (!properties.startsCluster() || width == 0 || x + width - 1 > right) {
+    while (count < text.size() && x <= right) {
+        const ExpandedText run = m_ops.expandScalars(
+            &cells[x].rawValue, text.data() + count, text.size() - count, static_cast<std::size_t>(right - x + 1),
+            pen.bits);
+        count += run.scalars;
+        x += static_cast<int>(run.columns);
+        hasWide = hasWide || run.hasWide;
+        if (count == text.size()) {
             break;
         }
+        const Properties properties = unicode::properties(text[count]);
+        const int width = properties.width();
+        // Behind a character of this run, of which none is a Prepend or a joiner, a pictograph begins a cluster too.
+        const bool begins = properties.startsCluster() || (count > 0 && properties.isExtendedPictographic() &&
+                                                           properties.graphemeBreak() == GraphemeBreak::other);
+        if (!begins || width == 0 || x + width - 1 > right) {
+            break;
+        }
+        const auto state = width == 2 ? WidthState::wide : WidthState::narrow;
+        cells[x] = PackedCell::make(PackedCell::Kind::scalar, text[count], pen.bits, state);
         if (width == 2) {
-            cells[x] = PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits, WidthState::wide);
-            cells[x + 1] = spacer;
+            cells[x + 1] = PackedCell::make(PackedCell::Kind::scalar, 0, pen.bits, WidthState::spacer);
             hasWide = true;
-        } else {
-            cells[x] = PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits);
         }
         x += width;
+        ++count;
     }
     target.endRun(x);
     if (hasWide) {
@@ -130,7 +144,7 @@ void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
         wrap(pen);
     }
     m_pendingWrap = false;
-    int right = std::max(rightLimit(), m_x);
+    int right = rightLimit(line(m_y));
     const int width = cell.isWide() ? 2 : 1;
     if (m_x + width - 1 > right) {
         // A wide character, and one column left.
@@ -140,7 +154,7 @@ void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
         if (wraparound) {
             line(m_y).set(m_x, pen.blank.with(WidthState::wrapPad));
             wrap(pen);
-            right = std::max(rightLimit(), m_x);
+            right = rightLimit(line(m_y));
             if (m_x + 1 > right) {
                 return;
             }
@@ -224,7 +238,7 @@ void Buffer::widen(int col, const Pen& pen) {
     // It stands in the last column: what is left there is what a wide character leaves.
     setCursor(col, m_y);
     if (insertsAtCursor()) {
-        line(m_y).deleteCells(col, 1, std::max(rightLimit(), col) + 1, pen.blank);
+        line(m_y).deleteCells(col, 1, std::max(rightLimit(line(m_y)), col) + 1, pen.blank);
     }
     insertCharacter(cell, pen);
 }

@@ -40,12 +40,6 @@ void Buffer::setYDisp(int yDisp) {
     m_yDisp = std::clamp(yDisp, 0, m_yBase);
 }
 
-void Buffer::setCursor(int x, int y) {
-    m_y = std::clamp(y, 0, m_rows - 1);
-    m_x = std::clamp(x, 0, lastColumn(m_y));
-    m_pendingWrap = false;
-}
-
 void Buffer::setScrollRegion(int top, int bottom) {
     m_scrollTop = top;
     m_scrollBottom = bottom;

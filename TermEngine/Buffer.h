@@ -36,7 +36,7 @@ struct SavedCursor {
     bool marginMode = false;
     bool wraparound = true;
     bool reverseWraparound = false;
-    Attribute attribute{};
+    PackedAttributeKey attribute{};
     bool isProtected = false;
     CharsetState charset{};
 };
@@ -112,7 +112,11 @@ public:
     [[nodiscard]] bool pendingWrap() const { return m_pendingWrap; }
     void setPendingWrap(bool pending) { m_pendingWrap = pending; }
     /// Clamped to the screen.
-    void setCursor(int x, int y);
+    void setCursor(int x, int y) {
+        m_y = std::clamp(y, 0, m_rows - 1);
+        m_x = std::clamp(x, 0, lastColumn(m_y));
+        m_pendingWrap = false;
+    }
     void setX(int x) { setCursor(x, m_y); }
 
     [[nodiscard]] int scrollTop() const { return m_scrollTop; }
@@ -177,14 +181,20 @@ public:
 
     void mark(CellArena::Marker& marker) const;
     /// The last column of a row: double-width lines have half of them.
-    [[nodiscard]] int lastColumn(int row) const {
-        return line(row).renderMode() == RenderLineMode::single ? m_cols - 1 : std::max(m_cols / 2 - 1, 0);
+    [[nodiscard]] int lastColumn(int row) const { return lastColumn(line(row)); }
+    [[nodiscard]] int lastColumn(const BufferLine& line) const {
+        return line.renderMode() == RenderLineMode::single ? m_cols - 1 : std::max(m_cols / 2 - 1, 0);
     }
     [[nodiscard]] std::unique_ptr<BufferLine> blankLine(PackedCell blank);
 
 private:
-    [[nodiscard]] int rightLimit() const;
     [[nodiscard]] bool insertsAtCursor() const;
+    /// The last column that the cursor can write before it wraps; `target` is its line.
+    [[nodiscard]] int rightLimit(const BufferLine& target) const {
+        const int last = lastColumn(target);
+        const int limit = marginMode && m_x <= m_marginRight ? std::min(m_marginRight, last) : last;
+        return std::max(limit, m_x);
+    }
     void wrap(const Pen& pen);
     std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
     void putScalar(char32_t scalar, int width, const Pen& pen);

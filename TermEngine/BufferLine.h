@@ -78,7 +78,12 @@ public:
             cutWide(col);
             cutWide(col + count);
         }
-        reserve(col, col + count);
+        if (col <= m_used && col + count <= m_capacity) [[likely]] {
+            ++m_generation;
+            m_used = std::max(m_used, col + count);
+        } else {
+            reserve(col, col + count);
+        }
         return m_cells.get() + col;
     }
     /// All cells from `col` on, to write a run whose end shows only later: `endRun` has to follow.
@@ -86,9 +91,13 @@ public:
         if (m_hasWide) {
             cutWide(col);
         }
-        reserve(col, col);
-        if (m_capacity < m_cols) {
-            grow(m_cols);
+        if (col <= m_used && m_capacity >= m_cols) [[likely]] {
+            ++m_generation;
+        } else {
+            reserve(col, col);
+            if (m_capacity < m_cols) {
+                grow(m_cols);
+            }
         }
         return m_cells.get();
     }

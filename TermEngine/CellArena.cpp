@@ -6,20 +6,20 @@
 namespace term {
 namespace {
 
-std::size_t hashOf(const PackedAttributeKey& key) {
+std::uint64_t hashOf(const PackedAttributeKey& key) {
     std::uint64_t hash = (key.word0 ^ (key.word1 * 0x9E3779B97F4A7C15ULL)) * 0xD6E8FEB86659FD93ULL;
     hash ^= hash >> 32;
-    return static_cast<std::size_t>(hash * 0xD6E8FEB86659FD93ULL >> 16);
+    return hash * 0xD6E8FEB86659FD93ULL;
 }
 
-const PackedAttributeKey& defaultKey() {
-    static const PackedAttributeKey key = Attribute{}.packed();
-    return key;
+/// Apart from the bits that choose the slot.
+std::uint16_t tagOf(std::uint64_t hash) {
+    return static_cast<std::uint16_t>(hash >> 48);
 }
 
 } // namespace
 
-CellArena::CellArena() : m_attributes{defaultKey()}, m_slots(256), m_lastKey(defaultKey()) {}
+CellArena::CellArena() : m_attributes(1), m_slots(256) {}
 
 std::shared_ptr<const CellArena> CellArena::snapshot() const {
     std::shared_ptr<CellArena> copy(new CellArena(*this));
@@ -27,64 +27,85 @@ std::shared_ptr<const CellArena> CellArena::snapshot() const {
     return copy;
 }
 
-std::size_t CellArena::slotOf(const PackedAttributeKey& key) const {
+std::size_t CellArena::slotOf(const PackedAttributeKey& key, std::uint64_t hash) const {
     const std::size_t mask = m_slots.size() - 1;
-    std::size_t slot = hashOf(key) & mask;
-    while (m_slots[slot] != 0 && m_attributes[m_slots[slot]] != key) {
+    std::size_t slot = (hash >> 16) & mask;
+    while (m_slots[slot].id != 0 && (m_slots[slot].tag != tagOf(hash) || m_attributes[m_slots[slot].id] != key)) {
         slot = (slot + 1) & mask;
     }
     return slot;
 }
 
+/// It is not among them yet.
 void CellArena::addToSlots(std::uint16_t id) {
-    m_slots[slotOf(m_attributes[id])] = id;
+    const std::uint64_t hash = hashOf(m_attributes[id]);
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t slot = (hash >> 16) & mask;
+    while (m_slots[slot].id != 0) {
+        slot = (slot + 1) & mask;
+    }
+    m_slots[slot] = {id, tagOf(hash)};
 }
 
 void CellArena::growSlots() {
-    const std::vector<std::uint16_t> old = std::exchange(m_slots, std::vector<std::uint16_t>(m_slots.size() * 2));
-    for (const std::uint16_t id : old) {
-        if (id != 0) {
-            addToSlots(id);
+    const std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(m_slots.size() * 2));
+    for (const Slot slot : old) {
+        if (slot.id != 0) {
+            addToSlots(slot.id);
         }
     }
 }
 
-std::uint16_t CellArena::intern(const Attribute& attribute) {
-    const PackedAttributeKey key = attribute.packed();
+std::uint16_t CellArena::intern(const PackedAttributeKey& key) {
     if (key == m_lastKey) {
         return m_lastId;
     }
-    if (key == defaultKey()) {
-        m_lastKey = key;
-        m_lastId = 0;
-        return 0;
-    }
-    std::size_t slot = slotOf(key);
-    if (m_slots[slot] == 0) {
-        const auto isFull = [this] { return m_freeAttributes.empty() && m_attributes.size() > attributeCapacity; };
-        sweepWhenDue(isFull() ? Room::none : Room::some);
-        if (isFull()) {
-            return 0;
+    std::uint16_t id = 0;
+    if (key != PackedAttributeKey{}) {
+        const std::uint64_t hash = hashOf(key);
+        const std::size_t slot = slotOf(key, hash);
+        id = m_slots[slot].id;
+        if (id == 0) {
+            id = addAttribute(key, hash, slot);
+            if (id == 0) {
+                return 0;
+            }
         }
-        std::uint16_t id = 0;
-        if (m_freeAttributes.empty()) {
-            id = static_cast<std::uint16_t>(m_attributes.size());
-            m_attributes.push_back(key);
-        } else {
-            id = m_freeAttributes.back();
-            m_freeAttributes.pop_back();
-            m_attributes[id] = key;
-        }
-        ++m_attributeCount;
-        if (m_attributeCount * 2 > m_slots.size()) {
-            growSlots();
-        }
-        slot = slotOf(key);
-        m_slots[slot] = id;
     }
     m_lastKey = key;
-    m_lastId = m_slots[slot];
-    return m_lastId;
+    m_lastId = id;
+    return id;
+}
+
+void CellArena::willIntern(const PackedAttributeKey& key) const {
+    __builtin_prefetch(m_slots.data() + ((hashOf(key) >> 16) & (m_slots.size() - 1)));
+}
+
+/// `slot` is the free one where it belongs; 0 when there is no room.
+std::uint16_t CellArena::addAttribute(const PackedAttributeKey& key, std::uint64_t hash, std::size_t slot) {
+    const bool hasSwept = sweepWhenDue(isFullOfAttributes() ? Room::none : Room::some);
+    if (isFullOfAttributes()) {
+        return 0;
+    }
+    std::uint16_t id = 0;
+    if (m_freeAttributes.empty()) {
+        id = static_cast<std::uint16_t>(m_attributes.size());
+        m_attributes.push_back(key);
+    } else {
+        id = m_freeAttributes.back();
+        m_freeAttributes.pop_back();
+        m_attributes[id] = key;
+    }
+    ++m_attributeCount;
+    if (m_attributeCount * 4 > m_slots.size()) {
+        growSlots();
+        addToSlots(id);
+    } else if (hasSwept) {
+        addToSlots(id);
+    } else {
+        m_slots[slot] = {id, tagOf(hash)};
+    }
+    return id;
 }
 
 std::uint32_t CellArena::internCluster(std::u32string_view scalars) {
@@ -97,12 +118,14 @@ TinyAtom CellArena::internLink(const std::string& link) {
     return static_cast<TinyAtom>(m_links.intern(link).value_or(0));
 }
 
-void CellArena::sweepWhenDue(Room room) {
+bool CellArena::sweepWhenDue(Room room) {
     ++m_changes;
     ++m_newSinceSweep;
-    if (m_newSinceSweep >= (room == Room::none ? m_earliestSweep : m_nextSweep) && m_roots) {
-        sweep();
+    if (m_newSinceSweep < (room == Room::none ? m_earliestSweep : m_nextSweep) || !m_roots) {
+        return false;
     }
+    sweep();
+    return true;
 }
 
 void CellArena::sweep() {
@@ -112,19 +135,19 @@ void CellArena::sweep() {
     m_links.keepOnly(marker.m_links);
     m_freeAttributes.clear();
     m_attributeCount = 0;
-    std::ranges::fill(m_slots, std::uint16_t{0});
+    std::ranges::fill(m_slots, Slot{});
     for (std::size_t id = m_attributes.size() - 1; id > 0; --id) {
-        if (marker.m_attributes[id]) {
+        if (marker.m_attributes[id] != 0) {
             ++m_attributeCount;
             addToSlots(static_cast<std::uint16_t>(id));
         } else {
             m_freeAttributes.push_back(static_cast<std::uint16_t>(id));
         }
     }
-    m_lastKey = defaultKey();
+    m_lastKey = {};
     m_lastId = 0;
     m_newSinceSweep = 0;
-    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells);
+    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells / 4);
     m_earliestSweep = std::max<std::size_t>(1024, marker.m_cells / 16);
 }
 
@@ -135,11 +158,10 @@ CellArena::Marker::Marker(const CellArena& arena)
 
 void CellArena::Marker::mark(std::span<const PackedCell> cells) {
     m_cells += cells.size();
-    std::uint16_t last = 0;
     for (const PackedCell cell : cells) {
-        if (const std::uint16_t id = cell.attributeId(); id != last) {
-            m_attributes[id] = true;
-            last = id;
+        m_attributes[cell.attributeId()] = 1;
+        if ((cell.rawValue & (PackedCell::payloadMask | 3)) == 0) [[likely]] {
+            continue;
         }
         if (cell.kind() == PackedCell::Kind::cluster) {
             m_clusters[cell.content()] = true;
@@ -150,18 +172,21 @@ void CellArena::Marker::mark(std::span<const PackedCell> cells) {
     }
 }
 
-PackedCell CellArena::blank(const Attribute& attribute) {
-    const Attribute background = attribute.background();
-    if (attribute.bg.isDefault()) {
+PackedCell CellArena::blank(const PackedAttributeKey& key) {
+    const Color background = key.background();
+    switch (background.kind()) {
+    case Color::Kind::defaultColor:
         return {};
+    case Color::Kind::ansi256:
+        return PackedCell::make(PackedCell::Kind::paletteBlank, background.value());
+    case Color::Kind::trueColor:
+        return PackedCell::make(PackedCell::Kind::trueColorBlank, background.value());
+    case Color::Kind::defaultInvertedColor:
+        break;
     }
-    if (attribute.bg.kind() == Color::Kind::ansi256) {
-        return PackedCell::make(PackedCell::Kind::paletteBlank, attribute.bg.value());
-    }
-    if (attribute.bg.kind() == Color::Kind::trueColor) {
-        return PackedCell::make(PackedCell::Kind::trueColorBlank, attribute.bg.value());
-    }
-    return PackedCell(std::uint64_t{intern(background)} << PackedCell::attributeShift);
+    Attribute blank;
+    blank.bg = background;
+    return PackedCell(std::uint64_t{intern(blank)} << PackedCell::attributeShift);
 }
 
 Attribute CellArena::attributeOf(PackedCell cell) const {

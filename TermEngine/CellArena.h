@@ -65,8 +65,9 @@ private:
 
 /// What cells refer to by number: attributes, clusters of several scalars, links. The buffers of a terminal share one.
 ///
-/// Numbers that no cell uses any more are found by a sweep over all cells, which runs when about as many values have
-/// come as there are cells, or earlier when a table is full: its cost is a constant for each new value.
+/// Numbers that no cell uses any more are found by a sweep over all cells, which runs when a quarter as many values
+/// have come as there are cells, or earlier when a table is full: its cost is a constant for each new value, and the
+/// tables stay small enough for the processor's caches.
 class CellArena {
 public:
     static constexpr std::size_t attributeCapacity = 0xFFFF;
@@ -81,7 +82,10 @@ public:
     [[nodiscard]] std::uint64_t changes() const { return m_changes; }
 
     /// 0, the default attribute, when the table is full.
-    [[nodiscard]] std::uint16_t intern(const Attribute& attribute);
+    [[nodiscard]] std::uint16_t intern(const PackedAttributeKey& key);
+    [[nodiscard]] std::uint16_t intern(const Attribute& attribute) { return intern(attribute.packed()); }
+    /// Hints that the attribute comes next.
+    void willIntern(const PackedAttributeKey& key) const;
     /// 0 when the table is full.
     [[nodiscard]] std::uint32_t internCluster(std::u32string_view scalars);
     /// 0 when the table is full.
@@ -98,7 +102,8 @@ public:
     [[nodiscard]] std::optional<PackedCell> pack(const CharData& cell);
     [[nodiscard]] CharData unpack(PackedCell cell) const;
     /// The empty cell that an erase with this attribute leaves.
-    [[nodiscard]] PackedCell blank(const Attribute& attribute);
+    [[nodiscard]] PackedCell blank(const PackedAttributeKey& key);
+    [[nodiscard]] PackedCell blank(const Attribute& attribute) { return blank(attribute.packed()); }
     [[nodiscard]] Attribute attributeOf(PackedCell cell) const;
     /// All scalars of a cell, none of an empty one.
     [[nodiscard]] std::u32string_view scalars(PackedCell cell, char32_t& memory) const;
@@ -116,7 +121,7 @@ public:
 
     private:
         friend class CellArena;
-        std::vector<bool> m_attributes;
+        std::vector<std::uint8_t> m_attributes;
         std::vector<bool> m_clusters;
         std::vector<bool> m_links;
         std::size_t m_cells = 0;
@@ -127,16 +132,25 @@ public:
 
 private:
     CellArena(const CellArena&) = default;
-    [[nodiscard]] std::size_t slotOf(const PackedAttributeKey& key) const;
+    /// Of the table by which attributes are found: an identifier, 0 in a free slot, and 16 bits of its attribute's
+    /// hash, so that a look at another attribute is rare.
+    struct Slot {
+        std::uint16_t id = 0;
+        std::uint16_t tag = 0;
+    };
+    [[nodiscard]] std::size_t slotOf(const PackedAttributeKey& key, std::uint64_t hash) const;
     void addToSlots(std::uint16_t id);
     void growSlots();
+    [[nodiscard]] bool isFullOfAttributes() const {
+        return m_freeAttributes.empty() && m_attributes.size() > attributeCapacity;
+    }
+    [[nodiscard]] std::uint16_t addAttribute(const PackedAttributeKey& key, std::uint64_t hash, std::size_t slot);
     enum class Room : std::uint8_t { none, some };
-    void sweepWhenDue(Room room);
+    bool sweepWhenDue(Room room);
 
     std::vector<PackedAttributeKey> m_attributes;
     std::vector<std::uint16_t> m_freeAttributes;
-    /// Open addressing; 0 is a free slot, else the identifier.
-    std::vector<std::uint16_t> m_slots;
+    std::vector<Slot> m_slots; ///< open addressing
     std::size_t m_attributeCount = 0;
     PackedAttributeKey m_lastKey;
     std::uint16_t m_lastId = 0;
@@ -147,7 +161,7 @@ private:
     std::function<void(Marker&)> m_roots;
     std::uint64_t m_changes = 0;
     std::size_t m_newSinceSweep = 0;
-    static constexpr std::size_t leastBetweenSweeps = 16384;
+    static constexpr std::size_t leastBetweenSweeps = 4096;
     std::size_t m_nextSweep = leastBetweenSweeps;
     std::size_t m_earliestSweep = 1024;
 };

@@ -68,11 +68,26 @@ private:
 
 /// How an attribute is stored and looked up: two words. Word 0 has the foreground, and the background 32 bits up;
 /// word 1 the style, the underline style 8 bits up, the underline colour 16 bits up (tag 0xFF: none), the overline in
-/// bit 48.
+/// bit 48. At first, the default attribute.
 struct PackedAttributeKey {
-    std::uint64_t word0 = 0;
-    std::uint64_t word1 = 0;
+    std::uint64_t word0 = 0x02000000'02000000;
+    std::uint64_t word1 = 0xFF000000ULL << 16;
+    [[nodiscard]] Color background() const { return Color::fromRaw(static_cast<std::uint32_t>(word0 >> 32)); }
     bool operator==(const PackedAttributeKey&) const = default;
+};
+
+/// A change of an attribute that does not depend on what it was: the bits that it keeps, and those that it sets.
+struct AttributePatch {
+    PackedAttributeKey keep{~std::uint64_t{0}, ~std::uint64_t{0}};
+    PackedAttributeKey set{0, 0};
+
+    constexpr void then(const AttributePatch& next) {
+        keep = {keep.word0 & next.keep.word0, keep.word1 & next.keep.word1};
+        set = next.applied(set);
+    }
+    [[nodiscard]] constexpr PackedAttributeKey applied(const PackedAttributeKey& key) const {
+        return {(key.word0 & keep.word0) | set.word0, (key.word1 & keep.word1) | set.word1};
+    }
 };
 
 struct Attribute {

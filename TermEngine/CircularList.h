@@ -33,6 +33,12 @@ public:
         (*this)[m_count - 1] = std::move(element);
         return Element();
     }
+    /// Of a full ring: the oldest element becomes the newest, where it stands.
+    Element& turn() {
+        Element& oldest = (*this)[0];
+        m_startIndex = m_startIndex + 1 == m_array.size() ? 0 : m_startIndex + 1;
+        return oldest;
+    }
     Element pop() {
         Element last = std::move((*this)[m_count - 1]);
         --m_count;
@@ -57,6 +63,23 @@ public:
     }
     /// The element at `from` comes to stand at `to`; those in between move by one.
     void moveElement(std::size_t from, std::size_t to) {
+        const std::size_t lowest = m_startIndex + std::min(from, to);
+        if (const std::size_t begin = lowest >= m_array.size() ? lowest - m_array.size() : lowest;
+            begin + (std::max(from, to) - std::min(from, to)) < m_array.size()) {
+            // In one piece.
+            const auto first = m_array.begin() + static_cast<std::ptrdiff_t>(begin);
+            if (from < to) {
+                const auto last = first + static_cast<std::ptrdiff_t>(to - from);
+                Element moved = std::move(*first);
+                *std::move(first + 1, last + 1, first) = std::move(moved);
+            } else {
+                const auto last = first + static_cast<std::ptrdiff_t>(from - to);
+                Element moved = std::move(*last);
+                std::move_backward(first, last, last + 1);
+                *first = std::move(moved);
+            }
+            return;
+        }
         Element moved = std::move((*this)[from]);
         for (; from < to; ++from) {
             (*this)[from] = std::move((*this)[from + 1]);

@@ -107,6 +107,16 @@ void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
     const bool isOsc = m_state == oscString;
     while (!at.atEnd()) {
         const std::size_t run = m_ops.asciiRun(at.here(), at.left());
+        if (run > 0 && run < at.left() && !isOsc && m_apc.empty() && !m_apcLimitExceeded && run <= maximumApcBytes &&
+            at.here()[run] == 0x1B) {
+            // The whole string is here, and stays where it is.
+            const Bytes apc = at.bytes.subspan(at.position, run);
+            at.position += run + 1;
+            clear();
+            m_state = escape;
+            dispatchApc(apc);
+            return;
+        }
         if (run > 0) {
             appendString(at.bytes.subspan(at.position, run));
             at.position += run;

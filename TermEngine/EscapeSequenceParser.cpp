@@ -3,6 +3,7 @@
 #include "TermEngine/EscapeSequenceParser_p.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace term {
@@ -65,12 +66,15 @@ void EscapeSequenceParser::walkGround(ParsingState& at) {
             at.position += run;
             m_handler.printAscii(text);
         } else if (byte == 0x1B) {
-            clear();
             if (at.left() > 1 && at.here()[1] == '[') {
                 at.position += 2;
-                m_state = csiEntry;
-                walkCsi(at);
+                if (!walkPlainCsi(at)) {
+                    clear();
+                    m_state = csiEntry;
+                    walkCsi(at);
+                }
             } else {
+                clear();
                 ++at.position;
                 m_state = escape;
             }
@@ -87,39 +91,85 @@ void EscapeSequenceParser::walkGround(ParsingState& at) {
 
 /// Text with bytes above 0x7F in it, up to a control or to a longer run of ASCII.
 void EscapeSequenceParser::walkText(ParsingState& at) {
-    std::array<char32_t, 512> scalars;
+    constexpr std::size_t room = 512;
+    std::array<char32_t, room + VectorOps::decodeSlack> scalars;
     std::size_t count = 0;
     const auto put = [&](char32_t scalar) { scalars[count++] = scalar; };
-    const std::uint8_t* p = at.here();
-    const std::uint8_t* const end = p + at.left();
     // A byte can end a broken sequence and be a character: two scalars.
-    while (p < end && count + 2 <= scalars.size()) {
+    while (!at.atEnd() && count + 2 <= room) {
         if (m_utf8.isPending()) {
-            if (*p >= 0x80) {
-                m_utf8.put(*p++, put);
-            } else {
+            if (*at.here() < 0x80) {
                 m_utf8.finish(put);
+            } else {
+                m_utf8.put(*at.here(), put);
+                ++at.position;
             }
             continue;
         }
-        if (*p < 0x80) {
-            if (*p < 0x20 || *p == 0x7F || detail::isAsciiFor16(p, end)) {
-                break;
-            }
-            put(*p++);
-            continue;
+        const DecodedText decoded =
+            m_ops.decodeUtf8(at.here(), std::min(at.left(), room - count), scalars.data() + count);
+        at.position += decoded.bytes;
+        count += decoded.scalars;
+        if (at.atEnd() || *at.here() < 0x80) {
+            break;
         }
-        if (const int size = detail::decodeSequence(p, end, scalars[count]); size > 0) {
-            ++count;
-            p += size;
-        } else {
-            m_utf8.put(*p++, put);
+        if (decoded.bytes == 0) {
+            m_utf8.put(*at.here(), put);
+            ++at.position;
         }
     }
-    at.position = static_cast<std::size_t>(p - at.bytes.data());
     if (count > 0) {
         m_handler.printScalars({scalars.data(), count});
     }
+}
+
+/// From behind "ESC [": at most a private marker, numbers of up to four digits, semicolons and the final byte, all of
+/// it within 32 bytes. False, and nothing is done, for what is not so plain or not all there.
+bool EscapeSequenceParser::walkPlainCsi(ParsingState& at) {
+    const std::uint8_t* p = at.here();
+    // The last number is read four bytes at a look.
+    if (at.left() < 1 + VectorOps::sequenceSize + 4) {
+        return false;
+    }
+    std::size_t markers = 0;
+    if ((*p & 0xFC) == 0x3C) {
+        m_collect[0] = static_cast<char>(*p++);
+        markers = 1;
+    }
+    const SequenceShape shape = m_ops.sequenceShape(p);
+    const std::uint32_t ends = shape.others & ~shape.semicolons;
+    const int size = std::countr_zero(ends | 0x80000000);
+    const std::uint8_t final = p[size];
+    if (final < 0x40 || final > 0x7E) {
+        return false;
+    }
+    const auto behind = static_cast<std::size_t>(p + size + 1 - at.bytes.data());
+    if (final == 'm' && markers == 0 && size < 16 && m_handler.applyKnownRendition(detail::sequenceText(p, size))) {
+        at.position = behind;
+        return true;
+    }
+    std::int32_t* const values = m_parameters.values.data();
+    int count = 0;
+    int start = 0;
+    std::uint32_t separators = (shape.others & ((std::uint32_t{1} << size) - 1)) | std::uint32_t{1} << size;
+    do {
+        const int end = std::countr_zero(separators);
+        separators &= separators - 1;
+        if (end - start > 4 || count == CsiParameters::maximumCount) {
+            return false;
+        }
+        values[count++] = detail::numberAt(p + start, end - start);
+        start = end + 1;
+    } while (separators != 0);
+    m_parameters.count = count;
+    m_parameters.colonMask = 0;
+    m_parameters.limitExceeded = false;
+    m_collectCount = markers;
+    at.position = behind;
+    if (!m_handler.dispatchCsi(static_cast<char>(final), m_parameters, collected())) {
+        logUnknownCsi(final);
+    }
+    return true;
 }
 
 /// From behind "ESC [" or CSI: parameters and final byte in one go, when they are all there and plain.
@@ -290,7 +340,13 @@ void EscapeSequenceParser::dispatchExecute(std::uint8_t code) {
 }
 
 void EscapeSequenceParser::dispatchCsi(std::uint8_t final) {
-    if (m_handler.dispatchCsi(static_cast<char>(final), m_parameters, collected()) || !m_handler.isLogging()) {
+    if (!m_handler.dispatchCsi(static_cast<char>(final), m_parameters, collected())) {
+        logUnknownCsi(final);
+    }
+}
+
+void EscapeSequenceParser::logUnknownCsi(std::uint8_t final) {
+    if (!m_handler.isLogging()) {
         return;
     }
     std::string message = detail::engineName + "Unknown CSI Code (collect=";

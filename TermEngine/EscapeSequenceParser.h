@@ -30,6 +30,13 @@ public:
     virtual void unhook() = 0;
 };
 
+/// The parameters of a control sequence as they came, of at most fifteen bytes; zeros behind them.
+struct SequenceText {
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
+    bool operator==(const SequenceText&) const = default;
+};
+
 /// What a parser hands on: runs and whole sequences, never single bytes of a text.
 /// A function that answers false or nothing does not know the sequence.
 class ParserHandler {
@@ -40,6 +47,9 @@ public:
     virtual void printScalars(std::span<const char32_t> text) = 0;
     virtual bool execute(std::uint8_t code) = 0;
     virtual bool dispatchCsi(char final, const CsiParameters& parameters, std::string_view collected) = 0;
+    /// Before some SGR sequences: true when the handler knows what the text does and has done it. Otherwise
+    /// `dispatchCsi` follows.
+    virtual bool applyKnownRendition(const SequenceText& /*text*/) { return false; }
     virtual bool dispatchEsc(std::string_view collected, char final) = 0;
     virtual bool dispatchOsc(int code, Bytes payload, StringEnd end) = 0;
     virtual bool dispatchApc(Bytes payload) = 0;
@@ -93,6 +103,7 @@ private:
     void walkGround(ParsingState& at);
     void walkText(ParsingState& at);
     void walkTable(ParsingState& at);
+    [[nodiscard]] bool walkPlainCsi(ParsingState& at);
     void walkCsi(ParsingState& at);
     void scanParameters(ParsingState& at);
     void consumeOscRun(ParsingState& at);
@@ -103,6 +114,7 @@ private:
     void collect(std::uint8_t byte);
     void dispatchExecute(std::uint8_t code);
     void dispatchCsi(std::uint8_t final);
+    void logUnknownCsi(std::uint8_t final);
     void dispatchEsc(std::uint8_t final);
     void startString(ParserState kind);
     void appendString(Bytes bytes);

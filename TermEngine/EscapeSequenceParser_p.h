@@ -1,5 +1,9 @@
 #pragma once
 
+#include "TermEngine/EscapeSequenceParser.h"
+
+#include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -20,31 +24,78 @@ inline bool isAsciiFor16(const std::uint8_t* p, const std::uint8_t* end) {
     return ((low | high) & 0x8080808080808080ULL) == 0;
 }
 
-/// The sequence of two to four bytes that stands at `p`, and its size; 0 when what stands there is none, or not all
-/// of one.
-inline int decodeSequence(const std::uint8_t* p, const std::uint8_t* end, char32_t& scalar) {
-    const auto tail = [p](int i) { return p[i] & 0x3Fu; };
-    const auto isTail = [p](int i) { return (p[i] & 0xC0) == 0x80; };
-    const std::uint8_t lead = p[0];
-    if (lead < 0xE0) {
-        if (lead < 0xC2 || end - p < 2 || !isTail(1)) {
-            return 0;
+/// The next four bytes, the first one lowest.
+inline std::uint32_t wordAt(const std::uint8_t* p) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, p, sizeof word);
+    return std::endian::native == std::endian::little ? word : __builtin_bswap32(word);
+}
+
+/// Neither too long an encoding nor a surrogate.
+inline bool isThreeByteSequence(std::uint32_t word) {
+    const std::uint32_t top = (word & 0x0F) << 1 | (word >> 13 & 1); // the scalar's upper five bits
+    return (word & 0xC0C0F0) == 0x8080E0 && top != 0 && top != 0x1B;
+}
+
+inline char32_t threeByteScalar(std::uint32_t word) {
+    return (word & 0x0F) << 12 | (word >> 2 & 0xFC0) | (word >> 16 & 0x3F);
+}
+
+/// By the upper five bits of a lead byte.
+struct SequenceKind {
+    std::uint8_t size = 0; ///< 0: no sequence begins so
+    std::uint8_t leadMask = 0;
+    std::uint8_t shift = 0;  ///< by which the bits of four bytes are too far up
+    std::uint32_t tails = 0; ///< mask of the upper two bits of the bytes that follow
+    std::uint32_t least = 1;
+};
+
+inline constexpr auto sequenceKinds = [] {
+    std::array<SequenceKind, 32> kinds{};
+    const auto set = [&kinds](std::size_t first, std::size_t last, const SequenceKind& kind) {
+        for (std::size_t i = first; i <= last; ++i) {
+            kinds[i] = kind;
         }
-        scalar = (lead & 0x1Fu) << 6 | tail(1);
-        return 2;
+    };
+    set(0, 15, {1, 0x7F, 18, 0, 0});
+    set(24, 27, {2, 0x1F, 12, 0xC000, 0x80});
+    set(28, 29, {3, 0x0F, 6, 0xC0C000, 0x800});
+    set(30, 30, {4, 0x07, 0, 0xC0C0C000, 0x10000});
+    return kinds;
+}();
+
+/// The sequence that stands at `p`, ASCII included, and its size; 0 when none stands there. Without a branch on the
+/// size, which nobody can foretell in mixed text. `word` is wordAt(p).
+inline int decodeSequence(const std::uint8_t* p, std::uint32_t word, char32_t& scalar) {
+    const SequenceKind& kind = sequenceKinds[p[0] >> 3];
+    const std::uint32_t bits =
+        (word & kind.leadMask) << 18 | (word & 0x3F00) << 4 | (word >> 10 & 0xFC0) | (word >> 24 & 0x3F);
+    scalar = bits >> kind.shift;
+    const bool isGood = (word & kind.tails) == (kind.tails & 0x80808080) && scalar >= kind.least &&
+                        scalar >> 11 != 0x1B && scalar <= 0x10FFFF;
+    return isGood ? kind.size : 0;
+}
+
+/// There are sixteen bytes to read.
+inline SequenceText sequenceText(const std::uint8_t* p, int size) {
+    SequenceText text;
+    std::memcpy(&text.low, p, sizeof text.low);
+    std::memcpy(&text.high, p + 8, sizeof text.high);
+    const auto first = [](int bytes) { return (std::uint64_t{1} << (8 * bytes)) - 1; };
+    if constexpr (std::endian::native == std::endian::big) {
+        text = {__builtin_bswap64(text.low), __builtin_bswap64(text.high)};
     }
-    if (lead < 0xF0) {
-        if (end - p < 3 || !isTail(1) || !isTail(2)) {
-            return 0;
-        }
-        scalar = (lead & 0x0Fu) << 12 | tail(1) << 6 | tail(2);
-        return scalar < 0x800 || (scalar >= 0xD800 && scalar < 0xE000) ? 0 : 3;
-    }
-    if (lead > 0xF4 || end - p < 4 || !isTail(1) || !isTail(2) || !isTail(3)) {
-        return 0;
-    }
-    scalar = (lead & 0x07u) << 18 | tail(1) << 12 | tail(2) << 6 | tail(3);
-    return scalar < 0x10000 || scalar > 0x10FFFF ? 0 : 4;
+    text.low &= size < 8 ? first(size) : ~std::uint64_t{0};
+    text.high &= size < 8 ? 0 : first(size - 8);
+    return text;
+}
+
+/// The number that up to four digits are; there are four bytes to read.
+inline std::int32_t numberAt(const std::uint8_t* p, int count) {
+    // The digits move to the top, with zeros in front; then pairs and all four are added up.
+    auto word = static_cast<std::uint32_t>(std::uint64_t{wordAt(p) ^ 0x30303030} << (32 - 8 * count));
+    word = (word * 10 + (word >> 8)) & 0x00FF00FF;
+    return static_cast<std::int32_t>((word * 100 + (word >> 16)) & 0xFFFF);
 }
 
 } // namespace term::detail

@@ -49,6 +49,10 @@ bool Terminal::dispatchCsi(char final, const CsiParameters& parameters, std::str
     // What REP repeats stands right before it.
     m_buffer->forgetLastScalar();
     if (collected.empty()) [[likely]] {
+        if (final == 'm') {
+            selectGraphicRendition(parameters);
+            return true;
+        }
         return dispatchPlainCsi(final, parameters);
     }
     if (collected == "?") {
@@ -64,9 +68,6 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
     const int first = parameters.at(0);
     const int count = parameters.atLeastOne(0);
     switch (final) {
-    case 'm':
-        selectGraphicRendition(parameters);
-        return true;
     case 'H':
     case 'f':
         cursorPosition(count - 1, parameters.atLeastOne(1) - 1);

@@ -103,7 +103,7 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
                 attribute.underlineStyle =
                     attribute.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
             } else {
-                applySgr(attribute, change);
+                attribute = Attribute::unpacked(patchOf(change).applied(attribute.packed()));
             }
             b.line(row).replace(col, m_arena->withAttribute(cell, attribute));
         }

@@ -212,7 +212,7 @@ void Terminal::requestStatusString(const std::string& request) {
     const auto answer = [&](const std::string& value) { sendDcs("1$r" + value + request); };
     // What is sent back of the request has been compared with a fixed text.
     if (request == "m") {
-        answer(m_attribute.toSgr());
+        answer(attribute().toSgr());
     } else if (request == "r") {
         answer(numbers({b.scrollTop() + 1, b.scrollBottom() + 1}));
     } else if (request == "s") {

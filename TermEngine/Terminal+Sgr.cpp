@@ -8,161 +8,162 @@ namespace {
 
 constexpr std::size_t attributeStackLimit = 10;
 
-/// The colour of a 38, 48 or 58 at `index`, and how many parameters it takes. (XTerm Control Sequences, SGR: with
-/// colons a colour space may stand before the values; with semicolons there is none.)
-struct ColorParameters {
-    std::optional<Color> color{};
-    int size = 1;
-};
+constexpr std::uint32_t noColor = 0xFFFFFFFF;
 
-std::uint8_t clampedByte(int value) {
-    return static_cast<std::uint8_t>(std::min(value, 255));
+std::uint32_t clampedByte(int value) {
+    return static_cast<std::uint32_t>(std::min(value, 255));
 }
 
-ColorParameters parseColor(const CsiParameters& parameters, int index) {
+/// The colour of a 38, 48 or 58 at `index` into `raw`, and how many parameters it takes. (XTerm Control Sequences, SGR:
+/// with colons a colour space may stand before the values; with semicolons there is none.)
+int parseColor(const CsiParameters& parameters, int index, std::uint32_t& raw) {
     const int group = parameters.groupSize(index);
     const bool hasColons = group > 1;
     const int available = hasColons ? group : parameters.count - index;
-    ColorParameters made;
-    made.size = hasColons ? group : available;
-    if (available < 2) {
-        return made;
-    }
     const int kind = parameters.at(index + 1);
-    if (kind == 5) {
-        made.size = hasColons ? group : std::min(available, 3);
+    raw = noColor;
+    if (kind == 5 && available >= 2) {
         if (available >= 3 && parameters.at(index + 2) < 256) {
-            made.color = Color::palette(static_cast<std::uint8_t>(parameters.at(index + 2)));
+            raw = Color::palette(static_cast<std::uint8_t>(parameters.at(index + 2))).raw();
         }
-    } else if (kind == 2) {
-        const int first = index + (hasColons && group >= 6 ? 3 : 2);
-        made.size = hasColons ? group : std::min(available, 5);
-        if (available >= first - index + 3) {
-            made.color = Color::rgb(
-                clampedByte(parameters.at(first)), clampedByte(parameters.at(first + 1)),
-                clampedByte(parameters.at(first + 2)));
-        }
+        return hasColons ? group : std::min(available, 3);
     }
-    return made;
+    if (kind == 2 && available >= 2) {
+        const int first = index + (hasColons && group >= 6 ? 3 : 2);
+        if (available >= first - index + 3) {
+            raw = static_cast<std::uint32_t>(Color::Kind::trueColor) << 24 | clampedByte(parameters.at(first)) << 16 |
+                  clampedByte(parameters.at(first + 1)) << 8 | clampedByte(parameters.at(first + 2));
+        }
+        return hasColons ? group : std::min(available, 5);
+    }
+    return available;
 }
 
-void setUnderline(Attribute& attribute, UnderlineStyle style) {
-    attribute.underlineStyle = style;
-    attribute.style.set(StyleBit::underline, style != UnderlineStyle::none);
+using Patch = AttributePatch;
+
+constexpr std::uint64_t low32 = 0xFFFFFFFF;
+constexpr int underlineColorShift = 16;
+
+constexpr Patch styleOn(StyleBit bit) {
+    return {.set = {0, static_cast<std::uint64_t>(bit)}};
 }
+
+constexpr Patch styleOff(std::uint64_t bits) {
+    return {.keep = {~std::uint64_t{0}, ~bits}};
+}
+
+constexpr Patch underlined(UnderlineStyle style) {
+    constexpr auto bit = static_cast<std::uint64_t>(StyleBit::underline);
+    const std::uint64_t on = style == UnderlineStyle::none ? 0 : bit;
+    return {.keep = {~std::uint64_t{0}, ~(bit | 0xFF00)}, .set = {0, static_cast<std::uint64_t>(style) << 8 | on}};
+}
+
+constexpr Patch foreground(Color color) {
+    return {.keep = {~low32, ~std::uint64_t{0}}, .set = {color.raw(), 0}};
+}
+
+constexpr Patch background(Color color) {
+    return {.keep = {low32, ~std::uint64_t{0}}, .set = {std::uint64_t{color.raw()} << 32, 0}};
+}
+
+constexpr Patch underlineColor(std::uint64_t raw) {
+    return {.keep = {~std::uint64_t{0}, ~(low32 << underlineColorShift)}, .set = {0, raw << underlineColorShift}};
+}
+
+/// By the parameter; the last entry stands for all that are not known.
+constexpr auto patches = [] {
+    using enum StyleBit;
+    const auto bit = [](StyleBit style) { return static_cast<std::uint64_t>(style); };
+    std::array<Patch, 109> made{};
+    made[0] = {.keep = {0, 0}, .set = {}};
+    made[1] = styleOn(bold);
+    made[2] = styleOn(dim);
+    made[3] = styleOn(italic);
+    made[4] = underlined(UnderlineStyle::single);
+    made[5] = styleOn(blink);
+    made[6] = styleOn(blink);
+    made[7] = styleOn(inverse);
+    made[8] = styleOn(invisible);
+    made[9] = styleOn(crossedOut);
+    made[21] = underlined(UnderlineStyle::doubled);
+    made[22] = styleOff(bit(bold) | bit(dim));
+    made[23] = styleOff(bit(italic));
+    made[24] = underlined(UnderlineStyle::none);
+    made[25] = styleOff(bit(blink));
+    made[27] = styleOff(bit(inverse));
+    made[28] = styleOff(bit(invisible));
+    made[29] = styleOff(bit(crossedOut));
+    made[39] = foreground({});
+    made[49] = background({});
+    made[53] = {.set = {0, std::uint64_t{1} << 48}};
+    made[55] = styleOff(std::uint64_t{1} << 48);
+    made[59] = underlineColor(PackedAttributeKey{}.word1 >> underlineColorShift);
+    for (std::uint8_t i = 0; i < 8; ++i) {
+        const auto bright = static_cast<std::uint8_t>(i + 8);
+        made[30U + i] = foreground(Color::palette(i));
+        made[40U + i] = background(Color::palette(i));
+        made[90U + i] = foreground(Color::palette(bright));
+        made[100U + i] = background(Color::palette(bright));
+    }
+    return made;
+}();
 
 } // namespace
 
+bool Terminal::applyKnownRendition(const SequenceText& text) {
+    const AttributePatch* const patch = m_renditions.find(text);
+    if (patch == nullptr) {
+        return false;
+    }
+    setAttribute(patch->applied(m_attribute));
+    return true;
+}
+
 void Terminal::selectGraphicRendition(const CsiParameters& parameters) {
-    const Attribute before = m_attribute;
-    applySgr(m_attribute, parameters);
-    if (m_attribute != before) {
+    const AttributePatch patch = patchOf(parameters);
+    m_renditions.add(patch);
+    setAttribute(patch.applied(m_attribute));
+}
+
+void Terminal::setAttribute(const PackedAttributeKey& attribute) {
+    if (attribute != m_attribute) {
+        m_attribute = attribute;
         m_isPenStale = true;
+        m_arena->willIntern(attribute);
     }
 }
 
-void Terminal::applySgr(Attribute& attribute, const CsiParameters& parameters) {
+AttributePatch Terminal::patchOf(const CsiParameters& parameters) {
+    Patch all;
     for (int i = 0; i < parameters.count;) {
-        const int code = parameters.at(i);
-        int size = parameters.groupSize(i);
-        const auto color = [&](Color& target, int base) {
-            target = Color::palette(static_cast<std::uint8_t>(code - base));
-        };
-        switch (code) {
-        case 0:
-            attribute = {};
-            break;
-        case 1:
-            attribute.style.set(StyleBit::bold);
-            break;
-        case 2:
-            attribute.style.set(StyleBit::dim);
-            break;
-        case 3:
-            attribute.style.set(StyleBit::italic);
-            break;
-        case 4:
-            if (const int style = size > 1 ? parameters.at(i + 1) : 1; style <= 5) {
-                setUnderline(attribute, static_cast<UnderlineStyle>(style));
+        const auto code = static_cast<std::size_t>(parameters.at(i));
+        int size = 1;
+        if (code == 38 || code == 48 || code == 58) {
+            std::uint32_t raw = noColor;
+            size = parseColor(parameters, i, raw);
+            if (raw == noColor) {
+                // Nothing changes.
+            } else if (code == 58) {
+                all.then(underlineColor(raw));
+            } else {
+                // No branch on which of the two.
+                const int shift = code == 48 ? 32 : 0;
+                all.keep.word0 &= ~(low32 << shift);
+                all.set.word0 = (all.set.word0 & ~(low32 << shift)) | std::uint64_t{raw} << shift;
             }
-            break;
-        case 5:
-        case 6:
-            attribute.style.set(StyleBit::blink);
-            break;
-        case 7:
-            attribute.style.set(StyleBit::inverse);
-            break;
-        case 8:
-            attribute.style.set(StyleBit::invisible);
-            break;
-        case 9:
-            attribute.style.set(StyleBit::crossedOut);
-            break;
-        case 21:
-            setUnderline(attribute, UnderlineStyle::doubled);
-            break;
-        case 22:
-            attribute.style.set(StyleBit::bold, false);
-            attribute.style.set(StyleBit::dim, false);
-            break;
-        case 23:
-            attribute.style.set(StyleBit::italic, false);
-            break;
-        case 24:
-            setUnderline(attribute, UnderlineStyle::none);
-            break;
-        case 25:
-            attribute.style.set(StyleBit::blink, false);
-            break;
-        case 27:
-            attribute.style.set(StyleBit::inverse, false);
-            break;
-        case 28:
-            attribute.style.set(StyleBit::invisible, false);
-            break;
-        case 29:
-            attribute.style.set(StyleBit::crossedOut, false);
-            break;
-        case 38:
-        case 48:
-        case 58: {
-            const ColorParameters parsed = parseColor(parameters, i);
-            size = parsed.size;
-            if (parsed.color && code == 58) {
-                attribute.underlineColor = parsed.color;
-            } else if (parsed.color) {
-                (code == 38 ? attribute.fg : attribute.bg) = *parsed.color;
+        } else if (parameters.endsWithColon(i)) {
+            size = parameters.groupSize(i);
+            if (const int style = parameters.at(i + 1); code != 4) {
+                all.then(patches[std::min(code, patches.size() - 1)]);
+            } else if (style <= static_cast<int>(UnderlineStyle::dashed)) {
+                all.then(underlined(static_cast<UnderlineStyle>(style)));
             }
-            break;
-        }
-        case 39:
-            attribute.fg = {};
-            break;
-        case 49:
-            attribute.bg = {};
-            break;
-        case 53:
-        case 55:
-            attribute.overline = code == 53;
-            break;
-        case 59:
-            attribute.underlineColor.reset();
-            break;
-        default:
-            if (code >= 30 && code <= 37) {
-                color(attribute.fg, 30);
-            } else if (code >= 40 && code <= 47) {
-                color(attribute.bg, 40);
-            } else if (code >= 90 && code <= 97) {
-                color(attribute.fg, 82);
-            } else if (code >= 100 && code <= 107) {
-                color(attribute.bg, 92);
-            }
-            break;
+        } else {
+            all.then(patches[std::min(code, patches.size() - 1)]);
         }
         i += size;
     }
+    return all;
 }
 
 /// XTPUSHSGR: all of the attribute, or what the parameters name.
@@ -170,7 +171,7 @@ void Terminal::pushSgr(const CsiParameters& parameters) {
     if (m_attributeStack.size() == attributeStackLimit) {
         return;
     }
-    SavedAttribute saved{.attribute = m_attribute};
+    SavedAttribute saved{.attribute = attribute()};
     saved.isWhole = parameters.count == 1 && parameters.at(0) == 0;
     for (int i = 0; i < parameters.count; ++i) {
         const int code = parameters.at(i);
@@ -204,17 +205,19 @@ void Terminal::popSgr() {
     m_attributeStack.pop_back();
     m_isPenStale = true;
     if (saved.isWhole) {
-        m_attribute = saved.attribute;
+        m_attribute = saved.attribute.packed();
         return;
     }
+    Attribute made = attribute();
     const auto mask = saved.styles.raw();
-    m_attribute.style = CharacterStyle(
-        static_cast<std::uint8_t>((m_attribute.style.raw() & ~mask) | (saved.attribute.style.raw() & mask)));
+    made.style =
+        CharacterStyle(static_cast<std::uint8_t>((made.style.raw() & ~mask) | (saved.attribute.style.raw() & mask)));
     if (saved.styles.has(StyleBit::underline)) {
-        m_attribute.underlineStyle = saved.attribute.underlineStyle;
+        made.underlineStyle = saved.attribute.underlineStyle;
     }
-    m_attribute.fg = saved.foreground ? saved.attribute.fg : m_attribute.fg;
-    m_attribute.bg = saved.background ? saved.attribute.bg : m_attribute.bg;
+    made.fg = saved.foreground ? saved.attribute.fg : made.fg;
+    made.bg = saved.background ? saved.attribute.bg : made.bg;
+    m_attribute = made.packed();
 }
 
 } // namespace term

@@ -9,6 +9,7 @@
 #include "TermEngine/KittyClipboard.h"
 #include "TermEngine/KittyGraphics.h"
 #include "TermEngine/KittyKeyboardStack.h"
+#include "TermEngine/RenditionCache.h"
 #include "TermEngine/TerminalDelegate.h"
 #include "TermEngine/TerminalModes.h"
 #include "TermEngine/TerminalOptions.h"
@@ -68,7 +69,7 @@ public:
     [[nodiscard]] CellArena& arena() const { return *m_arena; }
     [[nodiscard]] const TerminalOptions& options() const { return m_options; }
     [[nodiscard]] const TerminalModes& modes() const { return m_modes; }
-    [[nodiscard]] const Attribute& attribute() const { return m_attribute; }
+    [[nodiscard]] Attribute attribute() const { return Attribute::unpacked(m_attribute); }
     [[nodiscard]] CursorStyle cursorStyle() const { return m_cursorStyle; }
     [[nodiscard]] const std::string& title() const { return m_title; }
     [[nodiscard]] const std::string& iconTitle() const { return m_iconTitle; }
@@ -148,6 +149,7 @@ private:
     void printScalars(std::span<const char32_t> text) override;
     bool execute(std::uint8_t code) override;
     bool dispatchCsi(char final, const Parameters& parameters, std::string_view collected) override;
+    bool applyKnownRendition(const SequenceText& text) override;
     bool dispatchEsc(std::string_view collected, char final) override;
     bool dispatchOsc(int code, Bytes payload, StringEnd end) override;
     bool actOnOsc(int code, std::string_view payload, StringEnd end);
@@ -222,7 +224,8 @@ private:
 
     // Terminal+Sgr.cpp
     void selectGraphicRendition(const Parameters& parameters);
-    static void applySgr(Attribute& attribute, const Parameters& parameters);
+    void setAttribute(const PackedAttributeKey& attribute);
+    [[nodiscard]] static AttributePatch patchOf(const Parameters& parameters);
     void pushSgr(const Parameters& parameters);
     void popSgr();
 
@@ -361,7 +364,8 @@ private:
 
     TerminalModes m_modes;
     std::map<int, bool> m_savedModes;
-    Attribute m_attribute;
+    PackedAttributeKey m_attribute;
+    RenditionCache m_renditions;
     std::vector<SavedAttribute> m_attributeStack;
     bool m_isProtected = false;
     bool m_isErasureGuarded = false; ///< SPA and EPA: erasing spares what is protected

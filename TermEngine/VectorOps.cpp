@@ -1,5 +1,9 @@
 #include "TermEngine/VectorOps.h"
 
+#include "TermEngine/EscapeSequenceParser_p.h"
+#include "TermEngine/VectorOps_p.h"
+
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <vector>
@@ -11,6 +15,27 @@
 #endif
 
 namespace term {
+
+std::size_t detail::decodeBase64Plain(const std::uint8_t* text, std::size_t size, std::uint8_t* out) {
+    std::size_t at = 0;
+    for (; size - at >= 4; at += 4) {
+        std::uint32_t bits = 0;
+        std::uint8_t others = 0;
+        for (std::size_t i = at; i < at + 4; ++i) {
+            const std::uint8_t value = detail::base64Values[text[i]];
+            others |= value;
+            bits = bits << 6 | value;
+        }
+        if ((others & detail::noBase64) != 0) {
+            break;
+        }
+        *out++ = static_cast<std::uint8_t>(bits >> 16);
+        *out++ = static_cast<std::uint8_t>(bits >> 8);
+        *out++ = static_cast<std::uint8_t>(bits);
+    }
+    return at;
+}
+
 namespace {
 
 std::size_t asciiRunPlain(const std::uint8_t* bytes, std::size_t size) {
@@ -21,13 +46,102 @@ std::size_t asciiRunPlain(const std::uint8_t* bytes, std::size_t size) {
     return at;
 }
 
+SequenceShape sequenceShapePlain(const std::uint8_t* bytes) {
+    SequenceShape shape;
+    for (unsigned i = 0; i < VectorOps::sequenceSize; ++i) {
+        shape.others |= static_cast<std::uint32_t>(bytes[i] < '0' || bytes[i] > '9') << i;
+        shape.semicolons |= static_cast<std::uint32_t>(bytes[i] == ';') << i;
+    }
+    return shape;
+}
+
 void expandAsciiPlain(std::uint64_t* cells, const std::uint8_t* bytes, std::size_t size, std::uint64_t pen) {
     for (std::size_t i = 0; i < size; ++i) {
         cells[i] = (std::uint64_t{bytes[i]} << 2) | pen;
     }
 }
 
+DecodedText decodeUtf8Plain(const std::uint8_t* bytes, std::size_t size, char32_t* scalars) {
+    const std::uint8_t* p = bytes;
+    const std::uint8_t* const end = bytes + size;
+    char32_t* to = scalars;
+    while (end - p >= 4 && *p >= 0x20 && *p != 0x7F) {
+        std::uint32_t word = detail::wordAt(p);
+        if ((word & 0x80808080) == 0 && detail::isAsciiFor16(p, end)) {
+            break;
+        }
+        // Three bytes each, which most of the world's larger scripts have.
+        if (detail::isThreeByteSequence(word)) {
+            do {
+                *to++ = detail::threeByteScalar(word);
+                p += 3;
+                if (end - p < 4) {
+                    break;
+                }
+                word = detail::wordAt(p);
+            } while (detail::isThreeByteSequence(word));
+            continue;
+        }
+        const int taken = detail::decodeSequence(p, word, *to);
+        if (taken == 0) {
+            break;
+        }
+        ++to;
+        p += taken;
+    }
+    return {static_cast<std::size_t>(p - bytes), static_cast<std::size_t>(to - scalars)};
+}
+
+ExpandedText expandScalarsPlain(
+    std::uint64_t* cells, const char32_t* scalars, std::size_t size, std::size_t columns, std::uint64_t pen) {
+    ExpandedText done;
+    for (; done.scalars < size; ++done.scalars) {
+        const auto width = static_cast<std::size_t>(detail::commonWidth(scalars[done.scalars]));
+        if (width == 0 || done.columns + width > columns) {
+            break;
+        }
+        const bool isWide = width == 2;
+        cells[done.columns] = std::uint64_t{scalars[done.scalars]} << 2 | pen | (isWide ? detail::wideBits : 0);
+        if (isWide) {
+            cells[done.columns + 1] = pen | detail::spacerBits;
+            done.hasWide = true;
+        }
+        done.columns += width;
+    }
+    return done;
+}
+
 #if defined(__x86_64__)
+
+/// Blocks of 16 characters into 12 bytes each; each block writes 16.
+[[gnu::target("ssse3")]] std::size_t decodeBase64Ssse3(const std::uint8_t* text, std::size_t size, std::uint8_t* out) {
+    const auto all = [](int byte) { return _mm_set1_epi8(static_cast<char>(byte)); };
+    std::size_t at = 0;
+    for (; size - at >= 24; at += 16) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
+        // Bytes above 0x7F are negative, and in no range.
+        const __m128i upper = _mm_and_si128(_mm_cmpgt_epi8(block, all('A' - 1)), _mm_cmplt_epi8(block, all('Z' + 1)));
+        const __m128i lower = _mm_and_si128(_mm_cmpgt_epi8(block, all('a' - 1)), _mm_cmplt_epi8(block, all('z' + 1)));
+        const __m128i digit = _mm_and_si128(_mm_cmpgt_epi8(block, all('0' - 1)), _mm_cmplt_epi8(block, all('9' + 1)));
+        const __m128i plus = _mm_cmpeq_epi8(block, all('+'));
+        const __m128i slash = _mm_cmpeq_epi8(block, all('/'));
+        const __m128i known = _mm_or_si128(_mm_or_si128(upper, lower), _mm_or_si128(digit, _mm_or_si128(plus, slash)));
+        if (_mm_movemask_epi8(known) != 0xFFFF) {
+            break;
+        }
+        const __m128i letters = _mm_or_si128(_mm_and_si128(upper, all(-'A')), _mm_and_si128(lower, all(26 - 'a')));
+        const __m128i others = _mm_or_si128(
+            _mm_and_si128(digit, all(52 - '0')),
+            _mm_or_si128(_mm_and_si128(plus, all(62 - '+')), _mm_and_si128(slash, all(63 - '/'))));
+        const __m128i values = _mm_add_epi8(block, _mm_or_si128(letters, others));
+        // Six bits each become twelve of two, then twenty-four of four; their bytes are then put in order.
+        const __m128i pairs = _mm_maddubs_epi16(values, _mm_set1_epi32(0x01400140));
+        const __m128i groups = _mm_madd_epi16(pairs, _mm_set1_epi32(0x00011000));
+        const __m128i order = _mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + at / 4 * 3), _mm_shuffle_epi8(groups, order));
+    }
+    return at + detail::decodeBase64Plain(text + at, size - at, out + at / 4 * 3);
+}
 
 std::size_t asciiRunSse2(const std::uint8_t* bytes, std::size_t size) {
     std::size_t at = 0;
@@ -42,6 +156,19 @@ std::size_t asciiRunSse2(const std::uint8_t* bytes, std::size_t size) {
         }
     }
     return at + asciiRunPlain(bytes + at, size - at);
+}
+
+SequenceShape sequenceShapeSse2(const std::uint8_t* bytes) {
+    SequenceShape shape;
+    for (unsigned at = 0; at < VectorOps::sequenceSize; at += 16) {
+        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+        const __m128i above = _mm_subs_epu8(_mm_xor_si128(text, _mm_set1_epi8('0')), _mm_set1_epi8(9));
+        const auto digits = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(above, _mm_setzero_si128())));
+        const __m128i semicolons = _mm_cmpeq_epi8(text, _mm_set1_epi8(';'));
+        shape.others |= (~digits & 0xFFFFU) << at;
+        shape.semicolons |= static_cast<std::uint32_t>(_mm_movemask_epi8(semicolons)) << at;
+    }
+    return shape;
 }
 
 [[gnu::target("avx2")]] std::size_t asciiRunAvx2(const std::uint8_t* bytes, std::size_t size) {
@@ -61,18 +188,38 @@ std::size_t asciiRunSse2(const std::uint8_t* bytes, std::size_t size) {
 [[gnu::target("avx2")]] void expandAsciiAvx2(
     std::uint64_t* cells, const std::uint8_t* bytes, std::size_t size, std::uint64_t pen) {
     const __m256i bits = _mm256_set1_epi64x(static_cast<long long>(pen));
-    std::size_t at = 0;
-    for (; at + 4 <= size; at += 4) {
+    if (size < 4) {
+        expandAsciiPlain(cells, bytes, size, pen);
+        return;
+    }
+    // The last four may be written twice.
+    for (std::size_t at = 0; at < size; at += 4) {
+        const std::size_t from = std::min(at, size - 4);
         int four = 0;
-        std::memcpy(&four, bytes + at, 4);
+        std::memcpy(&four, bytes + from, 4);
         const __m256i wide = _mm256_cvtepu8_epi64(_mm_cvtsi32_si128(four));
         const __m256i made = _mm256_or_si256(_mm256_slli_epi64(wide, 2), bits);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(cells + at), made);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(cells + from), made);
     }
-    expandAsciiPlain(cells + at, bytes + at, size - at, pen);
 }
 
 #elif defined(__aarch64__)
+
+std::uint32_t bitsOfNeon(uint8x16_t mask) {
+    static const std::uint8_t places[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+    const uint8x16_t bits = vandq_u8(mask, vld1q_u8(places));
+    return vaddv_u8(vget_low_u8(bits)) | std::uint32_t{vaddv_u8(vget_high_u8(bits))} << 8;
+}
+
+SequenceShape sequenceShapeNeon(const std::uint8_t* bytes) {
+    SequenceShape shape;
+    for (unsigned at = 0; at < VectorOps::sequenceSize; at += 16) {
+        const uint8x16_t text = vld1q_u8(bytes + at);
+        shape.others |= bitsOfNeon(vcgtq_u8(vsubq_u8(text, vdupq_n_u8('0')), vdupq_n_u8(9))) << at;
+        shape.semicolons |= bitsOfNeon(vceqq_u8(text, vdupq_n_u8(';'))) << at;
+    }
+    return shape;
+}
 
 std::size_t asciiRunNeon(const std::uint8_t* bytes, std::size_t size) {
     std::size_t at = 0;
@@ -103,16 +250,42 @@ void expandAsciiNeon(std::uint64_t* cells, const std::uint8_t* bytes, std::size_
 
 #endif
 
+/// Each set of instructions has what is slower where it has nothing better.
 const std::vector<VectorOps>& all() {
     static const std::vector<VectorOps> found = [] {
-        std::vector<VectorOps> ops{{"plain", asciiRunPlain, expandAsciiPlain}};
+        std::vector<VectorOps> ops{
+            {.name = "plain",
+             .asciiRun = asciiRunPlain,
+             .sequenceShape = sequenceShapePlain,
+             .expandAscii = expandAsciiPlain,
+             .decodeUtf8 = decodeUtf8Plain,
+             .expandScalars = expandScalarsPlain,
+             .decodeBase64 = detail::decodeBase64Plain}};
+        [[maybe_unused]] const auto next = [&ops](const char* name) -> VectorOps& {
+            ops.push_back(ops.back());
+            ops.back().name = name;
+            return ops.back();
+        };
 #if defined(__x86_64__)
-        ops.push_back({"sse2", asciiRunSse2, expandAsciiPlain});
+        VectorOps& sse2 = next("sse2");
+        sse2.asciiRun = asciiRunSse2;
+        sse2.sequenceShape = sequenceShapeSse2;
+        if (__builtin_cpu_supports("ssse3")) {
+            next("ssse3").decodeBase64 = decodeBase64Ssse3;
+        }
         if (__builtin_cpu_supports("avx2")) {
-            ops.push_back({"avx2", asciiRunAvx2, expandAsciiAvx2});
+            VectorOps& avx2 = next("avx2");
+            avx2.asciiRun = asciiRunAvx2;
+            avx2.expandAscii = expandAsciiAvx2;
+        }
+        if (detail::hasAvx512()) {
+            ops.push_back(detail::avx512Ops());
         }
 #elif defined(__aarch64__)
-        ops.push_back({"neon", asciiRunNeon, expandAsciiNeon});
+        VectorOps& neon = next("neon");
+        neon.asciiRun = asciiRunNeon;
+        neon.sequenceShape = sequenceShapeNeon;
+        neon.expandAscii = expandAsciiNeon;
 #endif
         return ops;
     }();

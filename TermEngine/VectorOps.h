@@ -6,13 +6,46 @@
 
 namespace term {
 
+/// How much of a text was taken, and what it gave.
+struct DecodedText {
+    std::size_t bytes = 0;
+    std::size_t scalars = 0;
+};
+struct ExpandedText {
+    std::size_t scalars = 0;
+    std::size_t columns = 0;
+    bool hasWide = false;
+};
+
+/// Of the bytes of a control sequence, a bit each, the first one lowest.
+struct SequenceShape {
+    std::uint32_t others = 0; ///< no digits
+    std::uint32_t semicolons = 0;
+};
+
 /// The loops over the bytes of a text that use vector instructions, for one set of instructions.
 struct VectorOps {
+    /// Scalars that `decodeUtf8` may write behind those that it reports.
+    static constexpr std::size_t decodeSlack = 16;
+    static constexpr std::size_t sequenceSize = 32;
+
     const char* name;
     /// How many bytes at the front are printable ASCII, 0x20 to 0x7E.
     std::size_t (*asciiRun)(const std::uint8_t* bytes, std::size_t size);
+    /// Of `sequenceSize` bytes.
+    SequenceShape (*sequenceShape)(const std::uint8_t* bytes);
     /// cells[i] = bytes[i] << 2 | pen
     void (*expandAscii)(std::uint64_t* cells, const std::uint8_t* bytes, std::size_t size, std::uint64_t pen);
+    /// Whole sequences at the front, ASCII among them; never a control, or what is no UTF-8. It may stop anywhere
+    /// between two of them, and does before much ASCII. `scalars` has room for `size` and the slack.
+    DecodedText (*decodeUtf8)(const std::uint8_t* bytes, std::size_t size, char32_t* scalars);
+    /// Cells of scalars at the front that `commonWidth` knows, as many as fit into the columns, and the spacers behind
+    /// wide ones. Not always all of them; no other cell is written.
+    ExpandedText (*expandScalars)(
+        std::uint64_t* cells, const char32_t* scalars, std::size_t size, std::size_t columns, std::uint64_t pen);
+    /// Base64 (RFC 4648) in whole groups of four characters, up to the first group with another character in it, into
+    /// three bytes each; how many characters. `out` has room for all groups.
+    std::size_t (*decodeBase64)(const std::uint8_t* text, std::size_t size, std::uint8_t* out);
 };
 
 /// All that this processor can carry out, the plain one first, the fastest last.

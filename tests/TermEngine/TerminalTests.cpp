@@ -257,5 +257,46 @@ TEST(Terminal, TakesAnyNoiseAndAnySize) {
     }
 }
 
+/// Whole sequences and runs have ways of their own; a byte at a time has none of them.
+TEST(Terminal, ShowsTheSameByteForByte) {
+    std::mt19937 random(20241121);
+    const auto number = [&random](unsigned most) { return std::to_string(random() % (most + 1)); };
+    const std::vector<std::function<std::string()>> pieces = {
+        [&] { return "\x1B[" + number(110) + "m"; },
+        [&] { return "\x1B[" + number(9) + ";" + number(49) + "m"; },
+        [&] { return "\x1B[38;5;" + number(300) + "m"; },
+        [&] { return "\x1B[" + number(1) + ";48;2;" + number(300) + ";" + number(255) + ";" + number(255) + "m"; },
+        [&] { return "\x1B[4:" + number(6) + ";58:2::1:2:" + number(255) + "m\x1B[;" + number(9) + ";m"; },
+        [&] { return "\x1B[38;" + number(6) + "m\x1B[48;2;" + number(9) + "m\x1B[m"; },
+        [&] { return "\x1B[" + number(12) + ";" + number(70000) + "H"; },
+        [&] { return "\x1B[" + number(99999) + "C\x1B[0000000000" + number(9) + "D"; },
+        [&] { return "\x1B[?" + number(7) + (random() % 2 == 0 ? "h" : "l") + "\x1B[?7;25h"; },
+        [&] { return "\x1B[" + number(3) + std::string(1, "JKLMPX@ST"[random() % 9]); },
+        [&] { return std::string(random() % 50, static_cast<char>('a' + random() % 26)); },
+        [&] { return unicode::toUtf8(std::u32string(random() % 30, U'漢')) + "\r\n"; },
+        [] { return "éàü漢字カナ😀👍🏽e\u0301❤\uFE0F한국어─│"s; },
+        [] {
+            return "\xE6\xBC"
+                   "a\xFF\xF0\x9F\x98"s;
+        }};
+    for (int round = 0; round < 150; ++round) {
+        TerminalOptions options;
+        options.cols = 5 + static_cast<int>(random() % 40);
+        options.rows = 12;
+        Session whole(options);
+        Session bytes(options);
+        std::string text;
+        for (int count = 0; count < 40; ++count) {
+            text += pieces[random() % pieces.size()]();
+        }
+        whole.terminal.feed(text);
+        for (const char& byte : text) {
+            bytes.terminal.feed({&byte, 1});
+        }
+        ASSERT_EQ(describe(whole.terminal, true), describe(bytes.terminal, true)) << escaped(text);
+        ASSERT_EQ(whole.terminal.attribute(), bytes.terminal.attribute()) << escaped(text);
+    }
+}
+
 } // namespace
 } // namespace term

@@ -173,7 +173,6 @@ void Terminal::resetState() {
         buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
         buffer->setupTabStops();
         buffer->forgetLastScalar();
-        buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
     }
 }
 

@@ -292,7 +292,7 @@ TEST(Input, SendsWhatTheModesMakeOfEvents) {
              {"kitty", "\x1B[>1u", key({.key = Key::escape}), "\x1B[27u"},
              {"the delete key", "\x1B[?1037h", key({.key = Key::deleteForward}), "\x7F"},
              {"a locked keyboard", "\x1B[2h", key({.key = Key::up}), ""},
-             {"left in text from the right", "\x1B[2 S\x1B[?1243h", key({.key = Key::left}), "\x1B[C"},
+             {"left in text from the right", "\x1B[2 k\x1B[?1243h", key({.key = Key::left}), "\x1B[C"},
              {"left in text from the left", "\x1B[?1243h", key({.key = Key::left}), "\x1B[D"},
              {"no tracking", "", mouse({.button = MouseButton::left}), ""},
              {"tracking", "\x1B[?1000;1006h", mouse({.button = MouseButton::left, .column = 4, .row = 2}),

@@ -157,6 +157,7 @@ void Terminal::resetState() {
     m_iconTitleStack.clear();
     m_keyboards = {};
     m_notifications.reset();
+    m_loadingFile.reset();
     m_kittyClipboard.reset();
     m_clipboardQuestions.clear();
     m_permissions.clear();

@@ -69,33 +69,38 @@ ITermCommand::File::Extent parseExtent(std::string_view text) {
     return {isPixels ? pixels : isPercent ? percent : cells, std::min(*number, largest)};
 }
 
-std::optional<ITermCommand> parseFile(std::string_view arguments, size_t limitBytes) {
-    const size_t colon = arguments.find(':');
-    if (colon == std::string_view::npos) {
-        return std::nullopt;
-    }
-    ITermCommand command{.kind = ITermCommand::Kind::file};
-    auto data = decodeBase64(arguments.substr(colon + 1), limitBytes);
-    if (!data) {
-        return std::nullopt;
-    }
-    command.file.data = std::move(*data);
-    for (std::string_view rest = arguments.substr(0, colon); !rest.empty();) {
-        std::string_view value = takeField(rest, ';');
+ITermCommand::File parseFileArguments(std::string_view arguments) {
+    ITermCommand::File file;
+    while (!arguments.empty()) {
+        std::string_view value = takeField(arguments, ';');
         const std::string_view key = takeField(value, '=');
         if (key == "name") {
             const auto name = decodeBase64(value, maximumTextBytes).value_or(std::vector<uint8_t>());
-            command.file.name = cleanText({reinterpret_cast<const char*>(name.data()), name.size()});
+            file.name = cleanText({reinterpret_cast<const char*>(name.data()), name.size()});
         } else if (key == "width") {
-            command.file.width = parseExtent(value);
+            file.width = parseExtent(value);
         } else if (key == "height") {
-            command.file.height = parseExtent(value);
+            file.height = parseExtent(value);
         } else if (key == "preserveAspectRatio") {
-            command.file.preservesAspectRatio = value != "0";
+            file.preservesAspectRatio = value != "0";
         } else if (key == "inline") {
-            command.file.isInline = value == "1";
+            file.isInline = value == "1";
         }
     }
+    return file;
+}
+
+std::optional<ITermCommand> parseFile(std::string_view payload, size_t limitBytes) {
+    const size_t colon = payload.find(':');
+    if (colon == std::string_view::npos) {
+        return std::nullopt;
+    }
+    auto data = decodeBase64(payload.substr(colon + 1), limitBytes);
+    if (!data) {
+        return std::nullopt;
+    }
+    ITermCommand command{.kind = ITermCommand::Kind::file, .file = parseFileArguments(payload.substr(0, colon))};
+    command.file.data = std::move(*data);
     return command;
 }
 
@@ -220,7 +225,10 @@ std::optional<ITermCommand> parseITermCommand(std::string_view payload, size_t f
         Entry{"SetUserVar", Kind::setUserVariable},
         Entry{"ReportCellSize", Kind::reportCellSize},
         Entry{"Capabilities", Kind::reportCapabilities},
-        Entry{"File", Kind::file}};
+        Entry{"File", Kind::file},
+        Entry{"MultipartFile", Kind::fileBegin},
+        Entry{"FilePart", Kind::filePart},
+        Entry{"FileEnd", Kind::fileEnd}};
     const std::string_view key = takeField(payload, '=');
     const auto* entry = std::ranges::find(entries, key, &Entry::key);
     if (entry == entries.end()) {
@@ -230,6 +238,12 @@ std::optional<ITermCommand> parseITermCommand(std::string_view payload, size_t f
     switch (entry->kind) {
     case Kind::file:
         return parseFile(payload, fileLimitBytes);
+    case Kind::fileBegin:
+        command.file = parseFileArguments(payload);
+        return command;
+    case Kind::filePart:
+        command.encoded = payload;
+        return command;
     case Kind::setUserVariable: {
         command.name = cleanText(takeField(payload, '='), 256);
         const auto value = decodeBase64(payload, maximumTextBytes);

@@ -66,7 +66,10 @@ struct ITermCommand {
         setUserVariable, ///< name and value
         reportCellSize,
         reportCapabilities,
-        file, ///< an image to show
+        file,      ///< an image to show
+        fileBegin, ///< an image whose data come in pieces
+        filePart,  ///< encoded: a piece
+        fileEnd,
     };
     struct File {
         /// Of an image: "auto", or a number of cells, of pixels or of per cent of the screen.
@@ -88,6 +91,7 @@ struct ITermCommand {
     std::string name{};
     std::string value{};
     File file{};
+    std::string_view encoded{}; ///< base64; a part of the payload
     bool operator==(const ITermCommand&) const = default;
 };
 [[nodiscard]] std::optional<ITermCommand> parseITermCommand(std::string_view payload, size_t fileLimitBytes);

@@ -28,7 +28,7 @@ bool Terminal::sendInput(const std::string& bytes) {
 
 bool Terminal::sendKey(const KeyEvent& event) {
     KeyEvent sent = event;
-    const bool isRightToLeft = m_buffer->line(m_buffer->y()).bidiState() == 1;
+    const bool isRightToLeft = bidiState(m_buffer->y()).paragraph == BidiDirection::rightToLeft;
     if (m_modes.bidiArrowKeySwap && isRightToLeft && (event.key == Key::left || event.key == Key::right)) {
         sent.key = event.key == Key::left ? Key::right : Key::left;
     }

@@ -183,6 +183,23 @@ void Terminal::iTermCommand(std::string_view payload, StringEnd end) {
             showFile(command->file);
         }
         break;
+    case ITermCommand::Kind::fileBegin:
+        m_loadingFile.emplace(command->file, Base64Decoder(m_options.kittyGraphics.imageCacheLimitBytes));
+        break;
+    case ITermCommand::Kind::filePart:
+        if (m_loadingFile) {
+            m_loadingFile->data.append(command->encoded);
+        }
+        break;
+    case ITermCommand::Kind::fileEnd:
+        if (auto loaded = std::exchange(m_loadingFile, {})) {
+            auto data = loaded->data.finish();
+            if (data && loaded->file.isInline) {
+                loaded->file.data = std::move(*data);
+                showFile(loaded->file);
+            }
+        }
+        break;
     case ITermCommand::Kind::remoteHost:
     case ITermCommand::Kind::setUserVariable:
         break;

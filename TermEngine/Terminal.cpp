@@ -157,6 +157,7 @@ void Terminal::resetState() {
     m_iconTitleStack.clear();
     m_keyboards = {};
     m_notifications.reset();
+    m_loadingFile.reset();
     m_kittyClipboard.reset();
     m_clipboardQuestions.clear();
     m_permissions.clear();
@@ -173,7 +174,6 @@ void Terminal::resetState() {
         buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
         buffer->setupTabStops();
         buffer->forgetLastScalar();
-        buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
     }
 }
 

@@ -385,6 +385,11 @@ private:
     ColorTable m_colors;
     bool m_hasTheme = false;
     NotificationAssembler m_notifications;
+    struct LoadingFile {
+        ITermCommand::File file;
+        Base64Decoder data;
+    };
+    std::optional<LoadingFile> m_loadingFile; ///< of OSC 1337, in pieces
     KittyClipboard m_kittyClipboard;
     std::vector<ClipboardQuestion> m_clipboardQuestions;
     std::map<std::uint64_t, PendingPermission> m_permissions;

@@ -45,7 +45,7 @@ struct BidiPresentationState {
 
 struct KittyGraphicsConfiguration {
     size_t imageCacheLimitBytes = 10'000'000;   ///< of decoded pixels, all images of a terminal together
-    std::optional<std::string> storageFolder{}; ///< where frames may be put aside; absent: nothing goes to disk
+    std::optional<std::string> storageFolder{}; ///< for hosts that put images aside: the engine keeps all in memory
     /// Whether a program may name files and shared memory to be read: only safe for a child on this machine.
     bool allowsLocalMedia = false;
 

@@ -361,6 +361,17 @@ TEST(Images, OfFilesAreAsLargeAsTheyAreAsked) {
         const Buffer& b = screen.terminal.buffer();
         EXPECT_EQ((Position{b.x(), b.y()}), test.cursor) << label;
     }
+    // In pieces, cut anywhere.
+    const std::string encoded = encodeBase64(file);
+    for (const bool isWhole : {true, false}) {
+        DecodingScreen pieces;
+        pieces.terminal.feed(
+            "\x1B]1337;MultipartFile=inline=1;width=4\a\x1B]1337;FilePart=" + encoded.substr(0, 5) + "\a");
+        pieces.terminal.feed("\x1B]1337;FilePart=" + (isWhole ? encoded.substr(5) : "!") + "\a\x1B]1337;FileEnd\a");
+        EXPECT_EQ(pieces.terminal.images().placements().size(), isWhole ? 1U : 0U);
+        pieces.terminal.feed("\x1B]1337;FilePart=" + encoded + "\a\x1B]1337;FileEnd\a");
+        EXPECT_EQ(pieces.host.bitmaps.size(), isWhole ? 1U : 0U) << "what begins nowhere";
+    }
     DecodingScreen screen;
     screen.terminal.feed("\x1B]1337;File=inline=1;width=3;preserveAspectRatio=0:" + encodeBase64("JPEG 1x1") + "\a");
     EXPECT_EQ(screen.host.request.width, 6);

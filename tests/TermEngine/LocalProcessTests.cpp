@@ -275,6 +275,19 @@ TEST(LocalProcess, KeepsTheWindowSizeInStep) {
     EXPECT_TRUE(host->text().ends_with("10 20\r\n")) << host->text();
 }
 
+TEST(LocalProcess, TellsWhatTheLineDisciplineActsUpon) {
+    const auto host = std::make_shared<Host>();
+    const auto process = host->shell("stty intr '#' quit undef; printf ready; sleep 60");
+    ASSERT_TRUE(host->waitForText("ready"));
+    const std::string controls = PseudoTerminalHelpers::controlBytes(process->childfd());
+    EXPECT_NE(controls.find('#'), std::string::npos);
+    EXPECT_NE(controls.find('\x04'), std::string::npos);
+    EXPECT_EQ(controls.find('\x1C'), std::string::npos);
+    EXPECT_EQ(PseudoTerminalHelpers::controlBytes(-1), "");
+    process->terminate();
+    EXPECT_EQ(host->waitForEnd(), 128 + SIGTERM);
+}
+
 TEST(LocalProcess, EndsAChildThatNobodyOwnsAnyMore) {
     for (const char* line :
          {"printf ready; sleep 60", "trap '' TERM HUP; printf ready; while :; do sleep 0.1; done",

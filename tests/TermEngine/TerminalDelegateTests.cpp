@@ -292,7 +292,7 @@ TEST(Input, SendsWhatTheModesMakeOfEvents) {
              {"kitty", "\x1B[>1u", key({.key = Key::escape}), "\x1B[27u"},
              {"the delete key", "\x1B[?1037h", key({.key = Key::deleteForward}), "\x7F"},
              {"a locked keyboard", "\x1B[2h", key({.key = Key::up}), ""},
-             {"left in text from the right", "\x1B[2 S\x1B[?1243h", key({.key = Key::left}), "\x1B[C"},
+             {"left in text from the right", "\x1B[2 k\x1B[?1243h", key({.key = Key::left}), "\x1B[C"},
              {"left in text from the left", "\x1B[?1243h", key({.key = Key::left}), "\x1B[D"},
              {"no tracking", "", mouse({.button = MouseButton::left}), ""},
              {"tracking", "\x1B[?1000;1006h", mouse({.button = MouseButton::left, .column = 4, .row = 2}),
@@ -379,6 +379,73 @@ TEST(Osc, IsActedUponOnceAndOnlyWhereItIsWellFormed) {
         (Calls{"foreground rgb:0101/0202/0303", "foreground of the theme"}))
         << "a reset is told of";
     EXPECT_EQ(session.ask(osc("5;0;#010203") + osc("104;256") + osc("4;256;?")), "") << "a special colour, reset";
+}
+
+TEST(Replies, HoldNothingThatAProgramChose) {
+    // A mark in every place that takes a text, plain, in hexadecimal and in base64.
+    const std::string mark = "zqZQ";
+    const std::string hex = "7A715A51";
+    const std::string base64 = encodeBase64(mark);
+    Session session;
+    session.host.content = "";
+    session.host.data.emplace();
+    session.host.permission = ClipboardPermission::granted;
+    session.host.cellSize = CellSize{8, 16};
+    std::string all;
+    for (const std::string& text : {mark, hex, base64}) {
+        for (const char* osc :
+             {"0;%",
+              "1;%",
+              "2;%",
+              "4;%;?",
+              "4;1;%",
+              "5;%;?",
+              "6;%",
+              "7;file:///%",
+              "8;id=%;http://%",
+              "9;%",
+              "10;%",
+              "21;%=?",
+              "21;5=%",
+              "22;%",
+              "52;%;?",
+              "52;c;%",
+              "99;%=%;%",
+              "99;i=%:p=?;",
+              "104;%",
+              "133;A;aid=%",
+              "133;D;%",
+              "777;notify;%;%",
+              "1337;%",
+              "1337;SetUserVar=%=%",
+              "1337;CurrentDir=/%",
+              "1337;ReportVariable=%",
+              "1337;ReportCellSize=%",
+              "5522;type=%",
+              "5522;type=read:mime=%;%",
+              "5522;type=write:name=%:pw=%",
+              "5522;type=wdata:mime=%;!",
+              "%;%"}) {
+            std::string body;
+            for (const char* at = osc; *at != 0; ++at) {
+                body += *at == '%' ? text : std::string(1, *at);
+            }
+            all += "\x1B]" + body + "\x1B\\";
+        }
+        for (const char* dcs :
+             {"\x1BP$q%\x1B\\", "\x1BP+q%\x1B\\", "\x1B_Gi=1;%\x1B\\", "\x1B_Gi=1,%=1;\x1B\\",
+              "\x1B_Gi=1,a=T,f=100;%\x1B\\", "\x1B_Gi=1,t=f,s=1,v=1;%\x1B\\", "\x1B_%\x1B\\", "\x1B^%\x1B\\",
+              "\x1BP%\x1B\\"}) {
+            const std::string_view form = dcs;
+            const std::size_t at = form.find('%');
+            all += std::string(form.substr(0, at)) + text + std::string(form.substr(at + 1));
+        }
+    }
+    const std::string replies = session.ask(all + "\x1B[20t\x1B[21t\x05\x1BZ\x1B[c");
+    EXPECT_NE(replies, "");
+    for (const std::string& text : {mark, hex, base64}) {
+        EXPECT_EQ(replies.find(text), std::string::npos) << escaped(replies);
+    }
 }
 
 TEST(Selection, EndsWhenItsTextGoes) {

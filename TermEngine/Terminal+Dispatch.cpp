@@ -327,10 +327,10 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
             resize(wanted, rows());
         }
     } else if (function == " k" && first <= 2) {
-        selectCharacterPath(first == 2 ? BidiDirection::rightToLeft : BidiDirection::leftToRight);
+        selectDirection(first == 2 ? BidiDirection::rightToLeft : BidiDirection::leftToRight, m_buffer->y());
     } else if (function == " S" && (first == 0 || first == 3)) {
         // Of the directions of SPD, those with horizontal lines from top to bottom.
-        selectPresentationDirection(first == 3 ? BidiDirection::rightToLeft : BidiDirection::leftToRight);
+        selectDirection(first == 3 ? BidiDirection::rightToLeft : BidiDirection::leftToRight, 0);
     } else if (function == "\"v") {
         // DECRQDE: all of the one page is seen.
         sendCsi(std::to_string(rows()) + ";" + std::to_string(cols()) + ";1;1;1\"w");

@@ -367,22 +367,20 @@ void Terminal::switchTo(Buffer& buffer) {
     m_delegate.bufferActivated(*this);
 }
 
-/// SCP (ECMA-48): of the line of the cursor and of those that come.
-void Terminal::selectCharacterPath(BidiDirection direction) {
+/// SCP and SPD (ECMA-48): of the line of the cursor and those after it, and of the whole screen; of what comes in both
+/// cases.
+void Terminal::selectDirection(BidiDirection direction, int firstRow) {
     m_buffer->defaultBidiState = static_cast<std::uint8_t>(direction);
-    m_buffer->line(m_buffer->y()).setBidiState(m_buffer->defaultBidiState);
-}
-
-/// SPD (ECMA-48): of the whole screen, and of what comes.
-void Terminal::selectPresentationDirection(BidiDirection direction) {
-    m_buffer->defaultBidiState = static_cast<std::uint8_t>(direction);
-    for (int row = 0; row < rows(); ++row) {
+    for (int row = firstRow; row < rows(); ++row) {
         m_buffer->line(row).setBidiState(m_buffer->defaultBidiState);
     }
 }
 
 BidiPresentationState Terminal::bidiState(int row) const {
     BidiPresentationState state = m_options.initialBidiState;
+    while (row > -m_buffer->yBase() && m_buffer->line(row).isWrapped()) {
+        --row;
+    }
     state.paragraph = static_cast<BidiDirection>(m_buffer->line(row).bidiState());
     state.autodetectsDirection = m_modes.bidiAutodetection;
     state.mirrorsBoxDrawing = m_modes.bidiBoxMirroring;

@@ -80,7 +80,8 @@ public:
     [[nodiscard]] KittyKeyboardFlags kittyKeyboardFlags() const { return keyboard().current(); }
     /// The URL of a link, of the payload of a cell; empty without one.
     [[nodiscard]] std::string_view linkUrl(TinyAtom atom) const;
-    /// How a row of the screen is to be presented where its text has two directions.
+    /// How a row of the screen, or of the history where it is negative, is to be presented where its text has two
+    /// directions (see `presentedRow`).
     [[nodiscard]] BidiPresentationState bidiState(int row) const;
     /// The text of a row of the screen without blanks at its end.
     [[nodiscard]] std::string lineText(int row) const;
@@ -243,8 +244,7 @@ private:
     void activateAlternate(bool clears);
     void activateNormal(bool clears);
     void switchTo(Buffer& buffer);
-    void selectCharacterPath(BidiDirection direction);
-    void selectPresentationDirection(BidiDirection direction);
+    void selectDirection(BidiDirection direction, int firstRow);
     void setConformanceLevel(const Parameters& parameters);
     [[nodiscard]] std::optional<bool> ansiMode(int mode) const;
 

@@ -1,72 +1,114 @@
 #include "TermEngine/LogicalLine_p.h"
+#include "TermEngine/RegularExpression_p.h"
 #include "TermEngine/TextRange.h"
+#include "TermEngine/Unicode.h"
 
 #include <algorithm>
-#include <functional>
-#include <regex>
 
 namespace term {
 namespace {
 
-using Match = std::pair<std::size_t, std::size_t>;
-/// The first match from a byte on: its first byte and its end.
-using Matcher = std::function<std::optional<Match>(const std::string& text, std::size_t from)>;
+using Match = RegularExpression::Match;
 
-/// The library's regular expressions go as deep into the stack as a text is long, so a long one is looked through in
-/// windows that overlap by half: matches of up to half a window are found in any case.
-constexpr std::size_t expressionWindow = 512;
-
-char folded(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
-
-Matcher plainMatcher(std::string_view pattern, bool ignoresCase) {
-    return [wanted = std::string(pattern), ignoresCase](const std::string& text, std::size_t from) {
-        const auto equal = [ignoresCase](char a, char b) { return ignoresCase ? folded(a) == folded(b) : a == b; };
-        const auto begin = text.begin() + static_cast<std::ptrdiff_t>(from);
-        const auto found = std::search(begin, text.end(), wanted.begin(), wanted.end(), equal);
-        const auto at = static_cast<std::size_t>(found - text.begin());
-        return found == text.end() ? std::nullopt : std::optional(Match{at, at + wanted.size()});
-    };
-}
-
-std::optional<Matcher> expressionMatcher(std::string_view pattern, bool ignoresCase) {
-    try {
-        auto flags = std::regex::ECMAScript | std::regex::optimize;
-        if (ignoresCase) {
-            flags |= std::regex::icase;
+/// A plain text (Knuth, Morris, Pratt: the time is that of reading both once, whatever they are).
+class PlainText {
+public:
+    explicit PlainText(std::u32string text) : m_text(std::move(text)), m_border(m_text.size() + 1) {
+        std::size_t border = 0;
+        for (std::size_t i = 1; i < m_text.size(); ++i) {
+            border = extended(border, m_text[i]);
+            m_border[i + 1] = border;
         }
-        return [expression = std::regex(std::string(pattern), flags)](
-                   const std::string& text, std::size_t from) -> std::optional<Match> {
-            namespace flag = std::regex_constants;
-            for (;; from += expressionWindow / 2) {
-                const std::size_t last = std::min(text.size(), from + expressionWindow);
-                auto rules = flag::match_not_null | (from > 0 ? flag::match_prev_avail : flag::match_default);
-                if (last < text.size()) {
-                    rules |= flag::match_not_eol;
-                }
-                std::cmatch match;
-                if (std::regex_search(text.data() + from, text.data() + last, match, expression, rules)) {
-                    const std::size_t at = from + static_cast<std::size_t>(match.position());
-                    return Match{at, at + static_cast<std::size_t>(match.length())};
-                }
-                if (last == text.size()) {
-                    return {};
-                }
+    }
+    [[nodiscard]] std::optional<Match> find(std::u32string_view text, std::size_t from) const {
+        std::size_t matched = 0;
+        for (std::size_t at = from; at < text.size(); ++at) {
+            matched = extended(matched, text[at]);
+            if (matched == m_text.size()) {
+                return Match{at + 1 - matched, at + 1};
             }
-        };
-    } catch (const std::regex_error&) {
+        }
         return {};
     }
+
+private:
+    /// How much of the text stands at the end of what was read, after one scalar more.
+    [[nodiscard]] std::size_t extended(std::size_t matched, char32_t scalar) const {
+        while (matched > 0 && m_text[matched] != scalar) {
+            matched = m_border[matched];
+        }
+        return matched + (m_text[matched] == scalar ? 1 : 0);
+    }
+
+    std::u32string m_text;
+    std::vector<std::size_t> m_border; ///< of each beginning: how long an end of it is a beginning too
+};
+
+/// A line with all that soft wraps join to it, by scalars.
+class ScalarLine {
+public:
+    ScalarLine(const Buffer& buffer, CaseMatching matching) : m_buffer(buffer), m_matching(matching) {}
+
+    /// The line that has its first row, or what is left of it, at an index.
+    void read(int first) {
+        m_first = first;
+        m_end = first;
+        m_text.clear();
+        m_cells.clear();
+        const bool folds = m_matching == CaseMatching::folded;
+        do {
+            const BufferLine& line = m_buffer.lineAt(m_end);
+            m_length = textLength(m_buffer, m_end);
+            for (int col = 0; col < m_length; ++col) {
+                if (line[col].isSpacer()) {
+                    continue;
+                }
+                char32_t memory = 0;
+                std::u32string_view scalars = m_buffer.arena().scalars(line[col], memory);
+                for (const char32_t scalar : scalars.empty() ? std::u32string_view(U" ") : scalars) {
+                    m_text.push_back(folds ? unicode::foldCase(scalar) : scalar);
+                    m_cells.push_back(static_cast<std::uint32_t>((m_end - m_first) * m_buffer.cols() + col));
+                }
+            }
+        } while (++m_end < m_buffer.lineCount() && m_buffer.lineAt(m_end).isWrapped());
+    }
+    [[nodiscard]] const std::u32string& text() const { return m_text; }
+    [[nodiscard]] int endIndex() const { return m_end; }
+    /// The cells that a match touches.
+    [[nodiscard]] TextRange range(Match match) const {
+        while (match.end < m_cells.size() && m_cells[match.end] == m_cells[match.end - 1]) {
+            ++match.end;
+        }
+        return {placeOf(match.first), placeOf(match.end)};
+    }
+
+private:
+    [[nodiscard]] TextPlace placeOf(std::size_t index) const {
+        const auto line = static_cast<std::int64_t>(m_buffer.trimmedCount());
+        if (index == m_cells.size()) {
+            return {line + m_end - 1, m_length};
+        }
+        const int cell = static_cast<int>(m_cells[index]);
+        return {line + m_first + cell / m_buffer.cols(), cell % m_buffer.cols()};
+    }
+
+    const Buffer& m_buffer;
+    const CaseMatching m_matching;
+    int m_first = 0;
+    int m_end = 0;
+    int m_length = 0; ///< of the last row
+    std::u32string m_text;
+    std::vector<std::uint32_t> m_cells; ///< of each scalar, from the first of the line on
+};
+
+bool isWordScalar(char32_t scalar) {
+    return scalar >= 0x80 || scalar == U'_' || (scalar >= U'0' && scalar <= U'9') ||
+           (unicode::foldCase(scalar) >= U'a' && unicode::foldCase(scalar) <= U'z');
 }
 
-bool isWordByte(char c) {
-    return (c & 0x80) != 0 || c == '_' || (c >= '0' && c <= '9') || (folded(c) >= 'a' && folded(c) <= 'z');
-}
-
-bool isWholeWord(const std::string& text, const Match& match) {
-    return (match.first == 0 || !isWordByte(text[match.first - 1])) &&
-           (match.second == text.size() || !isWordByte(text[match.second]));
+bool isWholeWord(std::u32string_view text, const Match& match) {
+    return (match.first == 0 || !isWordScalar(text[match.first - 1])) &&
+           (match.end == text.size() || !isWordScalar(text[match.end]));
 }
 
 } // namespace
@@ -77,24 +119,35 @@ std::optional<std::vector<TextRange>> search(
     if (pattern.empty()) {
         return found;
     }
-    const std::optional<Matcher> next = options.isRegularExpression
-                                            ? expressionMatcher(pattern, options.ignoresCase)
-                                            : std::optional(plainMatcher(pattern, options.ignoresCase));
-    if (!next) {
-        return {};
+    const CaseMatching matching = options.ignoresCase ? CaseMatching::folded : CaseMatching::exact;
+    std::u32string wanted = unicode::fromUtf8(pattern);
+    std::optional<RegularExpression> expression;
+    std::optional<PlainText> plain;
+    if (options.isRegularExpression) {
+        expression = RegularExpression::compile(wanted, matching);
+        if (!expression) {
+            return {};
+        }
+    } else {
+        if (options.ignoresCase) {
+            std::ranges::transform(wanted, wanted.begin(), unicode::foldCase);
+        }
+        plain.emplace(std::move(wanted));
     }
-    for (int index = 0; index < buffer.lineCount();) {
-        const LogicalLine line = LogicalLine::at(buffer, index);
-        // The first line of the history may go on with one that is gone.
-        index = std::max(line.endIndex, index + 1);
-        for (std::size_t from = 0; from < line.text.size();) {
-            const std::optional<Match> match = (*next)(line.text, from);
+    std::uint64_t steps = options.mostSteps;
+    ScalarLine line(buffer, matching);
+    for (int index = 0; index < buffer.lineCount() && steps > 0;) {
+        line.read(index);
+        index = line.endIndex();
+        for (std::size_t from = 0; from < line.text().size();) {
+            const std::optional<Match> match =
+                plain ? plain->find(line.text(), from) : expression->find(line.text(), from, steps);
             if (!match) {
                 break;
             }
-            from = match->second;
-            if (!options.wholeWords || isWholeWord(line.text, *match)) {
-                found.push_back({line.places[match->first], line.places[match->second]});
+            from = match->end;
+            if (!options.wholeWords || isWholeWord(line.text(), *match)) {
+                found.push_back(line.range(*match));
             }
             if (found.size() == options.limit) {
                 return found;

@@ -2,6 +2,8 @@
 
 #include "TermEngine/Utf8Decoder.h"
 
+#include <algorithm>
+
 namespace term::unicode {
 namespace {
 
@@ -49,6 +51,19 @@ bool continuesCluster(std::span<const char32_t> cluster, char32_t scalar) {
         breaker.startsCluster(before);
     }
     return !cluster.empty() && !breaker.startsCluster(scalar);
+}
+
+char32_t foldCase(char32_t scalar) {
+    if (scalar < 0x80) {
+        return scalar >= U'A' && scalar <= U'Z' ? scalar + 32 : scalar;
+    }
+    const auto* const behind = std::ranges::upper_bound(foldingRuns, scalar, {}, &FoldingRun::first);
+    if (behind == foldingRuns.begin()) {
+        return scalar;
+    }
+    const FoldingRun& run = *(behind - 1);
+    const bool isInRun = scalar <= run.last && (scalar - run.first) % static_cast<char32_t>(run.step) == 0;
+    return isInRun ? static_cast<char32_t>(static_cast<std::int32_t>(scalar) + run.distance) : scalar;
 }
 
 void appendUtf8(std::string& text, char32_t scalar) {

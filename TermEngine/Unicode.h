@@ -64,7 +64,8 @@ private:
     return value < 0x110000 && (value < 0xD800 || value > 0xDFFF);
 }
 
-/// The state between the scalars of a text: extended grapheme clusters of UAX #29, one scalar after another.
+/// The state between the scalars of a text: extended grapheme clusters of UAX #29, one scalar after another. Without
+/// GB9c: the property that it needs, Indic_Conjunct_Break, came with Unicode 15.1, and the data are of 15.0.
 class GraphemeBreaker {
 public:
     /// Whether a cluster begins with this scalar. The first scalar of a text begins one.
@@ -79,6 +80,9 @@ private:
 
 /// Whether a scalar goes on with the cluster that the given scalars are.
 [[nodiscard]] bool continuesCluster(std::span<const char32_t> cluster, char32_t scalar);
+
+/// For comparing without regard to case: simple case folding (CaseFolding.txt, statuses C and S).
+[[nodiscard]] char32_t foldCase(char32_t scalar);
 
 void appendUtf8(std::string& text, char32_t scalar);
 [[nodiscard]] std::string toUtf8(std::u32string_view text);

@@ -19,4 +19,14 @@ struct ScalarRun {
 /// The combining marks that stand for numbers in a placeholder of an image, in their order.
 extern const std::array<ScalarRun, 86> numberDiacritics;
 
+/// Every `step`th scalar of a run has another one, so far away, for comparing without regard to case.
+struct FoldingRun {
+    char32_t first;
+    char32_t last;
+    std::int32_t step;
+    std::int32_t distance;
+};
+inline constexpr std::size_t foldingCount = 202;
+extern const std::array<FoldingRun, foldingCount> foldingRuns;
+
 } // namespace term::unicode

@@ -1,3 +1,4 @@
+#include "TermEngine/RegularExpression_p.h"
 #include "TermEngine/ScreenSnapshot.h"
 #include "TermEngine/TextRange.h"
 #include "TerminalFixture.h"
@@ -184,10 +185,91 @@ TEST(TextSearch, FindsOverSoftWrapsInScreenAndHistory) {
         EXPECT_EQ(*found, test.found) << test.pattern;
     }
     EXPECT_FALSE(search(screen.buffer(), "(", {.isRegularExpression = true}).has_value());
-    const Screen wide(std::string(3000, 'a') + "bc", 100, 50, 50);
-    const auto found = search(wide.buffer(), "(a|b)?bc$", {.isRegularExpression = true});
-    EXPECT_EQ(*found, (std::vector<TextRange>{{{29, 99}, {30, 2}}}));
-    EXPECT_TRUE(search(wide.buffer(), "(a|b)*d", {.isRegularExpression = true})->empty());
+}
+
+TEST(TextSearch, LooksThroughLinesOfAnyLength) {
+    const Screen wide(std::string(20'000, 'a') + "bc", 100, 50, 500);
+    const std::vector<TextRange> atTheEnd = {{{199, 99}, {200, 2}}};
+    EXPECT_EQ(search(wide.buffer(), "(a|b)?bc$", {.isRegularExpression = true}), atTheEnd);
+    EXPECT_EQ(search(wide.buffer(), std::string(500, 'a') + "bd"), std::vector<TextRange>());
+    EXPECT_EQ(
+        search(wide.buffer(), "a+c|^a{5}a*bc$", {.isRegularExpression = true}),
+        (std::vector<TextRange>{{{0, 0}, {200, 2}}}));
+    // Each of these takes a library that tries again for ever.
+    EXPECT_TRUE(search(wide.buffer(), "(a*)*d", {.isRegularExpression = true})->empty());
+    EXPECT_TRUE(search(wide.buffer(), "(a|aa)+$", {.isRegularExpression = true})->empty());
+    EXPECT_TRUE(search(wide.buffer(), "((a{0,3}){0,3}){0,3}x", {.isRegularExpression = true})->empty());
+}
+
+TEST(TextSearch, FoldsAllLettersAndCountsWholeCharacters) {
+    const Screen screen("STRASSE Ärger ΣΑΣ e\xCC\x81x", 30, 2);
+    struct Case {
+        const char* pattern;
+        SearchOptions options;
+        std::vector<TextRange> found;
+    };
+    const std::vector<Case> cases = {
+        {"äRG", {}, {{{0, 8}, {0, 11}}}},
+        {"äRG", {.ignoresCase = false}, {}},
+        {"σας", {}, {{{0, 14}, {0, 17}}}},
+        {"[α-ω]+", {.isRegularExpression = true}, {{{0, 14}, {0, 17}}}},
+        {"e", {.ignoresCase = false}, {{{0, 11}, {0, 12}}, {{0, 18}, {0, 19}}}},
+        {"\xCC\x81x", {}, {{{0, 18}, {0, 20}}}},
+    };
+    for (const Case& test : cases) {
+        EXPECT_EQ(search(screen.buffer(), test.pattern, test.options), test.found) << test.pattern;
+    }
+}
+
+TEST(RegularExpression, MatchesAsItsGrammarSays) {
+    struct Case {
+        std::u32string_view pattern;
+        std::u32string_view text;
+        std::u32string_view match; ///< empty: none
+    };
+    const std::vector<Case> cases = {
+        {U"b+", U"abbbc", U"bbb"},
+        {U"b+?", U"abbbc", U"b"},
+        {U"a|ab|abc", U"xabc", U"a"},
+        {U"(?:ab|a)(c|bcd)", U"abcd", U"abc"},
+        {U"a{2,3}", U"aaaa", U"aaa"},
+        {U"a{2,3}?", U"aaaa", U"aa"},
+        {U"(ab){2}", U"ababab", U"abab"},
+        {U"a{0,}b", U"aab", U"aab"},
+        {U"^b", U"ab", U""},
+        {U"a$", U"ab", U""},
+        {U"\\bcat\\b", U"concat cat", U"cat"},
+        {U"\\Bcat", U"cat concat", U"cat"},
+        {U"[a-c\\d-]+", U"x-b2y", U"-b2"},
+        {U"[^a-c]+", U"abxyc", U"xy"},
+        {U"[\\D]+", U"12ab3", U"ab"},
+        {U"[]x", U"]x", U""},
+        {U"\\S+\\s\\w+", U"é_1 z9-", U"é_1 z9"},
+        {U"\\x41\\u00e9\\u{1F600}\\t", U"Aé😀\t", U"Aé😀\t"},
+        {U"a.c", U"a\nc abc", U"abc"},
+        {U"\\.\\*\\/", U"x.*/", U".*/"},
+        {U"(a*)*", U"b", U""},
+        {U"x*", U"yx", U"x"},
+        {U"(|a)+b", U"aab", U"aab"},
+    };
+    for (const Case& test : cases) {
+        auto expression = RegularExpression::compile(test.pattern);
+        ASSERT_TRUE(expression.has_value()) << unicode::toUtf8(test.pattern);
+        std::uint64_t budget = 100'000;
+        const auto match = expression->find(test.text, 0, budget);
+        const auto text = match ? test.text.substr(match->first, match->end - match->first) : U"";
+        EXPECT_EQ(unicode::toUtf8(text), unicode::toUtf8(test.match)) << unicode::toUtf8(test.pattern);
+    }
+    for (const std::u32string_view broken :
+         {U"(", U")", U"[a", U"[b-a]", U"*", U"a**", U"a{", U"a{3,2}", U"a{1001}", U"\\", U"\\1", U"\\q", U"(?=a)",
+          U"\\x4", U"\\u{110000}", U"((a{1000}){1000}){1000}"}) {
+        EXPECT_FALSE(RegularExpression::compile(broken).has_value()) << unicode::toUtf8(broken);
+    }
+    EXPECT_FALSE(RegularExpression::compile(std::u32string(200, U'(') + U"a" + std::u32string(200, U')')).has_value());
+    EXPECT_FALSE(RegularExpression::compile(std::u32string(100'000, U'|')).has_value());
+    std::uint64_t little = 10;
+    EXPECT_FALSE(RegularExpression::compile(U"a+b")->find(std::u32string(100, U'a') + U"b", 0, little).has_value());
+    EXPECT_EQ(little, 0U);
 }
 
 TEST(ScreenSnapshot, SharesWhatHasNotChangedAndNothingElse) {

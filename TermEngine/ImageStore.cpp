@@ -5,18 +5,6 @@
 #include <utility>
 
 namespace term {
-namespace {
-
-size_t bytesOf(const StoredImage& image) {
-    size_t bytes = ImageStore::overheadBytes;
-    for (const auto& frame : image.frames) {
-        bytes += frame.pixels->pixels.size() + ImageStore::overheadBytes;
-    }
-    return bytes;
-}
-
-} // namespace
-
 StoredImage* ImageStore::find(uint32_t id) {
     const auto found = m_images.find(id);
     return found == m_images.end() ? nullptr : &found->second;
@@ -84,7 +72,8 @@ bool ImageStore::add(uint32_t id, uint32_t number, RgbaImage pixels) {
     remove(id);
     StoredImage image{.id = id, .number = number, .serial = ++m_serial};
     image.frames.push_back({std::make_shared<RgbaImage>(std::move(pixels)), 0});
-    const size_t bytes = bytesOf(image);
+    const size_t bytes = image.frames.front().pixels->pixels.size() + 2 * overheadBytes;
+    image.costBytes = bytes;
     if (!makeRoom(bytes, id)) {
         return false;
     }
@@ -100,6 +89,7 @@ bool ImageStore::setFrame(StoredImage& image, size_t index, RgbaImage pixels) {
             return false;
         }
         m_usedBytes += bytes;
+        image.costBytes += bytes;
         image.frames.emplace_back();
     }
     image.frames[index].pixels = std::make_shared<RgbaImage>(std::move(pixels));
@@ -107,7 +97,7 @@ bool ImageStore::setFrame(StoredImage& image, size_t index, RgbaImage pixels) {
 }
 
 bool ImageStore::hasRoomBeside(const StoredImage& image, size_t bytes) const {
-    return bytesOf(image) + bytes + overheadBytes <= m_limitBytes;
+    return image.costBytes + bytes + overheadBytes <= m_limitBytes;
 }
 
 RgbaImage& ImageStore::editable(StoredImage::Frame& frame) {
@@ -118,14 +108,16 @@ RgbaImage& ImageStore::editable(StoredImage::Frame& frame) {
 }
 
 void ImageStore::removeFrame(StoredImage& image, size_t index) {
-    m_usedBytes -= image.frames[index].pixels->pixels.size() + overheadBytes;
+    const size_t bytes = image.frames[index].pixels->pixels.size() + overheadBytes;
+    m_usedBytes -= bytes;
+    image.costBytes -= bytes;
     image.frames.erase(image.frames.begin() + static_cast<std::ptrdiff_t>(index));
     image.currentFrame = std::min(image.currentFrame, image.frames.size() - 1);
 }
 
 void ImageStore::dropData(uint32_t id) {
     if (const auto found = m_images.find(id); found != m_images.end()) {
-        m_usedBytes -= bytesOf(found->second);
+        m_usedBytes -= found->second.costBytes;
         m_images.erase(found);
     }
 }

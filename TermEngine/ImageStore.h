@@ -28,7 +28,8 @@ struct StoredImage {
     std::vector<Frame> frames{}; ///< the first one is the image itself
     size_t currentFrame = 0;
     Animation animation = Animation::stopped;
-    uint32_t loops = 0; ///< that are still to be played; 0: without end
+    uint32_t loops = 0;   ///< that are still to be played; 0: without end
+    size_t costBytes = 0; ///< what it counts for in its store
 
     [[nodiscard]] int width() const { return frames.front().pixels->width; }
     [[nodiscard]] int height() const { return frames.front().pixels->height; }

@@ -1,5 +1,6 @@
 #include "TermEngine/Base64.h"
 #include "TermEngine/ImagePlaceholders.h"
+#include "TermEngine/ScreenSnapshot.h"
 #include "TerminalFixture.h"
 
 #include <gtest/gtest.h>
@@ -434,6 +435,30 @@ TEST(Images, AreTakenApartByPlaceholders) {
     EXPECT_NE(placementOf(run, images), nullptr) << "it is nowhere on the screen, and stays";
 }
 
+TEST(Images, AreInTheSnapshotThatARendererDraws) {
+    Screen screen;
+    screen.terminal.feed(kitty(",i=1,z=5") + "\x1B[2;3H" + kitty(",i=2,z=-1") + kitty(",i=3,U=1,c=2,r=3"));
+    screen.terminal.feed("\x1B[6H\n\x1B[6H\x1B[38;5;3m\xF4\x8E\xBB\xAE\x1B[38;5;9m\xF4\x8E\xBB\xAE");
+    ScreenSnapshot shot = takeSnapshot(screen.terminal);
+    ASSERT_EQ(shot.images.size(), 2U);
+    EXPECT_EQ(shot.images[0].placement.imageId, 2U) << "what is lower is drawn first";
+    EXPECT_EQ(shot.images[0].row, 0);
+    EXPECT_EQ(shot.images[1].row, -1) << "it begins in the history";
+    ASSERT_EQ(shot.placeholders.size(), 1U) << "an image that is not there shows nothing";
+    EXPECT_EQ(shot.placeholders[0].row, 5);
+    EXPECT_EQ(shot.placeholders[0].rows, 3);
+    const RgbaImage before = *shot.images[1].pixels;
+    screen.terminal.feed("\x1B_Ga=f,i=1,r=1,q=2,s=1,v=1,X=1;AAAAAA==\x1B\\");
+    EXPECT_EQ(*shot.images[1].pixels, before) << "a frame that is drawn stays as it was";
+    EXPECT_NE(*takeSnapshot(screen.terminal).images[1].pixels, before);
+    screen.terminal.buffer().setYDisp(0);
+    EXPECT_EQ(takeSnapshot(screen.terminal).images[1].row, 0);
+    screen.terminal.feed("\x1B[?47h");
+    shot = takeSnapshot(screen.terminal);
+    EXPECT_TRUE(shot.images.empty());
+    EXPECT_TRUE(shot.placeholders.empty());
+}
+
 TEST(Images, TellTheHostWhenAnAnimationWantsToMove) {
     DecodingScreen screen;
     const auto changes = [&](const std::string& command) {
@@ -563,6 +588,8 @@ TEST(Images, ThatAreHostileCostLittle) {
               "\x1B]1337;File=inline=1;width=10000;height=10000;preserveAspectRatio=0:" + encodeBase64(png(1, 1)) +
                   "\a"},
              {"a sixel of 10,000 rows", "", "\x1BPq\"1;1;10;10000#1!10~" + std::string(1700, '-') + "~\x1B\\"},
+             {"frames without end", kitty(",i=1"),
+              many(15000, [&](int) { return "\x1B_Ga=f,i=1,q=2,s=1,v=1;" + one + "\x1B\\"; })},
              {"chunks without end", "\x1B_Ga=t,i=1,s=1000,v=1000,m=1;AAAA\x1B\\",
               many(3000, [](int) { return "\x1B_Gm=1;AAAA\x1B\\"; })}}) {
         Screen screen(1000);

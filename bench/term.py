@@ -8,7 +8,7 @@ from pathlib import Path
 
 from rounds import alternate, median, need, print_table, run
 
-ROUNDS = 5
+ROUNDS = 3
 LOADS = {"ascii": "ASCII", "utf8": "UTF-8", "color": "colour", "motion": "motion", "build": "build log", "images": "images"}
 SIZES = ((80, 25), (200, 50))
 # What an engine of 0.17 is to be exceeded by, so many times.

@@ -147,7 +147,8 @@ void CellArena::sweep() {
     m_lastKey = {};
     m_lastId = 0;
     m_newSinceSweep = 0;
-    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells / 4);
+    // Cells are looked at fast; to look at a cluster or a link costs more.
+    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells / 4 + m_clusters.size() + m_links.size());
     m_earliestSweep = std::max<std::size_t>(1024, marker.m_cells / 16);
 }
 

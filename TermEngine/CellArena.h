@@ -65,9 +65,9 @@ private:
 
 /// What cells refer to by number: attributes, clusters of several scalars, links. The buffers of a terminal share one.
 ///
-/// Numbers that no cell uses any more are found by a sweep over all cells, which runs when a quarter as many values
-/// have come as there are cells, or earlier when a table is full: its cost is a constant for each new value, and the
-/// tables stay small enough for the processor's caches.
+/// Numbers that no cell uses any more are found by a sweep over all cells, which runs when as many values have come as
+/// there are clusters, links and a quarter of the cells, or earlier when a table is full: its cost is a constant for
+/// each new value, and the tables stay small enough for the processor's caches.
 class CellArena {
 public:
     static constexpr std::size_t attributeCapacity = 0xFFFF;

@@ -8,7 +8,8 @@ from pathlib import Path
 
 from rounds import alternate, median, need, print_table, run
 
-ROUNDS = 5
+ROUNDS = 3
+MEGABYTES = 4
 LOADS = {"ascii": "ASCII", "utf8": "UTF-8", "color": "colour", "motion": "motion", "build": "build log", "images": "images"}
 SIZES = ((80, 25), (200, 50))
 # What an engine of 0.17 is to be exceeded by, so many times.
@@ -46,7 +47,7 @@ def check_text(engines, loads):
 
 def main():
     loads = work / "loads"
-    subprocess.run([sys.executable, here / "term" / "loads.py", loads], check=True)
+    subprocess.run([sys.executable, here / "term" / "loads.py", loads, str(MEGABYTES)], check=True)
     engines = {
         "TermEngine": programs / "orv-bench-term",
         "Alacritty's engine 0.17": alacritty(),

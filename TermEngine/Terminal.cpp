@@ -176,6 +176,7 @@ void Terminal::resetState() {
         buffer->reverseWraparound = false;
         buffer->extendedReverseWraparound = false;
         buffer->saved = {};
+        buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
         buffer->setupTabStops();
         buffer->forgetLastScalar();
     }

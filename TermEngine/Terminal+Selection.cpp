@@ -25,6 +25,11 @@ void Terminal::changeSelection(const Change& change) {
     }
 }
 
+void Terminal::moveSelectionTo(std::span<const TextPlace> places) {
+    changeSelection([&] { m_selection.setPlaces(places); });
+    dropSelectionWithin(0, static_cast<std::int64_t>(m_buffer->trimmedCount()) - 1);
+}
+
 /// The text from line to line is not what was selected any more.
 void Terminal::dropSelectionWithin(std::int64_t first, std::int64_t last) {
     const std::optional<TextRange> range = m_selection.range();

@@ -113,12 +113,17 @@ void Terminal::resize(int cols, int rows) {
     if (cols == this->cols() && rows == this->rows()) {
         return;
     }
-    if (cols != this->cols()) {
+    // Only the normal screen flows, and with it what was selected, unless that is a rectangle.
+    if (cols != this->cols() && (isAlternateActive() || m_selection.shape() == RangeShape::rectangle)) {
         clearSelection();
     }
     std::vector<LinePlace> places = placesOfImages();
+    const std::size_t imageCount = places.size();
+    const std::vector<TextPlace> selected = isAlternateActive() ? std::vector<TextPlace>() : m_selection.places();
+    places.insert(places.end(), selected.begin(), selected.end());
     m_normal->resize(cols, rows, places);
-    moveImagesTo(places);
+    moveImagesTo(std::span(places).first(imageCount));
+    moveSelectionTo(std::span(places).subspan(imageCount));
     m_alternate->resize(cols, rows);
     dropPassedImages();
     m_delegate.sizeChanged(*this);

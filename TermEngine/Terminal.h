@@ -122,8 +122,8 @@ public:
     void answerClipboardRead(const std::optional<std::string>& content);
     void resolveKittyClipboardPermission(std::uint64_t number, ClipboardPermission permission);
 
-    /// What the user has selected on the screen that is shown (Terminal+Selection.cpp). It ends when its text moves or
-    /// goes.
+    /// What the user has selected on the screen that is shown (Terminal+Selection.cpp). It follows a change of the
+    /// width, and ends when its text moves otherwise or goes.
     [[nodiscard]] const TextSelection& selection() const { return m_selection; }
     void startSelection(TextPlace place, TextSelection::Unit unit);
     void extendSelection(TextPlace place);
@@ -301,6 +301,7 @@ private:
     // Terminal+Selection.cpp
     template <typename Change>
     void changeSelection(const Change& change);
+    void moveSelectionTo(std::span<const TextPlace> places);
     void dropSelectionWithin(std::int64_t first, std::int64_t last);
 
     // Terminal+Colors.cpp

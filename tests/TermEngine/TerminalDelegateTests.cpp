@@ -477,4 +477,26 @@ TEST(Selection, EndsWhenItsTextGoes) {
     }
 }
 
+TEST(Selection, FollowsItsTextWhereTheWidthChanges) {
+    struct Case {
+        const char* label;
+        TextSelection::Unit unit;
+        std::string screen;
+        std::string text;
+    };
+    for (const Case& test : std::vector<Case>{
+             {"text", TextSelection::Unit::character, "", "ne tw"},
+             {"a rectangle", TextSelection::Unit::rectangle, "", ""},
+             {"the other screen, which does not flow", TextSelection::Unit::character, "\x1B[?1049h", ""}}) {
+        Session session;
+        session.terminal.feed(test.screen + "\r\none two");
+        session.terminal.startSelection({1, 1}, test.unit);
+        session.terminal.extendSelection({1, 6});
+        session.host.calls.clear();
+        session.terminal.resize(3, 25);
+        EXPECT_EQ(session.terminal.selection().text(session.terminal.buffer()), test.text) << test.label;
+        EXPECT_EQ(std::ranges::count(session.host.calls, "selection " + test.text), 1) << test.label;
+    }
+}
+
 } // namespace term

@@ -2,11 +2,13 @@
 
 #include "OrvCore/Pipe.h"
 #include "OrvGit/GitChild_p.h"
+#include "OrvGit/LocalFilters_p.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <atomic>
 
 #include <poll.h>
@@ -69,19 +71,36 @@ EnvironmentEntries fixedEnvironment(GitPurpose purpose) {
     return entries;
 }
 
+/// Takes the repository's own filters out of force (git-config(1), GIT_CONFIG_COUNT): an empty program is none.
+void appendWithoutFilters(const QString& folder, std::vector<QByteArray>& variables) {
+    int count = std::max(qEnvironmentVariableIntValue("GIT_CONFIG_COUNT"), 0);
+    for (const QByteArray& setting : localFilterSettings(folder)) {
+        const QByteArray number = QByteArray::number(count++);
+        variables.push_back("GIT_CONFIG_KEY_" + number + '=' + setting);
+        variables.push_back("GIT_CONFIG_VALUE_" + number + '=' + (setting.endsWith(".required") ? "false" : ""));
+    }
+    variables.push_back("GIT_CONFIG_COUNT=" + QByteArray::number(count));
+}
+
 ChildProcess::Request request(const GitRunner& runner, const GitArguments& arguments, const QString& folder) {
     EnvironmentEntries entries = fixedEnvironment(runner.purpose);
     entries.insert(runner.extraEnvironment);
     const QByteArray program = QFile::encodeName(GitRunner::executable());
     std::vector<QByteArray> words{program};
+    std::vector<QByteArray> hidden = hiddenVariables();
     if (runner.purpose == GitPurpose::background) {
+        hidden.push_back("GIT_CONFIG_COUNT");
+    }
+    std::vector<QByteArray> variables = ChildProcess::environment(entries, hidden);
+    if (runner.purpose == GitPurpose::background) {
+        appendWithoutFilters(folder, variables);
         words.insert(words.end(), {"-c", "core.fsmonitor=false"});
     }
     words.insert(words.end(), arguments.begin(), arguments.end());
     return {
         .program = program,
         .arguments = std::move(words),
-        .variables = ChildProcess::environment(entries, hiddenVariables()),
+        .variables = std::move(variables),
         .directory = folder,
     };
 }

@@ -48,6 +48,30 @@ TEST_F(GitRuns, HaveTheFixedEnvironmentAndAskNobody) {
         << unasked->output.constData();
 }
 
+/// A folder that somebody else packed: looking at it must not run what its configuration says.
+TEST_F(GitRuns, OfNobodyRunNothingOfTheRepository) {
+    const QString submodule = home.makeRepository(u"sub"_s, {{u"x"_s, "1\n"}});
+    git(repository, {u"submodule"_s, u"--quiet"_s, u"add"_s, submodule, u"deep/module"_s});
+    const QString module = repository + u"/deep/module"_s;
+    home.add(
+        u"evil"_s,
+        "[filter \"bad=name\"]\n\tclean = touch " + home.path(u"ran"_s).toUtf8() + "; cat\n\trequired = true\n");
+    for (const auto& [folder, file] : {std::pair{repository, u"f"_s}, std::pair{module, u"x"_s}}) {
+        git(folder, {u"config"_s, u"include.path"_s, home.path(u"evil"_s)});
+        git(folder, {u"config"_s, u"core.fsmonitor"_s, u"touch "_s + home.path(u"ran"_s)});
+        QFile attributes(folder + u"/.gitattributes"_s);
+        ASSERT_TRUE(attributes.open(QIODevice::WriteOnly) && attributes.write("* filter=bad=name\n") > 0);
+        QFile changed(folder + u'/' + file);
+        ASSERT_TRUE(changed.open(QIODevice::WriteOnly) && changed.write("2\n") > 0);
+    }
+    const auto status = GitService(GitRunner{{}, GitPurpose::background, {}}).status(repository);
+    ASSERT_TRUE(status) << failure(status);
+    EXPECT_FALSE(QFile::exists(home.path(u"ran"_s)));
+    EXPECT_TRUE(std::ranges::any_of(status->changes, [](const FileChange& change) { return change.path == u"f"_s; }));
+    EXPECT_TRUE(GitService().status(repository));
+    EXPECT_TRUE(QFile::exists(home.path(u"ran"_s)));
+}
+
 TEST_F(GitRuns, EndInWhatTheyWereOrWhyTheyWereNot) {
     const GitRunner runner;
     const auto flood = runner.runRaw(

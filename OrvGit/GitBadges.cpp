@@ -33,25 +33,36 @@ GitBadges::~GitBadges() {
 QFuture<GitBadge> GitBadges::read(const QString& projectRoot) {
     const auto reading = std::make_shared<Reading>();
     reading->promise.start();
-    QFuture<GitBadge> future = reading->promise.future();
     m_pool.start([this, reading, projectRoot] {
-        const QStringList repositories =
-            m_runner.cancellation->isCancelled() ? QStringList() : GitService::findRepos(projectRoot);
-        reading->left = repositories.size();
-        reading->sum.repoCount = static_cast<int>(repositories.size());
-        if (repositories.isEmpty()) {
-            if (!m_runner.cancellation->isCancelled()) {
-                reading->promise.addResult(reading->sum);
-            }
-            reading->promise.finish();
-            return;
-        }
-        for (const QString& repository : repositories) {
-            // Before the projects whose folders are still to be searched: each of them is complete the sooner.
-            m_pool.start([this, reading, repository] { readRepository(reading, repository); }, 1);
-        }
+        begin(reading, m_runner.cancellation->isCancelled() ? QStringList() : GitService::findRepos(projectRoot));
     });
-    return future;
+    return reading->promise.future();
+}
+
+QFuture<GitBadge> GitBadges::readRepositories(const QStringList& repositories) {
+    const auto reading = std::make_shared<Reading>();
+    reading->promise.start();
+    begin(reading, repositories);
+    return reading->promise.future();
+}
+
+void GitBadges::begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories) {
+    reading->left = repositories.size();
+    reading->sum.repoCount = static_cast<int>(repositories.size());
+    if (repositories.isEmpty()) {
+        finish(*reading);
+    }
+    for (const QString& repository : repositories) {
+        // Before the projects whose folders are still to be searched: each of them is complete the sooner.
+        m_pool.start([this, reading, repository] { readRepository(reading, repository); }, 1);
+    }
+}
+
+void GitBadges::finish(Reading& reading) const {
+    if (!m_runner.cancellation->isCancelled()) {
+        reading.promise.addResult(reading.sum);
+    }
+    reading.promise.finish();
 }
 
 void GitBadges::readRepository(const std::shared_ptr<Reading>& reading, const QString& repository) const {
@@ -63,13 +74,9 @@ void GitBadges::readRepository(const std::shared_ptr<Reading>& reading, const QS
         reading->sum.ahead += status->ahead;
         reading->sum.behind += status->behind;
     }
-    if (--reading->left > 0) {
-        return;
+    if (--reading->left == 0) {
+        finish(*reading);
     }
-    if (!m_runner.cancellation->isCancelled()) {
-        reading->promise.addResult(reading->sum);
-    }
-    reading->promise.finish();
 }
 
 } // namespace orv

@@ -29,9 +29,13 @@ public:
     /// Any thread. A repository that has no status, such as a bare one, counts as one without changes. Without a result
     /// when this object is destroyed first.
     [[nodiscard]] QFuture<GitBadge> read(const QString& projectRoot);
+    /// As `read`, of repositories that are known already.
+    [[nodiscard]] QFuture<GitBadge> readRepositories(const QStringList& repositories);
 
 private:
     struct Reading;
+    void begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories);
+    void finish(Reading& reading) const;
     void readRepository(const std::shared_ptr<Reading>& reading, const QString& repository) const;
 
     GitRunner m_runner;

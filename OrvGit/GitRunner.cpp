@@ -146,16 +146,16 @@ GitOutcome<GitResult> runOnce(
     return result;
 }
 
-/// False when it is still there after all.
+/// Waits a moment at least. False when it is still there after all.
 bool waitUntilGone(const QString& lock, const QDeadlineTimer& deadline, const GitRunner& runner) {
     const QByteArray path = lock.toLocal8Bit();
-    while (::access(path.constData(), F_OK) == 0) {
+    do {
         if (deadline.hasExpired() || isCancelled(runner)) {
             return false;
         }
         pollfd cancelled{runner.cancellation ? runner.cancellation->descriptor() : -1, POLLIN, 0};
         ::poll(&cancelled, 1, static_cast<int>(std::chrono::milliseconds(lockLook).count()));
-    }
+    } while (::access(path.constData(), F_OK) == 0);
     return true;
 }
 
@@ -237,7 +237,7 @@ GitOutcome<GitResult> GitRunner::runRaw(
     const QDeadlineTimer patience(lockPatience);
     while (result && result->code != 0) {
         const QString lock = lockedIndex(result->stderrText());
-        if (lock.isEmpty() || patience.hasExpired() || !waitUntilGone(lock, patience, *this)) {
+        if (lock.isEmpty() || !waitUntilGone(lock, patience, *this)) {
             break;
         }
         result = runOnce(*this, arguments, folder, deadline, options);

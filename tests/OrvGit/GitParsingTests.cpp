@@ -47,27 +47,6 @@ TEST(GitStatus, ReadsEveryRecord) {
     EXPECT_EQ(read, expected);
 }
 
-TEST(GitStatus, ReadsWhereHeadIs) {
-    const struct {
-        const char* label;
-        QByteArray output;
-        RepoStatus expected;
-    } cases[]{
-        {"unborn",
-         records({"# branch.oid (initial)", "# branch.head main"}),
-         {.branch = u"main"_s, .upstream = {}, .changes = {}}},
-        {"detached",
-         records({"# branch.oid 01", "# branch.head (detached)"}),
-         {.branch = {}, .upstream = {}, .changes = {}, .isDetached = true, .hasCommits = true}},
-        {"not counted",
-         records({"# branch.oid 01", "# branch.head m", "# branch.upstream o/m", "# branch.ab +? -?"}),
-         {.branch = u"m"_s, .upstream = u"o/m"_s, .changes = {}, .hasCommits = true}},
-    };
-    for (const auto& each : cases) {
-        EXPECT_EQ(GitParsing::status(each.output), each.expected) << each.label;
-    }
-}
-
 /// git-status(1), Short Format: every pair of letters that an ordinary or an unmerged record can have.
 TEST(GitStatus, KnowsWhatEveryPairOfLettersMeans) {
     for (const char* letters : {".M", ".T", ".D", ".A", "M.", "MM", "MT", "MD", "T.", "TM", "TT", "TD",

@@ -1,3 +1,4 @@
+#include "OrvCore/UniqueFd.h"
 #include "OrvGit/GitBadges.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/RepositoryLayout.h"
@@ -8,6 +9,7 @@
 #include <QFile>
 #include <QProcess>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -47,14 +49,11 @@ protected:
 TEST_F(GitActions, StageUnstageAndDiscardOddNames) {
     const QStringList names{u"a b"_s, u"new\nline"_s,           u"-n"_s,     u"*"_s, u":(top)x"_s, u"\"q\""_s,
                             u"é"_s,   u"bad"_s + QChar(0xDCFF), u"d/e f/g"_s};
-    QStringList untracked;
+    ASSERT_TRUE(QDir(r).mkpath(u"d/e f"_s));
     for (const QString& name : names) {
-        // By the system: Qt has no way to a name that is not UTF-8.
-        ASSERT_TRUE(QDir(r).mkpath(u"d/e f"_s));
-        std::FILE* file = std::fopen((r.toUtf8() + '/' + name.toUtf8().replace("bad?", "bad\xff")).constData(), "w");
-        ASSERT_NE(file, nullptr);
-        std::fputs("x\n", file);
-        std::fclose(file);
+        // Qt has no way to a name that is not UTF-8.
+        const UniqueFd file(::open((r.toUtf8() + '/' + GitPath::toBytes(name)).constData(), O_CREAT | O_WRONLY, 0600));
+        ASSERT_EQ(::write(file.get(), "x\n", 2), 2);
     }
     QStringList found;
     for (const FileChange& change : value(service.status(r)).changes) {
@@ -158,6 +157,8 @@ TEST_F(GitActions, GoOnWithWhatWasBegun) {
         EXPECT_EQ(changes(r), u"UU a"_s);
         EXPECT_EQ(service.fileDiff(r, {u"a"_s, {}, DiffSide::unstaged})->content, DiffContent::conflict);
         EXPECT_EQ(failure(service.continueOperation(r)), "Merge conflicts in: a");
+        EXPECT_EQ(failure(service.discard(r, {u"a"_s})), "");
+        EXPECT_EQ(changes(r), QString());
         EXPECT_EQ(failure(service.abortOperation(r)), "");
         EXPECT_EQ(changes(r), QString());
         git(r, {each.command, u"other"_s}, 1);
@@ -293,6 +294,7 @@ TEST_F(GitActions, SumUpBadges) {
     EXPECT_EQ(project.result(), (GitBadge{2, 1, 0, 2}));
     EXPECT_EQ(broken.result(), (GitBadge{0, 0, 0, 1}));
     EXPECT_EQ(none.result(), GitBadge{});
+    EXPECT_EQ(badges.readRepositories({inner}).result(), (GitBadge{0, 1, 0, 1}));
 }
 
 TEST_F(GitActions, AreNoticedByAWatch) {

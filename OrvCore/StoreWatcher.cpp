@@ -3,13 +3,10 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/StoreFile.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <chrono>
 #include <tuple>
-
-#include <sys/stat.h>
 
 using namespace std::chrono_literals;
 
@@ -20,32 +17,7 @@ namespace {
 /// A file written in place is truncated first; its content follows within this time.
 constexpr auto settleTime = 20ms;
 
-qint64 nanoseconds(const timespec& time) {
-    return qint64{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
-}
-
 } // namespace
-
-StoreWatcher::Stamp StoreWatcher::Stamp::of(const QString& path) {
-    struct stat info{};
-    if (::stat(QFile::encodeName(path), &info) != 0) {
-        return {};
-    }
-#ifdef Q_OS_MACOS
-    const timespec modified = info.st_mtimespec;
-    const timespec changed = info.st_ctimespec;
-#else
-    const timespec modified = info.st_mtim;
-    const timespec changed = info.st_ctim;
-#endif
-    return {
-        .device = static_cast<quint64>(info.st_dev),
-        .inode = static_cast<quint64>(info.st_ino),
-        .size = info.st_size,
-        .modifiedNs = nanoseconds(modified),
-        .changedNs = nanoseconds(changed),
-    };
-}
 
 StoreWatcher::StoreWatcher(const QStringList& filePaths, QObject* parent) : QObject(parent) {
     m_settle.setSingleShot(true);
@@ -61,7 +33,7 @@ StoreWatcher::StoreWatcher(const QStringList& filePaths, QObject* parent) : QObj
     }
     watch();
     for (auto stamp = m_stamps.begin(); stamp != m_stamps.end(); ++stamp) {
-        stamp.value() = Stamp::of(stamp.key());
+        stamp.value() = FileStamp::of(stamp.key());
     }
 }
 
@@ -108,12 +80,12 @@ void StoreWatcher::compare() {
     watch();
     QStringList differing;
     for (auto stamp = m_stamps.begin(); stamp != m_stamps.end(); ++stamp) {
-        Stamp now = Stamp::of(stamp.key());
+        FileStamp now = FileStamp::of(stamp.key());
         if (now.device != stamp->device || now.inode != stamp->inode) {
             // A watch stays with the old file while that has another name, ".corrupt" for one.
             m_watcher.removePath(stamp.key());
             watch();
-            now = Stamp::of(stamp.key());
+            now = FileStamp::of(stamp.key());
         }
         if (now != stamp.value()) {
             stamp.value() = now;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvCore/FileStamp.h"
+
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QObject>
@@ -22,23 +24,11 @@ Q_SIGNALS:
     void changed(const QString& filePath);
 
 private:
-    /// Tells two states of a file apart without reading it; all zero for none.
-    struct Stamp {
-        quint64 device = 0;
-        quint64 inode = 0;
-        qint64 size = 0;
-        qint64 modifiedNs = 0;
-        qint64 changedNs = 0;
-
-        bool operator==(const Stamp&) const = default;
-        [[nodiscard]] static Stamp of(const QString& path);
-    };
-
     [[nodiscard]] QStringList wantedPaths() const;
     void watch();
     void compare();
 
-    QHash<QString, Stamp> m_stamps; ///< by file path
+    QHash<QString, FileStamp> m_stamps; ///< by file path
     QFileSystemWatcher m_watcher;
     QTimer m_settle;
 };

@@ -1,4 +1,4 @@
-#include "OrvProcess/ExitWatch_p.h"
+#include "OrvCore/ExitWatch.h"
 #include "OrvProcess/ProcessSpawner.h"
 #include "OrvProcess/ProcessTable_p.h"
 

@@ -1,7 +1,7 @@
 #include "OrvProcess/ProcessReader.h"
 
 #include "OrvCore/Async.h"
-#include "OrvProcess/Pipe_p.h"
+#include "OrvCore/Pipe.h"
 #include "OrvProcess/ProcessManager.h"
 
 #include <QPointer>

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "OrvCore/ChildProcess.h"
 #include "OrvCore/UniqueFd.h"
 
 #include <QFuture>
-#include <QMap>
 #include <QString>
 
 #include <chrono>
@@ -16,13 +16,6 @@
 class QProcessEnvironment;
 
 namespace orv {
-
-using EnvironmentEntries = QMap<QString, QString>;
-
-struct SpawnError {
-    int code = 0; ///< errno
-    [[nodiscard]] QString text() const;
-};
 
 /// A started command line: the leader of its own session and process group.
 struct SpawnedProcess {
@@ -68,10 +61,8 @@ public:
 /// Kills the group of a child that nobody follows, and reaps it. Waits for it, 500 ms at the most.
 void discard(pid_t pid);
 
-/// Whether a process of the group exists, be it a zombie or someone else's.
-[[nodiscard]] bool groupExists(pid_t group);
-/// False when there is no such group; one that is not a group of its own (0, 1, negative) is never signalled.
-bool signalGroup(pid_t group, int signal);
+using ChildProcess::groupExists;
+using ChildProcess::signalGroup;
 
 /// SIGTERM to the group; SIGKILL when it is still there after `grace`. Main thread; finishes when the group is gone, or
 /// 2 seconds after the SIGKILL.

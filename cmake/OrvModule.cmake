@@ -8,6 +8,7 @@ set(ORV_EDGES_TermEngine "")
 set(ORV_EDGES_OrvCore "")
 set(ORV_EDGES_OrvProcess OrvCore)
 set(ORV_EDGES_OrvTerminal OrvCore TermEngine)
+set(ORV_EDGES_OrvGit OrvCore)
 set(ORV_EDGES_OrvUI OrvCore OrvProcess)
 set(ORV_EDGES_OrvScreens OrvCore OrvProcess OrvUI)
 

@@ -1,4 +1,4 @@
-#include "OrvProcess/Pipe_p.h"
+#include "OrvCore/Pipe.h"
 
 #include <QtGlobal>
 

@@ -1,4 +1,4 @@
-#include "OrvProcess/ExitWatch_p.h"
+#include "OrvCore/ExitWatch.h"
 
 #include <cerrno>
 

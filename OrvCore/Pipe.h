@@ -1,7 +1,7 @@
 #pragma once
 
+#include "OrvCore/ChildProcess.h"
 #include "OrvCore/UniqueFd.h"
-#include "OrvProcess/ProcessSpawner.h"
 
 #include <expected>
 

@@ -1,0 +1,82 @@
+#include "OrvGit/GitBadges.h"
+
+#include "OrvGit/GitService.h"
+
+#include <QPromise>
+
+#include <algorithm>
+#include <mutex>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+/// One project's badge as it comes together.
+struct GitBadges::Reading {
+    QPromise<GitBadge> promise;
+    std::mutex mutex;
+    GitBadge sum;
+    qsizetype left = 0; ///< repositories that are not read yet
+};
+
+GitBadges::GitBadges(int threads, const EnvironmentEntries& extraEnvironment)
+    : m_runner{extraEnvironment, GitPurpose::background, GitCancellation()} {
+    m_pool.setObjectName(u"git badges"_s);
+    m_pool.setMaxThreadCount(threads > 0 ? threads : std::max(2, QThread::idealThreadCount()));
+}
+
+GitBadges::~GitBadges() {
+    m_runner.cancellation->cancel();
+    m_pool.waitForDone();
+}
+
+QFuture<GitBadge> GitBadges::read(const QString& projectRoot) {
+    const auto reading = std::make_shared<Reading>();
+    reading->promise.start();
+    m_pool.start([this, reading, projectRoot] {
+        begin(reading, m_runner.cancellation->isCancelled() ? QStringList() : GitService::findRepos(projectRoot));
+    });
+    return reading->promise.future();
+}
+
+QFuture<GitBadge> GitBadges::readRepositories(const QStringList& repositories) {
+    const auto reading = std::make_shared<Reading>();
+    reading->promise.start();
+    begin(reading, repositories);
+    return reading->promise.future();
+}
+
+void GitBadges::begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories) {
+    reading->left = repositories.size();
+    reading->sum.repoCount = static_cast<int>(repositories.size());
+    if (repositories.isEmpty()) {
+        finish(*reading);
+    }
+    for (const QString& repository : repositories) {
+        // Before the projects whose folders are still to be searched: each of them is complete the sooner.
+        m_pool.start([this, reading, repository] { readRepository(reading, repository); }, 1);
+    }
+}
+
+void GitBadges::finish(Reading& reading) const {
+    if (!m_runner.cancellation->isCancelled()) {
+        reading.promise.addResult(reading.sum);
+    }
+    reading.promise.finish();
+}
+
+void GitBadges::readRepository(const std::shared_ptr<Reading>& reading, const QString& repository) const {
+    int changes = 0;
+    const auto status = GitService(m_runner).statusCounts(repository, changes);
+    const std::scoped_lock lock(reading->mutex);
+    if (status) {
+        reading->sum.changes += changes;
+        reading->sum.ahead += status->ahead;
+        reading->sum.behind += status->behind;
+    }
+    if (--reading->left == 0) {
+        finish(*reading);
+    }
+}
+
+} // namespace orv

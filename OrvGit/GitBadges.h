@@ -1,0 +1,45 @@
+#pragma once
+
+#include "OrvGit/GitRunner.h"
+
+#include <QFuture>
+#include <QThreadPool>
+
+namespace orv {
+
+/// What a project's card shows of its repositories, all of them summed.
+struct GitBadge {
+    int changes = 0;
+    int ahead = 0;
+    int behind = 0;
+    int repoCount = 0;
+
+    bool operator==(const GitBadge&) const = default;
+};
+
+/// Reads badges in the background: a `git status` for every repository under a project, several at once, in a pool of
+/// its own. The destructor ends those that run.
+class GitBadges {
+public:
+    /// As many at once as there are cores, unless `threads` says another number.
+    explicit GitBadges(int threads = 0, const EnvironmentEntries& extraEnvironment = {});
+    ~GitBadges();
+    Q_DISABLE_COPY_MOVE(GitBadges)
+
+    /// Any thread. A repository that has no status, such as a bare one, counts as one without changes. Without a result
+    /// when this object is destroyed first.
+    [[nodiscard]] QFuture<GitBadge> read(const QString& projectRoot);
+    /// As `read`, of repositories that are known already.
+    [[nodiscard]] QFuture<GitBadge> readRepositories(const QStringList& repositories);
+
+private:
+    struct Reading;
+    void begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories);
+    void finish(Reading& reading) const;
+    void readRepository(const std::shared_ptr<Reading>& reading, const QString& repository) const;
+
+    GitRunner m_runner;
+    QThreadPool m_pool;
+};
+
+} // namespace orv

@@ -1,0 +1,236 @@
+#include "OrvGit/GitLimits_p.h"
+#include "OrvGit/GitPath.h"
+#include "OrvGit/GitService.h"
+#include "OrvGit/RepositoryLayout.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+/// Half of what the stricter system takes for all arguments and the environment together.
+constexpr qsizetype argumentBytes = 256 * 1024;
+
+/// The command that goes on with what was begun, or ends it; empty for what has none.
+GitArguments operationCommand(GitOperation operation, const char* option) {
+    switch (operation) {
+    case GitOperation::merge:
+        return {"merge", option};
+    case GitOperation::rebase:
+        return {"rebase", option};
+    case GitOperation::applyMailbox:
+        return {"am", option};
+    case GitOperation::cherryPick:
+        return {"cherry-pick", option};
+    case GitOperation::revert:
+        return {"revert", option};
+    case GitOperation::bisect:
+    case GitOperation::none:
+        return {};
+    }
+    Q_UNREACHABLE();
+}
+
+/// A stash of untracked files cleans up by a pattern of its own, which must not be taken for a file's name. None of
+/// these commands gets a path from us.
+GitRunner withPatterns(GitRunner runner) {
+    runner.extraEnvironment.insert(u"GIT_LITERAL_PATHSPECS"_s, u"0"_s);
+    return runner;
+}
+
+} // namespace
+
+/// One command, or several when there are more paths than one command line takes.
+GitOutcome<void> GitService::runOn(
+    const QString& repository, const GitArguments& arguments, const QStringList& paths) const {
+    qsizetype next = 0;
+    while (next < paths.size()) {
+        GitArguments words = arguments;
+        words << "--";
+        for (qsizetype bytes = 0; next < paths.size() && bytes < argumentBytes; ++next) {
+            words << GitPath::toBytes(paths[next]);
+            bytes += words.back().size() + static_cast<qsizetype>(sizeof(char*)) + 1;
+        }
+        if (auto done = perform(repository, words, GitLimits::local); !done) {
+            return done;
+        }
+    }
+    return {};
+}
+
+GitOutcome<void> GitService::stage(const QString& repository, const QStringList& paths) const {
+    return runOn(repository, {"add"}, paths);
+}
+
+GitOutcome<void> GitService::unstage(const QString& repository, const QStringList& paths) const {
+    const auto current = status(repository);
+    if (!current) {
+        return std::unexpected(current.error());
+    }
+    return runOn(
+        repository, current->hasCommits ? GitArguments{"restore", "--staged"} : GitArguments{"rm", "--cached", "-r"},
+        paths);
+}
+
+GitOutcome<void> GitService::discard(const QString& repository, const QStringList& paths) const {
+    const auto current = status(repository);
+    if (!current) {
+        return std::unexpected(current.error());
+    }
+    QSet<QString> untracked;
+    for (const FileChange& change : current->changes) {
+        if (change.isUntracked()) {
+            untracked.insert(change.path);
+        }
+    }
+    QStringList deleted;
+    QStringList restored;
+    for (const QString& path : paths) {
+        if (untracked.contains(path) && path.endsWith(u'/')) {
+            return std::unexpected(
+                GitError::refused(u"“%1” is a repository of its own. Delete it by hand."_s.arg(path.chopped(1))));
+        }
+        (untracked.contains(path) ? deleted : restored).append(path);
+    }
+    // Without a commit there is nothing to go back to: what is tracked has been added.
+    const GitArguments restore = current->hasCommits
+                                     ? GitArguments{"restore", "--source=HEAD", "--staged", "--worktree"}
+                                     : GitArguments{"rm", "-r", "-f"};
+    if (auto done = runOn(repository, restore, restored); !done) {
+        return done;
+    }
+    return runOn(repository, {"clean", "-f"}, deleted);
+}
+
+GitOutcome<void> GitService::writeCommit(
+    const QString& repository, const GitArguments& arguments, const QString& summary,
+    const QString& description) const {
+    GitArguments words = arguments;
+    words << "-m" << summary.toUtf8();
+    if (const QString rest = description.trimmed(); !rest.isEmpty()) {
+        words << "-m" << rest.toUtf8();
+    }
+    return runWithConflicts(repository, words, GitLimits::local);
+}
+
+GitOutcome<void> GitService::commit(
+    const QString& repository, const QString& summary, const QString& description) const {
+    const QString trimmed = summary.trimmed();
+    if (trimmed.isEmpty()) {
+        return std::unexpected(GitError::of(GitError::Kind::emptyMessage));
+    }
+    const auto staged = runner.runRaw({"diff", "--cached", "--quiet"}, repository, GitLimits::local);
+    if (!staged) {
+        return std::unexpected(staged.error());
+    }
+    if (staged->code == 0) {
+        return std::unexpected(GitError::of(GitError::Kind::nothingToCommit));
+    }
+    if (staged->code != 1) {
+        return std::unexpected(staged->error());
+    }
+    return writeCommit(repository, {"commit"}, trimmed, description);
+}
+
+GitOutcome<void> GitService::amend(
+    const QString& repository, const QString& summary, const QString& description) const {
+    const QString trimmed = summary.trimmed();
+    if (trimmed.isEmpty()) {
+        return std::unexpected(GitError::of(GitError::Kind::emptyMessage));
+    }
+    return writeCommit(repository, {"commit", "--amend"}, trimmed, description);
+}
+
+GitOutcome<void> GitService::continueOperation(const QString& repository) const {
+    const auto state = operation(repository);
+    if (!state) {
+        return std::unexpected(state.error());
+    }
+    const GitArguments words = operationCommand(state->operation, "--continue");
+    if (words.isEmpty()) {
+        return std::unexpected(GitError::refused(u"Nothing is in progress that could go on."_s));
+    }
+    return runWithConflicts(repository, words, GitLimits::local);
+}
+
+GitOutcome<void> GitService::abortOperation(const QString& repository) const {
+    const auto state = operation(repository);
+    if (!state) {
+        return std::unexpected(state.error());
+    }
+    const GitArguments words = state->operation == GitOperation::bisect ? GitArguments{"bisect", "reset"}
+                                                                        : operationCommand(state->operation, "--abort");
+    if (words.isEmpty()) {
+        return std::unexpected(GitError::refused(u"Nothing is in progress that could be aborted."_s));
+    }
+    return perform(repository, words, GitLimits::local);
+}
+
+GitOutcome<void> GitService::switchBranch(const QString& repository, const QString& name) const {
+    if (auto named = requireBranchName(name); !named) {
+        return named;
+    }
+    return perform(repository, {"switch", GitPath::toBytes(name)}, GitLimits::local);
+}
+
+GitOutcome<void> GitService::createBranch(const QString& repository, const QString& name) const {
+    if (auto named = requireBranchName(name); !named) {
+        return named;
+    }
+    return perform(repository, {"switch", "-c", GitPath::toBytes(name)}, GitLimits::local);
+}
+
+GitOutcome<void> GitService::deleteBranch(const QString& repository, const QString& name, Deletion deletion) const {
+    const char* const option = deletion == Deletion::always ? "-D" : "-d";
+    return perform(repository, {"branch", option, "--", GitPath::toBytes(name)}, GitLimits::local);
+}
+
+GitOutcome<void> GitService::setUpstream(
+    const QString& repository, const QString& branch, const QString& upstream) const {
+    const QByteArray option =
+        upstream.isEmpty() ? QByteArray("--unset-upstream") : "--set-upstream-to=" + GitPath::toBytes(upstream);
+    return perform(repository, {"branch", option, "--", GitPath::toBytes(branch)}, GitLimits::local);
+}
+
+GitOutcome<void> GitService::stashSave(const QString& repository, const QString& message, Untracked untracked) const {
+    GitArguments words{"stash", "push"};
+    if (untracked == Untracked::included) {
+        words << "--include-untracked";
+    }
+    if (const QString trimmed = message.trimmed(); !trimmed.isEmpty()) {
+        words << "-m" << trimmed.toUtf8();
+    }
+    const auto output = withPatterns(runner).run(words, repository, GitLimits::local);
+    if (output && output->contains("No local changes to save")) {
+        return std::unexpected(GitError::refused(u"There are no local changes to stash."_s));
+    }
+    return output ? GitOutcome<void>() : std::unexpected(output.error());
+}
+
+GitOutcome<void> GitService::runOnStash(const QString& repository, const char* verb, const StashEntry& entry) const {
+    const QByteArray name = "stash@{" + QByteArray::number(entry.index) + '}';
+    const auto id = runner.run({"rev-parse", "--verify", "--quiet", name}, repository, GitLimits::local);
+    if (!id || QString::fromLatin1(id->trimmed()) != entry.id) {
+        return std::unexpected(GitError::refused(u"The list of stashes has changed. Look at it again first."_s));
+    }
+    return runWithConflicts(repository, {"stash", verb, name}, GitLimits::local);
+}
+
+GitOutcome<void> GitService::stashPop(const QString& repository, const StashEntry& entry) const {
+    return runOnStash(repository, "pop", entry);
+}
+
+GitOutcome<void> GitService::stashApply(const QString& repository, const StashEntry& entry) const {
+    return runOnStash(repository, "apply", entry);
+}
+
+GitOutcome<void> GitService::stashDrop(const QString& repository, const StashEntry& entry) const {
+    return runOnStash(repository, "drop", entry);
+}
+
+} // namespace orv

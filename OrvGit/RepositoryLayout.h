@@ -1,0 +1,28 @@
+#pragma once
+
+#include "OrvGit/GitModels.h"
+
+#include <optional>
+
+namespace orv {
+
+/// Where a repository keeps what, read from its files (gitrepository-layout(5)); git is not run.
+struct RepositoryLayout {
+    enum class Kind {
+        repository,
+        linked, ///< a work tree of another repository, or a submodule: ".git" is a file
+        bare,   ///< the folder is the repository and has no work tree
+    };
+    Kind kind = Kind::repository;
+    QString folder;
+    QString gitDirectory;    ///< of this work tree: HEAD, the index, what was begun
+    QString commonDirectory; ///< of the whole repository: refs, configuration
+
+    bool operator==(const RepositoryLayout&) const = default;
+    /// Nothing when the folder itself is no repository; its parents are not looked at.
+    [[nodiscard]] static std::optional<RepositoryLayout> of(const QString& folder);
+    /// What was begun and is not finished, without the conflicts.
+    [[nodiscard]] OperationState operation() const;
+};
+
+} // namespace orv

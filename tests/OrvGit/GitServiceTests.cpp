@@ -1,0 +1,335 @@
+#include "OrvCore/UniqueFd.h"
+#include "OrvGit/GitBadges.h"
+#include "OrvGit/GitPath.h"
+#include "OrvGit/RepositoryLayout.h"
+#include "OrvGit/RepositoryWatch.h"
+#include "tests/OrvGit/GitFixture.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orv::test {
+namespace {
+
+class GitActions : public ::testing::Test {
+protected:
+    GitHome home;
+    const GitService service;
+    const QString r = home.makeRepository(u"r"_s, {{u"a"_s, "one\n"}, {u"b"_s, "two\n"}});
+
+    /// "M. a|.M b": what there is, as its letters and paths.
+    QString changes(const QString& repository) {
+        const auto status = service.status(repository);
+        EXPECT_TRUE(status) << failure(status);
+        QStringList found;
+        for (const FileChange& change : status ? status->changes : QList<FileChange>()) {
+            found.append(
+                QString(QChar::fromLatin1(change.index)) + QChar::fromLatin1(change.worktree) + u' ' + change.path);
+        }
+        return found.join(u'|');
+    }
+    /// Leaves "a" in conflict between "main" and "other".
+    void makeConflict(const QString& command) {
+        git(r, {u"switch"_s, u"-qc"_s, u"other"_s});
+        home.add(u"r/a"_s, "theirs\n");
+        git(r, {u"commit"_s, u"-qam"_s, u"Theirs"_s});
+        git(r, {u"switch"_s, u"-q"_s, u"main"_s});
+        home.add(u"r/a"_s, "ours\n");
+        git(r, {u"commit"_s, u"-qam"_s, u"Ours"_s});
+        git(r, {command, u"other"_s}, 1);
+    }
+};
+
+TEST_F(GitActions, StageUnstageAndDiscardOddNames) {
+    const QStringList names{u"a b"_s, u"new\nline"_s,           u"-n"_s,     u"*"_s, u":(top)x"_s, u"\"q\""_s,
+                            u"é"_s,   u"bad"_s + QChar(0xDCFF), u"d/e f/g"_s};
+    ASSERT_TRUE(QDir(r).mkpath(u"d/e f"_s));
+    for (const QString& name : names) {
+        // Qt has no way to a name that is not UTF-8.
+        const UniqueFd file(::open((r.toUtf8() + '/' + GitPath::toBytes(name)).constData(), O_CREAT | O_WRONLY, 0600));
+        ASSERT_EQ(::write(file.get(), "x\n", 2), 2);
+    }
+    QStringList found;
+    for (const FileChange& change : value(service.status(r)).changes) {
+        found.append(change.path);
+        EXPECT_TRUE(change.isUntracked()) << qPrintable(change.path);
+        EXPECT_EQ(service.fileDiff(r, DiffRequest::of(change))->count(DiffLineKind::added), 1)
+            << qPrintable(change.path);
+    }
+    EXPECT_EQ(QSet<QString>(found.begin(), found.end()), QSet<QString>(names.begin(), names.end()));
+    EXPECT_EQ(failure(service.stage(r, {u"*"_s})), "");
+    EXPECT_EQ(changes(r).count(u"A. "_s), 1);
+    EXPECT_EQ(failure(service.stage(r, names)), "");
+    EXPECT_EQ(changes(r).count(u"A. "_s), names.size());
+    for (const FileChange& change : value(service.status(r)).changes) {
+        const auto diff = service.fileDiff(r, DiffRequest::of(change));
+        EXPECT_EQ(GitPath::fromBytes(diff->newPath), change.path);
+        EXPECT_TRUE(service.diff(r, change)->contains(u"+x"_s));
+    }
+    EXPECT_EQ(failure(service.unstage(r, names)), "");
+    EXPECT_EQ(changes(r).count(u"?? "_s), names.size());
+    EXPECT_EQ(failure(service.discard(r, names)), "");
+    EXPECT_EQ(changes(r), QString());
+}
+
+TEST_F(GitActions, DiscardEveryStateOfAFile) {
+    home.add(u"r/a"_s, "changed\n");
+    home.add(u"r/new"_s, "x\n");
+    home.add(u"r/staged"_s, "x\n");
+    home.add(u"r/intended"_s, "x\n");
+    home.add(u"r/kept"_s, "x\n");
+    git(r, {u"add"_s, u"staged"_s});
+    git(r, {u"add"_s, u"-N"_s, u"intended"_s});
+    git(r, {u"rm"_s, u"-q"_s, u"b"_s});
+    EXPECT_EQ(changes(r), u".M a|D. b|.A intended|A. staged|?? kept|?? new"_s);
+    const auto done = service.discard(r, {u"a"_s, u"b"_s, u"intended"_s, u"new"_s, u"staged"_s});
+    EXPECT_EQ(failure(done), "");
+    EXPECT_EQ(changes(r), u"?? kept"_s);
+    EXPECT_EQ(readFile(r + u"/b"_s), "two\n");
+
+    const QString inner = home.makeRepository(u"r/inner"_s, {{u"f"_s, "x"}});
+    EXPECT_EQ(failure(service.discard(r, {u"inner/"_s})), "“inner” is a repository of its own. Delete it by hand.");
+    EXPECT_TRUE(QFile::exists(inner + u"/f"_s));
+    EXPECT_EQ(service.fileDiff(r, {u"inner/"_s, {}, DiffSide::untracked})->content, DiffContent::folder);
+}
+
+TEST_F(GitActions, WorkWithoutACommit) {
+    const QString fresh = home.makeRepository(u"fresh"_s);
+    home.add(u"fresh/x/y"_s, "1\n");
+    home.add(u"fresh/z"_s, "1\n");
+    EXPECT_EQ(failure(service.stage(fresh, {u"x/y"_s, u"z"_s})), "");
+    EXPECT_FALSE(service.status(fresh)->hasCommits);
+    EXPECT_EQ(service.status(fresh)->branch, u"main"_s);
+    EXPECT_EQ(failure(service.unstage(fresh, {u"x/y"_s})), "");
+    EXPECT_EQ(changes(fresh), u"A. z|?? x/y"_s);
+    EXPECT_EQ(failure(service.discard(fresh, {u"z"_s})), "");
+    EXPECT_EQ(changes(fresh), u"?? x/y"_s);
+    EXPECT_TRUE(service.log(fresh, 10)->isEmpty());
+    EXPECT_TRUE(service.history(fresh, {})->isEmpty());
+    EXPECT_EQ(failure(service.commit(fresh, u"First"_s, {})), "There are no staged changes to commit.");
+}
+
+TEST_F(GitActions, CommitWhatIsStaged) {
+    EXPECT_EQ(failure(service.commit(r, u" \n "_s, u"x"_s)), "Enter a commit summary first.");
+    EXPECT_EQ(failure(service.commit(r, u"x"_s, {})), "There are no staged changes to commit.");
+    home.add(u"r/a"_s, "1\n");
+    EXPECT_EQ(failure(service.stage(r, {u"a"_s})), "");
+    EXPECT_EQ(failure(service.commit(r, u" -m #1 \"q\" \n"_s, u"\n# kept\n"_s)), "");
+    EXPECT_EQ(gitText(r, {u"log"_s, u"-1"_s, u"--format=%B"_s}), u"-m #1 \"q\"\n\n# kept"_s);
+    EXPECT_EQ(failure(service.amend(r, u"Second"_s, {})), "");
+    const auto log = service.log(r, 5);
+    ASSERT_EQ(log->size(), 2);
+    EXPECT_EQ(log->front().subject, u"Second"_s);
+    EXPECT_EQ(log->front().author, u"Ada"_s);
+    const auto shown = service.commitDiff(r, log->front().id);
+    ASSERT_EQ(shown->size(), 1);
+    EXPECT_EQ(shown->front().newPath, "a");
+    git(r, {u"tag"_s, u"v1"_s});
+    const auto page = service.history(r, {.limit = 1, .skip = 0, .from = {}, .path = {}});
+    EXPECT_EQ(page->front().refs, (QStringList{u"HEAD"_s, u"refs/heads/main"_s, u"refs/tags/v1"_s}));
+    EXPECT_EQ(page->front().parents, QStringList{log->back().id});
+    EXPECT_EQ(service.history(r, {.limit = 9, .skip = 1, .from = u"v1"_s, .path = u"a"_s})->size(), 1);
+}
+
+TEST_F(GitActions, GoOnWithWhatWasBegun) {
+    const struct {
+        QString command;
+        GitOperation operation;
+    } cases[]{
+        {u"merge"_s, GitOperation::merge},
+        {u"rebase"_s, GitOperation::rebase},
+        {u"cherry-pick"_s, GitOperation::cherryPick},
+    };
+    for (const auto& each : cases) {
+        git(r, {u"checkout"_s, u"-q"_s, u"-B"_s, u"main"_s, u"main~0"_s});
+        git(r, {u"branch"_s, u"-D"_s, u"other"_s}, each.operation == GitOperation::merge ? 1 : 0);
+        makeConflict(each.command);
+        const auto state = service.operation(r);
+        ASSERT_TRUE(state) << failure(state);
+        EXPECT_EQ(state->operation, each.operation) << qPrintable(each.command);
+        EXPECT_EQ(state->conflicts, QStringList{u"a"_s});
+        EXPECT_EQ(changes(r), u"UU a"_s);
+        EXPECT_EQ(service.fileDiff(r, {u"a"_s, {}, DiffSide::unstaged})->content, DiffContent::conflict);
+        EXPECT_EQ(failure(service.continueOperation(r)), "Merge conflicts in: a");
+        EXPECT_EQ(failure(service.discard(r, {u"a"_s})), "");
+        EXPECT_EQ(changes(r), QString());
+        EXPECT_EQ(failure(service.abortOperation(r)), "");
+        EXPECT_EQ(changes(r), QString());
+        git(r, {each.command, u"other"_s}, 1);
+        home.add(u"r/a"_s, "both " + each.command.toUtf8() + '\n');
+        EXPECT_EQ(failure(service.stage(r, {u"a"_s})), "");
+        EXPECT_EQ(failure(service.continueOperation(r)), "");
+        EXPECT_EQ(service.operation(r)->operation, GitOperation::none);
+    }
+    EXPECT_EQ(failure(service.abortOperation(r)), "Nothing is in progress that could be aborted.");
+}
+
+TEST_F(GitActions, ManageBranches) {
+    for (const char* bad : {"", "a b", "a..b", "-x", "a/", "x.lock", "@{", "HEAD", "a\n"}) {
+        EXPECT_FALSE(isBranchName(QString::fromUtf8(bad))) << bad;
+        EXPECT_NE(
+            QProcess::execute(GitRunner::executable(), {u"check-ref-format"_s, u"--branch"_s, QString::fromUtf8(bad)}),
+            0);
+        EXPECT_FALSE(service.createBranch(r, QString::fromUtf8(bad)));
+    }
+    const QString odd = u"fix/é(1)+%"_s;
+    EXPECT_EQ(failure(service.createBranch(r, odd)), "");
+    EXPECT_EQ(service.status(r)->branch, odd);
+    EXPECT_EQ(*service.branches(r), (QStringList{odd, u"main"_s}));
+    home.add(u"r/a"_s, "1\n");
+    git(r, {u"commit"_s, u"-qam"_s, u"Fix"_s});
+    EXPECT_EQ(failure(service.setUpstream(r, odd, u"main"_s)), "");
+    const auto infos = service.branchInfos(r);
+    ASSERT_EQ(infos->size(), 2);
+    EXPECT_TRUE(infos->front().isCurrent);
+    EXPECT_EQ(infos->front().upstream, u"main"_s);
+    EXPECT_EQ(infos->front().ahead, 1);
+    EXPECT_EQ(infos->front().worktree, r);
+    EXPECT_EQ(failure(service.setUpstream(r, odd, {})), "");
+    EXPECT_EQ(failure(service.switchBranch(r, u"main"_s)), "");
+    EXPECT_TRUE(failure(service.deleteBranch(r, odd, GitService::Deletion::ifMerged)).contains("not fully merged"));
+    EXPECT_EQ(failure(service.deleteBranch(r, odd, GitService::Deletion::always)), "");
+    git(r, {u"switch"_s, u"-q"_s, u"--detach"_s});
+    EXPECT_TRUE(service.status(r)->isDetached);
+    EXPECT_EQ(*service.branches(r), QStringList{u"main"_s});
+    EXPECT_EQ(failure(service.push(r)), "Can't push from a detached HEAD. Switch to a branch first.");
+}
+
+TEST_F(GitActions, StashAndBringBack) {
+    EXPECT_EQ(failure(service.stashSave(r, {}, GitService::Untracked::kept)), "There are no local changes to stash.");
+    home.add(u"r/a"_s, "mine\n");
+    home.add(u"r/new"_s, "x\n");
+    EXPECT_EQ(failure(service.stashSave(r, u"wip: one"_s, GitService::Untracked::included)), "");
+    EXPECT_EQ(changes(r), QString());
+    const auto stashes = service.stashes(r);
+    ASSERT_EQ(stashes->size(), 1);
+    EXPECT_EQ(stashes->front().message, u"On main: wip: one"_s);
+    home.add(u"r/b"_s, "other\n");
+    EXPECT_EQ(failure(service.stashSave(r, {}, GitService::Untracked::kept)), "");
+    EXPECT_TRUE(failure(service.stashPop(r, stashes->front())).contains("has changed"));
+    EXPECT_EQ(failure(service.stashDrop(r, service.stashes(r)->front())), "");
+    EXPECT_EQ(failure(service.stashPop(r, stashes->front())), "");
+    EXPECT_EQ(changes(r), u".M a|?? new"_s);
+}
+
+TEST_F(GitActions, ReadAndSetWhoCommits) {
+    EXPECT_EQ(*service.identity(r, GitScope::repo), GitIdentity{});
+    EXPECT_EQ(failure(service.setIdentity({u"Bob"_s, {}}, r, GitScope::repo)), "");
+    EXPECT_EQ(*service.identity(r, GitScope::global), (GitIdentity{u"Ada"_s, u"ada@example.org"_s}));
+    EXPECT_EQ(*service.effectiveIdentity(r), (GitIdentity{u"Bob"_s, u"ada@example.org"_s}));
+    EXPECT_EQ(failure(service.setGlobalConfig(u"pull.rebase"_s, u"a \"b\""_s)), "");
+    EXPECT_EQ(service.globalConfigValue(u"pull.rebase"_s), u"a \"b\""_s);
+    EXPECT_EQ(service.effectiveConfigValue(u"user.name"_s), u"Ada"_s);
+    EXPECT_EQ(service.effectiveConfigValue(u"no.such"_s), std::nullopt);
+    EXPECT_EQ(service.globalConfigValue(u"not a key"_s), std::nullopt);
+}
+
+TEST_F(GitActions, SayWhatAChangeIs) {
+    home.add(u"r/binary"_s, QByteArray("\0\1\2", 3));
+    QFile large(r + u"/large"_s);
+    ASSERT_TRUE(large.open(QIODevice::WriteOnly) && large.resize(100 * 1024 * 1024));
+    QByteArray lines;
+    for (int i = 0; i < 100'000; ++i) {
+        lines += QByteArray::number(i) + '\n';
+    }
+    home.add(u"r/long"_s, lines);
+    ASSERT_EQ(::symlink("/nowhere", (r + u"/link"_s).toUtf8().constData()), 0);
+    const QString sub = home.makeRepository(u"sub"_s, {{u"f"_s, "x"}});
+    git(r, {u"submodule"_s, u"--quiet"_s, u"add"_s, sub, u"module"_s});
+    ASSERT_TRUE(QFile::rename(r + u"/a"_s, r + u"/moved"_s));
+    git(r, {u"add"_s, u"-A"_s});
+    const QHash<QString, DiffContent> expected{
+        {u"binary"_s, DiffContent::binary},    {u"large"_s, DiffContent::tooLarge},   {u"long"_s, DiffContent::text},
+        {u"link"_s, DiffContent::symlink},     {u"module"_s, DiffContent::submodule}, {u"moved"_s, DiffContent::text},
+        {u".gitmodules"_s, DiffContent::text},
+    };
+    const auto status = service.status(r);
+    EXPECT_EQ(status->changes.size(), expected.size());
+    for (const FileChange& change : status->changes) {
+        const auto diff = service.fileDiff(r, DiffRequest::of(change));
+        ASSERT_TRUE(diff) << failure(diff);
+        EXPECT_EQ(diff->content, expected.value(change.path)) << qPrintable(change.path);
+        EXPECT_EQ(diff->change, change.index == 'R' ? DiffChange::renamed : DiffChange::added);
+        EXPECT_EQ(
+            diff->count(DiffLineKind::added), change.path == u"long"_s ? 100'000 : diff->count(DiffLineKind::added));
+    }
+}
+
+TEST_F(GitActions, KnowWhatKindOfRepositoryItIs) {
+    const QString tree = home.path(u"tree"_s);
+    git(r, {u"worktree"_s, u"add"_s, u"-q"_s, tree});
+    const QString bare = home.path(u"bare"_s);
+    git(home.path(), {u"clone"_s, u"-q"_s, u"--bare"_s, r, bare});
+    using Kind = RepositoryLayout::Kind;
+    EXPECT_EQ(RepositoryLayout::of(r)->kind, Kind::repository);
+    EXPECT_EQ(RepositoryLayout::of(tree)->kind, Kind::linked);
+    EXPECT_EQ(RepositoryLayout::of(tree)->commonDirectory, r + u"/.git"_s);
+    EXPECT_EQ(RepositoryLayout::of(bare)->kind, Kind::bare);
+    EXPECT_EQ(RepositoryLayout::of(home.path()), std::nullopt);
+    EXPECT_EQ(service.status(tree)->branch, u"tree"_s);
+    EXPECT_EQ(failure(service.status(bare)), "fatal: this operation must be run in a work tree");
+    EXPECT_EQ(service.log(bare, 9)->size(), 1);
+    home.makeRepository(u"r/node_modules/x"_s);
+    home.makeRepository(u"r/x/y"_s);
+    ASSERT_EQ(::symlink(r.toUtf8().constData(), home.path(u"r/x/loop"_s).toUtf8().constData()), 0);
+    EXPECT_EQ(GitService::findRepos(home.path()), (QStringList{r, r + u"/x/y"_s, tree}));
+}
+
+TEST_F(GitActions, SumUpBadges) {
+    home.add(u"r/a"_s, "changed\n");
+    const QString inner = home.makeRepository(u"r/inner"_s, {{u"f"_s, "x"}});
+    git(inner, {u"switch"_s, u"-q"_s, u"-c"_s, u"next"_s, u"--track"_s, u"main"_s});
+    git(inner, {u"commit"_s, u"-q"_s, u"--allow-empty"_s, u"-m"_s, u"x"_s});
+    home.add(u"empty/.git/HEAD"_s, "nonsense");
+    GitBadges badges(2);
+    QFuture<GitBadge> project = badges.read(r);
+    QFuture<GitBadge> broken = badges.read(home.path(u"empty"_s));
+    QFuture<GitBadge> none = badges.read(home.path(u"home"_s));
+    EXPECT_EQ(project.result(), (GitBadge{2, 1, 0, 2}));
+    EXPECT_EQ(broken.result(), (GitBadge{0, 0, 0, 1}));
+    EXPECT_EQ(none.result(), GitBadge{});
+    EXPECT_EQ(badges.readRepositories({inner}).result(), (GitBadge{0, 1, 0, 1}));
+}
+
+TEST_F(GitActions, AreNoticedByAWatch) {
+    const QString tree = home.path(u"tree"_s);
+    git(r, {u"worktree"_s, u"add"_s, u"-q"_s, tree});
+    RepositoryWatch watch;
+    QStringList told;
+    QObject::connect(
+        &watch, &RepositoryWatch::changed, &watch, [&told](const QString& folder) { told.append(folder); });
+    watch.setRepositories({r, tree, home.path()});
+    EXPECT_EQ(watch.repositories().size(), 2);
+    home.add(u"r/a"_s, "1\n");
+    const struct {
+        QStringList words;
+        QString folder;
+    } cases[]{
+        {{u"add"_s, u"a"_s}, r},
+        {{u"switch"_s, u"-qc"_s, u"deep/er/name"_s}, r},
+        {{u"commit"_s, u"-qm"_s, u"x"_s}, r},
+        {{u"commit"_s, u"-q"_s, u"--allow-empty"_s, u"-m"_s, u"x"_s}, tree},
+        {{u"pack-refs"_s, u"--all"_s}, tree},
+    };
+    for (const auto& each : cases) {
+        told.clear();
+        git(each.folder, each.words);
+        EXPECT_TRUE(waitFor([&] { return told.contains(each.folder); })) << qPrintable(each.words.join(u' '));
+    }
+    EXPECT_TRUE(waitFor([&] { return told.contains(r); }));
+    // A look of ours is no change.
+    told.clear();
+    EXPECT_TRUE(GitService(GitRunner{{}, GitPurpose::background, {}}).status(r));
+    git(tree, {u"tag"_s, u"last"_s});
+    EXPECT_TRUE(waitFor([&] { return told.contains(tree); }));
+    EXPECT_EQ(told.count(tree), 1);
+}
+
+} // namespace
+} // namespace orv::test

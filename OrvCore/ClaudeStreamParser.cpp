@@ -71,19 +71,21 @@ QString detail(const QJsonObject& input) {
 }
 
 QList<AgentEvent> assistantEvents(const QJsonObject& line) {
-    const QJsonArray content = line.value("message"_L1)["content"_L1].toArray();
-    if (!std::ranges::all_of(content, [](const QJsonValue& block) { return block.isObject(); })) {
-        return {};
-    }
+    const QJsonArray content = line.value("message"_L1).toObject().value("content"_L1).toArray();
     QList<AgentEvent> events;
-    for (const QJsonValue block : content) {
-        const QString type = block["type"_L1].toString();
+    for (const QJsonValue element : content) {
+        if (!element.isObject()) {
+            return {};
+        }
+        const QJsonObject block = element.toObject();
+        const QString type = block.value("type"_L1).toString();
         if (type == "text"_L1) {
-            if (QString text = block["text"_L1].toString().trimmed(); !text.isEmpty()) {
+            if (QString text = block.value("text"_L1).toString().trimmed(); !text.isEmpty()) {
                 events.append(AgentText{std::move(text)});
             }
         } else if (type == "tool_use"_L1) {
-            events.append(AgentTool{block["name"_L1].toString(u"Tool"_s), detail(block["input"_L1].toObject())});
+            events.append(
+                AgentTool{block.value("name"_L1).toString(u"Tool"_s), detail(block.value("input"_L1).toObject())});
         }
     }
     return events;

@@ -22,7 +22,7 @@ inline constexpr QLatin1StringView taskVariable("ORV_TASK");
     const std::optional<QString>& resumeSessionID);
 
 /// The line to type into a terminal (without the line feed), the task inline; none for a custom agent. It has no flags
-/// of autonomy: there the agent asks the user.
+/// of autonomy: there the agent asks the user. It is to be pasted: a line editor would act on tabs in the task.
 [[nodiscard]] std::optional<QString> interactiveCommand(AgentKind kind, const QString& task);
 
 /// The task of a run that continues an earlier one of an agent that keeps no sessions.

@@ -29,7 +29,7 @@ QByteArrayView withoutBlanks(QByteArrayView line) {
 QString firstCharacters(const QString& text, int count) {
     // Nobody writes a character of this many code units; finding the boundaries takes memory for each of them.
     constexpr int longestCharacter = 64;
-    const QString start = text.first(std::min<qsizetype>(text.size(), qsizetype{count} * longestCharacter));
+    QString start = text.first(std::min<qsizetype>(text.size(), qsizetype{count} * longestCharacter));
     QTextBoundaryFinder boundary(QTextBoundaryFinder::Grapheme, start);
     for (int taken = 0; taken < count; ++taken) {
         if (boundary.toNextBoundary() < 0) {

@@ -102,7 +102,7 @@ void AgentProcess::stop(std::chrono::milliseconds grace) {
 
 void AgentProcess::run() {
     const ProcessSpawner::PumpControl control{
-        .abandon = m_abandonRead.get(), .waitsForGroup = [this] { return m_stopping.load(); }};
+        .abandon = m_abandonRead.get(), .waitsForGroup = [this] { return m_stopping.load(); }, .endsWithChild = true};
     const int code = ProcessSpawner::pump(m_process, control, *this);
     {
         const std::scoped_lock lock(m_mutex);

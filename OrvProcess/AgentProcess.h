@@ -42,7 +42,8 @@ public:
 
 Q_SIGNALS:
     void linesRead(const QList<orv::AgentLine>& lines);
-    /// After the last line; the process is reaped. 128 + the signal when one ended it.
+    /// After the last line; the process is reaped. 128 + the signal when one ended it. A server that the agent has
+    /// started in the background lives on.
     void exited(int code);
 
 private:

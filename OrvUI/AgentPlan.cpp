@@ -23,7 +23,7 @@ std::expected<AgentPlan, QString> AgentPlanner::plan(
 }
 
 QString AgentPlanner::followUp(const AgentRun& run, const QString& message) {
-    const QString text = message.trimmed();
+    QString text = message.trimmed();
     const AgentRun::Facts& facts = run.facts();
     if (text.isEmpty() || agentInfo(facts.agent).keepsSessions) {
         return text;

@@ -169,6 +169,10 @@ TEST_F(AgentProcessTest, DeliversEveryLineBeforeTheExit) {
         EXPECT_TRUE(test::readFile(tree.path(u"output"_s)).startsWith(stream(name))) << then.toStdString();
         EXPECT_TRUE(test::readFile(tree.path(u"note"_s)).endsWith('\0' + task.toUtf8() + '\0')) << then.toStdString();
     }
+    start({}, "yes & echo $!; exit 3");
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(exitCode, 3);
+    ProcessSpawner::signalGroup(agent->pid(), SIGKILL);
     start({}, {}, QString(200'000, u'x'));
     EXPECT_EQ(error, u"Argument list too long"_s);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvCore/Agents.h"
 #include "OrvCore/Models.h"
 #include "OrvCore/StoreFile.h"
 #include "OrvCore/StoreWatcher.h"
@@ -13,8 +14,6 @@ enum class AppearanceMode { system, light, dark };
 enum class ThemeID { ember, ocean, forest, violet, graphite };
 enum class ViewMode { cards, folders };
 enum class PullPreference { ffOnly, merge, rebase };
-enum class AgentKind { claude, codex, gemini, antigravity, custom };
-enum class AgentAutonomy { plan, edit, full };
 
 template <>
 struct StoredNames<AppearanceMode> {
@@ -50,26 +49,6 @@ struct StoredNames<PullPreference> {
         std::pair{PullPreference::ffOnly, QLatin1StringView("ffOnly")},
         std::pair{PullPreference::merge, QLatin1StringView("merge")},
         std::pair{PullPreference::rebase, QLatin1StringView("rebase")},
-    };
-};
-
-template <>
-struct StoredNames<AgentKind> {
-    static constexpr std::array table{
-        std::pair{AgentKind::claude, QLatin1StringView("claude")},
-        std::pair{AgentKind::codex, QLatin1StringView("codex")},
-        std::pair{AgentKind::gemini, QLatin1StringView("gemini")},
-        std::pair{AgentKind::antigravity, QLatin1StringView("antigravity")},
-        std::pair{AgentKind::custom, QLatin1StringView("custom")},
-    };
-};
-
-template <>
-struct StoredNames<AgentAutonomy> {
-    static constexpr std::array table{
-        std::pair{AgentAutonomy::plan, QLatin1StringView("plan")},
-        std::pair{AgentAutonomy::edit, QLatin1StringView("edit")},
-        std::pair{AgentAutonomy::full, QLatin1StringView("full")},
     };
 };
 

@@ -193,7 +193,7 @@ int ProcessSpawner::pump(const SpawnedProcess& process, const PumpControl& contr
             break;
         }
         group = watchGroup(process.pid, members.emplace());
-        if (group == Group::gone) {
+        if (group == Group::gone || (control.endsWithChild && !control.waitsForGroup())) {
             drain(process.output.get(), sink);
             break;
         }

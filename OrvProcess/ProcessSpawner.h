@@ -39,6 +39,9 @@ struct PumpControl {
     int abandon = -1;
     /// Whether the child is kept until no process of its group lives, though the output has ended.
     std::function<bool()> waitsForGroup = [] { return false; };
+    /// Whether the output ends with the child, whoever else of its group lives on and could write; unless it waits for
+    /// the group.
+    bool endsWithChild = false;
 };
 
 /// Takes the output in. Called on the pump's thread.

@@ -1,8 +1,8 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/CommandBuilder.h"
 #include "OrvProcess/ProcessSpawner.h"
+#include "OrvProcess/ShellRunner.h"
 #include "OrvUI/AppModel_p.h"
-#include "OrvUI/FlutterDevices.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>
@@ -312,11 +312,15 @@ void AppModel::endServices(std::chrono::milliseconds grace) {
 
 QFuture<QList<FlutterDevice>> AppModel::flutterDevices() {
     ORV_ASSERT_MAIN_THREAD();
-    return runIn(d->workPool, [isEnding = &d->isEnding] { return FlutterDevices::list(30s, *isEnding); });
+    return runIn(d->workPool, [isEnding = &d->isEnding] {
+        const auto words = ShellRunner::shellWords(u"flutter devices --machine"_s);
+        const ShellRunner::Result listing = ShellRunner::run(words, {.time = 60s}, *isEnding);
+        return listing ? DeviceParsers::flutterDevices(listing->text) : QList<FlutterDevice>();
+    });
 }
 
 QList<FlutterDevice> AppModel::parseFlutterDevices(const QByteArray& listing) {
-    return FlutterDevices::parse(listing);
+    return DeviceParsers::flutterDevices(listing);
 }
 
 } // namespace orv

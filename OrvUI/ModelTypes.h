@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvCore/Devices.h"
 #include "OrvCore/Models.h"
 #include "OrvProcess/ProcessManager.h"
 
@@ -56,6 +57,16 @@ struct ModalContent {
     bool operator==(const ModalContent&) const = default;
 };
 
+/// What git says about a project, all its repositories added up.
+struct GitBadge {
+    int changes = 0; ///< files that differ from the last commit
+    int ahead = 0;   ///< commits that the upstream has not
+    int behind = 0;
+    int repoCount = 0;
+
+    bool operator==(const GitBadge&) const = default;
+};
+
 /// "Next.js + FastAPI": what a project is made of, each once; what is unknown is called by its kind.
 [[nodiscard]] QString stackLine(const Project& project);
 
@@ -67,13 +78,6 @@ inline constexpr std::array allProjectFilters{
 [[nodiscard]] QString title(ProjectFilter filter);
 /// The name of its picture in the set of icons ("circle-play").
 [[nodiscard]] QString icon(ProjectFilter filter);
-
-struct FlutterDevice {
-    QString id;
-    QString name;
-
-    bool operator==(const FlutterDevice&) const = default;
-};
 
 /// What a run button offers.
 enum class RunAction { frontend, backend, both, app, flutter, docker };

@@ -53,27 +53,6 @@ TEST(StackLine, NamesEachStackOnce) {
     EXPECT_EQ(stackLine(project), u"Node + Docker"_s);
 }
 
-TEST(FlutterDevices, AreThoseWithAnIdAndAName) {
-    const struct {
-        const char* label;
-        QByteArray listing;
-        QString devices;
-    } cases[] = {
-        {"two", R"([{"id":"a","name":"A","x":1},{"id":"b","name":"B"}])", u"a=A b=B"_s},
-        {"no name", R"([{"id":"a"}])", u""_s},
-        {"other entries", R"([7,null,"x",[],{"id":5,"name":"A"},{"id":"b","name":"B"}])", u"b=B"_s},
-        {"an object", R"({"id":"a","name":"A"})", u""_s},
-        {"no JSON", "flutter: command not found", u""_s},
-    };
-    for (const auto& [label, listing, expected] : cases) {
-        QStringList devices;
-        for (const FlutterDevice& device : AppModel::parseFlutterDevices(listing)) {
-            devices.append(device.id + u'=' + device.name);
-        }
-        EXPECT_EQ(devices.join(u' '), expected) << label;
-    }
-}
-
 TEST(Tile, HasTheColourAndLetterOfTheName) {
     const struct {
         QString name;

@@ -1,0 +1,78 @@
+#include "OrvCore/Agents.h"
+
+namespace orv {
+
+namespace {
+
+/// In the order of the cases.
+constexpr std::array agents{
+    AgentInfo{
+        .kind = AgentKind::claude,
+        .displayName = u"Claude Code",
+        .binary = u"claude",
+        .signInCommand = u"claude",
+        .installHint = u"npm install -g @anthropic-ai/claude-code",
+        .notice = {},
+        .keepsSessions = true},
+    AgentInfo{
+        .kind = AgentKind::codex,
+        .displayName = u"Codex",
+        .binary = u"codex",
+        .signInCommand = u"codex login",
+        .installHint = u"npm install -g @openai/codex",
+        .notice = {}},
+    AgentInfo{
+        .kind = AgentKind::gemini,
+        .displayName = u"Gemini CLI",
+        .binary = u"gemini",
+        .signInCommand = u"gemini",
+        .installHint = u"npm install -g @google/gemini-cli",
+        .notice = u"Replaced by Antigravity CLI for Google AI Pro, Ultra and free users since 18 June 2026. Still "
+                  "works with a paid Gemini API key."},
+    AgentInfo{
+        .kind = AgentKind::antigravity,
+        .displayName = u"Antigravity",
+        .binary = u"agy",
+        .signInCommand = u"agy",
+        .installHint = u"curl -fsSL https://antigravity.google/cli/install.sh | bash",
+        .notice = {}},
+    AgentInfo{
+        .kind = AgentKind::custom,
+        .displayName = u"Custom agent",
+        .binary = {},
+        .signInCommand = {},
+        .installHint = u"Any command-line agent; set its command in Settings \u2192 AI",
+        .notice = {}},
+};
+
+constexpr std::array autonomies{
+    AutonomyInfo{AgentAutonomy::plan, u"Plan only", u"Reads the project and proposes a plan. Changes nothing."},
+    AutonomyInfo{
+        AgentAutonomy::edit, u"Edit files", u"Edits files in the project. Commands that need approval are refused."},
+    AutonomyInfo{AgentAutonomy::full, u"Full auto", u"Edits files and runs any command without asking. Use with care."},
+};
+
+/// Whether each row stands at the place of its case.
+template <typename Rows, typename Member>
+constexpr bool isInOrder(const Rows& rows, Member member) {
+    for (size_t row = 0; row < rows.size(); ++row) {
+        if (static_cast<size_t>(rows[row].*member) != row) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(agents.size() == allAgentKinds.size() && isInOrder(agents, &AgentInfo::kind));
+static_assert(autonomies.size() == allAgentAutonomies.size() && isInOrder(autonomies, &AutonomyInfo::autonomy));
+
+} // namespace
+
+const AgentInfo& agentInfo(AgentKind kind) {
+    return agents[static_cast<size_t>(kind)];
+}
+
+const AutonomyInfo& autonomyInfo(AgentAutonomy autonomy) {
+    return autonomies[static_cast<size_t>(autonomy)];
+}
+
+} // namespace orv

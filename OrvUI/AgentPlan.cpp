@@ -1,0 +1,43 @@
+#include "OrvUI/AgentPlan.h"
+
+#include "OrvCore/AgentCommandBuilder.h"
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+std::expected<AgentPlan, QString> AgentPlanner::plan(
+    AgentKind kind, const QString& task, const std::optional<AgentAutonomy>& autonomy, const AppSettings& settings,
+    const AgentRun* replyingTo) {
+    AgentPlan plan{.task = task.trimmed(), .autonomy = autonomy.value_or(settings.agentAutonomy), .command = {}};
+    if (plan.task.isEmpty()) {
+        return std::unexpected(u"Describe the task first."_s);
+    }
+    const auto session = replyingTo != nullptr ? replyingTo->sessionID() : std::nullopt;
+    const auto command = AgentCommandBuilder::command(kind, plan.autonomy, settings.customAgentCommand, session);
+    if (!command) {
+        return std::unexpected(u"Set the custom agent's command in Settings \u2192 AI first."_s);
+    }
+    plan.command = *command;
+    return plan;
+}
+
+QString AgentPlanner::followUp(const AgentRun& run, const QString& message) {
+    QString text = message.trimmed();
+    const AgentRun::Facts& facts = run.facts();
+    if (text.isEmpty() || agentInfo(facts.agent).keepsSessions) {
+        return text;
+    }
+    return AgentCommandBuilder::followUpTask(facts.task, run.answer().value_or(QString()), text);
+}
+
+QString AgentPlanner::couldNotStart(AgentKind kind, const QString& reason) {
+    return u"Couldn't start %1: %2"_s.arg(agentInfo(kind).displayName, reason);
+}
+
+QString AgentPlanner::openedInAntigravity(const QString& project) {
+    return u"Opened %1 in Antigravity. The task is on your clipboard \u2014 paste it into the Agent Manager."_s.arg(
+        project);
+}
+
+} // namespace orv

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "OrvCore/Settings.h"
+#include "OrvUI/AgentRun.h"
+
+#include <expected>
+
+namespace orv {
+
+/// Text to fill the agent composer with.
+struct AgentDraft {
+    QString projectID;
+    QString text;
+    std::optional<QUuid> taskID; ///< the to-do item that it came from
+
+    bool operator==(const AgentDraft&) const = default;
+};
+
+/// What a background run is started with.
+struct AgentPlan {
+    QString task; ///< trimmed
+    AgentAutonomy autonomy = AgentAutonomy::edit;
+    QString command;
+
+    bool operator==(const AgentPlan&) const = default;
+};
+
+namespace AgentPlanner {
+
+/// Or why there is nothing to start, in words for the user. Without an autonomy the settings' one holds. A run that is
+/// replied to gives its session.
+[[nodiscard]] std::expected<AgentPlan, QString> plan(
+    AgentKind kind, const QString& task, const std::optional<AgentAutonomy>& autonomy, const AppSettings& settings,
+    const AgentRun* replyingTo);
+
+/// The task that continues a run with a message: the message itself where the agent keeps sessions, else what went
+/// before with it. Empty when the message is.
+[[nodiscard]] QString followUp(const AgentRun& run, const QString& message);
+
+[[nodiscard]] QString couldNotStart(AgentKind kind, const QString& reason);
+/// The project was opened in the desktop agent, which can't be handed a task.
+[[nodiscard]] QString openedInAntigravity(const QString& project);
+
+} // namespace AgentPlanner
+} // namespace orv

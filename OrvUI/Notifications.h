@@ -1,0 +1,105 @@
+#pragma once
+
+#include "OrvCore/Settings.h"
+#include "OrvProcess/ProcessManager.h"
+
+#include <variant>
+
+namespace orv {
+
+struct ServiceReady {
+    QString project; ///< its name
+    ServiceID id;
+    std::optional<int> port;
+
+    bool operator==(const ServiceReady&) const = default;
+};
+
+/// A service ended without the user stopping it.
+struct ServiceCrashed {
+    QString project;
+    ServiceID id;
+    QString reason; ///< of its failed state
+
+    bool operator==(const ServiceCrashed&) const = default;
+};
+
+struct ProjectAdded {
+    QString name;
+    QString path;
+    bool cloned = false;
+
+    bool operator==(const ProjectAdded&) const = default;
+};
+
+struct AgentFinished {
+    QString project;
+    QString projectID;
+    QString agent; ///< its display name
+    bool success = false;
+    QString summary;
+
+    bool operator==(const AgentFinished&) const = default;
+};
+
+using NotificationEvent = std::variant<ServiceReady, ServiceCrashed, ProjectAdded, AgentFinished>;
+
+/// What the user wants to be told.
+struct NotificationPrefs {
+    bool enabled = false;
+    bool ready = true;
+    bool crash = true;
+    bool added = true;
+    bool onlyInBackground = true;
+    bool agents = true;
+
+    bool operator==(const NotificationPrefs&) const = default;
+    [[nodiscard]] static NotificationPrefs of(const AppSettings& settings);
+};
+
+struct NotificationRequest {
+    QString title;
+    QString body;
+    std::optional<QString> projectID; ///< whose page a click shows
+    std::optional<QString> openURL;   ///< what its button opens in the browser
+
+    bool operator==(const NotificationRequest&) const = default;
+};
+
+/// What the model posts through.
+class Notifying {
+public:
+    virtual ~Notifying() = default;
+    virtual void post(const NotificationRequest& request) = 0;
+};
+
+namespace NotificationPlanner {
+/// Whether an event becomes a notification, and with which texts. Pure.
+[[nodiscard]] std::optional<NotificationRequest> request(
+    const NotificationEvent& event, const NotificationPrefs& prefs, bool appIsActive);
+} // namespace NotificationPlanner
+
+/// Finds, from one look at the services to the next, what is worth an event: a service that can be reached for the
+/// first time since it was started, and one that has failed without being asked to stop.
+class ServiceTransitions {
+public:
+    struct Look {
+        ServiceID id;
+        ServiceState state;
+        QString project;         ///< its name
+        std::optional<int> port; ///< announced, or found listening
+        bool wasUserStopped = false;
+    };
+
+    /// What has changed since the last call, in the order of the looks.
+    [[nodiscard]] QList<NotificationEvent> update(const QList<Look>& looks);
+
+private:
+    struct Seen {
+        ServiceState::Phase phase = ServiceState::Phase::stopped;
+        bool isAnnounced = false; ///< that it is ready, since its start
+    };
+    QHash<ServiceID, Seen> m_seen;
+};
+
+} // namespace orv

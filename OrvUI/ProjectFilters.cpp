@@ -1,0 +1,118 @@
+#include "OrvUI/ProjectFilters.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+namespace {
+
+struct KindRow {
+    QStringView title;
+    std::optional<ServiceKind> kind; ///< of which the project has a target; absent: it is full-stack
+};
+
+constexpr std::array kindRows{
+    KindRow{u"Full-stack", {}},
+    KindRow{u"Frontend", ServiceKind::frontend},
+    KindRow{u"Backend", ServiceKind::backend},
+    KindRow{u"Flutter", ServiceKind::flutter},
+    KindRow{u"Docker", ServiceKind::docker},
+    KindRow{u"App", ServiceKind::app},
+};
+static_assert(kindRows.size() == allKindFilters.size());
+
+constexpr std::array<QStringView, 3> gitTitles{u"Any", u"Unsaved changes", u"Clean"};
+constexpr std::array<QStringView, 4> modeTitles{u"As cards", u"Show their apps", u"Hide", u"Only collections"};
+
+bool passesGit(GitFilter filter, const std::optional<GitBadge>& badge) {
+    if (filter == GitFilter::any) {
+        return true;
+    }
+    return badge && (badge->changes > 0) == (filter == GitFilter::changes);
+}
+
+bool usesOneOf(const QSet<QString>& frameworks, const Project& project) {
+    return std::ranges::any_of(project.targets, [&frameworks](const ServiceTarget& target) {
+        return target.framework && frameworks.contains(*target.framework);
+    });
+}
+
+void addApps(const QList<ProjectNode>& nodes, QSet<QString>& found) {
+    for (const ProjectNode& node : nodes) {
+        if (node.project) {
+            addApps(node.children, found);
+            continue;
+        }
+        for (const Project& app : node.apps()) {
+            found.insert(app.id);
+        }
+    }
+}
+
+} // namespace
+
+QString title(KindFilter kind) {
+    return kindRows[static_cast<size_t>(kind)].title.toString();
+}
+QString title(GitFilter git) {
+    return gitTitles[static_cast<size_t>(git)].toString();
+}
+QString title(CollectionMode mode) {
+    return modeTitles[static_cast<size_t>(mode)].toString();
+}
+
+bool matches(KindFilter kind, const Project& project) {
+    const auto& wanted = kindRows[static_cast<size_t>(kind)].kind;
+    if (!wanted) {
+        return project.isFullStack();
+    }
+    return std::ranges::find(project.targets, *wanted, &ServiceTarget::kind) != project.targets.end();
+}
+
+bool ProjectFilterSet::narrowsProjects() const {
+    ProjectFilterSet others = *this;
+    others.collections = CollectionMode::show;
+    return others.isActive();
+}
+
+int ProjectFilterSet::activeCount() const {
+    const std::array isSet{
+        !kinds.empty(),
+        !frameworks.isEmpty(),
+        git != GitFilter::any,
+        onlyRunning,
+        onlyPinned,
+        collections != CollectionMode::show};
+    return static_cast<int>(std::ranges::count(isSet, true));
+}
+
+bool passesFilters(const ProjectFilterSet& filters, const Project& project, const ProjectFacts& facts) {
+    const auto isOfKind = [&project](KindFilter kind) { return matches(kind, project); };
+    return (filters.kinds.empty() || std::ranges::any_of(filters.kinds, isOfKind)) &&
+           (filters.frameworks.isEmpty() || usesOneOf(filters.frameworks, project)) &&
+           passesGit(filters.git, facts.badge) && (!filters.onlyRunning || facts.isRunning) &&
+           (!filters.onlyPinned || facts.isPinned);
+}
+
+QStringList availableFrameworks(const QList<Project>& projects) {
+    QStringList names;
+    for (const Project& project : projects) {
+        for (const ServiceTarget& target : project.targets) {
+            if (target.framework && !names.contains(*target.framework)) {
+                names.append(*target.framework);
+            }
+        }
+    }
+    names.sort(Qt::CaseInsensitive);
+    return names;
+}
+
+QSet<QString> appsInCollections(const QList<ProjectNode>& tree) {
+    QSet<QString> found;
+    addApps(tree, found);
+    return found;
+}
+
+} // namespace orv

@@ -1,0 +1,105 @@
+#include "OrvUI/Notifications.h"
+#include "tests/support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+using namespace orv;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const ServiceID web{u"/p/shop"_s, ServiceKind::frontend, u"/p/shop/web"_s};
+const ServiceID api{u"/p/shop"_s, ServiceKind::backend, u"/p/shop/api"_s};
+
+/// "title / body / project / url".
+QString shown(const std::optional<NotificationRequest>& request) {
+    return request
+               ? QStringList{request->title, request->body, request->projectID.value_or(u"-"_s), request->openURL.value_or(u"-"_s)}
+                     .join(u" / "_s)
+               : u"nothing"_s;
+}
+
+} // namespace
+
+TEST(NotificationPlanner, TellsWhatIsWanted) {
+    struct Case {
+        NotificationEvent event;
+        bool NotificationPrefs::* wanted;
+        QString request;
+    };
+    const std::vector<Case> cases{
+        {ServiceReady{u"shop"_s, web, 5173}, &NotificationPrefs::ready,
+         u"shop is ready / Frontend is running on localhost:5173. / /p/shop / http://localhost:5173"_s},
+        {ServiceReady{u"shop"_s, api, {}}, &NotificationPrefs::ready,
+         u"shop is ready / Backend is running. / /p/shop / -"_s},
+        {ServiceCrashed{u"shop"_s, api, u"Exited with code 1: boom"_s}, &NotificationPrefs::crash,
+         u"shop stopped unexpectedly / Backend: Exited with code 1: boom / /p/shop / -"_s},
+        {ProjectAdded{u"shop"_s, u"/p/shop"_s, true}, &NotificationPrefs::added,
+         u"shop was cloned / It's in your projects folder, ready to open. / /p/shop / -"_s},
+        {ProjectAdded{u"shop"_s, u"/p/shop"_s, false}, &NotificationPrefs::added,
+         u"shop was created / It's in your projects folder, ready to open. / /p/shop / -"_s},
+        {AgentFinished{u"shop"_s, u"/p/shop"_s, u"Codex"_s, true, u"All set"_s}, &NotificationPrefs::agents,
+         u"Codex finished in shop / All set / /p/shop / -"_s},
+        {AgentFinished{u"shop"_s, u"/p/shop"_s, u"Codex"_s, true, {}}, &NotificationPrefs::agents,
+         u"Codex finished in shop / The task is done. / /p/shop / -"_s},
+        {AgentFinished{u"shop"_s, u"/p/shop"_s, u"Codex"_s, false, {}}, &NotificationPrefs::agents,
+         u"Codex couldn't finish in shop / It stopped before finishing. / /p/shop / -"_s},
+    };
+    for (const Case& row : cases) {
+        AppSettings settings;
+        settings.notificationsEnabled = true;
+        const NotificationPrefs on = NotificationPrefs::of(settings);
+        EXPECT_EQ(shown(NotificationPlanner::request(row.event, on, false)), row.request);
+        EXPECT_EQ(NotificationPlanner::request(row.event, on, true), std::nullopt) << row.request.toStdString();
+        NotificationPrefs always = on;
+        always.onlyInBackground = false;
+        EXPECT_EQ(shown(NotificationPlanner::request(row.event, always, true)), row.request);
+        NotificationPrefs without = on;
+        without.*row.wanted = false;
+        EXPECT_EQ(NotificationPlanner::request(row.event, without, false), std::nullopt) << row.request.toStdString();
+        EXPECT_EQ(NotificationPlanner::request(row.event, {}, false), std::nullopt) << row.request.toStdString();
+    }
+}
+
+TEST(ServiceTransitions, TellOncePerStartThatAServiceIsReadyAndOfEveryCrash) {
+    const auto running = [](std::optional<int> port) { return ServiceState::running(port); };
+    const ServiceState starting = ServiceState::starting();
+    const ServiceState failed = ServiceState::failed(u"boom"_s);
+    struct Step {
+        const char* label;
+        ServiceState state;
+        std::optional<int> port;
+        bool wasUserStopped;
+        QString events; ///< "ready 80", "crashed boom"
+    };
+    const std::vector<Step> steps{
+        {"starts", starting, {}, false, u""_s},
+        {"listens before it is up", starting, 80, false, u""_s},
+        {"is up, where is not known", running({}), {}, false, u""_s},
+        {"is found listening", running({}), 80, false, u"ready 80"_s},
+        {"announces another port", running(81), 81, false, u""_s},
+        {"is lost", running(81), {}, false, u""_s},
+        {"and found again", running(81), 81, false, u""_s},
+        {"crashes", failed, {}, false, u"crashed boom"_s},
+        {"stays so", failed, {}, false, u""_s},
+        {"starts again", starting, {}, false, u""_s},
+        {"is up again", running(80), 80, false, u"ready 80"_s},
+        {"fails as asked", failed, {}, true, u""_s},
+        {"stops", ServiceState::stopped(), {}, true, u""_s},
+        {"is up at once", running(80), 80, false, u"ready 80"_s},
+    };
+    ServiceTransitions transitions;
+    for (const Step& step : steps) {
+        QStringList events;
+        const QList<ServiceTransitions::Look> looks{
+            {api, starting, u"shop"_s, 1, false}, {web, step.state, u"shop"_s, step.port, step.wasUserStopped}};
+        for (const NotificationEvent& event : transitions.update(looks)) {
+            const auto* ready = std::get_if<ServiceReady>(&event);
+            events
+                << (ready ? u"ready %1"_s.arg(ready->port.value_or(0))
+                          : u"crashed "_s + std::get<ServiceCrashed>(event).reason);
+            EXPECT_EQ(ready ? ready->id : std::get<ServiceCrashed>(event).id, web);
+        }
+        EXPECT_EQ(events.join(u", "_s), step.events) << step.label;
+    }
+}

@@ -2,7 +2,7 @@
 
 #include "OrvCore/AgentCommandBuilder.h"
 #include "OrvCore/Async.h"
-#include "OrvProcess/Pipe_p.h"
+#include "OrvCore/Pipe.h"
 
 #include <QPointer>
 #include <QTimer>

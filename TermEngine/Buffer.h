@@ -85,6 +85,7 @@ public:
         bool hasScrollback = false;
         int tabStopWidth = 8;
         RegionalIndicatorWidth regionalIndicatorWidth = RegionalIndicatorWidth::wide;
+        const VectorOps* ops = &fastestVectorOps();
     };
 
     Buffer(std::shared_ptr<CellArena> arena, const Setup& setup);
@@ -215,7 +216,7 @@ private:
 
     std::shared_ptr<CellArena> m_arena;
     Setup m_setup;
-    const VectorOps& m_ops = fastestVectorOps();
+    const VectorOps& m_ops;
     int m_cols;
     int m_rows;
     CircularList<std::unique_ptr<BufferLine>> m_lines;

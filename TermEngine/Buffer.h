@@ -197,6 +197,7 @@ private:
         return std::max(limit, m_x);
     }
     void wrap(const Pen& pen);
+    [[nodiscard]] bool canWrapWide(int right) const { return wraparound && right > (marginMode ? m_marginLeft : 0); }
     std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
     void putScalar(char32_t scalar, int width, const Pen& pen);
     void putClustered(char32_t scalar, unicode::Properties properties, const Pen& pen, ClusterMode mode);

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -34,8 +35,9 @@ struct SavedCursor {
     bool pendingWrap = false;
     bool originMode = false;
     bool marginMode = false;
-    bool wraparound = true;
-    bool reverseWraparound = false;
+    // Nothing: no cursor was saved, and restoring one leaves them as they are.
+    std::optional<bool> wraparound{};
+    std::optional<bool> reverseWraparound{};
     PackedAttributeKey attribute{};
     bool isProtected = false;
     CharsetState charset{};

@@ -147,19 +147,17 @@ void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
     int right = rightLimit(line(m_y));
     const int width = cell.isWide() ? 2 : 1;
     if (m_x + width - 1 > right) {
-        // A wide character, and one column left.
-        if (right - (marginMode ? m_marginLeft : 0) < 1) {
+        // A wide character, and one column left, which stays as it is.
+        if (!canWrapWide(right)) {
             return;
         }
-        if (wraparound) {
-            line(m_y).set(m_x, pen.blank.with(WidthState::wrapPad));
-            wrap(pen);
-            right = rightLimit(line(m_y));
-            if (m_x + 1 > right) {
-                return;
-            }
-        } else {
-            m_x = right - 1;
+        if (const PackedCell left = line(m_y)[m_x]; left.isBlank()) {
+            line(m_y).set(m_x, left.with(WidthState::wrapPad));
+        }
+        wrap(pen);
+        right = rightLimit(line(m_y));
+        if (m_x + 1 > right) {
+            return;
         }
     }
     BufferLine& target = line(m_y);
@@ -232,13 +230,18 @@ void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen
 /// The character at `col`, just written, takes two columns from now on.
 void Buffer::widen(int col, const Pen& pen) {
     const PackedCell cell = line(m_y)[col].with(WidthState::wide);
-    if (m_pendingWrap && !wraparound) {
-        return;
-    }
-    // It stands in the last column: what is left there is what a wide character leaves.
+    const int x = m_x;
+    const bool wasPending = m_pendingWrap;
     setCursor(col, m_y);
-    if (insertsAtCursor()) {
-        line(m_y).deleteCells(col, 1, std::max(rightLimit(line(m_y)), col) + 1, pen.blank);
+    if (const int right = std::max(rightLimit(line(m_y)), col); col == right) {
+        if (!canWrapWide(right)) {
+            m_x = x;
+            m_pendingWrap = wasPending;
+            return;
+        }
+        line(m_y).set(col, pen.blank);
+    } else if (insertsAtCursor()) {
+        line(m_y).deleteCells(col, 1, right + 1, pen.blank);
     }
     insertCharacter(cell, pen);
 }

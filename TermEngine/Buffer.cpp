@@ -14,6 +14,7 @@ std::size_t lengthOf(const Buffer::Setup& setup, int rows) {
 Buffer::Buffer(std::shared_ptr<CellArena> arena, const Setup& setup)
     : m_arena(std::move(arena)),
       m_setup(setup),
+      m_ops(*setup.ops),
       m_cols(setup.cols),
       m_rows(setup.rows),
       m_lines(lengthOf(setup, setup.rows)),

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -34,8 +35,9 @@ struct SavedCursor {
     bool pendingWrap = false;
     bool originMode = false;
     bool marginMode = false;
-    bool wraparound = true;
-    bool reverseWraparound = false;
+    // Nothing: no cursor was saved, and restoring one leaves them as they are.
+    std::optional<bool> wraparound{};
+    std::optional<bool> reverseWraparound{};
     PackedAttributeKey attribute{};
     bool isProtected = false;
     CharsetState charset{};
@@ -85,6 +87,7 @@ public:
         bool hasScrollback = false;
         int tabStopWidth = 8;
         RegionalIndicatorWidth regionalIndicatorWidth = RegionalIndicatorWidth::wide;
+        const VectorOps* ops = &fastestVectorOps();
     };
 
     Buffer(std::shared_ptr<CellArena> arena, const Setup& setup);
@@ -196,6 +199,7 @@ private:
         return std::max(limit, m_x);
     }
     void wrap(const Pen& pen);
+    [[nodiscard]] bool canWrapWide(int right) const { return wraparound && right > (marginMode ? m_marginLeft : 0); }
     std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
     void putScalar(char32_t scalar, int width, const Pen& pen);
     void putClustered(char32_t scalar, unicode::Properties properties, const Pen& pen, ClusterMode mode);
@@ -215,7 +219,7 @@ private:
 
     std::shared_ptr<CellArena> m_arena;
     Setup m_setup;
-    const VectorOps& m_ops = fastestVectorOps();
+    const VectorOps& m_ops;
     int m_cols;
     int m_rows;
     CircularList<std::unique_ptr<BufferLine>> m_lines;

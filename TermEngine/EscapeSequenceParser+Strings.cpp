@@ -77,7 +77,8 @@ void EscapeSequenceParser::appendOscBytes(Bytes bytes) {
     }
     if (m_programStatusOsc >= 0 && !m_oscLimitExceeded) {
         m_osc.insert(m_osc.end(), bytes.data(), bytes.data() + bytes.size());
-        if (isProgramStatusOsc(m_osc)) {
+        // The number has to be within the limit, so that it does not matter how the bytes were cut.
+        if (isProgramStatusOsc(Bytes(m_osc).first(std::min(m_osc.size(), m_maximumOscBytes)))) {
             if (m_osc.size() / 2 > m_maximumOscBytes) {
                 trimProgramStatus(m_osc, m_maximumOscBytes);
             }

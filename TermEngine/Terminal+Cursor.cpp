@@ -157,8 +157,8 @@ void Terminal::restoreCursor() {
     const SavedCursor& saved = b.saved;
     m_modes.origin = saved.originMode;
     b.marginMode = saved.marginMode;
-    b.wraparound = saved.wraparound;
-    b.reverseWraparound = saved.reverseWraparound;
+    b.wraparound = saved.wraparound.value_or(b.wraparound);
+    b.reverseWraparound = saved.reverseWraparound.value_or(b.reverseWraparound);
     m_attribute = saved.attribute;
     m_isProtected = saved.isProtected;
     m_isPenStale = true;

@@ -166,12 +166,15 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
         }
         break;
     case 1049:
-        if (on && !isAlternateActive() && m_modes.allowsAlternateScreen) {
-            saveCursor();
-            activateAlternate(true);
-        } else if (!on) {
-            activateNormal(false);
-            restoreCursor();
+        // Also where the screen is the wanted one already, as in xterm: a program that was stopped left it so.
+        if (m_modes.allowsAlternateScreen) {
+            if (on) {
+                saveCursor();
+                activateAlternate(true);
+            } else {
+                activateNormal(false);
+                restoreCursor();
+            }
         }
         break;
     case 1045:

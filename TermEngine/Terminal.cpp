@@ -14,26 +14,27 @@ TerminalOptions withinBounds(TerminalOptions options) {
     return options;
 }
 
-Buffer::Setup setupOf(const TerminalOptions& options, bool hasScrollback) {
+Buffer::Setup setupOf(const TerminalOptions& options, bool hasScrollback, const VectorOps& ops) {
     return {
         .cols = options.cols,
         .rows = options.rows,
         .scrollback = hasScrollback ? options.scrollback : 0,
         .hasScrollback = hasScrollback,
         .tabStopWidth = options.tabStopWidth,
-        .regionalIndicatorWidth = options.regionalIndicatorWidth};
+        .regionalIndicatorWidth = options.regionalIndicatorWidth,
+        .ops = &ops};
 }
 
 } // namespace
 
-Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options)
+Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options, const VectorOps& ops)
     : m_delegate(delegate),
       m_options(withinBounds(std::move(options))),
       m_arena(std::make_shared<CellArena>()),
-      m_normal(std::make_unique<Buffer>(m_arena, setupOf(m_options, true))),
-      m_alternate(std::make_unique<Buffer>(m_arena, setupOf(m_options, false))),
+      m_normal(std::make_unique<Buffer>(m_arena, setupOf(m_options, true, ops))),
+      m_alternate(std::make_unique<Buffer>(m_arena, setupOf(m_options, false, ops))),
       m_buffer(m_normal.get()),
-      m_parser(*this),
+      m_parser(*this, ops),
       m_cursorStyle(m_options.cursorStyle),
       m_images(m_options.kittyGraphics.imageCacheLimitBytes),
       m_graphics(m_options.kittyGraphics, m_images),

@@ -36,7 +36,8 @@ public:
     static constexpr std::size_t titleStackLimit = 10;
     static constexpr std::chrono::milliseconds synchronizedOutputTimeout{1000};
 
-    explicit Terminal(TerminalDelegate& delegate, TerminalOptions options = {});
+    explicit Terminal(
+        TerminalDelegate& delegate, TerminalOptions options = {}, const VectorOps& ops = fastestVectorOps());
     ~Terminal() override;
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;

@@ -26,7 +26,7 @@ Runs a command on a pseudo-terminal and prints the screen that it made.
 
   --size COLSxROWS   of the terminal (80x24)
   --scrollback N     lines of history (500)
-  --input FILE       sent to the command, after it has been quiet for the first time
+  --input FILE       sent to the command in the pieces between NUL bytes, one each time that it has been quiet
   --wait TEXT        ends when the text is on the screen
   --quiet MS         ends when the command has written nothing for so long (300)
   --timeout MS       ends at the latest then (10000)
@@ -130,7 +130,7 @@ std::string quoted(std::string_view text) {
 std::string ansiRow(const term::Terminal& terminal, const term::BufferLine& line) {
     std::string text;
     term::Attribute last;
-    const int length = std::max(line.usedLength(), line.tailBlankCell().isBlank() ? 0 : line.size());
+    const int length = line.tailBlankCell() == term::PackedCell() ? line.usedLength() : line.size();
     for (int col = 0; col < length; ++col) {
         if (line[col].isSpacer()) {
             continue;
@@ -183,18 +183,18 @@ public:
         std::unique_lock lock(m_mutex);
         const auto deadline = Clock::now() + m_options.timeout;
         m_lastOutput = Clock::now();
-        bool hasSent = m_options.input.empty();
+        std::string_view input = m_options.input;
         while (!m_hasEnded && Clock::now() < deadline) {
             if (!m_options.wait.empty() && isShown(m_options.wait)) {
                 break;
             }
             const auto quietAt = m_lastOutput + m_options.quiet;
             if (Clock::now() >= quietAt) {
-                if (!hasSent) {
-                    hasSent = true;
+                if (!input.empty()) {
+                    const std::string_view piece = input.substr(0, input.find('\0'));
+                    input.remove_prefix(std::min(piece.size() + 1, input.size()));
                     m_lastOutput = Clock::now();
-                    m_process->send(
-                        {reinterpret_cast<const std::uint8_t*>(m_options.input.data()), m_options.input.size()});
+                    m_process->send({reinterpret_cast<const std::uint8_t*>(piece.data()), piece.size()});
                     continue;
                 }
                 if (m_options.wait.empty()) {

@@ -1,0 +1,56 @@
+#include "TerminalCheck.h"
+
+/// A terminal of a size and options from the first bytes; then pieces of a program's output, and what a host does
+/// between them: resizes, another length of history, resets, snapshots.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    FuzzInput input(data, size);
+    term::TerminalOptions options = takeOptions(input);
+    const auto answers = (input.byte() & 1U) != 0 ? FuzzHost::Answers::fromWithin : FuzzHost::Answers::plain;
+    FuzzHost host(answers);
+    term::Terminal terminal(host, options);
+    term::ScreenSnapshot snapshot;
+    DrawnLines drawn;
+    int64_t now = 0;
+    while (!input.isEmpty()) {
+        const uint8_t what = input.byte();
+        switch (what) {
+        case 0xF9:
+            terminal.resize(1 + input.byte() % 80, 1 + input.byte() % 16);
+            break;
+        case 0xFA:
+            options.scrollback = input.byte() % 32;
+            terminal.setScrollback(options.scrollback);
+            break;
+        case 0xFB:
+            terminal.reset();
+            break;
+        case 0xFC:
+            terminal.synchronizedOutputTimedOut();
+            terminal.themeChanged();
+            break;
+        case 0xFD:
+            terminal.arena().sweep();
+            break;
+        case 0xFE:
+            snapshot = term::takeSnapshot(terminal, &snapshot);
+            break;
+        case 0xFF:
+            terminal.buffer().setYDisp(input.byte());
+            now += 100;
+            terminal.advanceAnimations(now);
+            break;
+        default:
+            terminal.feed(input.take(what));
+        }
+        requireSoundBuffer(terminal.buffer(), options.scrollback);
+        drawn.require(terminal);
+        require(terminal.images().usedBytes() <= options.kittyGraphics.imageCacheLimitBytes);
+        require(terminal.title().size() <= term::Terminal::maximumTextBytes);
+    }
+    requireSoundBuffer(terminal.normalBuffer(), options.scrollback);
+    // The others hold titles.
+    if (answers == FuzzHost::Answers::plain) {
+        requireSoundReplies(host.replies);
+    }
+    return 0;
+}

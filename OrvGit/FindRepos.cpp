@@ -1,29 +1,39 @@
+#include "OrvCore/FolderReader.h"
 #include "OrvCore/ProjectScanner.h"
 #include "OrvGit/GitService.h"
 
-#include <QDir>
-#include <QFileInfo>
-
-using namespace Qt::StringLiterals;
+#include <QFile>
 
 namespace orv {
 namespace {
 
 constexpr int deepest = 5;
 
-void find(const QString& folder, int depth, QStringList& found) {
-    if (QFileInfo::exists(folder + u"/.git"_s)) {
+void find(const QString& folder, int depth, FolderReader& reader, QStringList& found) {
+    if (!reader.open(folder)) {
+        return;
+    }
+    if (reader.exists(".git")) {
         found.append(folder);
     }
     if (depth == deepest) {
         return;
     }
     static const QSet<QString> skipped = ProjectScanner::defaultSkips();
-    const QStringList names = QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks);
-    for (const QString& name : names) {
-        if (!skipped.contains(name)) {
-            find(folder + u'/' + name, depth + 1, found);
+    QStringList below;
+    for (const FolderReader::Entry& entry : reader.entries()) {
+        const std::string_view name = reader.name(entry);
+        if (name.starts_with('.') || !reader.isFolder(entry)) {
+            continue;
         }
+        const QString text = QFile::decodeName(QByteArray(name.data(), static_cast<qsizetype>(name.size())));
+        if (!skipped.contains(text)) {
+            below.append(folder + u'/' + text);
+        }
+    }
+    reader.close();
+    for (const QString& each : below) {
+        find(each, depth + 1, reader, found);
     }
 }
 
@@ -31,7 +41,8 @@ void find(const QString& folder, int depth, QStringList& found) {
 
 QStringList GitService::findRepos(const QString& folder) {
     QStringList found;
-    find(folder, 0, found);
+    FolderReader reader;
+    find(folder, 0, reader, found);
     found.sort();
     return found;
 }

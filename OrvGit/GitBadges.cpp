@@ -22,7 +22,7 @@ struct GitBadges::Reading {
 GitBadges::GitBadges(int threads, const EnvironmentEntries& extraEnvironment)
     : m_runner{extraEnvironment, GitPurpose::background, GitCancellation()} {
     m_pool.setObjectName(u"git badges"_s);
-    m_pool.setMaxThreadCount(threads > 0 ? threads : std::max(2, QThread::idealThreadCount()));
+    m_pool.setMaxThreadCount(threads > 0 ? threads : 2 * std::max(2, QThread::idealThreadCount()));
 }
 
 GitBadges::~GitBadges() {

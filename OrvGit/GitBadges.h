@@ -21,7 +21,8 @@ struct GitBadge {
 /// its own. The destructor ends those that run.
 class GitBadges {
 public:
-    /// As many at once as there are cores, unless `threads` says another number.
+    /// Twice as many at once as there are cores, unless `threads` says another number: a status waits for the disk, and
+    /// for its turn on a busy machine.
     explicit GitBadges(int threads = 0, const EnvironmentEntries& extraEnvironment = {});
     ~GitBadges();
     Q_DISABLE_COPY_MOVE(GitBadges)

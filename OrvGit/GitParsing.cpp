@@ -147,7 +147,10 @@ QStringList refs(QByteArrayView decoration) {
             names.append(u"HEAD"_s);
             name = name.sliced(arrow.size());
         }
-        names.append((name.startsWith(tag) ? name.sliced(tag.size()) : name).toString());
+        name = name.startsWith(tag) ? name.sliced(tag.size()) : name;
+        if (!name.isEmpty()) {
+            names.append(name.toString());
+        }
     }
     return names;
 }

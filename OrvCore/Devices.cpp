@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -45,8 +46,9 @@ QList<int> version(const QString& runtime) {
     return numbers;
 }
 
-bool isOlder(const QString& runtime, const QString& other) {
-    return std::ranges::lexicographical_compare(version(runtime), version(other));
+/// Two runtimes of one version are told apart by their names.
+std::pair<QList<int>, QString> age(const QString& runtime) {
+    return {version(runtime), runtime};
 }
 
 std::optional<SimulatorDevice> simulator(const QJsonValue& entry, const QString& runtime) {
@@ -62,13 +64,12 @@ std::optional<SimulatorDevice> simulator(const QJsonValue& entry, const QString&
 void sortForLists(QList<SimulatorDevice>& devices) {
     QCollator collator{QLocale(QLocale::English)};
     collator.setNumericMode(true);
-    std::ranges::stable_sort(devices, [&collator](const SimulatorDevice& device, const SimulatorDevice& other) {
+    std::ranges::sort(devices, [&collator](const SimulatorDevice& device, const SimulatorDevice& other) {
         if (device.runtime != other.runtime) {
-            const auto key = std::tuple(version(device.runtime), device.runtime);
-            return key < std::tuple(version(other.runtime), other.runtime);
+            return age(device.runtime) < age(other.runtime);
         }
         const int order = collator.compare(device.name, other.name);
-        return order != 0 ? order < 0 : device.udid < other.udid;
+        return order != 0 ? order < 0 : std::tie(device.udid, device.name) < std::tie(other.udid, other.name);
     });
 }
 
@@ -115,15 +116,20 @@ QList<RuntimeGroup> groupedByRuntime(const QList<SimulatorDevice>& devices) {
         }
         group->devices.append(device);
     }
-    std::ranges::stable_sort(groups, isOlder, &RuntimeGroup::runtime);
+    std::ranges::sort(groups, {}, [](const RuntimeGroup& group) { return age(group.runtime); });
     return groups;
 }
 
 QList<SimulatorDevice> shortlist(const QList<SimulatorDevice>& devices, qsizetype limit) {
-    QList<SimulatorDevice> sorted = devices;
-    std::ranges::stable_sort(sorted, [](const SimulatorDevice& device, const SimulatorDevice& other) {
-        return device.isBooted != other.isBooted ? device.isBooted : isOlder(other.runtime, device.runtime);
-    });
+    QList<SimulatorDevice> sorted;
+    for (const bool isBooted : {true, false}) {
+        QList<SimulatorDevice> some = devices;
+        some.removeIf([isBooted](const SimulatorDevice& device) { return device.isBooted != isBooted; });
+        const QList<RuntimeGroup> groups = groupedByRuntime(some);
+        for (auto group = groups.crbegin(); group != groups.crend(); ++group) {
+            sorted += group->devices;
+        }
+    }
     return sorted.first(std::clamp<qsizetype>(limit, 0, sorted.size()));
 }
 

@@ -13,7 +13,7 @@ void Buffer::resize(int cols, int rows, std::span<LinePlace> places) {
     const std::size_t length = static_cast<std::size_t>(rows + (m_setup.hasScrollback ? m_setup.scrollback : 0));
     if (cols != m_cols) {
         resizeTabStops(cols);
-        reflow(cols, places);
+        reflow(cols, rows, places);
     }
     m_lines.setMaxLength(std::max(length, m_lines.size()) + static_cast<std::size_t>(rows));
     resizeRows(rows);
@@ -36,7 +36,25 @@ int Buffer::lastLineInUse() const {
     return last;
 }
 
-void Buffer::reflow(int cols, std::span<LinePlace> places) {
+/// How many of the oldest lines are sure to go when the columns change: what comes below them is more than there will
+/// be room for. (A history of 100,000 lines makes eight million rows of one column.)
+int Buffer::linesWithoutRoom(int cols, int rows, int last) const {
+    const std::int64_t room = std::int64_t{rows} + m_rows + m_setup.scrollback;
+    std::int64_t made = 0;
+    int first = last + 1;
+    while (first > 0 && made < room) {
+        const BufferLine& end = lineAt(--first);
+        std::int64_t cells = end.trimmedLength();
+        while (first > 0 && lineAt(first).isWrapped()) {
+            cells += lineAt(--first).size() - 1;
+        }
+        // In one column, a wide character takes one of its two cells along.
+        made += end.renderMode() == RenderLineMode::single ? std::max<std::int64_t>(cells / std::max(cols, 2), 1) : 1;
+    }
+    return std::min(first, m_yBase);
+}
+
+void Buffer::reflow(int cols, int rows, std::span<LinePlace> places) {
     m_cols = cols;
     if (!m_setup.hasScrollback) {
         for (int index = 0; index < lineCount(); ++index) {
@@ -47,11 +65,16 @@ void Buffer::reflow(int cols, std::span<LinePlace> places) {
         return;
     }
     const bool follows = m_yDisp == m_yBase;
-    const int last = lastLineInUse();
-    const bool isFull = last == lineCount() - 1;
+    const int lastInUse = lastLineInUse();
+    const bool isFull = lastInUse == lineCount() - 1;
+    const int dropped = linesWithoutRoom(cols, rows, lastInUse);
+    const int last = lastInUse - dropped;
+    m_trimmedCount += static_cast<std::uint64_t>(dropped);
+    m_yBase -= dropped;
+    m_yDisp = std::max(m_yDisp - dropped, 0);
     std::vector<std::unique_ptr<BufferLine>> lines;
     lines.reserve(static_cast<std::size_t>(last) + 1);
-    for (int index = 0; index <= last; ++index) {
+    for (int index = dropped; index <= lastInUse; ++index) {
         lines.push_back(std::move(m_lines[static_cast<std::size_t>(index)]));
     }
     const int savedLine = std::min(m_yBase + saved.y, last);

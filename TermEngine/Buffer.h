@@ -210,7 +210,8 @@ private:
     void scrollRegionDown(int top, int bottom, int count, PackedCell blank);
     void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);
     void tellMoved(int top, int bottom, int left, int right, int by);
-    void reflow(int cols, std::span<LinePlace> places);
+    void reflow(int cols, int rows, std::span<LinePlace> places);
+    [[nodiscard]] int linesWithoutRoom(int cols, int rows, int last) const;
     void resizeRows(int rows);
     void resizeTabStops(int cols);
     void fillRows();

@@ -1,3 +1,4 @@
+#include "TermEngine/TextRange.h"
 #include "TerminalFixture.h"
 
 #include <gtest/gtest.h>
@@ -125,6 +126,37 @@ TEST(Terminal, KeepsTextAndAttributesThroughAResizeThereAndBack) {
         session.terminal.resize(cols, 25);
     }
     EXPECT_EQ(describe(session.terminal, true), before);
+}
+
+TEST(Terminal, KeepsTheNewestOfWhatANarrowWidthMakesTooLong) {
+    std::mt19937 random(11);
+    for (int round = 0; round < 60; ++round) {
+        std::string text;
+        for (int line = 0; line < 60; ++line) {
+            for (std::size_t n = random() % 40; n > 0; --n) {
+                text += random() % 5 == 0 ? "\u6f22" : std::string(1, static_cast<char>('a' + random() % 26));
+            }
+            text += random() % 9 == 0 ? "\x1B#6\r\n" : "\r\n";
+        }
+        const int cols = 1 + static_cast<int>(random() % 12);
+        const int rows = 2 + static_cast<int>(random() % 8);
+        const auto rowsAfter = [&](int scrollback) {
+            RecordingHost host;
+            Terminal terminal(host, {.cols = 16, .rows = 4, .scrollback = scrollback});
+            terminal.feed(text);
+            terminal.resize(cols, rows);
+            std::vector<std::string> shown;
+            const Buffer& buffer = terminal.buffer();
+            for (int line = std::max(buffer.yBase() + buffer.rows() - 30, 0); line < buffer.yBase() + buffer.rows();
+                 ++line) {
+                shown.push_back(buffer.lineAt(line).translateToString(buffer.arena(), true));
+            }
+            shown.push_back(std::to_string(buffer.x()) + "," + std::to_string(buffer.y()));
+            return shown;
+        };
+        // With room for everything nothing is left out.
+        EXPECT_EQ(rowsAfter(40), rowsAfter(100'000)) << "round " << round << ", " << cols << " by " << rows;
+    }
 }
 
 TEST(Terminal, StaysWithinItsBoundsOnHostileInput) {

@@ -7,6 +7,7 @@
 #include "TermEngine/TextRange.h"
 
 #include <QPointer>
+#include <QTimer>
 
 #include <algorithm>
 #include <array>
@@ -78,7 +79,13 @@ std::optional<std::vector<std::string>> environment() {
 /// What the terminal asks of its host.
 class TerminalSession::Delegate final : public term::TerminalDelegate {
 public:
-    explicit Delegate(TerminalSession& session) : m_session(session) {}
+    explicit Delegate(TerminalSession& session) : m_session(session) {
+        m_synchronizedOutput.setSingleShot(true);
+        QObject::connect(&m_synchronizedOutput, &QTimer::timeout, &session, [&session] {
+            session.m_terminal->synchronizedOutputTimedOut();
+            Q_EMIT session.outputReceived();
+        });
+    }
 
     void send(term::Terminal& /*source*/, term::Bytes data) override { m_session.m_process->send(data); }
     // Whoever hears of it may close the session, which the terminal that calls here would not survive.
@@ -90,6 +97,13 @@ public:
     void bell(term::Terminal& /*source*/) override {
         QMetaObject::invokeMethod(&m_session, &TerminalSession::bellRang, Qt::QueuedConnection);
     }
+    void scheduleSynchronizedOutputTimeout(term::Terminal& /*source*/, std::chrono::milliseconds limit) override {
+        m_synchronizedOutput.start(limit);
+    }
+    std::optional<term::PasteControlBytes> terminalControlBytesForPaste(term::Terminal& /*source*/) override {
+        return term::PasteControlBytes{
+            .lineDiscipline = term::PseudoTerminalHelpers::controlBytes(m_session.m_process->childfd())};
+    }
     std::optional<term::CellSize> cellSizeInPixels(term::Terminal& /*source*/) override {
         if (m_session.m_cellPixels.isEmpty()) {
             return {};
@@ -99,6 +113,7 @@ public:
 
 private:
     TerminalSession& m_session;
+    QTimer m_synchronizedOutput; ///< ends what a program has begun and does not end
 };
 
 /// What the process delivers, on the main thread. It outlives the session for as long as a delivery is on its way.
@@ -134,6 +149,7 @@ TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThre
     options.cols = initialColumns;
     options.rows = initialRows;
     m_terminal = std::make_unique<term::Terminal>(*m_delegate, options);
+    m_terminal->setXtVersionIdentity("OrvLauncher");
     m_process =
         term::LocalProcess::create(m_processDelegate, {.queue = std::move(queue), .options = std::move(options)});
 }

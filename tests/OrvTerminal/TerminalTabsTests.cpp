@@ -77,6 +77,13 @@ TEST_F(Terminals, TakeTheTitleThatAProgramSets) {
     EXPECT_EQ(changes.count(), 1);
 }
 
+TEST_F(Terminals, EndSynchronizedOutputThatAProgramForgets) {
+    TerminalSession* session = open();
+    session->send(u"printf '\\033[?2026h'\n"_s);
+    EXPECT_TRUE(waitFor([&] { return session->terminal().decPrivateMode(2026) == true; }));
+    EXPECT_TRUE(waitFor([&] { return session->terminal().decPrivateMode(2026) == false; }));
+}
+
 TEST_F(Terminals, KnowWhatIsInTheForeground) {
     TerminalSession* idle = open();
     TerminalSession* busy = open();

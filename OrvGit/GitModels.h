@@ -25,6 +25,12 @@ struct FileChange {
     [[nodiscard]] QStringList touchedPaths() const;
 };
 
+} // namespace orv
+
+Q_DECLARE_TYPEINFO(orv::FileChange, Q_RELOCATABLE_TYPE);
+
+namespace orv {
+
 struct RepoStatus {
     std::optional<QString> branch;   ///< absent when HEAD is detached
     std::optional<QString> upstream; ///< "origin/main"; absent when none is configured

@@ -44,7 +44,7 @@ std::optional<std::array<QByteArrayView, count>> fields(QByteArrayView line) {
 
 std::optional<QDateTime> date(QByteArrayView seconds) {
     bool isNumber = false;
-    const qint64 value = seconds.toByteArray().toLongLong(&isNumber);
+    const qint64 value = seconds.toLongLong(&isNumber);
     return isNumber ? std::optional(QDateTime::fromSecsSinceEpoch(value, Qt::UTC)) : std::nullopt;
 }
 

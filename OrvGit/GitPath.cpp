@@ -34,8 +34,9 @@ bool isOctal(char letter) {
 } // namespace
 
 QString GitPath::fromBytes(QByteArrayView bytes) {
-    if (bytes.isValidUtf8()) {
-        return QString::fromUtf8(bytes);
+    // What is not UTF-8 shows as this letter, which a path may also hold itself.
+    if (QString text = QString::fromUtf8(bytes); !text.contains(QChar(QChar::ReplacementCharacter))) {
+        return text;
     }
     QString path;
     while (!bytes.isEmpty()) {

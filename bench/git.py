@@ -107,7 +107,7 @@ def main():
     for name, what in (("status", "100,000 changes"), ("log", "100,000 commits")):
         own, parsed = ([round[column] for round in results[name]] for column in (0, 1))
         rows.append([what, spread(own), spread(parsed), f"{median(parsed) / median(own):.3f}"])
-    print_table(["Parsed", "git with its output read", "Parser", "Parser / git"], rows)
+    print_table(["Parsed", "CPU of git", "CPU of the parser", "Parser / git"], rows)
     print(f"\nMedians of {ROUNDS} rounds, smallest and largest in brackets.")
 
 

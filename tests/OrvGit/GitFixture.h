@@ -24,6 +24,7 @@ private:
     ScopedEnvironment m_global;
 };
 
+inline constexpr int anyCode = -1;
 /// What git itself says; the test fails when it exits with anything but `expected`.
 QByteArray git(const QString& folder, const QStringList& words, int expected = 0, const QByteArray& input = {});
 QString gitText(const QString& folder, const QStringList& words, int expected = 0);

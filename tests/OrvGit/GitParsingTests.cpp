@@ -113,7 +113,8 @@ TEST(GitErrors, SayWhatTheUserReads) {
 
 TEST(GitPath, ComesBackFromAStringAsItWas) {
     for (const QByteArray& bytes :
-         {QByteArray("plain/é 𝄞"), QByteArray("\xff"), QByteArray("a\xc3"), QByteArray("\xed\xb2\x80x"),
+         {QByteArray("plain/é 𝄞"), QByteArray("\xff"), QByteArray("a\xc3"), QByteArray("\xef\xbf\xbd\xff"),
+          QByteArray("\xed\xb2\x80x"),
           QByteArray("\xf0\x9d\x84"
                      "é\x80\xf5\xfe"),
           QByteArray("\xc0\xaf\xe2\x82\xac\"\\\n\x01")}) {

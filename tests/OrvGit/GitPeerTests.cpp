@@ -5,7 +5,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <atomic>
 #include <random>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -78,7 +80,19 @@ protected:
         if (commits > 1 && dice.once(2)) {
             git(r, {u"switch"_s, u"-qc"_s, u"side"_s, u"HEAD~1"_s});
             git(r, {u"branch"_s, u"-q"_s, u"--set-upstream-to=main"_s});
+            write(r, names[0], randomText(dice, 5));
+            git(r, {u"add"_s, u"-A"_s});
             git(r, {u"commit"_s, u"-q"_s, u"--allow-empty"_s, u"-m"_s, u"Side"_s});
+            if (dice.once(2)) {
+                // With conflicts or without.
+                git(r, {u"merge"_s, u"-q"_s, u"main"_s}, anyCode);
+                return r;
+            }
+        }
+        if (dice.once(10)) {
+            const QString inner = home.makeRepository(u"inner%1"_s.arg(seed), {{u"f"_s, "x"}});
+            git(r, {u"submodule"_s, u"--quiet"_s, u"add"_s, inner, u"module"_s});
+            write(r + u"/module"_s, dice.once(2) ? u"f"_s : u"new"_s, "changed");
         }
         if (commits > 1 && dice.once(4)) {
             git(r, {u"checkout"_s, u"-q"_s, u"--detach"_s});
@@ -104,11 +118,9 @@ protected:
         }
         return r;
     }
-};
 
-/// Status by porcelain version 1, log and branches by plumbing: other formats than the ones that are parsed.
-TEST_F(GitPeers, AreToldWhatGitTells) {
-    for (unsigned seed = 0; seed < 200; ++seed) {
+    /// Status by porcelain version 1, log and branches by plumbing: other formats than the ones that are parsed.
+    void compare(unsigned seed) {
         const QString r = makeRandomRepository(seed);
         const auto status = service.status(r);
         ASSERT_TRUE(status) << seed << failure(status);
@@ -120,7 +132,14 @@ TEST_F(GitPeers, AreToldWhatGitTells) {
             records += ' ' + GitPath::toBytes(change.path) + '\0';
             records += change.originalPath.isEmpty() ? QByteArray() : GitPath::toBytes(change.originalPath) + '\0';
         }
-        EXPECT_EQ(records, git(r, {u"status"_s, u"--porcelain=v1"_s, u"-z"_s, u"--untracked-files=all"_s})) << seed;
+        // Which format lists conflicts where is git's affair.
+        const auto sorted = [](const QByteArray& text) {
+            QByteArrayList parts = text.split('\0');
+            std::ranges::sort(parts);
+            return parts;
+        };
+        const QByteArray plainStatus = git(r, {u"status"_s, u"--porcelain=v1"_s, u"-z"_s, u"--untracked-files=all"_s});
+        EXPECT_EQ(sorted(records), sorted(plainStatus)) << seed;
 
         const bool isUnborn = !status->hasCommits;
         const QString head =
@@ -145,7 +164,25 @@ TEST_F(GitPeers, AreToldWhatGitTells) {
                 gitText(r, {u"rev-list"_s, u"--left-right"_s, u"--count"_s, u"HEAD...@{upstream}"_s});
             EXPECT_EQ(u"%1\t%2"_s.arg(status->ahead).arg(status->behind), counts) << seed;
         }
+        conflicts += std::ranges::count_if(status->changes, &FileChange::isConflicted) > 0 ? 1 : 0;
     }
+
+    std::atomic<int> conflicts = 0; ///< repositories that had one
+};
+
+TEST_F(GitPeers, AreToldWhatGitTells) {
+    constexpr unsigned repositories = 200;
+    constexpr unsigned threads = 4;
+    std::vector<std::thread> pool;
+    for (unsigned first = 0; first < threads; ++first) {
+        pool.emplace_back([this, first] {
+            for (unsigned seed = first; seed < repositories; seed += threads) {
+                compare(seed);
+            }
+        });
+    }
+    std::ranges::for_each(pool, &std::thread::join);
+    EXPECT_GT(conflicts, 5);
 }
 
 /// Lines of a file, as far as the lines chosen in its diff take it from one side to the other.

@@ -1,7 +1,7 @@
 // orv-bench-hostile: what the engine does with input that wants to harm it, in time and in memory.
 //
 //     orv-bench-hostile                  every hostile input, with its milliseconds; fails when one takes over 100
-//     orv-bench-hostile --soak [MB]      mixed output that never repeats (1000 MB): memory early and at the end
+//     orv-bench-hostile --soak [MB]      mixed output that never repeats (1000 MB): memory on the way
 
 #include "TermEngine/Terminal.h"
 
@@ -196,18 +196,17 @@ std::string mixed(int number) {
 int soak(int megabytes) {
     Host host;
     term::Terminal terminal(host);
-    std::size_t early = 0;
+    constexpr int looks = 5;
     for (int i = 0; i < megabytes; ++i) {
         terminal.feed(mixed(i));
-        if (i % 5 == 0) {
-            terminal.resize(60 + i % 100, 20 + i % 30);
-        }
-        if (i == megabytes / 20) {
-            early = residentKiB();
+        terminal.resize(60 + i % 100, 20 + i % 30);
+        if ((i + 1) % (megabytes / looks) == 0) {
+            // At the same size each time.
+            terminal.resize(120, 40);
+            terminal.feed(mixed(i));
+            std::printf("%zu KiB resident after %d MB\n", residentKiB(), i + 1);
         }
     }
-    std::printf(
-        "%d MB: %zu KiB resident after %d MB, %zu KiB at the end\n", megabytes, early, megabytes / 20, residentKiB());
     return 0;
 }
 

@@ -56,7 +56,17 @@ void BufferLine::reserve(int col, int end) {
         grow(std::max(m_cols, end));
     }
     if (col > m_used) {
-        std::fill(m_cells.get() + m_used, m_cells.get() + col, m_tailBlank);
+        constexpr int block = 8;
+        PackedCell* at = m_cells.get() + m_used;
+        PackedCell* const last = m_cells.get() + col;
+        if (col + block <= m_capacity) {
+            // Past the last one there is nothing yet that blocks could overwrite.
+            for (; at < last; at += block) {
+                std::fill_n(at, block, m_tailBlank);
+            }
+        } else {
+            std::fill(at, last, m_tailBlank);
+        }
     }
     m_used = std::max(m_used, end);
 }
@@ -122,6 +132,14 @@ void BufferLine::insertCells(int col, int count, int end, PackedCell blank) {
     cutWide(col);
     cutWide(end);
     cutWide(end - count);
+    if (end >= m_cols && blank == m_tailBlank) {
+        // Of the tail nothing has to be there.
+        if (col >= m_used) {
+            ++m_generation;
+            return;
+        }
+        end = std::min(end, m_used + count);
+    }
     reserve(end, end);
     PackedCell* const cells = m_cells.get();
     std::memmove(cells + col + count, cells + col, static_cast<std::size_t>(end - col - count) * sizeof(PackedCell));
@@ -136,10 +154,24 @@ void BufferLine::deleteCells(int col, int count, int end, PackedCell blank) {
     cutWide(col);
     cutWide(col + count);
     cutWide(end);
+    const bool shortens = end >= m_cols && blank == m_tailBlank;
+    if (shortens) {
+        // What comes in is the tail.
+        if (col >= m_used) {
+            ++m_generation;
+            return;
+        }
+        end = m_used;
+        count = std::min(count, end - col);
+    }
     reserve(end, end);
     PackedCell* const cells = m_cells.get();
     std::memmove(cells + col, cells + col + count, static_cast<std::size_t>(end - col - count) * sizeof(PackedCell));
-    std::fill(cells + end - count, cells + end, blank);
+    if (shortens) {
+        m_used = end - count;
+    } else {
+        std::fill(cells + end - count, cells + end, blank);
+    }
 }
 
 void BufferLine::copyFrom(const BufferLine& source, int sourceCol, int col, int count) {

@@ -1,6 +1,7 @@
 #include "TermEngine/CellArena.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace term {
@@ -175,15 +176,11 @@ void CellArena::Marker::mark(std::span<const PackedCell> cells) {
 
 PackedCell CellArena::blank(const PackedAttributeKey& key) {
     const Color background = key.background();
-    switch (background.kind()) {
-    case Color::Kind::defaultColor:
-        return {};
-    case Color::Kind::ansi256:
-        return PackedCell::make(PackedCell::Kind::paletteBlank, background.value());
-    case Color::Kind::trueColor:
-        return PackedCell::make(PackedCell::Kind::trueColorBlank, background.value());
-    case Color::Kind::defaultInvertedColor:
-        break;
+    if (background.kind() != Color::Kind::defaultInvertedColor) [[likely]] {
+        // By the kind of the colour, without a branch; the content of the default one is 0.
+        static constexpr std::array kinds = {
+            PackedCell::Kind::paletteBlank, PackedCell::Kind::trueColorBlank, PackedCell::Kind::scalar};
+        return PackedCell::make(kinds[static_cast<std::size_t>(background.kind())], background.value());
     }
     Attribute blank;
     blank.bg = background;

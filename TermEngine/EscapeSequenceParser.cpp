@@ -150,17 +150,30 @@ bool EscapeSequenceParser::walkPlainCsi(ParsingState& at) {
     }
     std::int32_t* const values = m_parameters.values.data();
     int count = 0;
-    int start = 0;
-    std::uint32_t separators = (shape.others & ((std::uint32_t{1} << size) - 1)) | std::uint32_t{1} << size;
-    do {
+    const std::uint32_t semicolons = shape.others & ((std::uint32_t{1} << size) - 1);
+    std::uint32_t separators = semicolons | std::uint32_t{1} << size;
+    if ((semicolons & (semicolons - 1)) == 0) [[likely]] {
+        // One number or two: without a branch on how many, which nobody can foretell.
         const int end = std::countr_zero(separators);
-        separators &= separators - 1;
-        if (end - start > 4 || count == CsiParameters::maximumCount) {
+        const int second = size - end - 1; // -1 when there is none
+        if (end > 4 || second > 4) {
             return false;
         }
-        values[count++] = detail::numberAt(p + start, end - start);
-        start = end + 1;
-    } while (separators != 0);
+        values[0] = detail::numberAt(p, end);
+        values[1] = detail::numberAt(p + end + 1, second);
+        count = 2 + (second >> 31);
+    } else {
+        int start = 0;
+        do {
+            const int end = std::countr_zero(separators);
+            separators &= separators - 1;
+            if (end - start > 4 || count == CsiParameters::maximumCount) {
+                return false;
+            }
+            values[count++] = detail::numberAt(p + start, end - start);
+            start = end + 1;
+        } while (separators != 0);
+    }
     m_parameters.count = count;
     m_parameters.colonMask = 0;
     m_parameters.limitExceeded = false;

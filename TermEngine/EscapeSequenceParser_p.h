@@ -81,12 +81,20 @@ inline SequenceText sequenceText(const std::uint8_t* p, int size) {
     SequenceText text;
     std::memcpy(&text.low, p, sizeof text.low);
     std::memcpy(&text.high, p + 8, sizeof text.high);
-    const auto first = [](int bytes) { return (std::uint64_t{1} << (8 * bytes)) - 1; };
+    static constexpr auto masks = [] {
+        std::array<SequenceText, 16> made{};
+        for (unsigned bytes = 0; bytes < 16; ++bytes) {
+            made[bytes].low = bytes < 8 ? (std::uint64_t{1} << 8 * bytes) - 1 : ~std::uint64_t{0};
+            made[bytes].high = bytes < 8 ? 0 : (std::uint64_t{1} << 8 * (bytes - 8)) - 1;
+        }
+        return made;
+    }();
+    const SequenceText& mask = masks[static_cast<unsigned>(size)];
     if constexpr (std::endian::native == std::endian::big) {
         text = {__builtin_bswap64(text.low), __builtin_bswap64(text.high)};
     }
-    text.low &= size < 8 ? first(size) : ~std::uint64_t{0};
-    text.high &= size < 8 ? 0 : first(size - 8);
+    text.low &= mask.low;
+    text.high &= mask.high;
     return text;
 }
 

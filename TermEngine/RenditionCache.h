@@ -17,15 +17,22 @@ public:
         if (!m_entries) {
             m_entries = std::make_unique<Entry[]>(std::size_t{1} << sizeBits);
         }
-        const Entry& entry = m_entries[slotOf(text)];
-        const bool isKnown = entry.text == text && text != SequenceText{}; // free entries have an empty text
+        const std::size_t slot = slotOf(text);
+        // Which of the two it is nobody can foretell: no branch.
+        const Entry& entry = m_entries[slot ^ static_cast<std::size_t>(difference(m_entries[slot].text, text) != 0)];
+        const bool isKnown = difference(entry.text, text) == 0 && text.low != 0; // free entries have an empty text
         m_wanted = isKnown ? SequenceText{} : text;
         return isKnown ? &entry.patch : nullptr;
     }
+    /// Nothing is looked for: what is added next is not kept.
+    void skip() { m_wanted = {}; }
     /// What the text does that was looked for in vain; without effect when there was none.
     void add(const AttributePatch& patch) {
         if (m_wanted != SequenceText{}) {
-            m_entries[slotOf(m_wanted)] = {m_wanted, patch};
+            // Of a pair the older one goes.
+            const std::size_t slot = slotOf(m_wanted);
+            m_entries[slot ^ 1] = m_entries[slot];
+            m_entries[slot] = {m_wanted, patch};
             m_wanted = {};
         }
     }
@@ -35,10 +42,15 @@ private:
         SequenceText text{};
         AttributePatch patch{};
     };
-    static constexpr int sizeBits = 9;
+    static constexpr int sizeBits = 10;
+    /// 0 when they are equal.
+    [[nodiscard]] static std::uint64_t difference(const SequenceText& a, const SequenceText& b) {
+        return (a.low ^ b.low) | (a.high ^ b.high);
+    }
+    /// The first of a pair.
     [[nodiscard]] static std::size_t slotOf(const SequenceText& text) {
         const std::uint64_t hash = (text.low ^ text.high * 0x9E3779B97F4A7C15ULL) * 0xD6E8FEB86659FD93ULL;
-        return hash >> (64 - sizeBits);
+        return (hash >> (64 - sizeBits)) & ~std::size_t{1};
     }
 
     std::unique_ptr<Entry[]> m_entries; ///< from the first use on

@@ -29,10 +29,24 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
     }
     const int first = what == 0 ? b.y() + 1 : 0;
     const int end = what == 1 ? b.y() : b.rows();
-    for (int row = first; row < end; ++row) {
-        eraseCells(row, 0, b.cols(), kind);
-        if (kind == EraseKind::all) {
-            b.line(row).setRenderMode(RenderLineMode::single);
+    if (kind == EraseKind::all && !m_isErasureGuarded && !m_images.hasText()) [[likely]] {
+        const PackedCell blank = pen().blank;
+        for (int row = first; row < end; ++row) {
+            BufferLine& line = b.line(row);
+            line.fill(0, b.cols(), blank);
+            line.setWrapped(false);
+            line.setRenderMode(RenderLineMode::single);
+        }
+        // Nothing flows over any more.
+        if (first < end && end < b.rows()) {
+            b.line(end).setWrapped(false);
+        }
+    } else {
+        for (int row = first; row < end; ++row) {
+            eraseCells(row, 0, b.cols(), kind);
+            if (kind == EraseKind::all) {
+                b.line(row).setRenderMode(RenderLineMode::single);
+            }
         }
     }
     if (what != 2) {

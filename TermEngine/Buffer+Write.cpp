@@ -27,6 +27,13 @@ void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) 
     if (text.empty()) {
         return;
     }
+    if ((m_lastScalar & joinsNext) != 0) [[unlikely]] {
+        insertBehindPrepend(text.front(), pen);
+        text = text.subspan(1);
+        if (text.empty()) {
+            return;
+        }
+    }
     m_lastScalar = text.back();
     if (!m_pendingWrap && !insertMode) [[likely]] {
         BufferLine& target = line(m_y);
@@ -69,6 +76,11 @@ void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) 
 
 void Buffer::insertScalarRun(std::span<const char32_t> text, const Pen& pen, ClusterMode mode) {
     while (!text.empty()) {
+        if ((m_lastScalar & joinsNext) != 0) [[unlikely]] {
+            insertBehindPrepend(text.front(), pen);
+            text = text.subspan(1);
+            continue;
+        }
         if (!m_pendingWrap && !insertMode) {
             text = text.subspan(insertSimpleScalars(text, pen));
             if (text.empty()) {
@@ -83,6 +95,15 @@ void Buffer::insertScalarRun(std::span<const char32_t> text, const Pen& pen, Clu
             putClustered(scalar, properties, pen, mode);
         }
         text = text.subspan(1);
+    }
+}
+
+void Buffer::insertBehindPrepend(char32_t scalar, const Pen& pen) {
+    const Properties properties = unicode::properties(scalar);
+    m_lastScalar = scalar;
+    putClustered(scalar, properties, pen, ClusterMode::graphemes);
+    if (properties.graphemeBreak() == GraphemeBreak::prepend) {
+        m_lastScalar |= joinsNext;
     }
 }
 
@@ -225,6 +246,9 @@ void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen
         width = 2;
     }
     putScalar(scalar, width, pen);
+    if (mode == ClusterMode::graphemes && kind == GraphemeBreak::prepend) {
+        m_lastScalar |= joinsNext;
+    }
 }
 
 /// The character at `col`, just written, takes two columns from now on.

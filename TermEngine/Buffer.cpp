@@ -93,9 +93,9 @@ void Buffer::clear(PackedCell blank) {
     setCursor(0, 0);
 }
 
-void Buffer::setupTabStops() {
+void Buffer::setupTabStops(int width) {
     m_tabStops.assign(static_cast<std::size_t>(m_cols), false);
-    for (int col = m_setup.tabStopWidth; m_setup.tabStopWidth > 0 && col < m_cols; col += m_setup.tabStopWidth) {
+    for (int col = width; width > 0 && col < m_cols; col += width) {
         m_tabStops[static_cast<std::size_t>(col)] = true;
     }
 }

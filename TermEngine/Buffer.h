@@ -34,8 +34,8 @@ struct SavedCursor {
     int y = 0;
     bool pendingWrap = false;
     bool originMode = false;
-    bool marginMode = false;
     // Nothing: no cursor was saved, and restoring one leaves them as they are.
+    std::optional<bool> marginMode{};
     std::optional<bool> wraparound{};
     std::optional<bool> reverseWraparound{};
     PackedAttributeKey attribute{};
@@ -149,7 +149,7 @@ public:
     /// A cell of width 1 or 2.
     void insertCharacter(PackedCell cell, const Pen& pen);
     /// The last character that was written, 0 at first.
-    [[nodiscard]] char32_t lastScalar() const { return m_lastScalar; }
+    [[nodiscard]] char32_t lastScalar() const { return m_lastScalar & ~joinsNext; }
     void forgetLastScalar() { m_lastScalar = 0; }
 
     // Moving (Buffer+Scroll.cpp).
@@ -174,7 +174,10 @@ public:
     void setTabStop(int col);
     void clearTabStop(int col);
     void clearAllTabStops();
-    void setupTabStops();
+    /// Every `width` columns; 0: nowhere.
+    void setupTabStops(int width);
+    void setupTabStops() { setupTabStops(m_setup.tabStopWidth); }
+    void copyTabStops(const Buffer& from) { m_tabStops = from.m_tabStops; }
     [[nodiscard]] int nextTabStop(int col) const;
     [[nodiscard]] int previousTabStop(int col) const;
 
@@ -191,6 +194,9 @@ public:
     [[nodiscard]] std::unique_ptr<BufferLine> blankLine(PackedCell blank);
 
 private:
+    /// Of `m_lastScalar`: a Prepend, which joins what comes next, though that begins a cluster by itself elsewhere.
+    static constexpr char32_t joinsNext = 0x8000'0000;
+    void insertBehindPrepend(char32_t scalar, const Pen& pen);
     [[nodiscard]] bool insertsAtCursor() const;
     /// The last column that the cursor can write before it wraps; `target` is its line.
     [[nodiscard]] int rightLimit(const BufferLine& target) const {
@@ -216,7 +222,7 @@ private:
     void resizeTabStops(int cols);
     void fillRows();
     [[nodiscard]] int lastLineInUse() const;
-    std::uint64_t nextIdentity() { return ++m_identities; }
+    std::uint64_t nextIdentity() { return m_arena->nextLineIdentity(); }
 
     std::shared_ptr<CellArena> m_arena;
     Setup m_setup;
@@ -233,9 +239,8 @@ private:
     int m_scrollBottom;
     int m_marginLeft = 0;
     int m_marginRight;
-    char32_t m_lastScalar = 0;
+    char32_t m_lastScalar = 0; ///< with `joinsNext`
     std::uint64_t m_trimmedCount = 0;
-    std::uint64_t m_identities = 0;
     std::vector<bool> m_tabStops;
 };
 

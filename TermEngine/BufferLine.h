@@ -53,14 +53,17 @@ public:
     }
     /// Changes with every change of the line: what was drawn of it is stale.
     [[nodiscard]] std::uint64_t generation() const { return m_generation; }
-    /// Two lines that are on a screen at one time have different ones; a line that is reused gets a new one.
+    /// Two lines of a terminal have different ones, whichever screen they are on; a line that is reused gets a new one.
     [[nodiscard]] std::uint64_t renderIdentity() const { return m_renderIdentity; }
     void setRenderIdentity(std::uint64_t identity) { m_renderIdentity = identity; }
     [[nodiscard]] std::uint32_t recycleGeneration() const { return m_recycleGeneration; }
 
     /// The line continues the one above: a soft wrap.
     [[nodiscard]] bool isWrapped() const { return m_isWrapped; }
-    void setWrapped(bool wrapped) { m_isWrapped = wrapped; }
+    void setWrapped(bool wrapped) {
+        m_generation += m_isWrapped != wrapped ? 1 : 0;
+        m_isWrapped = wrapped;
+    }
     [[nodiscard]] RenderLineMode renderMode() const { return m_renderMode; }
     void setRenderMode(RenderLineMode mode);
     [[nodiscard]] std::uint8_t bidiState() const { return m_bidiState; }

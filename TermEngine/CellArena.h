@@ -80,6 +80,8 @@ public:
     [[nodiscard]] std::shared_ptr<const CellArena> snapshot() const;
     /// Goes up with every new value, so that equal counts mean equal arenas.
     [[nodiscard]] std::uint64_t changes() const { return m_changes; }
+    /// Of a line (`BufferLine::renderIdentity`): no two lines of the buffers have the same one.
+    [[nodiscard]] std::uint64_t nextLineIdentity() { return ++m_lineIdentities; }
 
     /// 0, the default attribute, when the table is full.
     [[nodiscard]] std::uint16_t intern(const PackedAttributeKey& key);
@@ -160,6 +162,7 @@ private:
 
     std::function<void(Marker&)> m_roots;
     std::uint64_t m_changes = 0;
+    std::uint64_t m_lineIdentities = 0;
     std::size_t m_newSinceSweep = 0;
     static constexpr std::size_t leastBetweenSweeps = 4096;
     std::size_t m_nextSweep = leastBetweenSweeps;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TermEngine/KeyEvent.h"
+
 #include <array>
 #include <charconv>
 #include <concepts>
@@ -13,6 +15,10 @@ inline void appendNumber(std::string& out, std::integral auto number) {
     std::array<char, 24> digits{};
     const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), number);
     out.append(digits.data(), end);
+}
+
+inline std::string_view csiOf(ControlBits bits) {
+    return bits == ControlBits::eight ? "\x9b" : "\x1b[";
 }
 
 /// Nothing for what is no Unicode scalar.

@@ -1,5 +1,7 @@
 #include "TermEngine/InputEncoder.h"
 
+#include "TermEngine/Encoding_p.h"
+
 #include <algorithm>
 #include <array>
 
@@ -15,40 +17,51 @@ constexpr std::array<std::string_view, 3> pasteEnds{
     "\xc2\x9b"
     "201~"};
 
-/// All control characters but tab, line feed and carriage return: each is either one of the line discipline's or one
-/// that programs act upon.
-bool isUnsafe(char byte) {
-    const auto value = static_cast<uint8_t>(byte);
-    return (value < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') || value == 0x7F;
+/// Of a character, or of a byte that is part of none: all control characters but tab, line feed and carriage return,
+/// of which each is either one of the line discipline's or one that programs act upon.
+bool isUnsafe(std::string_view character) {
+    const auto first = static_cast<uint8_t>(character[0]);
+    const auto last = static_cast<uint8_t>(character.back());
+    const bool isC0 = first < 0x20 && first != '\t' && first != '\n' && first != '\r';
+    const bool isC1 =
+        (character.size() == 1 || (character.size() == 2 && first == 0xC2)) && last >= 0x80 && last < 0xA0;
+    return isC0 || isC1 || first == 0x7F;
 }
 
 } // namespace
 
-std::string encodeFocus(FocusChange change) {
-    return change == FocusChange::gained ? "\x1b[I" : "\x1b[O";
+std::string encodeFocus(FocusChange change, ControlBits controls) {
+    return std::string(csiOf(controls)) + (change == FocusChange::gained ? "I" : "O");
 }
 
 std::string encodePaste(std::string_view text, PasteMode mode, const PasteControlBytes& controls) {
     const bool isBracketed = mode == PasteMode::bracketed;
-    std::string out;
-    out.reserve(text.size() + controls.begin.size() + controls.end.size());
-    out += isBracketed ? controls.begin : std::string();
+    const std::string_view ownEnd = isBracketed ? controls.end : std::string_view();
+    std::string body;
+    body.reserve(text.size());
     while (!text.empty()) {
         const auto* end = std::ranges::find_if(pasteEnds, [text](auto some) { return text.starts_with(some); });
-        const size_t own = !controls.end.empty() && text.starts_with(controls.end) ? controls.end.size() : 0;
-        if (isBracketed && (own > 0 || end != pasteEnds.end())) {
-            text.remove_prefix(own > 0 ? own : end->size());
+        if (isBracketed && end != pasteEnds.end()) {
+            text.remove_prefix(end->size());
             continue;
         }
-        const bool isC1 = text[0] == '\xc2' && text.size() > 1 && static_cast<uint8_t>(text[1]) >= 0x80 &&
-                          static_cast<uint8_t>(text[1]) < 0xA0;
-        const bool isLineEnd = text[0] == '\n' || text[0] == '\r';
-        const bool isControl = isC1 || isUnsafe(text[0]) || controls.lineDiscipline.find(text[0]) != std::string::npos;
-        out.push_back(isLineEnd ? '\r' : isControl ? ' ' : text[0]);
-        text.remove_prefix(isC1 || text.starts_with("\r\n") ? 2 : 1);
+        std::string_view character = text;
+        takeUtf8(text);
+        character.remove_suffix(text.size());
+        if (character == "\n" || character == "\r") {
+            text.remove_prefix(character == "\r" && text.starts_with('\n') ? 1 : 0);
+            body.push_back('\r');
+        } else if (isUnsafe(character) || controls.lineDiscipline.find(character[0]) != std::string::npos) {
+            body.push_back(' ');
+        } else {
+            body += character;
+        }
+        // Also one that came about where another was taken out.
+        if (!ownEnd.empty() && body.ends_with(ownEnd)) {
+            body.resize(body.size() - ownEnd.size());
+        }
     }
-    out += isBracketed ? controls.end : std::string();
-    return out;
+    return isBracketed ? controls.begin + body + controls.end : body;
 }
 
 std::string encodeAlternateScroll(ScrollDirection direction, int lines, const KeyModes& modes) {

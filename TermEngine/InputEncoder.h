@@ -13,7 +13,7 @@ enum class PasteMode : uint8_t { plain, bracketed };
 enum class ScrollDirection : uint8_t { up, down };
 
 /// What a change of the focus sends under mode 1004.
-[[nodiscard]] std::string encodeFocus(FocusChange change);
+[[nodiscard]] std::string encodeFocus(FocusChange change, ControlBits controls = ControlBits::seven);
 
 struct PasteControlBytes {
     std::string begin = "\x1b[200~"; ///< of a bracketed paste

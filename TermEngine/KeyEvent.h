@@ -6,6 +6,9 @@
 
 namespace term {
 
+/// How CSI and its like are sent: as ESC and a character, or as one byte (S7C1T, S8C1T).
+enum class ControlBits : uint8_t { seven, eight };
+
 /// A key without a character of its own. The values are the key codes of kitty's keyboard protocol; the keys that it
 /// encodes by another number have the ones that it leaves free.
 enum class Key : uint32_t {

@@ -45,8 +45,8 @@ int buttonCode(const MouseEvent& event, MouseTracking tracking, bool namesReleas
 }
 
 /// CSI code ; x ; y final
-std::string parameters(const char* introducer, int code, int x, int y, char final) {
-    std::string out = introducer;
+std::string parameters(std::string introducer, int code, int x, int y, char final) {
+    std::string out = std::move(introducer);
     appendNumber(out, code);
     out.push_back(';');
     appendNumber(out, x);
@@ -58,7 +58,7 @@ std::string parameters(const char* introducer, int code, int x, int y, char fina
 
 } // namespace
 
-std::string encodeMouse(const MouseEvent& event, MouseTracking tracking, MouseEncoding encoding) {
+std::string encodeMouse(const MouseEvent& event, MouseTracking tracking, MouseEncoding encoding, ControlBits controls) {
     if (!isReported(event, tracking)) {
         return {};
     }
@@ -67,13 +67,14 @@ std::string encodeMouse(const MouseEvent& event, MouseTracking tracking, MouseEn
     const int column = fromOne(event.column);
     const int row = fromOne(event.row);
     const char final = event.type == MouseEventType::release ? 'm' : 'M';
+    const std::string csi(csiOf(controls));
     switch (encoding) {
     case MouseEncoding::sgr:
-        return parameters("\x1b[<", buttonCode(event, tracking, true), column, row, final);
+        return parameters(csi + '<', buttonCode(event, tracking, true), column, row, final);
     case MouseEncoding::sgrPixels:
-        return parameters("\x1b[<", buttonCode(event, tracking, true), fromOne(event.x), fromOne(event.y), final);
+        return parameters(csi + '<', buttonCode(event, tracking, true), fromOne(event.x), fromOne(event.y), final);
     case MouseEncoding::urxvt:
-        return parameters("\x1b[", buttonCode(event, tracking, false) + 32, column, row, 'M');
+        return parameters(csi, buttonCode(event, tracking, false) + 32, column, row, 'M');
     case MouseEncoding::standard:
     case MouseEncoding::utf8:
         break;
@@ -82,7 +83,7 @@ std::string encodeMouse(const MouseEvent& event, MouseTracking tracking, MouseEn
     if (std::max(column, row) > (isUtf8 ? 2015 : 223)) {
         return {};
     }
-    std::string out = "\x1b[M";
+    std::string out = csi + 'M';
     for (const int value : {buttonCode(event, tracking, false), column, row}) {
         const auto shown = static_cast<char32_t>(value + 32);
         isUtf8 ? appendUtf8(out, shown) : out.push_back(static_cast<char>(shown));

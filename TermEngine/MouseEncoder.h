@@ -42,6 +42,7 @@ struct MouseEvent {
 
 /// What `event` sends; empty when it is not asked for, or lies beyond what the encoding can tell. That a motion has
 /// reached another cell (another pixel, with SGR pixels) is for the caller to see.
-[[nodiscard]] std::string encodeMouse(const MouseEvent& event, MouseTracking tracking, MouseEncoding encoding);
+[[nodiscard]] std::string encodeMouse(
+    const MouseEvent& event, MouseTracking tracking, MouseEncoding encoding, ControlBits controls = ControlBits::seven);
 
 } // namespace term

@@ -40,11 +40,13 @@ std::vector<Reflow::Line> Reflow::run(std::vector<Line> lines) {
 }
 
 void Reflow::keep(Line line, int index) {
+    const int width = line->size();
     line->resize(m_cols);
+    const int length = line->trimmedLength();
     m_made.push_back(std::move(line));
     m_col = 0;
-    place(index, 0, m_cols + 1, 0);
-    placeBehind(index, 0, 0);
+    place(index, 0, length, 0);
+    placeBehind(index, length, length, width);
 }
 
 void Reflow::flow(std::vector<Line>& lines, int first, int end) {
@@ -60,7 +62,7 @@ void Reflow::flow(std::vector<Line>& lines, int first, int end) {
             marked.setSemanticMark(marked.semanticMarks() | row->semanticMarks());
         }
         copyRow(*row, index, length);
-        placeBehind(index, length, m_col);
+        placeBehind(index, length, m_col, row->size());
         if (isLast) {
             m_made.back()->fill(m_col, m_cols, row->tailBlankCell());
         }
@@ -133,11 +135,13 @@ void Reflow::place(int index, int sourceCol, int count, int col) {
     }
 }
 
-/// Those past the text keep their distance from it, as far as the line goes.
-void Reflow::placeBehind(int index, int length, int col) {
+/// Those past the text keep their distance from it, as far as the line goes: only one that stood behind a whole line,
+/// or whose text now fills one, stands behind a line.
+void Reflow::placeBehind(int index, int length, int col, int width) {
     for (const std::size_t i : anchorsOf(index)) {
-        if (m_source[i].col >= length) {
-            m_anchors[i] = {static_cast<int>(m_made.size()) - 1, std::min(col + m_source[i].col - length, m_cols)};
+        if (const int from = m_source[i].col; from >= length) {
+            const int last = from >= width ? m_cols : std::max(m_cols - 1, col);
+            m_anchors[i] = {static_cast<int>(m_made.size()) - 1, std::min(col + from - length, last)};
         }
     }
 }

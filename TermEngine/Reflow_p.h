@@ -39,7 +39,7 @@ private:
     void copyRow(const BufferLine& row, int index, int length);
     BufferLine& nextRow(bool wrapped);
     void place(int index, int sourceCol, int count, int col);
-    void placeBehind(int index, int length, int col);
+    void placeBehind(int index, int length, int col, int width);
     [[nodiscard]] std::span<const std::size_t> anchorsOf(int index);
 
     int m_cols;

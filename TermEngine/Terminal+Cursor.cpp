@@ -98,7 +98,7 @@ void Terminal::carriageReturn() {
 }
 
 void Terminal::lineFeed() {
-    if (m_modes.newline) {
+    if (m_modes.newline || m_options.convertEol) {
         carriageReturn();
     }
     m_buffer->index(pen());
@@ -156,7 +156,7 @@ void Terminal::restoreCursor() {
     Buffer& b = *m_buffer;
     const SavedCursor& saved = b.saved;
     m_modes.origin = saved.originMode;
-    b.marginMode = saved.marginMode;
+    b.marginMode = saved.marginMode.value_or(b.marginMode);
     b.wraparound = saved.wraparound.value_or(b.wraparound);
     b.reverseWraparound = saved.reverseWraparound.value_or(b.reverseWraparound);
     m_attribute = saved.attribute;

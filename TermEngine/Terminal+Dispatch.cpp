@@ -21,6 +21,9 @@ bool Terminal::execute(std::uint8_t code) {
         backspace();
         return true;
     case 0x09:
+        if (m_modes.moreFix && m_buffer->pendingWrap() && m_buffer->wraparound) {
+            nextLine();
+        }
         tab(1);
         return true;
     case 0x0A:
@@ -220,7 +223,7 @@ bool Terminal::dispatchPrivateCsi(char final, const CsiParameters& parameters) {
     case 'W':
         // DECST8C
         if (parameters.at(0) == 5) {
-            m_buffer->setupTabStops();
+            m_buffer->setupTabStops(8);
         }
         return true;
     case 'i':

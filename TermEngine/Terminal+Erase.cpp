@@ -122,6 +122,8 @@ void Terminal::repeatCharacter(int count) {
     if (scalar == 0) {
         return;
     }
+    // None of the repeated ones joins the one before.
+    m_buffer->forgetLastScalar();
     count = std::min(count, m_buffer->cols() * m_buffer->rows());
     std::array<char32_t, 256> text;
     text.fill(scalar);

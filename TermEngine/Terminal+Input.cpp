@@ -26,18 +26,30 @@ bool Terminal::sendInput(const std::string& bytes) {
     return true;
 }
 
+/// With local echo (SRM) it is shown as well.
+bool Terminal::sendTyped(const std::string& bytes) {
+    const bool isSent = sendInput(bytes);
+    if (isSent && !m_modes.sendReceive) {
+        feed(bytes);
+    }
+    return isSent;
+}
+
 bool Terminal::sendKey(const KeyEvent& event) {
+    if (event.type == KeyEventType::repeat && !m_modes.autoRepeat) {
+        return false;
+    }
     KeyEvent sent = event;
     const bool isRightToLeft = bidiState(m_buffer->y()).paragraph == BidiDirection::rightToLeft;
     if (m_modes.bidiArrowKeySwap && isRightToLeft && (event.key == Key::left || event.key == Key::right)) {
         sent.key = event.key == Key::left ? Key::right : Key::left;
     }
-    return sendInput(encodeKey(sent, keyModes()));
+    return sendTyped(encodeKey(sent, keyModes()));
 }
 
 bool Terminal::sendMouse(const MouseEvent& event, int wheelLines) {
     if (m_modes.mouseTracking != MouseTracking::none) {
-        return sendInput(encodeMouse(event, m_modes.mouseTracking, m_modes.mouseEncoding));
+        return sendInput(encodeMouse(event, m_modes.mouseTracking, m_modes.mouseEncoding, controlBits()));
     }
     const bool isWheel = event.button == MouseButton::wheelUp || event.button == MouseButton::wheelDown;
     if (!isWheel || event.type != MouseEventType::press || !isAlternateActive() || !m_modes.alternateScroll) {
@@ -49,7 +61,7 @@ bool Terminal::sendMouse(const MouseEvent& event, int wheelLines) {
 
 bool Terminal::sendFocus(FocusChange change) {
     if (m_modes.focusEvents) {
-        send(encodeFocus(change));
+        send(encodeFocus(change, controlBits()));
     }
     return m_modes.focusEvents;
 }
@@ -60,7 +72,7 @@ bool Terminal::paste(std::string_view text, ClipboardLocation location) {
     }
     const auto mode = m_modes.bracketedPaste ? PasteMode::bracketed : PasteMode::plain;
     return !text.empty() &&
-           sendInput(
+           sendTyped(
                encodePaste(text, mode, m_delegate.terminalControlBytesForPaste(*this).value_or(PasteControlBytes{})));
 }
 

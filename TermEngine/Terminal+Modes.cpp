@@ -273,8 +273,8 @@ void Terminal::setColumnMode(bool wide) {
     if (!m_modes.allowsColumnMode) {
         return;
     }
-    m_modes.columns132 = wide;
     if (m_delegate.allowsResize(*this, wide ? 132 : 80, rows())) {
+        m_modes.columns132 = wide;
         resize(wide ? 132 : 80, rows());
     }
     m_buffer->resetMargins();
@@ -332,11 +332,15 @@ void Terminal::activateAlternate(bool clears) {
         switchTo(*m_alternate);
     }
     if (clears) {
-        clearImages(ScreenId::alternate);
-        for (int row = 0; row < rows(); ++row) {
-            m_buffer->eraseCells(row, 0, cols(), pen().blank);
-            m_buffer->line(row).setRenderMode(RenderLineMode::single);
-        }
+        clearAlternate();
+    }
+}
+
+void Terminal::clearAlternate() {
+    clearImages(ScreenId::alternate);
+    for (int row = 0; row < rows(); ++row) {
+        m_alternate->eraseCells(row, 0, cols(), pen().blank);
+        m_alternate->line(row).setRenderMode(RenderLineMode::single);
     }
 }
 
@@ -345,15 +349,12 @@ void Terminal::activateNormal(bool clears) {
         return;
     }
     if (clears) {
-        clearImages(ScreenId::alternate);
-        for (int row = 0; row < rows(); ++row) {
-            m_buffer->eraseCells(row, 0, cols(), pen().blank);
-        }
+        clearAlternate();
     }
     switchTo(*m_normal);
 }
 
-/// Cursor, margins and modes are those of the terminal; each screen has its lines and its saved cursor.
+/// Cursor, margins, tab stops and modes are those of the terminal; each screen has its lines and its saved cursor.
 void Terminal::switchTo(Buffer& buffer) {
     const Buffer& from = *m_buffer;
     buffer.insertMode = from.insertMode;
@@ -363,6 +364,7 @@ void Terminal::switchTo(Buffer& buffer) {
     buffer.extendedReverseWraparound = from.extendedReverseWraparound;
     buffer.setScrollRegion(from.scrollTop(), from.scrollBottom());
     buffer.setMargins(from.marginLeft(), from.marginRight());
+    buffer.copyTabStops(from);
     buffer.setCursor(from.x(), from.y());
     buffer.setPendingWrap(from.pendingWrap());
     m_buffer = &buffer;

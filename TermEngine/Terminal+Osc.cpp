@@ -359,7 +359,10 @@ void Terminal::setLink(std::string_view payload) {
 void Terminal::semanticPrompt(std::string_view payload) {
     std::string_view options = payload;
     const std::string_view kind = cutAt(options, ';');
-    if (kind == "L" && m_buffer->x() > 0) {
+    if (kind == "N" && m_semantic != SemanticContent::none && m_semantic != SemanticContent::prompt) {
+        semanticPrompt("D");
+    }
+    if ((kind == "L" || kind == "A" || kind == "N") && m_buffer->x() > 0) {
         nextLine();
     }
     BufferLine& line = m_buffer->line(m_buffer->y());

@@ -100,8 +100,10 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
             Attribute attribute = m_arena->attributeOf(cell);
             if (reverses) {
                 attribute.style = CharacterStyle(attribute.style.raw() ^ mask);
-                attribute.underlineStyle =
-                    attribute.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
+                if (CharacterStyle(mask).has(StyleBit::underline)) {
+                    attribute.underlineStyle =
+                        attribute.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
+                }
             } else {
                 attribute = Attribute::unpacked(patchOf(change).applied(attribute.packed()));
             }

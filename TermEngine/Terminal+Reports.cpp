@@ -301,7 +301,11 @@ void Terminal::windowOptions(const CsiParameters& parameters) {
         report(Kind::reportPosition, 3);
         break;
     case 14:
-        report(Kind::reportPixelSize, 4);
+        if (const std::optional<WindowAnswer> answer = ask(Kind::reportPixelSize)) {
+            sendCsi(numbers({4, answer->first, answer->second}) + "t");
+        } else if (const std::optional<CellSize> cell = m_delegate.cellSizeInPixels(*this)) {
+            sendCsi(numbers({4, rows() * cell->height, cols() * cell->width}) + "t");
+        }
         break;
     case 15:
         report(Kind::reportScreenPixels, 5);

@@ -130,6 +130,7 @@ bool Terminal::applyKnownRendition(const SequenceText& text) {
     if (patch == nullptr) {
         return false;
     }
+    m_buffer->forgetLastScalar();
     setAttribute(patch->applied(m_attribute));
     return true;
 }

@@ -6,11 +6,12 @@ namespace term {
 namespace {
 
 constexpr int largestSize = 10'000;
+constexpr int largestScrollback = 10'000'000;
 
 TerminalOptions withinBounds(TerminalOptions options) {
     options.cols = std::clamp(options.cols, 1, largestSize);
     options.rows = std::clamp(options.rows, 1, largestSize);
-    options.scrollback = std::max(options.scrollback, 0);
+    options.scrollback = std::clamp(options.scrollback, 0, largestScrollback);
     return options;
 }
 
@@ -134,14 +135,13 @@ void Terminal::resize(int cols, int rows) {
 }
 
 void Terminal::setScrollback(int lines) {
-    m_options.scrollback = std::max(lines, 0);
+    m_options.scrollback = std::clamp(lines, 0, largestScrollback);
     m_normal->changeHistorySize(m_options.scrollback);
     dropPassedImages();
 }
 
 void Terminal::resetState() {
     m_modes = {};
-    m_modes.newline = m_options.convertEol;
     m_cursorStyle = m_options.cursorStyle;
     m_modes.cursorBlink = static_cast<int>(m_cursorStyle) % 2 == 0;
     m_modes.bidiBoxMirroring = m_options.initialBidiState.mirrorsBoxDrawing;

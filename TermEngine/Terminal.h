@@ -244,6 +244,7 @@ private:
     void setSynchronizedOutput(bool on);
     void activateAlternate(bool clears);
     void activateNormal(bool clears);
+    void clearAlternate();
     void switchTo(Buffer& buffer);
     void selectDirection(BidiDirection direction, int firstRow);
     void setConformanceLevel(const Parameters& parameters);
@@ -298,6 +299,10 @@ private:
 
     // Terminal+Input.cpp
     bool sendInput(const std::string& bytes);
+    bool sendTyped(const std::string& bytes);
+    [[nodiscard]] ControlBits controlBits() const {
+        return m_modes.eightBitControls ? ControlBits::eight : ControlBits::seven;
+    }
 
     // Terminal+Selection.cpp
     template <typename Change>

@@ -22,7 +22,7 @@ struct TerminalModes {
     bool cursorBlink = true;              ///< 12
     bool cursorVisible = true;            ///< 25
     bool allowsColumnMode = false;        ///< 40
-    bool moreFix = false;                 ///< 41
+    bool moreFix = false;                 ///< 41: a tab behind a full line begins the next one
     bool nationalReplacement = false;     ///< 42
     bool applicationKeypad = false;       ///< 66
     bool backarrowSendsBackspace = false; ///< 67

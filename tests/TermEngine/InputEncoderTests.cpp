@@ -386,6 +386,10 @@ TEST(InputEncoder, CleansPastesAndReportsFocus) {
          "a\xc2\x9b"
          "b\xc2\xa0",
          "a b\xc2\xa0"},
+        {"C1 as it is",
+         "a\x9b"
+         "b\x80\xa0\xe2\x82\x9b",
+         "a b \xa0\xe2\x82\x9b"},
         {"cut character", "a\xc2", "a\xc2"},
     };
     for (const Row& row : rows) {
@@ -400,6 +404,15 @@ TEST(InputEncoder, CleansPastesAndReportsFocus) {
             PasteMode::bracketed),
         "\x1b[200~abcd [201~e\x1b[201~")
         << "without ESC before it, it ends nothing";
+    EXPECT_EQ(
+        encodePaste(
+            "\x9b"
+            "20\x9b"
+            "201~1~",
+            PasteMode::bracketed),
+        "\x1b[200~ 201~\x1b[201~")
+        << "none comes about where another was taken out";
+    EXPECT_EQ(encodePaste("ENENDDx", PasteMode::bracketed, {.begin = "<", .end = "END"}), "<xEND");
     EXPECT_EQ(encodeFocus(FocusChange::gained) + encodeFocus(FocusChange::lost), "\x1b[I\x1b[O");
     EXPECT_EQ(encodeAlternateScroll(ScrollDirection::up, 2, {.applicationCursorKeys = true}), "\x1bOA\x1bOA");
     EXPECT_EQ(encodeAlternateScroll(ScrollDirection::down, 1 << 30, {}).size(), 300U);

@@ -297,11 +297,18 @@ TEST(Input, SendsWhatTheModesMakeOfEvents) {
              {"no tracking", "", mouse({.button = MouseButton::left}), ""},
              {"tracking", "\x1B[?1000;1006h", mouse({.button = MouseButton::left, .column = 4, .row = 2}),
               "\x1B[<0;5;3M"},
+             {"tracking with controls of 8 bits", "\x1B[?1000;1006h\x1B G",
+              mouse({.button = MouseButton::left, .column = 4, .row = 2}), "\x9B<0;5;3M"},
+             {"tracking in bytes with controls of 8 bits", "\x1B[?1000h\x1B G",
+              mouse({.button = MouseButton::left, .column = 4, .row = 2}), "\x9BM %#"},
              {"a wheel", "", mouse(wheel), ""},
              {"a wheel over the alternate screen", "\x1B[?1049h", mouse(wheel), "\x1B[A\x1B[A"},
              {"without alternate scrolling", "\x1B[?1049h\x1B[?1007l", mouse(wheel), ""},
              {"no focus", "", focus, ""},
              {"focus", "\x1B[?1004h", focus, "\x1B[I"},
+             {"focus with controls of 8 bits", "\x1B[?1004h\x1B G", focus, "\x9BI"},
+             {"a key that repeats", "", key({.key = Key::up, .type = KeyEventType::repeat}), "\x1B[A"},
+             {"without auto-repeat", "\x1B[?8l", key({.key = Key::up, .type = KeyEventType::repeat}), ""},
              {"a paste", "", paste, "a [201~b#\r"},
              {"a bracketed paste", "\x1B[?2004h", paste, "\x1B[200~ab#\r\x1B[201~"},
              {"a paste that is announced", "\x1B[?5522h", paste,
@@ -322,9 +329,21 @@ TEST(Input, SendsWhatTheModesMakeOfEvents) {
     session.terminal.feed("\x1B[?2004;5522h");
     session.terminal.paste("a#b>c");
     EXPECT_EQ(session.host.takeReplies(), "<a bc>");
+    session.terminal.feed("\x1B[12l\x1B[?5522l");
+    session.terminal.paste("shown");
+    session.terminal.feed("\x1B[12h");
+    session.terminal.paste("not");
+    EXPECT_EQ(session.terminal.lineText(0), "<shown>") << "local echo";
+    session.host.replies.clear();
     session.terminal.notificationActivated({.identifier = "x"});
     session.terminal.notificationActivated({.identifier = "y", .reports = true});
     EXPECT_EQ(session.host.takeReplies(), osc("99;i=y;"));
+
+    Session converting({.convertEol = true});
+    converting.terminal.sendKey({.key = Key::enter});
+    EXPECT_EQ(converting.host.takeReplies(), "\r") << "the option is for output alone";
+    EXPECT_EQ(converting.ask("a\x1B[20$p\x1B[20l\nb"), "\x1B[20;2$y");
+    EXPECT_EQ(converting.terminal.lineText(1), "b") << "and no program ends it";
 }
 
 TEST(Osc, IsActedUponOnceAndOnlyWhereItIsWellFormed) {

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <limits>
 #include <random>
 
 namespace term {
@@ -56,6 +57,7 @@ TEST(Terminal, ReportsWhatTheHostKnowsAndAllows) {
     session.terminal.setXtVersionIdentity("engine");
     EXPECT_EQ(session.ask("\x1B[>q"), "\x1BP>|engine(v1.99.1)\x1B\\");
     EXPECT_EQ(session.ask("\x1B[16t"), "\x1B[6;16;8t");
+    EXPECT_EQ(session.ask("\x1B[14t"), "\x1B[4;400;640t");
     EXPECT_EQ(session.ask("\x1B]2;a name\x07\x1B[21t"), "\x1B]la name\x1B\\");
     EXPECT_EQ(session.ask("\x1B[>1t\x1B[21t"), "\x1B]l61206E616D65\x1B\\");
     EXPECT_EQ(session.ask("\x1B[>0;1T\x1B[>0t\x1B]2;6869\x07\x1B[>0T\x1B[21t"), "\x1B]lhi\x1B\\");
@@ -85,6 +87,16 @@ TEST(Terminal, ShowsImagesAtTheCursorAndLetsThemGoWithTheirLines) {
     EXPECT_TRUE(session.terminal.images().placements().empty());
     session.terminal.feed("\x1BPq~\x1B\\\x1B[2J");
     EXPECT_TRUE(session.terminal.images().placements().empty());
+}
+
+TEST(Terminal, KeepsToItsOptionsWithinBounds) {
+    Session session({.scrollback = std::numeric_limits<int>::max(), .tabStopWidth = 4});
+    session.terminal.resize(100, 30);
+    EXPECT_EQ(session.terminal.options().scrollback, 10'000'000);
+    session.terminal.feed("\t");
+    EXPECT_EQ(session.terminal.buffer().x(), 4);
+    session.terminal.feed("\x1B[?5W\t");
+    EXPECT_EQ(session.terminal.buffer().x(), 8) << "DECST8C is every eight columns whatever the option";
 }
 
 TEST(Terminal, EndsSynchronizedOutputWhenTheTimeIsOver) {

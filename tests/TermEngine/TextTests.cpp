@@ -284,6 +284,18 @@ TEST(ScreenSnapshot, SharesWhatHasNotChangedAndNothingElse) {
     EXPECT_EQ(second.arena->attributeOf((*second.lines[1])[4]).fg, Color::rgb(1, 2, 3));
     EXPECT_FALSE(second.isCursorVisible);
     EXPECT_EQ(takeSnapshot(screen.terminal, &second).arena, second.arena);
+
+    Screen other("A");
+    const ScreenSnapshot normal = takeSnapshot(other.terminal);
+    other.terminal.feed("\x1B[?1049h");
+    const ScreenSnapshot alternate = takeSnapshot(other.terminal, &normal);
+    EXPECT_EQ(alternate.lines[0]->translateToString(*alternate.arena, true), "") << "no line of the other screen";
+
+    Screen wrapped(std::string(static_cast<std::size_t>(other.terminal.cols()) + 1, 'x'));
+    const ScreenSnapshot before = takeSnapshot(wrapped.terminal);
+    wrapped.terminal.feed("\x1B[H\x1B[K");
+    EXPECT_TRUE(before.lines[1]->isWrapped());
+    EXPECT_FALSE(takeSnapshot(wrapped.terminal, &before).lines[1]->isWrapped());
 }
 
 } // namespace

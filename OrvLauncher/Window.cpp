@@ -1,6 +1,7 @@
 #include "Window.h"
 
 #include "Cli.h"
+#include "Graphics.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
 #include "OrvUI/AppModel.h"
@@ -244,6 +245,7 @@ int runWindow(int argc, char** argv) {
     QCoreApplication::setApplicationVersion(QStringLiteral(ORV_VERSION));
     QGuiApplication::setApplicationDisplayName(u"OrvLauncher"_s);
     QGuiApplication::setDesktopFileName(u"orvlauncher"_s);
+    chooseGraphics();
     QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
     QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);

@@ -41,6 +41,7 @@ protected:
         if (drawing == Drawing::software) {
             environment.insert(u"QT_QUICK_BACKEND"_s, u"software"_s);
         } else {
+            environment.insert(u"QSG_RHI_BACKEND"_s, u"opengl"_s);
             // Mesa unloads its driver before leaks are looked for, and what the driver kept has no name then.
             environment.insert(u"ASAN_OPTIONS"_s, environment.value(u"ASAN_OPTIONS"_s) + u":detect_leaks=0"_s);
         }

@@ -118,7 +118,9 @@ QString help(const Command& command, bool hasColor) {
         forms.append({usage(command, action), action.summary});
         for (const CommandOption& option : action.options) {
             const QString value = option.valueName.isEmpty() ? QString() : u' ' + option.valueName;
-            options.append({u"--"_s + option.name + value, option.text});
+            if (const std::pair entry(u"--"_s + option.name + value, option.text); !options.contains(entry)) {
+                options.append(entry);
+            }
         }
     }
     options.append({u"--json"_s, u"print JSON, for programs"_s});

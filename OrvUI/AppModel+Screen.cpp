@@ -4,6 +4,7 @@
 #include "OrvUI/Tile.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -84,6 +85,9 @@ QString AppModel::installCommandOverrideText() const {
     return d->installCommandOverride.value_or(QString());
 }
 
+HomeModels& AppModel::home() {
+    return *d->home;
+}
 QAbstractListModel* AppModel::cards() const {
     return &d->home->cards;
 }
@@ -108,10 +112,7 @@ QUrl AppModel::scanRootUrl() const {
 }
 
 QString AppModel::scanRootText() const {
-    const QString root = d->settings->settings().scanRoot;
-    const QString home = Paths::realHome();
-    const bool isInHome = !home.isEmpty() && (root == home || root.startsWith(home + u'/'));
-    return isInHome ? u'~' + root.sliced(home.size()) : root;
+    return Paths::shortened(d->settings->settings().scanRoot);
 }
 
 QString AppModel::setupPhase() const {
@@ -242,6 +243,16 @@ void AppModel::chooseScanRoot(const QString& folder) {
         return;
     }
     changeSettings([path](AppSettings& settings) { settings.scanRoot = path; });
+}
+
+QUrl AppModel::supportUrl() const {
+    return QUrl::fromLocalFile(QFileInfo(d->settings->filePath()).absolutePath());
+}
+
+void AppModel::openFolder(const QUrl& folder) {
+    if (!openUrl || !openUrl(folder)) {
+        report(tr("Couldn't open %1.").arg(Paths::shortened(folder.toLocalFile())), true);
+    }
 }
 
 void AppModel::showStatus(const QString& text, bool isError) {

@@ -360,6 +360,11 @@ void AppModel::changeSettings(const std::function<void(AppSettings&)>& change) {
     reportFailure(d->settings->change(change));
 }
 
+void AppModel::setOverride(const QString& key, const std::optional<Override>& value) {
+    reportFailure(d->overrides->set(key, value));
+    rescan();
+}
+
 void AppModel::reportFailure(const StoreResult& result) {
     if (!result) {
         report(result.error().text(), true);

@@ -22,6 +22,7 @@ Q_MOC_INCLUDE("OrvUI/OutlineModel.h")
 namespace orv {
 
 class Completion;
+class HomeModels;
 class OutlineModel;
 struct RunRequest;
 
@@ -46,6 +47,7 @@ class AppModel : public QObject {
     Q_PROPERTY(QString displayName READ displayName NOTIFY preferencesChanged)
     Q_PROPERTY(QString scanRootText READ scanRootText NOTIFY preferencesChanged)
     Q_PROPERTY(QUrl scanRootUrl READ scanRootUrl NOTIFY preferencesChanged)
+    Q_PROPERTY(QUrl supportUrl READ supportUrl CONSTANT)
     Q_PROPERTY(int themeIndex READ themeIndex WRITE setThemeIndex NOTIFY preferencesChanged)
     Q_PROPERTY(int appearance READ appearance WRITE setAppearance NOTIFY preferencesChanged)
     Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY statusMessageChanged)
@@ -121,7 +123,13 @@ public:
 
     [[nodiscard]] SettingsStore& settings();
     [[nodiscard]] OverrideStore& overrides();
+    [[nodiscard]] HomeModels& home();
     [[nodiscard]] ProcessManager& processes();
+
+    /// Changes the settings and reports when that can't be saved. `change` may run again later.
+    void changeSettings(const std::function<void(AppSettings&)>& change);
+    /// Corrects a service, or with an absent value takes the correction away, and scans again.
+    void setOverride(const QString& key, const std::optional<Override>& value);
 
     // Derived
     [[nodiscard]] int runningCount() const; ///< running services, installs not counted
@@ -129,6 +137,7 @@ public:
     [[nodiscard]] bool shouldConfirmQuit() const;
     [[nodiscard]] QString greeting() const;
     [[nodiscard]] bool isRunning(const Project& project) const;
+    [[nodiscard]] bool isInstalling(const QString& projectID) const; ///< from the confirmation to the start
     [[nodiscard]] static QString quickPanelShortcutLabel();
     [[nodiscard]] bool keeps(ProjectFilter filter, const Project& project) const;
     [[nodiscard]] QList<Project> filteredProjects() const; ///< by the filter and the search text, in scan order
@@ -216,6 +225,7 @@ public:
     [[nodiscard]] QString displayName() const;
     [[nodiscard]] QString scanRootText() const; ///< with "~" for the home folder
     [[nodiscard]] QUrl scanRootUrl() const;
+    [[nodiscard]] QUrl supportUrl() const; ///< the folder of settings, corrections and tasks
     [[nodiscard]] int themeIndex() const;
     void setThemeIndex(int index);
     [[nodiscard]] int appearance() const;
@@ -264,6 +274,8 @@ public:
     Q_INVOKABLE void dismissStatus();
     /// A path, or a file URL as a folder dialog gives it.
     Q_INVOKABLE void chooseScanRoot(const QString& folder);
+    /// In the desktop's file manager.
+    Q_INVOKABLE void openFolder(const QUrl& folder);
     Q_INVOKABLE void showStatus(const QString& text, bool isError);
 
     // Set by the shell
@@ -320,14 +332,11 @@ private:
     void takeInOutput(const ServiceID& id, qsizetype added);
     void noteAddress(const ServiceID& id);
     void showMainWindow();
-    /// Changes the settings and reports when that can't be saved. `change` may run again later.
-    void changeSettings(const std::function<void(AppSettings&)>& change);
     void reportFailure(const StoreResult& result);
     void reloadTasks();
 
     void setPendingInstall(const std::optional<PendingInstall>& pending);
     void setSetup(const std::optional<SetupSession>& setup);
-    [[nodiscard]] bool isInstalling(const QString& projectID) const; ///< from the confirmation to the start
     void askForInstall(const RunRequest& request, const QList<ServiceTarget>& targets, const QStringList& bodies);
     void setupEnded(const QString& reason);
     void runInstalled(const RunRequest& request, const Completion& completion);

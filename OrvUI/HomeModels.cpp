@@ -83,6 +83,7 @@ void HomeModels::update() {
 
     updateRunning();
     updateSummary(shownBefore);
+    Q_EMIT updated();
 }
 
 void HomeModels::updateRunning() {

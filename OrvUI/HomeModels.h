@@ -24,6 +24,8 @@ public:
     RowModel<SetupStepRow> setupSteps;
     OutlineModel outline;
 
+    /// A project as its card shows it.
+    [[nodiscard]] CardRow card(const Project& project) const;
     /// "3 services running · 5 open tasks"
     [[nodiscard]] const QString& summaryLine() const { return m_summaryLine; }
     /// A service in a word that QML can hand back; empty keys stand for none.
@@ -32,6 +34,8 @@ public:
 
 Q_SIGNALS:
     void summaryChanged();
+    /// Every list has taken over what changed.
+    void updated();
 
 private:
     struct Activity;
@@ -40,7 +44,6 @@ private:
     void update();
     void updateRunning();
     void updateSummary(qsizetype shownBefore);
-    [[nodiscard]] CardRow card(const Project& project) const;
     [[nodiscard]] Activity activity(const Project& project) const;
     [[nodiscard]] QVariantMap shown(const ServiceID& id) const;
     [[nodiscard]] static QVariantMap failed(const ServiceID& id, const QString& message);

@@ -17,6 +17,7 @@ T.AbstractButton {
     required property int tileIndex
     required property string tileLetter
     required property string cardState
+    property bool selected: false
     signal chosen
     signal expandedSet(bool value)
 
@@ -28,6 +29,7 @@ T.AbstractButton {
     Accessible.description: cardState === "idle" ? "" : cardState
     Accessible.checkable: hasChildren
     Accessible.checked: expanded
+    Accessible.selected: selected
     Keys.onReturnPressed: row.chosen()
     Keys.onEnterPressed: row.chosen()
     Keys.onRightPressed: row.expandedSet(true)
@@ -36,7 +38,7 @@ T.AbstractButton {
 
     background: Rectangle {
         radius: Theme.radiusControl
-        color: row.pressed ? Theme.pressed : row.hovered ? Theme.hover : "transparent"
+        color: row.selected ? Theme.selection : row.pressed ? Theme.pressed : row.hovered ? Theme.hover : "transparent"
 
         FocusRing {
             control: row
@@ -88,7 +90,7 @@ T.AbstractButton {
             anchors.right: dot.left
             anchors.rightMargin: Theme.space4
             anchors.verticalCenter: parent.verticalCenter
-            color: row.hovered ? Theme.text : Theme.text2
+            color: row.selected || row.hovered ? Theme.text : Theme.text2
             text: row.name
 
             Tip {

@@ -6,15 +6,20 @@ Item {
     id: sidebar
 
     required property AppModel model
+    required property Navigator nav
     required property bool rail
     // The application draws the frame of the window, so its mark stands here.
     property bool showsMark: true
-    signal settingsRequested(Item anchor)
-    signal projectChosen(string projectID)
 
     // The rail is left by the button at its top only where there is room for the sidebar.
     property bool collapsible: true
     signal toggleRequested
+
+    SettingsForm {
+        id: form
+
+        model: sidebar.model
+    }
 
     Item {
         id: titleZone
@@ -101,9 +106,12 @@ Item {
                     rail: sidebar.rail
                     badge: filter.index === 2
                     showsCount: sidebar.model.hasScanned && sidebar.model.projectCount > 0
-                    selected: filter.index === sidebar.model.filterIndex
+                    selected: sidebar.nav.page === Navigator.Home && filter.index === sidebar.model.filterIndex
                     shortcut: qsTr("Ctrl %1").arg(filter.index + 1)
-                    onClicked: sidebar.model.filterIndex = filter.index
+                    onClicked: {
+                        sidebar.model.filterIndex = filter.index;
+                        sidebar.nav.home();
+                    }
                     Keys.onDownPressed: row.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
                     Keys.onUpPressed: row.nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
                 }
@@ -148,7 +156,9 @@ Item {
             model: sidebar.model.outline
             onToggled: row => sidebar.model.outline.toggleExpanded(row)
             onExpandedSet: (row, expanded) => sidebar.model.outline.setExpanded(row, expanded)
-            onProjectChosen: projectID => sidebar.projectChosen(projectID)
+            current: sidebar.nav.pageID
+            onProjectChosen: projectID => sidebar.nav.project(projectID)
+            onFolderChosen: path => sidebar.nav.collection(path)
         }
     }
 
@@ -189,9 +199,14 @@ Item {
                         model: sidebar.model.outline
                         onToggled: row => sidebar.model.outline.toggleExpanded(row)
                         onExpandedSet: (row, expanded) => sidebar.model.outline.setExpanded(row, expanded)
+                        current: sidebar.nav.pageID
                         onProjectChosen: projectID => {
                             folders.close();
-                            sidebar.projectChosen(projectID);
+                            sidebar.nav.project(projectID);
+                        }
+                        onFolderChosen: path => {
+                            folders.close();
+                            sidebar.nav.collection(path);
                         }
                     }
                 }
@@ -208,6 +223,8 @@ Item {
         width: sidebar.width - Theme.space16
         rail: sidebar.rail
         name: sidebar.model.displayName
-        onClicked: sidebar.settingsRequested(profile)
+        color: form.avatarColor
+        selected: sidebar.nav.page === Navigator.Settings
+        onClicked: sidebar.nav.settings()
     }
 }

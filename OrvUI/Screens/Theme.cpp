@@ -176,9 +176,10 @@ QVariantList Theme::skeletonPinned() {
     return {Block{12, 10, 28, 28, 9}, Block{50, 19, 92, 10, 5}};
 }
 
-QColor Theme::swatch(int theme, bool dark) {
-    constexpr int accent = 12;
-    return colorOf(theme, dark, accent);
+QColor Theme::swatch(int theme, bool dark, Swatch role) {
+    // Places in ThemeColors' table: window, sidebar, surface, border, text, text3, accent, success, selection.
+    static constexpr std::array places{0, 1, 2, 5, 8, 10, 12, 17, 22};
+    return colorOf(theme, dark, places[size_t(role)]);
 }
 
 } // namespace orv

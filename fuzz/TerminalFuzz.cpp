@@ -1,14 +1,34 @@
+#include "TermEngine/Diagnostics.h"
 #include "TerminalCheck.h"
+
+namespace {
+
+/// What a thread that draws sees.
+std::string textOf(const term::ScreenSnapshot& snapshot) {
+    std::string text;
+    for (const auto& line : snapshot.lines) {
+        for (int col = 0; col < line->size(); ++col) {
+            text += snapshot.arena->attributeOf((*line)[col]).toSgr();
+            snapshot.arena->appendText(text, (*line)[col]);
+        }
+    }
+    return text;
+}
+
+} // namespace
 
 /// A terminal of a size and options from the first bytes; then pieces of a program's output, and what a host does
 /// between them: resizes, another length of history, resets, snapshots.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    // The engine itself never reads past an end.
+    term::setDiagnosticSink([](std::string_view) { require(false); });
     FuzzInput input(data, size);
     term::TerminalOptions options = takeOptions(input);
     const auto answers = (input.byte() & 1U) != 0 ? FuzzHost::Answers::fromWithin : FuzzHost::Answers::plain;
     FuzzHost host(answers);
     term::Terminal terminal(host, options);
     term::ScreenSnapshot snapshot;
+    std::string drawnText;
     DrawnLines drawn;
     int64_t now = 0;
     while (!input.isEmpty()) {
@@ -32,12 +52,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             terminal.arena().sweep();
             break;
         case 0xFE:
+            require(textOf(snapshot) == drawnText);
             snapshot = term::takeSnapshot(terminal, &snapshot);
+            drawnText = textOf(snapshot);
+            terminal.clickPrompt({static_cast<int64_t>(terminal.buffer().trimmedCount()) + input.byte() % 32, 3});
             break;
         case 0xFF:
             terminal.buffer().setYDisp(input.byte());
             now += 100;
             terminal.advanceAnimations(now);
+            static_cast<void>(terminal.presentedRow(0));
             break;
         default:
             terminal.feed(input.take(what));

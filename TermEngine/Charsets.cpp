@@ -18,7 +18,7 @@ constexpr Designation designations[] = {
     {"1", Charset::ascii},
     {"0", Charset::decGraphics},
     {"2", Charset::decGraphics},
-    {"%5", Charset::decSupplemental},
+    {"%5", Charset::decSupplementalGraphics},
     {"<", Charset::decSupplemental},
     {">", Charset::decTechnical},
     {"\"4", Charset::decHebrew},
@@ -137,6 +137,7 @@ std::string_view designationOf(Charset set) {
 }
 
 char32_t characterOf(Charset set, std::uint8_t code) {
+    set = set == Charset::decSupplementalGraphics ? Charset::decSupplemental : set;
     const auto in = [set](const auto& table) -> std::u32string_view {
         const auto* const found = std::ranges::find(table, set, &Characters::set);
         return found == std::end(table) ? std::u32string_view() : found->characters;

@@ -12,6 +12,7 @@ enum class Charset : std::uint8_t {
     ascii,
     decGraphics,
     decSupplemental,
+    decSupplementalGraphics, ///< the same characters under another name, by which it is reported
     decTechnical,
     decHebrew,
     decGreek,

@@ -162,7 +162,10 @@ GitOutcome<QList<FileDiff>> GitService::commitDiff(const QString& repository, co
 GitOutcome<void> GitService::applyLines(
     const QString& repository, const DiffRequest& request, const FileDiff& shown, const DiffSelection& selection,
     PatchTarget target, PatchDirection direction) const {
-    const auto current = fileDiff(repository, request);
+    // As it was taken to be shown: a filter that only the user's own commands run would make it another one.
+    GitService looking = *this;
+    looking.runner.purpose = GitPurpose::background;
+    const auto current = looking.fileDiff(repository, request);
     if (!current) {
         return std::unexpected(current.error());
     }

@@ -2,6 +2,8 @@
 #include "OrvCore/Paths.h"
 #include "OrvCore/StoreWatcher.h"
 #include "OrvUI/AppModel_p.h"
+#include "OrvUI/GitModel.h"
+#include "OrvUI/NewProject.h"
 
 #include <QFileInfo>
 #include <QUrlQuery>
@@ -83,6 +85,7 @@ AppModel::AppModel(Options options, QObject* parent)
             Q_EMIT setupLastLineChanged();
         }
     });
+    setUpGit();
     d->home = std::make_unique<HomeModels>(*this);
     connect(d->home.get(), &HomeModels::summaryChanged, this, &AppModel::summaryChanged);
     d->processes->setOnChange([this] {
@@ -321,6 +324,8 @@ void AppModel::scanEnded(const QList<ProjectNode>& tree) {
     }
     Q_EMIT isScanningChanged();
     publishSnapshot();
+    d->git->setProjects(d->projects);
+    refreshGitBadges();
     if (const std::optional<QUrl> url = std::exchange(d->queuedURL, {})) {
         Q_EMIT queuedURLChanged();
         handle(*url);

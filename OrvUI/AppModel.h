@@ -5,31 +5,40 @@
 #include "OrvCore/Settings.h"
 #include "OrvCore/Tasks.h"
 #include "OrvCore/WidgetSnapshot.h"
+#include "OrvGit/GitService.h"
 #include "OrvProcess/ProcessManager.h"
 #include "OrvUI/ModelTypes.h"
+#include "OrvUI/QuickActions.h"
 
 #include <QAbstractListModel>
 #include <QFuture>
+#include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QUrl>
 
 #include <chrono>
 #include <functional>
 #include <memory>
 
+Q_MOC_INCLUDE("OrvUI/GitModel.h")
+Q_MOC_INCLUDE("OrvUI/NewProject.h")
 Q_MOC_INCLUDE("OrvUI/OutlineModel.h")
 
 namespace orv {
 
 class Completion;
+class GitModel;
+class GitOverview;
+class NewProject;
 class OutlineModel;
 struct RunRequest;
 
 /// All run-time state of the application, and every user action. One a process, on the main thread; needs no window.
 ///
 /// Parts of it stand in files of their own: AppModel+Run (running and stopping), AppModel+Setup (the install before a
-/// first run), AppModel+Addresses, AppModel+Filters, AppModel+Pinning, AppModel+Tasks, AppModel+Screen (what QML binds
-/// to).
+/// first run), AppModel+Addresses, AppModel+Filters, AppModel+Git, AppModel+Pinning, AppModel+Tasks, AppModel+Screen
+/// (what QML binds to).
 class AppModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isScanning READ isScanning NOTIFY isScanningChanged)
@@ -71,6 +80,10 @@ class AppModel : public QObject {
     Q_PROPERTY(QAbstractListModel* sidebarFilters READ sidebarFilters CONSTANT)
     Q_PROPERTY(QAbstractListModel* setupSteps READ setupSteps CONSTANT)
     Q_PROPERTY(orv::OutlineModel* outline READ outline CONSTANT)
+    Q_PROPERTY(bool gitIdentitySet READ gitIdentitySet NOTIFY gitIdentitySetChanged)
+    Q_PROPERTY(QString defaultBranch READ defaultBranch NOTIFY preferencesChanged)
+    Q_PROPERTY(orv::GitModel* git READ gitModel NOTIFY gitModelChanged)
+    Q_PROPERTY(orv::NewProject* newProject READ newProject CONSTANT)
 
 public:
     /// What a test or a preview puts in the place of the real thing. What is left empty is made.
@@ -202,6 +215,29 @@ public:
     void setTaskDone(const QUuid& id, bool done);
     void deleteTask(const QUuid& id);
 
+    // Git. The badge of a project is absent where it has no repository, and until it was looked at.
+    [[nodiscard]] const QHash<QString, GitBadge>& gitBadges() const; ///< by the project's id
+    [[nodiscard]] std::optional<GitBadge> gitBadge(const Project& project) const;
+    [[nodiscard]] bool isGitKnown(const Project& project) const; ///< whether its repositories were looked for
+    [[nodiscard]] const QSet<QString>& gitBusy() const;          ///< the ids of the projects with an action under way
+    [[nodiscard]] bool isGitBusy(const Project& project) const;
+    /// Whether a name and an e-mail for commits are configured; true until that is known.
+    [[nodiscard]] bool gitIdentitySet() const;
+    QFuture<void> refreshGitBadges(); ///< of all projects, and whether the identity is set
+    QFuture<void> refreshGitIdentity();
+    QFuture<QuickGitReport> quickGit(QuickGitAction action, const Project& project);
+    [[nodiscard]] QString defaultBranch() const; ///< on which a new repository begins
+    [[nodiscard]] GitOverview& gitOverview();
+    /// Behind the git page of the project that was last opened there; null when it is closed.
+    [[nodiscard]] GitModel* gitModel() const;
+    [[nodiscard]] NewProject* newProject() const;
+    Q_INVOKABLE void openGit(const QString& projectID); ///< an empty id closes it
+    /// Reads the badges and the open page again, unless that was done a moment ago: the window asks when it is looked
+    /// at.
+    Q_INVOKABLE void lookAtGit();
+    /// "fetch", "pull" or "push"; how it ended is said in the status line.
+    Q_INVOKABLE void quickGitFor(const QString& projectID, const QString& action);
+
     /// Shows the message for 8 seconds, unless a newer one takes its place.
     void report(const QString& text, bool isError);
     void dismissStatusMessage();
@@ -299,6 +335,12 @@ Q_SIGNALS:
     void tasksChanged();
     void pinsChanged();
     void greetingChanged();
+    void gitBadgesChanged();
+    void gitBusyChanged();
+    void gitIdentitySetChanged();
+    void gitModelChanged();
+    /// A folder was made or cloned, and the projects were looked for again.
+    void projectAdded(const QString& name, const QString& path, bool cloned);
     /// Some setting.
     void preferencesChanged();
     /// How many projects are shown, or the line under the greeting.
@@ -324,6 +366,9 @@ private:
     void changeSettings(const std::function<void(AppSettings&)>& change);
     void reportFailure(const StoreResult& result);
     void reloadTasks();
+
+    void setUpGit();
+    void takeInNewProject(const QString& name, const QString& path, bool cloned);
 
     void setPendingInstall(const std::optional<PendingInstall>& pending);
     void setSetup(const std::optional<SetupSession>& setup);

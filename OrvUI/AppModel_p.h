@@ -80,6 +80,11 @@ struct AppModel::Private {
     bool isScanStale = false; ///< what the running scan reads has changed since it began
     std::atomic<bool> isEnding = false;
     SnapshotPublisher publisher;
+
+    std::unique_ptr<GitOverview> git;
+    std::unique_ptr<GitModel> gitModel; ///< of the project whose git page is open
+    std::unique_ptr<NewProject> newProject;
+
     std::unique_ptr<HomeModels> home;
     // Last, so that what runs in them ends before what it uses goes.
     QThreadPool scanPool;

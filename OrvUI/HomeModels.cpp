@@ -29,7 +29,8 @@ HomeModels::HomeModels(AppModel& model) : m_model(model) {
     for (const auto signal :
          {&AppModel::projectsChanged, &AppModel::treeChanged, &AppModel::hasScannedChanged,
           &AppModel::searchTextChanged, &AppModel::filterChanged, &AppModel::pinsChanged, &AppModel::servicesChanged,
-          &AppModel::setupChanged, &AppModel::tasksChanged, &AppModel::preferencesChanged}) {
+          &AppModel::setupChanged, &AppModel::tasksChanged, &AppModel::preferencesChanged, &AppModel::gitBadgesChanged,
+          &AppModel::gitBusyChanged}) {
         connect(&model, signal, this, &HomeModels::updateSoon);
     }
     update();
@@ -63,7 +64,9 @@ void HomeModels::update() {
     }
     pinned.setRows(pinnedRows);
 
-    outline.setTree(m_model.tree(), [this](const Project& project) { return activity(project).state; });
+    outline.setTree(m_model.tree(), [this](const Project& project) {
+        return OutlineModel::Activity{activity(project).state, m_model.gitBadge(project).value_or(GitBadge()).changes};
+    });
 
     QList<FilterRow> filterRows;
     for (const ProjectFilter filter : allProjectFilters) {
@@ -116,6 +119,11 @@ void HomeModels::updateSummary(qsizetype shownBefore) {
         if (const int count = m_model.runningCount(); count > 0) {
             parts.append(counted(count, u"service running"_s, u"services running"_s));
         }
+        const qsizetype unsaved =
+            std::ranges::count_if(m_model.gitBadges(), [](const GitBadge& badge) { return badge.changes > 0; });
+        if (unsaved > 0) {
+            parts.append(counted(unsaved, u"project with unsaved changes"_s, u"projects with unsaved changes"_s));
+        }
         if (const int count = m_model.openTaskCount(); count > 0) {
             parts.append(counted(count, u"open task"_s, u"open tasks"_s));
         }
@@ -138,6 +146,7 @@ CardRow HomeModels::card(const Project& project) const {
     }
     const std::optional<RunAction> preferred =
         offered.isEmpty() ? AppModel::defaultAction(project) : AppModel::preferred(offered);
+    const GitBadge badge = m_model.gitBadge(project).value_or(GitBadge());
     return {
         .key = project.id,
         .name = project.name,
@@ -153,6 +162,12 @@ CardRow HomeModels::card(const Project& project) const {
         .isFlutter = m_model.keeps(ProjectFilter::flutter, project),
         .services = now.services,
         .failedServices = now.failedServices,
+        .gitRepositories = m_model.isGitKnown(project) ? badge.repoCount : -1,
+        .gitBranch = badge.branch,
+        .gitChanges = badge.changes,
+        .gitAhead = badge.ahead,
+        .gitBehind = badge.behind,
+        .isGitBusy = m_model.isGitBusy(project),
     };
 }
 

@@ -28,6 +28,12 @@ const std::vector<RowRole<CardRow>>& CardRow::roles() {
         role<&CardRow::isFlutter, CardRow>("isFlutter"),
         role<&CardRow::services, CardRow>("services"),
         role<&CardRow::failedServices, CardRow>("failedServices"),
+        role<&CardRow::gitRepositories, CardRow>("gitRepositories"),
+        role<&CardRow::gitBranch, CardRow>("gitBranch"),
+        role<&CardRow::gitChanges, CardRow>("gitChanges"),
+        role<&CardRow::gitAhead, CardRow>("gitAhead"),
+        role<&CardRow::gitBehind, CardRow>("gitBehind"),
+        role<&CardRow::isGitBusy, CardRow>("gitBusy"),
     };
     return table;
 }
@@ -67,6 +73,7 @@ const std::vector<RowRole<OutlineRow>>& OutlineRow::roles() {
         role<&OutlineRow::tileIndex, OutlineRow>("tileIndex"),
         role<&OutlineRow::tileLetter, OutlineRow>("tileLetter"),
         role<&OutlineRow::cardState, OutlineRow>("cardState"),
+        role<&OutlineRow::gitChanges, OutlineRow>("gitChanges"),
     };
     return table;
 }

@@ -96,6 +96,7 @@ FocusScope {
             onStop: page.model.stopProject(projectID)
             onOpen: key => page.model.openServiceByKey(key)
             onPin: page.model.togglePinFor(projectID)
+            onGit: action => page.model.quickGitFor(projectID, action)
             onChooseAction: anchor => page.openChoice(card, anchor)
             onMore: anchor => page.openMenu(card, anchor)
 

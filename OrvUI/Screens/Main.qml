@@ -35,6 +35,7 @@ Window {
     onActiveChanged: {
         if (active) {
             model.updateGreeting();
+            model.lookAtGit();
         }
     }
     onActiveFocusItemChanged: returnFocus()

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "OrvUI/AppModel.h"
+#include "OrvUI/GitModel.h"
+#include "OrvUI/NewProject.h"
 #include "OrvUI/OutlineModel.h"
 
 #include <QtQml/qqml.h>
@@ -20,6 +22,27 @@ struct OutlineModelElement {
     Q_GADGET
     QML_FOREIGN(orv::OutlineModel)
     QML_NAMED_ELEMENT(OutlineModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct GitModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::GitModel)
+    QML_NAMED_ELEMENT(GitModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct DiffModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::DiffModel)
+    QML_NAMED_ELEMENT(DiffModel)
+    QML_UNCREATABLE("The model of the git page owns it")
+};
+
+struct NewProjectElement {
+    Q_GADGET
+    QML_FOREIGN(orv::NewProject)
+    QML_NAMED_ELEMENT(NewProject)
     QML_UNCREATABLE("The application's model owns it")
 };
 

@@ -17,6 +17,7 @@ T.AbstractButton {
     required property int tileIndex
     required property string tileLetter
     required property string cardState
+    required property int gitChanges
     signal chosen
     signal expandedSet(bool value)
 
@@ -25,7 +26,7 @@ T.AbstractButton {
     hoverEnabled: true
     Accessible.role: Accessible.TreeItem
     Accessible.name: name
-    Accessible.description: cardState === "idle" ? "" : cardState
+    Accessible.description: [cardState === "idle" ? "" : cardState, gitChanges > 0 ? qsTr("%1 changes").arg(gitChanges) : ""].filter(part => part.length > 0).join(", ")
     Accessible.checkable: hasChildren
     Accessible.checked: expanded
     Keys.onReturnPressed: row.chosen()

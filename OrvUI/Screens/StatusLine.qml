@@ -59,6 +59,7 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, line.limit - 2 * Theme.space12 - 2 * Theme.space10 - Theme.icon - Theme.controlMini)
             role: Theme.BodyStrong
+            maximumLineCount: 1
             text: line.text
 
             Tip {

@@ -76,6 +76,8 @@ Command portsCommand();
 Command overrideCommand();
 Command settingsCommand();
 Command tasksCommand();
+Command gitCommand();
+Command newCommand();
 Command completionsCommand();
 
 /// Every command, in the order in which help lists them.

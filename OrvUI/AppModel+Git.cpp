@@ -83,7 +83,7 @@ QFuture<void> AppModel::refreshGitIdentity() {
 
 QFuture<QuickGitReport> AppModel::quickGit(QuickGitAction action, const Project& project) {
     const auto started = [this, text = QuickGit::progress(action, project.name)] {
-        setStatusMessage(StatusMessage{.text = text});
+        setStatusMessage(StatusMessage{.text = text, .isOngoing = true});
     };
     return d->git->quickGit(action, project, strategyOf(d->settings->settings().defaultPullStrategy), started);
 }

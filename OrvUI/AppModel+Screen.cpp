@@ -45,6 +45,9 @@ bool AppModel::hasStatus() const {
 bool AppModel::statusIsError() const {
     return d->statusMessage && d->statusMessage->isError;
 }
+bool AppModel::statusIsOngoing() const {
+    return d->statusMessage && d->statusMessage->isOngoing;
+}
 QString AppModel::statusText() const {
     return d->statusMessage ? d->statusMessage->text : QString();
 }

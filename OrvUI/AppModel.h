@@ -59,6 +59,7 @@ class AppModel : public QObject {
     Q_PROPERTY(int appearance READ appearance WRITE setAppearance NOTIFY preferencesChanged)
     Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusMessageChanged)
+    Q_PROPERTY(bool statusIsOngoing READ statusIsOngoing NOTIFY statusMessageChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY statusMessageChanged)
     Q_PROPERTY(bool setupActive READ setupActive NOTIFY setupChanged)
     Q_PROPERTY(QString setupPhase READ setupPhase NOTIFY setupChanged)
@@ -258,6 +259,7 @@ public:
     void setAppearance(int mode);
     [[nodiscard]] bool hasStatus() const;
     [[nodiscard]] bool statusIsError() const;
+    [[nodiscard]] bool statusIsOngoing() const;
     [[nodiscard]] QString statusText() const;
     [[nodiscard]] bool setupActive() const;
     [[nodiscard]] QString setupPhase() const; ///< "", "confirm", "running", "failed"

@@ -257,6 +257,25 @@ void GitModel::push() {
         [](const GitService& service, const QString& repository) { return service.push(repository); });
 }
 
+void GitModel::readIdentities() {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto work = [reader = m_reader, repository = m_repository] {
+        const GitIdentity everywhere = reader.identity(repository, GitScope::global).value_or(GitIdentity());
+        const GitIdentity own = reader.identity(repository, GitScope::repo).value_or(GitIdentity());
+        return QVariantMap{
+            {u"globalName"_s, everywhere.name.value_or(QString())},
+            {u"globalEmail"_s, everywhere.email.value_or(QString())},
+            {u"ownName"_s, own.name.value_or(QString())},
+            {u"ownEmail"_s, own.email.value_or(QString())}};
+    };
+    onFinished(runIn(m_overview.pool(), work), this, [this, at = m_generation](const QVariantMap& found) {
+        if (at == m_generation) {
+            m_identities = found;
+            Q_EMIT identitiesChanged();
+        }
+    });
+}
+
 void GitModel::setIdentity(const QString& name, const QString& email, bool everywhere) {
     const GitIdentity identity{name.trimmed(), email.trimmed()};
     if (identity.name->isEmpty() || identity.email->isEmpty()) {

@@ -5,6 +5,8 @@
 #include "OrvUI/GitOverview.h"
 #include "OrvUI/GitRows.h"
 
+#include <QVariantMap>
+
 namespace orv {
 
 class Completion;
@@ -52,6 +54,7 @@ class GitModel : public QObject {
     Q_PROPERTY(QString headDescription READ headDescription NOTIFY detailsChanged)
     Q_PROPERTY(QString identityName READ identityName NOTIFY detailsChanged)
     Q_PROPERTY(QString identityEmail READ identityEmail NOTIFY detailsChanged)
+    Q_PROPERTY(QVariantMap identities READ identities NOTIFY identitiesChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
     Q_PROPERTY(QString busyText READ busyText NOTIFY busyChanged)
 
@@ -161,6 +164,11 @@ public:
     Q_INVOKABLE void pull();
     Q_INVOKABLE void push();
 
+    /// Reads what `identities` has.
+    Q_INVOKABLE void readIdentities();
+    /// What is set for all repositories, and for this one alone: "globalName", "globalEmail", "ownName", "ownEmail".
+    /// Empty until it was asked for.
+    [[nodiscard]] const QVariantMap& identities() const { return m_identities; }
     Q_INVOKABLE void setIdentity(const QString& name, const QString& email, bool everywhere);
 
 Q_SIGNALS:
@@ -170,6 +178,7 @@ Q_SIGNALS:
     void fileChanged();
     void historyChanged();
     void detailsChanged();
+    void identitiesChanged();
     void busyChanged();
     /// The name of the action: "commit", "stage", ...
     void succeeded(const QString& action);
@@ -248,6 +257,7 @@ private:
     bool m_isLoadingDiff = false;
     QString m_diffNote;
     QString m_busyText;
+    QVariantMap m_identities;
 };
 
 } // namespace orv

@@ -47,6 +47,7 @@ struct StatusMessage {
     QUuid id = QUuid::createUuid();
     QString text;
     bool isError = false;
+    bool isOngoing = false; ///< says what is being done
 
     bool operator==(const StatusMessage&) const = default;
 };

@@ -50,7 +50,7 @@ Item {
                 width: Math.min(implicitWidth, Math.max(0, line.width - tools.width - facts.width - glyph.width - Theme.space28))
                 role: Theme.Small
                 color: line.repositories === 0 ? Theme.text3 : Theme.text2
-                text: line.repositories === 0 ? qsTr("No repository") : line.repositories > 1 ? qsTr("%1 repositories").arg(line.repositories) : line.branch.length > 0 ? line.branch : qsTr("Detached HEAD")
+                text: line.repositories === 0 ? qsTr("No repository") : line.repositories > 1 ? qsTr("%1 repositories").arg(line.repositories) : line.branch.length > 0 ? line.branch : qsTr("No branch")
 
                 Tip {
                     text: branchLabel.truncated ? branchLabel.text : ""

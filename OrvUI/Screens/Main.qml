@@ -125,6 +125,7 @@ Window {
                 shown: root.model.hasStatus
                 text: root.model.statusText
                 isError: root.model.statusIsError
+                isOngoing: root.model.statusIsOngoing
                 onDismissed: root.model.dismissStatus()
             }
         }

@@ -18,6 +18,7 @@ T.AbstractButton {
     required property string tileLetter
     required property string cardState
     required property int gitChanges
+    readonly property string stateText: cardState === "idle" ? "" : cardState
     signal chosen
     signal expandedSet(bool value)
 
@@ -26,7 +27,7 @@ T.AbstractButton {
     hoverEnabled: true
     Accessible.role: Accessible.TreeItem
     Accessible.name: name
-    Accessible.description: [cardState === "idle" ? "" : cardState, gitChanges > 0 ? qsTr("%1 changes").arg(gitChanges) : ""].filter(part => part.length > 0).join(", ")
+    Accessible.description: gitChanges === 0 ? stateText : stateText.length > 0 ? qsTr("%1, %2 changes").arg(stateText).arg(gitChanges) : qsTr("%1 changes").arg(gitChanges)
     Accessible.checkable: hasChildren
     Accessible.checked: expanded
     Keys.onReturnPressed: row.chosen()

@@ -280,6 +280,10 @@ TEST_F(GitPage, HandlesBranchesStashesAndRemotes) {
     EXPECT_EQ(after([this] { model->setIdentity(u" "_s, u"x"_s, false); }), u"Enter a name and an e-mail first."_s);
     EXPECT_EQ(after([this] { model->setIdentity(u"Bo"_s, u"bo@example.org"_s, false); }), QString());
     EXPECT_EQ(model->identityName(), u"Bo"_s);
+    model->readIdentities();
+    EXPECT_TRUE(waitFor([this] { return !model->identities().isEmpty(); }));
+    EXPECT_EQ(model->identities()[u"globalName"_s], u"Ada"_s);
+    EXPECT_EQ(model->identities()[u"ownEmail"_s], u"bo@example.org"_s);
     EXPECT_EQ(gitText(home.path(), {u"config"_s, u"user.name"_s}), u"Ada"_s);
 }
 
@@ -324,6 +328,10 @@ TEST_F(GitPage, ShowsOneOfSeveralRepositories) {
     model->setRepository(r + u"/no"_s);
     model->setRepository(inner);
     EXPECT_TRUE(waitFor([&] { return model->repository() == inner; }));
+    model->setRepository(r);
+    model->setRepository(inner);
+    refresh();
+    EXPECT_EQ(model->repository(), inner);
     EXPECT_EQ(changes(), u" | M x | "_s);
     EXPECT_EQ(model->selectedPath(), QString());
     EXPECT_EQ(model->diff()->rowCount(), 0);

@@ -70,8 +70,23 @@ QString detail(const QJsonObject& input) {
     return {};
 }
 
-QList<AgentEvent> assistantEvents(const QJsonObject& line) {
-    const QJsonArray content = line.value("message"_L1).toObject().value("content"_L1).toArray();
+/// Numbers that are absent, or none, count as nothing.
+std::optional<AgentUsage> usage(const QJsonObject& holder, const QString& messageID) {
+    const QJsonValue found = holder.value("usage"_L1);
+    if (!found.isObject()) {
+        return {};
+    }
+    const QJsonObject counts = found.toObject();
+    const auto count = [&counts](QLatin1StringView key) { return std::max<qint64>(counts.value(key).toInteger(), 0); };
+    return AgentUsage{
+        messageID,
+        {.input =
+             count("input_tokens"_L1) + count("cache_creation_input_tokens"_L1) + count("cache_read_input_tokens"_L1),
+         .output = count("output_tokens"_L1)}};
+}
+
+QList<AgentEvent> assistantEvents(const QJsonObject& message) {
+    const QJsonArray content = message.value("content"_L1).toArray();
     QList<AgentEvent> events;
     for (const QJsonValue element : content) {
         if (!element.isObject()) {
@@ -126,9 +141,14 @@ AgentLine parse(QByteArrayView line) {
     }
     parsed.type = type.toString();
     if (parsed.type == "assistant"_L1) {
-        parsed.events = assistantEvents(json);
+        const QJsonObject message = json.value("message"_L1).toObject();
+        parsed.events = assistantEvents(message);
+        if (const QString id = message.value("id"_L1).toString(); !id.isEmpty()) {
+            parsed.usage = usage(message, id);
+        }
     } else if (parsed.type == "result"_L1) {
         parsed.events = {result(json)};
+        parsed.usage = usage(json, {});
     }
     return parsed;
 }

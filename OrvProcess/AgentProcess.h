@@ -28,7 +28,7 @@ public:
         QString command; ///< of AgentCommandBuilder
         QString directory;
         QString task;
-        QString outputFile; ///< gets what the agent prints, as it is; empty: nowhere
+        QString outputFile; ///< gets what the agent prints, as it is, as far as the disk takes it; empty: nowhere
     };
     static constexpr qsizetype outputFileLimitBytes = 64 * 1024 * 1024; ///< what comes after is not written
 
@@ -39,6 +39,8 @@ public:
     [[nodiscard]] pid_t pid() const { return m_process.pid; } ///< also its group's id
     /// SIGTERM to the group, SIGKILL to what is left of it after `grace`. `exited` follows.
     void stop(std::chrono::milliseconds grace);
+    /// SIGKILL to the group, at once. `exited` follows.
+    void kill();
 
 Q_SIGNALS:
     void linesRead(const QList<orv::AgentLine>& lines);

@@ -292,11 +292,15 @@ void AppModel::killServices() {
             ProcessSpawner::signalGroup(static_cast<pid_t>(*group), SIGKILL);
         }
     }
+    d->agentRuns->kill();
 }
 
 void AppModel::endServices(std::chrono::milliseconds grace) {
     ORV_ASSERT_MAIN_THREAD();
-    QList<pid_t> groups;
+    QList<pid_t> groups = d->agentRuns->groups();
+    for (const pid_t group : std::as_const(groups)) {
+        ProcessSpawner::signalGroup(group, SIGTERM);
+    }
     for (const ServiceID& id : d->processes->states().keys()) {
         if (const auto group = d->processes->processID(id)) {
             groups.append(static_cast<pid_t>(*group));

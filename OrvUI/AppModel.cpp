@@ -40,12 +40,27 @@ AppModel::Private::Private(Options options)
       taskStore(options.tasksFile.isEmpty() ? TaskStore::defaultPath() : options.tasksFile),
       installs(std::make_shared<InstallRecord>(QFileInfo(settings->filePath()).path() + u"/installs.json"_s)),
       reportTime(options.reportTime),
+      agents(orMake<AgentCatalog>(
+          std::move(options.agents),
+          [this] {
+              return std::make_unique<AgentCatalog>(AgentCatalog::Options{
+                  .shell = {}, .customCommand = [this] { return settings->settings().customAgentCommand; }});
+          })),
+      terminals(orMake<TerminalTabs>(std::move(options.terminals), [] { return std::make_unique<TerminalTabs>(); })),
       lastSettings(settings->settings()),
       publisher(options.snapshotDirectory.isEmpty() ? SharedContainer::defaultDirectory() : options.snapshotDirectory) {
     scanPool.setObjectName(u"orv-scan"_s);
     scanPool.setMaxThreadCount(1);
     workPool.setObjectName(u"orv-work"_s);
     workPool.setMaxThreadCount(3);
+    const QString support = QFileInfo(settings->filePath()).path();
+    AgentRuns::Options runs = options.agentRuns ? *std::move(options.agentRuns)
+                                                : AgentRuns::Options{
+                                                      .files = AgentRunFiles(support + u"/agents"_s),
+                                                      .worktreeFolder = support + u"/worktrees"_s,
+                                                      .settings = {}};
+    runs.settings = [this] { return settings->settings(); };
+    agentRuns = std::make_unique<AgentRuns>(std::move(runs));
 }
 
 AppModel::AppModel(Options options, QObject* parent)
@@ -83,7 +98,9 @@ AppModel::AppModel(Options options, QObject* parent)
             Q_EMIT setupLastLineChanged();
         }
     });
+    followAgents();
     d->home = std::make_unique<HomeModels>(*this);
+    d->agentModels = std::make_unique<AgentModels>(*this);
     connect(d->home.get(), &HomeModels::summaryChanged, this, &AppModel::summaryChanged);
     d->processes->setOnChange([this] {
         publishSnapshot();
@@ -99,6 +116,9 @@ AppModel::~AppModel() {
         d->scanCancellation->cancel();
     }
     delete d->setupRunner;
+    d->agentModels.reset();
+    d->agentRuns.reset();
+    d->terminals.reset();
     d->scanPool.waitForDone();
     d->workPool.waitForDone();
     d->publisher.flush();

@@ -6,7 +6,11 @@
 #include "OrvCore/Tasks.h"
 #include "OrvCore/WidgetSnapshot.h"
 #include "OrvProcess/ProcessManager.h"
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/AgentCatalog.h"
+#include "OrvUI/AgentRuns.h"
 #include "OrvUI/ModelTypes.h"
+#include "OrvUI/Notifications.h"
 
 #include <QAbstractListModel>
 #include <QFuture>
@@ -17,10 +21,12 @@
 #include <functional>
 #include <memory>
 
+Q_MOC_INCLUDE("OrvUI/AgentModels.h")
 Q_MOC_INCLUDE("OrvUI/OutlineModel.h")
 
 namespace orv {
 
+class AgentModels;
 class Completion;
 class OutlineModel;
 struct RunRequest;
@@ -28,8 +34,8 @@ struct RunRequest;
 /// All run-time state of the application, and every user action. One a process, on the main thread; needs no window.
 ///
 /// Parts of it stand in files of their own: AppModel+Run (running and stopping), AppModel+Setup (the install before a
-/// first run), AppModel+Addresses, AppModel+Filters, AppModel+Pinning, AppModel+Tasks, AppModel+Screen (what QML binds
-/// to).
+/// first run), AppModel+Addresses, AppModel+Filters, AppModel+Pinning, AppModel+Tasks, AppModel+Agents, AppModel+Screen
+/// (what QML binds to).
 class AppModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isScanning READ isScanning NOTIFY isScanningChanged)
@@ -71,6 +77,8 @@ class AppModel : public QObject {
     Q_PROPERTY(QAbstractListModel* sidebarFilters READ sidebarFilters CONSTANT)
     Q_PROPERTY(QAbstractListModel* setupSteps READ setupSteps CONSTANT)
     Q_PROPERTY(orv::OutlineModel* outline READ outline CONSTANT)
+    Q_PROPERTY(orv::AgentModels* agentModels READ agentModels CONSTANT)
+    Q_PROPERTY(int runningAgentCount READ runningAgentCount NOTIFY runningAgentCountChanged)
 
 public:
     /// What a test or a preview puts in the place of the real thing. What is left empty is made.
@@ -79,6 +87,9 @@ public:
         std::shared_ptr<OverrideStore> overrides;
         std::unique_ptr<ProcessManager> processes;
         QString tasksFile;
+        std::unique_ptr<AgentCatalog> agents;
+        std::unique_ptr<TerminalTabs> terminals;
+        std::optional<AgentRuns::Options> agentRuns;
         QString snapshotDirectory; ///< empty: the folder shared with the widgets
         std::chrono::milliseconds reportTime = std::chrono::seconds(8);
     };
@@ -177,7 +188,7 @@ public:
     QFuture<void> stop(const Project& project);
     QFuture<void> stopService(const ServiceID& id);
     QFuture<void> stopAllServices();
-    /// Kills what has a live process, without giving it time. Their states follow.
+    /// Kills what has a live process, agents too, without giving it time. Their states follow.
     void killServices();
     /// Asks them to end, and kills what is left after `grace`. Blocks, and needs no event loop: their states do not
     /// follow.
@@ -201,6 +212,42 @@ public:
     void renameTask(const QUuid& id, const QString& title, const QString& notes);
     void setTaskDone(const QUuid& id, bool done);
     void deleteTask(const QUuid& id);
+
+    // Agents (AppModel+Agents)
+    [[nodiscard]] AgentCatalog& agents();
+    [[nodiscard]] AgentRuns& agentRunner(); ///< what there is beyond the actions here
+    [[nodiscard]] TerminalTabs& terminals();
+    [[nodiscard]] AgentModels* agentModels() const;
+    [[nodiscard]] const QList<AgentRun*>& agentRuns() const; ///< newest first
+    [[nodiscard]] int runningAgentCount() const;
+    [[nodiscard]] const std::optional<AgentDraft>& agentDraft() const;
+    void setAgentDraft(const std::optional<AgentDraft>& draft);
+    [[nodiscard]] const std::optional<QString>& agentError() const; ///< why the last run could not be started
+    void setAgentError(const std::optional<QString>& error);
+    /// Null when it could not be started, for which `agentError` says why, or when a desktop agent was opened. What
+    /// only comes out when git and the disk were looked at makes the run go away again, with `agentError` set.
+    AgentRun* startAgent(
+        AgentKind kind, const QString& task, const Project& project, const std::optional<QUuid>& linkedTask = {},
+        const std::optional<AgentAutonomy>& autonomy = {}, const AgentRun* replyingTo = nullptr);
+    AgentRun* startAgent(const AgentRuns::Start& wish, const Project& project);
+    /// A new run that goes on where this one ended; null for a blank message, or when the project is gone.
+    AgentRun* continueAgent(const AgentRun& run, const QString& message);
+    QFuture<void> stopAgent(AgentRun* run);
+    /// Those of this process: what another one has started is that one's to stop.
+    QFuture<void> stopAllAgents();
+    QFuture<void> stopEverything(); ///< services and agents
+    void startAgentInTerminal(AgentKind kind, const QString& task, const Project& project);
+    /// Opens a terminal with the agent's own sign-in in it.
+    void signIn(AgentKind kind);
+    void openInAntigravity(const Project& project, const QString& task);
+    /// Fills the composer with a to-do item.
+    void draftAgentTask(const ProjectTask& task, const Project& project);
+    void mergeAgentWork(const AgentRun& run);
+    void discardAgentWork(const AgentRun& run, TaskWorktrees::Discard discard);
+    /// Changes the settings and reports when that can't be saved. `change` may run again later.
+    void updateSettings(const std::function<void(AppSettings&)>& change);
+    std::function<bool(const QString& application, const QString& folder)> openApplication; ///< false: it can't
+    std::function<void(const QString& text)> setClipboard;
 
     /// Shows the message for 8 seconds, unless a newer one takes its place.
     void report(const QString& text, bool isError);
@@ -297,6 +344,11 @@ Q_SIGNALS:
     void queuedURLChanged();
     void installCommandOverrideChanged();
     void tasksChanged();
+    void agentRunsChanged(); ///< which there are
+    void runningAgentCountChanged();
+    void agentDraftChanged();
+    void agentErrorChanged();
+    void agentRunEnded(const orv::AgentFinished& event); ///< worth a notification
     void pinsChanged();
     void greetingChanged();
     /// Some setting.
@@ -324,6 +376,9 @@ private:
     void changeSettings(const std::function<void(AppSettings&)>& change);
     void reportFailure(const StoreResult& result);
     void reloadTasks();
+    void followAgents();
+    void agentFinished(AgentRun* run);
+    AgentRun* taken(const std::expected<AgentRun*, QString>& started);
 
     void setPendingInstall(const std::optional<PendingInstall>& pending);
     void setSetup(const std::optional<SetupSession>& setup);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvUI/AgentModels.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/InstallRecord.h"
@@ -59,6 +60,13 @@ struct AppModel::Private {
     int refreshToken = 0;
     std::optional<QUrl> queuedURL;
     QList<ProjectTask> tasks;
+
+    std::unique_ptr<AgentCatalog> agents;
+    std::unique_ptr<TerminalTabs> terminals;
+    std::unique_ptr<AgentRuns> agentRuns;
+    std::unique_ptr<AgentModels> agentModels;
+    std::optional<AgentDraft> agentDraft;
+    std::optional<QString> agentError;
 
     std::function<void()> openMainWindowAction;
     std::function<void()> reloadWidgets;

@@ -9,7 +9,7 @@ set(ORV_EDGES_OrvCore "")
 set(ORV_EDGES_OrvProcess OrvCore)
 set(ORV_EDGES_OrvTerminal OrvCore TermEngine)
 set(ORV_EDGES_OrvGit OrvCore)
-set(ORV_EDGES_OrvUI OrvCore OrvProcess)
+set(ORV_EDGES_OrvUI OrvCore OrvGit OrvProcess OrvTerminal)
 set(ORV_EDGES_OrvScreens OrvCore OrvProcess OrvUI)
 
 add_library(orv_options INTERFACE)

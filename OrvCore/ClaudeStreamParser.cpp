@@ -1,5 +1,7 @@
 #include "OrvCore/ClaudeStreamParser.h"
 
+#include "OrvCore/JsonSkim.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -131,6 +133,13 @@ AgentLine parse(QByteArrayView line) {
     const QByteArrayView text = withoutBlanks(line);
     if (text.isEmpty()) {
         return {};
+    }
+    // Most lines by far, and the longest ones, are of types that have no events: no value is made of them.
+    if (const auto top = skimJson(text); top && top->type != "assistant" && top->type != "result") {
+        return {
+            .type = QString::fromUtf8(top->type),
+            .events = {},
+            .sessionID = top->sessionID ? std::optional(QString::fromUtf8(*top->sessionID)) : std::nullopt};
     }
     const QJsonObject json = object(text);
     AgentLine parsed{.type = {}, .events = {}, .sessionID = sessionID(json)};

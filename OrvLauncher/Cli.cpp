@@ -167,8 +167,9 @@ void Invocation::note(const QString& message) const {
 }
 
 const QList<Command>& allCommands() {
-    static const QList<Command> commands{scanCommand(),     detectCommand(),   runCommand(),   portsCommand(),
-                                         overrideCommand(), settingsCommand(), tasksCommand(), completionsCommand()};
+    static const QList<Command> commands{scanCommand(),  detectCommand(),   runCommand(),
+                                         portsCommand(), overrideCommand(), settingsCommand(),
+                                         tasksCommand(), agentCommand(),    completionsCommand()};
     return commands;
 }
 

@@ -76,6 +76,7 @@ Command portsCommand();
 Command overrideCommand();
 Command settingsCommand();
 Command tasksCommand();
+Command agentCommand();
 Command completionsCommand();
 
 /// Every command, in the order in which help lists them.

@@ -12,6 +12,7 @@
 #include "OrvUI/Screens/WindowState.h"
 #include "SignalWatcher.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QIcon>
@@ -89,6 +90,7 @@ bool WindowShell::open() {
     m_window = qobject_cast<QQuickWindow*>(m_engine.rootObjects().constFirst());
     m_engine.singletonInstance<InputMode*>(qmlTypeId("OrvLauncher.Screens", 1, 0, "InputMode"))->watch(m_window);
     m_model.openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
+    m_model.setClipboard = [](const QString& text) { QGuiApplication::clipboard()->setText(text); };
     m_model.setOpenMainWindowAction([window = m_window] {
         window->show();
         window->raise();
@@ -192,7 +194,7 @@ void WindowShell::quit() {
     m_state.isSidebarHidden = m_window->property("sidebarHidden").toBool();
     m_state.isSystemDark = m_look.isDark();
     m_state.save(m_stateFile);
-    onFinished(m_model.stopAllServices(), this, [this] { leave(); });
+    onFinished(m_model.stopEverything(), this, [this] { leave(); });
 }
 
 /// Whoever asks a second time does not wait for a stack of containers to come down.
@@ -200,11 +202,12 @@ void WindowShell::kill() {
     m_model.killServices();
     const auto leaveWhenGone = [this] {
         const auto& states = m_model.processes().states();
-        if (std::ranges::none_of(states, &ServiceState::isActive)) {
+        if (std::ranges::none_of(states, &ServiceState::isActive) && m_model.agentRunner().groups().isEmpty()) {
             leave();
         }
     };
     connect(&m_model, &AppModel::servicesChanged, this, leaveWhenGone);
+    connect(&m_model, &AppModel::runningAgentCountChanged, this, leaveWhenGone);
     QTimer::singleShot(1s, this, &WindowShell::leave); // what not even that ends
     leaveWhenGone();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvUI/AgentModels.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/OutlineModel.h"
 
@@ -14,6 +15,13 @@ struct AppModelElement {
     QML_FOREIGN(orv::AppModel)
     QML_NAMED_ELEMENT(AppModel)
     QML_UNCREATABLE("There is one, made by the application")
+};
+
+struct AgentModelsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::AgentModels)
+    QML_NAMED_ELEMENT(AgentModels)
+    QML_UNCREATABLE("The application's model owns it")
 };
 
 struct OutlineModelElement {

@@ -216,7 +216,7 @@ TEST_F(CommandLine, FitsIntoPipesAndTerminals) {
          " 3000  localhost:3000\n", "exit 0\n"},
         {"colours on a terminal",
          u"TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\\[1m\""_s,
-         "25\n",
+         "27\n",
          {}},
         {"none with NO_COLOR",
          u"NO_COLOR=1 TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\""_s,

@@ -56,6 +56,7 @@ void visitFields(Self& changes, Visitor& visitor) {
     visitor.required("added"_L1, changes.added);
     visitor.required("removed"_L1, changes.removed);
     visitor.required("commits"_L1, changes.commits);
+    visitor.defaulted("dirtyBefore"_L1, changes.dirtyBefore);
     visitor.defaulted("isDiffCut"_L1, changes.isDiffCut);
     visitor.defaulted("isShared"_L1, changes.isShared);
     visitor.defaulted("note"_L1, changes.note);

@@ -73,6 +73,7 @@ struct AgentChanges {
     int added = 0;                ///< lines, likewise
     int removed = 0;
     QList<AgentCommit> commits; ///< that HEAD got, newest first
+    int dirtyBefore = 0;        ///< files that were other than committed when it began
     bool isDiffCut = false;     ///< the stored diff is not whole
     bool isShared = false;      ///< another run worked in the same folder at the time
     QString note;               ///< what could not be looked at, as sentences

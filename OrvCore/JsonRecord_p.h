@@ -172,7 +172,10 @@ struct Codec<QMap<QString, T>> {
         for (auto member = members.begin(); member != members.end(); ++member) {
             Decoded<T> decoded = Codec<T>::decode(member.value());
             if (!decoded) {
-                return std::unexpected(DecodingError{member.key(), decoded.error().expected});
+                const QString& field = decoded.error().field;
+                const bool needsDot = !field.isEmpty() && !field.startsWith(u'[');
+                return std::unexpected(DecodingError{
+                    member.key() + (needsDot ? QStringLiteral(".") : QString()) + field, decoded.error().expected});
             }
             map.insert(member.key(), *std::move(decoded));
         }

@@ -87,6 +87,10 @@ QStringList outcomeLines(const AgentRun& run, bool hasColor) {
                       .arg(changes->added)
                       .arg(changes->removed)
                       .arg(shortID(run)));
+        if (changes->dirtyBefore > 0) {
+            lines.append(
+                u"Uncommitted files before it began: %1; they are not part of that."_s.arg(changes->dirtyBefore));
+        }
         if (changes->isShared) {
             lines.append(u"Another run worked there at the same time."_s);
         }

@@ -247,6 +247,9 @@ void AgentModels::review(const QString& key) {
                  .isBinary = file.isBinary});
         }
         text.append(u"%1, +%2 \u2212%3."_s.arg(agentChangesText(changes)).arg(changes.added).arg(changes.removed));
+        if (changes.dirtyBefore > 0) {
+            text.append(u"Uncommitted files before it began: %1."_s.arg(changes.dirtyBefore));
+        }
         if (changes.isShared) {
             text.append(u"Another run worked here at the same time."_s);
         }

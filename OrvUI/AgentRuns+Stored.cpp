@@ -194,11 +194,12 @@ QFuture<AgentRuns::DiffResult> AgentRuns::diff(const AgentRun* run) {
 QFuture<AgentRuns::DiffResult> AgentRuns::worktreeDiff(const AgentRun* run) {
     ORV_ASSERT_MAIN_THREAD();
     return runIn(
-        m_workPool, [files = m_options.files, id = run->facts().id, worktree = run->worktree()]() -> DiffResult {
+        m_workPool,
+        [files = m_options.files, id = run->facts().id, worktree = run->worktree(), runner = runner()]() -> DiffResult {
             if (!worktree || worktree->state != AgentWorktreeState::open) {
                 return std::unexpected(u"This run has no work tree of its own."_s);
             }
-            return AgentWork::worktreeDiff(files, id, *worktree);
+            return AgentWork::worktreeDiff(files, id, *worktree, runner);
         });
 }
 
@@ -243,8 +244,7 @@ QFuture<AgentRuns::Outcome> AgentRuns::onWorktree(
     m_busyWorktrees.insert(folder);
     auto promise = std::make_shared<QPromise<Outcome>>();
     promise->start();
-    const auto perform = [work, target = AgentWork::taskWorktree(*worktree), cancellation = m_cancellation] {
-        const GitRunner runner{.extraEnvironment = {}, .purpose = GitPurpose::userAction, .cancellation = cancellation};
+    const auto perform = [work, target = AgentWork::taskWorktree(*worktree), runner = runner()] {
         return work(TaskWorktrees(runner), target);
     };
     const auto finish = [promise](const Outcome& outcome) {

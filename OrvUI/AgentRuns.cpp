@@ -74,6 +74,10 @@ int AgentRuns::runningCount() const {
     return static_cast<int>(std::ranges::count_if(m_runs, &AgentRun::isRunning));
 }
 
+GitRunner AgentRuns::runner() const {
+    return {.extraEnvironment = {}, .purpose = GitPurpose::userAction, .cancellation = m_cancellation};
+}
+
 AgentTotals AgentRuns::totals(const QString& projectID) const {
     AgentTotals totals;
     for (const AgentRun* run : m_runs) {
@@ -151,11 +155,7 @@ std::expected<AgentRun*, QString> AgentRuns::start(Start wish) {
     Q_EMIT runsChanged();
     updateRunningCount();
 
-    AgentWork::Request request{
-        .files = m_options.files,
-        .record = run->record(),
-        .worktree = {},
-        .runner = {.extraEnvironment = {}, .purpose = GitPurpose::userAction, .cancellation = m_cancellation}};
+    AgentWork::Request request{.files = m_options.files, .record = run->record(), .worktree = {}, .runner = runner()};
     if (!parent && wish.ownWorktree.value_or(settings.agentWorktrees)) {
         request.worktree = AgentWork::WorktreeWish{m_options.worktreeFolder, settings.worktreeCopies(wish.projectID)};
     }
@@ -318,8 +318,8 @@ void AgentRuns::ended(AgentRun* run, int exitCode) {
         return;
     }
     const bool shared = wasShared(*run);
-    const auto look = [files = m_options.files, id = run->facts().id, ready] {
-        return AgentWork::changesSince(files, id, ready);
+    const auto look = [files = m_options.files, id = run->facts().id, ready, runner = runner()] {
+        return AgentWork::changesSince(files, id, ready, runner);
     };
     onFinished(runIn(m_workPool, look), this, [this, run, shared](AgentChanges changes) {
         changes.isShared = shared;

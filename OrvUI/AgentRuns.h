@@ -114,6 +114,7 @@ private:
     struct Reading;
     struct Look;
 
+    [[nodiscard]] GitRunner runner() const;
     void add(AgentRun* run);
     void remove(AgentRun* run);
     void updateRunningCount();

@@ -161,13 +161,14 @@ std::expected<Ready, QString> prepare(const Request& request) {
     return ready;
 }
 
-AgentChanges changesSince(const AgentRunFiles& files, const QUuid& run, const Ready& ready) {
+AgentChanges changesSince(const AgentRunFiles& files, const QUuid& run, const Ready& ready, const GitRunner& runner) {
     AgentChanges changes;
     changes.note = ready.note;
     QByteArray diff;
     const QString scratch = files.scratchFolder(run);
     for (const WorkSnapshot& before : ready.snapshots) {
-        const WorkSnapshots snapshots(GitRunner{}, scratch);
+        changes.dirtyBefore += before.changes;
+        const WorkSnapshots snapshots(runner, scratch);
         const auto after = snapshots.take(before.repository);
         const auto difference = after ? snapshots.between(before, *after, prefixOf(ready.folder, before.repository))
                                       : std::unexpected(after.error());
@@ -200,9 +201,10 @@ std::optional<Diff> storedDiff(const AgentRunFiles& files, const QUuid& run) {
     return Diff{parseDiff(file.readAll()), false};
 }
 
-std::expected<Diff, QString> worktreeDiff(const AgentRunFiles& files, const QUuid& run, const AgentWorktree& worktree) {
+std::expected<Diff, QString> worktreeDiff(
+    const AgentRunFiles& files, const QUuid& run, const AgentWorktree& worktree, const GitRunner& runner) {
     const QString scratch = files.runFolder(run) + u"/review"_s;
-    const WorkSnapshots snapshots(GitRunner{}, scratch);
+    const WorkSnapshots snapshots(runner, scratch);
     const auto now = snapshots.take(worktree.folder);
     auto difference = now ? snapshots.between(WorkSnapshots::ofCommit(worktree.folder, worktree.base), *now)
                           : std::unexpected(now.error());

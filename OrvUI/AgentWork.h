@@ -39,7 +39,8 @@ struct Ready {
 [[nodiscard]] std::expected<Ready, QString> prepare(const Request& request);
 
 /// What has changed since. Stores the diff, and removes what was only needed for it.
-[[nodiscard]] AgentChanges changesSince(const AgentRunFiles& files, const QUuid& run, const Ready& ready);
+[[nodiscard]] AgentChanges changesSince(
+    const AgentRunFiles& files, const QUuid& run, const Ready& ready, const GitRunner& runner);
 
 struct Diff {
     QList<FileDiff> files;
@@ -49,7 +50,7 @@ struct Diff {
 [[nodiscard]] std::optional<Diff> storedDiff(const AgentRunFiles& files, const QUuid& run);
 /// All that was done in a run's own work tree, by whichever run, beside the commit at which it began.
 [[nodiscard]] std::expected<Diff, QString> worktreeDiff(
-    const AgentRunFiles& files, const QUuid& run, const AgentWorktree& worktree);
+    const AgentRunFiles& files, const QUuid& run, const AgentWorktree& worktree, const GitRunner& runner);
 
 [[nodiscard]] TaskWorktree taskWorktree(const AgentWorktree& worktree);
 

@@ -54,6 +54,7 @@ TEST_F(AgentRunsTest, SaysWhatARunDidAndWhatItTook) {
         shown(*run),
         (QStringList{u"succeeded"_s, u"modified a.txt +1-0"_s, u"deleted b.txt +0-1"_s, u"added new.txt +1-0"_s}));
     EXPECT_EQ(run->changes()->commits.size(), 1);
+    EXPECT_EQ(run->changes()->dirtyBefore, 1);
     EXPECT_EQ(run->answer(), u"The total keeps its cents now."_s);
     EXPECT_EQ(run->tokens(), (AgentTokens{.input = 15221, .output = 204}));
     EXPECT_EQ(run->sessionID(), u"5f2c7a90-1d3e-4b52-9a77-0c6d1b2e3f40"_s);

@@ -376,13 +376,12 @@ QFuture<int> installed(Invocation& call) {
         Table table({{u"AGENT"_s, Style::bold}, {u"NAME"_s}, {u"STATUS"_s, Style::green}, {u"INSTALL"_s, Style::dim}});
         for (const AgentKind kind : allAgentKinds) {
             const AgentRow row = AgentRow::of(kind, catalog, preferred);
-            const AgentStatus status = catalog.status(kind);
             table.add({row.key, row.name, row.status, row.isInstalled ? QString() : row.installHint});
             array.append(QJsonObject{
                 {u"agent"_s, row.key},
                 {u"name"_s, row.name},
                 {u"installed"_s, row.isInstalled},
-                {u"version"_s, status.version ? QJsonValue(*status.version) : QJsonValue()},
+                {u"version"_s, row.version.isEmpty() ? QJsonValue() : QJsonValue(row.version)},
                 {u"isDefault"_s, row.isDefault},
                 {u"installHint"_s, row.installHint}});
         }

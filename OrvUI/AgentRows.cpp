@@ -156,12 +156,15 @@ const std::vector<RowRole<AgentRunRow>>& AgentRunRow::roles() {
 
 AgentRow AgentRow::of(AgentKind kind, const AgentCatalog& catalog, AgentKind defaultAgent) {
     const AgentInfo& info = agentInfo(kind);
-    const AgentStatus status = catalog.status(kind);
+    const AgentStatus unknown;
+    const auto found = catalog.statuses().constFind(kind);
+    const AgentStatus& status = found == catalog.statuses().cend() ? unknown : *found;
     const bool isCustom = kind == AgentKind::custom;
     AgentRow row{
         .key = rawValue(kind),
         .name = info.displayName.toString(),
         .letters = lettersOf(kind),
+        .version = status.version.value_or(QString()),
         .status = isCustom ? u"No command set"_s : u"Not installed"_s,
         .notice = info.notice.toString(),
         .installHint = info.installHint.toString(),
@@ -170,7 +173,7 @@ AgentRow AgentRow::of(AgentKind kind, const AgentCatalog& catalog, AgentKind def
         .isDefault = kind == defaultAgent};
     if (status.installed) {
         const QString installed = isCustom ? u"Command set"_s : u"Installed"_s;
-        row.status = status.version ? installed + u" · "_s + *status.version : installed;
+        row.status = row.version.isEmpty() ? installed : installed + u" · "_s + row.version;
         const bool isSignedIn = status.signIn == AgentStatus::SignIn::found;
         row.action = isCustom || isSignedIn || !catalog.hasCommandLine(kind) ? QString() : u"signIn"_s;
     }
@@ -183,6 +186,7 @@ const std::vector<RowRole<AgentRow>>& AgentRow::roles() {
         role<&Row::key, Row>("key"),
         role<&Row::name, Row>("name"),
         role<&Row::letters, Row>("letters"),
+        role<&Row::version, Row>("version"),
         role<&Row::status, Row>("status"),
         role<&Row::notice, Row>("notice"),
         role<&Row::installHint, Row>("installHint"),

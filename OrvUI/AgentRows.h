@@ -44,6 +44,7 @@ struct AgentRow {
     QString key; ///< the kind's stored name
     QString name;
     QString letters;
+    QString version;
     QString status; ///< "Installed · 2.1.4", "Not installed", "No command set"
     QString notice;
     QString installHint;

@@ -133,9 +133,7 @@ void AgentProcess::filled(size_t size) {
             m_file.reset(); // a full disk is no reason to disturb the agent
         }
     }
-    if (QList<AgentLine> lines = m_stream.append(bytes); !lines.isEmpty()) {
-        push(std::move(lines));
-    }
+    push(m_stream.append(bytes));
 }
 
 void AgentProcess::push(QList<AgentLine> lines, std::optional<int> exitCode) {
@@ -170,7 +168,7 @@ void AgentProcess::deliver() {
     }
     m_taken.notify_all();
     const QPointer<AgentProcess> self(this);
-    if (!taken.isEmpty()) {
+    if (!taken.isEmpty() || !hasEnded) {
         Q_EMIT linesRead(taken);
     }
     if (!self) {

@@ -43,6 +43,7 @@ public:
     void kill();
 
 Q_SIGNALS:
+    /// Without any line when what was printed has no end yet.
     void linesRead(const QList<orv::AgentLine>& lines);
     /// After the last line; the process is reaped. 128 + the signal when one ended it. A server that the agent has
     /// started in the background lives on.

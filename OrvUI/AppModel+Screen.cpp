@@ -103,6 +103,37 @@ OutlineModel* AppModel::outline() const {
     return &d->home->outline;
 }
 
+QAbstractListModel* AppModel::homeCards() const {
+    return &d->home->homeCards;
+}
+FilterBar* AppModel::filterBar() const {
+    return d->filterBar.get();
+}
+TaskLists* AppModel::taskLists() const {
+    return d->taskLists.get();
+}
+TaskLists* AppModel::projectTasks() const {
+    return d->projectTasks.get();
+}
+Suggestions* AppModel::suggestions() const {
+    return d->suggestions.get();
+}
+OnboardingModel* AppModel::onboarding() const {
+    return d->onboarding.get();
+}
+DevicesModel* AppModel::devices() const {
+    return &d->devices;
+}
+ServiceLogs* AppModel::logs() const {
+    return d->logs.get();
+}
+bool AppModel::notificationsEnabled() const {
+    return d->settings->settings().notificationsEnabled;
+}
+QString AppModel::notificationStatusText() const {
+    return d->notificationStatus.text();
+}
+
 QUrl AppModel::scanRootUrl() const {
     return QUrl::fromLocalFile(d->settings->settings().scanRoot);
 }

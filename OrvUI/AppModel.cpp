@@ -43,7 +43,12 @@ AppModel::Private::Private(Options options)
       installs(std::make_shared<InstallRecord>(QFileInfo(settings->filePath()).path() + u"/installs.json"_s)),
       reportTime(options.reportTime),
       lastSettings(settings->settings()),
-      publisher(options.snapshotDirectory.isEmpty() ? SharedContainer::defaultDirectory() : options.snapshotDirectory) {
+      publisher(options.snapshotDirectory.isEmpty() ? SharedContainer::defaultDirectory() : options.snapshotDirectory),
+      choices(QFileInfo(settings->filePath()).path() + u"/choices.json"_s),
+      notifier(std::move(options.notifier)),
+      appIsActive(std::move(options.appIsActive)),
+      login(std::move(options.login)),
+      devices(std::move(options.deviceTools), choices) {
     scanPool.setObjectName(u"orv-scan"_s);
     scanPool.setMaxThreadCount(1);
     workPool.setObjectName(u"orv-work"_s);
@@ -88,6 +93,7 @@ AppModel::AppModel(Options options, QObject* parent)
     setUpGit();
     d->home = std::make_unique<HomeModels>(*this);
     connect(d->home.get(), &HomeModels::summaryChanged, this, &AppModel::summaryChanged);
+    makeParts();
     d->processes->setOnChange([this] {
         publishSnapshot();
         processStatesChanged();
@@ -102,10 +108,12 @@ AppModel::~AppModel() {
         d->scanCancellation->cancel();
     }
     delete d->setupRunner;
+    d->notifier.reset(); // before what its clicks reach
     d->scanPool.waitForDone();
     d->workPool.waitForDone();
     d->publisher.flush();
-    for (const StoreResult& saved : {d->settings->flush(), d->overrides->flush(), d->taskStore.flush()}) {
+    for (const StoreResult& saved :
+         {d->settings->flush(), d->overrides->flush(), d->taskStore.flush(), d->choices.flush()}) {
         if (!saved) {
             qWarning("%s", qUtf8Printable(saved.error().text()));
         }
@@ -237,6 +245,36 @@ QString AppModel::menuBarTitle() const {
 
 bool AppModel::shouldConfirmQuit() const {
     return runningCount() > 0;
+}
+
+QThreadPool& AppModel::workPool() {
+    return d->workPool;
+}
+
+/// What screens bind to and needs the rest of the model.
+void AppModel::makeParts() {
+    d->filterBar = std::make_unique<FilterBar>(*this);
+    d->taskLists = std::make_unique<TaskLists>(*this);
+    d->projectTasks = std::make_unique<TaskLists>(*this);
+    d->suggestions = std::make_unique<Suggestions>(*this);
+    d->onboarding = std::make_unique<OnboardingModel>(*this);
+    d->logs = std::make_unique<ServiceLogs>(*this);
+    connect(this, &AppModel::pageChanged, this, &AppModel::takeInPage);
+    if (d->notifier) {
+        d->notifier->projectClicked = [this](const QString& id) { openFromNotification(id); };
+        d->notifier->addressClicked = [this](const QUrl& address) {
+            if (!openUrl || !openUrl(address)) {
+                report(u"Could not open "_s + address.toString() + u": no browser was found."_s, true);
+            }
+        };
+    }
+}
+
+void AppModel::takeInPage() {
+    if (d->page.kind == AppPage::Kind::project) {
+        d->projectTasks->setProjectID(d->page.id);
+        d->logs->setProjectID(d->page.id);
+    }
 }
 
 QString AppModel::greeting() const {
@@ -387,6 +425,7 @@ void AppModel::processStatesChanged() {
     if (!changed.isEmpty()) {
         Q_EMIT servicesChanged();
     }
+    postTransitions();
 }
 
 void AppModel::publishSnapshot() {

@@ -7,7 +7,11 @@
 #include "OrvCore/WidgetSnapshot.h"
 #include "OrvGit/GitService.h"
 #include "OrvProcess/ProcessManager.h"
+#include "OrvUI/DeviceTools.h"
+#include "OrvUI/LaunchAtLogin.h"
 #include "OrvUI/ModelTypes.h"
+#include "OrvUI/Notifications.h"
+#include "OrvUI/ProjectFilters.h"
 #include "OrvUI/QuickActions.h"
 
 #include <QAbstractListModel>
@@ -21,24 +25,38 @@
 #include <functional>
 #include <memory>
 
+Q_MOC_INCLUDE("OrvUI/DevicesModel.h")
+Q_MOC_INCLUDE("OrvUI/FilterBar.h")
 Q_MOC_INCLUDE("OrvUI/GitModel.h")
 Q_MOC_INCLUDE("OrvUI/NewProject.h")
+Q_MOC_INCLUDE("OrvUI/OnboardingModel.h")
 Q_MOC_INCLUDE("OrvUI/OutlineModel.h")
+Q_MOC_INCLUDE("OrvUI/ServiceLogs.h")
+Q_MOC_INCLUDE("OrvUI/Suggestions.h")
+Q_MOC_INCLUDE("OrvUI/TaskLists.h")
+
+class QThreadPool;
 
 namespace orv {
 
 class Completion;
+class DevicesModel;
+class FilterBar;
 class GitModel;
 class GitOverview;
 class NewProject;
+class OnboardingModel;
 class OutlineModel;
+class ServiceLogs;
+class Suggestions;
+class TaskLists;
 struct RunRequest;
 
 /// All run-time state of the application, and every user action. One a process, on the main thread; needs no window.
 ///
 /// Parts of it stand in files of their own: AppModel+Run (running and stopping), AppModel+Setup (the install before a
-/// first run), AppModel+Addresses, AppModel+Filters, AppModel+Git, AppModel+Pinning, AppModel+Tasks, AppModel+Screen
-/// (what QML binds to).
+/// first run), AppModel+Addresses, AppModel+Filters, AppModel+Git, AppModel+Notifications, AppModel+Pinning,
+/// AppModel+Tasks, AppModel+Screen (what QML binds to).
 class AppModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isScanning READ isScanning NOTIFY isScanningChanged)
@@ -84,6 +102,18 @@ class AppModel : public QObject {
     Q_PROPERTY(QString defaultBranch READ defaultBranch NOTIFY preferencesChanged)
     Q_PROPERTY(orv::GitModel* git READ gitModel NOTIFY gitModelChanged)
     Q_PROPERTY(orv::NewProject* newProject READ newProject CONSTANT)
+    Q_PROPERTY(QAbstractListModel* homeCards READ homeCards CONSTANT)
+    Q_PROPERTY(orv::FilterBar* filterBar READ filterBar CONSTANT)
+    Q_PROPERTY(orv::TaskLists* taskLists READ taskLists CONSTANT)
+    Q_PROPERTY(orv::TaskLists* projectTasks READ projectTasks CONSTANT)
+    Q_PROPERTY(orv::Suggestions* suggestions READ suggestions CONSTANT)
+    Q_PROPERTY(orv::OnboardingModel* onboarding READ onboarding CONSTANT)
+    Q_PROPERTY(orv::DevicesModel* devices READ devices CONSTANT)
+    Q_PROPERTY(orv::ServiceLogs* logs READ logs CONSTANT)
+    Q_PROPERTY(orv::LaunchAtLogin* login READ login CONSTANT)
+    Q_PROPERTY(bool needsOnboarding READ needsOnboarding NOTIFY preferencesChanged)
+    Q_PROPERTY(bool notificationsEnabled READ notificationsEnabled NOTIFY preferencesChanged)
+    Q_PROPERTY(QString notificationStatusText READ notificationStatusText NOTIFY notificationStatusChanged)
 
 public:
     /// What a test or a preview puts in the place of the real thing. What is left empty is made.
@@ -94,6 +124,10 @@ public:
         QString tasksFile;
         QString snapshotDirectory; ///< empty: the folder shared with the widgets
         std::chrono::milliseconds reportTime = std::chrono::seconds(8);
+        std::unique_ptr<Notifying> notifier;        ///< none: nothing is posted
+        std::unique_ptr<LoginItemController> login; ///< none: it can't be turned on
+        std::function<bool()> appIsActive;          ///< whether the user looks at the application; none: never
+        DeviceTools deviceTools = DeviceTools::ofThisMachine();
     };
 
     explicit AppModel(Options options, QObject* parent = nullptr);
@@ -144,7 +178,8 @@ public:
     [[nodiscard]] bool isRunning(const Project& project) const;
     [[nodiscard]] static QString quickPanelShortcutLabel();
     [[nodiscard]] bool keeps(ProjectFilter filter, const Project& project) const;
-    [[nodiscard]] QList<Project> filteredProjects() const; ///< by the filter and the search text, in scan order
+    /// By the sidebar's filter, the search text and the refine filters, in scan order.
+    [[nodiscard]] QList<Project> filteredProjects() const;
     [[nodiscard]] QList<Project> pinnedProjects() const;
     [[nodiscard]] bool isPinned(const Project& project) const;
     [[nodiscard]] const Project* project(
@@ -197,6 +232,37 @@ public:
     void endServices(std::chrono::milliseconds grace);
     QFuture<QList<FlutterDevice>> flutterDevices();
     [[nodiscard]] static QList<FlutterDevice> parseFlutterDevices(const QByteArray& listing);
+
+    // Refine filters and quick actions
+    [[nodiscard]] const ProjectFilterSet& filters() const;
+    void setFilters(const ProjectFilterSet& filters);
+    Q_INVOKABLE void clearFilters();
+    [[nodiscard]] bool passesFilters(const Project& project) const;
+    [[nodiscard]] QStringList availableFrameworks() const;
+    [[nodiscard]] QSet<QString> appsInCollections() const;
+    [[nodiscard]] QStringList projectsWithChanges() const; ///< the ids of those with files that are not committed
+    /// What the button of the project's card starts: what was last run there, where it is still offered.
+    [[nodiscard]] std::optional<RunAction> primaryAction(const Project& project) const;
+    [[nodiscard]] QList<PinnedEntry> pinnedEntries() const;
+    [[nodiscard]] QList<int> runningPorts(const Project& project) const; ///< of its running services, ascending
+
+    // Notifications
+    /// Tells the user, where the settings want it.
+    void post(const NotificationEvent& event);
+    /// The same, whatever the settings say.
+    void notify(const NotificationRequest& request);
+    /// Shows the project's page in the window.
+    Q_INVOKABLE void openFromNotification(const QString& projectID);
+    [[nodiscard]] const NotificationStatus& notificationStatus() const;
+    /// Turning them on asks the system whether it shows them. Finishes with its answer.
+    Q_INVOKABLE QFuture<void> setNotificationsEnabled(bool isOn);
+    Q_INVOKABLE QFuture<void> refreshNotificationStatus();
+
+    // Login item, first start
+    [[nodiscard]] LaunchAtLogin* login() const;
+    [[nodiscard]] bool needsOnboarding() const;
+    Q_INVOKABLE void skipOnboarding();  ///< changes nothing else
+    Q_INVOKABLE void startOnboarding(); ///< once more
 
     // Addresses
     /// The port at which a running or starting service is best reached: a listening one where that is known, else the
@@ -279,6 +345,16 @@ public:
     [[nodiscard]] QAbstractListModel* sidebarFilters() const;
     [[nodiscard]] QAbstractListModel* setupSteps() const;
     [[nodiscard]] OutlineModel* outline() const;
+    [[nodiscard]] QAbstractListModel* homeCards() const; ///< cards and collections, as the filters want collections
+    [[nodiscard]] FilterBar* filterBar() const;
+    [[nodiscard]] TaskLists* taskLists() const;
+    [[nodiscard]] TaskLists* projectTasks() const; ///< of the project whose page is shown
+    [[nodiscard]] Suggestions* suggestions() const;
+    [[nodiscard]] OnboardingModel* onboarding() const;
+    [[nodiscard]] DevicesModel* devices() const;
+    [[nodiscard]] ServiceLogs* logs() const; ///< of the project whose page is shown
+    [[nodiscard]] bool notificationsEnabled() const;
+    [[nodiscard]] QString notificationStatusText() const;
 
     Q_INVOKABLE void setFilterIndex(int index);
     Q_INVOKABLE void refreshNow();
@@ -310,6 +386,11 @@ public:
     /// Sets the application's activation policy as the settings want it.
     void applyDockIconPolicy();
 
+    // For the parts of the model
+    /// Changes the settings and reports when that can't be saved. `change` may run again later.
+    void changeSettings(const std::function<void(AppSettings&)>& change);
+    [[nodiscard]] QThreadPool& workPool(); ///< for blocking functions of values
+
 Q_SIGNALS:
     void projectsChanged();
     void treeChanged();
@@ -317,6 +398,8 @@ Q_SIGNALS:
     void hasScannedChanged();
     void searchTextChanged();
     void filterChanged();
+    void filtersChanged();
+    void notificationStatusChanged();
     void pendingInstallChanged();
     void setupChanged();
     void setupLastLineChanged();
@@ -362,10 +445,13 @@ private:
     void takeInOutput(const ServiceID& id, qsizetype added);
     void noteAddress(const ServiceID& id);
     void showMainWindow();
-    /// Changes the settings and reports when that can't be saved. `change` may run again later.
-    void changeSettings(const std::function<void(AppSettings&)>& change);
     void reportFailure(const StoreResult& result);
     void reloadTasks();
+    void makeParts();
+    void takeInPage();
+    void postTransitions();
+    QFuture<void> findNotificationStatus(Notifying::Ask ask);
+    QFuture<void> runOnChosenDevice(const RunRequest& request, const QString& key);
 
     void setUpGit();
     void takeInNewProject(const QString& name, const QString& path, bool cloned);

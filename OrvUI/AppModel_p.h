@@ -1,12 +1,19 @@
 #pragma once
 
 #include "OrvUI/AppModel.h"
+#include "OrvUI/DevicesModel.h"
+#include "OrvUI/FilterBar.h"
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/InstallRecord.h"
+#include "OrvUI/OnboardingModel.h"
 #include "OrvUI/Pool_p.h"
+#include "OrvUI/RunChoices.h"
 #include "OrvUI/RunRequest_p.h"
+#include "OrvUI/ServiceLogs.h"
 #include "OrvUI/SetupRunner.h"
 #include "OrvUI/SnapshotPublisher.h"
+#include "OrvUI/Suggestions.h"
+#include "OrvUI/TaskLists.h"
 
 #include <QThreadPool>
 
@@ -86,6 +93,22 @@ struct AppModel::Private {
     std::unique_ptr<NewProject> newProject;
 
     std::unique_ptr<HomeModels> home;
+
+    ProjectFilterSet filters;
+    RunChoices choices;
+    std::unique_ptr<Notifying> notifier;
+    std::function<bool()> appIsActive;
+    NotificationStatus notificationStatus;
+    ServiceTransitions transitions;
+    LaunchAtLogin login;
+    DevicesModel devices;
+    std::unique_ptr<FilterBar> filterBar;
+    std::unique_ptr<TaskLists> taskLists;
+    std::unique_ptr<TaskLists> projectTasks;
+    std::unique_ptr<Suggestions> suggestions;
+    std::unique_ptr<OnboardingModel> onboarding;
+    std::unique_ptr<ServiceLogs> logs;
+
     // Last, so that what runs in them ends before what it uses goes.
     QThreadPool scanPool;
     QThreadPool workPool;

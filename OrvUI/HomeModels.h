@@ -3,11 +3,14 @@
 #include "OrvUI/HomeRows.h"
 #include "OrvUI/OutlineModel.h"
 
+#include <QHash>
 #include <QObject>
 
 namespace orv {
 
 class AppModel;
+struct Project;
+struct ProjectNode;
 struct ServiceID;
 
 /// The lists that the home page shows, kept like the model: whatever changes there is taken over once, in the next turn
@@ -17,7 +20,8 @@ class HomeModels : public QObject {
 public:
     explicit HomeModels(AppModel& model);
 
-    RowModel<CardRow> cards;
+    RowModel<CardRow> cards;     ///< every project that passes the filters
+    RowModel<CardRow> homeCards; ///< the same with collections among them, as the filters want them
     RowModel<RunningRow> running;
     RowModel<PinnedRow> pinned;
     RowModel<FilterRow> sidebarFilters;
@@ -41,6 +45,9 @@ private:
     void updateRunning();
     void updateSummary(qsizetype shownBefore);
     [[nodiscard]] CardRow card(const Project& project) const;
+    [[nodiscard]] CardRow collection(const ProjectNode& node) const;
+    void addHomeCards(
+        const QList<ProjectNode>& nodes, const QHash<QString, CardRow>& shown, QList<CardRow>& rows) const;
     [[nodiscard]] Activity activity(const Project& project) const;
     [[nodiscard]] QVariantMap shown(const ServiceID& id) const;
     [[nodiscard]] static QVariantMap failed(const ServiceID& id, const QString& message);

@@ -10,7 +10,7 @@ namespace orv {
 // What one row of each list on the home page shows. The names of the roles stand in HomeRows.cpp.
 
 struct CardRow {
-    QString key; ///< the project's id
+    QString key; ///< the project's id, a collection's path
     QString name;
     QString path;
     QString stackLine;
@@ -30,6 +30,9 @@ struct CardRow {
     int gitAhead = 0;
     int gitBehind = 0;
     bool isGitBusy = false;
+    bool isCollection = false;   ///< a folder of projects
+    QVariantList members{};      ///< its projects, of maps: projectID, name, tileIndex, tileLetter
+    int runningMembers = 0;
 
     bool operator==(const CardRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<CardRow>>& roles();

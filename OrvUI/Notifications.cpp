@@ -54,6 +54,20 @@ struct Planner {
 
 } // namespace
 
+QString NotificationStatus::text() const {
+    switch (kind) {
+    case Kind::notDetermined:
+        return u"Not asked yet"_s;
+    case Kind::allowed:
+        return server.isEmpty() ? u"Allowed in System Settings"_s : u"Shown by "_s + server;
+    case Kind::denied:
+        return u"Turned off in System Settings"_s;
+    case Kind::unavailable:
+        break;
+    }
+    return u"Nothing on this desktop shows notifications"_s;
+}
+
 NotificationPrefs NotificationPrefs::of(const AppSettings& settings) {
     return {
         .enabled = settings.notificationsEnabled,

@@ -3,7 +3,15 @@
 #include "OrvUI/AppModel.h"
 #include "OrvUI/GitModel.h"
 #include "OrvUI/NewProject.h"
+#include "OrvUI/DevicesModel.h"
+#include "OrvUI/FilterBar.h"
+#include "OrvUI/LaunchAtLogin.h"
+#include "OrvUI/LogModel.h"
+#include "OrvUI/OnboardingModel.h"
 #include "OrvUI/OutlineModel.h"
+#include "OrvUI/ServiceLogs.h"
+#include "OrvUI/Suggestions.h"
+#include "OrvUI/TaskLists.h"
 
 #include <QtQml/qqml.h>
 
@@ -43,6 +51,62 @@ struct NewProjectElement {
     Q_GADGET
     QML_FOREIGN(orv::NewProject)
     QML_NAMED_ELEMENT(NewProject)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct DevicesModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::DevicesModel)
+    QML_NAMED_ELEMENT(DevicesModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct FilterBarElement {
+    Q_GADGET
+    QML_FOREIGN(orv::FilterBar)
+    QML_NAMED_ELEMENT(FilterBar)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct LaunchAtLoginElement {
+    Q_GADGET
+    QML_FOREIGN(orv::LaunchAtLogin)
+    QML_NAMED_ELEMENT(LaunchAtLogin)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct LogModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::LogModel)
+    QML_NAMED_ELEMENT(LogModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct OnboardingModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::OnboardingModel)
+    QML_NAMED_ELEMENT(OnboardingModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct ServiceLogsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ServiceLogs)
+    QML_NAMED_ELEMENT(ServiceLogs)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct SuggestionsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::Suggestions)
+    QML_NAMED_ELEMENT(Suggestions)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct TaskListsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::TaskLists)
+    QML_NAMED_ELEMENT(TaskLists)
     QML_UNCREATABLE("The application's model owns it")
 };
 

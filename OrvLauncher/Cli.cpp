@@ -167,9 +167,10 @@ void Invocation::note(const QString& message) const {
 }
 
 const QList<Command>& allCommands() {
-    static const QList<Command> commands{scanCommand(),     detectCommand(),     runCommand(),   portsCommand(),
-                                         overrideCommand(), settingsCommand(),   tasksCommand(), gitCommand(),
-                                         newCommand(),      completionsCommand()};
+    static const QList<Command> commands{scanCommand(),        detectCommand(),     runCommand(), portsCommand(),
+                                         devicesCommand(),     gitCommand(),        newCommand(), overrideCommand(),
+                                         settingsCommand(),    tasksCommand(),      pinCommand(), notifyCommand(),
+                                         suggestionsCommand(), completionsCommand()};
     return commands;
 }
 

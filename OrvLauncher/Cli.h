@@ -78,6 +78,10 @@ Command settingsCommand();
 Command tasksCommand();
 Command gitCommand();
 Command newCommand();
+Command pinCommand();
+Command devicesCommand();
+Command suggestionsCommand();
+Command notifyCommand();
 Command completionsCommand();
 
 /// Every command, in the order in which help lists them.

@@ -4,6 +4,8 @@
 #include "Graphics.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
+#include "OrvLauncher/platform/LoginItem.h"
+#include "OrvLauncher/platform/SystemNotifier.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/Screens/InputMode.h"
 #include "OrvUI/Screens/Registration.h"
@@ -42,7 +44,10 @@ constexpr bool drawsOwnFrame = true;
 class WindowShell : public QObject {
 public:
     ~WindowShell() override { s_open = nullptr; }
-    WindowShell() : m_stateFile(Paths::supportDirectory() + u"/window.ini"_s), m_state(WindowState::load(m_stateFile)) {
+    WindowShell()
+        : m_stateFile(Paths::supportDirectory() + u"/window.ini"_s),
+          m_state(WindowState::load(m_stateFile)),
+          m_model(modelOptions()) {
         // The scan runs while the window is being made.
         m_model.refresh();
     }
@@ -50,6 +55,7 @@ public:
     [[nodiscard]] bool open();
 
 private:
+    static AppModel::Options modelOptions();
     void followLook();
     void place();
     void remember();
@@ -70,6 +76,14 @@ private:
     SignalWatcher m_signals;
     bool m_quitting = false;
 };
+
+AppModel::Options WindowShell::modelOptions() {
+    AppModel::Options options;
+    options.notifier = makeSystemNotifier();
+    options.login = makeLoginItem();
+    options.appIsActive = [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; };
+    return options;
+}
 
 bool WindowShell::open() {
     m_look.assume(m_state.isSystemDark);
@@ -108,6 +122,9 @@ bool WindowShell::open() {
         &m_look,
         [this] {
             m_look.start();
+            if (m_model.notificationsEnabled()) {
+                m_model.refreshNotificationStatus();
+            }
             QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/OrvLauncher/Screens/icons/app-icon.svg"_s));
         },
         Qt::QueuedConnection);

@@ -260,6 +260,9 @@ void AppModel::makeParts() {
     d->onboarding = std::make_unique<OnboardingModel>(*this);
     d->logs = std::make_unique<ServiceLogs>(*this);
     connect(this, &AppModel::pageChanged, this, &AppModel::takeInPage);
+    connect(this, &AppModel::projectAdded, this, [this](const QString& name, const QString& path, bool cloned) {
+        post(ProjectAdded{name, path, cloned});
+    });
     if (d->notifier) {
         d->notifier->projectClicked = [this](const QString& id) { openFromNotification(id); };
         d->notifier->addressClicked = [this](const QUrl& address) {

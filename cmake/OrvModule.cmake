@@ -11,6 +11,7 @@ set(ORV_EDGES_OrvTerminal OrvCore TermEngine)
 set(ORV_EDGES_OrvGit OrvCore)
 set(ORV_EDGES_OrvUI OrvCore OrvGit OrvProcess)
 set(ORV_EDGES_OrvScreens OrvCore OrvGit OrvProcess OrvUI)
+set(ORV_EDGES_OrvPlatform OrvCore OrvGit OrvProcess OrvUI)
 
 add_library(orv_options INTERFACE)
 target_compile_options(orv_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor

@@ -9,6 +9,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QFile>
+#include <QProcess>
 
 using namespace Qt::StringLiterals;
 using namespace orv;
@@ -53,7 +54,12 @@ struct Switch : LoginItemController {
 
 class PartsTest : public ModelFixture {
 protected:
-    PartsTest() { makeModel(); }
+    PartsTest()
+        : gitConfig(tree.add(u"gitconfig"_s, "[user]\n\tname = Old\n\temail = old@example.org\n")),
+          global("GIT_CONFIG_GLOBAL", qPrintable(gitConfig)),
+          system("GIT_CONFIG_NOSYSTEM", "1") {
+        makeModel();
+    }
 
     void addTo(AppModel::Options& options) override {
         auto recorder = std::make_unique<Recorder>(posted);
@@ -77,6 +83,9 @@ protected:
             << "is " << text(list, roles).toStdString() << "\nnot " << expected.toStdString();
     }
 
+    const QString gitConfig;
+    const ScopedEnvironment global;
+    const ScopedEnvironment system;
     QStringList posted;
     Notifying* notifier = nullptr;
     bool startsAtLogin = false;
@@ -148,6 +157,15 @@ TEST_F(PartsTest, FiltersNarrowTheProjectsAndSayWhatIsChosen) {
     bar.setOnlyPinned(false);
     bar.setGit(1);
     becomes(*model->homeCards(), roles, u""_s);
+    ASSERT_EQ(QProcess::execute(u"git"_s, {u"-C"_s, root + u"/alone"_s, u"init"_s, u"-q"_s}), 0);
+    EXPECT_TRUE(finishes(model->refreshGitBadges()));
+    becomes(*model->homeCards(), roles, u"alone|false"_s);
+    bar.clear();
+    bar.setOnlyUncommitted(true);
+    becomes(*model->homeCards(), roles, u"alone|false"_s);
+    model->suggestions()->perform(u"uncommitted"_s);
+    EXPECT_EQ(model->page().id, root + u"/alone"_s);
+    EXPECT_EQ(model->detailTab(), DetailTab::git);
 }
 
 TEST_F(PartsTest, TasksStandByProject) {
@@ -206,6 +224,8 @@ TEST_F(PartsTest, NotificationsTellWhatHappenedBehindTheUsersBack) {
     isActive = false;
     model->post(AgentFinished{u"shop"_s, shop.id, u"Codex"_s, true, {}});
     EXPECT_EQ(posted.size(), 3) << "neither what the user sees nor what he stopped";
+    Q_EMIT model->projectAdded(u"blog"_s, root + u"/blog"_s, true);
+    EXPECT_TRUE(posted.last().startsWith(u"blog was cloned"_s));
 
     bool isOpen = false;
     model->setOpenMainWindowAction([&] { isOpen = true; });
@@ -270,14 +290,11 @@ TEST_F(PartsTest, SuggestionsDoWhatTheySayAndStayAway) {
 }
 
 TEST_F(PartsTest, OnboardingWritesEverythingAtOnceAtItsEnd) {
-    const QString gitConfig = tree.path(u"gitconfig"_s);
-    const ScopedEnvironment global("GIT_CONFIG_GLOBAL", qPrintable(gitConfig));
     addInstalled(u"clients/one"_s, "express", up(4110));
     addInstalled(u"clients/two"_s, "vite", up(4110));
     addInstalled(u"shop"_s, "vite", up(4110));
     tree.add(u"projects/clients/one/.git/"_s);
     tree.add(u"projects/clients/two/.git/"_s);
-    tree.add(u"gitconfig"_s, "[user]\n\tname = Old\n\temail = old@example.org\n");
     EXPECT_TRUE(model->needsOnboarding());
     OnboardingModel& pages = *model->onboarding();
     EXPECT_TRUE(finishes(pages.loadExisting()));

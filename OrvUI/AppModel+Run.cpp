@@ -138,10 +138,21 @@ QFuture<void> AppModel::run(
     return run(request);
 }
 
-/// Which may have to be booted first.
+/// Which may have to be booted first; that takes its time, and says so.
 QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QString& key) {
     const Completion completion;
-    onFinished(d->devices.ready(key), this, [this, request, completion](const DeviceTools::Booted& device) {
+    const auto& devices = d->devices.rows();
+    const auto row = std::ranges::find(devices, key, &DeviceRow::key);
+    const QString title = row != devices.end() ? row->title : DeviceParsers::displayName(key.section(u':', 1));
+    const StatusMessage starting{.text = u"Getting %1 ready…"_s.arg(title)};
+    const QFuture<DeviceTools::Booted> ready = d->devices.ready(key);
+    if (!ready.isFinished()) {
+        setStatusMessage(starting);
+    }
+    onFinished(ready, this, [this, request, completion, id = starting.id](const DeviceTools::Booted& device) {
+        if (d->statusMessage && d->statusMessage->id == id) {
+            dismissStatusMessage();
+        }
         if (!device) {
             report(device.error(), true);
             completion.finish();

@@ -77,6 +77,7 @@ void ServiceLogs::setProjectID(const QString& projectID) {
         return;
     }
     m_projectID = projectID;
+    m_isChosen = false;
     show(std::nullopt);
     update();
     Q_EMIT projectIDChanged();
@@ -88,7 +89,9 @@ void ServiceLogs::update() {
     const auto hasFailed = [this](const ServiceID& id) {
         return m_model.processes().state(id).phase == ServiceState::Phase::failed;
     };
-    if (!m_shown && !ids.isEmpty()) {
+    // From an install that is over to what it was for, unless someone wants to read it.
+    const bool isOver = m_shown && AppModel::isInstall(*m_shown) && !m_model.processes().state(*m_shown).isActive();
+    if ((!m_shown || (isOver && !m_isChosen)) && !ids.isEmpty()) {
         const auto failed = std::ranges::find_if(ids, hasFailed);
         show(failed != ids.end() ? *failed : ids.first());
     }
@@ -107,6 +110,7 @@ void ServiceLogs::show(const QString& key) {
     const auto& states = m_model.processes().states();
     for (auto entry = states.begin(); entry != states.end(); ++entry) {
         if (HomeModels::key(entry.key()) == key) {
+            m_isChosen = true;
             show(entry.key());
             update();
             return;

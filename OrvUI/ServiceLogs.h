@@ -52,6 +52,7 @@ private:
     AppModel& m_model;
     QString m_projectID;
     std::optional<ServiceID> m_shown;
+    bool m_isChosen = false; ///< by someone
     QHash<ServiceID, qint64> m_before; ///< lines that its log has no more, or never had
     RowModel<LogServiceRow> m_services;
     LogModel m_lines;

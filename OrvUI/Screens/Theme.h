@@ -109,6 +109,11 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(qreal wheelSpeed MEMBER wheelSpeed CONSTANT FINAL)
     Q_PROPERTY(int sheetFoot MEMBER sheetFoot CONSTANT FINAL)
     Q_PROPERTY(int setupStepHeight MEMBER setupStepHeight CONSTANT FINAL)
+    Q_PROPERTY(int terminalStrip MEMBER terminalStrip CONSTANT FINAL)
+    Q_PROPERTY(int terminalTabMin MEMBER terminalTabMin CONSTANT FINAL)
+    Q_PROPERTY(int terminalTabMax MEMBER terminalTabMax CONSTANT FINAL)
+    Q_PROPERTY(int terminalPaddingX MEMBER terminalPaddingX CONSTANT FINAL)
+    Q_PROPERTY(int terminalPaddingY MEMBER terminalPaddingY CONSTANT FINAL)
     Q_PROPERTY(int radiusKey MEMBER radiusKey CONSTANT FINAL)
     Q_PROPERTY(int radiusRow MEMBER radiusRow CONSTANT FINAL)
     Q_PROPERTY(int radiusControl MEMBER radiusControl CONSTANT FINAL)
@@ -177,6 +182,8 @@ public:
     static constexpr int swatchSize = 20, progressHeight = 6, scrollBar = 10;
     static constexpr int focusWidth = 2, focusGap = 2, haloWidth = 3, kindWidth = 60, bubble = 14, sheetFoot = 62,
                          setupStepHeight = 61, radiusKey = 4, radiusRow = 7, radiusControl = 8;
+    static constexpr int terminalStrip = 44, terminalTabMin = 128, terminalTabMax = 216;
+    static constexpr int terminalPaddingX = 18, terminalPaddingY = 14;
     static constexpr int radiusCard = 12, radiusSheet = 16;
     static constexpr int durationPress = 80, durationFast = 120, durationRing = 600, durationSpin = 900;
     static constexpr int durationPulse = 1200, tooltipDelay = 500;

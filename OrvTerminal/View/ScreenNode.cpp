@@ -10,11 +10,12 @@ namespace orv {
 ScreenNode::ScreenNode(QQuickWindow& window)
     : m_window(window),
       m_background(window.createRectangleNode()),
-      m_below(new QSGNode),
-      m_lines(new QSGNode),
-      m_above(new QSGNode),
-      m_overlay(new QSGNode) {
-    for (QSGNode* node : {static_cast<QSGNode*>(m_background), m_below, m_lines, m_above, m_overlay}) {
+      m_below(new QSGTransformNode),
+      m_lines(new QSGTransformNode),
+      m_above(new QSGTransformNode),
+      m_overlay(new QSGTransformNode) {
+    appendChildNode(m_background);
+    for (QSGNode* node : {m_below, m_lines, m_above, m_overlay}) {
         appendChildNode(node);
     }
 }

@@ -66,10 +66,11 @@ private:
     QQuickWindow& m_window;
     qreal m_ratio = 1;
     QSGRectangleNode* m_background;
-    QSGNode* m_below; ///< images below the text
-    QSGNode* m_lines;
-    QSGNode* m_above;
-    QSGNode* m_overlay; ///< cursor, preedit, patches
+    // Transforms, though they move nothing: Qt's software renderer loses the place of what is added below a plain node.
+    QSGTransformNode* m_below; ///< images below the text
+    QSGTransformNode* m_lines;
+    QSGTransformNode* m_above;
+    QSGTransformNode* m_overlay; ///< cursor, preedit, patches
     std::vector<Line> m_shown;
     std::unordered_map<const term::RgbaImage*, std::shared_ptr<QSGTexture>> m_imageTextures;
     std::vector<ScreenPicture::Placed> m_images;

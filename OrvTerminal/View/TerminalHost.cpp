@@ -33,8 +33,8 @@ void TerminalHost::setStyle(TerminalStyle* style) {
 void TerminalHost::setPadding(QSizeF padding) {
     if (padding != m_padding) {
         m_padding = padding;
-        if (m_view) {
-            m_view->setPadding(padding);
+        if (TerminalView* shown = view()) {
+            shown->setPadding(padding);
         }
         Q_EMIT paddingChanged();
     }
@@ -66,6 +66,7 @@ void TerminalHost::setView(TerminalView* view) {
         view->setPosition({});
         view->setSize(size());
         view->setParentItem(this);
+        view->fit();
         view->setFocus(true);
         // Not before the container is where it is going to be.
         QMetaObject::invokeMethod(

@@ -27,7 +27,7 @@ public:
     [[nodiscard]] TerminalStyle* style() const { return m_style; }
     void setStyle(TerminalStyle* style);
     /// Null without a session.
-    [[nodiscard]] TerminalView* view() const { return m_view; }
+    [[nodiscard]] TerminalView* view() const { return qobject_cast<TerminalView*>(m_view.data()); }
     /// Around the cells.
     [[nodiscard]] QSizeF padding() const { return m_padding; }
     void setPadding(QSizeF padding);
@@ -49,7 +49,7 @@ private:
 
     QPointer<TerminalSession> m_session;
     QPointer<TerminalStyle> m_style;
-    QPointer<TerminalView> m_view;
+    QPointer<QQuickItem> m_view; ///< a TerminalView, until it goes and is only an item any more
     QSizeF m_padding{18, 14};
 };
 

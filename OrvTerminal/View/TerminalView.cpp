@@ -192,6 +192,12 @@ void TerminalView::followScroll() {
     }
 }
 
+void TerminalView::fit() {
+    if (m_isSizeStale && window() != nullptr && !size().isEmpty()) {
+        applySize();
+    }
+}
+
 void TerminalView::applySize() {
     m_isSizeStale = false;
     const qreal ratio = window()->effectiveDevicePixelRatio();
@@ -457,7 +463,9 @@ QSGNode* TerminalView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*dat
     const QPointF shift = (QPointF(std::round(place.x()), std::round(place.y())) - place) / ratio;
     QMatrix4x4 matrix;
     matrix.translate(static_cast<float>(shift.x()), static_cast<float>(shift.y()));
-    screen->setMatrix(matrix);
+    if (screen->matrix() != matrix) {
+        screen->setMatrix(matrix);
+    }
 
     const QSize pixels(static_cast<int>(std::ceil(width() * ratio)), static_cast<int>(std::ceil(height() * ratio)));
     ScreenNode::Scene scene{m_picture, cell(), pixels, corner(), cursorShape(), {}, m_preeditPicture, m_gutter};

@@ -47,6 +47,8 @@ public:
     [[nodiscard]] TerminalFind* find() const { return m_find; }
     /// The space at both sides of the cells, and above them, in logical pixels.
     void setPadding(QSizeF padding);
+    /// Gives the terminal the size that the view has, at once: a shell that starts then finds it.
+    void fit();
     [[nodiscard]] const CellGeometry& cell() const { return m_glyphs->cell(); }
     /// The corner of a cell of the screen, in the item.
     [[nodiscard]] QPointF placeOf(int column, int row) const;

@@ -1,6 +1,5 @@
 import OrvLauncher.Screens
 import QtQuick
-import QtQuick.Templates as T
 
 // The tabs of the terminals, and the button behind them that opens another one.
 Item {
@@ -10,61 +9,79 @@ Item {
     required property string folderName
     signal newRequested
 
-    ListView {
-        id: view
+    // Brings a tab into view.
+    function show(tab) {
+        if (tab.x < tabs.contentX) {
+            tabs.contentX = tab.x;
+        } else if (tab.x + tab.width > tabs.contentX + tabs.width) {
+            tabs.contentX = tab.x + tab.width - tabs.width;
+        }
+    }
+
+    Flickable {
+        id: tabs
 
         // The tabs share what the button leaves them.
         readonly property int room: strip.width - 2 * Theme.space12 - button.implicitWidth - Theme.space4
-        readonly property int share: Math.floor(room / Math.max(1, count)) - spacing
+        readonly property int share: Math.floor(room / Math.max(1, strip.list.count)) - Theme.space4
 
         x: Theme.space12
         anchors.verticalCenter: parent.verticalCenter
-        width: Math.min(contentWidth, room)
+        width: Math.min(row.width, room)
         height: Theme.controlRegular
-        orientation: ListView.Horizontal
-        spacing: Theme.space4
+        contentWidth: row.width
         interactive: contentWidth > width
         boundsBehavior: Flickable.StopAtBounds
         clip: interactive
-        model: strip.list.rows
-        currentIndex: -1
         Accessible.role: Accessible.PageTabList
         Accessible.name: qsTr("Terminals")
 
-        delegate: TerminalTab {
-            id: tab
+        Row {
+            id: row
 
-            required property int index
+            spacing: Theme.space4
 
-            limit: Math.max(Theme.terminalTabMin, Math.min(Theme.terminalTabMax, view.share))
-            isSelected: session === strip.list.selected
-            onClicked: strip.list.select(session)
-            onCloseRequested: strip.list.close(session)
-            onIsSelectedChanged: {
-                if (isSelected) {
-                    view.positionViewAtIndex(index, ListView.Contain);
+            move: Transition {
+                NumberAnimation {
+                    properties: "x"
+                    duration: Theme.durationFast
                 }
             }
 
-            DragHandler {
-                target: null
-                yAxis.enabled: false
-                onCentroidChanged: {
-                    if (!active) {
-                        return;
+            Repeater {
+                model: strip.list.rows
+
+                TerminalTab {
+                    id: tab
+
+                    required property int index
+
+                    limit: Math.max(Theme.terminalTabMin, Math.min(Theme.terminalTabMax, tabs.share))
+                    isSelected: session === strip.list.selected
+                    onClicked: strip.list.select(session)
+                    onCloseRequested: strip.list.close(session)
+                    onXChanged: {
+                        if (isSelected) {
+                            strip.show(tab);
+                        }
                     }
-                    const place = view.indexAt(tab.mapToItem(view.contentItem, centroid.position).x, view.height / 2);
-                    if (place >= 0 && place !== tab.index) {
-                        strip.list.move(tab.session, place);
+                    onIsSelectedChanged: {
+                        if (isSelected) {
+                            strip.show(tab);
+                        }
+                    }
+
+                    DragHandler {
+                        target: null
+                        yAxis.enabled: false
+                        onCentroidChanged: {
+                            const below = active ? row.childAt(tab.x + centroid.position.x, tab.height / 2) as TerminalTab : null;
+                            if (below !== null && below !== tab) {
+                                strip.list.moveTo(tab.session, below.session);
+                            }
+                        }
                     }
                 }
-            }
-        }
-
-        moveDisplaced: Transition {
-            NumberAnimation {
-                properties: "x"
-                duration: Theme.durationFast
             }
         }
     }
@@ -72,10 +89,11 @@ Item {
     Button {
         id: button
 
-        anchors.left: view.right
+        anchors.left: tabs.right
         anchors.leftMargin: Theme.space4
         anchors.verticalCenter: parent.verticalCenter
         ghost: true
+        controlHeight: Theme.controlSmall
         glyph: "plus"
         text: qsTr("New terminal in %1").arg(strip.folderName)
         onClicked: strip.newRequested()

@@ -74,8 +74,8 @@ void TerminalTabList::step(int direction) {
     }
 }
 
-void TerminalTabList::move(TerminalSession* session, int place) {
-    m_tabs->move(session->id(), place);
+void TerminalTabList::moveTo(TerminalSession* session, TerminalSession* other) {
+    m_tabs->move(session->id(), static_cast<int>(m_tabs->sessions().indexOf(other)));
 }
 
 void TerminalTabList::close(TerminalSession* session) {

@@ -42,7 +42,8 @@ public:
     Q_INVOKABLE void selectAt(int place);
     /// The next one, or the one before; round the ends.
     Q_INVOKABLE void step(int direction);
-    Q_INVOKABLE void move(orv::TerminalSession* session, int place);
+    /// Puts a tab where another one stands.
+    Q_INVOKABLE void moveTo(orv::TerminalSession* session, orv::TerminalSession* other);
     /// At once, or after a question where a program runs.
     Q_INVOKABLE void close(orv::TerminalSession* session);
     Q_INVOKABLE void answerClosing(bool isWanted);

@@ -88,6 +88,22 @@ TEST_F(TerminalViews, ShowTheCursorAsTheProgramWants) {
         EXPECT_GE(found, row.least) << row.label;
         EXPECT_LE(found, row.most) << row.label;
     }
+
+    // Where it blinks it comes back at its place, wherever the view stands.
+    QGuiApplication::styleHints()->setCursorFlashTime(40);
+    host.setPosition({40, 30});
+    feed("\x1b"
+         "c\x1b[1 q");
+    int shows = 0;
+    const QRect place = cellRect(0, 0).translated(40, 30);
+    EXPECT_TRUE(test::waitFor([&] {
+        const int found = pixelsOf(window.grabWindow(), window.contentItem()->childrenRect().toRect(), color);
+        shows += found == pixelsOf(window.grabWindow(), place, color) ? 1 : 0;
+        EXPECT_TRUE(found == 0 || found == all) << found;
+        return view().isIdle();
+    }));
+    EXPECT_GT(shows, 4);
+    QGuiApplication::styleHints()->setCursorFlashTime(1000);
 }
 
 TEST_F(TerminalViews, PaintOnlyLinesThatHaveChanged) {

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -19,8 +20,10 @@ using namespace std::chrono_literals;
 namespace orv {
 namespace {
 
-/// Output that keeps coming is shown this often.
+/// Output that keeps coming is shown this often, and less often where frames take long: else the main thread would wait
+/// for them all the time, and take in nothing.
 constexpr auto frameInterval = 16ms;
+constexpr auto longestFrameInterval = 200ms;
 constexpr auto bellLength = 120ms;
 constexpr int bellOpacity = 26;
 /// A cursor that nobody moves stops blinking after this many turns on and off.
@@ -142,10 +145,11 @@ void TerminalView::requestFrame() {
         return;
     }
     const auto since = std::chrono::milliseconds(m_sinceFrame.isValid() ? m_sinceFrame.elapsed() : 1000);
-    if (since >= frameInterval) {
+    const auto interval = std::min(frameInterval + 2 * m_frameCost, longestFrameInterval);
+    if (since >= interval) {
         polish();
     } else {
-        m_frameTimer.start(frameInterval - since);
+        m_frameTimer.start(interval - since);
     }
 }
 
@@ -163,12 +167,15 @@ void TerminalView::updatePolish() {
 
 void TerminalView::refresh() {
     m_isStale = false;
+    m_isPictureNew = true;
     m_sinceFrame.start();
     const QRect before = m_picture.cursor().cells;
     m_picture.refresh(
         m_session.terminal(), *m_glyphs, resolvedColors(), [this](std::int64_t line) { return marksOn(line); });
     m_gutter = gutter();
-    if (m_picture.cursor().cells != before) {
+    const term::CursorStyle style = m_session.terminal().cursorStyle();
+    const bool hasOtherStyle = std::exchange(m_cursorStyle, style) != style;
+    if (m_picture.cursor().cells != before || hasOtherStyle) {
         restartBlinking();
         updateInputMethod(Qt::ImCursorRectangle);
     }
@@ -477,6 +484,9 @@ QSGNode* TerminalView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*dat
     }
     screen->update(scene);
     m_madeTextures = screen->textureCount();
+    if (std::exchange(m_isPictureNew, false)) {
+        m_frameCost = std::chrono::milliseconds(m_sinceFrame.elapsed());
+    }
     ++m_frames;
     return screen;
 }

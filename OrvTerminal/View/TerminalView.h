@@ -15,6 +15,7 @@
 #include <QUrl>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -199,6 +200,8 @@ private:
     bool m_isSizeStale = true;
     QTimer m_frameTimer;
     QElapsedTimer m_sinceFrame;
+    bool m_isPictureNew = false;
+    std::chrono::milliseconds m_frameCost{0}; ///< from the look at the terminal until the scene had it
     std::uint64_t m_frames = 0;
     std::atomic<std::uint64_t> m_madeTextures = 0;
     int m_shownTop = -1;
@@ -208,6 +211,7 @@ private:
     QTimer m_bell;
     QTimer m_animation;
 
+    term::CursorStyle m_cursorStyle{}; ///< as it was when the screen was last looked at
     QTimer m_blinkTimer;
     bool m_isCursorOn = true;
     int m_blinksLeft = 0;

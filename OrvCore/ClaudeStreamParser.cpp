@@ -1,5 +1,7 @@
 #include "OrvCore/ClaudeStreamParser.h"
 
+#include "OrvCore/JsonSkim.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -70,8 +72,23 @@ QString detail(const QJsonObject& input) {
     return {};
 }
 
-QList<AgentEvent> assistantEvents(const QJsonObject& line) {
-    const QJsonArray content = line.value("message"_L1).toObject().value("content"_L1).toArray();
+/// Numbers that are absent, or none, count as nothing.
+std::optional<AgentUsage> usage(const QJsonObject& holder, const QString& messageID) {
+    const QJsonValue found = holder.value("usage"_L1);
+    if (!found.isObject()) {
+        return {};
+    }
+    const QJsonObject counts = found.toObject();
+    const auto count = [&counts](QLatin1StringView key) { return std::max<qint64>(counts.value(key).toInteger(), 0); };
+    return AgentUsage{
+        messageID,
+        {.input =
+             count("input_tokens"_L1) + count("cache_creation_input_tokens"_L1) + count("cache_read_input_tokens"_L1),
+         .output = count("output_tokens"_L1)}};
+}
+
+QList<AgentEvent> assistantEvents(const QJsonObject& message) {
+    const QJsonArray content = message.value("content"_L1).toArray();
     QList<AgentEvent> events;
     for (const QJsonValue element : content) {
         if (!element.isObject()) {
@@ -117,6 +134,13 @@ AgentLine parse(QByteArrayView line) {
     if (text.isEmpty()) {
         return {};
     }
+    // Most lines by far, and the longest ones, are of types that have no events: no value is made of them.
+    if (const auto top = skimJson(text); top && top->type != "assistant" && top->type != "result") {
+        return {
+            .type = QString::fromUtf8(top->type),
+            .events = {},
+            .sessionID = top->sessionID ? std::optional(QString::fromUtf8(*top->sessionID)) : std::nullopt};
+    }
     const QJsonObject json = object(text);
     AgentLine parsed{.type = {}, .events = {}, .sessionID = sessionID(json)};
     const QJsonValue type = json.value("type"_L1);
@@ -126,9 +150,14 @@ AgentLine parse(QByteArrayView line) {
     }
     parsed.type = type.toString();
     if (parsed.type == "assistant"_L1) {
-        parsed.events = assistantEvents(json);
+        const QJsonObject message = json.value("message"_L1).toObject();
+        parsed.events = assistantEvents(message);
+        if (const QString id = message.value("id"_L1).toString(); !id.isEmpty()) {
+            parsed.usage = usage(message, id);
+        }
     } else if (parsed.type == "result"_L1) {
         parsed.events = {result(json)};
+        parsed.usage = usage(json, {});
     }
     return parsed;
 }

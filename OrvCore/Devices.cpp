@@ -64,7 +64,7 @@ std::optional<SimulatorDevice> simulator(const QJsonValue& entry, const QString&
 void sortForLists(QList<SimulatorDevice>& devices) {
     QCollator collator{QLocale(QLocale::English)};
     collator.setNumericMode(true);
-    std::ranges::sort(devices, [&collator](const SimulatorDevice& device, const SimulatorDevice& other) {
+    std::ranges::stable_sort(devices, [&collator](const SimulatorDevice& device, const SimulatorDevice& other) {
         if (device.runtime != other.runtime) {
             return age(device.runtime) < age(other.runtime);
         }

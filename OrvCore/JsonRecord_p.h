@@ -7,6 +7,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonValue>
+#include <QMap>
 #include <QSet>
 #include <QUuid>
 
@@ -150,6 +151,35 @@ struct Codec<QList<T>> {
             list.append(*std::move(decoded));
         }
         return list;
+    }
+};
+
+template <typename T>
+struct Codec<QMap<QString, T>> {
+    static QJsonValue encode(const QMap<QString, T>& map) {
+        QJsonObject members;
+        for (auto entry = map.begin(); entry != map.end(); ++entry) {
+            members.insert(entry.key(), Codec<T>::encode(*entry));
+        }
+        return members;
+    }
+    static Decoded<QMap<QString, T>> decode(const QJsonValue& value) {
+        if (!value.isObject()) {
+            return mismatch(QStringLiteral("an object"));
+        }
+        const QJsonObject members = value.toObject();
+        QMap<QString, T> map;
+        for (auto member = members.begin(); member != members.end(); ++member) {
+            Decoded<T> decoded = Codec<T>::decode(member.value());
+            if (!decoded) {
+                const QString& field = decoded.error().field;
+                const bool needsDot = !field.isEmpty() && !field.startsWith(u'[');
+                return std::unexpected(DecodingError{
+                    member.key() + (needsDot ? QStringLiteral(".") : QString()) + field, decoded.error().expected});
+            }
+            map.insert(member.key(), *std::move(decoded));
+        }
+        return map;
     }
 };
 

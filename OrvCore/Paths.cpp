@@ -33,6 +33,12 @@ QString Paths::realHome() {
     return home.isEmpty() ? QDir::homePath() : withoutTrailingSlash(home);
 }
 
+QString Paths::shortened(const QString& path) {
+    const QString home = realHome();
+    const bool isInHome = !home.isEmpty() && (path == home || path.startsWith(home + u'/'));
+    return isInHome ? u'~' + path.sliced(home.size()) : path;
+}
+
 QString Paths::fileUrl(const QString& path) {
     // By hand: QUrl::fromLocalFile takes a path that begins with two slashes for a host's.
     const QByteArray encoded = QUrl::toPercentEncoding(withoutTrailingSlash(path), "/!$&'()*+,:=@");

@@ -44,6 +44,8 @@ void visitFields(Self& settings, Visitor& visitor) {
     visitor.defaulted("agentAutonomy"_L1, settings.agentAutonomy);
     visitor.defaulted("customAgentCommand"_L1, settings.customAgentCommand);
     visitor.defaulted("quickPanelShortcutEnabled"_L1, settings.quickPanelShortcutEnabled);
+    visitor.defaulted("agentWorktrees"_L1, settings.agentWorktrees);
+    visitor.defaulted("agentFiles"_L1, settings.agentFiles);
 }
 
 namespace {
@@ -94,6 +96,10 @@ AppSettings AppSettings::defaults() {
 QString AppSettings::displayNameFor(const QString& fullAccountName) {
     const QString first = fullAccountName.simplified().section(u' ', 0, 0);
     return first.isEmpty() ? u"there"_s : first;
+}
+
+QStringList AppSettings::worktreeCopies(const QString& projectID) const {
+    return agentFiles.value(projectID, {u".env"_s, u".env.*"_s});
 }
 
 QJsonObject AppSettings::toJson() const {

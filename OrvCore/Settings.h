@@ -5,6 +5,7 @@
 #include "OrvCore/StoreFile.h"
 #include "OrvCore/StoreWatcher.h"
 
+#include <QMap>
 #include <QObject>
 #include <QSet>
 
@@ -88,11 +89,16 @@ struct AppSettings {
     AgentAutonomy agentAutonomy = AgentAutonomy::edit;
     QString customAgentCommand;
     bool quickPanelShortcutEnabled = true;
+    bool agentWorktrees = false; ///< whether a run of an agent gets a git work tree of its own
+    /// By project: patterns of untracked files that such a work tree is given, from the project's folder.
+    QMap<QString, QStringList> agentFiles;
 
     bool operator==(const AppSettings&) const = default;
     [[nodiscard]] static AppSettings defaults();
     /// The first word of an account's full name; "there" when it is empty.
     [[nodiscard]] static QString displayNameFor(const QString& fullAccountName);
+    /// Where nothing is said of the project, files with the environment of its services.
+    [[nodiscard]] QStringList worktreeCopies(const QString& projectID) const;
     [[nodiscard]] QJsonObject toJson() const;
     [[nodiscard]] static Decoded<AppSettings> fromJson(const QJsonObject& json);
 };

@@ -39,6 +39,18 @@ QFuture<GitBadge> GitBadges::read(const QString& projectRoot) {
     return reading->promise.future();
 }
 
+QFuture<QStringList> GitBadges::repositories(const QString& projectRoot) {
+    const auto promise = std::make_shared<QPromise<QStringList>>();
+    promise->start();
+    m_pool.start([this, promise, projectRoot] {
+        if (!m_runner.cancellation->isCancelled()) {
+            promise->addResult(GitService::findRepos(projectRoot));
+        }
+        promise->finish();
+    });
+    return promise->future();
+}
+
 QFuture<GitBadge> GitBadges::readRepositories(const QStringList& repositories) {
     const auto reading = std::make_shared<Reading>();
     reading->promise.start();
@@ -73,6 +85,9 @@ void GitBadges::readRepository(const std::shared_ptr<Reading>& reading, const QS
         reading->sum.changes += changes;
         reading->sum.ahead += status->ahead;
         reading->sum.behind += status->behind;
+        if (reading->sum.repoCount == 1) {
+            reading->sum.branch = status->branch.value_or(QString());
+        }
     }
     if (--reading->left == 0) {
         finish(*reading);

@@ -1,21 +1,12 @@
 #pragma once
 
+#include "OrvGit/GitModels.h"
 #include "OrvGit/GitRunner.h"
 
 #include <QFuture>
 #include <QThreadPool>
 
 namespace orv {
-
-/// What a project's card shows of its repositories, all of them summed.
-struct GitBadge {
-    int changes = 0;
-    int ahead = 0;
-    int behind = 0;
-    int repoCount = 0;
-
-    bool operator==(const GitBadge&) const = default;
-};
 
 /// Reads badges in the background: a `git status` for every repository under a project, several at once, in a pool of
 /// its own. The destructor ends those that run.
@@ -30,6 +21,8 @@ public:
     /// Any thread. A repository that has no status, such as a bare one, counts as one without changes. Without a result
     /// when this object is destroyed first.
     [[nodiscard]] QFuture<GitBadge> read(const QString& projectRoot);
+    /// The repositories under a project, which is the first half of `read`.
+    [[nodiscard]] QFuture<QStringList> repositories(const QString& projectRoot);
     /// As `read`, of repositories that are known already.
     [[nodiscard]] QFuture<GitBadge> readRepositories(const QStringList& repositories);
 

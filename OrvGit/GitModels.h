@@ -23,6 +23,8 @@ struct FileChange {
     [[nodiscard]] bool isConflicted() const;
     /// The paths that an action on this change is about: for a rename both.
     [[nodiscard]] QStringList touchedPaths() const;
+    /// The paths that staging it is about. The old name of what is renamed in the index already is nowhere any more.
+    [[nodiscard]] QStringList stagedPaths() const;
 };
 
 } // namespace orv
@@ -107,6 +109,17 @@ enum class GitScope { global, repo };
 
 /// How a pull takes in what the remote has.
 enum class PullStrategy { ffOnly, merge, rebase };
+
+/// What a project's card shows of its repositories, all of them summed.
+struct GitBadge {
+    int changes = 0;
+    int ahead = 0;
+    int behind = 0;
+    int repoCount = 0;
+    QString branch; ///< of the only repository; empty when there are several, or its HEAD is detached
+
+    bool operator==(const GitBadge&) const = default;
+};
 
 /// What was begun in a repository and waits for someone.
 enum class GitOperation { none, merge, rebase, applyMailbox, cherryPick, revert, bisect };

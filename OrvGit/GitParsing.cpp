@@ -2,6 +2,7 @@
 
 #include "OrvGit/GitPath.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -58,6 +59,21 @@ std::optional<QByteArrayView> afterBlanks(QByteArrayView record, int blanks) {
         record = record.sliced(blank + 1);
     }
     return record;
+}
+
+/// The path of an ordinary change whose fields have the widths that git always gives them; nothing for any other one.
+std::optional<QByteArrayView> pathAtItsPlace(QByteArrayView record) {
+    // "1 XY N... 100644 100644 100644 <hash> <hash> <path>"
+    constexpr std::array blanks{qsizetype{1}, qsizetype{4}, qsizetype{9}, qsizetype{16}, qsizetype{23}, qsizetype{30}};
+    constexpr qsizetype firstHash = 31;
+    for (const qsizetype hash : {qsizetype{40}, qsizetype{64}}) {
+        const qsizetype path = firstHash + 2 * (hash + 1);
+        if (record.size() > path && record[firstHash + hash] == ' ' && record[path - 1] == ' ' &&
+            std::ranges::all_of(blanks, [record](qsizetype at) { return record[at] == ' '; })) {
+            return record.sliced(path);
+        }
+    }
+    return std::nullopt;
 }
 
 bool take(QByteArrayView& text, QByteArrayView prefix) {
@@ -118,8 +134,12 @@ RepoStatus readStatus(QByteArrayView output, Handler handle) {
             readHeader(record.sliced(2), status);
         } else if (kind == '?') {
             handle(ChangeRecord{.path = record.sliced(2), .originalPath = {}});
-        } else if (const auto path = afterBlanks(record, blanks(kind)); blanks(kind) > 0 && path) {
-            if (record[4] != ' ') {
+        } else if (blanks(kind) > 0) {
+            auto path = kind == '1' ? pathAtItsPlace(record) : std::nullopt;
+            if (!path) {
+                path = afterBlanks(record, blanks(kind));
+            }
+            if (!path || record[4] != ' ') {
                 return;
             }
             const ChangeRecord change{record[2], record[3], *path, {}};
@@ -179,6 +199,10 @@ bool FileChange::isConflicted() const {
 
 QStringList FileChange::touchedPaths() const {
     return index == 'R' || worktree == 'R' ? QStringList{path, originalPath} : QStringList{path};
+}
+
+QStringList FileChange::stagedPaths() const {
+    return worktree == 'R' ? QStringList{path, originalPath} : QStringList{path};
 }
 
 RepoStatus GitParsing::status(QByteArrayView output) {

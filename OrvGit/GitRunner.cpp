@@ -67,6 +67,9 @@ EnvironmentEntries fixedEnvironment(GitPurpose purpose) {
         entries.insert(u"GIT_ASKPASS"_s, u"false"_s);
         entries.insert(u"SSH_ASKPASS"_s, u"false"_s);
         entries.insert(u"GIT_SSH_COMMAND"_s, ssh + u" -o BatchMode=yes"_s);
+        // A partial clone fetches what it lacks when it is looked at, by the program that its configuration names.
+        entries.insert(u"GIT_NO_LAZY_FETCH"_s, u"1"_s);
+        entries.insert(u"GIT_ALLOW_PROTOCOL"_s, QString(u""_s)); // the same, before git 2.44
     }
     return entries;
 }
@@ -94,7 +97,7 @@ ChildProcess::Request request(const GitRunner& runner, const GitArguments& argum
     std::vector<QByteArray> variables = ChildProcess::environment(entries, hidden);
     if (runner.purpose == GitPurpose::background) {
         appendWithoutFilters(folder, variables);
-        words.insert(words.end(), {"-c", "core.fsmonitor=false"});
+        words.insert(words.end(), {"-c", "core.fsmonitor=false", "-c", "core.hooksPath=/dev/null"});
     }
     words.insert(words.end(), arguments.begin(), arguments.end());
     return {

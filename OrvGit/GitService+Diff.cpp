@@ -1,3 +1,4 @@
+#include "OrvGit/DiffCommand_p.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/GitService.h"
@@ -12,29 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
-
-/// A file that is larger is not compared line by line.
-constexpr qint64 largestFileBytes = 50 * 1024 * 1024;
-
-/// Whatever the user's configuration says: names with "a/" and "b/", three lines of context, no colour, and no program
-/// of the repository's choosing.
-GitArguments diffCommand(const char* command) {
-    return {
-        "-c",
-        "core.bigFileThreshold=" + QByteArray::number(largestFileBytes),
-        command,
-        "--no-color",
-        "--no-ext-diff",
-        "--no-textconv",
-        "--src-prefix=a/",
-        "--dst-prefix=b/",
-        "--unified=3",
-        "--inter-hunk-context=0",
-        "--submodule=short",
-        "--find-renames",
-        "--no-relative",
-    };
-}
 
 GitArguments arguments(const DiffRequest& request) {
     GitArguments words = diffCommand("diff");
@@ -78,14 +56,14 @@ DiffContent contentInWorkTree(const QString& repository, const DiffRequest& requ
     if (request.side == DiffSide::untracked && S_ISDIR(info.st_mode)) {
         return DiffContent::folder;
     }
-    return S_ISREG(info.st_mode) && info.st_size > largestFileBytes ? DiffContent::tooLarge : DiffContent::text;
+    return S_ISREG(info.st_mode) && info.st_size > largestDiffedFileBytes ? DiffContent::tooLarge : DiffContent::text;
 }
 
 /// A large file is a binary one to git.
 bool isLargeInIndex(const GitRunner& runner, const QString& repository, const DiffRequest& request) {
     const auto size =
         runner.run({"cat-file", "-s", ":0:" + GitPath::toBytes(request.path)}, repository, GitLimits::local);
-    return size && size->trimmed().toLongLong() > largestFileBytes;
+    return size && size->trimmed().toLongLong() > largestDiffedFileBytes;
 }
 
 } // namespace
@@ -162,7 +140,10 @@ GitOutcome<QList<FileDiff>> GitService::commitDiff(const QString& repository, co
 GitOutcome<void> GitService::applyLines(
     const QString& repository, const DiffRequest& request, const FileDiff& shown, const DiffSelection& selection,
     PatchTarget target, PatchDirection direction) const {
-    const auto current = fileDiff(repository, request);
+    // As it was taken to be shown: a filter that only the user's own commands run would make it another one.
+    GitService looking = *this;
+    looking.runner.purpose = GitPurpose::background;
+    const auto current = looking.fileDiff(repository, request);
     if (!current) {
         return std::unexpected(current.error());
     }

@@ -112,10 +112,10 @@ GitOutcome<void> GitService::writeCommit(
     const QString& description) const {
     GitArguments words = arguments;
     words << "-m" << summary.toUtf8();
-    if (const QString rest = description.trimmed(); !rest.isEmpty()) {
-        words << "-m" << rest.toUtf8();
+    if (!description.trimmed().isEmpty()) {
+        words << "-m" << description.toUtf8();
     }
-    return runWithConflicts(repository, words, GitLimits::local);
+    return perform(repository, words, GitLimits::local);
 }
 
 GitOutcome<void> GitService::commit(

@@ -5,6 +5,7 @@
 #include "OrvGit/GitPath.h"
 #include "OrvGit/RepositoryLayout.h"
 
+#include <QFile>
 #include <QSet>
 
 #include <condition_variable>
@@ -150,6 +151,22 @@ GitOutcome<QList<StashEntry>> GitService::stashes(const QString& repository) con
         return std::unexpected(output.error());
     }
     return GitParsing::stashes(*output);
+}
+
+GitOutcome<QString> GitService::headMessage(const QString& repository) const {
+    const auto output = historyOutput(runner.runRaw(logCommand("--format=%B") << "-n1", repository, GitLimits::local));
+    if (!output) {
+        return std::unexpected(output.error());
+    }
+    return QString::fromUtf8(*output).trimmed();
+}
+
+GitOutcome<QString> GitService::topFolder(const QString& folder) const {
+    const auto output = runner.run({"rev-parse", "--show-toplevel"}, folder, GitLimits::local);
+    if (!output) {
+        return std::unexpected(output.error());
+    }
+    return QFile::decodeName(output->endsWith('\n') ? output->chopped(1) : *output);
 }
 
 GitOutcome<OperationState> GitService::operation(const QString& repository) const {

@@ -49,6 +49,10 @@ public:
     /// The local ones, then those of the remotes.
     [[nodiscard]] GitOutcome<QList<BranchInfo>> branchInfos(const QString& repository) const;
     [[nodiscard]] GitOutcome<QList<StashEntry>> stashes(const QString& repository) const;
+    /// The whole message of the last commit; empty in a repository without one.
+    [[nodiscard]] GitOutcome<QString> headMessage(const QString& repository) const;
+    /// The top folder of the work tree that the folder lies in, without symbolic links.
+    [[nodiscard]] GitOutcome<QString> topFolder(const QString& folder) const;
     /// What was begun and is not finished.
     [[nodiscard]] GitOutcome<OperationState> operation(const QString& repository) const;
 

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QtEndian>
 
 #include <algorithm>
 
@@ -60,6 +61,73 @@ void collectModules(const QString& folder, int depth, QList<QByteArray>& setting
     }
 }
 
+/// The paths of the entries that are repositories of their own, read from the index itself (gitformat-index(5)): for a
+/// run that nobody asked for, another git beforehand would be too much. Of an index that is not understood, none.
+QByteArrayList embeddedRepositories(const QString& indexPath, qsizetype hashBytes) {
+    QFile file(indexPath);
+    QByteArrayList found;
+    if (!file.open(QIODevice::ReadOnly)) {
+        return found;
+    }
+    const QByteArray index = file.readAll();
+    const auto number = [&index](qsizetype at) { return qFromBigEndian<quint32>(index.constData() + at); };
+    if (index.size() < 12 || !index.startsWith("DIRC")) {
+        return found;
+    }
+    constexpr qsizetype statBytes = 40;
+    constexpr qsizetype modeAt = 24;
+    constexpr quint32 gitlink = 0160000;
+    const quint32 version = number(4);
+    const quint32 count = number(8);
+    QByteArray path;
+    qsizetype at = 12;
+    for (quint32 i = 0; i < count; ++i) {
+        const qsizetype flagsAt = at + statBytes + hashBytes;
+        if (flagsAt + 2 > index.size()) {
+            return found;
+        }
+        const bool isExtended = version >= 3 && (index[flagsAt] & 0x40) != 0;
+        qsizetype name = flagsAt + (isExtended ? 4 : 2);
+        if (version == 4) {
+            qsizetype cut = 0; // of the path before, at its end
+            for (bool isMore = true; isMore && name < index.size(); ++name) {
+                isMore = (index[name] & 0x80) != 0;
+                cut = (cut << 7) + (index[name] & 0x7f) + (isMore ? 1 : 0);
+            }
+            path.chop(std::min(cut, path.size()));
+        } else {
+            path.clear();
+        }
+        const qsizetype end = index.indexOf('\0', name);
+        if (end < 0) {
+            return found;
+        }
+        path += index.sliced(name, end - name);
+        if (number(at + modeAt) == gitlink) {
+            found.append(path);
+        }
+        at = version == 4 ? end + 1 : at + (end - at + 8) / 8 * 8;
+    }
+    return found;
+}
+
+void collectEmbedded(const RepositoryLayout& layout, int depth, QList<QByteArray>& settings) {
+    QFile configuration(layout.commonDirectory + u"/config"_s);
+    const bool isSha256 = configuration.open(QIODevice::ReadOnly) && configuration.readAll().contains("sha256");
+    for (const QByteArray& path : embeddedRepositories(layout.gitDirectory + u"/index"_s, isSha256 ? 32 : 20)) {
+        const QString folder = layout.folder + u'/' + QFile::decodeName(path);
+        // Where ".git" is a file, it leads to "modules".
+        const auto inner = QFileInfo(folder + u"/.git"_s).isDir() ? RepositoryLayout::of(folder) : std::nullopt;
+        if (inner) {
+            collect(inner->commonDirectory, settings);
+            collectModules(inner->commonDirectory + u"/modules"_s, 0, settings);
+            if (depth < deepestModule) {
+                collectEmbedded(*inner, depth + 1, settings);
+            }
+        }
+    }
+}
+
 } // namespace
 
 QList<QByteArray> localFilterSettings(const QString& folder) {
@@ -70,6 +138,7 @@ QList<QByteArray> localFilterSettings(const QString& folder) {
         }
         collect(layout->commonDirectory, settings);
         collectModules(layout->commonDirectory + u"/modules"_s, 0, settings);
+        collectEmbedded(*layout, 0, settings);
     }
     settings.removeAll(QByteArray());
     return settings;

@@ -3,9 +3,11 @@
 #include "OrvCore/Async.h"
 #include "OrvGit/RepositoryLayout.h"
 
+#include <QDateTime>
 #include <QDirIterator>
-#include <QSet>
+#include <QPromise>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 
@@ -17,6 +19,7 @@ namespace {
 
 /// git replaces the index, HEAD and refs one after the other.
 constexpr auto settleTime = 100ms;
+constexpr auto clockStep = 10ms;
 /// A repository with more folders of refs is told of its other changes.
 constexpr int mostRefFolders = 200;
 
@@ -27,29 +30,77 @@ constexpr std::array worktreeFiles{"HEAD"_L1,        "index"_L1,        "MERGE_H
 } // namespace
 
 RepositoryWatch::RepositoryWatch(QObject* parent) : QObject(parent) {
+    m_pool.setObjectName(u"git watch"_s);
+    m_pool.setMaxThreadCount(1);
     m_settle.setSingleShot(true);
     m_settle.setInterval(settleTime);
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, [this] {
-        // Not put off again and again: a repository that is busy all the time is told of, too.
-        if (!m_settle.isActive()) {
-            m_settle.start();
-        }
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, [this](const QString& folder) {
+        m_due.unite(m_repositoriesOf.value(folder));
+        lookSoon();
     });
-    connect(&m_settle, &QTimer::timeout, this, &RepositoryWatch::compare);
+    connect(&m_settle, &QTimer::timeout, this, &RepositoryWatch::lookAtDue);
+}
+
+RepositoryWatch::~RepositoryWatch() {
+    m_pool.waitForDone();
+}
+
+QStringList RepositoryWatch::repositories() const {
+    QStringList found;
+    for (auto each = m_repositories.begin(); each != m_repositories.end(); ++each) {
+        if (!each->folders.isEmpty()) {
+            found.append(each.key());
+        }
+    }
+    return found;
+}
+
+bool RepositoryWatch::Watched::hasChangedSince(qint64 ms) const {
+    // File systems take their time from a clock that stands still for some milliseconds.
+    const qint64 limitNs = (ms - clockStep.count()) * 1'000'000;
+    return std::ranges::any_of(state, [limitNs](const FileStamp& stamp) { return stamp.changedNs > limitNs; });
 }
 
 void RepositoryWatch::setRepositories(const QStringList& folders) {
     ORV_ASSERT_MAIN_THREAD();
-    QHash<QString, Watched> wanted;
+    Looks wanted;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
     for (const QString& folder : folders) {
         const auto known = m_repositories.constFind(folder);
-        Watched watched = known != m_repositories.cend() ? *known : look(folder);
-        if (!watched.folders.isEmpty()) {
-            wanted.insert(folder, std::move(watched));
+        wanted.insert(folder, known != m_repositories.cend() ? *known : Watched{{}, {}, now});
+        if (known == m_repositories.cend()) {
+            m_due.insert(folder);
         }
     }
     m_repositories = std::move(wanted);
     follow();
+    lookAtDue();
+}
+
+void RepositoryWatch::lookSoon() {
+    // Not put off again and again: a repository that is busy all the time is told of, too.
+    if (!m_due.isEmpty() && !m_settle.isActive()) {
+        m_settle.start();
+    }
+}
+
+void RepositoryWatch::lookAtDue() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_isLooking || m_due.isEmpty()) {
+        return;
+    }
+    m_isLooking = true;
+    const auto promise = std::make_shared<QPromise<Looks>>();
+    promise->start();
+    m_pool.start([promise, due = std::exchange(m_due, {})] {
+        Looks looks;
+        for (const QString& repository : due) {
+            looks.insert(repository, look(repository));
+        }
+        promise->addResult(std::move(looks));
+        promise->finish();
+    });
+    onFinished(promise->future(), this, [this](const Looks& looks) { takeIn(looks); });
 }
 
 RepositoryWatch::Watched RepositoryWatch::look(const QString& repository) {
@@ -81,38 +132,55 @@ RepositoryWatch::Watched RepositoryWatch::look(const QString& repository) {
     return watched;
 }
 
-void RepositoryWatch::follow() {
-    QSet<QString> wanted;
-    for (const Watched& watched : std::as_const(m_repositories)) {
-        wanted.unite(QSet<QString>(watched.folders.begin(), watched.folders.end()));
-    }
-    const QStringList directories = m_watcher.directories();
-    const QSet<QString> now(directories.begin(), directories.end());
-    const QStringList gone = (now - wanted).values();
-    const QStringList added = (wanted - now).values();
-    if (!gone.isEmpty()) {
-        m_watcher.removePaths(gone);
-    }
-    if (!added.isEmpty()) {
-        m_watcher.addPaths(added);
-        // What happened before they were watched.
-        m_settle.start();
-    }
-}
-
-void RepositoryWatch::compare() {
-    ORV_ASSERT_MAIN_THREAD();
+void RepositoryWatch::takeIn(const Looks& looks) {
+    m_isLooking = false;
     QStringList differing;
-    for (auto each = m_repositories.begin(); each != m_repositories.end(); ++each) {
-        Watched now = look(each.key());
-        if (now.state != each->state) {
-            differing.append(each.key());
-            *each = std::move(now);
+    for (auto now = looks.begin(); now != looks.end(); ++now) {
+        const auto known = m_repositories.find(now.key());
+        if (known == m_repositories.end() || known->state == now->state) {
+            continue;
         }
+        const bool isFirst = known->folders.isEmpty();
+        if (!isFirst || now->hasChangedSince(known->sinceMs)) {
+            differing.append(now.key());
+        }
+        *known = *now;
     }
     follow();
     for (const QString& repository : differing) {
         Q_EMIT changed(repository);
+    }
+    lookSoon();
+}
+
+void RepositoryWatch::follow() {
+    m_repositoriesOf.clear();
+    for (auto each = m_repositories.begin(); each != m_repositories.end(); ++each) {
+        for (const QString& folder : each->folders) {
+            m_repositoriesOf[folder].insert(each.key());
+        }
+    }
+    QStringList gone;
+    const QStringList now = m_watcher.directories();
+    for (const QString& folder : now) {
+        if (!m_repositoriesOf.contains(folder)) {
+            gone.append(folder);
+        }
+    }
+    if (!gone.isEmpty()) {
+        m_watcher.removePaths(gone);
+    }
+    const QSet<QString> watched(now.begin(), now.end());
+    QStringList added;
+    for (auto each = m_repositoriesOf.begin(); each != m_repositoriesOf.end(); ++each) {
+        if (!watched.contains(each.key())) {
+            added.append(each.key());
+            // What happened before the folder was watched.
+            m_due.unite(*each);
+        }
+    }
+    if (!added.isEmpty()) {
+        m_watcher.addPaths(added);
     }
 }
 

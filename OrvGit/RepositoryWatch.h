@@ -5,21 +5,27 @@
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
+#include <QThreadPool>
 #include <QTimer>
 
 namespace orv {
 
 /// Notices that HEAD, the index, a ref or what is in progress changed in one of a few repositories, whoever did it.
-/// Changes of the work tree alone are not noticed. Lives on the main thread; costs nothing while nothing happens.
+/// Changes of the work tree alone are not noticed. Lives on the main thread, and looks at files on another one; costs
+/// nothing while nothing happens.
 class RepositoryWatch : public QObject {
     Q_OBJECT
 public:
     explicit RepositoryWatch(QObject* parent = nullptr);
+    ~RepositoryWatch() override;
 
-    /// Folders that are no repositories are left out. Those that are watched already stay so.
+    /// Folders that are no repositories are left out. Those that are watched already stay so. What changes from this
+    /// call on is told.
     void setRepositories(const QStringList& folders);
-    [[nodiscard]] QStringList repositories() const { return m_repositories.keys(); }
+    /// Those that are watched; a new one is not at once.
+    [[nodiscard]] QStringList repositories() const;
 
 Q_SIGNALS:
     /// A burst of changes is told once.
@@ -27,16 +33,25 @@ Q_SIGNALS:
 
 private:
     struct Watched {
-        QStringList folders;             ///< that tell of changes
+        QStringList folders;             ///< that tell of changes; none before the first look, or in no repository
         QHash<QString, FileStamp> state; ///< by path
+        qint64 sinceMs = 0;              ///< when it was asked for, in milliseconds since 1970
+        [[nodiscard]] bool hasChangedSince(qint64 ms) const;
     };
+    using Looks = QHash<QString, Watched>; ///< by folder of the repository
     [[nodiscard]] static Watched look(const QString& repository);
+    void lookSoon();
+    void lookAtDue();
+    void takeIn(const Looks& looks);
     void follow();
-    void compare();
 
-    QHash<QString, Watched> m_repositories; ///< by folder
+    Looks m_repositories;
+    QHash<QString, QSet<QString>> m_repositoriesOf; ///< by watched folder
+    QSet<QString> m_due;                            ///< repositories to be looked at
+    bool m_isLooking = false;
     QFileSystemWatcher m_watcher;
     QTimer m_settle;
+    QThreadPool m_pool;
 };
 
 } // namespace orv

@@ -76,6 +76,13 @@ Command portsCommand();
 Command overrideCommand();
 Command settingsCommand();
 Command tasksCommand();
+Command gitCommand();
+Command newCommand();
+Command pinCommand();
+Command devicesCommand();
+Command suggestionsCommand();
+Command notifyCommand();
+Command agentCommand();
 Command completionsCommand();
 
 /// Every command, in the order in which help lists them.

@@ -97,11 +97,9 @@ void printStacks(
     }
 }
 
-QFuture<int> detect(Invocation& call) {
-    reportBrokenStores(call);
-    const QString folder = absolutePath(call.words.first());
-    if (!QFileInfo(folder).isDir()) {
-        return QtFuture::makeReadyFuture(call.failure(u"folder not found: "_s + shortPath(folder)));
+int detectIn(Invocation& call, const QString& folder) {
+    if (const QString problem = folderProblem(folder); !problem.isEmpty()) {
+        return call.failure(problem);
     }
     ProjectScanner scanner;
     scanner.overrides = std::make_shared<OverrideStore>();
@@ -118,14 +116,26 @@ QFuture<int> detect(Invocation& call) {
                 {u"path"_s, folder},
                 {u"stacks"_s, array},
                 {u"project"_s, project ? QJsonValue(project->toJson()) : QJsonValue(QJsonValue::Null)}});
-        return QtFuture::makeReadyFuture(int(exitOk));
+        return int(exitOk);
     }
     if (stacks.isEmpty()) {
-        return QtFuture::makeReadyFuture(
-            call.failure(u"nothing that can be run was recognised in %1"_s.arg(shortPath(folder))));
+        return call.failure(u"nothing that can be run was recognised in %1"_s.arg(shortPath(folder)));
     }
     printStacks(call.console.out, folder, stacks, project);
-    return QtFuture::makeReadyFuture(int(exitOk));
+    return int(exitOk);
+}
+
+QFuture<int> detect(Invocation& call) {
+    reportBrokenStores(call);
+    const QString& word = call.words.first();
+    const QString folder = absolutePath(word);
+    if (word.contains(u'/') || QFileInfo::exists(folder)) {
+        return QtFuture::makeReadyFuture(detectIn(call, folder));
+    }
+    const auto overrides = std::make_shared<OverrideStore>();
+    return exitCodeOf(findProject(call, word, overrides), call.context, [&call](const FoundProject& project) -> int {
+        return project ? detectIn(call, project->root) : refusal(call, project.error());
+    });
 }
 
 } // namespace
@@ -137,7 +147,7 @@ Command detectCommand() {
         u"Prints each stack of the folder: its kind, what runs it, what installs its dependencies, and the file that\n"
         "tells that they are installed; then each service of the project with its whole command line. A folder with\n"
         "nothing in it is a failure (with --json: an empty list)."_s,
-        {{{}, u"FOLDER"_s, 1, 1, u"shows its stacks and services"_s, {}, detect}},
+        {{{}, u"FOLDER|PROJECT"_s, 1, 1, u"shows its stacks and services"_s, {}, detect}},
         {{u"orvlauncher detect ."_s, u"the stacks of this folder"_s},
          {u"orvlauncher detect shop --json | jq '.project.targets[].command'"_s,
           u"the command lines that would run"_s}}};

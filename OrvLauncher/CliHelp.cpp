@@ -118,7 +118,10 @@ QString help(const Command& command, bool hasColor) {
         forms.append({usage(command, action), action.summary});
         for (const CommandOption& option : action.options) {
             const QString value = option.valueName.isEmpty() ? QString() : u' ' + option.valueName;
-            options.append({u"--"_s + option.name + value, option.text});
+            // Forms that share an option say the same of it.
+            if (const std::pair row(u"--"_s + option.name + value, option.text); !options.contains(row)) {
+                options.append(row);
+            }
         }
     }
     options.append({u"--json"_s, u"print JSON, for programs"_s});

@@ -3,7 +3,6 @@
 #include "OrvUI/ModelTypes.h"
 #include "TextLayout.h"
 
-#include <QFileInfo>
 #include <QJsonArray>
 
 using namespace Qt::StringLiterals;
@@ -50,9 +49,12 @@ void printProjects(Console& console, const QList<Project>& projects, const QStri
 QFuture<int> scan(Invocation& call) {
     reportBrokenStores(call);
     const QString root = call.words.isEmpty() ? configuredScanRoot() : absolutePath(call.words.first());
-    if (!QFileInfo(root).isDir()) {
+    if (!call.words.isEmpty() && call.words.first().isEmpty()) {
+        return QtFuture::makeReadyFuture(call.usageError(u"the folder's name is empty."_s));
+    }
+    if (const QString problem = folderProblem(root); !problem.isEmpty()) {
         return QtFuture::makeReadyFuture(call.failure(
-            u"folder not found: "_s + shortPath(root) +
+            problem +
             (call.words.isEmpty() ? u"\nChoose another one: orvlauncher settings set scanRoot FOLDER"_s : QString())));
     }
     auto* progress = new Progress(call.console.err, u"Scanning %1…"_s.arg(shortPath(root)), call.context);

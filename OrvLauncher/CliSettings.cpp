@@ -149,6 +149,13 @@ QFuture<int> set(Invocation& call) {
         return QtFuture::makeReadyFuture(int(*wrong));
     }
     const QString key = call.words.first();
+    if (isFolder(key)) {
+        const QString problem =
+            call.words[1].isEmpty() ? u"the folder's name is empty."_s : folderProblem(absolutePath(call.words[1]));
+        if (!problem.isEmpty()) {
+            return QtFuture::makeReadyFuture(call.usageError(problem));
+        }
+    }
     const QJsonValue::Type type = everyKey()[key].type();
     const QJsonValue value = parsed(key, type, call.words[1]);
     if (value.isUndefined()) {

@@ -65,15 +65,8 @@ constexpr std::array stores{
     Store{TaskStore::defaultPath, true, tasksError},
 };
 
-/// Why the store's file does not count; empty when it does, or when there is none.
-QString storeError(const Store& store) {
-    const StoredBytes stored = StoreIO::read(store.path());
-    if (stored.state == StoredBytes::State::absent) {
-        return {};
-    }
-    if (stored.state == StoredBytes::State::unreadable) {
-        return u"it can't be read"_s;
-    }
+/// Why what the store's file holds does not count.
+QString contentError(const Store& store, const StoredBytes& stored) {
     QJsonParseError error;
     const QJsonDocument json = QJsonDocument::fromJson(stored.bytes, &error);
     if (error.error != QJsonParseError::NoError) {
@@ -86,6 +79,9 @@ QString storeError(const Store& store) {
 }
 
 FoundProject projectAt(const QString& folder, const std::shared_ptr<const OverrideStore>& overrides) {
+    if (const QString problem = folderProblem(folder); !problem.isEmpty()) {
+        return std::unexpected(NoProject{exitFailed, problem});
+    }
     ProjectScanner scanner;
     scanner.overrides = overrides;
     if (auto project = scanner.project(folder)) {
@@ -126,10 +122,16 @@ FoundProject projectNamed(const QString& name, const QString& root, const QList<
 
 void reportBrokenStores(const Invocation& call) {
     for (const Store& store : stores) {
-        if (const QString error = storeError(store); !error.isEmpty()) {
-            const QString path = store.path();
-            call.note(u"%1 is broken and does not count: %2. It is kept as %3.corrupt when something is saved."_s.arg(
-                shortPath(path), error, QFileInfo(path).fileName()));
+        const QString path = store.path();
+        const StoredBytes stored = StoreIO::read(path);
+        if (stored.state == StoredBytes::State::unreadable) {
+            call.note(u"%1 can't be read and does not count."_s.arg(shortPath(path)));
+        } else if (stored.state != StoredBytes::State::absent) {
+            if (const QString error = contentError(store, stored); !error.isEmpty()) {
+                call.note(
+                    u"%1 is broken and does not count: %2. It is kept as %3.corrupt when something is saved."_s.arg(
+                        shortPath(path), error, QFileInfo(path).fileName()));
+            }
         }
     }
 }
@@ -161,6 +163,17 @@ QString shortPath(const QString& path) {
     const QString home = Paths::realHome();
     const bool isBelow = home.size() > 1 && (path == home || path.startsWith(home + u'/'));
     return printable(isBelow ? u'~' + path.sliced(home.size()) : path);
+}
+
+QString folderProblem(const QString& path) {
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        return u"folder not found: "_s + shortPath(path);
+    }
+    if (!info.isDir()) {
+        return u"not a folder: "_s + shortPath(path);
+    }
+    return info.isReadable() && info.isExecutable() ? QString() : u"no permission to read "_s + shortPath(path);
 }
 
 QString pathWithin(const QString& folder, const QString& path) {

@@ -29,6 +29,8 @@ void printJson(Stream& stream, const QJsonValue& value);
 /// The absolute, clean path that a word of the command line means.
 [[nodiscard]] QString absolutePath(const QString& word);
 /// A path as people read it: "~/shop".
+/// Why the folder can't be looked into; empty when it can.
+[[nodiscard]] QString folderProblem(const QString& path);
 [[nodiscard]] QString shortPath(const QString& path);
 /// "web" of "/p/shop/web" in "/p/shop"; "." for the folder itself.
 [[nodiscard]] QString pathWithin(const QString& folder, const QString& path);

@@ -29,10 +29,7 @@ QList<ProjectTask> tasksOf(const QList<ProjectTask>& tasks, const QString& word)
     return found;
 }
 
-QFuture<int> list(Invocation& call) {
-    reportBrokenStores(call);
-    const QList<ProjectTask> all = TaskStore().tasks();
-    const QList<ProjectTask> tasks = call.words.isEmpty() ? all : tasksOf(all, call.words.first());
+int print(const Invocation& call, const QList<ProjectTask>& tasks) {
     Stream& out = call.console.out;
     if (call.json) {
         QJsonArray array;
@@ -40,11 +37,11 @@ QFuture<int> list(Invocation& call) {
             array.append(task.toJson());
         }
         printJson(out, array);
-        return QtFuture::makeReadyFuture(int(exitOk));
+        return exitOk;
     }
     if (tasks.isEmpty()) {
         call.note(u"No tasks."_s);
-        return QtFuture::makeReadyFuture(int(exitOk));
+        return exitOk;
     }
     Table table(
         {{u"ID"_s, Style::dim},
@@ -58,7 +55,21 @@ QFuture<int> list(Invocation& call) {
              task.projectName, task.title, task.notes.simplified()});
     }
     out.write(table.text(out.width(), out.hasColor()));
-    return QtFuture::makeReadyFuture(int(exitOk));
+    return exitOk;
+}
+
+QFuture<int> list(Invocation& call) {
+    reportBrokenStores(call);
+    const QList<ProjectTask> all = TaskStore().tasks();
+    const QList<ProjectTask> tasks = call.words.isEmpty() ? all : tasksOf(all, call.words.first());
+    if (call.words.isEmpty() || !tasks.isEmpty()) {
+        return QtFuture::makeReadyFuture(print(call, tasks));
+    }
+    // A project without tasks is one thing, a name that is none another.
+    return exitCodeOf(
+        findProject(call, call.words.first(), nullptr), call.context, [&call](const FoundProject& project) -> int {
+            return project ? print(call, {}) : refusal(call, project.error());
+        });
 }
 
 int report(const Invocation& call, const TaskStore& store, const QUuid& id, const QString& done) {

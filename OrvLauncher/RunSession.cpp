@@ -251,7 +251,7 @@ void RunSession::sayAddress(const ServiceID& id, bool hasWaited) {
     QJsonObject fields{{u"port"_s, *port}, {u"url"_s, url}, {u"listening"_s, listens}};
     QString message = service.label + (isUp ? u" is up at "_s : u" does not listen yet at "_s) + url;
     if (state.port && state.port != port) {
-        message += u" (not at port %1, which it named first)"_s.arg(*state.port);
+        message += u" (not at port %1)"_s.arg(*state.port);
         fields[u"announcedPort"_s] = *state.port;
     }
     say(message, isUp ? Style::green : Style::yellow);

@@ -4,16 +4,26 @@
 #include "Graphics.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
+#include "OrvLauncher/platform/HotKey.h"
+#include "OrvLauncher/platform/LoginItem.h"
+#include "OrvLauncher/platform/SystemNotifier.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/QuitGuard.h"
 #include "OrvUI/Screens/InputMode.h"
+#include "OrvUI/Screens/PlatformWords.h"
 #include "OrvUI/Screens/Registration.h"
 #include "OrvUI/Screens/SystemLook.h"
 #include "OrvUI/Screens/Theme.h"
 #include "OrvUI/Screens/WindowState.h"
+#include "QuickPanel.h"
 #include "SignalWatcher.h"
+#include "StatusItem.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QDesktopServices>
-#include <QGuiApplication>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
@@ -40,9 +50,13 @@ constexpr bool drawsOwnFrame = true;
 
 /// Everything that the window needs while the application runs. Lives on the main thread.
 class WindowShell : public QObject {
+    Q_OBJECT
 public:
     ~WindowShell() override { s_open = nullptr; }
-    WindowShell() : m_stateFile(Paths::supportDirectory() + u"/window.ini"_s), m_state(WindowState::load(m_stateFile)) {
+    WindowShell()
+        : m_stateFile(Paths::supportDirectory() + u"/window.ini"_s),
+          m_state(WindowState::load(m_stateFile)),
+          m_model(modelOptions()) {
         // The scan runs while the window is being made.
         m_model.refresh();
     }
@@ -50,10 +64,18 @@ public:
     [[nodiscard]] bool open();
 
 private:
+    static AppModel::Options modelOptions();
     void followLook();
     void place();
     void remember();
     void reportFrames();
+    void makeTrayItem();
+    void applyShortcut();
+    void showWindow();
+    Q_SLOT void windowClosed();
+    Q_SLOT void askToQuit();
+    Q_SLOT void chooseFolder();
+    Q_SLOT void answerToQuit(int choice);
     void quit();
     void kill();
     void leave();
@@ -68,8 +90,19 @@ private:
     QQuickWindow* m_window = nullptr;
     QTimer m_settled;
     SignalWatcher m_signals;
+    std::optional<StatusItem> m_statusItem;
+    std::optional<QuickPanel> m_panel;
+    std::optional<HotKey> m_hotKey;
     bool m_quitting = false;
 };
+
+AppModel::Options WindowShell::modelOptions() {
+    AppModel::Options options;
+    options.notifier = makeSystemNotifier();
+    options.login = makeLoginItem();
+    options.appIsActive = [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; };
+    return options;
+}
 
 bool WindowShell::open() {
     m_look.assume(m_state.isSystemDark);
@@ -89,25 +122,25 @@ bool WindowShell::open() {
     m_window = qobject_cast<QQuickWindow*>(m_engine.rootObjects().constFirst());
     m_engine.singletonInstance<InputMode*>(qmlTypeId("OrvLauncher.Screens", 1, 0, "InputMode"))->watch(m_window);
     m_model.openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
-    m_model.setOpenMainWindowAction([window = m_window] {
-        window->show();
-        window->raise();
-        window->requestActivate();
-    });
+    m_model.setClipboard = [](const QString& text) { QGuiApplication::clipboard()->setText(text); };
+    m_model.setOpenMainWindowAction([this] { showWindow(); });
     m_model.applyDockIconPolicy();
     reportFrames();
     place();
-    connect(m_window, &QWindow::visibleChanged, this, [this](bool visible) {
-        if (!visible) {
-            quit();
-        }
-    });
-    connect(&m_signals, &SignalWatcher::stopAsked, this, [this] { m_quitting ? kill() : void(m_window->close()); });
+    connect(m_window, SIGNAL(closeAsked()), this, SLOT(windowClosed()));
+    connect(m_window, SIGNAL(quitAsked()), this, SLOT(askToQuit()));
+    connect(m_window, SIGNAL(folderAsked()), this, SLOT(chooseFolder()));
+    connect(m_window, SIGNAL(quitAnswered(int)), this, SLOT(answerToQuit(int)));
+    connect(&m_signals, &SignalWatcher::stopAsked, this, [this] { m_quitting ? kill() : quit(); });
     // What the first frame does not need comes after it.
     QMetaObject::invokeMethod(
         &m_look,
         [this] {
             m_look.start();
+            if (m_model.notificationsEnabled()) {
+                m_model.refreshNotificationStatus();
+            }
+            makeTrayItem();
             QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/OrvLauncher/Screens/icons/app-icon.svg"_s));
         },
         Qt::QueuedConnection);
@@ -126,6 +159,113 @@ void WindowShell::followLook() {
     apply();
     connect(&m_model.settings(), &SettingsStore::settingsChanged, theme, apply);
     connect(&m_look, &SystemLook::changed, theme, apply);
+}
+
+void WindowShell::makeTrayItem() {
+    m_panel.emplace(m_model, m_engine);
+    m_statusItem.emplace(m_model);
+    const auto togglePanel = [this] { m_panel->toggle(m_statusItem->place()); };
+    connect(&*m_statusItem, &StatusItem::panelAsked, this, togglePanel);
+    connect(&*m_statusItem, &StatusItem::windowAsked, this, &WindowShell::showWindow);
+    connect(&*m_statusItem, &StatusItem::quitAsked, this, &WindowShell::askToQuit);
+    connect(&*m_panel, &QuickPanel::windowAsked, this, &WindowShell::showWindow);
+    connect(&*m_panel, &QuickPanel::quitAsked, this, &WindowShell::askToQuit);
+    connect(&*m_panel, &QuickPanel::settingsAsked, this, [this] {
+        AppPage page;
+        page.kind = AppPage::Kind::settings;
+        m_model.setPage(page);
+        showWindow();
+    });
+    // Most panels are dark; those of a desktop that asks for light mostly are not.
+    const auto followPanel = [this] { m_statusItem->setPanelDark(!m_look.prefersLight()); };
+    connect(&m_look, &SystemLook::changed, this, followPanel);
+    followPanel();
+    connect(&m_model, &AppModel::preferencesChanged, this, &WindowShell::applyShortcut);
+    applyShortcut();
+}
+
+void WindowShell::applyShortcut() {
+    const bool isWanted = m_model.settings().settings().quickPanelShortcutEnabled;
+    if (!isWanted) {
+        m_hotKey.reset();
+    } else if (!m_hotKey) {
+        m_hotKey.emplace([this] { m_panel->toggle(m_statusItem->place()); });
+    }
+    m_window->setProperty("shortcutTaken", isWanted && !m_hotKey->isRegistered());
+}
+
+void WindowShell::showWindow() {
+    m_window->show();
+    m_window->raise();
+    m_window->requestActivate();
+}
+
+/// With an icon in the tray the application lives on without its window.
+void WindowShell::windowClosed() {
+    if (StatusItem::isAvailable() && m_statusItem) {
+        m_window->hide();
+    } else {
+        askToQuit();
+    }
+}
+
+void WindowShell::askToQuit() {
+    const RunningWork work{
+        .services = m_model.runningCount(),
+        .isProgramInTerminal = m_model.terminals().anyForegroundProgram(),
+        .agents = m_model.runningAgentCount()};
+    if (m_quitting || !work.isAny()) {
+        quit();
+        return;
+    }
+    showWindow();
+    QMetaObject::invokeMethod(
+        m_window, "askToQuit", Q_ARG(QVariant, work.message()), Q_ARG(QVariant, StatusItem::isAvailable()));
+}
+
+/// The desktop's own dialog where it has one for Qt, otherwise Qt's, in the colours of the theme.
+void WindowShell::chooseFolder() {
+    auto* dialog = new QFileDialog(nullptr, tr("Choose the folder of your projects"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    const QString current = m_model.settings().settings().scanRoot;
+    const bool isThere = QFileInfo(current).isDir();
+    dialog->setDirectory(isThere ? QFileInfo(current).path() : Paths::realHome());
+    if (isThere) {
+        dialog->selectFile(current);
+    }
+    QPalette palette;
+    const Theme& theme = *Theme::instance();
+    for (const auto& [role, color] : {
+             std::pair{QPalette::Window, theme.window()},
+             {QPalette::Base, theme.surface()},
+             {QPalette::AlternateBase, theme.window()},
+             {QPalette::Button, theme.control()},
+             {QPalette::WindowText, theme.text()},
+             {QPalette::Text, theme.text()},
+             {QPalette::ButtonText, theme.text()},
+             {QPalette::PlaceholderText, theme.text3()},
+             {QPalette::Highlight, theme.accent()},
+             {QPalette::HighlightedText, theme.onAccent()},
+         }) {
+        palette.setColor(role, color);
+    }
+    dialog->setPalette(palette);
+    connect(dialog, &QFileDialog::fileSelected, &m_model, &AppModel::chooseScanRoot);
+    dialog->winId(); // makes the window that the next line speaks of
+    dialog->windowHandle()->setTransientParent(m_window);
+    dialog->setWindowModality(Qt::ApplicationModal);
+    dialog->show();
+}
+
+void WindowShell::answerToQuit(int choice) {
+    enum { stopAndQuit, keepRunning };
+    if (choice == stopAndQuit) {
+        quit();
+    } else if (choice == keepRunning) {
+        m_window->hide();
+    }
 }
 
 void WindowShell::place() {
@@ -189,10 +329,12 @@ void WindowShell::quit() {
         return;
     }
     m_quitting = true;
+    m_window->hide();
     m_state.isSidebarHidden = m_window->property("sidebarHidden").toBool();
     m_state.isSystemDark = m_look.isDark();
     m_state.save(m_stateFile);
-    onFinished(m_model.stopAllServices(), this, [this] { leave(); });
+    m_model.terminals().closeAll();
+    onFinished(m_model.stopEverything(), this, [this] { leave(); });
 }
 
 /// Whoever asks a second time does not wait for a stack of containers to come down.
@@ -200,11 +342,12 @@ void WindowShell::kill() {
     m_model.killServices();
     const auto leaveWhenGone = [this] {
         const auto& states = m_model.processes().states();
-        if (std::ranges::none_of(states, &ServiceState::isActive)) {
+        if (std::ranges::none_of(states, &ServiceState::isActive) && m_model.agentRunner().groups().isEmpty()) {
             leave();
         }
     };
     connect(&m_model, &AppModel::servicesChanged, this, leaveWhenGone);
+    connect(&m_model, &AppModel::runningAgentCountChanged, this, leaveWhenGone);
     QTimer::singleShot(1s, this, &WindowShell::leave); // what not even that ends
     leaveWhenGone();
 }
@@ -212,7 +355,7 @@ void WindowShell::kill() {
 void WindowShell::leave() {
     m_model.publishSnapshot();
     m_model.flushSnapshot();
-    QGuiApplication::quit();
+    QCoreApplication::exit(); // quit() asks the windows first
 }
 
 WindowShell* WindowShell::s_open = nullptr;
@@ -247,7 +390,9 @@ int runWindow(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(u"orvlauncher"_s);
     chooseGraphics();
     QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
-    QGuiApplication application(argc, argv);
+    QApplication application(argc, argv);
+    PlatformWords words;
+    QCoreApplication::installTranslator(&words);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     WindowShell shell;
     if (!shell.open()) {
@@ -257,3 +402,5 @@ int runWindow(int argc, char** argv) {
 }
 
 } // namespace orv
+
+#include "Window.moc"

@@ -69,7 +69,7 @@ AgentProcess::AgentProcess(SpawnedProcess process, const Request& request)
     : m_process(std::move(process)), m_stream(request.kind) {
     if (!request.outputFile.isEmpty()) {
         m_file = std::make_unique<QFile>(request.outputFile);
-        if (!m_file->open(QIODevice::WriteOnly)) {
+        if (!m_file->open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
             m_file.reset();
         }
     }
@@ -100,6 +100,15 @@ void AgentProcess::stop(std::chrono::milliseconds grace) {
     }
 }
 
+void AgentProcess::kill() {
+    ORV_ASSERT_MAIN_THREAD();
+    const std::scoped_lock lock(m_mutex);
+    if (!m_isReaped) {
+        m_stopping = true;
+        ProcessSpawner::signalGroup(pid(), SIGKILL);
+    }
+}
+
 void AgentProcess::run() {
     const ProcessSpawner::PumpControl control{
         .abandon = m_abandonRead.get(), .waitsForGroup = [this] { return m_stopping.load(); }, .endsWithChild = true};
@@ -119,13 +128,12 @@ std::span<char> AgentProcess::room(size_t size) {
 void AgentProcess::filled(size_t size) {
     const QByteArrayView bytes(m_room.data(), static_cast<qsizetype>(size));
     if (m_file && m_file->pos() < outputFileLimitBytes) {
-        m_file->write(
-            bytes.first(std::min<qsizetype>(bytes.size(), outputFileLimitBytes - m_file->pos())).toByteArray());
-        m_file->flush();
+        const qsizetype written = std::min<qsizetype>(bytes.size(), outputFileLimitBytes - m_file->pos());
+        if (m_file->write(bytes.data(), written) != written) {
+            m_file.reset(); // a full disk is no reason to disturb the agent
+        }
     }
-    if (QList<AgentLine> lines = m_stream.append(bytes); !lines.isEmpty()) {
-        push(std::move(lines));
-    }
+    push(m_stream.append(bytes));
 }
 
 void AgentProcess::push(QList<AgentLine> lines, std::optional<int> exitCode) {
@@ -160,7 +168,7 @@ void AgentProcess::deliver() {
     }
     m_taken.notify_all();
     const QPointer<AgentProcess> self(this);
-    if (!taken.isEmpty()) {
+    if (!taken.isEmpty() || !hasEnded) {
         Q_EMIT linesRead(taken);
     }
     if (!self) {

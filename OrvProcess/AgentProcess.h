@@ -28,7 +28,7 @@ public:
         QString command; ///< of AgentCommandBuilder
         QString directory;
         QString task;
-        QString outputFile; ///< gets what the agent prints, as it is; empty: nowhere
+        QString outputFile; ///< gets what the agent prints, as it is, as far as the disk takes it; empty: nowhere
     };
     static constexpr qsizetype outputFileLimitBytes = 64 * 1024 * 1024; ///< what comes after is not written
 
@@ -39,8 +39,11 @@ public:
     [[nodiscard]] pid_t pid() const { return m_process.pid; } ///< also its group's id
     /// SIGTERM to the group, SIGKILL to what is left of it after `grace`. `exited` follows.
     void stop(std::chrono::milliseconds grace);
+    /// SIGKILL to the group, at once. `exited` follows.
+    void kill();
 
 Q_SIGNALS:
+    /// Without any line when what was printed has no end yet.
     void linesRead(const QList<orv::AgentLine>& lines);
     /// After the last line; the process is reaped. 128 + the signal when one ended it. A server that the agent has
     /// started in the background lives on.

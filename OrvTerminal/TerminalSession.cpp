@@ -25,6 +25,8 @@ std::span<const uint8_t> bytesOf(QByteArrayView text) {
     return {reinterpret_cast<const uint8_t*>(text.data()), static_cast<size_t>(text.size())};
 }
 
+constexpr std::chrono::milliseconds programCheckDelay{150};
+
 #ifdef Q_OS_LINUX
 /// What a desktop session gives its programs and no profile can set again.
 constexpr std::array sessionVariables{
@@ -88,14 +90,44 @@ public:
     }
 
     void send(term::Terminal& /*source*/, term::Bytes data) override { m_session.m_process->send(data); }
-    // Whoever hears of it may close the session, which the terminal that calls here would not survive.
     void setTerminalTitle(term::Terminal& /*source*/, const std::string& title) override {
-        QMetaObject::invokeMethod(
-            &m_session, [this, text = QString::fromStdString(title)] { m_session.setTitle(text); },
-            Qt::QueuedConnection);
+        later([this, text = QString::fromStdString(title)] { m_session.setTitle(text); });
     }
     void bell(term::Terminal& /*source*/) override {
-        QMetaObject::invokeMethod(&m_session, &TerminalSession::bellRang, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(&m_session, &TerminalSession::ring, Qt::QueuedConnection);
+    }
+    void notify(term::Terminal& /*source*/, const term::NotificationRequest& request) override {
+        later([this, title = QString::fromStdString(request.title), body = QString::fromStdString(request.body)] {
+            Q_EMIT m_session.notificationRequested(title, body);
+        });
+    }
+    void progressReport(term::Terminal& /*source*/, const term::ProgressReport& report) override {
+        later([this, report] { m_session.setProgress(report); });
+    }
+    void selectionChanged(term::Terminal& /*source*/) override {
+        QMetaObject::invokeMethod(&m_session, &TerminalSession::selectionChanged, Qt::QueuedConnection);
+    }
+    void pointerShapeChanged(term::Terminal& /*source*/, const std::string& name) override {
+        later([this, shape = QString::fromStdString(name)] { Q_EMIT m_session.pointerShapeRequested(shape); });
+    }
+    void clipboardCopy(term::Terminal& /*source*/, const term::ClipboardContent& content) override {
+        const bool isPrimary = content.selections.find_first_of("cs") == std::string::npos;
+        const QString text = QString::fromUtf8(
+            reinterpret_cast<const char*>(content.data.data()), static_cast<qsizetype>(content.data.size()));
+        later([this, text, isPrimary] { Q_EMIT m_session.clipboardWriteRequested(text, isPrimary); });
+    }
+    std::optional<term::BaseColors> getColors(term::Terminal& /*source*/) override { return m_session.m_colors; }
+    void synchronizedOutputChanged(term::Terminal& /*source*/, bool active) override {
+        if (active) {
+            Q_EMIT m_session.synchronizedOutputBegan();
+        }
+    }
+    std::optional<term::WindowAnswer> windowCommand(
+        term::Terminal& /*source*/, const term::WindowCommand& command) override {
+        if (command.kind != term::WindowCommand::Kind::reportState) {
+            return {};
+        }
+        return term::WindowAnswer{m_session.m_isShown ? 1 : 2, 0};
     }
     void scheduleSynchronizedOutputTimeout(term::Terminal& /*source*/, std::chrono::milliseconds limit) override {
         m_synchronizedOutput.start(limit);
@@ -112,6 +144,12 @@ public:
     }
 
 private:
+    /// Whoever hears of it may close the session, which the terminal that calls would not survive.
+    template <typename Task>
+    void later(Task task) {
+        QMetaObject::invokeMethod(&m_session, std::move(task), Qt::QueuedConnection);
+    }
+
     TerminalSession& m_session;
     QTimer m_synchronizedOutput; ///< ends what a program has begun and does not end
 };
@@ -129,6 +167,9 @@ public:
     void dataReceived(std::span<const uint8_t> slice) override {
         if (m_session) {
             m_session->m_terminal->feed(slice);
+            if (!m_session->m_programCheck.isActive()) {
+                m_session->m_programCheck.start();
+            }
             Q_EMIT m_session->outputReceived();
         }
     }
@@ -148,8 +189,13 @@ TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThre
     term::TerminalOptions options;
     options.cols = initialColumns;
     options.rows = initialRows;
+    options.scrollback = scrollback;
     m_terminal = std::make_unique<term::Terminal>(*m_delegate, options);
     m_terminal->setXtVersionIdentity("OrvLauncher");
+    // Whatever a program does to the foreground shows in what it, or the shell, writes then.
+    m_programCheck.setSingleShot(true);
+    m_programCheck.setInterval(programCheckDelay);
+    connect(&m_programCheck, &QTimer::timeout, this, &TerminalSession::lookForPrograms);
     m_process =
         term::LocalProcess::create(m_processDelegate, {.queue = std::move(queue), .options = std::move(options)});
 }
@@ -242,9 +288,53 @@ void TerminalSession::setAlive(bool isAlive) {
     }
 }
 
+void TerminalSession::setProgress(const term::ProgressReport& progress) {
+    if (progress != m_progress) {
+        m_progress = progress;
+        Q_EMIT progressChanged();
+    }
+}
+
+void TerminalSession::setHasUnseenBell(bool hasBell) {
+    if (hasBell != m_hasUnseenBell) {
+        m_hasUnseenBell = hasBell;
+        Q_EMIT hasUnseenBellChanged();
+    }
+}
+
+void TerminalSession::ring() {
+    setHasUnseenBell(!m_isShown);
+    Q_EMIT bellRang();
+}
+
+void TerminalSession::setShown(bool isShown) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_isShown = isShown;
+    if (isShown) {
+        setHasUnseenBell(false);
+    }
+}
+
+void TerminalSession::setTheme(const term::BaseColors& colors, term::ColorScheme scheme) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_colors = colors;
+    m_terminal->themeChanged();
+    m_terminal->setColorScheme(scheme);
+}
+
+void TerminalSession::lookForPrograms() {
+    const bool isBusy = hasForegroundProgram();
+    if (isBusy != m_isBusy) {
+        m_isBusy = isBusy;
+        Q_EMIT isBusyChanged();
+    }
+}
+
 void TerminalSession::processEnded(std::optional<int> code) {
     m_exitCode = code;
     setAlive(false);
+    setProgress({});
+    lookForPrograms();
 }
 
 winsize TerminalSession::windowSize() const {

@@ -6,6 +6,7 @@
 #include <QByteArrayView>
 #include <QObject>
 #include <QSize>
+#include <QTimer>
 #include <QUrl>
 #include <QUuid>
 
@@ -25,11 +26,18 @@ class TerminalSession : public QObject {
     Q_PROPERTY(QUrl directory READ directory CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(bool isAlive READ isAlive NOTIFY isAliveChanged)
+    Q_PROPERTY(int exitCode READ exitCodeOrNone NOTIFY isAliveChanged)
+    Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
+    Q_PROPERTY(bool hasUnseenBell READ hasUnseenBell NOTIFY hasUnseenBellChanged)
+    Q_PROPERTY(int progressState READ progressState NOTIFY progressChanged)
+    Q_PROPERTY(int progressPercent READ progressPercent NOTIFY progressChanged)
     Q_PROPERTY(QObject* terminalView READ terminalView NOTIFY terminalViewChanged)
 public:
     /// What a terminal is taken to be as long as no view says otherwise: 1200 by 420 points.
     static constexpr int initialColumns = 150;
     static constexpr int initialRows = 24;
+    /// Lines of history; they cost memory only once they are there.
+    static constexpr int scrollback = 10'000;
 
     /// `queue`: on which its output comes in; shared among sessions.
     TerminalSession(const QUrl& directory, std::shared_ptr<MainThreadQueue> queue, QObject* parent = nullptr);
@@ -45,6 +53,20 @@ public:
     /// Of the shell that ended by itself; 128 and the number of the signal that ended it.
     [[nodiscard]] std::optional<int> exitCode() const { return m_exitCode; }
 
+    /// The same; -1 for none.
+    [[nodiscard]] int exitCodeOrNone() const { return m_exitCode.value_or(-1); }
+    /// `hasForegroundProgram` as it was shortly after the last output.
+    [[nodiscard]] bool isBusy() const { return m_isBusy; }
+    /// A bell rang while the session was not shown.
+    [[nodiscard]] bool hasUnseenBell() const { return m_hasUnseenBell; }
+    /// What the program says of its progress (OSC 9;4): a `term::ProgressReport::State`, and 0 to 100 or -1.
+    [[nodiscard]] int progressState() const { return static_cast<int>(m_progress.state); }
+    [[nodiscard]] int progressPercent() const { return m_progress.percent.value_or(-1); }
+    /// Whether somebody can see the session.
+    void setShown(bool isShown);
+    /// The colours that programs are told of, and whether the theme is dark.
+    void setTheme(const term::BaseColors& colors, term::ColorScheme scheme);
+
     /// A second call does nothing. A shell that can't be started leaves the session not alive.
     void start();
     /// Writes the text to the shell's input as it stands: a line is carried out when it ends in "\n".
@@ -53,6 +75,8 @@ public:
     /// Hangs the shell and its jobs up.
     void terminate();
     void resize(int columns, int rows, QSize cellPixels);
+    /// Of a cell, as `resize` said.
+    [[nodiscard]] QSize cellPixels() const { return m_cellPixels; }
 
     [[nodiscard]] std::optional<qint64> shellPID() const;
     /// Whether another program than the shell has the terminal's foreground.
@@ -74,6 +98,18 @@ Q_SIGNALS:
     /// The terminal took in output, once a piece of up to 64 KiB.
     void outputReceived();
     void bellRang();
+    void isBusyChanged();
+    void hasUnseenBellChanged();
+    void progressChanged();
+    void selectionChanged();
+    /// A program begins to draw what is to be seen only as a whole. Comes while the terminal takes in output, before
+    /// any of it: what stands on the screen now is whole too.
+    void synchronizedOutputBegan();
+    /// OSC 52.
+    void clipboardWriteRequested(const QString& text, bool isPrimary);
+    void notificationRequested(const QString& title, const QString& body);
+    /// OSC 22: a name of CSS; empty: the usual one.
+    void pointerShapeRequested(const QString& name);
 
 private:
     class Delegate;
@@ -81,6 +117,10 @@ private:
 
     void setTitle(const QString& title);
     void setAlive(bool isAlive);
+    void setProgress(const term::ProgressReport& progress);
+    void setHasUnseenBell(bool hasBell);
+    void ring();
+    void lookForPrograms();
     void processEnded(std::optional<int> code);
     [[nodiscard]] winsize windowSize() const;
 
@@ -90,6 +130,12 @@ private:
     bool m_started = false;
     bool m_isAlive = false;
     std::optional<int> m_exitCode;
+    bool m_isBusy = false;
+    bool m_isShown = false;
+    bool m_hasUnseenBell = false;
+    term::ProgressReport m_progress;
+    std::optional<term::BaseColors> m_colors;
+    QTimer m_programCheck; ///< runs for a moment after output
     QSize m_cellPixels;
     std::unique_ptr<Delegate> m_delegate;
     std::unique_ptr<term::Terminal> m_terminal;

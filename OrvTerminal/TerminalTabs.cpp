@@ -22,12 +22,36 @@ TerminalSession* TerminalTabs::session(const QUuid& id) const {
 
 TerminalSession* TerminalTabs::open(const QUrl& at) {
     ORV_ASSERT_MAIN_THREAD();
-    auto* session = new TerminalSession(at, m_queue, this);
-    m_sessions.append(session);
+    return insert(m_sessions.size(), at);
+}
+
+TerminalSession* TerminalTabs::insert(qsizetype place, const QUrl& folder) {
+    auto* session = new TerminalSession(folder, m_queue, this);
+    m_sessions.insert(place, session);
     Q_EMIT sessionsChanged();
     setSelected(session->id());
     session->start();
     return session;
+}
+
+TerminalSession* TerminalTabs::renew(const QUuid& id) {
+    ORV_ASSERT_MAIN_THREAD();
+    TerminalSession* ended = session(id);
+    if (ended == nullptr) {
+        return nullptr;
+    }
+    TerminalSession* fresh = insert(m_sessions.indexOf(ended) + 1, ended->directory());
+    close(id);
+    return fresh;
+}
+
+void TerminalTabs::move(const QUuid& id, int place) {
+    ORV_ASSERT_MAIN_THREAD();
+    const qsizetype from = m_sessions.indexOf(session(id));
+    if (from >= 0 && place >= 0 && place < m_sessions.size() && place != from) {
+        m_sessions.move(from, place);
+        Q_EMIT sessionsChanged();
+    }
 }
 
 void TerminalTabs::close(const QUuid& id) {

@@ -31,6 +31,10 @@ public:
     void close(const QUuid& id);
     void closeAll();
     void select(const QUuid& id);
+    /// Puts the session at another place; the others close up.
+    void move(const QUuid& id, int place);
+    /// Closes a session, and starts a new one in its folder at its place. Null where there is no such session.
+    TerminalSession* renew(const QUuid& id);
     /// Whether something else than a shell at its prompt runs in any of them.
     [[nodiscard]] bool anyForegroundProgram() const;
 
@@ -39,6 +43,7 @@ Q_SIGNALS:
     void selectedIDChanged();
 
 private:
+    TerminalSession* insert(qsizetype place, const QUrl& folder);
     void setSelected(std::optional<QUuid> id);
 
     std::shared_ptr<MainThreadQueue> m_queue;

@@ -46,6 +46,7 @@ public:
     /// Asks every agent's program for its version. While that goes on, this is the end of it.
     QFuture<void> refresh();
 
+    [[nodiscard]] const QString& antigravityApp() const { return m_options.antigravityApp; }
     [[nodiscard]] bool isLoading() const { return m_isLoading; }
     [[nodiscard]] const QMap<AgentKind, AgentStatus>& statuses() const { return m_statuses; } ///< empty at first
     [[nodiscard]] AgentStatus status(AgentKind kind) const { return m_statuses.value(kind); }

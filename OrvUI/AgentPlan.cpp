@@ -31,6 +31,15 @@ QString AgentPlanner::followUp(const AgentRun& run, const QString& message) {
     return AgentCommandBuilder::followUpTask(facts.task, run.answer().value_or(QString()), text);
 }
 
+bool AgentPlanner::asksForInput(const AgentLine& line) {
+    // What it sends to a host that would answer; and the tools with which it turns to its user.
+    if (line.type == u"control_request") {
+        return true;
+    }
+    const auto* tool = line.events.isEmpty() ? nullptr : std::get_if<AgentTool>(&line.events.constLast());
+    return tool != nullptr && (tool->name == u"AskUserQuestion" || tool->name == u"ExitPlanMode");
+}
+
 QString AgentPlanner::couldNotStart(AgentKind kind, const QString& reason) {
     return u"Couldn't start %1: %2"_s.arg(agentInfo(kind).displayName, reason);
 }

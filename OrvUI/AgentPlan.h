@@ -37,6 +37,9 @@ namespace AgentPlanner {
 /// before with it. Empty when the message is.
 [[nodiscard]] QString followUp(const AgentRun& run, const QString& message);
 
+/// Whether the agent asks something that nobody in the background can answer.
+[[nodiscard]] bool asksForInput(const AgentLine& line);
+
 [[nodiscard]] QString couldNotStart(AgentKind kind, const QString& reason);
 /// The project was opened in the desktop agent, which can't be handed a task.
 [[nodiscard]] QString openedInAntigravity(const QString& project);

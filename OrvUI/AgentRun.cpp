@@ -24,6 +24,84 @@ AgentRun::AgentRun(Facts facts, Limits limits, QObject* parent)
     ORV_ASSERT_MAIN_THREAD();
 }
 
+AgentRun::AgentRun(const AgentRunRecord& record, Owner owner, Limits limits, QObject* parent)
+    : AgentRun(
+          Facts{
+              .id = record.id,
+              .agent = record.agent,
+              .projectID = record.projectID,
+              .projectName = record.projectName,
+              .projectRoot = record.projectRoot,
+              .task = record.task,
+              .autonomy = record.autonomy,
+              .linkedTaskID = record.linkedTaskID,
+              .parentID = record.parentID,
+              .startedAt = record.startedAt},
+          limits, parent) {
+    takeIn(record, owner);
+}
+
+AgentRunRecord AgentRun::record() const {
+    // What no agent writes in earnest must not fill the disk with every change.
+    constexpr qsizetype longestSummary = 256 * 1024;
+    return {
+        .id = m_facts.id,
+        .agent = m_facts.agent,
+        .projectID = m_facts.projectID,
+        .projectName = m_facts.projectName,
+        .projectRoot = m_facts.projectRoot,
+        .task = m_facts.task,
+        .autonomy = m_facts.autonomy,
+        .linkedTaskID = m_facts.linkedTaskID,
+        .parentID = m_facts.parentID,
+        .startedAt = m_facts.startedAt,
+        .endedAt = m_endedAt,
+        .state = m_status.kind,
+        .reason = m_status.reason.left(longestSummary),
+        .sessionID = m_sessionID,
+        .summary = m_summary ? std::optional(m_summary->left(longestSummary)) : std::nullopt,
+        .costUSD = m_costUSD,
+        .tokens = m_tokens,
+        .changes = m_changes,
+        .worktree = m_worktree};
+}
+
+void AgentRun::takeIn(const AgentRunRecord& record, Owner owner) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (record == this->record() && owner == m_owner) {
+        return;
+    }
+    m_owner = owner;
+    m_facts.projectRoot = record.projectRoot;
+    m_endedAt = record.endedAt;
+    m_status = {record.state, record.reason};
+    m_sessionID = record.sessionID;
+    m_summary = record.summary;
+    m_costUSD = record.costUSD;
+    m_tokens = record.tokens;
+    m_changes = record.changes;
+    m_worktree = record.worktree;
+    Q_EMIT changed();
+}
+
+void AgentRun::setAttention(Attention attention) {
+    if (attention != m_attention) {
+        m_attention = attention;
+        Q_EMIT changed();
+    }
+}
+
+void AgentRun::setChanges(const AgentChanges& changes) {
+    m_changes = changes;
+    Q_EMIT changed();
+}
+
+void AgentRun::setWorktree(const AgentWorktree& worktree, const QString& folder) {
+    m_worktree = worktree;
+    m_facts.projectRoot = folder;
+    Q_EMIT changed();
+}
+
 std::optional<QString> AgentRun::answer() const {
     return m_summary && !m_summary->isEmpty() ? m_summary : std::nullopt;
 }
@@ -37,6 +115,10 @@ void AgentRun::append(const QList<AgentLine>& lines) {
             m_sessionID = line.sessionID;
             isChanged = true;
         }
+        if (line.usage) {
+            take(*line.usage);
+            isChanged = true;
+        }
         for (const AgentEvent& event : line.events) {
             take(event);
             isChanged = isChanged || std::holds_alternative<AgentResult>(event);
@@ -44,11 +126,24 @@ void AgentRun::append(const QList<AgentLine>& lines) {
         }
     }
     if (count > 0) {
-        const qsizetype dropped = dropOldest();
-        Q_EMIT eventsAppended(count, dropped);
+        Q_EMIT eventsAppended(count, dropOldest());
     }
     if (isChanged) {
         Q_EMIT changed();
+    }
+}
+
+void AgentRun::appendStored(const QList<AgentLine>& lines) {
+    ORV_ASSERT_MAIN_THREAD();
+    qsizetype count = 0;
+    for (const AgentLine& line : lines) {
+        for (const AgentEvent& event : line.events) {
+            keep(event);
+            ++count;
+        }
+    }
+    if (count > 0) {
+        Q_EMIT eventsAppended(count, dropOldest());
     }
 }
 
@@ -58,10 +153,30 @@ void AgentRun::take(const AgentEvent& event) {
         m_summary = result->summary;
         m_costUSD = result->costUSD ? result->costUSD : m_costUSD;
     }
+    keep(event);
+}
+
+void AgentRun::keep(const AgentEvent& event) {
     m_events.push_back(event);
     QString& kept = text(m_events.back());
     kept.truncate(m_limits.textLength);
     m_textLength += kept.size();
+}
+
+/// A message comes in several lines, each with what went into the whole of it so far.
+void AgentRun::take(const AgentUsage& usage) {
+    if (usage.messageID.isEmpty()) {
+        m_tokens = usage.tokens;
+        return;
+    }
+    AgentTokens tokens = m_tokens.value_or(AgentTokens{});
+    if (usage.messageID == m_lastMessage.messageID) {
+        tokens.input -= m_lastMessage.tokens.input;
+        tokens.output -= m_lastMessage.tokens.output;
+    }
+    tokens += usage.tokens;
+    m_tokens = tokens;
+    m_lastMessage = usage;
 }
 
 qsizetype AgentRun::dropOldest() {
@@ -81,6 +196,7 @@ void AgentRun::finish(int exitCode, const QDateTime& now) {
         return;
     }
     m_endedAt = now;
+    m_attention = Attention::none;
     m_status = finalStatus(exitCode);
     Q_EMIT changed();
 }

@@ -71,6 +71,7 @@ void AppModel::noteAddress(const ServiceID& id) {
     Q_EMIT serviceChanged(id);
     Q_EMIT servicesChanged();
     publishSnapshot();
+    postTransitions();
 }
 
 bool AppModel::isAddressListening(const ServiceID& id) const {

@@ -1,3 +1,4 @@
+#include "OrvCore/Async.h"
 #include "OrvUI/AppModel_p.h"
 
 namespace orv {
@@ -18,13 +19,52 @@ bool AppModel::keeps(ProjectFilter filter, const Project& project) const {
     return true;
 }
 
+const ProjectFilterSet& AppModel::filters() const {
+    return d->filters;
+}
+
+void AppModel::setFilters(const ProjectFilterSet& filters) {
+    ORV_ASSERT_MAIN_THREAD();
+    assign(this, d->filters, filters, &AppModel::filtersChanged);
+}
+
+void AppModel::clearFilters() {
+    setFilters({});
+}
+
+bool AppModel::passesFilters(const Project& project) const {
+    const std::optional<GitBadge> badge = gitBadge(project);
+    return (!d->showOnlyUncommitted || (badge && badge->changes > 0)) &&
+           orv::passesFilters(
+               d->filters, project, {.badge = badge, .isRunning = isRunning(project), .isPinned = isPinned(project)});
+}
+
+QStringList AppModel::availableFrameworks() const {
+    return orv::availableFrameworks(d->projects);
+}
+
+QSet<QString> AppModel::appsInCollections() const {
+    return orv::appsInCollections(d->tree);
+}
+
+QStringList AppModel::projectsWithChanges() const {
+    QStringList found;
+    for (const Project& project : d->projects) {
+        if (const auto badge = gitBadge(project); badge && badge->changes > 0) {
+            found.append(project.id);
+        }
+    }
+    return found;
+}
+
 QList<Project> AppModel::filteredProjects() const {
     // A name that comes from the disk of a Mac may stand decomposed, what is typed is composed.
     const QString wanted = d->searchText.normalized(QString::NormalizationForm_C);
     QList<Project> found;
     for (const Project& project : d->projects) {
         if (keeps(d->filter, project) &&
-            project.name.normalized(QString::NormalizationForm_C).contains(wanted, Qt::CaseInsensitive)) {
+            project.name.normalized(QString::NormalizationForm_C).contains(wanted, Qt::CaseInsensitive) &&
+            passesFilters(project)) {
             found.append(project);
         }
     }

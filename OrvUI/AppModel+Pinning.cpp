@@ -3,6 +3,8 @@
 
 #include <QTimer>
 
+#include <algorithm>
+
 namespace orv {
 
 bool AppModel::isPinned(const Project& project) const {
@@ -30,6 +32,31 @@ void AppModel::togglePin(const Project& project) {
             settings.pinnedProjectIDs.append(id);
         }
     });
+}
+
+std::optional<RunAction> AppModel::primaryAction(const Project& project) const {
+    const std::optional<LastRun>& lastRun = d->settings->settings().lastRun;
+    std::optional<QString> last = d->choices.of(project.id).action;
+    if (!last && lastRun && lastRun->projectID == project.id) {
+        last = lastRun->action;
+    }
+    return CardPrimaryAction::defaultAction(availableActions(project), last);
+}
+
+QList<PinnedEntry> AppModel::pinnedEntries() const {
+    return PinnedMenu::entries(pinnedProjects(), [this](const Project& project) { return isRunning(project); });
+}
+
+QList<int> AppModel::runningPorts(const Project& project) const {
+    QList<int> ports;
+    for (const ServiceID& id : services(project)) {
+        const std::optional<int> port = addressPort(id);
+        if (port && !isInstall(id) && d->processes->state(id).isRunning() && !ports.contains(*port)) {
+            ports.append(*port);
+        }
+    }
+    std::ranges::sort(ports);
+    return ports;
 }
 
 void AppModel::report(const QString& text, bool isError) {

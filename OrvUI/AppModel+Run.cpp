@@ -1,7 +1,6 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/CommandBuilder.h"
 #include "OrvProcess/ProcessSpawner.h"
-#include "OrvProcess/ShellRunner.h"
 #include "OrvUI/AppModel_p.h"
 
 #include <QDeadlineTimer>
@@ -14,7 +13,6 @@
 namespace orv {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -131,7 +129,40 @@ QList<RunAction> AppModel::startableActions(const Project& project) const {
 QFuture<void> AppModel::run(
     const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice) {
     ORV_ASSERT_MAIN_THREAD();
-    return run({.wanted = {project, kinds, flutterDevice}, .since = d->stops.now()});
+    const RunRequest request{.wanted = {project, kinds, flutterDevice}, .since = d->stops.now()};
+    const bool needsDevice =
+        !flutterDevice && kinds.contains(ServiceKind::flutter) && hasTarget(project, ServiceKind::flutter);
+    if (const auto chosen = needsDevice ? d->devices.chosen(project.id) : std::nullopt) {
+        return runOnChosenDevice(request, *chosen);
+    }
+    return run(request);
+}
+
+/// Which may have to be booted first; that takes its time, and says so.
+QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QString& key) {
+    const Completion completion;
+    const auto& devices = d->devices.rows();
+    const auto row = std::ranges::find(devices, key, &DeviceRow::key);
+    const QString title = row != devices.end() ? row->title : DeviceParsers::displayName(key.section(u':', 1));
+    const StatusMessage starting{.text = u"Getting %1 ready…"_s.arg(title)};
+    const QFuture<DeviceTools::Booted> ready = d->devices.ready(key);
+    if (!ready.isFinished()) {
+        setStatusMessage(starting);
+    }
+    onFinished(ready, this, [this, request, completion, id = starting.id](const DeviceTools::Booted& device) {
+        if (d->statusMessage && d->statusMessage->id == id) {
+            dismissStatusMessage();
+        }
+        if (!device) {
+            report(device.error(), true);
+            completion.finish();
+            return;
+        }
+        RunRequest onDevice = request;
+        onDevice.wanted.flutterDevice = *device;
+        onFinished(run(onDevice), this, [completion] { completion.finish(); });
+    });
+    return completion.future();
 }
 
 QFuture<void> AppModel::run(const RunRequest& request) {
@@ -209,6 +240,9 @@ void AppModel::start(const RunRequest& request, const QList<ServiceTarget>& targ
     }
     const LastRun lastRun{project.id, rawValue(*runActionFrom(kinds))};
     changeSettings([lastRun](AppSettings& settings) { settings.lastRun = lastRun; });
+    if (request.only.isEmpty()) { // one service that is started again is no choice of what to run
+        reportFailure(d->choices.setAction(project.id, lastRun.action));
+    }
     for (const ServiceTarget& target : std::as_const(wanted)) {
         if (target.kind == ServiceKind::flutter) {
             d->flutterDevices.insert(project.id, flutterDevice);
@@ -239,7 +273,7 @@ QFuture<void> AppModel::toggleRun(const Project& project) {
     if (isUp || isInstalling(project.id)) {
         return stop(project);
     }
-    const std::optional<RunAction> action = defaultAction(project);
+    const std::optional<RunAction> action = primaryAction(project);
     return action ? run(project, kinds(*action)) : finishedFuture();
 }
 
@@ -292,11 +326,15 @@ void AppModel::killServices() {
             ProcessSpawner::signalGroup(static_cast<pid_t>(*group), SIGKILL);
         }
     }
+    d->agentRuns->kill();
 }
 
 void AppModel::endServices(std::chrono::milliseconds grace) {
     ORV_ASSERT_MAIN_THREAD();
-    QList<pid_t> groups;
+    QList<pid_t> groups = d->agentRuns->groups();
+    for (const pid_t group : std::as_const(groups)) {
+        ProcessSpawner::signalGroup(group, SIGTERM);
+    }
     for (const ServiceID& id : d->processes->states().keys()) {
         if (const auto group = d->processes->processID(id)) {
             groups.append(static_cast<pid_t>(*group));
@@ -311,12 +349,7 @@ void AppModel::endServices(std::chrono::milliseconds grace) {
 }
 
 QFuture<QList<FlutterDevice>> AppModel::flutterDevices() {
-    ORV_ASSERT_MAIN_THREAD();
-    return runIn(d->workPool, [isEnding = &d->isEnding] {
-        const auto words = ShellRunner::shellWords(u"flutter devices --machine"_s);
-        const ShellRunner::Result listing = ShellRunner::run(words, {.time = 60s}, *isEnding);
-        return listing ? DeviceParsers::flutterDevices(listing->text) : QList<FlutterDevice>();
-    });
+    return d->devices.listFlutter();
 }
 
 QList<FlutterDevice> AppModel::parseFlutterDevices(const QByteArray& listing) {

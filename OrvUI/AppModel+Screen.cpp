@@ -4,6 +4,7 @@
 #include "OrvUI/Tile.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -45,6 +46,9 @@ bool AppModel::hasStatus() const {
 bool AppModel::statusIsError() const {
     return d->statusMessage && d->statusMessage->isError;
 }
+bool AppModel::statusIsOngoing() const {
+    return d->statusMessage && d->statusMessage->isOngoing;
+}
 QString AppModel::statusText() const {
     return d->statusMessage ? d->statusMessage->text : QString();
 }
@@ -84,6 +88,9 @@ QString AppModel::installCommandOverrideText() const {
     return d->installCommandOverride.value_or(QString());
 }
 
+HomeModels& AppModel::home() {
+    return *d->home;
+}
 QAbstractListModel* AppModel::cards() const {
     return &d->home->cards;
 }
@@ -103,15 +110,47 @@ OutlineModel* AppModel::outline() const {
     return &d->home->outline;
 }
 
+QAbstractListModel* AppModel::homeCards() const {
+    return &d->home->homeCards;
+}
+FilterBar* AppModel::filterBar() const {
+    return d->filterBar.get();
+}
+TaskLists* AppModel::taskLists() const {
+    return d->taskLists.get();
+}
+TaskLists* AppModel::projectTasks() const {
+    return d->projectTasks.get();
+}
+Suggestions* AppModel::suggestions() const {
+    return d->suggestions.get();
+}
+OnboardingModel* AppModel::onboarding() const {
+    return d->onboarding.get();
+}
+DevicesModel* AppModel::devices() const {
+    return &d->devices;
+}
+ServiceLogs* AppModel::logs() const {
+    return d->logs.get();
+}
+bool AppModel::notificationsEnabled() const {
+    return d->settings->settings().notificationsEnabled;
+}
+QString AppModel::notificationStatusText() const {
+    return d->notificationStatus.text();
+}
+
+QString AppModel::scanRootFolder() const {
+    return d->settings->settings().scanRoot;
+}
+
 QUrl AppModel::scanRootUrl() const {
     return QUrl::fromLocalFile(d->settings->settings().scanRoot);
 }
 
 QString AppModel::scanRootText() const {
-    const QString root = d->settings->settings().scanRoot;
-    const QString home = Paths::realHome();
-    const bool isInHome = !home.isEmpty() && (root == home || root.startsWith(home + u'/'));
-    return isInHome ? u'~' + root.sliced(home.size()) : root;
+    return Paths::shortened(d->settings->settings().scanRoot);
 }
 
 QString AppModel::setupPhase() const {
@@ -242,6 +281,22 @@ void AppModel::chooseScanRoot(const QString& folder) {
         return;
     }
     changeSettings([path](AppSettings& settings) { settings.scanRoot = path; });
+}
+
+QUrl AppModel::supportUrl() const {
+    return QUrl::fromLocalFile(QFileInfo(d->settings->filePath()).absolutePath());
+}
+
+void AppModel::openLink(const QUrl& url) {
+    if (!openUrl || !openUrl(url)) {
+        report(
+            tr("Couldn't open %1.").arg(url.isLocalFile() ? Paths::shortened(url.toLocalFile()) : url.toString()),
+            true);
+    }
+}
+
+TerminalTabs* AppModel::terminalTabs() {
+    return d->terminals.get();
 }
 
 void AppModel::showStatus(const QString& text, bool isError) {

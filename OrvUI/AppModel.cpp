@@ -2,6 +2,8 @@
 #include "OrvCore/Paths.h"
 #include "OrvCore/StoreWatcher.h"
 #include "OrvUI/AppModel_p.h"
+#include "OrvUI/GitModel.h"
+#include "OrvUI/NewProject.h"
 
 #include <QFileInfo>
 #include <QUrlQuery>
@@ -40,12 +42,32 @@ AppModel::Private::Private(Options options)
       taskStore(options.tasksFile.isEmpty() ? TaskStore::defaultPath() : options.tasksFile),
       installs(std::make_shared<InstallRecord>(QFileInfo(settings->filePath()).path() + u"/installs.json"_s)),
       reportTime(options.reportTime),
+      agents(orMake<AgentCatalog>(
+          std::move(options.agents),
+          [this] {
+              return std::make_unique<AgentCatalog>(AgentCatalog::Options{
+                  .shell = {}, .customCommand = [this] { return settings->settings().customAgentCommand; }});
+          })),
+      terminals(orMake<TerminalTabs>(std::move(options.terminals), [] { return std::make_unique<TerminalTabs>(); })),
       lastSettings(settings->settings()),
-      publisher(options.snapshotDirectory.isEmpty() ? SharedContainer::defaultDirectory() : options.snapshotDirectory) {
+      publisher(options.snapshotDirectory.isEmpty() ? SharedContainer::defaultDirectory() : options.snapshotDirectory),
+      choices(QFileInfo(settings->filePath()).path() + u"/choices.json"_s),
+      notifier(std::move(options.notifier)),
+      appIsActive(std::move(options.appIsActive)),
+      login(std::move(options.login)),
+      devices(std::move(options.deviceTools), choices) {
     scanPool.setObjectName(u"orv-scan"_s);
     scanPool.setMaxThreadCount(1);
     workPool.setObjectName(u"orv-work"_s);
     workPool.setMaxThreadCount(3);
+    const QString support = QFileInfo(settings->filePath()).path();
+    AgentRuns::Options runs = options.agentRuns ? *std::move(options.agentRuns)
+                                                : AgentRuns::Options{
+                                                      .files = AgentRunFiles(support + u"/agents"_s),
+                                                      .worktreeFolder = support + u"/worktrees"_s,
+                                                      .settings = {}};
+    runs.settings = [this] { return settings->settings(); };
+    agentRuns = std::make_unique<AgentRuns>(std::move(runs));
 }
 
 AppModel::AppModel(Options options, QObject* parent)
@@ -83,8 +105,12 @@ AppModel::AppModel(Options options, QObject* parent)
             Q_EMIT setupLastLineChanged();
         }
     });
+    setUpGit();
+    followAgents();
     d->home = std::make_unique<HomeModels>(*this);
+    d->agentModels = std::make_unique<AgentModels>(*this);
     connect(d->home.get(), &HomeModels::summaryChanged, this, &AppModel::summaryChanged);
+    makeParts();
     d->processes->setOnChange([this] {
         publishSnapshot();
         processStatesChanged();
@@ -99,10 +125,15 @@ AppModel::~AppModel() {
         d->scanCancellation->cancel();
     }
     delete d->setupRunner;
+    d->notifier.reset(); // before what its clicks reach
+    d->agentModels.reset();
+    d->agentRuns.reset();
+    d->terminals.reset();
     d->scanPool.waitForDone();
     d->workPool.waitForDone();
     d->publisher.flush();
-    for (const StoreResult& saved : {d->settings->flush(), d->overrides->flush(), d->taskStore.flush()}) {
+    for (const StoreResult& saved :
+         {d->settings->flush(), d->overrides->flush(), d->taskStore.flush(), d->choices.flush()}) {
         if (!saved) {
             qWarning("%s", qUtf8Printable(saved.error().text()));
         }
@@ -236,6 +267,39 @@ bool AppModel::shouldConfirmQuit() const {
     return runningCount() > 0;
 }
 
+QThreadPool& AppModel::workPool() {
+    return d->workPool;
+}
+
+/// What screens bind to and needs the rest of the model.
+void AppModel::makeParts() {
+    d->filterBar = std::make_unique<FilterBar>(*this);
+    d->taskLists = std::make_unique<TaskLists>(*this);
+    d->projectTasks = std::make_unique<TaskLists>(*this);
+    d->suggestions = std::make_unique<Suggestions>(*this);
+    d->onboarding = std::make_unique<OnboardingModel>(*this);
+    d->logs = std::make_unique<ServiceLogs>(*this);
+    connect(this, &AppModel::pageChanged, this, &AppModel::takeInPage);
+    connect(this, &AppModel::projectAdded, this, [this](const QString& name, const QString& path, bool cloned) {
+        post(ProjectAdded{name, path, cloned});
+    });
+    if (d->notifier) {
+        d->notifier->projectClicked = [this](const QString& id) { openFromNotification(id); };
+        d->notifier->addressClicked = [this](const QUrl& address) {
+            if (!openUrl || !openUrl(address)) {
+                report(u"Could not open "_s + address.toString() + u": no browser was found."_s, true);
+            }
+        };
+    }
+}
+
+void AppModel::takeInPage() {
+    if (d->page.kind == AppPage::Kind::project) {
+        d->projectTasks->setProjectID(d->page.id);
+        d->logs->setProjectID(d->page.id);
+    }
+}
+
 QString AppModel::greeting() const {
     return Greeter::greeting(QDateTime::currentDateTime(), d->settings->settings().displayName);
 }
@@ -321,6 +385,8 @@ void AppModel::scanEnded(const QList<ProjectNode>& tree) {
     }
     Q_EMIT isScanningChanged();
     publishSnapshot();
+    d->git->setProjects(d->projects);
+    refreshGitBadges();
     if (const std::optional<QUrl> url = std::exchange(d->queuedURL, {})) {
         Q_EMIT queuedURLChanged();
         handle(*url);
@@ -360,6 +426,11 @@ void AppModel::changeSettings(const std::function<void(AppSettings&)>& change) {
     reportFailure(d->settings->change(change));
 }
 
+void AppModel::setOverride(const QString& key, const std::optional<Override>& value) {
+    reportFailure(d->overrides->set(key, value));
+    rescan();
+}
+
 void AppModel::reportFailure(const StoreResult& result) {
     if (!result) {
         report(result.error().text(), true);
@@ -382,6 +453,7 @@ void AppModel::processStatesChanged() {
     if (!changed.isEmpty()) {
         Q_EMIT servicesChanged();
     }
+    postTransitions();
 }
 
 void AppModel::publishSnapshot() {

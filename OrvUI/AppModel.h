@@ -5,31 +5,64 @@
 #include "OrvCore/Settings.h"
 #include "OrvCore/Tasks.h"
 #include "OrvCore/WidgetSnapshot.h"
+#include "OrvGit/GitService.h"
 #include "OrvProcess/ProcessManager.h"
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/AgentCatalog.h"
+#include "OrvUI/AgentRuns.h"
+#include "OrvUI/DeviceTools.h"
+#include "OrvUI/LaunchAtLogin.h"
 #include "OrvUI/ModelTypes.h"
+#include "OrvUI/Notifications.h"
+#include "OrvUI/ProjectFilters.h"
+#include "OrvUI/QuickActions.h"
 
 #include <QAbstractListModel>
 #include <QFuture>
+#include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QUrl>
 
 #include <chrono>
 #include <functional>
 #include <memory>
 
+Q_MOC_INCLUDE("OrvUI/DevicesModel.h")
+Q_MOC_INCLUDE("OrvUI/FilterBar.h")
+Q_MOC_INCLUDE("OrvUI/GitModel.h")
+Q_MOC_INCLUDE("OrvUI/NewProject.h")
+Q_MOC_INCLUDE("OrvUI/OnboardingModel.h")
+Q_MOC_INCLUDE("OrvUI/AgentModels.h")
 Q_MOC_INCLUDE("OrvUI/OutlineModel.h")
+Q_MOC_INCLUDE("OrvUI/ServiceLogs.h")
+Q_MOC_INCLUDE("OrvUI/Suggestions.h")
+Q_MOC_INCLUDE("OrvUI/TaskLists.h")
+
+class QThreadPool;
 
 namespace orv {
 
+class AgentModels;
 class Completion;
+class DevicesModel;
+class FilterBar;
+class GitModel;
+class GitOverview;
+class HomeModels;
+class NewProject;
+class OnboardingModel;
 class OutlineModel;
+class ServiceLogs;
+class Suggestions;
+class TaskLists;
 struct RunRequest;
 
 /// All run-time state of the application, and every user action. One a process, on the main thread; needs no window.
 ///
 /// Parts of it stand in files of their own: AppModel+Run (running and stopping), AppModel+Setup (the install before a
-/// first run), AppModel+Addresses, AppModel+Filters, AppModel+Pinning, AppModel+Tasks, AppModel+Screen (what QML binds
-/// to).
+/// first run), AppModel+Addresses, AppModel+Agents, AppModel+Filters, AppModel+Git, AppModel+Notifications,
+/// AppModel+Pinning, AppModel+Tasks, AppModel+Screen (what QML binds to).
 class AppModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isScanning READ isScanning NOTIFY isScanningChanged)
@@ -45,11 +78,14 @@ class AppModel : public QObject {
     Q_PROPERTY(QString filterTitle READ filterTitle NOTIFY filterChanged)
     Q_PROPERTY(QString displayName READ displayName NOTIFY preferencesChanged)
     Q_PROPERTY(QString scanRootText READ scanRootText NOTIFY preferencesChanged)
+    Q_PROPERTY(QString scanRootFolder READ scanRootFolder NOTIFY preferencesChanged)
     Q_PROPERTY(QUrl scanRootUrl READ scanRootUrl NOTIFY preferencesChanged)
+    Q_PROPERTY(QUrl supportUrl READ supportUrl CONSTANT)
     Q_PROPERTY(int themeIndex READ themeIndex WRITE setThemeIndex NOTIFY preferencesChanged)
     Q_PROPERTY(int appearance READ appearance WRITE setAppearance NOTIFY preferencesChanged)
     Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusMessageChanged)
+    Q_PROPERTY(bool statusIsOngoing READ statusIsOngoing NOTIFY statusMessageChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY statusMessageChanged)
     Q_PROPERTY(bool setupActive READ setupActive NOTIFY setupChanged)
     Q_PROPERTY(QString setupPhase READ setupPhase NOTIFY setupChanged)
@@ -71,6 +107,25 @@ class AppModel : public QObject {
     Q_PROPERTY(QAbstractListModel* sidebarFilters READ sidebarFilters CONSTANT)
     Q_PROPERTY(QAbstractListModel* setupSteps READ setupSteps CONSTANT)
     Q_PROPERTY(orv::OutlineModel* outline READ outline CONSTANT)
+    Q_PROPERTY(bool gitIdentitySet READ gitIdentitySet NOTIFY gitIdentitySetChanged)
+    Q_PROPERTY(QString defaultBranch READ defaultBranch NOTIFY preferencesChanged)
+    Q_PROPERTY(orv::GitModel* git READ gitModel NOTIFY gitModelChanged)
+    Q_PROPERTY(orv::NewProject* newProject READ newProject CONSTANT)
+    Q_PROPERTY(QAbstractListModel* homeCards READ homeCards CONSTANT)
+    Q_PROPERTY(orv::FilterBar* filterBar READ filterBar CONSTANT)
+    Q_PROPERTY(orv::TaskLists* taskLists READ taskLists CONSTANT)
+    Q_PROPERTY(orv::TaskLists* projectTasks READ projectTasks CONSTANT)
+    Q_PROPERTY(orv::Suggestions* suggestions READ suggestions CONSTANT)
+    Q_PROPERTY(orv::OnboardingModel* onboarding READ onboarding CONSTANT)
+    Q_PROPERTY(orv::DevicesModel* devices READ devices CONSTANT)
+    Q_PROPERTY(orv::ServiceLogs* logs READ logs CONSTANT)
+    Q_PROPERTY(orv::LaunchAtLogin* login READ login CONSTANT)
+    Q_PROPERTY(bool needsOnboarding READ needsOnboarding NOTIFY preferencesChanged)
+    Q_PROPERTY(bool notificationsEnabled READ notificationsEnabled NOTIFY preferencesChanged)
+    Q_PROPERTY(QString notificationStatusText READ notificationStatusText NOTIFY notificationStatusChanged)
+    Q_PROPERTY(orv::AgentModels* agentModels READ agentModels CONSTANT)
+    Q_PROPERTY(orv::TerminalTabs* terminalTabs READ terminalTabs CONSTANT)
+    Q_PROPERTY(int runningAgentCount READ runningAgentCount NOTIFY runningAgentCountChanged)
 
 public:
     /// What a test or a preview puts in the place of the real thing. What is left empty is made.
@@ -79,8 +134,15 @@ public:
         std::shared_ptr<OverrideStore> overrides;
         std::unique_ptr<ProcessManager> processes;
         QString tasksFile;
+        std::unique_ptr<AgentCatalog> agents;
+        std::unique_ptr<TerminalTabs> terminals;
+        std::optional<AgentRuns::Options> agentRuns;
         QString snapshotDirectory; ///< empty: the folder shared with the widgets
         std::chrono::milliseconds reportTime = std::chrono::seconds(8);
+        std::unique_ptr<Notifying> notifier;        ///< none: nothing is posted
+        std::unique_ptr<LoginItemController> login; ///< none: it can't be turned on
+        std::function<bool()> appIsActive;          ///< whether the user looks at the application; none: never
+        DeviceTools deviceTools = DeviceTools::ofThisMachine();
     };
 
     explicit AppModel(Options options, QObject* parent = nullptr);
@@ -121,7 +183,13 @@ public:
 
     [[nodiscard]] SettingsStore& settings();
     [[nodiscard]] OverrideStore& overrides();
+    [[nodiscard]] HomeModels& home();
     [[nodiscard]] ProcessManager& processes();
+
+    /// Changes the settings and reports when that can't be saved. `change` may run again later.
+    void changeSettings(const std::function<void(AppSettings&)>& change);
+    /// Corrects a service, or with an absent value takes the correction away, and scans again.
+    void setOverride(const QString& key, const std::optional<Override>& value);
 
     // Derived
     [[nodiscard]] int runningCount() const; ///< running services, installs not counted
@@ -129,9 +197,11 @@ public:
     [[nodiscard]] bool shouldConfirmQuit() const;
     [[nodiscard]] QString greeting() const;
     [[nodiscard]] bool isRunning(const Project& project) const;
+    [[nodiscard]] bool isInstalling(const QString& projectID) const; ///< from the confirmation to the start
     [[nodiscard]] static QString quickPanelShortcutLabel();
     [[nodiscard]] bool keeps(ProjectFilter filter, const Project& project) const;
-    [[nodiscard]] QList<Project> filteredProjects() const; ///< by the filter and the search text, in scan order
+    /// By the sidebar's filter, the search text and the refine filters, in scan order.
+    [[nodiscard]] QList<Project> filteredProjects() const;
     [[nodiscard]] QList<Project> pinnedProjects() const;
     [[nodiscard]] bool isPinned(const Project& project) const;
     [[nodiscard]] const Project* project(
@@ -177,13 +247,44 @@ public:
     QFuture<void> stop(const Project& project);
     QFuture<void> stopService(const ServiceID& id);
     QFuture<void> stopAllServices();
-    /// Kills what has a live process, without giving it time. Their states follow.
+    /// Kills what has a live process, agents too, without giving it time. Their states follow.
     void killServices();
     /// Asks them to end, and kills what is left after `grace`. Blocks, and needs no event loop: their states do not
     /// follow.
     void endServices(std::chrono::milliseconds grace);
     QFuture<QList<FlutterDevice>> flutterDevices();
     [[nodiscard]] static QList<FlutterDevice> parseFlutterDevices(const QByteArray& listing);
+
+    // Refine filters and quick actions
+    [[nodiscard]] const ProjectFilterSet& filters() const;
+    void setFilters(const ProjectFilterSet& filters);
+    Q_INVOKABLE void clearFilters();
+    [[nodiscard]] bool passesFilters(const Project& project) const;
+    [[nodiscard]] QStringList availableFrameworks() const;
+    [[nodiscard]] QSet<QString> appsInCollections() const;
+    [[nodiscard]] QStringList projectsWithChanges() const; ///< the ids of those with files that are not committed
+    /// What the button of the project's card starts: what was last run there, where it is still offered.
+    [[nodiscard]] std::optional<RunAction> primaryAction(const Project& project) const;
+    [[nodiscard]] QList<PinnedEntry> pinnedEntries() const;
+    [[nodiscard]] QList<int> runningPorts(const Project& project) const; ///< of its running services, ascending
+
+    // Notifications
+    /// Tells the user, where the settings want it.
+    void post(const NotificationEvent& event);
+    /// The same, whatever the settings say.
+    void notify(const NotificationRequest& request);
+    /// Shows the project's page in the window.
+    Q_INVOKABLE void openFromNotification(const QString& projectID);
+    [[nodiscard]] const NotificationStatus& notificationStatus() const;
+    /// Turning them on asks the system whether it shows them. Finishes with its answer.
+    Q_INVOKABLE QFuture<void> setNotificationsEnabled(bool isOn);
+    Q_INVOKABLE QFuture<void> refreshNotificationStatus();
+
+    // Login item, first start
+    [[nodiscard]] LaunchAtLogin* login() const;
+    [[nodiscard]] bool needsOnboarding() const;
+    Q_INVOKABLE void skipOnboarding();  ///< changes nothing else
+    Q_INVOKABLE void startOnboarding(); ///< once more
 
     // Addresses
     /// The port at which a running or starting service is best reached: a listening one where that is known, else the
@@ -202,6 +303,65 @@ public:
     void setTaskDone(const QUuid& id, bool done);
     void deleteTask(const QUuid& id);
 
+    // Git. The badge of a project is absent where it has no repository, and until it was looked at.
+    [[nodiscard]] const QHash<QString, GitBadge>& gitBadges() const; ///< by the project's id
+    [[nodiscard]] std::optional<GitBadge> gitBadge(const Project& project) const;
+    [[nodiscard]] bool isGitKnown(const Project& project) const; ///< whether its repositories were looked for
+    [[nodiscard]] const QSet<QString>& gitBusy() const;          ///< the ids of the projects with an action under way
+    [[nodiscard]] bool isGitBusy(const Project& project) const;
+    /// Whether a name and an e-mail for commits are configured; true until that is known.
+    [[nodiscard]] bool gitIdentitySet() const;
+    QFuture<void> refreshGitBadges(); ///< of all projects, and whether the identity is set
+    QFuture<void> refreshGitIdentity();
+    QFuture<QuickGitReport> quickGit(QuickGitAction action, const Project& project);
+    [[nodiscard]] QString defaultBranch() const; ///< on which a new repository begins
+    [[nodiscard]] GitOverview& gitOverview();
+    /// Behind the git page of the project that was last opened there; null when it is closed.
+    [[nodiscard]] GitModel* gitModel() const;
+    [[nodiscard]] NewProject* newProject() const;
+    Q_INVOKABLE void openGit(const QString& projectID); ///< an empty id closes it
+    /// Reads the badges and the open page again, unless that was done a moment ago: the window asks when it is looked
+    /// at.
+    Q_INVOKABLE void lookAtGit();
+    /// "fetch", "pull" or "push"; how it ended is said in the status line.
+    Q_INVOKABLE void quickGitFor(const QString& projectID, const QString& action);
+    // Agents (AppModel+Agents)
+    [[nodiscard]] AgentCatalog& agents();
+    [[nodiscard]] AgentRuns& agentRunner(); ///< what there is beyond the actions here
+    [[nodiscard]] TerminalTabs& terminals();
+    [[nodiscard]] TerminalTabs* terminalTabs();
+    [[nodiscard]] AgentModels* agentModels() const;
+    [[nodiscard]] const QList<AgentRun*>& agentRuns() const; ///< newest first
+    [[nodiscard]] int runningAgentCount() const;
+    [[nodiscard]] const std::optional<AgentDraft>& agentDraft() const;
+    void setAgentDraft(const std::optional<AgentDraft>& draft);
+    [[nodiscard]] const std::optional<QString>& agentError() const; ///< why the last run could not be started
+    void setAgentError(const std::optional<QString>& error);
+    /// Null when it could not be started, for which `agentError` says why, or when a desktop agent was opened. What
+    /// only comes out when git and the disk were looked at makes the run go away again, with `agentError` set.
+    AgentRun* startAgent(
+        AgentKind kind, const QString& task, const Project& project, const std::optional<QUuid>& linkedTask = {},
+        const std::optional<AgentAutonomy>& autonomy = {}, const AgentRun* replyingTo = nullptr);
+    AgentRun* startAgent(const AgentRuns::Start& wish, const Project& project);
+    /// A new run that goes on where this one ended; null for a blank message, or when the project is gone.
+    AgentRun* continueAgent(const AgentRun& run, const QString& message);
+    QFuture<void> stopAgent(AgentRun* run);
+    /// Those of this process: what another one has started is that one's to stop.
+    QFuture<void> stopAllAgents();
+    QFuture<void> stopEverything(); ///< services and agents
+    void startAgentInTerminal(AgentKind kind, const QString& task, const Project& project);
+    /// Opens a terminal with the agent's own sign-in in it.
+    void signIn(AgentKind kind);
+    void openInAntigravity(const Project& project, const QString& task);
+    /// Fills the composer with a to-do item.
+    void draftAgentTask(const ProjectTask& task, const Project& project);
+    /// The same by the to-do item's id, as a list has it.
+    Q_INVOKABLE void draftAgentTaskFor(const QString& taskID);
+    void mergeAgentWork(const AgentRun& run);
+    void discardAgentWork(const AgentRun& run, TaskWorktrees::Discard discard);
+    std::function<bool(const QString& application, const QString& folder)> openApplication; ///< false: it can't
+    std::function<void(const QString& text)> setClipboard;
+
     /// Shows the message for 8 seconds, unless a newer one takes its place.
     void report(const QString& text, bool isError);
     void dismissStatusMessage();
@@ -214,14 +374,17 @@ public:
     [[nodiscard]] int filterIndex() const;
     [[nodiscard]] QString filterTitle() const;
     [[nodiscard]] QString displayName() const;
-    [[nodiscard]] QString scanRootText() const; ///< with "~" for the home folder
+    [[nodiscard]] QString scanRootText() const;   ///< with "~" for the home folder
+    [[nodiscard]] QString scanRootFolder() const; ///< an absolute path
     [[nodiscard]] QUrl scanRootUrl() const;
+    [[nodiscard]] QUrl supportUrl() const; ///< the folder of settings, corrections and tasks
     [[nodiscard]] int themeIndex() const;
     void setThemeIndex(int index);
     [[nodiscard]] int appearance() const;
     void setAppearance(int mode);
     [[nodiscard]] bool hasStatus() const;
     [[nodiscard]] bool statusIsError() const;
+    [[nodiscard]] bool statusIsOngoing() const;
     [[nodiscard]] QString statusText() const;
     [[nodiscard]] bool setupActive() const;
     [[nodiscard]] QString setupPhase() const; ///< "", "confirm", "running", "failed"
@@ -243,6 +406,16 @@ public:
     [[nodiscard]] QAbstractListModel* sidebarFilters() const;
     [[nodiscard]] QAbstractListModel* setupSteps() const;
     [[nodiscard]] OutlineModel* outline() const;
+    [[nodiscard]] QAbstractListModel* homeCards() const; ///< cards and collections, as the filters want collections
+    [[nodiscard]] FilterBar* filterBar() const;
+    [[nodiscard]] TaskLists* taskLists() const;
+    [[nodiscard]] TaskLists* projectTasks() const; ///< of the project whose page is shown
+    [[nodiscard]] Suggestions* suggestions() const;
+    [[nodiscard]] OnboardingModel* onboarding() const;
+    [[nodiscard]] DevicesModel* devices() const;
+    [[nodiscard]] ServiceLogs* logs() const; ///< of the project whose page is shown
+    [[nodiscard]] bool notificationsEnabled() const;
+    [[nodiscard]] QString notificationStatusText() const;
 
     Q_INVOKABLE void setFilterIndex(int index);
     Q_INVOKABLE void refreshNow();
@@ -264,6 +437,8 @@ public:
     Q_INVOKABLE void dismissStatus();
     /// A path, or a file URL as a folder dialog gives it.
     Q_INVOKABLE void chooseScanRoot(const QString& folder);
+    /// By what the desktop opens it with; a folder by its file manager.
+    Q_INVOKABLE void openLink(const QUrl& url);
     Q_INVOKABLE void showStatus(const QString& text, bool isError);
 
     // Set by the shell
@@ -274,6 +449,8 @@ public:
     /// Sets the application's activation policy as the settings want it.
     void applyDockIconPolicy();
 
+    [[nodiscard]] QThreadPool& workPool(); ///< for blocking functions of values
+
 Q_SIGNALS:
     void projectsChanged();
     void treeChanged();
@@ -281,6 +458,8 @@ Q_SIGNALS:
     void hasScannedChanged();
     void searchTextChanged();
     void filterChanged();
+    void filtersChanged();
+    void notificationStatusChanged();
     void pendingInstallChanged();
     void setupChanged();
     void setupLastLineChanged();
@@ -297,8 +476,19 @@ Q_SIGNALS:
     void queuedURLChanged();
     void installCommandOverrideChanged();
     void tasksChanged();
+    void agentRunsChanged(); ///< which there are
+    void runningAgentCountChanged();
+    void agentDraftChanged();
+    void agentErrorChanged();
+    void agentRunEnded(const orv::AgentFinished& event); ///< worth a notification
     void pinsChanged();
     void greetingChanged();
+    void gitBadgesChanged();
+    void gitBusyChanged();
+    void gitIdentitySetChanged();
+    void gitModelChanged();
+    /// A folder was made or cloned, and the projects were looked for again.
+    void projectAdded(const QString& name, const QString& path, bool cloned);
     /// Some setting.
     void preferencesChanged();
     /// How many projects are shown, or the line under the greeting.
@@ -320,14 +510,22 @@ private:
     void takeInOutput(const ServiceID& id, qsizetype added);
     void noteAddress(const ServiceID& id);
     void showMainWindow();
-    /// Changes the settings and reports when that can't be saved. `change` may run again later.
-    void changeSettings(const std::function<void(AppSettings&)>& change);
     void reportFailure(const StoreResult& result);
     void reloadTasks();
+    void makeParts();
+    void takeInPage();
+    void postTransitions();
+    QFuture<void> findNotificationStatus(Notifying::Ask ask);
+    QFuture<void> runOnChosenDevice(const RunRequest& request, const QString& key);
+
+    void setUpGit();
+    void takeInNewProject(const QString& name, const QString& path, bool cloned);
+    void followAgents();
+    void agentFinished(AgentRun* run);
+    AgentRun* taken(const std::expected<AgentRun*, QString>& started);
 
     void setPendingInstall(const std::optional<PendingInstall>& pending);
     void setSetup(const std::optional<SetupSession>& setup);
-    [[nodiscard]] bool isInstalling(const QString& projectID) const; ///< from the confirmation to the start
     void askForInstall(const RunRequest& request, const QList<ServiceTarget>& targets, const QStringList& bodies);
     void setupEnded(const QString& reason);
     void runInstalled(const RunRequest& request, const Completion& completion);

@@ -1,12 +1,20 @@
 #pragma once
 
+#include "OrvUI/AgentModels.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/DevicesModel.h"
+#include "OrvUI/FilterBar.h"
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/InstallRecord.h"
+#include "OrvUI/OnboardingModel.h"
 #include "OrvUI/Pool_p.h"
+#include "OrvUI/RunChoices.h"
 #include "OrvUI/RunRequest_p.h"
+#include "OrvUI/ServiceLogs.h"
 #include "OrvUI/SetupRunner.h"
 #include "OrvUI/SnapshotPublisher.h"
+#include "OrvUI/Suggestions.h"
+#include "OrvUI/TaskLists.h"
 
 #include <QThreadPool>
 
@@ -60,6 +68,13 @@ struct AppModel::Private {
     std::optional<QUrl> queuedURL;
     QList<ProjectTask> tasks;
 
+    std::unique_ptr<AgentCatalog> agents;
+    std::unique_ptr<TerminalTabs> terminals;
+    std::unique_ptr<AgentRuns> agentRuns;
+    std::unique_ptr<AgentModels> agentModels;
+    std::optional<AgentDraft> agentDraft;
+    std::optional<QString> agentError;
+
     std::function<void()> openMainWindowAction;
     std::function<void()> reloadWidgets;
 
@@ -80,7 +95,28 @@ struct AppModel::Private {
     bool isScanStale = false; ///< what the running scan reads has changed since it began
     std::atomic<bool> isEnding = false;
     SnapshotPublisher publisher;
+
+    std::unique_ptr<GitOverview> git;
+    std::unique_ptr<GitModel> gitModel; ///< of the project whose git page is open
+    std::unique_ptr<NewProject> newProject;
+
     std::unique_ptr<HomeModels> home;
+
+    ProjectFilterSet filters;
+    RunChoices choices;
+    std::unique_ptr<Notifying> notifier;
+    std::function<bool()> appIsActive;
+    NotificationStatus notificationStatus;
+    ServiceTransitions transitions;
+    LaunchAtLogin login;
+    DevicesModel devices;
+    std::unique_ptr<FilterBar> filterBar;
+    std::unique_ptr<TaskLists> taskLists;
+    std::unique_ptr<TaskLists> projectTasks;
+    std::unique_ptr<Suggestions> suggestions;
+    std::unique_ptr<OnboardingModel> onboarding;
+    std::unique_ptr<ServiceLogs> logs;
+
     // Last, so that what runs in them ends before what it uses goes.
     QThreadPool scanPool;
     QThreadPool workPool;

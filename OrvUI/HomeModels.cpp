@@ -29,7 +29,8 @@ HomeModels::HomeModels(AppModel& model) : m_model(model) {
     for (const auto signal :
          {&AppModel::projectsChanged, &AppModel::treeChanged, &AppModel::hasScannedChanged,
           &AppModel::searchTextChanged, &AppModel::filterChanged, &AppModel::pinsChanged, &AppModel::servicesChanged,
-          &AppModel::setupChanged, &AppModel::tasksChanged, &AppModel::preferencesChanged}) {
+          &AppModel::setupChanged, &AppModel::tasksChanged, &AppModel::preferencesChanged, &AppModel::gitBadgesChanged,
+          &AppModel::gitBusyChanged, &AppModel::filtersChanged, &AppModel::showOnlyUncommittedChanged}) {
         connect(&model, signal, this, &HomeModels::updateSoon);
     }
     update();
@@ -55,6 +56,13 @@ void HomeModels::update() {
         cardRows.append(card(project));
     }
     cards.setRows(cardRows);
+    QHash<QString, CardRow> shown;
+    for (const CardRow& row : std::as_const(cardRows)) {
+        shown.insert(row.key, row);
+    }
+    QList<CardRow> homeRows;
+    addHomeCards(m_model.tree(), shown, homeRows);
+    homeCards.setRows(homeRows);
 
     QList<PinnedRow> pinnedRows;
     for (const Project& project : m_model.pinnedProjects()) {
@@ -63,7 +71,9 @@ void HomeModels::update() {
     }
     pinned.setRows(pinnedRows);
 
-    outline.setTree(m_model.tree(), [this](const Project& project) { return activity(project).state; });
+    outline.setTree(m_model.tree(), [this](const Project& project) {
+        return OutlineModel::Activity{activity(project).state, m_model.gitBadge(project).value_or(GitBadge()).changes};
+    });
 
     QList<FilterRow> filterRows;
     for (const ProjectFilter filter : allProjectFilters) {
@@ -83,6 +93,7 @@ void HomeModels::update() {
 
     updateRunning();
     updateSummary(shownBefore);
+    Q_EMIT updated();
 }
 
 void HomeModels::updateRunning() {
@@ -116,6 +127,11 @@ void HomeModels::updateSummary(qsizetype shownBefore) {
         if (const int count = m_model.runningCount(); count > 0) {
             parts.append(counted(count, u"service running"_s, u"services running"_s));
         }
+        const qsizetype unsaved =
+            std::ranges::count_if(m_model.gitBadges(), [](const GitBadge& badge) { return badge.changes > 0; });
+        if (unsaved > 0) {
+            parts.append(counted(unsaved, u"project with unsaved changes"_s, u"projects with unsaved changes"_s));
+        }
         if (const int count = m_model.openTaskCount(); count > 0) {
             parts.append(counted(count, u"open task"_s, u"open tasks"_s));
         }
@@ -136,8 +152,10 @@ CardRow HomeModels::card(const Project& project) const {
     for (const RunAction action : offered) {
         actions.append(rawValue(action));
     }
+    const std::optional<RunAction> primary = m_model.primaryAction(project);
     const std::optional<RunAction> preferred =
-        offered.isEmpty() ? AppModel::defaultAction(project) : AppModel::preferred(offered);
+        offered.isEmpty() || (primary && offered.contains(*primary)) ? primary : AppModel::preferred(offered);
+    const GitBadge badge = m_model.gitBadge(project).value_or(GitBadge());
     return {
         .key = project.id,
         .name = project.name,
@@ -153,7 +171,63 @@ CardRow HomeModels::card(const Project& project) const {
         .isFlutter = m_model.keeps(ProjectFilter::flutter, project),
         .services = now.services,
         .failedServices = now.failedServices,
+        .gitRepositories = m_model.isGitKnown(project) ? badge.repoCount : -1,
+        .gitBranch = badge.branch,
+        .gitChanges = badge.changes,
+        .gitAhead = badge.ahead,
+        .gitBehind = badge.behind,
+        .isGitBusy = m_model.isGitBusy(project),
     };
+}
+
+/// A search, or anything else that narrows the projects, shows its result alone, not within their collections.
+void HomeModels::addHomeCards(
+    const QList<ProjectNode>& nodes, const QHash<QString, CardRow>& shown, QList<CardRow>& rows) const {
+    const CollectionMode mode = m_model.filters().collections;
+    const bool isNarrowed = !m_model.searchText().isEmpty() || m_model.filter() != ProjectFilter::all ||
+                            m_model.filters().narrowsProjects() || m_model.showOnlyUncommitted();
+    for (const ProjectNode& node : nodes) {
+        if (node.project) {
+            if (mode != CollectionMode::only && shown.contains(node.project->id)) {
+                rows.append(shown[node.project->id]);
+            }
+            addHomeCards(node.children, shown, rows);
+            continue;
+        }
+        const QList<Project> apps = node.apps();
+        const bool holdsShown =
+            std::ranges::any_of(apps, [&shown](const Project& app) { return shown.contains(app.id); });
+        if (holdsShown && (mode == CollectionMode::only || (mode == CollectionMode::show && !isNarrowed))) {
+            rows.append(collection(node));
+        } else if (mode == CollectionMode::show || mode == CollectionMode::expand) {
+            for (const Project& app : apps) {
+                if (shown.contains(app.id)) {
+                    rows.append(shown[app.id]);
+                }
+            }
+        }
+    }
+}
+
+CardRow HomeModels::collection(const ProjectNode& node) const {
+    CardRow row;
+    row.key = row.path = node.path;
+    row.name = node.name;
+    row.isCollection = true;
+    row.cardState = u"idle"_s;
+    for (const Project& app : node.apps()) {
+        const QString state = activity(app).state;
+        row.runningMembers += state == u"running"_s || state == u"starting"_s ? 1 : 0;
+        row.members.append(QVariantMap{
+            {u"projectID"_s, app.id},
+            {u"name"_s, app.name},
+            {u"tileIndex"_s, Tile::index(app.name)},
+            {u"tileLetter"_s, Tile::letter(app.name)}});
+    }
+    if (row.runningMembers > 0) {
+        row.cardState = u"running"_s;
+    }
+    return row;
 }
 
 HomeModels::Activity HomeModels::activity(const Project& project) const {

@@ -3,11 +3,14 @@
 #include "OrvUI/HomeRows.h"
 #include "OrvUI/OutlineModel.h"
 
+#include <QHash>
 #include <QObject>
 
 namespace orv {
 
 class AppModel;
+struct Project;
+struct ProjectNode;
 struct ServiceID;
 
 /// The lists that the home page shows, kept like the model: whatever changes there is taken over once, in the next turn
@@ -17,13 +20,16 @@ class HomeModels : public QObject {
 public:
     explicit HomeModels(AppModel& model);
 
-    RowModel<CardRow> cards;
+    RowModel<CardRow> cards;     ///< every project that passes the filters
+    RowModel<CardRow> homeCards; ///< the same with collections among them, as the filters want them
     RowModel<RunningRow> running;
     RowModel<PinnedRow> pinned;
     RowModel<FilterRow> sidebarFilters;
     RowModel<SetupStepRow> setupSteps;
     OutlineModel outline;
 
+    /// A project as its card shows it.
+    [[nodiscard]] CardRow card(const Project& project) const;
     /// "3 services running · 5 open tasks"
     [[nodiscard]] const QString& summaryLine() const { return m_summaryLine; }
     /// A service in a word that QML can hand back; empty keys stand for none.
@@ -32,6 +38,8 @@ public:
 
 Q_SIGNALS:
     void summaryChanged();
+    /// Every list has taken over what changed.
+    void updated();
 
 private:
     struct Activity;
@@ -40,7 +48,9 @@ private:
     void update();
     void updateRunning();
     void updateSummary(qsizetype shownBefore);
-    [[nodiscard]] CardRow card(const Project& project) const;
+    [[nodiscard]] CardRow collection(const ProjectNode& node) const;
+    void addHomeCards(
+        const QList<ProjectNode>& nodes, const QHash<QString, CardRow>& shown, QList<CardRow>& rows) const;
     [[nodiscard]] Activity activity(const Project& project) const;
     [[nodiscard]] QVariantMap shown(const ServiceID& id) const;
     [[nodiscard]] static QVariantMap failed(const ServiceID& id, const QString& message);

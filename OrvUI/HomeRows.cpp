@@ -2,89 +2,91 @@
 
 namespace orv {
 
-namespace {
-
-/// The role `name` is the member as it stands.
-template <auto member, typename Row>
-constexpr RowRole<Row> role(const char* name) {
-    return {name, [](const Row& row) { return QVariant::fromValue(row.*member); }};
-}
-
-} // namespace
-
 const std::vector<RowRole<CardRow>>& CardRow::roles() {
     static const std::vector<RowRole<CardRow>> table{
-        role<&CardRow::key, CardRow>("projectID"),
-        role<&CardRow::name, CardRow>("name"),
-        role<&CardRow::path, CardRow>("path"),
-        role<&CardRow::stackLine, CardRow>("stackLine"),
-        role<&CardRow::tileIndex, CardRow>("tileIndex"),
-        role<&CardRow::tileLetter, CardRow>("tileLetter"),
-        role<&CardRow::isPinned, CardRow>("pinned"),
-        role<&CardRow::cardState, CardRow>("cardState"),
-        role<&CardRow::message, CardRow>("message"),
-        role<&CardRow::actions, CardRow>("actions"),
-        role<&CardRow::defaultAction, CardRow>("defaultAction"),
-        role<&CardRow::isFlutter, CardRow>("isFlutter"),
-        role<&CardRow::services, CardRow>("services"),
-        role<&CardRow::failedServices, CardRow>("failedServices"),
+        memberRole<&CardRow::key, CardRow>("projectID"),
+        memberRole<&CardRow::name, CardRow>("name"),
+        memberRole<&CardRow::path, CardRow>("path"),
+        memberRole<&CardRow::stackLine, CardRow>("stackLine"),
+        memberRole<&CardRow::tileIndex, CardRow>("tileIndex"),
+        memberRole<&CardRow::tileLetter, CardRow>("tileLetter"),
+        memberRole<&CardRow::isPinned, CardRow>("pinned"),
+        memberRole<&CardRow::cardState, CardRow>("cardState"),
+        memberRole<&CardRow::message, CardRow>("message"),
+        memberRole<&CardRow::actions, CardRow>("actions"),
+        memberRole<&CardRow::defaultAction, CardRow>("defaultAction"),
+        memberRole<&CardRow::isFlutter, CardRow>("isFlutter"),
+        memberRole<&CardRow::services, CardRow>("services"),
+        memberRole<&CardRow::failedServices, CardRow>("failedServices"),
+        memberRole<&CardRow::gitRepositories, CardRow>("gitRepositories"),
+        memberRole<&CardRow::gitBranch, CardRow>("gitBranch"),
+        memberRole<&CardRow::gitChanges, CardRow>("gitChanges"),
+        memberRole<&CardRow::gitAhead, CardRow>("gitAhead"),
+        memberRole<&CardRow::gitBehind, CardRow>("gitBehind"),
+        memberRole<&CardRow::isGitBusy, CardRow>("gitBusy"),
+        memberRole<&CardRow::isCollection, CardRow>("isCollection"),
+        memberRole<&CardRow::members, CardRow>("members"),
+        memberRole<&CardRow::runningMembers, CardRow>("runningMembers"),
     };
     return table;
 }
 
 const std::vector<RowRole<RunningRow>>& RunningRow::roles() {
     static const std::vector<RowRole<RunningRow>> table{
-        role<&RunningRow::key, RunningRow>("key"),
-        role<&RunningRow::projectID, RunningRow>("projectID"),
-        role<&RunningRow::name, RunningRow>("name"),
-        role<&RunningRow::kindLabel, RunningRow>("kindLabel"),
-        role<&RunningRow::address, RunningRow>("address"),
-        role<&RunningRow::isPortListening, RunningRow>("portListening"),
-        role<&RunningRow::tileIndex, RunningRow>("tileIndex"),
-        role<&RunningRow::tileLetter, RunningRow>("tileLetter"),
+        memberRole<&RunningRow::key, RunningRow>("key"),
+        memberRole<&RunningRow::projectID, RunningRow>("projectID"),
+        memberRole<&RunningRow::name, RunningRow>("name"),
+        memberRole<&RunningRow::kindLabel, RunningRow>("kindLabel"),
+        memberRole<&RunningRow::address, RunningRow>("address"),
+        memberRole<&RunningRow::isPortListening, RunningRow>("portListening"),
+        memberRole<&RunningRow::tileIndex, RunningRow>("tileIndex"),
+        memberRole<&RunningRow::tileLetter, RunningRow>("tileLetter"),
     };
     return table;
 }
 
 const std::vector<RowRole<PinnedRow>>& PinnedRow::roles() {
     static const std::vector<RowRole<PinnedRow>> table{
-        role<&PinnedRow::key, PinnedRow>("projectID"),       role<&PinnedRow::name, PinnedRow>("name"),
-        role<&PinnedRow::tileIndex, PinnedRow>("tileIndex"), role<&PinnedRow::tileLetter, PinnedRow>("tileLetter"),
-        role<&PinnedRow::cardState, PinnedRow>("cardState"),
+        memberRole<&PinnedRow::key, PinnedRow>("projectID"),
+        memberRole<&PinnedRow::name, PinnedRow>("name"),
+        memberRole<&PinnedRow::tileIndex, PinnedRow>("tileIndex"),
+        memberRole<&PinnedRow::tileLetter, PinnedRow>("tileLetter"),
+        memberRole<&PinnedRow::cardState, PinnedRow>("cardState"),
     };
     return table;
 }
 
 const std::vector<RowRole<OutlineRow>>& OutlineRow::roles() {
     static const std::vector<RowRole<OutlineRow>> table{
-        role<&OutlineRow::key, OutlineRow>("path"),
-        role<&OutlineRow::name, OutlineRow>("name"),
-        role<&OutlineRow::depth, OutlineRow>("depth"),
-        role<&OutlineRow::isExpanded, OutlineRow>("expanded"),
-        role<&OutlineRow::isFolder, OutlineRow>("isFolder"),
-        role<&OutlineRow::hasChildren, OutlineRow>("hasChildren"),
-        role<&OutlineRow::projectID, OutlineRow>("projectID"),
-        role<&OutlineRow::tileIndex, OutlineRow>("tileIndex"),
-        role<&OutlineRow::tileLetter, OutlineRow>("tileLetter"),
-        role<&OutlineRow::cardState, OutlineRow>("cardState"),
+        memberRole<&OutlineRow::key, OutlineRow>("path"),
+        memberRole<&OutlineRow::name, OutlineRow>("name"),
+        memberRole<&OutlineRow::depth, OutlineRow>("depth"),
+        memberRole<&OutlineRow::isExpanded, OutlineRow>("expanded"),
+        memberRole<&OutlineRow::isFolder, OutlineRow>("isFolder"),
+        memberRole<&OutlineRow::hasChildren, OutlineRow>("hasChildren"),
+        memberRole<&OutlineRow::projectID, OutlineRow>("projectID"),
+        memberRole<&OutlineRow::tileIndex, OutlineRow>("tileIndex"),
+        memberRole<&OutlineRow::tileLetter, OutlineRow>("tileLetter"),
+        memberRole<&OutlineRow::cardState, OutlineRow>("cardState"),
+        memberRole<&OutlineRow::gitChanges, OutlineRow>("gitChanges"),
     };
     return table;
 }
 
 const std::vector<RowRole<FilterRow>>& FilterRow::roles() {
     static const std::vector<RowRole<FilterRow>> table{
-        role<&FilterRow::key, FilterRow>("title"),
-        role<&FilterRow::icon, FilterRow>("icon"),
-        role<&FilterRow::count, FilterRow>("count"),
+        memberRole<&FilterRow::key, FilterRow>("title"),
+        memberRole<&FilterRow::icon, FilterRow>("icon"),
+        memberRole<&FilterRow::count, FilterRow>("count"),
     };
     return table;
 }
 
 const std::vector<RowRole<SetupStepRow>>& SetupStepRow::roles() {
     static const std::vector<RowRole<SetupStepRow>> table{
-        role<&SetupStepRow::title, SetupStepRow>("title"),
-        role<&SetupStepRow::command, SetupStepRow>("command"),
-        role<&SetupStepRow::status, SetupStepRow>("status"),
+        memberRole<&SetupStepRow::title, SetupStepRow>("title"),
+        memberRole<&SetupStepRow::command, SetupStepRow>("command"),
+        memberRole<&SetupStepRow::status, SetupStepRow>("status"),
     };
     return table;
 }

@@ -10,7 +10,7 @@ namespace orv {
 // What one row of each list on the home page shows. The names of the roles stand in HomeRows.cpp.
 
 struct CardRow {
-    QString key; ///< the project's id
+    QString key; ///< the project's id, a collection's path
     QString name;
     QString path;
     QString stackLine;
@@ -24,6 +24,15 @@ struct CardRow {
     bool isFlutter = false;
     QVariantList services;       ///< that run or start, of maps: kind, label, phase, port, address, portListening, key
     QVariantList failedServices; ///< of maps: kind, label, message, action, key
+    int gitRepositories = -1;    ///< -1 until it is known
+    QString gitBranch;           ///< of the only repository
+    int gitChanges = 0;
+    int gitAhead = 0;
+    int gitBehind = 0;
+    bool isGitBusy = false;
+    bool isCollection = false; ///< a folder of projects
+    QVariantList members{};    ///< its projects, of maps: projectID, name, tileIndex, tileLetter
+    int runningMembers = 0;
 
     bool operator==(const CardRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<CardRow>>& roles();
@@ -65,6 +74,7 @@ struct OutlineRow {
     int tileIndex = 0;
     QString tileLetter;
     QString cardState;
+    int gitChanges = 0;
 
     bool operator==(const OutlineRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<OutlineRow>>& roles();

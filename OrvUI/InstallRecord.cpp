@@ -32,6 +32,12 @@ constexpr std::array manifestFiles{
 
 using Commands = QMap<QString, Manifests>;
 
+/// What stands for an install that has begun: no file has such a name.
+const Manifests& unfinished() {
+    static const Manifests mark{{u"/"_s, {}}};
+    return mark;
+}
+
 template <typename Value>
 QJsonObject toJson(const QMap<QString, Value>& values, QJsonValue (*encoded)(const Value&)) {
     QJsonObject json;
@@ -114,7 +120,12 @@ QString InstallRecord::defaultPath() {
 }
 
 bool InstallRecord::isInstallNeeded(const ServiceTarget& target) {
-    return CommandBuilder::needsInstall(target) && !covers(target.directory, CommandBuilder::installBody(target));
+    const QString body = CommandBuilder::installBody(target);
+    if (body.isEmpty()) {
+        return false;
+    }
+    const std::optional<Manifests> record = recorded(target.directory, body);
+    return record == unfinished() || (CommandBuilder::needsInstall(target) && record != manifests(target.directory));
 }
 
 Manifests InstallRecord::manifests(const QString& directory) {
@@ -124,14 +135,22 @@ Manifests InstallRecord::manifests(const QString& directory) {
     return found;
 }
 
-bool InstallRecord::covers(const QString& directory, const QString& installCommand) {
+std::optional<Manifests> InstallRecord::recorded(const QString& directory, const QString& installCommand) {
     m_file.reload();
-    const auto recorded = m_file.read([&](const Values& values) -> std::optional<Manifests> {
+    return m_file.read([&](const Values& values) -> std::optional<Manifests> {
         const Commands commands = values.value(directory);
         const auto found = commands.constFind(installCommand);
         return found == commands.cend() ? std::nullopt : std::optional(*found);
     });
-    return recorded == manifests(directory);
+}
+
+bool InstallRecord::covers(const QString& directory, const QString& installCommand) {
+    return recorded(directory, installCommand) == manifests(directory);
+}
+
+StoreResult InstallRecord::begin(const QString& directory, const QString& installCommand) {
+    return m_file.change(
+        [directory, installCommand](Values& values) { values[directory].insert(installCommand, unfinished()); });
 }
 
 StoreResult InstallRecord::remember(const QString& directory, const QString& installCommand, const Manifests& before) {

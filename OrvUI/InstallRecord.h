@@ -24,13 +24,17 @@ public:
     explicit InstallRecord(const QString& filePath);
     [[nodiscard]] static QString defaultPath(); ///< in the support folder
 
-    /// True when its marker is missing and no such install is on record.
+    /// True when its marker is missing or was made by an install that did not end well, and no such install is on
+    /// record.
     [[nodiscard]] bool isInstallNeeded(const ServiceTarget& target);
     /// To be taken before an install begins: what is edited while it runs may have come too late for it.
     [[nodiscard]] static Manifests manifests(const QString& directory);
     /// True when this very install of the folder ended well, here or in another process, and its manifests are still
     /// the ones that it was made from.
     [[nodiscard]] bool covers(const QString& directory, const QString& installCommand);
+    /// Notes that an install begins. Until `remember` or `forget` follows, what it makes does not count: a killed one
+    /// may have made its marker, and nothing in it.
+    StoreResult begin(const QString& directory, const QString& installCommand);
     /// Lock files count as they are now, since it is the install that writes them. Also forgets the folders that are
     /// gone.
     StoreResult remember(const QString& directory, const QString& installCommand, const Manifests& before);
@@ -39,6 +43,8 @@ public:
 private:
     /// By folder, then by install command.
     using Values = QMap<QString, QMap<QString, Manifests>>;
+
+    [[nodiscard]] std::optional<Manifests> recorded(const QString& directory, const QString& installCommand);
 
     StoreFile<Values> m_file;
 };

@@ -2,6 +2,7 @@
 
 #include "OrvCore/Devices.h"
 #include "OrvCore/Models.h"
+#include "OrvGit/GitModels.h"
 #include "OrvProcess/ProcessManager.h"
 
 #include <QUuid>
@@ -46,6 +47,7 @@ struct StatusMessage {
     QUuid id = QUuid::createUuid();
     QString text;
     bool isError = false;
+    bool isOngoing = false; ///< says what is being done
 
     bool operator==(const StatusMessage&) const = default;
 };
@@ -55,16 +57,6 @@ struct ModalContent {
     QString body;
 
     bool operator==(const ModalContent&) const = default;
-};
-
-/// What git says about a project, all its repositories added up.
-struct GitBadge {
-    int changes = 0; ///< files that differ from the last commit
-    int ahead = 0;   ///< commits that the upstream has not
-    int behind = 0;
-    int repoCount = 0;
-
-    bool operator==(const GitBadge&) const = default;
 };
 
 /// "Next.js + FastAPI": what a project is made of, each once; what is unknown is called by its kind.

@@ -54,6 +54,20 @@ struct Planner {
 
 } // namespace
 
+QString NotificationStatus::text() const {
+    switch (kind) {
+    case Kind::notDetermined:
+        return u"Not asked yet"_s;
+    case Kind::allowed:
+        return server.isEmpty() ? u"Allowed in System Settings"_s : u"Shown by "_s + server;
+    case Kind::denied:
+        return u"Turned off in System Settings"_s;
+    case Kind::unavailable:
+        break;
+    }
+    return u"Nothing on this desktop shows notifications"_s;
+}
+
 NotificationPrefs NotificationPrefs::of(const AppSettings& settings) {
     return {
         .enabled = settings.notificationsEnabled,
@@ -78,8 +92,10 @@ QList<NotificationEvent> ServiceTransitions::update(const QList<Look>& looks) {
     for (const Look& look : looks) {
         const Seen before = m_seen.value(look.id);
         const auto phase = look.state.phase;
-        Seen now{.phase = phase, .isAnnounced = look.state.isRunning() && before.isAnnounced};
-        if (look.state.isRunning() && look.port && !before.isAnnounced) {
+        // One that never says where it listens stays "starting"; that it was found listening is as good.
+        const bool isUp = look.state.isActive() && look.port;
+        Seen now{.phase = phase, .isAnnounced = look.state.isActive() && before.isAnnounced};
+        if (isUp && !before.isAnnounced) {
             events.append(ServiceReady{look.project, look.id, look.port});
             now.isAnnounced = true;
         }

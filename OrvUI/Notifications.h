@@ -3,6 +3,9 @@
 #include "OrvCore/Settings.h"
 #include "OrvProcess/ProcessManager.h"
 
+#include <QUrl>
+
+#include <functional>
 #include <variant>
 
 namespace orv {
@@ -66,11 +69,36 @@ struct NotificationRequest {
     bool operator==(const NotificationRequest&) const = default;
 };
 
-/// What the model posts through.
+/// Whether the system shows notifications.
+struct NotificationStatus {
+    enum class Kind {
+        notDetermined, ///< nobody has asked yet
+        allowed,
+        denied,
+        unavailable, ///< nothing there that shows them
+    };
+    Kind kind = Kind::notDetermined;
+    QString server; ///< the name of what shows them, where it is known
+
+    bool operator==(const NotificationStatus&) const = default;
+    /// The line under the switch of the settings.
+    [[nodiscard]] QString text() const;
+};
+
+/// What the model posts through. Main thread; no function of it waits for anything.
 class Notifying {
 public:
     virtual ~Notifying() = default;
     virtual void post(const NotificationRequest& request) = 0;
+
+    enum class Ask { systemOnly, userToo };
+    /// `answer` is called once, on the main thread, perhaps much later; never when this dies first. Where the system
+    /// wants it, the user is asked as well, if `ask` allows for that.
+    virtual void findStatus(Ask ask, std::function<void(const NotificationStatus&)> answer) = 0;
+
+    /// Called on the main thread with what was clicked.
+    std::function<void(const QString& projectID)> projectClicked;
+    std::function<void(const QUrl& address)> addressClicked;
 };
 
 namespace NotificationPlanner {

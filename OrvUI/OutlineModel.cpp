@@ -6,9 +6,9 @@
 
 namespace orv {
 
-void OutlineModel::setTree(const QList<ProjectNode>& tree, StateOf stateOf) {
+void OutlineModel::setTree(const QList<ProjectNode>& tree, ActivityOf activityOf) {
     m_tree = tree;
-    m_stateOf = std::move(stateOf);
+    m_activityOf = std::move(activityOf);
     rebuild();
 }
 
@@ -45,6 +45,7 @@ void OutlineModel::appendRows(const QList<ProjectNode>& nodes, int depth, QList<
     std::ranges::stable_partition(ordered, [](const ProjectNode* node) { return !node->project; });
     for (const ProjectNode* node : std::as_const(ordered)) {
         const bool isExpanded = m_expanded.contains(node->path);
+        const Activity now = node->project ? m_activityOf(*node->project) : Activity();
         rows.append({
             .key = node->path,
             .name = node->name,
@@ -55,7 +56,8 @@ void OutlineModel::appendRows(const QList<ProjectNode>& nodes, int depth, QList<
             .projectID = node->project ? node->project->id : QString(),
             .tileIndex = Tile::index(node->name),
             .tileLetter = Tile::letter(node->name),
-            .cardState = node->project ? m_stateOf(*node->project) : QString(),
+            .cardState = now.state,
+            .gitChanges = now.gitChanges,
         });
         if (isExpanded) {
             appendRows(node->children, depth + 1, rows);

@@ -12,12 +12,15 @@ namespace orv {
 class OutlineModel : public RowModel<OutlineRow> {
     Q_OBJECT
 public:
-    using StateOf = std::function<QString(const Project& project)>;
+    struct Activity {
+        QString state;      ///< the word for what a project does just now
+        int gitChanges = 0; ///< files that are not committed
+    };
+    using ActivityOf = std::function<Activity(const Project& project)>;
 
     explicit OutlineModel(QObject* parent = nullptr) : RowModel(parent) {}
 
-    /// `stateOf` gives the word for what a project does just now.
-    void setTree(const QList<ProjectNode>& tree, StateOf stateOf);
+    void setTree(const QList<ProjectNode>& tree, ActivityOf activityOf);
 
     Q_INVOKABLE void toggleExpanded(int row);
     Q_INVOKABLE void setExpanded(int row, bool isExpanded);
@@ -27,7 +30,7 @@ private:
     void appendRows(const QList<ProjectNode>& nodes, int depth, QList<OutlineRow>& rows) const;
 
     QList<ProjectNode> m_tree;
-    StateOf m_stateOf;
+    ActivityOf m_activityOf;
     QSet<QString> m_expanded;
 };
 

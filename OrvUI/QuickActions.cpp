@@ -31,11 +31,9 @@ QList<PinnedEntry> PinnedMenu::entries(
 }
 
 std::optional<RunAction> CardPrimaryAction::defaultAction(
-    const QString& projectID, const QList<RunAction>& available, const std::optional<LastRun>& lastRun) {
-    if (lastRun && lastRun->projectID == projectID) {
-        if (const auto last = runAction(lastRun->action); last && available.contains(*last)) {
-            return last;
-        }
+    const QList<RunAction>& available, const std::optional<QString>& last) {
+    if (const auto action = last ? runAction(*last) : std::nullopt; action && available.contains(*action)) {
+        return action;
     }
     for (const RunAction action : preferredActions) {
         if (available.contains(action)) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "OrvCore/Settings.h"
 #include "OrvUI/ModelTypes.h"
 
 #include <functional>
@@ -23,10 +22,10 @@ namespace PinnedMenu {
 } // namespace PinnedMenu
 
 namespace CardPrimaryAction {
-/// What the button of a card starts: the action that the project was last run with, where it is still offered; else
-/// both, front end, back end, app, Flutter, Docker. None where nothing is offered.
+/// What the button of a card starts: the action of the project's last run, given by its label, where it is still
+/// offered; else both, front end, back end, app, Flutter, Docker. None where nothing is offered.
 [[nodiscard]] std::optional<RunAction> defaultAction(
-    const QString& projectID, const QList<RunAction>& available, const std::optional<LastRun>& lastRun);
+    const QList<RunAction>& available, const std::optional<QString>& last);
 } // namespace CardPrimaryAction
 
 enum class QuickGitAction { fetch, pull, push };

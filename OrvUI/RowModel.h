@@ -18,6 +18,12 @@ struct RowRole {
     QVariant (*value)(const Row& row);
 };
 
+/// The role `name` is the member as it stands.
+template <auto member, typename Row>
+constexpr RowRole<Row> memberRole(const char* name) {
+    return {name, [](const Row& row) { return QVariant::fromValue(row.*member); }};
+}
+
 template <typename Row>
 class RowModel : public QAbstractListModel {
 public:

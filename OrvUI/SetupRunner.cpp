@@ -54,9 +54,13 @@ void SetupRunner::next() {
     };
     // An earlier step may have installed for this one too: a workspace does.
     const auto look = [target = m_steps[m_index].target, installs = m_installs] {
-        return Need{
+        Need need{
             installs->isInstallNeeded(target), CommandBuilder::installBody(target),
             InstallRecord::manifests(target.directory)};
+        if (need.isInstallNeeded) {
+            (void)installs->begin(target.directory, need.installBody);
+        }
+        return need;
     };
     onFinished(runIn(m_pool, look), this, [this](const Need& need) {
         if (m_isStopped) {
@@ -107,9 +111,12 @@ void SetupRunner::end(const ServiceState& state) {
     const auto settle = [target = step.target, body = m_installBody, before = m_manifests, installs = m_installs,
                          isDone] {
         if (!isDone) {
-            (void)installs->forget(target.directory, body);
-        } else if (CommandBuilder::needsInstall(target)) {
+            return; // stays unfinished
+        }
+        if (CommandBuilder::needsInstall(target)) {
             (void)installs->remember(target.directory, body, before);
+        } else {
+            (void)installs->forget(target.directory, body);
         }
     };
     onFinished(runIn(m_pool, settle), this, [this, isDone, isStopped, state] {

@@ -1,4 +1,5 @@
 #include "TermEngine/Buffer.h"
+#include "TermEngine/Diagnostics.h"
 #include "TermEngine/Reflow_p.h"
 
 #include <algorithm>
@@ -11,7 +12,8 @@ void Buffer::resize(int cols, int rows, std::span<LinePlace> places) {
     }
     // Room for all that a reflow makes; what is too much goes at the end.
     const std::size_t length = static_cast<std::size_t>(rows + (m_setup.hasScrollback ? m_setup.scrollback : 0));
-    if (cols != m_cols) {
+    const bool flows = cols != m_cols;
+    if (flows) {
         resizeTabStops(cols);
         reflow(cols, rows, places);
     }
@@ -25,6 +27,17 @@ void Buffer::resize(int cols, int rows, std::span<LinePlace> places) {
     resetMargins();
     saved.x = std::clamp(saved.x, 0, m_cols - 1);
     saved.y = std::clamp(saved.y, 0, m_rows - 1);
+    checkWidths(flows ? 0 : m_yBase);
+}
+
+/// All lines from `first` on are as wide as the screen, or they are made so.
+void Buffer::checkWidths(int first) {
+    for (int index = first; index < lineCount(); ++index) {
+        if (lineAt(index).size() < m_cols) [[unlikely]] {
+            logDiagnostic("A resized line is shorter than the buffer width");
+            lineAt(index).resize(m_cols);
+        }
+    }
 }
 
 /// The last line, counted from the oldest, with the cursor or with content.

@@ -1,5 +1,7 @@
 #include "TermEngine/Buffer.h"
 
+#include "TermEngine/Diagnostics.h"
+
 #include <algorithm>
 
 namespace term {
@@ -29,6 +31,11 @@ std::unique_ptr<BufferLine> Buffer::blankLine(PackedCell blank) {
     line->setRenderIdentity(nextIdentity());
     line->setBidiState(defaultBidiState);
     return line;
+}
+
+[[gnu::cold]] std::size_t Buffer::indexInside(int index) const {
+    logDiagnostic("Buffer: You passed an index out of range, adjusting to prevent crash, but you should debug");
+    return static_cast<std::size_t>(std::clamp(index, 0, lineCount() - 1));
 }
 
 void Buffer::fillRows() {

@@ -3,6 +3,7 @@
 #include "TermEngine/BufferLine.h"
 #include "TermEngine/Charsets.h"
 #include "TermEngine/CircularList.h"
+#include "TermEngine/SemanticPrompt.h"
 #include "TermEngine/TerminalOptions.h"
 #include "TermEngine/VectorOps.h"
 
@@ -98,8 +99,9 @@ public:
     [[nodiscard]] CellArena& arena() const { return *m_arena; }
 
     [[nodiscard]] int lineCount() const { return static_cast<int>(m_lines.size()); }
-    [[nodiscard]] const BufferLine& lineAt(int index) const { return *m_lines[static_cast<std::size_t>(index)]; }
-    [[nodiscard]] BufferLine& lineAt(int index) { return *m_lines[static_cast<std::size_t>(index)]; }
+    /// An index that is none is reported as a diagnostic, and clamped.
+    [[nodiscard]] const BufferLine& lineAt(int index) const { return *m_lines[checked(index)]; }
+    [[nodiscard]] BufferLine& lineAt(int index) { return *m_lines[checked(index)]; }
     [[nodiscard]] BufferLine& line(int row) { return lineAt(m_yBase + row); }
     [[nodiscard]] const BufferLine& line(int row) const { return lineAt(m_yBase + row); }
     /// Lines of history.
@@ -140,6 +142,7 @@ public:
     bool reverseWraparound = false;
     bool extendedReverseWraparound = false;
     SavedCursor saved;
+    SemanticState semantic;
     std::uint8_t defaultBidiState = 0;
     LineObserver* lineObserver = nullptr;
 
@@ -172,6 +175,7 @@ public:
     void clear(PackedCell blank = {});
 
     void setTabStop(int col);
+    [[nodiscard]] bool isTabStop(int col) const { return m_tabStops[static_cast<std::size_t>(col)]; }
     void clearTabStop(int col);
     void clearAllTabStops();
     /// Every `width` columns; 0: nowhere.
@@ -194,6 +198,11 @@ public:
     [[nodiscard]] std::unique_ptr<BufferLine> blankLine(PackedCell blank);
 
 private:
+    [[nodiscard]] std::size_t checked(int index) const {
+        return static_cast<std::size_t>(index) < m_lines.size() ? static_cast<std::size_t>(index) : indexInside(index);
+    }
+    [[nodiscard]] std::size_t indexInside(int index) const;
+    void checkWidths(int first);
     /// Of `m_lastScalar`: a Prepend, which joins what comes next, though that begins a cluster by itself elsewhere.
     static constexpr char32_t joinsNext = 0x8000'0000;
     void insertBehindPrepend(char32_t scalar, const Pen& pen);

@@ -1,5 +1,7 @@
 #include "TermEngine/BufferLine.h"
 
+#include "TermEngine/Diagnostics.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -29,8 +31,14 @@ BufferLine::BufferLine(const BufferLine& other)
       m_generation(other.m_generation),
       m_renderIdentity(other.m_renderIdentity),
       m_recycleGeneration(other.m_recycleGeneration),
-      m_marks(other.m_marks) {
+      m_marks(other.m_marks),
+      m_continuedGroup(other.m_continuedGroup) {
     std::copy_n(other.m_cells.get(), m_used, m_cells.get());
+}
+
+[[gnu::cold]] PackedCell BufferLine::cellOutside(int col) const {
+    logDiagnostic("BufferLine: You passed an index out of range, adjusting to prevent crash, but you should debug");
+    return m_cols > 0 ? (*this)[std::clamp(col, 0, m_cols - 1)] : m_tailBlank;
 }
 
 void BufferLine::setRenderMode(RenderLineMode mode) {

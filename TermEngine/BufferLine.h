@@ -44,9 +44,12 @@ public:
     [[nodiscard]] int size() const { return m_cols; }
     [[nodiscard]] int usedLength() const { return m_used; }
     [[nodiscard]] PackedCell tailBlankCell() const { return m_tailBlank; }
-    /// The column is clamped.
+    /// A column that is none is reported as a diagnostic, and clamped.
     [[nodiscard]] PackedCell operator[](int col) const {
-        return col >= 0 && col < m_used ? m_cells[static_cast<std::size_t>(col)] : m_tailBlank;
+        if (static_cast<unsigned>(col) < static_cast<unsigned>(m_used)) [[likely]] {
+            return m_cells[static_cast<std::size_t>(col)];
+        }
+        return static_cast<unsigned>(col) < static_cast<unsigned>(m_cols) ? m_tailBlank : cellOutside(col);
     }
     [[nodiscard]] std::span<const PackedCell> usedCells() const {
         return {m_cells.get(), static_cast<std::size_t>(m_used)};
@@ -73,6 +76,9 @@ public:
     }
     [[nodiscard]] const SemanticMarks& semanticMarks() const { return m_marks; }
     void setSemanticMark(const SemanticMarks& marks);
+    /// The prompt (`SemanticState::activeGroup`) whose text goes on here behind a line feed; 0: none.
+    [[nodiscard]] std::uint32_t continuedGroup() const { return m_continuedGroup; }
+    void setContinuedGroup(std::uint32_t group) { m_continuedGroup = group; }
 
     /// Room for cells that the caller writes at once, all of them: the halves of wide characters that it cuts become
     /// blank. Within the line.
@@ -134,6 +140,7 @@ public:
         m_renderMode = RenderLineMode::single;
         m_bidiState = 0;
         m_marks = {};
+        m_continuedGroup = 0;
         m_renderIdentity = identity;
         ++m_recycleGeneration;
         ++m_generation;
@@ -150,6 +157,7 @@ public:
     [[nodiscard]] std::string translateToString(const CellArena& arena, bool trim, int first = 0, int end = -1) const;
 
 private:
+    [[nodiscard]] PackedCell cellOutside(int col) const;
     void reserve(int col, int end);
     void grow(int capacity);
     void cutWide(int col);
@@ -168,6 +176,7 @@ private:
     std::uint64_t m_renderIdentity = 0;
     std::uint32_t m_recycleGeneration = 0;
     SemanticMarks m_marks;
+    std::uint32_t m_continuedGroup = 0;
 };
 
 } // namespace term

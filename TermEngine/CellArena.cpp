@@ -20,12 +20,27 @@ std::uint16_t tagOf(std::uint64_t hash) {
 
 } // namespace
 
-CellArena::CellArena() : m_attributes(1), m_slots(256) {}
+CellArena::CellArena() : m_slots(256) {
+    m_attributes.add({});
+}
 
-std::shared_ptr<const CellArena> CellArena::snapshot() const {
-    std::shared_ptr<CellArena> copy(new CellArena(*this));
-    copy->m_roots = nullptr;
-    return copy;
+CellArena::CellArena(Snapshot /*unused*/, const CellArena& arena)
+    : m_attributes(arena.m_attributes),
+      m_attributeCount(arena.m_attributeCount),
+      m_clusters(arena.m_clusters.readable()),
+      m_links(arena.m_links.readable()) {}
+
+std::shared_ptr<const CellArena> CellArena::snapshotOf(
+    const CellArena& arena, std::shared_ptr<const CellArena> before) {
+    if (before && arena.preservesEncoding(*before)) {
+        return before;
+    }
+    return std::shared_ptr<const CellArena>(new CellArena(Snapshot(), arena));
+}
+
+bool CellArena::preservesEncoding(const CellArena& snapshot) const {
+    return m_attributes.hasBlocksOf(snapshot.m_attributes) && m_clusters.hasValuesOf(snapshot.m_clusters) &&
+           m_links.hasValuesOf(snapshot.m_links);
 }
 
 std::size_t CellArena::slotOf(const PackedAttributeKey& key, std::uint64_t hash) const {
@@ -91,11 +106,11 @@ std::uint16_t CellArena::addAttribute(const PackedAttributeKey& key, std::uint64
     std::uint16_t id = 0;
     if (m_freeAttributes.empty()) {
         id = static_cast<std::uint16_t>(m_attributes.size());
-        m_attributes.push_back(key);
+        m_attributes.add(key);
     } else {
         id = m_freeAttributes.back();
         m_freeAttributes.pop_back();
-        m_attributes[id] = key;
+        m_attributes.replace(id, key);
     }
     ++m_attributeCount;
     if (m_attributeCount * 4 > m_slots.size()) {
@@ -120,7 +135,6 @@ TinyAtom CellArena::internLink(const std::string& link) {
 }
 
 bool CellArena::sweepWhenDue(Room room) {
-    ++m_changes;
     ++m_newSinceSweep;
     if (m_newSinceSweep < (room == Room::none ? m_earliestSweep : m_nextSweep) || !m_roots) {
         return false;
@@ -277,15 +291,25 @@ PackedCell CellArena::withAttribute(PackedCell cell, const Attribute& attribute)
     return PackedCell(raw | std::uint64_t{intern(attribute)} << PackedCell::attributeShift);
 }
 
+PackedCell CellArena::replacingContent(PackedCell cell, std::u32string_view scalars) {
+    // What an empty cell has as its content is its background.
+    const std::uint64_t attribute = cell.kind() == PackedCell::Kind::scalar || cell.kind() == PackedCell::Kind::cluster
+                                        ? cell.rawValue & PackedCell::attributeMask
+                                        : std::uint64_t{intern(attributeOf(cell))} << PackedCell::attributeShift;
+    const std::uint64_t rest = (cell.rawValue & ~(PackedCell::contentMask | PackedCell::attributeMask | 3)) | attribute;
+    if (scalars.empty()) {
+        return withAttribute(PackedCell(rest), attributeOf(PackedCell(rest)));
+    }
+    if (const std::uint32_t id = scalars.size() > 1 ? internCluster(scalars) : 0; id != 0) {
+        return PackedCell::make(PackedCell::Kind::cluster, id, rest);
+    }
+    return PackedCell::make(PackedCell::Kind::scalar, scalars.front(), rest);
+}
+
 PackedCell CellArena::adopt(PackedCell cell, const CellArena& from) {
     std::uint64_t raw = cell.rawValue;
     if (cell.kind() == PackedCell::Kind::cluster) {
-        const std::u32string& text = from.cluster(cell.content());
-        const std::uint32_t id = internCluster(text);
-        raw = (raw & ~(PackedCell::contentMask | 3)) |
-              (id != 0 ? PackedCell::make(PackedCell::Kind::cluster, id)
-                       : PackedCell::make(PackedCell::Kind::scalar, text.front()))
-                  .rawValue;
+        raw = replacingContent(cell, from.cluster(cell.content())).rawValue;
     }
     if (cell.attributeId() != 0) {
         raw = (raw & ~PackedCell::attributeMask) | std::uint64_t{intern(from.attribute(cell.attributeId()))}

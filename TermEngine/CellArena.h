@@ -1,10 +1,10 @@
 #pragma once
 
 #include "TermEngine/PackedCell.h"
+#include "TermEngine/SharedTable.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -20,6 +20,11 @@ template <typename Value>
 class NumberedSet {
 public:
     explicit NumberedSet(std::uint32_t limit) : m_limit(limit) {}
+    /// For a snapshot: the values without the way to find them, so that none can be added.
+    [[nodiscard]] NumberedSet readable() const { return NumberedSet(m_values); }
+    [[nodiscard]] bool hasValuesOf(const NumberedSet& snapshot) const {
+        return m_values.hasBlocksOf(snapshot.m_values);
+    }
 
     /// Nothing when all numbers are taken.
     std::optional<std::uint32_t> intern(const Value& value) {
@@ -30,9 +35,9 @@ public:
         if (!m_free.empty()) {
             number = m_free.back();
             m_free.pop_back();
-            m_values[number - 1] = value;
+            m_values.replace(number - 1, value);
         } else if (m_values.size() < m_limit) {
-            m_values.push_back(value);
+            m_values.add(value);
             number = static_cast<std::uint32_t>(m_values.size());
         } else {
             return {};
@@ -51,14 +56,16 @@ public:
                 return false;
             }
             m_free.push_back(entry.second);
-            m_values[entry.second - 1] = Value();
+            m_values.replace(entry.second - 1, Value());
             return true;
         });
     }
 
 private:
+    explicit NumberedSet(const SharedTable<Value>& values) : m_limit(0), m_values(values) {}
+
     std::uint32_t m_limit;
-    std::deque<Value> m_values;
+    SharedTable<Value> m_values;
     std::unordered_map<Value, std::uint32_t> m_numbers;
     std::vector<std::uint32_t> m_free;
 };
@@ -76,10 +83,13 @@ public:
 
     CellArena();
     CellArena& operator=(const CellArena&) = delete;
-    /// A copy that no sweep changes.
-    [[nodiscard]] std::shared_ptr<const CellArena> snapshot() const;
-    /// Goes up with every new value, so that equal counts mean equal arenas.
-    [[nodiscard]] std::uint64_t changes() const { return m_changes; }
+    /// What a thread that draws needs of an arena, for the cells that there are now: no sweep and no new value changes
+    /// it. It shares the values with the arena, and is `before`, a snapshot of the same arena, where that still has the
+    /// meaning of all cells.
+    [[nodiscard]] static std::shared_ptr<const CellArena> snapshotOf(
+        const CellArena& arena, std::shared_ptr<const CellArena> before = nullptr);
+    /// Whether the cells that are in this arena, of which `snapshot` is one, mean the same in the snapshot.
+    [[nodiscard]] bool preservesEncoding(const CellArena& snapshot) const;
     /// Of a line (`BufferLine::renderIdentity`): no two lines of the buffers have the same one.
     [[nodiscard]] std::uint64_t nextLineIdentity() { return ++m_lineIdentities; }
 
@@ -97,6 +107,8 @@ public:
     [[nodiscard]] const std::u32string& cluster(std::uint32_t id) const { return m_clusters[id]; }
     [[nodiscard]] const std::string& link(TinyAtom atom) const { return m_links[atom]; }
     [[nodiscard]] std::size_t attributeCount() const { return m_attributeCount; }
+    /// How many attributes can be in use at once, beside the default one.
+    [[nodiscard]] static constexpr std::size_t styleCapacity() { return attributeCapacity; }
     [[nodiscard]] std::size_t clusterCount() const { return m_clusters.size(); }
     [[nodiscard]] std::size_t linkCount() const { return m_links.size(); }
 
@@ -113,6 +125,8 @@ public:
     /// The cell as it is in this arena, of one that is in another.
     [[nodiscard]] PackedCell adopt(PackedCell cell, const CellArena& from);
     [[nodiscard]] PackedCell withAttribute(PackedCell cell, const Attribute& attribute);
+    /// The cell with another text, and all else as it was. No scalars: an empty cell.
+    [[nodiscard]] PackedCell replacingContent(PackedCell cell, std::u32string_view scalars);
 
     /// Marks the numbers that cells use.
     class Marker {
@@ -133,7 +147,8 @@ public:
     void sweep();
 
 private:
-    CellArena(const CellArena&) = default;
+    struct Snapshot {};
+    CellArena(Snapshot, const CellArena& arena);
     /// Of the table by which attributes are found: an identifier, 0 in a free slot, and 16 bits of its attribute's
     /// hash, so that a look at another attribute is rare.
     struct Slot {
@@ -150,7 +165,7 @@ private:
     enum class Room : std::uint8_t { none, some };
     bool sweepWhenDue(Room room);
 
-    std::vector<PackedAttributeKey> m_attributes;
+    SharedTable<PackedAttributeKey> m_attributes;
     std::vector<std::uint16_t> m_freeAttributes;
     std::vector<Slot> m_slots; ///< open addressing
     std::size_t m_attributeCount = 0;
@@ -161,7 +176,6 @@ private:
     NumberedSet<std::string> m_links{0xFFFF};
 
     std::function<void(Marker&)> m_roots;
-    std::uint64_t m_changes = 0;
     std::uint64_t m_lineIdentities = 0;
     std::size_t m_newSinceSweep = 0;
     static constexpr std::size_t leastBetweenSweeps = 4096;

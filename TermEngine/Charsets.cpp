@@ -1,5 +1,6 @@
 #include "TermEngine/Charsets.h"
 
+#include <algorithm>
 #include <string>
 
 namespace term {
@@ -10,100 +11,153 @@ struct Designation {
     Charset set;
 };
 
-// XTerm Control Sequences, "Designate G0 Character Set".
-constexpr Designation designations94[] = {
-    {"B", Charset::ascii},           {"1", Charset::ascii},           {"0", Charset::decGraphics},
-    {"2", Charset::decGraphics},     {"<", Charset::decSupplemental}, {"%5", Charset::decSupplemental},
-    {"A", Charset::british},         {"4", Charset::dutch},           {"C", Charset::finnish},
-    {"5", Charset::finnish},         {"R", Charset::french},          {"f", Charset::french},
-    {"Q", Charset::frenchCanadian},  {"9", Charset::frenchCanadian},  {"K", Charset::german},
-    {">", Charset::decTechnical},    {"Y", Charset::italian},         {"`", Charset::norwegianDanish},
-    {"E", Charset::norwegianDanish}, {"6", Charset::norwegianDanish}, {"Z", Charset::spanish},
-    {"H", Charset::swedish},         {"7", Charset::swedish},         {"=", Charset::swiss},
+// XTerm Control Sequences, "Designate G0 Character Set" and "Designate G1 Character Set, VT300". Of several names of a
+// set, the first is the one by which it is reported.
+constexpr Designation designations[] = {
+    {"B", Charset::ascii},
+    {"1", Charset::ascii},
+    {"0", Charset::decGraphics},
+    {"2", Charset::decGraphics},
+    {"%5", Charset::decSupplementalGraphics},
+    {"<", Charset::decSupplemental},
+    {">", Charset::decTechnical},
+    {"\"4", Charset::decHebrew},
+    {"\"?", Charset::decGreek},
+    {"%0", Charset::decTurkish},
+    {"&4", Charset::decCyrillic},
+    {"A", Charset::british},
+    {"4", Charset::dutch},
+    {"C", Charset::finnish},
+    {"5", Charset::finnish},
+    {"R", Charset::french},
+    {"f", Charset::french},
+    {"Q", Charset::frenchCanadian},
+    {"9", Charset::frenchCanadian},
+    {"K", Charset::german},
+    {"Y", Charset::italian},
+    {"`", Charset::norwegianDanish},
+    {"E", Charset::norwegianDanish},
+    {"6", Charset::norwegianDanish},
+    {"Z", Charset::spanish},
+    {"H", Charset::swedish},
+    {"7", Charset::swedish},
+    {"=", Charset::swiss},
     {"%6", Charset::portuguese},
+    {"\">", Charset::greek},
+    {"%=", Charset::hebrew},
+    {"%2", Charset::turkish},
+    {"A", Charset::latin1},
+    {"B", Charset::latin2},
+    {"F", Charset::isoGreek},
+    {"H", Charset::isoHebrew},
+    {"L", Charset::isoCyrillic},
+    {"M", Charset::latin5},
 };
 
-// The codes that a national set replaces, in the order of the characters below.
-constexpr std::string_view replacedCodes = "#@[\\]^_`{|}~";
-
-struct National {
+struct Characters {
     Charset set;
     std::u32string_view characters;
 };
 
-constexpr National nationals[] = {
+// The codes that a national set replaces, in the order of the characters below.
+constexpr std::string_view replacedCodes = "#@[\\]^_`{|}~";
+constexpr std::string_view turkishCodes = "!&@[\\]^`{|}~";
+
+constexpr Characters nationals[] = {
     {Charset::british, U"£@[\\]^_`{|}~"},       {Charset::dutch, U"£¾ĳ½|^_`¨ƒ¼´"},
     {Charset::finnish, U"#@ÄÖÅÜ_éäöåü"},        {Charset::french, U"£à°ç§^_`éùè¨"},
     {Charset::frenchCanadian, U"#àâçêî_ôéùèû"}, {Charset::german, U"#§ÄÖÜ^_`äöüß"},
     {Charset::italian, U"£§°çé^_ùàòèì"},        {Charset::norwegianDanish, U"#ÄÆØÅÜ_äæøåü"},
     {Charset::spanish, U"£§¡Ñ¿^_`°ñç~"},        {Charset::swedish, U"#ÉÄÖÅÜ_éäöåü"},
     {Charset::swiss, U"ùàéçêîèôäöüû"},          {Charset::portuguese, U"#@ÃÇÕ^_`ãçõ~"},
+    {Charset::turkish, U"ığİŞÖÇÜĞşöçü"},
+};
+
+// Those that have letters in the place of small ones, from 0x60 on.
+constexpr Characters letters[] = {
+    {Charset::greek, U"`ΑΒΓΔΕΖΗΘΙΚΛΜΝΧΟΠΡΣΤΥΦΞΨΩ  "},
+    {Charset::hebrew, U"אבגדהוזחטיךכלםמןנסעףפץצקרשת"},
 };
 
 // DEC Special Character and Line Drawing Set, 0x5F to 0x7E.
 constexpr std::u32string_view graphics = U"\u00A0◆▒␉␌␍␊°±␤␋┘┐┌└┼⎺⎻─⎼⎽├┤┴┬│≤≥π≠£·";
 
-// DEC Technical, 0x21 to 0x7E; what it leaves free is a reversed question mark.
-constexpr std::u32string_view technical =
-    U"⎷┌─⌠⌡│⎡⎣⎤⎦⎧⎩⎫⎭⎨⎬⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮≤≠≥∫∴∝∞÷Δ∇ΦΓ∼≃Θ×Λ⇔⇒≡ΠΨ⸮Σ⸮⸮√ΩΞΥ⊂⊃∩∪∧∨¬αβχδεφγηιθκλ⸮ν∂πψρστ⸮ƒωξυζ←↑→↓";
-static_assert(technical.size() == 0x7E - 0x20);
+// Whole sets, 0x21 to 0x7E; what a set leaves free is a reversed question mark, as in xterm.
+constexpr Characters wholeSets[] = {
+    {Charset::decTechnical, U"⎷┌─⌠⌡│⎡⎣⎤⎦⎧⎩⎫⎭⎨⎬⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮≤≠≥∫∴∝∞÷Δ∇ΦΓ∼≃Θ×Λ"
+                            U"⇔⇒≡ΠΨ⸮Σ⸮⸮√ΩΞΥ⊂⊃∩∪∧∨¬αβχδεφγηιθκλ⸮ν∂πψρστ⸮ƒωξυζ←↑→↓"},
+    {Charset::decSupplemental, U"¡¢£⸮¥⸮§¤©ª«⸮⸮⸮⸮°±²³⸮µ¶·⸮¹º»¼½⸮¿ÀÁÂÃÄÅÆÇÈÉÊËÌÍÎÏ"
+                               U"⸮ÑÒÓÔÕÖŒØÙÚÛÜŸ⸮ßàáâãäåæçèéêëìíîï⸮ñòóôõöœøùúûüÿ⸮"},
+    {Charset::decHebrew, U"¡¢£⸮¥⸮§¨©×«⸮⸮⸮⸮°±²³⸮µ¶·⸮¹÷»¼½⸮¿⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮"
+                         U"⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮אבגדהוזחטיךכלםמןנסעףפץצקרשת⸮⸮⸮⸮"},
+    {Charset::decGreek, U"¡¢£⸮¥⸮§¤©ª«⸮⸮⸮⸮°±²³⸮µ¶·⸮¹º»¼½⸮¿ϊΑΒΓΔΕΖΗΘΙΚΛΜΝΞΟ"
+                        U"⸮ΠΡΣΤΥΦΧΨΩάέήί⸮όϋαβγδεζηθικλμνξο⸮πρστυφχψωςύώ΄⸮"},
+    {Charset::decTurkish, U"¡¢£⸮¥⸮§¨©ª«⸮⸮İ⸮°±²³⸮µ¶·⸮¹º»¼½ı¿ÀÁÂÃÄÅÆÇÈÉÊËÌÍÎÏ"
+                          U"ĞÑÒÓÔÕÖŒØÙÚÛÜŸŞßàáâãäåæçèéêëìíîïğñòóôõöœøùúûüÿş"},
+    {Charset::decCyrillic, U"⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮юабцдефгхийклмно"
+                           U"пярстужвьызшэщчъЮАБЦДЕФГХИЙКЛМНОПЯРСТУЖВЬЫЗШЭЩЧ"},
+    {Charset::latin2, U"Ą˘Ł¤ĽŚ§¨ŠŞŤŹ\u00ADŽŻ°ą˛ł´ľśˇ¸šşťź˝žżŔÁÂĂÄĹĆÇČÉĘËĚÍÎĎ"
+                      U"ĐŃŇÓÔŐÖ×ŘŮÚŰÜÝŢßŕáâăäĺćçčéęëěíîďđńňóôőö÷řůúűüýţ"},
+    {Charset::isoGreek, U"‘’£€₯¦§¨©ͺ«¬\u00AD⸮―°±²³΄΅Ά·ΈΉΊ»Ό½ΎΏΐΑΒΓΔΕΖΗΘΙΚΛΜΝΞΟ"
+                        U"ΠΡ⸮ΣΤΥΦΧΨΩΪΫάέήίΰαβγδεζηθικλμνξοπρςστυφχψωϊϋόύώ"},
+    {Charset::isoHebrew, U"⸮¢£¤¥¦§¨©×«¬\u00AD®¯°±²³´µ¶·¸¹÷»¼½¾⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮"
+                         U"⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮⸮‗אבגדהוזחטיךכלםמןנסעףפץצקרשת⸮⸮\u200E\u200F"},
+    {Charset::isoCyrillic, U"ЁЂЃЄЅІЇЈЉЊЋЌ\u00ADЎЏАБВГДЕЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЫЬЭЮЯ"
+                           U"абвгдежзийклмнопрстуфхцчшщъыьэюя№ёђѓєѕіїјљњћќ§ў"},
+    {Charset::latin5, U"¡¢£¤¥¦§¨©ª«¬\u00AD®¯°±²³´µ¶·¸¹º»¼½¾¿ÀÁÂÃÄÅÆÇÈÉÊËÌÍÎÏ"
+                      U"ĞÑÒÓÔÕÖ×ØÙÚÛÜİŞßàáâãäåæçèéêëìíîïğñòóôõö÷øùúûüış"},
+};
+static_assert(std::ranges::all_of(wholeSets, [](const Characters& whole) { return whole.characters.size() == 94; }));
 
-/// DEC Supplemental is Latin-1 but for these (VT220 Programmer Reference Manual, Multinational Character Set).
-char32_t supplemental(std::uint8_t code) {
-    switch (code) {
-    case 0x20:
-        return code;
-    case 0x28:
-        return U'¤';
-    case 0x57:
-        return U'Œ';
-    case 0x5D:
-        return U'Ÿ';
-    case 0x77:
-        return U'œ';
-    case 0x7D:
-        return U'ÿ';
-    default:
-        return code | 0x80U;
-    }
+/// The character that stands where `code` does among the codes.
+char32_t replaced(std::string_view codes, std::u32string_view characters, std::uint8_t code) {
+    const std::size_t at = codes.find(static_cast<char>(code));
+    return at == std::string_view::npos ? char32_t{code} : characters[at];
+}
+
+/// The character of a set that has those from `first` on.
+char32_t characterFrom(std::uint8_t first, std::u32string_view characters, std::uint8_t code) {
+    return code >= first && code - first < static_cast<int>(characters.size()) ? characters[code - std::size_t{first}]
+                                                                               : char32_t{code};
 }
 
 } // namespace
 
-std::optional<Charset> charsetOf(std::string_view designation, bool has96Characters) {
-    if (has96Characters) {
-        return designation == "A" ? std::optional(Charset::latin1) : std::nullopt;
-    }
-    for (const Designation& known : designations94) {
-        if (known.finals == designation) {
+std::optional<Charset> charsetOf(std::string_view designation, bool has96) {
+    for (const Designation& known : designations) {
+        if (known.finals == designation && has96Characters(known.set) == has96) {
             return known.set;
         }
     }
     return {};
 }
 
+std::string_view designationOf(Charset set) {
+    return std::ranges::find(designations, set, &Designation::set)->finals;
+}
+
 char32_t characterOf(Charset set, std::uint8_t code) {
-    switch (set) {
-    case Charset::ascii:
+    set = set == Charset::decSupplementalGraphics ? Charset::decSupplemental : set;
+    const auto in = [set](const auto& table) -> std::u32string_view {
+        const auto* const found = std::ranges::find(table, set, &Characters::set);
+        return found == std::end(table) ? std::u32string_view() : found->characters;
+    };
+    if (set == Charset::ascii) {
         return code;
-    case Charset::decGraphics:
-        return code >= 0x5F && code <= 0x7E ? graphics[code - 0x5FU] : code;
-    case Charset::latin1:
+    }
+    if (set == Charset::decGraphics) {
+        return characterFrom(0x5F, graphics, code);
+    }
+    if (set == Charset::latin1) {
         return code | 0x80U;
-    case Charset::decSupplemental:
-        return supplemental(code);
-    case Charset::decTechnical:
-        return code > 0x20 && code <= 0x7E ? technical[code - 0x21U] : code;
-    default:
-        break;
     }
-    for (const National& national : nationals) {
-        if (national.set == set) {
-            const std::size_t at = replacedCodes.find(static_cast<char>(code));
-            return at == std::string_view::npos ? char32_t{code} : national.characters[at];
-        }
+    if (const auto characters = in(wholeSets); !characters.empty()) {
+        return has96Characters(set) && code == 0x20 ? U'\u00A0' : characterFrom(0x21, characters, code);
     }
-    return code;
+    if (const auto characters = in(letters); !characters.empty()) {
+        return characterFrom(0x60, characters, code);
+    }
+    return replaced(set == Charset::turkish ? turkishCodes : replacedCodes, in(nationals), code);
 }
 
 } // namespace term

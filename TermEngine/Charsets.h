@@ -12,8 +12,20 @@ enum class Charset : std::uint8_t {
     ascii,
     decGraphics,
     decSupplemental,
+    decSupplementalGraphics, ///< the same characters under another name, by which it is reported
     decTechnical,
+    decHebrew,
+    decGreek,
+    decTurkish,
+    decCyrillic,
+    // Sets of 96 characters.
     latin1,
+    latin2,
+    isoGreek,
+    isoHebrew,
+    isoCyrillic,
+    latin5,
+    // National replacement sets.
     british,
     dutch,
     finnish,
@@ -25,18 +37,27 @@ enum class Charset : std::uint8_t {
     spanish,
     swedish,
     swiss,
-    portuguese
+    portuguese,
+    greek,
+    hebrew,
+    turkish
 };
 
 /// By the final bytes of a designation ("0", "%6"); nothing for a set that is not known.
 [[nodiscard]] std::optional<Charset> charsetOf(std::string_view designation, bool has96Characters);
+/// The final bytes that designate a set.
+[[nodiscard]] std::string_view designationOf(Charset set);
+
+[[nodiscard]] constexpr bool has96Characters(Charset set) {
+    return set >= Charset::latin1 && set <= Charset::latin5;
+}
 
 /// Whether a set acts in mode 42 (DECNRCM) only.
 [[nodiscard]] constexpr bool isNational(Charset set) {
     return set > Charset::british;
 }
 
-/// The character at 0x20 to 0x7F of a set.
+/// The character at 0x20 to 0x7E of a set.
 [[nodiscard]] char32_t characterOf(Charset set, std::uint8_t code);
 
 /// What the codes of a text stand for.

@@ -31,6 +31,12 @@ public:
     static constexpr int specialCount = 5;
     static constexpr int dynamicCount = 10;
 
+    /// What programs have set; nothing where the colour is that of the theme.
+    struct OwnColors {
+        std::array<std::optional<RgbColor>, paletteSize + specialCount> palette{};
+        std::array<std::optional<RgbColor>, dynamicCount> dynamic{};
+    };
+
     ColorTable() { setTheme(BaseColors::xterm(), Ansi256PaletteStrategy::xterm); }
 
     void setTheme(const BaseColors& base, Ansi256PaletteStrategy strategy) {
@@ -39,11 +45,11 @@ public:
     }
     /// The index is one of the palette, or of a special colour behind it; nothing for a special one that is not set.
     [[nodiscard]] std::optional<RgbColor> color(int index) const {
-        const auto& own = m_own[static_cast<std::size_t>(index)];
+        const auto& own = m_own.palette[static_cast<std::size_t>(index)];
         return own || index >= paletteSize ? own : m_theme[static_cast<std::size_t>(index)];
     }
     [[nodiscard]] std::optional<RgbColor> color(DynamicColor which) const {
-        if (const auto& own = m_dynamic[static_cast<std::size_t>(which)]) {
+        if (const auto& own = m_own.dynamic[static_cast<std::size_t>(which)]) {
             return own;
         }
         switch (which) {
@@ -58,21 +64,21 @@ public:
     }
     /// What a program set, without the theme.
     [[nodiscard]] std::optional<RgbColor> ownColor(DynamicColor which) const {
-        return m_dynamic[static_cast<std::size_t>(which)];
+        return m_own.dynamic[static_cast<std::size_t>(which)];
     }
     /// Nothing: back to the theme.
-    void set(int index, std::optional<RgbColor> color) { m_own[static_cast<std::size_t>(index)] = color; }
-    void set(DynamicColor which, std::optional<RgbColor> color) { m_dynamic[static_cast<std::size_t>(which)] = color; }
-    void resetAll() {
-        m_own = {};
-        m_dynamic = {};
+    void set(int index, std::optional<RgbColor> color) { m_own.palette[static_cast<std::size_t>(index)] = color; }
+    void set(DynamicColor which, std::optional<RgbColor> color) {
+        m_own.dynamic[static_cast<std::size_t>(which)] = color;
     }
+    void resetAll() { m_own = {}; }
+    [[nodiscard]] const OwnColors& ownColors() const { return m_own; }
+    void setOwnColors(const OwnColors& colors) { m_own = colors; }
 
 private:
     BaseColors m_base;
     Palette m_theme{};
-    std::array<std::optional<RgbColor>, paletteSize + specialCount> m_own{};
-    std::array<std::optional<RgbColor>, dynamicCount> m_dynamic{};
+    OwnColors m_own;
 };
 
 } // namespace term

@@ -29,20 +29,39 @@ void EscapeSequenceParser::reset() {
 
 void EscapeSequenceParser::parseBorrowed(Bytes bytes) {
     if (m_parseDepth > 0) {
-        m_fedBack.insert(m_fedBack.end(), bytes.data(), bytes.data() + bytes.size());
+        keepFedBack(bytes);
         return;
     }
     ++m_parseDepth;
-    ParsingState at(bytes);
-    walk(at);
-    // Once only: a handler that feeds bytes for every sequence that it gets would never come to an end.
-    if (!m_fedBack.empty()) {
-        const std::vector<std::uint8_t> fed = std::exchange(m_fedBack, {});
-        ParsingState more(fed);
-        walk(more);
-        m_fedBack.clear();
+    if (m_fedBack.empty()) [[likely]] {
+        ParsingState at(bytes);
+        walk(at);
+    } else {
+        keepFedBack(bytes);
+    }
+    if (!m_fedBack.empty()) [[unlikely]] {
+        walkFedBack();
     }
     --m_parseDepth;
+}
+
+void EscapeSequenceParser::keepFedBack(Bytes bytes) {
+    const std::size_t kept = std::min(bytes.size(), maximumFedBackBytes - m_fedBack.size());
+    m_fedBack.insert(m_fedBack.end(), bytes.data(), bytes.data() + kept);
+    if (kept < bytes.size() && m_handler.isLogging()) {
+        m_handler.log(detail::engineName + "Dropped bytes that a handler fed: " + std::to_string(bytes.size() - kept));
+    }
+}
+
+void EscapeSequenceParser::walkFedBack() {
+    // A handler that feeds bytes for every sequence that it gets would never come to an end.
+    std::size_t walked = 0;
+    while (!m_fedBack.empty() && walked < fedBackAtOnce) {
+        const std::vector<std::uint8_t> fed = std::exchange(m_fedBack, {});
+        ParsingState at(fed);
+        walk(at);
+        walked += m_fedBack.size();
+    }
 }
 
 void EscapeSequenceParser::walk(ParsingState& at) {

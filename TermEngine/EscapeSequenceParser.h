@@ -76,17 +76,23 @@ public:
 /// The byte stream of a program turned into calls on a handler. Any bytes at all are accepted, cut anywhere.
 ///
 /// A handler may reset the parser, which then takes the rest of the bytes from the ground state, and may feed bytes,
-/// which are parsed after those of the call that is under way.
+/// which are parsed after those of the call that is under way. What handlers of fed bytes feed in turn is parsed as
+/// well, up to `fedBackAtOnce` bytes in a call, and the rest with the next one: so there is an end to each.
 class EscapeSequenceParser {
 public:
     static constexpr std::size_t maximumApcBytes = 0x4100000;
     static constexpr std::size_t defaultMaximumOscBytes = 0x4100000;
+    static constexpr std::size_t fedBackAtOnce = 1 << 16;
+    /// More than that can't wait: it is dropped, with a message.
+    static constexpr std::size_t maximumFedBackBytes = 0x4000000;
 
     explicit EscapeSequenceParser(ParserHandler& handler, const VectorOps& ops = fastestVectorOps());
 
     /// Reads the bytes where they are: nothing but an unfinished sequence is copied.
     void parseBorrowed(Bytes bytes);
     void reset();
+    /// Whether a handler is at work.
+    [[nodiscard]] bool isParsing() const { return m_parseDepth > 0; }
 
     [[nodiscard]] ParserState state() const { return m_state; }
     [[nodiscard]] std::uint64_t resetSerial() const { return m_resetSerial; }
@@ -99,6 +105,8 @@ public:
     void setProgramStatusOsc(int code) { m_programStatusOsc = code; }
 
 private:
+    void keepFedBack(Bytes bytes);
+    void walkFedBack();
     void walk(ParsingState& at);
     void walkGround(ParsingState& at);
     void walkText(ParsingState& at);

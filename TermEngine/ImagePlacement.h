@@ -64,7 +64,19 @@ struct ImagePlacement {
     /// Of a sixel picture or of OSC 1337: it belongs to the text, which replaces it where it is written or erased.
     bool isText = false;
     uint64_t serial = 0;
+    /// Of a relative placement: the serial of the placement with which it moves and goes; 0: it stands by itself.
+    uint64_t parentSerial = 0;
+    int parentColumns = 0; ///< cells from the top left of the parent to its own
+    int parentRows = 0;
+    int64_t originRow = 0; ///< where the top left of the whole placement is, though a part may have been cut off
+    int originColumn = 0;
 
+    void moveTo(int64_t newRow, int newColumn) {
+        originRow += newRow - row;
+        originColumn += newColumn - column;
+        row = newRow;
+        column = newColumn;
+    }
     [[nodiscard]] CellArea area() const { return {row, row + rows, column, column + columns}; }
     bool operator==(const ImagePlacement&) const = default;
 };

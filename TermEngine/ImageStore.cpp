@@ -144,15 +144,73 @@ void ImageStore::countText() {
 }
 
 void ImageStore::place(ImagePlacement placement) {
-    if (placement.placementId != 0) {
-        removePlacements(
-            [&placement](const ImagePlacement& other) {
-                return other.imageId == placement.imageId && other.placementId == placement.placementId;
-            },
-            Data::keep);
-    }
     placement.serial = ++m_serial;
+    placement.originRow = placement.row;
+    placement.originColumn = placement.column;
+    if (placement.placementId != 0) {
+        const auto isReplaced = [&placement](const ImagePlacement& other) {
+            return other.imageId == placement.imageId && other.placementId == placement.placementId;
+        };
+        if (const auto before = std::ranges::find_if(m_placements, isReplaced); before != m_placements.end()) {
+            for (ImagePlacement& child : m_placements) {
+                child.parentSerial = child.parentSerial == before->serial ? placement.serial : child.parentSerial;
+            }
+        }
+        std::erase_if(m_placements, isReplaced);
+        countText();
+    }
     append(placement);
+    settleRelative();
+}
+
+const ImagePlacement* ImageStore::findPlacement(ScreenId screen, uint32_t imageId, uint32_t placementId) const {
+    const ImagePlacement* newest = nullptr;
+    for (const ImagePlacement& some : m_placements) {
+        const bool isWanted = some.imageId == imageId && (placementId == 0 || some.placementId == placementId);
+        if (isWanted && some.screen == screen && !some.isText && !some.isVirtual) {
+            newest = &some;
+        }
+    }
+    return newest;
+}
+
+const ImagePlacement* ImageStore::parentOf(const ImagePlacement& placement) const {
+    const auto found = std::ranges::find(m_placements, placement.parentSerial, &ImagePlacement::serial);
+    return placement.parentSerial == 0 || found == m_placements.end() ? nullptr : &*found;
+}
+
+void ImageStore::settleRelative() {
+    const auto isRelative = [](const ImagePlacement& some) { return some.parentSerial != 0; };
+    if (std::ranges::none_of(m_placements, isRelative)) {
+        return;
+    }
+    std::vector<std::pair<uint64_t, size_t>> bySerial;
+    for (size_t index = 0; index < m_placements.size(); ++index) {
+        bySerial.emplace_back(m_placements[index].serial, index);
+    }
+    std::ranges::sort(bySerial);
+    const auto withSerial = [&](uint64_t serial) -> const ImagePlacement* {
+        const auto found = std::ranges::lower_bound(bySerial, std::pair(serial, size_t{0}));
+        const bool isThere = found != bySerial.end() && found->first == serial;
+        return isThere ? &m_placements[found->second] : nullptr;
+    };
+    std::set<uint64_t> orphans;
+    for (ImagePlacement& placement : m_placements) {
+        int64_t row = 0;
+        int column = 0;
+        const ImagePlacement* root = &placement;
+        while (root != nullptr && isRelative(*root)) {
+            row += root->parentRows;
+            column += root->parentColumns;
+            root = withSerial(root->parentSerial);
+        }
+        if (root == nullptr) {
+            orphans.insert(placement.serial);
+        } else if (isRelative(placement)) {
+            placement.moveTo(root->originRow + row, root->originColumn + column);
+        }
+    }
+    std::erase_if(m_placements, [&](const ImagePlacement& some) { return orphans.contains(some.serial); });
 }
 
 void ImageStore::append(const ImagePlacement& placement) {
@@ -177,6 +235,7 @@ void ImageStore::removePlacements(const Condition& condition, Data data) {
         return;
     }
     countText();
+    settleRelative();
     if (data == Data::release) {
         dropUnplaced(ids);
     }
@@ -186,10 +245,10 @@ void ImageStore::scroll(ScreenId screen, const CellArea& area, int64_t by, const
     std::set<uint32_t> ids;
     std::erase_if(m_placements, [&](ImagePlacement& placement) {
         const bool isElsewhere = placement.screen != screen || placement.isVirtual || placement.isText;
-        if (isElsewhere || !area.contains(placement.area())) {
+        if (isElsewhere || placement.parentSerial != 0 || !area.contains(placement.area())) {
             return false;
         }
-        placement.row += by;
+        placement.moveTo(placement.row + by, placement.column);
         const auto part = partOf(placement, kept);
         placement = part.value_or(placement);
         if (!part) {
@@ -197,6 +256,7 @@ void ImageStore::scroll(ScreenId screen, const CellArea& area, int64_t by, const
         }
         return !part;
     });
+    settleRelative();
     if (!ids.empty()) {
         dropUnplaced(ids);
     }
@@ -207,9 +267,10 @@ void ImageStore::renumber(ScreenId screen, int64_t line, int64_t by, int64_t top
     for (ImagePlacement& placement : m_placements) {
         if (placement.screen == screen && !placement.isVirtual && !placement.isText && placement.row >= top &&
             placement.row + placement.rows > line) {
-            placement.row += by;
+            placement.moveTo(placement.row + by, placement.column);
         }
     }
+    settleRelative();
     constexpr CellArea all = CellArea::everything();
     moveText(screen, {line, all.bottom, all.left, all.right}, {.rows = by}, all);
 }

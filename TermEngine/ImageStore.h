@@ -67,8 +67,15 @@ public:
     void removeFrame(StoredImage& image, size_t index);
     void remove(uint32_t id);
 
-    /// In place of the one with the same two ids, where it has a placement id.
+    /// In place of the one with the same two ids, where it has a placement id. What is placed relative to that one goes
+    /// with the new one.
     void place(ImagePlacement placement);
+    /// The newest placement of an image, with that id where it is not 0, that others can be placed relative to.
+    [[nodiscard]] const ImagePlacement* findPlacement(ScreenId screen, uint32_t imageId, uint32_t placementId) const;
+    [[nodiscard]] const ImagePlacement* parentOf(const ImagePlacement& placement) const;
+    /// Relative placements stand where their parents do, or go with them. (After `movable`; all else does it by
+    /// itself.)
+    void settleRelative();
     using Condition = std::function<bool(const ImagePlacement&)>;
     enum class Data : uint8_t { keep, release };
     /// With `release`, images that lose their last placement go too.

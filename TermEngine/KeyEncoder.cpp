@@ -233,7 +233,8 @@ private:
         const bool isModified = hasShift || hasCtrl || hasAlt;
         const bool isShiftedTab = key == tab && hasShift && !hasCtrl && !hasAlt;
         const bool isWellKnown = key == backspace || key == escape || isShiftedTab;
-        if (isModified && (m_modes.modifyOtherKeys == 2 || (m_modes.modifyOtherKeys == 1 && !isWellKnown))) {
+        if (m_modes.modifyOtherKeys == 3 ||
+            (isModified && (m_modes.modifyOtherKeys == 2 || (m_modes.modifyOtherKeys == 1 && !isWellKnown)))) {
             encodeOther(static_cast<char32_t>(key));
             return;
         }
@@ -271,7 +272,8 @@ private:
     void encodeLegacyText(char32_t code, std::string_view text) {
         const char32_t shifted = shiftedCode(code, text);
         const bool hasAlt = has(KeyModifiers::alt | KeyModifiers::meta);
-        if (code == 0 || !has(otherThanShift)) {
+        const bool isEncoded = m_modes.modifyOtherKeys == 3 && m_event.key == character;
+        if (code == 0 || (!has(otherThanShift) && !isEncoded)) {
             text.empty() ? appendUtf8(m_out, shifted) : static_cast<void>(m_out += text);
             return;
         }
@@ -282,7 +284,7 @@ private:
             control = control == noControl && code < controls.size() ? controls[code] : control;
         }
         const bool hasUnknownCtrl = has(KeyModifiers::ctrl) && control == noControl;
-        if (m_modes.modifyOtherKeys == 2 || (m_modes.modifyOtherKeys == 1 && hasUnknownCtrl)) {
+        if (m_modes.modifyOtherKeys >= 2 || (m_modes.modifyOtherKeys == 1 && hasUnknownCtrl)) {
             encodeOther(shifted);
             return;
         }

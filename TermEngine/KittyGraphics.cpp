@@ -11,6 +11,7 @@ namespace term {
 namespace {
 
 constexpr int mostCells = 10'000;
+constexpr int mostParents = 8;
 
 int ceilDivide(int64_t value, int64_t by) {
     return static_cast<int>(std::clamp<int64_t>((value + by - 1) / std::max<int64_t>(by, 1), 1, mostCells));
@@ -254,13 +255,46 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::put(
         const int64_t height = placement.rows * cellHeight;
         placement.columns = ceilDivide(height * placement.sourceWidth, cellWidth * placement.sourceHeight);
     }
+    if (command.has('P')) {
+        if (const auto outcome = makeRelative(placement, command, context); !outcome) {
+            return std::unexpected(outcome.error());
+        }
+    }
     m_store.place(placement);
     GraphicsResult result{.hasChanged = true};
-    if (!placement.isVirtual && command.number('C') != 1) {
+    if (!placement.isVirtual && placement.parentSerial == 0 && command.number('C') != 1) {
         result.cursorColumns = placement.columns;
         result.cursorRows = placement.rows - 1;
     }
     return result;
+}
+
+/// P and Q name the parent, H and V are the cells from it.
+KittyGraphics::Outcome<void> KittyGraphics::makeRelative(
+    ImagePlacement& placement, const GraphicsCommand& command, const GraphicsContext& context) const {
+    if (placement.isVirtual) {
+        return std::unexpected("EINVAL:a virtual placement has no parent");
+    }
+    const ImagePlacement* const parent =
+        m_store.findPlacement(context.screen, command.number('P'), command.number('Q'));
+    if (parent == nullptr) {
+        return std::unexpected("ENOPARENT:no such placement");
+    }
+    int depth = 1;
+    for (const ImagePlacement* above = parent; above != nullptr; above = m_store.parentOf(*above), ++depth) {
+        const bool isItself = placement.placementId != 0 && above->imageId == placement.imageId &&
+                              above->placementId == placement.placementId;
+        if (isItself) {
+            return std::unexpected("ECYCLE:it would be its own parent");
+        }
+        if (depth > mostParents) {
+            return std::unexpected("ETOODEEP:too many parents");
+        }
+    }
+    placement.parentSerial = parent->serial;
+    placement.parentColumns = std::clamp(command.signedNumber('H'), -mostCells, mostCells);
+    placement.parentRows = std::clamp(command.signedNumber('V'), -mostCells, mostCells);
+    return {};
 }
 
 void KittyGraphics::reset() {

@@ -37,7 +37,8 @@ struct GraphicsResult {
 
 /// kitty's graphics protocol ("Terminal graphics protocol"), over the images of one terminal.
 ///
-/// Files and shared memory are read only where the configuration allows it; relative placements are not known.
+/// Files and shared memory are read only where the configuration allows it. What is placed relative to another
+/// placement can't be so to a virtual one.
 class KittyGraphics {
 public:
     KittyGraphics(const KittyGraphicsConfiguration& configuration, ImageStore& store)
@@ -72,6 +73,8 @@ private:
     Outcome<GraphicsResult> finishFrame(const GraphicsCommand& command, const RgbaImage& data);
     Outcome<GraphicsResult> put(
         const GraphicsCommand& command, const StoredImage& image, const GraphicsContext& context);
+    Outcome<void> makeRelative(
+        ImagePlacement& placement, const GraphicsCommand& command, const GraphicsContext& context) const;
     Outcome<GraphicsResult> compose(const GraphicsCommand& command);
     Outcome<GraphicsResult> animate(const GraphicsCommand& command);
     GraphicsResult erase(const GraphicsCommand& command, const GraphicsContext& context);

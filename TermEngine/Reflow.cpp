@@ -51,7 +51,8 @@ void Reflow::keep(Line line, int index) {
 
 void Reflow::flow(std::vector<Line>& lines, int first, int end) {
     m_bidiState = lines[static_cast<std::size_t>(first)]->bidiState();
-    nextRow(lines[static_cast<std::size_t>(first)]->isWrapped());
+    nextRow(lines[static_cast<std::size_t>(first)]->isWrapped())
+        .setContinuedGroup(lines[static_cast<std::size_t>(first)]->continuedGroup());
     for (int index = first; index < end; ++index) {
         const Line row = std::move(lines[static_cast<std::size_t>(index)]);
         const bool isLast = index + 1 == end;

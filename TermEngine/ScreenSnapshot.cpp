@@ -41,8 +41,7 @@ void addImages(ScreenSnapshot& made, const Terminal& terminal) {
 ScreenSnapshot takeSnapshot(const Terminal& terminal, const ScreenSnapshot* before) {
     const Buffer& buffer = terminal.buffer();
     ScreenSnapshot made;
-    made.arenaChanges = terminal.arena().changes();
-    made.arena = before && before->arenaChanges == made.arenaChanges ? before->arena : terminal.arena().snapshot();
+    made.arena = CellArena::snapshotOf(terminal.arena(), before != nullptr ? before->arena : nullptr);
     made.cols = buffer.cols();
     made.cursor = {buffer.x(), buffer.y() + buffer.yBase() - buffer.yDisp()};
     made.isCursorVisible = terminal.modes().cursorVisible;

@@ -102,11 +102,17 @@ void Terminal::lineFeed() {
         carriageReturn();
     }
     m_buffer->index(pen());
+    if (m_buffer->semantic.isInPrompt()) [[unlikely]] {
+        continuePrompt();
+    }
 }
 
 void Terminal::nextLine() {
     carriageReturn();
     m_buffer->index(pen());
+    if (m_buffer->semantic.isInPrompt()) [[unlikely]] {
+        continuePrompt();
+    }
 }
 
 void Terminal::backspace() {

@@ -1,6 +1,8 @@
 #include "TermEngine/Terminal.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace term {
 
@@ -265,7 +267,7 @@ bool Terminal::dispatchMarkedCsi(char marker, char final, const CsiParameters& p
     case 'n':
         // XTMODKEYS: of the resources only modifyOtherKeys changes what is sent.
         if (parameters.at(0) == 4 || (final == 'm' && parameters.count == 1 && parameters.at(0) == 0)) {
-            m_modes.modifyOtherKeys = static_cast<std::uint8_t>(final == 'm' ? std::clamp(parameters.at(1), 0, 2) : 0);
+            m_modes.modifyOtherKeys = static_cast<std::uint8_t>(final == 'm' ? std::clamp(parameters.at(1), 0, 3) : 0);
         }
         return true;
     case 's':
@@ -334,11 +336,23 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
     } else if (function == " S" && (first == 0 || first == 3)) {
         // Of the directions of SPD, those with horizontal lines from top to bottom.
         selectDirection(first == 3 ? BidiDirection::rightToLeft : BidiDirection::leftToRight, 0);
+    } else if (function == "$w") {
+        reportPresentationState(first);
+    } else if (function == "#|") {
+        reportRendition(parameters);
+    } else if (function == "#P") {
+        pushColors(parameters);
+    } else if (function == "#Q") {
+        popColors(parameters);
+    } else if (function == "#R") {
+        reportColors();
     } else if (function == "\"v") {
         // DECRQDE: all of the one page is seen.
         sendCsi(std::to_string(rows()) + ";" + std::to_string(cols()) + ";1;1;1\"w");
     } else {
-        return false;
+        // What is not there: bells with a volume, a locator, a status line.
+        static constexpr std::array<std::string_view, 8> absent = {" t", " u", "'w", "'z", "'{", "'|", "$}", "$~"};
+        return std::ranges::find(absent, function) != absent.end();
     }
     return true;
 }

@@ -277,11 +277,11 @@ void Terminal::moveImagesTo(std::span<const LinePlace> places) {
     auto place = places.begin();
     for (ImagePlacement& placement : m_images.movable()) {
         if (placement.screen == ScreenId::normal) {
-            placement.row = place->line;
-            placement.column = std::min(place->col, cols() - 1);
+            placement.moveTo(place->line, std::min(place->col, cols() - 1));
             ++place;
         }
     }
+    m_images.settleRelative();
 }
 
 std::optional<std::int64_t> Terminal::advanceAnimations(std::int64_t nowMilliseconds) {

@@ -26,11 +26,12 @@ bool Terminal::sendInput(const std::string& bytes) {
     return true;
 }
 
-/// With local echo (SRM) it is shown as well.
+/// With local echo (SRM) it is shown as well, after what is being fed.
 bool Terminal::sendTyped(const std::string& bytes) {
     const bool isSent = sendInput(bytes);
-    if (isSent && !m_modes.sendReceive) {
-        feed(bytes);
+    if (isSent && !m_modes.sendReceive && !m_isEchoing) {
+        m_echo += bytes;
+        feed(Bytes());
     }
     return isSent;
 }

@@ -368,6 +368,7 @@ void Terminal::switchTo(Buffer& buffer) {
     buffer.setCursor(from.x(), from.y());
     buffer.setPendingWrap(from.pendingWrap());
     m_buffer = &buffer;
+    m_isPenStale = true;
     clearSelection();
     m_delegate.bufferActivated(*this);
 }
@@ -390,6 +391,10 @@ BidiPresentationState Terminal::bidiState(int row) const {
     state.autodetectsDirection = m_modes.bidiAutodetection;
     state.mirrorsBoxDrawing = m_modes.bidiBoxMirroring;
     return state;
+}
+
+PresentedRow Terminal::presentedRow(int row) const {
+    return term::presentedRow(*m_buffer, m_buffer->yBase() + row, bidiState(row), m_options.maximumBidiParagraphRows);
 }
 
 /// DECSCL. It resets, as DECSTR does.

@@ -47,17 +47,6 @@ std::string withPercentEscapes(std::string_view path) {
     return url;
 }
 
-/// OSC 133: a prompt of the kind c or s goes on with one that stands above, one of the kind r stands at the right.
-bool continuesPrompt(std::string_view options) {
-    while (!options.empty()) {
-        std::string_view value = cutAt(options, ';');
-        if (cutAt(value, '=') == "k") {
-            return value == "c" || value == "s" || value == "r";
-        }
-    }
-    return false;
-}
-
 } // namespace
 
 bool Terminal::dispatchOsc(int code, Bytes payload, StringEnd end) {
@@ -352,39 +341,6 @@ void Terminal::setLink(std::string_view payload) {
         // Cells with the same identity and address are one link. An identity has no ';'.
         m_link = m_arena->internLink(link->id + ";" + link->uri);
     }
-}
-
-/// OSC 133: A a new prompt, B the end of the prompt, C the end of the input, D the end of the output; L a fresh line,
-/// P a prompt without one, N as A after D.
-void Terminal::semanticPrompt(std::string_view payload) {
-    std::string_view options = payload;
-    const std::string_view kind = cutAt(options, ';');
-    if (kind == "N" && m_semantic != SemanticContent::none && m_semantic != SemanticContent::prompt) {
-        semanticPrompt("D");
-    }
-    if ((kind == "L" || kind == "A" || kind == "N") && m_buffer->x() > 0) {
-        nextLine();
-    }
-    BufferLine& line = m_buffer->line(m_buffer->y());
-    SemanticMarks marks = line.semanticMarks();
-    if (kind == "A" || kind == "N" || kind == "P") {
-        m_semantic = SemanticContent::prompt;
-        marks.promptStart = marks.promptStart || !continuesPrompt(options);
-    } else if (kind == "B" || kind == "I") {
-        m_semantic = SemanticContent::input;
-        marks.inputStart = true;
-    } else if (kind == "C") {
-        m_semantic = SemanticContent::output;
-        marks.outputStart = true;
-    } else if (kind == "D") {
-        m_semantic = SemanticContent::none;
-        marks.commandEnd = true;
-        marks.exitCode = numberOf(cutAt(options, ';'));
-    } else {
-        return;
-    }
-    m_isPenStale = true;
-    line.setSemanticMark(marks);
 }
 
 } // namespace term

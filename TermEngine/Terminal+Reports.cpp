@@ -54,6 +54,12 @@ std::unique_ptr<DcsHandler> Terminal::dcsHandler(
     if (final == 'q' && collected == "+") {
         return std::make_unique<StringRequest>(*this, &Terminal::requestTermcap);
     }
+    if (final == 't' && collected == "$" && parameters.at(0) == 1) {
+        return std::make_unique<StringRequest>(*this, &Terminal::restoreCursorInformation);
+    }
+    if (final == 't' && collected == "$" && parameters.at(0) == 2) {
+        return std::make_unique<StringRequest>(*this, &Terminal::restoreTabStops);
+    }
     return nullptr;
 }
 

@@ -68,11 +68,11 @@ void Terminal::refreshPen() {
     m_pen.bits = std::uint64_t{m_arena->intern(m_attribute)} << PackedCell::attributeShift |
                  std::uint64_t{m_isProtected} << PackedCell::protectedShift |
                  std::uint64_t{m_link} << PackedCell::payloadShift |
-                 static_cast<std::uint64_t>(m_semantic) << PackedCell::semanticShift;
+                 static_cast<std::uint64_t>(m_buffer->semantic.content) << PackedCell::semanticShift;
 }
 
 void Terminal::printAscii(Bytes text) {
-    if (m_charset.isPlain()) [[likely]] {
+    if (m_charset.isPlain() && !m_options.screenReaderMode) [[likely]] {
         m_buffer->insertAsciiRun(text, pen());
     } else {
         printTranslated(text);
@@ -82,17 +82,68 @@ void Terminal::printAscii(Bytes text) {
 void Terminal::printScalars(std::span<const char32_t> text) {
     const ClusterMode mode = m_modes.graphemeClusters ? ClusterMode::graphemes : ClusterMode::scalars;
     // Short runs of ASCII come with the text around them.
+    if (m_options.screenReaderMode) [[unlikely]] {
+        beginAnnouncing();
+        std::ranges::for_each(text, [this](char32_t scalar) { announce(scalar); });
+    }
     for (; !m_charset.isPlain() && !text.empty(); text = text.subspan(1)) {
         const char32_t scalar = translated(text.front());
         m_buffer->insertScalarRun({&scalar, 1}, pen(), mode);
     }
     m_buffer->insertScalarRun(text, pen(), mode);
+    endAnnouncing();
 }
 
+/// In character sets that are not plain, or for a screen reader, which gets the characters that are shown.
 void Terminal::printTranslated(Bytes text) {
+    beginAnnouncing();
+    if (m_charset.isPlain()) {
+        std::ranges::for_each(text, [this](std::uint8_t code) { announce(code); });
+        m_buffer->insertAsciiRun(text, pen());
+        text = {};
+    }
     for (const std::uint8_t code : text) {
         const char32_t scalar = translated(code);
+        announce(scalar);
         m_buffer->insertScalarRun({&scalar, 1}, pen(), ClusterMode::scalars);
+    }
+    endAnnouncing();
+}
+
+LinePlace Terminal::cursorPlace() const {
+    return {lineNumber(m_buffer->y()), m_buffer->x() + (m_buffer->pendingWrap() ? 1 : 0)};
+}
+
+void Terminal::beginAnnouncing() {
+    if (m_announcedEnd && *m_announcedEnd != cursorPlace()) {
+        announce(m_announcedEnd->line != cursorPlace().line ? U'\n' : U' ');
+    }
+}
+
+void Terminal::announce(char32_t scalar) {
+    if (m_options.screenReaderMode && m_announcement.size() < maximumAnnouncementBytes) {
+        unicode::appendUtf8(m_announcement, scalar);
+    }
+}
+
+void Terminal::endAnnouncing() {
+    if (m_options.screenReaderMode) [[unlikely]] {
+        m_announcedEnd = cursorPlace();
+    }
+}
+
+/// After all that was fed.
+void Terminal::echoAndAnnounce() {
+    if (m_parser.isParsing()) {
+        return;
+    }
+    // What the host sends because of an echo is not echoed, or there might be no end to it.
+    m_isEchoing = true;
+    const std::string echo = std::exchange(m_echo, {});
+    m_parser.parseBorrowed(Bytes(reinterpret_cast<const std::uint8_t*>(echo.data()), echo.size()));
+    m_isEchoing = false;
+    if (!m_announcement.empty()) {
+        m_delegate.textWritten(*this, std::exchange(m_announcement, {}));
     }
 }
 
@@ -153,7 +204,6 @@ void Terminal::resetState() {
     m_isProtected = false;
     m_isErasureGuarded = false;
     m_link = 0;
-    m_semantic = SemanticContent::none;
     m_isPenStale = true;
     m_charset = {};
     m_changesRectangles = false;
@@ -168,6 +218,8 @@ void Terminal::resetState() {
     m_clipboardQuestions.clear();
     m_permissions.clear();
     m_colors.resetAll();
+    m_colorStack.clear();
+    m_colorTop = 0;
     m_graphics.reset();
     m_images.clear();
     for (Buffer* buffer : {m_normal.get(), m_alternate.get()}) {
@@ -177,6 +229,7 @@ void Terminal::resetState() {
         buffer->reverseWraparound = false;
         buffer->extendedReverseWraparound = false;
         buffer->saved = {};
+        buffer->semantic = {};
         buffer->defaultBidiState = static_cast<std::uint8_t>(m_options.initialBidiState.paragraph);
         buffer->setupTabStops();
         buffer->forgetLastScalar();

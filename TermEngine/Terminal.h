@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TermEngine/Bidi.h"
 #include "TermEngine/Buffer.h"
 #include "TermEngine/CharData.h"
 #include "TermEngine/ColorTable.h"
@@ -34,6 +35,7 @@ public:
     /// What a title, a working directory or a link may have, in bytes.
     static constexpr std::size_t maximumTextBytes = term::maximumTextBytes;
     static constexpr std::size_t titleStackLimit = 10;
+    static constexpr std::size_t maximumAnnouncementBytes = 4096;
     static constexpr std::chrono::milliseconds synchronizedOutputTimeout{1000};
 
     explicit Terminal(
@@ -42,6 +44,7 @@ public:
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
+    /// Bytes that the host feeds from within one of its calls come after those that are being fed.
     void feed(Bytes bytes) {
         m_parser.parseBorrowed(bytes);
         if (!m_images.placements().empty()) [[unlikely]] {
@@ -50,6 +53,9 @@ public:
         }
         if (m_selection.range()) [[unlikely]] {
             dropSelectionWithin(0, static_cast<std::int64_t>(m_buffer->trimmedCount()) - 1);
+        }
+        if (m_options.screenReaderMode || !m_echo.empty()) [[unlikely]] {
+            echoAndAnnounce();
         }
     }
     void feed(std::string_view text) { feed(Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())); }
@@ -84,6 +90,8 @@ public:
     /// How a row of the screen, or of the history where it is negative, is to be presented where its text has two
     /// directions (see `presentedRow`).
     [[nodiscard]] BidiPresentationState bidiState(int row) const;
+    /// The same row with its cells in the order in which they are shown, within the limit of the options.
+    [[nodiscard]] PresentedRow presentedRow(int row) const;
     /// The text of a row of the screen without blanks at its end.
     [[nodiscard]] std::string lineText(int row) const;
 
@@ -115,6 +123,9 @@ public:
     bool sendMouse(const MouseEvent& event, int wheelLines = 3);
     bool sendFocus(FocusChange change);
     bool paste(std::string_view text, ClipboardLocation location = ClipboardLocation::clipboard);
+    /// A click of the user into the input of a shell's prompt: what brings the shell's cursor there, if the shell has
+    /// said how (Terminal+Semantic.cpp).
+    bool clickPrompt(TextPlace place);
     /// The user has chosen a notification that wants to be told so.
     void notificationActivated(const NotificationRequest& request);
 
@@ -175,6 +186,11 @@ private:
     }
     void refreshPen();
     void printTranslated(Bytes text);
+    void beginAnnouncing();
+    void announce(char32_t scalar);
+    void endAnnouncing();
+    void echoAndAnnounce();
+    [[nodiscard]] LinePlace cursorPlace() const;
     [[nodiscard]] char32_t translated(char32_t scalar);
     [[nodiscard]] char32_t characterIn(int slot, std::uint8_t code) const;
 
@@ -270,16 +286,29 @@ private:
     void windowOptions(const Parameters& parameters);
     void reportTitle(char kind, const std::string& title);
 
+    // Terminal+PresentationState.cpp
+    void reportPresentationState(int what);
+    void reportCursorInformation();
+    void restoreCursorInformation(const std::string& report);
+    void restoreTabStops(const std::string& report);
+    void reportRendition(const Parameters& parameters);
+    void pushColors(const Parameters& parameters);
+    void popColors(const Parameters& parameters);
+    void reportColors();
+
     // Terminal+Osc.cpp
     void setTitles(int code, std::string_view payload);
     void setLink(std::string_view payload);
-    void semanticPrompt(std::string_view payload);
     void notifyOrProgress(std::string_view payload);
     void notify(const std::optional<NotificationRequest>& request);
     void iTermCommand(std::string_view payload, StringEnd end);
     void showFile(const ITermCommand::File& file);
     void setDirectory(std::string url);
     void setProgramStatus(std::string_view payload);
+
+    // Terminal+Semantic.cpp
+    void semanticPrompt(std::string_view payload);
+    void continuePrompt();
 
     // Terminal+Clipboard.cpp
     struct ClipboardQuestion {
@@ -377,7 +406,6 @@ private:
     bool m_isProtected = false;
     bool m_isErasureGuarded = false; ///< SPA and EPA: erasing spares what is protected
     TinyAtom m_link = 0;
-    SemanticContent m_semantic = SemanticContent::none;
     Pen m_pen;
     bool m_isPenStale = false;
     CharsetState m_charset;
@@ -390,6 +418,8 @@ private:
     std::array<std::int64_t, 2>
         m_firstLines{}; ///< of the screens, when images were last looked through for those before
     ColorTable m_colors;
+    std::vector<ColorTable::OwnColors> m_colorStack;
+    std::size_t m_colorTop = 0; ///< counts from 1; 0: all was popped
     bool m_hasTheme = false;
     NotificationAssembler m_notifications;
     struct LoadingFile {
@@ -405,6 +435,11 @@ private:
     TerminalOscEventDispatcher m_oscEvents;
     int m_programStatusOsc = -1;
     std::vector<std::string> m_programStatus;
+
+    std::string m_echo; ///< SRM: of what was sent, not shown yet
+    bool m_isEchoing = false;
+    std::string m_announcement;              ///< for the screen reader
+    std::optional<LinePlace> m_announcedEnd; ///< where its text ended
 
     std::string m_title;
     std::string m_iconTitle;

@@ -126,6 +126,10 @@ public:
     virtual void hideCursor(Terminal&) {}
     virtual void mouseModeChanged(Terminal&) {}
     virtual void selectionChanged(Terminal&) {}
+    /// In the options' screen reader mode: the text that a call of `Terminal::feed` has written, UTF-8, without
+    /// controls and without attributes. It begins with a line feed or a blank where it goes on elsewhere than the text
+    /// before ended; of a flood of output, only the beginning comes.
+    virtual void textWritten(Terminal&, const std::string& /*text*/) {}
     virtual void pointerShapeChanged(Terminal&, const std::string& /*name*/) {}
 
     /// Without an index, any colours may have changed.

@@ -61,15 +61,15 @@ struct TerminalOptions {
     bool convertEol = false; ///< LF acts as CR LF
     std::string termName = "xterm-256color";
     CursorStyle cursorStyle = CursorStyle::blinkBlock;
-    bool screenReaderMode = false;
-    int scrollback = 500; ///< lines above the normal screen
+    bool screenReaderMode = false; ///< the delegate is told of all text that is written (`textWritten`)
+    int scrollback = 500;          ///< lines above the normal screen
     int tabStopWidth = 8;
     bool enableSixelReported = true;
     KittyGraphicsConfiguration kittyGraphics{};
     Ansi256PaletteStrategy ansi256PaletteStrategy = Ansi256PaletteStrategy::base16Lab;
     RegionalIndicatorWidth regionalIndicatorWidth = RegionalIndicatorWidth::wide;
     BidiPresentationState initialBidiState{};
-    AtLeast<int, 1> maximumBidiParagraphRows = 500;
+    AtLeast<int, 1> maximumBidiParagraphRows = 500; ///< a longer one stays in the order in which it was written
     bool initialBidiArrowKeySwap = false;
     std::optional<std::string> featureReport{};
     size_t maximumOscBytes = 0x4100000;

@@ -58,13 +58,13 @@ int main(int argc, char** argv) {
     const QByteArray recorded = file.readAll();
     const QByteArray picture =
         R"({"type":"user","message":{"content":[{"data":")" + QByteArray(2'000'000, 'A') + "\"}]}}\n";
+    std::puts("| | bare parse | events | time beside it |\n|---|---:|---:|---:|");
     for (const auto& [name, output] :
          {std::pair{"recorded lines", recorded.repeated(40'000'000 / recorded.size())},
           std::pair{"lines of 2 MB", picture.repeated(20)}}) {
         const double bare = speed(output.size(), [&output = output] { parseBare(output); });
         const double stream = speed(output.size(), [&output = output] { parseStream(output); });
-        std::printf(
-            "%-15s bare parse %6.0f MB/s, events %6.0f MB/s: %.2f times its time\n", name, bare, stream, bare / stream);
+        std::printf("| %s | %.0f MB/s | %.0f MB/s | %.2f |\n", name, bare, stream, bare / stream);
     }
     return 0;
 }

@@ -8,9 +8,11 @@ set(ORV_EDGES_TermEngine "")
 set(ORV_EDGES_OrvCore "")
 set(ORV_EDGES_OrvProcess OrvCore)
 set(ORV_EDGES_OrvTerminal OrvCore TermEngine)
+set(ORV_EDGES_OrvTerminalView OrvCore OrvTerminal TermEngine)
 set(ORV_EDGES_OrvGit OrvCore)
-set(ORV_EDGES_OrvUI OrvCore OrvProcess)
-set(ORV_EDGES_OrvScreens OrvCore OrvProcess OrvUI)
+set(ORV_EDGES_OrvUI OrvCore OrvGit OrvProcess OrvTerminal)
+set(ORV_EDGES_OrvScreens OrvCore OrvGit OrvProcess OrvTerminal OrvTerminalView OrvUI)
+set(ORV_EDGES_OrvPlatform OrvCore OrvGit OrvProcess OrvUI)
 
 add_library(orv_options INTERFACE)
 target_compile_options(orv_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor

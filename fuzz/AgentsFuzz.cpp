@@ -1,6 +1,10 @@
 #include "FuzzInput.h"
 #include "OrvCore/ClaudeStreamParser.h"
+#include "OrvCore/JsonSkim.h"
 #include "OrvProcess/AgentStream.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
 
 namespace {
 
@@ -40,6 +44,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 require(tool->detail.size() <= bytes.size());
             }
         }
+    }
+    if (const auto top = orv::skimJson(bytes)) {
+        const QJsonObject object = QJsonDocument::fromJson(bytes.toByteArray()).object();
+        require(object[QStringLiteral("type")].toString().toUtf8() == top->type);
+        require(object.contains(QStringLiteral("session_id")) == top->sessionID.has_value());
     }
     const QString text = QString::fromUtf8(bytes);
     const orv::AgentLine line = orv::ClaudeStreamParser::parse(text.toUtf8());

@@ -49,6 +49,9 @@ public:
         }
         return term::WindowAnswer{command.first, command.second};
     }
+    void textWritten(term::Terminal&, const std::string& text) override {
+        require(text.size() <= term::Terminal::maximumAnnouncementBytes + 4);
+    }
     [[nodiscard]] bool isLogging() const override { return true; }
     void log(term::Terminal&, std::string_view message) override { calls.append(message) += '\n'; }
 
@@ -76,7 +79,9 @@ inline term::TerminalOptions takeOptions(FuzzInput& input) {
     options.maximumOscBytes = 16U << (input.byte() % 12U);
     options.kittyGraphics.imageCacheLimitBytes = 50'000;
     options.kittyClipboardPolicy = static_cast<term::KittyClipboardPolicy>(input.byte() % 4);
-    options.cursorStyle = static_cast<term::CursorStyle>(input.byte() % 6);
+    const uint8_t style = input.byte();
+    options.cursorStyle = static_cast<term::CursorStyle>(style % 6);
+    options.screenReaderMode = style >= 0x80;
     return options;
 }
 

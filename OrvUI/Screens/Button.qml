@@ -8,13 +8,15 @@ T.AbstractButton {
 
     property bool primary: false
     property bool ghost: false
+    // Its words in the colour of danger.
+    property bool danger: false
     property string glyph
     property int glyphSize: Theme.icon
     property color glyphColor: labelColor
     property int controlHeight: Theme.controlRegular
     // Set where another part joins at the right side.
     property bool joined: false
-    readonly property color labelColor: !enabled ? Theme.disabled : primary ? Theme.onAccent : ghost ? Theme.text2 : Theme.text
+    readonly property color labelColor: !enabled ? Theme.disabled : danger ? Theme.danger : primary ? Theme.onAccent : ghost ? Theme.text2 : Theme.text
 
     implicitHeight: controlHeight
     implicitWidth: row.implicitWidth + leftPadding + rightPadding

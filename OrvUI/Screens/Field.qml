@@ -10,6 +10,8 @@ T.TextField {
     property string shortcut
     property bool code: false
     property bool clearable: false
+    // What it holds can't be taken.
+    property bool wrong: false
     // A click on the cross, or Escape in a field with text.
     signal cleared
     // Escape in a field without text.
@@ -45,7 +47,7 @@ T.TextField {
         radius: Theme.radiusControl
         color: field.enabled ? Theme.field : Theme.control
         border.width: Theme.hairline
-        border.color: field.activeFocus ? Theme.focus : Theme.borderStrong
+        border.color: field.wrong ? Theme.danger : field.activeFocus ? Theme.focus : Theme.borderStrong
 
         Rectangle {
             anchors.fill: parent

@@ -10,7 +10,16 @@ Column {
     // A search or a filter shows its result alone.
     required property bool narrowed
 
+    // As many as stand in one row.
+    readonly property int suggestionColumns: Math.max(2, Math.min(4, columns))
+
     bottomPadding: Theme.gridGap
+
+    Binding {
+        target: header.model.suggestions
+        property: "limit"
+        value: header.suggestionColumns
+    }
 
     Column {
         width: parent.width
@@ -51,6 +60,29 @@ Column {
                 color: Theme.text2
                 text: !header.model.hasScanned ? qsTr("Looking for projects…")
                     : header.model.projectCount === 0 ? qsTr("No projects in %1 yet").arg(header.model.scanRootText) : header.model.summaryLine
+            }
+        }
+    }
+
+    Grid {
+        width: parent.width
+        visible: !header.narrowed && header.model.hasScanned && suggestions.count > 0
+        bottomPadding: Theme.shelfGap
+        columns: header.suggestionColumns
+        columnSpacing: Theme.gridGap
+        rowSpacing: Theme.gridGap
+        Accessible.role: Accessible.List
+        Accessible.name: qsTr("Suggestions")
+
+        Repeater {
+            id: suggestions
+
+            model: header.model.suggestions.cards
+
+            SuggestionCard {
+                width: Math.floor((header.width - (header.suggestionColumns - 1) * Theme.gridGap) / header.suggestionColumns)
+                onPerformed: header.model.suggestions.perform(key)
+                onDismissed: header.model.suggestions.dismiss(key)
             }
         }
     }

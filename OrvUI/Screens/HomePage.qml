@@ -1,6 +1,5 @@
 import OrvLauncher.Screens
 import QtQuick
-import QtQuick.Templates as T
 
 // The home page: one scrolling grid of cards with the shelves above it.
 FocusScope {
@@ -8,140 +7,51 @@ FocusScope {
 
     required property AppModel model
     property int padding: Theme.pagePadding
-    readonly property bool scrolled: grid.contentY > grid.originY + Theme.hairline
-    readonly property int contentWidth: Math.min(width - 2 * padding, Theme.contentWidthLimit)
-    readonly property int columns: Math.max(1, Math.min(4, Math.floor((contentWidth + Theme.gridGap) / Theme.cardColumnWidth)))
+    readonly property bool scrolled: cards.scrolled
+    readonly property int columns: cards.columns
     readonly property bool narrowed: model.searchText.length > 0 || model.filterIndex !== 0
-    readonly property ProjectCard currentCard: grid.currentItem as ProjectCard
     signal folderRequested
+    signal projectChosen(string projectID)
 
     function focusCards() {
-        grid.forceActiveFocus(Qt.TabFocusReason);
+        cards.focusCards();
     }
 
-    function showProject(projectID) {
-        const row = Rows.find(page.model.cards, "projectID", projectID);
-        if (row >= 0) {
-            grid.currentIndex = row;
-            grid.positionViewAtIndex(row, GridView.Contain);
-            focusCards();
-        }
-    }
+    CardGrid {
+        id: cards
 
-    function openMenu(card, anchor) {
-        menu.active = true;
-        menu.item.card = card;
-        menu.item.popup(anchor, anchor === card ? card.width / 2 : anchor.width - menu.item.width, anchor === card ? card.height / 2 : anchor.height + Theme.space4);
-    }
-
-    function openChoice(card, anchor) {
-        choice.active = true;
-        choice.item.projectID = card.projectID;
-        choice.item.actions = card.actions;
-        choice.item.popup(anchor, anchor.width - choice.item.width, anchor.height + Theme.space4);
-    }
-
-    clip: true
-
-    // Left and right of the grid the wheel scrolls as well.
-    WheelHandler {
-        onWheel: event => grid.flick(0, event.angleDelta.y * Theme.wheelSpeed)
-    }
-
-    GridView {
-        id: grid
-
-        property real topBefore: originY
-
-        objectName: "cardGrid"
-
-        anchors.top: parent.top
-        anchors.bottom: parent.bottom
-        x: Math.round((page.width - page.contentWidth) / 2)
-        width: page.contentWidth + Theme.gridGap
-        cellWidth: Math.floor(width / page.columns)
-        cellHeight: Theme.cardHeight + Theme.gridGap
-        bottomMargin: Theme.shelfGap
-        boundsBehavior: Flickable.StopAtBounds
+        anchors.fill: parent
         focus: true
-        activeFocusOnTab: true
-        keyNavigationWraps: false
-        highlightMoveDuration: 0
-        cacheBuffer: Theme.cardHeight
-        model: page.model.cards
-        Accessible.role: Accessible.Table
-        Accessible.name: qsTr("Projects")
-        // What grows above the cards pushes them down only while the page stands at its top.
-        onOriginYChanged: {
-            if (contentY <= topBefore || contentY < originY) {
-                contentY = originY;
-            }
-            topBefore = originY;
-        }
+        model: page.model
+        cards: page.model.cards
+        padding: page.padding
+        onProjectChosen: projectID => page.projectChosen(projectID)
 
         header: HomeHeader {
-            width: page.contentWidth
+            width: cards.contentWidth
             model: page.model
-            columns: page.columns
+            columns: cards.columns
             narrowed: page.narrowed
-        }
-
-        delegate: ProjectCard {
-            id: card
-
-            width: grid.cellWidth - Theme.gridGap
-            height: Theme.cardHeight
-            isCurrent: GridView.isCurrentItem
-            onRun: action => page.model.runAction(projectID, action)
-            onStop: page.model.stopProject(projectID)
-            onOpen: key => page.model.openServiceByKey(key)
-            onPin: page.model.togglePinFor(projectID)
-            onChooseAction: anchor => page.openChoice(card, anchor)
-            onMore: anchor => page.openMenu(card, anchor)
-
-            TapHandler {
-                onTapped: {
-                    grid.currentIndex = card.index;
-                    card.forceActiveFocus(Qt.MouseFocusReason);
-                }
-            }
-        }
-
-        displaced: Transition {
-            NumberAnimation {
-                properties: "x,y"
-                duration: Theme.durationMove
-                easing.type: Easing.BezierSpline
-                easing.bezierCurve: Theme.easeStandard
-            }
-        }
-
-        move: displaced
-
-        T.ScrollBar.vertical: ScrollBar {
-            parent: page
-            x: page.width - width
-            height: page.height
         }
     }
 
     Loader {
         id: skeletons
 
-        x: grid.x
-        y: grid.headerItem ? grid.headerItem.height : 0
-        width: page.contentWidth
+        x: cards.gridX
+        y: cards.headerItem ? cards.headerItem.height : 0
+        width: cards.contentWidth
         active: !page.model.hasScanned
 
         sourceComponent: Grid {
-            columns: page.columns
+            columns: cards.columns
             spacing: Theme.gridGap
 
             Repeater {
-                model: page.columns * 3
+                model: cards.columns * 3
 
                 Skeleton {
-                    width: grid.cellWidth - Theme.gridGap
+                    width: cards.cellWidth - Theme.gridGap
                     height: Theme.cardHeight
                 }
             }
@@ -150,7 +60,7 @@ FocusScope {
 
     Loader {
         x: Math.round((page.width - width) / 2)
-        y: Math.max(grid.headerItem ? grid.headerItem.height + Theme.space16 : 0, Math.round((page.height - height) / 2) - (page.narrowed ? 0 : Theme.space12))
+        y: Math.max(cards.headerItem ? cards.headerItem.height + Theme.space16 : 0, Math.round((page.height - height) / 2) - (page.narrowed ? 0 : Theme.space12))
         active: page.model.hasScanned && page.model.shownCount === 0
         sourceComponent: page.model.projectCount === 0 ? noProjects : noResults
     }
@@ -194,80 +104,5 @@ FocusScope {
                 onClicked: page.model.filterIndex = 0
             }
         }
-    }
-
-    Loader {
-        id: menu
-
-        active: false
-
-        sourceComponent: CardMenu {
-            onRun: action => page.model.runAction(card.projectID, action)
-            onStop: page.model.stopProject(card.projectID)
-            onRestart: page.model.restartProject(card.projectID)
-            onOpen: key => page.model.openServiceByKey(key)
-            onPin: page.model.togglePinFor(card.projectID)
-        }
-    }
-
-    Loader {
-        id: choice
-
-        active: false
-
-        sourceComponent: RunMenu {
-            property string projectID
-
-            onChosen: action => page.model.runAction(projectID, action)
-        }
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+Return"
-        onActivated: page.currentCard.busy ? page.model.stopProject(page.currentCard.projectID) : page.model.toggleProject(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+Alt+Return"
-        onActivated: page.openChoice(page.currentCard, page.currentCard)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+Shift+R"
-        onActivated: page.model.restartProject(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+Shift+."
-        onActivated: page.model.stopProject(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+O"
-        onActivated: page.model.openProject(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+D"
-        onActivated: page.model.togglePinFor(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequences: ["Menu", "Shift+F10"]
-        onActivated: page.openMenu(page.currentCard, page.currentCard)
-    }
-
-    CardShortcut {
-        sequence: "Home"
-        onActivated: grid.currentIndex = 0
-    }
-
-    CardShortcut {
-        sequence: "End"
-        onActivated: grid.currentIndex = grid.count - 1
-    }
-
-    component CardShortcut: Shortcut {
-        enabled: grid.activeFocus && page.currentCard !== null
     }
 }

@@ -10,9 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-Illustration::Illustration(QQuickItem* parent) : QQuickPaintedItem(parent) {
-    setAntialiasing(true);
-}
+Illustration::Illustration(QQuickItem* parent) : PaintedPicture(parent) {}
 
 void Illustration::setName(const QString& name) {
     if (name == m_name) {
@@ -24,7 +22,7 @@ void Illustration::setName(const QString& name) {
 }
 
 void Illustration::componentComplete() {
-    QQuickPaintedItem::componentComplete();
+    PaintedPicture::componentComplete();
     m_theme = Theme::instance();
     connect(m_theme, &Theme::colorsChanged, this, &Illustration::load);
     load();
@@ -54,11 +52,11 @@ void Illustration::load() {
     }
     const QSizeF natural = QSvgRenderer(m_svg).defaultSize();
     setImplicitSize(natural.width(), natural.height());
-    update();
+    repaint();
 }
 
-void Illustration::paint(QPainter* painter) {
-    QSvgRenderer(m_svg).render(painter, boundingRect());
+void Illustration::paint(QPainter& painter) const {
+    QSvgRenderer(m_svg).render(&painter, boundingRect());
 }
 
 } // namespace orv

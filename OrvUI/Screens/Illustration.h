@@ -1,7 +1,8 @@
 #pragma once
 
+#include "OrvUI/Screens/PaintedPicture.h"
+
 #include <QPointer>
-#include <QQuickPaintedItem>
 
 namespace orv {
 
@@ -11,7 +12,7 @@ class Theme;
 ///
 /// The file names its colours by role ("$plate", "$edge", "$line", "$mid", "$soft", or a colour of the theme as
 /// "$accent").
-class Illustration : public QQuickPaintedItem {
+class Illustration : public orv::PaintedPicture {
     Q_OBJECT
     QML_ELEMENT
     /// File name without its ending ("no-projects").
@@ -22,12 +23,12 @@ public:
 
     [[nodiscard]] const QString& name() const { return m_name; }
     void setName(const QString& name);
-    void paint(QPainter* painter) override;
 
 Q_SIGNALS:
     void nameChanged();
 
 protected:
+    void paint(QPainter& painter) const override;
     void componentComplete() override;
 
 private:

@@ -10,6 +10,17 @@ Window {
     // The application draws the frame: buttons, edges to resize, and where to take the window.
     required property bool ownFrame
     property bool sidebarHidden: false
+    property string collectionSearch
+    readonly property Navigator navigator: nav
+    readonly property int pagePadding: narrow ? Theme.pagePaddingNarrow : Theme.pagePadding
+    readonly property bool searches: nav.page === Navigator.Home || nav.page === Navigator.Collection
+    readonly property var pageSources: ({
+            [Navigator.Settings]: "SettingsPage.qml",
+            [Navigator.Collection]: "CollectionPage.qml",
+            [Navigator.Project]: "ProjectPage.qml",
+            [Navigator.Tasks]: "TasksPage.qml",
+            [Navigator.Ai]: "AiPage.qml"
+        })
     readonly property bool narrow: width < Theme.narrowLimit
     readonly property bool wide: width >= Theme.wideLimit
 
@@ -20,11 +31,43 @@ Window {
         }
     }
 
-    function chooseFolder() {
-        folderDialog.active = true;
-        const dialog = folderDialog.item as ChooseFolder;
-        dialog.currentFolder = model.scanRootUrl;
-        dialog.open();
+    signal closeAsked
+    signal quitAsked
+    // For the folder that is scanned.
+    signal folderAsked
+    // The place of the answer in the question's list.
+    signal quitAnswered(int choice)
+    // Another application holds the quick panel's key.
+    property bool shortcutTaken: false
+
+    function askToQuit(message, inTray) {
+        quitAlert.active = true;
+        quitAlert.item.message = message;
+        quitAlert.item.inTray = inTray;
+        quitAlert.item.open();
+    }
+
+    function showPage() {
+        const source = pageSources[nav.page] ?? "";
+        if (source.length > 0 && !page.source.toString().endsWith(source)) {
+            page.setSource(source, {
+                "model": root.model,
+                "nav": nav,
+                "narrow": Qt.binding(() => root.narrow),
+                "padding": Qt.binding(() => root.pagePadding - Theme.hairline)
+            });
+            if (nav.page === Navigator.Collection) {
+                page.item.searchText = Qt.binding(() => root.collectionSearch);
+            }
+        } else if (source.length === 0) {
+            page.source = "";
+        }
+        root.collectionSearch = "";
+        if (root.visible) {
+            arrival.target = pages;
+            arrival.restart();
+        }
+        pages.forceActiveFocus(Qt.OtherFocusReason);
     }
 
     title: Qt.application.name
@@ -32,12 +75,33 @@ Window {
     minimumHeight: Theme.minimumHeight
     flags: ownFrame ? Qt.Window | Qt.FramelessWindowHint : Qt.Window
     color: Theme.sidebar
+    onClosing: close => {
+        close.accepted = false;
+        root.closeAsked();
+    }
     onActiveChanged: {
         if (active) {
             model.updateGreeting();
+            model.lookAtGit();
         }
     }
     onActiveFocusItemChanged: returnFocus()
+
+    Navigator {
+        id: nav
+
+        model: root.model
+        onMoved: root.showPage()
+    }
+
+    Connections {
+        target: page.item
+        ignoreUnknownSignals: true
+
+        function onFolderRequested() {
+            root.folderAsked();
+        }
+    }
 
     FocusScope {
         id: content
@@ -54,18 +118,7 @@ Window {
             rail: root.narrow || root.sidebarHidden
             collapsible: !root.narrow
             onToggleRequested: root.sidebarHidden = !root.sidebarHidden
-            onSettingsRequested: anchor => {
-                settings.active = true;
-                const popover = settings.item as SettingsPopover;
-                popover.parent = anchor;
-                popover.y = -popover.height - Theme.space8;
-                popover.open();
-            }
-            onProjectChosen: projectID => {
-                root.model.searchText = "";
-                root.model.filterIndex = 0;
-                page.showProject(projectID);
-            }
+            nav: nav
         }
 
         Rectangle {
@@ -87,20 +140,51 @@ Window {
 
                 width: parent.width
                 target: root
-                title: qsTr("Home")
-                searchText: root.model.searchText
+                crumbs: nav.crumbs
+                searchable: root.searches
+                refreshable: root.searches
+                searchText: nav.page === Navigator.Home ? root.model.searchText : root.collectionSearch
+                searchHint: qsTr("Search projects")
                 narrow: root.narrow
                 busy: root.model.isScanning
-                scrolled: page.scrolled
+                scrolled: nav.page === Navigator.Home ? home.scrolled : (page.item as Item)?.scrolled ?? false
                 ownFrame: root.ownFrame
-                padding: root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding
-                onSearchEdited: text => root.model.searchText = text
-                onSearchLeft: page.focusCards()
+                padding: root.pagePadding
+                onCrumbChosen: index => nav.openCrumb(index)
+                onSearchEdited: text => nav.page === Navigator.Home ? root.model.searchText = text : root.collectionSearch = text
+                onSearchLeft: nav.page === Navigator.Home ? home.focusCards() : page.item.focusCards()
                 onRefreshRequested: root.model.refreshNow()
+
+                tools: [
+                    Button {
+                        visible: root.searches
+                        primary: true
+                        glyph: "plus"
+                        text: root.narrow ? qsTr("Add") : qsTr("Add project")
+                        Accessible.name: qsTr("Add project")
+                        onClicked: nav.addProject(false)
+                    },
+                    IconButton {
+                        readonly property ProjectDetail detail: (page.item as ProjectPage)?.detail ?? null
+
+                        visible: nav.page === Navigator.Project && detail !== null
+                        edge: Theme.controlRegular
+                        checkable: true
+                        checked: detail?.pinned ?? false
+                        glyph: checked ? "own-pin-fill" : "pin"
+                        tint: checked ? Theme.accentText : Theme.text2
+                        text: checked ? qsTr("Remove pin") : qsTr("Pin %1").arg(detail?.name ?? "")
+                        shortcut: qsTr("Ctrl D")
+                        onClicked: {
+                            checked = Qt.binding(() => detail?.pinned ?? false);
+                            root.model.togglePinFor(detail.projectID);
+                        }
+                    }
+                ]
             }
 
-            HomePage {
-                id: page
+            FocusScope {
+                id: pages
 
                 anchors.top: bar.bottom
                 anchors.left: parent.left
@@ -109,9 +193,59 @@ Window {
                 anchors.margins: Theme.hairline
                 anchors.topMargin: 0
                 focus: true
-                model: root.model
-                padding: (root.narrow ? Theme.pagePaddingNarrow : Theme.pagePadding) - Theme.hairline
-                onFolderRequested: root.chooseFolder()
+
+                // Stays while others are shown, so that one comes back to where one was.
+                HomePage {
+                    id: home
+
+                    anchors.fill: parent
+                    visible: nav.page === Navigator.Home
+                    enabled: visible
+                    focus: visible
+                    model: root.model
+                    padding: root.pagePadding - Theme.hairline
+                    onFolderRequested: root.folderAsked()
+                    onProjectChosen: projectID => nav.project(projectID)
+                }
+
+                Loader {
+                    id: page
+
+                    anchors.fill: parent
+                    focus: !home.visible
+                    visible: !home.visible
+                }
+
+                // A page that comes rises a little and fades in.
+                ParallelAnimation {
+                    id: arrival
+
+                    property Item target
+
+                    NumberAnimation {
+                        target: arrival.target
+                        property: "opacity"
+                        from: 0
+                        to: 1
+                        duration: Theme.durationSheet
+                        easing.type: Easing.BezierSpline
+                        easing.bezierCurve: Theme.easeEnter
+                    }
+
+                    NumberAnimation {
+                        target: rise
+                        property: "y"
+                        from: Theme.reducedMotion ? 0 : Theme.space4
+                        to: 0
+                        duration: Theme.durationSheet
+                        easing.type: Easing.BezierSpline
+                        easing.bezierCurve: Theme.easeEnter
+                    }
+                }
+
+                transform: Translate {
+                    id: rise
+                }
             }
 
             StatusLine {
@@ -124,6 +258,7 @@ Window {
                 shown: root.model.hasStatus
                 text: root.model.statusText
                 isError: root.model.statusIsError
+                isOngoing: root.model.statusIsOngoing
                 onDismissed: root.model.dismissStatus()
             }
         }
@@ -150,31 +285,6 @@ Window {
         }
     }
 
-    Loader {
-        id: settings
-
-        active: false
-
-        sourceComponent: SettingsPopover {
-            model: root.model
-            onFolderRequested: root.chooseFolder()
-        }
-    }
-
-    Loader {
-        id: folderDialog
-
-        active: false
-        source: "ChooseFolder.qml"
-
-        Connections {
-            target: folderDialog.item
-            function onAccepted() {
-                root.model.chooseScanRoot((folderDialog.item as ChooseFolder).selectedFolder);
-            }
-        }
-    }
-
     TooltipLayer {}
 
     Shortcut {
@@ -194,8 +304,51 @@ Window {
             required property int index
 
             sequence: "Ctrl+" + (index + 1)
-            onActivated: root.model.filterIndex = index
+            onActivated: {
+                root.model.filterIndex = index;
+                nav.home();
+            }
         }
+    }
+
+    Shortcut {
+        sequence: "Ctrl+N"
+        onActivated: nav.addProject(false)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Shift+N"
+        onActivated: nav.addProject(true)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+6"
+        onActivated: nav.tasks()
+    }
+
+    Shortcut {
+        sequence: "Ctrl+7"
+        onActivated: nav.ai()
+    }
+
+    Shortcut {
+        sequence: "Alt+Home"
+        onActivated: nav.home()
+    }
+
+    Shortcut {
+        sequence: "Ctrl+,"
+        onActivated: nav.settings()
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Back]
+        onActivated: nav.back()
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Forward]
+        onActivated: nav.forward()
     }
 
     Shortcut {
@@ -203,10 +356,55 @@ Window {
         onActivated: root.sidebarHidden = !root.sidebarHidden
     }
 
+    Loader {
+        active: nav.sheet === "addProject" || nav.sheet === "clone" || item !== null
+
+        sourceComponent: AddProjectSheet {
+            model: root.model
+            nav: root.navigator
+        }
+    }
+
+    Loader {
+        id: quitAlert
+
+        active: false
+
+        sourceComponent: Alert {
+            property bool inTray: true
+
+            message: ""
+            text: inTray ? qsTr("Quit and stop everything, or keep running from the menu bar.") : qsTr("Quitting stops everything.")
+            choices: [
+                {
+                    "text": qsTr("Stop and Quit"),
+                    "danger": true,
+                    "answer": 0
+                },
+                {
+                    "text": qsTr("Keep Running in Menu Bar"),
+                    "primary": true,
+                    "answer": 1
+                },
+                {
+                    "text": qsTr("Cancel"),
+                    "answer": 2
+                }
+            ].filter(choice => inTray || choice.answer !== 1)
+            onChosen: index => root.quitAnswered(choices[index].answer)
+        }
+    }
+
     // Of the application: a sheet that is open, or on its way out, does not keep it from ending.
     Shortcut {
-        sequences: ["Ctrl+W", "Ctrl+Q"]
+        sequence: "Ctrl+W"
         context: Qt.ApplicationShortcut
-        onActivated: root.close()
+        onActivated: root.closeAsked()
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Q"
+        context: Qt.ApplicationShortcut
+        onActivated: root.quitAsked()
     }
 }

@@ -5,7 +5,16 @@ import QtQuick.Templates as T
 T.Menu {
     id: menu
 
-    implicitWidth: Math.max(Theme.menuWidth, contentItem.implicitWidth + leftPadding + rightPadding)
+    // No entry is cut.
+    readonly property real widest: {
+        let width = 0;
+        for (let i = 0; i < count; ++i) {
+            width = Math.max(width, itemAt(i)?.implicitWidth ?? 0);
+        }
+        return width;
+    }
+
+    implicitWidth: Math.max(Theme.menuWidth, widest + leftPadding + rightPadding)
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     margins: Theme.space4
     padding: Theme.space6

@@ -9,7 +9,7 @@ T.MenuItem {
     property string shortcut
     readonly property color ink: !enabled ? Theme.disabled : highlighted ? Theme.accentText : Theme.text2
 
-    implicitWidth: Theme.menuWidth - 2 * Theme.space6
+    implicitWidth: leftPadding + rightPadding + title.anchors.leftMargin + title.implicitWidth + (hint.visible ? hint.implicitWidth + Theme.space16 : 0)
     implicitHeight: Theme.menuRowHeight
     leftPadding: Theme.space8
     rightPadding: Theme.space8
@@ -32,6 +32,8 @@ T.MenuItem {
         }
 
         Label {
+            id: title
+
             anchors.left: parent.left
             anchors.leftMargin: row.glyph.length > 0 ? Theme.space24 : 0
             anchors.right: hint.left

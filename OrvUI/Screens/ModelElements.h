@@ -1,7 +1,23 @@
 #pragma once
 
+#include "OrvUI/AgentModels.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/Collection.h"
+#include "OrvUI/DevicesModel.h"
+#include "OrvUI/FilterBar.h"
+#include "OrvUI/GitModel.h"
+#include "OrvUI/LaunchAtLogin.h"
+#include "OrvUI/LogModel.h"
+#include "OrvUI/Navigator.h"
+#include "OrvUI/NewProject.h"
+#include "OrvUI/OnboardingModel.h"
 #include "OrvUI/OutlineModel.h"
+#include "OrvUI/OverrideRows.h"
+#include "OrvUI/ProjectDetail.h"
+#include "OrvUI/ServiceLogs.h"
+#include "OrvUI/SettingsForm.h"
+#include "OrvUI/Suggestions.h"
+#include "OrvUI/TaskLists.h"
 
 #include <QtQml/qqml.h>
 
@@ -16,10 +32,124 @@ struct AppModelElement {
     QML_UNCREATABLE("There is one, made by the application")
 };
 
+struct AgentModelsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::AgentModels)
+    QML_NAMED_ELEMENT(AgentModels)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct CollectionElement {
+    Q_GADGET
+    QML_FOREIGN(orv::Collection)
+    QML_NAMED_ELEMENT(Collection)
+};
+
+struct DevicesModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::DevicesModel)
+    QML_NAMED_ELEMENT(DevicesModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct DiffModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::DiffModel)
+    QML_NAMED_ELEMENT(DiffModel)
+    QML_UNCREATABLE("The model of the git page owns it")
+};
+
+struct FilterBarElement {
+    Q_GADGET
+    QML_FOREIGN(orv::FilterBar)
+    QML_NAMED_ELEMENT(FilterBar)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct GitModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::GitModel)
+    QML_NAMED_ELEMENT(GitModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct LaunchAtLoginElement {
+    Q_GADGET
+    QML_FOREIGN(orv::LaunchAtLogin)
+    QML_NAMED_ELEMENT(LaunchAtLogin)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct LogModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::LogModel)
+    QML_NAMED_ELEMENT(LogModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct NavigatorElement {
+    Q_GADGET
+    QML_FOREIGN(orv::Navigator)
+    QML_NAMED_ELEMENT(Navigator)
+};
+
+struct NewProjectElement {
+    Q_GADGET
+    QML_FOREIGN(orv::NewProject)
+    QML_NAMED_ELEMENT(NewProject)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct OnboardingModelElement {
+    Q_GADGET
+    QML_FOREIGN(orv::OnboardingModel)
+    QML_NAMED_ELEMENT(OnboardingModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
 struct OutlineModelElement {
     Q_GADGET
     QML_FOREIGN(orv::OutlineModel)
     QML_NAMED_ELEMENT(OutlineModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct OverrideRowsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::OverrideRows)
+    QML_NAMED_ELEMENT(OverrideRows)
+};
+
+struct ProjectDetailElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ProjectDetail)
+    QML_NAMED_ELEMENT(ProjectDetail)
+};
+
+struct ServiceLogsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ServiceLogs)
+    QML_NAMED_ELEMENT(ServiceLogs)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct SettingsFormElement {
+    Q_GADGET
+    QML_FOREIGN(orv::SettingsForm)
+    QML_NAMED_ELEMENT(SettingsForm)
+};
+
+struct SuggestionsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::Suggestions)
+    QML_NAMED_ELEMENT(Suggestions)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct TaskListsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::TaskLists)
+    QML_NAMED_ELEMENT(TaskLists)
     QML_UNCREATABLE("The application's model owns it")
 };
 

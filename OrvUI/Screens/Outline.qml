@@ -9,9 +9,12 @@ ListView {
     signal toggled(int row)
     signal expandedSet(int row, bool expanded)
     signal projectChosen(string projectID)
+    signal folderChosen(string path)
+    // The path of what the window shows.
+    property string current
 
     clip: true
-    activeFocusOnTab: count > 0
+    activeFocusOnTab: count > 0 || activeFocus
     boundsBehavior: Flickable.StopAtBounds
     highlightFollowsCurrentItem: true
     highlightMoveDuration: 0
@@ -21,9 +24,15 @@ ListView {
 
     delegate: OutlineRow {
         width: ListView.view.width
+        selected: path === outline.current
         onChosen: {
             outline.currentIndex = index;
-            hasChildren && isFolder ? outline.toggled(index) : outline.projectChosen(projectID);
+            if (isFolder) {
+                outline.expandedSet(index, true);
+                outline.folderChosen(path);
+            } else {
+                outline.projectChosen(projectID);
+            }
         }
         onToggled: outline.toggled(index)
         onExpandedSet: value => outline.expandedSet(index, value)

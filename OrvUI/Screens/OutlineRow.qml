@@ -17,6 +17,9 @@ T.AbstractButton {
     required property int tileIndex
     required property string tileLetter
     required property string cardState
+    required property int gitChanges
+    property bool selected: false
+    readonly property string stateText: cardState === "idle" ? "" : cardState
     signal chosen
     signal expandedSet(bool value)
 
@@ -25,9 +28,10 @@ T.AbstractButton {
     hoverEnabled: true
     Accessible.role: Accessible.TreeItem
     Accessible.name: name
-    Accessible.description: cardState === "idle" ? "" : cardState
+    Accessible.description: gitChanges === 0 ? stateText : stateText.length > 0 ? qsTr("%1, %2 changes").arg(stateText).arg(gitChanges) : qsTr("%1 changes").arg(gitChanges)
     Accessible.checkable: hasChildren
     Accessible.checked: expanded
+    Accessible.selected: selected
     Keys.onReturnPressed: row.chosen()
     Keys.onEnterPressed: row.chosen()
     Keys.onRightPressed: row.expandedSet(true)
@@ -36,7 +40,7 @@ T.AbstractButton {
 
     background: Rectangle {
         radius: Theme.radiusControl
-        color: row.pressed ? Theme.pressed : row.hovered ? Theme.hover : "transparent"
+        color: row.selected ? Theme.selection : row.pressed ? Theme.pressed : row.hovered ? Theme.hover : "transparent"
 
         FocusRing {
             control: row
@@ -88,7 +92,7 @@ T.AbstractButton {
             anchors.right: dot.left
             anchors.rightMargin: Theme.space4
             anchors.verticalCenter: parent.verticalCenter
-            color: row.hovered ? Theme.text : Theme.text2
+            color: row.selected || row.hovered ? Theme.text : Theme.text2
             text: row.name
 
             Tip {

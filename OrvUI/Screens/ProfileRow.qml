@@ -8,19 +8,22 @@ T.AbstractButton {
 
     required property string name
     property bool rail: false
+    property bool selected: false
+    // Of the avatar; empty: the accent.
+    property string color
 
     implicitHeight: Theme.pinnedItemHeight
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     text: qsTr("Profile and settings")
-    Accessible.role: Accessible.ButtonMenu
+    Accessible.role: Accessible.Button
     Accessible.name: text
     Keys.onReturnPressed: row.clicked()
     Keys.onEnterPressed: row.clicked()
 
     background: Rectangle {
         radius: Theme.radiusControl
-        color: row.pressed ? Theme.pressed : row.hovered ? Theme.hover : "transparent"
+        color: row.selected ? Theme.selection : row.pressed ? Theme.pressed : row.hovered ? Theme.hover : "transparent"
 
         FocusRing {
             control: row
@@ -37,7 +40,7 @@ T.AbstractButton {
             width: row.rail ? Theme.controlRegular : Theme.avatar
             height: width
             radius: width / 2
-            color: Theme.accent
+            color: row.color.length > 0 ? row.color : Theme.accent
 
             Label {
                 anchors.centerIn: parent

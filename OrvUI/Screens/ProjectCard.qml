@@ -20,6 +20,13 @@ T.Control {
     required property string defaultAction
     required property var services
     required property var failedServices
+    // -1 until it is known.
+    required property int gitRepositories
+    required property string gitBranch
+    required property int gitChanges
+    required property int gitAhead
+    required property int gitBehind
+    required property bool gitBusy
     // The card that Tab enters.
     property bool isCurrent: false
     readonly property bool busy: services.length > 0 || cardState === "installing"
@@ -32,6 +39,7 @@ T.Control {
     signal stop
     signal open(string key)
     signal pin
+    signal git(string action)
     signal chooseAction(Item anchor)
     signal more(Item anchor)
 
@@ -144,6 +152,27 @@ T.Control {
                 focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
                 onClicked: card.more(moreButton)
             }
+        }
+
+        GitLine {
+            id: git
+
+            anchors.left: parent.left
+            anchors.leftMargin: Theme.space16
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space12
+            anchors.top: tile.bottom
+            anchors.topMargin: Theme.space10
+            projectName: card.name
+            repositories: card.gitRepositories
+            branch: card.gitBranch
+            changes: card.gitChanges
+            ahead: card.gitAhead
+            behind: card.gitBehind
+            busy: card.gitBusy
+            active: card.active
+            reachable: card.isCurrent
+            onChosen: action => card.git(action)
         }
 
         // Nothing runs: what is the case, in words.

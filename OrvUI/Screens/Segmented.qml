@@ -6,10 +6,12 @@ import QtQuick.Templates as T
 T.Control {
     id: segmented
 
-    // One record each: text, glyph (either may be missing).
+    // One record each: text, glyph, the state of a service (any may be missing).
     required property var choices
     property int currentIndex: 0
     property string name
+    // Equal parts that fill the width it is given.
+    property bool stretched: false
     signal chosen(int index)
 
     implicitHeight: Theme.controlRegular
@@ -50,6 +52,7 @@ T.Control {
 
                     height: row.height
                     implicitWidth: content.implicitWidth + Theme.space20
+                    width: segmented.stretched ? Math.floor((segmented.width - 2 * Theme.space2) / segmented.choices.length) : implicitWidth
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true
                     Accessible.role: Accessible.RadioButton
@@ -75,6 +78,12 @@ T.Control {
 
                             anchors.centerIn: parent
                             spacing: Theme.space6
+
+                            StatusDot {
+                                anchors.verticalCenter: parent.verticalCenter
+                                visible: segment.modelData.state !== undefined
+                                cardState: segment.modelData.state ?? "idle"
+                            }
 
                             Icon {
                                 anchors.verticalCenter: parent.verticalCenter

@@ -47,7 +47,7 @@ Sheet {
 
             Item {
                 width: parent.width
-                height: Theme.tileLarge + 2 * Theme.space24 - Theme.space2
+                height: Math.max(tile.y + tile.height, sentence.y + sentence.height) + Theme.space20 + Theme.space2
 
                 Tile {
                     id: tile
@@ -79,11 +79,9 @@ Sheet {
                     anchors.top: title.bottom
                     anchors.topMargin: Theme.space2
                     color: Theme.text2
+                    wrapMode: Text.Wrap
+                    elide: Text.ElideNone
                     text: sheet.model.setupText
-
-                    Tip {
-                        text: sentence.truncated ? sentence.text : ""
-                    }
                 }
             }
 

@@ -6,15 +6,20 @@ Item {
     id: sidebar
 
     required property AppModel model
+    required property Navigator nav
     required property bool rail
     // The application draws the frame of the window, so its mark stands here.
     property bool showsMark: true
-    signal settingsRequested(Item anchor)
-    signal projectChosen(string projectID)
 
     // The rail is left by the button at its top only where there is room for the sidebar.
     property bool collapsible: true
     signal toggleRequested
+
+    SettingsForm {
+        id: form
+
+        model: sidebar.model
+    }
 
     Item {
         id: titleZone
@@ -101,9 +106,12 @@ Item {
                     rail: sidebar.rail
                     badge: filter.index === 2
                     showsCount: sidebar.model.hasScanned && sidebar.model.projectCount > 0
-                    selected: filter.index === sidebar.model.filterIndex
+                    selected: sidebar.nav.page === Navigator.Home && filter.index === sidebar.model.filterIndex
                     shortcut: qsTr("Ctrl %1").arg(filter.index + 1)
-                    onClicked: sidebar.model.filterIndex = filter.index
+                    onClicked: {
+                        sidebar.model.filterIndex = filter.index;
+                        sidebar.nav.home();
+                    }
                     Keys.onDownPressed: row.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
                     Keys.onUpPressed: row.nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
                 }
@@ -138,7 +146,7 @@ Item {
         id: outline
 
         anchors.top: heading.bottom
-        anchors.bottom: profile.top
+        anchors.bottom: pages.top
         anchors.bottomMargin: Theme.space8
         x: Theme.space8
         width: sidebar.width - Theme.space16
@@ -148,7 +156,9 @@ Item {
             model: sidebar.model.outline
             onToggled: row => sidebar.model.outline.toggleExpanded(row)
             onExpandedSet: (row, expanded) => sidebar.model.outline.setExpanded(row, expanded)
-            onProjectChosen: projectID => sidebar.projectChosen(projectID)
+            current: sidebar.nav.pageID
+            onProjectChosen: projectID => sidebar.nav.project(projectID)
+            onFolderChosen: path => sidebar.nav.collection(path)
         }
     }
 
@@ -189,13 +199,54 @@ Item {
                         model: sidebar.model.outline
                         onToggled: row => sidebar.model.outline.toggleExpanded(row)
                         onExpandedSet: (row, expanded) => sidebar.model.outline.setExpanded(row, expanded)
+                        current: sidebar.nav.pageID
                         onProjectChosen: projectID => {
                             folders.close();
-                            sidebar.projectChosen(projectID);
+                            sidebar.nav.project(projectID);
+                        }
+                        onFolderChosen: path => {
+                            folders.close();
+                            sidebar.nav.collection(path);
                         }
                     }
                 }
             }
+        }
+    }
+
+    Column {
+        id: pages
+
+        anchors.bottom: profile.top
+        anchors.bottomMargin: Theme.space8
+        x: filters.x
+        width: filters.width
+        spacing: filters.spacing
+
+        SidebarRow {
+            width: parent.width
+            rail: sidebar.rail
+            glyph: "list-todo"
+            text: qsTr("Tasks")
+            count: sidebar.model.openTaskCount
+            showsCount: count > 0
+            counts: count === 1 ? qsTr("%1, 1 open").arg(text) : qsTr("%1, %2 open").arg(text).arg(count)
+            selected: sidebar.nav.page === Navigator.Tasks
+            shortcut: qsTr("Ctrl 6")
+            onClicked: sidebar.nav.tasks()
+        }
+
+        SidebarRow {
+            width: parent.width
+            rail: sidebar.rail
+            glyph: "sparkles"
+            text: qsTr("AI")
+            count: sidebar.model.runningAgentCount
+            showsCount: count > 0
+            counts: qsTr("%1, %2 working").arg(text).arg(count)
+            selected: sidebar.nav.page === Navigator.Ai
+            shortcut: qsTr("Ctrl 7")
+            onClicked: sidebar.nav.ai()
         }
     }
 
@@ -208,6 +259,8 @@ Item {
         width: sidebar.width - Theme.space16
         rail: sidebar.rail
         name: sidebar.model.displayName
-        onClicked: sidebar.settingsRequested(profile)
+        color: form.avatarColor
+        selected: sidebar.nav.page === Navigator.Settings
+        onClicked: sidebar.nav.settings()
     }
 }

@@ -14,13 +14,15 @@ T.AbstractButton {
     // A bubble at the icon of the rail.
     property bool badge: false
     property string shortcut
+    // Its name with the count in it.
+    property string counts: count === 1 ? qsTr("%1, 1 project").arg(text) : qsTr("%1, %2 projects").arg(text).arg(count)
 
     implicitHeight: rail ? Theme.railButtonHeight : Theme.sidebarRowHeight
     implicitWidth: rail ? Theme.railButtonWidth : Theme.sidebarWidth
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.role: Accessible.ListItem
-    Accessible.name: !showsCount ? text : count === 1 ? qsTr("%1, 1 project").arg(text) : qsTr("%1, %2 projects").arg(text).arg(count)
+    Accessible.name: showsCount ? counts : text
     Accessible.selected: selected
     Keys.onReturnPressed: row.clicked()
     Keys.onEnterPressed: row.clicked()

@@ -8,6 +8,7 @@ Item {
     required property bool shown
     required property string text
     required property bool isError
+    required property bool isOngoing
     property int limit: Theme.statusLineLimit
     signal dismissed
 
@@ -47,8 +48,15 @@ Item {
         x: Theme.space12
         spacing: Theme.space10
 
+        Spinner {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: line.isOngoing
+            size: Theme.icon
+        }
+
         Icon {
             anchors.verticalCenter: parent.verticalCenter
+            visible: !line.isOngoing
             name: line.isError ? "circle-alert" : "circle-check"
             color: line.isError ? Theme.danger : Theme.success
         }
@@ -59,6 +67,7 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, line.limit - 2 * Theme.space12 - 2 * Theme.space10 - Theme.icon - Theme.controlMini)
             role: Theme.BodyStrong
+            maximumLineCount: 1
             text: line.text
 
             Tip {

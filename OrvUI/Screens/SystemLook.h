@@ -15,6 +15,8 @@ public:
     explicit SystemLook(QObject* parent = nullptr);
 
     [[nodiscard]] bool isDark() const { return m_isDark; }
+    /// The desktop said so; not merely a light palette.
+    [[nodiscard]] bool prefersLight() const { return m_portalKnows && !m_isDark; }
     [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
     /// What it was at the last start, which is the better guess than the palette.
     void assume(bool isDark);

@@ -176,9 +176,30 @@ QVariantList Theme::skeletonPinned() {
     return {Block{12, 10, 28, 28, 9}, Block{50, 19, 92, 10, 5}};
 }
 
-QColor Theme::swatch(int theme, bool dark) {
-    constexpr int accent = 12;
-    return colorOf(theme, dark, accent);
+QColor Theme::terminalColor(int color, bool dark, int theme) const {
+    Q_UNUSED(dark)
+    Q_UNUSED(theme)
+    constexpr int direct = 0x1000000;
+    if (color >= direct) {
+        return QColor::fromRgb(QRgb(color & 0xffffff));
+    }
+    if (color < 16) {
+        return ansi(color);
+    }
+    // xterm's palette: a cube of six steps a side, then 24 greys.
+    if (color < 232) {
+        const auto level = [](int step) { return step == 0 ? 0 : 55 + 40 * step; };
+        const int place = color - 16;
+        return {level(place / 36), level(place / 6 % 6), level(place % 6)};
+    }
+    const int grey = 8 + 10 * (color - 232);
+    return {grey, grey, grey};
+}
+
+QColor Theme::swatch(int theme, bool dark, Swatch role) {
+    // Places in ThemeColors' table: window, sidebar, surface, border, text, text3, accent, success, selection.
+    static constexpr std::array places{0, 1, 2, 5, 8, 10, 12, 17, 22};
+    return colorOf(theme, dark, places[size_t(role)]);
 }
 
 } // namespace orv

@@ -109,6 +109,47 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(qreal wheelSpeed MEMBER wheelSpeed CONSTANT FINAL)
     Q_PROPERTY(int sheetFoot MEMBER sheetFoot CONSTANT FINAL)
     Q_PROPERTY(int setupStepHeight MEMBER setupStepHeight CONSTANT FINAL)
+    Q_PROPERTY(int terminalStrip MEMBER terminalStrip CONSTANT FINAL)
+    Q_PROPERTY(int terminalTabMin MEMBER terminalTabMin CONSTANT FINAL)
+    Q_PROPERTY(int terminalTabMax MEMBER terminalTabMax CONSTANT FINAL)
+    Q_PROPERTY(int terminalPaddingX MEMBER terminalPaddingX CONSTANT FINAL)
+    Q_PROPERTY(int terminalPaddingY MEMBER terminalPaddingY CONSTANT FINAL)
+    Q_PROPERTY(int switchWidth MEMBER switchWidth CONSTANT FINAL)
+    Q_PROPERTY(int switchHeight MEMBER switchHeight CONSTANT FINAL)
+    Q_PROPERTY(int switchInset MEMBER switchInset CONSTANT FINAL)
+    Q_PROPERTY(int settingRowHeight MEMBER settingRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int tabHeight MEMBER tabHeight CONSTANT FINAL)
+    Q_PROPERTY(int settingsNavWidth MEMBER settingsNavWidth CONSTANT FINAL)
+    Q_PROPERTY(int settingsWidth MEMBER settingsWidth CONSTANT FINAL)
+    Q_PROPERTY(int serviceRowHeight MEMBER serviceRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int serviceItemHeight MEMBER serviceItemHeight CONSTANT FINAL)
+    Q_PROPERTY(int portFieldWidth MEMBER portFieldWidth CONSTANT FINAL)
+    Q_PROPERTY(int panelRowHeight MEMBER panelRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int alertWidth MEMBER alertWidth CONSTANT FINAL)
+    Q_PROPERTY(int alertIcon MEMBER alertIcon CONSTANT FINAL)
+    Q_PROPERTY(int quickPanelWidth MEMBER quickPanelWidth CONSTANT FINAL)
+    Q_PROPERTY(int quickPanelLimit MEMBER quickPanelLimit CONSTANT FINAL)
+    Q_PROPERTY(int addSheetWidth MEMBER addSheetWidth CONSTANT FINAL)
+    Q_PROPERTY(int composerBox MEMBER composerBox CONSTANT FINAL)
+    Q_PROPERTY(int agentListWidth MEMBER agentListWidth CONSTANT FINAL)
+    Q_PROPERTY(int autonomyCardHeight MEMBER autonomyCardHeight CONSTANT FINAL)
+    Q_PROPERTY(int gutter MEMBER gutter CONSTANT FINAL)
+    Q_PROPERTY(int suggestionHeight MEMBER suggestionHeight CONSTANT FINAL)
+    Q_PROPERTY(int suggestionPicture MEMBER suggestionPicture CONSTANT FINAL)
+    Q_PROPERTY(int composerHeight MEMBER composerHeight CONSTANT FINAL)
+    Q_PROPERTY(int taskRowHeight MEMBER taskRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int sideWidth MEMBER sideWidth CONSTANT FINAL)
+    Q_PROPERTY(int sideWidthWide MEMBER sideWidthWide CONSTANT FINAL)
+    Q_PROPERTY(int headerTile MEMBER headerTile CONSTANT FINAL)
+    Q_PROPERTY(int taskRound MEMBER taskRound CONSTANT FINAL)
+    Q_PROPERTY(int listWidthLimit MEMBER listWidthLimit CONSTANT FINAL)
+    Q_PROPERTY(int checkbox MEMBER checkbox CONSTANT FINAL)
+    Q_PROPERTY(int fieldLarge MEMBER fieldLarge CONSTANT FINAL)
+    Q_PROPERTY(int buttonDialog MEMBER buttonDialog CONSTANT FINAL)
+    Q_PROPERTY(int modeSwatchWidth MEMBER modeSwatchWidth CONSTANT FINAL)
+    Q_PROPERTY(int modeSwatchHeight MEMBER modeSwatchHeight CONSTANT FINAL)
+    Q_PROPERTY(int themeSwatchWidth MEMBER themeSwatchWidth CONSTANT FINAL)
+    Q_PROPERTY(int themeSwatchHeight MEMBER themeSwatchHeight CONSTANT FINAL)
     Q_PROPERTY(int radiusKey MEMBER radiusKey CONSTANT FINAL)
     Q_PROPERTY(int radiusRow MEMBER radiusRow CONSTANT FINAL)
     Q_PROPERTY(int radiusControl MEMBER radiusControl CONSTANT FINAL)
@@ -177,6 +218,17 @@ public:
     static constexpr int swatchSize = 20, progressHeight = 6, scrollBar = 10;
     static constexpr int focusWidth = 2, focusGap = 2, haloWidth = 3, kindWidth = 60, bubble = 14, sheetFoot = 62,
                          setupStepHeight = 61, radiusKey = 4, radiusRow = 7, radiusControl = 8;
+    static constexpr int terminalStrip = 44, terminalTabMin = 128, terminalTabMax = 216;
+    static constexpr int terminalPaddingX = 18, terminalPaddingY = 14;
+    static constexpr int composerBox = 120, agentListWidth = 296, autonomyCardHeight = 102, addSheetWidth = 528,
+                         gutter = 52, suggestionHeight = 152, suggestionPicture = 104, composerHeight = 44,
+                         taskRowHeight = 44, switchWidth = 36, switchHeight = 20, switchInset = 3,
+                         settingRowHeight = 60, tabHeight = 40, settingsNavWidth = 172, settingsWidth = 680,
+                         serviceRowHeight = 68, serviceItemHeight = 56, alertWidth = 400, panelRowHeight = 52,
+                         alertIcon = 64, quickPanelWidth = 360, quickPanelLimit = 640, portFieldWidth = 112,
+                         sideWidth = 304, sideWidthWide = 340, headerTile = 48, taskRound = 18, listWidthLimit = 816,
+                         checkbox = 16, fieldLarge = 40, buttonDialog = 36, modeSwatchWidth = 196,
+                         modeSwatchHeight = 116, themeSwatchWidth = 112, themeSwatchHeight = 84;
     static constexpr int radiusCard = 12, radiusSheet = 16;
     static constexpr int durationPress = 80, durationFast = 120, durationRing = 600, durationSpin = 900;
     static constexpr int durationPulse = 1200, tooltipDelay = 500;
@@ -207,8 +259,24 @@ public:
     /// A project tile's colours. `dark` is there so that a binding follows the theme.
     [[nodiscard]] Q_INVOKABLE QColor tileFill(int index, bool dark) const;
     [[nodiscard]] Q_INVOKABLE QColor tileLetter(int index, bool dark) const;
-    /// The accent and the surface of a theme, for its swatch.
-    [[nodiscard]] Q_INVOKABLE static QColor swatch(int theme, bool dark);
+    /// A colour of terminals: 0 to 255 of the palette, or 0x1000000 with red, green and blue. `dark` and `theme` are
+    /// there so that a binding follows them.
+    [[nodiscard]] Q_INVOKABLE QColor terminalColor(int color, bool dark, int theme) const;
+    /// What a swatch is drawn in.
+    enum Swatch {
+        SwatchWindow,
+        SwatchSidebar,
+        SwatchSurface,
+        SwatchBorder,
+        SwatchText,
+        SwatchLine,
+        SwatchAccent,
+        SwatchSuccess,
+        SwatchSelection,
+    };
+    Q_ENUM(Swatch)
+    /// A colour of any theme, for its swatch.
+    [[nodiscard]] Q_INVOKABLE static QColor swatch(int theme, bool dark, orv::Theme::Swatch role = SwatchAccent);
 
     [[nodiscard]] static QVariantList skeletonCard();
     [[nodiscard]] static QVariantList skeletonPinned();

@@ -1,26 +1,34 @@
 import OrvLauncher.Screens
 import QtQuick
 
-// The bar over a page: where one is at the left, what the page offers at the right.
+// The bar over a page: the way to it at the left, what the page offers at the right.
 Item {
     id: bar
 
     required property Window target
-    required property string title
+    // From the home page to this one, of records with a title.
+    required property var crumbs
     property alias searchText: search.text
+    property alias searchHint: search.placeholderText
     property bool searchable: true
+    property bool refreshable: true
     property bool narrow: false
     property bool busy: false
     property bool scrolled: false
     property bool ownFrame: true
     property int padding: Theme.pagePadding
+    // What only this page offers; stands before what every page has.
+    property alias tools: tools.data
+    signal crumbChosen(int index)
     signal searchEdited(string text)
     signal searchLeft
     signal refreshRequested
 
     function focusSearch() {
-        search.forceActiveFocus(Qt.ShortcutFocusReason);
-        search.selectAll();
+        if (bar.searchable) {
+            search.forceActiveFocus(Qt.ShortcutFocusReason);
+            search.selectAll();
+        }
     }
 
     implicitHeight: Theme.topBarHeight
@@ -29,18 +37,18 @@ Item {
         anchors.fill: parent
     }
 
-    Label {
+    Breadcrumbs {
         anchors.left: parent.left
         anchors.leftMargin: bar.padding
-        anchors.right: tools.left
+        anchors.right: right.left
         anchors.rightMargin: Theme.space16
         anchors.verticalCenter: parent.verticalCenter
-        role: Theme.BodyStrong
-        text: bar.title
+        crumbs: bar.crumbs
+        onChosen: index => bar.crumbChosen(index)
     }
 
     Row {
-        id: tools
+        id: right
 
         anchors.right: parent.right
         anchors.rightMargin: bar.ownFrame ? Theme.space10 : Theme.space12
@@ -50,11 +58,11 @@ Item {
         Field {
             id: search
 
+            anchors.verticalCenter: parent.verticalCenter
             visible: bar.searchable
             width: bar.narrow ? Theme.searchWidthNarrow : Theme.searchWidth
             glyph: "search"
             shortcut: qsTr("Ctrl F")
-            placeholderText: qsTr("Search projects")
             clearable: true
             onTextEdited: bar.searchEdited(text)
             onCleared: bar.searchEdited("")
@@ -63,7 +71,16 @@ Item {
             Keys.onReturnPressed: bar.searchLeft()
         }
 
+        Row {
+            id: tools
+
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: Theme.space8
+        }
+
         IconButton {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: bar.refreshable
             edge: Theme.controlRegular
             glyph: "refresh-cw"
             text: qsTr("Refresh projects")
@@ -88,6 +105,7 @@ Item {
         }
 
         WindowButtons {
+            anchors.verticalCenter: parent.verticalCenter
             visible: bar.ownFrame
             target: bar.target
         }

@@ -1,7 +1,9 @@
-// Our engine, measured as BenchTerm.h says; and with --memory, what terminals and a resize cost.
+// Our engine, measured as BenchTerm.h says; with --memory, what terminals and a resize cost; and with --snapshots, what
+// it costs to hand the screen to a thread that draws.
 
 #include "BenchTerm.h"
 
+#include "TermEngine/ScreenSnapshot.h"
 #include "TermEngine/Terminal.h"
 
 #include <malloc.h>
@@ -65,8 +67,45 @@ int measureMemory() {
     return 0;
 }
 
+/// A frame each: one more colour and one more cluster, and the screen is handed on. First in a terminal that has few
+/// colours, then in one that has them all.
+int measureSnapshots() {
+    constexpr int frames = 2000;
+    Host host;
+    for (const int colors : {100, 60'000}) {
+        term::TerminalOptions options;
+        options.cols = 200;
+        options.rows = 50;
+        options.scrollback = 2000;
+        term::Terminal terminal(host, options);
+        int color = 0;
+        const auto writeNext = [&] {
+            ++color;
+            terminal.feed(
+                "\x1B[38;2;" + std::to_string(color >> 16) + ";" + std::to_string(color >> 8 & 255) + ";" +
+                std::to_string(color & 255) + "mxe\u0301" + "\xF0\x9F\x91\x8D" + "\xF0\x9F\x8F\xBD");
+        };
+        while (color < colors) {
+            writeNext();
+        }
+        term::ScreenSnapshot snapshot = term::takeSnapshot(terminal);
+        double seconds = 0;
+        for (int frame = 0; frame < frames; ++frame) {
+            writeNext();
+            const double start = bench::now();
+            snapshot = term::takeSnapshot(terminal, &snapshot);
+            seconds += bench::now() - start;
+        }
+        std::printf("a snapshot of 200x50 with %d colours: %.1f us\n", colors, seconds * 1e6 / frames);
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    return argc == 2 && std::string(argv[1]) == "--memory" ? measureMemory() : bench::measure<Engine>(argc, argv);
+    const std::string what = argc == 2 ? argv[1] : "";
+    return what == "--memory"      ? measureMemory()
+           : what == "--snapshots" ? measureSnapshots()
+                                   : bench::measure<Engine>(argc, argv);
 }

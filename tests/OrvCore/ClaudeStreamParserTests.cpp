@@ -1,5 +1,9 @@
 #include "OrvCore/ClaudeStreamParser.h"
+#include "OrvCore/JsonSkim.h"
 #include "tests/support/TestSupport.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <gtest/gtest.h>
 
@@ -111,4 +115,49 @@ TEST(ClaudeStreamParser, KeepsTheTypeAndTheSessionOfEveryLine) {
         EXPECT_EQ(parsed.sessionID, sessionID) << line.toStdString();
         EXPECT_EQ(ClaudeStreamParser::sessionID(QString::fromUtf8(line)), sessionID) << line.toStdString();
     }
+}
+
+TEST(ClaudeStreamParser, CountsTheTokensOfMessagesAndOfTheRun) {
+    const QByteArray usage = R"("usage":{"input_tokens":3,"cache_read_input_tokens":40,"output_tokens":-1}})";
+    const auto parse = [](const QByteArray& line) { return ClaudeStreamParser::parse(line).usage; };
+    EXPECT_EQ(
+        parse(R"({"type":"assistant","message":{"id":"m1","content":[],)" + usage + "}"),
+        (AgentUsage{u"m1"_s, {.input = 43, .output = 0}}));
+    EXPECT_EQ(parse(R"({"type":"result",)" + usage), (AgentUsage{{}, {.input = 43, .output = 0}}));
+    EXPECT_FALSE(parse(R"({"type":"result","usage":7})"));
+    EXPECT_FALSE(parse(R"({"type":"assistant","message":{)" + usage + "}"));
+}
+
+// Where it gives an answer at all, it is that of Qt's parser; for ordinary lines it does.
+TEST(JsonSkim, ReadsNothingOtherwiseThanAFullParser) {
+    const auto agrees = [](const QByteArray& text) {
+        const auto top = skimJson(text);
+        const QJsonObject object = QJsonDocument::fromJson(text).object();
+        return !top || (object[u"type"] == QString::fromUtf8(top->type) &&
+                        object[u"session_id"] ==
+                            (top->sessionID ? QJsonValue(QString::fromUtf8(*top->sessionID)) : QJsonValue::Undefined));
+    };
+    int skimmed = 0;
+    for (const char* name : {"claude-edit", "claude-turns"}) {
+        const QString path = QStringLiteral(ORV_SOURCE_DIR "/tests/agents/streams/%1.jsonl").arg(QLatin1String(name));
+        for (const QByteArray& line : test::readFile(path).split('\n')) {
+            skimmed += skimJson(line) ? 1 : 0;
+            for (qsizetype at = 0; at < line.size(); ++at) {
+                for (const char* other : {"", "\"", "\\", "{", "}", "[", ",", ":", "\xff", "\x01", "0", "e", "."}) {
+                    const QByteArray changed = line.first(at) + QByteArray(other) + line.sliced(at + 1);
+                    ASSERT_TRUE(agrees(changed)) << changed.constData();
+                }
+            }
+        }
+    }
+    EXPECT_EQ(skimmed, 10);
+    for (const char* text :
+         {R"({"type":"a","type":"b"})", R"({"type":"a","ty\u0070e":"b"})", R"({"type":"a\n"})",
+          R"({"type":"x","n":1e999})", R"({"type":"x","n":-})", R"({"type":"x","n":01})",
+          R"({"type":"x","s":"\ud800"})", R"({"type":"x","s":"\u00g0"})", R"({"type":"x","session_id":null})",
+          R"({"type":"x"} x)", R"({"type":"x",})", R"({"type":7})"}) {
+        EXPECT_TRUE(agrees(text)) << text;
+        EXPECT_FALSE(skimJson(text)) << text;
+    }
+    EXPECT_TRUE(skimJson(R"( {"type":"x","a":[1,-2.5,{"b":[]}],"s":"\u00e9\"","l":true,"n":null} )"));
 }

@@ -69,6 +69,9 @@ TEST(Records, ComeBackFromJsonAsTheyAreOrSayWhatIsWrong) {
         {"a date no calendar holds", roundTrip<ProjectTask>, task("1e300"),
          R"("createdAt" must be a number of seconds)"},
         {"no id", roundTrip<ProjectTask>, task("1").replace("0B5F", "zzzz"), R"("id" must be a UUID)"},
+        {"the way into a map", roundTrip<AppSettings>,
+         R"({"displayName":"S","scanRoot":"file:///w","showDockIcon":true,"pinnedProjectIDs":[],"agentFiles":{"/w":[1]}})",
+         R"("agentFiles./w[0]" must be a string)"},
         {"empty lists stay", roundTrip<WidgetSnapshot>, R"({"openTaskCount":0,"pinned":[],"running":[],"tasks":[]})"},
         {"no port, no key", roundTrip<WidgetSnapshot>,
          R"({"openTaskCount":2,"pinned":[{"id":"/w","name":"w"}],"running":[{"kind":"app","projectName":"w"}],)"
@@ -83,7 +86,7 @@ TEST(AppSettings, TakesTheDefaultForEveryAbsentMemberButTheFirstFour) {
     const QByteArray basic =
         R"({"displayName":"Sam","scanRoot":"file:///w/","showDockIcon":false,"pinnedProjectIDs":["/w"]})";
     const QByteArray written =
-        R"({"agentAutonomy":"edit","appearance":"system","customAgentCommand":"","defaultAgent":"claude",)"
+        R"({"agentAutonomy":"edit","agentFiles":{},"agentWorktrees":false,"appearance":"system","customAgentCommand":"","defaultAgent":"claude",)"
         R"("defaultBranch":"main","defaultPullStrategy":"ffOnly","dismissedCTAs":[],"displayName":"Sam",)"
         R"("notificationsEnabled":false,"notifyAdded":true,"notifyAgents":true,"notifyCrash":true,)"
         R"("notifyOnlyInBackground":true,"notifyReady":true,"onboardingCompleted":false,"pinnedProjectIDs":["/w"],)"
@@ -105,7 +108,7 @@ TEST(AppSettings, TakesTheDefaultForEveryAbsentMemberButTheFirstFour) {
 TEST(AppSettings, WritesEveryMemberUnderItsNameAndReadsItBack) {
     // Every value differs from its default, so that a member under a wrong key shows.
     const QByteArray full =
-        R"({"agentAutonomy":"full","appearance":"dark","avatarColorHex":"#fff","avatarPhotoPath":"/p.png",)"
+        R"({"agentAutonomy":"full","agentFiles":{"/v":[],"/w":[".env"]},"agentWorktrees":true,"appearance":"dark","avatarColorHex":"#fff","avatarPhotoPath":"/p.png",)"
         R"("customAgentCommand":"aider","defaultAgent":"antigravity","defaultBranch":"trunk","defaultPullStrategy":"rebase",)"
         R"("dismissedCTAs":["a","b","c"],"displayName":"Zoë","lastRun":{"action":"Both","projectID":"/w"},"notificationsEnabled":true,)"
         R"("notifyAdded":false,"notifyAgents":false,"notifyCrash":false,"notifyOnlyInBackground":false,"notifyReady":false,)"
@@ -113,7 +116,7 @@ TEST(AppSettings, WritesEveryMemberUnderItsNameAndReadsItBack) {
         R"("showDockIcon":false,"theme":"graphite","viewMode":"folders","widgetsConfirmed":true})";
     EXPECT_EQ(roundTrip<AppSettings>(full), full);
     const QJsonObject read = object(full);
-    EXPECT_EQ(read.size(), 25);
+    EXPECT_EQ(read.size(), 27);
     const QJsonObject plain = AppSettings::defaults().toJson();
     for (const QString& key : plain.keys()) {
         EXPECT_NE(plain.value(key), read.value(key)) << key.toStdString();

@@ -1,5 +1,6 @@
 #include "tests/OrvGit/GitFixture.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QUuid>
@@ -53,10 +54,19 @@ TEST_F(GitRuns, OfNobodyRunNothingOfTheRepository) {
     const QString submodule = home.makeRepository(u"sub"_s, {{u"x"_s, "1\n"}});
     git(repository, {u"submodule"_s, u"--quiet"_s, u"add"_s, submodule, u"deep/module"_s});
     const QString module = repository + u"/deep/module"_s;
+    // What "add all" makes of a repository that lies in another one.
+    const QString nested = repository + u"/nested"_s;
+    git(repository, {u"init"_s, u"--quiet"_s, u"nested"_s});
+    home.add(u"x"_s, "1\n");
+    ASSERT_TRUE(QFile::copy(home.path(u"x"_s), nested + u"/x"_s));
+    git(nested, {u"add"_s, u"x"_s});
+    git(nested, {u"commit"_s, u"--quiet"_s, u"-m"_s, u"x"_s});
+    git(repository, {u"-c"_s, u"advice.addEmbeddedRepo=false"_s, u"add"_s, u"nested"_s});
     home.add(
         u"evil"_s,
         "[filter \"bad=name\"]\n\tclean = touch " + home.path(u"ran"_s).toUtf8() + "; cat\n\trequired = true\n");
-    for (const auto& [folder, file] : {std::pair{repository, u"f"_s}, std::pair{module, u"x"_s}}) {
+    for (const auto& [folder, file] :
+         {std::pair{repository, u"f"_s}, std::pair{module, u"x"_s}, std::pair{nested, u"x"_s}}) {
         git(folder, {u"config"_s, u"include.path"_s, home.path(u"evil"_s)});
         git(folder, {u"config"_s, u"core.fsmonitor"_s, u"touch "_s + home.path(u"ran"_s)});
         QFile attributes(folder + u"/.gitattributes"_s);
@@ -64,8 +74,15 @@ TEST_F(GitRuns, OfNobodyRunNothingOfTheRepository) {
         QFile changed(folder + u'/' + file);
         ASSERT_TRUE(changed.open(QIODevice::WriteOnly) && changed.write("2\n") > 0);
     }
-    const auto status = GitService(GitRunner{{}, GitPurpose::background, {}}).status(repository);
+    const GitRunner background{{}, GitPurpose::background, {}};
+    const auto status = GitService(background).status(repository);
     ASSERT_TRUE(status) << failure(status);
+    QFile hook(repository + u"/.git/hooks/post-index-change"_s);
+    ASSERT_TRUE(QDir().mkpath(repository + u"/.git/hooks"_s) && hook.open(QIODevice::WriteOnly));
+    hook.write("#!/bin/sh\ntouch " + home.path(u"ran"_s).toUtf8() + "\n");
+    hook.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    hook.close();
+    EXPECT_TRUE(background.run({"update-index", "--chmod=+x", "f"}, repository, 30s));
     EXPECT_FALSE(QFile::exists(home.path(u"ran"_s)));
     EXPECT_TRUE(std::ranges::any_of(status->changes, [](const FileChange& change) { return change.path == u"f"_s; }));
     EXPECT_TRUE(GitService().status(repository));

@@ -291,10 +291,10 @@ TEST_F(GitActions, SumUpBadges) {
     QFuture<GitBadge> project = badges.read(r);
     QFuture<GitBadge> broken = badges.read(home.path(u"empty"_s));
     QFuture<GitBadge> none = badges.read(home.path(u"home"_s));
-    EXPECT_EQ(project.result(), (GitBadge{2, 1, 0, 2}));
-    EXPECT_EQ(broken.result(), (GitBadge{0, 0, 0, 1}));
+    EXPECT_EQ(project.result(), (GitBadge{2, 1, 0, 2, {}}));
+    EXPECT_EQ(broken.result(), (GitBadge{0, 0, 0, 1, {}}));
     EXPECT_EQ(none.result(), GitBadge{});
-    EXPECT_EQ(badges.readRepositories({inner}).result(), (GitBadge{0, 1, 0, 1}));
+    EXPECT_EQ(badges.readRepositories({inner}).result(), (GitBadge{0, 1, 0, 1, u"next"_s}));
 }
 
 TEST_F(GitActions, AreNoticedByAWatch) {
@@ -305,7 +305,6 @@ TEST_F(GitActions, AreNoticedByAWatch) {
     QObject::connect(
         &watch, &RepositoryWatch::changed, &watch, [&told](const QString& folder) { told.append(folder); });
     watch.setRepositories({r, tree, home.path()});
-    EXPECT_EQ(watch.repositories().size(), 2);
     home.add(u"r/a"_s, "1\n");
     const struct {
         QStringList words;
@@ -323,6 +322,7 @@ TEST_F(GitActions, AreNoticedByAWatch) {
         EXPECT_TRUE(waitFor([&] { return told.contains(each.folder); })) << qPrintable(each.words.join(u' '));
     }
     EXPECT_TRUE(waitFor([&] { return told.contains(r); }));
+    EXPECT_EQ(watch.repositories().size(), 2);
     // A look of ours is no change.
     told.clear();
     EXPECT_TRUE(GitService(GitRunner{{}, GitPurpose::background, {}}).status(r));

@@ -191,6 +191,48 @@ TEST_F(CommandLine, KeepsTasks) {
     EXPECT_EQ(json({u"tasks"_s}).array().size(), 1);
 }
 
+TEST_F(CommandLine, KeepsPinsDevicesAndWhatIsNotToBeSuggested) {
+    const QString shop = folder(u"shop"_s);
+    json({u"pin"_s, u"add"_s, folder(u"one/Twin"_s)});
+    EXPECT_EQ(json({u"pin"_s, u"add"_s, u"Shop"_s}).object()[u"id"_s], shop);
+    json({u"pin"_s, u"add"_s, shop});
+    EXPECT_EQ(json({u"pin"_s}).array().size(), 2);
+    ASSERT_TRUE(QFile::rename(shop, folder(u"sold"_s)));
+    EXPECT_EQ(json({u"pin"_s, u"remove"_s, u"shop"_s}).object()[u"pinned"_s], false) << "the folder is gone";
+    EXPECT_EQ(launcher.call({u"pin"_s, u"remove"_s, u"shop"_s}).exitCode, 1);
+    ASSERT_TRUE(QFile::rename(folder(u"sold"_s), shop));
+
+    const auto ids = [this] {
+        QStringList found;
+        for (const QJsonValue& suggestion : json({u"suggestions"_s}).array()) {
+            found.append(suggestion[u"id"_s].toString());
+        }
+        return found;
+    };
+    EXPECT_TRUE(ids().contains(u"themes"_s));
+    json({u"suggestions"_s, u"dismiss"_s, u"themes"_s});
+    EXPECT_FALSE(ids().contains(u"themes"_s));
+    EXPECT_EQ(launcher.call({u"suggestions"_s, u"dismiss"_s, u"theme"_s}).exitCode, 2);
+    EXPECT_EQ(json({u"suggestions"_s, u"restore"_s}).object()[u"dismissed"_s].toArray().size(), 0);
+
+    const auto choice = [&] { return readFile(launcher.tree.path(u"support/choices.json"_s)); };
+    json({u"devices"_s, u"choose"_s, u"shop"_s, u"avd:Pixel_9"_s});
+    EXPECT_TRUE(choice().contains("avd:Pixel_9")) << choice().constData();
+    EXPECT_TRUE(json({u"devices"_s, u"choose"_s, u"shop"_s}).object()[u"device"_s].isNull());
+    EXPECT_FALSE(choice().contains("Pixel")) << choice().constData();
+    EXPECT_EQ(launcher.call({u"devices"_s, u"choose"_s, u"shop"_s, u"Pixel"_s}).exitCode, 2);
+    EXPECT_TRUE(json({u"devices"_s}).isArray());
+}
+
+TEST_F(CommandLine, SaysWhenNothingShowsNotifications) {
+    launcher.environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nowhere"_s);
+    const Ended ended = launcher.call({u"notify"_s, u"--test"_s, u"--json"_s});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_EQ(QJsonDocument::fromJson(ended.out)[u"sent"_s], false) << ended.out.constData();
+    EXPECT_TRUE(ended.err.contains("shows notifications")) << ended.err.constData();
+    EXPECT_EQ(launcher.call({u"notify"_s, u"--wait"_s}).exitCode, 2);
+}
+
 TEST_F(CommandLine, SaysWhatIsWrongWithBrokenStoresAndKeepsThem) {
     launcher.tree.add(u"support/settings.json"_s, "{\"displayName\": 3}");
     launcher.tree.add(u"support/tasks.json"_s, "[{\"id\"");
@@ -216,7 +258,7 @@ TEST_F(CommandLine, FitsIntoPipesAndTerminals) {
          " 3000  localhost:3000\n", "exit 0\n"},
         {"colours on a terminal",
          u"TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\\[1m\""_s,
-         "25\n",
+         "27\n",
          {}},
         {"none with NO_COLOR",
          u"NO_COLOR=1 TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\""_s,

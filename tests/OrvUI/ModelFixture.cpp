@@ -36,6 +36,7 @@ void ModelFixture::makeModel() {
     options.tasksFile = tree.path(u"support/tasks.json"_s);
     options.snapshotDirectory = tree.path(u"widgets"_s);
     options.reportTime = std::chrono::milliseconds(60);
+    addTo(options);
     model = std::make_unique<AppModel>(std::move(options));
 }
 

@@ -18,6 +18,8 @@ protected:
 
     /// A new one over the same files; the old one is gone before.
     void makeModel();
+    /// What else the model is made with.
+    virtual void addTo(AppModel::Options&) {}
     /// A folder below the scanned root that is a Node project with this dependency.
     void addNode(const QString& folder, const QByteArray& dependency, const QByteArray& runScript);
     /// The same, already installed.

@@ -74,7 +74,6 @@ TEST(ServiceTransitions, TellOncePerStartThatAServiceIsReadyAndOfEveryCrash) {
     };
     const std::vector<Step> steps{
         {"starts", starting, {}, false, u""_s},
-        {"listens before it is up", starting, 80, false, u""_s},
         {"is up, where is not known", running({}), {}, false, u""_s},
         {"is found listening", running({}), 80, false, u"ready 80"_s},
         {"announces another port", running(81), 81, false, u""_s},
@@ -87,12 +86,15 @@ TEST(ServiceTransitions, TellOncePerStartThatAServiceIsReadyAndOfEveryCrash) {
         {"fails as asked", failed, {}, true, u""_s},
         {"stops", ServiceState::stopped(), {}, true, u""_s},
         {"is up at once", running(80), 80, false, u"ready 80"_s},
+        {"stops again", ServiceState::stopped(), {}, true, u""_s},
+        {"listens without a word", starting, 80, false, u"ready 80"_s},
+        {"says where", running(80), 80, false, u""_s},
     };
     ServiceTransitions transitions;
     for (const Step& step : steps) {
         QStringList events;
         const QList<ServiceTransitions::Look> looks{
-            {api, starting, u"shop"_s, 1, false}, {web, step.state, u"shop"_s, step.port, step.wasUserStopped}};
+            {api, starting, u"shop"_s, {}, false}, {web, step.state, u"shop"_s, step.port, step.wasUserStopped}};
         for (const NotificationEvent& event : transitions.update(looks)) {
             const auto* ready = std::get_if<ServiceReady>(&event);
             events

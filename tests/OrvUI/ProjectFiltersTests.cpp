@@ -22,8 +22,8 @@ Project project(const QString& id, const QList<std::pair<ServiceKind, QString>>&
 TEST(ProjectFilterSet, LetsAProjectPass) {
     const Project shop = project(u"/shop"_s, {{ServiceKind::frontend, u"Vite"_s}, {ServiceKind::backend, {}}});
     const ProjectFacts idle;
-    const ProjectFacts changed{.badge = GitBadge{1, 0, 0, 1}, .isRunning = true, .isPinned = true};
-    const ProjectFacts ahead{.badge = GitBadge{0, 3, 0, 1}};
+    const ProjectFacts changed{.badge = GitBadge{1, 0, 0, 1, {}}, .isRunning = true, .isPinned = true};
+    const ProjectFacts ahead{.badge = GitBadge{0, 3, 0, 1, {}}};
     struct Case {
         const char* label;
         std::function<void(ProjectFilterSet&)> ask;

@@ -11,19 +11,18 @@ TEST(CardPrimaryAction, IsTheLastOneElseThePreferredOne) {
     const struct {
         const char* label;
         QList<RunAction> available;
-        std::optional<LastRun> lastRun;
+        std::optional<QString> last;
         std::optional<RunAction> expected;
     } cases[] = {
-        {"nothing", {}, LastRun{u"p"_s, u"App"_s}, {}},
+        {"nothing", {}, u"App"_s, {}},
         {"both first", {frontend, backend, both, app}, {}, both},
         {"app before Flutter and Docker", {docker, flutter, app}, {}, app},
-        {"last run", {frontend, backend, both}, LastRun{u"p"_s, u"Backend"_s}, backend},
-        {"last run of another project", {frontend, backend, both}, LastRun{u"q"_s, u"Backend"_s}, both},
-        {"last run not offered any more", {frontend, docker}, LastRun{u"p"_s, u"Backend"_s}, frontend},
-        {"last run unknown", {docker}, LastRun{u"p"_s, u"backend"_s}, docker},
+        {"last run", {frontend, backend, both}, u"Backend"_s, backend},
+        {"last run not offered any more", {frontend, docker}, u"Backend"_s, frontend},
+        {"last run unknown", {docker}, u"backend"_s, docker},
     };
-    for (const auto& [label, available, lastRun, expected] : cases) {
-        EXPECT_EQ(CardPrimaryAction::defaultAction(u"p"_s, available, lastRun), expected) << label;
+    for (const auto& [label, available, last, expected] : cases) {
+        EXPECT_EQ(CardPrimaryAction::defaultAction(available, last), expected) << label;
     }
 }
 

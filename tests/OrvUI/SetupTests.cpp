@@ -233,6 +233,21 @@ TEST_F(SetupTest, AsksOnceForAnInstallThatLeavesNoMarker) {
     }
 }
 
+TEST_F(SetupTest, DoesNotTakeAnInstallThatFailedForDoneBecauseItsMarkerIsThere) {
+    addScript(u"shop/web"_s, u"npm-install.sh"_s, "mkdir -p node_modules; echo 'no network' >&2; exit 7\n");
+    install(u"shop"_s, {ServiceKind::frontend});
+    EXPECT_EQ(model->setupPhase(), u"failed"_s);
+    model->cancelInstall();
+    makeModel(); // nor after a restart
+    addScript(u"shop/web"_s, u"npm-install.sh"_s, "echo installing >>installed.txt\n");
+    install(u"shop"_s, {ServiceKind::frontend});
+    EXPECT_EQ(installs(u"shop/web"_s), u"installing"_s);
+    EXPECT_TRUE(waitForPhase(project(u"shop"_s), ServiceKind::frontend, Phase::running));
+    ASSERT_TRUE(finishes(model->stop(project(u"shop"_s))));
+    ASSERT_TRUE(finishes(model->run(project(u"shop"_s), {ServiceKind::frontend})));
+    EXPECT_FALSE(model->setup()) << "one that ended well does";
+}
+
 TEST_F(SetupTest, InstallsAWorkspaceOnce) {
     tree.add(u"projects/mono/package.json"_s, R"({"workspaces": ["apps/*"]})");
     addNode(u"mono/apps/web"_s, "vite", up(4001));

@@ -184,5 +184,58 @@ TEST_F(MainWindow, SetsTheFocusIntoTheSheetAndBack) {
         << "the focus is at " << window->activeFocusItem()->metaObject()->className();
 }
 
+TEST_F(MainWindow, ShowsEveryPageAndSection) {
+    addInstalled(u"client/harbor"_s, "vite", test::up(4003));
+    addInstalled(u"client/wharf"_s, "vite", test::up(4004));
+    tree.add(u"projects/client/harbor/.git/HEAD"_s, "ref: refs/heads/main\n");
+    tree.add(u"projects/client/wharf/.git/HEAD"_s, "ref: refs/heads/main\n");
+    scan();
+    open(QSize(1280, 832));
+    const auto shows = [this](const QByteArray& component) {
+        EXPECT_TRUE(test::waitFor([&] { return !items(component).isEmpty(); })) << component.toStdString();
+    };
+    AppPage page;
+    page.kind = AppPage::Kind::settings;
+    for (const QByteArray section :
+         {"SettingsProfile", "SettingsGit", "SettingsAi", "SettingsAppearance", "SettingsNotifications",
+          "SettingsGeneral", "SettingsProjects"}) {
+        model->setPage(page);
+        shows(section);
+        page.section = static_cast<SettingsSection>(static_cast<int>(page.section) + 1);
+    }
+    EXPECT_EQ(items("OverrideItem").size(), 2);
+    model->setPage({AppPage::Kind::project, root + u"/client/harbor"_s, {}});
+    shows("ServiceRow");
+    EXPECT_TRUE(items("ProjectCard").isEmpty());
+    for (const int width : {760, 1000, 1720}) {
+        window->resize(width, 832);
+        EXPECT_TRUE(test::waitFor([&] { return items("RunButton").isEmpty() == (width >= 1000); })) << width;
+    }
+    for (const auto& [tab, component] :
+         {std::pair{DetailTab::tasks, "TaskComposer"},
+          {DetailTab::terminal, "TerminalPage"},
+          {DetailTab::logs, "ProjectLogs"},
+          {DetailTab::overview, "ServiceRow"}}) {
+        model->setDetailTab(tab);
+        shows(component);
+    }
+    QTest::keyClick(window, Qt::Key_Left, Qt::AltModifier);
+    shows("OverrideItem");
+    model->addTask(u"Upgrade"_s, u"after the release"_s, *model->project(root + u"/client/harbor"_s));
+    QTest::keyClick(window, Qt::Key_6, Qt::ControlModifier);
+    shows("TaskItem");
+    QTest::keyClick(window, Qt::Key_7, Qt::ControlModifier);
+    shows("AgentComposer");
+    shows("AgentListItem");
+    QTest::keyClick(window, Qt::Key_N, Qt::ControlModifier);
+    shows("FormField");
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_TRUE(test::waitFor([this] { return items("FormField").isEmpty(); }));
+    model->setPage({AppPage::Kind::collection, root + u"/client"_s, {}});
+    EXPECT_TRUE(test::waitFor([this] { return items("ProjectCard").size() == 2; }));
+    QTest::keyClick(window, Qt::Key_Home, Qt::AltModifier);
+    shows("HomeHeader");
+}
+
 } // namespace
 } // namespace orv

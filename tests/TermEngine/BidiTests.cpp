@@ -71,8 +71,7 @@ public:
 /// The row as a person sees it.
 std::string shown(const Terminal& terminal, int row) {
     const Buffer& buffer = terminal.buffer();
-    const PresentedRow presented = presentedRow(
-        buffer, buffer.yBase() + row, terminal.bidiState(row), terminal.options().maximumBidiParagraphRows);
+    const PresentedRow presented = terminal.presentedRow(row);
     const auto boxes = terminal.bidiState(row).mirrorsBoxDrawing ? bidi::BoxDrawing::mirrored : bidi::BoxDrawing::kept;
     std::string text;
     for (int i = 0; i < buffer.cols(); ++i) {

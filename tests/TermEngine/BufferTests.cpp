@@ -1,4 +1,5 @@
 #include "TermEngine/Buffer.h"
+#include "TermEngine/Diagnostics.h"
 
 #include <gtest/gtest.h>
 
@@ -100,6 +101,101 @@ TEST(CellArena, LeavesTheDefaultAttributeWhenTheTableIsFull) {
     }
     EXPECT_EQ(arena.intern(styled(Color::palette(1))), 0);
     EXPECT_EQ(arena.intern(styled(Color::rgb(0, 0, 7))), 8);
+}
+
+TEST(CellArena, GivesSnapshotsThatKeepTheirMeaning) {
+    CellArena arena;
+    const auto cell = [&arena](int i) {
+        const std::u32string text = {U'a', char32_t(0x300 + i % 64), char32_t(0x10000 + i)};
+        return arena.pack(
+            {.code = 'a',
+             .graphemeScalarValues = text,
+             .payload = arena.internLink(std::to_string(i)),
+             .attribute = styled(Color::rgb(1, static_cast<std::uint8_t>(i >> 8), static_cast<std::uint8_t>(i)))});
+    };
+    std::vector<PackedCell> cells;
+    for (int i = 0; i < 300; ++i) {
+        cells.push_back(cell(i).value_or(PackedCell()));
+    }
+    const auto first = CellArena::snapshotOf(arena);
+    EXPECT_TRUE(arena.preservesEncoding(*first));
+    const CharData before = first->unpack(cells[7]);
+    const PackedCell next = cell(300).value_or(PackedCell());
+    EXPECT_EQ(CellArena::snapshotOf(arena, first), first) << "a new value alone takes no copy";
+    EXPECT_EQ(first->unpack(next), arena.unpack(next));
+
+    // A sweep gives the numbers of all others to what comes next.
+    arena.setRoots([&](CellArena::Marker& marker) { marker.mark(std::span(cells).first(1)); });
+    arena.sweep();
+    for (int i = 1000; i < 1300; ++i) {
+        cell(i);
+    }
+    EXPECT_EQ(first->unpack(cells[7]), before);
+    EXPECT_EQ(first->link(cells[7].payload()), "7");
+    EXPECT_FALSE(arena.preservesEncoding(*first));
+    const auto second = CellArena::snapshotOf(arena, first);
+    EXPECT_NE(second, first);
+    EXPECT_EQ(second->unpack(cells[0]), first->unpack(cells[0]));
+    EXPECT_NE(second->unpack(cells[7]), before);
+}
+
+TEST(CellArena, ChangesTheTextOfACellAndNothingElse) {
+    CellArena arena;
+    ASSERT_EQ(arena.internLink("link"), 1);
+    const Attribute blue = styled(Color::palette(1), Color::palette(4));
+    const Attribute background = blue.background();
+    struct Row {
+        const char* label;
+        CharData before;
+        std::u32string text;
+        CharData after;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"another",
+              {.code = 'a', .payload = 1, .attribute = blue},
+              U"b",
+              {.code = 'b', .payload = 1, .attribute = blue}},
+             {"a cluster",
+              {.code = 'a', .isProtected = true},
+              U"e\u0301",
+              {.code = 'e', .graphemeScalarValues = U"e\u0301", .isProtected = true}},
+             {"of a blank", {.attribute = background}, U"x", {.code = 'x', .attribute = background}},
+             {"of a blank in a true colour",
+              {.attribute = styled({}, Color::rgb(1, 2, 3))},
+              U"x",
+              {.code = 'x', .attribute = styled({}, Color::rgb(1, 2, 3))}},
+             {"none", {.code = 'a', .attribute = background}, U"", {.attribute = background}},
+             {"none, with more than a background", {.code = 'a', .attribute = blue}, U"", {.attribute = blue}}}) {
+        const PackedCell changed = arena.replacingContent(arena.pack(row.before).value_or(PackedCell()), row.text);
+        EXPECT_TRUE(changed.hasValidEncoding()) << row.label;
+        EXPECT_EQ(arena.unpack(changed), row.after) << row.label;
+        EXPECT_EQ(changed, arena.pack(row.after)) << row.label;
+        CellArena other;
+        EXPECT_EQ(other.unpack(other.adopt(changed, arena)).graphemeScalarValues, row.after.graphemeScalarValues);
+    }
+}
+
+TEST(Buffer, ReportsWhatIsUsedPastItsEnds) {
+    static std::vector<std::string> messages;
+    setDiagnosticSink([](std::string_view message) { messages.emplace_back(message); });
+    Buffer buffer(std::make_shared<CellArena>(), {.cols = 4, .rows = 3});
+    buffer.line(0).set(3, PackedCell::make(PackedCell::Kind::scalar, 'z'));
+    EXPECT_EQ(buffer.line(0)[2], PackedCell());
+    EXPECT_EQ(messages.size(), 0U);
+    EXPECT_EQ(buffer.line(0)[4].content(), 'z');
+    EXPECT_EQ(buffer.line(0)[-1], PackedCell());
+    EXPECT_EQ(&buffer.lineAt(99), &buffer.line(2));
+    EXPECT_EQ(&buffer.lineAt(-1), &buffer.line(0));
+    EXPECT_EQ(
+        std::ranges::count(
+            messages, "BufferLine: You passed an index out of range, adjusting to prevent crash, but you should debug"),
+        2);
+    EXPECT_EQ(messages.size(), 4U);
+    buffer.line(1).resize(2);
+    buffer.resize(4, 2);
+    EXPECT_EQ(messages.back(), "A resized line is shorter than the buffer width");
+    EXPECT_EQ(buffer.line(1).size(), 4);
+    setDiagnosticSink(nullptr);
 }
 
 TEST(Buffer, DropsTheOldestLinesWhenTheHistoryShrinks) {

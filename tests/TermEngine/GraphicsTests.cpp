@@ -308,6 +308,49 @@ TEST(KittyGraphics, PlacesScrollsAndDeletes) {
     deletes("a=d,d=?", 3, 3);
 }
 
+TEST(KittyGraphics, PlacesImagesRelativeToOthers) {
+    Graphics graphics;
+    graphics.context.cursorRow = 3;
+    graphics.context.cursorColumn = 5;
+    for (const char* id : {"1", "2", "3"}) {
+        graphics.send("a=t,q=2,s=2,v=2,i=" + std::string(id), pixels("rgbr"));
+    }
+    const auto places = [&] {
+        std::string all;
+        for (const ImagePlacement& some : graphics.store.placements()) {
+            all +=
+                std::to_string(some.imageId) + "@" + std::to_string(some.row) + "," + std::to_string(some.column) + " ";
+        }
+        return all;
+    };
+    EXPECT_EQ(graphics.reply("a=p,i=2,p=1,P=9"), "Gi=2,p=1;ENOPARENT:no such placement");
+    graphics.reply("a=p,i=1,p=1,q=2");
+    const GraphicsResult placed = graphics.kitty.handle("a=p,i=2,p=1,P=1,Q=1,H=-2,V=4", graphics.context);
+    EXPECT_EQ(placed.reply, "Gi=2,p=1;OK");
+    EXPECT_EQ(placed.cursorColumns, 0) << "the cursor stays";
+    EXPECT_EQ(graphics.reply("a=p,i=3,p=1,P=2,H=1"), "Gi=3,p=1;OK");
+    EXPECT_EQ(places(), "1@3,5 2@7,3 3@7,4 ");
+    EXPECT_EQ(graphics.reply("a=p,i=1,p=1,P=3"), "Gi=1,p=1;ECYCLE:it would be its own parent");
+    EXPECT_EQ(graphics.reply("a=p,i=1,P=1,U=1"), "Gi=1;EINVAL:a virtual placement has no parent");
+
+    // With the parent they scroll, where they themselves lie without the region, and are renumbered and placed anew.
+    graphics.store.scroll(ScreenId::normal, {2, 6, 0, 80}, -1, {2, 6, 0, 80});
+    EXPECT_EQ(places(), "1@2,5 2@6,3 3@6,4 ");
+    graphics.store.renumber(ScreenId::normal, 0, 10, 0);
+    EXPECT_EQ(places(), "1@12,5 2@16,3 3@16,4 ");
+    graphics.reply("a=p,i=1,p=1,q=2");
+    EXPECT_EQ(places(), "2@7,3 3@7,4 1@3,5 ");
+    graphics.reply("a=d,d=i,i=1,p=1");
+    EXPECT_EQ(places(), "") << "without it they go";
+
+    graphics.reply("a=p,i=1,p=1,q=2");
+    for (int depth = 1; depth <= 9; ++depth) {
+        const std::string reply =
+            graphics.reply("a=p,i=1,p=" + std::to_string(depth + 1) + ",P=1,Q=" + std::to_string(depth));
+        EXPECT_EQ(reply.find("ETOODEEP") != std::string::npos, depth == 9) << reply;
+    }
+}
+
 TEST(KittyGraphics, EvictsWhatIsNotShownAndThenTheOldest) {
     Graphics graphics(10'000);
     const auto add = [&](const std::string& id) {

@@ -154,6 +154,7 @@ TEST(KeyEncoder, EncodesKeysTheOldWay) {
     };
     const KeyModes other1{.modifyOtherKeys = 1};
     const KeyModes other2{.modifyOtherKeys = 2};
+    const KeyModes other3{.modifyOtherKeys = 3};
     const std::vector<Row> rows{
         {"text", us('a'), {}, "a"},
         {"release", with(us('a'), KeyEventType::release), {}, ""},
@@ -230,6 +231,11 @@ TEST(KeyEncoder, EncodesKeysTheOldWay) {
         {"other keys 2: ctrl, shift and letter", us('i', C | S), other2, "\x1b[27;6;73~"},
         {"other keys 2: shift and letter", us('i', S), other2, "I"},
         {"other keys 2: plain enter", key(Key::enter), other2, "\r"},
+        {"other keys 3: plain enter", key(Key::enter), other3, "\x1b[27;1;13~"},
+        {"other keys 3: a letter", us('a'), other3, "\x1b[27;1;97~"},
+        {"other keys 3: shift and letter", us('a', S), other3, "\x1b[27;2;65~"},
+        {"other keys 3: an input method", {.text = "日本"}, other3, "日本"},
+        {"other keys 3: the keypad", key(static_cast<Key>(57400)), other3, "1"},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(encodeKey(row.event, row.modes), row.expected) << row.label;

@@ -292,11 +292,31 @@ TEST(Parser, ParsesWhatAHandlerFeedsAfterTheBytesUnderWay) {
     EscapeSequenceParser parser(recorder);
     recorder.onEvent = [&](const std::string& event) {
         if (event == "c7") {
-            parser.parseBorrowed(bytesOf("\x1B[5m\x07"));
+            parser.parseBorrowed(bytesOf("\x1B[2m\x08"));
+            parser.parseBorrowed(bytesOf("\x1B[3m"));
+        } else if (event == "c8") {
+            parser.parseBorrowed(bytesOf("\x1B[4m"));
         }
     };
     parser.parseBorrowed(bytesOf("\x07\x1B[1m"));
-    EXPECT_EQ(recorder.joined(), "c7 csi:1m csi:5m c7");
+    EXPECT_EQ(recorder.joined(), "c7 csi:1m csi:2m c8 csi:3m csi:4m") << "all of it, in its order";
+
+    // One that feeds without end: each call ends, what is left comes first in the next one, and nothing is lost.
+    recorder.events.clear();
+    std::size_t fed = 0;
+    recorder.onEvent = [&](const std::string& event) {
+        if (event == "c7" && fed < 3 * EscapeSequenceParser::fedBackAtOnce) {
+            ++fed;
+            parser.parseBorrowed(bytesOf("\x07"));
+        }
+    };
+    parser.parseBorrowed(bytesOf("\x07"));
+    EXPECT_LE(recorder.events.size(), EscapeSequenceParser::fedBackAtOnce + 2);
+    for (int call = 0; call < 4; ++call) {
+        parser.parseBorrowed(bytesOf("\x0B"));
+    }
+    EXPECT_EQ(std::ranges::count(recorder.events, "c7"), 1 + static_cast<std::ptrdiff_t>(fed));
+    EXPECT_EQ(std::ranges::count(recorder.events, "c11"), 4);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "TerminalFixture.h"
+#include "UpdateMain.h"
 
 #include <gtest/gtest.h>
 
@@ -138,14 +139,7 @@ void update() {
     }
 }
 
+[[maybe_unused]] const bool isUpdated = UpdateMain::add(update);
+
 } // namespace
 } // namespace term
-
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (argc > 1 && std::string_view(argv[1]) == "--update") {
-        term::update();
-        return 0;
-    }
-    return RUN_ALL_TESTS();
-}

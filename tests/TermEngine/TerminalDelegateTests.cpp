@@ -1,4 +1,5 @@
 #include "TermEngine/Base64.h"
+#include "TermEngine/ScreenSnapshot.h"
 #include "TerminalFixture.h"
 
 #include <gtest/gtest.h>
@@ -465,6 +466,60 @@ TEST(Replies, HoldNothingThatAProgramChose) {
     for (const std::string& text : {mark, hex, base64}) {
         EXPECT_EQ(replies.find(text), std::string::npos) << escaped(replies);
     }
+}
+
+TEST(ScreenSnapshot, IsReadOnAnotherThreadWhileTheTerminalGoesOn) {
+    // A letter and a cluster each, in a colour that names them; of so many that numbers are given anew.
+    constexpr int written = 20'000;
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::shared_ptr<const ScreenSnapshot> newest;
+    bool isDone = false;
+    int seen = 0;
+    int wrong = 0;
+    std::thread reader([&] {
+        for (;;) {
+            std::unique_lock lock(mutex);
+            changed.wait(lock, [&] { return newest != nullptr || isDone; });
+            const auto snapshot = std::exchange(newest, nullptr);
+            if (!snapshot) {
+                return;
+            }
+            lock.unlock();
+            for (const auto& line : snapshot->lines) {
+                for (const PackedCell cell : line->usedCells()) {
+                    char32_t memory = 0;
+                    const std::u32string_view text = snapshot->arena->scalars(cell, memory);
+                    const std::uint32_t number = snapshot->arena->attributeOf(cell).fg.value();
+                    ++seen;
+                    wrong +=
+                        text.size() == 2 && text[0] == U'a' + number % 26 && text[1] == 0x300 + number % 64 ? 0 : 1;
+                }
+            }
+        }
+    });
+    Session session({.cols = 20, .rows = 4, .scrollback = 0});
+    ScreenSnapshot snapshot;
+    for (int i = 0; i < written; ++i) {
+        std::string text = "\x1B[38;2;0;" + std::to_string(i / 256) + ";" + std::to_string(i % 256) + "m";
+        text += static_cast<char>('a' + i % 26);
+        unicode::appendUtf8(text, static_cast<char32_t>(0x300 + i % 64));
+        session.terminal.feed(text);
+        if (i % 16 == 0) {
+            snapshot = takeSnapshot(session.terminal, &snapshot);
+            const std::scoped_lock lock(mutex);
+            newest = std::make_shared<const ScreenSnapshot>(snapshot);
+            changed.notify_one();
+        }
+    }
+    {
+        const std::scoped_lock lock(mutex);
+        isDone = true;
+        changed.notify_one();
+    }
+    reader.join();
+    EXPECT_GT(seen, 0);
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(Selection, EndsWhenItsTextGoes) {

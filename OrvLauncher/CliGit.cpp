@@ -1,0 +1,320 @@
+#include "CliGit_p.h"
+#include "OrvCore/Settings.h"
+#include "TextLayout.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+/// Changes the repository, then prints what it is like.
+template <typename Change>
+QFuture<int> changeAndShow(Invocation& call, const QString& progress, Change change) {
+    const auto work = [folder = folderMeant(call),
+                       change = std::move(change)](const GitService& service) -> GitOutcome<RepositoryState> {
+        const auto repository = repositoryAt(service, folder);
+        if (!repository) {
+            return std::unexpected(repository.error());
+        }
+        if (const GitOutcome<void> done = change(service, *repository); !done) {
+            return std::unexpected(done.error());
+        }
+        return stateOf(service, *repository);
+    };
+    return runGit(call, progress, work, [&call](const RepositoryState& state) -> int {
+        if (call.json) {
+            printJson(call.console.out, toJson(state));
+        } else {
+            printState(call.console.out, state);
+        }
+        return exitOk;
+    });
+}
+
+using PathsMethod = GitOutcome<void> (GitService::*)(const QString&, const QStringList&) const;
+using PathsOf = QStringList (FileChange::*)() const;
+
+/// The paths of every change for which `isMeant`; conflicts only when they are named.
+template <typename IsMeant>
+GitOutcome<QStringList> pathsOfAll(
+    const GitService& service, const QString& repository, PathsOf pathsOf, IsMeant isMeant) {
+    const auto status = service.status(repository);
+    if (!status) {
+        return std::unexpected(status.error());
+    }
+    QStringList paths;
+    for (const FileChange& change : status->changes) {
+        if (!change.isConflicted() && isMeant(change)) {
+            paths += (change.*pathsOf)();
+        }
+    }
+    paths.removeDuplicates();
+    return paths;
+}
+
+template <typename IsMeant>
+QFuture<int> changePaths(Invocation& call, PathsMethod method, PathsOf pathsOf, IsMeant isMeant) {
+    const bool isAll = call.isSet(u"all"_s);
+    if (isAll != call.words.isEmpty()) {
+        return QtFuture::makeReadyFuture(
+            call.usageError(isAll ? u"either name paths, or say --all."_s : u"name paths, or say --all."_s));
+    }
+    return changeAndShow(
+        call, u"Running git…"_s,
+        [folder = folderMeant(call), words = call.words, method, pathsOf, isAll,
+         isMeant](const GitService& service, const QString& repository) {
+            const auto paths =
+                isAll ? pathsOfAll(service, repository, pathsOf, isMeant) : pathsIn(repository, folder, words);
+            return paths ? (service.*method)(repository, *paths) : std::unexpected(paths.error());
+        });
+}
+
+QFuture<int> stage(Invocation& call) {
+    return changePaths(call, &GitService::stage, &FileChange::stagedPaths, [](const FileChange& change) {
+        return change.isUntracked() || change.worktree != '.';
+    });
+}
+
+QFuture<int> unstage(Invocation& call) {
+    return changePaths(call, &GitService::unstage, &FileChange::touchedPaths, [](const FileChange& change) {
+        return change.isStaged();
+    });
+}
+
+QFuture<int> discard(Invocation& call) {
+    const auto change = [folder = folderMeant(call),
+                         words = call.words](const GitService& service, const QString& repository) -> GitOutcome<void> {
+        const auto named = pathsIn(repository, folder, words);
+        if (!named) {
+            return std::unexpected(named.error());
+        }
+        const auto status = service.status(repository);
+        if (!status) {
+            return std::unexpected(status.error());
+        }
+        QStringList paths;
+        for (const FileChange& each : status->changes) {
+            if (isBelow(each.path, *named)) {
+                paths += each.touchedPaths();
+            }
+        }
+        if (paths.isEmpty()) {
+            return std::unexpected(GitError::refused(u"nothing is changed there."_s));
+        }
+        return service.discard(repository, paths);
+    };
+    return changeAndShow(call, u"Running git…"_s, change);
+}
+
+QFuture<int> commit(Invocation& call) {
+    struct Committed {
+        CommitInfo commit;
+    };
+    const auto work = [folder = folderMeant(call), summary = call.words.value(0),
+                       description = call.value(u"description"_s),
+                       isAmendment = call.isSet(u"amend"_s)](const GitService& service) -> GitOutcome<Committed> {
+        const auto repository = repositoryAt(service, folder);
+        if (!repository) {
+            return std::unexpected(repository.error());
+        }
+        const auto done = isAmendment ? service.amend(*repository, summary, description)
+                                      : service.commit(*repository, summary, description);
+        if (!done) {
+            return std::unexpected(done.error());
+        }
+        const auto log = service.log(*repository, 1);
+        return log ? GitOutcome<Committed>(Committed{log->value(0)}) : std::unexpected(log.error());
+    };
+    return runGit(call, u"Committing…"_s, work, [&call](const Committed& made) -> int {
+        if (call.json) {
+            printJson(call.console.out, QJsonObject{{u"id"_s, made.commit.id}, {u"subject"_s, made.commit.subject}});
+        } else {
+            call.console.out.writeLine(u"%1 %2"_s.arg(made.commit.id.first(7), printable(made.commit.subject)));
+        }
+        return exitOk;
+    });
+}
+
+QFuture<int> switchTo(Invocation& call) {
+    return changeAndShow(
+        call, u"Switching…"_s,
+        [name = call.words.first(),
+         isNew = call.isSet(u"create"_s)](const GitService& service, const QString& repository) {
+            return isNew ? service.createBranch(repository, name) : service.switchBranch(repository, name);
+        });
+}
+
+QFuture<int> continueOperation(Invocation& call) {
+    return changeAndShow(call, u"Continuing…"_s, [](const GitService& service, const QString& repository) {
+        return service.continueOperation(repository);
+    });
+}
+
+QFuture<int> abortOperation(Invocation& call) {
+    return changeAndShow(call, u"Aborting…"_s, [](const GitService& service, const QString& repository) {
+        return service.abortOperation(repository);
+    });
+}
+
+/// Runs `action` on every repository of the project that the word means; the first failure ends it.
+template <typename Remote>
+QFuture<int> onRepositories(Invocation& call, const QString& going, const QString& gone, Remote action) {
+    const auto run = [&call, going, gone, action](const QString& folder) {
+        const auto work = [folder, action](const GitService& service) -> GitOutcome<QStringList> {
+            auto repositories = repositoriesAt(service, folder);
+            if (!repositories) {
+                return repositories;
+            }
+            for (const QString& repository : std::as_const(*repositories)) {
+                if (auto done = action(service, repository); !done) {
+                    GitError error = done.error();
+                    if (repositories->size() > 1) {
+                        error = GitError::refused(shortPath(repository) + u": "_s + error.text());
+                    }
+                    return std::unexpected(error);
+                }
+            }
+            return repositories;
+        };
+        return runGit(call, going, work, [&call, gone](const QStringList& repositories) -> int {
+            if (call.json) {
+                printJson(call.console.out, QJsonArray::fromStringList(repositories));
+            }
+            for (const QString& repository : repositories) {
+                if (!call.json) {
+                    call.console.out.writeLine(gone + u' ' + shortPath(repository));
+                }
+            }
+            return exitOk;
+        });
+    };
+    return withFolder(call, run);
+}
+
+QFuture<int> fetch(Invocation& call) {
+    return onRepositories(call, u"Fetching…"_s, u"Fetched"_s, [](const GitService& service, const QString& repository) {
+        return service.fetch(repository);
+    });
+}
+
+QFuture<int> push(Invocation& call) {
+    return onRepositories(call, u"Pushing…"_s, u"Pushed"_s, [](const GitService& service, const QString& repository) {
+        return service.push(repository);
+    });
+}
+
+QFuture<int> pull(Invocation& call) {
+    const QString word = call.isSet(u"strategy"_s) ? call.value(u"strategy"_s)
+                                                   : rawValue(SettingsStore().settings().defaultPullStrategy);
+    const auto preference = fromRawValue<PullPreference>(word);
+    if (!preference) {
+        return QtFuture::makeReadyFuture(call.usageError(u"the strategies are ffOnly, merge and rebase."_s));
+    }
+    const PullStrategy strategy = *preference == PullPreference::ffOnly  ? PullStrategy::ffOnly
+                                  : *preference == PullPreference::merge ? PullStrategy::merge
+                                                                         : PullStrategy::rebase;
+    return onRepositories(
+        call, u"Pulling…"_s, u"Pulled"_s, [strategy](const GitService& service, const QString& repository) {
+            return service.pull(repository, strategy);
+        });
+}
+
+} // namespace
+
+Command gitCommand() {
+    const CommandOption all{u"all"_s, {}, u"every changed file; conflicts excepted"_s};
+    const CommandOption staged{u"staged"_s, {}, u"what is staged, instead of what is not"_s};
+    return {
+        u"git"_s,
+        u"shows and changes the repositories of projects"_s,
+        u"PROJECT is a folder, an id, or a project's name; without one it is the current folder. A PATH counts from "
+        u"the\n"
+        "current folder, or from the one that --in names. What changes several repositories stops at the first that\n"
+        "fails. Nothing ever waits for a password: what needs one that neither an agent nor a keyring has, fails."_s,
+        {{u"status"_s, u"[PROJECT]"_s, 0, 1, u"branch, upstream and changed files of each repository"_s, {}, gitStatus},
+         {u"log"_s,
+          u"[PATH]"_s,
+          0,
+          1,
+          u"the last commits"_s,
+          {inOption,
+           {u"limit"_s, u"N"_s, u"how many; 20 without it"_s},
+           {u"skip"_s, u"N"_s, u"leave out the newest N"_s}},
+          gitLog},
+         {u"diff"_s,
+          u"[PATH...]"_s,
+          0,
+          anyNumber,
+          u"the changed lines"_s,
+          {inOption, staged, {u"commit"_s, u"ID"_s, u"what a commit changed"_s}},
+          gitDiff},
+         {u"stage"_s, u"[PATH...]"_s, 0, anyNumber, u"takes files into the next commit"_s, {inOption, all}, stage},
+         {u"unstage"_s, u"[PATH...]"_s, 0, anyNumber, u"takes them out again"_s, {inOption, all}, unstage},
+         {u"discard"_s,
+          u"PATH..."_s,
+          1,
+          anyNumber,
+          u"puts files back to the last commit; deletes untracked ones"_s,
+          {inOption},
+          discard},
+         {u"commit"_s,
+          u"SUMMARY"_s,
+          1,
+          1,
+          u"commits what is staged"_s,
+          {inOption,
+           {u"description"_s, u"TEXT"_s, u"what follows the summary"_s},
+           {u"amend"_s, {}, u"replaces the last commit"_s}},
+          commit},
+         {u"branch"_s,
+          {},
+          0,
+          0,
+          u"lists the branches"_s,
+          {inOption,
+           {u"delete"_s, u"NAME"_s, u"deletes one that is merged"_s},
+           {u"force"_s, {}, u"deletes it even so"_s}},
+          gitBranch},
+         {u"switch"_s,
+          u"NAME"_s,
+          1,
+          1,
+          u"checks another branch out"_s,
+          {inOption, {u"create"_s, {}, u"makes it first"_s}},
+          switchTo},
+         {u"continue"_s,
+          {},
+          0,
+          0,
+          u"goes on with a merge, rebase, cherry-pick or revert"_s,
+          {inOption},
+          continueOperation},
+         {u"abort"_s, {}, 0, 0, u"gives it up"_s, {inOption}, abortOperation},
+         {u"fetch"_s, u"[PROJECT]"_s, 0, 1, u"gets what the remotes have"_s, {}, fetch},
+         {u"pull"_s,
+          u"[PROJECT]"_s,
+          0,
+          1,
+          u"takes it into the branch"_s,
+          {{u"strategy"_s, u"NAME"_s, u"ffOnly, merge or rebase; the setting defaultPullStrategy without it"_s}},
+          pull},
+         {u"push"_s, u"[PROJECT]"_s, 0, 1, u"sends the branch; publishes a new one to origin"_s, {}, push},
+         {u"clone"_s,
+          u"URL [NAME]"_s,
+          1,
+          2,
+          u"makes a project of a remote repository"_s,
+          {{u"into"_s, u"FOLDER"_s, u"where; the scanned folder without it"_s}},
+          gitClone}},
+        {{u"orvlauncher git status shop"_s, u"what is changed in the project shop"_s},
+         {u"orvlauncher git stage --all && orvlauncher git commit \"Fix the cart\""_s, u"commits everything here"_s},
+         {u"orvlauncher git status --json | jq '[.[].changes[].path]'"_s, u"the changed files, for a script"_s},
+         {u"orvlauncher git clone https://example.org/tools/ledger.git"_s, u"a new project, with its progress"_s}}};
+}
+
+} // namespace orv

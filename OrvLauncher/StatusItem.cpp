@@ -1,0 +1,140 @@
+#include "StatusItem.h"
+
+#include "OrvUI/AppModel.h"
+#include "OrvUI/HomeModels.h"
+
+#include <QGuiApplication>
+#include <QMenu>
+#include <QPainter>
+#include <QSystemTrayIcon>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int greatestCount = 9; ///< more is "9+"
+
+/// The glyph with the count in a disc at its lower right, a gap around the disc.
+QPixmap picture(int pixels, int count, bool isPanelDark) {
+    QPixmap pixmap(pixels, pixels);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor ink = isPanelDark ? QColor(u"#ECEEF2"_s) : QColor(u"#1F2227"_s);
+    painter.save();
+    painter.scale(pixels / 18.0, pixels / 18.0);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ink);
+    painter.drawEllipse(QPointF(9, 9), 8, 8);
+    // The bolt is cut out of the disc.
+    painter.translate(9, 9);
+    painter.scale(0.56, 0.56);
+    painter.translate(-12, -12);
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.setPen(QPen(Qt::black, 1.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::black);
+    painter.drawPolygon(QPolygonF{{1, 10.9}, {13.9, 17.2}, {13.3, 13}, {23, 13.1}, {10.1, 6.8}, {10.7, 11}});
+    painter.restore();
+    if (count == 0) {
+        return pixmap;
+    }
+    const qreal unit = pixels / 22.0;
+    const qreal size = 12 * unit;
+    const QRectF disc(pixels - size, pixels - size, size, size);
+    const qreal gap = 1.5 * unit;
+    painter.setPen(Qt::NoPen);
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.drawEllipse(disc.adjusted(-gap, -gap, gap, gap));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.setBrush(ink);
+    painter.drawEllipse(disc);
+    QFont font(u"Inter"_s);
+    font.setWeight(QFont::DemiBold);
+    font.setPixelSize(qRound((count > greatestCount ? 7.5 : 9) * unit));
+    painter.setFont(font);
+    painter.setPen(isPanelDark ? Qt::black : Qt::white);
+    painter.drawText(disc, Qt::AlignCenter, count > greatestCount ? u"9+"_s : QString::number(count));
+    return pixmap;
+}
+
+bool isBusy(const QString& cardState) {
+    return cardState == u"running" || cardState == u"starting" || cardState == u"installing";
+}
+
+} // namespace
+
+StatusItem::StatusItem(AppModel& model, QObject* parent)
+    : QObject(parent), m_model(model), m_menu(std::make_unique<QMenu>()), m_icon(std::make_unique<QSystemTrayIcon>()) {
+    connect(m_menu.get(), &QMenu::aboutToShow, this, &StatusItem::fillMenu);
+    connect(m_icon.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger) {
+            Q_EMIT panelAsked();
+        } else if (reason == QSystemTrayIcon::MiddleClick) {
+            Q_EMIT windowAsked();
+        }
+    });
+    connect(&model, &AppModel::servicesChanged, this, &StatusItem::update);
+    fillMenu();
+    m_icon->setContextMenu(m_menu.get());
+    update();
+    m_icon->show();
+}
+
+StatusItem::~StatusItem() {
+    m_icon->hide();
+}
+
+bool StatusItem::isAvailable() {
+    return QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+QRect StatusItem::place() const {
+    return m_icon->geometry();
+}
+
+void StatusItem::setPanelDark(bool isDark) {
+    if (std::exchange(m_isPanelDark, isDark) != isDark) {
+        m_shownCount = -1;
+        update();
+    }
+}
+
+void StatusItem::update() {
+    const int count = m_model.runningCount();
+    if (std::exchange(m_shownCount, count) == count) {
+        return;
+    }
+    QIcon icon;
+    for (const int pixels : {16, 22, 24, 32, 44, 48, 64}) {
+        icon.addPixmap(picture(pixels, count, m_isPanelDark));
+    }
+    m_icon->setIcon(icon);
+    m_icon->setToolTip(
+        count == 0   ? QGuiApplication::applicationDisplayName()
+        : count == 1 ? tr("%1: 1 service running").arg(QGuiApplication::applicationDisplayName())
+                     : tr("%1: %2 services running").arg(QGuiApplication::applicationDisplayName()).arg(count));
+}
+
+void StatusItem::fillMenu() {
+    m_menu->clear();
+    const QList<Project> pinned = m_model.pinnedProjects();
+    for (const Project& project : pinned) {
+        // What toggling it does: one that comes up is stopped, too.
+        const QString verb = isBusy(m_model.home().card(project).cardState) ? tr("Stop %1") : tr("Run %1");
+        m_menu->addAction(verb.arg(project.name), this, [this, id = project.id] { m_model.toggleProject(id); });
+    }
+    if (pinned.isEmpty()) {
+        m_menu->addAction(tr("Pin projects in OrvLauncher to list them here"))->setEnabled(false);
+    }
+    m_menu->addSeparator();
+    m_menu->addAction(tr("Quick Panel (%1)").arg(QCoreApplication::translate("PlatformWords", "⌃⌥⌘L")), this, [this] {
+        Q_EMIT panelAsked();
+    });
+    m_menu->addAction(tr("Open OrvLauncher"), this, [this] { Q_EMIT windowAsked(); });
+    m_menu->addSeparator();
+    m_menu->addAction(tr("Quit"), this, [this] { Q_EMIT quitAsked(); });
+}
+
+} // namespace orv

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QObject>
+
+#include <memory>
+
+class QMenu;
+class QSystemTrayIcon;
+
+namespace orv {
+
+class AppModel;
+
+/// The application's icon in the tray, with the number of running services on it. Its click opens the quick panel; its
+/// menu lists the pinned projects, for desktops that report no click. Main thread; needs a QApplication.
+class StatusItem : public QObject {
+    Q_OBJECT
+public:
+    explicit StatusItem(AppModel& model, QObject* parent = nullptr);
+    ~StatusItem() override;
+
+    /// The desktop has a place for it now.
+    [[nodiscard]] static bool isAvailable();
+    /// Where it stands on the screen; null when the desktop does not say.
+    [[nodiscard]] QRect place() const;
+    /// Of a panel that is light, the icon is dark.
+    void setPanelDark(bool isDark);
+
+Q_SIGNALS:
+    void panelAsked();
+    void windowAsked();
+    void quitAsked();
+
+private:
+    void update();
+    void fillMenu();
+
+    AppModel& m_model;
+    std::unique_ptr<QMenu> m_menu;
+    std::unique_ptr<QSystemTrayIcon> m_icon;
+    bool m_isPanelDark = true;
+    int m_shownCount = -1;
+};
+
+} // namespace orv

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "OrvUI/LaunchAtLogin.h"
+
+namespace orv {
+
+/// "orvlauncher.desktop" in the autostart folder (Desktop Application Autostart Specification). It names the executable
+/// that runs; one that names another counts as enabled, and is put right by `setEnabled(true)`.
+class AutostartEntry : public LoginItemController {
+public:
+    /// `configFolder` as $XDG_CONFIG_HOME has it; `executable` an absolute path.
+    AutostartEntry(const QString& configFolder, QString executable);
+
+    [[nodiscard]] bool isEnabled() const override;
+    [[nodiscard]] std::expected<void, QString> setEnabled(bool isEnabled) override;
+    [[nodiscard]] const QString& filePath() const { return m_path; }
+
+    /// The program as the value of "Exec" (Desktop Entry Specification, The Exec key); none for a path that can't stand
+    /// there.
+    [[nodiscard]] static std::optional<QString> execValue(const QString& executable);
+
+private:
+    QString m_path;
+    QString m_executable;
+};
+
+} // namespace orv

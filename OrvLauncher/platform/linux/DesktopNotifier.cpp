@@ -1,0 +1,221 @@
+#include "OrvLauncher/platform/linux/DesktopNotifier.h"
+
+#include "OrvCore/Async.h"
+#include "OrvLauncher/platform/SystemNotifier.h"
+
+#include <QDBusPendingCallWatcher>
+#include <QUuid>
+
+#include <algorithm>
+#include <thread>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString service = u"org.freedesktop.Notifications"_s;
+const QString path = u"/org/freedesktop/Notifications"_s;
+
+const QString openAction = u"default"_s; ///< a click on the notification itself
+const QString browserAction = u"open-browser"_s;
+
+constexpr qsizetype longestBody = 600;
+
+} // namespace
+
+DesktopNotifier::DesktopNotifier(QString busAddress, std::chrono::milliseconds limit, QObject* parent)
+    : QObject(parent),
+      m_busAddress(std::move(busAddress)),
+      m_limitMilliseconds(static_cast<int>(limit.count())),
+      m_busName(u"orv-notifications-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces)) {}
+
+DesktopNotifier::~DesktopNotifier() {
+    *m_isWanted = false;
+    if (m_bus) {
+        QDBusConnection::disconnectFromBus(m_busName);
+    }
+}
+
+void DesktopNotifier::post(const NotificationRequest& request) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_server && !m_isAsking) {
+        send(request);
+        return;
+    }
+    m_waiting.push_back(request);
+    if (m_waiting.size() > waitingLimit) {
+        m_waiting.pop_front();
+    }
+    askServer();
+}
+
+/// There is nothing to ask the user here: who runs a server wants its notifications.
+void DesktopNotifier::findStatus(Ask, Answer answer) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_answers.push_back(std::move(answer));
+    askServer();
+}
+
+/// The thread may hang as long as the bus does; nobody waits for it.
+void DesktopNotifier::connectToBus() {
+    const auto promise = std::make_shared<QPromise<QDBusConnection>>();
+    promise->start();
+    onFinished(promise->future(), this, [this](const QDBusConnection& bus) { takeBus(bus); });
+    std::thread([promise, name = m_busName, address = m_busAddress, isWanted = m_isWanted] {
+        promise->addResult(
+            address.isEmpty() ? QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)
+                              : QDBusConnection::connectToBus(address, name));
+        promise->finish();
+        if (!*isWanted) {
+            QDBusConnection::disconnectFromBus(name);
+        }
+    }).detach();
+}
+
+void DesktopNotifier::takeBus(const QDBusConnection& bus) {
+    if (!bus.isConnected()) {
+        QDBusConnection::disconnectFromBus(m_busName);
+        settle({});
+        return;
+    }
+    m_bus = bus;
+    // Of any sender: to be told of one by its name, Qt would wait for the bus to say who that is.
+    m_bus->connect({}, path, service, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString, QDBusMessage)));
+    m_bus->connect(
+        {}, path, service, u"NotificationClosed"_s, this, SLOT(notificationClosed(uint, uint, QDBusMessage)));
+    askCapabilities();
+}
+
+void DesktopNotifier::askServer() {
+    if (std::exchange(m_isAsking, true)) {
+        return;
+    }
+    if (!m_bus) {
+        connectToBus();
+        return;
+    }
+    askCapabilities();
+}
+
+void DesktopNotifier::askCapabilities() {
+    call(u"GetCapabilities"_s, {}, [this](const QDBusMessage& capabilities) {
+        if (capabilities.type() != QDBusMessage::ReplyMessage) {
+            settle({});
+            return;
+        }
+        const QStringList words = capabilities.arguments().value(0).toStringList();
+        Server server{capabilities.service(), {}, words.contains(u"body-markup"), words.contains(u"actions")};
+        call(u"GetServerInformation"_s, {}, [this, server](const QDBusMessage& information) {
+            Server known = server;
+            known.name = information.arguments().value(0).toString();
+            settle(known);
+        });
+    });
+}
+
+/// `taken` gets the reply or the error.
+void DesktopNotifier::call(const QString& method, const QVariantList& arguments, Taken taken) {
+    QDBusMessage message = QDBusMessage::createMethodCall(service, path, service, method);
+    message.setArguments(arguments);
+    auto* watcher = new QDBusPendingCallWatcher(m_bus->asyncCall(message, m_limitMilliseconds), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, taken = std::move(taken)] {
+        watcher->deleteLater();
+        taken(watcher->reply());
+    });
+}
+
+/// The server, or none, is known now.
+void DesktopNotifier::settle(const std::optional<Server>& server) {
+    m_isAsking = false;
+    m_server = server;
+    const auto waiting = std::exchange(m_waiting, {});
+    if (m_server) {
+        for (const NotificationRequest& request : waiting) {
+            send(request);
+        }
+    }
+    using enum NotificationStatus::Kind;
+    const NotificationStatus status{server ? allowed : unavailable, server ? server->name : QString()};
+    for (const Answer& answer : std::exchange(m_answers, {})) {
+        answer(status);
+    }
+}
+
+void DesktopNotifier::send(const NotificationRequest& request) {
+    QStringList actions;
+    if (m_server->hasActions) {
+        actions << openAction << u"Open OrvLauncher"_s;
+        if (request.openURL) {
+            actions << browserAction << u"Open in browser"_s;
+        }
+    }
+    const uint replacesNone = 0;
+    const int asLongAsUsual = -1;
+    const QVariantMap hints{{u"desktop-entry"_s, u"orvlauncher"_s}};
+    const QVariantList arguments{
+        u"OrvLauncher"_s,
+        replacesNone,
+        u"orvlauncher"_s,
+        bodyText(request.title, false),
+        bodyText(request.body, m_server->readsMarkup),
+        actions,
+        hints,
+        asLongAsUsual};
+    call(u"Notify"_s, arguments, [this, request](const QDBusMessage& reply) {
+        if (reply.type() != QDBusMessage::ReplyMessage || !m_server || reply.service() != m_server->owner) {
+            m_server.reset(); // gone, or another one has come: the next time it is asked again
+        }
+        if (reply.type() == QDBusMessage::ReplyMessage) {
+            m_shown.push_back({reply.arguments().value(0).toUInt(), reply.service(), request});
+            if (m_shown.size() > shownLimit) {
+                m_shown.pop_front();
+            }
+        }
+    });
+}
+
+std::deque<DesktopNotifier::Shown>::iterator DesktopNotifier::shown(uint id, const QDBusMessage& message) {
+    return std::ranges::find_if(
+        m_shown, [&](const Shown& one) { return one.id == id && one.owner == message.service(); });
+}
+
+void DesktopNotifier::actionInvoked(uint id, const QString& action, const QDBusMessage& message) {
+    const auto found = shown(id, message);
+    if (found == m_shown.end()) {
+        return;
+    }
+    const NotificationRequest request = found->request;
+    if (action == browserAction && request.openURL && addressClicked) {
+        addressClicked(QUrl(*request.openURL));
+    } else if (action == openAction && projectClicked) {
+        projectClicked(request.projectID.value_or(QString()));
+    }
+}
+
+void DesktopNotifier::notificationClosed(uint id, uint, const QDBusMessage& message) {
+    if (const auto found = shown(id, message); found != m_shown.end()) {
+        m_shown.erase(found);
+    }
+}
+
+QString DesktopNotifier::bodyText(const QString& body, bool readsMarkup) {
+    QString text;
+    for (const QChar character : body.first(std::min(body.size(), longestBody))) {
+        text += character.category() == QChar::Other_Control && character != u'\n' ? QChar(u' ') : character;
+    }
+    if (!text.isEmpty() && text.back().isHighSurrogate()) {
+        text.chop(1);
+    }
+    if (body.size() > longestBody) {
+        text += u'…';
+    }
+    return readsMarkup ? text.toHtmlEscaped() : text;
+}
+
+std::unique_ptr<Notifying> makeSystemNotifier() {
+    return std::make_unique<DesktopNotifier>();
+}
+
+} // namespace orv

@@ -1,0 +1,112 @@
+#include "OrvCore/CommandBuilder.h"
+#include "OrvTerminal/TerminalSession.h"
+#include "OrvTerminal/View/TerminalView.h"
+
+#include <QClipboard>
+#include <QDragEnterEvent>
+#include <QGuiApplication>
+#include <QMimeData>
+
+namespace orv {
+
+bool TerminalView::hasSelection() const {
+    const auto range = m_session.terminal().selection().range();
+    return range && range->start != range->end;
+}
+
+QString TerminalView::selectedText() const {
+    const term::Terminal& terminal = m_session.terminal();
+    return QString::fromStdString(terminal.selection().text(terminal.buffer()));
+}
+
+void TerminalView::copy() {
+    if (const QString text = selectedText(); !text.isEmpty()) {
+        QGuiApplication::clipboard()->setText(text);
+    }
+}
+
+void TerminalView::selectAll() {
+    term::Terminal& terminal = m_session.terminal();
+    const auto first = static_cast<std::int64_t>(terminal.buffer().trimmedCount());
+    terminal.startSelection({first, 0}, term::TextSelection::Unit::character);
+    terminal.extendSelection({first + terminal.buffer().lineCount() - 1, terminal.cols()});
+}
+
+void TerminalView::selectOutput() {
+    term::Terminal& terminal = m_session.terminal();
+    const term::Buffer& buffer = terminal.buffer();
+    const auto first = static_cast<std::int64_t>(buffer.trimmedCount());
+    const auto end = first + buffer.lineCount();
+    // From the top of the view down where the person looks at the history, else from the newest line up.
+    const bool isScrolled = buffer.yDisp() < buffer.yBase();
+    const int step = isScrolled ? 1 : -1;
+    for (std::int64_t line = isScrolled ? firstLine() : end - 1; line >= first && line < end; line += step) {
+        const term::BufferLine& cells = buffer.lineAt(static_cast<int>(line - first));
+        const bool isOutput = cells.trimmedLength() > 0 &&
+                              cells[0].semanticCode() == static_cast<std::uint8_t>(term::SemanticContent::output);
+        if (!isOutput) {
+            continue;
+        }
+        if (const auto range = term::semanticRangeAt(buffer, {line, 0})) {
+            terminal.startSelection(range->start, term::TextSelection::Unit::character);
+            terminal.extendSelection(range->end);
+        }
+        return;
+    }
+}
+
+int TerminalView::pasteLines() const {
+    // Behind the last line end nothing is to be run.
+    const QString& text = m_pendingPaste;
+    return text.isEmpty() ? 0 : static_cast<int>(text.count(u'\n')) + (text.endsWith(u'\n') ? 0 : 1);
+}
+
+void TerminalView::paste() {
+    paste(QGuiApplication::clipboard()->text());
+}
+
+void TerminalView::paste(const QString& text) {
+    QString lines = text;
+    lines.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
+    // A shell that brackets pastes waits for Return; another one would run each line as it comes.
+    if (lines.contains(u'\n') && !m_session.terminal().modes().bracketedPaste) {
+        m_pendingPaste = lines;
+        Q_EMIT pasteQuestionChanged();
+    } else {
+        pasteWithoutQuestion(lines);
+    }
+}
+
+void TerminalView::answerPaste(bool isWanted) {
+    const QString text = std::exchange(m_pendingPaste, {});
+    Q_EMIT pasteQuestionChanged();
+    if (isWanted) {
+        pasteWithoutQuestion(text);
+    }
+}
+
+void TerminalView::pasteWithoutQuestion(const QString& text) {
+    if (m_session.isAlive() && m_session.terminal().paste(text.toStdString())) {
+        typed();
+    }
+}
+
+void TerminalView::dragEnterEvent(QDragEnterEvent* event) {
+    event->setAccepted(event->mimeData()->hasUrls() || event->mimeData()->hasText());
+}
+
+void TerminalView::dropEvent(QDropEvent* event) {
+    QStringList words;
+    for (const QUrl& url : event->mimeData()->urls()) {
+        words.append(CommandBuilder::word(url.isLocalFile() ? url.toLocalFile() : url.toString()));
+    }
+    if (words.isEmpty()) {
+        paste(event->mimeData()->text());
+    } else {
+        pasteWithoutQuestion(words.join(u' ') + u' ');
+    }
+    event->acceptProposedAction();
+    forceActiveFocus(Qt::MouseFocusReason);
+}
+
+} // namespace orv

@@ -1,0 +1,212 @@
+#include "OrvTerminal/TerminalSession.h"
+#include "OrvTerminal/View/TerminalView.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+
+#include <array>
+
+namespace orv {
+namespace {
+
+#ifdef Q_OS_MACOS
+constexpr Qt::KeyboardModifiers commandKeys = Qt::ControlModifier; // what Qt calls the command key there
+#else
+constexpr Qt::KeyboardModifiers commandKeys = Qt::ControlModifier | Qt::ShiftModifier;
+#endif
+
+enum class Where { anywhere, normalScreen };
+
+/// What a key of the terminal's own does.
+struct Binding {
+    Qt::KeyboardModifiers modifiers;
+    int key;
+    Where where;
+    void (*act)(TerminalView& view);
+};
+
+void pastePrimary(TerminalView& view) {
+    const QClipboard* clipboard = QGuiApplication::clipboard();
+    view.paste(clipboard->text(clipboard->supportsSelection() ? QClipboard::Selection : QClipboard::Clipboard));
+}
+
+void scrollBy(TerminalView& view, int lines) {
+    view.scrollTo(view.topLine() + lines);
+}
+
+const std::array bindings{
+    Binding{commandKeys, Qt::Key_C, Where::anywhere, [](TerminalView& view) { view.copy(); }},
+    Binding{commandKeys, Qt::Key_V, Where::anywhere, [](TerminalView& view) { view.paste(); }},
+    Binding{Qt::ShiftModifier, Qt::Key_Insert, Where::anywhere, pastePrimary},
+    Binding{commandKeys, Qt::Key_A, Where::anywhere, [](TerminalView& view) { view.selectAll(); }},
+    Binding{commandKeys, Qt::Key_O, Where::anywhere, [](TerminalView& view) { view.selectOutput(); }},
+    Binding{commandKeys, Qt::Key_Plus, Where::anywhere, [](TerminalView& view) { view.zoom(1); }},
+    Binding{commandKeys, Qt::Key_Equal, Where::anywhere, [](TerminalView& view) { view.zoom(1); }},
+    Binding{commandKeys, Qt::Key_Minus, Where::anywhere, [](TerminalView& view) { view.zoom(-1); }},
+    Binding{commandKeys, Qt::Key_Underscore, Where::anywhere, [](TerminalView& view) { view.zoom(-1); }},
+    Binding{commandKeys, Qt::Key_0, Where::anywhere, [](TerminalView& view) { view.zoom(0); }},
+    Binding{commandKeys, Qt::Key_ParenRight, Where::anywhere, [](TerminalView& view) { view.zoom(0); }},
+    Binding{commandKeys, Qt::Key_Up, Where::normalScreen, [](TerminalView& view) { scrollBy(view, -1); }},
+    Binding{commandKeys, Qt::Key_Down, Where::normalScreen, [](TerminalView& view) { scrollBy(view, 1); }},
+    Binding{commandKeys, Qt::Key_PageUp, Where::normalScreen, [](TerminalView& view) { view.scrollToPrompt(-1); }},
+    Binding{commandKeys, Qt::Key_PageDown, Where::normalScreen, [](TerminalView& view) { view.scrollToPrompt(1); }},
+    Binding{
+        Qt::ShiftModifier, Qt::Key_PageUp, Where::normalScreen,
+        [](TerminalView& view) { scrollBy(view, 1 - view.rows()); }},
+    Binding{
+        Qt::ShiftModifier, Qt::Key_PageDown, Where::normalScreen,
+        [](TerminalView& view) { scrollBy(view, view.rows() - 1); }},
+    Binding{Qt::ShiftModifier, Qt::Key_Home, Where::normalScreen, [](TerminalView& view) { view.scrollTo(0); }},
+    Binding{
+        Qt::ShiftModifier, Qt::Key_End, Where::normalScreen,
+        [](TerminalView& view) { view.scrollTo(view.historyLines()); }},
+};
+
+const Binding* bindingOf(const QKeyEvent& event, bool isAlternate) {
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    for (const Binding& binding : bindings) {
+        if (binding.key == event.key() && binding.modifiers == modifiers &&
+            (binding.where == Where::anywhere || !isAlternate)) {
+            return &binding;
+        }
+    }
+    return nullptr;
+}
+
+bool isModifierKey(int key) {
+    return (key >= Qt::Key_Shift && key <= Qt::Key_ScrollLock) || (key >= Qt::Key_Super_L && key <= Qt::Key_Hyper_R) ||
+           key == Qt::Key_AltGr;
+}
+
+} // namespace
+
+/// Keys that the window's shortcuts get first.
+bool TerminalView::isForApplication(const QKeyEvent& event) {
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+#ifdef Q_OS_MACOS
+    return modifiers.testFlag(Qt::ControlModifier);
+#else
+    const bool isTab = event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab;
+    const bool leaves = event.key() == Qt::Key_F6 && modifiers == Qt::ShiftModifier;
+    return leaves || (modifiers.testFlag(Qt::ControlModifier) && (isTab || modifiers.testFlag(Qt::ShiftModifier)));
+#endif
+}
+
+bool TerminalView::runShortcut(const QKeyEvent& event) {
+    const Binding* binding = bindingOf(event, m_session.terminal().isAlternateActive());
+    if (binding != nullptr) {
+        binding->act(*this);
+    }
+    return binding != nullptr;
+}
+
+bool TerminalView::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        const bool isOwn = bindingOf(key, m_session.terminal().isAlternateActive()) != nullptr;
+        if (isOwn || (m_session.isAlive() && !isForApplication(key))) {
+            event->accept();
+            return true;
+        }
+    }
+    return QQuickItem::event(event);
+}
+
+void TerminalView::typed() {
+    m_session.terminal().clearSelection();
+    scrollToBottom();
+    restartBlinking();
+}
+
+void TerminalView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Control || event->key() == Qt::Key_Meta) {
+        hover(m_pointer, event->modifiers() | Qt::ControlModifier);
+    }
+    if (runShortcut(*event)) {
+        return;
+    }
+    if (!m_session.isAlive()) {
+        const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+        if (isReturn && !event->isAutoRepeat()) {
+            Q_EMIT renewRequested();
+        }
+        event->setAccepted(isReturn);
+        return;
+    }
+    term::KeyEvent key;
+    QByteArray text;
+    if (!m_keys.translate(*event, key, text)) {
+        event->ignore();
+        return;
+    }
+    if (m_session.terminal().sendKey(key) && !isModifierKey(event->key())) {
+        typed();
+    }
+}
+
+void TerminalView::keyReleaseEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Control || event->key() == Qt::Key_Meta) {
+        hover(m_pointer, event->modifiers() & ~Qt::ControlModifier);
+    }
+    term::KeyEvent key;
+    QByteArray text;
+    // While a key is held, X11 lets it go and presses it again.
+    if (!event->isAutoRepeat() && m_session.isAlive() && m_keys.translate(*event, key, text)) {
+        m_session.terminal().sendKey(key);
+    }
+}
+
+void TerminalView::inputMethodEvent(QInputMethodEvent* event) {
+    m_preedit = event->preeditString();
+    m_preeditCursor = static_cast<int>(m_preedit.size());
+    for (const QInputMethodEvent::Attribute& attribute : event->attributes()) {
+        if (attribute.type == QInputMethodEvent::Cursor) {
+            m_preeditCursor = attribute.start;
+        }
+    }
+    const QList<uint> before = m_preedit.first(std::clamp<qsizetype>(m_preeditCursor, 0, m_preedit.size())).toUcs4();
+    LinePainter painter(*m_glyphs, m_picture.colors());
+    m_preeditPicture = painter.paintText(m_preedit.toStdU32String(), static_cast<int>(before.size()));
+    if (const QByteArray text = event->commitString().toUtf8(); !text.isEmpty() && m_session.isAlive()) {
+        term::KeyEvent key;
+        key.text = std::string_view(text.constData(), static_cast<size_t>(text.size()));
+        if (m_session.terminal().sendKey(key)) {
+            typed();
+        }
+    }
+    event->accept();
+    changed();
+}
+
+QVariant TerminalView::inputMethodQuery(Qt::InputMethodQuery query) const {
+    const QRect cursor = m_picture.cursor().cells;
+    switch (query) {
+    case Qt::ImEnabled:
+        return m_session.isAlive();
+    case Qt::ImHints:
+        return int(Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase | Qt::ImhSensitiveData);
+    case Qt::ImCursorRectangle:
+        return QRectF(
+            placeOf(cursor.x(), cursor.y()), QSizeF(cursor.width() * cell().logicalWidth(), cell().logicalHeight()));
+    default:
+        return QQuickItem::inputMethodQuery(query);
+    }
+}
+
+void TerminalView::focusInEvent(QFocusEvent* event) {
+    QQuickItem::focusInEvent(event);
+    m_session.terminal().sendFocus(term::FocusChange::gained);
+    restartBlinking();
+}
+
+void TerminalView::focusOutEvent(QFocusEvent* event) {
+    QQuickItem::focusOutEvent(event);
+    m_session.terminal().sendFocus(term::FocusChange::lost);
+    m_preedit.clear();
+    m_preeditPicture = {};
+    restartBlinking();
+}
+
+} // namespace orv

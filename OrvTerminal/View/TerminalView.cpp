@@ -1,0 +1,494 @@
+#include "OrvTerminal/View/TerminalView.h"
+
+#include "OrvCore/Async.h"
+#include "OrvTerminal/TerminalSession.h"
+
+#include <QClipboard>
+#include <QDateTime>
+#include <QGuiApplication>
+#include <QQuickWindow>
+#include <QStyleHints>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv {
+namespace {
+
+/// Output that keeps coming is shown this often, and less often where frames take long: else the main thread would wait
+/// for them all the time, and take in nothing.
+constexpr auto frameInterval = 16ms;
+constexpr auto longestFrameInterval = 200ms;
+constexpr auto bellLength = 120ms;
+constexpr int bellOpacity = 26;
+/// A cursor that nobody moves stops blinking after this many turns on and off.
+constexpr int mostBlinks = 20;
+/// Commands longer than this do not get a mark at their prompt.
+constexpr int longestOutput = 5000;
+constexpr int gutterWidth = 3;
+constexpr int gutterGap = 6;
+
+} // namespace
+
+TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuickItem* parent)
+    : QQuickItem(parent), m_session(session), m_style(style), m_find(new TerminalFind(session, this)) {
+    ORV_ASSERT_MAIN_THREAD();
+    setFlags(ItemHasContents | ItemAcceptsInputMethod | ItemAcceptsDrops);
+    setAcceptedMouseButtons(Qt::AllButtons);
+    setAcceptHoverEvents(true);
+    setActiveFocusOnTab(true);
+    setSize(QSizeF(1200, 420));
+
+    for (QTimer* timer : {&m_frameTimer, &m_bell, &m_animation}) {
+        timer->setSingleShot(true);
+    }
+    connect(&m_frameTimer, &QTimer::timeout, this, &TerminalView::polish);
+    connect(&m_bell, &QTimer::timeout, this, &TerminalView::update);
+    connect(&m_animation, &QTimer::timeout, this, &TerminalView::advanceAnimations);
+    connect(&m_blinkTimer, &QTimer::timeout, this, &TerminalView::blink);
+    m_dragTimer.setInterval(40);
+    connect(&m_dragTimer, &QTimer::timeout, this, &TerminalView::scrollByDrag);
+
+    connect(&session, &TerminalSession::outputReceived, this, [this] {
+        m_isStale = true;
+        requestFrame();
+    });
+    connect(&session, &TerminalSession::synchronizedOutputBegan, this, [this] {
+        if (m_isStale && isShown()) {
+            refresh();
+        }
+    });
+    connect(&session, &TerminalSession::isAliveChanged, this, &TerminalView::changed);
+    connect(&session, &TerminalSession::bellRang, this, &TerminalView::ring);
+    connect(&session, &TerminalSession::selectionChanged, this, [this] {
+        changed();
+        Q_EMIT selectionChanged();
+    });
+    connect(&session, &TerminalSession::pointerShapeRequested, this, [this](const QString& name) {
+        m_pointerShape = name;
+        updatePointer();
+    });
+    connect(&session, &TerminalSession::clipboardWriteRequested, this, [](const QString& text, bool isPrimary) {
+        QClipboard* clipboard = QGuiApplication::clipboard();
+        if (!isPrimary || clipboard->supportsSelection()) {
+            clipboard->setText(text, isPrimary ? QClipboard::Selection : QClipboard::Clipboard);
+        }
+    });
+    connect(m_find, &TerminalFind::resultChanged, this, &TerminalView::changed);
+    connect(m_find, &TerminalFind::lineWanted, this, [this](std::int64_t line) {
+        const std::int64_t row = line - firstLine();
+        if (row < 0 || row >= rows()) {
+            scrollTo(
+                static_cast<int>(line - static_cast<std::int64_t>(m_session.terminal().buffer().trimmedCount())) -
+                rows() / 2);
+        }
+    });
+    connect(&style, &TerminalStyle::fontChanged, this, &TerminalView::applyFont);
+    connect(&style, &TerminalStyle::colorsChanged, this, &TerminalView::applyColors);
+    applyFont();
+    applyColors();
+    updatePointer();
+}
+
+TerminalView::~TerminalView() = default;
+
+void TerminalView::setPadding(QSizeF padding) {
+    if (padding != m_padding) {
+        m_padding = padding;
+        m_isSizeStale = true;
+        changed();
+    }
+}
+
+QPoint TerminalView::corner() const {
+    const qreal ratio = cell().devicePixelRatio;
+    return {qRound(m_padding.width() * ratio), qRound(m_padding.height() * ratio)};
+}
+
+QPointF TerminalView::placeOf(int column, int row) const {
+    const QPoint pixels = corner() + QPoint(column * cell().width, row * cell().height);
+    return QPointF(pixels) / cell().devicePixelRatio;
+}
+
+bool TerminalView::isShown() const {
+    return window() != nullptr && isVisible() && window()->isVisible();
+}
+
+/// What a program draws as a whole is not shown in parts.
+bool TerminalView::isHeld() const {
+    return m_session.terminal().modes().synchronizedOutput && !m_picture.rows().empty();
+}
+
+bool TerminalView::isWaiting() const {
+    return (m_isStale && !isHeld()) || m_isSizeStale || m_frameTimer.isActive();
+}
+
+bool TerminalView::isIdle() const {
+    return !m_blinkTimer.isActive() && !m_frameTimer.isActive() && !m_animation.isActive() && !m_dragTimer.isActive();
+}
+
+/// Something that the person did: shown with the next frame.
+void TerminalView::changed() {
+    m_isStale = true;
+    if (isShown()) {
+        polish();
+    }
+}
+
+void TerminalView::requestFrame() {
+    if (!isShown() || m_frameTimer.isActive()) {
+        return;
+    }
+    const auto since = std::chrono::milliseconds(m_sinceFrame.isValid() ? m_sinceFrame.elapsed() : 1000);
+    const auto interval = std::min(frameInterval + 2 * m_frameCost, longestFrameInterval);
+    if (since >= interval) {
+        polish();
+    } else {
+        m_frameTimer.start(interval - since);
+    }
+}
+
+void TerminalView::updatePolish() {
+    if (!isShown()) {
+        return;
+    }
+    if (m_isSizeStale) {
+        applySize();
+    }
+    if (m_isStale && !isHeld()) {
+        refresh();
+    }
+}
+
+void TerminalView::refresh() {
+    m_isStale = false;
+    m_isPictureNew = true;
+    m_sinceFrame.start();
+    const QRect before = m_picture.cursor().cells;
+    m_picture.refresh(
+        m_session.terminal(), *m_glyphs, resolvedColors(), [this](std::int64_t line) { return marksOn(line); });
+    m_gutter = gutter();
+    const term::CursorStyle style = m_session.terminal().cursorStyle();
+    const bool hasOtherStyle = std::exchange(m_cursorStyle, style) != style;
+    if (m_picture.cursor().cells != before || hasOtherStyle) {
+        restartBlinking();
+        updateInputMethod(Qt::ImCursorRectangle);
+    }
+    if (!m_animation.isActive()) {
+        advanceAnimations();
+    }
+    followScroll();
+    if (m_picture.background() != m_background) {
+        m_background = m_picture.background();
+        Q_EMIT backgroundChanged();
+    }
+    update();
+}
+
+void TerminalView::followScroll() {
+    if (topLine() != m_shownTop || historyLines() != m_shownHistory || rows() != m_shownRows) {
+        m_shownTop = topLine();
+        m_shownHistory = historyLines();
+        m_shownRows = rows();
+        Q_EMIT scrollChanged();
+    }
+}
+
+void TerminalView::fit() {
+    if (m_isSizeStale && window() != nullptr && !size().isEmpty()) {
+        applySize();
+    }
+}
+
+void TerminalView::applySize() {
+    m_isSizeStale = false;
+    const qreal ratio = window()->effectiveDevicePixelRatio();
+    if (ratio != cell().devicePixelRatio) {
+        applyFont();
+    }
+    const QSizeF room = (size() - QSizeF(2 * m_padding.width(), m_padding.height())) * ratio;
+    const int columns = std::max(2, static_cast<int>(room.width()) / cell().width);
+    const int lines = std::max(1, static_cast<int>(room.height()) / cell().height);
+    const term::Terminal& terminal = m_session.terminal();
+    if (columns != terminal.cols() || lines != terminal.rows() || cell().size() != m_session.cellPixels()) {
+        m_session.resize(columns, lines, cell().size());
+        m_isStale = true;
+    }
+}
+
+void TerminalView::applyFont() {
+    const qreal ratio = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
+    m_glyphs = std::make_unique<GlyphCache>(m_style.family(), m_style.fontSize(), ratio);
+    m_picture.forget();
+    m_isSizeStale = true;
+    changed();
+}
+
+void TerminalView::applyColors() {
+    m_session.setTheme(m_style.colors().base, m_style.colors().scheme);
+    m_background = toRgb(m_style.colors().base.background);
+    Q_EMIT backgroundChanged();
+    changed();
+}
+
+ResolvedColors TerminalView::resolvedColors() const {
+    const term::Terminal& terminal = m_session.terminal();
+    const term::ColorTable& table = terminal.colors();
+    ResolvedColors colors;
+    for (int index = 0; index < term::ColorTable::paletteSize; ++index) {
+        colors.palette[static_cast<size_t>(index)] = toRgb(table.color(index).value_or(term::RgbColor()));
+    }
+    colors.foreground = toRgb(table.color(term::DynamicColor::foreground).value_or(term::RgbColor()));
+    colors.background = toRgb(table.color(term::DynamicColor::background).value_or(term::RgbColor()));
+    colors.theme = m_style.colors();
+    if (const auto own = table.ownColor(term::DynamicColor::cursor)) {
+        colors.theme.cursor = toRgb(*own);
+    }
+    if (const auto own = table.ownColor(term::DynamicColor::highlightBackground)) {
+        colors.theme.selection = toRgb(*own);
+    }
+    if (terminal.modes().reverseVideo) {
+        std::swap(colors.foreground, colors.background);
+    }
+    return colors;
+}
+
+std::vector<LineMark> TerminalView::marksOn(std::int64_t line) const {
+    std::vector<LineMark> marks = m_find->marksOn(line);
+    const int columns = m_session.terminal().cols();
+    const term::TextSelection& selection = m_session.terminal().selection();
+    if (const auto range = selection.range()) {
+        const auto [top, bottom] = std::minmax(range->start.line, range->end.line);
+        const bool isRectangle = selection.shape() == term::RangeShape::rectangle;
+        if (line >= top && line <= bottom) {
+            int first = line == range->start.line ? range->start.col : 0;
+            int end = line == range->end.line ? range->end.col : columns;
+            if (isRectangle) {
+                std::tie(first, end) = std::minmax(range->start.col, range->end.col);
+            }
+            if (end > first) {
+                marks.push_back({first, end, LineMark::Kind::selection});
+            }
+        }
+    }
+    if (m_hovered && line >= m_hovered->line && line <= m_hovered->endLine) {
+        const int first = line == m_hovered->line ? m_hovered->first : 0;
+        const int end = line == m_hovered->endLine ? m_hovered->end : columns;
+        marks.push_back({first, end, LineMark::Kind::link});
+    }
+    return marks;
+}
+
+/// Beside each prompt, how its command went: shells say so on the line of the next prompt.
+std::vector<ScreenNode::Patch> TerminalView::gutter() const {
+    const term::Buffer& buffer = m_session.terminal().buffer();
+    // A line that was written over keeps its marks.
+    const auto isPrompt = [&](int index) {
+        const term::BufferLine& line = buffer.lineAt(index);
+        constexpr auto prompt = static_cast<std::uint8_t>(term::SemanticContent::prompt);
+        const auto cells = line.usedCells();
+        return line.semanticMarks().promptStart &&
+               std::ranges::any_of(cells, [](term::PackedCell cell) { return cell.semanticCode() == prompt; });
+    };
+    const qreal ratio = cell().devicePixelRatio;
+    const int inset = qRound(3 * ratio);
+    std::vector<ScreenNode::Patch> patches;
+    for (int row = 0; row < buffer.rows(); ++row) {
+        const int index = buffer.yDisp() + row;
+        if (!isPrompt(index)) {
+            continue;
+        }
+        int next = index + 1;
+        const int last = std::min(buffer.lineCount(), index + longestOutput);
+        while (next < last && !isPrompt(next)) {
+            ++next;
+        }
+        if (next == last || !buffer.lineAt(next).semanticMarks().commandEnd) {
+            continue;
+        }
+        const bool hasFailed = buffer.lineAt(next).semanticMarks().exitCode.value_or(0) != 0;
+        const QRect rect(
+            corner().x() - qRound((gutterGap + gutterWidth) * ratio), corner().y() + row * cell().height + inset,
+            qRound(gutterWidth * ratio), cell().height - 2 * inset);
+        patches.push_back({rect, QColor(hasFailed ? m_style.colors().failure : m_style.colors().mark)});
+    }
+    return patches;
+}
+
+std::int64_t TerminalView::firstLine() const {
+    const term::Buffer& buffer = m_session.terminal().buffer();
+    return static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yDisp();
+}
+
+int TerminalView::historyLines() const {
+    return m_session.terminal().buffer().yBase();
+}
+
+int TerminalView::topLine() const {
+    return m_session.terminal().buffer().yDisp();
+}
+
+int TerminalView::rows() const {
+    return m_session.terminal().rows();
+}
+
+void TerminalView::scrollTo(int topLine) {
+    ORV_ASSERT_MAIN_THREAD();
+    term::Buffer& buffer = m_session.terminal().buffer();
+    topLine = std::clamp(topLine, 0, buffer.yBase());
+    if (topLine != buffer.yDisp()) {
+        buffer.setYDisp(topLine);
+        changed();
+    }
+}
+
+void TerminalView::scrollToBottom() {
+    scrollTo(historyLines());
+}
+
+void TerminalView::scrollToPrompt(int direction) {
+    const term::Buffer& buffer = m_session.terminal().buffer();
+    if (const auto line = term::promptFrom(buffer, firstLine(), direction)) {
+        scrollTo(static_cast<int>(*line - static_cast<std::int64_t>(buffer.trimmedCount())));
+    } else if (direction > 0) {
+        scrollToBottom();
+    }
+}
+
+void TerminalView::clear() {
+    // As the shell would do it, so that it knows; the history goes with it.
+    m_session.terminal().feed("\x1b[3J");
+    m_session.send(u"\f"_s);
+    changed();
+}
+
+ScreenNode::CursorShape TerminalView::cursorShape() const {
+    if (!m_session.isAlive()) {
+        return ScreenNode::CursorShape::none;
+    }
+    if (!hasActiveFocus()) {
+        return ScreenNode::CursorShape::frame;
+    }
+    if (!m_isCursorOn) {
+        return ScreenNode::CursorShape::none;
+    }
+    switch (m_session.terminal().cursorStyle()) {
+    case term::CursorStyle::blinkUnderline:
+    case term::CursorStyle::steadyUnderline:
+        return ScreenNode::CursorShape::underline;
+    case term::CursorStyle::blinkBar:
+    case term::CursorStyle::steadyBar:
+        return ScreenNode::CursorShape::bar;
+    case term::CursorStyle::blinkBlock:
+    case term::CursorStyle::steadyBlock:
+        break;
+    }
+    return ScreenNode::CursorShape::block;
+}
+
+void TerminalView::restartBlinking() {
+    const term::CursorStyle style = m_session.terminal().cursorStyle();
+    const bool blinks = style == term::CursorStyle::blinkBlock || style == term::CursorStyle::blinkUnderline ||
+                        style == term::CursorStyle::blinkBar;
+    const int length = QGuiApplication::styleHints()->cursorFlashTime();
+    m_isCursorOn = true;
+    if (blinks && length > 0 && hasActiveFocus() && isShown() && m_picture.cursor().isShown && m_session.isAlive()) {
+        m_blinksLeft = mostBlinks;
+        m_blinkTimer.start(length / 2);
+    } else {
+        m_blinkTimer.stop();
+    }
+    update();
+}
+
+void TerminalView::blink() {
+    if (--m_blinksLeft <= 0) {
+        m_blinkTimer.stop();
+        m_isCursorOn = true;
+    } else {
+        m_isCursorOn = !m_isCursorOn;
+    }
+    update();
+}
+
+void TerminalView::ring() {
+    if (isShown()) {
+        m_bell.start(bellLength);
+        update();
+    }
+}
+
+void TerminalView::advanceAnimations() {
+    if (m_picture.images().empty() || !isShown()) {
+        return;
+    }
+    if (const auto wait = m_session.terminal().advanceAnimations(QDateTime::currentMSecsSinceEpoch())) {
+        m_animation.start(std::chrono::milliseconds(std::max<std::int64_t>(*wait, 10)));
+        m_isStale = true;
+        requestFrame();
+    }
+}
+
+void TerminalView::geometryChange(const QRectF& now, const QRectF& before) {
+    QQuickItem::geometryChange(now, before);
+    if (now.size() != before.size()) {
+        m_isSizeStale = true;
+        changed();
+    } else if (now != before) {
+        update();
+    }
+}
+
+void TerminalView::itemChange(ItemChange change, const ItemChangeData& value) {
+    QQuickItem::itemChange(change, value);
+    if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) {
+        m_isSizeStale = true;
+    }
+    if (change == ItemSceneChange && value.window != nullptr) {
+        connect(value.window, &QWindow::visibleChanged, this, &TerminalView::changed, Qt::UniqueConnection);
+    }
+    if (change == ItemVisibleHasChanged || change == ItemSceneChange || change == ItemDevicePixelRatioHasChanged) {
+        m_session.setShown(isShown());
+        changed();
+        restartBlinking();
+    }
+}
+
+QSGNode* TerminalView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data*/) {
+    auto* screen = static_cast<ScreenNode*>(node);
+    if (screen == nullptr) {
+        screen = new ScreenNode(*window());
+    }
+    // Cells lie on whole pixels wherever the item does.
+    const qreal ratio = cell().devicePixelRatio;
+    const QPointF place = mapToScene(QPointF()) * ratio;
+    const QPointF shift = (QPointF(std::round(place.x()), std::round(place.y())) - place) / ratio;
+    QMatrix4x4 matrix;
+    matrix.translate(static_cast<float>(shift.x()), static_cast<float>(shift.y()));
+    if (screen->matrix() != matrix) {
+        screen->setMatrix(matrix);
+    }
+
+    const QSize pixels(static_cast<int>(std::ceil(width() * ratio)), static_cast<int>(std::ceil(height() * ratio)));
+    ScreenNode::Scene scene{m_picture, cell(), pixels, corner(), cursorShape(), {}, m_preeditPicture, m_gutter};
+    scene.cursorColor = QColor(m_picture.colors().theme.cursor);
+    if (m_bell.isActive()) {
+        QColor flash(m_picture.colors().foreground);
+        flash.setAlpha(bellOpacity);
+        scene.patches.push_back({QRect(QPoint(), pixels), flash});
+    }
+    screen->update(scene);
+    m_madeTextures = screen->textureCount();
+    if (std::exchange(m_isPictureNew, false)) {
+        m_frameCost = std::chrono::milliseconds(m_sinceFrame.elapsed());
+    }
+    ++m_frames;
+    return screen;
+}
+
+} // namespace orv

@@ -1,0 +1,288 @@
+#include "OrvUI/AgentModels.h"
+
+#include "OrvCore/Async.h"
+#include "OrvUI/AgentRuns.h"
+#include "OrvUI/AppModel.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+constexpr std::array autonomyIcons{u"eye", u"file-pen-line", u"zap"};
+static_assert(autonomyIcons.size() == allAgentAutonomies.size());
+
+template <typename Table>
+auto at(const Table& table, int index) -> std::optional<typename Table::value_type> {
+    const bool isThere = index >= 0 && index < static_cast<int>(table.size());
+    return isThere ? std::optional(table[static_cast<size_t>(index)]) : std::nullopt;
+}
+
+} // namespace
+
+AgentModels::AgentModels(AppModel& model) : m_model(model) {
+    AgentRuns& runs = model.agentRunner();
+    connect(&runs, &AgentRuns::runsChanged, this, &AgentModels::updateSoon);
+    connect(&runs, &AgentRuns::runChanged, this, &AgentModels::updateSoon);
+    connect(&model.agents(), &AgentCatalog::statusesChanged, this, &AgentModels::updateSoon);
+    connect(&model.agents(), &AgentCatalog::isLoadingChanged, this, &AgentModels::isLoadingChanged);
+    connect(&model, &AppModel::preferencesChanged, this, &AgentModels::updateSoon);
+    connect(&model, &AppModel::preferencesChanged, this, &AgentModels::preferencesChanged);
+    connect(&model, &AppModel::aiPanelProjectIDChanged, this, &AgentModels::updateSoon);
+    connect(&model, &AppModel::agentErrorChanged, this, &AgentModels::errorChanged);
+    connect(&model, &AppModel::agentDraftChanged, this, &AgentModels::draftChanged);
+    update();
+}
+
+void AgentModels::updateSoon() {
+    if (!std::exchange(m_isUpdateDue, true)) {
+        QMetaObject::invokeMethod(this, &AgentModels::update, Qt::QueuedConnection);
+    }
+}
+
+bool AgentModels::isShown(const AgentRun& run) const {
+    return m_filter == all || run.isRunning() == (m_filter == running);
+}
+
+void AgentModels::update() {
+    m_isUpdateDue = false;
+    QList<AgentRunRow> runs;
+    QList<AgentRunRow> conversation;
+    for (const AgentRun* run : m_model.agentRuns()) {
+        const bool isOfPanel = run->facts().projectID == m_model.aiPanelProjectID();
+        if (!isShown(*run) && !isOfPanel) {
+            continue;
+        }
+        const AgentRunRow row = AgentRunRow::of(*run);
+        if (isShown(*run)) {
+            runs.append(row);
+        }
+        if (isOfPanel) {
+            conversation.prepend(row);
+        }
+    }
+    m_runs.setRows(runs);
+    m_projectRuns.setRows(conversation);
+
+    const AppSettings& settings = m_model.settings().settings();
+    QList<AgentRow> agents;
+    for (const AgentKind kind : allAgentKinds) {
+        agents.append(AgentRow::of(kind, m_model.agents(), settings.defaultAgent));
+    }
+    m_agents.setRows(agents);
+    QList<AutonomyRow> autonomies;
+    for (const AgentAutonomy autonomy : allAgentAutonomies) {
+        const AutonomyInfo& info = autonomyInfo(autonomy);
+        autonomies.append(
+            {.key = rawValue(autonomy),
+             .title = info.title.toString(),
+             .explanation = info.explanation.toString(),
+             .icon = QString::fromUtf16(autonomyIcons[static_cast<size_t>(autonomy)]),
+             .isDefault = autonomy == settings.agentAutonomy});
+    }
+    m_autonomies.setRows(autonomies);
+    m_events.removeIf([](const auto& entry) { return entry.value().isNull(); });
+    Q_EMIT updated();
+}
+
+void AgentModels::setFilterIndex(int index) {
+    if (index >= all && index <= finished && index != m_filter) {
+        m_filter = index;
+        Q_EMIT filterChanged();
+        update();
+    }
+}
+
+int AgentModels::workingCount() const {
+    return m_model.runningAgentCount();
+}
+QString AgentModels::workingText() const {
+    const int count = workingCount();
+    return count > 0 ? u"%1 working"_s.arg(count) : QString();
+}
+
+QString AgentModels::totals(const QString& projectID) const {
+    const AgentTotals totals = m_model.agentRunner().totals(projectID);
+    QStringList parts;
+    if (totals.costUSD > 0) {
+        parts.append(agentCostText(totals.costUSD));
+    }
+    if (totals.tokens != AgentTokens{}) {
+        parts.append(agentTokensText(totals.tokens));
+    }
+    return parts.join(u" · "_s);
+}
+
+QString AgentModels::totalsText() const {
+    return totals({});
+}
+QString AgentModels::projectTotalsText() const {
+    return m_model.aiPanelProjectID() ? totals(*m_model.aiPanelProjectID()) : QString();
+}
+bool AgentModels::isLoading() const {
+    return m_model.agents().isLoading();
+}
+QString AgentModels::error() const {
+    return m_model.agentError().value_or(QString());
+}
+QString AgentModels::draftText() const {
+    return m_model.agentDraft() ? m_model.agentDraft()->text : QString();
+}
+QString AgentModels::draftProjectID() const {
+    return m_model.agentDraft() ? m_model.agentDraft()->projectID : QString();
+}
+int AgentModels::defaultAgent() const {
+    return static_cast<int>(m_model.settings().settings().defaultAgent);
+}
+int AgentModels::autonomy() const {
+    return static_cast<int>(m_model.settings().settings().agentAutonomy);
+}
+QString AgentModels::customCommand() const {
+    return m_model.settings().settings().customAgentCommand;
+}
+bool AgentModels::usesWorktrees() const {
+    return m_model.settings().settings().agentWorktrees;
+}
+
+void AgentModels::setDefaultAgent(int index) {
+    if (const auto kind = at(allAgentKinds, index)) {
+        m_model.changeSettings([kind](AppSettings& settings) { settings.defaultAgent = *kind; });
+    }
+}
+void AgentModels::setAutonomy(int index) {
+    if (const auto autonomy = at(allAgentAutonomies, index)) {
+        m_model.changeSettings([autonomy](AppSettings& settings) { settings.agentAutonomy = *autonomy; });
+    }
+}
+void AgentModels::setCustomCommand(const QString& command) {
+    m_model.changeSettings([command](AppSettings& settings) { settings.customAgentCommand = command; });
+}
+void AgentModels::setUsesWorktrees(bool isOn) {
+    m_model.changeSettings([isOn](AppSettings& settings) { settings.agentWorktrees = isOn; });
+}
+
+bool AgentModels::start(int agent, const QString& task, const QString& projectID, int autonomy) {
+    const auto kind = at(allAgentKinds, agent);
+    const Project* project = m_model.project(projectID);
+    if (!kind || project == nullptr) {
+        return false;
+    }
+    const std::optional<AgentDraft> draft = m_model.agentDraft();
+    const bool isDrafted = draft && draft->projectID == projectID;
+    const bool isStarted = m_model.startAgent(
+                               *kind, task, *project, isDrafted ? draft->taskID : std::nullopt,
+                               at(allAgentAutonomies, autonomy)) != nullptr;
+    if (isStarted && isDrafted) {
+        m_model.setAgentDraft({});
+    }
+    return isStarted;
+}
+
+void AgentModels::startInTerminal(int agent, const QString& task, const QString& projectID) {
+    const auto kind = at(allAgentKinds, agent);
+    if (const Project* project = m_model.project(projectID); kind && project != nullptr) {
+        m_model.startAgentInTerminal(*kind, task, *project);
+    }
+}
+
+AgentRun* AgentModels::run(const QString& key) const {
+    return m_model.agentRunner().run(QUuid::fromString(key));
+}
+
+bool AgentModels::continueRun(const QString& key, const QString& message) {
+    AgentRun* parent = run(key);
+    return parent != nullptr && m_model.continueAgent(*parent, message) != nullptr;
+}
+
+bool AgentModels::retry(const QString& key) {
+    const AgentRun* failed = run(key);
+    const Project* project = failed != nullptr ? m_model.project(failed->facts().projectID) : nullptr;
+    if (project == nullptr) {
+        return false;
+    }
+    const AgentRun::Facts facts = failed->facts();
+    return m_model.startAgent(facts.agent, facts.task, *project, facts.linkedTaskID, facts.autonomy) != nullptr;
+}
+
+void AgentModels::stop(const QString& key) {
+    if (AgentRun* stopped = run(key)) {
+        m_model.stopAgent(stopped);
+    }
+}
+
+QAbstractListModel* AgentModels::events(const QString& key) {
+    if (const QPointer<AgentEventsModel> known = m_events.value(key)) {
+        return known;
+    }
+    AgentRun* shown = run(key);
+    if (shown == nullptr) {
+        return nullptr;
+    }
+    m_model.agentRunner().loadEvents(shown);
+    auto* events = new AgentEventsModel(shown);
+    m_events.insert(key, events);
+    return events;
+}
+
+QString AgentModels::duration(const QString& key) const {
+    const AgentRun* shown = run(key);
+    return shown != nullptr ? agentDurationText(*shown, QDateTime::currentDateTimeUtc()) : QString();
+}
+
+void AgentModels::review(const QString& key) {
+    const AgentRun* reviewed = run(key);
+    QList<AgentFileRow> rows;
+    QStringList text;
+    if (reviewed != nullptr && reviewed->changes()) {
+        const AgentChanges& changes = *reviewed->changes();
+        for (const AgentFileChange& file : changes.files) {
+            rows.append(
+                {.key = file.path,
+                 .originalPath = file.originalPath.value_or(QString()),
+                 .kind = rawValue(file.kind),
+                 .added = file.added,
+                 .removed = file.removed,
+                 .isBinary = file.isBinary});
+        }
+        text.append(u"%1, +%2 \u2212%3."_s.arg(agentChangesText(changes)).arg(changes.added).arg(changes.removed));
+        if (changes.dirtyBefore > 0) {
+            text.append(u"Uncommitted files before it began: %1."_s.arg(changes.dirtyBefore));
+        }
+        if (changes.isShared) {
+            text.append(u"Another run worked here at the same time."_s);
+        }
+        if (!changes.note.isEmpty()) {
+            text.append(changes.note);
+        }
+    }
+    m_reviewText = text.join(u' ');
+    m_reviewFiles.setRows(rows);
+    Q_EMIT reviewChanged();
+}
+
+void AgentModels::mergeBack(const QString& key) {
+    if (const AgentRun* merged = run(key)) {
+        m_model.mergeAgentWork(*merged);
+    }
+}
+
+void AgentModels::discardWorktree(const QString& key, bool force) {
+    if (const AgentRun* discarded = run(key)) {
+        m_model.discardAgentWork(
+            *discarded, force ? TaskWorktrees::Discard::always : TaskWorktrees::Discard::ifNothingIsLost);
+    }
+}
+
+void AgentModels::signIn(int agent) {
+    if (const auto kind = at(allAgentKinds, agent)) {
+        m_model.signIn(*kind);
+    }
+}
+
+void AgentModels::refreshAgents() {
+    m_model.agents().refresh();
+}
+
+} // namespace orv

@@ -1,0 +1,312 @@
+#include "OrvUI/AgentRows.h"
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+/// The role `name` is the member as it stands.
+template <auto member, typename Row>
+constexpr RowRole<Row> role(const char* name) {
+    return {name, [](const Row& row) { return QVariant::fromValue(row.*member); }};
+}
+
+/// The two letters on an agent's tile; a custom one has a picture.
+constexpr std::array letters{u"Cl", u"Cx", u"Ge", u"An", u""};
+static_assert(letters.size() == allAgentKinds.size());
+
+QString lettersOf(AgentKind kind) {
+    return QString::fromUtf16(letters[static_cast<size_t>(kind)]);
+}
+
+QString iconOf(const QString& tool) {
+    struct Entry {
+        QLatin1StringView tool;
+        QLatin1StringView icon;
+    };
+    static constexpr std::array icons{
+        Entry{"Read"_L1, "file-text"_L1},
+        Entry{"NotebookRead"_L1, "file-text"_L1},
+        Entry{"Grep"_L1, "search"_L1},
+        Entry{"Glob"_L1, "search"_L1},
+        Entry{"LS"_L1, "folder"_L1},
+        Entry{"Write"_L1, "file-plus-2"_L1},
+        Entry{"Edit"_L1, "file-pen-line"_L1},
+        Entry{"MultiEdit"_L1, "file-pen-line"_L1},
+        Entry{"NotebookEdit"_L1, "file-pen-line"_L1},
+        Entry{"Bash"_L1, "terminal"_L1},
+        Entry{"WebFetch"_L1, "globe"_L1},
+        Entry{"WebSearch"_L1, "globe"_L1},
+        Entry{"Task"_L1, "sparkles"_L1},
+        Entry{"TodoWrite"_L1, "list-todo"_L1},
+    };
+    const auto found = std::ranges::find(icons, tool, &Entry::tool);
+    return found == icons.end() ? u"settings"_s : QString(found->icon);
+}
+
+QString attentionText(AgentRun::Attention attention) {
+    switch (attention) {
+    case AgentRun::Attention::input:
+        return u"Waits for an answer that it can't get here"_s;
+    case AgentRun::Attention::quiet:
+        return u"Silent for a while"_s;
+    case AgentRun::Attention::none:
+        break;
+    }
+    return {};
+}
+
+QString counted(qint64 count) {
+    constexpr qint64 thousand = 1000;
+    if (count < thousand) {
+        return QString::number(count);
+    }
+    if (count < thousand * thousand) {
+        return QString::number(count / thousand) + u'k';
+    }
+    return QString::number(static_cast<double>(count) / (thousand * thousand), 'f', 1) + u'M';
+}
+
+} // namespace
+
+QString agentDurationText(const AgentRun& run, const QDateTime& now) {
+    constexpr qint64 minute = 60;
+    const qint64 seconds = std::max<qint64>(run.facts().startedAt.secsTo(run.endedAt().value_or(now)), 0);
+    if (seconds < minute) {
+        return u"%1 s"_s.arg(seconds);
+    }
+    const qint64 minutes = seconds / minute;
+    return minutes < minute ? u"%1 min"_s.arg(minutes) : u"%1 h %2 min"_s.arg(minutes / minute).arg(minutes % minute);
+}
+
+QString agentCostText(double costUSD) {
+    return u'$' + QString::number(costUSD, 'f', 2);
+}
+
+QString agentTokensText(const AgentTokens& tokens) {
+    return u"%1 in · %2 out"_s.arg(counted(tokens.input), counted(tokens.output));
+}
+
+QString agentChangesText(const AgentChanges& changes) {
+    return changes.fileCount == 1 ? u"1 file changed"_s : u"%1 files changed"_s.arg(changes.fileCount);
+}
+
+AgentRunRow AgentRunRow::of(const AgentRun& run) {
+    const AgentRun::Facts& facts = run.facts();
+    const bool isOpen = run.worktree() && run.worktree()->state == AgentWorktreeState::open;
+    return {
+        .key = facts.id.toString(QUuid::WithoutBraces),
+        .title = facts.task.section(u'\n', 0, 0),
+        .task = facts.task,
+        .agentName = agentInfo(facts.agent).displayName.toString(),
+        .agentLetters = lettersOf(facts.agent),
+        .projectID = facts.projectID,
+        .projectName = facts.projectName,
+        .autonomyTitle = autonomyInfo(facts.autonomy).title.toString(),
+        .state = rawValue(run.status().kind),
+        .reason = run.status().reason,
+        .answer = run.answer().value_or(QString()),
+        .duration = run.endedAt() ? agentDurationText(run, *run.endedAt()) : QString(),
+        .cost = run.costUSD() ? agentCostText(*run.costUSD()) : QString(),
+        .tokens = run.tokens() ? agentTokensText(*run.tokens()) : QString(),
+        .changes = run.changes() && run.changes()->fileCount > 0 ? agentChangesText(*run.changes()) : QString(),
+        .attention = attentionText(run.attention()),
+        .parentKey = facts.parentID ? facts.parentID->toString(QUuid::WithoutBraces) : QString(),
+        .branch = run.worktree() ? run.worktree()->branch : QString(),
+        .isWorktreeOpen = isOpen,
+        .canContinue = !run.isRunning(),
+        .canReview = isOpen || (run.changes() && run.changes()->fileCount > 0),
+        .isElsewhere = run.owner() == AgentRun::Owner::elsewhere,
+        .startedAt = facts.startedAt,
+    };
+}
+
+const std::vector<RowRole<AgentRunRow>>& AgentRunRow::roles() {
+    using Row = AgentRunRow;
+    static const std::vector<RowRole<Row>> table{
+        role<&Row::key, Row>("key"),
+        role<&Row::title, Row>("title"),
+        role<&Row::task, Row>("task"),
+        role<&Row::agentName, Row>("agentName"),
+        role<&Row::agentLetters, Row>("agentLetters"),
+        role<&Row::projectID, Row>("projectID"),
+        role<&Row::projectName, Row>("projectName"),
+        role<&Row::autonomyTitle, Row>("autonomyTitle"),
+        role<&Row::state, Row>("runState"),
+        role<&Row::reason, Row>("reason"),
+        role<&Row::answer, Row>("answer"),
+        role<&Row::duration, Row>("duration"),
+        role<&Row::cost, Row>("cost"),
+        role<&Row::tokens, Row>("tokens"),
+        role<&Row::changes, Row>("changes"),
+        role<&Row::attention, Row>("attention"),
+        role<&Row::parentKey, Row>("parentKey"),
+        role<&Row::branch, Row>("branch"),
+        role<&Row::isWorktreeOpen, Row>("isWorktreeOpen"),
+        role<&Row::canContinue, Row>("canContinue"),
+        role<&Row::canReview, Row>("canReview"),
+        role<&Row::isElsewhere, Row>("isElsewhere"),
+        role<&Row::startedAt, Row>("startedAt"),
+    };
+    return table;
+}
+
+AgentRow AgentRow::of(AgentKind kind, const AgentCatalog& catalog, AgentKind defaultAgent) {
+    const AgentInfo& info = agentInfo(kind);
+    const AgentStatus unknown;
+    const auto found = catalog.statuses().constFind(kind);
+    const AgentStatus& status = found == catalog.statuses().cend() ? unknown : *found;
+    const bool isCustom = kind == AgentKind::custom;
+    AgentRow row{
+        .key = rawValue(kind),
+        .name = info.displayName.toString(),
+        .letters = lettersOf(kind),
+        .version = status.version.value_or(QString()),
+        .status = isCustom ? u"No command set"_s : u"Not installed"_s,
+        .notice = info.notice.toString(),
+        .installHint = info.installHint.toString(),
+        .action = isCustom ? u"setUp"_s : u"copyInstall"_s,
+        .isInstalled = status.installed,
+        .isDefault = kind == defaultAgent};
+    if (status.installed) {
+        const QString installed = isCustom ? u"Command set"_s : u"Installed"_s;
+        row.status = row.version.isEmpty() ? installed : installed + u" · "_s + row.version;
+        const bool isSignedIn = status.signIn == AgentStatus::SignIn::found;
+        row.action = isCustom || isSignedIn || !catalog.hasCommandLine(kind) ? QString() : u"signIn"_s;
+    }
+    return row;
+}
+
+const std::vector<RowRole<AgentRow>>& AgentRow::roles() {
+    using Row = AgentRow;
+    static const std::vector<RowRole<Row>> table{
+        role<&Row::key, Row>("key"),
+        role<&Row::name, Row>("name"),
+        role<&Row::letters, Row>("letters"),
+        role<&Row::version, Row>("version"),
+        role<&Row::status, Row>("status"),
+        role<&Row::notice, Row>("notice"),
+        role<&Row::installHint, Row>("installHint"),
+        role<&Row::action, Row>("action"),
+        role<&Row::isInstalled, Row>("isInstalled"),
+        role<&Row::isDefault, Row>("isDefault"),
+    };
+    return table;
+}
+
+const std::vector<RowRole<AutonomyRow>>& AutonomyRow::roles() {
+    using Row = AutonomyRow;
+    static const std::vector<RowRole<Row>> table{
+        role<&Row::key, Row>("key"),
+        role<&Row::title, Row>("title"),
+        role<&Row::explanation, Row>("explanation"),
+        role<&Row::icon, Row>("glyph"),
+        role<&Row::isDefault, Row>("isDefault"),
+    };
+    return table;
+}
+
+const std::vector<RowRole<AgentFileRow>>& AgentFileRow::roles() {
+    using Row = AgentFileRow;
+    static const std::vector<RowRole<Row>> table{
+        role<&Row::key, Row>("key"),         role<&Row::originalPath, Row>("originalPath"),
+        role<&Row::kind, Row>("kind"),       role<&Row::added, Row>("added"),
+        role<&Row::removed, Row>("removed"), role<&Row::isBinary, Row>("isBinary"),
+    };
+    return table;
+}
+
+AgentEventRow AgentEventRow::of(const AgentEvent& event) {
+    if (const auto* text = std::get_if<AgentText>(&event)) {
+        return {.kind = u"text"_s, .icon = u"message-square"_s, .name = {}, .text = text->text};
+    }
+    if (const auto* tool = std::get_if<AgentTool>(&event)) {
+        return {.kind = u"tool"_s, .icon = iconOf(tool->name), .name = tool->name, .text = tool->detail};
+    }
+    const AgentResult& result = std::get<AgentResult>(event);
+    return {
+        .kind = u"result"_s,
+        .icon = result.success ? u"circle-check"_s : u"circle-alert"_s,
+        .name = {},
+        .text = result.summary,
+        .isSuccess = result.success};
+}
+
+AgentEventsModel::AgentEventsModel(AgentRun* run) : QAbstractListModel(run), m_run(*run) {
+    for (const AgentEvent& event : run->events()) {
+        m_rows.push_back(AgentEventRow::of(event));
+    }
+    m_current = run->isRunning() ? rowCount() - 1 : -1;
+    connect(run, &AgentRun::eventsAppended, this, &AgentEventsModel::follow);
+    connect(run, &AgentRun::changed, this, &AgentEventsModel::updateCurrent);
+}
+
+int AgentEventsModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+}
+
+QVariant AgentEventsModel::data(const QModelIndex& index, int role) const {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid)) {
+        return {};
+    }
+    const AgentEventRow& row = m_rows[static_cast<size_t>(index.row())];
+    switch (role) {
+    case kindRole:
+        return row.kind;
+    case iconRole:
+        return row.icon;
+    case nameRole:
+        return row.name;
+    case textRole:
+        return row.text;
+    case successRole:
+        return row.isSuccess;
+    case currentRole:
+        return index.row() == m_current;
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> AgentEventsModel::roleNames() const {
+    return {{kindRole, "kind"}, {iconRole, "icon"},         {nameRole, "name"},
+            {textRole, "text"}, {successRole, "isSuccess"}, {currentRole, "isCurrent"}};
+}
+
+void AgentEventsModel::follow(qsizetype added, qsizetype dropped) {
+    // Those that came and went at once are never rows.
+    const qsizetype kept = std::min<qsizetype>(added, static_cast<qsizetype>(m_run.events().size()));
+    const int gone = static_cast<int>(std::min<qsizetype>(dropped, static_cast<qsizetype>(m_rows.size())));
+    if (gone > 0) {
+        beginRemoveRows({}, 0, gone - 1);
+        m_rows.erase(m_rows.begin(), m_rows.begin() + gone);
+        m_current -= std::min(gone, m_current + 1);
+        endRemoveRows();
+    }
+    if (kept > 0) {
+        const int first = rowCount();
+        beginInsertRows({}, first, first + static_cast<int>(kept) - 1);
+        for (auto event = m_run.events().end() - kept; event != m_run.events().end(); ++event) {
+            m_rows.push_back(AgentEventRow::of(*event));
+        }
+        endInsertRows();
+    }
+    updateCurrent();
+}
+
+void AgentEventsModel::updateCurrent() {
+    const int before = std::exchange(m_current, m_run.isRunning() ? rowCount() - 1 : -1);
+    if (before == m_current) {
+        return;
+    }
+    for (const int row : {before, m_current}) {
+        if (row >= 0 && row < rowCount()) {
+            Q_EMIT dataChanged(index(row), index(row), {currentRole});
+        }
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,208 @@
+#include "OrvCore/AgentCommandBuilder.h"
+#include "OrvCore/Async.h"
+#include "OrvUI/AppModel_p.h"
+#include "OrvUI/TerminalTyping.h"
+
+#include <QFileInfo>
+#include <QProcess>
+
+#include <algorithm>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What a run would be started with, but for its project.
+AgentRuns::Start startIn(const Project& project, AgentKind kind, const QString& task) {
+    return {
+        .agent = kind, .task = task, .projectID = project.id, .projectName = project.name, .projectRoot = project.root};
+}
+
+bool openByName(const QString& application, const QString& folder) {
+    return QProcess::startDetached(u"/usr/bin/open"_s, {u"-a"_s, application, folder});
+}
+
+} // namespace
+
+AgentCatalog& AppModel::agents() {
+    return *d->agents;
+}
+AgentRuns& AppModel::agentRunner() {
+    return *d->agentRuns;
+}
+TerminalTabs& AppModel::terminals() {
+    return *d->terminals;
+}
+AgentModels* AppModel::agentModels() const {
+    return d->agentModels.get();
+}
+const QList<AgentRun*>& AppModel::agentRuns() const {
+    return d->agentRuns->runs();
+}
+int AppModel::runningAgentCount() const {
+    return d->agentRuns->runningCount();
+}
+const std::optional<AgentDraft>& AppModel::agentDraft() const {
+    return d->agentDraft;
+}
+const std::optional<QString>& AppModel::agentError() const {
+    return d->agentError;
+}
+void AppModel::setAgentDraft(const std::optional<AgentDraft>& draft) {
+    assign(this, d->agentDraft, draft, &AppModel::agentDraftChanged);
+}
+void AppModel::setAgentError(const std::optional<QString>& error) {
+    assign(this, d->agentError, error, &AppModel::agentErrorChanged);
+}
+
+void AppModel::followAgents() {
+    AgentRuns* runs = d->agentRuns.get();
+    connect(runs, &AgentRuns::runsChanged, this, &AppModel::agentRunsChanged);
+    connect(runs, &AgentRuns::runningCountChanged, this, &AppModel::runningAgentCountChanged);
+    connect(runs, &AgentRuns::failed, this, [this](const QUuid&, const QString& reason, const AgentDraft& task) {
+        setAgentError(reason);
+        setAgentDraft(task); // back into the composer, which was emptied for it
+    });
+    connect(runs, &AgentRuns::noted, this, [this](const QString& text) { report(text, true); });
+    connect(runs, &AgentRuns::finished, this, &AppModel::agentFinished);
+}
+
+AgentRun* AppModel::taken(const std::expected<AgentRun*, QString>& started) {
+    setAgentError(started ? std::nullopt : std::optional(started.error()));
+    return started.value_or(nullptr);
+}
+
+AgentRun* AppModel::startAgent(
+    AgentKind kind, const QString& task, const Project& project, const std::optional<QUuid>& linkedTask,
+    const std::optional<AgentAutonomy>& autonomy, const AgentRun* replyingTo) {
+    AgentRuns::Start wish = startIn(project, kind, task);
+    wish.linkedTask = linkedTask;
+    wish.autonomy = autonomy;
+    wish.replyingTo = replyingTo;
+    return startAgent(wish, project);
+}
+
+AgentRun* AppModel::startAgent(const AgentRuns::Start& wish, const Project& project) {
+    ORV_ASSERT_MAIN_THREAD();
+    const bool isApplication = wish.agent == AgentKind::antigravity && QFileInfo::exists(d->agents->antigravityApp());
+    if (isApplication && !wish.task.trimmed().isEmpty()) {
+        openInAntigravity(project, wish.task.trimmed());
+        return nullptr;
+    }
+    return taken(d->agentRuns->start(wish));
+}
+
+AgentRun* AppModel::continueAgent(const AgentRun& run, const QString& message) {
+    ORV_ASSERT_MAIN_THREAD();
+    const Project* project = this->project(run.facts().projectID);
+    if (message.trimmed().isEmpty() || project == nullptr) {
+        return nullptr;
+    }
+    return taken(d->agentRuns->goOn(run, message, project->root, project->name));
+}
+
+void AppModel::agentFinished(AgentRun* run) {
+    const AgentRun::Facts& facts = run->facts();
+    const bool hasSucceeded = run->status().kind == AgentRunState::succeeded;
+    if (hasSucceeded && facts.linkedTaskID) {
+        setTaskDone(*facts.linkedTaskID, true);
+    } else {
+        publishSnapshot();
+    }
+    const AgentFinished event{
+        .project = facts.projectName,
+        .projectID = facts.projectID,
+        .agent = agentInfo(facts.agent).displayName.toString(),
+        .success = hasSucceeded,
+        .summary = run->answer().value_or(QString())};
+    post(event);
+    Q_EMIT agentRunEnded(event);
+}
+
+QFuture<void> AppModel::stopAgent(AgentRun* run) {
+    return d->agentRuns->stop(run);
+}
+
+QFuture<void> AppModel::stopAllAgents() {
+    return d->agentRuns->stopAll();
+}
+
+QFuture<void> AppModel::stopEverything() {
+    return whenAll({stopAllServices(), stopAllAgents()}, this);
+}
+
+void AppModel::openInAntigravity(const Project& project, const QString& task) {
+    const auto open = openApplication ? openApplication : openByName;
+    if (!open(d->agents->antigravityApp(), project.root)) {
+        setAgentError(AgentPlanner::couldNotStart(AgentKind::antigravity, u"the application did not open"_s));
+        return;
+    }
+    if (setClipboard) {
+        setClipboard(task);
+    }
+    setAgentError({});
+    report(AgentPlanner::openedInAntigravity(project.name), false);
+}
+
+void AppModel::startAgentInTerminal(AgentKind kind, const QString& task, const Project& project) {
+    ORV_ASSERT_MAIN_THREAD();
+    const QString trimmed = task.trimmed();
+    const auto command = AgentCommandBuilder::interactiveCommand(kind, trimmed);
+    if (trimmed.isEmpty() || !command) {
+        setAgentError(
+            trimmed.isEmpty() ? u"Describe the task first."_s : u"A custom agent can't be started in a terminal."_s);
+        return;
+    }
+    setAgentError({});
+    typeWhenReady(d->terminals->open(QUrl::fromLocalFile(project.root)), *command);
+    setPage({.kind = AppPage::Kind::project, .id = project.id});
+    setDetailTab(DetailTab::terminal);
+}
+
+void AppModel::signIn(AgentKind kind) {
+    ORV_ASSERT_MAIN_THREAD();
+    const QStringView command = agentInfo(kind).signInCommand;
+    if (command.isEmpty()) {
+        return;
+    }
+    typeWhenReady(d->terminals->open(QUrl::fromLocalFile(d->settings->settings().scanRoot)), command.toString());
+    // Terminals are on the pages of projects.
+    if (d->page.kind != AppPage::Kind::project && !d->projects.isEmpty()) {
+        setPage({.kind = AppPage::Kind::project, .id = d->projects.first().id});
+    }
+    setDetailTab(DetailTab::terminal);
+}
+
+void AppModel::draftAgentTaskFor(const QString& taskID) {
+    const auto found = std::ranges::find(d->tasks, QUuid(taskID), &ProjectTask::id);
+    const Project* owner = found == d->tasks.end() ? nullptr : project(found->projectID);
+    if (owner != nullptr) {
+        draftAgentTask(*found, *owner);
+    }
+}
+
+void AppModel::draftAgentTask(const ProjectTask& task, const Project& project) {
+    ORV_ASSERT_MAIN_THREAD();
+    const QString text = task.notes.trimmed().isEmpty() ? task.title : task.title + u"\n\n"_s + task.notes.trimmed();
+    setAgentDraft(AgentDraft{project.id, text, task.id});
+}
+
+void AppModel::mergeAgentWork(const AgentRun& run) {
+    const QString branch = run.worktree() ? run.worktree()->branch : QString();
+    onFinished(d->agentRuns->mergeBack(&run), this, [this, branch](const AgentRuns::Outcome& outcome) {
+        const QString done = outcome && outcome->isEmpty() ? u"Merged %1."_s.arg(branch) : outcome.value_or(QString());
+        report(outcome ? done : outcome.error(), !outcome);
+    });
+}
+
+void AppModel::discardAgentWork(const AgentRun& run, TaskWorktrees::Discard discard) {
+    onFinished(d->agentRuns->discardWorktree(&run, discard), this, [this](const AgentRuns::Outcome& outcome) {
+        if (!outcome) {
+            report(outcome.error(), true);
+        }
+    });
+}
+
+} // namespace orv

@@ -1,0 +1,141 @@
+#include "OrvCore/Async.h"
+#include "OrvUI/AppModel_p.h"
+#include "OrvUI/GitModel.h"
+#include "OrvUI/NewProject.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+#include <QFileInfo>
+
+namespace orv {
+namespace {
+
+PullStrategy strategyOf(PullPreference preference) {
+    switch (preference) {
+    case PullPreference::ffOnly:
+        return PullStrategy::ffOnly;
+    case PullPreference::merge:
+        return PullStrategy::merge;
+    case PullPreference::rebase:
+        return PullStrategy::rebase;
+    }
+    Q_UNREACHABLE();
+}
+
+constexpr std::array quickActions{
+    std::pair{"fetch"_L1, QuickGitAction::fetch}, std::pair{"pull"_L1, QuickGitAction::pull},
+    std::pair{"push"_L1, QuickGitAction::push}};
+
+} // namespace
+
+void AppModel::setUpGit() {
+    d->git = std::make_unique<GitOverview>();
+    d->newProject = std::make_unique<NewProject>(*d->git);
+    connect(d->git.get(), &GitOverview::badgesChanged, this, &AppModel::gitBadgesChanged);
+    connect(d->git.get(), &GitOverview::busyChanged, this, &AppModel::gitBusyChanged);
+    connect(d->git.get(), &GitOverview::identityChanged, this, &AppModel::gitIdentitySetChanged);
+    connect(d->newProject.get(), &NewProject::added, this, &AppModel::takeInNewProject);
+}
+
+const QHash<QString, GitBadge>& AppModel::gitBadges() const {
+    return d->git->badges();
+}
+std::optional<GitBadge> AppModel::gitBadge(const Project& project) const {
+    return d->git->badge(project.id);
+}
+bool AppModel::isGitKnown(const Project& project) const {
+    return d->git->isKnown(project.id);
+}
+const QSet<QString>& AppModel::gitBusy() const {
+    return d->git->busy();
+}
+bool AppModel::isGitBusy(const Project& project) const {
+    return d->git->busy().contains(project.id);
+}
+bool AppModel::gitIdentitySet() const {
+    return d->git->isIdentitySet();
+}
+QString AppModel::defaultBranch() const {
+    return d->settings->settings().defaultBranch;
+}
+GitOverview& AppModel::gitOverview() {
+    return *d->git;
+}
+GitModel* AppModel::gitModel() const {
+    return d->gitModel.get();
+}
+NewProject* AppModel::newProject() const {
+    return d->newProject.get();
+}
+
+QFuture<void> AppModel::refreshGitBadges() {
+    return d->git->refresh();
+}
+
+void AppModel::lookAtGit() {
+    d->git->refreshIfOld();
+    if (d->gitModel) {
+        d->gitModel->refresh();
+    }
+}
+
+QFuture<void> AppModel::refreshGitIdentity() {
+    return d->git->refreshIdentity();
+}
+
+QFuture<QuickGitReport> AppModel::quickGit(QuickGitAction action, const Project& project) {
+    const auto started = [this, text = QuickGit::progress(action, project.name)] {
+        setStatusMessage(StatusMessage{.text = text, .isOngoing = true});
+    };
+    return d->git->quickGit(action, project, strategyOf(d->settings->settings().defaultPullStrategy), started);
+}
+
+void AppModel::quickGitFor(const QString& projectID, const QString& action) {
+    const auto wanted = std::ranges::find(quickActions, action, [](const auto& row) { return row.first; });
+    const Project* known = project(projectID);
+    if (wanted == quickActions.end() || known == nullptr) {
+        return;
+    }
+    onFinished(quickGit(wanted->second, *known), this, [this](const QuickGitReport& done) {
+        report(done.message, !done.success);
+    });
+}
+
+void AppModel::openGit(const QString& projectID) {
+    ORV_ASSERT_MAIN_THREAD();
+    const Project* known = project(projectID);
+    if (d->gitModel && known != nullptr && d->gitModel->projectID() == known->id) {
+        d->gitModel->refresh();
+        return;
+    }
+    if (!d->gitModel && known == nullptr) {
+        return;
+    }
+    // Whoever shows the old one lets go of it first.
+    const std::unique_ptr<GitModel> old = std::move(d->gitModel);
+    if (known != nullptr) {
+        d->gitModel = std::make_unique<GitModel>(*d->git, *known);
+        d->gitModel->pullStrategy = [this] { return strategyOf(d->settings->settings().defaultPullStrategy); };
+        connect(d->gitModel.get(), &GitModel::failed, this, [this](const QString& text) { report(text, true); });
+    }
+    Q_EMIT gitModelChanged();
+}
+
+void AppModel::takeInNewProject(const QString& name, const QString& path, bool cloned) {
+    // A scan that runs already may have passed the folder.
+    rescan();
+    // As the scan names it, which follows symbolic links.
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    onFinished(refresh(), this, [this, name, path = canonical.isEmpty() ? path : canonical, cloned] {
+        const auto found = std::ranges::find(d->projects, path, &Project::root);
+        setPage(
+            found != d->projects.end() ? AppPage{.kind = AppPage::Kind::project, .id = found->id}
+                                       : AppPage{.kind = AppPage::Kind::folder, .id = path});
+        setSheet({});
+        Q_EMIT projectAdded(name, path, cloned);
+    });
+}
+
+} // namespace orv

@@ -1,0 +1,97 @@
+#include "OrvCore/Async.h"
+#include "OrvUI/AppModel_p.h"
+
+#include <algorithm>
+
+namespace orv {
+
+void AppModel::post(const NotificationEvent& event) {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto prefs = NotificationPrefs::of(d->settings->settings());
+    if (const auto request = NotificationPlanner::request(event, prefs, d->appIsActive && d->appIsActive())) {
+        notify(*request);
+    }
+}
+
+void AppModel::notify(const NotificationRequest& request) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (d->notifier) {
+        d->notifier->post(request);
+    }
+}
+
+/// An install that ends is part of a run that the user looks at, and no event of its own.
+void AppModel::postTransitions() {
+    QList<ServiceTransitions::Look> looks;
+    const auto& states = d->processes->states();
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        if (!isInstall(entry.key())) {
+            looks.append(
+                {entry.key(), *entry, projectName(entry.key()), addressPort(entry.key()),
+                 d->processes->wasUserStopped(entry.key())});
+        }
+    }
+    for (const NotificationEvent& event : d->transitions.update(looks)) {
+        post(event);
+    }
+}
+
+void AppModel::openFromNotification(const QString& projectID) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (project(projectID) != nullptr) {
+        setPage({.kind = AppPage::Kind::project, .id = projectID});
+    }
+    showMainWindow();
+}
+
+const NotificationStatus& AppModel::notificationStatus() const {
+    return d->notificationStatus;
+}
+
+QFuture<void> AppModel::setNotificationsEnabled(bool isOn) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (isOn != d->settings->settings().notificationsEnabled) {
+        changeSettings([isOn](AppSettings& settings) { settings.notificationsEnabled = isOn; });
+    }
+    return isOn ? findNotificationStatus(Notifying::Ask::userToo) : finishedFuture();
+}
+
+QFuture<void> AppModel::refreshNotificationStatus() {
+    ORV_ASSERT_MAIN_THREAD();
+    return findNotificationStatus(Notifying::Ask::systemOnly);
+}
+
+QFuture<void> AppModel::findNotificationStatus(Notifying::Ask ask) {
+    const Completion completion;
+    const auto take = [this, completion](const NotificationStatus& status) {
+        assign(this, d->notificationStatus, status, &AppModel::notificationStatusChanged);
+        completion.finish();
+    };
+    if (d->notifier) {
+        d->notifier->findStatus(ask, take);
+    } else {
+        take({NotificationStatus::Kind::unavailable, {}});
+    }
+    return completion.future();
+}
+
+LaunchAtLogin* AppModel::login() const {
+    return &d->login;
+}
+
+bool AppModel::needsOnboarding() const {
+    return !d->settings->settings().onboardingCompleted;
+}
+
+void AppModel::skipOnboarding() {
+    ORV_ASSERT_MAIN_THREAD();
+    changeSettings([](AppSettings& settings) { settings.onboardingCompleted = true; });
+}
+
+void AppModel::startOnboarding() {
+    ORV_ASSERT_MAIN_THREAD();
+    d->onboarding->loadExisting();
+    changeSettings([](AppSettings& settings) { settings.onboardingCompleted = false; });
+}
+
+} // namespace orv

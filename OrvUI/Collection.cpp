@@ -1,0 +1,75 @@
+#include "OrvUI/Collection.h"
+
+#include "OrvCore/Paths.h"
+#include "OrvUI/AppModel.h"
+#include "OrvUI/HomeModels.h"
+
+namespace orv {
+
+namespace {
+
+const ProjectNode* find(const QList<ProjectNode>& nodes, const QString& path) {
+    for (const ProjectNode& node : nodes) {
+        if (node.path == path) {
+            return &node;
+        }
+        if (const ProjectNode* below = find(node.children, path)) {
+            return below;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+AppModel* Collection::model() const {
+    return m_model;
+}
+
+void Collection::setModel(AppModel* model) {
+    if (model == m_model) {
+        return;
+    }
+    m_model = model;
+    connect(&model->home(), &HomeModels::updated, this, &Collection::update);
+    Q_EMIT modelChanged();
+    update();
+}
+
+void Collection::setPath(const QString& path) {
+    if (path != m_path) {
+        m_path = path;
+        update();
+    }
+}
+
+void Collection::setSearchText(const QString& text) {
+    if (text != m_searchText) {
+        m_searchText = text;
+        update();
+    }
+}
+
+QString Collection::pathText() const {
+    return Paths::shortened(m_path);
+}
+
+void Collection::update() {
+    if (!m_model || m_path.isEmpty()) {
+        return;
+    }
+    const ProjectNode* folder = find(m_model->tree(), m_path);
+    QList<CardRow> rows;
+    if (folder != nullptr) {
+        m_name = folder->name;
+        for (const Project& project : folder->apps()) {
+            if (project.name.contains(m_searchText, Qt::CaseInsensitive)) {
+                rows.append(m_model->home().card(project));
+            }
+        }
+    }
+    m_cards.setRows(rows);
+    Q_EMIT changed();
+}
+
+} // namespace orv

@@ -1,0 +1,209 @@
+#include "OrvUI/DevicesModel.h"
+
+#include "OrvCore/Async.h"
+#include "OrvUI/Pool_p.h"
+
+#include <algorithm>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+#ifdef Q_OS_MACOS
+const FlutterDevice desktop{u"macos"_s, u"macOS"_s};
+#else
+const FlutterDevice desktop{u"linux"_s, u"Linux"_s};
+#endif
+
+enum Tool : size_t { flutterTool, simulatorTool, emulatorTool };
+
+const QString flutterKey = u"flutter:"_s;
+const QString simulatorKey = u"simulator:"_s;
+const QString emulatorKey = u"avd:"_s;
+
+struct KnownDevice {
+    QStringView start; ///< of its id
+    QStringView detail;
+};
+/// Of the ids that Flutter gives.
+constexpr std::array knownDevices{
+    KnownDevice{u"linux", u"Desktop"},
+    KnownDevice{u"macos", u"Desktop"},
+    KnownDevice{u"windows", u"Desktop"},
+    KnownDevice{u"chrome", u"Web"},
+    KnownDevice{u"edge", u"Web"},
+    KnownDevice{u"web-server", u"Web"},
+    KnownDevice{u"mac-designed-for-ipad", u"Desktop"},
+    KnownDevice{u"emulator-", u"Emulator"},
+};
+
+QString detailOf(const QString& id) {
+    const auto found =
+        std::ranges::find_if(knownDevices, [&](const KnownDevice& known) { return id.startsWith(known.start); });
+    return found == knownDevices.end() ? u"Device"_s : found->detail.toString();
+}
+
+template <typename T>
+QFuture<T> readyFuture(T value) {
+    QPromise<T> promise;
+    promise.start();
+    promise.addResult(std::move(value));
+    promise.finish();
+    return promise.future();
+}
+
+} // namespace
+
+const std::vector<RowRole<DeviceRow>>& DeviceRow::roles() {
+    static const std::vector<RowRole<DeviceRow>> table{
+        memberRole<&DeviceRow::key, DeviceRow>("key"),
+        memberRole<&DeviceRow::title, DeviceRow>("title"),
+        memberRole<&DeviceRow::detail, DeviceRow>("detail"),
+        memberRole<&DeviceRow::section, DeviceRow>("section"),
+        memberRole<&DeviceRow::isBooted, DeviceRow>("isBooted"),
+        memberRole<&DeviceRow::isChosen, DeviceRow>("isChosen"),
+    };
+    return table;
+}
+
+DevicesModel::DevicesModel(DeviceTools tools, RunChoices& choices, QObject* parent)
+    : QObject(parent), m_tools(std::move(tools)), m_choices(choices), m_refresh(finishedFuture()) {
+    m_pool.setObjectName(u"orv-devices"_s);
+    m_pool.setMaxThreadCount(4);
+}
+
+DevicesModel::~DevicesModel() {
+    m_isEnding = true;
+    m_pool.waitForDone();
+}
+
+template <typename Devices>
+void DevicesModel::take(
+    QFuture<void>& all, DeviceTools::Listing<Devices> (DeviceTools::*list)(const std::atomic<bool>&) const,
+    Devices DevicesModel::* devices, size_t hint) {
+    const Completion completion;
+    ++m_pending;
+    const auto work = [this, list] { return (m_tools.*list)(m_isEnding); };
+    onFinished(
+        runIn(m_pool, work), this, [this, devices, hint, completion](const DeviceTools::Listing<Devices>& listing) {
+            this->*devices = listing.devices;
+            m_hints[hint] = listing.hint;
+            --m_pending;
+            update();
+            Q_EMIT hintsChanged();
+            if (m_pending == 0) {
+                Q_EMIT loadingChanged();
+            }
+            completion.finish();
+        });
+    all = whenAll({all, completion.future()}, this);
+}
+
+QFuture<void> DevicesModel::refresh() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_pending > 0) {
+        return m_refresh;
+    }
+    QFuture<void> all = finishedFuture();
+    take(all, &DeviceTools::flutterDevices, &DevicesModel::m_flutter, flutterTool);
+    take(all, &DeviceTools::simulators, &DevicesModel::m_simulators, simulatorTool);
+    take(all, &DeviceTools::emulators, &DevicesModel::m_emulators, emulatorTool);
+    m_refresh = all;
+    update();
+    Q_EMIT loadingChanged();
+    return all;
+}
+
+QFuture<QList<FlutterDevice>> DevicesModel::listFlutter() {
+    ORV_ASSERT_MAIN_THREAD();
+    return runIn(m_pool, [this] { return m_tools.flutterDevices(m_isEnding).devices; });
+}
+
+QStringList DevicesModel::hints() const {
+    QStringList found(m_hints.begin(), m_hints.end());
+    found.removeAll(QString());
+    return found;
+}
+
+void DevicesModel::setProjectID(const QString& projectID) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (projectID != m_projectID) {
+        m_projectID = projectID;
+        update();
+        Q_EMIT projectIDChanged();
+        Q_EMIT chosenChanged();
+    }
+}
+
+void DevicesModel::setSearchText(const QString& text) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (text != m_searchText) {
+        m_searchText = text;
+        update();
+        Q_EMIT searchTextChanged();
+    }
+}
+
+void DevicesModel::update() {
+    QList<DeviceRow> rows;
+    const QString connected = u"Connected"_s;
+    const auto isListedBelow = [this](const FlutterDevice& device) {
+        return std::ranges::find(m_simulators, device.id, &SimulatorDevice::udid) != m_simulators.end() ||
+               std::ranges::find(m_emulators, device.id, &DeviceTools::Emulator::serial) != m_emulators.end();
+    };
+    QList<FlutterDevice> flutter = m_flutter;
+    const bool hasFlutter = m_hints[flutterTool].isEmpty();
+    if (hasFlutter && std::ranges::find(flutter, desktop.id, &FlutterDevice::id) == flutter.end()) {
+        flutter.prepend(desktop);
+    }
+    for (const FlutterDevice& device : std::as_const(flutter)) {
+        if (!isListedBelow(device)) {
+            rows.append({flutterKey + device.id, device.name, detailOf(device.id), connected});
+        }
+    }
+    const QList<DeviceParsers::RuntimeGroup> groups = DeviceParsers::groupedByRuntime(m_simulators);
+    for (auto group = groups.crbegin(); group != groups.crend(); ++group) {
+        for (const SimulatorDevice& device : group->devices) {
+            rows.append({simulatorKey + device.udid, device.name, u"Simulator"_s, group->runtime, device.isBooted});
+        }
+    }
+    for (const DeviceTools::Emulator& emulator : std::as_const(m_emulators)) {
+        rows.append(
+            {emulatorKey + emulator.avd, DeviceParsers::displayName(emulator.avd), u"Emulator"_s, u"Android"_s,
+             !emulator.serial.isEmpty()});
+    }
+    rows.removeIf([this](const DeviceRow& row) { return !row.title.contains(m_searchText, Qt::CaseInsensitive); });
+    const std::optional<QString> choice = chosen(m_projectID);
+    for (DeviceRow& row : rows) {
+        row.isChosen = row.key == choice;
+    }
+    m_rows.setRows(rows);
+}
+
+std::optional<QString> DevicesModel::chosen(const QString& projectID) const {
+    return m_choices.of(projectID).device;
+}
+
+StoreResult DevicesModel::choose(const QString& projectID, const QString& key) {
+    ORV_ASSERT_MAIN_THREAD();
+    StoreResult result = m_choices.setDevice(projectID, key.isEmpty() ? std::nullopt : std::optional(key));
+    update();
+    Q_EMIT chosenChanged();
+    return result;
+}
+
+QFuture<DeviceTools::Booted> DevicesModel::ready(const QString& key) {
+    ORV_ASSERT_MAIN_THREAD();
+    const QString id = key.section(u':', 1);
+    if (key.startsWith(emulatorKey)) {
+        return runIn(m_pool, [this, id] { return m_tools.bootEmulator(id, m_isEnding); });
+    }
+    if (key.startsWith(simulatorKey)) {
+        return runIn(m_pool, [this, id] { return m_tools.bootSimulator(id, m_isEnding); });
+    }
+    return readyFuture(DeviceTools::Booted(key.startsWith(flutterKey) ? id : key));
+}
+
+} // namespace orv

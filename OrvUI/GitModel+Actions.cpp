@@ -1,0 +1,295 @@
+#include "OrvUI/GitModel.h"
+#include "OrvUI/Pool_p.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+using PathsOf = QStringList (FileChange::*)() const;
+
+/// A rename is both of its paths, as `pathsOf` has it.
+QStringList touched(
+    const RowModel<ChangeRow>& list, const QStringList& paths, PathsOf pathsOf = &FileChange::touchedPaths) {
+    const QSet<QString> wanted(paths.begin(), paths.end());
+    QStringList all = paths;
+    for (const ChangeRow& row : list.rows()) {
+        if (wanted.contains(row.key)) {
+            all += (row.change.*pathsOf)();
+        }
+    }
+    all.removeDuplicates();
+    return all;
+}
+
+/// Stages or unstages what `isWanted` says of the status as it is then, also what is too much to be listed.
+template <typename Wanted, typename Change>
+GitOutcome<void> changeAll(
+    const GitService& service, const QString& repository, const Wanted& isWanted, PathsOf pathsOf,
+    const Change& change) {
+    const auto status = service.status(repository);
+    if (!status) {
+        return std::unexpected(status.error());
+    }
+    QStringList paths;
+    for (const FileChange& each : status->changes) {
+        // A conflict that is staged counts as resolved, which is not said by the way.
+        if (!each.isConflicted() && std::invoke(isWanted, each)) {
+            paths += (each.*pathsOf)();
+        }
+    }
+    paths.removeDuplicates();
+    return paths.isEmpty() ? GitOutcome<void>() : change(paths);
+}
+
+} // namespace
+
+bool GitModel::isBusy() const {
+    return m_overview.busy().contains(m_project.id);
+}
+
+void GitModel::cancelAction() {
+    m_overview.cancelAction(m_project.id);
+}
+
+void GitModel::refuse(const QString& text) {
+    Q_EMIT failed(text);
+}
+
+void GitModel::act(const QString& name, const QString& text, const Work& work) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_repository.isEmpty()) {
+        return;
+    }
+    const auto outcome = m_overview.act(m_project.id, [work, repository = m_repository](const GitService& service) {
+        return work(service, repository);
+    });
+    if (!outcome) {
+        refuse(QuickGit::busy(m_project.name).message);
+        return;
+    }
+    m_busyText = text;
+    Q_EMIT busyChanged();
+    onFinished(*outcome, this, [this, name](const GitOutcome<void>& done) {
+        m_busyText.clear();
+        Q_EMIT busyChanged();
+        refresh();
+        if (name == u"identity") {
+            m_overview.refreshIdentity();
+        }
+        if (done) {
+            Q_EMIT succeeded(name);
+        } else {
+            Q_EMIT failed(done.error().text());
+        }
+    });
+}
+
+void GitModel::stage(const QStringList& paths) {
+    const QStringList all = touched(m_unstaged, paths, &FileChange::stagedPaths);
+    act(u"stage"_s, u"Staging…"_s,
+        [all](const GitService& service, const QString& repository) { return service.stage(repository, all); });
+}
+
+void GitModel::stageAll() {
+    act(u"stage"_s, u"Staging…"_s, [](const GitService& service, const QString& repository) {
+        return changeAll(
+            service, repository,
+            [](const FileChange& each) { return each.isUntracked() || (each.worktree != '.' && each.worktree != ' '); },
+            &FileChange::stagedPaths, [&](const QStringList& paths) { return service.stage(repository, paths); });
+    });
+}
+
+void GitModel::unstage(const QStringList& paths) {
+    const QStringList all = touched(m_staged, paths);
+    act(u"unstage"_s, u"Unstaging…"_s,
+        [all](const GitService& service, const QString& repository) { return service.unstage(repository, all); });
+}
+
+void GitModel::unstageAll() {
+    act(u"unstage"_s, u"Unstaging…"_s, [](const GitService& service, const QString& repository) {
+        return changeAll(
+            service, repository, &FileChange::isStaged, &FileChange::touchedPaths,
+            [&](const QStringList& paths) { return service.unstage(repository, paths); });
+    });
+}
+
+void GitModel::discard(const QStringList& paths) {
+    const QStringList all = touched(m_staged, touched(m_unstaged, paths));
+    act(u"discard"_s, u"Discarding…"_s,
+        [all](const GitService& service, const QString& repository) { return service.discard(repository, all); });
+}
+
+void GitModel::actOnLines(Part part, const DiffSelection& selection) {
+    struct Verb {
+        QLatin1StringView name;
+        QLatin1StringView going;
+        GitOutcome<void> (GitService::*run)(
+            const QString&, const DiffRequest&, const FileDiff&, const DiffSelection&) const;
+    };
+    static constexpr std::array verbs{
+        Verb{"stage"_L1, "Staging"_L1, &GitService::stageLines},
+        Verb{"unstage"_L1, "Unstaging"_L1, &GitService::unstageLines},
+        Verb{"discard"_L1, "Discarding"_L1, &GitService::discardLines}};
+    const bool isStaged = m_shownRequest.side == DiffSide::staged;
+    // While the file's diff is being read, the lines on the screen are not those that are meant.
+    if (!canDivide() || m_isLoadingDiff || selection.empty() || isStaged != (part == Part::unstage)) {
+        refuse(u"There is nothing here of which a part could be changed."_s);
+        return;
+    }
+    const Verb verb = verbs[static_cast<size_t>(part)];
+    act(verb.name, verb.going + u'\u2026',
+        [verb, request = m_shownRequest, shown = m_diff.diff(),
+         selection](const GitService& service, const QString& repository) {
+            return (service.*verb.run)(repository, request, shown, selection);
+        });
+}
+
+void GitModel::stageHunk(int hunk) {
+    actOnLines(Part::stage, m_diff.hunkLines(hunk));
+}
+void GitModel::unstageHunk(int hunk) {
+    actOnLines(Part::unstage, m_diff.hunkLines(hunk));
+}
+void GitModel::discardHunk(int hunk) {
+    actOnLines(Part::discard, m_diff.hunkLines(hunk));
+}
+void GitModel::stageLines() {
+    actOnLines(Part::stage, m_diff.selection());
+}
+void GitModel::unstageLines() {
+    actOnLines(Part::unstage, m_diff.selection());
+}
+void GitModel::discardLines() {
+    actOnLines(Part::discard, m_diff.selection());
+}
+
+void GitModel::commit(const QString& summary, const QString& description) {
+    act(u"commit"_s, u"Committing…"_s, [=](const GitService& service, const QString& repository) {
+        return service.commit(repository, summary, description);
+    });
+}
+
+void GitModel::amend(const QString& summary, const QString& description) {
+    act(u"amend"_s, u"Amending…"_s, [=](const GitService& service, const QString& repository) {
+        return service.amend(repository, summary, description);
+    });
+}
+
+void GitModel::continueOperation() {
+    act(u"continue"_s, u"Continuing…"_s,
+        [](const GitService& service, const QString& repository) { return service.continueOperation(repository); });
+}
+
+void GitModel::abortOperation() {
+    act(u"abort"_s, u"Aborting…"_s,
+        [](const GitService& service, const QString& repository) { return service.abortOperation(repository); });
+}
+
+void GitModel::switchBranch(const QString& name) {
+    act(u"switch"_s, u"Switching to %1…"_s.arg(name),
+        [=](const GitService& service, const QString& repository) { return service.switchBranch(repository, name); });
+}
+
+void GitModel::createBranch(const QString& name) {
+    act(u"create"_s, u"Creating %1…"_s.arg(name),
+        [=](const GitService& service, const QString& repository) { return service.createBranch(repository, name); });
+}
+
+void GitModel::deleteBranch(const QString& name, bool evenIfUnmerged) {
+    const auto deletion = evenIfUnmerged ? GitService::Deletion::always : GitService::Deletion::ifMerged;
+    act(u"delete"_s, u"Deleting %1…"_s.arg(name), [=](const GitService& service, const QString& repository) {
+        return service.deleteBranch(repository, name, deletion);
+    });
+}
+
+void GitModel::setUpstream(const QString& branchName, const QString& upstreamName) {
+    act(u"upstream"_s, u"Setting the upstream…"_s, [=](const GitService& service, const QString& repository) {
+        return service.setUpstream(repository, branchName, upstreamName);
+    });
+}
+
+void GitModel::stashSave(const QString& message, bool withUntracked) {
+    const auto untracked = withUntracked ? GitService::Untracked::included : GitService::Untracked::kept;
+    act(u"stash"_s, u"Stashing…"_s, [=](const GitService& service, const QString& repository) {
+        return service.stashSave(repository, message, untracked);
+    });
+}
+
+template <typename Method>
+void GitModel::actOnStash(const QString& name, const QString& text, const QString& stash, Method method) {
+    const auto& rows = m_stashes.rows();
+    const auto row = std::ranges::find(rows, stash, &StashRow::key);
+    if (row == rows.end()) {
+        refuse(u"This stash is gone."_s);
+        return;
+    }
+    const StashEntry entry{.index = row->index, .id = row->key, .message = {}, .date = {}};
+    act(name, text, [method, entry](const GitService& service, const QString& repository) {
+        return (service.*method)(repository, entry);
+    });
+}
+
+void GitModel::stashPop(const QString& stash) {
+    actOnStash(u"stash-pop"_s, u"Popping the stash…"_s, stash, &GitService::stashPop);
+}
+void GitModel::stashApply(const QString& stash) {
+    actOnStash(u"stash-apply"_s, u"Applying the stash…"_s, stash, &GitService::stashApply);
+}
+void GitModel::stashDrop(const QString& stash) {
+    actOnStash(u"stash-drop"_s, u"Dropping the stash…"_s, stash, &GitService::stashDrop);
+}
+
+void GitModel::fetch() {
+    act(u"fetch"_s, u"Fetching…"_s,
+        [](const GitService& service, const QString& repository) { return service.fetch(repository); });
+}
+
+void GitModel::pull() {
+    const PullStrategy strategy = pullStrategy ? pullStrategy() : PullStrategy::ffOnly;
+    act(u"pull"_s, u"Pulling…"_s, [strategy](const GitService& service, const QString& repository) {
+        return service.pull(repository, strategy);
+    });
+}
+
+void GitModel::push() {
+    act(u"push"_s, u"Pushing…"_s,
+        [](const GitService& service, const QString& repository) { return service.push(repository); });
+}
+
+void GitModel::readIdentities() {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto work = [reader = m_reader, repository = m_repository] {
+        const GitIdentity everywhere = reader.identity(repository, GitScope::global).value_or(GitIdentity());
+        const GitIdentity own = reader.identity(repository, GitScope::repo).value_or(GitIdentity());
+        return QVariantMap{
+            {u"globalName"_s, everywhere.name.value_or(QString())},
+            {u"globalEmail"_s, everywhere.email.value_or(QString())},
+            {u"ownName"_s, own.name.value_or(QString())},
+            {u"ownEmail"_s, own.email.value_or(QString())}};
+    };
+    onFinished(runIn(m_overview.pool(), work), this, [this, at = m_generation](const QVariantMap& found) {
+        if (at == m_generation) {
+            m_identities = found;
+            Q_EMIT identitiesChanged();
+        }
+    });
+}
+
+void GitModel::setIdentity(const QString& name, const QString& email, bool everywhere) {
+    const GitIdentity identity{name.trimmed(), email.trimmed()};
+    if (identity.name->isEmpty() || identity.email->isEmpty()) {
+        refuse(u"Enter a name and an e-mail first."_s);
+        return;
+    }
+    const GitScope scope = everywhere ? GitScope::global : GitScope::repo;
+    act(u"identity"_s, u"Saving…"_s, [=](const GitService& service, const QString& repository) {
+        return service.setIdentity(identity, repository, scope);
+    });
+}
+
+} // namespace orv

@@ -1,0 +1,292 @@
+#include "OrvUI/GitModel.h"
+
+#include "OrvUI/Pool_p.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+/// Commits that are read at once.
+constexpr int historyPage = 100;
+
+struct OperationWords {
+    QLatin1StringView name;
+    QLatin1StringView going;
+};
+constexpr std::array operationWords{
+    OperationWords{""_L1, ""_L1},
+    OperationWords{"merge"_L1, "Merging"_L1},
+    OperationWords{"rebase"_L1, "Rebasing"_L1},
+    OperationWords{"am"_L1, "Applying patches"_L1},
+    OperationWords{"cherry-pick"_L1, "Cherry-picking"_L1},
+    OperationWords{"revert"_L1, "Reverting"_L1},
+    OperationWords{"bisect"_L1, "Bisecting"_L1}};
+
+const OperationWords& wordsOf(GitOperation operation) {
+    return operationWords[static_cast<size_t>(operation)];
+}
+
+QString noteOf(const RepositoryLayout& layout) {
+    if (layout.kind != RepositoryLayout::Kind::linked) {
+        return {};
+    }
+    if (layout.gitDirectory.contains("/modules/"_L1)) {
+        return u"A submodule of another repository."_s;
+    }
+    return u"A work tree of %1."_s.arg(shownPath(QFileInfo(layout.commonDirectory).path()));
+}
+
+RepositoryRow rowOf(const Project& project, const QString& repository, const RepoStatus& status, int changes) {
+    return {
+        .key = repository,
+        .name = repository == project.root ? project.name : shownPath(repository.sliced(project.root.size() + 1)),
+        .branch = status.branch.value_or(QString()),
+        .changes = changes,
+        .ahead = status.ahead,
+        .behind = status.behind,
+    };
+}
+
+} // namespace
+
+struct GitModel::Found {
+    State state = State::none;
+    QString problem;
+    QString note;
+    QString repository;
+    QList<RepositoryRow> repositories;
+    RepoStatus status;
+    int changes = 0;
+    ChangeLists lists;
+    OperationState operation;
+    Details details;
+    QList<BranchRow> branches;
+    QList<StashRow> stashes;
+    QList<CommitRow> history;
+    bool hasMoreHistory = false;
+};
+
+GitModel::GitModel(GitOverview& overview, const Project& project, QObject* parent)
+    : QObject(parent), m_overview(overview), m_project(project), m_reader(overview.service()) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_reader.runner.purpose = GitPurpose::background;
+    m_reader.runner.cancellation.emplace();
+    connect(&overview, &GitOverview::busyChanged, this, &GitModel::busyChanged);
+    connect(&overview, &GitOverview::repositoryChanged, this, [this](const QString& repository) {
+        const auto& rows = m_repositories.rows();
+        if (std::ranges::find(rows, repository, &RepositoryRow::key) != rows.end()) {
+            refresh();
+        }
+    });
+    // So that its repositories are watched.
+    overview.refresh(project.id);
+    refresh();
+}
+
+GitModel::~GitModel() {
+    m_reader.runner.cancellation->cancel();
+}
+
+QString GitModel::state() const {
+    constexpr std::array names{"loading"_L1, "none"_L1, "bare"_L1, "ready"_L1, "failed"_L1};
+    return names[static_cast<size_t>(m_state)];
+}
+
+QString GitModel::operation() const {
+    return wordsOf(m_operation.operation).name;
+}
+
+QString GitModel::operationText() const {
+    if (m_operation.operation == GitOperation::none) {
+        return {};
+    }
+    QString text = wordsOf(m_operation.operation).going;
+    if (!m_operation.branch.isEmpty()) {
+        text += u' ' + m_operation.branch;
+    }
+    if (m_operation.steps > 0) {
+        text += u", step %1 of %2"_s.arg(m_operation.step).arg(m_operation.steps);
+    }
+    if (const qsizetype count = m_operation.conflicts.size(); count > 0) {
+        text += u": %1 %2 in conflict"_s.arg(count).arg(count == 1 ? u"file"_s : u"files"_s);
+    }
+    return text;
+}
+
+bool GitModel::canContinue() const {
+    return m_operation.operation != GitOperation::none && m_operation.operation != GitOperation::bisect &&
+           m_operation.conflicts.isEmpty();
+}
+
+QString GitModel::headSummary() const {
+    return m_details.headMessage.section(u'\n', 0, 0);
+}
+
+QString GitModel::headDescription() const {
+    return m_details.headMessage.section(u'\n', 1).trimmed();
+}
+
+QFuture<void> GitModel::refresh() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_loading) {
+        if (!m_next) {
+            m_next = std::make_unique<Completion>();
+        }
+        return m_next->future();
+    }
+    m_loading = std::make_unique<Completion>();
+    const QFuture<void> end = m_loading->future();
+    load();
+    return end;
+}
+
+void GitModel::setRepository(const QString& folder) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (folder == m_wanted || folder.isEmpty()) {
+        return;
+    }
+    m_wanted = folder;
+    ++m_generation;
+    // Nobody waits for what is read of the old one.
+    m_reader.runner.cancellation->cancel();
+    m_reader.runner.cancellation.emplace();
+    refresh();
+}
+
+void GitModel::load() {
+    const int length = std::max(historyPage, m_history.rowCount());
+    const auto work = [reader = m_reader, project = m_project, wanted = m_wanted, length] {
+        return find(reader, project, wanted, length);
+    };
+    onFinished(runIn(m_overview.pool(), work), this, [this, at = m_generation](const Found& found) {
+        if (at == m_generation) {
+            takeIn(found);
+        }
+        const std::unique_ptr<Completion> ended = std::exchange(m_loading, std::exchange(m_next, nullptr));
+        if (m_loading) {
+            load();
+        }
+        ended->finish();
+    });
+}
+
+GitModel::Found GitModel::find(
+    const GitService& service, const Project& project, const QString& wanted, int historyLength) {
+    Found found;
+    QStringList repositories = GitService::findRepos(project.root);
+    if (repositories.isEmpty() && RepositoryLayout::of(project.root)) {
+        repositories.append(project.root);
+    }
+    if (repositories.isEmpty()) {
+        found.state = State::none;
+        return found;
+    }
+    found.repository = repositories.contains(wanted) ? wanted : repositories.first();
+    const auto layout = RepositoryLayout::of(found.repository);
+    if (const auto history = service.history(found.repository, {.limit = historyLength, .from = {}, .path = {}})) {
+        found.history = commitRows(*history);
+        found.hasMoreHistory = history->size() == historyLength;
+    }
+    found.branches = branchRows(service.branchInfos(found.repository).value_or(QList<BranchInfo>()));
+    found.details.headMessage = service.headMessage(found.repository).value_or(QString());
+    found.details.identity = service.effectiveIdentity(found.repository).value_or(GitIdentity());
+    if (layout) {
+        found.note = noteOf(*layout);
+    }
+    if (layout && layout->kind == RepositoryLayout::Kind::bare) {
+        // It has no status; its branches still say something.
+        found.state = State::bare;
+        const auto current = std::ranges::find(found.branches, true, &BranchRow::isCurrent);
+        found.status.branch = current != found.branches.end() ? std::optional(current->name) : std::optional<QString>();
+        found.status.hasCommits = !found.history.isEmpty();
+    } else if (auto status = service.status(found.repository)) {
+        found.state = State::ready;
+        found.lists = ChangeLists::of(status->changes);
+        found.changes = static_cast<int>(std::exchange(status->changes, {}).size());
+        found.status = *std::move(status);
+        found.operation = service.operation(found.repository).value_or(OperationState());
+        found.stashes = stashRows(service.stashes(found.repository).value_or(QList<StashEntry>()));
+    } else {
+        found.state = State::failed;
+        found.problem = status.error().text();
+    }
+    for (const QString& each : std::as_const(repositories)) {
+        const bool isCurrent = each == found.repository;
+        int changes = isCurrent ? found.changes : 0;
+        const RepoStatus status = isCurrent ? found.status : service.statusCounts(each, changes).value_or(RepoStatus());
+        found.repositories.append(rowOf(project, each, status, changes));
+        found.repositories.last().isCurrent = isCurrent;
+    }
+    return found;
+}
+
+void GitModel::takeIn(const Found& found) {
+    const bool isOther = found.repository != m_repository;
+    if (isOther) {
+        clearFile();
+    }
+    m_repositories.setRows(found.repositories);
+    m_staged.setRows(found.lists.staged);
+    m_unstaged.setRows(found.lists.unstaged);
+    m_conflicted.setRows(found.lists.conflicted);
+    m_branches.setRows(found.branches);
+    m_stashes.setRows(found.stashes);
+    m_history.setRows(found.history);
+    takeInState(found);
+    m_wanted = found.repository;
+    if (isOther) {
+        m_repository = found.repository;
+        Q_EMIT repositoryChanged();
+    }
+    followSelection();
+}
+
+void GitModel::takeInState(const Found& found) {
+    m_stagedCount = found.lists.stagedCount;
+    m_unstagedCount = found.lists.unstagedCount;
+    m_state = found.state;
+    m_problem = found.problem;
+    m_note = found.note;
+    m_status = found.status;
+    m_operation = found.operation;
+    m_hasMoreHistory = found.hasMoreHistory;
+    m_details = found.details;
+    Q_EMIT statusChanged();
+    Q_EMIT historyChanged();
+    Q_EMIT detailsChanged();
+}
+
+void GitModel::loadMoreHistory() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (!m_hasMoreHistory || m_isLoadingHistory || m_history.rows().isEmpty()) {
+        return;
+    }
+    m_isLoadingHistory = true;
+    // From the same commit on, so that what comes follows what is there.
+    const HistoryQuery query{
+        .limit = historyPage, .skip = m_history.rowCount(), .from = m_history.rows().first().key, .path = {}};
+    const auto work = [reader = m_reader, repository = m_repository, query] {
+        return reader.history(repository, query);
+    };
+    onFinished(
+        runIn(m_overview.pool(), work), this,
+        [this, at = m_generation, query](const GitOutcome<QList<HistoryEntry>>& page) {
+            m_isLoadingHistory = false;
+            const auto& rows = m_history.rows();
+            const bool isStale = at != m_generation || rows.size() != query.skip || rows.first().key != query.from;
+            if (isStale || !page) {
+                return;
+            }
+            m_history.setRows(rows + commitRows(*page));
+            m_hasMoreHistory = page->size() == historyPage;
+            Q_EMIT historyChanged();
+        });
+}
+
+} // namespace orv

@@ -1,0 +1,282 @@
+#include "OrvUI/GitOverview.h"
+
+#include "OrvUI/Pool_p.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+/// Commands of users and of open screens at once, over all projects.
+constexpr int mostCommands = 4;
+constexpr auto youngTime = std::chrono::seconds(5);
+
+} // namespace
+
+/// What is read of one project, and who waits for it.
+struct GitProject {
+    QString id;
+    QString root;
+    QStringList repositories = {};
+    std::optional<Completion> reading = {}; ///< the one that runs
+    std::optional<Completion> next = {};    ///< asked for while another one ran
+    bool isKnown = false;
+    bool isGone = false;
+};
+
+GitOverview::GitOverview(QObject* parent) : QObject(parent) {
+    m_service.runner.cancellation.emplace();
+    m_pool.setObjectName(u"git"_s);
+    m_pool.setMaxThreadCount(mostCommands);
+    connect(&m_watch, &RepositoryWatch::changed, this, [this](const QString& repository) {
+        for (const auto& project : std::as_const(m_projects)) {
+            if (project->repositories.contains(repository)) {
+                refresh(project->id);
+            }
+        }
+        Q_EMIT repositoryChanged(repository);
+    });
+}
+
+GitOverview::~GitOverview() {
+    m_service.runner.cancellation->cancel();
+    for (const GitCancellation& action : std::as_const(m_actions)) {
+        action.cancel();
+    }
+    m_pool.waitForDone();
+}
+
+std::optional<GitBadge> GitOverview::badge(const QString& projectID) const {
+    const auto found = m_badges.constFind(projectID);
+    return found == m_badges.cend() ? std::nullopt : std::optional(*found);
+}
+
+bool GitOverview::isKnown(const QString& projectID) const {
+    const auto found = m_projects.constFind(projectID);
+    return found != m_projects.cend() && (*found)->isKnown;
+}
+
+void GitOverview::setProjects(const QList<Project>& projects) {
+    ORV_ASSERT_MAIN_THREAD();
+    QHash<QString, std::shared_ptr<GitProject>> wanted;
+    for (const Project& project : projects) {
+        std::shared_ptr<GitProject> known = m_projects.take(project.id);
+        if (!known || known->root != project.root) {
+            known = std::make_shared<GitProject>(GitProject{.id = project.id, .root = project.root});
+        }
+        wanted.insert(project.id, std::move(known));
+    }
+    const auto gone = std::exchange(m_projects, std::move(wanted));
+    for (const auto& project : gone) {
+        project->isGone = true;
+        finish(project);
+    }
+    const auto isGone = [this](QHash<QString, GitBadge>::iterator badge) { return !m_projects.contains(badge.key()); };
+    if (m_badges.removeIf(isGone) > 0) {
+        Q_EMIT badgesChanged();
+    }
+    watchSoon();
+}
+
+void GitOverview::refreshIfOld() {
+    if (m_young.hasExpired()) {
+        refresh();
+    }
+}
+
+QFuture<void> GitOverview::refresh() {
+    ORV_ASSERT_MAIN_THREAD();
+    m_young.setRemainingTime(youngTime);
+    QList<QFuture<void>> readings;
+    const QStringList ids = m_projects.keys();
+    for (const QString& id : ids) {
+        readings.append(refresh(id));
+    }
+    readings.append(refreshIdentity());
+    return whenAll(readings, this);
+}
+
+QFuture<void> GitOverview::refresh(const QString& projectID) {
+    ORV_ASSERT_MAIN_THREAD();
+    const std::shared_ptr<GitProject> project = m_projects.value(projectID);
+    if (!project) {
+        return finishedFuture();
+    }
+    if (project->reading) {
+        if (!project->next) {
+            project->next.emplace();
+        }
+        return project->next->future();
+    }
+    project->reading.emplace();
+    const QFuture<void> end = project->reading->future();
+    find(project);
+    return end;
+}
+
+void GitOverview::find(const std::shared_ptr<GitProject>& project) {
+    onFinished(m_reader.repositories(project->root), this, [this, project](const QStringList& repositories) {
+        if (project->isGone) {
+            return;
+        }
+        if (std::exchange(project->repositories, repositories) != repositories) {
+            watchSoon();
+        }
+        read(project);
+    });
+}
+
+void GitOverview::read(const std::shared_ptr<GitProject>& project) {
+    onFinished(m_reader.readRepositories(project->repositories), this, [this, project](const GitBadge& badge) {
+        if (!project->isGone) {
+            take(project, badge);
+            finish(project);
+        }
+    });
+}
+
+void GitOverview::take(const std::shared_ptr<GitProject>& project, const GitBadge& badge) {
+    const std::optional<GitBadge> now = badge.repoCount > 0 ? std::optional(badge) : std::nullopt;
+    const bool wasKnown = std::exchange(project->isKnown, true);
+    if (wasKnown && this->badge(project->id) == now) {
+        return;
+    }
+    if (now) {
+        m_badges.insert(project->id, *now);
+    } else {
+        m_badges.remove(project->id);
+    }
+    Q_EMIT badgesChanged();
+}
+
+/// The reading is over; the next one begins where one is wanted.
+void GitOverview::finish(const std::shared_ptr<GitProject>& project) {
+    const auto ended = std::exchange(project->reading, std::exchange(project->next, {}));
+    if (project->reading && project->isGone) {
+        project->reading->finish();
+    } else if (project->reading) {
+        find(project);
+    }
+    if (ended) {
+        ended->finish();
+    }
+}
+
+void GitOverview::watchSoon() {
+    if (!std::exchange(m_isWatchDue, true)) {
+        QMetaObject::invokeMethod(this, &GitOverview::watch, Qt::QueuedConnection);
+    }
+}
+
+void GitOverview::watch() {
+    m_isWatchDue = false;
+    QSet<QString> repositories;
+    for (const auto& project : std::as_const(m_projects)) {
+        repositories.unite(QSet<QString>(project->repositories.begin(), project->repositories.end()));
+    }
+    m_watch.setRepositories(repositories.values());
+}
+
+QFuture<void> GitOverview::refreshIdentity() {
+    ORV_ASSERT_MAIN_THREAD();
+    const Completion completion;
+    GitService background = m_service;
+    background.runner.purpose = GitPurpose::background;
+    const auto look = [background] {
+        const auto name = background.effectiveConfigValue(u"user.name"_s);
+        const auto email = background.effectiveConfigValue(u"user.email"_s);
+        return name && !name->trimmed().isEmpty() && email && !email->trimmed().isEmpty();
+    };
+    onFinished(runIn(m_pool, look), this, [this, completion](bool isSet) {
+        if (std::exchange(m_isIdentitySet, isSet) != isSet) {
+            Q_EMIT identityChanged();
+        }
+        completion.finish();
+    });
+    return completion.future();
+}
+
+GitService GitOverview::begin(const QString& projectID) {
+    GitService service = m_service;
+    service.runner.cancellation.emplace();
+    m_busy.insert(projectID);
+    m_actions.insert(projectID, *service.runner.cancellation);
+    Q_EMIT busyChanged();
+    return service;
+}
+
+void GitOverview::end(const QString& projectID) {
+    m_busy.remove(projectID);
+    m_actions.remove(projectID);
+    Q_EMIT busyChanged();
+}
+
+void GitOverview::cancelAction(const QString& projectID) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (const auto action = m_actions.constFind(projectID); action != m_actions.cend()) {
+        action->cancel();
+    }
+}
+
+std::optional<QFuture<GitOverview::Outcome>> GitOverview::act(
+    const QString& projectID, std::function<Outcome(const GitService& service)> work) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_busy.contains(projectID)) {
+        return {};
+    }
+    const auto promise = std::make_shared<QPromise<Outcome>>();
+    promise->start();
+    const auto run = [work = std::move(work), service = begin(projectID)] { return work(service); };
+    onFinished(runIn(m_pool, run), this, [this, projectID, promise](const Outcome& outcome) {
+        end(projectID);
+        refresh(projectID);
+        promise->addResult(outcome);
+        promise->finish();
+    });
+    return promise->future();
+}
+
+QFuture<QuickGitReport> GitOverview::quickGit(
+    QuickGitAction action, const Project& project, PullStrategy strategy, const std::function<void()>& started) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_busy.contains(project.id)) {
+        return QtFuture::makeReadyFuture(QuickGit::busy(project.name));
+    }
+    // The project is busy while its repositories are looked for, so that nobody comes between.
+    const GitService actor = begin(project.id);
+    const auto promise = std::make_shared<QPromise<QuickGitReport>>();
+    promise->start();
+    const auto finish = [this, id = project.id, promise](const QuickGitReport& report) {
+        end(id);
+        promise->addResult(report);
+        promise->finish();
+    };
+    const auto found = [this, action, project, strategy, started, finish, actor](const QStringList& repositories) {
+        if (repositories.isEmpty()) {
+            finish(QuickGit::noRepository(project.name));
+            return;
+        }
+        started();
+        const auto run = [repositories, action, strategy, name = project.name, service = actor]() {
+            for (const QString& repository : repositories) {
+                const Outcome done = action == QuickGitAction::fetch  ? service.fetch(repository)
+                                     : action == QuickGitAction::pull ? service.pull(repository, strategy)
+                                                                      : service.push(repository);
+                if (!done) {
+                    return QuickGitReport{false, done.error().text()};
+                }
+            }
+            return QuickGit::done(action, name, repositories.size());
+        };
+        onFinished(runIn(m_pool, run), this, [this, id = project.id, finish](const QuickGitReport& report) {
+            refresh(id);
+            finish(report);
+        });
+    };
+    onFinished(runIn(m_pool, [root = project.root] { return GitService::findRepos(root); }), this, found);
+    return promise->future();
+}
+
+} // namespace orv

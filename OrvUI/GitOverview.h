@@ -1,0 +1,102 @@
+#pragma once
+
+#include "OrvCore/Async.h"
+#include "OrvCore/Models.h"
+#include "OrvGit/GitBadges.h"
+#include "OrvGit/GitService.h"
+#include "OrvGit/RepositoryWatch.h"
+#include "OrvUI/QuickActions.h"
+
+#include <QDeadlineTimer>
+#include <QHash>
+#include <QObject>
+#include <QSet>
+#include <QThreadPool>
+
+#include <memory>
+
+namespace orv {
+
+struct GitProject;
+
+/// Git, as all projects share it: their badges, kept true by a watch on their repositories; which of them has an action
+/// under way; the pool in which git is run. Lives on the main thread, where nothing of it ever waits for git.
+class GitOverview : public QObject {
+    Q_OBJECT
+public:
+    explicit GitOverview(QObject* parent = nullptr);
+    /// Ends every git that runs.
+    ~GitOverview() override;
+
+    /// Badges of projects that stay are kept until they are read again.
+    void setProjects(const QList<Project>& projects);
+    /// By the project's id. Absent where there is no repository, and until it was looked at.
+    [[nodiscard]] const QHash<QString, GitBadge>& badges() const { return m_badges; }
+    [[nodiscard]] std::optional<GitBadge> badge(const QString& projectID) const;
+    /// Whether it has been looked for repositories of the project.
+    [[nodiscard]] bool isKnown(const QString& projectID) const;
+    /// The ids of the projects with an action under way.
+    [[nodiscard]] const QSet<QString>& busy() const { return m_busy; }
+    /// Whether a name and an e-mail are configured for commits everywhere; true until that is known.
+    [[nodiscard]] bool isIdentitySet() const { return m_isIdentitySet; }
+
+    /// Looks for the repositories of every project and reads them. What is being read already is read once more, after
+    /// what runs.
+    QFuture<void> refresh();
+    /// As `refresh`, unless that was done a moment ago: for whoever looks again, since no watch tells of a file that is
+    /// edited.
+    void refreshIfOld();
+    /// Of one project.
+    QFuture<void> refresh(const QString& projectID);
+    QFuture<void> refreshIdentity();
+
+    /// The service for what the user asks for; ends with this object.
+    [[nodiscard]] const GitService& service() const { return m_service; }
+    [[nodiscard]] QThreadPool& pool() { return m_pool; }
+
+    using Outcome = GitOutcome<void>;
+    /// Runs `work` in the pool as the one action of the project, whose badge is read afterwards. Nothing when another
+    /// one is under way. It goes on when whoever asked for it is gone.
+    [[nodiscard]] std::optional<QFuture<Outcome>> act(
+        const QString& projectID, std::function<Outcome(const GitService& service)> work);
+    /// Ends the action that is under way in the project, whoever asked for it.
+    void cancelAction(const QString& projectID);
+
+    /// Fetches, pulls or pushes every repository of the project, one after the other; the first failure ends it.
+    /// `started` is called when there is something to do.
+    QFuture<QuickGitReport> quickGit(
+        QuickGitAction action, const Project& project, PullStrategy strategy, const std::function<void()>& started);
+
+Q_SIGNALS:
+    void badgesChanged();
+    void busyChanged();
+    void identityChanged();
+    /// HEAD, the index, a ref or what is in progress changed, whoever did it.
+    void repositoryChanged(const QString& repository);
+
+private:
+    void find(const std::shared_ptr<GitProject>& project);
+    void read(const std::shared_ptr<GitProject>& project);
+    void take(const std::shared_ptr<GitProject>& project, const GitBadge& badge);
+    void finish(const std::shared_ptr<GitProject>& project);
+    void watchSoon();
+    void watch();
+    /// Marks the project as busy. Gives the service for its action.
+    [[nodiscard]] GitService begin(const QString& projectID);
+    void end(const QString& projectID);
+
+    GitService m_service;
+    QHash<QString, std::shared_ptr<GitProject>> m_projects; ///< by id
+    QHash<QString, GitBadge> m_badges;
+    QSet<QString> m_busy;
+    QHash<QString, GitCancellation> m_actions; ///< by the project's id
+    bool m_isIdentitySet = true;
+    bool m_isWatchDue = false;
+    QDeadlineTimer m_young; ///< until what was read last counts as old
+    RepositoryWatch m_watch;
+    // Last, so that what runs in them ends before what it uses goes.
+    GitBadges m_reader;
+    QThreadPool m_pool;
+};
+
+} // namespace orv

@@ -1,0 +1,200 @@
+#include "OrvUI/GitRows.h"
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+template <auto member, typename Row>
+constexpr RowRole<Row> role(const char* name) {
+    return {name, [](const Row& row) { return QVariant::fromValue(row.*member); }};
+}
+
+struct Letter {
+    char letter;
+    QLatin1StringView word;
+};
+constexpr std::array letters{Letter{'M', "modified"_L1}, Letter{'A', "added"_L1},    Letter{'D', "deleted"_L1},
+                             Letter{'R', "renamed"_L1},  Letter{'C', "copied"_L1},   Letter{'T', "retyped"_L1},
+                             Letter{'U', "conflict"_L1}, Letter{'?', "untracked"_L1}};
+
+ChangeRow changeRow(const FileChange& change, char letter) {
+    const bool isFolder = change.path.endsWith(u'/');
+    const QString path = isFolder ? change.path.chopped(1) : change.path;
+    const qsizetype slash = path.lastIndexOf(u'/');
+    const auto known = std::ranges::find(letters, letter, &Letter::letter);
+    return {
+        .key = change.path,
+        .name = shownPath(path.sliced(slash + 1)),
+        .folder = shownPath(path.first(std::max(slash, qsizetype{0}))),
+        .originalName = shownPath(change.originalPath),
+        .letter = QString(QChar::fromLatin1(letter)),
+        .word = known != letters.end() ? QString(known->word) : QString(),
+        .change = change,
+        .isFolder = isFolder,
+    };
+}
+
+/// "refs/heads/main" is "main", "refs/tags/v1" "v1".
+QString shortRef(const QString& ref) {
+    for (const QLatin1StringView prefix : {"refs/heads/"_L1, "refs/remotes/"_L1, "refs/tags/"_L1}) {
+        if (ref.startsWith(prefix)) {
+            return ref.sliced(prefix.size());
+        }
+    }
+    return ref;
+}
+
+} // namespace
+
+QString shownPath(const QString& path) {
+    QString shown = path;
+    for (qsizetype i = 0; i < shown.size(); ++i) {
+        QChar& letter = shown[i];
+        if (letter == u'\n') {
+            letter = u'\u23ce';
+        } else if (letter < u' ' || letter == u'\x7f') {
+            letter = QChar::ReplacementCharacter;
+        } else if (letter.isHighSurrogate() && i + 1 < shown.size() && shown[i + 1].isLowSurrogate()) {
+            ++i;
+        } else if (letter.isSurrogate()) {
+            letter = QChar::ReplacementCharacter;
+        }
+    }
+    return shown;
+}
+
+ChangeLists ChangeLists::of(const QList<FileChange>& changes) {
+    ChangeLists lists;
+    for (const FileChange& change : changes) {
+        if (change.isConflicted()) {
+            lists.conflicted.append(changeRow(change, 'U'));
+            continue;
+        }
+        if (change.isStaged() && ++lists.stagedCount <= mostRows) {
+            lists.staged.append(changeRow(change, change.index));
+        }
+        const bool isUnstaged = change.isUntracked() || (change.worktree != '.' && change.worktree != ' ');
+        if (isUnstaged && ++lists.unstagedCount <= mostRows) {
+            lists.unstaged.append(changeRow(change, change.worktree));
+        }
+    }
+    return lists;
+}
+
+QList<BranchRow> branchRows(const QList<BranchInfo>& branches) {
+    QList<BranchRow> rows;
+    for (const BranchInfo& branch : branches) {
+        rows.append({
+            .key = (branch.isRemote ? u"refs/remotes/"_s : u"refs/heads/"_s) + branch.name,
+            .name = branch.name,
+            .upstream = branch.upstream,
+            .subject = branch.subject,
+            .date = branch.date,
+            .ahead = branch.ahead,
+            .behind = branch.behind,
+            .isUpstreamGone = branch.isUpstreamGone,
+            .isRemote = branch.isRemote,
+            .isCurrent = branch.isCurrent,
+            .worktree = branch.isCurrent ? QString() : branch.worktree,
+        });
+    }
+    // The one that is checked out first, then the local ones, each by when it was last worked on.
+    std::ranges::stable_sort(rows, std::ranges::greater(), [](const BranchRow& row) {
+        return std::tuple(row.isCurrent, !row.isRemote, row.date);
+    });
+    return rows;
+}
+
+QList<CommitRow> commitRows(const QList<HistoryEntry>& history) {
+    constexpr qsizetype shortLength = 7;
+    QList<CommitRow> rows;
+    for (const HistoryEntry& entry : history) {
+        QStringList refs;
+        for (const QString& ref : entry.refs) {
+            // "HEAD" and "refs/remotes/origin/HEAD" say nothing that the branches beside them do not.
+            if (ref != "HEAD"_L1 && !ref.endsWith("/HEAD"_L1)) {
+                refs.append(shortRef(ref));
+            }
+        }
+        rows.append({
+            .key = entry.commit.id,
+            .shortID = entry.commit.id.first(std::min(shortLength, entry.commit.id.size())),
+            .subject = entry.commit.subject,
+            .author = entry.commit.author,
+            .email = entry.email,
+            .date = entry.commit.date,
+            .refs = refs,
+            .isMerge = entry.parents.size() > 1,
+        });
+    }
+    return rows;
+}
+
+QList<StashRow> stashRows(const QList<StashEntry>& stashes) {
+    QList<StashRow> rows;
+    for (const StashEntry& stash : stashes) {
+        rows.append({stash.id, stash.message, stash.date, stash.index});
+    }
+    return rows;
+}
+
+const std::vector<RowRole<RepositoryRow>>& RepositoryRow::roles() {
+    static const std::vector<RowRole<RepositoryRow>> table{
+        role<&RepositoryRow::key, RepositoryRow>("path"),
+        role<&RepositoryRow::name, RepositoryRow>("name"),
+        role<&RepositoryRow::branch, RepositoryRow>("branch"),
+        role<&RepositoryRow::changes, RepositoryRow>("changes"),
+        role<&RepositoryRow::ahead, RepositoryRow>("ahead"),
+        role<&RepositoryRow::behind, RepositoryRow>("behind"),
+        role<&RepositoryRow::isCurrent, RepositoryRow>("current"),
+    };
+    return table;
+}
+
+const std::vector<RowRole<ChangeRow>>& ChangeRow::roles() {
+    static const std::vector<RowRole<ChangeRow>> table{
+        role<&ChangeRow::key, ChangeRow>("path"),          role<&ChangeRow::name, ChangeRow>("name"),
+        role<&ChangeRow::folder, ChangeRow>("folder"),     role<&ChangeRow::originalName, ChangeRow>("originalName"),
+        role<&ChangeRow::letter, ChangeRow>("letter"),     role<&ChangeRow::word, ChangeRow>("word"),
+        role<&ChangeRow::isFolder, ChangeRow>("isFolder"),
+    };
+    return table;
+}
+
+const std::vector<RowRole<BranchRow>>& BranchRow::roles() {
+    static const std::vector<RowRole<BranchRow>> table{
+        role<&BranchRow::key, BranchRow>("ref"),           role<&BranchRow::name, BranchRow>("name"),
+        role<&BranchRow::upstream, BranchRow>("upstream"), role<&BranchRow::subject, BranchRow>("subject"),
+        role<&BranchRow::date, BranchRow>("date"),         role<&BranchRow::ahead, BranchRow>("ahead"),
+        role<&BranchRow::behind, BranchRow>("behind"),     role<&BranchRow::isUpstreamGone, BranchRow>("upstreamGone"),
+        role<&BranchRow::isRemote, BranchRow>("remote"),   role<&BranchRow::isCurrent, BranchRow>("current"),
+        role<&BranchRow::worktree, BranchRow>("worktree"),
+    };
+    return table;
+}
+
+const std::vector<RowRole<CommitRow>>& CommitRow::roles() {
+    static const std::vector<RowRole<CommitRow>> table{
+        role<&CommitRow::key, CommitRow>("commit"),      role<&CommitRow::shortID, CommitRow>("shortID"),
+        role<&CommitRow::subject, CommitRow>("subject"), role<&CommitRow::author, CommitRow>("author"),
+        role<&CommitRow::email, CommitRow>("email"),     role<&CommitRow::date, CommitRow>("date"),
+        role<&CommitRow::refs, CommitRow>("refs"),       role<&CommitRow::isMerge, CommitRow>("merge"),
+    };
+    return table;
+}
+
+const std::vector<RowRole<StashRow>>& StashRow::roles() {
+    static const std::vector<RowRole<StashRow>> table{
+        role<&StashRow::key, StashRow>("stash"),
+        role<&StashRow::message, StashRow>("message"),
+        role<&StashRow::date, StashRow>("date"),
+        role<&StashRow::index, StashRow>("stashIndex"),
+    };
+    return table;
+}
+
+} // namespace orv

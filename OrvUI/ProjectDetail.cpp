@@ -1,0 +1,256 @@
+#include "OrvUI/ProjectDetail.h"
+
+#include "OrvCore/CommandBuilder.h"
+#include "OrvCore/Paths.h"
+#include "OrvUI/AppModel.h"
+#include "OrvUI/HomeModels.h"
+#include "OrvUI/Tile.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString iconOf(ServiceKind kind) {
+    switch (kind) {
+    case ServiceKind::frontend:
+        return u"app-window"_s;
+    case ServiceKind::backend:
+        return u"server"_s;
+    case ServiceKind::flutter:
+        return u"smartphone"_s;
+    case ServiceKind::docker:
+        return u"container"_s;
+    case ServiceKind::app:
+        break;
+    }
+    return u"square-terminal"_s;
+}
+
+/// What runs in the target's folder, without the way there.
+QString bodyOf(const ServiceTarget& target) {
+    const QString way = u"cd "_s + CommandBuilder::quote(target.directory) + u" && "_s;
+    return target.command.startsWith(way) ? target.command.sliced(way.size()) : target.command;
+}
+
+/// The state of several services as one: up when all are, under way when none is idle.
+QString together(const QStringList& states) {
+    const auto isOneOf = [](const QStringList& wanted) {
+        return [wanted](const QString& state) { return wanted.contains(state); };
+    };
+    if (std::ranges::all_of(states, isOneOf({u"running"_s}))) {
+        return u"running"_s;
+    }
+    return std::ranges::all_of(states, isOneOf({u"running"_s, u"starting"_s})) ? u"starting"_s : u"idle"_s;
+}
+
+} // namespace
+
+const std::vector<RowRole<DetailServiceRow>>& DetailServiceRow::roles() {
+    static const std::vector<RowRole<DetailServiceRow>> table{
+        {"key", [](const DetailServiceRow& row) { return QVariant(row.key); }},
+        {"icon", [](const DetailServiceRow& row) { return QVariant(row.icon); }},
+        {"label", [](const DetailServiceRow& row) { return QVariant(row.label); }},
+        {"framework", [](const DetailServiceRow& row) { return QVariant(row.framework); }},
+        {"folder", [](const DetailServiceRow& row) { return QVariant(row.folder); }},
+        {"command", [](const DetailServiceRow& row) { return QVariant(row.command); }},
+        {"serviceState", [](const DetailServiceRow& row) { return QVariant(row.state); }},
+        {"message", [](const DetailServiceRow& row) { return QVariant(row.message); }},
+        {"address", [](const DetailServiceRow& row) { return QVariant(row.address); }},
+        {"portListening", [](const DetailServiceRow& row) { return QVariant(row.isPortListening); }},
+    };
+    return table;
+}
+
+AppModel* ProjectDetail::model() const {
+    return m_model;
+}
+
+void ProjectDetail::setModel(AppModel* model) {
+    if (model == m_model) {
+        return;
+    }
+    m_model = model;
+    for (const auto signal :
+         {&AppModel::projectsChanged, &AppModel::pinsChanged, &AppModel::servicesChanged, &AppModel::setupChanged,
+          &AppModel::tasksChanged}) {
+        connect(model, signal, this, &ProjectDetail::updateSoon);
+    }
+    connect(model, &AppModel::addressChanged, this, &ProjectDetail::updateSoon);
+    Q_EMIT modelChanged();
+    update();
+}
+
+void ProjectDetail::setProjectID(const QString& id) {
+    if (id != m_id) {
+        m_id = id;
+        update();
+    }
+}
+
+QString ProjectDetail::pathText() const {
+    return Paths::shortened(m_id);
+}
+
+QUrl ProjectDetail::folderUrl() const {
+    return QUrl::fromLocalFile(m_id);
+}
+
+int ProjectDetail::tileIndex() const {
+    return Tile::index(m_name);
+}
+
+QString ProjectDetail::tileLetter() const {
+    return Tile::letter(m_name);
+}
+
+void ProjectDetail::updateSoon() {
+    if (!std::exchange(m_isUpdateDue, true)) {
+        QMetaObject::invokeMethod(this, &ProjectDetail::update, Qt::QueuedConnection);
+    }
+}
+
+QString ProjectDetail::state(const ServiceID& id) const {
+    const ProcessManager& processes = m_model->processes();
+    const ServiceState state = processes.state(id);
+    if (state.isActive() && processes.isStopping(id)) {
+        return u"stopping"_s;
+    }
+    switch (state.phase) {
+    case ServiceState::Phase::running:
+        return u"running"_s;
+    case ServiceState::Phase::failed:
+        return u"failed"_s;
+    case ServiceState::Phase::starting:
+        return u"starting"_s;
+    case ServiceState::Phase::stopped:
+        break;
+    }
+    return u"idle"_s;
+}
+
+DetailServiceRow ProjectDetail::row(const ServiceTarget& target, const ServiceID& id) const {
+    const ServiceState state = m_model->processes().state(id);
+    const std::optional<int> port = state.isActive() ? m_model->addressPort(id) : std::nullopt;
+    const QString folder = QDir(m_id).relativeFilePath(target.directory);
+    return {
+        .key = HomeModels::key(id),
+        .icon = iconOf(target.kind),
+        .label = title(target.kind),
+        .framework = target.framework.value_or(QString()),
+        .folder = folder.isEmpty() ? u"."_s : folder,
+        .command = bodyOf(target),
+        .state = this->state(id),
+        .message = state.message,
+        .address = port ? u"localhost:%1"_s.arg(*port) : QString(),
+        .isPortListening = m_model->isAddressListening(id),
+    };
+}
+
+void ProjectDetail::update() {
+    m_isUpdateDue = false;
+    const Project* project = m_model && !m_id.isEmpty() ? m_model->project(m_id) : nullptr;
+    m_found = project != nullptr;
+    if (!m_found) {
+        m_services.setRows({});
+        Q_EMIT changed();
+        return;
+    }
+    m_name = project->name;
+    m_pinned = m_model->isPinned(*project);
+    const QList<ProjectTask> tasks = m_model->tasks(*project);
+    m_openTaskCount =
+        static_cast<int>(std::ranges::count_if(tasks, [](const ProjectTask& task) { return !task.isDone(); }));
+
+    m_frameworks.clear();
+    m_runningCount = 0;
+    QList<DetailServiceRow> rows;
+    QHash<ServiceKind, QStringList> states;
+    for (const ServiceTarget& target : project->targets) {
+        const DetailServiceRow service = row(target, ProcessManager::id(target, m_id));
+        const QString framework = service.framework.isEmpty() ? service.label : service.framework;
+        if (!m_frameworks.contains(framework)) {
+            m_frameworks.append(framework);
+        }
+        m_runningCount += service.state == u"running" ? 1 : 0;
+        states[target.kind].append(service.state);
+        rows.append(service);
+    }
+    // What was started and has since been taken out of the project still runs, or has something to say.
+    for (const ServiceID& id : m_model->services(*project)) {
+        const QString key = HomeModels::key(id);
+        const bool isTarget = std::ranges::find(rows, key, &DetailServiceRow::key) != rows.end();
+        if (!isTarget && !AppModel::isInstall(id) && m_model->processes().state(id).isActive()) {
+            rows.append(row({id.kind, id.directory, {}, {}, {}}, id));
+        }
+    }
+    m_services.setRows(rows);
+    m_busy = m_model->isInstalling(m_id) || std::ranges::any_of(rows, [](const DetailServiceRow& service) {
+                 return service.state == u"running" || service.state == u"starting" || service.state == u"stopping";
+             });
+
+    m_actions.clear();
+    for (const RunAction action : AppModel::availableActions(*project)) {
+        QStringList parts;
+        for (const ServiceKind kind : kinds(action)) {
+            parts += states[kind];
+        }
+        m_actions.append(QVariantMap{{u"label"_s, rawValue(action)}, {u"state"_s, together(parts)}});
+    }
+    m_startable.clear();
+    for (const RunAction action : m_model->startableActions(*project)) {
+        m_startable.append(rawValue(action));
+    }
+    const std::optional<RunAction> preferred = AppModel::defaultAction(*project);
+    m_defaultAction = preferred ? rawValue(*preferred) : QString();
+    Q_EMIT changed();
+}
+
+std::optional<ServiceID> ProjectDetail::service(const QString& key) const {
+    const Project* project = m_model->project(m_id);
+    if (project == nullptr) {
+        return {};
+    }
+    QList<ServiceID> ids = m_model->services(*project);
+    for (const ServiceTarget& target : project->targets) {
+        ids.append(ProcessManager::id(target, m_id));
+    }
+    const auto found = std::ranges::find(ids, key, &HomeModels::key);
+    return found == ids.end() ? std::nullopt : std::optional(*found);
+}
+
+void ProjectDetail::startService(const QString& key) {
+    restartService(key);
+}
+
+void ProjectDetail::stopService(const QString& key) {
+    if (const auto id = service(key)) {
+        m_model->stopService(*id);
+    }
+}
+
+void ProjectDetail::restartService(const QString& key) {
+    if (const auto id = service(key)) {
+        m_model->restart(*m_model->project(m_id), {*id});
+    }
+}
+
+void ProjectDetail::stopAction(const QString& label) {
+    const Project* project = m_model->project(m_id);
+    const std::optional<RunAction> action = runAction(label);
+    if (project == nullptr || !action) {
+        return;
+    }
+    for (const ServiceID& id : m_model->services(*project)) {
+        if (kinds(*action).contains(id.kind) && m_model->processes().state(id).isActive()) {
+            m_model->stopService(id);
+        }
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,29 @@
+#include "OrvUI/QuitGuard.h"
+
+#include <QStringList>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+QString RunningWork::message() const {
+    QStringList parts;
+    if (services > 0) {
+        parts.append(
+            QString::number(services) + (services == 1 ? u" service"_s : u" services"_s) + u" still running"_s);
+    }
+    if (isProgramInTerminal) {
+        parts.append(u"a program is still running in a terminal"_s);
+    }
+    if (agents > 0) {
+        parts.append(
+            QString::number(agents) + (agents == 1 ? u" AI agent is"_s : u" AI agents are"_s) + u" still working"_s);
+    }
+    QString text = parts.join(u" and "_s);
+    if (!text.isEmpty()) {
+        text[0] = text[0].toUpper();
+    }
+    return text;
+}
+
+} // namespace orv

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace orv {
+
+/// What would end with the application.
+struct RunningWork {
+    int services = 0;
+    bool isProgramInTerminal = false; ///< some terminal runs more than its shell
+    int agents = 0;
+
+    bool operator==(const RunningWork&) const = default;
+    [[nodiscard]] bool isAny() const { return services > 0 || isProgramInTerminal || agents > 0; }
+    /// "1 service still running and 1 AI agent is still working"; empty when there is none.
+    [[nodiscard]] QString message() const;
+};
+
+} // namespace orv

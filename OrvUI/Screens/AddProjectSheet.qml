@@ -1,0 +1,278 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// Makes a project: a new folder, or a clone of a repository with its progress.
+Sheet {
+    id: sheet
+
+    required property AppModel model
+    required property Navigator nav
+    readonly property NewProject making: model.newProject
+    readonly property bool cloning: nav.sheet === "clone"
+    readonly property bool busy: making.isBusy
+    readonly property string folder: model.scanRootFolder
+    // The name follows the address until somebody types one.
+    property bool namedByHand: false
+    readonly property string problem: nameField.text.length === 0 ? "" : making.nameProblem(nameField.text, folder)
+    readonly property bool ready: !busy && nameField.text.trim().length > 0 && problem.length === 0 && (!cloning || address.text.trim().length > 0)
+
+    function go() {
+        if (!sheet.ready) {
+            return;
+        }
+        if (sheet.cloning) {
+            sheet.making.clone(address.text.trim(), nameField.text.trim(), sheet.folder);
+        } else {
+            sheet.making.createFolder(nameField.text.trim(), sheet.folder, repository.checked ? sheet.model.defaultBranch : "");
+        }
+    }
+
+    function leave() {
+        sheet.busy ? sheet.making.cancel() : sheet.nav.closeSheet();
+    }
+
+    width: Math.min(Theme.addSheetWidth, parent.width - Theme.space32)
+    visible: nav.sheet === "addProject" || nav.sheet === "clone"
+    closePolicy: T.Popup.NoAutoClose
+    onAboutToShow: {
+        making.clearError();
+        address.text = "";
+        nameField.text = "";
+        namedByHand = false;
+    }
+    onOpened: (cloning ? address : nameField).forceActiveFocus(Qt.PopupFocusReason)
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.scrim
+
+        TapHandler {
+            enabled: !sheet.busy
+            onTapped: sheet.nav.closeSheet()
+        }
+    }
+
+    contentItem: FocusScope {
+        implicitHeight: column.implicitHeight
+        Accessible.role: Accessible.Dialog
+        Accessible.name: title.text
+
+        Shortcut {
+            sequences: [StandardKey.Cancel]
+            enabled: sheet.visible && !sheet.busy
+            onActivated: sheet.nav.closeSheet()
+        }
+
+        Connections {
+            target: sheet.making
+
+            function onAdded() {
+                sheet.nav.closeSheet();
+            }
+        }
+
+        Column {
+            id: column
+
+            width: parent.width
+
+            Item {
+                width: parent.width
+                height: Theme.alertIcon
+
+                Label {
+                    id: title
+
+                    x: Theme.space24
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.SheetTitle
+                    text: qsTr("Add project")
+                }
+
+                IconButton {
+                    anchors.right: parent.right
+                    anchors.rightMargin: Theme.space16
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: !sheet.busy
+                    glyph: "x"
+                    text: qsTr("Close")
+                    onClicked: sheet.nav.closeSheet()
+                }
+            }
+
+            Column {
+                x: Theme.space24
+                width: parent.width - 2 * x
+                spacing: Theme.space16
+                bottomPadding: Theme.space20
+
+                Segmented {
+                    width: parent.width
+                    stretched: true
+                    enabled: !sheet.busy
+                    name: qsTr("How")
+                    currentIndex: sheet.cloning ? 1 : 0
+                    choices: [
+                        {
+                            "text": qsTr("New folder"),
+                            "glyph": "folder-plus"
+                        },
+                        {
+                            "text": qsTr("Clone repository"),
+                            "glyph": "git-branch"
+                        }
+                    ]
+                    onChosen: index => {
+                        sheet.making.clearError();
+                        sheet.nav.addProject(index === 1);
+                    }
+                }
+
+                FormField {
+                    width: parent.width
+                    visible: sheet.cloning
+                    label: qsTr("Repository address")
+
+                    Field {
+                        id: address
+
+                        width: parent.width
+                        enabled: !sheet.busy
+                        code: true
+                        placeholderText: "https://git.example.com/team/project.git"
+                        onTextEdited: {
+                            if (!sheet.namedByHand) {
+                                nameField.text = sheet.making.nameOf(text.trim());
+                            }
+                        }
+                        onAccepted: sheet.go()
+                    }
+                }
+
+                FormField {
+                    width: parent.width
+                    label: qsTr("Name")
+                    error: sheet.busy ? "" : sheet.problem.length > 0 ? sheet.problem : sheet.making.error
+
+                    Field {
+                        id: nameField
+
+                        width: parent.width
+                        enabled: !sheet.busy
+                        wrong: sheet.problem.length > 0
+                        placeholderText: qsTr("Name of the folder")
+                        onTextEdited: {
+                            sheet.namedByHand = text.length > 0;
+                            sheet.making.clearError();
+                        }
+                        onAccepted: sheet.go()
+                    }
+                }
+
+                FormField {
+                    width: parent.width
+                    label: qsTr("Where")
+
+                    Field {
+                        width: parent.width
+                        enabled: false
+                        glyph: "folder"
+                        placeholderText: qsTr("Folder")
+                        text: sheet.model.scanRootText
+                    }
+                }
+
+                CheckBox {
+                    id: repository
+
+                    visible: !sheet.cloning
+                    enabled: !sheet.busy
+                    checked: true
+                    text: qsTr("Start a git repository on %1").arg(sheet.model.defaultBranch)
+                }
+
+                Rectangle {
+                    width: parent.width
+                    height: progress.height
+                    visible: sheet.busy && sheet.cloning
+                    radius: Theme.radiusControl
+                    color: Theme.sunken
+
+                    Column {
+                        id: progress
+
+                        x: Theme.space16
+                        width: parent.width - 2 * x
+                        topPadding: Theme.space12
+                        bottomPadding: Theme.space16
+                        spacing: Theme.space10
+
+                        Row {
+                            spacing: Theme.space8
+
+                            Spinner {
+                                anchors.verticalCenter: parent.verticalCenter
+                                size: Theme.icon
+                            }
+
+                            Label {
+                                text: sheet.making.fraction >= 0 ? qsTr("Cloning %1… %2 %").arg(nameField.text).arg(Math.round(sheet.making.fraction * 100)) : qsTr("Cloning %1…").arg(nameField.text)
+                            }
+                        }
+
+                        Rectangle {
+                            width: parent.width
+                            height: Theme.progressHeight
+                            radius: height / 2
+                            color: Theme.control
+
+                            Rectangle {
+                                width: parent.width * Math.max(0, sheet.making.fraction)
+                                height: parent.height
+                                radius: height / 2
+                                color: Theme.accent
+                            }
+                        }
+
+                        Label {
+                            width: parent.width
+                            role: Theme.MonoPath
+                            color: Theme.text2
+                            text: sheet.making.progressLine
+                        }
+                    }
+                }
+            }
+
+            Rectangle {
+                width: parent.width
+                height: Theme.hairline
+                color: Theme.border
+            }
+
+            Item {
+                width: parent.width
+                height: Theme.sheetFoot
+
+                Row {
+                    anchors.right: parent.right
+                    anchors.rightMargin: Theme.space24
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: Theme.space8
+
+                    Button {
+                        text: qsTr("Cancel")
+                        onClicked: sheet.leave()
+                    }
+
+                    Button {
+                        primary: true
+                        enabled: sheet.ready
+                        text: sheet.busy ? (sheet.cloning ? qsTr("Cloning…") : qsTr("Creating…")) : sheet.cloning ? qsTr("Clone") : qsTr("Create folder")
+                        onClicked: sheet.go()
+                    }
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,264 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// A task for an agent: the words, and below them the project, the agent and how much it may do.
+FocusScope {
+    id: composer
+
+    required property AppModel model
+    // Given: the project that it is for.
+    property string fixedProjectID
+    property string projectID: fixedProjectID
+    property string projectName
+    property int tileIndex: 0
+    property string tileLetter
+    property int agent: agents.defaultAgent
+    property int autonomy: agents.autonomy
+    readonly property AgentModels agents: model.agentModels
+    readonly property var agentRow: agentList.count > agent ? agentList.objectAt(agent) : null
+    readonly property var autonomyRow: autonomyList.count > autonomy ? autonomyList.objectAt(autonomy) : null
+    readonly property bool ready: words.text.trim().length > 0 && projectID.length > 0
+    readonly property string explanation: autonomyRow ? autonomyRow.explanation : ""
+
+    function start() {
+        if (composer.projectID.length === 0) {
+            projectButton.clicked();
+        } else if (composer.agents.start(composer.agent, words.text, composer.projectID, composer.autonomy)) {
+            words.clear();
+        }
+    }
+
+    function startInTerminal() {
+        if (composer.ready) {
+            composer.agents.startInTerminal(composer.agent, words.text.trim(), composer.projectID);
+            words.clear();
+        }
+    }
+
+    function takeDraft() {
+        if (composer.agents.draftText.length > 0) {
+            words.text = composer.agents.draftText;
+            const row = Rows.find(composer.model.cards, "projectID", composer.agents.draftProjectID);
+            if (composer.fixedProjectID.length === 0 && row >= 0) {
+                projectList.objectAt(row)?.choose();
+            }
+            words.forceActiveFocus(Qt.OtherFocusReason);
+        }
+    }
+
+    implicitHeight: frame.height + note.height + Theme.space6
+    Component.onCompleted: takeDraft()
+
+    Connections {
+        target: composer.agents
+
+        function onDraftChanged() {
+            composer.takeDraft();
+        }
+    }
+
+    Rectangle {
+        id: frame
+
+        width: parent.width
+        height: Math.max(Theme.composerBox, view.contentHeight + Theme.composerHeight + 2 * Theme.space12)
+        radius: Theme.radiusCard
+        color: Theme.field
+        border.width: Theme.hairline
+        border.color: words.activeFocus ? Theme.focus : Theme.borderStrong
+
+        Flickable {
+            id: view
+
+            x: Theme.space16
+            y: Theme.space12
+            width: parent.width - 2 * x
+            height: Math.min(contentHeight, 8 * Theme.space20)
+            contentHeight: words.implicitHeight
+            clip: true
+
+            T.TextArea.flickable: T.TextArea {
+                id: words
+
+                focus: true
+                padding: 0
+                wrapMode: TextEdit.Wrap
+                font: Theme.font(Theme.Body)
+                color: Theme.text
+                selectionColor: Theme.textSelection
+                selectedTextColor: Theme.text
+                selectByMouse: true
+                Accessible.role: Accessible.EditableText
+                Accessible.name: qsTr("Task for the agent")
+                KeyNavigation.priority: KeyNavigation.BeforeItem
+                Keys.onTabPressed: projectButton.visible ? projectButton.forceActiveFocus(Qt.TabFocusReason) : agentButton.forceActiveFocus(Qt.TabFocusReason)
+                Keys.onReturnPressed: event => {
+                    event.accepted = (event.modifiers & Qt.ControlModifier) !== 0;
+                    if (event.accepted) {
+                        event.modifiers & Qt.ShiftModifier ? composer.startInTerminal() : composer.start();
+                    }
+                }
+
+                Label {
+                    visible: words.text.length === 0 && words.preeditText.length === 0
+                    color: Theme.text3
+                    text: qsTr("Describe a task for an agent")
+                }
+            }
+        }
+
+        Row {
+            x: Theme.space8
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: Theme.space8
+            spacing: Theme.space8
+
+            MenuButton {
+                id: projectButton
+
+                visible: composer.fixedProjectID.length === 0
+                name: qsTr("Project")
+                text: composer.projectName.length > 0 ? composer.projectName : qsTr("Choose a project")
+                onClicked: projectMenu.popup(projectButton, 0, height + Theme.space4)
+                badge: composer.projectName.length > 0 ? projectTile : null
+
+                Component {
+                    id: projectTile
+
+                    Tile {
+                        size: Theme.tileMini
+                        tileIndex: composer.tileIndex
+                        tileLetter: composer.tileLetter
+                    }
+                }
+            }
+
+            MenuButton {
+                id: agentButton
+
+                name: qsTr("Agent")
+                text: composer.agentRow ? composer.agentRow.text : ""
+                onClicked: agentMenu.popup(agentButton, 0, height + Theme.space4)
+            }
+
+            MenuButton {
+                id: autonomyButton
+
+                name: qsTr("Autonomy")
+                glyph: composer.autonomyRow ? composer.autonomyRow.glyph : ""
+                text: composer.autonomyRow ? composer.autonomyRow.text : ""
+                onClicked: autonomyMenu.popup(autonomyButton, 0, height + Theme.space4)
+            }
+        }
+
+        Row {
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space8
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: Theme.space8
+            spacing: Theme.space8
+
+            Button {
+                ghost: true
+                controlHeight: Theme.controlSmall
+                enabled: composer.ready
+                glyph: "square-terminal"
+                text: qsTr("Run in terminal")
+                onClicked: composer.startInTerminal()
+            }
+
+            Button {
+                primary: true
+                controlHeight: Theme.controlSmall
+                text: qsTr("Start")
+                onClicked: composer.start()
+            }
+        }
+    }
+
+    Label {
+        id: note
+
+        anchors.top: frame.bottom
+        anchors.topMargin: Theme.space6
+        x: Theme.space4
+        width: parent.width - 2 * x
+        role: Theme.Small
+        color: composer.agents.error.length > 0 ? Theme.danger : Theme.text3
+        text: composer.agents.error.length > 0 ? composer.agents.error : composer.explanation
+    }
+
+    Menu {
+        id: projectMenu
+
+        Instantiator {
+            id: projectList
+
+            model: composer.model.cards
+            onObjectAdded: (index, object) => projectMenu.insertItem(index, object as MenuRow)
+            onObjectRemoved: (index, object) => projectMenu.removeItem(object as MenuRow)
+
+            MenuRow {
+                id: projectRow
+
+                required property string name
+                required property string projectID
+                required property int tileIndex
+                required property string tileLetter
+
+                function choose() {
+                    composer.projectID = projectRow.projectID;
+                    composer.projectName = projectRow.name;
+                    composer.tileIndex = projectRow.tileIndex;
+                    composer.tileLetter = projectRow.tileLetter;
+                }
+
+                text: name
+                onTriggered: choose()
+            }
+        }
+    }
+
+    Menu {
+        id: agentMenu
+
+        Instantiator {
+            id: agentList
+
+            model: composer.agents.agents
+            onObjectAdded: (index, object) => agentMenu.insertItem(index, object as MenuRow)
+            onObjectRemoved: (index, object) => agentMenu.removeItem(object as MenuRow)
+
+            MenuRow {
+                required property int index
+                required property string name
+
+                text: name
+                onTriggered: composer.agent = index
+            }
+        }
+    }
+
+    Menu {
+        id: autonomyMenu
+
+        Instantiator {
+            id: autonomyList
+
+            model: composer.agents.autonomies
+            onObjectAdded: (index, object) => autonomyMenu.insertItem(index, object as MenuRow)
+            onObjectRemoved: (index, object) => autonomyMenu.removeItem(object as MenuRow)
+
+            MenuRow {
+                required property int index
+                required property string title
+                required property string explanation
+                required glyph
+
+                text: title
+                onTriggered: composer.autonomy = index
+            }
+        }
+    }
+}

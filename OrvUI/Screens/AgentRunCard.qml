@@ -1,0 +1,275 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// A run of an agent: its task, what it does or did, and how to go on. A finished one folds to its summary.
+Item {
+    id: card
+
+    required property AgentModels agents
+    required property string key
+    required property string title
+    required property string agentName
+    required property string agentLetters
+    required property string projectName
+    required property string autonomyTitle
+    required property string runState
+    required property string reason
+    required property string answer
+    required property string duration
+    required property string cost
+    required property string tokens
+    required property string changes
+    required property string attention
+    required property bool canContinue
+    required property bool canReview
+    readonly property bool running: runState === "running"
+    property bool open: running
+
+    implicitHeight: column.height
+    Accessible.role: Accessible.Grouping
+    Accessible.name: title
+    Accessible.description: running ? qsTr("%1, working").arg(agentName) : qsTr("%1, %2").arg(agentName).arg(runState)
+    onRunningChanged: open = running
+
+    CardFace {
+        anchors.fill: parent
+    }
+
+    Column {
+        id: column
+
+        x: Theme.space16
+        width: parent.width - 2 * x
+        topPadding: Theme.space16
+        bottomPadding: Theme.space16
+        spacing: Theme.space10
+
+        Item {
+            width: parent.width
+            height: Theme.space20 + Theme.space20
+
+            Loader {
+                id: sign
+
+                y: Theme.space2
+                width: Theme.iconLarge
+                height: Theme.iconLarge
+                sourceComponent: card.running ? working : ended
+
+                Component {
+                    id: working
+
+                    Spinner {
+                        size: Theme.iconLarge
+                    }
+                }
+
+                Component {
+                    id: ended
+
+                    Icon {
+                        size: Theme.iconLarge
+                        name: card.runState === "succeeded" ? "circle-check" : card.runState === "stopped" ? "circle-stop" : "circle-alert"
+                        color: card.runState === "succeeded" ? Theme.success : card.runState === "stopped" ? Theme.text2 : Theme.danger
+                    }
+                }
+            }
+
+            Label {
+                id: heading
+
+                x: Theme.space28 + Theme.space2
+                width: Math.max(0, right.x - x - Theme.space12)
+                role: Theme.CardTitle
+                text: card.title
+            }
+
+            Row {
+                anchors.left: heading.left
+                anchors.top: heading.bottom
+                anchors.topMargin: Theme.space2
+                spacing: Theme.space6
+
+                AgentBadge {
+                    anchors.verticalCenter: parent.verticalCenter
+                    size: Theme.tileMini + Theme.space2
+                    letters: card.agentLetters
+                }
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.Small
+                    color: Theme.text2
+                    text: [card.agentName, card.projectName, card.autonomyTitle, card.duration, card.changes].filter(part => part.length > 0).join(" · ")
+                }
+            }
+
+            Row {
+                id: right
+
+                anchors.right: parent.right
+                spacing: Theme.space12
+
+                Pill {
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: card.cost.length > 0
+                    text: card.cost
+                }
+
+                Button {
+                    visible: card.running
+                    controlHeight: Theme.controlSmall
+                    glyph: "own-stop-fill"
+                    glyphSize: Theme.iconSmall
+                    glyphColor: Theme.text2
+                    text: qsTr("Stop")
+                    onClicked: card.agents.stop(card.key)
+                }
+
+                Button {
+                    visible: card.runState === "failed"
+                    controlHeight: Theme.controlSmall
+                    glyph: "rotate-cw"
+                    text: qsTr("Try again")
+                    onClicked: card.agents.retry(card.key)
+                }
+
+                IconButton {
+                    visible: !card.running
+                    glyph: card.open ? "chevron-up" : "chevron-down"
+                    text: card.open ? qsTr("Show less") : qsTr("Show what it did")
+                    onClicked: card.open = !card.open
+                }
+            }
+        }
+
+        Label {
+            x: heading.x
+            width: parent.width - x
+            visible: card.attention.length > 0
+            role: Theme.Small
+            color: Theme.warning
+            text: card.attention
+        }
+
+        Loader {
+            id: history
+
+            x: heading.x
+            width: parent.width - x
+            active: card.open
+            visible: active
+
+            sourceComponent: Column {
+                spacing: Theme.space6
+
+                Repeater {
+                    model: card.agents.events(card.key)
+
+                    Row {
+                        id: event
+
+                        required property string kind
+                        required property string icon
+                        required property string name
+                        required property string text
+                        required property bool isCurrent
+
+                        width: history.width
+                        spacing: Theme.space8
+
+                        Loader {
+                            y: Theme.space2
+                            width: Theme.icon
+                            height: Theme.icon
+                            sourceComponent: event.isCurrent ? busy : glyph
+
+                            Component {
+                                id: busy
+
+                                Spinner {
+                                    size: Theme.icon
+                                }
+                            }
+
+                            Component {
+                                id: glyph
+
+                                Icon {
+                                    name: event.icon
+                                    color: Theme.text2
+                                }
+                            }
+                        }
+
+                        Label {
+                            id: tool
+
+                            visible: event.name.length > 0
+                            role: Theme.BodyStrong
+                            color: event.isCurrent ? Theme.accentText : Theme.text
+                            text: event.name
+                        }
+
+                        Label {
+                            width: history.width - x
+                            role: event.kind === "tool" ? Theme.MonoPath : Theme.Body
+                            color: Theme.text2
+                            wrapMode: event.kind === "tool" ? Text.NoWrap : Text.Wrap
+                            maximumLineCount: event.kind === "tool" ? 1 : 12
+                            text: event.text
+                        }
+                    }
+                }
+            }
+        }
+
+        Label {
+            x: heading.x
+            width: parent.width - x
+            visible: !card.running && card.answer.length > 0
+            color: Theme.text2
+            wrapMode: Text.Wrap
+            maximumLineCount: card.open ? 40 : 4
+            text: card.answer
+        }
+
+        Label {
+            x: heading.x
+            width: parent.width - x
+            visible: card.runState === "failed" && card.reason.length > 0
+            color: Theme.danger
+            wrapMode: Text.Wrap
+            maximumLineCount: 4
+            text: card.reason
+        }
+
+        Row {
+            x: heading.x
+            width: parent.width - x
+            visible: card.canContinue
+            spacing: Theme.space8
+
+            Field {
+                id: reply
+
+                width: parent.width - go.width - parent.spacing
+                glyph: "corner-down-right"
+                placeholderText: qsTr("Reply to continue")
+                onAccepted: go.clicked()
+            }
+
+            Button {
+                id: go
+
+                enabled: reply.text.trim().length > 0
+                text: qsTr("Continue")
+                onClicked: {
+                    if (card.agents.continueRun(card.key, reply.text)) {
+                        reply.clear();
+                    }
+                }
+            }
+        }
+    }
+}

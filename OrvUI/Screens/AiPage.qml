@@ -1,0 +1,163 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// Hands tasks to agents, follows them, and shows which agents there are.
+FocusScope {
+    id: page
+
+    required property AppModel model
+    required property Navigator nav
+    property bool narrow: false
+    property int padding: Theme.pagePadding
+    readonly property AgentModels agents: model.agentModels
+    readonly property bool scrolled: view.contentY > Theme.hairline
+
+    Component.onCompleted: page.agents.refreshAgents()
+
+    Flickable {
+        id: view
+
+        anchors.fill: parent
+        contentHeight: Math.max(main.height, side.height) + Theme.space40
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+
+        Column {
+            id: main
+
+            x: page.padding
+            width: Math.min(view.width, Theme.contentWidthLimit + 2 * page.padding) - 2 * x - (side.visible ? side.width + Theme.space24 : 0)
+            spacing: Theme.space12
+
+            Item {
+                width: parent.width
+                height: Theme.space40
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.Page
+                    text: qsTr("AI")
+                    Accessible.role: Accessible.Heading
+                    Accessible.name: text
+                }
+
+                Segmented {
+                    anchors.right: parent.right
+                    anchors.verticalCenter: parent.verticalCenter
+                    name: qsTr("Which runs")
+                    currentIndex: page.agents.filterIndex
+                    choices: [
+                        {
+                            "text": qsTr("All")
+                        },
+                        {
+                            "text": qsTr("Running")
+                        },
+                        {
+                            "text": qsTr("Finished")
+                        }
+                    ]
+                    onChosen: index => page.agents.filterIndex = index
+                }
+            }
+
+            AgentComposer {
+                width: parent.width
+                focus: true
+                model: page.model
+            }
+
+            Row {
+                height: Theme.space28
+                spacing: Theme.space10
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.Section
+                    text: qsTr("Runs")
+                    Accessible.role: Accessible.Heading
+                    Accessible.name: text
+                }
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.Small
+                    color: Theme.text3
+                    text: [page.agents.workingText, page.agents.totalsText].filter(part => part.length > 0).join(" · ")
+                }
+            }
+
+            Repeater {
+                id: runs
+
+                model: page.agents.runs
+
+                AgentRunCard {
+                    width: main.width
+                    agents: page.agents
+                }
+            }
+
+            Label {
+                visible: runs.count === 0
+                color: Theme.text3
+                text: qsTr("What agents do for you shows up here.")
+            }
+        }
+
+        Column {
+            id: side
+
+            anchors.left: main.right
+            anchors.leftMargin: Theme.space24
+            y: Theme.space40 + Theme.space4
+            width: Theme.agentListWidth
+            visible: !page.narrow
+            spacing: Theme.space8
+
+            Item {
+                width: parent.width
+                height: Theme.controlRegular
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.Section
+                    text: qsTr("Agents")
+                }
+
+                IconButton {
+                    anchors.right: parent.right
+                    anchors.verticalCenter: parent.verticalCenter
+                    enabled: !page.agents.isLoading
+                    glyph: "refresh-cw"
+                    text: qsTr("Look for agents again")
+                    onClicked: page.agents.refreshAgents()
+                }
+            }
+
+            CardFace {
+                width: parent.width
+                height: list.height
+
+                Column {
+                    id: list
+
+                    width: parent.width
+
+                    Repeater {
+                        model: page.agents.agents
+
+                        AgentListItem {
+                            width: list.width
+                            agents: page.agents
+                            onSetUpAsked: page.nav.settings(2)
+                        }
+                    }
+                }
+            }
+        }
+
+        T.ScrollBar.vertical: ScrollBar {}
+    }
+}

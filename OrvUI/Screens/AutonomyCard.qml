@@ -1,0 +1,68 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// How much an agent may do, to choose.
+T.AbstractButton {
+    id: card
+
+    required property int index
+    required property string title
+    required property string explanation
+    required property string glyph
+    required property bool isDefault
+
+    implicitHeight: Theme.autonomyCardHeight
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    text: title
+    checked: isDefault
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: title
+    Accessible.description: explanation
+    Accessible.checked: isDefault
+    Keys.onReturnPressed: card.clicked()
+    Keys.onEnterPressed: card.clicked()
+
+    background: Rectangle {
+        radius: Theme.radiusCard
+        color: card.hovered ? Theme.surfaceHover : Theme.surface
+        border.width: card.isDefault ? Theme.focusWidth : Theme.hairline
+        border.color: card.isDefault ? Theme.accent : Theme.border
+
+        FocusRing {
+            control: card
+            shapeRadius: Theme.radiusCard
+        }
+    }
+
+    contentItem: Item {
+        Icon {
+            id: sign
+
+            x: Theme.space16
+            y: Theme.space16
+            name: card.glyph
+            color: card.isDefault ? Theme.accentText : Theme.text2
+        }
+
+        Label {
+            anchors.left: sign.right
+            anchors.leftMargin: Theme.space8
+            anchors.verticalCenter: sign.verticalCenter
+            role: Theme.CardTitle
+            text: card.title
+        }
+
+        Label {
+            x: Theme.space16
+            y: Theme.space40
+            width: parent.width - 2 * x
+            role: Theme.Small
+            color: Theme.text2
+            wrapMode: Text.Wrap
+            maximumLineCount: 3
+            text: card.explanation
+        }
+    }
+}

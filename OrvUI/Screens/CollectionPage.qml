@@ -1,0 +1,102 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// The projects in one folder.
+FocusScope {
+    id: page
+
+    required property AppModel model
+    required property Navigator nav
+    property bool narrow: false
+    property int padding: Theme.pagePadding
+    property string searchText
+    readonly property bool scrolled: cards.scrolled
+
+    function focusCards() {
+        cards.focusCards();
+    }
+
+    Collection {
+        id: folder
+
+        model: page.model
+        path: page.nav.page === Navigator.Collection ? page.nav.pageID : path
+        searchText: page.searchText
+    }
+
+    CardGrid {
+        id: cards
+
+        anchors.fill: parent
+        focus: true
+        model: page.model
+        cards: folder.cards
+        padding: page.padding
+        onProjectChosen: projectID => page.nav.project(projectID)
+
+        header: Item {
+            width: cards.contentWidth
+            height: Theme.headerTile + Theme.space12 + Theme.shelfGap + Theme.controlRegular + Theme.space4
+
+            Rectangle {
+                id: tile
+
+                y: Theme.space12
+                width: Theme.headerTile
+                height: width
+                radius: Theme.tileRadius(width)
+                color: Theme.accentSoft
+
+                Icon {
+                    anchors.centerIn: parent
+                    name: "folder"
+                    size: Theme.space24
+                    color: Theme.accentText
+                }
+            }
+
+            Label {
+                id: name
+
+                anchors.left: tile.right
+                anchors.leftMargin: Theme.space16
+                anchors.right: parent.right
+                y: tile.y + Theme.space2
+                role: Theme.Title
+                text: folder.name
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+            }
+
+            Label {
+                anchors.left: name.left
+                anchors.right: parent.right
+                anchors.top: name.bottom
+                role: Theme.MonoPath
+                color: Theme.text3
+                elide: Text.ElideMiddle
+                text: folder.pathText
+            }
+
+            SectionHeader {
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: Theme.space4
+                width: parent.width
+                text: qsTr("Projects")
+                count: folder.count
+            }
+        }
+    }
+
+    Loader {
+        anchors.centerIn: parent
+        active: folder.count === 0
+
+        sourceComponent: EmptyState {
+            picture: "no-results"
+            heading: page.searchText.length > 0 ? qsTr("No projects match") : qsTr("Nothing here any more")
+            text: page.searchText.length > 0 ? qsTr("Try a different search or filter.") : qsTr("The folder has no projects now.")
+        }
+    }
+}

@@ -1,0 +1,43 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// A colour to choose.
+T.AbstractButton {
+    id: control
+
+    required property color fill
+
+    implicitWidth: Theme.controlMini
+    implicitHeight: Theme.controlMini
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: text
+    Accessible.checked: checked
+    Keys.onReturnPressed: control.clicked()
+    Keys.onEnterPressed: control.clicked()
+
+    background: Rectangle {
+        radius: width / 2
+        color: control.fill
+        border.width: control.hovered ? Theme.hairline : 0
+        border.color: Theme.text
+
+        FocusRing {
+            control: control
+            shapeRadius: parent.radius
+        }
+    }
+
+    contentItem: Icon {
+        visible: control.checked
+        name: "check"
+        size: Theme.iconSmall
+        color: control.fill.hslLightness > 0.6 ? "black" : "white"
+    }
+
+    Tip {
+        text: control.text
+    }
+}

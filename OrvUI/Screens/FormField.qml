@@ -1,0 +1,38 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// A field with its label above and, when something is wrong with it, what.
+Column {
+    id: form
+
+    property string label
+    property string error
+    default property alias field: place.data
+
+    spacing: Theme.space6
+
+    Label {
+        role: Theme.SmallStrong
+        color: Theme.text2
+        text: form.label
+    }
+
+    Item {
+        id: place
+
+        width: parent.width
+        height: childrenRect.height
+    }
+
+    Label {
+        width: parent.width
+        visible: text.length > 0
+        role: Theme.Small
+        color: Theme.danger
+        wrapMode: Text.Wrap
+        elide: Text.ElideNone
+        text: form.error
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: text
+    }
+}

@@ -1,0 +1,68 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// A choice that opens a menu: what is chosen now, with a picture before it.
+T.AbstractButton {
+    id: control
+
+    // What the choice is of, for those who do not see it.
+    required property string name
+    property string glyph
+    property alias badge: picture.sourceComponent
+
+    implicitWidth: row.implicitWidth + Theme.space16
+    implicitHeight: Theme.controlSmall
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    Accessible.role: Accessible.ButtonMenu
+    Accessible.name: qsTr("%1: %2").arg(name).arg(text)
+    Keys.onReturnPressed: control.clicked()
+    Keys.onEnterPressed: control.clicked()
+
+    background: Rectangle {
+        radius: Theme.radiusRow
+        color: control.pressed ? Theme.pressed : control.hovered ? Theme.hover : "transparent"
+
+        FocusRing {
+            control: control
+            shapeRadius: Theme.radiusRow
+        }
+    }
+
+    contentItem: Item {
+        Row {
+            id: row
+
+            anchors.centerIn: parent
+            spacing: Theme.space6
+
+            Loader {
+                id: picture
+
+                anchors.verticalCenter: parent.verticalCenter
+                visible: status === Loader.Ready
+            }
+
+            Icon {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: control.glyph.length > 0
+                name: control.glyph
+                color: Theme.text2
+            }
+
+            Label {
+                anchors.verticalCenter: parent.verticalCenter
+                role: Theme.BodyStrong
+                text: control.text
+            }
+
+            Icon {
+                anchors.verticalCenter: parent.verticalCenter
+                name: "chevron-down"
+                size: Theme.iconSmall
+                color: Theme.text2
+            }
+        }
+    }
+}

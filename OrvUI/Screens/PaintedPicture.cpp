@@ -1,0 +1,61 @@
+#include "PaintedPicture.h"
+
+#include <QPainter>
+#include <QQuickWindow>
+#include <QSGImageNode>
+
+namespace orv {
+
+PaintedPicture::PaintedPicture(QQuickItem* parent) : QQuickItem(parent) {
+    setFlag(ItemHasContents);
+}
+
+void PaintedPicture::repaint() {
+    m_dirty = true;
+    update();
+}
+
+void PaintedPicture::geometryChange(const QRectF& now, const QRectF& before) {
+    QQuickItem::geometryChange(now, before);
+    if (now.size() != before.size()) {
+        repaint();
+    }
+}
+
+void PaintedPicture::itemChange(ItemChange change, const ItemChangeData& value) {
+    if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) {
+        repaint();
+    }
+    QQuickItem::itemChange(change, value);
+}
+
+QSGNode* PaintedPicture::updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) {
+    Q_UNUSED(data)
+    const qreal ratio = window()->effectiveDevicePixelRatio();
+    const QSize pixels = (size() * ratio).toSize();
+    if (pixels.isEmpty()) {
+        delete node;
+        return nullptr;
+    }
+    auto* picture = static_cast<QSGImageNode*>(node);
+    if (m_dirty || picture == nullptr) {
+        QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        paint(painter);
+        painter.end();
+        if (picture == nullptr) {
+            picture = window()->createImageNode();
+            picture->setOwnsTexture(true);
+            picture->setFiltering(QSGTexture::Linear);
+        }
+        picture->setTexture(window()->createTextureFromImage(image));
+        m_dirty = false;
+    }
+    picture->setRect(boundingRect());
+    return picture;
+}
+
+} // namespace orv

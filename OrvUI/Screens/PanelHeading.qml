@@ -1,0 +1,33 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// The title of a list in the quick panel, with its count.
+Item {
+    id: heading
+
+    property alias text: title.text
+    property int count: 0
+
+    width: parent.width
+    height: Theme.controlRegular
+
+    Label {
+        id: title
+
+        x: Theme.space20
+        anchors.verticalCenter: parent.verticalCenter
+        role: Theme.SmallStrong
+        color: Theme.text3
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
+    }
+
+    Label {
+        anchors.left: title.right
+        anchors.leftMargin: Theme.space6
+        anchors.verticalCenter: parent.verticalCenter
+        role: Theme.Small
+        color: Theme.text3
+        text: heading.count
+    }
+}

@@ -1,0 +1,103 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// A service that runs, in the quick panel.
+Item {
+    id: row
+
+    required property int index
+    required property string key
+    required property string name
+    required property string kindLabel
+    required property string address
+    required property int tileIndex
+    required property string tileLetter
+    signal opened
+    signal stopped
+
+    height: visible ? Theme.panelRowHeight : 0
+    Accessible.role: Accessible.ListItem
+    Accessible.name: qsTr("%1, %2").arg(name).arg(kindLabel)
+    Accessible.description: state.text
+
+    Rectangle {
+        anchors.fill: parent
+        anchors.leftMargin: Theme.space8
+        anchors.rightMargin: Theme.space8
+        radius: Theme.radiusControl
+        color: hover.hovered ? Theme.hover : "transparent"
+    }
+
+    HoverHandler {
+        id: hover
+    }
+
+    Tile {
+        id: tile
+
+        x: Theme.space20
+        anchors.verticalCenter: parent.verticalCenter
+        size: Theme.controlRegular
+        tileIndex: row.tileIndex
+        tileLetter: row.tileLetter
+
+        StatusDot {
+            x: parent.width - width / 2 - Theme.space2
+            y: parent.height - height / 2 - Theme.space2
+            cardState: "running"
+        }
+    }
+
+    Row {
+        id: title
+
+        anchors.left: tile.right
+        anchors.leftMargin: Theme.space12
+        anchors.top: tile.top
+        anchors.topMargin: -Theme.space2
+        spacing: Theme.space4
+
+        Label {
+            width: Math.min(implicitWidth, row.width / 3)
+            role: Theme.BodyStrong
+            text: row.name
+        }
+
+        Label {
+            anchors.verticalCenter: parent.verticalCenter
+            role: Theme.Small
+            color: Theme.text2
+            text: row.kindLabel
+        }
+    }
+
+    Label {
+        id: state
+
+        anchors.left: title.left
+        anchors.top: title.bottom
+        role: Theme.Small
+        color: Theme.text2
+        text: row.address.length > 0 ? qsTr("Running · %1").arg(row.address) : qsTr("Running")
+    }
+
+    Row {
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space16
+        anchors.verticalCenter: parent.verticalCenter
+
+        IconButton {
+            visible: row.address.length > 0
+            glyph: "arrow-up-right"
+            text: qsTr("Open it in your browser")
+            onClicked: row.opened()
+        }
+
+        IconButton {
+            glyph: "own-stop-fill"
+            glyphSize: Theme.iconSmall
+            text: qsTr("Stop %1 of %2").arg(row.kindLabel).arg(row.name)
+            onClicked: row.stopped()
+        }
+    }
+}

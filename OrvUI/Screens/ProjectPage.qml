@@ -1,0 +1,278 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// One project: what it is, what runs of it, and its tabs.
+FocusScope {
+    id: page
+
+    required property AppModel model
+    required property Navigator nav
+    property bool narrow: false
+    property int padding: Theme.pagePadding
+    readonly property bool scrolled: false
+    readonly property bool compact: nav.tab !== 0
+    property alias detail: detail
+
+    ProjectDetail {
+        id: detail
+
+        model: page.model
+        projectID: page.nav.page === Navigator.Project ? page.nav.pageID : projectID
+    }
+
+    function runOrStop(action) {
+        action.state === "idle" ? page.model.runAction(detail.projectID, action.label) : detail.stopAction(action.label);
+    }
+
+    Item {
+        id: head
+
+        width: parent.width
+        height: tile.y + tile.height + Theme.space4
+
+        Tile {
+            id: tile
+
+            x: page.padding
+            y: Theme.space4
+            size: page.compact ? Theme.tileLarge - Theme.space4 : Theme.headerTile
+            tileIndex: detail.tileIndex
+            tileLetter: detail.tileLetter
+        }
+
+        Row {
+            id: title
+
+            anchors.left: tile.right
+            anchors.leftMargin: Theme.space16
+            y: tile.y + Theme.space2 + Theme.hairline
+            height: Theme.space28
+            spacing: Theme.space10
+
+            Label {
+                id: name
+
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, Math.max(Theme.space40, controls.x - title.x - pills.implicitWidth - Theme.space24))
+                role: Theme.Title
+                text: detail.name
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+
+                Tip {
+                    text: name.truncated ? name.text : ""
+                }
+            }
+
+            Row {
+                id: pills
+
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: Theme.space10
+
+                Repeater {
+                    model: detail.frameworks.slice(0, page.narrow ? 3 : 4)
+
+                    Pill {
+                        required property string modelData
+
+                        text: modelData
+                    }
+                }
+            }
+        }
+
+        Label {
+            id: path
+
+            anchors.left: title.left
+            anchors.top: title.bottom
+            anchors.topMargin: -Theme.space2
+            width: Math.max(0, controls.x - x - Theme.space16)
+            role: Theme.MonoPath
+            color: Theme.text3
+            elide: Text.ElideMiddle
+            text: detail.pathText
+
+            Tip {
+                text: path.truncated ? path.text : ""
+            }
+        }
+
+        Row {
+            id: controls
+
+            anchors.right: parent.right
+            anchors.rightMargin: page.padding
+            anchors.verticalCenter: tile.verticalCenter
+            spacing: Theme.space16
+
+            RunGroup {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: !page.narrow
+                actions: detail.actions
+                projectName: detail.name
+                onChosen: action => page.runOrStop(action)
+            }
+
+            RunButton {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: page.narrow && detail.startable.length > 0
+                projectName: detail.name
+                action: detail.startable.includes(detail.defaultAction) ? detail.defaultAction : detail.startable.length > 0 ? detail.startable[0] : ""
+                actions: detail.startable
+                busy: false
+                onStarted: page.model.runAction(detail.projectID, action)
+                onChoose: anchor => page.chooseAction(anchor)
+            }
+
+            Row {
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: Theme.space8
+
+                BoxButton {
+                    enabled: detail.runningCount > 0
+                    glyph: "rotate-cw"
+                    text: qsTr("Restart %1").arg(detail.name)
+                    shortcut: qsTr("Ctrl Shift R")
+                    onClicked: page.model.restartProject(detail.projectID)
+                }
+
+                Button {
+                    enabled: detail.busy
+                    glyph: "own-stop-fill"
+                    glyphSize: Theme.iconSmall
+                    glyphColor: Theme.text2
+                    text: qsTr("Stop")
+                    Accessible.name: qsTr("Stop %1").arg(detail.name)
+                    onClicked: page.model.stopProject(detail.projectID)
+                }
+            }
+        }
+    }
+
+    Tabs {
+        id: tabs
+
+        anchors.top: head.bottom
+        anchors.topMargin: Theme.space8
+        width: parent.width
+        inset: page.padding
+        name: qsTr("Parts of %1").arg(detail.name)
+        currentIndex: page.nav.tab
+        choices: page.tabs
+        onChosen: index => page.nav.tab = index
+    }
+
+    readonly property var tabs: [
+        {
+            "text": qsTr("Overview"),
+            "source": "ProjectOverview.qml"
+        },
+        {
+            "text": qsTr("Tasks"),
+            "count": detail.openTaskCount,
+            "source": "ProjectTasks.qml"
+        },
+        {
+            "text": qsTr("Terminal"),
+            "source": "ProjectTerminal.qml"
+        },
+        {
+            "text": qsTr("Logs"),
+            "source": "ProjectLogs.qml"
+        }
+    ]
+
+    Loader {
+        id: body
+
+        anchors.top: tabs.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        focus: true
+
+        Component.onCompleted: page.show()
+    }
+
+    function show() {
+        const source = (page.tabs[page.nav.tab] ?? page.tabs[0]).source;
+        if (body.source.toString().endsWith(source)) {
+            return;
+        }
+        body.setSource(source, {
+            "model": page.model,
+            "nav": page.nav,
+            "detail": detail,
+            "narrow": Qt.binding(() => page.narrow),
+            "padding": Qt.binding(() => page.padding)
+        });
+    }
+
+    Connections {
+        target: page.nav
+
+        function onTabChanged() {
+            page.show();
+        }
+    }
+
+    function chooseAction(anchor) {
+        choice.active = true;
+        choice.item.actions = detail.startable;
+        choice.item.popup(anchor, anchor.width - choice.item.width, anchor.height + Theme.space4);
+    }
+
+    Loader {
+        id: choice
+
+        active: false
+
+        sourceComponent: RunMenu {
+            onChosen: action => page.model.runAction(detail.projectID, action)
+        }
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Return"
+        onActivated: page.model.toggleProject(detail.projectID)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Alt+Return"
+        onActivated: page.chooseAction(controls)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Shift+R"
+        onActivated: page.model.restartProject(detail.projectID)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+Shift+."
+        onActivated: page.model.stopProject(detail.projectID)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+O"
+        onActivated: page.model.openProject(detail.projectID)
+    }
+
+    Shortcut {
+        sequence: "Ctrl+D"
+        onActivated: page.model.togglePinFor(detail.projectID)
+    }
+
+    Instantiator {
+        model: page.tabs.length
+
+        Shortcut {
+            required property int index
+
+            sequence: "Alt+" + (index + 1)
+            onActivated: page.nav.tab = index
+        }
+    }
+}

@@ -1,0 +1,45 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// The to-do items of one project.
+FocusScope {
+    id: page
+
+    required property AppModel model
+    required property Navigator nav
+    required property ProjectDetail detail
+    property bool narrow: false
+    property int padding: Theme.pagePadding
+
+    Binding {
+        target: page.model.projectTasks
+        property: "projectID"
+        value: page.detail.projectID
+    }
+
+    TaskListView {
+        anchors.fill: parent
+        anchors.topMargin: Theme.space20
+        focus: true
+        model: page.model
+        lists: page.model.projectTasks
+        grouped: false
+        onHandedToAi: key => {
+            page.model.draftAgentTaskFor(key);
+            page.nav.ai();
+        }
+        contentWidth: Math.min(Theme.listWidthLimit, page.width - 2 * page.padding)
+
+        header: Column {
+            bottomPadding: Theme.space12
+
+            TaskComposer {
+                width: parent.width
+                focus: true
+                model: page.model
+                fixedProjectID: page.detail.projectID
+                onAdded: (title, projectID) => page.model.projectTasks.add(title, "", projectID)
+            }
+        }
+    }
+}

@@ -1,0 +1,29 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// The terminals, with new ones in the project's folder.
+FocusScope {
+    id: page
+
+    required property AppModel model
+    required property Navigator nav
+    required property ProjectDetail detail
+    property bool narrow: false
+    property int padding: Theme.pagePadding
+
+    TerminalPage {
+        id: terminals
+
+        anchors.fill: parent
+        anchors.leftMargin: page.padding
+        anchors.rightMargin: page.padding
+        anchors.topMargin: Theme.space16
+        anchors.bottomMargin: Theme.space20
+        focus: true
+        tabs: page.model.terminalTabs
+        folder: page.detail.folderUrl
+        folderName: page.detail.name
+        onLinkActivated: link => page.model.openLink(link)
+        onFileActivated: (path, line, column) => page.model.openLink("file://" + path)
+    }
+}

@@ -1,0 +1,64 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// One setting: what it is, what it means, and at the right what changes it.
+Item {
+    id: row
+
+    property string title
+    property string text
+    property bool code: false
+    // The row above has the hairline between them.
+    readonly property bool isFirst: y < 1
+    default property alias controls: controls.data
+
+    width: parent.width
+    implicitHeight: Math.max(Theme.settingRowHeight, words.implicitHeight + Theme.space20)
+
+    Rectangle {
+        visible: !row.isFirst
+        width: parent.width
+        height: Theme.hairline
+        color: Theme.border
+    }
+
+    Column {
+        id: words
+
+        x: Theme.space16
+        width: parent.width - 2 * Theme.space16 - (controls.width > 0 ? controls.width + Theme.space16 : 0)
+        anchors.verticalCenter: parent.verticalCenter
+
+        Label {
+            id: title
+
+            width: parent.width
+            role: row.code ? Theme.Mono : Theme.BodyStrong
+            elide: row.code ? Text.ElideMiddle : Text.ElideRight
+            text: row.title
+
+            Tip {
+                text: title.truncated ? row.title : ""
+            }
+        }
+
+        Label {
+            width: parent.width
+            visible: text.length > 0
+            role: Theme.Small
+            color: Theme.text3
+            wrapMode: Text.Wrap
+            elide: Text.ElideNone
+            text: row.text
+        }
+    }
+
+    Row {
+        id: controls
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space16
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: Theme.space12
+    }
+}

@@ -1,0 +1,126 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// Which agent takes a task, and how much it may do.
+Column {
+    id: section
+
+    required property AppModel model
+    required property SettingsForm form
+    readonly property AgentModels agents: model.agentModels
+
+    spacing: Theme.space28
+    Component.onCompleted: agents.refreshAgents()
+
+    SettingGroup {
+        width: parent.width
+        heading: qsTr("Default agent")
+
+        Repeater {
+            model: section.agents.agents
+
+            Item {
+                id: row
+
+                required property int index
+                required property string key
+                required property string name
+                required property string letters
+                required property string status
+                required property string notice
+                required property string installHint
+                required property string action
+                required property bool isInstalled
+                required property bool isDefault
+
+                width: section.width
+                height: words.height
+
+                Radio {
+                    x: Theme.space12
+                    y: Theme.space16 + Theme.space2
+                    text: row.name
+                    checked: row.isDefault
+                    onClicked: section.agents.defaultAgent = row.index
+                }
+
+                AgentListItem {
+                    id: words
+
+                    x: Theme.space32
+                    width: parent.width - x
+                    agents: section.agents
+                    index: row.index
+                    name: row.name
+                    letters: row.letters
+                    status: row.status
+                    notice: row.notice
+                    installHint: row.installHint
+                    action: row.action
+                    isInstalled: row.isInstalled
+                    isDefault: false
+                    onSetUpAsked: command.forceActiveFocus(Qt.OtherFocusReason)
+                }
+            }
+        }
+
+        SettingRow {
+            title: qsTr("Command of the custom agent")
+            text: qsTr("The task is in $ORV_TASK")
+
+            Field {
+                id: command
+
+                anchors.verticalCenter: parent.verticalCenter
+                width: Theme.searchWidth + Theme.space40
+                code: true
+                placeholderText: "mytool --ask \"$ORV_TASK\""
+                text: section.agents.customCommand
+                onEditingFinished: section.agents.customCommand = text
+            }
+        }
+    }
+
+    Column {
+        width: parent.width
+        spacing: Theme.space8
+
+        Label {
+            height: Theme.space24
+            verticalAlignment: Text.AlignVCenter
+            role: Theme.Section
+            text: qsTr("Autonomy")
+        }
+
+        Row {
+            id: cards
+
+            width: parent.width
+            spacing: Theme.space12
+            Accessible.role: Accessible.Grouping
+            Accessible.name: qsTr("Autonomy")
+
+            Repeater {
+                model: section.agents.autonomies
+
+                AutonomyCard {
+                    width: Math.floor((cards.width - 2 * cards.spacing) / 3)
+                    onClicked: section.agents.autonomy = index
+                }
+            }
+        }
+    }
+
+    SettingGroup {
+        width: parent.width
+        heading: qsTr("Work trees")
+
+        SettingSwitch {
+            title: qsTr("Give each run a git work tree of its own")
+            text: qsTr("Its changes stay apart until you merge them")
+            on: section.agents.usesWorktrees
+            onToggled: on => section.agents.usesWorktrees = on
+        }
+    }
+}

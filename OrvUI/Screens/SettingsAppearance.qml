@@ -1,0 +1,121 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// The look: mode and theme as small windows, and how the home page opens.
+Column {
+    id: section
+
+    required property AppModel model
+    required property SettingsForm form
+
+    spacing: Theme.space28
+
+    Column {
+        width: parent.width
+        spacing: Theme.space12
+
+        Label {
+            role: Theme.Section
+            text: qsTr("Mode")
+        }
+
+        Row {
+            id: modes
+
+            spacing: Theme.space20 + Theme.hairline
+            Accessible.role: Accessible.Grouping
+            Accessible.name: qsTr("Mode")
+
+            Repeater {
+                model: [qsTr("System"), qsTr("Light"), qsTr("Dark")]
+
+                SwatchCard {
+                    required property int index
+                    required property string modelData
+
+                    previewWidth: Math.min(Theme.modeSwatchWidth, Math.floor((section.width - 2 * modes.spacing) / 3))
+                    previewHeight: Theme.modeSwatchHeight
+                    theme: section.model.themeIndex
+                    dark: index === 2
+                    halved: index === 0
+                    text: modelData
+                    checked: section.model.appearance === index
+                    onClicked: section.model.appearance = index
+                }
+            }
+        }
+    }
+
+    Column {
+        width: parent.width
+        spacing: Theme.space12
+
+        Label {
+            role: Theme.Section
+            text: qsTr("Theme")
+        }
+
+        Flow {
+            width: parent.width
+            spacing: Theme.space16 + Theme.space2
+            Accessible.role: Accessible.Grouping
+            Accessible.name: qsTr("Theme")
+
+            Repeater {
+                model: [qsTr("Ember"), qsTr("Ocean"), qsTr("Forest"), qsTr("Violet"), qsTr("Graphite")]
+
+                SwatchCard {
+                    required property int index
+                    required property string modelData
+
+                    previewWidth: Theme.themeSwatchWidth
+                    previewHeight: Theme.themeSwatchHeight
+                    theme: index
+                    dark: Theme.isDark
+                    text: modelData
+                    checked: section.model.themeIndex === index
+                    onClicked: section.model.themeIndex = index
+                }
+            }
+        }
+    }
+
+    SettingGroup {
+        width: parent.width
+        heading: qsTr("Projects")
+
+        SettingRow {
+            title: qsTr("Show projects as")
+            text: qsTr("How the home page opens")
+
+            Segmented {
+                anchors.verticalCenter: parent.verticalCenter
+                name: qsTr("Show projects as")
+                currentIndex: section.form.viewMode
+                choices: [
+                    {
+                        "text": qsTr("Cards"),
+                        "glyph": "layout-grid"
+                    },
+                    {
+                        "text": qsTr("Folders"),
+                        "glyph": "list-tree"
+                    }
+                ]
+                onChosen: index => section.form.viewMode = index
+            }
+        }
+
+        SettingRow {
+            title: qsTr("Suggestions on the home page")
+            text: qsTr("Bring back the cards that you dismissed")
+
+            Button {
+                anchors.verticalCenter: parent.verticalCenter
+                enabled: section.form.dismissedSuggestions > 0
+                text: qsTr("Show again")
+                onClicked: section.form.restoreSuggestions()
+            }
+        }
+    }
+}

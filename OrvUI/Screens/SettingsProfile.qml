@@ -1,0 +1,55 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// Who uses the application: the name of the greeting and the picture at the sidebar's foot.
+Column {
+    id: section
+
+    required property AppModel model
+    required property SettingsForm form
+
+    spacing: Theme.space28
+
+    SettingGroup {
+        width: parent.width
+
+        SettingRow {
+            title: qsTr("Name")
+            text: qsTr("The home page greets you by it")
+
+            Field {
+                anchors.verticalCenter: parent.verticalCenter
+                width: Theme.searchWidth
+                placeholderText: qsTr("Name")
+                text: section.form.displayName
+                onEditingFinished: {
+                    section.form.displayName = text;
+                    text = Qt.binding(() => section.form.displayName);
+                }
+            }
+        }
+
+        SettingRow {
+            title: qsTr("Colour")
+            text: qsTr("Behind your initial in the sidebar")
+
+            Row {
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: Theme.space8
+
+                Repeater {
+                    model: ["", "#d3455b", "#c96f1c", "#3f8f4f", "#2480c2", "#7a56d6", "#6b7280"]
+
+                    ColorDot {
+                        required property string modelData
+
+                        text: modelData.length > 0 ? modelData : qsTr("Accent of the theme")
+                        fill: modelData.length > 0 ? modelData : Theme.accent
+                        checked: section.form.avatarColor === modelData
+                        onClicked: section.form.avatarColor = modelData
+                    }
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,81 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// Corrections of what was detected, one service a row that unfolds.
+Column {
+    id: section
+
+    required property AppModel model
+    required property SettingsForm form
+    property string openKey
+
+    topPadding: -Theme.space12
+    spacing: Theme.space12
+
+    OverrideRows {
+        id: rows
+
+        model: section.model
+        filter: search.text
+    }
+
+    Label {
+        width: parent.width
+        color: Theme.text2
+        wrapMode: Text.Wrap
+        text: qsTr("Correct what OrvLauncher detected. A change holds for one service.")
+    }
+
+    Item {
+        width: Theme.hairline
+        height: Theme.space4
+    }
+
+    Field {
+        id: search
+
+        width: parent.width
+        glyph: "search"
+        clearable: true
+        placeholderText: qsTr("Find a service")
+        onCleared: text = ""
+    }
+
+    CardFace {
+        width: parent.width
+        height: list.height
+        visible: list.height > 0
+
+        Column {
+            id: list
+
+            width: parent.width
+
+            Repeater {
+                model: rows
+
+                OverrideItem {
+                    width: list.width
+                    open: section.openKey === key
+                    onToggled: section.openKey = section.openKey === key ? "" : key
+                    onSaved: (command, port, kind) => {
+                        error = rows.save(key, command, port, kind);
+                        if (error.length === 0) {
+                            section.openKey = "";
+                        }
+                    }
+                    onResetRequested: {
+                        section.openKey = "";
+                        rows.reset(key);
+                    }
+                }
+            }
+        }
+    }
+
+    Label {
+        visible: list.height === 0
+        color: Theme.text3
+        text: search.text.length > 0 ? qsTr("No service matches.") : qsTr("No services were found yet.")
+    }
+}

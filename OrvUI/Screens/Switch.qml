@@ -1,0 +1,61 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// On or off, at once. What it stands for is its name.
+T.AbstractButton {
+    id: control
+
+    implicitWidth: Theme.switchWidth
+    implicitHeight: Theme.switchHeight
+    checkable: true
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: text
+    Accessible.checkable: true
+    Accessible.checked: checked
+    Keys.onReturnPressed: control.click()
+    Keys.onEnterPressed: control.click()
+
+    background: Rectangle {
+        radius: height / 2
+        color: !control.enabled ? Theme.control : control.checked ? (control.hovered ? Theme.accentHover : Theme.accent) : control.hovered ? Theme.controlHover : Theme.control
+        border.width: control.checked ? 0 : Theme.hairline
+        border.color: Theme.text3
+
+        Behavior on color {
+            ColorAnimation {
+                duration: Theme.durationFast
+            }
+        }
+
+        FocusRing {
+            control: control
+            shapeRadius: parent.height / 2
+        }
+    }
+
+    contentItem: Item {
+        Rectangle {
+            id: thumb
+
+            x: control.checked ? parent.width - width - Theme.switchInset : Theme.switchInset
+            anchors.verticalCenter: parent.verticalCenter
+            width: parent.height - 2 * Theme.switchInset
+            height: width
+            radius: width / 2
+            color: !control.enabled ? Theme.disabled : control.checked ? Theme.onAccent : Theme.text
+
+            Behavior on x {
+                enabled: !Theme.reducedMotion
+
+                NumberAnimation {
+                    duration: Theme.durationFast
+                    easing.type: Easing.BezierSpline
+                    easing.bezierCurve: Theme.easeStandard
+                }
+            }
+        }
+    }
+}

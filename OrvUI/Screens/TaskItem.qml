@@ -1,0 +1,201 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// A to-do item of a list: a round to tick, its words, and what can be done with it; renamed in place.
+FocusScope {
+    id: item
+
+    required property int index
+    required property string key
+    required property string title
+    required property string notes
+    required property bool isDone
+    required property string when
+    property bool first: index === 0
+    property bool editing: false
+    readonly property bool active: hover.hovered || (activeFocus && InputMode.keyboard)
+    signal doneToggled(bool done)
+    signal renamed(string title)
+    signal removed
+    signal handedToAi
+
+    function edit() {
+        editing = true;
+        field.text = title;
+        field.forceActiveFocus(Qt.OtherFocusReason);
+        field.selectAll();
+    }
+
+    function leaveEdit(keep) {
+        if (keep && field.text.trim().length > 0 && field.text !== item.title) {
+            item.renamed(field.text);
+        }
+        item.editing = false;
+        item.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
+    implicitHeight: notes.length > 0 ? Theme.serviceItemHeight : Theme.taskRowHeight
+    activeFocusOnTab: true
+    Accessible.role: Accessible.ListItem
+    Accessible.name: title
+    Accessible.description: isDone ? qsTr("done") : notes
+    Keys.onSpacePressed: item.doneToggled(!item.isDone)
+    Keys.onReturnPressed: item.edit()
+    Keys.onDeletePressed: item.removed()
+
+    Rectangle {
+        anchors.fill: parent
+        radius: Theme.radiusCard
+        color: hover.hovered && !item.editing ? Theme.hover : "transparent"
+
+        FocusRing {
+            control: item
+            inside: true
+            shapeRadius: Theme.radiusCard
+            visible: item.activeFocus && InputMode.keyboard && !item.editing
+        }
+    }
+
+    Rectangle {
+        visible: !item.first
+        width: parent.width
+        height: Theme.hairline
+        color: Theme.border
+    }
+
+    HoverHandler {
+        id: hover
+    }
+
+    TaskRound {
+        id: round
+
+        x: Theme.space16
+        anchors.verticalCenter: parent.verticalCenter
+        text: item.title
+        checked: item.isDone
+        focusPolicy: Qt.NoFocus
+        onClicked: {
+            checked = Qt.binding(() => item.isDone);
+            item.doneToggled(!item.isDone);
+        }
+    }
+
+    Column {
+        anchors.left: round.right
+        anchors.leftMargin: Theme.space12
+        anchors.right: tools.visible ? tools.left : age.left
+        anchors.rightMargin: Theme.space12
+        anchors.verticalCenter: parent.verticalCenter
+        visible: !item.editing
+
+        Label {
+            width: parent.width
+            color: item.isDone ? Theme.text3 : Theme.text
+            font.strikeout: item.isDone
+            text: item.title
+        }
+
+        Label {
+            width: parent.width
+            visible: text.length > 0
+            role: Theme.Small
+            color: Theme.text3
+            text: item.notes
+        }
+    }
+
+    Field {
+        id: field
+
+        anchors.left: round.right
+        anchors.leftMargin: Theme.space2
+        anchors.right: keys.left
+        anchors.rightMargin: Theme.space12
+        anchors.verticalCenter: parent.verticalCenter
+        visible: item.editing
+        placeholderText: qsTr("Task")
+        onAccepted: item.leaveEdit(true)
+        Keys.onEscapePressed: item.leaveEdit(false)
+    }
+
+    Row {
+        id: keys
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space12
+        anchors.verticalCenter: parent.verticalCenter
+        visible: item.editing
+        spacing: Theme.space6
+
+        KeyHint {
+            anchors.verticalCenter: parent.verticalCenter
+            text: "↩"
+        }
+
+        Label {
+            role: Theme.Small
+            color: Theme.text2
+            text: qsTr("save")
+        }
+
+        KeyHint {
+            anchors.verticalCenter: parent.verticalCenter
+            text: qsTr("esc")
+        }
+
+        Label {
+            role: Theme.Small
+            color: Theme.text2
+            text: qsTr("cancel")
+        }
+    }
+
+    Row {
+        id: tools
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space8
+        anchors.verticalCenter: parent.verticalCenter
+        visible: item.active && !item.editing
+        spacing: Theme.space4
+
+        Button {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: !item.isDone
+            controlHeight: Theme.controlSmall
+            focusPolicy: Qt.NoFocus
+            glyph: "sparkles"
+            text: qsTr("Hand to AI")
+            onClicked: item.handedToAi()
+        }
+
+        IconButton {
+            visible: !item.isDone
+            focusPolicy: Qt.NoFocus
+            glyph: "pencil"
+            text: qsTr("Rename")
+            onClicked: item.edit()
+        }
+
+        IconButton {
+            focusPolicy: Qt.NoFocus
+            glyph: "trash-2"
+            text: qsTr("Delete")
+            onClicked: item.removed()
+        }
+    }
+
+    Label {
+        id: age
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space12
+        anchors.verticalCenter: parent.verticalCenter
+        visible: !tools.visible && !item.editing
+        role: Theme.Small
+        color: Theme.text3
+        text: item.when
+    }
+}

@@ -1,0 +1,82 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// The to-do items of all projects.
+FocusScope {
+    id: page
+
+    required property AppModel model
+    required property Navigator nav
+    property bool narrow: false
+    property int padding: Theme.pagePadding
+    property bool showsDone: false
+    readonly property bool scrolled: list.scrolled
+
+    TaskListView {
+        id: list
+
+        anchors.fill: parent
+        focus: true
+        model: page.model
+        lists: page.model.taskLists
+        showsDone: page.showsDone
+        onHandedToAi: key => {
+            page.model.draftAgentTaskFor(key);
+            page.nav.ai();
+        }
+        contentWidth: Math.min(Theme.listWidthLimit, page.width - 2 * page.padding)
+
+        header: Column {
+            function focusField() {
+                composer.focusField();
+            }
+
+            spacing: Theme.space12
+
+            Item {
+                width: parent.width
+                height: Theme.space40
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.Page
+                    text: qsTr("Tasks")
+                    Accessible.role: Accessible.Heading
+                    Accessible.name: text
+                }
+
+                Segmented {
+                    anchors.right: parent.right
+                    anchors.verticalCenter: parent.verticalCenter
+                    name: qsTr("Which tasks")
+                    currentIndex: page.showsDone ? 1 : 0
+                    choices: [
+                        {
+                            "text": qsTr("Open %1").arg(page.model.taskLists.openCount)
+                        },
+                        {
+                            "text": qsTr("Done %1").arg(page.model.taskLists.doneCount)
+                        }
+                    ]
+                    onChosen: index => page.showsDone = index === 1
+                }
+            }
+
+            TaskComposer {
+                id: composer
+
+                width: parent.width
+                focus: true
+                model: page.model
+                onAdded: (title, projectID) => page.model.taskLists.add(title, "", projectID)
+            }
+
+            Label {
+                visible: page.model.taskLists.openCount === 0 && !page.showsDone
+                topPadding: Theme.space20
+                color: Theme.text3
+                text: qsTr("Nothing to do. What you add here is kept with its project.")
+            }
+        }
+    }
+}

@@ -1,0 +1,101 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// The tabs of the terminals, and the button behind them that opens another one.
+Item {
+    id: strip
+
+    required property TerminalTabList list
+    required property string folderName
+    signal newRequested
+
+    // Brings a tab into view.
+    function show(tab) {
+        if (tab.x < tabs.contentX) {
+            tabs.contentX = tab.x;
+        } else if (tab.x + tab.width > tabs.contentX + tabs.width) {
+            tabs.contentX = tab.x + tab.width - tabs.width;
+        }
+    }
+
+    Flickable {
+        id: tabs
+
+        // The tabs share what the button leaves them.
+        readonly property int room: strip.width - 2 * Theme.space12 - button.implicitWidth - Theme.space4
+        readonly property int share: Math.floor(room / Math.max(1, strip.list.count)) - Theme.space4
+
+        x: Theme.space12
+        anchors.verticalCenter: parent.verticalCenter
+        width: Math.min(row.width, room)
+        height: Theme.controlRegular
+        contentWidth: row.width
+        interactive: contentWidth > width
+        boundsBehavior: Flickable.StopAtBounds
+        clip: interactive
+        Accessible.role: Accessible.PageTabList
+        Accessible.name: qsTr("Terminals")
+
+        Row {
+            id: row
+
+            spacing: Theme.space4
+
+            move: Transition {
+                NumberAnimation {
+                    properties: "x"
+                    duration: Theme.durationFast
+                }
+            }
+
+            Repeater {
+                model: strip.list.rows
+
+                TerminalTab {
+                    id: tab
+
+                    required property int index
+
+                    limit: Math.max(Theme.terminalTabMin, Math.min(Theme.terminalTabMax, tabs.share))
+                    isSelected: session === strip.list.selected
+                    onClicked: strip.list.select(session)
+                    onCloseRequested: strip.list.close(session)
+                    onXChanged: {
+                        if (isSelected) {
+                            strip.show(tab);
+                        }
+                    }
+                    onIsSelectedChanged: {
+                        if (isSelected) {
+                            strip.show(tab);
+                        }
+                    }
+
+                    DragHandler {
+                        target: null
+                        yAxis.enabled: false
+                        onCentroidChanged: {
+                            const below = active ? row.childAt(tab.x + centroid.position.x, tab.height / 2) as TerminalTab : null;
+                            if (below !== null && below !== tab) {
+                                strip.list.moveTo(tab.session, below.session);
+                            }
+                        }
+                    }
+                }
+            }
+        }
+    }
+
+    Button {
+        id: button
+
+        anchors.left: tabs.right
+        anchors.leftMargin: Theme.space4
+        anchors.verticalCenter: parent.verticalCenter
+        ghost: true
+        controlHeight: Theme.controlSmall
+        glyph: "plus"
+        text: qsTr("New terminal in %1").arg(strip.folderName)
+        onClicked: strip.newRequested()
+    }
+}

@@ -1,0 +1,109 @@
+#include "OrvUI/Screens/TerminalTabList.h"
+
+#include "OrvCore/Async.h"
+
+namespace orv {
+
+const std::vector<RowRole<TerminalTab>>& TerminalTab::roles() {
+    static const std::vector<RowRole<TerminalTab>> table{
+        {"session", [](const TerminalTab& tab) { return QVariant::fromValue(tab.session); }},
+    };
+    return table;
+}
+
+TerminalTabList::TerminalTabList(QObject* parent) : QObject(parent) {
+    ORV_ASSERT_MAIN_THREAD();
+}
+
+void TerminalTabList::setTabs(TerminalTabs* tabs) {
+    if (tabs == m_tabs) {
+        return;
+    }
+    if (m_tabs != nullptr) {
+        m_tabs->disconnect(this);
+    }
+    m_tabs = tabs;
+    if (tabs != nullptr) {
+        connect(tabs, &TerminalTabs::sessionsChanged, this, &TerminalTabList::follow);
+        connect(tabs, &TerminalTabs::selectedIDChanged, this, &TerminalTabList::selectedChanged);
+    }
+    follow();
+    Q_EMIT tabsChanged();
+    Q_EMIT selectedChanged();
+}
+
+void TerminalTabList::follow() {
+    QList<TerminalTab> rows;
+    if (m_tabs != nullptr) {
+        for (TerminalSession* session : m_tabs->sessions()) {
+            rows.append({session->id().toString(), session});
+        }
+    }
+    const qsizetype before = m_rows.rowCount();
+    m_rows.setRows(rows);
+    if (m_closing != nullptr && (m_tabs == nullptr || !m_tabs->sessions().contains(m_closing.data()))) {
+        setClosing(nullptr);
+    }
+    if (before != rows.size()) {
+        Q_EMIT countChanged();
+    }
+}
+
+TerminalSession* TerminalTabList::selected() const {
+    return m_tabs != nullptr && m_tabs->selectedID() ? m_tabs->session(*m_tabs->selectedID()) : nullptr;
+}
+
+void TerminalTabList::open(const QUrl& folder) {
+    m_tabs->open(folder);
+}
+
+void TerminalTabList::select(TerminalSession* session) {
+    m_tabs->select(session->id());
+}
+
+void TerminalTabList::selectAt(int place) {
+    if (place >= 0 && place < count()) {
+        select(m_tabs->sessions().at(place));
+    }
+}
+
+void TerminalTabList::step(int direction) {
+    if (count() > 0) {
+        const auto place = static_cast<int>(m_tabs->sessions().indexOf(selected()));
+        selectAt((place + direction + count()) % count());
+    }
+}
+
+void TerminalTabList::moveTo(TerminalSession* session, TerminalSession* other) {
+    m_tabs->move(session->id(), static_cast<int>(m_tabs->sessions().indexOf(other)));
+}
+
+void TerminalTabList::close(TerminalSession* session) {
+    if (session->hasForegroundProgram()) {
+        select(session);
+        setClosing(session);
+    } else {
+        m_tabs->close(session->id());
+    }
+}
+
+void TerminalTabList::answerClosing(bool isWanted) {
+    TerminalSession* session = m_closing;
+    setClosing(nullptr);
+    if (isWanted && session != nullptr) {
+        m_tabs->close(session->id());
+    }
+}
+
+void TerminalTabList::renew(TerminalSession* session) {
+    m_tabs->renew(session->id());
+}
+
+void TerminalTabList::setClosing(TerminalSession* session) {
+    if (session != m_closing) {
+        m_closing = session;
+        Q_EMIT closingChanged();
+    }
+}
+
+} // namespace orv

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "OrvProcess/ProcessManager.h"
+#include "OrvUI/LogModel.h"
+#include "OrvUI/RowModel.h"
+#include "OrvUI/UpdateSoon_p.h"
+
+namespace orv {
+
+class AppModel;
+
+/// A service of the project whose output is looked at.
+struct LogServiceRow {
+    QString key;
+    QString label; ///< "Frontend"; of an install "Frontend setup"
+    QString phase; ///< "starting", "running", "stopped", "failed"
+    QString port;  ///< ":3000"; empty while it has none
+    bool isShown = false;
+
+    bool operator==(const LogServiceRow&) const = default;
+    [[nodiscard]] static const std::vector<RowRole<LogServiceRow>>& roles();
+};
+
+/// The page with the output of a project's services: one of them is shown. Lives on the main thread.
+class ServiceLogs : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString projectID READ projectID WRITE setProjectID NOTIFY projectIDChanged)
+    Q_PROPERTY(QString shownKey READ shownKey NOTIFY shownChanged)
+    Q_PROPERTY(QAbstractListModel* services READ services CONSTANT)
+    Q_PROPERTY(orv::LogModel* lines READ lines CONSTANT)
+
+public:
+    explicit ServiceLogs(AppModel& model, QObject* parent = nullptr);
+
+    [[nodiscard]] const QString& projectID() const { return m_projectID; }
+    /// Shows the first of its services that failed, else the first.
+    void setProjectID(const QString& projectID);
+    [[nodiscard]] QString shownKey() const; ///< empty: none
+    [[nodiscard]] QAbstractListModel* services() { return &m_services; }
+    [[nodiscard]] LogModel* lines() { return &m_lines; }
+
+    Q_INVOKABLE void show(const QString& key);
+
+Q_SIGNALS:
+    void projectIDChanged();
+    void shownChanged();
+
+private:
+    void update();
+    void show(const std::optional<ServiceID>& id);
+
+    AppModel& m_model;
+    QString m_projectID;
+    std::optional<ServiceID> m_shown;
+    bool m_isChosen = false;           ///< by someone
+    QHash<ServiceID, qint64> m_before; ///< lines that its log has no more, or never had
+    RowModel<LogServiceRow> m_services;
+    LogModel m_lines;
+    UpdateSoon m_updateSoon;
+};
+
+} // namespace orv

@@ -1,0 +1,154 @@
+#include "OrvUI/Suggestions.h"
+
+#include "OrvCore/Async.h"
+#include "OrvUI/AppModel.h"
+#include "OrvUI/CTA.h"
+#include "OrvUI/LaunchAtLogin.h"
+
+#include <algorithm>
+
+namespace orv {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+#ifdef Q_OS_MACOS
+constexpr bool hasWidgets = true;
+#else
+constexpr bool hasWidgets = false;
+#endif
+
+CTAContext context(AppModel& model) {
+    const AppSettings& settings = model.settings().settings();
+    const Project* last = settings.lastRun ? model.project(settings.lastRun->projectID) : nullptr;
+    return {
+        .gitIdentitySet = model.gitIdentitySet(),
+        .projectsWithChanges = static_cast<int>(model.projectsWithChanges().size()),
+        .lastRunName = last != nullptr ? std::optional(last->name) : std::nullopt,
+        .anythingRunning = model.runningCount() > 0,
+        .themeChanged = settings.theme != AppSettings().theme,
+        .widgetsConfirmed = settings.widgetsConfirmed || !hasWidgets,
+        // Where the system has no such list there is nothing to suggest.
+        .launchAtLogin = model.login()->isEnabled() || !model.login()->isAvailable(),
+    };
+}
+
+AppPage settingsPage(SettingsSection section) {
+    return {.kind = AppPage::Kind::settings, .id = {}, .section = section};
+}
+
+} // namespace
+
+const std::vector<RowRole<SuggestionRow>>& SuggestionRow::roles() {
+    static const std::vector<RowRole<SuggestionRow>> table{
+        memberRole<&SuggestionRow::key, SuggestionRow>("key"),
+        memberRole<&SuggestionRow::headline, SuggestionRow>("headline"),
+        memberRole<&SuggestionRow::body, SuggestionRow>("body"),
+        memberRole<&SuggestionRow::button, SuggestionRow>("button"),
+        memberRole<&SuggestionRow::illustration, SuggestionRow>("illustration"),
+    };
+    return table;
+}
+
+Suggestions::Suggestions(AppModel& model, QObject* parent)
+    : QObject(parent), m_model(model), m_updateSoon(this, [this] { update(); }) {
+    const auto soon = [this] { m_updateSoon(); };
+    for (const auto signal :
+         {&AppModel::preferencesChanged, &AppModel::projectsChanged, &AppModel::servicesChanged,
+          &AppModel::gitBadgesChanged, &AppModel::gitIdentitySetChanged}) {
+        connect(&model, signal, this, soon);
+    }
+    connect(model.login(), &LaunchAtLogin::changed, this, soon);
+    update();
+}
+
+void Suggestions::setLimit(int limit) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (limit != m_limit) {
+        m_limit = limit;
+        update();
+        Q_EMIT limitChanged();
+    }
+}
+
+void Suggestions::update() {
+    QList<SuggestionRow> rows;
+    const auto& dismissed = m_model.settings().settings().dismissedCTAs;
+    for (const CTA& cta : CTAEngine::visible(context(m_model), dismissed, m_limit)) {
+        rows.append({rawValue(cta.id), cta.headline, cta.body, cta.button, cta.illustration()});
+    }
+    m_cards.setRows(rows);
+}
+
+void Suggestions::perform(const QString& key) {
+    ORV_ASSERT_MAIN_THREAD();
+    const std::optional<CTAID> id = fromRawValue<CTAID>(key);
+    if (!id) {
+        return;
+    }
+    switch (*id) {
+    case CTAID::addProject:
+        m_model.setSheet(AppSheet{AppSheet::Kind::addProject, AddProjectMode::newFolder});
+        break;
+    case CTAID::gitIdentity:
+        m_model.setPage(settingsPage(SettingsSection::git));
+        break;
+    case CTAID::uncommitted:
+        review();
+        break;
+    case CTAID::resume:
+        resume();
+        break;
+    case CTAID::themes:
+        m_model.setPage(settingsPage(SettingsSection::appearance));
+        break;
+    case CTAID::widgets:
+        m_model.setSheet(AppSheet{AppSheet::Kind::widgetsHowTo, {}});
+        break;
+    case CTAID::login:
+        m_model.login()->setEnabled(true);
+        if (const QString& error = m_model.login()->error(); !error.isEmpty()) {
+            m_model.report(error, true);
+        }
+        break;
+    }
+}
+
+/// The one changed project's git page, or the list of several.
+void Suggestions::review() {
+    const QStringList changed = m_model.projectsWithChanges();
+    if (changed.size() == 1) {
+        m_model.setDetailTab(DetailTab::git);
+        m_model.setPage({.kind = AppPage::Kind::project, .id = changed.first()});
+    } else if (!changed.isEmpty()) {
+        m_model.setPage({});
+        m_model.setShowOnlyUncommitted(true);
+    }
+}
+
+void Suggestions::resume() {
+    const std::optional<LastRun> last = m_model.settings().settings().lastRun;
+    const Project* project = last ? m_model.project(last->projectID) : nullptr;
+    if (project == nullptr) {
+        return;
+    }
+    const std::optional<RunAction> action = runAction(last->action);
+    if (const auto wanted = action ? action : m_model.primaryAction(*project)) {
+        m_model.run(*project, kinds(*wanted));
+    }
+}
+
+void Suggestions::dismiss(const QString& key) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (fromRawValue<CTAID>(key)) {
+        m_model.changeSettings([key](AppSettings& settings) { settings.dismissedCTAs.insert(key); });
+    }
+}
+
+void Suggestions::bringBack() {
+    ORV_ASSERT_MAIN_THREAD();
+    m_model.changeSettings([](AppSettings& settings) { settings.dismissedCTAs.clear(); });
+}
+
+} // namespace orv

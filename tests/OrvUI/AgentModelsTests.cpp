@@ -1,0 +1,170 @@
+#include "OrvUI/AgentModels.h"
+#include "tests/OrvUI/AgentFixture.h"
+
+#include <QAbstractItemModelTester>
+
+using namespace orv;
+using namespace orv::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QVariant at(const QAbstractListModel& list, int row, const QByteArray& role) {
+    return list.data(list.index(row), list.roleNames().key(role));
+}
+
+QStringList column(const QAbstractListModel& list, const QByteArray& role) {
+    QStringList values;
+    for (int row = 0; row < list.rowCount(); ++row) {
+        values.append(at(list, row, role).toString());
+    }
+    return values;
+}
+
+class AgentModelsTest : public AgentFixture {
+protected:
+    AgentModelsTest() {
+        addRepository(u"shop"_s);
+        addNode(u"plain"_s, "express", "true\n");
+        scan();
+    }
+    [[nodiscard]] AgentModels& lists() const { return *model->agentModels(); }
+    const QString shop = root + u"/shop"_s;
+};
+
+} // namespace
+
+TEST_F(AgentModelsTest, ShowTheRunsAsTheyComeAndGo) {
+    const QAbstractItemModelTester runsTester(lists().runs());
+    const QAbstractItemModelTester panelTester(lists().projectRuns());
+    model->setAiPanelProjectID(shop);
+    play("echo 3 >>a.txt", u"claude-edit.jsonl"_s);
+    ASSERT_TRUE(lists().start(0, u"First\nmore"_s, shop, 2));
+    ASSERT_TRUE(settles(model->agentRuns().first()));
+    const QString first = model->agentRuns().first()->facts().id.toString(QUuid::WithoutBraces);
+    play("exit 3");
+    ASSERT_TRUE(lists().start(1, u"Second"_s, root + u"/plain"_s, 0));
+    ASSERT_TRUE(settles(model->agentRuns().first()));
+    play("echo up; exec sleep 100");
+    ASSERT_TRUE(lists().continueRun(first, u"Third"_s));
+    AgentRun* third = model->agentRuns().first();
+    ASSERT_TRUE(waitFor([third] { return !third->events().empty(); }));
+    ASSERT_TRUE(waitFor([this] { return lists().runs()->rowCount() == 3; }));
+
+    const QAbstractListModel& runs = *lists().runs();
+    EXPECT_EQ(column(runs, "title"), (QStringList{u"Third"_s, u"Second"_s, u"First"_s}));
+    EXPECT_EQ(column(runs, "runState"), (QStringList{u"running"_s, u"failed"_s, u"succeeded"_s}));
+    EXPECT_EQ(column(runs, "agentLetters"), (QStringList{u"Cl"_s, u"Cx"_s, u"Cl"_s}));
+    EXPECT_EQ(column(runs, "autonomyTitle"), (QStringList{u"Full auto"_s, u"Plan only"_s, u"Full auto"_s}));
+    EXPECT_EQ(column(runs, "reason"), (QStringList{{}, u"Exited with code 3"_s, {}}));
+    EXPECT_EQ(column(runs, "cost"), (QStringList{{}, {}, u"$0.02"_s}));
+    EXPECT_EQ(column(runs, "changes"), (QStringList{{}, {}, u"1 file changed"_s}));
+    EXPECT_EQ(at(runs, 0, "parentKey"), first);
+    EXPECT_EQ(column(*lists().projectRuns(), "title"), (QStringList{u"First"_s, u"Third"_s}));
+    EXPECT_EQ(lists().workingText(), u"1 working"_s);
+    EXPECT_EQ(lists().projectTotalsText(), u"$0.02 · 15k in · 204 out"_s);
+    lists().setFilterIndex(AgentModels::running);
+    EXPECT_EQ(column(runs, "title"), QStringList{u"Third"_s});
+    lists().setFilterIndex(AgentModels::finished);
+    EXPECT_EQ(column(runs, "title"), (QStringList{u"Second"_s, u"First"_s}));
+
+    lists().review(first);
+    EXPECT_EQ(column(*lists().reviewFiles(), "key"), QStringList{u"a.txt"_s});
+    EXPECT_EQ(lists().reviewText(), u"1 file changed, +1 −0."_s);
+    lists().stop(at(*lists().projectRuns(), 1, "key").toString());
+    EXPECT_TRUE(waitFor([&] { return column(runs, "title").size() == 3; }));
+    EXPECT_EQ(lists().workingText(), QString());
+    play("true");
+    EXPECT_TRUE(lists().retry(at(runs, 1, "key").toString()));
+    EXPECT_EQ(model->agentRuns().first()->facts().task, u"Second"_s);
+    EXPECT_FALSE(lists().retry(u"none"_s));
+    EXPECT_EQ(lists().events(u"none"_s), nullptr);
+}
+
+TEST_F(AgentModelsTest, ShowTheEventsOfARunWithTheOneAtWork) {
+    AgentRun run(AgentRun::Facts{}, {.events = 3, .textLength = 1000}, nullptr);
+    auto* events = new AgentEventsModel(&run);
+    const QAbstractItemModelTester tester(events);
+    const auto append = [&run](const QList<AgentEvent>& added) {
+        run.append({AgentLine{.type = {}, .events = added, .sessionID = {}}});
+    };
+    append({AgentText{u"I look"_s}, AgentTool{u"Grep"_s, u"cart"_s}});
+    EXPECT_EQ(column(*events, "icon"), (QStringList{u"message-square"_s, u"search"_s}));
+    EXPECT_EQ(column(*events, "isCurrent"), (QStringList{u"false"_s, u"true"_s}));
+    append({AgentTool{u"Odd"_s, {}}, AgentTool{u"Bash"_s, u"ls"_s}});
+    EXPECT_EQ(column(*events, "name"), (QStringList{u"Grep"_s, u"Odd"_s, u"Bash"_s}));
+    append({AgentText{u"a"_s}, AgentText{u"b"_s}, AgentText{u"c"_s}, AgentText{u"d"_s}});
+    EXPECT_EQ(column(*events, "text"), (QStringList{u"b"_s, u"c"_s, u"d"_s}));
+    append({AgentResult{.success = false, .summary = u"No"_s, .costUSD = {}}});
+    EXPECT_EQ(column(*events, "isCurrent"), (QStringList{u"false"_s, u"false"_s, u"true"_s}));
+    EXPECT_EQ(column(*events, "icon").last(), u"circle-alert"_s);
+    run.finish(1, QDateTime::currentDateTimeUtc());
+    EXPECT_EQ(column(*events, "isCurrent"), (QStringList{u"false"_s, u"false"_s, u"false"_s}));
+}
+
+TEST_F(AgentModelsTest, ShowTheAgentsAndChangeTheSettings) {
+    const QAbstractItemModelTester tester(lists().agents());
+    EXPECT_EQ(column(*lists().agents(), "status").first(), u"Not installed"_s);
+    ASSERT_TRUE(finishes(model->agents().refresh()));
+    const auto updated = [this](const QString& status) {
+        return waitFor([&] { return column(*lists().agents(), "status").last() == status; });
+    };
+    lists().setCustomCommand(u"mytool"_s);
+    EXPECT_TRUE(updated(u"No command set"_s));
+    ASSERT_TRUE(finishes(model->agents().refresh()));
+    EXPECT_TRUE(updated(u"Command set"_s));
+    EXPECT_EQ(column(*lists().agents(), "letters"), (QStringList{u"Cl"_s, u"Cx"_s, u"Ge"_s, u"An"_s, {}}));
+    EXPECT_EQ(column(*lists().agents(), "action").mid(2), (QStringList{u"copyInstall"_s, u"copyInstall"_s, {}}));
+    lists().setDefaultAgent(1);
+    lists().setDefaultAgent(9);
+    lists().setAutonomy(2);
+    lists().setUsesWorktrees(true);
+    EXPECT_TRUE(waitFor([this] { return at(*lists().agents(), 1, "isDefault").toBool(); }));
+    EXPECT_EQ(column(*lists().autonomies(), "isDefault"), (QStringList{u"false"_s, u"false"_s, u"true"_s}));
+    const AppSettings& settings = model->settings().settings();
+    EXPECT_TRUE(settings.defaultAgent == AgentKind::codex && settings.agentWorktrees);
+    EXPECT_EQ(lists().customCommand(), u"mytool"_s);
+}
+
+TEST_F(AgentModelsTest, TypeTasksAndSignInsIntoTerminals) {
+    // The shell reads nothing of the user's and shows what it got.
+    const QString task = u"it's\ta \"test\"\n$(id) `x`"_s;
+    play("true");
+    lists().startInTerminal(0, task, shop);
+    EXPECT_EQ(model->page(), (AppPage{.kind = AppPage::Kind::project, .id = shop}));
+    EXPECT_EQ(model->detailTab(), DetailTab::terminal);
+    ASSERT_EQ(model->terminals().sessions().size(), 1);
+    EXPECT_EQ(model->terminals().sessions().first()->directory(), QUrl::fromLocalFile(shop));
+    // The tab in it is none of the line editor's.
+    EXPECT_TRUE(waitFor([this] { return readFile(tree.path(u"note"_s)).endsWith("\0\0"_ba); }));
+    EXPECT_EQ(readFile(tree.path(u"note"_s)), "--\0"_ba + task.toUtf8() + "\0\0"_ba);
+    lists().startInTerminal(4, task, shop);
+    EXPECT_EQ(lists().error(), u"A custom agent can't be started in a terminal."_s);
+    QFile::remove(tree.path(u"note"_s));
+    lists().signIn(1);
+    EXPECT_TRUE(waitFor([this] { return readFile(tree.path(u"note"_s)).startsWith("login\0"_ba); }));
+    lists().signIn(4);
+    EXPECT_EQ(model->terminals().sessions().size(), 2);
+}
+
+TEST_F(AgentModelsTest, OpenTheDesktopAgentWithTheTaskOnTheClipboard) {
+    AppModel::Options options;
+    options.settings = std::make_unique<SettingsStore>(tree.path(u"support/settings.json"_s));
+    options.snapshotDirectory = tree.path(u"widgets"_s);
+    options.agents = std::make_unique<AgentCatalog>(
+        AgentCatalog::Options{.shell = {}, .antigravityApp = tree.add(u"Antigravity.app/"_s), .customCommand = {}});
+    AppModel other(std::move(options));
+    ASSERT_TRUE(finishes(other.refresh()));
+    QStringList opened;
+    other.openApplication = [&](const QString& application, const QString& folder) {
+        opened << application << folder;
+        return true;
+    };
+    other.setClipboard = [&](const QString& text) { opened << text; };
+    EXPECT_EQ(other.startAgent(AgentKind::antigravity, u" Do it "_s, *other.project(shop)), nullptr);
+    EXPECT_EQ(opened, (QStringList{tree.path(u"Antigravity.app"_s), shop, u"Do it"_s}));
+    EXPECT_EQ(
+        other.statusText(),
+        u"Opened shop in Antigravity. The task is on your clipboard — paste it into the Agent Manager."_s);
+    EXPECT_TRUE(other.agentRuns().isEmpty());
+}

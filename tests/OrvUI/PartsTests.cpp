@@ -1,0 +1,410 @@
+#include "OrvUI/DevicesModel.h"
+#include "OrvUI/FilterBar.h"
+#include "OrvUI/OnboardingModel.h"
+#include "OrvUI/RelativeDate.h"
+#include "OrvUI/ServiceLogs.h"
+#include "OrvUI/Suggestions.h"
+#include "OrvUI/TaskLists.h"
+#include "tests/OrvUI/ModelFixture.h"
+
+#include <QAbstractItemModelTester>
+#include <QFile>
+#include <QProcess>
+
+using namespace Qt::StringLiterals;
+using namespace orv;
+using namespace orv::test;
+
+namespace {
+
+/// The rows with the values of these roles: "shop|running; blog|idle".
+QString text(const QAbstractItemModel& model, const QList<QByteArray>& roles) {
+    QStringList rows;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        QStringList values;
+        for (const QByteArray& role : roles) {
+            values.append(model.index(row, 0).data(model.roleNames().key(role, -1)).toString());
+        }
+        rows.append(values.join(u'|'));
+    }
+    return rows.join(u"; "_s);
+}
+
+/// Keeps what is posted.
+struct Recorder : Notifying {
+    QStringList& posted;
+    explicit Recorder(QStringList& list) : posted(list) {}
+    void post(const NotificationRequest& request) override {
+        posted.append(request.title + u" / "_s + request.body + u" / "_s + request.openURL.value_or(QString()));
+    }
+    void findStatus(Ask ask, std::function<void(const NotificationStatus&)> answer) override {
+        answer({NotificationStatus::Kind::allowed, ask == Ask::userToo ? u"asked"_s : u"looked"_s});
+    }
+};
+
+struct Switch : LoginItemController {
+    bool& isOn;
+    explicit Switch(bool& state) : isOn(state) {}
+    [[nodiscard]] bool isEnabled() const override { return isOn; }
+    std::expected<void, QString> setEnabled(bool isEnabled) override {
+        isOn = isEnabled;
+        return {};
+    }
+};
+
+class PartsTest : public ModelFixture {
+protected:
+    PartsTest()
+        : gitConfig(tree.add(u"gitconfig"_s, "[user]\n\tname = Old\n\temail = old@example.org\n")),
+          global("GIT_CONFIG_GLOBAL", qPrintable(gitConfig)),
+          system("GIT_CONFIG_NOSYSTEM", "1") {
+        makeModel();
+    }
+
+    void addTo(AppModel::Options& options) override {
+        auto recorder = std::make_unique<Recorder>(posted);
+        notifier = recorder.get();
+        options.notifier = std::move(recorder);
+        options.login = std::make_unique<Switch>(startsAtLogin);
+        options.appIsActive = [this] { return isActive; };
+        options.deviceTools = {
+            .environment = {{u"ANDROID_HOME"_s, tree.path(u"sdk"_s)}},
+            .home = tree.path(),
+            .xcrun = tree.path(u"tools/xcrun"_s),
+            .flutterLimit = std::chrono::milliseconds(flutterLimit),
+            .bootLimit = std::chrono::seconds(20)};
+    }
+    void addTool(const QString& file, const QByteArray& script) {
+        QFile::setPermissions(
+            tree.add(file, "#!/bin/sh\n" + script), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    void becomes(const QAbstractItemModel& list, const QList<QByteArray>& roles, const QString& expected) {
+        EXPECT_TRUE(waitFor([&] { return text(list, roles) == expected; }, std::chrono::seconds(5)))
+            << "is " << text(list, roles).toStdString() << "\nnot " << expected.toStdString();
+    }
+
+    const QString gitConfig;
+    const ScopedEnvironment global;
+    const ScopedEnvironment system;
+    QStringList posted;
+    Notifying* notifier = nullptr;
+    bool startsAtLogin = false;
+    bool isActive = false;
+    int flutterLimit = 20'000;
+};
+
+} // namespace
+
+TEST(RelativeDate, CountsDaysAsPeopleDo) {
+    const QDateTime now(QDate(2026, 3, 2), QTime(0, 30), QTimeZone("Europe/Paris"));
+    const struct {
+        qint64 secondsAgo;
+        QString day, moment;
+    } cases[] = {
+        {-100, u"today"_s, u"just now"_s},
+        {59, u"today"_s, u"just now"_s},
+        {60, u"today"_s, u"1 minute ago"_s},
+        {2 * 3600, u"yesterday"_s, u"2 hours ago"_s},
+        {13 * 3600, u"yesterday"_s, u"yesterday"_s},
+        {2 * 86400, u"2 days ago"_s, u"2 days ago"_s},
+        {7 * 86400, u"last week"_s, u"last week"_s},
+        {15 * 86400, u"2 weeks ago"_s, u"2 weeks ago"_s},
+        {31 * 86400, u"last month"_s, u"last month"_s},
+        {100 * 86400, u"3 months ago"_s, u"3 months ago"_s},
+        {400 * 86400, u"last year"_s, u"last year"_s},
+        {800 * 86400, u"2 years ago"_s, u"2 years ago"_s},
+    };
+    for (const auto& [seconds, day, moment] : cases) {
+        const QDateTime then = now.addSecs(-seconds).toUTC();
+        EXPECT_EQ(RelativeDate::day(then, now), day) << seconds;
+        EXPECT_EQ(RelativeDate::moment(then, now), moment) << seconds;
+    }
+}
+
+TEST_F(PartsTest, FiltersNarrowTheProjectsAndSayWhatIsChosen) {
+    addInstalled(u"alone"_s, "vite", up(4101));
+    addInstalled(u"clients/one"_s, "express", up(4102));
+    addInstalled(u"clients/two"_s, "vite", up(4103));
+    tree.add(u"projects/clients/one/.git/"_s);
+    tree.add(u"projects/clients/two/.git/"_s);
+    scan();
+    FilterBar& bar = *model->filterBar();
+    const QAbstractItemModelTester tester(model->homeCards(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    const QList<QByteArray> roles{"name", "isCollection"};
+    becomes(*model->homeCards(), roles, u"alone|false; clients|true"_s);
+    EXPECT_EQ(model->appsInCollections().size(), 2);
+    becomes(*bar.frameworks(), {"title", "isOn"}, u"Express|false; Vite|false"_s);
+
+    bar.toggle(u"framework:Vite"_s);
+    bar.toggle(u"kind:Frontend"_s);
+    becomes(*model->homeCards(), roles, u"alone|false; two|false"_s);
+    bar.setCollections(2);
+    becomes(*model->homeCards(), roles, u"alone|false"_s);
+    EXPECT_EQ(text(*bar.chips(), {"title"}), u"Frontend; Vite; Hide"_s);
+    EXPECT_EQ(bar.activeCount(), 3);
+    bar.toggle(u"collections"_s);
+    bar.toggle(u"kind:Frontend"_s);
+    EXPECT_EQ(text(*bar.chips(), {"title"}), u"Vite"_s);
+    bar.setCollections(3);
+    becomes(*model->homeCards(), roles, u"clients|true"_s);
+    bar.setCollections(9);
+    bar.clear();
+    EXPECT_EQ(model->filters(), ProjectFilterSet());
+    bar.setCollections(1);
+    bar.setOnlyPinned(true);
+    model->togglePin(project(u"clients/one"_s));
+    becomes(*model->homeCards(), roles, u"one|false"_s);
+    bar.setOnlyPinned(false);
+    bar.setGit(1);
+    becomes(*model->homeCards(), roles, u""_s);
+    ASSERT_EQ(QProcess::execute(u"git"_s, {u"-C"_s, root + u"/alone"_s, u"init"_s, u"-q"_s}), 0);
+    EXPECT_TRUE(finishes(model->refreshGitBadges()));
+    becomes(*model->homeCards(), roles, u"alone|false"_s);
+    bar.clear();
+    bar.setOnlyUncommitted(true);
+    becomes(*model->homeCards(), roles, u"alone|false"_s);
+    model->suggestions()->perform(u"uncommitted"_s);
+    EXPECT_EQ(model->page().id, root + u"/alone"_s);
+    EXPECT_EQ(model->detailTab(), DetailTab::git);
+}
+
+TEST_F(PartsTest, TasksStandByProject) {
+    for (const QString& name : {u"zoo"_s, u"ant"_s, u"bee"_s}) {
+        addInstalled(name, "vite", up(4104));
+    }
+    scan();
+    model->togglePin(project(u"zoo"_s));
+    TaskLists& lists = *model->taskLists();
+    const QAbstractItemModelTester tester(lists.open(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    EXPECT_FALSE(lists.add(u"  "_s, {}, project(u"ant"_s).id));
+    EXPECT_FALSE(lists.add(u"title"_s, {}, u"/nowhere"_s));
+    for (const auto& [title, owner] :
+         {std::pair{u"b1"_s, u"bee"_s}, {u"a1"_s, u"ant"_s}, {u"z1"_s, u"zoo"_s}, {u"a2"_s, u"ant"_s}}) {
+        EXPECT_TRUE(lists.add(title, u" note "_s, project(owner).id));
+    }
+    const QList<QByteArray> roles{"projectName", "title", "groupCount", "when"};
+    becomes(*lists.open(), roles, u"zoo|z1|1|today; ant|a1|2|today; ant|a2|2|today; bee|b1|1|today"_s);
+    const auto key = [&](int row) {
+        return lists.open()->index(row, 0).data(lists.open()->roleNames().key("key")).toString();
+    };
+    lists.rename(key(1), u" renamed "_s, {});
+    lists.rename(key(2), u" "_s, {});
+    lists.setDone(key(0), true);
+    becomes(*lists.open(), roles, u"ant|renamed|2|today; ant|a2|2|today; bee|b1|1|today"_s);
+    becomes(*lists.recentlyDone(), {"title", "when", "isDone"}, u"z1|just now|true"_s);
+    model->setPage({.kind = AppPage::Kind::project, .id = project(u"bee"_s).id});
+    becomes(*model->projectTasks()->open(), {"title"}, u"b1"_s);
+    EXPECT_EQ(model->projectTasks()->doneCount(), 0);
+    lists.remove(key(2));
+    becomes(*model->projectTasks()->open(), {"title"}, u""_s);
+}
+
+TEST_F(PartsTest, NotificationsTellWhatHappenedBehindTheUsersBack) {
+    addNode(u"shop"_s, "express", "echo http://localhost:4105; while [ ! -e stop ]; do sleep 0.1; done; exit 3\n");
+    scan();
+    EXPECT_TRUE(finishes(model->setNotificationsEnabled(true)));
+    EXPECT_EQ(model->notificationStatusText(), u"Shown by asked"_s);
+    const Project shop = project(u"shop"_s);
+    model->run(shop, {ServiceKind::backend});
+    ASSERT_TRUE(waitFor([&] { return model->setup().has_value(); }));
+    model->confirmInstall();
+    const QString ready = u"shop is ready / Backend is running on localhost:4105. / http://localhost:4105"_s;
+    ASSERT_TRUE(waitFor([&] { return !posted.isEmpty(); }));
+    EXPECT_EQ(posted, QStringList{ready}) << "the install is none of it";
+    EXPECT_EQ(model->runningPorts(shop), QList{4105});
+    tree.add(u"projects/shop/stop"_s);
+    ASSERT_TRUE(waitFor([&] { return posted.size() == 2; }));
+    EXPECT_TRUE(posted[1].startsWith(u"shop stopped unexpectedly / Backend: Exited with code 3"_s));
+
+    isActive = true;
+    QFile::remove(tree.path(u"projects/shop/stop"_s));
+    model->toggleRun(shop);
+    ASSERT_TRUE(waitForPhase(shop, ServiceKind::backend, ServiceState::Phase::running));
+    EXPECT_TRUE(finishes(model->stop(shop)));
+    isActive = false;
+    model->post(AgentFinished{u"shop"_s, shop.id, u"Codex"_s, true, {}});
+    EXPECT_EQ(posted.size(), 3) << "neither what the user sees nor what he stopped";
+    Q_EMIT model->projectAdded(u"blog"_s, root + u"/blog"_s, true);
+    EXPECT_TRUE(posted.last().startsWith(u"blog was cloned"_s));
+
+    bool isOpen = false;
+    model->setOpenMainWindowAction([&] { isOpen = true; });
+    notifier->projectClicked(shop.id);
+    EXPECT_TRUE(isOpen);
+    EXPECT_EQ(model->page().id, shop.id);
+    QUrl opened;
+    model->openUrl = [&](const QUrl& url) {
+        opened = url;
+        return true;
+    };
+    notifier->addressClicked(QUrl(u"http://localhost:4105"_s));
+    EXPECT_EQ(opened.port(), 4105);
+}
+
+TEST_F(PartsTest, TheLastActionIsTheCardsOwnAfterARestartToo) {
+    addInstalled(u"shop/web"_s, "vite", up(4106));
+    addInstalled(u"shop/api"_s, "express", up(4107));
+    addInstalled(u"blog"_s, "astro", up(4108));
+    scan();
+    EXPECT_EQ(model->primaryAction(project(u"shop"_s)), RunAction::both);
+    EXPECT_TRUE(finishes(model->run(project(u"shop"_s), {ServiceKind::backend})));
+    EXPECT_TRUE(finishes(model->run(project(u"blog"_s), {ServiceKind::frontend})));
+    const QList<ServiceID> services = model->services(project(u"blog"_s));
+    EXPECT_TRUE(finishes(model->stopAllServices()));
+    makeModel();
+    scan();
+    const Project shop = project(u"shop"_s);
+    EXPECT_EQ(model->primaryAction(shop), RunAction::backend) << "another project was run since";
+    model->togglePin(shop);
+    EXPECT_EQ(model->pinnedEntries(), (QList<PinnedEntry>{{shop.id, u"Run shop"_s, false}}));
+    EXPECT_TRUE(finishes(model->toggleRun(shop)));
+    EXPECT_TRUE(state(shop, ServiceKind::backend).isActive());
+    EXPECT_FALSE(state(shop, ServiceKind::frontend).isActive());
+}
+
+TEST_F(PartsTest, SuggestionsDoWhatTheySayAndStayAway) {
+    addInstalled(u"shop"_s, "express", up(4109));
+    model->settings().change(
+        [&](AppSettings& settings) { settings.lastRun = LastRun{root + u"/shop"_s, u"Backend"_s}; });
+    scan();
+    Suggestions& suggestions = *model->suggestions();
+    suggestions.setLimit(4);
+    becomes(*suggestions.cards(), {"key"}, u"resume; add-project; login; themes"_s);
+    suggestions.perform(u"login"_s);
+    EXPECT_TRUE(startsAtLogin);
+    suggestions.dismiss(u"themes"_s);
+    suggestions.dismiss(u"no such"_s);
+    becomes(*suggestions.cards(), {"key"}, u"resume; add-project"_s);
+    suggestions.perform(u"add-project"_s);
+    EXPECT_TRUE(model->sheet().has_value());
+    suggestions.perform(u"git-identity"_s);
+    EXPECT_EQ(model->page().section, SettingsSection::git);
+    suggestions.perform(u"resume"_s);
+    ASSERT_TRUE(waitForPhase(project(u"shop"_s), ServiceKind::backend, ServiceState::Phase::running));
+    becomes(*suggestions.cards(), {"key"}, u"add-project"_s);
+    makeModel();
+    scan();
+    becomes(*model->suggestions()->cards(), {"key"}, u"resume; add-project"_s);
+    model->suggestions()->bringBack();
+    becomes(*model->suggestions()->cards(), {"key"}, u"resume; add-project; themes"_s);
+}
+
+TEST_F(PartsTest, OnboardingWritesEverythingAtOnceAtItsEnd) {
+    addInstalled(u"clients/one"_s, "express", up(4110));
+    addInstalled(u"clients/two"_s, "vite", up(4110));
+    addInstalled(u"shop"_s, "vite", up(4110));
+    tree.add(u"projects/clients/one/.git/"_s);
+    tree.add(u"projects/clients/two/.git/"_s);
+    EXPECT_TRUE(model->needsOnboarding());
+    OnboardingModel& pages = *model->onboarding();
+    EXPECT_TRUE(finishes(pages.loadExisting()));
+    EXPECT_EQ(pages.gitEmail(), u"old@example.org"_s);
+    pages.setName(u"  "_s);
+    pages.next();
+    pages.next();
+    EXPECT_EQ(pages.step(), 1) << "nobody has no name";
+    pages.setName(u" Sam "_s);
+    pages.setFolder(tree.path(u"nowhere"_s));
+    pages.next();
+    EXPECT_FALSE(pages.canAdvance());
+    EXPECT_TRUE(finishes(pages.scanFolder()));
+    EXPECT_EQ(pages.detectedCount(), std::nullopt);
+    pages.setFolder(QUrl::fromLocalFile(root + u'/').toString());
+    EXPECT_TRUE(finishes(pages.scanFolder()));
+    EXPECT_EQ(pages.detectedCount(), 3);
+    EXPECT_EQ(pages.detectedFolders(), 1);
+    becomes(*pages.found(), {"name", "stackLine"}, u"one|Express; two|Vite; shop|Vite"_s);
+    pages.setGitName(u"Sam Doe"_s);
+    pages.setTheme(2);
+    pages.setTheme(99);
+    pages.setNotifications(true);
+    pages.setLaunchAtLogin(true);
+    EXPECT_EQ(model->settings().settings().theme, ThemeID::ember) << "nothing is written yet";
+    EXPECT_TRUE(finishes(pages.finish()));
+    const AppSettings& settings = model->settings().settings();
+    EXPECT_EQ(settings.displayName, u"Sam"_s);
+    EXPECT_EQ(settings.scanRoot, root);
+    EXPECT_EQ(settings.theme, ThemeID::forest);
+    EXPECT_TRUE(settings.notificationsEnabled);
+    EXPECT_TRUE(startsAtLogin);
+    EXPECT_FALSE(model->needsOnboarding());
+    EXPECT_EQ(model->projects().size(), 3);
+    EXPECT_TRUE(readFile(gitConfig).contains("name = Sam Doe")) << readFile(gitConfig).constData();
+    pages.setGitName({});
+    pages.setGitEmail(u" "_s);
+    const QByteArray before = readFile(gitConfig);
+    EXPECT_TRUE(finishes(pages.finish()));
+    EXPECT_EQ(readFile(gitConfig), before);
+}
+
+TEST_F(PartsTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {
+    addTool(
+        u"bin/flutter"_s, "if [ \"$1\" = devices ]; then cat '" + tree.path(u"devices.json"_s).toUtf8() +
+                              "'; else echo \"on $3\"; exec sleep 100; fi\n");
+    tree.add(u"devices.json"_s, R"([{"id": "chrome", "name": "Chrome"}, {"id": "U2", "name": "iPhone 16"}])");
+    addTool(u"tools/xcrun"_s, R"(echo '{"devices": {"r.iOS-17-2": [{"udid": "U1", "name": "iPhone 15"}],
+        "r.iOS-18-2": [{"udid": "U2", "name": "iPhone 16", "state": "Booted"}]}}')");
+    addTool(
+        u"sdk/emulator/emulator"_s, "case $1 in -list-avds) echo Pixel_9;; *) touch '" +
+                                        tree.path(u"booted"_s).toUtf8() + "'; exec sleep 2;; esac\n");
+    addTool(
+        u"sdk/platform-tools/adb"_s, "[ -e '" + tree.path(u"booted"_s).toUtf8() +
+                                         "' ] || exit 0\n"
+                                         "case $* in devices) printf 'List\\nemulator-5554\\tdevice\\n';; *name) "
+                                         "printf 'Pixel_9\\nOK\\n';; *) echo 1;; esac\n");
+    tree.add(u"projects/pocket/pubspec.yaml"_s, "name: pocket\ndependencies:\n  flutter:\n    sdk: flutter\n");
+    tree.add(u"projects/pocket/.dart_tool/"_s);
+    scan();
+    DevicesModel& devices = *model->devices();
+    const Project pocket = project(u"pocket"_s);
+    devices.setProjectID(pocket.id);
+    EXPECT_TRUE(finishes(devices.refresh()));
+    const QList<QByteArray> roles{"section", "title", "detail", "isBooted"};
+    becomes(
+        *devices.devices(), roles,
+        u"Connected|Linux|Desktop|false; Connected|Chrome|Web|false; iOS 18.2|iPhone 16|Simulator|true; "
+        "iOS 17.2|iPhone 15|Simulator|false; Android|Pixel 9|Emulator|false"_s);
+    EXPECT_TRUE(devices.hints().isEmpty());
+    devices.setSearchText(u"PIX"_s);
+    EXPECT_EQ(text(*devices.devices(), {"title"}), u"Pixel 9"_s);
+    EXPECT_TRUE(devices.choose(pocket.id, u"avd:Pixel_9"_s));
+    makeModel();
+    scan();
+    EXPECT_EQ(model->devices()->chosen(pocket.id), u"avd:Pixel_9"_s);
+    EXPECT_TRUE(finishes(model->run(pocket, {ServiceKind::flutter})));
+    EXPECT_TRUE(waitFor([&] { return logText(id(pocket, ServiceKind::flutter)) == u"on emulator-5554"_s; }))
+        << logText(id(pocket, ServiceKind::flutter)).toStdString();
+
+    addTool(u"bin/flutter"_s, "exec sleep 100\n");
+    QFile::remove(tree.path(u"tools/xcrun"_s));
+    QFile::remove(tree.path(u"sdk/emulator/emulator"_s));
+    flutterLimit = 300;
+    makeModel();
+    EXPECT_TRUE(finishes(model->devices()->refresh()));
+    EXPECT_EQ(model->devices()->hints().size(), 3) << model->devices()->hints().join(u'\n').toStdString();
+    EXPECT_EQ(model->devices()->devices()->rowCount(), 0);
+    const auto gone = model->devices()->ready(u"avd:Pixel_9"_s);
+    EXPECT_TRUE(waitFor([&] { return gone.isFinished(); }));
+    EXPECT_FALSE(gone.result().has_value());
+}
+
+TEST_F(PartsTest, TheLogOfAServiceIsReadFromItsFirstLineOn) {
+    addInstalled(u"shop"_s, "express", "seq 7000; echo Listening on http://localhost:4111; exec sleep 100\n");
+    scan();
+    const Project shop = project(u"shop"_s);
+    model->setPage({.kind = AppPage::Kind::project, .id = shop.id});
+    model->run(shop, {ServiceKind::backend});
+    ASSERT_TRUE(waitForPhase(shop, ServiceKind::backend, ServiceState::Phase::running));
+    ServiceLogs& logs = *model->logs();
+    becomes(*logs.services(), {"label", "phase", "port", "isShown"}, u"Backend|running|:4111|true"_s);
+    const auto row = [&](int place) {
+        const QModelIndex index = logs.lines()->index(place);
+        return index.data(LogModel::NumberRole).toString() + u' ' + index.data(LogModel::TextRole).toString();
+    };
+    EXPECT_EQ(logs.lines()->rowCount(), ProcessManager::maxLogLines);
+    EXPECT_EQ(row(0), u"2002 2002"_s);
+    logs.setProjectID({});
+    EXPECT_EQ(logs.lines()->rowCount(), 0);
+    logs.setProjectID(shop.id);
+    EXPECT_EQ(row(4999), u"7001 Listening on http://localhost:4111"_s) << "opened later, the numbers are the same";
+}

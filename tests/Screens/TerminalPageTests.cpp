@@ -1,0 +1,216 @@
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvTerminal/View/TerminalView.h"
+#include "OrvUI/Screens/Registration.h"
+#include "OrvUI/Screens/TerminalLook.h"
+#include "OrvUI/Screens/TerminalTabList.h"
+#include "OrvUI/Screens/Theme.h"
+#include "tests/support/TestSupport.h"
+
+#include <QAbstractItemModelTester>
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace orv {
+namespace {
+
+using namespace Qt::StringLiterals;
+using test::waitFor;
+
+constexpr char windowOfThePage[] = R"(
+import OrvLauncher.Screens
+import QtQuick
+
+Window {
+    id: root
+
+    required property TerminalTabs tabs
+
+    width: 800
+    height: 500
+    visible: true
+
+    TerminalPage {
+        anchors.fill: parent
+        focus: true
+        tabs: root.tabs
+        folder: "file:///tmp"
+        folderName: "shop"
+    }
+}
+)";
+
+QStringList* pageWarnings = nullptr;
+
+void collectWarnings(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    Q_UNUSED(context)
+    if (type != QtDebugMsg && type != QtInfoMsg) {
+        pageWarnings->append(text);
+    }
+}
+
+class TerminalPage : public ::testing::Test {
+protected:
+    TerminalPage() {
+        for (const QString& name : {u".zshrc"_s, u".profile"_s}) {
+            home.add(name, "PS1='ready> '\n");
+        }
+        pageWarnings = &warnings;
+        before = qInstallMessageHandler(collectWarnings);
+        registerScreens(*engine);
+        engine->setInitialProperties({{u"tabs"_s, QVariant::fromValue(&tabs)}});
+        engine->loadData(windowOfThePage);
+        window = qobject_cast<QQuickWindow*>(engine->rootObjects().value(0));
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+
+    ~TerminalPage() override {
+        engine.reset();
+        tabs.closeAll();
+        qInstallMessageHandler(before);
+        EXPECT_EQ(warnings, QStringList());
+    }
+
+    /// A visible item with this text or name.
+    [[nodiscard]] QQuickItem* shown(const QString& text, QQuickItem* below = nullptr) const {
+        for (QQuickItem* item : (below != nullptr ? below : window->contentItem())->childItems()) {
+            if (!item->isVisible()) {
+                continue;
+            }
+            if (item->property("text").toString() == text) {
+                return item;
+            }
+            if (QQuickItem* found = shown(text, item)) {
+                return found;
+            }
+        }
+        return nullptr;
+    }
+
+    /// Where it stands once it is laid out.
+    void click(const QString& text) {
+        QPoint middle;
+        ASSERT_TRUE(waitFor([&] {
+            QQuickItem* item = shown(text);
+            middle =
+                item == nullptr ? QPoint() : item->mapToScene(QPointF(item->width() / 2, item->height() / 2)).toPoint();
+            return item != nullptr && QRect(QPoint(), window->size()).contains(middle);
+        })) << text.toStdString();
+        QTest::mouseClick(window, Qt::LeftButton, {}, middle);
+    }
+
+    test::TemporaryTree home;
+    test::ScopedEnvironment homeSetting{"HOME", home.path().toUtf8().constData()};
+    test::ScopedEnvironment zshFolder{"ZDOTDIR", nullptr};
+    QStringList warnings;
+    QtMessageHandler before = nullptr;
+    TerminalTabs tabs;
+    std::unique_ptr<QQmlApplicationEngine> engine = std::make_unique<QQmlApplicationEngine>();
+    QQuickWindow* window = nullptr;
+};
+
+TEST_F(TerminalPage, OpensTerminalsAndClosesThem) {
+    EXPECT_NE(shown(u"Run things by hand"_s), nullptr);
+    EXPECT_NE(shown(u"Open a real terminal in shop"_s), nullptr);
+    click(u"New terminal in shop"_s);
+    ASSERT_EQ(tabs.sessions().size(), 1);
+    TerminalSession* session = tabs.sessions().constFirst();
+    EXPECT_EQ(session->directory(), QUrl(u"file:///tmp"_s));
+    EXPECT_EQ(shown(u"Run things by hand"_s), nullptr);
+    ASSERT_TRUE(waitFor([&] { return session->outputForTesting().contains(u"ready>"_s); }));
+    auto* view = qobject_cast<TerminalView*>(session->terminalView());
+    ASSERT_NE(view, nullptr);
+    EXPECT_TRUE(waitFor([&] { return view->hasActiveFocus(); })) << "keys go to the shell at once";
+
+    QTest::keyClick(window, Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_EQ(tabs.sessions().size(), 2);
+    EXPECT_EQ(tabs.selectedID(), tabs.sessions().at(1)->id());
+    EXPECT_EQ(view->parentItem(), nullptr) << "the other view is shown now";
+    QTest::keyClick(window, Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_EQ(tabs.selectedID(), session->id());
+    EXPECT_TRUE(waitFor([&] { return view->hasActiveFocus(); }));
+
+    // A program that runs is asked about; Escape keeps it.
+    session->send(u"cat\n"_s);
+    ASSERT_TRUE(waitFor([&] { return session->hasForegroundProgram(); }));
+    const QString question = u"A program still runs in this terminal."_s;
+    QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_TRUE(waitFor([&] { return shown(question) != nullptr; }));
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_TRUE(waitFor([&] { return shown(question) == nullptr && view->hasActiveFocus(); }));
+    EXPECT_EQ(tabs.sessions().size(), 2);
+    QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_TRUE(waitFor([&] { return shown(question) != nullptr; }));
+    QTest::keyClick(window, Qt::Key_Return);
+    EXPECT_EQ(tabs.sessions().size(), 1);
+}
+
+TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
+    TerminalSession* session = tabs.open(QUrl(u"file:///tmp"_s));
+    ASSERT_TRUE(waitFor([&] { return session->outputForTesting().contains(u"ready>"_s); }));
+    auto* view = qobject_cast<TerminalView*>(session->terminalView());
+    session->terminal().feed("\x1b[?2004l");
+    view->paste(u"echo one\necho two\n"_s);
+    EXPECT_NE(shown(u"Paste 2 lines? The shell runs each one as it comes."_s), nullptr);
+    click(u"Cancel"_s);
+    EXPECT_EQ(view->pasteLines(), 0);
+
+    QTest::keyClick(window, Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    for (const char letter : {'r', 'e', 'a', 'd', 'y'}) {
+        QTest::keyClick(window, letter);
+    }
+    EXPECT_EQ(view->find()->text(), u"ready"_s);
+    EXPECT_NE(shown(u"1 of 1"_s), nullptr);
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_FALSE(view->find()->isActive());
+    EXPECT_TRUE(waitFor([&] { return view->hasActiveFocus(); }));
+
+    session->send(u"exit 3\n"_s);
+    EXPECT_TRUE(
+        waitFor([&] { return shown(u"The shell has ended with code 3. Press Return to start again."_s) != nullptr; }));
+    QTest::keyClick(window, Qt::Key_Return);
+    ASSERT_EQ(tabs.sessions().size(), 1);
+    EXPECT_NE(tabs.sessions().constFirst(), session);
+    EXPECT_TRUE(tabs.sessions().constFirst()->isAlive());
+}
+
+TEST(TerminalTabList, FollowsTheTabsByRows) {
+    TerminalTabs tabs;
+    TerminalTabList list;
+    const QAbstractItemModelTester tester(list.rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    list.setTabs(&tabs);
+    const QUrl folder(u"file:///tmp"_s);
+    list.open(folder);
+    list.open(folder);
+    list.open(folder);
+    const QList<TerminalSession*> opened = tabs.sessions();
+    EXPECT_EQ(list.selected(), opened.at(2));
+    list.step(1);
+    EXPECT_EQ(list.selected(), opened.at(0)) << "round the end";
+    list.moveTo(opened.at(0), opened.at(2));
+    EXPECT_EQ(tabs.sessions(), (QList<TerminalSession*>{opened.at(1), opened.at(2), opened.at(0)}));
+    list.selectAt(7);
+    list.selectAt(1);
+    EXPECT_EQ(list.selected(), opened.at(2));
+    list.renew(opened.at(2));
+    EXPECT_EQ(list.count(), 3);
+    EXPECT_EQ(tabs.sessions().indexOf(list.selected()), 1) << "at the same place";
+    list.close(list.selected());
+    EXPECT_EQ(list.count(), 2);
+}
+
+TEST(TerminalLook, HasTheColoursOfTheTheme) {
+    Theme& theme = *Theme::instance();
+    theme.setDark(false);
+    const TerminalColors light = TerminalLook::instance()->colors();
+    EXPECT_EQ(light.base.background, toTerm(theme.terminalBackground()));
+    EXPECT_EQ(light.scheme, term::ColorScheme::light);
+    theme.setDark(true);
+    EXPECT_NE(TerminalLook::instance()->colors().base.ansi, light.base.ansi);
+}
+
+} // namespace
+} // namespace orv

@@ -25,6 +25,10 @@ Item {
     readonly property bool running: runState === "running"
     property bool open: running
 
+    function joined(parts) {
+        return parts.filter(part => part.length > 0).join(" · ");
+    }
+
     implicitHeight: column.height
     Accessible.role: Accessible.Grouping
     Accessible.name: title
@@ -100,7 +104,7 @@ Item {
                     anchors.verticalCenter: parent.verticalCenter
                     role: Theme.Small
                     color: Theme.text2
-                    text: [card.agentName, card.projectName, card.autonomyTitle, card.duration, card.changes].filter(part => part.length > 0).join(" · ")
+                    text: card.joined([card.agentName, card.projectName, card.autonomyTitle, card.duration, card.changes])
                 }
             }
 

@@ -13,6 +13,10 @@ FocusScope {
     readonly property AgentModels agents: model.agentModels
     readonly property bool scrolled: view.contentY > Theme.hairline
 
+    function joined(parts) {
+        return parts.filter(part => part.length > 0).join(" · ");
+    }
+
     Component.onCompleted: page.agents.refreshAgents()
 
     Flickable {
@@ -84,7 +88,7 @@ FocusScope {
                     anchors.verticalCenter: parent.verticalCenter
                     role: Theme.Small
                     color: Theme.text3
-                    text: [page.agents.workingText, page.agents.totalsText].filter(part => part.length > 0).join(" · ")
+                    text: page.joined([page.agents.workingText, page.agents.totalsText])
                 }
             }
 

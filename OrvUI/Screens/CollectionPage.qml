@@ -1,6 +1,5 @@
 import OrvLauncher.Screens
 import QtQuick
-import QtQuick.Templates as T
 
 // The projects in one folder.
 FocusScope {

@@ -49,7 +49,8 @@ Window {
 
     function showPage() {
         const source = pageSources[nav.page] ?? "";
-        if (source.length > 0 && !page.source.toString().endsWith(source)) {
+        if (source.length > 0 && page.shown !== source) {
+            page.shown = source;
             page.setSource(source, {
                 "model": root.model,
                 "nav": nav,
@@ -60,6 +61,7 @@ Window {
                 page.item.searchText = Qt.binding(() => root.collectionSearch);
             }
         } else if (source.length === 0) {
+            page.shown = "";
             page.source = "";
         }
         root.collectionSearch = "";
@@ -152,7 +154,7 @@ Window {
                 padding: root.pagePadding
                 onCrumbChosen: index => nav.openCrumb(index)
                 onSearchEdited: text => nav.page === Navigator.Home ? root.model.searchText = text : root.collectionSearch = text
-                onSearchLeft: nav.page === Navigator.Home ? home.focusCards() : page.item.focusCards()
+                onSearchLeft: nav.page === Navigator.Home ? home.focusCards() : (page.item as CollectionPage)?.focusCards()
                 onRefreshRequested: root.model.refreshNow()
 
                 tools: [
@@ -212,6 +214,9 @@ Window {
                     id: page
 
                     anchors.fill: parent
+                    // Its file's name.
+                    property string shown
+
                     focus: !home.visible
                     visible: !home.visible
                 }
@@ -375,22 +380,22 @@ Window {
 
             message: ""
             text: inTray ? qsTr("Quit and stop everything, or keep running from the menu bar.") : qsTr("Quitting stops everything.")
-            choices: [
-                {
+            readonly property var stop: ({
                     "text": qsTr("Stop and Quit"),
                     "danger": true,
                     "answer": 0
-                },
-                {
+                })
+            readonly property var stay: ({
                     "text": qsTr("Keep Running in Menu Bar"),
                     "primary": true,
                     "answer": 1
-                },
-                {
+                })
+            readonly property var cancel: ({
                     "text": qsTr("Cancel"),
                     "answer": 2
-                }
-            ].filter(choice => inTray || choice.answer !== 1)
+                })
+
+            choices: inTray ? [stop, stay, cancel] : [stop, cancel]
             onChosen: index => root.quitAnswered(choices[index].answer)
         }
     }

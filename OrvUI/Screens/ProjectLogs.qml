@@ -73,6 +73,9 @@ FocusScope {
                 const ids = [];
                 for (let i = 0; i < count; ++i) {
                     const entry = objectAt(i);
+                    if (!entry) {
+                        continue;
+                    }
                     found.push({
                         "text": entry.port.length > 0 ? entry.label + " " + entry.port : entry.label,
                         "state": entry.phase === "stopped" ? "idle" : entry.phase
@@ -87,7 +90,8 @@ FocusScope {
             }
 
             model: page.logs.services
-            onCountChanged: Qt.callLater(collect)
+            onCountChanged: collect()
+            onObjectAdded: collect()
 
             delegate: QtObject {
                 required property string key
@@ -96,9 +100,9 @@ FocusScope {
                 required property string port
                 required property bool isShown
 
-                onPhaseChanged: Qt.callLater(list.collect)
-                onPortChanged: Qt.callLater(list.collect)
-                onIsShownChanged: Qt.callLater(list.collect)
+                onPhaseChanged: list.collect()
+                onPortChanged: list.collect()
+                onIsShownChanged: list.collect()
             }
         }
 
@@ -206,7 +210,7 @@ FocusScope {
             Accessible.name: services.choices.length > 0 ? qsTr("Output of %1").arg(services.choices[list.shown]?.text ?? "") : qsTr("Output")
             onCountChanged: {
                 if (page.follow) {
-                    Qt.callLater(positionViewAtEnd);
+                    positionViewAtEnd();
                 }
             }
             onMovementStarted: page.follow = false

@@ -1,6 +1,5 @@
 import OrvLauncher.Screens
 import QtQuick
-import QtQuick.Templates as T
 
 // One project: what it is, what runs of it, and its tabs.
 FocusScope {
@@ -19,6 +18,10 @@ FocusScope {
 
         model: page.model
         projectID: page.nav.page === Navigator.Project ? page.nav.pageID : projectID
+    }
+
+    function preferred(actions, wanted) {
+        return actions.includes(wanted) ? wanted : actions[0] ?? "";
     }
 
     function runOrStop(action) {
@@ -72,11 +75,13 @@ FocusScope {
                 spacing: Theme.space10
 
                 Repeater {
-                    model: detail.frameworks.slice(0, page.narrow ? 3 : 4)
+                    model: detail.frameworks
 
                     Pill {
                         required property string modelData
+                        required property int index
 
+                        visible: index < (page.narrow ? 3 : 4)
                         text: modelData
                     }
                 }
@@ -120,7 +125,7 @@ FocusScope {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: page.narrow && detail.startable.length > 0
                 projectName: detail.name
-                action: detail.startable.includes(detail.defaultAction) ? detail.defaultAction : detail.startable.length > 0 ? detail.startable[0] : ""
+                action: page.preferred(detail.startable, detail.defaultAction)
                 actions: detail.startable
                 busy: false
                 onStarted: page.model.runAction(detail.projectID, action)
@@ -188,6 +193,9 @@ FocusScope {
     Loader {
         id: body
 
+        // Its file's name.
+        property string shown
+
         anchors.top: tabs.bottom
         anchors.left: parent.left
         anchors.right: parent.right
@@ -199,9 +207,10 @@ FocusScope {
 
     function show() {
         const source = (page.tabs[page.nav.tab] ?? page.tabs[0]).source;
-        if (body.source.toString().endsWith(source)) {
+        if (body.shown === source) {
             return;
         }
+        body.shown = source;
         body.setSource(source, {
             "model": page.model,
             "nav": page.nav,

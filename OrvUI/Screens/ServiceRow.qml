@@ -199,7 +199,8 @@ Item {
             text: qsTr("More for %1").arg(row.label)
             onClicked: {
                 menu.active = true;
-                menu.item.popup(more, more.width - menu.item.width, more.height + Theme.space4);
+                const entries = menu.item as Menu;
+                entries.popup(more, more.width - entries.width, more.height + Theme.space4);
             }
         }
     }

@@ -1,6 +1,5 @@
 import OrvLauncher.Screens
 import QtQuick
-import QtQuick.Templates as T
 
 // Which agent takes a task, and how much it may do.
 Column {

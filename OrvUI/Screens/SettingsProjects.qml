@@ -12,9 +12,7 @@ Column {
     topPadding: -Theme.space12
     spacing: Theme.space12
 
-    OverrideRows {
-        id: rows
-
+    readonly property OverrideRows rows: OverrideRows {
         model: section.model
         filter: search.text
     }
@@ -52,21 +50,21 @@ Column {
             width: parent.width
 
             Repeater {
-                model: rows
+                model: section.rows
 
                 OverrideItem {
                     width: list.width
                     open: section.openKey === key
                     onToggled: section.openKey = section.openKey === key ? "" : key
                     onSaved: (command, port, kind) => {
-                        error = rows.save(key, command, port, kind);
+                        error = section.rows.save(key, command, port, kind);
                         if (error.length === 0) {
                             section.openKey = "";
                         }
                     }
                     onResetRequested: {
                         section.openKey = "";
-                        rows.reset(key);
+                        section.rows.reset(key);
                     }
                 }
             }

@@ -6,6 +6,11 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: control
 
+    function flip() {
+        control.toggle();
+        control.clicked();
+    }
+
     implicitWidth: Theme.switchWidth
     implicitHeight: Theme.switchHeight
     checkable: true
@@ -15,8 +20,8 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked
-    Keys.onReturnPressed: control.click()
-    Keys.onEnterPressed: control.click()
+    Keys.onReturnPressed: control.flip()
+    Keys.onEnterPressed: control.flip()
 
     background: Rectangle {
         radius: height / 2

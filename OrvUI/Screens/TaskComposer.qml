@@ -102,7 +102,8 @@ FocusScope {
             Keys.onReturnPressed: choose.clicked()
             onClicked: {
                 projects.active = true;
-                projects.item.popup(choose, choose.width - projects.item.width, choose.height + Theme.space4);
+                const entries = projects.item as Menu;
+                entries.popup(choose, choose.width - entries.width, choose.height + Theme.space4);
             }
 
             background: Rectangle {

@@ -1,6 +1,5 @@
 import OrvLauncher.Screens
 import QtQuick
-import QtQuick.Templates as T
 
 // A to-do item of a list: a round to tick, its words, and what can be done with it; renamed in place.
 FocusScope {

@@ -62,8 +62,8 @@ public Q_SLOTS:
         }
         return m_kind == Kind::full ? QStringList{u"body"_s, u"body-markup"_s, u"actions"_s} : QStringList{u"body"_s};
     }
-    QString GetServerInformation(QString& vendor, QString& version, QString& specification) {
-        vendor = version = specification = u"1"_s;
+    QString GetServerInformation(QString& vendor, QString& version, QString& protocol) {
+        vendor = version = protocol = u"1"_s;
         return u"stand-in"_s;
     }
     uint Notify(

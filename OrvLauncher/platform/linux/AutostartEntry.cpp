@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// As any string of a desktop entry (Desktop Entry Specification, Possible value types).
+/// As any string of a desktop entry (freedesktop.org, desktop entries: possible value types).
 QString escaped(const QString& value) {
     QString text = value;
     return text.replace(u'\\', u"\\\\"_s).replace(u'\n', u"\\n"_s).replace(u'\t', u"\\t"_s).replace(u'\r', u"\\r"_s);

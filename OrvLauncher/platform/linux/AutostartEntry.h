@@ -4,7 +4,7 @@
 
 namespace orv {
 
-/// "orvlauncher.desktop" in the autostart folder (Desktop Application Autostart Specification). It names the executable
+/// "orvlauncher.desktop" in the autostart folder that freedesktop.org's desktops read. It names the executable
 /// that runs; one that names another counts as enabled, and is put right by `setEnabled(true)`.
 class AutostartEntry : public LoginItemController {
 public:
@@ -15,8 +15,8 @@ public:
     [[nodiscard]] std::expected<void, QString> setEnabled(bool isEnabled) override;
     [[nodiscard]] const QString& filePath() const { return m_path; }
 
-    /// The program as the value of "Exec" (Desktop Entry Specification, The Exec key); none for a path that can't stand
-    /// there.
+    /// The program as the value of "Exec" (freedesktop.org, desktop entries, The Exec key); none for a path that can't
+    /// stand there.
     [[nodiscard]] static std::optional<QString> execValue(const QString& executable);
 
 private:

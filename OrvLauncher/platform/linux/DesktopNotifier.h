@@ -14,9 +14,9 @@
 
 namespace orv {
 
-/// A client of org.freedesktop.Notifications (Desktop Notifications Specification 1.2). Lives on the main thread, which
-/// waits neither for the bus, to which another thread connects, nor for the server: every call is asynchronous and
-/// ends after a while. What is posted before the server has said what it can do waits, the newest of it.
+/// A client of org.freedesktop.Notifications (freedesktop.org, desktop notifications 1.2). Lives on the main thread,
+/// which waits neither for the bus, to which another thread connects, nor for the server: every call is asynchronous
+/// and ends after a while. What is posted before the server has said what it can do waits, the newest of it.
 class DesktopNotifier : public QObject, public Notifying {
     Q_OBJECT
 public:

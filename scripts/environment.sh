@@ -5,6 +5,8 @@
 if [[ -z ${ORV_COMPILER_LAUNCHER+set} ]] && command -v ccache >/dev/null; then
     export ORV_COMPILER_LAUNCHER=ccache
     export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$root} CCACHE_NOHASHDIR=${CCACHE_NOHASHDIR:-1}
+    # What a source takes from a precompiled header is known by that header's own contents.
+    export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
 fi
 
 if [[ $(uname -s) == Darwin ]]; then

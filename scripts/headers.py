@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Compiles our headers alone, with the flags of a source of their folder, and prints what does not stand alone.
 
-A header that its own source includes before anything else is left out: the build has compiled it alone already.
+A header that its own source includes before anything else is left out: the build has compiled it alone already, behind
+nothing but the precompiled header. The others are compiled without that one.
 """
 
 import argparse
@@ -21,8 +22,13 @@ def is_first_in_its_source(header):
     return first is not None and Path(first[1]).name == header.name
 
 
+def without_precompiled(words):
+    at = next((place for place, word in enumerate(words) if word.endswith("cmake_pch.hxx")), None)
+    return words if at is None else words[:at - 1] + words[at + 1:]
+
+
 def check(header, entry):
-    command = [*compiler_arguments(entry), "-fsyntax-only", "-x", "c++", "-include", str(header), os.devnull]
+    command = [*without_precompiled(compiler_arguments(entry)), "-fsyntax-only", "-x", "c++", "-include", str(header), os.devnull]
     run = subprocess.run(command, cwd=entry["directory"], capture_output=True, text=True)
     return run.returncode == 0, run.stderr
 

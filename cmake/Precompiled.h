@@ -1,0 +1,39 @@
+// What most sources of the modules on Qt include: see ORV_PCH.
+#pragma once
+
+#include <QAbstractListModel>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QFuture>
+#include <QFutureWatcher>
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QObject>
+#include <QPointer>
+#include <QPromise>
+#include <QRegularExpression>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QThread>
+#include <QThreadPool>
+#include <QTimer>
+#include <QUrl>
+#include <QUuid>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <expected>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>

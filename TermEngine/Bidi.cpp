@@ -460,6 +460,7 @@ PresentedRow presentedRow(const Buffer& buffer, int index, const BidiPresentatio
         return {};
     }
     PresentedRow made;
+    made.paragraph = levels.paragraph % 2 != 0 ? BidiDirection::rightToLeft : BidiDirection::leftToRight;
     const BufferLine& line = buffer.lineAt(index);
     made.isRightToLeft.resize(static_cast<std::size_t>(line.size()));
     for (const int unit : bidi::visualOrder(row)) {

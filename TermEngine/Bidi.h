@@ -41,6 +41,8 @@ struct PresentedRow {
     std::vector<int> columns{};
     /// For each column of the row, whether its cell is read from right to left. Empty: none is.
     std::vector<bool> isRightToLeft{};
+    /// In which its paragraph is shown, given or found.
+    BidiDirection paragraph = BidiDirection::leftToRight;
 };
 
 /// A row of a buffer, by its index, within its paragraph: the line with all that soft wraps join to it. One of more

@@ -7,6 +7,17 @@ namespace term {
 using unicode::GraphemeBreak;
 using unicode::Properties;
 
+namespace {
+
+/// Joins whatever cluster it stands behind, and does nothing else.
+bool isPlainMark(char32_t scalar) {
+    const Properties properties = unicode::properties(scalar);
+    return properties.width() == 0 && properties.graphemeBreak() == GraphemeBreak::extend &&
+           scalar != unicode::emojiSelector;
+}
+
+} // namespace
+
 /// IRM, which has no effect beside the left and right margins.
 bool Buffer::insertsAtCursor() const {
     return insertMode && m_x >= marginLeft() && m_x <= marginRight();
@@ -23,7 +34,7 @@ void Buffer::wrap(const Pen& pen) {
     }
 }
 
-void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) {
+void Buffer::insertWrappingAscii(std::span<const std::uint8_t> text, const Pen& pen) {
     if (text.empty()) {
         return;
     }
@@ -35,16 +46,6 @@ void Buffer::insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) 
         }
     }
     m_lastScalar = text.back();
-    if (!m_pendingWrap && !insertMode) [[likely]] {
-        BufferLine& target = line(m_y);
-        const int right = rightLimit(target);
-        if (text.size() <= static_cast<std::size_t>(right - m_x)) {
-            const int columns = static_cast<int>(text.size());
-            m_ops.expandAscii(&target.write(m_x, columns)->rawValue, text.data(), text.size(), pen.bits);
-            m_x += columns;
-            return;
-        }
-    }
     while (!text.empty()) {
         if (m_pendingWrap) {
             if (wraparound) {
@@ -91,17 +92,17 @@ void Buffer::insertScalarRun(std::span<const char32_t> text, const Pen& pen, Clu
         const Properties properties = unicode::properties(scalar);
         if (properties.startsCluster() && properties.width() > 0) {
             putScalar(scalar, properties.width(), pen);
+            text = text.subspan(1);
         } else {
-            putClustered(scalar, properties, pen, mode);
+            text = text.subspan(putClustered(text, pen, mode));
         }
-        text = text.subspan(1);
     }
 }
 
 void Buffer::insertBehindPrepend(char32_t scalar, const Pen& pen) {
     const Properties properties = unicode::properties(scalar);
     m_lastScalar = scalar;
-    putClustered(scalar, properties, pen, ClusterMode::graphemes);
+    putClustered({&scalar, 1}, pen, ClusterMode::graphemes);
     if (properties.graphemeBreak() == GraphemeBreak::prepend) {
         m_lastScalar |= joinsNext;
     }
@@ -204,7 +205,10 @@ int Buffer::columnBeforeCursor() const {
     return col > 0 && line(m_y)[col].isSpacer() ? col - 1 : col;
 }
 
-void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen, ClusterMode mode) {
+/// Of a text that begins with what may join the character before it: how much of it was written.
+std::size_t Buffer::putClustered(std::span<const char32_t> text, const Pen& pen, ClusterMode mode) {
+    const char32_t scalar = text.front();
+    const Properties properties = unicode::properties(scalar);
     const GraphemeBreak kind = properties.graphemeBreak();
     const int col = columnBeforeCursor();
     if (col >= 0 && (mode == ClusterMode::graphemes || properties.width() == 0)) {
@@ -223,8 +227,13 @@ void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen
                                 (scalar == unicode::emojiSelector
                                      ? cluster.size() == 1 && unicode::properties(cluster[0]).takesEmojiSelector()
                                      : properties.width() == 2 && kind != GraphemeBreak::extend);
-            if (cluster.size() < CellArena::maximumClusterScalars) {
-                cluster.push_back(scalar);
+            // Marks that follow come into the cluster with it, so that what is interned is the whole.
+            std::size_t count = 1;
+            while (count < text.size() && isPlainMark(text[count])) {
+                ++count;
+            }
+            if (const std::size_t room = CellArena::maximumClusterScalars - cluster.size(); room > 0) {
+                cluster.append(text.data(), std::min(count, room));
                 if (const std::uint32_t id = m_arena->internCluster(cluster); id != 0) {
                     const std::uint64_t rest =
                         before.isEmpty() ? pen.bits : before.rawValue & ~(PackedCell::contentMask | 3);
@@ -234,12 +243,12 @@ void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen
             if (widens) {
                 widen(col, pen);
             }
-            return;
+            return count;
         }
     }
     int width = properties.width();
     if (width == 0) {
-        return;
+        return 1;
     }
     if (mode == ClusterMode::graphemes && kind == GraphemeBreak::regionalIndicator &&
         m_setup.regionalIndicatorWidth == RegionalIndicatorWidth::wide) {
@@ -249,6 +258,7 @@ void Buffer::putClustered(char32_t scalar, Properties properties, const Pen& pen
     if (mode == ClusterMode::graphemes && kind == GraphemeBreak::prepend) {
         m_lastScalar |= joinsNext;
     }
+    return 1;
 }
 
 /// The character at `col`, just written, takes two columns from now on.

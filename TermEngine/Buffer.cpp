@@ -58,6 +58,11 @@ void Buffer::setMargins(int left, int right) {
     m_marginRight = right;
 }
 
+void Buffer::setLineMode(int row, RenderLineMode mode) {
+    line(row).setRenderMode(mode);
+    m_hasDoubleLines = m_hasDoubleLines || mode != RenderLineMode::single;
+}
+
 void Buffer::resetMargins() {
     m_scrollTop = 0;
     m_scrollBottom = m_rows - 1;
@@ -91,6 +96,7 @@ void Buffer::clearHistory() {
 void Buffer::clear(PackedCell blank) {
     m_trimmedCount += static_cast<std::uint64_t>(m_yBase);
     m_lines.dropOldest(m_lines.size());
+    m_hasDoubleLines = false;
     m_yBase = 0;
     m_yDisp = 0;
     while (lineCount() < m_rows) {

@@ -147,7 +147,19 @@ public:
     LineObserver* lineObserver = nullptr;
 
     // Writing at the cursor (Buffer+Write.cpp).
-    void insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen);
+    void insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) {
+        const bool isPlain =
+            (m_lastScalar & joinsNext) == 0 && !(m_pendingWrap | insertMode | marginMode | m_hasDoubleLines);
+        if (isPlain && text.size() - 1 < static_cast<std::size_t>(m_cols - 1 - m_x)) [[likely]] {
+            m_lastScalar = text.back();
+            const int columns = static_cast<int>(text.size());
+            std::uint64_t* const cells = &line(m_y).write(m_x, columns)->rawValue;
+            m_x += columns;
+            m_ops.expandAscii(cells, text.data(), text.size(), pen.bits);
+            return;
+        }
+        insertWrappingAscii(text, pen);
+    }
     void insertScalarRun(std::span<const char32_t> text, const Pen& pen, ClusterMode mode);
     /// A cell of width 1 or 2.
     void insertCharacter(PackedCell cell, const Pen& pen);
@@ -191,10 +203,11 @@ public:
 
     void mark(CellArena::Marker& marker) const;
     /// The last column of a row: double-width lines have half of them.
-    [[nodiscard]] int lastColumn(int row) const { return lastColumn(line(row)); }
+    [[nodiscard]] int lastColumn(int row) const { return m_hasDoubleLines ? lastColumn(line(row)) : m_cols - 1; }
     [[nodiscard]] int lastColumn(const BufferLine& line) const {
         return line.renderMode() == RenderLineMode::single ? m_cols - 1 : std::max(m_cols / 2 - 1, 0);
     }
+    void setLineMode(int row, RenderLineMode mode);
     [[nodiscard]] std::unique_ptr<BufferLine> blankLine(PackedCell blank);
 
 private:
@@ -205,6 +218,7 @@ private:
     void checkWidths(int first);
     /// Of `m_lastScalar`: a Prepend, which joins what comes next, though that begins a cluster by itself elsewhere.
     static constexpr char32_t joinsNext = 0x8000'0000;
+    void insertWrappingAscii(std::span<const std::uint8_t> text, const Pen& pen);
     void insertBehindPrepend(char32_t scalar, const Pen& pen);
     [[nodiscard]] bool insertsAtCursor() const;
     /// The last column that the cursor can write before it wraps; `target` is its line.
@@ -217,7 +231,7 @@ private:
     [[nodiscard]] bool canWrapWide(int right) const { return wraparound && right > (marginMode ? m_marginLeft : 0); }
     std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
     void putScalar(char32_t scalar, int width, const Pen& pen);
-    void putClustered(char32_t scalar, unicode::Properties properties, const Pen& pen, ClusterMode mode);
+    std::size_t putClustered(std::span<const char32_t> text, const Pen& pen, ClusterMode mode);
     [[nodiscard]] int columnBeforeCursor() const;
     void widen(int col, const Pen& pen);
     void pushLine(int above, PackedCell blank);
@@ -242,6 +256,7 @@ private:
     int m_x = 0;
     int m_y = 0;
     bool m_pendingWrap = false;
+    bool m_hasDoubleLines = false; ///< there may be some
     int m_yBase = 0;
     int m_yDisp = 0;
     int m_scrollTop = 0;

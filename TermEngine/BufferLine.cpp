@@ -16,6 +16,10 @@ PackedCell emptied(PackedCell cell) {
     return PackedCell(cell.rawValue & PackedCell::attributeMask);
 }
 
+void reportOutside() {
+    logDiagnostic("BufferLine: You passed an index out of range, adjusting to prevent crash, but you should debug");
+}
+
 } // namespace
 
 BufferLine::BufferLine(const BufferLine& other)
@@ -37,8 +41,23 @@ BufferLine::BufferLine(const BufferLine& other)
 }
 
 [[gnu::cold]] PackedCell BufferLine::cellOutside(int col) const {
-    logDiagnostic("BufferLine: You passed an index out of range, adjusting to prevent crash, but you should debug");
+    reportOutside();
     return m_cols > 0 ? (*this)[std::clamp(col, 0, m_cols - 1)] : m_tailBlank;
+}
+
+[[gnu::cold]] PackedCell* BufferLine::writeOutside(int col, int count) {
+    reportOutside();
+    count = std::max(count, 0);
+    if (count <= m_cols) {
+        return write(std::clamp(col, 0, m_cols - count), count);
+    }
+    // More than the line has: the caller writes past its end, into cells that are none of it.
+    ++m_generation;
+    if (count > m_capacity) {
+        grow(count);
+    }
+    m_used = m_cols;
+    return m_cells.get();
 }
 
 void BufferLine::setRenderMode(RenderLineMode mode) {
@@ -98,12 +117,30 @@ void BufferLine::dropSpacer(int col) {
 }
 
 void BufferLine::replace(int col, PackedCell cell) {
+    if (!isWithin(col, 1)) [[unlikely]] {
+        *writeOutside(col, 1) = cell;
+        return;
+    }
     reserve(col, col + 1);
     m_cells[static_cast<std::size_t>(col)] = cell;
 }
 
+std::span<PackedCell> BufferLine::edit(int first, int end) {
+    if (first < 0 || first > end || end > m_cols) [[unlikely]] {
+        reportOutside();
+        return {};
+    }
+    reserve(end, end);
+    return {m_cells.get() + first, static_cast<std::size_t>(end - first)};
+}
+
 void BufferLine::fill(int first, int end, PackedCell cell) {
     if (first >= end) {
+        return;
+    }
+    if (first < 0 || end > m_cols) [[unlikely]] {
+        reportOutside();
+        fill(std::max(first, 0), std::min(end, m_cols), cell);
         return;
     }
     if (end >= m_cols && cell.isEmpty()) {
@@ -125,9 +162,15 @@ void BufferLine::fill(int first, int end, PackedCell cell) {
 }
 
 void BufferLine::fillUnprotected(int first, int end, PackedCell cell) {
-    for (int col = first; col < end; ++col) {
-        if (!(*this)[col].isProtected()) {
-            set(col, cell);
+    while (first < end) {
+        const int begin = first;
+        while (first < end && !(*this)[first].isProtected()) {
+            // The tail has no protected cells.
+            first = first < m_used ? first + 1 : end;
+        }
+        fill(begin, first, cell);
+        for (; first < end && (*this)[first].isProtected();) {
+            ++first;
         }
     }
 }
@@ -186,19 +229,28 @@ void BufferLine::copyFrom(const BufferLine& source, int sourceCol, int col, int 
     if (count <= 0) {
         return;
     }
+    if (&source == this) {
+        const BufferLine copy(source);
+        copyFrom(copy, sourceCol, col, count);
+        return;
+    }
     m_hasWide = m_hasWide || source.m_hasWide;
-    std::vector<PackedCell> copied(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        copied[static_cast<std::size_t>(i)] = source[sourceCol + i];
+    PackedCell* const cells = write(col, count);
+    int copied = 0;
+    if (source.isWithin(sourceCol, count) && source.m_used > sourceCol) {
+        copied = std::min(source.m_used - sourceCol, count);
+        std::copy_n(source.m_cells.get() + sourceCol, copied, cells);
+    }
+    for (; copied < count; ++copied) {
+        cells[copied] = source[sourceCol + copied];
     }
     // A half of a wide character at an edge of the range is none.
-    if (copied.front().isSpacer()) {
-        copied.front() = emptied(copied.front());
+    if (cells[0].isSpacer()) {
+        cells[0] = emptied(cells[0]);
     }
-    if (copied.back().isWide()) {
-        copied.back() = emptied(copied.back());
+    if (cells[count - 1].isWide()) {
+        cells[count - 1] = emptied(cells[count - 1]);
     }
-    std::ranges::copy(copied, write(col, count));
 }
 
 void BufferLine::resize(int cols) {

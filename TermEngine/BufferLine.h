@@ -79,10 +79,20 @@ public:
     /// The prompt (`SemanticState::activeGroup`) whose text goes on here behind a line feed; 0: none.
     [[nodiscard]] std::uint32_t continuedGroup() const { return m_continuedGroup; }
     void setContinuedGroup(std::uint32_t group) { m_continuedGroup = group; }
+    /// What a shell has said of the text of the line, which is gone.
+    void forgetPrompt() {
+        if (m_marks.any() || m_continuedGroup != 0) [[unlikely]] {
+            setSemanticMark({});
+            m_continuedGroup = 0;
+        }
+    }
 
     /// Room for cells that the caller writes at once, all of them: the halves of wide characters that it cuts become
-    /// blank. Within the line.
+    /// blank. What is not within the line is reported as a diagnostic; then the room is elsewhere in it.
     PackedCell* write(int col, int count) {
+        if (!isWithin(col, count)) [[unlikely]] {
+            return writeOutside(col, count);
+        }
         if (m_hasWide) {
             cutWide(col);
             cutWide(col + count);
@@ -123,6 +133,8 @@ public:
     void set(int col, PackedCell cell) { *write(col, 1) = cell; }
     /// Without a look at wide characters.
     void replace(int col, PackedCell cell);
+    /// Cells to change where they are, without a look at wide characters.
+    [[nodiscard]] std::span<PackedCell> edit(int first, int end);
     void fill(int first, int end, PackedCell cell);
     /// Blank cells between the protected ones.
     void fillUnprotected(int first, int end, PackedCell cell);
@@ -157,7 +169,12 @@ public:
     [[nodiscard]] std::string translateToString(const CellArena& arena, bool trim, int first = 0, int end = -1) const;
 
 private:
+    [[nodiscard]] bool isWithin(int col, int count) const {
+        return static_cast<unsigned>(col) <= static_cast<unsigned>(m_cols) &&
+               static_cast<unsigned>(count) <= static_cast<unsigned>(m_cols - col);
+    }
     [[nodiscard]] PackedCell cellOutside(int col) const;
+    PackedCell* writeOutside(int col, int count);
     void reserve(int col, int end);
     void grow(int capacity);
     void cutWide(int col);

@@ -50,6 +50,11 @@ public:
     [[nodiscard]] static constexpr Color rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
         return {Kind::trueColor, static_cast<std::uint32_t>(red << 16 | green << 8 | blue)};
     }
+    /// Of the values of a sequence, from 0 on.
+    [[nodiscard]] static constexpr Color clamped(int red, int green, int blue) {
+        const auto byte = [](int value) { return static_cast<std::uint8_t>(value < 255 ? value : 255); };
+        return rgb(byte(red), byte(green), byte(blue));
+    }
     [[nodiscard]] static constexpr Color inverted() { return {Kind::defaultInvertedColor, 0}; }
     [[nodiscard]] static constexpr Color fromRaw(std::uint32_t raw) {
         return {static_cast<Kind>(raw >> 24), raw & 0xFFFFFF};

@@ -81,6 +81,10 @@ constexpr Characters letters[] = {
 
 // DEC Special Character and Line Drawing Set, 0x5F to 0x7E.
 constexpr std::u32string_view graphics = U"\u00A0◆▒␉␌␍␊°±␤␋┘┐┌└┼⎺⎻─⎼⎽├┤┴┬│≤≥π≠£·";
+// The same codes in the graphics mode of the VT52, as xterm shows them: of its fractions without a denominator Unicode
+// has one only.
+constexpr std::u32string_view vt52Graphics = U"  ▮⅟   °±→…÷↓⎺⎺⎻⎻⎼⎼⎽⎽₀₁₂₃₄₅₆₇₈₉¶";
+static_assert(vt52Graphics.size() == graphics.size());
 
 // Whole sets, 0x21 to 0x7E; what a set leaves free is a reversed question mark, as in xterm.
 constexpr Characters wholeSets[] = {
@@ -133,7 +137,9 @@ std::optional<Charset> charsetOf(std::string_view designation, bool has96) {
 }
 
 std::string_view designationOf(Charset set) {
-    return std::ranges::find(designations, set, &Designation::set)->finals;
+    // What has no name is the nearest one that has.
+    const Charset named = set == Charset::vt52Graphics ? Charset::decGraphics : set;
+    return std::ranges::find(designations, named, &Designation::set)->finals;
 }
 
 char32_t characterOf(Charset set, std::uint8_t code) {
@@ -147,6 +153,9 @@ char32_t characterOf(Charset set, std::uint8_t code) {
     }
     if (set == Charset::decGraphics) {
         return characterFrom(0x5F, graphics, code);
+    }
+    if (set == Charset::vt52Graphics) {
+        return characterFrom(0x5F, vt52Graphics, code);
     }
     if (set == Charset::latin1) {
         return code | 0x80U;

@@ -18,6 +18,7 @@ enum class Charset : std::uint8_t {
     decGreek,
     decTurkish,
     decCyrillic,
+    vt52Graphics, ///< no sequence designates it
     // Sets of 96 characters.
     latin1,
     latin2,

@@ -37,7 +37,7 @@ public:
         std::array<std::optional<RgbColor>, dynamicCount> dynamic{};
     };
 
-    ColorTable() { setTheme(BaseColors::xterm(), Ansi256PaletteStrategy::xterm); }
+    explicit ColorTable(Ansi256PaletteStrategy strategy) { setTheme(BaseColors::xterm(), strategy); }
 
     void setTheme(const BaseColors& base, Ansi256PaletteStrategy strategy) {
         m_base = base;

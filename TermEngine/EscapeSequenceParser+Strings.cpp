@@ -59,26 +59,25 @@ bool EscapeSequenceParser::isProgramStatusOsc(Bytes osc) const {
 }
 
 /// The number stays in front; behind it the oldest bytes go.
-void EscapeSequenceParser::trimProgramStatus(std::vector<std::uint8_t>& osc, std::size_t limit) {
-    if (osc.size() <= limit || !isProgramStatusOsc(osc)) {
+void EscapeSequenceParser::trimProgramStatus(ByteBuffer& osc, std::size_t limit) {
+    if (osc.size() <= limit || !isProgramStatusOsc(osc.bytes())) {
         return;
     }
-    const std::size_t head = parseDecimal(osc).size + 1;
+    const std::size_t head = parseDecimal(osc.bytes()).size + 1;
     const std::size_t surplus = std::min(osc.size() - limit, osc.size() - head);
-    const auto first = osc.begin() + static_cast<std::ptrdiff_t>(head);
-    osc.erase(first, first + static_cast<std::ptrdiff_t>(surplus));
+    osc.erase(head, surplus);
     m_oscIgnoredPrefixBytes += surplus;
 }
 
 void EscapeSequenceParser::appendOscBytes(Bytes bytes) {
     if (!m_oscLimitExceeded && m_osc.size() + bytes.size() <= m_maximumOscBytes) {
-        m_osc.insert(m_osc.end(), bytes.data(), bytes.data() + bytes.size());
+        m_osc.append(bytes);
         return;
     }
     if (m_programStatusOsc >= 0 && !m_oscLimitExceeded) {
-        m_osc.insert(m_osc.end(), bytes.data(), bytes.data() + bytes.size());
+        m_osc.append(bytes);
         // The number has to be within the limit, so that it does not matter how the bytes were cut.
-        if (isProgramStatusOsc(Bytes(m_osc).first(std::min(m_osc.size(), m_maximumOscBytes)))) {
+        if (isProgramStatusOsc(m_osc.bytes().first(std::min(m_osc.size(), m_maximumOscBytes)))) {
             if (m_osc.size() / 2 > m_maximumOscBytes) {
                 trimProgramStatus(m_osc, m_maximumOscBytes);
             }
@@ -88,34 +87,42 @@ void EscapeSequenceParser::appendOscBytes(Bytes bytes) {
     }
     m_oscIgnoredPrefixBytes += bytes.size() + m_osc.size();
     m_oscLimitExceeded = true;
-    m_osc.clear();
-    m_osc.shrink_to_fit();
+    m_osc.release();
 }
 
 void EscapeSequenceParser::appendApcBytes(Bytes bytes) {
     if (m_apcLimitExceeded || m_apc.size() + bytes.size() > maximumApcBytes) {
         m_apcLimitExceeded = true;
-        m_apc.clear();
-        m_apc.shrink_to_fit();
+        m_apc.release();
         return;
     }
-    m_apc.insert(m_apc.end(), bytes.data(), bytes.data() + bytes.size());
+    m_apc.append(bytes);
 }
 
 /// Appends as much as belongs to the string and ends the string when its terminator is there. A byte of 0x80 to 0x9F
 /// that goes on with a UTF-8 sequence is text, not a control.
 void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
     const bool isOsc = m_state == oscString;
+    // Of a string of which nothing is kept so far. That of a program's status has its own end.
+    const auto endsWhole = [&](std::uint8_t byte, std::size_t size) {
+        return isOsc ? (byte == 0x1B || byte == 0x07) && m_osc.empty() && !m_oscLimitExceeded &&
+                           size <= m_maximumOscBytes && m_programStatusOsc < 0
+                     : byte == 0x1B && m_apc.empty() && !m_apcLimitExceeded && size <= maximumApcBytes;
+    };
     while (!at.atEnd()) {
         const std::size_t run = m_ops.asciiRun(at.here(), at.left());
-        if (run > 0 && run < at.left() && !isOsc && m_apc.empty() && !m_apcLimitExceeded && run <= maximumApcBytes &&
-            at.here()[run] == 0x1B) {
+        if (run > 0 && run < at.left() && endsWhole(at.here()[run], run)) {
             // The whole string is here, and stays where it is.
-            const Bytes apc = at.bytes.subspan(at.position, run);
+            const Bytes string = at.bytes.subspan(at.position, run);
+            const bool isBell = at.here()[run] == 0x07;
             at.position += run + 1;
             clear();
-            m_state = escape;
-            dispatchApc(apc);
+            m_state = isBell ? ground : escape;
+            if (isOsc) {
+                dispatchOsc(string, isBell ? StringEnd::bell : StringEnd::stringTerminator);
+            } else {
+                dispatchApc(string);
+            }
             return;
         }
         if (run > 0) {
@@ -128,11 +135,12 @@ void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
         ++at.position;
         const bool continues = m_stringContinuationBytes > 0 && (at.code & 0xC0) == 0x80;
         if (continues || at.code >= 0xA0 || at.code == 0x7F) {
-            m_stringContinuationBytes = continues         ? m_stringContinuationBytes - 1
-                                        : at.code >= 0xF0 ? 3
-                                        : at.code >= 0xE0 ? 2
-                                        : at.code >= 0xC0 ? 1
-                                                          : 0;
+            // No character begins with 0xC0, 0xC1, or a byte from 0xF5 on.
+            m_stringContinuationBytes = continues                           ? m_stringContinuationBytes - 1
+                                        : at.code >= 0xF5 || at.code < 0xC2 ? 0
+                                        : at.code >= 0xF0                   ? 3
+                                        : at.code >= 0xE0                   ? 2
+                                                                            : 1;
             appendString({&at.code, 1});
             continue;
         }
@@ -142,11 +150,11 @@ void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
             endString(oscString, StringEnd::bell);
             return;
         }
-        if (at.code == 0x1B && isOsc && isProgramStatusOsc(m_osc)) {
+        if (at.code == 0x1B && isOsc && isProgramStatusOsc(m_osc.bytes())) {
             m_state = programStatusEscape;
             return;
         }
-        const TransitionTable::Step step = m_table.step(m_state, at.code);
+        const TransitionTable::Step step = m_table->step(m_state, at.code);
         if (step.next == m_state && step.action != ParserAction::oscStart) {
             continue;
         }
@@ -163,14 +171,14 @@ void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
 
 void EscapeSequenceParser::endString(ParserState kind, StringEnd end) {
     constexpr std::size_t keptCapacity = 0x10000;
-    std::vector<std::uint8_t>& memory = kind == oscString ? m_osc : m_apc;
-    std::vector<std::uint8_t> string = std::exchange(memory, {});
+    ByteBuffer& memory = kind == oscString ? m_osc : m_apc;
+    ByteBuffer string = std::move(memory);
     if (kind == apcString) {
-        dispatchApc(string);
+        dispatchApc(string.bytes());
     } else if (!m_oscLimitExceeded) {
         // A string of a program's status is let grow to twice the limit, so that its bytes are moved seldom.
         trimProgramStatus(string, m_maximumOscBytes);
-        dispatchOsc(string, end);
+        dispatchOsc(string.bytes(), end);
     }
     if (memory.empty() && string.capacity() <= keptCapacity) {
         string.clear();

@@ -1,6 +1,6 @@
 #include "TermEngine/EscapeSequenceParser.h"
 
-#include "TermEngine/EscapeSequenceParser_p.h"
+#include "TermEngine/EscapeSequenceParser+Ground_p.h"
 
 #include <algorithm>
 #include <bit>
@@ -11,7 +11,10 @@ namespace term {
 using enum ParserState;
 
 EscapeSequenceParser::EscapeSequenceParser(ParserHandler& handler, const VectorOps& ops)
-    : m_handler(handler), m_ops(ops) {}
+    : EscapeSequenceParser(handler, ops, groundWalkFor<ParserHandler>()) {}
+
+EscapeSequenceParser::EscapeSequenceParser(ParserHandler& handler, const VectorOps& ops, GroundWalk groundWalk)
+    : m_handler(handler), m_ops(ops), m_walkGround(groundWalk) {}
 
 void EscapeSequenceParser::reset() {
     m_state = ground;
@@ -67,43 +70,9 @@ void EscapeSequenceParser::walkFedBack() {
 void EscapeSequenceParser::walk(ParsingState& at) {
     while (!at.atEnd()) {
         if (m_state == ground) {
-            walkGround(at);
+            (this->*m_walkGround)(at);
         } else {
             walkTable(at);
-        }
-    }
-}
-
-void EscapeSequenceParser::walkGround(ParsingState& at) {
-    while (!at.atEnd() && m_state == ground) {
-        const std::uint8_t byte = *at.here();
-        if (m_utf8.isPending() || byte >= 0x80) {
-            walkText(at);
-        } else if (byte >= 0x20 && byte != 0x7F) {
-            const std::size_t run = m_ops.asciiRun(at.here(), at.left());
-            const Bytes text = at.bytes.subspan(at.position, run);
-            at.position += run;
-            m_handler.printAscii(text);
-        } else if (byte == 0x1B) {
-            if (at.left() > 1 && at.here()[1] == '[') {
-                at.position += 2;
-                if (!walkPlainCsi(at)) {
-                    clear();
-                    m_state = csiEntry;
-                    walkCsi(at);
-                }
-            } else {
-                clear();
-                ++at.position;
-                m_state = escape;
-            }
-        } else {
-            ++at.position;
-            if (byte == 0x19 || byte == 0x7F) {
-                logError(byte);
-            } else {
-                dispatchExecute(byte);
-            }
         }
     }
 }
@@ -140,68 +109,6 @@ void EscapeSequenceParser::walkText(ParsingState& at) {
     if (count > 0) {
         m_handler.printScalars({scalars.data(), count});
     }
-}
-
-/// From behind "ESC [": at most a private marker, numbers of up to four digits, semicolons and the final byte, all of
-/// it within 32 bytes. False, and nothing is done, for what is not so plain or not all there.
-bool EscapeSequenceParser::walkPlainCsi(ParsingState& at) {
-    const std::uint8_t* p = at.here();
-    // The last number is read four bytes at a look.
-    if (at.left() < 1 + VectorOps::sequenceSize + 4) {
-        return false;
-    }
-    std::size_t markers = 0;
-    if ((*p & 0xFC) == 0x3C) {
-        m_collect[0] = static_cast<char>(*p++);
-        markers = 1;
-    }
-    const SequenceShape shape = m_ops.sequenceShape(p);
-    const std::uint32_t ends = shape.others & ~shape.semicolons;
-    const int size = std::countr_zero(ends | 0x80000000);
-    const std::uint8_t final = p[size];
-    if (final < 0x40 || final > 0x7E) {
-        return false;
-    }
-    const auto behind = static_cast<std::size_t>(p + size + 1 - at.bytes.data());
-    if (final == 'm' && markers == 0 && size < 16 && m_handler.applyKnownRendition(detail::sequenceText(p, size))) {
-        at.position = behind;
-        return true;
-    }
-    std::int32_t* const values = m_parameters.values.data();
-    int count = 0;
-    const std::uint32_t semicolons = shape.others & ((std::uint32_t{1} << size) - 1);
-    std::uint32_t separators = semicolons | std::uint32_t{1} << size;
-    if ((semicolons & (semicolons - 1)) == 0) [[likely]] {
-        // One number or two: without a branch on how many, which nobody can foretell.
-        const int end = std::countr_zero(separators);
-        const int second = size - end - 1; // -1 when there is none
-        if (end > 4 || second > 4) {
-            return false;
-        }
-        values[0] = detail::numberAt(p, end);
-        values[1] = detail::numberAt(p + end + 1, second);
-        count = 2 + (second >> 31);
-    } else {
-        int start = 0;
-        do {
-            const int end = std::countr_zero(separators);
-            separators &= separators - 1;
-            if (end - start > 4 || count == CsiParameters::maximumCount) {
-                return false;
-            }
-            values[count++] = detail::numberAt(p + start, end - start);
-            start = end + 1;
-        } while (separators != 0);
-    }
-    m_parameters.count = count;
-    m_parameters.colonMask = 0;
-    m_parameters.limitExceeded = false;
-    m_collectCount = markers;
-    at.position = behind;
-    if (!m_handler.dispatchCsi(static_cast<char>(final), m_parameters, collected())) {
-        logUnknownCsi(final);
-    }
-    return true;
 }
 
 /// From behind "ESC [" or CSI: parameters and final byte in one go, when they are all there and plain.
@@ -284,7 +191,7 @@ void EscapeSequenceParser::walkTable(ParsingState& at) {
         }
         at.code = *at.here();
         ++at.position;
-        const TransitionTable::Step step = m_table.step(m_state, at.code);
+        const TransitionTable::Step step = m_table->step(m_state, at.code);
         perform(step.action, step.next, at);
     }
 }

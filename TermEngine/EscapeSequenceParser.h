@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TermEngine/ByteBuffer.h"
 #include "TermEngine/CsiParameters.h"
 #include "TermEngine/TransitionTable.h"
 #include "TermEngine/Utf8Decoder.h"
@@ -50,6 +51,12 @@ public:
     /// Before some SGR sequences: true when the handler knows what the text does and has done it. Otherwise
     /// `dispatchCsi` follows.
     virtual bool applyKnownRendition(const SequenceText& /*text*/) { return false; }
+    /// Before some SGR sequences that are nothing but one colour of the foreground, '3', or of the background, '4':
+    /// true when the handler has done it. Otherwise `dispatchCsi` follows.
+    virtual bool applyTrueColor(std::uint8_t /*ground*/, int /*red*/, int /*green*/, int /*blue*/) { return false; }
+    /// Before some sequences with nothing but at most two numbers, 0 where there is none: true when the handler has
+    /// done what the sequence says. Otherwise `dispatchCsi` follows.
+    virtual bool dispatchNumbers(char /*final*/, int /*first*/, int /*second*/) { return false; }
     virtual bool dispatchEsc(std::string_view collected, char final) = 0;
     virtual bool dispatchOsc(int code, Bytes payload, StringEnd end) = 0;
     virtual bool dispatchApc(Bytes payload) = 0;
@@ -86,7 +93,17 @@ public:
     /// More than that can't wait: it is dropped, with a message.
     static constexpr std::size_t maximumFedBackBytes = 0x4000000;
 
+    /// A function of the parser that is made for a kind of handler.
+    using GroundWalk = void (EscapeSequenceParser::*)(ParsingState&);
+    /// `EscapeSequenceParser+Ground_p.h` has to be instantiated for it somewhere.
+    template <typename Handler>
+    [[nodiscard]] static GroundWalk groundWalkFor() {
+        return &EscapeSequenceParser::walkGround<Handler>;
+    }
+
     explicit EscapeSequenceParser(ParserHandler& handler, const VectorOps& ops = fastestVectorOps());
+    /// With a walk that is for this handler's kind.
+    EscapeSequenceParser(ParserHandler& handler, const VectorOps& ops, GroundWalk groundWalk);
 
     /// Reads the bytes where they are: nothing but an unfinished sequence is copied.
     void parseBorrowed(Bytes bytes);
@@ -100,6 +117,11 @@ public:
     [[nodiscard]] std::size_t oscIgnoredBytes() const { return m_oscIgnoredPrefixBytes; }
 
     void setMaximumOscBytes(std::size_t limit) { m_maximumOscBytes = limit; }
+    /// DECANM: whether escape sequences are those of the VT52.
+    void setVt52(bool isVt52) {
+        m_isVt52 = isVt52;
+        m_table = isVt52 ? &sharedVt52Table() : &sharedVt500Table();
+    }
     /// The OSC number of strings that report a program's status: of such a string that is too long, the end is kept.
     /// None, a negative number, at first.
     void setProgramStatusOsc(int code) { m_programStatusOsc = code; }
@@ -108,10 +130,12 @@ private:
     void keepFedBack(Bytes bytes);
     void walkFedBack();
     void walk(ParsingState& at);
+    template <typename Handler>
     void walkGround(ParsingState& at);
     void walkText(ParsingState& at);
     void walkTable(ParsingState& at);
-    [[nodiscard]] bool walkPlainCsi(ParsingState& at);
+    template <typename Handler>
+    [[nodiscard]] const std::uint8_t* walkPlainCsi(Handler& handler, const std::uint8_t* p, const std::uint8_t* end);
     void walkCsi(ParsingState& at);
     void scanParameters(ParsingState& at);
     void consumeOscRun(ParsingState& at);
@@ -129,7 +153,7 @@ private:
     void appendOscBytes(Bytes bytes);
     void appendApcBytes(Bytes bytes);
     [[nodiscard]] bool isProgramStatusOsc(Bytes osc) const;
-    void trimProgramStatus(std::vector<std::uint8_t>& osc, std::size_t limit);
+    void trimProgramStatus(ByteBuffer& osc, std::size_t limit);
     void endString(ParserState kind, StringEnd end);
     void dispatchOsc(Bytes osc, StringEnd end);
     void dispatchApc(Bytes apc);
@@ -140,15 +164,17 @@ private:
 
     ParserHandler& m_handler;
     const VectorOps& m_ops;
-    const TransitionTable& m_table = sharedVt500Table();
+    GroundWalk m_walkGround;
+    const TransitionTable* m_table = &sharedVt500Table();
+    bool m_isVt52 = false;
     ParserState m_state = ParserState::ground;
     Utf8Decoder m_utf8;
     CsiParameters m_parameters;
     std::array<char, 8> m_collect{};
     std::size_t m_collectCount = 0;
 
-    std::vector<std::uint8_t> m_osc;
-    std::vector<std::uint8_t> m_apc;
+    ByteBuffer m_osc;
+    ByteBuffer m_apc;
     std::size_t m_maximumOscBytes = defaultMaximumOscBytes;
     std::size_t m_oscIgnoredPrefixBytes = 0;
     bool m_oscLimitExceeded = false;

@@ -8,6 +8,12 @@
 #include <cstring>
 #include <string>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#elif defined(__aarch64__)
+#include <arm_neon.h>
+#endif
+
 namespace term::detail {
 
 inline const std::string engineName = "TermEngine: ";
@@ -74,6 +80,102 @@ inline int decodeSequence(const std::uint8_t* p, std::uint32_t word, char32_t& s
     const bool isGood = (word & kind.tails) == (kind.tails & 0x80808080) && scalar >= kind.least &&
                         scalar >> 11 != 0x1B && scalar <= 0x10FFFF;
     return isGood ? kind.size : 0;
+}
+
+inline constexpr int sequenceSize = 32;
+
+/// Of the bytes of a control sequence, a bit each, the first one lowest.
+struct SequenceShape {
+    std::uint32_t others = 0; ///< no digits
+    std::uint32_t semicolons = 0;
+};
+
+inline SequenceShape sequenceShapePlain(const std::uint8_t* p) {
+    SequenceShape shape;
+    for (unsigned i = 0; i < sequenceSize; ++i) {
+        shape.others |= static_cast<std::uint32_t>(p[i] < '0' || p[i] > '9') << i;
+        shape.semicolons |= static_cast<std::uint32_t>(p[i] == ';') << i;
+    }
+    return shape;
+}
+
+/// How many bytes at the front are printable ASCII, of sixteen at most.
+inline std::size_t asciiRun16Plain(const std::uint8_t* p, std::size_t size) {
+    std::size_t at = 0;
+    while (at < 16 && at < size && p[at] >= 0x20 && p[at] < 0x7F) {
+        ++at;
+    }
+    return at;
+}
+
+// Short enough to stand where they are used: with the vectors that every processor of its kind has.
+#if defined(__SSE2__)
+
+inline SequenceShape sequenceShape(const std::uint8_t* p) {
+    SequenceShape shape;
+    for (unsigned at = 0; at < sequenceSize; at += 16) {
+        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + at));
+        const __m128i above = _mm_subs_epu8(_mm_xor_si128(text, _mm_set1_epi8('0')), _mm_set1_epi8(9));
+        const auto digits = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(above, _mm_setzero_si128())));
+        const __m128i semicolons = _mm_cmpeq_epi8(text, _mm_set1_epi8(';'));
+        shape.others |= (~digits & 0xFFFFU) << at;
+        shape.semicolons |= static_cast<std::uint32_t>(_mm_movemask_epi8(semicolons)) << at;
+    }
+    return shape;
+}
+
+inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
+    if (size < 16) [[unlikely]] {
+        return asciiRun16Plain(p, size);
+    }
+    const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    // Signed: what is above 0x7F is below 0x20 too.
+    const __m128i bad =
+        _mm_or_si128(_mm_cmplt_epi8(text, _mm_set1_epi8(0x20)), _mm_cmpeq_epi8(text, _mm_set1_epi8(0x7F)));
+    return static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(_mm_movemask_epi8(bad)) | 0x10000U));
+}
+
+#elif defined(__aarch64__)
+
+inline std::uint32_t bitsOfNeon(uint8x16_t mask) {
+    static constexpr std::uint8_t places[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+    const uint8x16_t bits = vandq_u8(mask, vld1q_u8(places));
+    return vaddv_u8(vget_low_u8(bits)) | std::uint32_t{vaddv_u8(vget_high_u8(bits))} << 8;
+}
+
+inline SequenceShape sequenceShape(const std::uint8_t* p) {
+    SequenceShape shape;
+    for (unsigned at = 0; at < sequenceSize; at += 16) {
+        const uint8x16_t text = vld1q_u8(p + at);
+        shape.others |= bitsOfNeon(vcgtq_u8(vsubq_u8(text, vdupq_n_u8('0')), vdupq_n_u8(9))) << at;
+        shape.semicolons |= bitsOfNeon(vceqq_u8(text, vdupq_n_u8(';'))) << at;
+    }
+    return shape;
+}
+
+inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
+    if (size < 16) {
+        return asciiRun16Plain(p, size);
+    }
+    const uint8x16_t bad = vcgeq_u8(vsubq_u8(vld1q_u8(p), vdupq_n_u8(0x20)), vdupq_n_u8(0x5F));
+    return static_cast<std::size_t>(std::countr_zero(bitsOfNeon(bad) | 0x10000U));
+}
+
+#else
+
+inline SequenceShape sequenceShape(const std::uint8_t* p) {
+    return sequenceShapePlain(p);
+}
+
+inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
+    return asciiRun16Plain(p, size);
+}
+
+#endif
+
+/// Whether "38;2;" or "48;2;" stands there.
+inline bool beginsTrueColor(const std::uint8_t* p) {
+    return p[0] - unsigned{'3'} < 2 && wordAt(p + 1) == 0x3B323B38;
 }
 
 /// There are sixteen bytes to read.

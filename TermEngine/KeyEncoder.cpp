@@ -149,7 +149,7 @@ public:
     KeyEncoder(const KeyEvent& event, const KeyModes& modes) : m_event(event), m_modes(modes) {}
 
     std::string encode() {
-        if (m_modes.kitty.bits == 0) {
+        if (m_modes.kitty.bits == 0 || m_modes.vt52) {
             if (m_event.type != KeyEventType::release) {
                 encodeLegacy(m_event.key);
             }
@@ -171,7 +171,7 @@ private:
         const bool isOverridden = has(KeyModifiers::numLock) && m_modes.numLockOverridesKeypad;
         if (const auto keypad = keypadKey(key)) {
             if (m_modes.applicationKeypad && keypad->application != 0 && !isOverridden) {
-                ss3();
+                m_modes.vt52 ? static_cast<void>(m_out += "\x1b?") : ss3();
                 m_out.push_back(keypad->application);
             } else if (keypad->text != 0) {
                 encodeLegacyText(static_cast<char32_t>(keypad->text), {});
@@ -197,6 +197,14 @@ private:
     }
 
     void encodeFunction(const FunctionKey& function, KeyModifiers modifiers) {
+        if (m_modes.vt52) {
+            // It has no modifiers, and of the keys that it does not have those with a number are the usual ones.
+            modifiers = {};
+            if (function.number == 1) {
+                m_out += {'\x1b', function.final};
+                return;
+            }
+        }
         const bool isPlain = modifiers.bits == 0;
         const bool isSs3 = function.introducer == Introducer::ss3 ||
                            (function.introducer == Introducer::ss3InCursorMode && m_modes.applicationCursorKeys);

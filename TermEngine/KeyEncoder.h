@@ -18,6 +18,7 @@ struct KeyModes {
     bool eightBitMeta = false;            ///< mode 1034: alt sets the eighth bit of an ASCII character, as UTF-8
     bool deleteSendsDel = false;          ///< mode 1037
     bool eightBitControls = false;        ///< S8C1T: CSI and SS3 are one byte
+    bool vt52 = false;                    ///< mode 2 is off: ESC A, ESC ? p
     uint8_t modifyOtherKeys = 0;          ///< 0 to 3 (xterm(1), modifyOtherKeys); 3: also without modifiers
     KittyKeyboardFlags kitty{};
 };

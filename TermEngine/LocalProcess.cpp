@@ -140,12 +140,12 @@ void LocalProcess::childDidExit(const Session& session, std::optional<int> exitC
     std::shared_ptr<TerminalIOPipeline> ended;
     {
         const std::scoped_lock lock(m_mutex);
-        if (m_session.get() != &session) {
-            return;
+        // Where a host has started another one meanwhile, as it may when it hears of a failed launch, that one stays.
+        if (m_session.get() == &session) {
+            m_phase = LocalProcessPhase::exited;
+            ended = std::move(m_pipeline);
+            m_lastCounters = ended ? ended->counters() : LocalProcessCounters{};
         }
-        m_phase = LocalProcessPhase::exited;
-        ended = std::move(m_pipeline);
-        m_lastCounters = ended ? ended->counters() : LocalProcessCounters{};
     }
     ended.reset();
     if (const auto delegate = m_delegate.lock()) {
@@ -158,9 +158,10 @@ std::shared_ptr<TerminalIOPipeline> LocalProcess::pipeline() const {
     return m_pipeline;
 }
 
-TerminalIOPipeline::SendResult LocalProcess::send(std::span<const uint8_t> data) {
+TerminalIOPipeline::SendResult LocalProcess::send(
+    std::span<const uint8_t> data, TerminalIOPipeline::SendOrigin origin) {
     const auto current = pipeline();
-    return current ? current->send(data) : TerminalIOPipeline::SendResult::closed;
+    return current ? current->send(data, origin) : TerminalIOPipeline::SendResult::closed;
 }
 
 void LocalProcess::terminate() {

@@ -72,7 +72,8 @@ public:
 
     /// Nothing happens while a child runs. Returns when the program runs, or can't be run.
     void startProcess(const Program& program);
-    TerminalIOPipeline::SendResult send(std::span<const uint8_t> data);
+    TerminalIOPipeline::SendResult send(
+        std::span<const uint8_t> data, TerminalIOPipeline::SendOrigin origin = TerminalIOPipeline::SendOrigin::host);
     /// Sends SIGTERM.
     void terminate();
     void updateWindowSize(const winsize& size);

@@ -123,6 +123,11 @@ std::string cleanText(std::string_view text, size_t limitBytes) {
     return out;
 }
 
+std::string wholeText(std::string_view text) {
+    constexpr size_t replacementBytes = 3; // what a byte that is no UTF-8 becomes
+    return cleanText(text, replacementBytes * text.size());
+}
+
 std::optional<DirectoryReport> parseDirectoryReport(std::string_view payload) {
     constexpr std::string_view scheme = "file://";
     if (!payload.starts_with(scheme) || payload.size() > 3 * maximumTextBytes) {
@@ -135,8 +140,8 @@ std::optional<DirectoryReport> parseDirectoryReport(std::string_view payload) {
     }
     const std::string path = withoutPercentEscapes(payload.substr(slash));
     DirectoryReport report{cleanText(payload.substr(0, slash)), cleanText(path)};
-    // A path that had to be changed is another folder's.
-    return report.path == path ? std::optional(report) : std::nullopt;
+    // A path that had to be changed is another folder's; a name that is cut is another machine's.
+    return report.path == path && slash <= maximumTextBytes ? std::optional(report) : std::nullopt;
 }
 
 std::optional<HyperlinkReport> parseHyperlink(std::string_view payload) {
@@ -253,6 +258,10 @@ std::optional<ITermCommand> parseITermCommand(std::string_view payload, size_t f
         command.value = cleanText({reinterpret_cast<const char*>(value->data()), value->size()});
         return command;
     }
+    case Kind::currentDirectory:
+        // Cut, it would be another folder.
+        command.value = wholeText(payload);
+        return command.value.size() <= maximumTextBytes ? std::optional(command) : std::nullopt;
     case Kind::cursorShape:
         if (payload != "0" && payload != "1" && payload != "2") {
             return std::nullopt;

@@ -18,6 +18,9 @@ constexpr size_t maximumTextBytes = 4096;
 /// `text` without control characters, with U+FFFD for what is no UTF-8, cut after at most `limitBytes`.
 [[nodiscard]] std::string cleanText(std::string_view text, size_t limitBytes = maximumTextBytes);
 
+/// The same, and not cut.
+[[nodiscard]] std::string wholeText(std::string_view text);
+
 /// OSC 7: file://host/path
 struct DirectoryReport {
     std::string host; ///< empty: this machine

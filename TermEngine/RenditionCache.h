@@ -24,8 +24,6 @@ public:
         m_wanted = isKnown ? SequenceText{} : text;
         return isKnown ? &entry.patch : nullptr;
     }
-    /// Nothing is looked for: what is added next is not kept.
-    void skip() { m_wanted = {}; }
     /// What the text does that was looked for in vain; without effect when there was none.
     void add(const AttributePatch& patch) {
         if (m_wanted != SequenceText{}) {

@@ -153,9 +153,10 @@ bool Terminal::announcePaste(ClipboardLocation location) {
         !m_delegate.kittyClipboardSendPasteEvent(*this, location)) {
         return false;
     }
-    sendAll(
-        KittyClipboard::pasteEvent(location, m_delegate.kittyClipboardAvailableMimeTypes(*this, location)),
-        StringEnd::stringTerminator);
+    for (const std::string& body :
+         KittyClipboard::pasteEvent(location, m_delegate.kittyClipboardAvailableMimeTypes(*this, location))) {
+        send(oscString(body, StringEnd::stringTerminator));
+    }
     return true;
 }
 

@@ -83,15 +83,6 @@ void Terminal::cursorRow(int row) {
     }
 }
 
-void Terminal::cursorPosition(int row, int col) {
-    Buffer& b = *m_buffer;
-    if (m_modes.origin) {
-        b.setCursor(std::min(b.marginLeft() + col, b.marginRight()), std::min(b.scrollTop() + row, b.scrollBottom()));
-    } else {
-        b.setCursor(col, row);
-    }
-}
-
 void Terminal::carriageReturn() {
     Buffer& b = *m_buffer;
     b.setCursor(b.x() >= b.marginLeft() || m_modes.origin ? b.marginLeft() : 0, b.y());
@@ -107,8 +98,9 @@ void Terminal::lineFeed() {
     }
 }
 
+/// To the left margin, also from left of it.
 void Terminal::nextLine() {
-    carriageReturn();
+    m_buffer->setCursor(m_buffer->marginLeft(), m_buffer->y());
     m_buffer->index(pen());
     if (m_buffer->semantic.isInPrompt()) [[unlikely]] {
         continuePrompt();
@@ -173,11 +165,11 @@ void Terminal::restoreCursor() {
     b.setPendingWrap(saved.pendingWrap && saved.x == b.x());
 }
 
-void Terminal::setScrollRegion(const CsiParameters& parameters) {
+/// Both count from 1; 0 for the whole screen.
+void Terminal::setScrollRegion(int first, int last) {
     Buffer& b = *m_buffer;
-    const int top = parameters.atLeastOne(0) - 1;
-    const int given = parameters.at(1);
-    const int bottom = given == 0 || given > b.rows() ? b.rows() - 1 : given - 1;
+    const int top = std::max(first, 1) - 1;
+    const int bottom = last == 0 || last > b.rows() ? b.rows() - 1 : last - 1;
     if (top < bottom) {
         b.setScrollRegion(top, bottom);
         cursorPosition(0, 0);

@@ -60,6 +60,10 @@ bool Terminal::dispatchCsi(char final, const CsiParameters& parameters, std::str
         }
         return dispatchPlainCsi(final, parameters);
     }
+    if (final == 'c') {
+        deviceAttributes(collected, parameters);
+        return true;
+    }
     if (collected == "?") {
         return dispatchPrivateCsi(final, parameters);
     }
@@ -145,7 +149,7 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         return true;
     case 'T':
         // With five parameters it is the tracking of highlights.
-        if (parameters.count == 1) {
+        if (parameters.count != 5) {
             m_buffer->scrollDown(count, pen());
         }
         return true;
@@ -157,7 +161,7 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         setAnsiModes(parameters, final == 'h');
         return true;
     case 'r':
-        setScrollRegion(parameters);
+        setScrollRegion(first, parameters.at(1));
         return true;
     case 's':
         if (m_buffer->marginMode) {
@@ -170,7 +174,7 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         restoreCursor();
         return true;
     case 'c':
-        sendDeviceAttributes(parameters);
+        deviceAttributes({}, parameters);
         return true;
     case 'n':
         deviceStatus(parameters);
@@ -241,19 +245,10 @@ bool Terminal::dispatchMarkedCsi(char marker, char final, const CsiParameters& p
         kittyKeyboard(marker, parameters);
         return true;
     }
-    if (marker == '=' && final == 'c') {
-        if (parameters.at(0) == 0) {
-            sendDcs("!|00000000");
-        }
-        return true;
-    }
     if (marker != '>') {
         return false;
     }
     switch (final) {
-    case 'c':
-        sendSecondaryAttributes(parameters);
-        return true;
     case 'q':
         if (parameters.at(0) == 0) {
             sendDcs(">|" + (m_xtVersionIdentity.empty() ? "unknown" : m_xtVersionIdentity) + "(v1.99.1)");
@@ -359,6 +354,9 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
 
 bool Terminal::dispatchEsc(std::string_view collected, char final) {
     m_buffer->forgetLastScalar();
+    if (!m_modes.ansi) {
+        return dispatchVt52(collected, final);
+    }
     if (!collected.empty()) {
         return designate(collected, final);
     }
@@ -415,9 +413,66 @@ bool Terminal::dispatchEsc(std::string_view collected, char final) {
         m_isPenStale = true;
         return true;
     case 'Z':
-        sendDeviceAttributes({});
+        sendPrimaryAttributes();
         return true;
+    case '<': // this is no VT52 anyway
     case '\\':
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// XTerm Control Sequences, VT52 Mode.
+bool Terminal::dispatchVt52(std::string_view collected, char final) {
+    Buffer& b = *m_buffer;
+    if (collected.size() == 2 && collected[0] == 'Y') {
+        // Origin mode is none of its own.
+        const auto place = [](char code) { return static_cast<std::uint8_t>(code) - ' '; };
+        b.setCursor(place(final), place(collected[1]));
+        return true;
+    }
+    if (!collected.empty()) {
+        return false;
+    }
+    switch (final) {
+    case '<':
+        setAnsi(true);
+        return true;
+    case '=':
+    case '>':
+        m_modes.applicationKeypad = final == '=';
+        return true;
+    case 'A':
+        cursorUp(1);
+        return true;
+    case 'B':
+        cursorDown(1);
+        return true;
+    case 'C':
+        cursorForward(1);
+        return true;
+    case 'D':
+        cursorBackward(1);
+        return true;
+    case 'F':
+    case 'G':
+        m_charset.designated[0] = final == 'F' ? Charset::vt52Graphics : Charset::ascii;
+        return true;
+    case 'H':
+        b.setCursor(0, 0);
+        return true;
+    case 'I':
+        b.reverseIndex(pen());
+        return true;
+    case 'J':
+        eraseInDisplay(0, EraseKind::all);
+        return true;
+    case 'K':
+        eraseInLine(0, EraseKind::all);
+        return true;
+    case 'Z':
+        reply("\x1B/Z");
         return true;
     default:
         return false;

@@ -16,6 +16,8 @@ void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
     }
 }
 
+/// A line that is erased whole loses the marks of its shell. That of the cursor keeps them, unless all is erased:
+/// shells mark a line and then clear it for their prompt.
 void Terminal::eraseInDisplay(int what, EraseKind kind) {
     Buffer& b = *m_buffer;
     if (what == 3) {
@@ -36,6 +38,7 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
             line.fill(0, b.cols(), blank);
             line.setWrapped(false);
             line.setRenderMode(RenderLineMode::single);
+            line.forgetPrompt();
         }
         // Nothing flows over any more.
         if (first < end && end < b.rows()) {
@@ -46,6 +49,7 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
             eraseCells(row, 0, b.cols(), kind);
             if (kind == EraseKind::all) {
                 b.line(row).setRenderMode(RenderLineMode::single);
+                b.line(row).forgetPrompt();
             }
         }
     }
@@ -150,7 +154,7 @@ void Terminal::setLineMode(RenderLineMode mode) {
     if (b.marginMode) {
         return;
     }
-    b.line(b.y()).setRenderMode(mode);
+    b.setLineMode(b.y(), mode);
     if (mode != RenderLineMode::single) {
         const int columns = b.lastColumn(b.y()) + 1;
         b.line(b.y()).fill(columns, b.cols(), pen().blank);

@@ -63,7 +63,7 @@ bool Terminal::dispatchApc(Bytes payload) {
     const GraphicsResult result = m_graphics.handle(body, graphicsContext());
     if (!result.reply.empty()) {
         const bool eight = m_modes.eightBitControls;
-        send((eight ? "\x9F" : "\x1B_") + result.reply + (eight ? "\x9C" : "\x1B\\"));
+        reply((eight ? "\x9F" : "\x1B_") + result.reply + (eight ? "\x9C" : "\x1B\\"));
     }
     applyGraphics(result);
     return true;

@@ -14,8 +14,14 @@ KeyModes Terminal::keyModes() const {
         .eightBitMeta = m_modes.eightBitMeta,
         .deleteSendsDel = m_modes.deleteSendsDel,
         .eightBitControls = m_modes.eightBitControls,
+        .vt52 = !m_modes.ansi,
         .modifyOtherKeys = m_modes.modifyOtherKeys,
         .kitty = kittyKeyboardFlags()};
+}
+
+/// What the user does, which is no answer.
+void Terminal::send(std::string_view text) {
+    m_delegate.send(*this, Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
 }
 
 bool Terminal::sendInput(const std::string& bytes) {
@@ -36,13 +42,19 @@ bool Terminal::sendTyped(const std::string& bytes) {
     return isSent;
 }
 
+/// The one that was asked for, unless the text decides.
+BidiDirection Terminal::paragraphDirection(int row) const {
+    const BidiPresentationState state = bidiState(row);
+    return state.isImplicit && state.autodetectsDirection ? presentedRow(row).paragraph : state.paragraph;
+}
+
 bool Terminal::sendKey(const KeyEvent& event) {
     if (event.type == KeyEventType::repeat && !m_modes.autoRepeat) {
         return false;
     }
     KeyEvent sent = event;
-    const bool isRightToLeft = bidiState(m_buffer->y()).paragraph == BidiDirection::rightToLeft;
-    if (m_modes.bidiArrowKeySwap && isRightToLeft && (event.key == Key::left || event.key == Key::right)) {
+    const bool isSideways = event.key == Key::left || event.key == Key::right;
+    if (isSideways && m_modes.bidiArrowKeySwap && paragraphDirection(m_buffer->y()) == BidiDirection::rightToLeft) {
         sent.key = event.key == Key::left ? Key::right : Key::left;
     }
     return sendTyped(encodeKey(sent, keyModes()));
@@ -79,7 +91,7 @@ bool Terminal::paste(std::string_view text, ClipboardLocation location) {
 
 void Terminal::notificationActivated(const NotificationRequest& request) {
     if (request.reports) {
-        sendOsc("99;i=" + request.identifier + ";", StringEnd::stringTerminator);
+        send(oscString("99;i=" + request.identifier + ";", StringEnd::stringTerminator));
     }
 }
 

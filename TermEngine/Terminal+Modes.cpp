@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace term {
 namespace {
@@ -75,6 +76,8 @@ std::optional<bool> Terminal::decPrivateMode(int mode) const {
         return m_modes.mouseEncoding == entry->value;
     }
     switch (mode) {
+    case 2:
+        return m_modes.ansi;
     case 3:
         return m_modes.columns132;
     case 6:
@@ -123,6 +126,9 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
         return;
     }
     switch (mode) {
+    case 2:
+        setAnsi(on);
+        break;
     case 3:
         setColumnMode(on);
         break;
@@ -257,10 +263,18 @@ void Terminal::restorePrivateModes(const CsiParameters& parameters) {
             m_modes.bidiBoxMirroring = m_options.initialBidiState.mirrorsBoxDrawing;
         } else if (mode == 2501) {
             m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;
-        } else if (const auto saved = m_savedModes.find(mode);
-                   saved != m_savedModes.end() && decPrivateMode(mode) != saved->second) {
+        } else if (const auto saved = m_savedModes.find(mode); saved != m_savedModes.end()) {
             applyDECPrivateMode(mode, saved->second);
         }
+    }
+}
+
+/// DECANM. A VT52 has its own characters, and what was designated before is there again afterwards.
+void Terminal::setAnsi(bool on) {
+    if (m_modes.ansi != on) {
+        m_modes.ansi = on;
+        m_parser.setVt52(!on);
+        m_charsetOfAnsi = std::exchange(m_charset, on ? m_charsetOfAnsi : CharsetState());
     }
 }
 
@@ -341,6 +355,7 @@ void Terminal::clearAlternate() {
     for (int row = 0; row < rows(); ++row) {
         m_alternate->eraseCells(row, 0, cols(), pen().blank);
         m_alternate->line(row).setRenderMode(RenderLineMode::single);
+        m_alternate->line(row).forgetPrompt();
     }
 }
 

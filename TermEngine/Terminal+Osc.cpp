@@ -76,7 +76,7 @@ bool Terminal::actOnOsc(int code, std::string_view text, StringEnd end) {
     case 7:
         // An empty one takes the last one back.
         if (text.empty() || parseDirectoryReport(text)) {
-            setDirectory(cleanText(text));
+            setDirectory(wholeText(text)); // in escapes it may be longer than the path that it names
         }
         return true;
     case 8:
@@ -279,11 +279,12 @@ void Terminal::setProgramStatus(std::string_view payload) {
 }
 
 void Terminal::setTitles(int code, std::string_view payload) {
-    const std::optional<std::string> decoded = m_titleModes[0] ? fromHex(payload) : std::string(payload);
+    // What is not kept of a long one is not copied.
+    const std::optional<std::string> decoded = m_titleModes[0] ? fromHex(payload) : std::string();
     if (!decoded) {
         return;
     }
-    const std::string title = cleanText(*decoded);
+    const std::string title = cleanText(m_titleModes[0] ? std::string_view(*decoded) : payload);
     if (code != 2) {
         m_iconTitle = title;
         m_delegate.setTerminalIconTitle(*this, m_iconTitle);

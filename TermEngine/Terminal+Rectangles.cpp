@@ -90,24 +90,40 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
             }
         }
     }
+    const AttributePatch patch = reverses ? AttributePatch() : patchOf(change);
+    const auto changed = [&](PackedCell cell) {
+        Attribute attribute = m_arena->attributeOf(cell);
+        if (!reverses) {
+            return m_arena->withAttribute(cell, Attribute::unpacked(patch.applied(attribute.packed())));
+        }
+        attribute.style = CharacterStyle(attribute.style.raw() ^ mask);
+        if (CharacterStyle(mask).has(StyleBit::underline)) {
+            attribute.underlineStyle =
+                attribute.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
+        }
+        return m_arena->withAttribute(cell, attribute);
+    };
     const int lastColumn = m_modes.origin ? b.marginRight() + 1 : b.cols();
     const int firstColumn = m_modes.origin ? b.marginLeft() : 0;
+    // Neighbours mostly have the same attribute, which then is the same afterwards. It stays in use until another one
+    // is looked for.
+    constexpr std::uint64_t ofText = PackedCell::attributeMask;
+    constexpr std::uint64_t ofBlanks = PackedCell::attributeMask | PackedCell::contentMask | 3;
+    PackedCell before = PackedCell(~std::uint64_t{0});
+    PackedCell after;
     for (int row = area.top; row < area.bottom; ++row) {
         const int left = m_changesRectangles || row == area.top ? area.left : firstColumn;
         const int right = m_changesRectangles || row + 1 == area.bottom ? area.right : lastColumn;
-        for (int col = left; col < right; ++col) {
-            const PackedCell cell = b.line(row)[col];
-            Attribute attribute = m_arena->attributeOf(cell);
-            if (reverses) {
-                attribute.style = CharacterStyle(attribute.style.raw() ^ mask);
-                if (CharacterStyle(mask).has(StyleBit::underline)) {
-                    attribute.underlineStyle =
-                        attribute.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
-                }
-            } else {
-                attribute = Attribute::unpacked(patchOf(change).applied(attribute.packed()));
+        if (left >= right) {
+            continue;
+        }
+        for (PackedCell& cell : b.line(row).edit(left, right)) {
+            const std::uint64_t bits = cell.isEmpty() ? ofBlanks : ofText;
+            if (cell.isEmpty() != before.isEmpty() || ((cell.rawValue ^ before.rawValue) & bits) != 0) {
+                before = cell;
+                after = changed(cell);
             }
-            b.line(row).replace(col, m_arena->withAttribute(cell, attribute));
+            cell.rawValue = (cell.rawValue & ~bits) | (after.rawValue & bits);
         }
     }
 }

@@ -63,34 +63,50 @@ std::unique_ptr<DcsHandler> Terminal::dcsHandler(
     return nullptr;
 }
 
-void Terminal::send(std::string_view text) {
-    m_delegate.send(*this, Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+void Terminal::reply(std::string_view text) {
+    m_delegate.reply(*this, Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
 }
 
 void Terminal::sendCsi(std::string_view body) {
-    send(std::string(m_modes.eightBitControls ? "\x9B" : "\x1B[").append(body));
+    reply(std::string(m_modes.eightBitControls ? "\x9B" : "\x1B[").append(body));
 }
 
 void Terminal::sendDcs(std::string_view body) {
     const bool eight = m_modes.eightBitControls;
-    send(std::string(eight ? "\x90" : "\x1BP").append(body).append(eight ? "\x9C" : "\x1B\\"));
+    reply(std::string(eight ? "\x90" : "\x1BP").append(body).append(eight ? "\x9C" : "\x1B\\"));
+}
+
+std::string Terminal::oscString(std::string_view body, StringEnd end) const {
+    const bool eight = m_modes.eightBitControls;
+    const char* terminator = end == StringEnd::bell ? "\x07" : eight ? "\x9C" : "\x1B\\";
+    return std::string(eight ? "\x9D" : "\x1B]").append(body).append(terminator);
 }
 
 /// The answer ends as the question did.
 void Terminal::sendOsc(std::string_view body, StringEnd end) {
-    const bool eight = m_modes.eightBitControls;
-    const char* terminator = end == StringEnd::bell ? "\x07" : eight ? "\x9C" : "\x1B\\";
-    send(std::string(eight ? "\x9D" : "\x1B]").append(body).append(terminator));
+    reply(oscString(body, end));
 }
 
-void Terminal::sendDeviceAttributes(const CsiParameters& parameters) {
-    if (parameters.count > 1 || parameters.at(0) != 0) {
-        if (isLogging()) {
-            log("SendDeviceAttributes got " + std::to_string(parameters.at(0)) + " and " +
-                std::to_string(parameters.count) + " parameters");
+/// DA1, DA2 and DA3, by what was collected.
+void Terminal::deviceAttributes(std::string_view collected, const CsiParameters& parameters) {
+    const bool isPlain = parameters.count == 1 && parameters.at(0) == 0;
+    if ((!isPlain || !collected.empty()) && isLogging()) {
+        std::string message = "SendDeviceAttributes got ";
+        for (int i = 0; i < parameters.count; ++i) {
+            message += (i == 0 ? "" : ",") + std::to_string(parameters.at(i));
         }
-        return;
+        log(message.append(" and ").append(collected));
     }
+    if (collected == ">") {
+        sendSecondaryAttributes(parameters);
+    } else if (collected == "=" && parameters.at(0) == 0) {
+        sendDcs("!|00000000");
+    } else if (collected.empty() && isPlain) {
+        sendPrimaryAttributes();
+    }
+}
+
+void Terminal::sendPrimaryAttributes() {
     const std::string_view name = m_options.termName;
     if (name.starts_with("xterm")) {
         sendCsi(m_options.enableSixelReported ? "?65;4;1;2;6;21;22;17;28c" : "?65;1;2;6;21;22;17;28c");

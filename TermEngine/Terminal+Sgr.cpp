@@ -10,15 +10,6 @@ constexpr std::size_t attributeStackLimit = 10;
 
 constexpr std::uint32_t noColor = 0xFFFFFFFF;
 
-std::uint32_t clampedByte(int value) {
-    return static_cast<std::uint32_t>(std::min(value, 255));
-}
-
-std::uint32_t trueColor(int red, int green, int blue) {
-    return static_cast<std::uint32_t>(Color::Kind::trueColor) << 24 | clampedByte(red) << 16 | clampedByte(green) << 8 |
-           clampedByte(blue);
-}
-
 /// The colour of a 38, 48 or 58 at `index` into `raw`, and how many parameters it takes. (XTerm Control Sequences, SGR:
 /// with colons a colour space may stand before the values; with semicolons there is none.)
 int parseColor(const CsiParameters& parameters, int index, std::uint32_t& raw) {
@@ -36,18 +27,11 @@ int parseColor(const CsiParameters& parameters, int index, std::uint32_t& raw) {
     if (kind == 2 && available >= 2) {
         const int first = index + (hasColons && group >= 6 ? 3 : 2);
         if (available >= first - index + 3) {
-            raw = trueColor(parameters.at(first), parameters.at(first + 1), parameters.at(first + 2));
+            raw = Color::clamped(parameters.at(first), parameters.at(first + 1), parameters.at(first + 2)).raw();
         }
         return hasColons ? group : std::min(available, 5);
     }
     return available;
-}
-
-/// Whether a sequence begins with "38;2;" or "48;2;": one of many millions, most of which do not come again.
-bool isTrueColor(const SequenceText& text) {
-    constexpr std::uint64_t begin = 0x3B323B3830; // "08;2;"
-    const std::uint64_t digit = (text.low & 0xFF) ^ 0x30;
-    return (text.low & 0xFFFFFFFF00) == (begin & 0xFFFFFFFF00) && (digit == 3 || digit == 4);
 }
 
 using Patch = AttributePatch;
@@ -121,43 +105,10 @@ constexpr auto patches = [] {
 
 } // namespace
 
-bool Terminal::applyKnownRendition(const SequenceText& text) {
-    if (isTrueColor(text)) {
-        m_renditions.skip();
-        return false;
-    }
-    const AttributePatch* const patch = m_renditions.find(text);
-    if (patch == nullptr) {
-        return false;
-    }
-    m_buffer->forgetLastScalar();
-    setAttribute(patch->applied(m_attribute));
-    return true;
-}
-
 void Terminal::selectGraphicRendition(const CsiParameters& parameters) {
-    if (parameters.count == 5 && parameters.colonMask == 0 && parameters.values[1] == 2 &&
-        (parameters.values[0] == 38 || parameters.values[0] == 48)) {
-        // Nothing but one colour.
-        m_renditions.skip();
-        const std::uint32_t raw = trueColor(parameters.values[2], parameters.values[3], parameters.values[4]);
-        const int shift = parameters.values[0] == 48 ? 32 : 0;
-        PackedAttributeKey made = m_attribute;
-        made.word0 = (made.word0 & ~(low32 << shift)) | std::uint64_t{raw} << shift;
-        setAttribute(made);
-        return;
-    }
     const AttributePatch patch = patchOf(parameters);
     m_renditions.add(patch);
     setAttribute(patch.applied(m_attribute));
-}
-
-void Terminal::setAttribute(const PackedAttributeKey& attribute) {
-    if (attribute != m_attribute) {
-        m_attribute = attribute;
-        m_isPenStale = true;
-        m_arena->willIntern(attribute);
-    }
 }
 
 AttributePatch Terminal::patchOf(const CsiParameters& parameters) {

@@ -35,10 +35,11 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options, const Ve
       m_normal(std::make_unique<Buffer>(m_arena, setupOf(m_options, true, ops))),
       m_alternate(std::make_unique<Buffer>(m_arena, setupOf(m_options, false, ops))),
       m_buffer(m_normal.get()),
-      m_parser(*this, ops),
+      m_parser(*this, ops, EscapeSequenceParser::groundWalkFor<Terminal>()),
       m_cursorStyle(m_options.cursorStyle),
       m_images(m_options.kittyGraphics.imageCacheLimitBytes),
       m_graphics(m_options.kittyGraphics, m_images),
+      m_colors(m_options.ansi256PaletteStrategy),
       m_kittyClipboard(m_options) {
     m_parser.setMaximumOscBytes(m_options.maximumOscBytes);
     m_normal->lineObserver = this;
@@ -59,24 +60,6 @@ void Terminal::mark(CellArena::Marker& marker) const {
     marker.markPen(m_pen.bits);
     marker.markPen(m_pen.blank.rawValue);
     marker.markPen(std::uint64_t{m_link} << PackedCell::payloadShift);
-}
-
-void Terminal::refreshPen() {
-    m_isPenStale = false;
-    // In this order: what a sweep frees while the new bits are made is not in them.
-    m_pen.blank = m_arena->blank(m_attribute);
-    m_pen.bits = std::uint64_t{m_arena->intern(m_attribute)} << PackedCell::attributeShift |
-                 std::uint64_t{m_isProtected} << PackedCell::protectedShift |
-                 std::uint64_t{m_link} << PackedCell::payloadShift |
-                 static_cast<std::uint64_t>(m_buffer->semantic.content) << PackedCell::semanticShift;
-}
-
-void Terminal::printAscii(Bytes text) {
-    if (m_charset.isPlain() && !m_options.screenReaderMode) [[likely]] {
-        m_buffer->insertAsciiRun(text, pen());
-    } else {
-        printTranslated(text);
-    }
 }
 
 void Terminal::printScalars(std::span<const char32_t> text) {
@@ -206,6 +189,8 @@ void Terminal::resetState() {
     m_link = 0;
     m_isPenStale = true;
     m_charset = {};
+    m_charsetOfAnsi = {};
+    m_parser.setVt52(false);
     m_changesRectangles = false;
     m_conformance = 65;
     m_titleModes = {};

@@ -17,6 +17,7 @@
 #include "TermEngine/TerminalOscEvents.h"
 #include "TermEngine/TextRange.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <map>
@@ -141,11 +142,13 @@ public:
     void extendSelection(TextPlace place);
     void clearSelection();
 
-    /// The state of a DEC private mode; nothing for one that is not known.
+    /// The state of a mode; nothing for one that is not known.
+    [[nodiscard]] std::optional<bool> ansiMode(int mode) const;
     [[nodiscard]] std::optional<bool> decPrivateMode(int mode) const;
     void applyDECPrivateMode(int mode, bool on);
 
 private:
+    friend class EscapeSequenceParser; // its loop calls the functions of ParserHandler at once
     using Parameters = CsiParameters;
     class StringRequest;
     /// XTPUSHSGR, with what XTPOPSGR brings back of it.
@@ -163,7 +166,10 @@ private:
     bool execute(std::uint8_t code) override;
     bool dispatchCsi(char final, const Parameters& parameters, std::string_view collected) override;
     bool applyKnownRendition(const SequenceText& text) override;
+    bool applyTrueColor(std::uint8_t ground, int red, int green, int blue) override;
+    bool dispatchNumbers(char final, int first, int second) override;
     bool dispatchEsc(std::string_view collected, char final) override;
+    bool dispatchVt52(std::string_view collected, char final);
     bool dispatchOsc(int code, Bytes payload, StringEnd end) override;
     bool actOnOsc(int code, std::string_view payload, StringEnd end);
     bool dispatchApc(Bytes payload) override;
@@ -202,7 +208,14 @@ private:
     void cursorRelative(int cols, int rows);
     void cursorColumn(int col);
     void cursorRow(int row);
-    void cursorPosition(int row, int col);
+    void cursorPosition(int row, int col) {
+        Buffer& b = *m_buffer;
+        if (m_modes.origin) [[unlikely]] {
+            row = std::min(b.scrollTop() + row, b.scrollBottom());
+            col = std::min(b.marginLeft() + col, b.marginRight());
+        }
+        b.setCursor(col, row);
+    }
     void carriageReturn();
     void lineFeed();
     void nextLine();
@@ -212,7 +225,7 @@ private:
     void tabClear(int what);
     void saveCursor();
     void restoreCursor();
-    void setScrollRegion(const Parameters& parameters);
+    void setScrollRegion(int first, int last);
     void setMargins(const Parameters& parameters);
     void backIndex();
     void forwardIndex();
@@ -252,6 +265,7 @@ private:
     void setPrivateModes(const Parameters& parameters, bool on);
     void savePrivateModes(const Parameters& parameters);
     void restorePrivateModes(const Parameters& parameters);
+    void setAnsi(bool on);
     void setMouseTracking(MouseTracking tracking);
     void setColumnMode(bool wide);
     void setCursorVisible(bool visible);
@@ -264,14 +278,15 @@ private:
     void switchTo(Buffer& buffer);
     void selectDirection(BidiDirection direction, int firstRow);
     void setConformanceLevel(const Parameters& parameters);
-    [[nodiscard]] std::optional<bool> ansiMode(int mode) const;
 
     // Terminal+Reports.cpp
-    void send(std::string_view text);
+    void reply(std::string_view text);
     void sendCsi(std::string_view body);
     void sendDcs(std::string_view body);
+    [[nodiscard]] std::string oscString(std::string_view body, StringEnd end) const;
     void sendOsc(std::string_view body, StringEnd end);
-    void sendDeviceAttributes(const Parameters& parameters);
+    void deviceAttributes(std::string_view collected, const Parameters& parameters);
+    void sendPrimaryAttributes();
     void sendSecondaryAttributes(const Parameters& parameters);
     void deviceStatus(const Parameters& parameters);
     void privateDeviceStatus(const Parameters& parameters);
@@ -327,6 +342,8 @@ private:
     bool announcePaste(ClipboardLocation location);
 
     // Terminal+Input.cpp
+    void send(std::string_view text);
+    [[nodiscard]] BidiDirection paragraphDirection(int row) const;
     bool sendInput(const std::string& bytes);
     bool sendTyped(const std::string& bytes);
     [[nodiscard]] ControlBits controlBits() const {
@@ -409,6 +426,7 @@ private:
     Pen m_pen;
     bool m_isPenStale = false;
     CharsetState m_charset;
+    CharsetState m_charsetOfAnsi;     ///< while this is a VT52
     bool m_changesRectangles = false; ///< DECSACE: attributes of rectangles, not of the text between two places
     CursorStyle m_cursorStyle;
     int m_conformance = 65;

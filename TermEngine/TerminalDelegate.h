@@ -107,8 +107,10 @@ enum class ColorScheme : std::uint8_t { dark = 1, light = 2 };
 class TerminalDelegate {
 public:
     virtual ~TerminalDelegate() = default;
-    /// Bytes for the child.
+    /// Bytes for the child: of keys, the mouse and pastes, and all else that the user does.
     virtual void send(Terminal& source, Bytes data) = 0;
+    /// An answer to what the child asked. As it may ask without end and not read, a host may drop some of these.
+    virtual void reply(Terminal& source, Bytes data) { send(source, data); }
 
     virtual void setTerminalTitle(Terminal&, const std::string& /*title*/) {}
     virtual void setTerminalIconTitle(Terminal&, const std::string& /*title*/) {}

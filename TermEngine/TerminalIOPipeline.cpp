@@ -58,7 +58,7 @@ public:
 
     void start();
     void requestShutdown();
-    SendResult send(std::span<const uint8_t> bytes);
+    SendResult send(std::span<const uint8_t> bytes, SendOrigin origin);
     int setWinSize(const winsize& size);
     pid_t foregroundProcessGroup();
     int masterDescriptor() const;
@@ -99,9 +99,13 @@ private:
     /// Taken before m_mutex where both are.
     mutable std::mutex m_masterMutex;
     UniqueFd m_master;
-    std::deque<std::vector<uint8_t>> m_waiting; ///< what the child has not read yet
-    size_t m_waitingOffset = 0;                 ///< bytes of the first of them that were written
-    size_t m_waitingBytes = 0;
+    struct Message {
+        std::vector<uint8_t> bytes;
+        SendOrigin origin;
+    };
+    std::deque<Message> m_waiting;  ///< what the child has not read yet
+    size_t m_waitingOffset = 0;     ///< bytes of the first of them that were written
+    size_t m_waitingReplyBytes = 0; ///< of all replies that are not written to their end
 };
 
 void TerminalIOPipeline::Core::start() {
@@ -346,17 +350,18 @@ void TerminalIOPipeline::Core::release(size_t index) {
 
 // Writing.
 
-TerminalIOPipeline::SendResult TerminalIOPipeline::Core::send(std::span<const uint8_t> bytes) {
+TerminalIOPipeline::SendResult TerminalIOPipeline::Core::send(std::span<const uint8_t> bytes, SendOrigin origin) {
     bool isTooMuch = false;
     {
         const std::scoped_lock lock(m_masterMutex);
         if (!m_master.isValid()) {
             return SendResult::closed;
         }
-        isTooMuch = m_waitingBytes > maximumWaitingBytes;
+        const bool isReply = origin == SendOrigin::reply;
+        isTooMuch = isReply && bytes.size() > maximumWaitingReplyBytes - m_waitingReplyBytes;
         if (!isTooMuch && !bytes.empty()) {
-            m_waiting.emplace_back(bytes.begin(), bytes.end());
-            m_waitingBytes += bytes.size();
+            m_waiting.push_back({{bytes.begin(), bytes.end()}, origin});
+            m_waitingReplyBytes += isReply ? bytes.size() : 0;
         }
     }
     if (isTooMuch) {
@@ -373,7 +378,7 @@ void TerminalIOPipeline::Core::writeWaiting() {
     {
         const std::scoped_lock lock(m_masterMutex);
         while (!m_waiting.empty() && m_master.isValid()) {
-            const std::span<const uint8_t> rest = std::span(m_waiting.front()).subspan(m_waitingOffset);
+            const std::span<const uint8_t> rest = std::span(m_waiting.front().bytes).subspan(m_waitingOffset);
             const ssize_t size = ::write(m_master.get(), rest.data(), rest.size());
             if (size < 0 && errno == EINTR) {
                 continue;
@@ -384,9 +389,9 @@ void TerminalIOPipeline::Core::writeWaiting() {
             }
             const size_t step = size < 0 ? rest.size() : static_cast<size_t>(size); // nobody will ever read it
             written += size < 0 ? 0 : step;
-            m_waitingBytes -= step;
             m_waitingOffset += step;
-            if (m_waitingOffset == m_waiting.front().size()) {
+            if (const Message& first = m_waiting.front(); m_waitingOffset == first.bytes.size()) {
+                m_waitingReplyBytes -= first.origin == SendOrigin::reply ? first.bytes.size() : 0;
                 m_waiting.pop_front();
                 m_waitingOffset = 0;
             }
@@ -435,8 +440,8 @@ TerminalIOPipeline::~TerminalIOPipeline() {
 void TerminalIOPipeline::requestShutdown() {
     m_core->requestShutdown();
 }
-TerminalIOPipeline::SendResult TerminalIOPipeline::send(std::span<const uint8_t> bytes) {
-    return m_core->send(bytes);
+TerminalIOPipeline::SendResult TerminalIOPipeline::send(std::span<const uint8_t> bytes, SendOrigin origin) {
+    return m_core->send(bytes, origin);
 }
 int TerminalIOPipeline::setWinSize(const winsize& size) {
     return m_core->setWinSize(size);

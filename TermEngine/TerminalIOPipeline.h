@@ -49,10 +49,13 @@ public:
     };
     enum class SendResult : uint8_t {
         accepted,
-        dropped, ///< more than `maximumWaitingBytes` wait already: the child does not read
+        dropped, ///< a reply for which there is no room: the child asks, and does not read
         closed,
     };
-    static constexpr size_t maximumWaitingBytes = 1024 * 1024;
+    /// What the user or the host sends is always taken. Replies are as many as a child asks for, so that what waits of
+    /// them is bounded.
+    enum class SendOrigin : uint8_t { host, reply };
+    static constexpr size_t maximumWaitingReplyBytes = 1024 * 1024;
 
     /// Owns `master` from now on and closes it when both threads have left. Without `process`, the end of the terminal
     /// is the end; with it, the end is when the child has ended and all it wrote was read. Throws std::system_error
@@ -69,7 +72,7 @@ public:
     void requestShutdown();
 
     /// Writes all of `bytes` in order, later where the child does not read yet; or nothing of them.
-    SendResult send(std::span<const uint8_t> bytes);
+    SendResult send(std::span<const uint8_t> bytes, SendOrigin origin = SendOrigin::host);
     /// -1 when the terminal is closed.
     int setWinSize(const winsize& size);
     /// The process group in the foreground of the terminal; below 1 when there is none.

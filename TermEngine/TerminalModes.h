@@ -15,6 +15,7 @@ struct TerminalModes {
 
     // DEC private
     bool applicationCursor = false;       ///< 1
+    bool ansi = true;                     ///< 2, DECANM: not a VT52
     bool columns132 = false;              ///< 3
     bool reverseVideo = false;            ///< 5
     bool origin = false;                  ///< 6

@@ -119,8 +119,30 @@ void TransitionTable::buildDcs() {
     set(dcsPassthrough, 0xA0, 0xFF, Action::dcsPut, dcsPassthrough);
 }
 
+TransitionTable TransitionTable::forVt52() {
+    TransitionTable made;
+    made.set(escape, 0x30, 0x7E, Action::escDispatch, ground);
+    // No CSI comes, so that two of its states are free.
+    constexpr ParserState row = csiIntermediate;
+    constexpr ParserState column = csiIgnore;
+    made.set(escape, 'Y', Action::collect, row);
+    for (const ParserState state : {escape, escapeIntermediate, row, column}) {
+        made.set(state, 0x80, 0xFF, Action::error, ground);
+    }
+    for (const auto& [first, last] : {std::pair(0x20, 0x7F), {0xA0, 0xFF}}) {
+        made.set(row, first, last, Action::collect, column);
+        made.set(column, first, last, Action::escDispatch, ground);
+    }
+    return made;
+}
+
 const TransitionTable& sharedVt500Table() {
     static const TransitionTable table;
+    return table;
+}
+
+const TransitionTable& sharedVt52Table() {
+    static const TransitionTable table = TransitionTable::forVt52();
     return table;
 }
 

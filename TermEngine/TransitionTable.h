@@ -54,6 +54,9 @@ public:
     };
 
     TransitionTable();
+    /// The same, with the escape sequences of the VT52: ESC Y has two bytes behind it, which come as collected and as
+    /// the final one, and there are neither control sequences nor strings.
+    [[nodiscard]] static TransitionTable forVt52();
     [[nodiscard]] Step step(ParserState state, std::uint8_t byte) const {
         const std::size_t index = static_cast<std::size_t>(state) * 256 + byte;
         const std::uint8_t entry = index < table.size() ? table[index] : defaultEntry;
@@ -77,5 +80,6 @@ private:
 };
 
 [[nodiscard]] const TransitionTable& sharedVt500Table();
+[[nodiscard]] const TransitionTable& sharedVt52Table();
 
 } // namespace term

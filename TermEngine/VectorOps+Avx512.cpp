@@ -35,12 +35,6 @@ TERM_AVX512 std::size_t asciiRun(const std::uint8_t* bytes, std::size_t size) {
     return size;
 }
 
-TERM_AVX512 SequenceShape sequenceShape(const std::uint8_t* bytes) {
-    const __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes));
-    const __m256i above = _mm256_sub_epi8(text, _mm256_set1_epi8('0'));
-    return {_mm256_cmpgt_epu8_mask(above, _mm256_set1_epi8(9)), _mm256_cmpeq_epi8_mask(text, _mm256_set1_epi8(';'))};
-}
-
 TERM_AVX512 inline void putEight(std::uint64_t* cells, __m128i text, __m512i pen, std::uint32_t which) {
     const __m512i wide = _mm512_slli_epi64(_mm512_cvtepu8_epi64(text), PackedCell::contentShift);
     _mm512_mask_storeu_epi64(cells, static_cast<__mmask8>(which), _mm512_or_si512(wide, pen));
@@ -282,7 +276,6 @@ VectorOps avx512Ops() {
     return {
         .name = "avx512",
         .asciiRun = asciiRun,
-        .sequenceShape = sequenceShape,
         .expandAscii = expandAscii,
         .decodeUtf8 = decodeUtf8,
         .expandScalars = expandScalars,

@@ -46,15 +46,6 @@ std::size_t asciiRunPlain(const std::uint8_t* bytes, std::size_t size) {
     return at;
 }
 
-SequenceShape sequenceShapePlain(const std::uint8_t* bytes) {
-    SequenceShape shape;
-    for (unsigned i = 0; i < VectorOps::sequenceSize; ++i) {
-        shape.others |= static_cast<std::uint32_t>(bytes[i] < '0' || bytes[i] > '9') << i;
-        shape.semicolons |= static_cast<std::uint32_t>(bytes[i] == ';') << i;
-    }
-    return shape;
-}
-
 void expandAsciiPlain(std::uint64_t* cells, const std::uint8_t* bytes, std::size_t size, std::uint64_t pen) {
     for (std::size_t i = 0; i < size; ++i) {
         cells[i] = (std::uint64_t{bytes[i]} << 2) | pen;
@@ -158,19 +149,6 @@ std::size_t asciiRunSse2(const std::uint8_t* bytes, std::size_t size) {
     return at + asciiRunPlain(bytes + at, size - at);
 }
 
-SequenceShape sequenceShapeSse2(const std::uint8_t* bytes) {
-    SequenceShape shape;
-    for (unsigned at = 0; at < VectorOps::sequenceSize; at += 16) {
-        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
-        const __m128i above = _mm_subs_epu8(_mm_xor_si128(text, _mm_set1_epi8('0')), _mm_set1_epi8(9));
-        const auto digits = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(above, _mm_setzero_si128())));
-        const __m128i semicolons = _mm_cmpeq_epi8(text, _mm_set1_epi8(';'));
-        shape.others |= (~digits & 0xFFFFU) << at;
-        shape.semicolons |= static_cast<std::uint32_t>(_mm_movemask_epi8(semicolons)) << at;
-    }
-    return shape;
-}
-
 [[gnu::target("avx2")]] std::size_t asciiRunAvx2(const std::uint8_t* bytes, std::size_t size) {
     std::size_t at = 0;
     for (; at + 32 <= size; at += 32) {
@@ -204,22 +182,6 @@ SequenceShape sequenceShapeSse2(const std::uint8_t* bytes) {
 }
 
 #elif defined(__aarch64__)
-
-std::uint32_t bitsOfNeon(uint8x16_t mask) {
-    static const std::uint8_t places[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
-    const uint8x16_t bits = vandq_u8(mask, vld1q_u8(places));
-    return vaddv_u8(vget_low_u8(bits)) | std::uint32_t{vaddv_u8(vget_high_u8(bits))} << 8;
-}
-
-SequenceShape sequenceShapeNeon(const std::uint8_t* bytes) {
-    SequenceShape shape;
-    for (unsigned at = 0; at < VectorOps::sequenceSize; at += 16) {
-        const uint8x16_t text = vld1q_u8(bytes + at);
-        shape.others |= bitsOfNeon(vcgtq_u8(vsubq_u8(text, vdupq_n_u8('0')), vdupq_n_u8(9))) << at;
-        shape.semicolons |= bitsOfNeon(vceqq_u8(text, vdupq_n_u8(';'))) << at;
-    }
-    return shape;
-}
 
 std::size_t asciiRunNeon(const std::uint8_t* bytes, std::size_t size) {
     std::size_t at = 0;
@@ -256,7 +218,6 @@ const std::vector<VectorOps>& all() {
         std::vector<VectorOps> ops{
             {.name = "plain",
              .asciiRun = asciiRunPlain,
-             .sequenceShape = sequenceShapePlain,
              .expandAscii = expandAsciiPlain,
              .decodeUtf8 = decodeUtf8Plain,
              .expandScalars = expandScalarsPlain,
@@ -269,7 +230,6 @@ const std::vector<VectorOps>& all() {
 #if defined(__x86_64__)
         VectorOps& sse2 = next("sse2");
         sse2.asciiRun = asciiRunSse2;
-        sse2.sequenceShape = sequenceShapeSse2;
         if (__builtin_cpu_supports("ssse3")) {
             next("ssse3").decodeBase64 = decodeBase64Ssse3;
         }
@@ -284,7 +244,6 @@ const std::vector<VectorOps>& all() {
 #elif defined(__aarch64__)
         VectorOps& neon = next("neon");
         neon.asciiRun = asciiRunNeon;
-        neon.sequenceShape = sequenceShapeNeon;
         neon.expandAscii = expandAsciiNeon;
 #endif
         return ops;

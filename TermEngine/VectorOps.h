@@ -17,23 +17,14 @@ struct ExpandedText {
     bool hasWide = false;
 };
 
-/// Of the bytes of a control sequence, a bit each, the first one lowest.
-struct SequenceShape {
-    std::uint32_t others = 0; ///< no digits
-    std::uint32_t semicolons = 0;
-};
-
 /// The loops over the bytes of a text that use vector instructions, for one set of instructions.
 struct VectorOps {
     /// Scalars that `decodeUtf8` may write behind those that it reports.
     static constexpr std::size_t decodeSlack = 16;
-    static constexpr std::size_t sequenceSize = 32;
 
     const char* name;
     /// How many bytes at the front are printable ASCII, 0x20 to 0x7E.
     std::size_t (*asciiRun)(const std::uint8_t* bytes, std::size_t size);
-    /// Of `sequenceSize` bytes.
-    SequenceShape (*sequenceShape)(const std::uint8_t* bytes);
     /// cells[i] = bytes[i] << 2 | pen
     void (*expandAscii)(std::uint64_t* cells, const std::uint8_t* bytes, std::size_t size, std::uint64_t pen);
     /// Whole sequences at the front, ASCII among them; never a control, or what is no UTF-8. It may stop anywhere

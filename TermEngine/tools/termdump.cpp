@@ -1,15 +1,20 @@
 // termdump: a program under the terminal engine, without a window.
 
+#include "KeyNames.h"
+#include "ScreenDump.h"
 #include "TermEngine/LocalProcess.h"
 #include "TermEngine/Terminal.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,23 +31,35 @@ Runs a command on a pseudo-terminal and prints the screen that it made.
 
   --size COLSxROWS   of the terminal (80x24)
   --scrollback N     lines of history (500)
-  --input FILE       sent to the command in the pieces between NUL bytes, one each time that it has been quiet
+  --input FILE       sent to the command in the pieces between NUL bytes, one each time that it has been quiet;
+                     "-" is standard input
+  --keys NAMES       then types these, parted by blanks ("a", "enter", "ctrl+up", "f1", "kp7"), one each time that it
+                     has been quiet, as the terminal's modes have them
+  --resize COLSxROWS to this size, when all of that was sent and the command is quiet; may be given again
   --wait TEXT        ends when the text is on the screen
   --quiet MS         ends when the command has written nothing for so long (300)
   --timeout MS       ends at the latest then (10000)
   --text             prints the screen as text (this is the default)
   --ansi             prints it with its attributes, as SGR sequences
-  --json             prints screen, cursor, title and modes as JSON
-  --record FILE      keeps the bytes that the command wrote
-  --replay FILE      feeds recorded bytes instead of a command's
+  --json             prints screen, attributes, links, cursor, title and modes as JSON
+  --record FILE      keeps the bytes that the command wrote, and in FILE.sizes from which byte on the terminal had
+                     which size
+  --replay FILE      feeds recorded bytes instead of a command's, in the sizes of FILE.sizes where that is there; "-" is
+                     standard input
   --filter           feeds standard input, and writes the terminal's replies to standard output at once
 )";
 
 enum class Format { text, ansi, json };
 
-struct Options {
+struct Size {
     int cols = 80;
     int rows = 24;
+};
+
+struct Options {
+    Size size;
+    std::vector<Size> resizes;
+    std::vector<std::string> keys;
     int scrollback = 500;
     std::string input;
     std::string wait;
@@ -56,6 +73,9 @@ struct Options {
 };
 
 std::string contentsOf(const std::string& path) {
+    if (path == "-") {
+        return {std::istreambuf_iterator<char>(std::cin), {}};
+    }
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -65,10 +85,21 @@ bool parseNumber(std::string_view text, int& number) {
     return error == std::errc() && end == text.data() + text.size() && number >= 0;
 }
 
-bool parseSize(std::string_view text, Options& options) {
+bool parseSize(std::string_view text, Size& size) {
     const std::size_t by = text.find('x');
-    return by != std::string_view::npos && parseNumber(text.substr(0, by), options.cols) &&
-           parseNumber(text.substr(by + 1), options.rows);
+    return by != std::string_view::npos && parseNumber(text.substr(0, by), size.cols) &&
+           parseNumber(text.substr(by + 1), size.rows);
+}
+
+bool parseKeys(const std::string& text, std::vector<std::string>& keys) {
+    std::istringstream names(text);
+    for (std::string name; names >> name;) {
+        if (!term::keyNamed(name)) {
+            return false;
+        }
+        keys.push_back(name);
+    }
+    return true;
 }
 
 bool parse(const std::vector<std::string>& words, Options& options) {
@@ -91,7 +122,11 @@ bool parse(const std::vector<std::string>& words, Options& options) {
         }
         const std::string& value = words[i];
         int number = 0;
-        if (word == "--size" && parseSize(value, options)) {
+        if (word == "--size" && parseSize(value, options.size)) {
+            continue;
+        }
+        if (Size size; word == "--resize" && parseSize(value, size)) {
+            options.resizes.push_back(size);
             continue;
         }
         if (word == "--scrollback" && parseNumber(value, options.scrollback)) {
@@ -103,6 +138,8 @@ bool parse(const std::vector<std::string>& words, Options& options) {
             options.timeout = std::chrono::milliseconds(number);
         } else if (word == "--input") {
             options.input = contentsOf(value);
+        } else if (word == "--keys" && parseKeys(value, options.keys)) {
+            continue;
         } else if (word == "--wait") {
             options.wait = value;
         } else if (word == "--record") {
@@ -116,59 +153,38 @@ bool parse(const std::vector<std::string>& words, Options& options) {
     return options.filter || !options.replay.empty() || !options.command.empty();
 }
 
-std::string quoted(std::string_view text) {
-    std::string json = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            json += '\\';
-        }
-        json += c;
-    }
-    return json + "\"";
-}
-
-std::string ansiRow(const term::Terminal& terminal, const term::BufferLine& line) {
-    std::string text;
-    term::Attribute last;
-    const int length = line.tailBlankCell() == term::PackedCell() ? line.usedLength() : line.size();
-    for (int col = 0; col < length; ++col) {
-        if (line[col].isSpacer()) {
-            continue;
-        }
-        if (const term::Attribute attribute = terminal.arena().attributeOf(line[col]); attribute != last) {
-            text += "\x1B[" + attribute.toSgr() + "m";
-            last = attribute;
-        }
-        terminal.arena().appendText(text, line[col]);
-    }
-    return last == term::Attribute() ? text : text + "\x1B[m";
-}
-
 void print(const term::Terminal& terminal, Format format) {
-    const term::Buffer& buffer = terminal.buffer();
-    std::string out;
-    for (int row = 0; format != Format::json && row < buffer.rows(); ++row) {
-        out += (format == Format::ansi ? ansiRow(terminal, buffer.line(row)) : terminal.lineText(row)) + "\n";
-    }
-    if (format == Format::json) {
-        out = "{\n  \"title\": " + quoted(terminal.title()) +
-              ",\n  \"cursor\": {\"row\": " + std::to_string(buffer.y()) +
-              ", \"column\": " + std::to_string(buffer.x()) +
-              ", \"visible\": " + (terminal.modes().cursorVisible ? "true" : "false") +
-              "},\n  \"alternate\": " + (terminal.isAlternateActive() ? "true" : "false") + ",\n  \"modes\": [";
-        std::string modes;
-        for (int mode = 1; mode < 2600; ++mode) {
-            if (terminal.decPrivateMode(mode).value_or(false)) {
-                modes += (modes.empty() ? "" : ", ") + std::to_string(mode);
-            }
-        }
-        out += modes + "],\n  \"history\": " + std::to_string(buffer.yBase()) + ",\n  \"rows\": [";
-        for (int row = 0; row < buffer.rows(); ++row) {
-            out += (row == 0 ? "\n    " : ",\n    ") + quoted(terminal.lineText(row));
-        }
-        out += "\n  ]\n}\n";
-    }
+    const std::string out = format == Format::json   ? term::dumpJson(terminal)
+                            : format == Format::ansi ? term::dumpAnsi(terminal)
+                                                     : term::dumpText(terminal);
     std::fwrite(out.data(), 1, out.size(), stdout);
+}
+
+/// The size of the terminal from a byte of a recording on.
+struct SizeChange {
+    std::size_t offset = 0;
+    Size size;
+};
+
+std::string sizesFile(const std::string& recording) {
+    return recording + ".sizes";
+}
+
+void writeSizes(const std::string& recording, const std::vector<SizeChange>& changes) {
+    std::ofstream file(sizesFile(recording));
+    for (const SizeChange& change : changes) {
+        file << change.offset << ' ' << change.size.cols << 'x' << change.size.rows << '\n';
+    }
+}
+
+std::vector<SizeChange> readSizes(const std::string& recording) {
+    std::ifstream file(sizesFile(recording));
+    std::vector<SizeChange> changes;
+    SizeChange change;
+    for (std::string size; file >> change.offset >> size && parseSize(size, change.size);) {
+        changes.push_back(change);
+    }
+    return changes;
 }
 
 /// The bytes of the child go into the terminal under a lock, on the pipeline's thread; replies go back at once.
@@ -183,7 +199,10 @@ public:
         std::unique_lock lock(m_mutex);
         const auto deadline = Clock::now() + m_options.timeout;
         m_lastOutput = Clock::now();
+        m_sizes.push_back({0, m_options.size});
         std::string_view input = m_options.input;
+        std::size_t typed = 0;
+        std::size_t resized = 0;
         while (!m_hasEnded && Clock::now() < deadline) {
             if (!m_options.wait.empty() && isShown(m_options.wait)) {
                 break;
@@ -197,7 +216,18 @@ public:
                     m_process->send({reinterpret_cast<const std::uint8_t*>(piece.data()), piece.size()});
                     continue;
                 }
-                if (m_options.wait.empty()) {
+                // Before it has written something, a program has not said yet how it wants them.
+                const bool isAwaited = typed < m_options.keys.size() && !m_hasWritten;
+                if (typed < m_options.keys.size() && m_hasWritten) {
+                    m_lastOutput = Clock::now();
+                    m_terminal.sendKey(*term::keyNamed(m_options.keys[typed++]));
+                    continue;
+                }
+                if (!isAwaited && resized < m_options.resizes.size()) {
+                    resize(m_options.resizes[resized++]);
+                    continue;
+                }
+                if (!isAwaited && m_options.wait.empty()) {
                     break;
                 }
             }
@@ -207,12 +237,20 @@ public:
         print(m_terminal, m_options.format);
         if (!m_options.record.empty()) {
             std::ofstream(m_options.record, std::ios::binary) << m_recorded;
+            writeSizes(m_options.record, m_sizes);
         }
         return found ? 0 : 1;
     }
 
-    void replay(std::string_view bytes) {
-        m_terminal.feed(bytes);
+    void replay(std::string_view bytes, const std::vector<SizeChange>& changes) {
+        std::size_t fed = 0;
+        for (const SizeChange& change : changes) {
+            const std::size_t end = std::clamp(change.offset, fed, bytes.size());
+            m_terminal.feed(bytes.substr(fed, end - fed));
+            m_terminal.resize(change.size.cols, change.size.rows);
+            fed = end;
+        }
+        m_terminal.feed(bytes.substr(fed));
         print(m_terminal, m_options.format);
     }
 
@@ -221,10 +259,20 @@ private:
 
     static term::TerminalOptions terminalOptions(const Options& options) {
         term::TerminalOptions made;
-        made.cols = options.cols;
-        made.rows = options.rows;
+        made.cols = options.size.cols;
+        made.rows = options.size.rows;
         made.scrollback = options.scrollback;
         return made;
+    }
+    [[nodiscard]] static winsize windowSize(const Size& size) {
+        return {static_cast<unsigned short>(size.rows), static_cast<unsigned short>(size.cols), 0, 0};
+    }
+    /// Under the lock.
+    void resize(const Size& size) {
+        m_terminal.resize(size.cols, size.rows);
+        m_sizes.push_back({m_recorded.size(), size});
+        m_process->updateWindowSize(windowSize(size));
+        m_lastOutput = Clock::now();
     }
     [[nodiscard]] std::vector<std::string> environment() const {
         std::vector<std::string> made = {"TERM=xterm-256color", "COLORTERM=truecolor"};
@@ -251,6 +299,11 @@ private:
             m_process->send(data);
         }
     }
+    void reply(term::Terminal&, term::Bytes data) override {
+        if (m_process) {
+            m_process->send(data, term::TerminalIOPipeline::SendOrigin::reply);
+        }
+    }
     void dataReceived(std::span<const std::uint8_t> slice) override {
         const std::lock_guard lock(m_mutex);
         m_terminal.feed(slice);
@@ -258,6 +311,7 @@ private:
             m_recorded.append(slice.begin(), slice.end());
         }
         m_lastOutput = Clock::now();
+        m_hasWritten = true;
         m_changed.notify_all();
     }
     void processTerminated(term::LocalProcess&, std::optional<int>) override {
@@ -265,9 +319,7 @@ private:
         m_hasEnded = true;
         m_changed.notify_all();
     }
-    winsize getWindowSize() override {
-        return {static_cast<unsigned short>(m_options.rows), static_cast<unsigned short>(m_options.cols), 0, 0};
-    }
+    winsize getWindowSize() override { return windowSize(m_options.size); }
 
     const Options m_options;
     std::mutex m_mutex;
@@ -275,8 +327,10 @@ private:
     term::Terminal m_terminal;
     std::shared_ptr<term::LocalProcess> m_process;
     Clock::time_point m_lastOutput;
+    bool m_hasWritten = false;
     bool m_hasEnded = false;
     std::string m_recorded;
+    std::vector<SizeChange> m_sizes;
 };
 
 /// A terminal on standard streams, with a window of the size that it is told.
@@ -321,8 +375,8 @@ public:
 int filter(const Options& options) {
     FilterHost host;
     term::TerminalOptions terminalOptions;
-    terminalOptions.cols = options.cols;
-    terminalOptions.rows = options.rows;
+    terminalOptions.cols = options.size.cols;
+    terminalOptions.rows = options.size.rows;
     term::Terminal terminal(host, terminalOptions);
     std::vector<char> piece(64 * 1024);
     for (ssize_t size = 0; (size = read(STDIN_FILENO, piece.data(), piece.size())) > 0;) {
@@ -346,7 +400,7 @@ int main(int argc, char** argv) {
     }
     const auto session = std::make_shared<Session>(options);
     if (!options.replay.empty()) {
-        session->replay(contentsOf(options.replay));
+        session->replay(contentsOf(options.replay), readSizes(options.replay));
         return 0;
     }
     return session->run(session);

@@ -1,11 +1,12 @@
 // orv-bench-hostile: what the engine does with input that wants to harm it, in time and in memory.
 //
-//     orv-bench-hostile                  every hostile input, with its milliseconds; fails when one takes over 100
+//     orv-bench-hostile                  every hostile input, with the milliseconds that the processor gave it; fails
+//                                        when one takes over 100
 //     orv-bench-hostile --soak [MB]      mixed output that never repeats (1000 MB): memory on the way
 
+#include "BenchTerm.h"
 #include "TermEngine/Terminal.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -17,8 +18,6 @@
 #include <unistd.h>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 class Host final : public term::TerminalDelegate {
 public:
@@ -147,9 +146,9 @@ int runInputs() {
             options.rows = rows;
             term::Terminal terminal(host, options);
             const std::size_t before = allocatedBytes();
-            const auto start = Clock::now();
+            const double start = bench::now();
             terminal.feed(input.bytes);
-            const double milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+            const double milliseconds = (bench::now() - start) * 1e3;
             const auto grown = (static_cast<long long>(allocatedBytes()) - static_cast<long long>(before)) / 1024;
             std::printf(
                 "  %-20s %8.1f %8lld   of %zu bytes, %zu of replies%s\n", input.name, milliseconds, grown,
@@ -168,9 +167,9 @@ int runInputs() {
     for (const auto& [cols, rows] :
          {std::pair(120, 25), std::pair(80, 25), std::pair(1, 1), std::pair(10'000, 10'000), std::pair(1, 10'000),
           std::pair(80, 25)}) {
-        const auto start = Clock::now();
+        const double start = bench::now();
         terminal.resize(cols, rows);
-        const double milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        const double milliseconds = (bench::now() - start) * 1e3;
         std::printf("  resize to %dx%d, 100,000 lines: %.1f\n", cols, rows, milliseconds);
     }
     return isSlow ? 1 : 0;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -191,6 +192,32 @@ TEST(Buffer, ReportsWhatIsUsedPastItsEnds) {
             messages, "BufferLine: You passed an index out of range, adjusting to prevent crash, but you should debug"),
         2);
     EXPECT_EQ(messages.size(), 4U);
+    struct Write {
+        const char* label;
+        std::function<void(BufferLine&)> act;
+        std::string text; ///< of the line, which was "abcd"
+    };
+    const PackedCell x = PackedCell::make(PackedCell::Kind::scalar, 'x');
+    for (const Write& write : std::vector<Write>{
+             {"set", [&](BufferLine& line) { line.set(4, x); }, "abcx"},
+             {"set before", [&](BufferLine& line) { line.set(-3, x); }, "xbcd"},
+             {"replace", [&](BufferLine& line) { line.replace(1'000'000, x); }, "abcx"},
+             {"replace before", [&](BufferLine& line) { line.replace(-1, x); }, "xbcd"},
+             {"write", [&](BufferLine& line) { std::fill_n(line.write(3, 2), 2, x); }, "abxx"},
+             {"write more than there is", [&](BufferLine& line) { std::fill_n(line.write(2, 99), 99, x); }, "xxxx"},
+             {"fill", [&](BufferLine& line) { line.fill(3, 9, x); }, "abcx"},
+             {"fill before", [&](BufferLine& line) { line.fill(-9, 1, x); }, "xbcd"},
+             {"fill behind", [&](BufferLine& line) { line.fill(4, 9, PackedCell()); }, "abcd"}}) {
+        BufferLine line(4);
+        for (int col = 0; col < 4; ++col) {
+            line.set(col, PackedCell::make(PackedCell::Kind::scalar, static_cast<std::uint32_t>('a' + col)));
+        }
+        messages.clear();
+        write.act(line);
+        EXPECT_EQ(line.translateToString(buffer.arena(), true), write.text) << write.label;
+        EXPECT_EQ(line.usedLength(), 4) << write.label;
+        EXPECT_EQ(messages.size(), 1U) << write.label;
+    }
     buffer.line(1).resize(2);
     buffer.resize(4, 2);
     EXPECT_EQ(messages.back(), "A resized line is shorter than the buffer width");

@@ -178,7 +178,8 @@ TEST(OscPayloads, ReadsFoldersAndLinks) {
     EXPECT_EQ(parseDirectoryReport("file:///50%/%zz"), Folder({"", "/50%/%zz"}));
     for (const auto& bad :
          {std::string("/tmp"), std::string("file://host"), std::string("http://a/b"), std::string("file:///a%00b"),
-          std::string("file:///a%0ab"), std::string("file:///%ff"), "file:///" + std::string(5000, 'a')}) {
+          std::string("file:///a%0ab"), std::string("file:///%ff"), "file:///" + std::string(5000, 'a'),
+          "file://" + std::string(5000, 'h') + "/"}) {
         EXPECT_EQ(parseDirectoryReport(bad), std::nullopt) << bad;
     }
     using Link = std::optional<HyperlinkReport>;
@@ -223,6 +224,7 @@ TEST(OscPayloads, ReadsITermCommandsThatDoNoHarm) {
     const std::vector<Row> rows{
         {"SetMark", ITermCommand{.kind = Kind::setMark}},
         {"CurrentDir=/tmp/a=b\x1b", ITermCommand{.kind = Kind::currentDirectory, .value = "/tmp/a=b"}},
+        {"CurrentDir=/" + std::string(4096, 'a'), {}},
         {"CursorShape=2", ITermCommand{.kind = Kind::cursorShape, .value = "2"}},
         {"CursorShape=3", {}},
         {"SetUserVar=a=QUJD", ITermCommand{.kind = Kind::setUserVariable, .name = "a", .value = "ABC"}},

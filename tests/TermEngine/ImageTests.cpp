@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 
 #include <png.h>
 
@@ -594,10 +594,10 @@ TEST(Images, ThatAreHostileCostLittle) {
               many(3000, [](int) { return "\x1B_Gm=1;AAAA\x1B\\"; })}}) {
         Screen screen(1000);
         screen.terminal.feed(test.before);
-        const auto begin = std::chrono::steady_clock::now();
+        // Of the processor's time: what else runs on the machine does not count.
+        const std::clock_t begin = std::clock();
         screen.terminal.feed(test.bytes);
-        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
-        EXPECT_LT(time.count(), 1) << test.label; // a tenth of it without sanitizers
+        EXPECT_LT(std::clock() - begin, CLOCKS_PER_SEC) << test.label; // a tenth of it without sanitizers
         EXPECT_LE(screen.terminal.images().usedBytes(), 10'000'000U) << test.label;
         EXPECT_LE(screen.terminal.images().placements().size(), ImageStore::mostPlacements) << test.label;
         EXPECT_LE(screen.terminal.images().images().size(), ImageStore::mostImages) << test.label;

@@ -215,6 +215,17 @@ TEST(KeyEncoder, EncodesKeysTheOldWay) {
          key(offset(Key::keypad0, 7), KeyModifiers::numLock),
          {.applicationKeypad = true},
          "7"},
+        // What xterm sends.
+        {"VT52: up, which knows neither modes nor modifiers",
+         key(Key::up, S | C),
+         {.applicationCursorKeys = true, .vt52 = true, .kitty = {1}},
+         "\x1b"
+         "A"},
+        {"VT52: home", key(Key::home), {.vt52 = true}, "\x1bH"},
+        {"VT52: PF1", key(Key::f1, S), {.vt52 = true}, "\x1bP"},
+        {"VT52: a key that it does not have", key(Key::f5, C), {.vt52 = true}, "\x1b[15~"},
+        {"VT52: keypad plus", key(Key::keypadAdd), {.applicationKeypad = true, .vt52 = true}, "\x1b?k"},
+        {"VT52: keypad 7", key(offset(Key::keypad0, 7)), {.vt52 = true}, "7"},
         {"keypad home", key(Key::keypadHome), {.applicationCursorKeys = true}, "\x1bOH"},
         {"keypad enter", key(Key::keypadEnter), {}, "\r"},
         {"other keys 1: ctrl and letter", us('i', C), other1, "\t"},

@@ -25,11 +25,22 @@ class Host : public LocalProcessDelegate, public std::enable_shared_from_this<Ho
 public:
     winsize size{25, 80, 800, 500};
     std::function<void(std::span<const uint8_t>)> onData;
+    std::function<void()> onFailure;
 
     std::shared_ptr<LocalProcess> start(LocalProcess::Program program, LocalProcess::Configuration configuration = {}) {
-        configuration.onLaunchFailure = [this](const LocalProcessError& error) {
-            const std::scoped_lock lock(m_mutex);
-            m_failure = error;
+        configuration.onLaunchFailure = [weak = weak_from_this()](const LocalProcessError& error) {
+            // Whoever waits for the failure may be done with the host as soon as it is there.
+            const std::shared_ptr<Host> host = weak.lock();
+            if (!host) {
+                return;
+            }
+            {
+                const std::scoped_lock lock(host->m_mutex);
+                host->m_failure = error;
+            }
+            if (host->onFailure) {
+                host->onFailure();
+            }
         };
         auto process = LocalProcess::create(weak_from_this(), std::move(configuration));
         process->startProcess(program);
@@ -202,6 +213,22 @@ TEST(LocalProcess, TellsAFailedLaunchFromAnExit) {
     const auto again = host->shell("exit 4");
     EXPECT_TRUE(eventually([&] { return host->ends() == 2; }));
     EXPECT_EQ(host->waitForEnd(), 4) << "a host starts another one after a failure";
+
+    // Also at once, before the end of the first one is reported, which it still is.
+    const auto retrying = std::make_shared<Host>();
+    std::shared_ptr<LocalProcess> retried;
+    std::mutex started;
+    {
+        const std::scoped_lock lock(started);
+        retrying->onFailure = [&] {
+            const std::scoped_lock wait(started);
+            retried->startProcess({.executable = "/bin/sh", .args = {"-c", "exit 6"}});
+        };
+        retried = retrying->start({.executable = "/no/such/program"});
+    }
+    EXPECT_TRUE(eventually([&] { return retrying->ends() == 2; }, 10s));
+    EXPECT_EQ(retrying->waitForEnd(), 6);
+    EXPECT_EQ(retried->phase(), LocalProcessPhase::exited);
 }
 
 TEST(LocalProcess, HoldsTheChildBackWhileTheHostDoesNotTake) {
@@ -237,26 +264,32 @@ TEST(LocalProcess, HoldsTheChildBackWhileTheHostDoesNotTake) {
 
 TEST(LocalProcess, WritesAllInOrderAndBlocksNobody) {
     const auto host = std::make_shared<Host>();
-    const auto process = host->shell("stty raw -echo; printf ready; head -c 1600000 | cksum");
+    const auto process = host->shell("stty raw -echo; trap go=1 USR1; printf ready; until [ \"$go\" ]; do sleep 0.01; "
+                                     "done; head -c 1600000 | cksum");
     ASSERT_TRUE(host->waitForText("ready"));
     std::vector<uint8_t> sent(1'600'000);
     std::iota(sent.begin(), sent.end(), uint8_t{0});
     const std::span<const uint8_t> all(sent);
-    EXPECT_EQ(process->send(all.first(700'000)), TerminalIOPipeline::SendResult::accepted);
-    EXPECT_EQ(process->send(all.subspan(700'000)), TerminalIOPipeline::SendResult::accepted);
+    // A large paste, and keys behind it before the child reads.
+    EXPECT_EQ(process->send(all.first(1'599'999)), TerminalIOPipeline::SendResult::accepted);
+    EXPECT_EQ(process->send(all.last(1)), TerminalIOPipeline::SendResult::accepted);
+    ::kill(process->shellPid(), SIGUSR1);
     EXPECT_EQ(host->waitForEnd(), 0);
     EXPECT_EQ(host->text(), "ready305455090 1600000\n");
 
-    // A child that reads nothing: what waits is bounded, and sends are taken whole or not at all.
+    // A child that asks and reads nothing: the replies that wait are bounded, and taken whole or not at all.
     const auto deaf = std::make_shared<Host>();
     const auto sleeper = deaf->shell("stty raw -echo; printf ready; sleep 60");
     ASSERT_TRUE(deaf->waitForText("ready"));
-    std::vector<TerminalIOPipeline::SendResult> results;
-    for (int count = 0; count < 40; ++count) {
-        results.push_back(sleeper->send(all.first(64 * 1024)));
-    }
-    EXPECT_EQ(results.front(), TerminalIOPipeline::SendResult::accepted);
-    EXPECT_EQ(results.back(), TerminalIOPipeline::SendResult::dropped);
+    constexpr auto reply = TerminalIOPipeline::SendOrigin::reply;
+    const size_t limit = TerminalIOPipeline::maximumWaitingReplyBytes;
+    EXPECT_EQ(sleeper->send(all), TerminalIOPipeline::SendResult::accepted);
+    EXPECT_EQ(sleeper->send(all.first(limit + 1), reply), TerminalIOPipeline::SendResult::dropped);
+    EXPECT_EQ(sleeper->send(all.first(limit - 10), reply), TerminalIOPipeline::SendResult::accepted);
+    EXPECT_EQ(sleeper->send(all.first(11), reply), TerminalIOPipeline::SendResult::dropped);
+    EXPECT_EQ(sleeper->send(all.first(10), reply), TerminalIOPipeline::SendResult::accepted);
+    EXPECT_EQ(sleeper->send(all.first(1)), TerminalIOPipeline::SendResult::accepted) << "the user's is always taken";
+    EXPECT_EQ(sleeper->counters().sendsDropped, 2U);
     const double cpu = cpuSeconds();
     std::this_thread::sleep_for(300ms);
     EXPECT_LT(cpuSeconds() - cpu, 0.1) << "nobody spins while the child does not read";

@@ -153,6 +153,11 @@ const std::vector<Case>& cases() {
          "\x1B]2;\xE2\x80\x9C"s
          "\xC3\x9C\x07",
          "osc:2,bel,\xE2\x80\x9C\xC3\x9C"},
+        {"OSC ended by ST in 8 bits behind a byte that begins no character",
+         "\x1B]2;\xC1\x9C"s
+         "x\x1B]2;\xF5\x9C"s
+         "y",
+         "osc:2,st,\xC1 \"x osc:2,st,\xF5 \"y"},
         {"OSC drops controls", "\x1B]2;a\r\nb\x07", "osc:2,bel,ab"},
         {"OSC without number", "\x1B]x;y\x07\x1B];z\x07\x1B]12x\x07q", "\"q"},
         {"OSC of a number alone", "\x1B]104\x07", "osc:104,bel,"},

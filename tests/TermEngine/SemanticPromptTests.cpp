@@ -90,6 +90,34 @@ TEST(SemanticPrompt, EndsTheInputOfALineWithTheLine) {
     EXPECT_EQ(buffer.line(2)[0].semanticCode(), static_cast<int>(SemanticContent::input));
 }
 
+TEST(SemanticPrompt, GoesWithTheTextThatEDErases) {
+    struct Row {
+        const char* label;
+        std::string erase;
+        std::string marked; ///< rows, of which 0 to 2 had marks
+    };
+    for (const Row& row : std::vector<Row>{
+             {"all", "\x1B[2J", ""},
+             {"below: the line of the cursor is being prepared for its prompt", "\x1B[2;1H\x1B[J", "01"},
+             {"above", "\x1B[2;9H\x1B[1J", "12"},
+             {"a line alone keeps them", "\x1B[2;1H\x1B[2K", "012"},
+             {"selective erase too", "\x1B[?2J", "012"},
+             {"where a picture stands", "\x1BPq~\x1B\\\x1B[2J", ""}}) {
+        Session session;
+        const Buffer& buffer = session.terminal.buffer();
+        session.terminal.feed(mark("A") + "$ " + mark("B") + "a\r\n" + mark("C") + "b\r\n" + mark("D;1") + "c");
+        session.terminal.feed(row.erase);
+        std::string marked;
+        for (int line = 0; line < 3; ++line) {
+            marked += buffer.line(line).semanticMarks().any() ? std::to_string(line) : "";
+        }
+        EXPECT_EQ(marked, row.marked) << row.label;
+    }
+    Session session({.cols = 20, .rows = 6, .scrollback = 10});
+    session.terminal.feed("x" + mark("A;cl=m") + "$ " + mark("B") + "ab\r\ncd\x1B[H\x1B[2Jef");
+    EXPECT_EQ(session.terminal.buffer().line(2).continuedGroup(), 0U);
+}
+
 TEST(SemanticPrompt, BringsTheCursorOfAShellToAClick) {
     // Three lines, of which the second is wrapped: "$ ab", "cdefghijklmnopqrstuv" and "漢x", then "yz".
     const std::string input = "$ " + mark("B") + "ab\r\ncdefghijklmnopqrstuv漢x\r\nyz";

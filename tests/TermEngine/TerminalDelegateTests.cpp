@@ -294,6 +294,10 @@ TEST(Input, SendsWhatTheModesMakeOfEvents) {
              {"the delete key", "\x1B[?1037h", key({.key = Key::deleteForward}), "\x7F"},
              {"a locked keyboard", "\x1B[2h", key({.key = Key::up}), ""},
              {"left in text from the right", "\x1B[2 k\x1B[?1243h", key({.key = Key::left}), "\x1B[C"},
+             {"left in text found to be from the right", "\x1B[?2501;1243h\u05D0\u05D1", key({.key = Key::left}),
+              "\x1B[C"},
+             {"left in text found to be from the left", "\x1B[2 k\x1B[?2501;1243hab", key({.key = Key::left}),
+              "\x1B[D"},
              {"left in text from the left", "\x1B[?1243h", key({.key = Key::left}), "\x1B[D"},
              {"no tracking", "", mouse({.button = MouseButton::left}), ""},
              {"tracking", "\x1B[?1000;1006h", mouse({.button = MouseButton::left, .column = 4, .row = 2}),
@@ -354,13 +358,20 @@ TEST(Osc, IsActedUponOnceAndOnlyWhereItIsWellFormed) {
         Calls expected;
     };
     const std::string folder = osc("7;file:///a%20b");
+    std::string encoded = "file:///";
+    for (int i = 0; i < 4000; ++i) {
+        encoded += "%61";
+    }
     Session session;
     session.terminal.setProgramStatusOsc(3333);
     for (const Case& test : std::vector<Case>{
              {"a folder", folder + folder, {"directory file:///a%20b"}},
              {"no folder", osc("7;/tmp") + osc("7;http://x/"), {}},
+             {"a folder whose address is longer than its path", osc("7;" + encoded), {"directory " + encoded}},
+             {"one of too many bytes", osc("7;" + encoded + std::string(100, 'a')), {}},
              {"taken back", osc("7;"), {"directory "}},
              {"iTerm's folder, as an address", osc("1337;CurrentDir=/a b") + folder, {"directory file:///a%20b"}},
+             {"iTerm's folder, of too many bytes", osc("1337;CurrentDir=/" + std::string(5000, 'a')), {}},
              {"iTerm's folder, not from the root", osc("1337;CurrentDir=tmp"), {}},
              {"status",
               osc("3333;a=1;b\x1B") + osc("3333;a=1;b") + osc("3333;a=2"),
@@ -465,6 +476,57 @@ TEST(Replies, HoldNothingThatAProgramChose) {
     EXPECT_NE(replies, "");
     for (const std::string& text : {mark, hex, base64}) {
         EXPECT_EQ(replies.find(text), std::string::npos) << escaped(replies);
+    }
+}
+
+TEST(Replies, AreToldFromWhatTheUserDoes) {
+    class Host final : public ClipboardHost {
+    public:
+        std::string answers;
+        void reply(Terminal&, Bytes bytes) override { answers.append(bytes.begin(), bytes.end()); }
+    };
+    struct Case {
+        const char* label;
+        std::string modes;
+        std::function<void(Terminal&)> act;
+        bool isReply;
+    };
+    for (const Case& test : std::vector<Case>{
+             {"a question", "", [](Terminal& t) { t.feed("\x1B[5n"); }, true},
+             {"an image", "", [](Terminal& t) { t.feed("\x1B_Gi=1,a=q,s=1,v=1,f=24;YWFh\x1B\\"); }, true},
+             {"the clipboard", "", [](Terminal& t) { t.feed(osc("5522;type=read;Lg==")); }, true},
+             {"a key", "", [](Terminal& t) { t.sendKey({.key = Key::up}); }, false},
+             {"focus", "\x1B[?1004h", [](Terminal& t) { t.sendFocus(FocusChange::gained); }, false},
+             {"a paste", "", [](Terminal& t) { t.paste("a"); }, false},
+             {"a paste that is announced", "\x1B[?5522h", [](Terminal& t) { t.paste("a"); }, false},
+             {"a notification", "", [](Terminal& t) { t.notificationActivated({.identifier = "y", .reports = true}); },
+              false}}) {
+        Host host;
+        Terminal terminal(host);
+        terminal.feed(test.modes);
+        test.act(terminal);
+        EXPECT_NE(host.answers.empty(), test.isReply) << test.label;
+        EXPECT_NE(host.replies.empty(), !test.isReply) << test.label;
+    }
+}
+
+TEST(Replies, LogTheArgumentsOfUnusualDeviceAttributes) {
+    struct Case {
+        const char* bytes;
+        Calls messages;
+    };
+    const std::string unknown = "Info: Got a CSI > c with an unknown set of argument";
+    for (const Case& test : std::vector<Case>{
+             {"\x1B[c\x1B[0c\x1BZ", {}},
+             {"\x1B[1;2c", {"SendDeviceAttributes got 1,2 and "}},
+             {"\x1B[>c", {"SendDeviceAttributes got 0 and >"}},
+             {"\x1B[>0;3c", {"SendDeviceAttributes got 0,3 and >", unknown}},
+             {"\x1B[=7c", {"SendDeviceAttributes got 7 and ="}},
+             {"\x1B[?1c", {"SendDeviceAttributes got 1 and ?"}}}) {
+        Session session;
+        session.host.logs = true;
+        session.terminal.feed(test.bytes);
+        EXPECT_EQ(session.host.messages, test.messages) << escaped(test.bytes);
     }
 }
 

@@ -99,6 +99,18 @@ TEST(Terminal, KeepsToItsOptionsWithinBounds) {
     EXPECT_EQ(session.terminal.buffer().x(), 8) << "DECST8C is every eight columns whatever the option";
 }
 
+TEST(Terminal, HasTheColoursOfItsOptionsBeforeAnyThemeIsAskedFor) {
+    using enum Ansi256PaletteStrategy;
+    EXPECT_EQ(Session().terminal.colors().color(231), makePalette(base16Lab, BaseColors::xterm())[231]);
+    for (const auto strategy : {xterm, base16Lab, base16LabHarmonious}) {
+        const Session session({.ansi256PaletteStrategy = strategy});
+        const Palette palette = makePalette(strategy, BaseColors::xterm());
+        for (int index = 0; index < ColorTable::paletteSize; ++index) {
+            ASSERT_EQ(session.terminal.colors().color(index), palette[static_cast<std::size_t>(index)]) << index;
+        }
+    }
+}
+
 TEST(Terminal, EndsSynchronizedOutputWhenTheTimeIsOver) {
     Session session;
     session.terminal.feed("\x1B[?2026h");
@@ -310,6 +322,13 @@ TEST(Terminal, ShowsTheSameByteForByte) {
         [&] { return "\x1B[" + number(9) + ";" + number(49) + "m"; },
         [&] { return "\x1B[38;5;" + number(300) + "m"; },
         [&] { return "\x1B[" + number(1) + ";48;2;" + number(300) + ";" + number(255) + ";" + number(255) + "m"; },
+        [&] {
+            const std::string green = random() % 5 == 0 ? "" : number(random() % 4 == 0 ? 70000 : 255);
+            return "\x1B[" + std::string(random() % 2 == 0 ? "38" : "48") + ";2;" + number(300) + ";" + green + ";" +
+                   number(255) + (random() % 4 == 0 ? ";1m" : "m");
+        },
+        [&] { return "\x1B" + std::string(1, "78MDE=>\\"[random() % 8]) + (random() % 3 == 0 ? "\x7F" : ""); },
+        [] { return "\x1B(0qx\x1B(B"s; },
         [&] { return "\x1B[4:" + number(6) + ";58:2::1:2:" + number(255) + "m\x1B[;" + number(9) + ";m"; },
         [&] { return "\x1B[38;" + number(6) + "m\x1B[48;2;" + number(9) + "m\x1B[m"; },
         [&] { return "\x1B[" + number(12) + ";" + number(70000) + "H"; },

@@ -1,0 +1,117 @@
+// What most of the bytes of most programs come to, beside the parser's loop, so that it becomes one piece.
+
+#include "TermEngine/EscapeSequenceParser+Ground_p.h"
+#include "TermEngine/Terminal.h"
+
+#include <algorithm>
+
+namespace term {
+
+void Terminal::refreshPen() {
+    m_isPenStale = false;
+    // In this order: what a sweep frees while the new bits are made is not in them.
+    m_pen.blank = m_arena->blank(m_attribute);
+    m_pen.bits = std::uint64_t{m_arena->intern(m_attribute)} << PackedCell::attributeShift |
+                 std::uint64_t{m_isProtected} << PackedCell::protectedShift |
+                 std::uint64_t{m_link} << PackedCell::payloadShift |
+                 static_cast<std::uint64_t>(m_buffer->semantic.content) << PackedCell::semanticShift;
+}
+
+void Terminal::printAscii(Bytes text) {
+    if (m_charset.isPlain() && !m_options.screenReaderMode) [[likely]] {
+        m_buffer->insertAsciiRun(text, pen());
+    } else {
+        printTranslated(text);
+    }
+}
+
+void Terminal::setAttribute(const PackedAttributeKey& attribute) {
+    if (attribute != m_attribute) {
+        m_attribute = attribute;
+        m_isPenStale = true;
+        m_arena->willIntern(attribute);
+    }
+}
+
+bool Terminal::applyKnownRendition(const SequenceText& text) {
+    const AttributePatch* const patch = m_renditions.find(text);
+    if (patch == nullptr) {
+        return false;
+    }
+    m_buffer->forgetLastScalar();
+    setAttribute(patch->applied(m_attribute));
+    return true;
+}
+
+bool Terminal::applyTrueColor(std::uint8_t ground, int red, int green, int blue) {
+    // No branch on which of the two.
+    const int shift = ground == '4' ? 32 : 0;
+    PackedAttributeKey made = m_attribute;
+    made.word0 = (made.word0 & ~(std::uint64_t{0xFFFFFFFF} << shift)) |
+                 std::uint64_t{Color::clamped(red, green, blue).raw()} << shift;
+    m_buffer->forgetLastScalar();
+    setAttribute(made);
+    return true;
+}
+
+/// The functions that programs use most, without the way through the parameters.
+bool Terminal::dispatchNumbers(char final, int first, int second) {
+    const int count = std::max(first, 1);
+    switch (final) {
+    case 'H':
+    case 'f':
+        cursorPosition(count - 1, std::max(second, 1) - 1);
+        break;
+    case 'A':
+        cursorUp(count);
+        break;
+    case 'B':
+        cursorDown(count);
+        break;
+    case 'C':
+        cursorForward(count);
+        break;
+    case 'D':
+        cursorBackward(count);
+        break;
+    case 'G':
+        cursorColumn(count - 1);
+        break;
+    case 'd':
+        cursorRow(count - 1);
+        break;
+    case 'J':
+        eraseInDisplay(first, EraseKind::all);
+        break;
+    case 'K':
+        eraseInLine(first, EraseKind::all);
+        break;
+    case 'X':
+        eraseCharacters(count);
+        break;
+    case '@':
+        insertCharacters(count);
+        break;
+    case 'P':
+        deleteCharacters(count);
+        break;
+    case 'L':
+        m_buffer->insertLines(count, pen());
+        break;
+    case 'M':
+        m_buffer->deleteLines(count, pen());
+        break;
+    case 'r':
+        setScrollRegion(first, second);
+        break;
+    default:
+        return false;
+    }
+    // What REP repeats stands right before it.
+    m_buffer->forgetLastScalar();
+    return true;
+}
+
+template void EscapeSequenceParser::walkGround<Terminal>(ParsingState&);
+
+} // namespace term

@@ -10,6 +10,9 @@ namespace orv::AgentCommandBuilder {
 
 namespace {
 
+const QString earlier = u"Earlier in this project you were asked:"_s;
+const QString followUp = u"Follow-up:"_s;
+
 /// What stands before the task, for plan, edit and full.
 struct Line {
     QLatin1StringView start;
@@ -82,12 +85,18 @@ std::optional<QString> interactiveCommand(AgentKind kind, const QString& task) {
     return {};
 }
 
+QString followUpMessage(const QString& task) {
+    const QString mark = u"\n\n"_s + followUp + u"\n\n"_s;
+    const qsizetype found = task.startsWith(earlier) ? task.lastIndexOf(mark) : -1;
+    return found < 0 ? task : task.sliced(found + mark.size());
+}
+
 QString followUpTask(const QString& previousTask, const QString& previousAnswer, const QString& message) {
-    QStringList paragraphs{u"Earlier in this project you were asked:"_s, previousTask};
+    QStringList paragraphs{earlier, previousTask};
     if (!previousAnswer.isEmpty()) {
         paragraphs << u"You answered:"_s << previousAnswer;
     }
-    paragraphs << u"Follow-up:"_s << message;
+    paragraphs << followUp << message;
     return paragraphs.join("\n\n"_L1);
 }
 

@@ -27,6 +27,8 @@ inline constexpr QLatin1StringView taskVariable("ORV_TASK");
 
 /// The task of a run that continues an earlier one of an agent that keeps no sessions.
 [[nodiscard]] QString followUpTask(const QString& previousTask, const QString& previousAnswer, const QString& message);
+/// The message in such a task, as far as it can be told; any other task itself.
+[[nodiscard]] QString followUpMessage(const QString& task);
 
 } // namespace AgentCommandBuilder
 } // namespace orv

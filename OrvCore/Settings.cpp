@@ -46,6 +46,8 @@ void visitFields(Self& settings, Visitor& visitor) {
     visitor.defaulted("quickPanelShortcutEnabled"_L1, settings.quickPanelShortcutEnabled);
     visitor.defaulted("agentWorktrees"_L1, settings.agentWorktrees);
     visitor.defaulted("agentFiles"_L1, settings.agentFiles);
+    visitor.defaulted("terminalClipboard"_L1, settings.terminalClipboard);
+    visitor.defaulted("editorCommand"_L1, settings.editorCommand);
 }
 
 namespace {

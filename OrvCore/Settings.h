@@ -15,6 +15,8 @@ enum class AppearanceMode { system, light, dark };
 enum class ThemeID { ember, ocean, forest, violet, graphite };
 enum class ViewMode { cards, folders };
 enum class PullPreference { ffOnly, merge, rebase };
+/// Whether what runs in a terminal may put text on the clipboard (OSC 52).
+enum class ClipboardWrite { off, ask, on };
 
 template <>
 struct StoredNames<AppearanceMode> {
@@ -50,6 +52,15 @@ struct StoredNames<PullPreference> {
         std::pair{PullPreference::ffOnly, QLatin1StringView("ffOnly")},
         std::pair{PullPreference::merge, QLatin1StringView("merge")},
         std::pair{PullPreference::rebase, QLatin1StringView("rebase")},
+    };
+};
+
+template <>
+struct StoredNames<ClipboardWrite> {
+    static constexpr std::array table{
+        std::pair{ClipboardWrite::off, QLatin1StringView("off")},
+        std::pair{ClipboardWrite::ask, QLatin1StringView("ask")},
+        std::pair{ClipboardWrite::on, QLatin1StringView("on")},
     };
 };
 
@@ -92,6 +103,9 @@ struct AppSettings {
     bool agentWorktrees = false; ///< whether a run of an agent gets a git work tree of its own
     /// By project: patterns of untracked files that such a work tree is given, from the project's folder.
     QMap<QString, QStringList> agentFiles;
+    ClipboardWrite terminalClipboard = ClipboardWrite::ask;
+    /// Opens a file, with "{file}", "{line}" and "{column}" in it; empty: as the desktop does.
+    QString editorCommand;
 
     bool operator==(const AppSettings&) const = default;
     [[nodiscard]] static AppSettings defaults();

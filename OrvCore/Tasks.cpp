@@ -123,6 +123,17 @@ StoreResult TaskStore::remove(const QUuid& id) {
     return change([id](TaskList& tasks) { tasks.removeIf([&id](const ProjectTask& task) { return task.id == id; }); });
 }
 
+StoreResult TaskStore::restore(const ProjectTask& task) {
+    return change([task](TaskList& tasks) {
+        if (std::ranges::find(tasks, task.id, &ProjectTask::id) != tasks.end()) {
+            return;
+        }
+        const auto next =
+            std::ranges::find_if(tasks, [&task](const ProjectTask& other) { return other.createdAt > task.createdAt; });
+        tasks.insert(next, task);
+    });
+}
+
 StoreResult TaskStore::change(StoreFile<QList<ProjectTask>>::Change change) {
     m_lastResult = m_file.change(std::move(change));
     return m_lastResult;

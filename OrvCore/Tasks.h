@@ -42,6 +42,8 @@ public:
     StoreResult setDone(const QUuid& id, bool done, const QDateTime& at);
     StoreResult rename(const QUuid& id, const QString& title, const QString& notes);
     StoreResult remove(const QUuid& id);
+    /// A task that was removed, where it stood: behind those that were added before it.
+    StoreResult restore(const ProjectTask& task);
 
     /// The outcome of the last write: `add` answers with the id instead.
     [[nodiscard]] StoreResult lastResult() const;

@@ -2,6 +2,7 @@
 
 #include "OrvCore/JsonRecord_p.h"
 #include "OrvCore/Paths.h"
+#include "OrvCore/WidgetChange.h"
 
 using namespace Qt::StringLiterals;
 
@@ -37,6 +38,9 @@ void visitFields(Self& snapshot, Visitor& visitor) {
 
 namespace {
 
+/// Tasks that the widgets list.
+constexpr int taskLimit = 5;
+
 QString fileIn(const QString& directory) {
     return directory + u"/widget-snapshot.json"_s;
 }
@@ -68,11 +72,25 @@ QString SharedContainer::defaultDirectory() {
     return Paths::supportDirectory() + u"/widgets"_s;
 }
 
+void takeTasks(WidgetSnapshot& snapshot, const TaskStore& store) {
+    snapshot.tasks.clear();
+    for (const ProjectTask& task : store.recentlyDone(taskLimit)) {
+        snapshot.tasks.append({task.title, task.projectName, task.isDone()});
+    }
+    snapshot.openTaskCount = store.openCount();
+}
+
 StoreResult SharedContainer::write(const WidgetSnapshot& snapshot, const QString& directory) {
+    return change(directory, [&snapshot](WidgetSnapshot& standing) { standing = snapshot; });
+}
+
+StoreResult SharedContainer::change(const QString& directory, const std::function<void(WidgetSnapshot&)>& change) {
     const QString path = fileIn(directory);
     return StoreIO::withLock(path, [&]() -> StoreResult {
         const StoredBytes stored = StoreIO::read(path);
         const std::optional<WidgetSnapshot> standing = decoded(stored);
+        WidgetSnapshot snapshot = standing.value_or(WidgetSnapshot());
+        change(snapshot);
         if (standing == snapshot) {
             return {};
         }

@@ -88,6 +88,8 @@ void GitBadges::readRepository(const std::shared_ptr<Reading>& reading, const QS
         if (reading->sum.repoCount == 1) {
             reading->sum.branch = status->branch.value_or(QString());
         }
+    } else {
+        ++reading->sum.unreadCount;
     }
     if (--reading->left == 0) {
         finish(*reading);

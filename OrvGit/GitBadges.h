@@ -18,8 +18,8 @@ public:
     ~GitBadges();
     Q_DISABLE_COPY_MOVE(GitBadges)
 
-    /// Any thread. A repository that has no status, such as a bare one, counts as one without changes. Without a result
-    /// when this object is destroyed first.
+    /// Any thread. A repository that has no status, such as a bare one, counts as unread. Without a result when this
+    /// object is destroyed first.
     [[nodiscard]] QFuture<GitBadge> read(const QString& projectRoot);
     /// The repositories under a project, which is the first half of `read`.
     [[nodiscard]] QFuture<QStringList> repositories(const QString& projectRoot);

@@ -15,6 +15,8 @@ namespace orv {
 namespace {
 
 constexpr size_t bytesPerRead = 65536;
+/// Empties the largest pipe that needs no privilege.
+constexpr int mostLateReads = 16;
 
 /// A hook, or ssh with a shared connection, leaves processes behind that hold git's streams. What git itself wrote is
 /// in the pipes when it exits; so long is waited for the rest.
@@ -74,17 +76,13 @@ GitChild::End GitChild::follow(
         return why;
     };
     bool hasExited = false;
+    int lateReads = 0;
     QDeadlineTimer leftovers(QDeadlineTimer::Forever);
     while (!hasExited || end(Stream::output).isValid() || end(Stream::errors).isValid()) {
         if (cancellation && cancellation->isCancelled()) {
             return ended(End::cancelled);
         }
-        if (!hasExited && deadline.hasExpired()) {
-            return ended(End::timeout);
-        }
-        if (hasExited && leftovers.hasExpired()) {
-            break;
-        }
+        const bool isLate = (hasExited ? leftovers : deadline).hasExpired();
         const int cancelled = cancellation ? cancellation->descriptor() : -1;
         const bool isBlind = (!hasExited && !m_isWatched) || (cancellation && cancelled < 0);
         std::array<pollfd, 4> events{
@@ -94,15 +92,28 @@ GitChild::End GitChild::follow(
         if (::poll(events.data(), events.size(), pollTimeout(hasExited ? leftovers : deadline, longest)) < 0) {
             continue;
         }
+        bool hasRead = false;
         for (const Stream stream : {Stream::output, Stream::errors}) {
-            if (events[static_cast<size_t>(stream)].revents != 0 && !read(stream, sink)) {
-                return ended(End::enough);
+            if (events[static_cast<size_t>(stream)].revents != 0) {
+                hasRead = true;
+                if (!read(stream, sink)) {
+                    return ended(End::enough);
+                }
             }
         }
         if (!hasExited && (events[2].revents != 0 || !m_isWatched) && isZombie()) {
             // Not reaped yet: whoever cancels now still has its group to end.
             hasExited = true;
             leftovers.setRemainingTime(afterExit);
+            continue;
+        }
+        // This process itself may have stood still past the limit, and git may have been done by then: what is in the
+        // pipes counts first, but not what comes without an end.
+        if (isLate && (!hasRead || ++lateReads > mostLateReads)) {
+            if (!hasExited) {
+                return ended(End::timeout);
+            }
+            break;
         }
     }
     (void)tryReap();

@@ -116,7 +116,8 @@ struct GitBadge {
     int ahead = 0;
     int behind = 0;
     int repoCount = 0;
-    QString branch; ///< of the only repository; empty when there are several, or its HEAD is detached
+    QString branch;      ///< of the only repository; empty when there are several, or its HEAD is detached
+    int unreadCount = 0; ///< of `repoCount`: those whose status could not be read
 
     bool operator==(const GitBadge&) const = default;
 };

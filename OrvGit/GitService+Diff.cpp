@@ -78,18 +78,6 @@ DiffRequest DiffRequest::of(const FileChange& change) {
     };
 }
 
-GitOutcome<QString> GitService::diff(const QString& repository, const FileChange& file) const {
-    const DiffRequest request = DiffRequest::of(file);
-    if (contentInWorkTree(repository, request) != DiffContent::text) {
-        return QString();
-    }
-    const auto result = runDiff(runner, repository, request);
-    if (!result) {
-        return std::unexpected(result.error());
-    }
-    return result->stdoutText();
-}
-
 GitOutcome<FileDiff> GitService::fileDiff(const QString& repository, const DiffRequest& request) const {
     const QByteArray path = GitPath::toBytes(request.path);
     FileDiff found;

@@ -73,8 +73,8 @@ GitOutcome<void> GitService::unstage(const QString& repository, const QStringLis
         return std::unexpected(current.error());
     }
     return runOn(
-        repository, current->hasCommits ? GitArguments{"restore", "--staged"} : GitArguments{"rm", "--cached", "-r"},
-        paths);
+        repository,
+        current->hasCommits ? GitArguments{"restore", "--staged"} : GitArguments{"rm", "--cached", "-f", "-r"}, paths);
 }
 
 GitOutcome<void> GitService::discard(const QString& repository, const QStringList& paths) const {
@@ -86,6 +86,12 @@ GitOutcome<void> GitService::discard(const QString& repository, const QStringLis
     for (const FileChange& change : current->changes) {
         if (change.isUntracked()) {
             untracked.insert(change.path);
+        }
+    }
+    // One that is in the last commit and staged as removed, but is there all the same, has two records.
+    for (const FileChange& change : current->changes) {
+        if (!change.isUntracked()) {
+            untracked.remove(change.path);
         }
     }
     QStringList deleted;

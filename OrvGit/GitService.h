@@ -58,8 +58,6 @@ public:
 
     // Diffs. What is larger than `largestDiffBytes` says so instead.
     static constexpr qsizetype largestDiffBytes = 16 * 1024 * 1024;
-    /// The text: of a staged change what is staged, of another one what is not.
-    [[nodiscard]] GitOutcome<QString> diff(const QString& repository, const FileChange& file) const;
     [[nodiscard]] GitOutcome<FileDiff> fileDiff(const QString& repository, const DiffRequest& request) const;
     /// What a commit changed, beside its first parent.
     [[nodiscard]] GitOutcome<QList<FileDiff>> commitDiff(const QString& repository, const QString& commit) const;

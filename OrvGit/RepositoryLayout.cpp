@@ -58,6 +58,25 @@ std::optional<RepositoryLayout> RepositoryLayout::of(const QString& folder) {
     return layout;
 }
 
+bool RepositoryLayout::isSubmodule() const {
+    if (kind != Kind::linked || commonDirectory != gitDirectory) {
+        return false;
+    }
+    // Below the folder "modules" of that one's own files, however deep.
+    constexpr auto modules = "/modules/"_L1;
+    for (qsizetype at = gitDirectory.indexOf(modules); at >= 0; at = gitDirectory.indexOf(modules, at + 1)) {
+        if (looksLikeGitDirectory(gitDirectory.first(at))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+QString RepositoryLayout::mainFolder() const {
+    const QFileInfo common(commonDirectory);
+    return common.fileName() == ".git"_L1 ? common.path() : commonDirectory;
+}
+
 OperationState RepositoryLayout::operation() const {
     // A rebase also leaves the marks of what it is at, so it comes first.
     const auto rebase = [this](const QString& name, const QString& step, const QString& last) {

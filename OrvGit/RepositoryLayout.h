@@ -21,6 +21,10 @@ struct RepositoryLayout {
     bool operator==(const RepositoryLayout&) const = default;
     /// Nothing when the folder itself is no repository; its parents are not looked at.
     [[nodiscard]] static std::optional<RepositoryLayout> of(const QString& folder);
+    /// Whether another repository keeps it, as one of its own parts. What is linked otherwise is a further work tree.
+    [[nodiscard]] bool isSubmodule() const;
+    /// Of a further work tree: the folder of its repository, which is the first work tree where there is one.
+    [[nodiscard]] QString mainFolder() const;
     /// What was begun and is not finished, without the conflicts.
     [[nodiscard]] OperationState operation() const;
 };

@@ -38,7 +38,7 @@ qsizetype costBytes(const AgentLine& line) {
 
 EnvironmentEntries environment(const QString& task) {
     // A variable ends at the first zero character.
-    return {{AgentCommandBuilder::taskVariable, QString(task).remove(QChar(u'\0'))}, {u"NO_COLOR"_s, u"1"_s}};
+    return {{AgentCommandBuilder::taskVariable, QString(task).remove(QChar(u'\0'))}};
 }
 
 } // namespace

@@ -95,7 +95,7 @@ void LineQueue::lookForPort(const Block& block) {
         if (!mayAnnounce(line)) {
             continue;
         }
-        if (const std::optional<int> port = PortParser::port(TerminalLine::text(line))) {
+        if (const std::optional<int> port = PortParser::servicePort(TerminalLine::text(line))) {
             const std::scoped_lock lock(m_mutex);
             if (m_portWanted) {
                 m_droppedPort = port;
@@ -131,7 +131,7 @@ LineQueue::Taken LineQueue::take(const Slice& slice) {
             const QByteArrayView line = view.sliced(block.taken, end - block.taken);
             result.lines.append(TerminalLine::text(line));
             if (isSearched && mayAnnounce(line)) {
-                const std::optional<int> port = PortParser::port(result.lines.constLast());
+                const std::optional<int> port = PortParser::servicePort(result.lines.constLast());
                 result.port = port ? port : result.port;
             }
             block.taken = end + 1;

@@ -2,6 +2,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+#include <array>
 #include <string>
 
 using namespace Qt::StringLiterals;
@@ -13,12 +15,17 @@ struct Patterns {
     QRegularExpression ansi{u"\x1b\\[[0-9;?]*[ -/]*[@-~]"_s};
     QRegularExpression address{uR"((?:localhost|127\.0\.0\.1|0\.0\.0\.0|\[::1?\]):(\d{2,5}))"_s};
     QRegularExpression keyword{uR"(port\s+(\d{2,5}))"_s, QRegularExpression::CaseInsensitiveOption};
+    /// Node and browsers; Dart; the Java debug wire protocol; Delve.
+    QRegularExpression debugger{
+        uR"((?:\b(?:debugger|inspector|devtools|vm service|observatory)\b.*?\b(?:on|at)\b.*?:)"
+        uR"(|\bdt_socket at address: (?:\S*:)?|^API server listening at: [\d.:\[\]]*:)(\d{2,5})\b)"_s,
+        QRegularExpression::CaseInsensitiveOption};
 };
 
 const Patterns& patterns() {
     static const Patterns compiled = [] {
         Patterns made;
-        for (const QRegularExpression* pattern : {&made.ansi, &made.address, &made.keyword}) {
+        for (const QRegularExpression* pattern : {&made.ansi, &made.address, &made.keyword, &made.debugger}) {
             if (!pattern->isValid()) {
                 qFatal("port pattern: %s", qPrintable(pattern->errorString()));
             }
@@ -70,6 +77,26 @@ std::optional<int> port(const QString& line) {
         }
     }
     return {};
+}
+
+std::optional<int> debuggerPort(const QString& line) {
+    const QRegularExpressionMatch match = patterns().debugger.match(stripANSI(line));
+    return match.hasMatch() ? std::optional(match.capturedView(1).toInt()) : std::nullopt;
+}
+
+bool isDebuggerDefault(int port) {
+    constexpr std::array defaults{
+        9229, // Node
+        5005, // Java
+        5678, // debugpy
+        2345, // Delve
+    };
+    return std::ranges::find(defaults, port) != defaults.end();
+}
+
+std::optional<int> servicePort(const QString& line) {
+    const std::optional<int> found = port(line);
+    return found && debuggerPort(line) == found ? std::nullopt : found;
 }
 
 bool mayAnnounce(QByteArrayView output, const OutputBytes& found) {

@@ -9,6 +9,7 @@
 #include "OrvProcess/PortWatch.h"
 #include "OrvProcess/ProcessReader.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QHashFunctions>
 #include <QPointer>
@@ -219,8 +220,9 @@ void ProcessManager::Private::append(const ServiceID& id, const ProcessReader* r
     }
     LogBuffer& log = **logs.find(id);
     qsizetype dropped = 0;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
     for (const QString& line : taken.lines) {
-        dropped += log.append(line);
+        dropped += log.append(line, now);
     }
     runs.constFind(id)->ports->noteOutput();
     const QPointer<ProcessManager> manager(q);

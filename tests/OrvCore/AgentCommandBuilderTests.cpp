@@ -194,4 +194,8 @@ TEST(AgentCommandBuilder, TellsAFollowUpWhatWentBefore) {
     EXPECT_EQ(
         AgentCommandBuilder::followUpTask(u"Add it"_s, {}, u"Remove it"_s),
         u"Earlier in this project you were asked:\n\nAdd it\n\nFollow-up:\n\nRemove it"_s);
+    const QString second = AgentCommandBuilder::followUpTask(
+        AgentCommandBuilder::followUpTask(u"Add it"_s, {}, u"Remove it"_s), u"Done"_s, u"And\n\nnow?"_s);
+    EXPECT_EQ(AgentCommandBuilder::followUpMessage(second), u"And\n\nnow?"_s);
+    EXPECT_EQ(AgentCommandBuilder::followUpMessage(u"See\n\nFollow-up:\n\nx"_s), u"See\n\nFollow-up:\n\nx"_s);
 }

@@ -139,7 +139,7 @@ TEST(JsonSkim, ReadsNothingOtherwiseThanAFullParser) {
     };
     int skimmed = 0;
     for (const char* name : {"claude-edit", "claude-turns"}) {
-        const QString path = QStringLiteral(ORV_SOURCE_DIR "/tests/agents/streams/%1.jsonl").arg(QLatin1String(name));
+        const QString path = test::sourcePath(u"tests/agents/streams/%1.jsonl"_s.arg(QLatin1String(name)));
         for (const QByteArray& line : test::readFile(path).split('\n')) {
             skimmed += skimJson(line) ? 1 : 0;
             for (qsizetype at = 0; at < line.size(); ++at) {

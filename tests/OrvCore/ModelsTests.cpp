@@ -87,10 +87,10 @@ TEST(AppSettings, TakesTheDefaultForEveryAbsentMemberButTheFirstFour) {
         R"({"displayName":"Sam","scanRoot":"file:///w/","showDockIcon":false,"pinnedProjectIDs":["/w"]})";
     const QByteArray written =
         R"({"agentAutonomy":"edit","agentFiles":{},"agentWorktrees":false,"appearance":"system","customAgentCommand":"","defaultAgent":"claude",)"
-        R"("defaultBranch":"main","defaultPullStrategy":"ffOnly","dismissedCTAs":[],"displayName":"Sam",)"
+        R"("defaultBranch":"main","defaultPullStrategy":"ffOnly","dismissedCTAs":[],"displayName":"Sam","editorCommand":"",)"
         R"("notificationsEnabled":false,"notifyAdded":true,"notifyAgents":true,"notifyCrash":true,)"
         R"("notifyOnlyInBackground":true,"notifyReady":true,"onboardingCompleted":false,"pinnedProjectIDs":["/w"],)"
-        R"("quickPanelShortcutEnabled":true,"scanRoot":"file:///w","showDockIcon":false,"theme":"ember",)"
+        R"("quickPanelShortcutEnabled":true,"scanRoot":"file:///w","showDockIcon":false,"terminalClipboard":"ask","theme":"ember",)"
         R"("viewMode":"cards","widgetsConfirmed":false})";
     EXPECT_EQ(roundTrip<AppSettings>(basic), written);
     const AppSettings defaults = AppSettings::defaults();
@@ -110,13 +110,13 @@ TEST(AppSettings, WritesEveryMemberUnderItsNameAndReadsItBack) {
     const QByteArray full =
         R"({"agentAutonomy":"full","agentFiles":{"/v":[],"/w":[".env"]},"agentWorktrees":true,"appearance":"dark","avatarColorHex":"#fff","avatarPhotoPath":"/p.png",)"
         R"("customAgentCommand":"aider","defaultAgent":"antigravity","defaultBranch":"trunk","defaultPullStrategy":"rebase",)"
-        R"("dismissedCTAs":["a","b","c"],"displayName":"Zoë","lastRun":{"action":"Both","projectID":"/w"},"notificationsEnabled":true,)"
+        R"("dismissedCTAs":["a","b","c"],"displayName":"Zoë","editorCommand":"code -g {file}","lastRun":{"action":"Both","projectID":"/w"},"notificationsEnabled":true,)"
         R"("notifyAdded":false,"notifyAgents":false,"notifyCrash":false,"notifyOnlyInBackground":false,"notifyReady":false,)"
         R"("onboardingCompleted":true,"pinnedProjectIDs":["/w","/v"],"quickPanelShortcutEnabled":false,"scanRoot":"file:///w",)"
-        R"("showDockIcon":false,"theme":"graphite","viewMode":"folders","widgetsConfirmed":true})";
+        R"("showDockIcon":false,"terminalClipboard":"off","theme":"graphite","viewMode":"folders","widgetsConfirmed":true})";
     EXPECT_EQ(roundTrip<AppSettings>(full), full);
     const QJsonObject read = object(full);
-    EXPECT_EQ(read.size(), 27);
+    EXPECT_EQ(read.size(), 29);
     const QJsonObject plain = AppSettings::defaults().toJson();
     for (const QString& key : plain.keys()) {
         EXPECT_NE(plain.value(key), read.value(key)) << key.toStdString();

@@ -1,3 +1,4 @@
+#include "OrvGit/GitChild_p.h"
 #include "tests/OrvGit/GitFixture.h"
 
 #include <QDir>
@@ -5,8 +6,12 @@
 #include <QFile>
 #include <QUuid>
 
+#include <algorithm>
 #include <csignal>
 #include <thread>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -166,6 +171,66 @@ TEST_F(GitRuns, DoNotWaitForWhatTheyLeftBehind) {
     EXPECT_EQ(result->output, "done\n");
     EXPECT_LT(timer.elapsed(), 30000);
     EXPECT_EQ(::kill(readFile(repository + u"/pid"_s).trimmed().toInt(), SIGKILL), 0);
+}
+
+/// As when the machine slept, or the application was stopped: it comes back with the limit long gone.
+TEST_F(GitRuns, AreReadToTheirEndByWhoStoodStillMeanwhile) {
+    const auto hasExited = [] {
+        siginfo_t info{};
+        return ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid != 0;
+    };
+    const struct {
+        const char* label;
+        QByteArray line;
+        GitChild::End end;
+        QByteArray output;
+    } cases[]{
+        {"done by then", "printf a; printf b >&2; printf c", GitChild::End::exited, "abc"},
+        {"what was left behind was, too",
+         "(while [ -d /proc/$$/task ] && ! grep -q '^State:.Z' /proc/$$/status; do :; done; printf a; read x <go; "
+         "printf b; echo >said) &",
+         GitChild::End::exited, "ab"},
+        {"still at it", "printf a; while :; do sleep 1; done", GitChild::End::timeout, "a"},
+        {"flooding all the while", "printf a; yes", GitChild::End::timeout, {}},
+    };
+    for (const auto& each : cases) {
+        home.add(u"still/here"_s, {});
+        QFile::remove(home.path(u"still/said"_s));
+        QFile::remove(home.path(u"still/go"_s));
+        ASSERT_EQ(::mkfifo(home.path(u"still/go"_s).toUtf8().constData(), 0600), 0);
+        auto child = GitChild::start(
+            {.program = "/bin/sh",
+             .arguments = {"sh", "-c", each.line},
+             .variables = ChildProcess::environment({}),
+             .directory = home.path(u"still"_s)},
+            {});
+        ASSERT_TRUE(child) << child.error().text().toStdString();
+        QByteArray output;
+        const QDeadlineTimer limit(300);
+        const QDeadlineTimer longer(1300);
+        bool hasStood = false;
+        const auto read = [&](GitChild::Stream, QByteArrayView bytes) {
+            output.append(bytes.first(std::min<qsizetype>(bytes.size(), 100)));
+            if (!std::exchange(hasStood, true)) {
+                EXPECT_TRUE(comesTrue([&] { return limit.hasExpired(); }));
+                if (each.output == "ab") {
+                    QFile go(home.path(u"still/go"_s));
+                    EXPECT_TRUE(go.open(QIODevice::WriteOnly) && go.write("\n") == 1);
+                    go.close();
+                    EXPECT_TRUE(
+                        comesTrue([&] { return longer.hasExpired() && QFile::exists(home.path(u"still/said"_s)); }));
+                } else if (each.end == GitChild::End::exited) {
+                    EXPECT_TRUE(comesTrue(hasExited));
+                }
+            }
+            return GitChild::Wanted::more;
+        };
+        EXPECT_EQ((*child)->follow(limit, {}, read), each.end) << each.label;
+        std::ranges::sort(output);
+        if (!each.output.isEmpty()) {
+            EXPECT_EQ(output, each.output) << each.label;
+        }
+    }
 }
 
 TEST_F(GitRuns, WaitForALockedIndexAndNeverRemoveIt) {

@@ -160,7 +160,7 @@ TEST_F(GitServers, OverSshTakeAKeyAndAskForNothing) {
 
 TEST_F(GitServers, OverHttpTakeAPasswordAndAskForNone) {
     QProcess server;
-    server.start(u"python3"_s, {u"" ORV_SOURCE_DIR "/tests/OrvGit/GitHttpServer.py"_s, home.path()});
+    server.start(u"python3"_s, {sourcePath(u"tests/OrvGit/GitHttpServer.py"_s), home.path()});
     ASSERT_TRUE(server.waitForReadyRead(30000));
     const QString port = QString::fromUtf8(server.readLine().trimmed());
     const auto url = [&port](const QString& user) {

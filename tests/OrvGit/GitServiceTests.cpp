@@ -1,4 +1,5 @@
 #include "OrvCore/UniqueFd.h"
+#include "OrvGit/DiscardedWork.h"
 #include "OrvGit/GitBadges.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/RepositoryLayout.h"
@@ -70,7 +71,8 @@ TEST_F(GitActions, StageUnstageAndDiscardOddNames) {
     for (const FileChange& change : value(service.status(r)).changes) {
         const auto diff = service.fileDiff(r, DiffRequest::of(change));
         EXPECT_EQ(GitPath::fromBytes(diff->newPath), change.path);
-        EXPECT_TRUE(service.diff(r, change)->contains(u"+x"_s));
+        ASSERT_EQ(diff->count(DiffLineKind::added), 1) << qPrintable(change.path);
+        EXPECT_EQ(diff->text(diff->hunks.first().lines.first()), "x") << "what is staged is shown first";
     }
     EXPECT_EQ(failure(service.unstage(r, names)), "");
     EXPECT_EQ(changes(r).count(u"?? "_s), names.size());
@@ -99,6 +101,83 @@ TEST_F(GitActions, DiscardEveryStateOfAFile) {
     EXPECT_EQ(service.fileDiff(r, {u"inner/"_s, {}, DiffSide::untracked})->content, DiffContent::folder);
 }
 
+TEST_F(GitActions, BringBackWhatTheyDiscarded) {
+    for (const QString& name : {u"c"_s, u"d"_s}) {
+        home.add(u"r/"_s + name, name.toUtf8() + "\n");
+    }
+    git(r, {u"add"_s, u"-A"_s});
+    git(r, {u"commit"_s, u"-qm"_s, u"More"_s});
+    home.add(u"r/a"_s, "changed\n");
+    git(r, {u"rm"_s, u"-q"_s, u"b"_s});
+    QFile::remove(r + u"/c"_s);
+    git(r, {u"mv"_s, u"d"_s, u"e"_s});
+    home.add(u"r/staged"_s, "staged\n");
+    home.add(u"r/lost"_s, "lost\n");
+    git(r, {u"add"_s, u"staged"_s, u"lost"_s});
+    home.add(u"r/staged"_s, "and changed\n");
+    QFile::remove(r + u"/lost"_s);
+    home.add(u"r/x/new one"_s, "x\n");
+    const QString before = changes(r);
+    EXPECT_EQ(before, u".M a|D. b|.D c|R. e|AD lost|AM staged|?? x/new one"_s);
+    QStringList paths;
+    for (const FileChange& change : value(service.status(r)).changes) {
+        paths += change.touchedPaths();
+    }
+    for (int i = 0; i < DiscardedWork::mostKept + 2; ++i) {
+        git(r, {u"update-ref"_s, u"refs/orvlauncher/discarded/%1"_s.arg(i), u"HEAD"_s});
+    }
+    // Nobody has said who commits, which is nothing to him who discards.
+    git(r, {u"config"_s, u"user.useConfigOnly"_s, u"true"_s});
+    const auto kept = DiscardedWork::keep(service, r, paths);
+    ASSERT_TRUE(kept) << failure(kept);
+    EXPECT_EQ(changes(r), before) << "keeping changes nothing";
+    EXPECT_EQ(
+        gitText(r, {u"for-each-ref"_s, u"--format=x"_s, u"refs/orvlauncher"_s}).split(u'\n').size(),
+        DiscardedWork::mostKept);
+    EXPECT_EQ(failure(service.discard(r, paths)), "");
+    EXPECT_EQ(changes(r), QString());
+    EXPECT_EQ(failure(kept->bringBack(service)), "");
+    EXPECT_EQ(changes(r), before);
+    EXPECT_EQ(
+        readFile(r + u"/a"_s) + readFile(r + u"/staged"_s) + readFile(r + u"/x/new one"_s),
+        "changed\nand changed\nx\n");
+    EXPECT_EQ(gitText(r, {u"show"_s, u":staged"_s}), u"staged"_s);
+
+    EXPECT_EQ(failure(service.discard(r, paths)), "");
+    home.add(u"r/a"_s, "mine\n");
+    EXPECT_TRUE(failure(kept->bringBack(service)).starts_with("“a” has changed since."));
+    EXPECT_EQ(readFile(r + u"/a"_s), "mine\n");
+
+    const QString fresh = home.makeRepository(u"fresh"_s);
+    home.add(u"fresh/z"_s, "1\n");
+    git(fresh, {u"add"_s, u"z"_s});
+    const auto first = DiscardedWork::keep(service, fresh, {u"z"_s});
+    ASSERT_TRUE(first) << failure(first);
+    EXPECT_EQ(failure(service.discard(fresh, {u"z"_s})), "");
+    EXPECT_EQ(failure(first->bringBack(service)), "");
+    EXPECT_EQ(changes(fresh), u"A. z"_s);
+
+    git(r, {u"checkout"_s, u"-q"_s, u"."_s});
+    makeConflict(u"merge"_s);
+    EXPECT_EQ(failure(DiscardedWork::keep(service, r, {u"a"_s})), "A conflict can't be brought back.");
+
+    // Beside a conflict the others can: changed, staged and changed again, removed, new.
+    git(r, {u"rm"_s, u"-q"_s, u"--cached"_s, u"b"_s});
+    home.add(u"r/staged"_s, "staged\n");
+    git(r, {u"add"_s, u"staged"_s});
+    home.add(u"r/staged"_s, "and changed\n");
+    const QStringList beside{u"b"_s, u"staged"_s, u"x/new one"_s};
+    home.add(u"r/x/new one"_s, "x\n");
+    const QString amid = changes(r);
+    const auto others = DiscardedWork::keep(service, r, beside);
+    ASSERT_TRUE(others) << failure(others);
+    EXPECT_EQ(failure(service.discard(r, beside)), "");
+    EXPECT_NE(changes(r), amid);
+    EXPECT_EQ(failure(others->bringBack(service)), "");
+    EXPECT_EQ(changes(r), amid);
+    EXPECT_EQ(readFile(r + u"/staged"_s) + gitText(r, {u"show"_s, u":staged"_s}).toUtf8(), "and changed\nstaged");
+}
+
 TEST_F(GitActions, WorkWithoutACommit) {
     const QString fresh = home.makeRepository(u"fresh"_s);
     home.add(u"fresh/x/y"_s, "1\n");
@@ -108,6 +187,10 @@ TEST_F(GitActions, WorkWithoutACommit) {
     EXPECT_EQ(service.status(fresh)->branch, u"main"_s);
     EXPECT_EQ(failure(service.unstage(fresh, {u"x/y"_s})), "");
     EXPECT_EQ(changes(fresh), u"A. z|?? x/y"_s);
+    home.add(u"fresh/z"_s, "2\n");
+    EXPECT_EQ(failure(service.unstage(fresh, {u"z"_s})), "") << "other than in the index";
+    EXPECT_EQ(readFile(fresh + u"/z"_s), "2\n");
+    EXPECT_EQ(failure(service.stage(fresh, {u"z"_s})), "");
     EXPECT_EQ(failure(service.discard(fresh, {u"z"_s})), "");
     EXPECT_EQ(changes(fresh), u"?? x/y"_s);
     EXPECT_TRUE(service.log(fresh, 10)->isEmpty());
@@ -292,7 +375,7 @@ TEST_F(GitActions, SumUpBadges) {
     QFuture<GitBadge> broken = badges.read(home.path(u"empty"_s));
     QFuture<GitBadge> none = badges.read(home.path(u"home"_s));
     EXPECT_EQ(project.result(), (GitBadge{2, 1, 0, 2, {}}));
-    EXPECT_EQ(broken.result(), (GitBadge{0, 0, 0, 1, {}}));
+    EXPECT_EQ(broken.result(), (GitBadge{0, 0, 0, 1, {}, 1})) << "what can't be read is not clean";
     EXPECT_EQ(none.result(), GitBadge{});
     EXPECT_EQ(badges.readRepositories({inner}).result(), (GitBadge{0, 1, 0, 1, u"next"_s}));
 }

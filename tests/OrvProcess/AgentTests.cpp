@@ -17,7 +17,7 @@ using test::ScopedEnvironment;
 namespace {
 
 QByteArray stream(const QString& name) {
-    return test::readFile(QStringLiteral(ORV_SOURCE_DIR "/tests/agents/streams/") + name);
+    return test::readFile(test::sourcePath(u"tests/agents/streams/"_s + name));
 }
 
 QList<AgentLine> read(AgentStream agent, QByteArrayView bytes, qsizetype step) {
@@ -96,15 +96,16 @@ class AgentProcessTest : public ::testing::Test {
 protected:
     AgentProcessTest() {
         tree.add(u"bin/"_s);
-        EXPECT_TRUE(QFile::link(QStringLiteral(ORV_SOURCE_DIR "/tests/agents/agent"), tree.path(u"bin/claude"_s)));
+        EXPECT_TRUE(QFile::link(test::sourcePath(u"tests/agents/agent"_s), tree.path(u"bin/claude"_s)));
         for (const QString& profile : {u".zprofile"_s, u".profile"_s}) {
             tree.add(profile, "PATH=\"$HOME/bin:$PATH\"\n");
         }
     }
 
     void start(const QString& streamName, const QByteArray& then, const QString& task = u"task"_s) {
-        const QByteArray file =
-            stream(streamName).isEmpty() ? "/dev/null" : ORV_SOURCE_DIR "/tests/agents/streams/" + streamName.toUtf8();
+        const QByteArray file = stream(streamName).isEmpty()
+                                    ? "/dev/null"
+                                    : test::sourcePath(u"tests/agents/streams/"_s + streamName).toUtf8();
         const ScopedEnvironment environment[]{
             {"HOME", tree.path().toUtf8().constData()},
             {"ZDOTDIR", tree.path().toUtf8().constData()},
@@ -173,6 +174,10 @@ TEST_F(AgentProcessTest, DeliversEveryLineBeforeTheExit) {
     ASSERT_TRUE(ends());
     EXPECT_EQ(exitCode, 3);
     ProcessSpawner::signalGroup(agent->pid(), SIGKILL);
+    const ScopedEnvironment inherited("NO_COLOR", "as inherited");
+    start({}, "echo \"$NO_COLOR\"");
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(shown(lines), u":as inherited"_s) << "the environment is the launcher's own";
     start({}, {}, QString(200'000, u'x'));
     EXPECT_EQ(error, u"Argument list too long"_s);
 }

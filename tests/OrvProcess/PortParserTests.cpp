@@ -57,6 +57,34 @@ TEST(PortParser, FindsTheAnnouncedPort) {
         << "the cheap test is to hold back ordinary output";
 }
 
+TEST(PortParser, TellsADebuggersPortFromTheServices) {
+    struct Row {
+        const char* line;
+        std::optional<int> debugger;
+        std::optional<int> service;
+    };
+    const std::array rows{
+        Row{"Debugger listening on ws://127.0.0.1:9229/9f0c-11", 9229, {}},
+        Row{"\x1b[33mDebugger listening on ws://localhost:\x1b[1m9231\x1b[0m/9f0c", 9231, {}},
+        Row{"Starting inspector on 127.0.0.1:9229 failed: address already in use", 9229, {}},
+        Row{"DevTools listening on ws://127.0.0.1:9222/devtools/browser/1", 9222, {}},
+        Row{"A Dart VM Service on Linux is available at: http://127.0.0.1:41235/x=/", 41235, {}},
+        Row{"Listening for transport dt_socket at address: 5005", 5005, {}},
+        Row{"Listening for transport dt_socket at address: localhost:5006", 5006, {}},
+        Row{"API server listening at: 127.0.0.1:2345", 2345, {}},
+        Row{"API server listening at: http://localhost:4000", {}, 4000},
+        Row{"Debugger attached.", {}, {}},
+        Row{" * Debugger PIN: 123-456-789", {}, {}},
+        Row{"Server on http://localhost:3000, debugger at 127.0.0.1:9229", 9229, 3000},
+        Row{"  Local: http://localhost:5173/", {}, 5173},
+    };
+    for (const Row& row : rows) {
+        const QString line = QString::fromUtf8(row.line);
+        EXPECT_EQ(PortParser::debuggerPort(line), row.debugger) << row.line;
+        EXPECT_EQ(PortParser::servicePort(line), row.service) << row.line;
+    }
+}
+
 TEST(PortParser, PassesOverNoLineWithAPort) {
     const std::array<const char*, 22> pieces{
         "localhost", "127.0.0.1", "[::1]", ":",       "3000",       "80", "port", "PoRT", " ",     "\t", "\x1b[1m",

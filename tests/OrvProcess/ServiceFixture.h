@@ -10,7 +10,7 @@ namespace orv::test {
 
 using namespace Qt::StringLiterals;
 
-inline const QString child = CommandBuilder::quote(QString::fromLatin1(ORV_TEST_CHILD));
+inline const QString child = CommandBuilder::quote(testChildPath());
 
 /// A manager and a folder in which services run.
 class Services : public ::testing::Test {

@@ -1,0 +1,220 @@
+#include "OrvGit/DiscardedWork.h"
+
+#include "OrvGit/GitLimits_p.h"
+#include "OrvGit/GitPath.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+constexpr auto refs = "refs/orvlauncher/discarded/";
+
+QByteArray zeroEnded(const QStringList& paths) {
+    QByteArray bytes;
+    for (const QString& path : paths) {
+        bytes += GitPath::toBytes(path) + '\0';
+    }
+    return bytes;
+}
+
+qint64 sizeOf(const QString& repository, const QStringList& paths) {
+    qint64 sum = 0;
+    for (const QString& path : paths) {
+        struct stat info{};
+        if (::lstat((QFile::encodeName(repository) + '/' + GitPath::toBytes(path)).constData(), &info) == 0) {
+            sum += info.st_size;
+        }
+    }
+    return sum;
+}
+
+GitOutcome<QByteArray> ask(
+    const GitRunner& runner, const QString& repository, const GitArguments& words, const QByteArray& input = {}) {
+    auto output = runner.run(words, repository, GitLimits::local, {.input = input});
+    return output ? GitOutcome<QByteArray>(output->trimmed()) : output;
+}
+
+/// The tree of the work tree's files: that of the index with these in it as they are.
+GitOutcome<QByteArray> treeWith(
+    GitRunner runner, const QString& repository, const QByteArray& indexTree, const QStringList& paths) {
+    const QTemporaryDir folder;
+    if (!folder.isValid()) {
+        return std::unexpected(GitError::refused(folder.errorString()));
+    }
+    runner.extraEnvironment.insert(u"GIT_INDEX_FILE"_s, folder.filePath(u"index"_s));
+    for (const auto& [words, input] :
+         {std::pair<GitArguments, QByteArray>{{"read-tree", indexTree}, {}},
+          {{"update-index", "--add", "--remove", "-z", "--stdin"}, zeroEnded(paths)}}) {
+        if (const auto done = ask(runner, repository, words, input); !done) {
+            return done;
+        }
+    }
+    return ask(runner, repository, {"write-tree"});
+}
+
+/// The tree of the index; where a conflict leaves none, that of the last commit with these paths as they are staged.
+GitOutcome<QByteArray> treeOfIndex(
+    GitRunner runner, const QString& repository, const RepoStatus& status, const QStringList& paths) {
+    if (std::ranges::none_of(status.changes, &FileChange::isConflicted)) {
+        return ask(runner, repository, {"write-tree"});
+    }
+    GitOutcome<QByteArray> entries = QByteArray();
+    if (!paths.isEmpty()) {
+        GitArguments words{"ls-files", "--stage", "-z", "--"};
+        for (const QString& path : paths) {
+            words << GitPath::toBytes(path);
+        }
+        runner.extraEnvironment.insert(u"GIT_LITERAL_PATHSPECS"_s, u"1"_s);
+        entries = runner.run(words, repository, GitLimits::local);
+    }
+    const QTemporaryDir folder;
+    if (!entries || !folder.isValid()) {
+        return entries ? std::unexpected(GitError::refused(folder.errorString())) : entries;
+    }
+    const auto head = ask(runner, repository, {"rev-parse", "HEAD"});
+    if (!head) {
+        return head;
+    }
+    // What is staged as removed has no entry.
+    QByteArray wanted;
+    for (const QString& path : paths) {
+        wanted += "0 " + QByteArray(head->size(), '0') + '\t' + GitPath::toBytes(path) + '\0';
+    }
+    runner.extraEnvironment.insert(u"GIT_INDEX_FILE"_s, folder.filePath(u"index"_s));
+    for (const auto& [words, input] :
+         {std::pair<GitArguments, QByteArray>{{"read-tree", "HEAD"}, {}},
+          {{"update-index", "-z", "--index-info"}, wanted + *entries}}) {
+        if (const auto done = ask(runner, repository, words, input); !done) {
+            return done;
+        }
+    }
+    return ask(runner, repository, {"write-tree"});
+}
+
+GitOutcome<QByteArray> commitOf(
+    GitRunner runner, const QString& repository, const QByteArray& tree, const QList<QByteArray>& parents,
+    const QByteArray& message) {
+    // It is nobody's work, and nobody may have said yet who commits.
+    for (const QString& name :
+         {u"GIT_AUTHOR_NAME"_s, u"GIT_AUTHOR_EMAIL"_s, u"GIT_COMMITTER_NAME"_s, u"GIT_COMMITTER_EMAIL"_s}) {
+        runner.extraEnvironment.insert(name, u"orvlauncher"_s);
+    }
+    GitArguments words{"commit-tree", tree, "-m", message};
+    for (const QByteArray& parent : parents) {
+        words << "-p" << parent;
+    }
+    return ask(runner, repository, words);
+}
+
+/// Takes the oldest away. What can't be taken away stays.
+void prune(const GitRunner& runner, const QString& repository) {
+    const auto listed = ask(runner, repository, {"for-each-ref", "--sort=-committerdate", "--format=%(refname)", refs});
+    const QList<QByteArray> names = listed ? listed->split('\n') : QList<QByteArray>();
+    for (qsizetype at = DiscardedWork::mostKept; at < names.size(); ++at) {
+        (void)ask(runner, repository, {"update-ref", "-d", names[at]});
+    }
+}
+
+} // namespace
+
+GitOutcome<DiscardedWork> DiscardedWork::keep(
+    const GitService& service, const QString& repository, const QStringList& paths) {
+    const auto status = service.status(repository);
+    if (!status) {
+        return std::unexpected(status.error());
+    }
+    DiscardedWork kept{.repository = repository, .workTreeCommit = {}, .indexCommit = {}, .staged = {}, .changed = {}};
+    const QSet<QString> wanted(paths.begin(), paths.end());
+    for (const FileChange& change : status->changes) {
+        const QStringList touched = change.touchedPaths();
+        if (std::ranges::none_of(touched, [&](const QString& path) { return wanted.contains(path); })) {
+            continue;
+        }
+        if (change.isConflicted()) {
+            return std::unexpected(GitError::refused(u"A conflict can't be brought back."_s));
+        }
+        // One that was only announced to the index is nowhere in it.
+        const bool isIntended = change.index == '.' && change.worktree == 'A';
+        if (!change.isUntracked() && !isIntended) {
+            kept.staged += touched;
+        }
+        if (change.worktree != '.') {
+            kept.changed.append(change.path);
+        }
+    }
+    kept.staged.removeDuplicates();
+    kept.changed.removeDuplicates();
+    if (sizeOf(repository, kept.changed) > mostBytes) {
+        return std::unexpected(GitError::refused(u"That is too much to be kept."_s));
+    }
+
+    const GitRunner& runner = service.runner;
+    const auto indexTree = treeOfIndex(runner, repository, *status, kept.staged);
+    const auto workTree = indexTree ? treeWith(runner, repository, *indexTree, kept.changed) : indexTree;
+    if (!workTree) {
+        return std::unexpected(workTree.error());
+    }
+    QList<QByteArray> parents;
+    if (status->hasCommits) {
+        parents.append("HEAD");
+    }
+    const auto index = commitOf(runner, repository, *indexTree, parents, "The index before a discard");
+    if (!index) {
+        return std::unexpected(index.error());
+    }
+    parents.append(*index);
+    const auto work = commitOf(runner, repository, *workTree, parents, "Discarded");
+    if (!work) {
+        return std::unexpected(work.error());
+    }
+    if (const auto named = ask(runner, repository, {"update-ref", refs + *work, *work}); !named) {
+        return std::unexpected(named.error());
+    }
+    prune(runner, repository);
+    kept.indexCommit = QString::fromLatin1(*index);
+    kept.workTreeCommit = QString::fromLatin1(*work);
+    return kept;
+}
+
+GitOutcome<void> DiscardedWork::bringBack(const GitService& service) const {
+    const auto status = service.status(repository);
+    if (!status) {
+        return std::unexpected(status.error());
+    }
+    for (const FileChange& change : status->changes) {
+        for (const QString& path : change.touchedPaths()) {
+            if (staged.contains(path) || changed.contains(path)) {
+                return std::unexpected(
+                    GitError::refused(u"“%1” has changed since. What was discarded is kept in the commit %2."_s.arg(
+                        path, workTreeCommit.first(10))));
+            }
+        }
+    }
+    struct Step {
+        QString commit;
+        GitArguments where;
+        const QStringList& paths;
+    };
+    for (const Step& step :
+         {Step{indexCommit, {"--staged", "--worktree"}, staged}, Step{workTreeCommit, {"--worktree"}, changed}}) {
+        if (step.paths.isEmpty()) {
+            continue;
+        }
+        const GitArguments words = GitArguments{"restore", "--source=" + step.commit.toLatin1()} + step.where +
+                                   GitArguments{"--pathspec-from-file=-", "--pathspec-file-nul"};
+        if (const auto done = ask(service.runner, repository, words, zeroEnded(step.paths)); !done) {
+            return std::unexpected(done.error());
+        }
+    }
+    return {};
+}
+
+} // namespace orv

@@ -90,6 +90,9 @@ public:
     }
 
     void send(term::Terminal& /*source*/, term::Bytes data) override { m_session.m_process->send(data); }
+    void reply(term::Terminal& /*source*/, term::Bytes data) override {
+        m_session.m_process->send(data, term::TerminalIOPipeline::SendOrigin::reply);
+    }
     void setTerminalTitle(term::Terminal& /*source*/, const std::string& title) override {
         later([this, text = QString::fromStdString(title)] { m_session.setTitle(text); });
     }
@@ -246,6 +249,7 @@ void TerminalSession::resize(int columns, int rows, QSize cellPixels) {
     m_cellPixels = cellPixels;
     m_terminal->resize(columns, rows);
     m_process->updateWindowSize(windowSize());
+    Q_EMIT resized();
 }
 
 std::optional<qint64> TerminalSession::shellPID() const {

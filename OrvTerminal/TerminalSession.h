@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvCore/Settings.h"
 #include "TermEngine/LocalProcess.h"
 #include "TermEngine/Terminal.h"
 
@@ -64,8 +65,13 @@ public:
     [[nodiscard]] int progressPercent() const { return m_progress.percent.value_or(-1); }
     /// Whether somebody can see the session.
     void setShown(bool isShown);
+    [[nodiscard]] bool isShown() const { return m_isShown; }
     /// The colours that programs are told of, and whether the theme is dark.
     void setTheme(const term::BaseColors& colors, term::ColorScheme scheme);
+
+    /// What becomes of `clipboardWriteRequested`.
+    void setClipboardWrite(ClipboardWrite choice) { m_clipboardWrite = choice; }
+    [[nodiscard]] ClipboardWrite clipboardWrite() const { return m_clipboardWrite; }
 
     /// A second call does nothing. A shell that can't be started leaves the session not alive.
     void start();
@@ -99,6 +105,8 @@ Q_SIGNALS:
     void outputReceived();
     void bellRang();
     void isBusyChanged();
+    /// The lines lie otherwise than before.
+    void resized();
     void hasUnseenBellChanged();
     void progressChanged();
     void selectionChanged();
@@ -133,6 +141,7 @@ private:
     bool m_isBusy = false;
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
+    ClipboardWrite m_clipboardWrite = ClipboardWrite::ask;
     term::ProgressReport m_progress;
     std::optional<term::BaseColors> m_colors;
     QTimer m_programCheck; ///< runs for a moment after output

@@ -27,6 +27,7 @@ TerminalSession* TerminalTabs::open(const QUrl& at) {
 
 TerminalSession* TerminalTabs::insert(qsizetype place, const QUrl& folder) {
     auto* session = new TerminalSession(folder, m_queue, this);
+    session->setClipboardWrite(m_clipboardWrite);
     m_sessions.insert(place, session);
     Q_EMIT sessionsChanged();
     setSelected(session->id());
@@ -91,6 +92,14 @@ void TerminalTabs::select(const QUuid& id) {
 
 bool TerminalTabs::anyForegroundProgram() const {
     return std::ranges::any_of(m_sessions, &TerminalSession::hasForegroundProgram);
+}
+
+void TerminalTabs::setClipboardWrite(ClipboardWrite choice) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_clipboardWrite = choice;
+    for (TerminalSession* session : m_sessions) {
+        session->setClipboardWrite(choice);
+    }
 }
 
 void TerminalTabs::setSelected(std::optional<QUuid> id) {

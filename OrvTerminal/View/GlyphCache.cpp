@@ -9,6 +9,8 @@
 #include <QTextLayout>
 #include <QtMath>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -34,7 +36,7 @@ QStringList emojiFamilies(const QString& family) {
     return families + textFamilies(family);
 }
 
-QFont fontOf(const QStringList& families, unsigned face, int pixelSize) {
+QFont fontOf(const QStringList& families, unsigned face, int pixelSize, QFont::HintingPreference hinting) {
     QFont font(families);
     font.setPixelSize(pixelSize);
     font.setBold((face & GlyphCache::bold) != 0);
@@ -43,7 +45,7 @@ QFont fontOf(const QStringList& families, unsigned face, int pixelSize) {
     font.setFixedPitch(true);
     // Glyphs are kept as masks for any colour, which leaves no room for coloured edges.
     font.setStyleStrategy(QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
-    font.setHintingPreference(QFont::PreferVerticalHinting);
+    font.setHintingPreference(hinting);
     return font;
 }
 
@@ -105,14 +107,21 @@ QTextLine layOut(QTextLayout& layout) {
     return line;
 }
 
+bool lacksGlyphs(const QTextLayout& layout) {
+    const QList<QGlyphRun> runs = layout.glyphRuns();
+    return std::ranges::any_of(runs, [](const QGlyphRun& run) { return run.glyphIndexes().contains(0); });
+}
+
 } // namespace
 
-GlyphCache::GlyphCache(const QString& family, qreal logicalSize, qreal devicePixelRatio) {
+GlyphCache::GlyphCache(
+    const QString& family, qreal logicalSize, qreal devicePixelRatio, QFont::HintingPreference hinting) {
     m_cell.devicePixelRatio = devicePixelRatio;
     m_cell.pixelSize = logicalSize * devicePixelRatio;
     for (unsigned face = 0; face < m_fonts.size(); ++face) {
-        m_fonts[face] = fontOf(textFamilies(family), face, qMax(1, qRound(m_cell.pixelSize)));
-        m_emojiFonts[face] = fontOf(emojiFamilies(family), face, qMax(1, qRound(m_cell.pixelSize)));
+        const int pixelSize = qMax(1, qRound(m_cell.pixelSize));
+        m_fonts[face] = fontOf(textFamilies(family), face, pixelSize, hinting);
+        m_emojiFonts[face] = fontOf(emojiFamilies(family), face, pixelSize, hinting);
         m_faces[face] = QRawFont::fromFont(m_fonts[face]);
         m_faces[face].setPixelSize(m_cell.pixelSize);
     }
@@ -227,8 +236,17 @@ void GlyphCache::drawLaidOut(QPainter& painter, std::u32string_view cluster, uns
     const bool showsEmoji = isEmoji(cluster);
     const QString text = QString::fromUcs4(cluster.data(), static_cast<qsizetype>(cluster.size()));
     QFont font = showsEmoji ? m_emojiFonts[face] : m_fonts[face];
+    if (showsEmoji) {
+        // Else Qt takes the digit of a keycap from one font and its frame from another.
+        font.setStyleStrategy(QFont::StyleStrategy(font.styleStrategy() | QFont::NoFontMerging));
+    }
     QTextLayout layout(text, font);
     QTextLine line = layOut(layout);
+    if (showsEmoji && lacksGlyphs(layout)) {
+        font = m_emojiFonts[face];
+        layout.setFont(font);
+        line = layOut(layout);
+    }
     qreal scale = 1;
     if (showsEmoji && line.naturalTextWidth() > 0) {
         // A picture fills its cells.

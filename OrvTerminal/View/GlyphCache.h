@@ -36,7 +36,9 @@ public:
         std::vector<std::uint32_t> color; ///< in place of it: pixels of its own, premultiplied, as an emoji has them
     };
 
-    GlyphCache(const QString& family, qreal logicalSize, qreal devicePixelRatio);
+    GlyphCache(
+        const QString& family, qreal logicalSize, qreal devicePixelRatio,
+        QFont::HintingPreference hinting = QFont::PreferVerticalHinting);
 
     [[nodiscard]] const CellGeometry& cell() const { return m_cell; }
     /// The reference holds until the next call.

@@ -186,6 +186,12 @@ bool KeyTranslator::translate(const QKeyEvent& event, term::KeyEvent& made, QByt
         return false;
     }
     made.modifiers = modifiersOf(event.modifiers());
+    // Nobody says whether Num Lock is on, but only then are these the keypad's.
+    const bool isDigit = event.key() >= Qt::Key_0 && event.key() <= Qt::Key_9;
+    const bool isPoint = event.key() == Qt::Key_Period || event.key() == Qt::Key_Comma;
+    if (event.modifiers().testFlag(Qt::KeypadModifier) && (isDigit || isPoint)) {
+        made.modifiers.bits |= term::KeyModifiers::numLock;
+    }
     made.type = event.type() == QEvent::KeyRelease ? term::KeyEventType::release
                 : event.isAutoRepeat()             ? term::KeyEventType::repeat
                                                    : term::KeyEventType::press;

@@ -1,10 +1,14 @@
 #include "OrvTerminal/View/LinePainter.h"
 
+#include "OrvTerminal/View/ArabicForms.h"
+#include "OrvTerminal/View/DrawnGlyphs.h"
+
 #include <QPainter>
 #include <QPainterPath>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace orv {
 namespace {
@@ -30,6 +34,32 @@ void fill(QImage& image, QRect rect, std::uint32_t pixel) {
         auto* line = reinterpret_cast<std::uint32_t*>(image.scanLine(y));
         std::fill(line + rect.left(), line + rect.right() + 1, pixel);
     }
+}
+
+/// Relative luminance, from 0 to 1 (WCAG 2).
+double luminance(QRgb color) {
+    const auto linear = [](int part) {
+        const double share = part / 255.0;
+        return share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
+}
+
+double contrast(QRgb one, QRgb other) {
+    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
+    return (light + 0.05) / (dark + 0.05);
+}
+
+/// The colour, or where it hardly differs from what is behind it, black or white. Programs choose pairs of colours that
+/// go together in a dark palette; in a light one "white on blue" is a dark grey on blue.
+QRgb readable(QRgb color, QRgb background) {
+    constexpr double hardly = 1.7;
+    constexpr QRgb black = 0xFF000000;
+    constexpr QRgb white = 0xFFFFFFFF;
+    if (color == background || contrast(color, background) >= hardly) {
+        return color;
+    }
+    return contrast(white, background) > contrast(black, background) ? white : black;
 }
 
 /// Characters that icon fonts draw wider than one cell: they may reach into a blank one behind them.
@@ -74,9 +104,11 @@ LinePainter::Style LinePainter::styleOf(const term::Attribute& attribute) const 
     if (attribute.style.has(term::StyleBit::dim)) {
         style.foreground = scaled(style.foreground, 150) + scaled(style.background, 105);
     }
+    style.text = style.hasBackground ? readable(style.foreground, style.background) : style.foreground;
     style.face = attribute.style.has(term::StyleBit::bold) ? unsigned{GlyphCache::bold} : 0U;
     style.face |= attribute.style.has(term::StyleBit::italic) ? unsigned{GlyphCache::italic} : 0U;
     style.isInvisible = attribute.style.has(term::StyleBit::invisible);
+    style.isBlinking = attribute.style.has(term::StyleBit::blink);
     style.isStruck = attribute.style.has(term::StyleBit::crossedOut);
     style.isOverlined = attribute.overline;
     style.underlineStyle = attribute.underlineStyle;
@@ -108,6 +140,7 @@ void LinePainter::applyMark(Style& style, LineMark::Kind kind) const {
         style.underline = style.foreground;
         break;
     }
+    style.text = style.hasBackground ? readable(style.foreground, style.background) : style.foreground;
 }
 
 std::vector<LinePainter::Cell> LinePainter::layOut(const Line& line) const {
@@ -130,9 +163,11 @@ std::vector<LinePainter::Cell> LinePainter::layOut(const Line& line) const {
         if (key != lastKey) {
             lastKey = key;
             last = styleOf(line.arena.attributeOf(cell));
+            last.isInvisible = last.isInvisible || (line.hidesBlinking && last.isBlinking);
         }
-        Cell shown{cell, column, cell.isWide() && column + 1 < columns ? 2 : 1, false, last};
-        shown.isMirrored = !line.order.isRightToLeft.empty() && line.order.isRightToLeft[static_cast<size_t>(stored)];
+        Cell shown{cell, column, stored, cell.isWide() && column + 1 < columns ? 2 : 1, false, last};
+        shown.isRightToLeft =
+            !line.order.isRightToLeft.empty() && line.order.isRightToLeft[static_cast<size_t>(stored)];
         for (const LineMark& mark : line.marks) {
             if (stored >= mark.first && stored < mark.end) {
                 applyMark(shown.style, mark.kind);
@@ -141,6 +176,15 @@ std::vector<LinePainter::Cell> LinePainter::layOut(const Line& line) const {
         cells.push_back(shown);
     }
     return cells;
+}
+
+bool LinePainter::blinks(const Line& line) {
+    const auto cells = line.cells.usedCells();
+    std::uint64_t lastKey = ~std::uint64_t{0};
+    return std::ranges::any_of(cells, [&](term::PackedCell cell) {
+        const std::uint64_t key = cell.rawValue & term::PackedCell::attributeMask;
+        return key != std::exchange(lastKey, key) && line.arena.attributeOf(cell).style.has(term::StyleBit::blink);
+    });
 }
 
 QImage LinePainter::paint(const Line& line) {
@@ -182,10 +226,24 @@ QImage LinePainter::paint(const Line& line) {
         }
         const Cell& last = cells[end - 1];
         drawLines(
-            image, style, cells[first].column * width, (last.column + last.columns - cells[first].column) * width);
+            image, style, line.cells.renderMode(), cells[first].column * width,
+            (last.column + last.columns - cells[first].column) * width);
         first = end;
     }
     return image;
+}
+
+char32_t LinePainter::inItsPlace(const Line& line, const Cell& cell, char32_t scalar) {
+    const auto letterAt = [&line](int stored) -> char32_t {
+        if (stored < 0 || stored >= line.cells.size()) {
+            return 0;
+        }
+        char32_t memory = 0;
+        const std::u32string_view scalars = line.arena.scalars(line.cells[stored], memory);
+        return scalars.empty() ? 0 : scalars.front();
+    };
+    const char32_t mirrored = term::bidi::mirrored(scalar);
+    return mirrored != scalar ? mirrored : joinedForm(scalar, letterAt(cell.stored - 1), letterAt(cell.stored + 1));
 }
 
 void LinePainter::drawCharacter(QImage& image, const Line& line, const Cell& cell, const Cell* next, int left) {
@@ -197,10 +255,11 @@ void LinePainter::drawCharacter(QImage& image, const Line& line, const Cell& cel
     if (scalars.empty() || (scalars.size() == 1 && scalars.front() == U' ')) {
         return;
     }
-    char32_t turned = 0;
-    if (cell.isMirrored && scalars.size() == 1) {
-        turned = term::bidi::mirrored(scalars.front());
-        scalars = std::u32string_view(&turned, 1);
+    std::u32string placed;
+    if (cell.isRightToLeft) {
+        placed = std::u32string(scalars);
+        placed.front() = inItsPlace(line, cell, placed.front());
+        scalars = placed;
     }
     const term::RenderLineMode mode = line.cells.renderMode();
     GlyphCache::Box box{static_cast<std::uint8_t>(cell.columns), 1, 1};
@@ -212,7 +271,9 @@ void LinePainter::drawCharacter(QImage& image, const Line& line, const Cell& cel
         box.columns = 2;
     }
     const int top = mode == term::RenderLineMode::doubledDown ? -image.height() : 0;
-    blend(image, m_glyphs.glyph(scalars, cell.style.face, box), {left, top}, cell.style.foreground, clip);
+    // Edges and blocks of one colour meet those of another one.
+    const QRgb color = isDrawnGlyph(scalars.front()) ? cell.style.foreground : cell.style.text;
+    blend(image, m_glyphs.glyph(scalars, cell.style.face, box), {left, top}, color, clip);
 }
 
 void LinePainter::blend(QImage& image, const GlyphCache::Glyph& glyph, QPoint corner, QRgb color, QRect clip) const {
@@ -235,18 +296,22 @@ void LinePainter::blend(QImage& image, const GlyphCache::Glyph& glyph, QPoint co
     }
 }
 
-void LinePainter::drawLines(QImage& image, const Style& style, int left, int width) const {
+/// A line of double height has its underline in its lower half only.
+void LinePainter::drawLines(QImage& image, const Style& style, term::RenderLineMode mode, int left, int width) const {
     if (style.isInvisible) {
         return;
     }
-    const CellGeometry& geometry = m_glyphs.cell();
-    const int thick = geometry.thickness;
-    const int bottom = geometry.underline;
+    const int stretch = isDoubleHeight(mode) ? 2 : 1;
+    const int top = mode == term::RenderLineMode::doubledDown ? -image.height() : 0;
+    const int thick = m_glyphs.cell().thickness * stretch;
+    const int cellWidth = m_glyphs.cell().width * stretchX(mode);
+    const int height = m_glyphs.cell().height * stretch + top;
+    const int bottom = m_glyphs.cell().underline * stretch + top;
     if (style.isStruck) {
-        fill(image, {left, geometry.strike, width, thick}, style.foreground);
+        fill(image, {left, m_glyphs.cell().strike * stretch + top, width, thick}, style.foreground);
     }
     if (style.isOverlined) {
-        fill(image, {left, 0, width, thick}, style.foreground);
+        fill(image, {left, top, width, thick}, style.foreground);
     }
     const auto repeat = [&](int on, int off) {
         for (int x = left; x < left + width; x += on + off) {
@@ -260,7 +325,7 @@ void LinePainter::drawLines(QImage& image, const Style& style, int left, int wid
         fill(image, {left, bottom, width, thick}, style.underline);
         break;
     case term::UnderlineStyle::doubled: {
-        const int second = std::min(bottom + 2 * thick, geometry.height - thick);
+        const int second = std::min(bottom + 2 * thick, height - thick);
         fill(image, {left, second - 2 * thick, width, thick}, style.underline);
         fill(image, {left, second, width, thick}, style.underline);
         break;
@@ -269,16 +334,16 @@ void LinePainter::drawLines(QImage& image, const Style& style, int left, int wid
         repeat(thick, thick);
         break;
     case term::UnderlineStyle::dashed:
-        repeat(std::max(2, geometry.width / 2), std::max(2, geometry.width / 4));
+        repeat(std::max(2, cellWidth / 2), std::max(2, cellWidth / 4));
         break;
     case term::UnderlineStyle::curly: {
         QPainter painter(&image);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setClipRect(left, 0, width, geometry.height);
+        painter.setClipRect(left, 0, width, image.height());
         painter.setPen(QPen(QColor(style.underline), thick));
-        const qreal reach = std::max(1.5 * thick, geometry.width / 6.0);
-        const qreal middle = std::min<qreal>(bottom + thick / 2.0, geometry.height - reach - thick / 2.0);
-        const qreal half = geometry.width / 2.0;
+        const qreal reach = std::max(1.5 * thick, cellWidth / 6.0);
+        const qreal middle = std::min<qreal>(bottom + thick / 2.0, height - reach - thick / 2.0);
+        const qreal half = cellWidth / 2.0;
         QPainterPath wave(QPointF(left, middle));
         for (qreal x = left; x < left + width; x += 2 * half) {
             wave.quadTo(x + half / 2, middle - 2 * reach, x + half, middle);
@@ -302,6 +367,7 @@ QImage LinePainter::paintCursor(const Line& line, int column, QRgb background) {
         if (cell.style.foreground == background) {
             cell.style.foreground = m_colors.background;
         }
+        cell.style.text = cell.style.foreground;
         drawCharacter(image, line, cell, nullptr, 0);
         return image;
     }

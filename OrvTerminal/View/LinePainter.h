@@ -30,12 +30,15 @@ public:
         const std::vector<LineMark>& marks; ///< later ones lie over earlier ones
         /// Cells without a background of their own let what is below shine through, an image.
         bool isTransparent = false;
+        bool hidesBlinking = false; ///< text that blinks is not there
     };
 
     LinePainter(GlyphCache& glyphs, const ResolvedColors& colors) : m_glyphs(glyphs), m_colors(colors) {}
 
     /// A picture of the whole line; null where all of it is the plain background.
     [[nodiscard]] QImage paint(const Line& line);
+    /// Whether there is text that blinks in the line.
+    [[nodiscard]] static bool blinks(const Line& line);
     /// The character in a column as it stands on a block cursor.
     [[nodiscard]] QImage paintCursor(const Line& line, int column, QRgb background);
     /// Text that is not on the screen, underlined: what an input method is at.
@@ -44,20 +47,23 @@ public:
 private:
     struct Style {
         QRgb foreground = 0;
+        QRgb text = 0; ///< the foreground, or what can be read where that can't
         QRgb background = 0;
         QRgb underline = 0;
         term::UnderlineStyle underlineStyle = term::UnderlineStyle::none;
         unsigned face = 0;
         bool hasBackground = false;
         bool isInvisible = false;
+        bool isBlinking = false;
         bool isStruck = false;
         bool isOverlined = false;
     };
     struct Cell {
         term::PackedCell cell;
         int column = 0; ///< from the left, as it is shown
+        int stored = 0; ///< where it stands in the line
         int columns = 1;
-        bool isMirrored = false;
+        bool isRightToLeft = false;
         Style style;
     };
 
@@ -65,9 +71,11 @@ private:
     [[nodiscard]] Style styleOf(const term::Attribute& attribute) const;
     void applyMark(Style& style, LineMark::Kind kind) const;
     [[nodiscard]] std::vector<Cell> layOut(const Line& line) const;
+    /// What a cell of a script that runs from right to left shows: mirrored, or joined to its neighbours.
+    [[nodiscard]] static char32_t inItsPlace(const Line& line, const Cell& cell, char32_t scalar);
     void drawCharacter(QImage& image, const Line& line, const Cell& cell, const Cell* next, int left);
     void blend(QImage& image, const GlyphCache::Glyph& glyph, QPoint corner, QRgb color, QRect clip) const;
-    void drawLines(QImage& image, const Style& style, int left, int width) const;
+    void drawLines(QImage& image, const Style& style, term::RenderLineMode mode, int left, int width) const;
 
     GlyphCache& m_glyphs;
     const ResolvedColors& m_colors;

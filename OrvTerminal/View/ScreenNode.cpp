@@ -62,13 +62,16 @@ void ScreenNode::updateLines(const Scene& scene) {
     for (const Line& line : m_shown) {
         known.emplace(line.serial, line.node);
     }
+    const auto imageOf = [&](const ScreenPicture::Row& row) -> const QImage& {
+        return row.blinks && scene.hidesBlinking ? row.hidden : row.image;
+    };
     std::vector<Line> shown;
-    for (size_t row = 0; row < rows.size(); ++row) {
-        if (rows[row].image.isNull()) {
+    for (const ScreenPicture::Row& row : rows) {
+        if (imageOf(row).isNull()) {
             continue;
         }
-        shown.push_back({nullptr, rows[row].serial});
-        if (const auto found = known.find(rows[row].serial); found != known.end()) {
+        shown.push_back({nullptr, 2 * row.serial + (row.blinks && scene.hidesBlinking ? 1 : 0)});
+        if (const auto found = known.find(shown.back().serial); found != known.end()) {
             shown.back().node = found->second;
             known.erase(found);
         }
@@ -77,7 +80,7 @@ void ScreenNode::updateLines(const Scene& scene) {
     auto spare = known.begin();
     size_t at = 0;
     for (size_t row = 0; row < rows.size(); ++row) {
-        const QImage& image = rows[row].image;
+        const QImage& image = imageOf(rows[row]);
         if (image.isNull()) {
             continue;
         }

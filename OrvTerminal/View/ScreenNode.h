@@ -36,6 +36,7 @@ public:
         QColor cursorColor;
         QImage preedit; ///< over the cell of the cursor
         std::vector<Patch> patches;
+        bool hidesBlinking = false;
     };
 
     explicit ScreenNode(QQuickWindow& window);
@@ -50,7 +51,7 @@ public:
 private:
     struct Line {
         QSGImageNode* node = nullptr;
-        std::uint64_t serial = 0;
+        std::uint64_t serial = 0; ///< twice that of its row; one more without the text that blinks
     };
 
     void updateLines(const Scene& scene);

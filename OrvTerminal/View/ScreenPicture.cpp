@@ -41,8 +41,15 @@ void ScreenPicture::refresh(
         const term::PresentedRow order = term::presentedRow(
             buffer, index, terminal.bidiState(index - buffer.yBase()), terminal.options().maximumBidiParagraphRows);
         rows[place].serial = ++m_painted;
-        rows[place].image = painter.paint({line, terminal.arena(), order, known[place].marks, isTransparent});
+        LinePainter::Line whole{line, terminal.arena(), order, known[place].marks, isTransparent};
+        rows[place].image = painter.paint(whole);
+        rows[place].blinks = LinePainter::blinks(whole);
+        if (rows[place].blinks) {
+            whole.hidesBlinking = true;
+            rows[place].hidden = painter.paint(whole);
+        }
     }
+    m_blinks = std::ranges::any_of(rows, &Row::blinks);
     m_rows = std::move(rows);
     m_known = std::move(known);
     placeCursor(terminal, painter);

@@ -19,6 +19,8 @@ public:
     struct Row {
         std::uint64_t serial = 0; ///< another one for each picture that was painted
         QImage image;             ///< null: nothing but the background
+        bool blinks = false;
+        QImage hidden; ///< of a row that blinks: the same without what does
     };
     /// An image of the program's, in pixels of the screen from the corner of the first cell.
     struct Placed {
@@ -50,6 +52,7 @@ public:
     [[nodiscard]] std::int64_t firstLine() const { return m_firstLine; }
     [[nodiscard]] QRgb background() const { return m_colors.background; }
     [[nodiscard]] const ResolvedColors& colors() const { return m_colors; }
+    [[nodiscard]] bool blinks() const { return m_blinks; }
     /// How many lines were painted since the beginning.
     [[nodiscard]] std::uint64_t paintedCount() const { return m_painted; }
 
@@ -75,6 +78,7 @@ private:
     std::uint64_t m_epoch = 1;
     std::uint64_t m_painted = 0;
     bool m_isTransparent = false;
+    bool m_blinks = false;
 };
 
 } // namespace orv

@@ -23,11 +23,13 @@ TerminalFind::TerminalFind(TerminalSession& session, QObject* parent) : QObject(
     m_outputCame.setSingleShot(true);
     m_outputCame.setInterval(searchInterval);
     connect(&m_outputCame, &QTimer::timeout, this, &TerminalFind::search);
-    connect(&session, &TerminalSession::outputReceived, this, [this] {
-        if (m_isActive && !m_text.isEmpty() && !m_outputCame.isActive()) {
-            m_outputCame.start();
-        }
-    });
+    for (const auto signal : {&TerminalSession::outputReceived, &TerminalSession::resized}) {
+        connect(&session, signal, this, [this] {
+            if (m_isActive && !m_text.isEmpty() && !m_outputCame.isActive()) {
+                m_outputCame.start();
+            }
+        });
+    }
 }
 
 void TerminalFind::setActive(bool active) {

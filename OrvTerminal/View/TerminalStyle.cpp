@@ -19,6 +19,13 @@ void TerminalStyle::setFamily(const QString& family) {
     }
 }
 
+void TerminalStyle::setHinting(QFont::HintingPreference hinting) {
+    if (hinting != m_hinting) {
+        m_hinting = hinting;
+        Q_EMIT fontChanged();
+    }
+}
+
 void TerminalStyle::setFontSize(qreal size) {
     size = std::clamp(size, smallestSize, largestSize);
     if (size != m_size) {
@@ -35,6 +42,13 @@ void TerminalStyle::setColors(const TerminalColors& colors) {
     if (colors != m_colors) {
         m_colors = colors;
         Q_EMIT colorsChanged();
+    }
+}
+
+void TerminalStyle::setBlinksText(bool blinks) {
+    if (blinks != m_blinksText) {
+        m_blinksText = blinks;
+        Q_EMIT blinksTextChanged();
     }
 }
 

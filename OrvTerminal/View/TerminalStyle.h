@@ -2,6 +2,7 @@
 
 #include "OrvTerminal/View/TerminalColors.h"
 
+#include <QFont>
 #include <QObject>
 #include <QString>
 
@@ -20,6 +21,9 @@ public:
 
     [[nodiscard]] QString family() const { return m_family; }
     void setFamily(const QString& family);
+    /// Whether letters are moved onto whole pixels, which each machine does in its own way.
+    [[nodiscard]] QFont::HintingPreference hinting() const { return m_hinting; }
+    void setHinting(QFont::HintingPreference hinting);
     /// In logical pixels.
     [[nodiscard]] qreal fontSize() const { return m_size; }
     void setFontSize(qreal size);
@@ -27,15 +31,21 @@ public:
     void zoom(int direction);
     [[nodiscard]] const TerminalColors& colors() const { return m_colors; }
     void setColors(const TerminalColors& colors);
+    /// Whether text may blink that a program wants to; else it stands still.
+    [[nodiscard]] bool blinksText() const { return m_blinksText; }
+    void setBlinksText(bool blinks);
 
 Q_SIGNALS:
     void fontChanged();
     void colorsChanged();
+    void blinksTextChanged();
 
 private:
     QString m_family;
+    QFont::HintingPreference m_hinting = QFont::PreferVerticalHinting;
     qreal m_size = usualSize;
     TerminalColors m_colors;
+    bool m_blinksText = true;
 };
 
 } // namespace orv

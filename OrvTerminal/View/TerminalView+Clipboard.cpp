@@ -7,7 +7,21 @@
 #include <QGuiApplication>
 #include <QMimeData>
 
+#include <algorithm>
+
 namespace orv {
+namespace {
+
+constexpr int shownLength = 40;
+
+void putOnClipboard(const QString& text, bool isPrimary) {
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    if (!isPrimary || clipboard->supportsSelection()) {
+        clipboard->setText(text, isPrimary ? QClipboard::Selection : QClipboard::Clipboard);
+    }
+}
+
+} // namespace
 
 bool TerminalView::hasSelection() const {
     const auto range = m_session.terminal().selection().range();
@@ -69,7 +83,8 @@ void TerminalView::paste(const QString& text) {
     QString lines = text;
     lines.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
     // A shell that brackets pastes waits for Return; another one would run each line as it comes.
-    if (lines.contains(u'\n') && !m_session.terminal().modes().bracketedPaste) {
+    const bool isBareShell = !m_session.terminal().modes().bracketedPaste && !m_session.hasForegroundProgram();
+    if (lines.contains(u'\n') && isBareShell) {
         m_pendingPaste = lines;
         Q_EMIT pasteQuestionChanged();
     } else {
@@ -88,6 +103,45 @@ void TerminalView::answerPaste(bool isWanted) {
 void TerminalView::pasteWithoutQuestion(const QString& text) {
     if (m_session.isAlive() && m_session.terminal().paste(text.toStdString())) {
         typed();
+    }
+}
+
+void TerminalView::takeClipboardWrite(const QString& text, bool isPrimary) {
+    switch (m_session.clipboardWrite()) {
+    case ClipboardWrite::off:
+        break;
+    case ClipboardWrite::ask:
+        // Of several, the last one is what would be there.
+        m_isPendingCopyPrimary = isPrimary;
+        setPendingCopy(text);
+        break;
+    case ClipboardWrite::on:
+        putOnClipboard(text, isPrimary);
+        break;
+    }
+}
+
+void TerminalView::setPendingCopy(const QString& text) {
+    if (text != m_pendingCopy) {
+        m_pendingCopy = text;
+        Q_EMIT programsCopyChanged();
+    }
+}
+
+QString TerminalView::programsCopy() const {
+    QString shown = m_pendingCopy.left(2 * shownLength);
+    std::ranges::replace_if(shown, [](QChar letter) { return !letter.isPrint(); }, u' ');
+    shown = shown.simplified();
+    const bool isCut = shown.size() > shownLength || m_pendingCopy.size() > 2 * shownLength;
+    const bool isBlank = shown.isEmpty() && !m_pendingCopy.isEmpty();
+    return isCut || isBlank ? shown.left(shownLength) + u'…' : shown;
+}
+
+void TerminalView::answerProgramsCopy(bool isWanted) {
+    const QString text = m_pendingCopy;
+    setPendingCopy({});
+    if (isWanted && !text.isEmpty()) {
+        putOnClipboard(text, m_isPendingCopyPrimary);
     }
 }
 

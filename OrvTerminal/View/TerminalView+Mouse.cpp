@@ -23,6 +23,11 @@ namespace {
 constexpr qreal wheelNotch = 120; ///< eighths of a degree
 constexpr int linesANotch = 3;
 
+/// Of several that are held, the one that movements are told of.
+Qt::MouseButton firstOf(Qt::MouseButtons held) {
+    return static_cast<Qt::MouseButton>(held.toInt() & -held.toInt());
+}
+
 term::MouseButton buttonOf(Qt::MouseButton button) {
     switch (button) {
     case Qt::LeftButton:
@@ -153,8 +158,8 @@ void TerminalView::mousePressEvent(QMouseEvent* event) {
         return;
     }
     if (programWantsMouse(event->modifiers())) {
-        m_held = buttonOf(event->button());
-        report(term::MouseEventType::press, m_held, place, event->modifiers());
+        m_held |= event->button();
+        report(term::MouseEventType::press, buttonOf(event->button()), place, event->modifiers());
         return;
     }
     if (event->button() == Qt::MiddleButton && QGuiApplication::clipboard()->supportsSelection()) {
@@ -193,8 +198,8 @@ void TerminalView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void TerminalView::mouseMoveEvent(QMouseEvent* event) {
-    if (m_held != term::MouseButton::none) {
-        report(term::MouseEventType::motion, m_held, event->position(), event->modifiers());
+    if (m_held != Qt::NoButton) {
+        report(term::MouseEventType::motion, buttonOf(firstOf(m_held)), event->position(), event->modifiers());
     } else if (m_isSelecting) {
         drag(event->position());
     }
@@ -225,9 +230,9 @@ void TerminalView::scrollByDrag() {
 }
 
 void TerminalView::mouseReleaseEvent(QMouseEvent* event) {
-    if (m_held != term::MouseButton::none && buttonOf(event->button()) == m_held) {
-        report(term::MouseEventType::release, m_held, event->position(), event->modifiers());
-        m_held = term::MouseButton::none;
+    if (m_held.testFlag(event->button())) {
+        report(term::MouseEventType::release, buttonOf(event->button()), event->position(), event->modifiers());
+        m_held &= ~Qt::MouseButtons(event->button());
     }
     if (m_pressedLink && m_pressedLink == m_hovered) {
         activate(m_pressedLink->link);
@@ -240,7 +245,7 @@ void TerminalView::mouseReleaseEvent(QMouseEvent* event) {
 
 void TerminalView::mouseUngrabEvent() {
     m_isSelecting = false;
-    m_held = term::MouseButton::none;
+    m_held = Qt::NoButton;
     m_dragTimer.stop();
 }
 

@@ -3,7 +3,6 @@
 #include "OrvCore/Async.h"
 #include "OrvTerminal/TerminalSession.h"
 
-#include <QClipboard>
 #include <QDateTime>
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -51,6 +50,10 @@ TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuic
     connect(&m_bell, &QTimer::timeout, this, &TerminalView::update);
     connect(&m_animation, &QTimer::timeout, this, &TerminalView::advanceAnimations);
     connect(&m_blinkTimer, &QTimer::timeout, this, &TerminalView::blink);
+    connect(&m_textBlinkTimer, &QTimer::timeout, this, [this] {
+        m_isTextOn = !m_isTextOn;
+        update();
+    });
     m_dragTimer.setInterval(40);
     connect(&m_dragTimer, &QTimer::timeout, this, &TerminalView::scrollByDrag);
 
@@ -73,12 +76,7 @@ TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuic
         m_pointerShape = name;
         updatePointer();
     });
-    connect(&session, &TerminalSession::clipboardWriteRequested, this, [](const QString& text, bool isPrimary) {
-        QClipboard* clipboard = QGuiApplication::clipboard();
-        if (!isPrimary || clipboard->supportsSelection()) {
-            clipboard->setText(text, isPrimary ? QClipboard::Selection : QClipboard::Clipboard);
-        }
-    });
+    connect(&session, &TerminalSession::clipboardWriteRequested, this, &TerminalView::takeClipboardWrite);
     connect(m_find, &TerminalFind::resultChanged, this, &TerminalView::changed);
     connect(m_find, &TerminalFind::lineWanted, this, [this](std::int64_t line) {
         const std::int64_t row = line - firstLine();
@@ -90,6 +88,7 @@ TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuic
     });
     connect(&style, &TerminalStyle::fontChanged, this, &TerminalView::applyFont);
     connect(&style, &TerminalStyle::colorsChanged, this, &TerminalView::applyColors);
+    connect(&style, &TerminalStyle::blinksTextChanged, this, &TerminalView::followBlinkingText);
     applyFont();
     applyColors();
     updatePointer();
@@ -119,6 +118,10 @@ bool TerminalView::isShown() const {
     return window() != nullptr && isVisible() && window()->isVisible();
 }
 
+bool TerminalView::isMinimized() const {
+    return window() != nullptr && window()->visibility() == QWindow::Minimized;
+}
+
 /// What a program draws as a whole is not shown in parts.
 bool TerminalView::isHeld() const {
     return m_session.terminal().modes().synchronizedOutput && !m_picture.rows().empty();
@@ -129,7 +132,8 @@ bool TerminalView::isWaiting() const {
 }
 
 bool TerminalView::isIdle() const {
-    return !m_blinkTimer.isActive() && !m_frameTimer.isActive() && !m_animation.isActive() && !m_dragTimer.isActive();
+    return !m_blinkTimer.isActive() && !m_textBlinkTimer.isActive() && !m_frameTimer.isActive() &&
+           !m_animation.isActive() && !m_dragTimer.isActive();
 }
 
 /// Something that the person did: shown with the next frame.
@@ -182,6 +186,7 @@ void TerminalView::refresh() {
     if (!m_animation.isActive()) {
         advanceAnimations();
     }
+    followBlinkingText();
     followScroll();
     if (m_picture.background() != m_background) {
         m_background = m_picture.background();
@@ -223,7 +228,7 @@ void TerminalView::applySize() {
 
 void TerminalView::applyFont() {
     const qreal ratio = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
-    m_glyphs = std::make_unique<GlyphCache>(m_style.family(), m_style.fontSize(), ratio);
+    m_glyphs = std::make_unique<GlyphCache>(m_style.family(), m_style.fontSize(), ratio, m_style.hinting());
     m_picture.forget();
     m_isSizeStale = true;
     changed();
@@ -416,6 +421,20 @@ void TerminalView::blink() {
     update();
 }
 
+/// All of it at once, and as often as a cursor does.
+void TerminalView::followBlinkingText() {
+    const int length = QGuiApplication::styleHints()->cursorFlashTime();
+    if (m_picture.blinks() && m_style.blinksText() && length > 0 && isShown() && !isMinimized()) {
+        if (!m_textBlinkTimer.isActive()) {
+            m_textBlinkTimer.start(length / 2);
+        }
+    } else if (m_textBlinkTimer.isActive()) {
+        m_textBlinkTimer.stop();
+        m_isTextOn = true;
+        update();
+    }
+}
+
 void TerminalView::ring() {
     if (isShown()) {
         m_bell.start(bellLength);
@@ -451,11 +470,14 @@ void TerminalView::itemChange(ItemChange change, const ItemChangeData& value) {
     }
     if (change == ItemSceneChange && value.window != nullptr) {
         connect(value.window, &QWindow::visibleChanged, this, &TerminalView::changed, Qt::UniqueConnection);
+        connect(
+            value.window, &QWindow::visibilityChanged, this, &TerminalView::followBlinkingText, Qt::UniqueConnection);
     }
     if (change == ItemVisibleHasChanged || change == ItemSceneChange || change == ItemDevicePixelRatioHasChanged) {
         m_session.setShown(isShown());
         changed();
         restartBlinking();
+        followBlinkingText();
     }
 }
 
@@ -476,6 +498,7 @@ QSGNode* TerminalView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*dat
 
     const QSize pixels(static_cast<int>(std::ceil(width() * ratio)), static_cast<int>(std::ceil(height() * ratio)));
     ScreenNode::Scene scene{m_picture, cell(), pixels, corner(), cursorShape(), {}, m_preeditPicture, m_gutter};
+    scene.hidesBlinking = !m_isTextOn;
     scene.cursorColor = QColor(m_picture.colors().theme.cursor);
     if (m_bell.isActive()) {
         QColor flash(m_picture.colors().foreground);

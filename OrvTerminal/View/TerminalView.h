@@ -27,7 +27,7 @@ class TerminalSession;
 /// between the containers that show it. A main-thread item.
 ///
 /// While nothing changes it does nothing: the only timers that run are those of a blinking cursor, which stops by
-/// itself when nobody types, of an animation that is in view, and of a drag beyond the edge.
+/// itself when nobody types, of an animation or of blinking text that is in view, and of a drag beyond the edge.
 class TerminalView : public QQuickItem {
     Q_OBJECT
     Q_PROPERTY(orv::TerminalSession* session READ session CONSTANT FINAL)
@@ -39,6 +39,7 @@ class TerminalView : public QQuickItem {
     Q_PROPERTY(bool hasSelection READ hasSelection NOTIFY selectionChanged FINAL)
     Q_PROPERTY(QString hoveredLink READ hoveredLink NOTIFY hoveredLinkChanged FINAL)
     Q_PROPERTY(int pasteLines READ pasteLines NOTIFY pasteQuestionChanged FINAL)
+    Q_PROPERTY(QString programsCopy READ programsCopy NOTIFY programsCopyChanged FINAL)
 public:
     /// `style` outlives the view.
     TerminalView(TerminalSession& session, TerminalStyle& style, QQuickItem* parent = nullptr);
@@ -75,6 +76,10 @@ public:
     Q_INVOKABLE void paste();
     void paste(const QString& text);
     Q_INVOKABLE void answerPaste(bool isWanted);
+    /// The beginning, on one line, of what a program wants to put on the clipboard and nobody has decided upon. Empty:
+    /// none does.
+    [[nodiscard]] QString programsCopy() const;
+    Q_INVOKABLE void answerProgramsCopy(bool isWanted);
     /// Screen and history.
     Q_INVOKABLE void clear();
     Q_INVOKABLE void zoom(int direction) { m_style.zoom(direction); }
@@ -98,6 +103,7 @@ Q_SIGNALS:
     void selectionChanged();
     void hoveredLinkChanged();
     void pasteQuestionChanged();
+    void programsCopyChanged();
     void linkActivated(const QUrl& url);
     /// Of a file that is there; line and column count from 1, 0: none was named.
     void fileActivated(const QString& path, int line, int column);
@@ -157,6 +163,7 @@ private:
     void scrollToBottom();
     [[nodiscard]] std::int64_t firstLine() const;
     [[nodiscard]] bool isShown() const;
+    [[nodiscard]] bool isMinimized() const;
     [[nodiscard]] bool isHeld() const;
     [[nodiscard]] ResolvedColors resolvedColors() const;
     [[nodiscard]] std::vector<LineMark> marksOn(std::int64_t line) const;
@@ -165,6 +172,7 @@ private:
     [[nodiscard]] ScreenNode::CursorShape cursorShape() const;
     void restartBlinking();
     void blink();
+    void followBlinkingText();
     void ring();
     void advanceAnimations();
 
@@ -172,7 +180,11 @@ private:
     bool runShortcut(const QKeyEvent& event);
     [[nodiscard]] static bool isForApplication(const QKeyEvent& event);
     void typed();
+
+    // TerminalView+Clipboard.cpp
     void pasteWithoutQuestion(const QString& text);
+    void takeClipboardWrite(const QString& text, bool isPrimary);
+    void setPendingCopy(const QString& text);
 
     // TerminalView+Mouse.cpp
     [[nodiscard]] Cell cellAt(QPointF place) const;
@@ -215,14 +227,18 @@ private:
     QTimer m_blinkTimer;
     bool m_isCursorOn = true;
     int m_blinksLeft = 0;
+    QTimer m_textBlinkTimer; ///< runs while text that blinks can be seen
+    bool m_isTextOn = true;
 
     KeyTranslator m_keys;
     QString m_preedit;
     int m_preeditCursor = 0;
     QImage m_preeditPicture;
     QString m_pendingPaste;
+    QString m_pendingCopy; ///< a program's
+    bool m_isPendingCopyPrimary = false;
 
-    term::MouseButton m_held = term::MouseButton::none; ///< of those that the program was told of
+    Qt::MouseButtons m_held; ///< those that the program was told of
     std::optional<Cell> m_reported;
     bool m_isSelecting = false;
     int m_clicks = 0;

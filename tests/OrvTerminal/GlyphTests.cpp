@@ -1,3 +1,4 @@
+#include "OrvTerminal/View/ArabicForms.h"
 #include "OrvTerminal/View/DrawnGlyphs.h"
 #include "OrvTerminal/View/GlyphCache.h"
 
@@ -125,6 +126,31 @@ TEST(DrawnGlyphs, FillTheirPartOfTheCell) {
     }
 }
 
+TEST(ArabicForms, JoinLettersToTheirNeighbours) {
+    struct Case {
+        const char* label;
+        std::u32string_view text;
+        std::u32string_view shown;
+    };
+    const std::vector<Case> cases{
+        {"a word", U"\u0645\u0631\u062D\u0628\u0627", U"\uFEE3\uFEAE\uFEA3\uFE92\uFE8E"},
+        {"a Persian letter", U"\u06AF\u0644", U"\uFB94\uFEDE"},
+        {"apart", U"\u0628 \u0628", U"\u0628 \u0628"},
+        {"drawn out", U"\u0628\u0640", U"\uFE91\u0640"},
+        {"beside Latin", U"\u0628a\u0628", U"\u0628a\u0628"},
+        {"held apart by a non-joiner", U"\u0628\u200C\u0628", U"\u0628\u200C\u0628"},
+        {"Hebrew", U"\u05E9\u05DC", U"\u05E9\u05DC"},
+    };
+    for (const Case& it : cases) {
+        std::u32string shown;
+        for (size_t at = 0; at < it.text.size(); ++at) {
+            shown +=
+                joinedForm(it.text[at], at > 0 ? it.text[at - 1] : 0, at + 1 < it.text.size() ? it.text[at + 1] : 0);
+        }
+        EXPECT_EQ(shown, it.shown) << it.label;
+    }
+}
+
 TEST(GlyphCache, MakesEachGlyphOnceAndKeepsItInItsCells) {
     for (const qreal ratio : {1.0, 1.25, 2.0}) {
         GlyphCache glyphs(u"JetBrains Mono"_s, 13, ratio);
@@ -145,7 +171,7 @@ TEST(GlyphCache, MakesEachGlyphOnceAndKeepsItInItsCells) {
         const int width = glyphs.glyph(U"M", GlyphCache::regular, {}).width;
         EXPECT_NEAR(glyphs.glyph(U"M", GlyphCache::regular, {1, 2, 1}).width, 2 * width, 2);
         // What another font has must not reach into the cells beside it.
-        for (const std::u32string_view wide : {U"漢", U"⇶", U"👩‍🚀"}) {
+        for (const std::u32string_view wide : {U"漢", U"⇶", U"👩‍🚀", U"1️⃣"}) {
             const auto columns = static_cast<std::uint8_t>(wide == U"⇶" ? 1 : 2);
             const auto& glyph = glyphs.glyph(wide, GlyphCache::regular, {columns, 1, 1});
             EXPECT_LE(glyph.left + glyph.width, columns * cell.width + 1);

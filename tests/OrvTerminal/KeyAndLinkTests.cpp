@@ -45,7 +45,7 @@ TEST(KeyTranslator, GivesTheEngineWhatItNeeds) {
         Pressed{"backspace", Qt::Key_Backspace, {}, u"\b"_s, 22, "\x7f", {}},
         Pressed{"ctrl and left", Qt::Key_Left, ctrl, {}, 113, "\x1b[1;5D", "\x1b[1;5D"},
         Pressed{"f5", Qt::Key_F5, {}, {}, 71, "\x1b[15~", {}},
-        Pressed{"keypad digit", Qt::Key_5, Qt::KeypadModifier, u"5"_s, codeOfKeypad5, "5", "\x1b[57404;;53u"},
+        Pressed{"keypad digit", Qt::Key_5, Qt::KeypadModifier, u"5"_s, codeOfKeypad5, "5", "\x1b[57404;129;53u"},
         Pressed{"keypad arrow", Qt::Key_Left, Qt::KeypadModifier, {}, 83, "\x1b[D", "\x1b[57417u"},
         Pressed{"umlaut", Qt::Key_Adiaeresis, {}, u"ä"_s, 48, "ä", {}},
         Pressed{"third level", Qt::Key_At, {}, u"@"_s, codeOfQ, "@", {}},
@@ -66,6 +66,13 @@ TEST(KeyTranslator, GivesTheEngineWhatItNeeds) {
             EXPECT_EQ(term::encodeKey(made, kitty), row.kitty) << row.label;
         }
     }
+    // Digits of the keypad come only with Num Lock, which is stronger than what the program asked for.
+    modes.applicationKeypad = true;
+    term::KeyEvent made;
+    QByteArray text;
+    const QKeyEvent digit(QEvent::KeyPress, Qt::Key_5, Qt::KeypadModifier, codeOfKeypad5, 0, 0, u"5"_s);
+    ASSERT_TRUE(KeyTranslator().translate(digit, made, text));
+    EXPECT_EQ(term::encodeKey(made, modes), "5");
 }
 
 TEST(KeyTranslator, LearnsTheLayoutFromPlainKeys) {

@@ -5,7 +5,10 @@
 #include <QSignalSpy>
 #include <QStyleHints>
 
+#include <algorithm>
 #include <array>
+#include <functional>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -60,6 +63,19 @@ TEST_F(TerminalViews, PaintCellsInTheirColours) {
     EXPECT_EQ(pixelsOf(image, QRect(0, middle, 3 * cell.width, 1), white), 3 * cell.width);
     const int column = 2 * cell.width + (cell.width - cell.thickness) / 2;
     EXPECT_EQ(pixelsOf(image, QRect(column, 2 * cell.height, 1, 2 * cell.height), white), 2 * cell.height);
+}
+
+TEST_F(TerminalViews, KeepTextReadableOnItsBackground) {
+    // Letters that hardly differ, letters that shall not be seen, and an edge between two areas.
+    feed("\x1b[48;2;0;0;200;38;2;30;30;190mM\x1b[38;2;0;0;200mM\x1b[38;2;30;30;190m\xEE\x82\xB0\x1b[38;2;255;200;"
+         "0mM\x1b[m\r\n");
+    const QImage image = shown();
+    const auto count = [&](int column, QRgb color) { return pixelsOf(image, cellRect(column, 0), color); };
+    EXPECT_GT(count(0, qRgb(255, 255, 255)), 0);
+    EXPECT_EQ(count(1, qRgb(0, 0, 200)), areaOf(cellRect(1, 0)));
+    EXPECT_GT(count(2, qRgb(30, 30, 190)), 0);
+    EXPECT_EQ(count(2, qRgb(255, 255, 255)), 0);
+    EXPECT_GT(count(3, qRgb(255, 200, 0)), 0);
 }
 
 TEST_F(TerminalViews, ShowTheCursorAsTheProgramWants) {
@@ -166,6 +182,46 @@ TEST_F(TerminalViews, CostNothingWhileNothingHappens) {
     Q_EMIT session->outputReceived();
     EXPECT_TRUE(view().isIdle());
     EXPECT_EQ(view().frames(), hidden);
+    QGuiApplication::styleHints()->setCursorFlashTime(1000);
+}
+
+TEST_F(TerminalViews, BlinkTextWhileItCanBeSeen) {
+    QGuiApplication::styleHints()->setCursorFlashTime(40);
+    feed("\x1b[?25l\x1b[5;41mslow\x1b[25;49m still \x1b[6;4mfast\x1b[m\r\nplain");
+    EXPECT_FALSE(view().isIdle());
+    const std::uint64_t painted = view().paintedLines();
+    const auto isWhite = [&](int column, int columns) {
+        return pixelsOf(window.grabWindow(), cellRect(column, 0, columns), white) > 0;
+    };
+    for (const bool isOn : {false, true, false}) {
+        EXPECT_TRUE(test::waitFor([&] { return isWhite(0, 4) == isOn && isWhite(11, 4) == isOn; })) << isOn;
+        EXPECT_TRUE(isWhite(5, 5)) << "what does not blink stays";
+    }
+    EXPECT_TRUE(test::waitFor([&] {
+        return pixelsOf(window.grabWindow(), cellRect(0, 0, 4), red) == areaOf(cellRect(0, 0, 4));
+    })) << "so do backgrounds";
+    EXPECT_EQ(view().paintedLines(), painted);
+
+    struct Row {
+        const char* label;
+        std::function<void()> stop;
+        std::function<void()> go;
+    };
+    const std::array rows{
+        Row{"motion is reduced", [&] { style.setBlinksText(false); }, [&] { style.setBlinksText(true); }},
+        Row{"the window is minimized", [&] { window.showMinimized(); }, [&] { window.showNormal(); }},
+        Row{"the view is hidden", [&] { host.setVisible(false); }, [&] { host.setVisible(true); }},
+        Row{"nothing blinks", [&] { feed("\x1b[H\x1b[2K"); }, [&] { feed("\x1b[5mM\x1b[m"); }},
+        Row{"it has scrolled away", [&] { feed("\x1b[100;1H\n\n"); }, [&] { view().scrollTo(0); }},
+    };
+    for (const Row& row : rows) {
+        row.stop();
+        EXPECT_TRUE(test::waitFor([this] { return view().isIdle(); })) << row.label;
+        row.go();
+        EXPECT_TRUE(test::waitFor([this] { return !view().isIdle(); })) << row.label;
+    }
+    style.setBlinksText(false);
+    EXPECT_TRUE(test::waitFor([&] { return isWhite(0, 4); })) << "where it does not blink it is there";
     QGuiApplication::styleHints()->setCursorFlashTime(1000);
 }
 
@@ -346,6 +402,15 @@ TEST_F(TerminalViews, TellProgramsOfTheMouse) {
     EXPECT_TRUE(test::waitFor([this] {
         return session->outputForTesting().contains(u"^[[<0;5;3M^[[<32;6;3M^[[<0;6;3m"_s);
     })) << session->outputForTesting().toStdString();
+    // Each of two buttons that are held at once is let go of.
+    QTest::mousePress(&window, Qt::LeftButton, {}, at);
+    QTest::mousePress(&window, Qt::RightButton, {}, at);
+    QTest::mouseRelease(&window, Qt::LeftButton, {}, at);
+    QTest::mouseRelease(&window, Qt::RightButton, {}, at);
+    QTest::keyClick(&window, Qt::Key_Return);
+    EXPECT_TRUE(test::waitFor([this] {
+        return session->outputForTesting().contains(u"^[[<0;5;3M^[[<2;5;3M^[[<0;5;3m^[[<2;5;3m"_s);
+    })) << session->outputForTesting().toStdString();
     QTest::mousePress(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(0, 0));
     QTest::mouseMove(&window, middleOf(6, 0));
     QTest::mouseRelease(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(6, 0));
@@ -505,8 +570,50 @@ TEST_F(TerminalViews, SayWhatNobodySaw) {
     EXPECT_FALSE(session->hasUnseenBell());
     feed("\x07");
     EXPECT_FALSE(test::waitFor([this] { return session->hasUnseenBell(); }, std::chrono::milliseconds(50)));
-    feed("\x1b]52;c;aGVsbG8=\x07");
-    EXPECT_TRUE(test::waitFor([] { return QGuiApplication::clipboard()->text() == u"hello"_s; }));
+}
+
+TEST_F(TerminalViews, LetProgramsCopyAsTheUserWants) {
+    QSignalSpy requests(session.get(), &TerminalSession::clipboardWriteRequested);
+    struct Row {
+        const char* label;
+        ClipboardWrite choice;
+        std::string_view bytes;
+        std::optional<bool> answer;
+        QString asked;
+        QString copied;
+    };
+    const std::array rows{
+        Row{"asked, and refused", ClipboardWrite::ask, "\x1b]52;c;aGVsbG8=\x07", false, u"hello"_s, u"mine"_s},
+        Row{"asked, and allowed", ClipboardWrite::ask, "\x1b]52;c;aGVsbG8=\x07", true, u"hello"_s, u"hello"_s},
+        Row{"the last of several", ClipboardWrite::ask, "\x1b]52;c;aGVsbG8=\x07\x1b]52;c;YnllCg==\x07", true, u"bye"_s,
+            u"bye\n"_s},
+        Row{"more than is shown", ClipboardWrite::ask,
+            "\x1b]52;c;MDEyMzQ1Njc4OTAxMjM0NTY3ODkwMTIzNDU2Nzg5MDEyMzQ1Njc4OSE=\x07", false,
+            u"0123456789012345678901234567890123456789…"_s, u"mine"_s},
+        Row{"not to be seen", ClipboardWrite::ask, "\x1b]52;c;Cgo=\x07", false, u"…"_s, u"mine"_s},
+        Row{"allowed", ClipboardWrite::on, "\x1b]52;c;aGVsbG8=\x07", {}, {}, u"hello"_s},
+        Row{"refused", ClipboardWrite::off, "\x1b]52;c;aGVsbG8=\x07", {}, {}, u"mine"_s},
+    };
+    for (const Row& row : rows) {
+        QGuiApplication::clipboard()->setText(u"mine"_s);
+        requests.clear();
+        session->setClipboardWrite(row.choice);
+        feed(row.bytes);
+        const auto wanted = std::ranges::count(row.bytes, '\a');
+        ASSERT_TRUE(test::waitFor([&] { return requests.count() == wanted; })) << row.label;
+        EXPECT_EQ(view().programsCopy(), row.asked) << row.label;
+        if (row.answer) {
+            EXPECT_EQ(QGuiApplication::clipboard()->text(), u"mine"_s) << row.label << ", before it is answered";
+            view().answerProgramsCopy(*row.answer);
+        }
+        EXPECT_EQ(QGuiApplication::clipboard()->text(), row.copied) << row.label;
+        EXPECT_EQ(view().programsCopy(), QString()) << row.label;
+    }
+    // A program that reads gets no answer at all: what it would type is seen behind what it sends itself.
+    startShell();
+    session->send(u"stty raw -echo; printf '\\033]52;c;?\\007\\033[c'; head -c 3 | od -c; stty sane\n"_s);
+    EXPECT_TRUE(test::waitFor([this] { return session->outputForTesting().contains(u"033   [   ?"_s); }))
+        << session->outputForTesting().toStdString();
 }
 
 } // namespace

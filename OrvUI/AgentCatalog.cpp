@@ -102,6 +102,19 @@ QFuture<void> AgentCatalog::refresh() {
     return m_loading;
 }
 
+bool AgentCatalog::hasCustomCommand() const {
+    return m_options.customCommand && !m_options.customCommand().trimmed().isEmpty();
+}
+
+void AgentCatalog::updateCustom() {
+    ORV_ASSERT_MAIN_THREAD();
+    // Before the programs were asked, nothing is known of any agent.
+    if (!m_statuses.isEmpty() && m_statuses[AgentKind::custom].installed != hasCustomCommand()) {
+        m_statuses[AgentKind::custom].installed = hasCustomCommand();
+        Q_EMIT statusesChanged();
+    }
+}
+
 void AgentCatalog::publish(QMap<AgentKind, AgentStatus> found) {
     std::set<AgentKind> kinds;
     for (auto status = found.cbegin(); status != found.cend(); ++status) {
@@ -112,7 +125,7 @@ void AgentCatalog::publish(QMap<AgentKind, AgentStatus> found) {
     if (QFileInfo::exists(m_options.antigravityApp)) {
         found[AgentKind::antigravity].installed = true;
     }
-    found[AgentKind::custom].installed = m_options.customCommand && !m_options.customCommand().trimmed().isEmpty();
+    found[AgentKind::custom].installed = hasCustomCommand();
     if (found != m_statuses || kinds != m_commandLineKinds) {
         m_statuses = std::move(found);
         m_commandLineKinds = std::move(kinds);

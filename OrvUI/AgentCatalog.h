@@ -46,6 +46,9 @@ public:
     /// Asks every agent's program for its version. While that goes on, this is the end of it.
     QFuture<void> refresh();
 
+    /// Looks at the custom agent's command again, for which nothing has to be asked.
+    void updateCustom();
+
     [[nodiscard]] const QString& antigravityApp() const { return m_options.antigravityApp; }
     [[nodiscard]] bool isLoading() const { return m_isLoading; }
     [[nodiscard]] const QMap<AgentKind, AgentStatus>& statuses() const { return m_statuses; } ///< empty at first
@@ -64,6 +67,7 @@ Q_SIGNALS:
     void isLoadingChanged();
 
 private:
+    [[nodiscard]] bool hasCustomCommand() const;
     void publish(QMap<AgentKind, AgentStatus> found);
 
     Options m_options;

@@ -180,11 +180,50 @@ bool AgentModels::start(int agent, const QString& task, const QString& projectID
     return isStarted;
 }
 
-void AgentModels::startInTerminal(int agent, const QString& task, const QString& projectID) {
-    const auto kind = at(allAgentKinds, agent);
-    if (const Project* project = m_model.project(projectID); kind && project != nullptr) {
-        m_model.startAgentInTerminal(*kind, task, *project);
+void AgentModels::forgetDraft(const QString& projectID) {
+    if (m_model.agentDraft() && (projectID.isEmpty() || m_model.agentDraft()->projectID == projectID)) {
+        m_model.setAgentDraft({});
     }
+}
+
+const AgentRun* AgentModels::newestToReplyTo() const {
+    for (const AgentRun* run : m_model.agentRuns()) {
+        if (run->facts().projectID == m_model.aiPanelProjectID()) {
+            return run->isRunning() || run->facts().id == m_leftAlone ? nullptr : run;
+        }
+    }
+    return nullptr;
+}
+
+bool AgentModels::say(int agent, const QString& text, int autonomy) {
+    const AgentRun* newest = newestToReplyTo();
+    // A to-do item is work of its own, not an answer.
+    const bool isDrafted = m_model.agentDraft() && m_model.agentDraft()->projectID == m_model.aiPanelProjectID();
+    if (!isDrafted && newest != nullptr && at(allAgentKinds, agent) == newest->facts().agent) {
+        return m_model.continueAgent(*newest, text, at(allAgentAutonomies, autonomy)) != nullptr;
+    }
+    return start(agent, text, m_model.aiPanelProjectID().value_or(QString()), autonomy);
+}
+
+void AgentModels::beginAnew() {
+    if (const AgentRun* newest = newestToReplyTo()) {
+        m_leftAlone = newest->facts().id;
+        Q_EMIT updated();
+    }
+}
+
+bool AgentModels::startInTerminal(int agent, const QString& task, const QString& projectID) {
+    const auto kind = at(allAgentKinds, agent);
+    const Project* project = m_model.project(projectID);
+    if (!kind || project == nullptr) {
+        return false;
+    }
+    m_model.startAgentInTerminal(*kind, task, *project);
+    if (!error().isEmpty()) {
+        return false;
+    }
+    forgetDraft(projectID);
+    return true;
 }
 
 AgentRun* AgentModels::run(const QString& key) const {
@@ -198,17 +237,22 @@ bool AgentModels::continueRun(const QString& key, const QString& message) {
 
 bool AgentModels::retry(const QString& key) {
     const AgentRun* failed = run(key);
-    const Project* project = failed != nullptr ? m_model.project(failed->facts().projectID) : nullptr;
-    if (project == nullptr) {
-        return false;
-    }
-    const AgentRun::Facts facts = failed->facts();
-    return m_model.startAgent(facts.agent, facts.task, *project, facts.linkedTaskID, facts.autonomy) != nullptr;
+    return failed != nullptr && m_model.retryAgent(*failed) != nullptr;
 }
 
 void AgentModels::stop(const QString& key) {
     if (AgentRun* stopped = run(key)) {
         m_model.stopAgent(stopped);
+    }
+}
+
+void AgentModels::stopLatest(const QString& projectID) {
+    const QList<AgentRun*>& runs = m_model.agentRuns();
+    const auto latest = std::ranges::find_if(runs, [&](const AgentRun* run) {
+        return run->isRunning() && (projectID.isEmpty() || run->facts().projectID == projectID);
+    });
+    if (latest != runs.end()) {
+        m_model.stopAgent(*latest);
     }
 }
 
@@ -235,6 +279,9 @@ void AgentModels::review(const QString& key) {
     const AgentRun* reviewed = run(key);
     QList<AgentFileRow> rows;
     QStringList text;
+    const std::optional<AgentWorktree> tree = reviewed != nullptr ? reviewed->worktree() : std::nullopt;
+    m_reviewKey = reviewed != nullptr ? key : QString();
+    m_reviewBranch = tree && tree->state == AgentWorktreeState::open ? tree->branch : QString();
     if (reviewed != nullptr && reviewed->changes()) {
         const AgentChanges& changes = *reviewed->changes();
         for (const AgentFileChange& file : changes.files) {

@@ -34,7 +34,10 @@ class AgentModels : public QObject {
     Q_PROPERTY(int autonomy READ autonomy WRITE setAutonomy NOTIFY preferencesChanged)
     Q_PROPERTY(QString customCommand READ customCommand WRITE setCustomCommand NOTIFY preferencesChanged)
     Q_PROPERTY(bool usesWorktrees READ usesWorktrees WRITE setUsesWorktrees NOTIFY preferencesChanged)
+    Q_PROPERTY(QString reviewKey READ reviewKey NOTIFY reviewChanged)
     Q_PROPERTY(QString reviewText READ reviewText NOTIFY reviewChanged)
+    Q_PROPERTY(QString reviewBranch READ reviewBranch NOTIFY reviewChanged)
+    Q_PROPERTY(bool replies READ replies NOTIFY updated)
 public:
     enum Filter { all, running, finished };
     Q_ENUM(Filter)
@@ -66,16 +69,31 @@ public:
     void setCustomCommand(const QString& command);
     [[nodiscard]] bool usesWorktrees() const;
     void setUsesWorktrees(bool isOn);
+    [[nodiscard]] const QString& reviewKey() const { return m_reviewKey; } ///< of the run that is reviewed
     [[nodiscard]] QString reviewText() const { return m_reviewText; } ///< "3 files changed, +12 −4", and what to know
+    /// Of the work tree that the run had to itself, while that is open; else empty.
+    [[nodiscard]] const QString& reviewBranch() const { return m_reviewBranch; }
+    /// What is said in the agent panel now goes on with its newest run.
+    [[nodiscard]] bool replies() const { return newestToReplyTo() != nullptr; }
 
     /// False when it could not be started: `error` says why. The draft's to-do item is linked when the draft is of
     /// that project.
     Q_INVOKABLE bool start(int agent, const QString& task, const QString& projectID, int autonomy);
-    Q_INVOKABLE void startInTerminal(int agent, const QString& task, const QString& projectID);
+    /// In the agent panel: goes on with the project's newest run where that is over and of the same agent, else starts
+    /// one. False when that could not be done.
+    Q_INVOKABLE bool say(int agent, const QString& text, int autonomy);
+    /// What is said next in the agent panel goes on with nothing.
+    Q_INVOKABLE void beginAnew();
+    /// Its words are gone from the composer: what is started next is not that to-do item. Empty: whichever it is of.
+    Q_INVOKABLE void forgetDraft(const QString& projectID);
+    /// Whether it was; if not, `error` says why.
+    Q_INVOKABLE bool startInTerminal(int agent, const QString& task, const QString& projectID);
     Q_INVOKABLE bool continueRun(const QString& key, const QString& message);
     /// The same task once more.
     Q_INVOKABLE bool retry(const QString& key);
     Q_INVOKABLE void stop(const QString& key);
+    /// The run that was started last of those that work; an empty id: of all projects.
+    Q_INVOKABLE void stopLatest(const QString& projectID);
     /// The events of a run; null when there is no such run.
     Q_INVOKABLE QAbstractListModel* events(const QString& key);
     /// How long it has taken so far.
@@ -101,6 +119,7 @@ private:
     void update();
     [[nodiscard]] bool isShown(const AgentRun& run) const;
     [[nodiscard]] AgentRun* run(const QString& key) const;
+    [[nodiscard]] const AgentRun* newestToReplyTo() const;
     [[nodiscard]] QString totals(const QString& projectID) const;
 
     AppModel& m_model;
@@ -110,7 +129,10 @@ private:
     RowModel<AutonomyRow> m_autonomies;
     RowModel<AgentFileRow> m_reviewFiles;
     QHash<QString, QPointer<AgentEventsModel>> m_events;
+    QString m_reviewKey;
     QString m_reviewText;
+    QString m_reviewBranch;
+    QUuid m_leftAlone; ///< a run of the agent panel with which nobody goes on
     int m_filter = all;
     bool m_isUpdateDue = false;
 };

@@ -1,5 +1,7 @@
 #include "OrvUI/AgentRows.h"
 
+#include "OrvCore/AgentCommandBuilder.h"
+
 #include <algorithm>
 #include <array>
 
@@ -7,12 +9,6 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
-
-/// The role `name` is the member as it stands.
-template <auto member, typename Row>
-constexpr RowRole<Row> role(const char* name) {
-    return {name, [](const Row& row) { return QVariant::fromValue(row.*member); }};
-}
 
 /// The two letters on an agent's tile; a custom one has a picture.
 constexpr std::array letters{u"Cl", u"Cx", u"Ge", u"An", u""};
@@ -59,6 +55,11 @@ QString attentionText(AgentRun::Attention attention) {
     return {};
 }
 
+/// What the user said last: an agent that keeps no session is told what went before, too.
+QString wordsOf(const AgentRun::Facts& facts) {
+    return facts.parentID ? AgentCommandBuilder::followUpMessage(facts.task) : facts.task;
+}
+
 QString counted(qint64 count) {
     constexpr qint64 thousand = 1000;
     if (count < thousand) {
@@ -99,7 +100,8 @@ AgentRunRow AgentRunRow::of(const AgentRun& run) {
     const bool isOpen = run.worktree() && run.worktree()->state == AgentWorktreeState::open;
     return {
         .key = facts.id.toString(QUuid::WithoutBraces),
-        .title = facts.task.section(u'\n', 0, 0),
+        .title = wordsOf(facts).section(u'\n', 0, 0),
+        .asked = wordsOf(facts),
         .task = facts.task,
         .agentName = agentInfo(facts.agent).displayName.toString(),
         .agentLetters = lettersOf(facts.agent),
@@ -127,29 +129,30 @@ AgentRunRow AgentRunRow::of(const AgentRun& run) {
 const std::vector<RowRole<AgentRunRow>>& AgentRunRow::roles() {
     using Row = AgentRunRow;
     static const std::vector<RowRole<Row>> table{
-        role<&Row::key, Row>("key"),
-        role<&Row::title, Row>("title"),
-        role<&Row::task, Row>("task"),
-        role<&Row::agentName, Row>("agentName"),
-        role<&Row::agentLetters, Row>("agentLetters"),
-        role<&Row::projectID, Row>("projectID"),
-        role<&Row::projectName, Row>("projectName"),
-        role<&Row::autonomyTitle, Row>("autonomyTitle"),
-        role<&Row::state, Row>("runState"),
-        role<&Row::reason, Row>("reason"),
-        role<&Row::answer, Row>("answer"),
-        role<&Row::duration, Row>("duration"),
-        role<&Row::cost, Row>("cost"),
-        role<&Row::tokens, Row>("tokens"),
-        role<&Row::changes, Row>("changes"),
-        role<&Row::attention, Row>("attention"),
-        role<&Row::parentKey, Row>("parentKey"),
-        role<&Row::branch, Row>("branch"),
-        role<&Row::isWorktreeOpen, Row>("isWorktreeOpen"),
-        role<&Row::canContinue, Row>("canContinue"),
-        role<&Row::canReview, Row>("canReview"),
-        role<&Row::isElsewhere, Row>("isElsewhere"),
-        role<&Row::startedAt, Row>("startedAt"),
+        memberRole<&Row::key, Row>("key"),
+        memberRole<&Row::title, Row>("title"),
+        memberRole<&Row::asked, Row>("asked"),
+        memberRole<&Row::task, Row>("task"),
+        memberRole<&Row::agentName, Row>("agentName"),
+        memberRole<&Row::agentLetters, Row>("agentLetters"),
+        memberRole<&Row::projectID, Row>("projectID"),
+        memberRole<&Row::projectName, Row>("projectName"),
+        memberRole<&Row::autonomyTitle, Row>("autonomyTitle"),
+        memberRole<&Row::state, Row>("runState"),
+        memberRole<&Row::reason, Row>("reason"),
+        memberRole<&Row::answer, Row>("answer"),
+        memberRole<&Row::duration, Row>("duration"),
+        memberRole<&Row::cost, Row>("cost"),
+        memberRole<&Row::tokens, Row>("tokens"),
+        memberRole<&Row::changes, Row>("changes"),
+        memberRole<&Row::attention, Row>("attention"),
+        memberRole<&Row::parentKey, Row>("parentKey"),
+        memberRole<&Row::branch, Row>("branch"),
+        memberRole<&Row::isWorktreeOpen, Row>("isWorktreeOpen"),
+        memberRole<&Row::canContinue, Row>("canContinue"),
+        memberRole<&Row::canReview, Row>("canReview"),
+        memberRole<&Row::isElsewhere, Row>("isElsewhere"),
+        memberRole<&Row::startedAt, Row>("startedAt"),
     };
     return table;
 }
@@ -183,16 +186,16 @@ AgentRow AgentRow::of(AgentKind kind, const AgentCatalog& catalog, AgentKind def
 const std::vector<RowRole<AgentRow>>& AgentRow::roles() {
     using Row = AgentRow;
     static const std::vector<RowRole<Row>> table{
-        role<&Row::key, Row>("key"),
-        role<&Row::name, Row>("name"),
-        role<&Row::letters, Row>("letters"),
-        role<&Row::version, Row>("version"),
-        role<&Row::status, Row>("status"),
-        role<&Row::notice, Row>("notice"),
-        role<&Row::installHint, Row>("installHint"),
-        role<&Row::action, Row>("action"),
-        role<&Row::isInstalled, Row>("isInstalled"),
-        role<&Row::isDefault, Row>("isDefault"),
+        memberRole<&Row::key, Row>("key"),
+        memberRole<&Row::name, Row>("name"),
+        memberRole<&Row::letters, Row>("letters"),
+        memberRole<&Row::version, Row>("version"),
+        memberRole<&Row::status, Row>("status"),
+        memberRole<&Row::notice, Row>("notice"),
+        memberRole<&Row::installHint, Row>("installHint"),
+        memberRole<&Row::action, Row>("action"),
+        memberRole<&Row::isInstalled, Row>("isInstalled"),
+        memberRole<&Row::isDefault, Row>("isDefault"),
     };
     return table;
 }
@@ -200,11 +203,11 @@ const std::vector<RowRole<AgentRow>>& AgentRow::roles() {
 const std::vector<RowRole<AutonomyRow>>& AutonomyRow::roles() {
     using Row = AutonomyRow;
     static const std::vector<RowRole<Row>> table{
-        role<&Row::key, Row>("key"),
-        role<&Row::title, Row>("title"),
-        role<&Row::explanation, Row>("explanation"),
-        role<&Row::icon, Row>("glyph"),
-        role<&Row::isDefault, Row>("isDefault"),
+        memberRole<&Row::key, Row>("key"),
+        memberRole<&Row::title, Row>("title"),
+        memberRole<&Row::explanation, Row>("explanation"),
+        memberRole<&Row::icon, Row>("glyph"),
+        memberRole<&Row::isDefault, Row>("isDefault"),
     };
     return table;
 }
@@ -212,9 +215,9 @@ const std::vector<RowRole<AutonomyRow>>& AutonomyRow::roles() {
 const std::vector<RowRole<AgentFileRow>>& AgentFileRow::roles() {
     using Row = AgentFileRow;
     static const std::vector<RowRole<Row>> table{
-        role<&Row::key, Row>("key"),         role<&Row::originalPath, Row>("originalPath"),
-        role<&Row::kind, Row>("kind"),       role<&Row::added, Row>("added"),
-        role<&Row::removed, Row>("removed"), role<&Row::isBinary, Row>("isBinary"),
+        memberRole<&Row::key, Row>("key"),         memberRole<&Row::originalPath, Row>("originalPath"),
+        memberRole<&Row::kind, Row>("kind"),       memberRole<&Row::added, Row>("added"),
+        memberRole<&Row::removed, Row>("removed"), memberRole<&Row::isBinary, Row>("isBinary"),
     };
     return table;
 }

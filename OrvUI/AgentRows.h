@@ -12,7 +12,8 @@ namespace orv {
 
 struct AgentRunRow {
     QString key;   ///< the run's id
-    QString title; ///< the first line of its task
+    QString title; ///< the first line of what was asked
+    QString asked; ///< its task; of one that goes on with another, the new words
     QString task;
     QString agentName;
     QString agentLetters;

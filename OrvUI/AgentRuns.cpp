@@ -165,26 +165,59 @@ std::expected<AgentRun*, QString> AgentRuns::start(Start wish) {
     return run;
 }
 
+namespace {
+
+/// The work tree is gone that the run had to itself, and with it the session, which is found by its folder.
+bool isLeftBehind(const AgentRun& run) {
+    return run.worktree() &&
+           (run.worktree()->state != AgentWorktreeState::open || !QFileInfo(run.facts().projectRoot).isDir());
+}
+
+/// What `message` is for an agent that goes on after `run`.
+QString taskAfter(const AgentRun& run, const QString& message) {
+    const QString task = AgentPlanner::followUp(run, message);
+    const AgentRun::Facts& facts = run.facts();
+    return isLeftBehind(run) && !task.isEmpty() && agentInfo(facts.agent).keepsSessions
+               ? AgentCommandBuilder::followUpTask(facts.task, run.answer().value_or(QString()), task)
+               : task;
+}
+
+} // namespace
+
 std::expected<AgentRun*, QString> AgentRuns::goOn(
-    const AgentRun& run, const QString& message, const QString& projectRoot, const QString& projectName) {
+    const AgentRun& run, const QString& message, const QString& projectRoot, const QString& projectName,
+    const std::optional<AgentAutonomy>& autonomy) {
     ORV_ASSERT_MAIN_THREAD();
     const AgentRun::Facts& facts = run.facts();
-    const bool isBesides =
-        run.worktree() && (run.worktree()->state != AgentWorktreeState::open || !QFileInfo(facts.projectRoot).isDir());
-    QString task = AgentPlanner::followUp(run, message);
-    if (isBesides && !task.isEmpty() && agentInfo(facts.agent).keepsSessions) {
-        // The session was left behind with the work tree.
-        task = AgentCommandBuilder::followUpTask(facts.task, run.answer().value_or(QString()), task);
-    }
     return start(
         {.agent = facts.agent,
-         .task = task,
+         .task = taskAfter(run, message),
+         .projectID = facts.projectID,
+         .projectName = projectName,
+         .projectRoot = projectRoot,
+         .linkedTask = facts.linkedTaskID,
+         .autonomy = autonomy.value_or(facts.autonomy),
+         .replyingTo = &run});
+}
+
+std::expected<AgentRun*, QString> AgentRuns::retry(
+    const AgentRun& run, const QString& projectRoot, const QString& projectName) {
+    ORV_ASSERT_MAIN_THREAD();
+    const AgentRun::Facts& facts = run.facts();
+    const AgentRun* parent = facts.parentID ? this->run(*facts.parentID) : nullptr;
+    // A message to a session says nothing without it; any other task says all there is to say.
+    const bool wasMessage =
+        parent != nullptr && agentInfo(facts.agent).keepsSessions && facts.projectRoot == parent->facts().projectRoot;
+    return start(
+        {.agent = facts.agent,
+         .task = wasMessage ? taskAfter(*parent, facts.task) : facts.task,
          .projectID = facts.projectID,
          .projectName = projectName,
          .projectRoot = projectRoot,
          .linkedTask = facts.linkedTaskID,
          .autonomy = facts.autonomy,
-         .replyingTo = &run});
+         .replyingTo = parent,
+         .ownWorktree = run.worktree() ? std::optional(true) : std::nullopt});
 }
 
 void AgentRuns::prepared(const QUuid& id, const std::expected<AgentWork::Ready, QString>& ready) {

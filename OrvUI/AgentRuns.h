@@ -70,9 +70,14 @@ public:
     };
     /// Or why not, in words for the user. What comes out later (`failed`) takes the run away again.
     std::expected<AgentRun*, QString> start(Start wish);
-    /// A run that goes on where this one ended; in its work tree, as long as that is there.
+    /// A run that goes on where this one ended; in its work tree, as long as that is there. Without an autonomy that of
+    /// the run holds.
     std::expected<AgentRun*, QString> goOn(
-        const AgentRun& run, const QString& message, const QString& projectRoot, const QString& projectName);
+        const AgentRun& run, const QString& message, const QString& projectRoot, const QString& projectName,
+        const std::optional<AgentAutonomy>& autonomy = {});
+    /// The same task once more; one that went on where another run had ended does so again.
+    std::expected<AgentRun*, QString> retry(
+        const AgentRun& run, const QString& projectRoot, const QString& projectName);
     /// Finishes when the run is over and stored. One of another process is asked to be stopped by that one.
     QFuture<void> stop(AgentRun* run);
     /// Those of this process.

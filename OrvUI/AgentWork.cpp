@@ -201,6 +201,25 @@ std::optional<Diff> storedDiff(const AgentRunFiles& files, const QUuid& run) {
     return Diff{parseDiff(file.readAll()), false};
 }
 
+/// The files that a work tree was given are there by our doing, and may hold secrets.
+static QByteArray withoutCopies(const QByteArray& diff, const QStringList& copies) {
+    constexpr QByteArrayView head("diff --git ");
+    QByteArray kept;
+    for (qsizetype begin = 0; begin < diff.size();) {
+        const qsizetype next = diff.indexOf("\n" + head.toByteArray(), begin);
+        const qsizetype end = next < 0 ? diff.size() : next + 1;
+        const QByteArray part = diff.sliced(begin, end - begin);
+        const QList<FileDiff> files = parseDiff(part);
+        const bool isCopy = files.size() == 1 && files.front().change == DiffChange::added &&
+                            copies.contains(GitPath::fromBytes(files.front().path()));
+        if (!isCopy) {
+            kept += part;
+        }
+        begin = end;
+    }
+    return kept;
+}
+
 std::expected<Diff, QString> worktreeDiff(
     const AgentRunFiles& files, const QUuid& run, const AgentWorktree& worktree, const GitRunner& runner) {
     const QString scratch = files.runFolder(run) + u"/review"_s;
@@ -212,12 +231,7 @@ std::expected<Diff, QString> worktreeDiff(
     if (!difference) {
         return std::unexpected(difference.error().text());
     }
-    Diff diff{parseDiff(difference->diff), difference->isDiffCut};
-    // The files that it was given are there by our doing.
-    diff.files.removeIf([&](const FileDiff& file) {
-        return file.change == DiffChange::added && worktree.copies.contains(GitPath::fromBytes(file.path()));
-    });
-    return diff;
+    return Diff{parseDiff(withoutCopies(difference->diff, worktree.copies)), difference->isDiffCut};
 }
 
 TaskWorktree taskWorktree(const AgentWorktree& worktree) {

@@ -22,11 +22,24 @@ std::optional<int> lastMentioned(const QList<int>& listening, const LogBuffer& l
         if (!isWorthIt) {
             continue;
         }
-        if (const std::optional<int> port = PortParser::port(*line); port && listening.contains(*port)) {
+        if (const std::optional<int> port = PortParser::servicePort(*line); port && listening.contains(*port)) {
             return port;
         }
     }
     return {};
+}
+
+bool namesDebugger(const QString& line, int port) {
+    return line.contains(QString::number(port)) && PortParser::debuggerPort(line) == port;
+}
+
+/// Without those on which something listens for a debugger only.
+QList<int> served(QList<int> listening, const LogBuffer& log) {
+    listening.removeIf([&log](int port) {
+        return PortParser::isDebuggerDefault(port) ||
+               std::ranges::any_of(log, [port](const QString& line) { return namesDebugger(line, port); });
+    });
+    return listening;
 }
 
 } // namespace
@@ -43,8 +56,12 @@ std::optional<int> AppModel::addressPort(const ServiceID& id) const {
         // A server that finds its port taken announces another one after it, and a tool listens on ports that it never
         // mentions: so the listening port that was mentioned last, else the smallest.
         const LogBuffer& log = d->processes->log(id);
-        address.port = lastMentioned(listening, log, log.size()).value_or(listening.first());
-        if (listening.size() > 1) {
+        const QList<int> best = served(listening, log);
+        address.port = lastMentioned(listening, log, log.size());
+        if (!address.port) {
+            address.port = best.isEmpty() ? state.port : best.first();
+        }
+        if (listening.size() > 1 || !state.port) {
             address.choice = listening;
         }
     }
@@ -59,7 +76,16 @@ void AppModel::takeInOutput(const ServiceID& id, qsizetype added) {
     if (known == d->addresses.end() || known->choice.isEmpty()) {
         return;
     }
-    const auto port = lastMentioned(known->choice, d->processes->log(id), added);
+    const LogBuffer& log = d->processes->log(id);
+    if (known->port &&
+        std::any_of(log.rbegin(), log.rbegin() + std::min(added, log.size()), [known](const QString& line) {
+            return namesDebugger(line, *known->port);
+        })) {
+        d->addresses.erase(known);
+        noteAddress(id);
+        return;
+    }
+    const auto port = lastMentioned(known->choice, log, added);
     if (port && port != known->port) {
         known->port = port;
         noteAddress(id);

@@ -94,13 +94,20 @@ AgentRun* AppModel::startAgent(const AgentRuns::Start& wish, const Project& proj
     return taken(d->agentRuns->start(wish));
 }
 
-AgentRun* AppModel::continueAgent(const AgentRun& run, const QString& message) {
+AgentRun* AppModel::continueAgent(
+    const AgentRun& run, const QString& message, const std::optional<AgentAutonomy>& autonomy) {
     ORV_ASSERT_MAIN_THREAD();
     const Project* project = this->project(run.facts().projectID);
     if (message.trimmed().isEmpty() || project == nullptr) {
         return nullptr;
     }
-    return taken(d->agentRuns->goOn(run, message, project->root, project->name));
+    return taken(d->agentRuns->goOn(run, message, project->root, project->name, autonomy));
+}
+
+AgentRun* AppModel::retryAgent(const AgentRun& run) {
+    ORV_ASSERT_MAIN_THREAD();
+    const Project* project = this->project(run.facts().projectID);
+    return project == nullptr ? nullptr : taken(d->agentRuns->retry(run, project->root, project->name));
 }
 
 void AppModel::agentFinished(AgentRun* run) {
@@ -167,9 +174,16 @@ void AppModel::signIn(AgentKind kind) {
     if (command.isEmpty()) {
         return;
     }
-    typeWhenReady(d->terminals->open(QUrl::fromLocalFile(d->settings->settings().scanRoot)), command.toString());
     // Terminals are on the pages of projects.
-    if (d->page.kind != AppPage::Kind::project && !d->projects.isEmpty()) {
+    if (d->projects.isEmpty()) {
+        report(
+            u"Add a project first: terminals are on the pages of projects. Or run “%1” in one of your own."_s.arg(
+                command),
+            true);
+        return;
+    }
+    typeWhenReady(d->terminals->open(QUrl::fromLocalFile(d->settings->settings().scanRoot)), command.toString());
+    if (d->page.kind != AppPage::Kind::project || project(d->page.id) == nullptr) {
         setPage({.kind = AppPage::Kind::project, .id = d->projects.first().id});
     }
     setDetailTab(DetailTab::terminal);

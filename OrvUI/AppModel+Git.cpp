@@ -118,7 +118,28 @@ void AppModel::openGit(const QString& projectID) {
     if (known != nullptr) {
         d->gitModel = std::make_unique<GitModel>(*d->git, *known);
         d->gitModel->pullStrategy = [this] { return strategyOf(d->settings->settings().defaultPullStrategy); };
+        d->gitModel->defaultBranch = [this] { return defaultBranch(); };
         connect(d->gitModel.get(), &GitModel::failed, this, [this](const QString& text) { report(text, true); });
+        connect(
+            d->gitModel.get(), &GitModel::discarded, this,
+            [this, id = known->id](const QString& text, const DiscardedWork& work) {
+                d->undo.offer(text, [this, id, work] {
+                    const auto back = [work](const GitService& service) { return work.bringBack(service); };
+                    const auto outcome = d->git->act(id, back);
+                    if (!outcome) {
+                        report(QuickGit::busy(QFileInfo(work.repository).fileName()).message, true);
+                        return;
+                    }
+                    onFinished(*outcome, this, [this](const GitOutcome<void>& done) {
+                        if (!done) {
+                            report(done.error().text(), true);
+                        }
+                        if (d->gitModel) {
+                            d->gitModel->refresh();
+                        }
+                    });
+                });
+            });
     }
     Q_EMIT gitModelChanged();
 }
@@ -130,10 +151,14 @@ void AppModel::takeInNewProject(const QString& name, const QString& path, bool c
     const QString canonical = QFileInfo(path).canonicalFilePath();
     onFinished(refresh(), this, [this, name, path = canonical.isEmpty() ? path : canonical, cloned] {
         const auto found = std::ranges::find(d->projects, path, &Project::root);
-        setPage(
-            found != d->projects.end() ? AppPage{.kind = AppPage::Kind::project, .id = found->id}
-                                       : AppPage{.kind = AppPage::Kind::folder, .id = path});
+        const bool isProject = found != d->projects.end();
+        setPage(isProject ? AppPage{.kind = AppPage::Kind::project, .id = found->id} : AppPage());
         setSheet({});
+        if (!isProject) {
+            report(
+                name + u" is in your projects folder. It is listed as soon as there is something to run in it."_s,
+                false);
+        }
         Q_EMIT projectAdded(name, path, cloned);
     });
 }

@@ -24,7 +24,8 @@ QList<Project> AppModel::pinnedProjects() const {
 void AppModel::togglePin(const Project& project) {
     ORV_ASSERT_MAIN_THREAD();
     // Decided here, not in the change: that one may run again on what another process wrote.
-    const bool isToBePinned = !isPinned(project);
+    const QStringList before = d->settings->settings().pinnedProjectIDs;
+    const bool isToBePinned = !before.contains(project.id);
     changeSettings([id = project.id, isToBePinned](AppSettings& settings) {
         if (!isToBePinned) {
             settings.pinnedProjectIDs.removeAll(id);
@@ -32,6 +33,32 @@ void AppModel::togglePin(const Project& project) {
             settings.pinnedProjectIDs.append(id);
         }
     });
+    if (isToBePinned) {
+        return;
+    }
+    d->undo.offer(tr("Unpinned %1.").arg(project.name), [this, id = project.id, before] {
+        changeSettings([id, before](AppSettings& settings) {
+            QStringList& pins = settings.pinnedProjectIDs;
+            if (pins.contains(id)) {
+                return;
+            }
+            // In front of the first that stood behind it, and is still there.
+            const auto isBehind = [&](const QString& other) { return before.indexOf(other) > before.indexOf(id); };
+            pins.insert(std::ranges::find_if(pins, isBehind) - pins.begin(), id);
+        });
+    });
+}
+
+QString AppModel::undoText() const {
+    return d->undo.text();
+}
+
+void AppModel::undo() {
+    d->undo.accept();
+}
+
+void AppModel::dismissUndo() {
+    d->undo.withdraw();
 }
 
 std::optional<RunAction> AppModel::primaryAction(const Project& project) const {
@@ -41,6 +68,12 @@ std::optional<RunAction> AppModel::primaryAction(const Project& project) const {
         last = lastRun->action;
     }
     return CardPrimaryAction::defaultAction(availableActions(project), last);
+}
+
+std::optional<RunAction> AppModel::offeredAction(const Project& project) const {
+    const QList<RunAction> startable = startableActions(project);
+    const std::optional<RunAction> primary = primaryAction(project);
+    return startable.isEmpty() || (primary && startable.contains(*primary)) ? primary : preferred(startable);
 }
 
 QList<PinnedEntry> AppModel::pinnedEntries() const {

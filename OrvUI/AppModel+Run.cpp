@@ -238,9 +238,9 @@ void AppModel::start(const RunRequest& request, const QList<ServiceTarget>& targ
     if (wanted.isEmpty()) {
         return;
     }
-    const LastRun lastRun{project.id, rawValue(*runActionFrom(kinds))};
-    changeSettings([lastRun](AppSettings& settings) { settings.lastRun = lastRun; });
     if (request.only.isEmpty()) { // one service that is started again is no choice of what to run
+        const LastRun lastRun{project.id, rawValue(*runActionFrom(kinds))};
+        changeSettings([lastRun](AppSettings& settings) { settings.lastRun = lastRun; });
         reportFailure(d->choices.setAction(project.id, lastRun.action));
     }
     for (const ServiceTarget& target : std::as_const(wanted)) {

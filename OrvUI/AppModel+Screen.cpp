@@ -1,10 +1,18 @@
 #include "OrvCore/Async.h"
+#include "OrvCore/CommandBuilder.h"
 #include "OrvCore/Paths.h"
+#include "OrvProcess/ShellRunner.h"
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AppModel_p.h"
+#include "OrvUI/EditorCommand.h"
+#include "OrvUI/Pool_p.h"
+#include "OrvUI/TerminalTyping.h"
 #include "OrvUI/Tile.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QProcess>
+#include <QThreadPool>
 
 #include <algorithm>
 
@@ -16,7 +24,7 @@ QString AppModel::summaryLine() const {
     return d->home->summaryLine();
 }
 int AppModel::shownCount() const {
-    return d->home->cards.rowCount();
+    return d->home->shownCount();
 }
 int AppModel::projectCount() const {
     return static_cast<int>(d->projects.size());
@@ -293,6 +301,34 @@ void AppModel::openLink(const QUrl& url) {
             tr("Couldn't open %1.").arg(url.isLocalFile() ? Paths::shortened(url.toLocalFile()) : url.toString()),
             true);
     }
+}
+
+void AppModel::openFile(const QString& path, int line, int column) {
+    const QString& editor = d->settings->settings().editorCommand;
+    if (editor.isEmpty()) {
+        openLink(QUrl::fromLocalFile(path));
+        return;
+    }
+    const QString command = EditorCommand::of(editor, {path, line, column});
+    if (EditorCommand::needsTerminal(editor)) {
+        typeWhenReady(d->terminals->open(QUrl::fromLocalFile(QFileInfo(path).path())), command);
+        setDetailTab(DetailTab::terminal);
+        return;
+    }
+    const QString program = EditorCommand::program(editor);
+    const auto start = [program, command] {
+        const std::atomic<bool> never = false;
+        const QString check = u"command -v "_s + CommandBuilder::quote(program);
+        const auto found = ShellRunner::run(ShellRunner::shellWords(check), {}, never);
+        QStringList words = ShellRunner::shellWords(command);
+        const QString shell = words.takeFirst();
+        return found && found->exitCode == 0 && QProcess::startDetached(shell, words);
+    };
+    onFinished(runIn(*QThreadPool::globalInstance(), start), this, [this, program](bool isStarted) {
+        if (!isStarted) {
+            report(tr("Couldn't start %1. The editor is set in Settings, General.").arg(program), true);
+        }
+    });
 }
 
 TerminalTabs* AppModel::terminalTabs() {

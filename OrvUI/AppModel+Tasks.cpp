@@ -1,6 +1,8 @@
 #include "OrvCore/Async.h"
 #include "OrvUI/AppModel_p.h"
 
+#include <algorithm>
+
 namespace orv {
 
 QList<ProjectTask> AppModel::tasks(const Project& project) const {
@@ -37,9 +39,18 @@ void AppModel::setTaskDone(const QUuid& id, bool done) {
 
 void AppModel::deleteTask(const QUuid& id) {
     ORV_ASSERT_MAIN_THREAD();
+    const auto known = std::ranges::find(d->tasks, id, &ProjectTask::id);
+    const std::optional<ProjectTask> deleted = known == d->tasks.end() ? std::nullopt : std::optional(*known);
     const StoreResult result = d->taskStore.remove(id);
     reloadTasks();
     reportFailure(result);
+    if (deleted) {
+        d->undo.offer(tr("Deleted “%1”.").arg(deleted->title), [this, task = *deleted] {
+            const StoreResult restored = d->taskStore.restore(task);
+            reloadTasks();
+            reportFailure(restored);
+        });
+    }
 }
 
 void AppModel::reloadTasks() {

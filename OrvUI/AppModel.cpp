@@ -1,6 +1,7 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
 #include "OrvCore/StoreWatcher.h"
+#include "OrvCore/WidgetChange.h"
 #include "OrvUI/AppModel_p.h"
 #include "OrvUI/GitModel.h"
 #include "OrvUI/NewProject.h"
@@ -15,9 +16,6 @@ namespace orv {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// Tasks that the widgets list.
-constexpr int snapshotTaskLimit = 5;
 
 template <typename T>
 std::unique_ptr<T> orMake(std::unique_ptr<T> given, const std::function<std::unique_ptr<T>()>& make) {
@@ -42,13 +40,14 @@ AppModel::Private::Private(Options options)
       taskStore(options.tasksFile.isEmpty() ? TaskStore::defaultPath() : options.tasksFile),
       installs(std::make_shared<InstallRecord>(QFileInfo(settings->filePath()).path() + u"/installs.json"_s)),
       reportTime(options.reportTime),
+      undo(options.undoTime),
       agents(orMake<AgentCatalog>(
           std::move(options.agents),
           [this] {
               return std::make_unique<AgentCatalog>(AgentCatalog::Options{
                   .shell = {}, .customCommand = [this] { return settings->settings().customAgentCommand; }});
           })),
-      terminals(orMake<TerminalTabs>(std::move(options.terminals), [] { return std::make_unique<TerminalTabs>(); })),
+      terminals(std::make_unique<TerminalTabs>()),
       lastSettings(settings->settings()),
       publisher(options.snapshotDirectory.isEmpty() ? SharedContainer::defaultDirectory() : options.snapshotDirectory),
       choices(QFileInfo(settings->filePath()).path() + u"/choices.json"_s),
@@ -75,10 +74,11 @@ AppModel::AppModel(Options options, QObject* parent)
     ORV_ASSERT_MAIN_THREAD();
     d->lastGreeting = greeting();
     connect(d->settings.get(), &SettingsStore::settingsChanged, this, &AppModel::takeInSettings);
-    auto* watcher = new StoreWatcher({d->overrides->filePath(), d->taskStore.filePath()}, this);
+    auto* watcher = new StoreWatcher({d->overrides->filePath(), d->taskStore.filePath(), d->choices.filePath()}, this);
     // Whatever changed between their first reading and the watching.
     d->overrides->reload();
     d->taskStore.reload();
+    d->choices.reload();
     d->overridesSeen = d->overrides->generation();
     d->tasks = d->taskStore.tasks();
     connect(watcher, &StoreWatcher::changed, this, [this] {
@@ -88,6 +88,10 @@ AppModel::AppModel(Options options, QObject* parent)
         }
         if (d->taskStore.reload()) {
             reloadTasks();
+        }
+        if (d->choices.reload()) {
+            d->devices.takeInChoices();
+            Q_EMIT preferencesChanged(); // the actions of the cards
         }
     });
     connect(&d->publisher, &SnapshotPublisher::written, this, [this] {
@@ -111,6 +115,7 @@ AppModel::AppModel(Options options, QObject* parent)
     d->agentModels = std::make_unique<AgentModels>(*this);
     connect(d->home.get(), &HomeModels::summaryChanged, this, &AppModel::summaryChanged);
     makeParts();
+    connect(&d->undo, &UndoOffer::changed, this, &AppModel::undoTextChanged);
     d->processes->setOnChange([this] {
         publishSnapshot();
         processStatesChanged();
@@ -279,6 +284,8 @@ void AppModel::makeParts() {
     d->suggestions = std::make_unique<Suggestions>(*this);
     d->onboarding = std::make_unique<OnboardingModel>(*this);
     d->logs = std::make_unique<ServiceLogs>(*this);
+    d->terminalNotices = std::make_unique<TerminalNotices>(*this, *d->terminals, d->appIsActive);
+    d->terminals->setClipboardWrite(d->lastSettings.terminalClipboard);
     connect(this, &AppModel::pageChanged, this, &AppModel::takeInPage);
     connect(this, &AppModel::projectAdded, this, [this](const QString& name, const QString& path, bool cloned) {
         post(ProjectAdded{name, path, cloned});
@@ -409,7 +416,9 @@ void AppModel::takeInSettings() {
     if (before == now) {
         return;
     }
+    d->terminals->setClipboardWrite(now.terminalClipboard);
     Q_EMIT preferencesChanged();
+    d->agents->updateCustom();
     if (before.displayName != now.displayName) {
         updateGreeting();
     }
@@ -472,10 +481,7 @@ void AppModel::publishSnapshot() {
     for (const Project& project : pinnedProjects()) {
         snapshot.pinned.append({project.id, project.name});
     }
-    for (const ProjectTask& task : d->taskStore.recentlyDone(snapshotTaskLimit)) {
-        snapshot.tasks.append({task.title, task.projectName, task.isDone()});
-    }
-    snapshot.openTaskCount = d->taskStore.openCount();
+    takeTasks(snapshot, d->taskStore);
     d->publisher.publish(snapshot);
 }
 

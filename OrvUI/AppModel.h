@@ -7,7 +7,6 @@
 #include "OrvCore/WidgetSnapshot.h"
 #include "OrvGit/GitService.h"
 #include "OrvProcess/ProcessManager.h"
-#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AgentCatalog.h"
 #include "OrvUI/AgentRuns.h"
 #include "OrvUI/DeviceTools.h"
@@ -28,6 +27,7 @@
 #include <functional>
 #include <memory>
 
+Q_MOC_INCLUDE("OrvTerminal/TerminalTabs.h")
 Q_MOC_INCLUDE("OrvUI/DevicesModel.h")
 Q_MOC_INCLUDE("OrvUI/FilterBar.h")
 Q_MOC_INCLUDE("OrvUI/GitModel.h")
@@ -56,6 +56,7 @@ class OutlineModel;
 class ServiceLogs;
 class Suggestions;
 class TaskLists;
+class TerminalTabs;
 struct RunRequest;
 
 /// All run-time state of the application, and every user action. One a process, on the main thread; needs no window.
@@ -87,6 +88,8 @@ class AppModel : public QObject {
     Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsOngoing READ statusIsOngoing NOTIFY statusMessageChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY statusMessageChanged)
+    /// What was done last and can be taken back, as a sentence; empty when there is nothing.
+    Q_PROPERTY(QString undoText READ undoText NOTIFY undoTextChanged)
     Q_PROPERTY(bool setupActive READ setupActive NOTIFY setupChanged)
     Q_PROPERTY(QString setupPhase READ setupPhase NOTIFY setupChanged)
     Q_PROPERTY(QString setupProjectID READ setupProjectID NOTIFY setupChanged)
@@ -135,13 +138,13 @@ public:
         std::unique_ptr<ProcessManager> processes;
         QString tasksFile;
         std::unique_ptr<AgentCatalog> agents;
-        std::unique_ptr<TerminalTabs> terminals;
         std::optional<AgentRuns::Options> agentRuns;
         QString snapshotDirectory; ///< empty: the folder shared with the widgets
         std::chrono::milliseconds reportTime = std::chrono::seconds(8);
-        std::unique_ptr<Notifying> notifier;        ///< none: nothing is posted
-        std::unique_ptr<LoginItemController> login; ///< none: it can't be turned on
-        std::function<bool()> appIsActive;          ///< whether the user looks at the application; none: never
+        std::chrono::milliseconds undoTime = std::chrono::seconds(10); ///< for which it is offered
+        std::unique_ptr<Notifying> notifier;                           ///< none: nothing is posted
+        std::unique_ptr<LoginItemController> login;                    ///< none: it can't be turned on
+        std::function<bool()> appIsActive; ///< whether the user looks at the application; none: never
         DeviceTools deviceTools = DeviceTools::ofThisMachine();
     };
 
@@ -265,6 +268,8 @@ public:
     [[nodiscard]] QStringList projectsWithChanges() const; ///< the ids of those with files that are not committed
     /// What the button of the project's card starts: what was last run there, where it is still offered.
     [[nodiscard]] std::optional<RunAction> primaryAction(const Project& project) const;
+    /// That, unless it runs already while another one could be started.
+    [[nodiscard]] std::optional<RunAction> offeredAction(const Project& project) const;
     [[nodiscard]] QList<PinnedEntry> pinnedEntries() const;
     [[nodiscard]] QList<int> runningPorts(const Project& project) const; ///< of its running services, ascending
 
@@ -343,8 +348,12 @@ public:
         AgentKind kind, const QString& task, const Project& project, const std::optional<QUuid>& linkedTask = {},
         const std::optional<AgentAutonomy>& autonomy = {}, const AgentRun* replyingTo = nullptr);
     AgentRun* startAgent(const AgentRuns::Start& wish, const Project& project);
-    /// A new run that goes on where this one ended; null for a blank message, or when the project is gone.
-    AgentRun* continueAgent(const AgentRun& run, const QString& message);
+    /// A new run that goes on where this one ended; null for a blank message, or when the project is gone. Without an
+    /// autonomy that of the run holds.
+    AgentRun* continueAgent(
+        const AgentRun& run, const QString& message, const std::optional<AgentAutonomy>& autonomy = {});
+    /// The same once more; null when the project is gone.
+    AgentRun* retryAgent(const AgentRun& run);
     QFuture<void> stopAgent(AgentRun* run);
     /// Those of this process: what another one has started is that one's to stop.
     QFuture<void> stopAllAgents();
@@ -365,6 +374,12 @@ public:
     /// Shows the message for 8 seconds, unless a newer one takes its place.
     void report(const QString& text, bool isError);
     void dismissStatusMessage();
+
+    // What can be taken back: a task's deletion, an unpinning, what was discarded in git. One at a time, for 10
+    // seconds.
+    [[nodiscard]] QString undoText() const;
+    Q_INVOKABLE void undo();
+    Q_INVOKABLE void dismissUndo();
 
     // What QML binds to
     [[nodiscard]] QString summaryLine() const;
@@ -439,6 +454,8 @@ public:
     Q_INVOKABLE void chooseScanRoot(const QString& folder);
     /// By what the desktop opens it with; a folder by its file manager.
     Q_INVOKABLE void openLink(const QUrl& url);
+    /// In the user's editor, at that line and column when they are known; by the desktop when no editor is set.
+    Q_INVOKABLE void openFile(const QString& path, int line = 0, int column = 0);
     Q_INVOKABLE void showStatus(const QString& text, bool isError);
 
     // Set by the shell
@@ -466,6 +483,7 @@ Q_SIGNALS:
     void pageChanged();
     void sheetChanged();
     void modalChanged();
+    void undoTextChanged();
     void statusMessageChanged();
     void detailTabChanged();
     void aiPanelProjectIDChanged();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/DevicesModel.h"
@@ -15,6 +16,8 @@
 #include "OrvUI/SnapshotPublisher.h"
 #include "OrvUI/Suggestions.h"
 #include "OrvUI/TaskLists.h"
+#include "OrvUI/TerminalNotices.h"
+#include "OrvUI/UndoOffer.h"
 
 #include <QThreadPool>
 
@@ -46,6 +49,7 @@ struct AppModel::Private {
     TaskStore taskStore;
     std::shared_ptr<InstallRecord> installs;
     const std::chrono::milliseconds reportTime;
+    UndoOffer undo;
 
     QList<Project> projects;
     QHash<QString, qsizetype> projectIndex; ///< from id to the place in `projects`
@@ -107,6 +111,7 @@ struct AppModel::Private {
     std::unique_ptr<Notifying> notifier;
     std::function<bool()> appIsActive;
     NotificationStatus notificationStatus;
+    std::unique_ptr<TerminalNotices> terminalNotices;
     ServiceTransitions transitions;
     LaunchAtLogin login;
     DevicesModel devices;

@@ -11,7 +11,7 @@ namespace {
 #ifdef Q_OS_MACOS
 constexpr QStringView loginHeadline = u"Start with your Mac";
 #else
-constexpr QStringView loginHeadline = u"Start with your computer";
+constexpr QStringView loginHeadline = u"Start at login";
 #endif
 
 struct Row {

@@ -22,23 +22,21 @@ const ProjectNode* find(const QList<ProjectNode>& nodes, const QString& path) {
 
 } // namespace
 
-AppModel* Collection::model() const {
-    return m_model;
-}
-
-void Collection::setModel(AppModel* model) {
-    if (model == m_model) {
-        return;
-    }
-    m_model = model;
-    connect(&model->home(), &HomeModels::updated, this, &Collection::update);
-    Q_EMIT modelChanged();
+void Collection::takeModel() {
+    connect(&m_model->home(), &HomeModels::updated, this, &Collection::update);
     update();
 }
 
 void Collection::setPath(const QString& path) {
     if (path != m_path) {
         m_path = path;
+        update();
+    }
+}
+
+void Collection::setNested(bool isNested) {
+    if (isNested != m_isNested) {
+        m_isNested = isNested;
         update();
     }
 }
@@ -62,9 +60,16 @@ void Collection::update() {
     QList<CardRow> rows;
     if (folder != nullptr) {
         m_name = folder->name;
-        for (const Project& project : folder->apps()) {
-            if (project.name.contains(m_searchText, Qt::CaseInsensitive)) {
-                rows.append(m_model->home().card(project));
+        // A search looks through everything below.
+        if (m_isNested && m_searchText.isEmpty()) {
+            for (const ProjectNode* node : OutlineModel::foldersFirst(folder->children)) {
+                rows.append(node->project ? m_model->home().card(*node->project) : m_model->home().collection(*node));
+            }
+        } else {
+            for (const Project& project : folder->apps()) {
+                if (project.name.contains(m_searchText, Qt::CaseInsensitive)) {
+                    rows.append(m_model->home().card(project));
+                }
             }
         }
     }

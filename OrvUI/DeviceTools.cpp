@@ -2,6 +2,7 @@
 
 #include "OrvCore/Paths.h"
 #include "OrvProcess/ShellRunner.h"
+#include "OrvUI/DesktopDevice.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>
@@ -25,9 +26,8 @@ constexpr auto adbLimit = 5s;
 constexpr auto bootLook = 500ms;
 
 /// What a tool printed, for as long as it is asked on a machine where it may hang.
-QByteArray output(
-    const QStringList& words, const std::atomic<bool>& isCancelled, std::chrono::milliseconds limit = adbLimit) {
-    const ShellRunner::Result result = ShellRunner::run(words, {.time = limit}, isCancelled);
+QByteArray output(const QStringList& words, const std::atomic<bool>& isCancelled) {
+    const ShellRunner::Result result = ShellRunner::run(words, {.time = adbLimit}, isCancelled);
     return result && result->exitCode == 0 ? result->text : QByteArray();
 }
 
@@ -51,20 +51,20 @@ DeviceTools DeviceTools::ofThisMachine() {
     return tools;
 }
 
+/// A Flutter that is there has the desktop, though it could not list anything.
 DeviceTools::Listing<QList<FlutterDevice>> DeviceTools::flutterDevices(const std::atomic<bool>& isCancelled) const {
     const auto words = ShellRunner::shellWords(u"flutter devices --machine"_s);
     const ShellRunner::Result result = ShellRunner::run(words, {.time = flutterLimit}, isCancelled);
-    if (!result) {
-        const bool isLate = result.error() == ShellRunner::Failure::tooLate;
-        return {{}, isLate ? u"Flutter did not answer in time. Try 'flutter devices' in a terminal."_s : QString()};
+    if (!result && result.error() == ShellRunner::Failure::tooLate) {
+        return {{desktopDevice}, u"Flutter did not answer in time. Try 'flutter devices' in a terminal."_s};
     }
-    if (result->exitCode == notFound) {
+    if (result && result->exitCode == notFound) {
         return {
             {},
             u"Flutter was not found. Install it from https://docs.flutter.dev/get-started so that your login shell finds it."_s};
     }
-    if (result->exitCode != 0) {
-        return {{}, u"Flutter could not list its devices. Try 'flutter doctor' in a terminal."_s};
+    if (!result || result->exitCode != 0) {
+        return {{desktopDevice}, u"Flutter could not list its devices. Try 'flutter doctor' in a terminal."_s};
     }
     return {DeviceParsers::flutterDevices(result->text), {}};
 }
@@ -86,10 +86,14 @@ DeviceTools::Listing<QList<DeviceTools::Emulator>> DeviceTools::emulators(const 
     if (!sdk) {
         return {{}, u"No Android SDK was found. Install Android Studio, or set ANDROID_HOME to where the SDK is."_s};
     }
-    const QByteArray listing = output({*sdk + u"/emulator/emulator"_s, u"-list-avds"_s}, isCancelled, 30s);
+    const QString tool = *sdk + u"/emulator/emulator"_s;
+    const ShellRunner::Result listing = ShellRunner::run({tool, u"-list-avds"_s}, {}, isCancelled);
+    if (!listing || listing->exitCode != 0) {
+        return {{}, u"The Android emulators could not be listed. Try '%1 -list-avds' in a terminal."_s.arg(tool)};
+    }
     const QMap<QString, QString> running = runningEmulators(*sdk, isCancelled);
     QList<Emulator> found;
-    for (const QString& avd : DeviceParsers::avds(listing)) {
+    for (const QString& avd : DeviceParsers::avds(listing->text)) {
         found.append({avd, running.value(avd)});
     }
     return {

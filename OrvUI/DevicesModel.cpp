@@ -1,6 +1,7 @@
 #include "OrvUI/DevicesModel.h"
 
 #include "OrvCore/Async.h"
+#include "OrvUI/DesktopDevice.h"
 #include "OrvUI/Pool_p.h"
 
 #include <algorithm>
@@ -10,12 +11,6 @@ namespace orv {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-#ifdef Q_OS_MACOS
-const FlutterDevice desktop{u"macos"_s, u"macOS"_s};
-#else
-const FlutterDevice desktop{u"linux"_s, u"Linux"_s};
-#endif
 
 enum Tool : size_t { flutterTool, simulatorTool, emulatorTool };
 
@@ -61,11 +56,23 @@ const std::vector<RowRole<DeviceRow>>& DeviceRow::roles() {
         memberRole<&DeviceRow::key, DeviceRow>("key"),
         memberRole<&DeviceRow::title, DeviceRow>("title"),
         memberRole<&DeviceRow::detail, DeviceRow>("detail"),
+        {"glyph", [](const DeviceRow& row) { return QVariant(row.glyph()); }},
         memberRole<&DeviceRow::section, DeviceRow>("section"),
         memberRole<&DeviceRow::isBooted, DeviceRow>("isBooted"),
         memberRole<&DeviceRow::isChosen, DeviceRow>("isChosen"),
     };
     return table;
+}
+
+QString DeviceRow::glyph() const {
+    if (detail == u"Desktop") {
+        return u"monitor"_s;
+    }
+    if (detail == u"Web") {
+        return u"globe"_s;
+    }
+    const bool isTablet = title.contains(u"ipad", Qt::CaseInsensitive) || title.contains(u"tab", Qt::CaseInsensitive);
+    return isTablet ? u"tablet"_s : u"smartphone"_s;
 }
 
 DevicesModel::DevicesModel(DeviceTools tools, RunChoices& choices, QObject* parent)
@@ -116,9 +123,27 @@ QFuture<void> DevicesModel::refresh() {
     return all;
 }
 
+void DevicesModel::ask(const QString& projectID) {
+    setProjectID(projectID);
+    setSearchText({});
+    refresh();
+    if (!std::exchange(m_isAsking, true)) {
+        Q_EMIT askingChanged();
+    }
+}
+
+void DevicesModel::endAsking() {
+    if (std::exchange(m_isAsking, false)) {
+        Q_EMIT askingChanged();
+    }
+}
+
 QFuture<QList<FlutterDevice>> DevicesModel::listFlutter() {
     ORV_ASSERT_MAIN_THREAD();
-    return runIn(m_pool, [this] { return m_tools.flutterDevices(m_isEnding).devices; });
+    return runIn(m_pool, [this] {
+        const auto listing = m_tools.flutterDevices(m_isEnding);
+        return listing.hint.isEmpty() ? listing.devices : QList<FlutterDevice>();
+    });
 }
 
 QStringList DevicesModel::hints() const {
@@ -154,9 +179,9 @@ void DevicesModel::update() {
                std::ranges::find(m_emulators, device.id, &DeviceTools::Emulator::serial) != m_emulators.end();
     };
     QList<FlutterDevice> flutter = m_flutter;
-    const bool hasFlutter = m_hints[flutterTool].isEmpty();
-    if (hasFlutter && std::ranges::find(flutter, desktop.id, &FlutterDevice::id) == flutter.end()) {
-        flutter.prepend(desktop);
+    const bool isWhole = m_hints[flutterTool].isEmpty();
+    if (isWhole && std::ranges::find(flutter, desktopDevice.id, &FlutterDevice::id) == flutter.end()) {
+        flutter.prepend(desktopDevice);
     }
     for (const FlutterDevice& device : std::as_const(flutter)) {
         if (!isListedBelow(device)) {
@@ -189,9 +214,14 @@ std::optional<QString> DevicesModel::chosen(const QString& projectID) const {
 StoreResult DevicesModel::choose(const QString& projectID, const QString& key) {
     ORV_ASSERT_MAIN_THREAD();
     StoreResult result = m_choices.setDevice(projectID, key.isEmpty() ? std::nullopt : std::optional(key));
+    takeInChoices();
+    return result;
+}
+
+void DevicesModel::takeInChoices() {
+    ORV_ASSERT_MAIN_THREAD();
     update();
     Q_EMIT chosenChanged();
-    return result;
 }
 
 QFuture<DeviceTools::Booted> DevicesModel::ready(const QString& key) {

@@ -18,6 +18,9 @@ struct DeviceRow {
     bool isBooted = false; ///< of a simulator or emulator
     bool isChosen = false; ///< for the project
 
+    /// The name of its picture in the set of icons.
+    [[nodiscard]] QString glyph() const;
+
     bool operator==(const DeviceRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<DeviceRow>>& roles();
 };
@@ -32,6 +35,8 @@ class DevicesModel : public QObject {
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY loadingChanged)
     Q_PROPERTY(QStringList hints READ hints NOTIFY hintsChanged)
     Q_PROPERTY(QString chosenKey READ chosenKey NOTIFY chosenChanged)
+    /// The sheet that asks for a device is open.
+    Q_PROPERTY(bool isAsking READ isAsking NOTIFY askingChanged)
 
 public:
     /// `choices` outlives it.
@@ -50,8 +55,13 @@ public:
     [[nodiscard]] QStringList hints() const; ///< sentences that say what to install
     [[nodiscard]] QString chosenKey() const { return chosen(m_projectID).value_or(QString()); }
 
+    [[nodiscard]] bool isAsking() const { return m_isAsking; }
+    /// On what the project is to run.
+    Q_INVOKABLE void ask(const QString& projectID);
+    Q_INVOKABLE void endAsking();
+
     /// Lists everything anew; rows come as their tools answer. While it is under way, a second call joins the first.
-    QFuture<void> refresh();
+    Q_INVOKABLE QFuture<void> refresh();
     QFuture<QList<FlutterDevice>> listFlutter();
     [[nodiscard]] const QList<FlutterDevice>& flutterDevices() const { return m_flutter; }
     [[nodiscard]] const QList<SimulatorDevice>& simulators() const { return m_simulators; }
@@ -61,6 +71,7 @@ public:
     [[nodiscard]] std::optional<QString> chosen(const QString& projectID) const;
     /// An empty key takes the choice back.
     StoreResult choose(const QString& projectID, const QString& key);
+    void takeInChoices(); ///< they are others, by another process
     /// Boots the device where it has to be; what "flutter run -d" takes, or why there is none, as a sentence.
     QFuture<DeviceTools::Booted> ready(const QString& key);
 
@@ -70,6 +81,7 @@ Q_SIGNALS:
     void loadingChanged();
     void hintsChanged();
     void chosenChanged();
+    void askingChanged();
 
 private:
     template <typename Devices>
@@ -87,6 +99,7 @@ private:
     QList<DeviceTools::Emulator> m_emulators;
     std::array<QString, 3> m_hints; ///< of Flutter, of the simulators, of the emulators
     int m_pending = 0;
+    bool m_isAsking = false;
     QFuture<void> m_refresh;
     RowModel<DeviceRow> m_rows;
     std::atomic<bool> m_isEnding = false;

@@ -1,15 +1,20 @@
 #include "OrvUI/DiffModel.h"
 
 #include "OrvCore/Async.h"
+#include "OrvGit/GitPath.h"
 
 #include <algorithm>
 #include <array>
 #include <tuple>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
+
+/// How far above a line it is looked for what is open there. What begins still higher is not noticed.
+constexpr int linesLookedBack = 500;
 
 constexpr std::array kindNames{"context"_L1, "added"_L1, "removed"_L1};
 
@@ -66,7 +71,8 @@ QHash<int, QByteArray> DiffModel::roleNames() const {
         {newNumber, "newNumber"},
         {hunk, "hunk"},
         {isSelected, "selected"},
-        {endsWithoutLineFeed, "endsWithoutLineFeed"}};
+        {endsWithoutLineFeed, "endsWithoutLineFeed"},
+        {spans, "spans"}};
 }
 
 QVariant DiffModel::data(const QModelIndex& index, int role) const {
@@ -94,6 +100,8 @@ QVariant DiffModel::data(const QModelIndex& index, int role) const {
     }
     case endsWithoutLineFeed:
         return line != nullptr && line->endsWithoutLineFeed;
+    case spans:
+        return spansOf(index.row());
     default:
         return {};
     }
@@ -137,6 +145,7 @@ void DiffModel::setDiff(const FileDiff& diff) {
     if (before - rest > first) {
         beginRemoveRows({}, first, before - rest - 1);
         m_places.erase(m_places.begin() + first, m_places.end() - rest);
+        m_states.assign(m_places.size(), {});
         endRemoveRows();
     }
     const bool isLonger = after - rest > first;
@@ -146,15 +155,75 @@ void DiffModel::setDiff(const FileDiff& diff) {
     // What stays lies elsewhere in the new diff, and shows the same.
     m_diff = diff;
     m_places = std::move(places);
+    const CodeLanguage* language = CodeLanguage::ofFile(GitPath::fromBytes(diff.path()));
+    const bool isOtherLanguage = std::exchange(m_language, language) != language;
+    m_states.assign(m_places.size(), {});
     if (isLonger) {
         endInsertRows();
     }
     if (rest > 0) {
-        Q_EMIT dataChanged(index(after - rest), index(after - 1), {hunk});
+        Q_EMIT dataChanged(index(after - rest), index(after - 1), {hunk, spans});
+    }
+    if (isOtherLanguage && first > 0) {
+        Q_EMIT dataChanged(index(0), index(first - 1), {spans});
     }
     m_added = m_diff.count(DiffLineKind::added);
     m_removed = m_diff.count(DiffLineKind::removed);
     Q_EMIT diffChanged();
+}
+
+QList<CodeSpan> DiffModel::highlight(int row, SideStates& states) const {
+    const Place at = *place(row);
+    if (at.line < 0) {
+        states = {};
+        return {};
+    }
+    const DiffLine& line = m_diff.hunks[at.hunk].lines[at.line];
+    const QString shown = shownLine(m_diff.text(line));
+    switch (line.kind) {
+    case DiffLineKind::removed:
+        return highlightLine(*m_language, shown, states.before);
+    case DiffLineKind::added:
+        return highlightLine(*m_language, shown, states.after);
+    case DiffLineKind::context:
+        break;
+    }
+    if (states.before != states.after) {
+        std::ignore = highlightLine(*m_language, shown, states.before);
+        return highlightLine(*m_language, shown, states.after);
+    }
+    const QList<CodeSpan> found = highlightLine(*m_language, shown, states.after);
+    states.before = states.after;
+    return found;
+}
+
+DiffModel::SideStates DiffModel::statesAt(int row) const {
+    int from = row;
+    const int last = std::max(0, row - linesLookedBack);
+    while (from > last && !m_states[static_cast<size_t>(from - 1)] && place(from)->line >= 0) {
+        --from;
+    }
+    SideStates states;
+    if (from > 0 && place(from)->line >= 0) {
+        states = m_states[static_cast<size_t>(from - 1)].value_or(SideStates());
+    }
+    for (; from < row; ++from) {
+        std::ignore = highlight(from, states);
+        m_states[static_cast<size_t>(from)] = states;
+    }
+    return states;
+}
+
+QVariant DiffModel::spansOf(int row) const {
+    QList<int> numbers;
+    if (m_language != nullptr) {
+        SideStates states = statesAt(row);
+        for (const CodeSpan& span : highlight(row, states)) {
+            numbers << span.start << span.length << static_cast<int>(span.token);
+        }
+        m_states[static_cast<size_t>(row)] = states;
+    }
+    return QVariant::fromValue(numbers);
 }
 
 int DiffModel::hunkAt(int row) const {

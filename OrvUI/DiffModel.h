@@ -1,9 +1,11 @@
 #pragma once
 
 #include "OrvGit/Patch.h"
+#include "OrvUI/CodeHighlighter.h"
 
 #include <QAbstractListModel>
 
+#include <optional>
 #include <vector>
 
 namespace orv {
@@ -29,6 +31,7 @@ public:
         hunk, ///< its index
         isSelected,
         endsWithoutLineFeed,
+        spans, ///< what is coloured in the text: start, length and CodeToken of each piece, as a flat list of numbers
     };
     /// A longer line is cut: nobody reads it, and laying it out would take seconds.
     static constexpr qsizetype longestText = 2000;
@@ -73,12 +76,22 @@ private:
     [[nodiscard]] const Place* place(int row) const; ///< null when there is no such row
     void selectLine(Place line, bool isChosen);
     void announceSelection();
+    /// What is open on each side of the diff behind a line.
+    struct SideStates {
+        CodeState before = 0;
+        CodeState after = 0;
+    };
+    [[nodiscard]] SideStates statesAt(int row) const;
+    [[nodiscard]] QList<CodeSpan> highlight(int row, SideStates& states) const;
+    [[nodiscard]] QVariant spansOf(int row) const;
 
     FileDiff m_diff;
     std::vector<Place> m_places; ///< by row
     int m_added = 0;
     int m_removed = 0;
     DiffSelection m_selection;
+    const CodeLanguage* m_language = nullptr;                ///< null: there are no colours
+    mutable std::vector<std::optional<SideStates>> m_states; ///< by row, at the line's end; what was asked for
 };
 
 } // namespace orv

@@ -120,6 +120,7 @@ void FilterBar::toggle(const QString& wanted) {
 
 void FilterBar::clear() {
     m_model.clearFilters();
+    m_model.setShowOnlyUncommitted(false);
 }
 
 void FilterBar::change(void (*set)(ProjectFilterSet& filters, int value), int value) {
@@ -151,6 +152,10 @@ bool FilterBar::onlyUncommitted() const {
 }
 int FilterBar::activeCount() const {
     return m_model.filters().activeCount();
+}
+
+bool FilterBar::narrows() const {
+    return m_model.filters().narrowsProjects() || m_model.showOnlyUncommitted();
 }
 
 void FilterBar::setGit(int place) {

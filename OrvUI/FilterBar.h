@@ -34,6 +34,8 @@ class FilterBar : public QObject {
     Q_PROPERTY(bool onlyPinned READ onlyPinned WRITE setOnlyPinned NOTIFY changed)
     Q_PROPERTY(bool onlyUncommitted READ onlyUncommitted WRITE setOnlyUncommitted NOTIFY changed)
     Q_PROPERTY(int activeCount READ activeCount NOTIFY changed)
+    /// Something leaves projects out, beside the sidebar's filter and the search.
+    Q_PROPERTY(bool narrows READ narrows NOTIFY changed)
 
 public:
     explicit FilterBar(AppModel& model, QObject* parent = nullptr);
@@ -56,6 +58,7 @@ public:
     [[nodiscard]] bool onlyUncommitted() const;
     void setOnlyUncommitted(bool isOn);
     [[nodiscard]] int activeCount() const;
+    [[nodiscard]] bool narrows() const;
 
     /// By the key of a kind, a framework or a chip.
     Q_INVOKABLE void toggle(const QString& key);

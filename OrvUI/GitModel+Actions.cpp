@@ -56,36 +56,113 @@ void GitModel::cancelAction() {
     m_overview.cancelAction(m_project.id);
 }
 
+void GitModel::setError(const QString& text) {
+    if (text != m_error) {
+        m_error = text;
+        Q_EMIT errorChanged();
+    }
+}
+
 void GitModel::refuse(const QString& text) {
+    setError(text);
     Q_EMIT failed(text);
 }
 
 void GitModel::act(const QString& name, const QString& text, const Work& work) {
     ORV_ASSERT_MAIN_THREAD();
+    if (!m_repository.isEmpty()) {
+        run(name, text,
+            [work, repository = m_repository](const GitService& service) { return work(service, repository); });
+    }
+}
+
+void GitModel::actAndKeep(const QString& text, const QStringList& paths, const Work& work) {
+    ORV_ASSERT_MAIN_THREAD();
     if (m_repository.isEmpty()) {
         return;
     }
-    const auto outcome = m_overview.act(m_project.id, [work, repository = m_repository](const GitService& service) {
+    const auto kept = std::make_shared<std::optional<DiscardedWork>>();
+    const auto whyNot = std::make_shared<QString>();
+    const auto keepFirst = [work, paths, kept, whyNot, repository = m_repository](const GitService& service) {
+        auto found = DiscardedWork::keep(service, repository, paths);
+        if (!found) {
+            *whyNot = found.error().text();
+            return GitOutcome<void>(std::unexpected(GitError::refused(*whyNot)));
+        }
+        *kept = *std::move(found);
         return work(service, repository);
-    });
+    };
+    run(
+        u"discard"_s, text, keepFirst,
+        [this, kept, paths] {
+            if (*kept) {
+                const QString what = paths.size() == 1 ? u"“%1”"_s.arg(shownPath(paths.first().section(u'/', -1)))
+                                                       : tr("%1 files").arg(paths.size());
+                Q_EMIT discarded(tr("Discarded changes of %1.").arg(what), **kept);
+            }
+        },
+        [this, whyNot, paths] {
+            if (whyNot->isEmpty()) {
+                return false;
+            }
+            Q_EMIT notKept(*whyNot, paths);
+            return true;
+        });
+}
+
+void GitModel::discardForGood(const QStringList& paths) {
+    act(u"discard"_s, u"Discarding…"_s,
+        [paths](const GitService& service, const QString& repository) { return service.discard(repository, paths); });
+}
+
+void GitModel::run(
+    const QString& name, const QString& text, const std::function<GitOutcome<void>(const GitService&)>& work,
+    const std::function<void()>& then, const std::function<bool()>& otherwise) {
+    const auto outcome = m_overview.act(m_project.id, work);
     if (!outcome) {
         refuse(QuickGit::busy(m_project.name).message);
         return;
     }
+    setError({});
     m_busyText = text;
+    m_busyWith = name;
     Q_EMIT busyChanged();
-    onFinished(*outcome, this, [this, name](const GitOutcome<void>& done) {
+    onFinished(*outcome, this, [this, name, then, otherwise](const GitOutcome<void>& done) {
         m_busyText.clear();
+        m_busyWith.clear();
         Q_EMIT busyChanged();
+        if (m_selectedCommit.isEmpty() && !m_selectedPath.isEmpty()) {
+            // What is being read may be of before.
+            ++m_fileGeneration;
+            m_isDiffOld = true;
+        }
         refresh();
         if (name == u"identity") {
             m_overview.refreshIdentity();
+        } else if (name == u"init") {
+            // So that the new repository is watched.
+            m_overview.refresh(m_project.id);
         }
         if (done) {
+            if (then) {
+                then();
+            }
             Q_EMIT succeeded(name);
-        } else {
+        } else if (otherwise && otherwise()) {
+            return;
+        } else if (done.error().kind == GitError::Kind::cancelled) {
             Q_EMIT failed(done.error().text());
+        } else {
+            refuse(done.error().text());
         }
+    });
+}
+
+void GitModel::initRepository() {
+    ORV_ASSERT_MAIN_THREAD();
+    const QString branch = defaultBranch ? defaultBranch() : u"main"_s;
+    run(u"init"_s, u"Starting a repository…"_s, [folder = m_project.root, branch](const GitService& service) {
+        return service.initRepository(folder, branch);
     });
 }
 
@@ -120,8 +197,9 @@ void GitModel::unstageAll() {
 
 void GitModel::discard(const QStringList& paths) {
     const QStringList all = touched(m_staged, touched(m_unstaged, paths));
-    act(u"discard"_s, u"Discarding…"_s,
-        [all](const GitService& service, const QString& repository) { return service.discard(repository, all); });
+    actAndKeep(u"Discarding…"_s, all, [all](const GitService& service, const QString& repository) {
+        return service.discard(repository, all);
+    });
 }
 
 void GitModel::actOnLines(Part part, const DiffSelection& selection) {
@@ -136,17 +214,24 @@ void GitModel::actOnLines(Part part, const DiffSelection& selection) {
         Verb{"unstage"_L1, "Unstaging"_L1, &GitService::unstageLines},
         Verb{"discard"_L1, "Discarding"_L1, &GitService::discardLines}};
     const bool isStaged = m_shownRequest.side == DiffSide::staged;
-    // While the file's diff is being read, the lines on the screen are not those that are meant.
-    if (!canDivide() || m_isLoadingDiff || selection.empty() || isStaged != (part == Part::unstage)) {
+    if (m_isDiffOld) {
+        return;
+    }
+    if (!canDivide() || selection.empty() || isStaged != (part == Part::unstage)) {
         refuse(u"There is nothing here of which a part could be changed."_s);
         return;
     }
     const Verb verb = verbs[static_cast<size_t>(part)];
-    act(verb.name, verb.going + u'\u2026',
-        [verb, request = m_shownRequest, shown = m_diff.diff(),
-         selection](const GitService& service, const QString& repository) {
-            return (service.*verb.run)(repository, request, shown, selection);
-        });
+    const auto work = [verb, request = m_shownRequest, shown = m_diff.diff(),
+                       selection](const GitService& service, const QString& repository) {
+        return (service.*verb.run)(repository, request, shown, selection);
+    };
+    const QString text = verb.going + u'\u2026';
+    if (part == Part::discard) {
+        actAndKeep(text, {m_shownRequest.path}, work);
+    } else {
+        act(verb.name, text, work);
+    }
 }
 
 void GitModel::stageHunk(int hunk) {

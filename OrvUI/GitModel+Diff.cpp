@@ -157,6 +157,7 @@ void GitModel::loadDiff(const ChangeRow& row) {
 
 void GitModel::showDiff(const FileDiff& diff, const QString& note) {
     m_isLoadingDiff = false;
+    m_isDiffOld = false;
     m_diffNote = note;
     m_diff.setDiff(diff);
     Q_EMIT fileChanged();

@@ -1,5 +1,6 @@
 #include "OrvUI/GitModel.h"
 
+#include "OrvUI/CommitForm.h"
 #include "OrvUI/Pool_p.h"
 
 #include <QFileInfo>
@@ -32,20 +33,34 @@ const OperationWords& wordsOf(GitOperation operation) {
     return operationWords[static_cast<size_t>(operation)];
 }
 
+bool isFurtherWorkTree(const RepositoryLayout& layout) {
+    return layout.kind == RepositoryLayout::Kind::linked && layout.commonDirectory != layout.gitDirectory;
+}
+
 QString noteOf(const RepositoryLayout& layout) {
-    if (layout.kind != RepositoryLayout::Kind::linked) {
-        return {};
-    }
-    if (layout.gitDirectory.contains("/modules/"_L1)) {
+    if (layout.isSubmodule()) {
         return u"A submodule of another repository."_s;
     }
-    return u"A work tree of %1."_s.arg(shownPath(QFileInfo(layout.commonDirectory).path()));
+    return isFurtherWorkTree(layout) ? u"A work tree of %1."_s.arg(shownPath(layout.mainFolder())) : QString();
+}
+
+/// What the repository is called in the list of a project's.
+QString labelOf(const QString& name, const RepositoryLayout& layout) {
+    if (layout.isSubmodule()) {
+        return u"%1 (submodule)"_s.arg(name);
+    }
+    return isFurtherWorkTree(layout)
+               ? u"%1 (work tree of %2)"_s.arg(name, shownPath(QFileInfo(layout.mainFolder()).fileName()))
+               : name;
 }
 
 RepositoryRow rowOf(const Project& project, const QString& repository, const RepoStatus& status, int changes) {
+    const QString name =
+        repository == project.root ? project.name : shownPath(repository.sliced(project.root.size() + 1));
     return {
         .key = repository,
-        .name = repository == project.root ? project.name : shownPath(repository.sliced(project.root.size() + 1)),
+        .name = name,
+        .label = labelOf(name, RepositoryLayout::of(repository).value_or(RepositoryLayout())),
         .branch = status.branch.value_or(QString()),
         .changes = changes,
         .ahead = status.ahead,
@@ -73,8 +88,13 @@ struct GitModel::Found {
 };
 
 GitModel::GitModel(GitOverview& overview, const Project& project, QObject* parent)
-    : QObject(parent), m_overview(overview), m_project(project), m_reader(overview.service()) {
+    : QObject(parent),
+      m_overview(overview),
+      m_project(project),
+      m_reader(overview.service()),
+      m_commitForm(std::make_unique<CommitForm>(*this)) {
     ORV_ASSERT_MAIN_THREAD();
+    connect(this, &GitModel::selectionChanged, this, &GitModel::updateCurrentRow);
     m_reader.runner.purpose = GitPurpose::background;
     m_reader.runner.cancellation.emplace();
     connect(&overview, &GitOverview::busyChanged, this, &GitModel::busyChanged);
@@ -190,7 +210,7 @@ GitModel::Found GitModel::find(
     found.repository = repositories.contains(wanted) ? wanted : repositories.first();
     const auto layout = RepositoryLayout::of(found.repository);
     if (const auto history = service.history(found.repository, {.limit = historyLength, .from = {}, .path = {}})) {
-        found.history = commitRows(*history);
+        found.history = commitRows(*history, QDateTime::currentDateTime());
         found.hasMoreHistory = history->size() == historyLength;
     }
     found.branches = branchRows(service.branchInfos(found.repository).value_or(QList<BranchInfo>()));
@@ -235,6 +255,7 @@ void GitModel::takeIn(const Found& found) {
     m_staged.setRows(found.lists.staged);
     m_unstaged.setRows(found.lists.unstaged);
     m_conflicted.setRows(found.lists.conflicted);
+    m_files.setLists(found.lists, found.stashes);
     m_branches.setRows(found.branches);
     m_stashes.setRows(found.stashes);
     m_history.setRows(found.history);
@@ -245,11 +266,13 @@ void GitModel::takeIn(const Found& found) {
         Q_EMIT repositoryChanged();
     }
     followSelection();
+    updateCurrentRow();
 }
 
 void GitModel::takeInState(const Found& found) {
     m_stagedCount = found.lists.stagedCount;
     m_unstagedCount = found.lists.unstagedCount;
+    m_changeCount = found.changes;
     m_state = found.state;
     m_problem = found.problem;
     m_note = found.note;
@@ -283,7 +306,7 @@ void GitModel::loadMoreHistory() {
             if (isStale || !page) {
                 return;
             }
-            m_history.setRows(rows + commitRows(*page));
+            m_history.setRows(rows + commitRows(*page, QDateTime::currentDateTime()));
             m_hasMoreHistory = page->size() == historyPage;
             Q_EMIT historyChanged();
         });

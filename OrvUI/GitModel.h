@@ -1,14 +1,20 @@
 #pragma once
 
+#include "OrvGit/DiscardedWork.h"
 #include "OrvGit/RepositoryLayout.h"
 #include "OrvUI/DiffModel.h"
+#include "OrvUI/GitFileList.h"
 #include "OrvUI/GitOverview.h"
 #include "OrvUI/GitRows.h"
 
+#include <QUrl>
 #include <QVariantMap>
+
+Q_MOC_INCLUDE("OrvUI/CommitForm.h")
 
 namespace orv {
 
+class CommitForm;
 class Completion;
 
 /// Behind the git page of one project: its repositories, and of one of them what there is and what can be done.
@@ -27,6 +33,9 @@ class GitModel : public QObject {
     Q_PROPERTY(QAbstractListModel* stashes READ stashes CONSTANT)
     Q_PROPERTY(QAbstractListModel* commitFiles READ commitFiles CONSTANT)
     Q_PROPERTY(orv::DiffModel* diff READ diff CONSTANT)
+    Q_PROPERTY(orv::GitFileList* files READ files CONSTANT)
+    Q_PROPERTY(orv::CommitForm* commitForm READ commitForm CONSTANT)
+    Q_PROPERTY(int currentRow READ currentRow NOTIFY currentRowChanged)
     Q_PROPERTY(QString repository READ repository WRITE setRepository NOTIFY repositoryChanged)
     Q_PROPERTY(QString state READ state NOTIFY statusChanged)
     Q_PROPERTY(QString problem READ problem NOTIFY statusChanged)
@@ -39,6 +48,9 @@ class GitModel : public QObject {
     Q_PROPERTY(bool hasCommits READ hasCommits NOTIFY statusChanged)
     Q_PROPERTY(int stagedCount READ stagedCount NOTIFY statusChanged)
     Q_PROPERTY(int unstagedCount READ unstagedCount NOTIFY statusChanged)
+    Q_PROPERTY(int conflictCount READ conflictCount NOTIFY statusChanged)
+    Q_PROPERTY(int changeCount READ changeCount NOTIFY statusChanged)
+    Q_PROPERTY(QVariantList firstChanges READ firstChanges NOTIFY statusChanged)
     Q_PROPERTY(QString operation READ operation NOTIFY statusChanged)
     Q_PROPERTY(QString operationText READ operationText NOTIFY statusChanged)
     Q_PROPERTY(bool canContinue READ canContinue NOTIFY statusChanged)
@@ -46,6 +58,9 @@ class GitModel : public QObject {
     Q_PROPERTY(QString selectedPath READ selectedPath NOTIFY selectionChanged)
     Q_PROPERTY(bool selectedIsStaged READ selectedIsStaged NOTIFY selectionChanged)
     Q_PROPERTY(QString selectedCommit READ selectedCommit NOTIFY selectionChanged)
+    Q_PROPERTY(QString selectedName READ selectedName NOTIFY selectionChanged)
+    Q_PROPERTY(QString selectedFolder READ selectedFolder NOTIFY selectionChanged)
+    Q_PROPERTY(QVariantMap shownCommit READ shownCommit NOTIFY selectionChanged)
     Q_PROPERTY(bool isLoadingDiff READ isLoadingDiff NOTIFY fileChanged)
     Q_PROPERTY(QString diffNote READ diffNote NOTIFY fileChanged)
     Q_PROPERTY(bool canDivide READ canDivide NOTIFY fileChanged)
@@ -57,12 +72,15 @@ class GitModel : public QObject {
     Q_PROPERTY(QVariantMap identities READ identities NOTIFY identitiesChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
     Q_PROPERTY(QString busyText READ busyText NOTIFY busyChanged)
+    Q_PROPERTY(QString busyWith READ busyWith NOTIFY busyChanged)
+    Q_PROPERTY(QString error READ error NOTIFY errorChanged)
 
 public:
     GitModel(GitOverview& overview, const Project& project, QObject* parent = nullptr);
     ~GitModel() override;
 
     std::function<PullStrategy()> pullStrategy; ///< absent: fast-forwards only
+    std::function<QString()> defaultBranch;     ///< on which a new repository begins; absent: "main"
 
     /// Reads everything again. While that goes on, this is the end of the next time.
     QFuture<void> refresh();
@@ -78,6 +96,8 @@ public:
     [[nodiscard]] RowModel<StashRow>* stashes() { return &m_stashes; }
     [[nodiscard]] RowModel<ChangeRow>* commitFiles() { return &m_commitFiles; }
     [[nodiscard]] DiffModel* diff() { return &m_diff; }
+    [[nodiscard]] GitFileList* files() { return &m_files; } ///< what is changed, and the stashes, as one list
+    [[nodiscard]] CommitForm* commitForm() const { return m_commitForm.get(); }
 
     /// The folder of the one that is shown; empty while there is none.
     [[nodiscard]] const QString& repository() const { return m_repository; }
@@ -97,6 +117,10 @@ public:
     [[nodiscard]] bool hasCommits() const { return m_status.hasCommits; }
     [[nodiscard]] int stagedCount() const { return static_cast<int>(m_stagedCount); }
     [[nodiscard]] int unstagedCount() const { return static_cast<int>(m_unstagedCount); }
+    [[nodiscard]] int conflictCount() const { return m_conflicted.rowCount(); }
+    [[nodiscard]] int changeCount() const { return m_changeCount; } ///< files, each once
+    /// The first few changed files, each once, for a card: maps of "letter", "folder", "name".
+    [[nodiscard]] QVariantList firstChanges() const;
     /// "", "merge", "rebase", "am", "cherry-pick", "revert", "bisect".
     [[nodiscard]] QString operation() const;
     [[nodiscard]] QString operationText() const; ///< "Rebasing topic, step 2 of 5: 1 file in conflict"
@@ -116,6 +140,12 @@ public:
     [[nodiscard]] const QString& selectedPath() const { return m_selectedPath; }
     [[nodiscard]] bool selectedIsStaged() const { return m_isStagedSelected; }
     [[nodiscard]] const QString& selectedCommit() const { return m_selectedCommit; }
+    [[nodiscard]] QString selectedName() const;   ///< the last part of the path, fit to be shown
+    [[nodiscard]] QString selectedFolder() const; ///< what comes before, with the slash at its end
+    /// Where a file of the repository lies.
+    [[nodiscard]] Q_INVOKABLE QString fileOf(const QString& path) const;
+    /// "subject", "author", "when", "shortID" of the commit that is selected; empty when none is.
+    [[nodiscard]] QVariantMap shownCommit() const;
     [[nodiscard]] bool isLoadingDiff() const { return m_isLoadingDiff; }
     /// What is to be said of the file beside, or instead of, its lines ("This is a binary file.").
     [[nodiscard]] const QString& diffNote() const { return m_diffNote; }
@@ -125,9 +155,20 @@ public:
     [[nodiscard]] bool hasMoreHistory() const { return m_hasMoreHistory; }
     Q_INVOKABLE void loadMoreHistory();
 
+    // By the rows of `files`
+    [[nodiscard]] int currentRow() const { return m_currentRow; } ///< of the file that is selected; -1 when none is
+    Q_INVOKABLE void selectRow(int row);
+    /// Stages or unstages the file; of one in conflict that is the word that it is resolved. The selection goes on to
+    /// the next file of the section.
+    Q_INVOKABLE void toggleRow(int row);
+
     // Actions: one at a time in a project. How one ended is told by `succeeded` or `failed`.
     [[nodiscard]] bool isBusy() const;
     [[nodiscard]] const QString& busyText() const { return m_busyText; } ///< of an action that began here
+    [[nodiscard]] const QString& busyWith() const { return m_busyWith; } ///< its name
+    /// Why the last action failed, until the next one begins or somebody has read it.
+    [[nodiscard]] const QString& error() const { return m_error; }
+    Q_INVOKABLE void clearError() { setError({}); }
     Q_INVOKABLE void cancelAction();
 
     Q_INVOKABLE void stage(const QStringList& paths);
@@ -136,6 +177,8 @@ public:
     Q_INVOKABLE void unstageAll();
     /// Back to HEAD, staged or not; an untracked file is deleted.
     Q_INVOKABLE void discard(const QStringList& paths);
+    /// Without a way back.
+    Q_INVOKABLE void discardForGood(const QStringList& paths);
     /// Parts of the file that is selected, as it is shown.
     Q_INVOKABLE void stageHunk(int hunk);
     Q_INVOKABLE void unstageHunk(int hunk);
@@ -145,6 +188,8 @@ public:
     Q_INVOKABLE void unstageLines();
     Q_INVOKABLE void discardLines();
 
+    /// Makes the project's folder a repository.
+    Q_INVOKABLE void initRepository();
     Q_INVOKABLE void commit(const QString& summary, const QString& description);
     Q_INVOKABLE void amend(const QString& summary, const QString& description);
     Q_INVOKABLE void continueOperation();
@@ -172,6 +217,10 @@ public:
     Q_INVOKABLE void setIdentity(const QString& name, const QString& email, bool everywhere);
 
 Q_SIGNALS:
+    /// What was discarded can be brought back. `text` says what that was.
+    void discarded(const QString& text, const orv::DiscardedWork& work);
+    /// Nothing was discarded, for it could not be brought back.
+    void notKept(const QString& why, const QStringList& paths);
     void repositoryChanged();
     void statusChanged();
     void selectionChanged();
@@ -180,6 +229,8 @@ Q_SIGNALS:
     void detailsChanged();
     void identitiesChanged();
     void busyChanged();
+    void currentRowChanged();
+    void errorChanged();
     /// The name of the action: "commit", "stage", ...
     void succeeded(const QString& action);
     void failed(const QString& text);
@@ -216,7 +267,14 @@ private:
     void actOnLines(Part part, const DiffSelection& selection);
     template <typename Method>
     void actOnStash(const QString& name, const QString& text, const QString& stash, Method method);
+    void run(
+        const QString& name, const QString& text, const std::function<GitOutcome<void>(const GitService&)>& work,
+        const std::function<void()>& then = {}, const std::function<bool()>& otherwise = {});
+    /// Runs `work`, which discards something of the paths, once that can be brought back; says `notKept` when it can't.
+    void actAndKeep(const QString& text, const QStringList& paths, const Work& work);
     void refuse(const QString& text);
+    void setError(const QString& text);
+    void updateCurrentRow();
 
     GitOverview& m_overview;
     const Project m_project;
@@ -229,6 +287,7 @@ private:
     RepoStatus m_status; ///< without its changes, which are in the lists
     qsizetype m_stagedCount = 0;
     qsizetype m_unstagedCount = 0;
+    int m_changeCount = 0;
     OperationState m_operation;
     Details m_details;
 
@@ -240,7 +299,9 @@ private:
     RowModel<CommitRow> m_history;
     RowModel<StashRow> m_stashes;
     RowModel<ChangeRow> m_commitFiles;
+    GitFileList m_files;
     DiffModel m_diff;
+    std::unique_ptr<CommitForm> m_commitForm;
 
     std::unique_ptr<Completion> m_loading; ///< the reading that runs
     std::unique_ptr<Completion> m_next;    ///< asked for while another one ran
@@ -255,8 +316,12 @@ private:
     QList<FileDiff> m_commitDiffs;
     DiffRequest m_shownRequest; ///< of what is in `diff`
     bool m_isLoadingDiff = false;
+    bool m_isDiffOld = false; ///< it shows what was before the last action
     QString m_diffNote;
+    int m_currentRow = -1;
     QString m_busyText;
+    QString m_busyWith;
+    QString m_error;
     QVariantMap m_identities;
 };
 

@@ -30,6 +30,8 @@ GitOverview::GitOverview(QObject* parent) : QObject(parent) {
     m_service.runner.cancellation.emplace();
     m_pool.setObjectName(u"git"_s);
     m_pool.setMaxThreadCount(mostCommands);
+    m_actionPool.setObjectName(u"git action"_s);
+    m_actionPool.setMaxThreadCount(mostCommands);
     connect(&m_watch, &RepositoryWatch::changed, this, [this](const QString& repository) {
         for (const auto& project : std::as_const(m_projects)) {
             if (project->repositories.contains(repository)) {
@@ -46,6 +48,7 @@ GitOverview::~GitOverview() {
         action.cancel();
     }
     m_pool.waitForDone();
+    m_actionPool.waitForDone();
 }
 
 std::optional<GitBadge> GitOverview::badge(const QString& projectID) const {
@@ -229,7 +232,7 @@ std::optional<QFuture<GitOverview::Outcome>> GitOverview::act(
     const auto promise = std::make_shared<QPromise<Outcome>>();
     promise->start();
     const auto run = [work = std::move(work), service = begin(projectID)] { return work(service); };
-    onFinished(runIn(m_pool, run), this, [this, projectID, promise](const Outcome& outcome) {
+    onFinished(runIn(m_actionPool, run), this, [this, projectID, promise](const Outcome& outcome) {
         end(projectID);
         refresh(projectID);
         promise->addResult(outcome);
@@ -270,7 +273,7 @@ QFuture<QuickGitReport> GitOverview::quickGit(
             }
             return QuickGit::done(action, name, repositories.size());
         };
-        onFinished(runIn(m_pool, run), this, [this, id = project.id, finish](const QuickGitReport& report) {
+        onFinished(runIn(m_actionPool, run), this, [this, id = project.id, finish](const QuickGitReport& report) {
             refresh(id);
             finish(report);
         });

@@ -97,6 +97,7 @@ private:
     // Last, so that what runs in them ends before what it uses goes.
     GitBadges m_reader;
     QThreadPool m_pool;
+    QThreadPool m_actionPool; ///< so that nobody who looks waits for a server
 };
 
 } // namespace orv

@@ -1,5 +1,7 @@
 #include "OrvUI/GitRows.h"
 
+#include "OrvUI/RelativeDate.h"
+
 #include <algorithm>
 #include <array>
 
@@ -7,11 +9,6 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
-
-template <auto member, typename Row>
-constexpr RowRole<Row> role(const char* name) {
-    return {name, [](const Row& row) { return QVariant::fromValue(row.*member); }};
-}
 
 struct Letter {
     char letter;
@@ -109,7 +106,7 @@ QList<BranchRow> branchRows(const QList<BranchInfo>& branches) {
     return rows;
 }
 
-QList<CommitRow> commitRows(const QList<HistoryEntry>& history) {
+QList<CommitRow> commitRows(const QList<HistoryEntry>& history, const QDateTime& now) {
     constexpr qsizetype shortLength = 7;
     QList<CommitRow> rows;
     for (const HistoryEntry& entry : history) {
@@ -127,6 +124,7 @@ QList<CommitRow> commitRows(const QList<HistoryEntry>& history) {
             .author = entry.commit.author,
             .email = entry.email,
             .date = entry.commit.date,
+            .when = RelativeDate::moment(entry.commit.date, now),
             .refs = refs,
             .isMerge = entry.parents.size() > 1,
         });
@@ -144,55 +142,65 @@ QList<StashRow> stashRows(const QList<StashEntry>& stashes) {
 
 const std::vector<RowRole<RepositoryRow>>& RepositoryRow::roles() {
     static const std::vector<RowRole<RepositoryRow>> table{
-        role<&RepositoryRow::key, RepositoryRow>("path"),
-        role<&RepositoryRow::name, RepositoryRow>("name"),
-        role<&RepositoryRow::branch, RepositoryRow>("branch"),
-        role<&RepositoryRow::changes, RepositoryRow>("changes"),
-        role<&RepositoryRow::ahead, RepositoryRow>("ahead"),
-        role<&RepositoryRow::behind, RepositoryRow>("behind"),
-        role<&RepositoryRow::isCurrent, RepositoryRow>("current"),
+        memberRole<&RepositoryRow::key, RepositoryRow>("path"),
+        memberRole<&RepositoryRow::name, RepositoryRow>("name"),
+        memberRole<&RepositoryRow::label, RepositoryRow>("label"),
+        memberRole<&RepositoryRow::branch, RepositoryRow>("branch"),
+        memberRole<&RepositoryRow::changes, RepositoryRow>("changes"),
+        memberRole<&RepositoryRow::ahead, RepositoryRow>("ahead"),
+        memberRole<&RepositoryRow::behind, RepositoryRow>("behind"),
+        memberRole<&RepositoryRow::isCurrent, RepositoryRow>("current"),
     };
     return table;
 }
 
 const std::vector<RowRole<ChangeRow>>& ChangeRow::roles() {
     static const std::vector<RowRole<ChangeRow>> table{
-        role<&ChangeRow::key, ChangeRow>("path"),          role<&ChangeRow::name, ChangeRow>("name"),
-        role<&ChangeRow::folder, ChangeRow>("folder"),     role<&ChangeRow::originalName, ChangeRow>("originalName"),
-        role<&ChangeRow::letter, ChangeRow>("letter"),     role<&ChangeRow::word, ChangeRow>("word"),
-        role<&ChangeRow::isFolder, ChangeRow>("isFolder"),
+        memberRole<&ChangeRow::key, ChangeRow>("path"),
+        memberRole<&ChangeRow::name, ChangeRow>("name"),
+        memberRole<&ChangeRow::folder, ChangeRow>("folder"),
+        memberRole<&ChangeRow::originalName, ChangeRow>("originalName"),
+        memberRole<&ChangeRow::letter, ChangeRow>("letter"),
+        memberRole<&ChangeRow::word, ChangeRow>("word"),
+        memberRole<&ChangeRow::isFolder, ChangeRow>("isFolder"),
     };
     return table;
 }
 
 const std::vector<RowRole<BranchRow>>& BranchRow::roles() {
     static const std::vector<RowRole<BranchRow>> table{
-        role<&BranchRow::key, BranchRow>("ref"),           role<&BranchRow::name, BranchRow>("name"),
-        role<&BranchRow::upstream, BranchRow>("upstream"), role<&BranchRow::subject, BranchRow>("subject"),
-        role<&BranchRow::date, BranchRow>("date"),         role<&BranchRow::ahead, BranchRow>("ahead"),
-        role<&BranchRow::behind, BranchRow>("behind"),     role<&BranchRow::isUpstreamGone, BranchRow>("upstreamGone"),
-        role<&BranchRow::isRemote, BranchRow>("remote"),   role<&BranchRow::isCurrent, BranchRow>("current"),
-        role<&BranchRow::worktree, BranchRow>("worktree"),
+        memberRole<&BranchRow::key, BranchRow>("ref"),
+        memberRole<&BranchRow::name, BranchRow>("name"),
+        memberRole<&BranchRow::upstream, BranchRow>("upstream"),
+        memberRole<&BranchRow::subject, BranchRow>("subject"),
+        memberRole<&BranchRow::date, BranchRow>("date"),
+        memberRole<&BranchRow::ahead, BranchRow>("ahead"),
+        memberRole<&BranchRow::behind, BranchRow>("behind"),
+        memberRole<&BranchRow::isUpstreamGone, BranchRow>("upstreamGone"),
+        memberRole<&BranchRow::isRemote, BranchRow>("remote"),
+        memberRole<&BranchRow::isCurrent, BranchRow>("current"),
+        memberRole<&BranchRow::worktree, BranchRow>("worktree"),
     };
     return table;
 }
 
 const std::vector<RowRole<CommitRow>>& CommitRow::roles() {
     static const std::vector<RowRole<CommitRow>> table{
-        role<&CommitRow::key, CommitRow>("commit"),      role<&CommitRow::shortID, CommitRow>("shortID"),
-        role<&CommitRow::subject, CommitRow>("subject"), role<&CommitRow::author, CommitRow>("author"),
-        role<&CommitRow::email, CommitRow>("email"),     role<&CommitRow::date, CommitRow>("date"),
-        role<&CommitRow::refs, CommitRow>("refs"),       role<&CommitRow::isMerge, CommitRow>("merge"),
+        memberRole<&CommitRow::key, CommitRow>("commit"),      memberRole<&CommitRow::shortID, CommitRow>("shortID"),
+        memberRole<&CommitRow::subject, CommitRow>("subject"), memberRole<&CommitRow::author, CommitRow>("author"),
+        memberRole<&CommitRow::email, CommitRow>("email"),     memberRole<&CommitRow::when, CommitRow>("when"),
+        memberRole<&CommitRow::date, CommitRow>("date"),       memberRole<&CommitRow::refs, CommitRow>("refs"),
+        memberRole<&CommitRow::isMerge, CommitRow>("merge"),
     };
     return table;
 }
 
 const std::vector<RowRole<StashRow>>& StashRow::roles() {
     static const std::vector<RowRole<StashRow>> table{
-        role<&StashRow::key, StashRow>("stash"),
-        role<&StashRow::message, StashRow>("message"),
-        role<&StashRow::date, StashRow>("date"),
-        role<&StashRow::index, StashRow>("stashIndex"),
+        memberRole<&StashRow::key, StashRow>("stash"),
+        memberRole<&StashRow::message, StashRow>("message"),
+        memberRole<&StashRow::date, StashRow>("date"),
+        memberRole<&StashRow::index, StashRow>("stashIndex"),
     };
     return table;
 }

@@ -8,8 +8,9 @@ namespace orv {
 // What one row of each list on the git page shows. The names of the roles stand in GitRows.cpp.
 
 struct RepositoryRow {
-    QString key;  ///< its folder
-    QString name; ///< as it lies in the project; the project's name for the project itself
+    QString key;   ///< its folder
+    QString name;  ///< as it lies in the project; the project's name for the project itself
+    QString label; ///< the name, with what it is when it hangs on another one
     QString branch;
     int changes = 0;
     int ahead = 0;
@@ -59,6 +60,7 @@ struct CommitRow {
     QString author;
     QString email;
     QDateTime date;
+    QString when;     ///< "2 hours ago", as of the reading
     QStringList refs; ///< short, the checked-out branch first
     bool isMerge = false;
 
@@ -93,7 +95,7 @@ struct ChangeLists {
 };
 
 [[nodiscard]] QList<BranchRow> branchRows(const QList<BranchInfo>& branches);
-[[nodiscard]] QList<CommitRow> commitRows(const QList<HistoryEntry>& history);
+[[nodiscard]] QList<CommitRow> commitRows(const QList<HistoryEntry>& history, const QDateTime& now);
 [[nodiscard]] QList<StashRow> stashRows(const QList<StashEntry>& stashes);
 
 } // namespace orv

@@ -1,6 +1,8 @@
 #include "OrvUI/HomeModels.h"
 
 #include "OrvUI/AppModel.h"
+#include "OrvUI/ServicePhase.h"
+#include "OrvUI/ServiceTitle.h"
 #include "OrvUI/Tile.h"
 
 #include <algorithm>
@@ -44,7 +46,7 @@ void HomeModels::updateSoon() {
 
 void HomeModels::update() {
     m_isUpdateDue = false;
-    const qsizetype shownBefore = cards.rowCount();
+    const int shownBefore = m_shownCount;
     m_startedProjects.clear();
     const auto& states = m_model.processes().states();
     for (auto entry = states.begin(); entry != states.end(); ++entry) {
@@ -56,13 +58,19 @@ void HomeModels::update() {
         cardRows.append(card(project));
     }
     cards.setRows(cardRows);
-    QHash<QString, CardRow> shown;
+    Shown shown;
     for (const CardRow& row : std::as_const(cardRows)) {
         shown.insert(row.key, row);
     }
     QList<CardRow> homeRows;
     addHomeCards(m_model.tree(), shown, homeRows);
     homeCards.setRows(homeRows);
+    QList<CardRow> treeRows;
+    if (m_model.settings().settings().viewMode == ViewMode::folders) {
+        addFolderRows(m_model.tree(), 0, shown, treeRows);
+    }
+    folderRows.setRows(treeRows);
+    m_shownCount = countShown(shown);
 
     QList<PinnedRow> pinnedRows;
     for (const Project& project : m_model.pinnedProjects()) {
@@ -111,13 +119,13 @@ void HomeModels::updateRunning() {
     for (const ServiceID& id : std::as_const(ids)) {
         const QString name = m_model.projectName(id);
         rows.append(
-            {key(id), id.projectID, name, title(id.kind), address(id), m_model.isAddressListening(id),
-             Tile::index(name), Tile::letter(name)});
+            {key(id), id.projectID, name, serviceTitle(id, m_model.project(id.projectID)), address(id),
+             m_model.isAddressListening(id), Tile::index(name), Tile::letter(name)});
     }
     running.setRows(rows);
 }
 
-void HomeModels::updateSummary(qsizetype shownBefore) {
+void HomeModels::updateSummary(int shownBefore) {
     QStringList parts;
     if (!m_model.hasScanned()) {
         parts.append(u"Looking for projects…"_s);
@@ -140,7 +148,7 @@ void HomeModels::updateSummary(qsizetype shownBefore) {
         }
     }
     const QString before = std::exchange(m_summaryLine, parts.join(u" · "_s));
-    if (before != m_summaryLine || shownBefore != cards.rowCount()) {
+    if (before != m_summaryLine || shownBefore != m_shownCount) {
         Q_EMIT summaryChanged();
     }
 }
@@ -152,9 +160,7 @@ CardRow HomeModels::card(const Project& project) const {
     for (const RunAction action : offered) {
         actions.append(rawValue(action));
     }
-    const std::optional<RunAction> primary = m_model.primaryAction(project);
-    const std::optional<RunAction> preferred =
-        offered.isEmpty() || (primary && offered.contains(*primary)) ? primary : AppModel::preferred(offered);
+    const std::optional<RunAction> preferred = m_model.offeredAction(project);
     const GitBadge badge = m_model.gitBadge(project).value_or(GitBadge());
     return {
         .key = project.id,
@@ -181,11 +187,23 @@ CardRow HomeModels::card(const Project& project) const {
 }
 
 /// A search, or anything else that narrows the projects, shows its result alone, not within their collections.
-void HomeModels::addHomeCards(
-    const QList<ProjectNode>& nodes, const QHash<QString, CardRow>& shown, QList<CardRow>& rows) const {
+bool HomeModels::isNarrowed() const {
+    return !m_model.searchText().isEmpty() || m_model.filter() != ProjectFilter::all ||
+           m_model.filters().narrowsProjects() || m_model.showOnlyUncommitted();
+}
+
+int HomeModels::countShown(const Shown& shown) const {
     const CollectionMode mode = m_model.filters().collections;
-    const bool isNarrowed = !m_model.searchText().isEmpty() || m_model.filter() != ProjectFilter::all ||
-                            m_model.filters().narrowsProjects() || m_model.showOnlyUncommitted();
+    if (mode == CollectionMode::show || mode == CollectionMode::expand) {
+        return static_cast<int>(shown.size());
+    }
+    const QSet<QString> inside = m_model.appsInCollections();
+    return static_cast<int>(std::ranges::count_if(
+        shown.keys(), [&](const QString& id) { return inside.contains(id) == (mode == CollectionMode::only); }));
+}
+
+void HomeModels::addHomeCards(const QList<ProjectNode>& nodes, const Shown& shown, QList<CardRow>& rows) const {
+    const CollectionMode mode = m_model.filters().collections;
     for (const ProjectNode& node : nodes) {
         if (node.project) {
             if (mode != CollectionMode::only && shown.contains(node.project->id)) {
@@ -197,7 +215,7 @@ void HomeModels::addHomeCards(
         const QList<Project> apps = node.apps();
         const bool holdsShown =
             std::ranges::any_of(apps, [&shown](const Project& app) { return shown.contains(app.id); });
-        if (holdsShown && (mode == CollectionMode::only || (mode == CollectionMode::show && !isNarrowed))) {
+        if (holdsShown && (mode == CollectionMode::only || (mode == CollectionMode::show && !isNarrowed()))) {
             rows.append(collection(node));
         } else if (mode == CollectionMode::show || mode == CollectionMode::expand) {
             for (const Project& app : apps) {
@@ -209,9 +227,44 @@ void HomeModels::addHomeCards(
     }
 }
 
+void HomeModels::addFolderRows(
+    const QList<ProjectNode>& nodes, int depth, const Shown& shown, QList<CardRow>& rows) const {
+    const CollectionMode mode = m_model.filters().collections;
+    const auto holdsShown = [&shown](const ProjectNode& node) {
+        return std::ranges::any_of(node.apps(), [&shown](const Project& app) { return shown.contains(app.id); });
+    };
+    for (const ProjectNode* node : OutlineModel::foldersFirst(nodes)) {
+        const bool isLeftOut =
+            node->project ? depth == 0 && mode == CollectionMode::only : mode == CollectionMode::hide;
+        if (isLeftOut || !holdsShown(*node)) {
+            continue;
+        }
+        // A project around one that is shown is there for its sake.
+        CardRow row = !node->project                      ? collection(*node)
+                      : shown.contains(node->project->id) ? shown[node->project->id]
+                                                          : card(*node->project);
+        const bool opensByItself = isNarrowed() || mode == CollectionMode::expand;
+        row.depth = depth;
+        row.hasChildren = std::ranges::any_of(node->children, holdsShown);
+        row.isExpanded = row.hasChildren && m_openFolders.value(node->path, opensByItself);
+        rows.append(row);
+        if (row.isExpanded) {
+            addFolderRows(node->children, depth + 1, shown, rows);
+        }
+    }
+}
+
+void HomeModels::setFolderOpen(const QString& path, bool isOpen) {
+    if (m_openFolders.value(path, !isOpen) != isOpen) {
+        m_openFolders.insert(path, isOpen);
+        update();
+    }
+}
+
 CardRow HomeModels::collection(const ProjectNode& node) const {
     CardRow row;
-    row.key = row.path = node.path;
+    row.key = node.path + u'/';
+    row.path = node.path;
     row.name = node.name;
     row.isCollection = true;
     row.cardState = u"idle"_s;
@@ -264,11 +317,10 @@ HomeModels::Activity HomeModels::activity(const Project& project) const {
 }
 
 QVariantMap HomeModels::shown(const ServiceID& id) const {
-    const bool isRunning = m_model.processes().state(id).isRunning();
     return {
         {u"kind"_s, rawValue(id.kind)},
-        {u"label"_s, title(id.kind)},
-        {u"phase"_s, isRunning ? u"running"_s : u"starting"_s},
+        {u"label"_s, serviceTitle(id, m_model.project(id.projectID))},
+        {u"phase"_s, rawValue(m_model.processes().state(id).phase)},
         {u"port"_s, m_model.addressPort(id).value_or(0)},
         {u"address"_s, address(id)},
         {u"portListening"_s, m_model.isAddressListening(id)},
@@ -276,11 +328,14 @@ QVariantMap HomeModels::shown(const ServiceID& id) const {
     };
 }
 
-QVariantMap HomeModels::failed(const ServiceID& id, const QString& message) {
+QVariantMap HomeModels::failed(const ServiceID& id, const QString& message) const {
     const std::optional<RunAction> action = runActionFrom({id.kind});
     return {
-        {u"kind"_s, rawValue(id.kind)},   {u"label"_s, title(id.kind)}, {u"message"_s, message},
-        {u"action"_s, rawValue(*action)}, {u"key"_s, key(id)},
+        {u"kind"_s, rawValue(id.kind)},
+        {u"label"_s, serviceTitle(id, m_model.project(id.projectID))},
+        {u"message"_s, message},
+        {u"action"_s, rawValue(*action)},
+        {u"key"_s, key(id)},
     };
 }
 

@@ -22,6 +22,8 @@ public:
 
     RowModel<CardRow> cards;     ///< every project that passes the filters
     RowModel<CardRow> homeCards; ///< the same with collections among them, as the filters want them
+    /// The same projects in the folders in which they lie; empty while the home page shows cards.
+    RowModel<CardRow> folderRows;
     RowModel<RunningRow> running;
     RowModel<PinnedRow> pinned;
     RowModel<FilterRow> sidebarFilters;
@@ -30,6 +32,12 @@ public:
 
     /// A project as its card shows it.
     [[nodiscard]] CardRow card(const Project& project) const;
+    /// A folder of projects as its card shows it.
+    [[nodiscard]] CardRow collection(const ProjectNode& node) const;
+    /// How many projects the home page shows, in collections and closed folders too.
+    [[nodiscard]] int shownCount() const { return m_shownCount; }
+    /// Of a folder in `folderRows`, by its path.
+    void setFolderOpen(const QString& path, bool isOpen);
     /// "3 services running · 5 open tasks"
     [[nodiscard]] const QString& summaryLine() const { return m_summaryLine; }
     /// A service in a word that QML can hand back; empty keys stand for none.
@@ -47,18 +55,22 @@ private:
     void updateSoon();
     void update();
     void updateRunning();
-    void updateSummary(qsizetype shownBefore);
-    [[nodiscard]] CardRow collection(const ProjectNode& node) const;
-    void addHomeCards(
-        const QList<ProjectNode>& nodes, const QHash<QString, CardRow>& shown, QList<CardRow>& rows) const;
+    void updateSummary(int shownBefore);
+    using Shown = QHash<QString, CardRow>; ///< by the project's id
+    [[nodiscard]] bool isNarrowed() const;
+    [[nodiscard]] int countShown(const Shown& shown) const;
+    void addHomeCards(const QList<ProjectNode>& nodes, const Shown& shown, QList<CardRow>& rows) const;
+    void addFolderRows(const QList<ProjectNode>& nodes, int depth, const Shown& shown, QList<CardRow>& rows) const;
     [[nodiscard]] Activity activity(const Project& project) const;
     [[nodiscard]] QVariantMap shown(const ServiceID& id) const;
-    [[nodiscard]] static QVariantMap failed(const ServiceID& id, const QString& message);
+    [[nodiscard]] QVariantMap failed(const ServiceID& id, const QString& message) const;
     [[nodiscard]] QString address(const ServiceID& id) const;
 
     AppModel& m_model;
     QSet<QString> m_startedProjects; ///< that have a service which was started at least once
     QString m_summaryLine;
+    QHash<QString, bool> m_openFolders; ///< those that were opened or closed, by their paths
+    int m_shownCount = 0;
     bool m_isUpdateDue = false;
 };
 

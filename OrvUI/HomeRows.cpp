@@ -27,6 +27,9 @@ const std::vector<RowRole<CardRow>>& CardRow::roles() {
         memberRole<&CardRow::isCollection, CardRow>("isCollection"),
         memberRole<&CardRow::members, CardRow>("members"),
         memberRole<&CardRow::runningMembers, CardRow>("runningMembers"),
+        memberRole<&CardRow::depth, CardRow>("depth"),
+        memberRole<&CardRow::isExpanded, CardRow>("expanded"),
+        memberRole<&CardRow::hasChildren, CardRow>("hasChildren"),
     };
     return table;
 }

@@ -10,7 +10,7 @@ namespace orv {
 // What one row of each list on the home page shows. The names of the roles stand in HomeRows.cpp.
 
 struct CardRow {
-    QString key; ///< the project's id, a collection's path
+    QString key; ///< the project's id; of a collection its path with a slash at the end
     QString name;
     QString path;
     QString stackLine;
@@ -33,6 +33,10 @@ struct CardRow {
     bool isCollection = false; ///< a folder of projects
     QVariantList members{};    ///< its projects, of maps: projectID, name, tileIndex, tileLetter
     int runningMembers = 0;
+    // In the tree of folders
+    int depth = 0;
+    bool isExpanded = false;
+    bool hasChildren = false;
 
     bool operator==(const CardRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<CardRow>>& roles();

@@ -2,7 +2,9 @@
 
 #include "OrvCore/Async.h"
 
+#include <QDateTime>
 #include <QRegularExpression>
+#include <QSaveFile>
 
 #include <algorithm>
 #include <limits>
@@ -32,7 +34,7 @@ QString name(ErrorLines::Place place) {
 LogModel::LogModel(QObject* parent) : QAbstractListModel(parent) {}
 
 QHash<int, QByteArray> LogModel::roleNames() const {
-    return {{NumberRole, "number"}, {TextRole, "text"}, {RunsRole, "runs"},
+    return {{NumberRole, "number"}, {TimeRole, "time"}, {TextRole, "text"},  {RunsRole, "runs"},
             {LinksRole, "links"},   {HitsRole, "hits"}, {ErrorRole, "error"}};
 }
 
@@ -54,6 +56,8 @@ QVariant LogModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
     case TextRole:
         return StyledText::plain(raw(serial));
+    case TimeRole:
+        return time(serial);
     case RunsRole:
         return runs(serial);
     case LinksRole:
@@ -71,6 +75,12 @@ const QString& LogModel::raw(Serial serial) const {
     static const QString none;
     const Serial place = serial - m_logFirst;
     return m_log != nullptr && place >= 0 && place < m_log->size() ? m_log->at(place) : none;
+}
+
+QString LogModel::time(Serial serial) const {
+    const Serial place = serial - m_logFirst;
+    const bool isKnown = m_log != nullptr && place >= 0 && place < m_log->size() && m_log->timeAt(place) > 0;
+    return isKnown ? QDateTime::fromMSecsSinceEpoch(m_log->timeAt(place)).toString(u"HH:mm:ss.zzz"_s) : QString();
 }
 
 LogModel::Serial LogModel::serialOf(int row) const {
@@ -365,6 +375,19 @@ QString LogModel::allText() const {
         text += StyledText::plain(raw(serialOf(row))) + u'\n';
     }
     return text;
+}
+
+QString LogModel::save(const QString& path) const {
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return file.errorString();
+    }
+    for (int row = 0; row < rowCount(); ++row) {
+        const Serial serial = serialOf(row);
+        const QString at = time(serial);
+        file.write((at.isEmpty() ? QString() : at + u' ').toUtf8() + StyledText::plain(raw(serial)).toUtf8() + '\n');
+    }
+    return file.commit() ? QString() : file.errorString();
 }
 
 QList<int> LogModel::errorRows() const {

@@ -28,6 +28,7 @@ class LogModel : public QAbstractListModel {
 public:
     enum Role {
         NumberRole = Qt::UserRole, ///< of the line since the service's start, from 1
+        TimeRole,                  ///< when it came, "14:03:27.512"; empty: nobody knows
         TextRole,                  ///< without controls
         RunsRole,  ///< list of maps: start, length, foreground, background (as TextPen has them), attributes
         LinksRole, ///< list of maps: start, length, url
@@ -73,6 +74,8 @@ public:
     Q_INVOKABLE void clear();
     /// Every shown row, a line each.
     [[nodiscard]] Q_INVOKABLE QString allText() const;
+    /// Writes the same into a file, each line behind its time where that is known; why not, or nothing.
+    [[nodiscard]] QString save(const QString& path) const;
     /// The rows at which reports of errors begin, for marks beside the scroll bar; the newest ones of many.
     [[nodiscard]] Q_INVOKABLE QList<int> errorRows() const;
 
@@ -100,6 +103,7 @@ private:
         return serial < m_first ? Line() : m_lines[static_cast<size_t>(serial - m_first)];
     }
     [[nodiscard]] const QString& raw(Serial serial) const;
+    [[nodiscard]] QString time(Serial serial) const;
     [[nodiscard]] Serial serialOf(int row) const;
     [[nodiscard]] int rowOf(Serial serial) const; ///< -1 where it is not shown
     [[nodiscard]] bool passes(Serial serial) const;

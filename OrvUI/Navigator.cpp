@@ -2,7 +2,11 @@
 
 #include "OrvUI/AppModel.h"
 
+#include <QFileInfo>
+#include <QSysInfo>
+
 #include <algorithm>
+#include <array>
 
 namespace orv {
 
@@ -44,21 +48,14 @@ AppPage pageOf(const ProjectNode& node) {
 
 } // namespace
 
-AppModel* Navigator::model() const {
-    return m_model;
-}
-
-void Navigator::setModel(AppModel* model) {
-    if (model == m_model) {
-        return;
-    }
-    m_model = model;
-    connect(model, &AppModel::pageChanged, this, &Navigator::follow);
-    connect(model, &AppModel::detailTabChanged, this, &Navigator::tabChanged);
-    connect(model, &AppModel::sheetChanged, this, &Navigator::sheetChanged);
-    connect(model, &AppModel::treeChanged, this, &Navigator::leaveWhatIsGone);
-    m_current = model->page();
-    Q_EMIT modelChanged();
+void Navigator::takeModel() {
+    connect(m_model, &AppModel::pageChanged, this, &Navigator::follow);
+    connect(m_model, &AppModel::detailTabChanged, this, &Navigator::tabChanged);
+    connect(m_model, &AppModel::sheetChanged, this, &Navigator::sheetChanged);
+    connect(m_model, &AppModel::aiPanelProjectIDChanged, this, &Navigator::agentPanelChanged);
+    connect(this, &Navigator::moved, this, &Navigator::agentPanelChanged);
+    connect(m_model, &AppModel::treeChanged, this, &Navigator::leaveWhatIsGone);
+    m_current = m_model->page();
     Q_EMIT moved();
     Q_EMIT crumbsChanged();
 }
@@ -71,6 +68,17 @@ void Navigator::setTab(int tab) {
     if (tab >= 0 && tab <= static_cast<int>(DetailTab::files)) {
         m_model->setDetailTab(static_cast<DetailTab>(tab));
     }
+}
+
+bool Navigator::agentPanel() const {
+    return m_model && m_current.kind == AppPage::Kind::project && m_model->aiPanelProjectID() == m_current.id;
+}
+
+void Navigator::setAgentPanel(bool isOpen) {
+    if (isOpen == agentPanel() || m_current.kind != AppPage::Kind::project) {
+        return;
+    }
+    m_model->setAiPanelProjectID(isOpen ? std::optional(m_current.id) : std::nullopt);
 }
 
 QVariantList Navigator::crumbs() const {
@@ -139,6 +147,13 @@ void Navigator::collection(const QString& path) {
     }
 }
 
+void Navigator::folder(const QString& path) {
+    const AppPage wanted = at(AppPage::Kind::folder, path);
+    if (exists(wanted)) {
+        m_model->setPage(wanted);
+    }
+}
+
 void Navigator::openCrumb(int index) {
     const QList<Crumb> list = trail();
     if (index >= 0 && index < list.size()) {
@@ -200,11 +215,56 @@ void Navigator::follow() {
         m_ahead.clear();
     }
     m_current = page;
+    m_wish.clear();
     if (page.kind == AppPage::Kind::settings) {
         m_lastSection = page.section;
     }
     Q_EMIT moved();
     Q_EMIT crumbsChanged();
+}
+
+void Navigator::wishFor(const QString& projectID, int tab, const QString& wish) {
+    project(projectID, tab);
+    if (m_current.kind == AppPage::Kind::project && m_current.id == projectID) {
+        setWish(wish);
+    }
+}
+
+void Navigator::followLink(const QUrl& link) {
+    constexpr std::array known{"http"_L1, "https"_L1, "mailto"_L1, "ftp"_L1, "ftps"_L1, "sftp"_L1, "ssh"_L1};
+    const QString host = link.host();
+    const bool isHere =
+        host.isEmpty() || host == u"localhost" || host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0;
+    if (link.scheme() == u"file" && isHere) {
+        const QString path = link.path(QUrl::FullyDecoded);
+        if (QFileInfo(path).isDir()) {
+            m_model->openLink(QUrl::fromLocalFile(path));
+        } else {
+            m_model->openFile(path);
+        }
+    } else if (std::ranges::find(known, link.scheme()) != known.end()) {
+        m_model->openLink(link);
+    } else {
+        m_model->showStatus(tr("%1 is not opened from a terminal.").arg(link.toDisplayString()), true);
+    }
+}
+
+void Navigator::newTask() {
+    tasks();
+    setWish(u"newTask"_s);
+}
+
+void Navigator::setWish(const QString& wish) {
+    m_wish = wish;
+    Q_EMIT wishChanged();
+}
+
+bool Navigator::take(const QString& wish) {
+    const bool isWished = !wish.isEmpty() && m_wish == wish;
+    if (isWished) {
+        m_wish.clear();
+    }
+    return isWished;
 }
 
 void Navigator::leaveWhatIsGone() {

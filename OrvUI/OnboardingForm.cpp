@@ -1,5 +1,6 @@
 #include "OrvUI/OnboardingForm.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 namespace orv {
@@ -20,7 +21,7 @@ OnboardingForm OnboardingForm::from(const AppSettings& settings) {
 }
 
 bool OnboardingForm::folderExists() const {
-    return !folder.isEmpty() && QFileInfo(folder).isDir();
+    return QDir::isAbsolutePath(folder) && QFileInfo(folder).isDir();
 }
 
 bool OnboardingForm::canAdvance() const {

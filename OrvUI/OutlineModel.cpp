@@ -37,13 +37,17 @@ void OutlineModel::rebuild() {
     setRows(rows);
 }
 
-void OutlineModel::appendRows(const QList<ProjectNode>& nodes, int depth, QList<OutlineRow>& rows) const {
+QList<const ProjectNode*> OutlineModel::foldersFirst(const QList<ProjectNode>& nodes) {
     QList<const ProjectNode*> ordered;
     for (const ProjectNode& node : nodes) {
         ordered.append(&node);
     }
     std::ranges::stable_partition(ordered, [](const ProjectNode* node) { return !node->project; });
-    for (const ProjectNode* node : std::as_const(ordered)) {
+    return ordered;
+}
+
+void OutlineModel::appendRows(const QList<ProjectNode>& nodes, int depth, QList<OutlineRow>& rows) const {
+    for (const ProjectNode* node : foldersFirst(nodes)) {
         const bool isExpanded = m_expanded.contains(node->path);
         const Activity now = node->project ? m_activityOf(*node->project) : Activity();
         rows.append({

@@ -22,6 +22,8 @@ public:
 
     void setTree(const QList<ProjectNode>& tree, ActivityOf activityOf);
 
+    [[nodiscard]] static QList<const ProjectNode*> foldersFirst(const QList<ProjectNode>& nodes);
+
     Q_INVOKABLE void toggleExpanded(int row);
     Q_INVOKABLE void setExpanded(int row, bool isExpanded);
 

@@ -2,8 +2,12 @@
 
 #include "OrvCore/CommandBuilder.h"
 #include "OrvCore/Paths.h"
+#include "OrvUI/AgentRuns.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/ProjectFiles.h"
+#include "OrvUI/ServicePhase.h"
+#include "OrvUI/ServiceTitle.h"
 #include "OrvUI/Tile.h"
 
 #include <QDir>
@@ -53,42 +57,40 @@ QString together(const QStringList& states) {
 
 const std::vector<RowRole<DetailServiceRow>>& DetailServiceRow::roles() {
     static const std::vector<RowRole<DetailServiceRow>> table{
-        {"key", [](const DetailServiceRow& row) { return QVariant(row.key); }},
-        {"icon", [](const DetailServiceRow& row) { return QVariant(row.icon); }},
-        {"label", [](const DetailServiceRow& row) { return QVariant(row.label); }},
-        {"framework", [](const DetailServiceRow& row) { return QVariant(row.framework); }},
-        {"folder", [](const DetailServiceRow& row) { return QVariant(row.folder); }},
-        {"command", [](const DetailServiceRow& row) { return QVariant(row.command); }},
-        {"serviceState", [](const DetailServiceRow& row) { return QVariant(row.state); }},
-        {"message", [](const DetailServiceRow& row) { return QVariant(row.message); }},
-        {"address", [](const DetailServiceRow& row) { return QVariant(row.address); }},
-        {"portListening", [](const DetailServiceRow& row) { return QVariant(row.isPortListening); }},
+        memberRole<&DetailServiceRow::key, DetailServiceRow>("key"),
+        memberRole<&DetailServiceRow::icon, DetailServiceRow>("icon"),
+        memberRole<&DetailServiceRow::label, DetailServiceRow>("label"),
+        memberRole<&DetailServiceRow::framework, DetailServiceRow>("framework"),
+        memberRole<&DetailServiceRow::folder, DetailServiceRow>("folder"),
+        memberRole<&DetailServiceRow::command, DetailServiceRow>("command"),
+        memberRole<&DetailServiceRow::state, DetailServiceRow>("serviceState"),
+        memberRole<&DetailServiceRow::message, DetailServiceRow>("message"),
+        memberRole<&DetailServiceRow::address, DetailServiceRow>("address"),
+        memberRole<&DetailServiceRow::isPortListening, DetailServiceRow>("portListening"),
     };
     return table;
 }
 
-AppModel* ProjectDetail::model() const {
-    return m_model;
-}
+ProjectDetail::ProjectDetail(QObject* parent) : ModelPart(parent), m_files(std::make_unique<ProjectFiles>()) {}
 
-void ProjectDetail::setModel(AppModel* model) {
-    if (model == m_model) {
-        return;
-    }
-    m_model = model;
+ProjectDetail::~ProjectDetail() = default;
+
+void ProjectDetail::takeModel() {
     for (const auto signal :
          {&AppModel::projectsChanged, &AppModel::pinsChanged, &AppModel::servicesChanged, &AppModel::setupChanged,
-          &AppModel::tasksChanged}) {
-        connect(model, signal, this, &ProjectDetail::updateSoon);
+          &AppModel::tasksChanged, &AppModel::gitBadgesChanged}) {
+        connect(m_model, signal, this, &ProjectDetail::updateSoon);
     }
-    connect(model, &AppModel::addressChanged, this, &ProjectDetail::updateSoon);
-    Q_EMIT modelChanged();
+    connect(m_model, &AppModel::addressChanged, this, &ProjectDetail::updateSoon);
+    connect(&m_model->agentRunner(), &AgentRuns::runsChanged, this, &ProjectDetail::updateSoon);
+    connect(&m_model->agentRunner(), &AgentRuns::runChanged, this, &ProjectDetail::updateSoon);
     update();
 }
 
 void ProjectDetail::setProjectID(const QString& id) {
     if (id != m_id) {
         m_id = id;
+        m_files->setRoot(id);
         update();
     }
 }
@@ -121,17 +123,7 @@ QString ProjectDetail::state(const ServiceID& id) const {
     if (state.isActive() && processes.isStopping(id)) {
         return u"stopping"_s;
     }
-    switch (state.phase) {
-    case ServiceState::Phase::running:
-        return u"running"_s;
-    case ServiceState::Phase::failed:
-        return u"failed"_s;
-    case ServiceState::Phase::starting:
-        return u"starting"_s;
-    case ServiceState::Phase::stopped:
-        break;
-    }
-    return u"idle"_s;
+    return state.phase == ServiceState::Phase::stopped ? u"idle"_s : rawValue(state.phase);
 }
 
 DetailServiceRow ProjectDetail::row(const ServiceTarget& target, const ServiceID& id) const {
@@ -141,7 +133,7 @@ DetailServiceRow ProjectDetail::row(const ServiceTarget& target, const ServiceID
     return {
         .key = HomeModels::key(id),
         .icon = iconOf(target.kind),
-        .label = title(target.kind),
+        .label = serviceTitle(id, m_model->project(m_id)),
         .framework = target.framework.value_or(QString()),
         .folder = folder.isEmpty() ? u"."_s : folder,
         .command = bodyOf(target),
@@ -158,14 +150,18 @@ void ProjectDetail::update() {
     m_found = project != nullptr;
     if (!m_found) {
         m_services.setRows({});
+        m_latestRuns.setRows({});
         Q_EMIT changed();
         return;
     }
     m_name = project->name;
     m_pinned = m_model->isPinned(*project);
+    m_isFlutter = m_model->keeps(ProjectFilter::flutter, *project);
     const QList<ProjectTask> tasks = m_model->tasks(*project);
     m_openTaskCount =
         static_cast<int>(std::ranges::count_if(tasks, [](const ProjectTask& task) { return !task.isDone(); }));
+
+    m_gitChanges = m_model->gitBadge(*project).value_or(GitBadge()).changes;
 
     m_frameworks.clear();
     m_runningCount = 0;
@@ -194,6 +190,14 @@ void ProjectDetail::update() {
                  return service.state == u"running" || service.state == u"starting" || service.state == u"stopping";
              });
 
+    QList<AgentRunRow> runs;
+    for (const AgentRun* run : m_model->agentRuns()) {
+        if (run->facts().projectID == m_id && runs.size() < latestRunLimit) {
+            runs.append(AgentRunRow::of(*run));
+        }
+    }
+    m_latestRuns.setRows(runs);
+
     m_actions.clear();
     for (const RunAction action : AppModel::availableActions(*project)) {
         QStringList parts;
@@ -206,7 +210,7 @@ void ProjectDetail::update() {
     for (const RunAction action : m_model->startableActions(*project)) {
         m_startable.append(rawValue(action));
     }
-    const std::optional<RunAction> preferred = AppModel::defaultAction(*project);
+    const std::optional<RunAction> preferred = m_model->offeredAction(*project);
     m_defaultAction = preferred ? rawValue(*preferred) : QString();
     Q_EMIT changed();
 }

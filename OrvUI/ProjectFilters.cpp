@@ -30,7 +30,11 @@ bool passesGit(GitFilter filter, const std::optional<GitBadge>& badge) {
     if (filter == GitFilter::any) {
         return true;
     }
-    return badge && (badge->changes > 0) == (filter == GitFilter::changes);
+    if (!badge) {
+        return false;
+    }
+    // What could not be read is neither: it may hold changes, and nobody has seen any.
+    return filter == GitFilter::changes ? badge->changes > 0 : badge->changes == 0 && badge->unreadCount == 0;
 }
 
 bool usesOneOf(const QSet<QString>& frameworks, const Project& project) {

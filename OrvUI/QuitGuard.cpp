@@ -1,10 +1,23 @@
 #include "OrvUI/QuitGuard.h"
 
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/AppModel.h"
+
 #include <QStringList>
+
+#include <algorithm>
 
 namespace orv {
 
 using namespace Qt::StringLiterals;
+
+RunningWork RunningWork::of(AppModel& model) {
+    const auto isOurs = [](const AgentRun* run) { return run->isRunning() && run->owner() == AgentRun::Owner::here; };
+    return {
+        .services = model.runningCount(),
+        .isProgramInTerminal = model.terminals().anyForegroundProgram(),
+        .agents = static_cast<int>(std::ranges::count_if(model.agentRuns(), isOurs))};
+}
 
 QString RunningWork::message() const {
     QStringList parts;

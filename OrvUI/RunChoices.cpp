@@ -3,6 +3,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+
 namespace orv {
 
 using namespace Qt::StringLiterals;
@@ -52,10 +54,18 @@ std::expected<Values, QString> decode(const QByteArray& bytes) {
     return values;
 }
 
+/// By project.
+bool collide(const Values& base, const Values& mine, const Values& theirs) {
+    const QStringList projects = base.keys() + mine.keys();
+    return std::ranges::any_of(projects, [&](const QString& id) {
+        return mine.value(id) != base.value(id) && theirs.value(id) != base.value(id);
+    });
+}
+
 } // namespace
 
 RunChoices::RunChoices(const QString& filePath)
-    : m_file(filePath, {.encode = encode, .decode = decode, .fallback = [] { return Values(); }}) {}
+    : m_file(filePath, {.encode = encode, .decode = decode, .fallback = [] { return Values(); }, .collide = collide}) {}
 
 RunChoice RunChoices::of(const QString& projectID) const {
     return m_file.read([&](const Values& values) { return values.value(projectID); });
@@ -77,6 +87,10 @@ StoreResult RunChoices::change(const QString& projectID, const std::function<voi
             values.remove(projectID);
         }
     });
+}
+
+bool RunChoices::reload() {
+    return m_file.reload();
 }
 
 StoreResult RunChoices::flush() {

@@ -28,6 +28,9 @@ public:
     /// None: the tool itself chooses again.
     StoreResult setDevice(const QString& projectID, const std::optional<QString>& device);
     StoreResult flush();
+    /// Takes in what another process wrote; true when that is something else.
+    bool reload();
+    [[nodiscard]] const QString& filePath() const { return m_file.path(); }
 
 private:
     using Values = QMap<QString, RunChoice>;

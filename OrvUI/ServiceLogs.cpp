@@ -3,30 +3,14 @@
 #include "OrvCore/Async.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/ServicePhase.h"
+#include "OrvUI/ServiceTitle.h"
 
 #include <algorithm>
 
 namespace orv {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QString name(ServiceState::Phase phase) {
-    switch (phase) {
-    case ServiceState::Phase::running:
-        return u"running"_s;
-    case ServiceState::Phase::failed:
-        return u"failed"_s;
-    case ServiceState::Phase::starting:
-        return u"starting"_s;
-    case ServiceState::Phase::stopped:
-        break;
-    }
-    return u"stopped"_s;
-}
-
-} // namespace
 
 const std::vector<RowRole<LogServiceRow>>& LogServiceRow::roles() {
     static const std::vector<RowRole<LogServiceRow>> table{
@@ -99,8 +83,9 @@ void ServiceLogs::update() {
     for (const ServiceID& id : ids) {
         const std::optional<int> port = m_model.addressPort(id);
         rows.append(
-            {HomeModels::key(id), AppModel::isInstall(id) ? title(id.kind) + u" setup"_s : title(id.kind),
-             name(m_model.processes().state(id).phase), port ? u":%1"_s.arg(*port) : QString(), id == m_shown});
+            {HomeModels::key(id),
+             AppModel::isInstall(id) ? serviceTitle(id, project) + u" setup"_s : serviceTitle(id, project),
+             rawValue(m_model.processes().state(id).phase), port ? u":%1"_s.arg(*port) : QString(), id == m_shown});
     }
     m_services.setRows(rows);
 }

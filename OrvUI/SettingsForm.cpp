@@ -6,17 +6,8 @@
 
 namespace orv {
 
-AppModel* SettingsForm::model() const {
-    return m_model;
-}
-
-void SettingsForm::setModel(AppModel* model) {
-    if (model == m_model) {
-        return;
-    }
-    m_model = model;
-    connect(model, &AppModel::preferencesChanged, this, &SettingsForm::changed);
-    Q_EMIT modelChanged();
+void SettingsForm::takeModel() {
+    connect(m_model, &AppModel::preferencesChanged, this, &SettingsForm::changed);
     Q_EMIT changed();
 }
 
@@ -31,6 +22,9 @@ void SettingsForm::set(T AppSettings::* member, const T& value) {
         m_model->changeSettings([member, value](AppSettings& settings) { settings.*member = value; });
     }
 }
+
+// The header's setters call it.
+template void SettingsForm::set(bool AppSettings::* member, const bool& value);
 
 template <typename T>
 void SettingsForm::choose(T AppSettings::* member, int index, T last) {
@@ -73,6 +67,10 @@ void SettingsForm::setAutonomy(int autonomy) {
     choose(&AppSettings::agentAutonomy, autonomy, AgentAutonomy::full);
 }
 
+void SettingsForm::setEditorCommand(const QString& command) {
+    set(&AppSettings::editorCommand, command.trimmed());
+}
+
 void SettingsForm::setCustomAgentCommand(const QString& command) {
     set(&AppSettings::customAgentCommand, command.trimmed());
 }
@@ -84,6 +82,18 @@ void SettingsForm::setViewMode(int mode) {
 void SettingsForm::setShowDockIcon(bool isOn) {
     set(&AppSettings::showDockIcon, isOn);
     m_model->applyDockIconPolicy();
+}
+
+void SettingsForm::setTerminalClipboard(int choice) {
+    choose(&AppSettings::terminalClipboard, choice, ClipboardWrite::on);
+}
+
+void SettingsForm::sendTestNotification() {
+    m_model->notify(
+        {.title = tr("Notifications work"),
+         .body = tr("This is how OrvLauncher tells you what happened."),
+         .projectID = {},
+         .openURL = {}});
 }
 
 void SettingsForm::restoreSuggestions() {

@@ -19,9 +19,25 @@ constexpr bool hasWidgets = true;
 constexpr bool hasWidgets = false;
 #endif
 
+/// What of the last run can be run once more; empty when nothing of it is there any more.
+ServiceKinds resumable(const AppModel& model, const LastRun& last, const Project& project) {
+    const std::optional<RunAction> known = runAction(last.action);
+    const std::optional<RunAction> action = known ? known : model.primaryAction(project);
+    ServiceKinds there;
+    for (const ServiceKind kind : action ? kinds(*action) : ServiceKinds()) {
+        if (std::ranges::find(project.targets, kind, &ServiceTarget::kind) != project.targets.end()) {
+            there.insert(kind);
+        }
+    }
+    return there;
+}
+
 CTAContext context(AppModel& model) {
     const AppSettings& settings = model.settings().settings();
     const Project* last = settings.lastRun ? model.project(settings.lastRun->projectID) : nullptr;
+    if (last != nullptr && resumable(model, *settings.lastRun, *last).empty()) {
+        last = nullptr;
+    }
     return {
         .gitIdentitySet = model.gitIdentitySet(),
         .projectsWithChanges = static_cast<int>(model.projectsWithChanges().size()),
@@ -133,9 +149,8 @@ void Suggestions::resume() {
     if (project == nullptr) {
         return;
     }
-    const std::optional<RunAction> action = runAction(last->action);
-    if (const auto wanted = action ? action : m_model.primaryAction(*project)) {
-        m_model.run(*project, kinds(*wanted));
+    if (const ServiceKinds wanted = resumable(m_model, *last, *project); !wanted.empty()) {
+        m_model.run(*project, wanted);
     }
 }
 
@@ -144,6 +159,11 @@ void Suggestions::dismiss(const QString& key) {
     if (fromRawValue<CTAID>(key)) {
         m_model.changeSettings([key](AppSettings& settings) { settings.dismissedCTAs.insert(key); });
     }
+}
+
+void Suggestions::confirmWidgets() {
+    ORV_ASSERT_MAIN_THREAD();
+    m_model.changeSettings([](AppSettings& settings) { settings.widgetsConfirmed = true; });
 }
 
 void Suggestions::bringBack() {

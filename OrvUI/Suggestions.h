@@ -38,6 +38,8 @@ public:
     /// What the card's button does.
     Q_INVOKABLE void perform(const QString& key);
     Q_INVOKABLE void dismiss(const QString& key);
+    /// The widgets are on the desktop: that is not suggested any more.
+    Q_INVOKABLE void confirmWidgets();
     /// Of all that were dismissed.
     Q_INVOKABLE void bringBack();
     void update();

@@ -1,6 +1,7 @@
 #include "OrvUI/TaskLists.h"
 
 #include "OrvCore/Async.h"
+#include "OrvUI/AgentRuns.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/RelativeDate.h"
 #include "OrvUI/Tile.h"
@@ -39,6 +40,7 @@ const std::vector<RowRole<TaskRow>>& TaskRow::roles() {
         memberRole<&TaskRow::tileIndex, TaskRow>("tileIndex"),
         memberRole<&TaskRow::tileLetter, TaskRow>("tileLetter"),
         memberRole<&TaskRow::isDone, TaskRow>("isDone"),
+        memberRole<&TaskRow::isWithAgent, TaskRow>("isWithAgent"),
         memberRole<&TaskRow::when, TaskRow>("when"),
         memberRole<&TaskRow::groupCount, TaskRow>("groupCount"),
     };
@@ -47,7 +49,9 @@ const std::vector<RowRole<TaskRow>>& TaskRow::roles() {
 
 TaskLists::TaskLists(AppModel& model, QObject* parent)
     : QObject(parent), m_model(model), m_updateSoon(this, [this] { update(); }) {
-    for (const auto signal : {&AppModel::tasksChanged, &AppModel::pinsChanged, &AppModel::projectsChanged}) {
+    for (const auto signal :
+         {&AppModel::tasksChanged, &AppModel::pinsChanged, &AppModel::projectsChanged,
+          &AppModel::runningAgentCountChanged}) {
         connect(&model, signal, this, [this] { m_updateSoon(); });
     }
     update();
@@ -75,6 +79,9 @@ void TaskLists::update() {
         }
         const Project* project = m_model.project(task.projectID);
         TaskRow made = row(task, project != nullptr ? project->name : task.projectName, now);
+        made.isWithAgent = std::ranges::any_of(m_model.agentRuns(), [&task](const AgentRun* run) {
+            return run->isRunning() && run->facts().linkedTaskID == task.id;
+        });
         if (task.doneAt) {
             done.append({*task.doneAt, std::move(made)});
         } else {

@@ -9,6 +9,8 @@ FocusScope {
     required property AppModel model
     // Given: the project that it is for.
     property string fixedProjectID
+    // In the agent panel: what is said may go on with the newest run there.
+    property bool conversing: false
     property string projectID: fixedProjectID
     property string projectName
     property int tileIndex: 0
@@ -24,20 +26,20 @@ FocusScope {
     function start() {
         if (composer.projectID.length === 0) {
             projectButton.clicked();
-        } else if (composer.agents.start(composer.agent, words.text, composer.projectID, composer.autonomy)) {
+        } else if (composer.conversing ? composer.agents.say(composer.agent, words.text, composer.autonomy) : composer.agents.start(composer.agent, words.text, composer.projectID, composer.autonomy)) {
             words.clear();
         }
     }
 
     function startInTerminal() {
-        if (composer.ready) {
-            composer.agents.startInTerminal(composer.agent, words.text.trim(), composer.projectID);
+        if (composer.ready && composer.agents.startInTerminal(composer.agent, words.text.trim(), composer.projectID)) {
             words.clear();
         }
     }
 
     function takeDraft() {
-        if (composer.agents.draftText.length > 0) {
+        const isMine = composer.fixedProjectID.length === 0 || composer.fixedProjectID === composer.agents.draftProjectID;
+        if (isMine && composer.agents.draftText.length > 0) {
             words.text = composer.agents.draftText;
             const row = Rows.find(composer.model.cards, "projectID", composer.agents.draftProjectID);
             if (composer.fixedProjectID.length === 0 && row >= 0) {
@@ -74,7 +76,7 @@ FocusScope {
             x: Theme.space16
             y: Theme.space12
             width: parent.width - 2 * x
-            height: Math.min(contentHeight, 8 * Theme.space20)
+            height: Math.min(Math.max(contentHeight, Theme.space24), 8 * Theme.space20)
             contentHeight: words.implicitHeight
             clip: true
 
@@ -91,8 +93,17 @@ FocusScope {
                 selectByMouse: true
                 Accessible.role: Accessible.EditableText
                 Accessible.name: qsTr("Task for the agent")
+                onTextChanged: {
+                    if (text.length === 0) {
+                        composer.agents.forgetDraft(composer.fixedProjectID);
+                    }
+                }
                 KeyNavigation.priority: KeyNavigation.BeforeItem
                 Keys.onTabPressed: projectButton.visible ? projectButton.forceActiveFocus(Qt.TabFocusReason) : agentButton.forceActiveFocus(Qt.TabFocusReason)
+                // The page below runs the project by the same keys.
+                Keys.onShortcutOverride: event => {
+                    event.accepted = event.key === Qt.Key_Return && (event.modifiers & Qt.ControlModifier) !== 0;
+                }
                 Keys.onReturnPressed: event => {
                     event.accepted = (event.modifiers & Qt.ControlModifier) !== 0;
                     if (event.accepted) {
@@ -103,7 +114,7 @@ FocusScope {
                 Label {
                     visible: words.text.length === 0 && words.preeditText.length === 0
                     color: Theme.text3
-                    text: qsTr("Describe a task for an agent")
+                    text: !composer.conversing ? qsTr("Describe a task for an agent") : composer.agents.replies ? qsTr("Reply to continue") : qsTr("Describe a task…")
                 }
             }
         }
@@ -112,7 +123,7 @@ FocusScope {
             x: Theme.space8
             anchors.bottom: parent.bottom
             anchors.bottomMargin: Theme.space8
-            spacing: Theme.space8
+            spacing: composer.conversing ? 0 : Theme.space8
 
             MenuButton {
                 id: projectButton
@@ -138,8 +149,18 @@ FocusScope {
                 id: agentButton
 
                 name: qsTr("Agent")
+                badge: composer.conversing && composer.agentRow ? agentBadge : null
                 text: composer.agentRow ? composer.agentRow.text : ""
                 onClicked: agentMenu.popup(agentButton, 0, height + Theme.space4)
+            }
+
+            Component {
+                id: agentBadge
+
+                AgentBadge {
+                    size: Theme.tileMini
+                    letters: composer.agentRow?.letters ?? ""
+                }
             }
 
             MenuButton {
@@ -160,6 +181,7 @@ FocusScope {
             spacing: Theme.space8
 
             Button {
+                visible: !composer.conversing
                 ghost: true
                 controlHeight: Theme.controlSmall
                 enabled: composer.ready
@@ -168,11 +190,25 @@ FocusScope {
                 onClicked: composer.startInTerminal()
             }
 
-            Button {
-                primary: true
-                controlHeight: Theme.controlSmall
-                text: qsTr("Start")
-                onClicked: composer.start()
+            Row {
+                Button {
+                    primary: true
+                    joined: composer.conversing
+                    controlHeight: Theme.controlSmall
+                    text: qsTr("Start")
+                    onClicked: composer.start()
+                }
+
+                SplitPart {
+                    id: otherWays
+
+                    visible: composer.conversing
+                    implicitHeight: Theme.controlSmall
+                    primary: true
+                    focusPolicy: Qt.StrongFocus
+                    text: qsTr("Other ways to start")
+                    onClicked: waysMenu.popup(otherWays, width - waysMenu.width, height + Theme.space4)
+                }
             }
         }
     }
@@ -186,6 +222,8 @@ FocusScope {
         width: parent.width - 2 * x
         role: Theme.Small
         color: composer.agents.error.length > 0 ? Theme.danger : Theme.text3
+        wrapMode: Text.Wrap
+        maximumLineCount: 3
         text: composer.agents.error.length > 0 ? composer.agents.error : composer.explanation
     }
 
@@ -221,6 +259,17 @@ FocusScope {
     }
 
     Menu {
+        id: waysMenu
+
+        MenuRow {
+            enabled: composer.ready
+            glyph: "square-terminal"
+            text: qsTr("Run in terminal")
+            onTriggered: composer.startInTerminal()
+        }
+    }
+
+    Menu {
         id: agentMenu
 
         Instantiator {
@@ -233,6 +282,7 @@ FocusScope {
             MenuRow {
                 required property int index
                 required property string name
+                required property string letters
 
                 text: name
                 onTriggered: composer.agent = index

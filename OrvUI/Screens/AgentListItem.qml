@@ -65,6 +65,7 @@ Item {
             }
 
             Label {
+                width: Math.min(implicitWidth, words.width - (item.isInstalled ? Theme.iconSmall + Theme.space4 : 0))
                 role: Theme.Small
                 color: Theme.text3
                 text: item.status
@@ -101,7 +102,7 @@ Item {
         }
 
         Button {
-            visible: item.action === "signIn" && !item.isDefault
+            visible: item.action === "signIn"
             ghost: true
             controlHeight: Theme.controlSmall
             text: qsTr("Sign in")

@@ -170,59 +170,8 @@ Item {
                 Repeater {
                     model: card.agents.events(card.key)
 
-                    Row {
-                        id: event
-
-                        required property string kind
-                        required property string icon
-                        required property string name
-                        required property string text
-                        required property bool isCurrent
-
+                    AgentEventLine {
                         width: history.width
-                        spacing: Theme.space8
-
-                        Loader {
-                            y: Theme.space2
-                            width: Theme.icon
-                            height: Theme.icon
-                            sourceComponent: event.isCurrent ? busy : glyph
-
-                            Component {
-                                id: busy
-
-                                Spinner {
-                                    size: Theme.icon
-                                }
-                            }
-
-                            Component {
-                                id: glyph
-
-                                Icon {
-                                    name: event.icon
-                                    color: Theme.text2
-                                }
-                            }
-                        }
-
-                        Label {
-                            id: tool
-
-                            visible: event.name.length > 0
-                            role: Theme.BodyStrong
-                            color: event.isCurrent ? Theme.accentText : Theme.text
-                            text: event.name
-                        }
-
-                        Label {
-                            width: history.width - x
-                            role: event.kind === "tool" ? Theme.MonoPath : Theme.Body
-                            color: Theme.text2
-                            wrapMode: event.kind === "tool" ? Text.NoWrap : Text.Wrap
-                            maximumLineCount: event.kind === "tool" ? 1 : 12
-                            text: event.text
-                        }
                     }
                 }
             }
@@ -257,7 +206,7 @@ Item {
             Field {
                 id: reply
 
-                width: parent.width - go.width - parent.spacing
+                width: parent.width - go.width - parent.spacing - (review.visible ? review.width + parent.spacing : 0)
                 glyph: "corner-down-right"
                 placeholderText: qsTr("Reply to continue")
                 onAccepted: go.clicked()
@@ -273,6 +222,15 @@ Item {
                         reply.clear();
                     }
                 }
+            }
+
+            Button {
+                id: review
+
+                visible: card.canReview
+                glyph: "file-diff"
+                text: qsTr("Review changes")
+                onClicked: card.agents.review(card.key)
             }
         }
     }

@@ -19,6 +19,11 @@ FocusScope {
 
     Component.onCompleted: page.agents.refreshAgents()
 
+    Shortcut {
+        sequences: Keymap.of("stopRun")
+        onActivated: page.agents.stopLatest("")
+    }
+
     Flickable {
         id: view
 

@@ -19,11 +19,8 @@ Sheet {
 
     width: Math.min(Theme.alertWidth, parent.width - Theme.space32)
     onOpened: {
-        for (let i = 0; i < buttons.count; ++i) {
-            if (buttons.itemAt(i).primary) {
-                buttons.itemAt(i).forceActiveFocus(Qt.TabFocusReason);
-            }
-        }
+        const first = alert.choices.findIndex(choice => choice.primary ?? false);
+        buttons.itemAt(first < 0 ? buttons.count - 1 : first).forceActiveFocus(Qt.TabFocusReason);
     }
 
     contentItem: FocusScope {

@@ -8,6 +8,8 @@ T.AbstractButton {
 
     property bool primary: false
     property bool ghost: false
+    // What it opens is open.
+    property bool lit: false
     // Its words in the colour of danger.
     property bool danger: false
     property string glyph
@@ -16,7 +18,7 @@ T.AbstractButton {
     property int controlHeight: Theme.controlRegular
     // Set where another part joins at the right side.
     property bool joined: false
-    readonly property color labelColor: !enabled ? Theme.disabled : danger ? Theme.danger : primary ? Theme.onAccent : ghost ? Theme.text2 : Theme.text
+    readonly property color labelColor: !enabled ? Theme.disabled : danger ? Theme.danger : primary ? Theme.onAccent : lit ? Theme.accentText : ghost ? Theme.text2 : Theme.text
 
     implicitHeight: controlHeight
     implicitWidth: row.implicitWidth + leftPadding + rightPadding
@@ -33,6 +35,7 @@ T.AbstractButton {
         control: control
         primary: control.primary
         ghost: control.ghost
+        lit: control.lit
         joinedRight: control.joined
 
         FocusRing {

@@ -9,10 +9,12 @@ Item {
     required property T.AbstractButton control
     property bool primary: false
     property bool ghost: false
+    property bool lit: false
     property bool joinedLeft: false
     property bool joinedRight: false
     readonly property color fill: !control.enabled ? (ghost ? "transparent" : Theme.control)
         : primary ? (control.pressed ? Theme.accentPressed : control.hovered ? Theme.accentHover : Theme.accent)
+        : lit ? Theme.accentSoft
         : ghost ? (control.pressed ? Theme.pressed : control.hovered ? Theme.hover : "transparent")
         : (control.pressed ? Theme.controlPressed : control.hovered ? Theme.controlHover : Theme.control)
 
@@ -26,7 +28,7 @@ Item {
             anchors.rightMargin: face.joinedRight ? -radius : 0
             radius: Theme.radiusControl
             color: face.fill
-            border.width: face.primary || face.ghost ? 0 : Theme.hairline
+            border.width: face.primary || face.ghost || face.lit ? 0 : Theme.hairline
             border.color: Theme.buttonEdge
 
             Behavior on color {

@@ -2,13 +2,17 @@ import OrvLauncher.Screens
 import QtQuick
 import QtQuick.Templates as T
 
-// A scrolling grid of project cards with what can be done with each, by mouse, menu and key.
+// A scrolling grid of project cards with what can be done with each, by mouse, menu and key. Or the same projects as
+// rows, in the folders in which they lie.
 FocusScope {
     id: page
 
     required property AppModel model
+    required property Navigator nav
     required property var cards
     property int padding: Theme.pagePadding
+    property bool listed: false
+    property alias folders: folders
     property alias header: grid.header
     property alias headerItem: grid.headerItem
     property alias gridX: grid.x
@@ -16,27 +20,62 @@ FocusScope {
     readonly property bool scrolled: grid.contentY > grid.originY + Theme.hairline
     readonly property int contentWidth: Math.min(width - 2 * padding, Theme.contentWidthLimit)
     readonly property int columns: Math.max(1, Math.min(4, Math.floor((contentWidth + Theme.gridGap) / Theme.cardColumnWidth)))
-    readonly property ProjectCard currentCard: grid.currentItem as ProjectCard
+    property alias count: grid.count
+    // A card or a row; both have the same properties and signals.
+    readonly property var currentCard: grid.currentItem
     signal projectChosen(string projectID)
+    // The second time as what lies directly in it.
+    signal collectionChosen(string path)
+    signal folderChosen(string path)
 
     function focusCards() {
         grid.forceActiveFocus(Qt.TabFocusReason);
     }
 
+    function enter(card) {
+        if (card !== null) {
+            card.isCollection ? (page.listed ? page.folderChosen(card.path) : page.collectionChosen(card.path)) : page.projectChosen(card.projectID);
+        }
+    }
+
+    function unfold(card, open) {
+        const unfolds = page.listed && card !== null && card.hasChildren && card.expanded !== open;
+        if (unfolds) {
+            folders.setOpen(card.path, open);
+        }
+        return unfolds;
+    }
+
     function openMenu(card, anchor) {
+        if (card.isCollection) {
+            folderMenu.active = true;
+            folderMenu.item.card = card;
+            folderMenu.item.popup(anchor, anchor.width / 2, anchor.height / 2);
+            return;
+        }
         menu.active = true;
         menu.item.card = card;
         menu.item.popup(anchor, anchor === card ? card.width / 2 : anchor.width - menu.item.width, anchor === card ? card.height / 2 : anchor.height + Theme.space4);
     }
 
     function openChoice(card, anchor) {
+        if (card.actions.length === 0) {
+            return;
+        }
         choice.active = true;
         choice.item.projectID = card.projectID;
         choice.item.actions = card.actions;
+        choice.item.choosesDevice = card.isFlutter;
         choice.item.popup(anchor, anchor.width - choice.item.width, anchor.height + Theme.space4);
     }
 
     clip: true
+
+    FolderTree {
+        id: folders
+
+        model: page.model
+    }
 
     // Left and right of the grid the wheel scrolls as well.
     WheelHandler {
@@ -54,8 +93,8 @@ FocusScope {
         anchors.bottom: parent.bottom
         x: Math.round((page.width - page.contentWidth) / 2)
         width: page.contentWidth + Theme.gridGap
-        cellWidth: Math.floor(width / page.columns)
-        cellHeight: Theme.cardHeight + Theme.gridGap
+        cellWidth: page.listed ? width : Math.floor(width / page.columns)
+        cellHeight: page.listed ? Theme.folderRowHeight : Theme.cardHeight + Theme.gridGap
         bottomMargin: Theme.shelfGap
         boundsBehavior: Flickable.StopAtBounds
         focus: true
@@ -64,8 +103,16 @@ FocusScope {
         highlightMoveDuration: 0
         cacheBuffer: Theme.cardHeight
         model: page.cards
-        Keys.onReturnPressed: page.currentCard !== null ? page.projectChosen(page.currentCard.projectID) : undefined
-        Keys.onEnterPressed: page.currentCard !== null ? page.projectChosen(page.currentCard.projectID) : undefined
+        Keys.onReturnPressed: page.enter(page.currentCard)
+        Keys.onEnterPressed: page.enter(page.currentCard)
+        Keys.onRightPressed: event => event.accepted = page.unfold(page.currentCard, true) || page.listed
+        Keys.onLeftPressed: event => event.accepted = page.unfold(page.currentCard, false) || page.listed
+        // A list that was empty for a moment has no current row when it fills again.
+        onCountChanged: {
+            if (currentIndex < 0 && count > 0) {
+                currentIndex = 0;
+            }
+        }
         Accessible.role: Accessible.Table
         Accessible.name: qsTr("Projects")
         // What grows above the cards pushes them down only while the page stands at its top.
@@ -76,27 +123,15 @@ FocusScope {
             topBefore = originY;
         }
 
-        delegate: ProjectCard {
-            id: card
+        delegate: page.listed ? row : card
 
-            width: grid.cellWidth - Theme.gridGap
-            height: Theme.cardHeight
-            isCurrent: GridView.isCurrentItem
-            onRun: action => page.model.runAction(projectID, action)
-            onStop: page.model.stopProject(projectID)
-            onOpen: key => page.model.openServiceByKey(key)
-            onPin: page.model.togglePinFor(projectID)
-            onGit: action => page.model.quickGitFor(projectID, action)
-            onChooseAction: anchor => page.openChoice(card, anchor)
-            onMore: anchor => page.openMenu(card, anchor)
-
-            TapHandler {
-                onTapped: {
-                    grid.currentIndex = card.index;
-                    card.forceActiveFocus(Qt.MouseFocusReason);
-                    page.projectChosen(card.projectID);
-                }
-            }
+        // Behind the rows, which scroll over it.
+        CardFace {
+            parent: grid.contentItem
+            z: -1
+            visible: page.listed && grid.count > 0
+            width: page.contentWidth
+            height: grid.count * grid.cellHeight
         }
 
         displaced: Transition {
@@ -117,6 +152,64 @@ FocusScope {
         }
     }
 
+    Component {
+        id: card
+
+        ProjectCard {
+            id: projectCard
+
+            width: grid.cellWidth - Theme.gridGap
+            height: Theme.cardHeight
+            isCurrent: GridView.isCurrentItem
+            onRun: action => page.model.runAction(projectID, action)
+            onStop: page.model.stopProject(projectID)
+            onOpen: key => page.model.openServiceByKey(key)
+            onPin: page.model.togglePinFor(projectID)
+            onGit: action => page.model.quickGitFor(projectID, action)
+            onLogsAsked: page.nav.project(projectID, 3)
+            onAgentAsked: {
+                page.nav.project(projectID);
+                page.nav.agentPanel = true;
+            }
+            onChooseAction: anchor => page.openChoice(projectCard, anchor)
+            onMore: anchor => page.openMenu(projectCard, anchor)
+            onEntered: page.enter(projectCard)
+
+            TapHandler {
+                onTapped: {
+                    grid.currentIndex = projectCard.index;
+                    projectCard.forceActiveFocus(Qt.MouseFocusReason);
+                    page.enter(projectCard);
+                }
+            }
+        }
+    }
+
+    Component {
+        id: row
+
+        FolderRow {
+            id: folderRow
+
+            width: page.contentWidth
+            height: Theme.folderRowHeight
+            isCurrent: GridView.isCurrentItem
+            onRun: action => page.model.runAction(projectID, action)
+            onStop: page.model.stopProject(projectID)
+            onOpen: key => page.model.openServiceByKey(key)
+            onMore: anchor => page.openMenu(folderRow, anchor)
+            onEntered: page.enter(folderRow)
+
+            TapHandler {
+                onTapped: {
+                    grid.currentIndex = folderRow.index;
+                    folderRow.forceActiveFocus(Qt.MouseFocusReason);
+                    page.unfold(folderRow, !folderRow.expanded) || page.enter(folderRow);
+                }
+            }
+        }
+    }
+
     Loader {
         id: menu
 
@@ -128,6 +221,26 @@ FocusScope {
             onRestart: page.model.restartProject(card.projectID)
             onOpen: key => page.model.openServiceByKey(key)
             onPin: page.model.togglePinFor(card.projectID)
+            onDeviceAsked: page.model.devices.ask(card.projectID)
+            onLogsAsked: page.nav.project(card.projectID, 3)
+            onTerminalAsked: page.nav.wishFor(card.projectID, 2, "newTerminal")
+            onAgentAsked: {
+                page.nav.project(card.projectID);
+                page.nav.agentPanel = true;
+            }
+            onFolderAsked: folders.show(card.path)
+        }
+    }
+
+    Loader {
+        id: folderMenu
+
+        active: false
+
+        sourceComponent: FolderMenu {
+            onEntered: page.enter(card)
+            onShown: folders.show(card.path)
+            onTerminalAsked: folders.openTerminal(card.path)
         }
     }
 
@@ -140,41 +253,24 @@ FocusScope {
             property string projectID
 
             onChosen: action => page.model.runAction(projectID, action)
+            onDeviceAsked: page.model.devices.ask(projectID)
+        }
+    }
+
+    ProjectKeys {
+        enabled: grid.activeFocus && projectID.length > 0
+        model: page.model
+        nav: page.nav
+        projectID: page.currentCard?.projectID ?? ""
+        onChoiceAsked: page.openChoice(page.currentCard, page.currentCard)
+        onAgentAsked: {
+            page.nav.project(projectID);
+            page.nav.agentPanel = true;
         }
     }
 
     CardShortcut {
-        sequence: "Ctrl+Return"
-        onActivated: page.currentCard.busy ? page.model.stopProject(page.currentCard.projectID) : page.model.toggleProject(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+Alt+Return"
-        onActivated: page.openChoice(page.currentCard, page.currentCard)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+Shift+R"
-        onActivated: page.model.restartProject(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+Shift+."
-        onActivated: page.model.stopProject(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+O"
-        onActivated: page.model.openProject(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequence: "Ctrl+D"
-        onActivated: page.model.togglePinFor(page.currentCard.projectID)
-    }
-
-    CardShortcut {
-        sequences: ["Menu", "Shift+F10"]
+        sequences: Keymap.of("menu")
         onActivated: page.openMenu(page.currentCard, page.currentCard)
     }
 

@@ -14,6 +14,11 @@ Menu {
     signal restart
     signal open(string key)
     signal pin
+    signal deviceAsked
+    signal logsAsked
+    signal terminalAsked
+    signal agentAsked
+    signal folderAsked
 
     Instantiator {
         model: cardMenu.card ? cardMenu.card.actions : []
@@ -40,15 +45,23 @@ Menu {
 
             glyph: "arrow-up-right"
             text: cardMenu.addresses.length > 1 ? qsTr("Open %1").arg(modelData.address) : qsTr("Open in your browser")
-            shortcut: index === 0 ? qsTr("Ctrl O") : ""
+            shortcut: index === 0 ? Keymap.text("browse") : ""
             onTriggered: cardMenu.open(modelData.key)
         }
     }
 
     MenuRow {
+        visible: cardMenu.card !== null && cardMenu.card.isFlutter
+        height: visible ? implicitHeight : 0
+        glyph: "smartphone"
+        text: qsTr("Choose a device…")
+        onTriggered: cardMenu.deviceAsked()
+    }
+
+    MenuRow {
         glyph: "rotate-cw"
         text: qsTr("Restart")
-        shortcut: qsTr("Ctrl Shift R")
+        shortcut: Keymap.text("restart")
         enabled: cardMenu.services.length > 0
         onTriggered: cardMenu.restart()
     }
@@ -56,7 +69,7 @@ Menu {
     MenuRow {
         glyph: "own-stop-fill"
         text: qsTr("Stop")
-        shortcut: qsTr("Ctrl Enter")
+        shortcut: Keymap.text("run")
         enabled: cardMenu.card !== null && cardMenu.card.busy
         onTriggered: cardMenu.stop()
     }
@@ -66,7 +79,33 @@ Menu {
     MenuRow {
         glyph: cardMenu.card && cardMenu.card.pinned ? "own-pin-fill" : "pin"
         text: cardMenu.card && cardMenu.card.pinned ? qsTr("Remove pin") : qsTr("Pin")
-        shortcut: qsTr("Ctrl D")
+        shortcut: Keymap.text("pin")
         onTriggered: cardMenu.pin()
+    }
+
+    MenuRow {
+        glyph: "sparkles"
+        text: qsTr("Ask AI")
+        shortcut: Keymap.text("ask")
+        onTriggered: cardMenu.agentAsked()
+    }
+
+    MenuRow {
+        glyph: "logs"
+        text: qsTr("Logs")
+        onTriggered: cardMenu.logsAsked()
+    }
+
+    MenuRow {
+        glyph: "terminal"
+        text: qsTr("New terminal")
+        shortcut: Keymap.text("newTerminal")
+        onTriggered: cardMenu.terminalAsked()
+    }
+
+    MenuRow {
+        glyph: "folder-open"
+        text: qsTr("Show in the file manager")
+        onTriggered: cardMenu.folderAsked()
     }
 }

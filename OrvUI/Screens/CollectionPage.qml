@@ -1,7 +1,7 @@
 import OrvLauncher.Screens
 import QtQuick
 
-// The projects in one folder.
+// The projects in one folder; as a page of the folder itself, what lies directly in it.
 FocusScope {
     id: page
 
@@ -20,7 +20,8 @@ FocusScope {
         id: folder
 
         model: page.model
-        path: page.nav.page === Navigator.Collection ? page.nav.pageID : path
+        path: page.nav.page === Navigator.Collection || page.nav.page === Navigator.Folder ? page.nav.pageID : path
+        nested: page.nav.page === Navigator.Folder
         searchText: page.searchText
     }
 
@@ -30,9 +31,11 @@ FocusScope {
         anchors.fill: parent
         focus: true
         model: page.model
+        nav: page.nav
         cards: folder.cards
         padding: page.padding
         onProjectChosen: projectID => page.nav.project(projectID)
+        onCollectionChosen: path => page.nav.folder(path)
 
         header: Item {
             width: cards.contentWidth
@@ -60,7 +63,8 @@ FocusScope {
 
                 anchors.left: tile.right
                 anchors.leftMargin: Theme.space16
-                anchors.right: parent.right
+                anchors.right: newTerminal.left
+                anchors.rightMargin: Theme.space16
                 y: tile.y + Theme.space2
                 role: Theme.Title
                 text: folder.name
@@ -70,7 +74,7 @@ FocusScope {
 
             Label {
                 anchors.left: name.left
-                anchors.right: parent.right
+                anchors.right: name.right
                 anchors.top: name.bottom
                 role: Theme.MonoPath
                 color: Theme.text3
@@ -78,11 +82,22 @@ FocusScope {
                 text: folder.pathText
             }
 
+            Button {
+                id: newTerminal
+
+                anchors.right: parent.right
+                anchors.verticalCenter: tile.verticalCenter
+                glyph: "square-terminal"
+                text: page.narrow ? qsTr("New terminal") : qsTr("New terminal in %1").arg(folder.name)
+                Accessible.name: qsTr("New terminal in %1").arg(folder.name)
+                onClicked: cards.folders.openTerminal(folder.path)
+            }
+
             SectionHeader {
                 anchors.bottom: parent.bottom
                 anchors.bottomMargin: Theme.space4
                 width: parent.width
-                text: qsTr("Projects")
+                text: folder.nested ? qsTr("Contents") : qsTr("Projects")
                 count: folder.count
             }
         }

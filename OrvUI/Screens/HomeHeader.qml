@@ -9,6 +9,14 @@ Column {
     required property int columns
     // A search or a filter shows its result alone.
     required property bool narrowed
+    signal projectChosen(string projectID)
+    signal logsChosen(string projectID, string key)
+    required property SettingsForm form
+    readonly property FilterBar bar: model.filterBar
+
+    function openFilters() {
+        tools.openFilters();
+    }
 
     // As many as stand in one row.
     readonly property int suggestionColumns: Math.max(2, Math.min(4, columns))
@@ -66,7 +74,7 @@ Column {
 
     Grid {
         width: parent.width
-        visible: !header.narrowed && header.model.hasScanned && suggestions.count > 0
+        visible: !header.narrowed && suggestions.count > 0 && (!header.model.hasScanned || header.model.projectCount > 0)
         bottomPadding: Theme.shelfGap
         columns: header.suggestionColumns
         columnSpacing: Theme.gridGap
@@ -113,13 +121,15 @@ Column {
                 width: (parent?.parent as Shelf)?.itemWidth ?? 0
                 onOpened: header.model.openServiceByKey(key)
                 onStopped: header.model.stopServiceByKey(key)
+                onLogsAsked: header.logsChosen(projectID, key)
+                onClicked: header.projectChosen(projectID)
             }
         }
     }
 
     Shelf {
         width: parent.width
-        visible: !header.narrowed && (pinned.count > 0)
+        visible: !header.narrowed && header.model.hasScanned && pinned.count > 0
         bottomPadding: Theme.shelfGap
         title: qsTr("Pinned")
         count: pinned.count
@@ -133,6 +143,27 @@ Column {
             PinnedItem {
                 width: (parent?.parent as Shelf)?.itemWidth ?? 0
                 onToggled: header.model.toggleProject(projectID)
+                onClicked: header.projectChosen(projectID)
+            }
+        }
+    }
+
+    // In their place until it is known which of them are there.
+    Shelf {
+        width: parent.width
+        visible: !header.narrowed && !header.model.hasScanned && header.form.pinnedCount > 0
+        bottomPadding: Theme.shelfGap
+        title: qsTr("Pinned")
+        showsCount: false
+        columns: header.columns < 3 ? 2 : 4
+
+        Repeater {
+            model: Math.min(header.form.pinnedCount, 4)
+
+            Skeleton {
+                card: false
+                width: (parent?.parent as Shelf)?.itemWidth ?? 0
+                height: Theme.pinnedItemHeight
             }
         }
     }
@@ -159,6 +190,42 @@ Column {
             color: Theme.text3
             elide: Text.ElideMiddle
             text: header.model.scanRootText
+        }
+
+        FilterTools {
+            id: tools
+
+            anchors.verticalCenter: parent.verticalCenter
+            visible: header.model.hasScanned && header.model.projectCount > 0
+            bar: header.bar
+            viewMode: header.form.viewMode
+            onViewModeChosen: mode => header.form.viewMode = mode
+        }
+    }
+
+    Flow {
+        width: parent.width
+        visible: chips.count > 0
+        topPadding: Theme.space8
+        spacing: Theme.space8
+        Accessible.role: Accessible.List
+        Accessible.name: qsTr("Filters that are set")
+
+        Repeater {
+            id: chips
+
+            model: header.bar.chips
+
+            FilterChip {
+                onClicked: header.bar.toggle(key)
+            }
+        }
+
+        Button {
+            ghost: true
+            controlHeight: Theme.controlMini
+            text: qsTr("Clear filters")
+            onClicked: header.bar.clear()
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "OrvUI/Screens/Theme.h"
 
+#include <QDir>
 #include <QFile>
 #include <QPainter>
 #include <QSvgRenderer>
@@ -9,6 +10,12 @@
 using namespace Qt::StringLiterals;
 
 namespace orv {
+
+namespace {
+
+const QString pictures = u":/qt/qml/OrvLauncher/Screens/illustrations"_s;
+
+} // namespace
 
 Illustration::Illustration(QQuickItem* parent) : PaintedPicture(parent) {}
 
@@ -28,28 +35,38 @@ void Illustration::componentComplete() {
     load();
 }
 
-void Illustration::load() {
-    if (m_theme == nullptr || m_name.isEmpty()) {
-        return;
-    }
-    QFile file(u":/qt/qml/OrvLauncher/Screens/illustrations/%1.svg"_s.arg(m_name));
+QStringList Illustration::names() {
+    QStringList names = QDir(pictures).entryList({u"*.svg"_s}, QDir::Files, QDir::Name);
+    return names.replaceInStrings(u".svg"_s, QString());
+}
+
+QByteArray Illustration::svg(const QString& name, const Theme& theme) {
+    QFile file(pictures + u'/' + name + u".svg"_s);
     if (!file.open(QIODevice::ReadOnly)) {
-        qWarning("there is no illustration \"%s\"", qUtf8Printable(m_name));
-        return;
+        qWarning("there is no illustration \"%s\"", qUtf8Printable(name));
+        return {};
     }
-    m_svg = file.readAll();
+    QByteArray svg = file.readAll();
     const struct {
         const char* role;
         QColor color;
     } roles[] = {
-        {"$plate", m_theme->raised()},      {"$edge", m_theme->borderStrong()}, {"$line", m_theme->ilLine()},
-        {"$mid", m_theme->ilMid()},         {"$soft", m_theme->selection()},    {"$accent", m_theme->accent()},
-        {"$onAccent", m_theme->onAccent()}, {"$success", m_theme->success()},   {"$danger", m_theme->danger()},
-        {"$surface", m_theme->surface()},
+        {"$plate", theme.raised()},      {"$edge", theme.borderStrong()}, {"$line", theme.ilLine()},
+        {"$mid", theme.ilMid()},         {"$soft", theme.selection()},    {"$accent", theme.accent()},
+        {"$onAccent", theme.onAccent()}, {"$success", theme.success()},   {"$danger", theme.danger()},
+        {"$surface", theme.surface()},
     };
     for (const auto& [role, color] : roles) {
-        m_svg.replace('"' + QByteArray(role) + '"', '"' + color.name().toLatin1() + '"');
+        svg.replace('"' + QByteArray(role) + '"', '"' + color.name().toLatin1() + '"');
     }
+    return svg;
+}
+
+void Illustration::load() {
+    if (m_theme == nullptr || m_name.isEmpty()) {
+        return;
+    }
+    m_svg = svg(m_name, *m_theme);
     const QSizeF natural = QSvgRenderer(m_svg).defaultSize();
     setImplicitSize(natural.width(), natural.height());
     repaint();

@@ -24,6 +24,11 @@ public:
     [[nodiscard]] const QString& name() const { return m_name; }
     void setName(const QString& name);
 
+    /// Of all that there are.
+    [[nodiscard]] static QStringList names();
+    /// The picture in the theme's colours as they are now; empty where there is none of that name.
+    [[nodiscard]] static QByteArray svg(const QString& name, const Theme& theme);
+
 Q_SIGNALS:
     void nameChanged();
 

@@ -7,13 +7,15 @@ Item {
 
     required property int index
     required property int number
+    required property string time
     required property string text
     required property var runs
     required property var hits
     required property string error
     property bool wrap: false
     property bool numbered: true
-    property int inset: numbered ? Theme.gutter : Theme.space24
+    property bool timed: false
+    property int inset: (numbered ? Theme.gutter : Theme.space24) + (timed ? stamp.width + Theme.space12 : 0)
     readonly property bool dark: Theme.isDark
     readonly property int theme: Theme.theme
 
@@ -79,6 +81,25 @@ Item {
         height: Theme.space20
         verticalAlignment: Text.AlignVCenter
         text: line.number
+    }
+
+    Label {
+        id: stamp
+
+        x: line.numbered ? Theme.gutter : Theme.space24
+        visible: line.timed
+        width: timeMetrics.advanceWidth("00:00:00.000")
+        height: Theme.space20
+        verticalAlignment: Text.AlignVCenter
+        role: Theme.MonoPath
+        color: Theme.text3
+        text: line.timed ? line.time : ""
+    }
+
+    FontMetrics {
+        id: timeMetrics
+
+        font: stamp.font
     }
 
     FontMetrics {

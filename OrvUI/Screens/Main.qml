@@ -13,16 +13,20 @@ Window {
     property string collectionSearch
     readonly property Navigator navigator: nav
     readonly property int pagePadding: narrow ? Theme.pagePaddingNarrow : Theme.pagePadding
-    readonly property bool searches: nav.page === Navigator.Home || nav.page === Navigator.Collection
+    readonly property bool searches: nav.page === Navigator.Home || inFolder
+    readonly property bool inFolder: nav.page === Navigator.Collection || nav.page === Navigator.Folder
     readonly property var pageSources: ({
             [Navigator.Settings]: "SettingsPage.qml",
             [Navigator.Collection]: "CollectionPage.qml",
+            [Navigator.Folder]: "CollectionPage.qml",
             [Navigator.Project]: "ProjectPage.qml",
             [Navigator.Tasks]: "TasksPage.qml",
             [Navigator.Ai]: "AiPage.qml"
         })
     readonly property bool narrow: width < Theme.narrowLimit
     readonly property bool wide: width >= Theme.wideLimit
+    // The agent panel stands beside the page, which is narrower for it.
+    readonly property bool panelDocked: nav.agentPanel && !narrow
 
     // A popup that closes leaves the focus to the window's root, not to the item that had it before.
     function returnFocus() {
@@ -31,14 +35,43 @@ Window {
         }
     }
 
+    function isIn(item, part) {
+        for (let at = item; at; at = at.parent) {
+            if (at === part) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // The parts of the window one after another, each where one left it.
+    function goToRegion(step) {
+        const shown = nav.page === Navigator.Home ? home : page;
+        const parts = agentPanel.active ? [sidebar, bar, shown, agentPanel] : [sidebar, bar, shown];
+        let from = -1;
+        for (let i = 0; i < parts.length; ++i) {
+            if (root.isIn(root.activeFocusItem, parts[i])) {
+                from = i;
+            }
+        }
+        const part = parts[(from + step + parts.length) % parts.length];
+        const reason = step > 0 ? Qt.TabFocusReason : Qt.BacktabFocusReason;
+        part.forceActiveFocus(reason);
+        if (!root.activeFocusItem?.activeFocusOnTab && part.nextItemInFocusChain() !== null) {
+            part.nextItemInFocusChain().forceActiveFocus(reason);
+        }
+    }
+
     signal closeAsked
     signal quitAsked
     // For the folder that is scanned.
     signal folderAsked
+    // For the log that is shown.
+    signal logsSaveAsked
     // The place of the answer in the question's list.
     signal quitAnswered(int choice)
-    // Another application holds the quick panel's key.
-    property bool shortcutTaken: false
+    // Why the quick panel's key is not this application's; empty where it is.
+    property string shortcutNote
 
     function askToQuit(message, inTray) {
         quitAlert.active = true;
@@ -54,10 +87,10 @@ Window {
             page.setSource(source, {
                 "model": root.model,
                 "nav": nav,
-                "narrow": Qt.binding(() => root.narrow),
+                "narrow": Qt.binding(() => root.narrow || (root.panelDocked && !root.wide)),
                 "padding": Qt.binding(() => root.pagePadding - Theme.hairline)
             });
-            if (nav.page === Navigator.Collection) {
+            if (root.inFolder) {
                 page.item.searchText = Qt.binding(() => root.collectionSearch);
             }
         } else if (source.length === 0) {
@@ -89,11 +122,18 @@ Window {
     }
     onActiveFocusItemChanged: returnFocus()
 
+    PaletteModel {
+        id: paletteModel
+
+        model: root.model
+    }
+
     Navigator {
         id: nav
 
         model: root.model
         onMoved: root.showPage()
+        onLogsSaveAsked: root.logsSaveAsked()
     }
 
     Connections {
@@ -120,6 +160,7 @@ Window {
             rail: root.narrow || root.sidebarHidden
             collapsible: !root.narrow
             onToggleRequested: root.sidebarHidden = !root.sidebarHidden
+            onJumpRequested: paletteModel.open()
             nav: nav
         }
 
@@ -160,11 +201,26 @@ Window {
                 tools: [
                     Button {
                         visible: root.searches
-                        primary: true
+                        // Where there is nothing yet, the page itself has the one next step.
+                        primary: root.model.projectCount > 0 || !root.model.hasScanned
                         glyph: "plus"
                         text: root.narrow ? qsTr("Add") : qsTr("Add project")
                         Accessible.name: qsTr("Add project")
                         onClicked: nav.addProject(false)
+                    },
+                    Button {
+                        visible: nav.page === Navigator.Project
+                        lit: nav.agentPanel
+                        glyph: "sparkles"
+                        text: qsTr("Ask AI")
+                        Accessible.checkable: true
+                        Accessible.checked: nav.agentPanel
+                        onClicked: nav.agentPanel = !nav.agentPanel
+
+                        Tip {
+                            text: qsTr("Hand a task to an agent here")
+                            shortcut: Keymap.text("ask")
+                        }
                     },
                     IconButton {
                         readonly property ProjectDetail detail: (page.item as ProjectPage)?.detail ?? null
@@ -176,10 +232,24 @@ Window {
                         glyph: checked ? "own-pin-fill" : "pin"
                         tint: checked ? Theme.accentText : Theme.text2
                         text: checked ? qsTr("Remove pin") : qsTr("Pin %1").arg(detail?.name ?? "")
-                        shortcut: qsTr("Ctrl D")
+                        shortcut: Keymap.text("pin")
                         onClicked: {
                             checked = Qt.binding(() => detail?.pinned ?? false);
                             root.model.togglePinFor(detail.projectID);
+                        }
+                    },
+                    IconButton {
+                        id: moreTools
+
+                        readonly property ProjectDetail detail: (page.item as ProjectPage)?.detail ?? null
+
+                        visible: nav.page === Navigator.Project && detail !== null
+                        edge: Theme.controlRegular
+                        glyph: "ellipsis"
+                        text: qsTr("More for %1").arg(detail?.name ?? "")
+                        onClicked: {
+                            projectMenu.active = true;
+                            (projectMenu.item as Menu).popup(moreTools, width - Theme.menuWidth, height + Theme.space4);
                         }
                     }
                 ]
@@ -205,20 +275,50 @@ Window {
                     enabled: visible
                     focus: visible
                     model: root.model
+                    nav: root.navigator
                     padding: root.pagePadding - Theme.hairline
                     onFolderRequested: root.folderAsked()
+                    onAddRequested: clones => nav.addProject(clones)
                     onProjectChosen: projectID => nav.project(projectID)
+                    onCollectionChosen: path => nav.collection(path)
+                    onFolderChosen: path => nav.folder(path)
                 }
 
                 Loader {
                     id: page
 
                     anchors.fill: parent
+                    anchors.rightMargin: root.panelDocked ? agentPanel.width : 0
                     // Its file's name.
                     property string shown
 
                     focus: !home.visible
                     visible: !home.visible
+                }
+
+                Loader {
+                    id: agentPanel
+
+                    readonly property ProjectDetail detail: (page.item as ProjectPage)?.detail ?? null
+
+                    anchors.right: parent.right
+                    anchors.top: parent.top
+                    anchors.bottom: parent.bottom
+                    anchors.margins: root.narrow ? Theme.space8 : 0
+                    width: root.wide ? Theme.agentPanelWidthWide : Theme.agentPanelWidth
+                    active: nav.agentPanel && detail !== null
+                    onLoaded: (item as AgentPanel).focusComposer()
+
+                    sourceComponent: AgentPanel {
+                        model: root.model
+                        projectID: agentPanel.detail?.projectID ?? ""
+                        projectName: agentPanel.detail?.name ?? ""
+                        floating: root.narrow
+                        onCloseAsked: {
+                            nav.agentPanel = false;
+                            page.forceActiveFocus(Qt.OtherFocusReason);
+                        }
+                    }
                 }
 
                 // A page that comes rises a little and fades in.
@@ -253,18 +353,37 @@ Window {
                 }
             }
 
-            StatusLine {
+            Column {
                 anchors.horizontalCenter: parent.horizontalCenter
                 anchors.bottom: parent.bottom
                 anchors.bottomMargin: Theme.space20
+                spacing: Theme.space8
+
+                Line {
+                    shown: root.model.undoText.length > 0
+                    text: root.model.undoText
+                    isError: false
+                    isOngoing: false
+                    action: qsTr("Undo")
+                    actionKeys: Keymap.text("undo")
+                    onActed: root.model.undo()
+                    onDismissed: root.model.dismissUndo()
+                }
+
+                Line {
+                    shown: root.model.hasStatus
+                    text: root.model.statusText
+                    isError: root.model.statusIsError
+                    isOngoing: root.model.statusIsOngoing
+                    onDismissed: root.model.dismissStatus()
+                }
+            }
+
+            component Line: StatusLine {
+                anchors.horizontalCenter: parent?.horizontalCenter
                 width: implicitWidth
                 height: implicitHeight
                 limit: Math.min(Theme.statusLineLimit, panel.width - Theme.space32)
-                shown: root.model.hasStatus
-                text: root.model.statusText
-                isError: root.model.statusIsError
-                isOngoing: root.model.statusIsOngoing
-                onDismissed: root.model.dismissStatus()
             }
         }
     }
@@ -290,15 +409,37 @@ Window {
         }
     }
 
+    Loader {
+        id: review
+
+        active: false
+
+        sourceComponent: ReviewSheet {
+            agents: root.model.agentModels
+        }
+    }
+
+    Connections {
+        target: root.model.agentModels
+
+        function onReviewChanged() {
+            if (root.model.agentModels.reviewKey.length > 0) {
+                review.active = true;
+                (review.item as ReviewSheet).open();
+            }
+        }
+    }
+
     TooltipLayer {}
 
     Shortcut {
-        sequences: ["Ctrl+F"]
+        enabled: root.searches
+        sequences: Keymap.of("search")
         onActivated: bar.focusSearch()
     }
 
     Shortcut {
-        sequences: ["Ctrl+R", "F5"]
+        sequences: Keymap.of("refresh")
         onActivated: root.model.refreshNow()
     }
 
@@ -308,7 +449,7 @@ Window {
         Shortcut {
             required property int index
 
-            sequence: "Ctrl+" + (index + 1)
+            sequence: Keymap.nth("filter", index)
             onActivated: {
                 root.model.filterIndex = index;
                 nav.home();
@@ -317,32 +458,37 @@ Window {
     }
 
     Shortcut {
-        sequence: "Ctrl+N"
+        sequences: Keymap.of("newFolder")
         onActivated: nav.addProject(false)
     }
 
     Shortcut {
-        sequence: "Ctrl+Shift+N"
+        sequences: Keymap.of("clone")
         onActivated: nav.addProject(true)
     }
 
     Shortcut {
-        sequence: "Ctrl+6"
+        sequences: Keymap.of("tasks")
         onActivated: nav.tasks()
     }
 
     Shortcut {
-        sequence: "Ctrl+7"
+        sequences: Keymap.of("newTask")
+        onActivated: nav.page === Navigator.Project ? nav.wishFor(nav.pageID, 1, "newTask") : nav.newTask()
+    }
+
+    Shortcut {
+        sequences: Keymap.of("ai")
         onActivated: nav.ai()
     }
 
     Shortcut {
-        sequence: "Alt+Home"
+        sequences: Keymap.of("home")
         onActivated: nav.home()
     }
 
     Shortcut {
-        sequence: "Ctrl+,"
+        sequences: Keymap.of("settings")
         onActivated: nav.settings()
     }
 
@@ -357,7 +503,23 @@ Window {
     }
 
     Shortcut {
-        sequence: "Ctrl+Alt+S"
+        enabled: root.model.undoText.length > 0
+        sequences: Keymap.of("undo")
+        onActivated: root.model.undo()
+    }
+
+    Shortcut {
+        sequences: Keymap.of("nextRegion")
+        onActivated: root.goToRegion(1)
+    }
+
+    Shortcut {
+        sequences: Keymap.of("previousRegion")
+        onActivated: root.goToRegion(-1)
+    }
+
+    Shortcut {
+        sequences: Keymap.of("sidebar")
         onActivated: root.sidebarHidden = !root.sidebarHidden
     }
 
@@ -368,6 +530,108 @@ Window {
             model: root.model
             nav: root.navigator
         }
+    }
+
+    Loader {
+        active: root.model.devices.isAsking || item !== null
+
+        sourceComponent: DeviceSheet {
+            model: root.model
+        }
+    }
+
+    Loader {
+        active: nav.sheet === "widgetsHowTo" || item !== null
+
+        sourceComponent: WidgetsSheet {
+            model: root.model
+            nav: root.navigator
+        }
+    }
+
+    Loader {
+        active: paletteModel.isOpen || item !== null
+
+        sourceComponent: CommandPalette {
+            commands: paletteModel
+        }
+    }
+
+    Loader {
+        id: projectMenu
+
+        active: false
+
+        sourceComponent: Menu {
+            MenuRow {
+                glyph: "folder-open"
+                text: qsTr("Show in the file manager")
+                onTriggered: root.model.openLink(moreTools.detail.folderUrl)
+            }
+
+            MenuRow {
+                glyph: "copy"
+                text: qsTr("Copy the path")
+                onTriggered: Clipboard.copy(moreTools.detail.projectID)
+            }
+
+            MenuRow {
+                glyph: "folder-cog"
+                text: qsTr("Correct its services…")
+                onTriggered: nav.settings(6)
+            }
+        }
+    }
+
+    Loader {
+        id: shortcutSheet
+
+        active: false
+
+        sourceComponent: ShortcutsSheet {}
+    }
+
+    Loader {
+        active: root.model.needsOnboarding
+
+        sourceComponent: Onboarding {
+            target: root
+            model: root.model
+            ownFrame: root.ownFrame
+            onFolderRequested: root.folderAsked()
+        }
+    }
+
+    function copyDiagnostics() {
+        Clipboard.copy(Diagnostics.text(root.model));
+        root.model.showStatus(qsTr("Copied what there is to say of this machine"), false);
+    }
+
+    function showShortcuts() {
+        shortcutSheet.active = true;
+        (shortcutSheet.item as ShortcutsSheet).open();
+    }
+
+    Connections {
+        target: paletteModel
+
+        function onShortcutsAsked() {
+            root.showShortcuts();
+        }
+
+        function onDiagnosticsAsked() {
+            root.copyDiagnostics();
+        }
+    }
+
+    Shortcut {
+        sequences: Keymap.of("palette")
+        onActivated: paletteModel.open()
+    }
+
+    Shortcut {
+        sequences: Keymap.of("shortcuts")
+        onActivated: root.showShortcuts()
     }
 
     Loader {
@@ -402,13 +666,13 @@ Window {
 
     // Of the application: a sheet that is open, or on its way out, does not keep it from ending.
     Shortcut {
-        sequence: "Ctrl+W"
+        sequences: Keymap.of("closeWindow")
         context: Qt.ApplicationShortcut
         onActivated: root.closeAsked()
     }
 
     Shortcut {
-        sequence: "Ctrl+Q"
+        sequences: Keymap.of("quit")
         context: Qt.ApplicationShortcut
         onActivated: root.quitAsked()
     }

@@ -2,20 +2,29 @@
 
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/BranchChoices.h"
 #include "OrvUI/Collection.h"
+#include "OrvUI/CommitForm.h"
+#include "OrvUI/DeviceRun.h"
 #include "OrvUI/DevicesModel.h"
 #include "OrvUI/FilterBar.h"
+#include "OrvUI/FolderTree.h"
 #include "OrvUI/GitModel.h"
+#include "OrvUI/Keymap.h"
 #include "OrvUI/LaunchAtLogin.h"
 #include "OrvUI/LogModel.h"
+#include "OrvUI/ModelPart.h"
 #include "OrvUI/Navigator.h"
 #include "OrvUI/NewProject.h"
 #include "OrvUI/OnboardingModel.h"
 #include "OrvUI/OutlineModel.h"
 #include "OrvUI/OverrideRows.h"
+#include "OrvUI/Palette.h"
 #include "OrvUI/ProjectDetail.h"
+#include "OrvUI/ProjectFiles.h"
 #include "OrvUI/ServiceLogs.h"
 #include "OrvUI/SettingsForm.h"
+#include "OrvUI/Shortcuts.h"
 #include "OrvUI/Suggestions.h"
 #include "OrvUI/TaskLists.h"
 
@@ -39,10 +48,35 @@ struct AgentModelsElement {
     QML_UNCREATABLE("The application's model owns it")
 };
 
+struct ModelPartElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ModelPart)
+    QML_ANONYMOUS
+};
+
+struct BranchChoicesElement {
+    Q_GADGET
+    QML_FOREIGN(orv::BranchChoices)
+    QML_NAMED_ELEMENT(BranchChoices)
+};
+
+struct CommitFormElement {
+    Q_GADGET
+    QML_FOREIGN(orv::CommitForm)
+    QML_NAMED_ELEMENT(CommitForm)
+    QML_UNCREATABLE("The model of the git page owns it")
+};
+
 struct CollectionElement {
     Q_GADGET
     QML_FOREIGN(orv::Collection)
     QML_NAMED_ELEMENT(Collection)
+};
+
+struct DeviceRunElement {
+    Q_GADGET
+    QML_FOREIGN(orv::DeviceRun)
+    QML_NAMED_ELEMENT(DeviceRun)
 };
 
 struct DevicesModelElement {
@@ -64,6 +98,19 @@ struct FilterBarElement {
     QML_FOREIGN(orv::FilterBar)
     QML_NAMED_ELEMENT(FilterBar)
     QML_UNCREATABLE("The application's model owns it")
+};
+
+struct GitFileListElement {
+    Q_GADGET
+    QML_FOREIGN(orv::GitFileList)
+    QML_NAMED_ELEMENT(GitFileList)
+    QML_UNCREATABLE("The model of the git page owns it")
+};
+
+struct FolderTreeElement {
+    Q_GADGET
+    QML_FOREIGN(orv::FolderTree)
+    QML_NAMED_ELEMENT(FolderTree)
 };
 
 struct GitModelElement {
@@ -120,10 +167,23 @@ struct OverrideRowsElement {
     QML_NAMED_ELEMENT(OverrideRows)
 };
 
+struct PaletteElement {
+    Q_GADGET
+    QML_FOREIGN(orv::Palette)
+    QML_NAMED_ELEMENT(PaletteModel)
+};
+
 struct ProjectDetailElement {
     Q_GADGET
     QML_FOREIGN(orv::ProjectDetail)
     QML_NAMED_ELEMENT(ProjectDetail)
+};
+
+struct ProjectFilesElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ProjectFiles)
+    QML_NAMED_ELEMENT(FilesModel)
+    QML_UNCREATABLE("The project's detail owns it")
 };
 
 struct ServiceLogsElement {
@@ -137,6 +197,19 @@ struct SettingsFormElement {
     Q_GADGET
     QML_FOREIGN(orv::SettingsForm)
     QML_NAMED_ELEMENT(SettingsForm)
+};
+
+struct KeymapElement {
+    Q_GADGET
+    QML_FOREIGN(orv::Keymap)
+    QML_NAMED_ELEMENT(Keymap)
+    QML_SINGLETON
+};
+
+struct ShortcutsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::Shortcuts)
+    QML_NAMED_ELEMENT(Shortcuts)
 };
 
 struct SuggestionsElement {

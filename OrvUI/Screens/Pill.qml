@@ -10,7 +10,7 @@ Rectangle {
     property color tint: Theme.text2
     property color fill: Theme.control
 
-    implicitWidth: row.implicitWidth + Theme.space16
+    implicitWidth: label.implicitWidth + Theme.space16 + (glyph.length > 0 ? Theme.iconMini + Theme.space4 : 0)
     implicitHeight: Theme.space20
     radius: height / 2
     color: fill
@@ -33,6 +33,7 @@ Rectangle {
             id: label
 
             anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(implicitWidth, pill.width - Theme.space16 - (pill.glyph.length > 0 ? Theme.iconMini + Theme.space4 : 0))
             role: Theme.Caption
             color: pill.tint
         }

@@ -2,8 +2,8 @@ import OrvLauncher.Screens
 import QtQuick
 import QtQuick.Templates as T
 
-// A pinned project on the shelf.
-T.Control {
+// A pinned project on the shelf: a click opens its page.
+T.AbstractButton {
     id: item
 
     required property string projectID
@@ -15,11 +15,22 @@ T.Control {
     signal toggled
 
     implicitHeight: Theme.pinnedItemHeight
-    Accessible.role: Accessible.ListItem
+    Accessible.role: Accessible.Button
     Accessible.name: name
     Accessible.description: cardState
 
-    background: CardFace {}
+    hoverEnabled: true
+    text: name
+
+    background: CardFace {
+        color: item.hovered ? Theme.surfaceHover : Theme.surface
+        border.color: item.hovered ? Theme.borderStrong : Theme.border
+
+        FocusRing {
+            control: item
+            shapeRadius: Theme.radiusCard
+        }
+    }
 
     contentItem: Item {
         Tile {

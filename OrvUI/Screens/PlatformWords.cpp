@@ -16,11 +16,14 @@ constexpr std::array words{
         "Quit and stop everything, or keep running from the tray."},
     std::pair{"⌃⌥⌘L"sv, "Ctrl+Alt+Super+L"},
     std::pair{"Window and menu bar"sv, "Window and tray"},
-    std::pair{"Start with your Mac"sv, "Start when you log in"},
+    std::pair{"Start with your Mac"sv, "Start at login"},
     std::pair{"Opens in the menu bar when you log in"sv, "Opens in the tray when you log in"},
     std::pair{
         "Another application holds ⌃⌥⌘L. The panel still opens from the menu bar."sv,
         "Another application holds Ctrl+Alt+Super+L. The panel still opens from the tray."},
+    std::pair{
+        "This keyboard has no key that types an L. The panel still opens from the menu bar."sv,
+        "This keyboard has no key that types an L. The panel still opens from the tray."},
 };
 
 } // namespace

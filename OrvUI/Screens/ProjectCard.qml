@@ -2,7 +2,7 @@ import OrvLauncher.Screens
 import QtQuick
 import QtQuick.Templates as T
 
-// A project: what it is, what it does now, and the one next step.
+// A project: what it is, what it does now, and the one next step. Or a folder of projects.
 T.Control {
     id: card
 
@@ -27,6 +27,10 @@ T.Control {
     required property int gitAhead
     required property int gitBehind
     required property bool gitBusy
+    required property bool isFlutter
+    required property bool isCollection
+    required property var members
+    required property int runningMembers
     // The card that Tab enters.
     property bool isCurrent: false
     readonly property bool busy: services.length > 0 || cardState === "installing"
@@ -40,18 +44,36 @@ T.Control {
     signal open(string key)
     signal pin
     signal git(string action)
+    signal logsAsked
+    signal agentAsked
     signal chooseAction(Item anchor)
     signal more(Item anchor)
+    // Of a folder of projects.
+    signal entered
 
     hoverEnabled: true
     Accessible.role: Accessible.Cell
     Accessible.name: name
-    Accessible.description: (pinned ? qsTr("%1, %2, pinned") : qsTr("%1, %2")).arg(stackLine).arg(stateText)
+    Accessible.description: isCollection ? qsTr("%1 projects, %2 running").arg(members.length).arg(runningMembers) : (pinned ? qsTr("%1, %2, pinned") : qsTr("%1, %2")).arg(stackLine).arg(stateText)
     Accessible.focusable: true
 
     readonly property string stateText: services.length > 0
         ? services.map(service => service.address.length > 0 ? qsTr("running on %1").arg(service.address) : service.phase).join(", ")
         : cardState === "failed" ? message : cardState === "installing" ? qsTr("installing") : qsTr("not running")
+
+    // The edge of the next one peeks out behind a folder.
+    Rectangle {
+        z: -2
+        visible: card.isCollection
+        x: Theme.space12
+        y: -Theme.space6
+        width: parent.width - 2 * x
+        height: Theme.space24
+        radius: Theme.radiusCard
+        color: Theme.surface
+        border.width: Theme.hairline
+        border.color: Theme.border
+    }
 
     background: Rectangle {
         radius: Theme.radiusCard
@@ -77,206 +99,244 @@ T.Control {
         onTapped: card.more(card)
     }
 
-    contentItem: Item {
-        Tile {
-            id: tile
+    contentItem: Loader {
+        sourceComponent: card.isCollection ? collection : project
+    }
 
-            x: Theme.space16
-            y: Theme.space16
-            tileIndex: card.tileIndex
-            tileLetter: card.tileLetter
-        }
+    Component {
+        id: collection
 
-        Label {
-            id: title
-
-            anchors.left: tile.right
-            anchors.leftMargin: Theme.space12
-            anchors.right: tools.left
-            anchors.rightMargin: Theme.space8
-            anchors.top: tile.top
-            anchors.topMargin: -Theme.hairline
-            role: Theme.CardTitle
-            text: card.name
-
-            Tip {
-                text: title.truncated ? card.path : ""
-            }
-        }
-
-        Label {
-            id: stack
-
-            anchors.left: title.left
-            anchors.right: title.right
-            anchors.top: title.bottom
-            role: Theme.Small
-            color: Theme.text2
-            text: card.stackLine
-
-            Tip {
-                text: stack.truncated ? card.stackLine : ""
-            }
-        }
-
-        Row {
-            id: tools
-
-            anchors.right: parent.right
-            anchors.rightMargin: Theme.space10
-            y: Theme.space12
-            spacing: Theme.space2
-
-            IconButton {
-                visible: card.pinned || card.active
-                checkable: true
-                checked: card.pinned
-                glyph: card.pinned ? "own-pin-fill" : "pin"
-                tint: card.pinned ? Theme.accentText : hovered ? Theme.text : Theme.text2
-                text: card.pinned ? qsTr("Remove pin") : qsTr("Pin %1").arg(card.name)
-                shortcut: qsTr("Ctrl D")
-                focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
-                Accessible.name: qsTr("Pin %1").arg(card.name)
-                onClicked: {
-                    checked = Qt.binding(() => card.pinned);
-                    card.pin();
-                }
-            }
-
-            IconButton {
-                id: moreButton
-
-                visible: card.active
-                glyph: "ellipsis"
-                text: qsTr("More for %1").arg(card.name)
-                focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
-                onClicked: card.more(moreButton)
-            }
-        }
-
-        GitLine {
-            id: git
-
-            anchors.left: parent.left
-            anchors.leftMargin: Theme.space16
-            anchors.right: parent.right
-            anchors.rightMargin: Theme.space12
-            anchors.top: tile.bottom
-            anchors.topMargin: Theme.space10
-            projectName: card.name
-            repositories: card.gitRepositories
-            branch: card.gitBranch
-            changes: card.gitChanges
-            ahead: card.gitAhead
-            behind: card.gitBehind
-            busy: card.gitBusy
-            active: card.active
+        CollectionFace {
+            name: card.name
+            members: card.members
+            runningMembers: card.runningMembers
             reachable: card.isCurrent
-            onChosen: action => card.git(action)
+            onOpened: card.entered()
         }
+    }
 
-        // Nothing runs: what is the case, in words.
-        Row {
-            anchors.left: parent.left
-            anchors.leftMargin: Theme.space16
-            anchors.verticalCenter: action.verticalCenter
-            visible: card.services.length === 0 && card.cardState !== "failed"
-            spacing: Theme.space6
-
-            StatusDot {
-                anchors.verticalCenter: parent.verticalCenter
-                cardState: card.cardState
-            }
-
-            Label {
-                anchors.verticalCenter: parent.verticalCenter
-                role: Theme.Small
-                color: card.cardState === "idle" ? Theme.text3 : Theme.warning
-                text: card.cardState === "installing" ? qsTr("Installing…") : card.cardState === "starting" ? qsTr("Starting…") : qsTr("Not running")
-            }
-        }
+    Component {
+        id: project
 
         Item {
-            anchors.left: parent.left
-            anchors.leftMargin: Theme.space16
-            anchors.right: action.left
-            anchors.rightMargin: Theme.space12
-            anchors.verticalCenter: action.verticalCenter
-            height: failure.implicitHeight
-            visible: card.services.length === 0 && card.cardState === "failed"
+            Tile {
+                id: tile
 
-            Icon {
-                id: alert
-
-                y: Theme.hairline
-                name: "circle-alert"
-                size: Theme.iconSmall
-                color: Theme.danger
+                x: Theme.space16
+                y: Theme.space16
+                tileIndex: card.tileIndex
+                tileLetter: card.tileLetter
             }
 
             Label {
-                id: failure
+                id: title
 
-                anchors.left: alert.right
-                anchors.leftMargin: Theme.space8
-                anchors.right: parent.right
-                role: Theme.Small
-                color: Theme.danger
-                wrapMode: Text.Wrap
-                maximumLineCount: 2
-                text: card.message
+                anchors.left: tile.right
+                anchors.leftMargin: Theme.space12
+                anchors.right: tools.left
+                anchors.rightMargin: Theme.space8
+                anchors.top: tile.top
+                anchors.topMargin: -Theme.hairline
+                role: Theme.CardTitle
+                text: card.name
 
                 Tip {
-                    text: failure.truncated ? card.message : ""
-                }
-            }
-        }
-
-        Column {
-            anchors.left: parent.left
-            anchors.leftMargin: Theme.space12
-            anchors.verticalCenter: action.verticalCenter
-            visible: card.services.length > 0
-
-            Repeater {
-                model: card.lineCount
-
-                ServiceLine {
-                    required property int index
-
-                    service: card.lines[index] ?? {}
-                    alone: card.lines.length === 1
-                    limit: action.x - Theme.space24
-                    reachable: card.isCurrent
-                    onOpened: key => card.open(key)
+                    text: title.truncated ? card.path : ""
                 }
             }
 
             Label {
-                visible: card.lines.length > 2
-                leftPadding: Theme.space20
+                id: stack
+
+                anchors.left: title.left
+                anchors.right: title.right
+                anchors.top: title.bottom
                 role: Theme.Small
-                color: Theme.text3
-                text: qsTr("%1 more").arg(card.lines.length - card.lineCount)
+                color: Theme.text2
+                text: card.stackLine
+
+                Tip {
+                    text: stack.truncated ? card.stackLine : ""
+                }
             }
-        }
 
-        RunButton {
-            id: action
+            Row {
+                id: tools
 
-            anchors.right: parent.right
-            anchors.rightMargin: Theme.space16
-            anchors.bottom: parent.bottom
-            anchors.bottomMargin: Theme.space16
-            projectName: card.name
-            action: card.defaultAction
-            actions: card.actions
-            busy: card.busy
-            prominent: card.active
-            reachable: card.isCurrent
-            onStarted: card.run(card.defaultAction)
-            onStopped: card.stop()
-            onChoose: anchor => card.chooseAction(anchor)
+                anchors.right: parent.right
+                anchors.rightMargin: Theme.space10
+                y: Theme.space12
+                spacing: Theme.space2
+
+                IconButton {
+                    visible: card.cardState === "failed" || card.failedServices.length > 0
+                    glyph: "logs"
+                    text: qsTr("Logs of %1").arg(card.name)
+                    focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                    onClicked: card.logsAsked()
+                }
+
+                IconButton {
+                    visible: card.active
+                    glyph: "sparkles"
+                    text: qsTr("Ask AI in %1").arg(card.name)
+                    shortcut: Keymap.text("ask")
+                    focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                    onClicked: card.agentAsked()
+                }
+
+                IconButton {
+                    visible: card.pinned || card.active
+                    checkable: true
+                    checked: card.pinned
+                    glyph: card.pinned ? "own-pin-fill" : "pin"
+                    tint: card.pinned ? Theme.accentText : hovered ? Theme.text : Theme.text2
+                    text: card.pinned ? qsTr("Remove pin") : qsTr("Pin %1").arg(card.name)
+                    shortcut: Keymap.text("pin")
+                    focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                    Accessible.name: qsTr("Pin %1").arg(card.name)
+                    onClicked: {
+                        checked = Qt.binding(() => card.pinned);
+                        card.pin();
+                    }
+                }
+
+                IconButton {
+                    id: moreButton
+
+                    visible: card.active
+                    glyph: "ellipsis"
+                    text: qsTr("More for %1").arg(card.name)
+                    focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                    onClicked: card.more(moreButton)
+                }
+            }
+
+            GitLine {
+                id: git
+
+                anchors.left: parent.left
+                anchors.leftMargin: Theme.space16
+                anchors.right: parent.right
+                anchors.rightMargin: Theme.space12
+                anchors.top: tile.bottom
+                anchors.topMargin: Theme.space10
+                projectName: card.name
+                repositories: card.gitRepositories
+                branch: card.gitBranch
+                changes: card.gitChanges
+                ahead: card.gitAhead
+                behind: card.gitBehind
+                busy: card.gitBusy
+                active: card.active
+                reachable: card.isCurrent
+                onChosen: action => card.git(action)
+            }
+
+            // Nothing runs: what is the case, in words.
+            Row {
+                anchors.left: parent.left
+                anchors.leftMargin: Theme.space16
+                anchors.verticalCenter: action.verticalCenter
+                visible: card.services.length === 0 && card.cardState !== "failed"
+                spacing: Theme.space6
+
+                StatusDot {
+                    anchors.verticalCenter: parent.verticalCenter
+                    cardState: card.cardState
+                }
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.Small
+                    color: card.cardState === "idle" ? Theme.text3 : Theme.warning
+                    text: card.cardState === "installing" ? qsTr("Installing…") : card.cardState === "starting" ? qsTr("Starting…") : qsTr("Not running")
+                }
+            }
+
+            Item {
+                anchors.left: parent.left
+                anchors.leftMargin: Theme.space16
+                anchors.right: action.left
+                anchors.rightMargin: Theme.space12
+                anchors.verticalCenter: action.verticalCenter
+                height: failure.implicitHeight
+                visible: card.services.length === 0 && card.cardState === "failed"
+
+                Icon {
+                    id: alert
+
+                    y: Theme.hairline
+                    name: "circle-alert"
+                    size: Theme.iconSmall
+                    color: Theme.danger
+                }
+
+                Label {
+                    id: failure
+
+                    anchors.left: alert.right
+                    anchors.leftMargin: Theme.space8
+                    anchors.right: parent.right
+                    role: Theme.Small
+                    color: Theme.danger
+                    wrapMode: Text.Wrap
+                    maximumLineCount: 2
+                    text: card.message
+
+                    Tip {
+                        text: failure.truncated ? card.message : ""
+                    }
+                }
+            }
+
+            Column {
+                anchors.left: parent.left
+                anchors.leftMargin: Theme.space12
+                anchors.verticalCenter: action.verticalCenter
+                visible: card.services.length > 0
+
+                Repeater {
+                    model: card.lineCount
+
+                    ServiceLine {
+                        required property int index
+
+                        service: card.lines[index] ?? {}
+                        alone: card.lines.length === 1
+                        limit: action.x - Theme.space24
+                        reachable: card.isCurrent
+                        onOpened: key => card.open(key)
+                    }
+                }
+
+                Label {
+                    visible: card.lines.length > 2
+                    leftPadding: Theme.space20
+                    role: Theme.Small
+                    color: Theme.text3
+                    text: qsTr("%1 more").arg(card.lines.length - card.lineCount)
+                }
+            }
+
+            RunButton {
+                id: action
+
+                anchors.right: parent.right
+                anchors.rightMargin: Theme.space16
+                anchors.bottom: parent.bottom
+                anchors.bottomMargin: Theme.space16
+                projectName: card.name
+                action: card.defaultAction
+                actions: card.actions
+                busy: card.busy
+                choosesDevice: card.isFlutter
+                prominent: card.active
+                reachable: card.isCurrent
+                onStarted: card.run(card.defaultAction)
+                onStopped: card.stop()
+                onChoose: anchor => card.chooseAction(anchor)
+            }
         }
     }
 }

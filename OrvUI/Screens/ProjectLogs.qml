@@ -13,6 +13,7 @@ FocusScope {
     property int padding: Theme.pagePadding
     property bool follow: true
     property bool wrap: false
+    property bool timed: false
     readonly property ServiceLogs logs: model.logs
     readonly property LogModel lines: logs.lines
 
@@ -50,60 +51,10 @@ FocusScope {
         width: page.width - 2 * x
         height: Theme.controlRegular
 
-        Segmented {
+        ServiceChoice {
             id: services
 
-            visible: list.count > 0
-            name: qsTr("Service")
-            currentIndex: list.shown
-            choices: list.choices
-            onChosen: index => page.logs.show(list.keys[index])
-        }
-
-        // What the segments show, out of the list of services.
-        Instantiator {
-            id: list
-
-            property int shown: 0
-            property var keys: []
-            property var choices: []
-
-            function collect() {
-                const found = [];
-                const ids = [];
-                for (let i = 0; i < count; ++i) {
-                    const entry = objectAt(i);
-                    if (!entry) {
-                        continue;
-                    }
-                    found.push({
-                        "text": entry.port.length > 0 ? entry.label + " " + entry.port : entry.label,
-                        "state": entry.phase === "stopped" ? "idle" : entry.phase
-                    });
-                    ids.push(entry.key);
-                    if (entry.isShown) {
-                        shown = i;
-                    }
-                }
-                keys = ids;
-                choices = found;
-            }
-
-            model: page.logs.services
-            onCountChanged: collect()
-            onObjectAdded: collect()
-
-            delegate: QtObject {
-                required property string key
-                required property string label
-                required property string phase
-                required property string port
-                required property bool isShown
-
-                onPhaseChanged: list.collect()
-                onPortChanged: list.collect()
-                onIsShownChanged: list.collect()
-            }
+            logs: page.logs
         }
 
         Row {
@@ -113,12 +64,12 @@ FocusScope {
             Field {
                 id: search
 
-                width: page.narrow ? Theme.searchWidthNarrow : Theme.searchWidth + Theme.space24
+                width: Math.min(page.narrow ? Theme.searchWidthNarrow : Theme.searchWidth + Theme.space24, Math.max(Theme.space40 * 2, bar.width - services.width - buttons.width - Theme.space20))
                 glyph: "search"
                 clearable: true
                 rightPadding: found.visible ? found.width + Theme.space40 : Theme.space32
                 placeholderText: qsTr("Search the output")
-                shortcut: qsTr("Ctrl F")
+                shortcut: Keymap.text("search")
                 text: page.lines.searchText
                 onTextEdited: page.lines.searchText = text
                 onCleared: page.lines.searchText = ""
@@ -140,44 +91,71 @@ FocusScope {
                 }
             }
 
-            Button {
-                glyph: "arrow-down-to-line"
-                glyphColor: page.follow ? Theme.accentText : Theme.text2
-                text: qsTr("Follow")
-                Accessible.checkable: true
-                Accessible.checked: page.follow
-                onClicked: page.follow = !page.follow
-            }
+            Row {
+                id: buttons
 
-            IconButton {
-                edge: Theme.controlRegular
-                glyph: "corner-down-right"
-                checkable: true
-                checked: page.wrap
-                tint: page.wrap ? Theme.accentText : Theme.text2
-                text: qsTr("Wrap long lines")
-                onClicked: {
-                    checked = Qt.binding(() => page.wrap);
-                    page.wrap = !page.wrap;
+                spacing: Theme.space8
+
+                Button {
+                    glyph: "arrow-down-to-line"
+                    glyphColor: page.follow ? Theme.accentText : Theme.text2
+                    text: qsTr("Follow")
+                    Accessible.checkable: true
+                    Accessible.checked: page.follow
+                    onClicked: page.follow = !page.follow
                 }
-            }
 
-            IconButton {
-                edge: Theme.controlRegular
-                glyph: "copy"
-                text: qsTr("Copy all")
-                shortcut: qsTr("Ctrl Shift C")
-                enabled: view.count > 0
-                onClicked: Clipboard.copy(page.lines.allText())
-            }
+                IconButton {
+                    edge: Theme.controlRegular
+                    glyph: "corner-down-right"
+                    checkable: true
+                    checked: page.wrap
+                    tint: page.wrap ? Theme.accentText : Theme.text2
+                    text: qsTr("Wrap long lines")
+                    onClicked: {
+                        checked = Qt.binding(() => page.wrap);
+                        page.wrap = !page.wrap;
+                    }
+                }
 
-            IconButton {
-                edge: Theme.controlRegular
-                glyph: "eraser"
-                text: qsTr("Clear")
-                shortcut: qsTr("Ctrl Alt K")
-                enabled: view.count > 0
-                onClicked: page.lines.clear()
+                IconButton {
+                    edge: Theme.controlRegular
+                    glyph: "own-clock"
+                    checkable: true
+                    checked: page.timed
+                    tint: page.timed ? Theme.accentText : Theme.text2
+                    text: qsTr("Show when each line came")
+                    onClicked: {
+                        checked = Qt.binding(() => page.timed);
+                        page.timed = !page.timed;
+                    }
+                }
+
+                IconButton {
+                    edge: Theme.controlRegular
+                    glyph: "own-save"
+                    text: qsTr("Save as a file…")
+                    enabled: view.count > 0
+                    onClicked: page.nav.saveLogs()
+                }
+
+                IconButton {
+                    edge: Theme.controlRegular
+                    glyph: "copy"
+                    text: qsTr("Copy all")
+                    shortcut: Keymap.text("copyLogs")
+                    enabled: view.count > 0
+                    onClicked: Clipboard.copy(page.lines.allText())
+                }
+
+                IconButton {
+                    edge: Theme.controlRegular
+                    glyph: "eraser"
+                    text: qsTr("Clear")
+                    shortcut: Keymap.text("clearLogs")
+                    enabled: view.count > 0
+                    onClicked: page.lines.clear()
+                }
             }
         }
     }
@@ -207,7 +185,7 @@ FocusScope {
             reuseItems: true
             model: page.lines
             Accessible.role: Accessible.List
-            Accessible.name: services.choices.length > 0 ? qsTr("Output of %1").arg(services.choices[list.shown]?.text ?? "") : qsTr("Output")
+            Accessible.name: services.count > 0 ? qsTr("Output of %1").arg(services.shownText) : qsTr("Output")
             onCountChanged: {
                 if (page.follow) {
                     positionViewAtEnd();
@@ -234,6 +212,7 @@ FocusScope {
             delegate: LogLine {
                 width: view.width
                 wrap: page.wrap
+                timed: page.timed
             }
 
             T.ScrollBar.vertical: ScrollBar {}
@@ -256,28 +235,28 @@ FocusScope {
             anchors.centerIn: parent
             visible: view.count === 0
             picture: "no-results"
-            heading: list.count === 0 ? qsTr("No output yet") : qsTr("Nothing printed so far")
-            text: list.count === 0 ? qsTr("Start a service to see its logs here.") : qsTr("What the service prints shows up here.")
+            heading: services.count === 0 ? qsTr("No output yet") : qsTr("Nothing printed so far")
+            text: services.count === 0 ? qsTr("Start a service to see its logs here.") : qsTr("What the service prints shows up here.")
         }
     }
 
     Shortcut {
-        sequence: "Ctrl+F"
+        sequences: Keymap.of("search")
         onActivated: page.focusSearch()
     }
 
     Shortcut {
-        sequence: "F3"
+        sequences: Keymap.of("nextHit")
         onActivated: page.lines.nextMatch()
     }
 
     Shortcut {
-        sequence: "Shift+F3"
+        sequences: Keymap.of("previousHit")
         onActivated: page.lines.previousMatch()
     }
 
     Shortcut {
-        sequence: "Ctrl+End"
+        sequences: Keymap.of("follow")
         onActivated: {
             page.follow = true;
             view.positionViewAtEnd();
@@ -285,12 +264,12 @@ FocusScope {
     }
 
     Shortcut {
-        sequence: "Ctrl+Shift+C"
+        sequences: Keymap.of("copyLogs")
         onActivated: Clipboard.copy(page.lines.allText())
     }
 
     Shortcut {
-        sequence: "Ctrl+Alt+K"
+        sequences: Keymap.of("clearLogs")
         onActivated: page.lines.clear()
     }
 }

@@ -16,68 +16,121 @@ Item {
         id: view
 
         anchors.fill: parent
-        contentHeight: main.height + 2 * Theme.space20
+        contentHeight: content.height + 2 * Theme.space20
         boundsBehavior: Flickable.StopAtBounds
         clip: true
 
-        Column {
-            id: main
+        Item {
+            id: content
+
+            readonly property bool wide: !overview.narrow
+            readonly property int sideWidth: overview.width > Theme.wideLimit - Theme.sidebarWidthWide ? Theme.sideWidthWide : Theme.sideWidth
 
             x: overview.padding
             y: Theme.space20
             width: Math.min(view.width - 2 * x, Theme.contentWidthLimit)
-            spacing: Theme.space8
+            height: Math.max(output.visible ? output.y + output.height : services.height, side.y + side.height)
 
-            Row {
-                height: Theme.space24
-                spacing: Theme.space10
+            Column {
+                id: services
 
-                Label {
-                    anchors.verticalCenter: parent.verticalCenter
-                    role: Theme.Section
-                    text: qsTr("Services")
-                    Accessible.role: Accessible.Heading
-                    Accessible.name: text
+                width: content.wide ? parent.width - content.sideWidth - Theme.space20 : parent.width
+                spacing: Theme.space8
+
+                Row {
+                    height: Theme.space24
+                    spacing: Theme.space10
+
+                    Label {
+                        anchors.verticalCenter: parent.verticalCenter
+                        role: Theme.Section
+                        text: qsTr("Services")
+                        Accessible.role: Accessible.Heading
+                        Accessible.name: text
+                    }
+
+                    Label {
+                        anchors.verticalCenter: parent.verticalCenter
+                        role: Theme.Small
+                        color: Theme.text3
+                        text: overview.detail.runningCount > 0 ? qsTr("%1 of %2 running").arg(overview.detail.runningCount).arg(list.count) : qsTr("%1, none running").arg(list.count)
+                    }
                 }
 
-                Label {
-                    anchors.verticalCenter: parent.verticalCenter
-                    role: Theme.Small
-                    color: Theme.text3
-                    text: overview.detail.runningCount > 0 ? qsTr("%1 of %2 running").arg(overview.detail.runningCount).arg(list.count) : qsTr("%1, none running").arg(list.count)
-                }
-            }
-
-            CardFace {
-                width: parent.width
-                height: rows.height
-                Accessible.role: Accessible.List
-                Accessible.name: qsTr("Services")
-
-                Column {
-                    id: rows
-
+                CardFace {
                     width: parent.width
+                    height: rows.height
+                    Accessible.role: Accessible.List
+                    Accessible.name: qsTr("Services")
 
-                    Repeater {
-                        id: list
+                    Column {
+                        id: rows
 
-                        model: overview.detail.services
+                        width: parent.width
 
-                        ServiceRow {
-                            width: rows.width
-                            onStarted: overview.detail.startService(key)
-                            onStopped: overview.detail.stopService(key)
-                            onRestarted: overview.detail.restartService(key)
-                            onOpened: overview.model.openServiceByKey(key)
-                            onCorrected: overview.nav.settings(6)
-                            onLogsAsked: {
-                                overview.nav.tab = 3;
-                                overview.model.logs.show(key);
+                        Repeater {
+                            id: list
+
+                            model: overview.detail.services
+
+                            ServiceRow {
+                                width: rows.width
+                                onStarted: overview.detail.startService(key)
+                                onStopped: overview.detail.stopService(key)
+                                onRestarted: overview.detail.restartService(key)
+                                onOpened: overview.model.openServiceByKey(key)
+                                onCorrected: overview.nav.settings(6)
+                                onLogsAsked: {
+                                    overview.nav.tab = 3;
+                                    overview.model.logs.show(key);
+                                }
                             }
                         }
                     }
                 }
+            }
+
+            // Beside the services, or below them two in a row.
+            Grid {
+                id: side
+
+                readonly property int cardWidth: content.wide ? content.sideWidth : (content.width - spacing) / 2
+
+                x: content.wide ? content.width - width : 0
+                y: content.wide ? 0 : services.height + Theme.space20
+                columns: content.wide ? 1 : 2
+                spacing: Theme.space16
+
+                OverviewGit {
+                    width: side.cardWidth
+                    git: overview.model.git?.projectID === overview.detail.projectID ? overview.model.git : null
+                    narrow: overview.narrow
+                    onOpened: overview.nav.tab = 4
+                }
+
+                OverviewTasks {
+                    width: side.cardWidth
+                    model: overview.model
+                    projectID: overview.detail.projectID
+                    onTasksAsked: overview.nav.tab = 1
+                }
+
+                OverviewAgents {
+                    width: side.cardWidth
+                    detail: overview.detail
+                    onRunsAsked: overview.nav.ai()
+                }
+            }
+
+            OverviewOutput {
+                id: output
+
+                y: content.wide ? services.height + Theme.space20 : side.y + side.height + Theme.space20
+                width: services.width
+                boxHeight: Math.max(Theme.overviewOutput, view.height - content.y - y - Theme.space28 - Theme.space8 - Theme.space20)
+                model: overview.model
+                projectID: overview.detail.projectID
+                onLogsAsked: overview.nav.tab = 3
             }
         }
 

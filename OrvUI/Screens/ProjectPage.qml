@@ -20,6 +20,22 @@ FocusScope {
         projectID: page.nav.page === Navigator.Project ? page.nav.pageID : projectID
     }
 
+    function openGit() {
+        if (detail.found && page.model.git?.projectID !== detail.projectID) {
+            page.model.openGit(detail.projectID);
+        }
+    }
+
+    Component.onCompleted: openGit()
+
+    Connections {
+        target: detail
+
+        function onChanged() {
+            page.openGit();
+        }
+    }
+
     function preferred(actions, wanted) {
         return actions.includes(wanted) ? wanted : actions[0] ?? "";
     }
@@ -127,6 +143,7 @@ FocusScope {
                 projectName: detail.name
                 action: page.preferred(detail.startable, detail.defaultAction)
                 actions: detail.startable
+                choosesDevice: detail.isFlutter
                 busy: false
                 onStarted: page.model.runAction(detail.projectID, action)
                 onChoose: anchor => page.chooseAction(anchor)
@@ -137,10 +154,17 @@ FocusScope {
                 spacing: Theme.space8
 
                 BoxButton {
+                    visible: detail.isFlutter && !page.narrow
+                    glyph: "smartphone"
+                    text: qsTr("Choose a device for %1").arg(detail.name)
+                    onClicked: page.model.devices.ask(detail.projectID)
+                }
+
+                BoxButton {
                     enabled: detail.runningCount > 0
                     glyph: "rotate-cw"
                     text: qsTr("Restart %1").arg(detail.name)
-                    shortcut: qsTr("Ctrl Shift R")
+                    shortcut: Keymap.text("restart")
                     onClicked: page.model.restartProject(detail.projectID)
                 }
 
@@ -187,6 +211,15 @@ FocusScope {
         {
             "text": qsTr("Logs"),
             "source": "ProjectLogs.qml"
+        },
+        {
+            "text": qsTr("Git"),
+            "count": detail.gitChanges,
+            "source": "ProjectGit.qml"
+        },
+        {
+            "text": qsTr("Files"),
+            "source": "ProjectFiles.qml"
         }
     ]
 
@@ -210,6 +243,7 @@ FocusScope {
         if (body.shown === source) {
             return;
         }
+        const hadFocus = page.activeFocus;
         body.shown = source;
         body.setSource(source, {
             "model": page.model,
@@ -218,6 +252,9 @@ FocusScope {
             "narrow": Qt.binding(() => page.narrow),
             "padding": Qt.binding(() => page.padding)
         });
+        if (hadFocus) {
+            body.forceActiveFocus(Qt.OtherFocusReason);
+        }
     }
 
     Connections {
@@ -231,6 +268,7 @@ FocusScope {
     function chooseAction(anchor) {
         choice.active = true;
         choice.item.actions = detail.startable;
+        choice.item.choosesDevice = detail.isFlutter;
         choice.item.popup(anchor, anchor.width - choice.item.width, anchor.height + Theme.space4);
     }
 
@@ -241,37 +279,18 @@ FocusScope {
 
         sourceComponent: RunMenu {
             onChosen: action => page.model.runAction(detail.projectID, action)
+            onDeviceAsked: page.model.devices.ask(detail.projectID)
         }
     }
 
-    Shortcut {
-        sequence: "Ctrl+Return"
-        onActivated: page.model.toggleProject(detail.projectID)
-    }
-
-    Shortcut {
-        sequence: "Ctrl+Alt+Return"
-        onActivated: page.chooseAction(controls)
-    }
-
-    Shortcut {
-        sequence: "Ctrl+Shift+R"
-        onActivated: page.model.restartProject(detail.projectID)
-    }
-
-    Shortcut {
-        sequence: "Ctrl+Shift+."
-        onActivated: page.model.stopProject(detail.projectID)
-    }
-
-    Shortcut {
-        sequence: "Ctrl+O"
-        onActivated: page.model.openProject(detail.projectID)
-    }
-
-    Shortcut {
-        sequence: "Ctrl+D"
-        onActivated: page.model.togglePinFor(detail.projectID)
+    ProjectKeys {
+        enabled: page.visible
+        model: page.model
+        nav: page.nav
+        projectID: detail.projectID
+        inTerminal: page.nav.tab === 2
+        onChoiceAsked: page.chooseAction(controls)
+        onAgentAsked: page.nav.agentPanel = !page.nav.agentPanel
     }
 
     Instantiator {
@@ -280,7 +299,7 @@ FocusScope {
         Shortcut {
             required property int index
 
-            sequence: "Alt+" + (index + 1)
+            sequence: Keymap.nth("tab", index)
             onActivated: page.nav.tab = index
         }
     }

@@ -17,7 +17,15 @@ FocusScope {
         value: page.detail.projectID
     }
 
+    Wish {
+        nav: page.nav
+        name: "newTask"
+        onGranted: list.focusField()
+    }
+
     TaskListView {
+        id: list
+
         anchors.fill: parent
         anchors.topMargin: Theme.space20
         focus: true
@@ -26,14 +34,20 @@ FocusScope {
         grouped: false
         onHandedToAi: key => {
             page.model.draftAgentTaskFor(key);
-            page.nav.ai();
+            page.nav.agentPanel = true;
         }
         contentWidth: Math.min(Theme.listWidthLimit, page.width - 2 * page.padding)
 
         header: Column {
+            function focusField() {
+                composer.focusField();
+            }
+
             bottomPadding: Theme.space12
 
             TaskComposer {
+                id: composer
+
                 width: parent.width
                 focus: true
                 model: page.model

@@ -11,6 +11,12 @@ FocusScope {
     property bool narrow: false
     property int padding: Theme.pagePadding
 
+    Wish {
+        nav: page.nav
+        name: "newTerminal"
+        onGranted: terminals.newTerminal()
+    }
+
     TerminalPage {
         id: terminals
 
@@ -23,7 +29,7 @@ FocusScope {
         tabs: page.model.terminalTabs
         folder: page.detail.folderUrl
         folderName: page.detail.name
-        onLinkActivated: link => page.model.openLink(link)
-        onFileActivated: (path, line, column) => page.model.openLink("file://" + path)
+        onLinkActivated: link => page.nav.followLink(link)
+        onFileActivated: (path, line, column) => page.model.openFile(path, line, column)
     }
 }

@@ -7,9 +7,10 @@ FocusScope {
     id: panel
 
     required property AppModel model
-    readonly property bool empty: running.count === 0 && pinned.count === 0
+    readonly property bool empty: running.count === 0 && pinned.count === 0 && tasks.count === 0
     readonly property int shownPins: 3
     readonly property int shownServices: 5
+    readonly property int shownTasks: 4
     signal windowAsked
     signal settingsAsked
     signal quitAsked
@@ -138,6 +139,29 @@ FocusScope {
 
             PanelMore {
                 count: pinned.count - panel.shownPins
+                onClicked: panel.leave(() => panel.windowAsked())
+            }
+
+            PanelHeading {
+                visible: tasks.count > 0
+                text: qsTr("To do")
+                count: tasks.count
+            }
+
+            Repeater {
+                id: tasks
+
+                model: panel.model.taskLists.open
+
+                PanelTaskRow {
+                    width: lists.width
+                    visible: index < panel.shownTasks
+                    onFinished: panel.model.taskLists.setDone(key, true)
+                }
+            }
+
+            PanelMore {
+                count: tasks.count - panel.shownTasks
                 onClicked: panel.leave(() => panel.windowAsked())
             }
         }

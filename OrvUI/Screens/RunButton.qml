@@ -9,9 +9,11 @@ Row {
     required property string action
     required property var actions
     required property bool busy
+    // A device can be chosen for it, so that there is a choice even with one action.
+    property bool choosesDevice: false
     property bool prominent: false
     property bool reachable: true
-    readonly property bool split: !busy && actions.length > 1
+    readonly property bool split: !busy && (actions.length > 1 || (choosesDevice && actions.length > 0))
     signal started
     signal stopped
     signal choose(Item anchor)

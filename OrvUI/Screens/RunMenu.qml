@@ -7,7 +7,9 @@ Menu {
     id: choice
 
     property var actions: []
+    property bool choosesDevice: false
     signal chosen(string action)
+    signal deviceAsked
 
     Instantiator {
         model: choice.actions
@@ -21,5 +23,18 @@ Menu {
             text: modelData
             onTriggered: choice.chosen(modelData)
         }
+    }
+
+    MenuLine {
+        visible: choice.choosesDevice
+        height: visible ? implicitHeight : 0
+    }
+
+    MenuRow {
+        visible: choice.choosesDevice
+        height: visible ? implicitHeight : 0
+        glyph: "smartphone"
+        text: qsTr("Choose a device…")
+        onTriggered: choice.deviceAsked()
     }
 }

@@ -2,11 +2,12 @@ import OrvLauncher.Screens
 import QtQuick
 import QtQuick.Templates as T
 
-// A running service on the shelf.
-T.Control {
+// A running service on the shelf: a click opens its project's page.
+T.AbstractButton {
     id: item
 
     required property string key
+    required property string projectID
     required property string name
     required property string kindLabel
     required property string address
@@ -15,13 +16,25 @@ T.Control {
     required property string tileLetter
     signal opened
     signal stopped
+    signal logsAsked
 
     implicitHeight: Theme.runningItemHeight
-    Accessible.role: Accessible.ListItem
+    Accessible.role: Accessible.Button
     Accessible.name: qsTr("%1, %2").arg(name).arg(kindLabel)
     Accessible.description: address.length > 0 ? qsTr("Running on %1").arg(address) : qsTr("Running")
 
-    background: CardFace {}
+    hoverEnabled: true
+    text: name
+
+    background: CardFace {
+        color: item.hovered ? Theme.surfaceHover : Theme.surface
+        border.color: item.hovered ? Theme.borderStrong : Theme.border
+
+        FocusRing {
+            control: item
+            shapeRadius: Theme.radiusCard
+        }
+    }
 
     contentItem: Item {
         Tile {
@@ -65,7 +78,7 @@ T.Control {
         Label {
             anchors.left: title.right
             anchors.leftMargin: Theme.space6
-            anchors.right: stop.left
+            anchors.right: logs.left
             anchors.rightMargin: Theme.space8
             anchors.baseline: title.baseline
             role: Theme.Small
@@ -91,6 +104,17 @@ T.Control {
             role: Theme.Small
             color: Theme.text2
             text: qsTr("No address")
+        }
+
+        IconButton {
+            id: logs
+
+            anchors.right: stop.left
+            anchors.verticalCenter: parent.verticalCenter
+            glyph: "logs"
+            text: qsTr("Logs of %1").arg(item.kindLabel)
+            Accessible.name: qsTr("Logs of %1 of %2").arg(item.kindLabel).arg(item.name)
+            onClicked: item.logsAsked()
         }
 
         IconButton {

@@ -6,7 +6,7 @@ import QtQuick.Templates as T
 T.Control {
     id: segmented
 
-    // One record each: text, glyph, the state of a service (any may be missing).
+    // One record each: text, glyph, the state of a service (any may be missing); without a text a name.
     required property var choices
     property int currentIndex: 0
     property string name
@@ -51,12 +51,12 @@ T.Control {
                     readonly property bool isCurrent: index === segmented.currentIndex
 
                     height: row.height
-                    implicitWidth: content.implicitWidth + Theme.space20
+                    implicitWidth: content.implicitWidth + (modelData.text === undefined ? Theme.space16 : Theme.space20)
                     width: segmented.stretched ? Math.floor((segmented.width - 2 * Theme.space2) / segmented.choices.length) : implicitWidth
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true
                     Accessible.role: Accessible.RadioButton
-                    Accessible.name: modelData.text
+                    Accessible.name: modelData.text ?? modelData.name
                     Accessible.checked: isCurrent
                     onClicked: segmented.chosen(index)
 
@@ -68,6 +68,11 @@ T.Control {
                         color: segment.isCurrent ? Theme.segOn : segment.hovered ? Theme.hover : "transparent"
                         border.width: segment.isCurrent ? Theme.hairline : 0
                         border.color: Theme.buttonEdge
+                    }
+
+                    Tip {
+                        text: segment.modelData.name ?? ""
+                        shortcut: segment.modelData.shortcut ?? ""
                     }
 
                     contentItem: Item {
@@ -94,9 +99,10 @@ T.Control {
 
                             Label {
                                 anchors.verticalCenter: parent.verticalCenter
+                                visible: text.length > 0
                                 role: Theme.BodyStrong
                                 color: segment.isCurrent ? Theme.text : Theme.text2
-                                text: segment.modelData.text
+                                text: segment.modelData.text ?? ""
                             }
                         }
                     }

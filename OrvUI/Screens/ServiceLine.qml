@@ -23,7 +23,7 @@ Row {
 
     Label {
         anchors.verticalCenter: parent.verticalCenter
-        width: line.alone ? implicitWidth : Theme.kindWidth
+        width: line.alone ? implicitWidth : Math.max(Theme.kindWidth, Math.min(implicitWidth, 2 * Theme.kindWidth))
         role: Theme.Small
         color: line.failed ? Theme.danger : line.running ? Theme.text2 : Theme.warning
         text: !line.alone ? line.service.label ?? "" : line.running ? qsTr("Running") : qsTr("Starting…")

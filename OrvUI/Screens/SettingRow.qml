@@ -34,6 +34,7 @@ Item {
 
             width: parent.width
             role: row.code ? Theme.Mono : Theme.BodyStrong
+            color: row.enabled ? Theme.text : Theme.disabled
             elide: row.code ? Text.ElideMiddle : Text.ElideRight
             text: row.title
 
@@ -46,7 +47,7 @@ Item {
             width: parent.width
             visible: text.length > 0
             role: Theme.Small
-            color: Theme.text3
+            color: row.enabled ? Theme.text3 : Theme.disabled
             wrapMode: Text.Wrap
             elide: Text.ElideNone
             text: row.text

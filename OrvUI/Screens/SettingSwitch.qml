@@ -7,7 +7,25 @@ SettingRow {
 
     required property bool on
     property string name: title
+    // Of a shortcut that it switches.
+    property var keys: []
     signal toggled(bool on)
+
+    Row {
+        anchors.verticalCenter: parent.verticalCenter
+        visible: row.keys.length > 0
+        spacing: Theme.space4
+
+        Repeater {
+            model: row.keys
+
+            KeyHint {
+                required property string modelData
+
+                text: modelData
+            }
+        }
+    }
 
     Switch {
         anchors.verticalCenter: parent.verticalCenter

@@ -7,9 +7,12 @@ Column {
 
     required property AppModel model
     required property SettingsForm form
+    // Another application holds the quick panel's key.
+    property string shortcutNote: (Window.window as Main)?.shortcutNote ?? ""
     signal folderRequested
 
     spacing: Theme.space28
+    Component.onCompleted: model.login.refresh()
 
     SettingGroup {
         width: parent.width
@@ -35,9 +38,123 @@ Column {
         }
     }
 
+    Column {
+        width: parent.width
+        spacing: Theme.space8
+
+        SettingGroup {
+            width: parent.width
+            heading: qsTr("Window and menu bar")
+
+            SettingSwitch {
+                visible: Qt.platform.os === "osx"
+                height: visible ? implicitHeight : 0
+                title: qsTr("Show in Dock")
+                text: qsTr("Off: OrvLauncher lives in the menu bar only")
+                on: section.form.showDockIcon
+                onToggled: on => section.form.showDockIcon = on
+            }
+
+            SettingSwitch {
+                enabled: section.model.login.available
+                title: qsTr("Start at login")
+                text: section.model.login.available ? qsTr("Opens in the menu bar when you log in") : qsTr("This system has no list of what starts at login")
+                on: section.model.login.enabled
+                onToggled: on => section.model.login.enabled = on
+            }
+
+            SettingSwitch {
+                title: qsTr("Quick panel shortcut")
+                text: qsTr("Opens the panel from anywhere")
+                keys: Keymap.keysOf("quickPanel")
+                on: section.form.quickPanelShortcut
+                onToggled: on => section.form.quickPanelShortcut = on
+            }
+        }
+
+        SettingNote {
+            text: section.model.login.error
+        }
+
+        SettingNote {
+            text: section.shortcutNote
+        }
+    }
+
+    SettingGroup {
+        width: parent.width
+        heading: qsTr("Files")
+
+        SettingRow {
+            title: qsTr("Editor")
+            text: qsTr("{file}, {line} and {column} stand for what is opened. Empty: as the desktop does")
+
+            Field {
+                anchors.verticalCenter: parent.verticalCenter
+                width: Theme.searchWidth + Theme.space40
+                code: true
+                placeholderText: "code -g {file}:{line}:{column}"
+                text: section.form.editorCommand
+                Accessible.name: qsTr("Editor")
+                onEditingFinished: section.form.editorCommand = text
+            }
+        }
+    }
+
+    SettingGroup {
+        width: parent.width
+        heading: qsTr("Terminals")
+
+        SettingRow {
+            title: qsTr("Programs may copy")
+            text: section.form.terminalClipboard === 0 ? qsTr("Nothing that runs in a terminal changes the clipboard") : section.form.terminalClipboard === 1 ? qsTr("You are asked before it changes the clipboard") : qsTr("What runs there, over ssh too, may change the clipboard")
+
+            Segmented {
+                anchors.verticalCenter: parent.verticalCenter
+                name: qsTr("Programs may copy")
+                currentIndex: section.form.terminalClipboard
+                choices: [
+                    {
+                        "text": qsTr("Never")
+                    },
+                    {
+                        "text": qsTr("Ask")
+                    },
+                    {
+                        "text": qsTr("Always")
+                    }
+                ]
+                onChosen: index => section.form.terminalClipboard = index
+            }
+        }
+    }
+
     SettingGroup {
         width: parent.width
         heading: qsTr("Setup")
+
+        SettingRow {
+            title: qsTr("Welcome tour")
+            text: qsTr("Go through name, folder, git, look and AI again")
+
+            Button {
+                anchors.verticalCenter: parent.verticalCenter
+                text: qsTr("Start")
+                Accessible.name: qsTr("Start the welcome tour")
+                onClicked: section.model.startOnboarding()
+            }
+        }
+
+        SettingRow {
+            title: qsTr("Diagnostics")
+            text: qsTr("Versions, desktop and counts, for a report. No names, no paths")
+
+            Button {
+                anchors.verticalCenter: parent.verticalCenter
+                text: qsTr("Copy diagnostics")
+                onClicked: (Window.window as Main)?.copyDiagnostics()
+            }
+        }
 
         SettingRow {
             title: qsTr("Application data")

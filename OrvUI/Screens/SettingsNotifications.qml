@@ -9,9 +9,34 @@ Column {
     required property SettingsForm form
 
     spacing: Theme.space28
+    Component.onCompleted: model.refreshNotificationStatus()
 
     SettingGroup {
         width: parent.width
+
+        SettingSwitch {
+            title: qsTr("Notifications")
+            text: section.model.notificationStatusText
+            on: section.model.notificationsEnabled
+            onToggled: on => section.model.setNotificationsEnabled(on)
+        }
+
+        SettingRow {
+            enabled: section.model.notificationsEnabled
+            title: qsTr("Try it")
+            text: qsTr("Sends one that only says that it came")
+
+            Button {
+                anchors.verticalCenter: parent.verticalCenter
+                text: qsTr("Send a test")
+                onClicked: section.form.sendTestNotification()
+            }
+        }
+    }
+
+    SettingGroup {
+        width: parent.width
+        enabled: section.model.notificationsEnabled
         heading: qsTr("Tell me when")
 
         SettingSwitch {
@@ -45,6 +70,7 @@ Column {
 
     SettingGroup {
         width: parent.width
+        enabled: section.model.notificationsEnabled
         heading: qsTr("When")
 
         SettingSwitch {

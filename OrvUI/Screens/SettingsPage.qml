@@ -75,7 +75,8 @@ FocusScope {
                 required property int index
 
                 width: page.narrow ? Math.floor((page.width - 2 * page.padding) / page.sections.length) : Theme.settingsNavWidth
-                glyph: modelData.glyph
+                // Where all stand side by side there is no room for both.
+                glyph: page.narrow ? "" : modelData.glyph
                 text: modelData.text
                 showsCount: false
                 selected: page.nav.section === index

@@ -12,7 +12,7 @@ Item {
     readonly property bool running: status === "running"
     readonly property bool failed: status === "failed"
 
-    implicitHeight: Theme.setupStepHeight
+    implicitHeight: Math.max(Theme.setupStepHeight, line.y + line.implicitHeight + Theme.space12 + Theme.hairline)
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("%1, %2").arg(title).arg(state.text)
     Accessible.description: command
@@ -50,8 +50,12 @@ Item {
     }
 
     Label {
+        id: heading
+
         anchors.left: mark.right
         anchors.leftMargin: Theme.space12
+        anchors.right: state.left
+        anchors.rightMargin: Theme.space8
         anchors.top: mark.top
         anchors.topMargin: -Theme.hairline
         role: Theme.BodyStrong
@@ -74,16 +78,15 @@ Item {
 
         anchors.left: mark.right
         anchors.leftMargin: Theme.space12
-        anchors.right: state.left
-        anchors.rightMargin: Theme.space8
-        anchors.bottom: parent.bottom
-        anchors.bottomMargin: Theme.space12 + Theme.hairline
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space12
+        anchors.top: heading.bottom
+        anchors.topMargin: Theme.hairline
         role: Theme.MonoPath
         color: Theme.text2
+        // Whoever is asked reads all of it.
+        wrapMode: Text.WrapAnywhere
+        elide: Text.ElideNone
         text: step.command
-
-        Tip {
-            text: line.truncated ? step.command : ""
-        }
     }
 }

@@ -2,7 +2,7 @@ import OrvLauncher.Screens
 import QtQuick
 
 // The frame's left side: mark, filters, folders and the profile. Below the narrow limit it is a rail of icons.
-Item {
+FocusScope {
     id: sidebar
 
     required property AppModel model
@@ -14,6 +14,7 @@ Item {
     // The rail is left by the button at its top only where there is room for the sidebar.
     property bool collapsible: true
     signal toggleRequested
+    signal jumpRequested
 
     SettingsForm {
         id: form
@@ -56,15 +57,26 @@ Item {
             visible: !sidebar.rail && sidebar.collapsible
             glyph: "panel-left"
             text: qsTr("Hide the sidebar")
-            shortcut: qsTr("Ctrl Alt S")
+            shortcut: Keymap.text("sidebar")
             onClicked: sidebar.toggleRequested()
         }
+    }
+
+    JumpField {
+        id: jump
+
+        anchors.top: titleZone.bottom
+        x: filters.x
+        width: filters.width
+        rail: sidebar.rail
+        onClicked: sidebar.jumpRequested()
     }
 
     Column {
         id: filters
 
-        anchors.top: titleZone.bottom
+        anchors.top: jump.bottom
+        anchors.topMargin: Theme.space12
         x: sidebar.rail ? Math.round((sidebar.width - Theme.railButtonWidth) / 2) : Theme.space8
         width: sidebar.rail ? Theme.railButtonWidth : sidebar.width - Theme.space16
         spacing: sidebar.rail ? Theme.space4 : 0
@@ -77,7 +89,7 @@ Item {
             height: Theme.railButtonHeight
             glyph: "panel-left"
             text: qsTr("Show the sidebar")
-            shortcut: qsTr("Ctrl Alt S")
+            shortcut: Keymap.text("sidebar")
             onClicked: sidebar.toggleRequested()
         }
 
@@ -107,7 +119,7 @@ Item {
                     badge: filter.index === 2
                     showsCount: sidebar.model.hasScanned && sidebar.model.projectCount > 0
                     selected: sidebar.nav.page === Navigator.Home && filter.index === sidebar.model.filterIndex
-                    shortcut: qsTr("Ctrl %1").arg(filter.index + 1)
+                    shortcut: Keymap.nthText("filter", filter.index)
                     onClicked: {
                         sidebar.model.filterIndex = filter.index;
                         sidebar.nav.home();
@@ -232,7 +244,7 @@ Item {
             showsCount: count > 0
             counts: count === 1 ? qsTr("%1, 1 open").arg(text) : qsTr("%1, %2 open").arg(text).arg(count)
             selected: sidebar.nav.page === Navigator.Tasks
-            shortcut: qsTr("Ctrl 6")
+            shortcut: Keymap.text("tasks")
             onClicked: sidebar.nav.tasks()
         }
 
@@ -245,7 +257,7 @@ Item {
             showsCount: count > 0
             counts: qsTr("%1, %2 working").arg(text).arg(count)
             selected: sidebar.nav.page === Navigator.Ai
-            shortcut: qsTr("Ctrl 7")
+            shortcut: Keymap.text("ai")
             onClicked: sidebar.nav.ai()
         }
     }

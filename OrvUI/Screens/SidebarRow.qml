@@ -44,15 +44,17 @@ T.AbstractButton {
 
             x: row.rail ? Math.round((row.width - width) / 2) : Theme.space10
             anchors.verticalCenter: parent.verticalCenter
+            visible: row.glyph.length > 0
+            width: visible ? Theme.icon : 0
             name: row.glyph
             color: row.selected ? Theme.accentText : Theme.text2
         }
 
         Label {
             anchors.left: icon.right
-            anchors.leftMargin: Theme.space10
+            anchors.leftMargin: icon.visible ? Theme.space10 : 0
             anchors.right: number.left
-            anchors.rightMargin: Theme.space8
+            anchors.rightMargin: row.showsCount ? Theme.space8 : 0
             anchors.verticalCenter: parent.verticalCenter
             visible: !row.rail
             role: Theme.BodyStrong

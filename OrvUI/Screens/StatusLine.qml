@@ -10,7 +10,19 @@ Item {
     required property bool isError
     required property bool isOngoing
     property int limit: Theme.statusLineLimit
+    // What can be done about it, in a word; empty: nothing.
+    property string action
+    property string actionKeys
+    signal acted
     signal dismissed
+
+    // Still there while the line fades.
+    property string kept
+    onTextChanged: {
+        if (text.length > 0) {
+            kept = text;
+        }
+    }
 
     implicitWidth: Math.min(limit, row.implicitWidth + Theme.space24)
     implicitHeight: Theme.statusLineHeight
@@ -65,13 +77,29 @@ Item {
             id: label
 
             anchors.verticalCenter: parent.verticalCenter
-            width: Math.min(implicitWidth, line.limit - 2 * Theme.space12 - 2 * Theme.space10 - Theme.icon - Theme.controlMini)
+            width: Math.min(implicitWidth, line.limit - 2 * Theme.space12 - 2 * Theme.space10 - Theme.icon - Theme.controlMini - (act.visible ? act.width + Theme.space10 : 0))
             role: Theme.BodyStrong
             maximumLineCount: 1
-            text: line.text
+            text: line.kept
 
             Tip {
                 text: label.truncated ? line.text : ""
+            }
+        }
+
+        Button {
+            id: act
+
+            anchors.verticalCenter: parent.verticalCenter
+            visible: line.action.length > 0
+            controlHeight: Theme.controlMini
+            ghost: true
+            text: line.action
+            onClicked: line.acted()
+
+            Tip {
+                text: line.actionKeys.length > 0 ? line.action : ""
+                shortcut: line.actionKeys
             }
         }
 

@@ -18,6 +18,7 @@ FocusScope {
     signal renamed(string title)
     signal removed
     signal handedToAi
+    signal moved(int step)
 
     function edit() {
         editing = true;
@@ -42,6 +43,16 @@ FocusScope {
     Keys.onSpacePressed: item.doneToggled(!item.isDone)
     Keys.onReturnPressed: item.edit()
     Keys.onDeletePressed: item.removed()
+    Keys.onUpPressed: item.moved(-1)
+    Keys.onDownPressed: item.moved(1)
+    // On a project's page the same keys open the panel.
+    Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_J && event.modifiers === Qt.ControlModifier && !item.isDone
+    Keys.onPressed: event => {
+        event.accepted = event.key === Qt.Key_J && event.modifiers === Qt.ControlModifier && !item.isDone;
+        if (event.accepted) {
+            item.handedToAi();
+        }
+    }
 
     Rectangle {
         anchors.fill: parent

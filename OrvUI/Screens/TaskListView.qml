@@ -14,8 +14,17 @@ FocusScope {
     property int contentWidth: width
     property alias header: top.sourceComponent
     property bool recentOpen: true
+    readonly property var head: top.item
     signal handedToAi(string key)
     readonly property bool scrolled: view.contentY > Theme.hairline
+
+    function focusField() {
+        page.head.focusField();
+    }
+
+    function go(row) {
+        rows.itemAt(row)?.take();
+    }
 
     Component.onCompleted: page.lists.refresh()
 
@@ -60,6 +69,10 @@ FocusScope {
                     required property int groupCount
                     readonly property bool starts: index === 0 || (!page.showsDone && rows.itemAt(index - 1)?.projectID !== projectID)
                     readonly property bool heads: page.grouped && !page.showsDone && starts
+
+                    function take() {
+                        item.forceActiveFocus(Qt.TabFocusReason);
+                    }
 
                     width: column.width
 
@@ -126,6 +139,7 @@ FocusScope {
                             onRenamed: title => page.lists.rename(key, title, notes)
                             onRemoved: page.lists.remove(key)
                             onHandedToAi: page.handedToAi(key)
+                            onMoved: step => page.go(entry.index + step)
                         }
                     }
                 }

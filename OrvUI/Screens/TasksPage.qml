@@ -12,6 +12,12 @@ FocusScope {
     property bool showsDone: false
     readonly property bool scrolled: list.scrolled
 
+    Wish {
+        nav: page.nav
+        name: "newTask"
+        onGranted: list.focusField()
+    }
+
     TaskListView {
         id: list
 

@@ -71,7 +71,7 @@ FocusScope {
             anchors.verticalCenter: parent.verticalCenter
             glyph: "chevron-up"
             text: qsTr("Previous match")
-            shortcut: qsTr("Shift+F3")
+            shortcut: Keymap.text("previousHit")
             enabled: bar.find !== null && bar.find.count > 0
             onClicked: bar.find.previous()
         }
@@ -80,7 +80,7 @@ FocusScope {
             anchors.verticalCenter: parent.verticalCenter
             glyph: "chevron-down"
             text: qsTr("Next match")
-            shortcut: qsTr("F3")
+            shortcut: Keymap.text("nextHit")
             enabled: bar.find !== null && bar.find.count > 0
             onClicked: bar.find.next()
         }

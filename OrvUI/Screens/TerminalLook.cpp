@@ -11,6 +11,7 @@ namespace orv {
 TerminalLook::TerminalLook(QObject* parent) : TerminalStyle(parent) {
     Theme::loadFonts();
     connect(Theme::instance(), &Theme::colorsChanged, this, &TerminalLook::follow);
+    connect(Theme::instance(), &Theme::reducedMotionChanged, this, &TerminalLook::follow);
     follow();
 }
 
@@ -46,6 +47,7 @@ void TerminalLook::follow() {
     colors.failure = theme.danger().rgb();
     colors.mark = theme.borderStrong().rgb();
     setColors(colors);
+    setBlinksText(!theme.reducedMotion());
 }
 
 } // namespace orv

@@ -7,6 +7,8 @@ FocusScope {
 
     required property string text
     property string action
+    // What gives the same answer as the button while the keyboard stays with the terminal.
+    property string keys
     property bool asks: true
     property bool isError: false
     signal answered(bool isWanted)
@@ -67,6 +69,12 @@ FocusScope {
             controlHeight: Theme.controlSmall
             text: note.action
             onClicked: note.answered(true)
+        }
+
+        KeyHint {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: note.keys.length > 0
+            text: note.keys
         }
     }
 }

@@ -61,7 +61,7 @@ FocusScope {
         anchors.top: empty.bottom
         anchors.topMargin: Theme.space12
         visible: empty.visible
-        text: qsTr("Ctrl+Shift+T")
+        text: Keymap.text("newTerminal")
     }
 
     Rectangle {
@@ -126,6 +126,32 @@ FocusScope {
             view: page.view
         }
 
+        // Where a link leads, whatever its words say.
+        Rectangle {
+            anchors.left: host.left
+            anchors.bottom: host.bottom
+            anchors.margins: Theme.space8
+            visible: address.text.length > 0
+            width: Math.min(address.implicitWidth, host.width - Theme.space32) + Theme.space16
+            height: Theme.space24
+            radius: Theme.radiusControl
+            color: Theme.raised
+            border.width: Theme.hairline
+            border.color: Theme.borderStrong
+
+            Label {
+                id: address
+
+                x: Theme.space8
+                anchors.verticalCenter: parent.verticalCenter
+                width: parent.width - 2 * x
+                role: Theme.MonoPath
+                color: Theme.text2
+                elide: Text.ElideMiddle
+                text: page.view?.hoveredLink ?? ""
+            }
+        }
+
         TerminalFindBar {
             id: findBar
 
@@ -160,6 +186,22 @@ FocusScope {
                 action: qsTr("Paste")
                 onAnswered: isWanted => page.view.answerPaste(isWanted)
                 onVisibleChanged: visible ? focusDefault() : page.view?.forceActiveFocus(Qt.OtherFocusReason)
+            }
+
+            // It does not take the keyboard: what is typed at this moment would be the answer.
+            TerminalNote {
+                id: copyNote
+
+                readonly property string copied: page.view !== null ? page.view.programsCopy : ""
+
+                visible: copied.length > 0
+                text: qsTr("A program wants to copy “%1”.").arg(copied)
+                action: qsTr("Allow")
+                keys: Keymap.text("allowCopy")
+                onAnswered: isWanted => {
+                    page.view.answerProgramsCopy(isWanted);
+                    page.view.forceActiveFocus(Qt.OtherFocusReason);
+                }
             }
 
             TerminalNote {
@@ -199,25 +241,25 @@ FocusScope {
             MenuRow {
                 enabled: page.view !== null && page.view.hasSelection
                 text: qsTr("Copy")
-                shortcut: qsTr("Ctrl+Shift+C")
+                shortcut: Keymap.text("terminalCopy")
                 onTriggered: page.view.copy()
             }
 
             MenuRow {
                 text: qsTr("Paste")
-                shortcut: qsTr("Ctrl+Shift+V")
+                shortcut: Keymap.text("terminalPaste")
                 onTriggered: page.view.paste()
             }
 
             MenuRow {
                 text: qsTr("Select all")
-                shortcut: qsTr("Ctrl+Shift+A")
+                shortcut: Keymap.text("terminalSelectAll")
                 onTriggered: page.view.selectAll()
             }
 
             MenuRow {
                 text: qsTr("Select last output")
-                shortcut: qsTr("Ctrl+Shift+O")
+                shortcut: Keymap.text("terminalOutput")
                 onTriggered: page.view.selectOutput()
             }
 
@@ -225,7 +267,7 @@ FocusScope {
 
             MenuRow {
                 text: qsTr("Find…")
-                shortcut: qsTr("Ctrl+Shift+F")
+                shortcut: Keymap.text("terminalSearch")
                 onTriggered: page.find()
             }
 
@@ -239,41 +281,58 @@ FocusScope {
     }
 
     PageShortcut {
-        sequence: "Ctrl+Shift+T"
+        sequences: Keymap.of("newTerminal")
         onActivated: page.newTerminal()
     }
 
     PageShortcut {
-        sequence: "Ctrl+Shift+W"
+        sequences: Keymap.of("closeTerminal")
         enabled: page.visible && page.session !== null
         onActivated: list.close(page.session)
     }
 
     PageShortcut {
-        sequence: "Ctrl+Tab"
+        sequences: Keymap.of("nextTerminal")
         onActivated: list.step(1)
     }
 
     PageShortcut {
-        sequences: ["Ctrl+Shift+Tab", "Ctrl+Shift+Backtab"]
+        sequences: Keymap.of("previousTerminal")
         onActivated: list.step(-1)
     }
 
     PageShortcut {
-        sequence: "Ctrl+Shift+F"
+        sequences: Keymap.of("terminalSearch")
         onActivated: page.find()
     }
 
     PageShortcut {
-        sequence: "F3"
+        sequences: Keymap.of("allowCopy")
+        enabled: page.visible && copyNote.visible
+        onActivated: copyNote.answered(true)
+    }
+
+    PageShortcut {
+        sequences: Keymap.of("nextHit")
         enabled: findBar.visible
         onActivated: page.view.find.next()
     }
 
     PageShortcut {
-        sequence: "Shift+F3"
+        sequences: Keymap.of("previousHit")
         enabled: findBar.visible
         onActivated: page.view.find.previous()
+    }
+
+    Instantiator {
+        model: 9
+
+        PageShortcut {
+            required property int index
+
+            sequence: Keymap.nth("terminal", index)
+            onActivated: list.selectAt(index)
+        }
     }
 
     component PageShortcut: Shortcut {

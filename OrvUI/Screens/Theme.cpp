@@ -44,8 +44,10 @@ constexpr Style styles[] = {
     {Family::code, 12, 20, QFont::Normal, 0},         // Console
     {Family::text, 9, 12, QFont::Bold, 0},            // TileLetter
     {Family::text, 11, 16, QFont::Normal, 0},         // CaptionPlain
+    {Family::display, 32, 40, QFont::DemiBold, -1.5}, // Hero
+    {Family::text, 15, 24, QFont::Normal, 0},         // Lead
 };
-static_assert(std::size(styles) == Theme::CaptionPlain + 1);
+static_assert(std::size(styles) == Theme::Lead + 1);
 
 QString familyName(Family family) {
     switch (family) {

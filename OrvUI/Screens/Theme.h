@@ -130,6 +130,8 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int quickPanelWidth MEMBER quickPanelWidth CONSTANT FINAL)
     Q_PROPERTY(int quickPanelLimit MEMBER quickPanelLimit CONSTANT FINAL)
     Q_PROPERTY(int addSheetWidth MEMBER addSheetWidth CONSTANT FINAL)
+    Q_PROPERTY(int agentPanelWidth MEMBER agentPanelWidth CONSTANT FINAL)
+    Q_PROPERTY(int agentPanelWidthWide MEMBER agentPanelWidthWide CONSTANT FINAL)
     Q_PROPERTY(int composerBox MEMBER composerBox CONSTANT FINAL)
     Q_PROPERTY(int agentListWidth MEMBER agentListWidth CONSTANT FINAL)
     Q_PROPERTY(int autonomyCardHeight MEMBER autonomyCardHeight CONSTANT FINAL)
@@ -138,6 +140,7 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int suggestionPicture MEMBER suggestionPicture CONSTANT FINAL)
     Q_PROPERTY(int composerHeight MEMBER composerHeight CONSTANT FINAL)
     Q_PROPERTY(int taskRowHeight MEMBER taskRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int overviewOutput MEMBER overviewOutput CONSTANT FINAL)
     Q_PROPERTY(int sideWidth MEMBER sideWidth CONSTANT FINAL)
     Q_PROPERTY(int sideWidthWide MEMBER sideWidthWide CONSTANT FINAL)
     Q_PROPERTY(int headerTile MEMBER headerTile CONSTANT FINAL)
@@ -150,6 +153,50 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int modeSwatchHeight MEMBER modeSwatchHeight CONSTANT FINAL)
     Q_PROPERTY(int themeSwatchWidth MEMBER themeSwatchWidth CONSTANT FINAL)
     Q_PROPERTY(int themeSwatchHeight MEMBER themeSwatchHeight CONSTANT FINAL)
+    Q_PROPERTY(int gitColumn MEMBER gitColumn CONSTANT FINAL)
+    Q_PROPERTY(int gitColumnNarrow MEMBER gitColumnNarrow CONSTANT FINAL)
+    Q_PROPERTY(int gitColumnWide MEMBER gitColumnWide CONSTANT FINAL)
+    Q_PROPERTY(int gitWideLimit MEMBER gitWideLimit CONSTANT FINAL)
+    Q_PROPERTY(int gitRowHeight MEMBER gitRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int gitHeadingHeight MEMBER gitHeadingHeight CONSTANT FINAL)
+    Q_PROPERTY(int gitHistoryHeight MEMBER gitHistoryHeight CONSTANT FINAL)
+    Q_PROPERTY(int gitHistoryLimit MEMBER gitHistoryLimit CONSTANT FINAL)
+    Q_PROPERTY(int commitTextHeight MEMBER commitTextHeight CONSTANT FINAL)
+    Q_PROPERTY(int paneHeaderHeight MEMBER paneHeaderHeight CONSTANT FINAL)
+    Q_PROPERTY(int diffGutter MEMBER diffGutter CONSTANT FINAL)
+    Q_PROPERTY(int diffInset MEMBER diffInset CONSTANT FINAL)
+    Q_PROPERTY(int historyAuthorWidth MEMBER historyAuthorWidth CONSTANT FINAL)
+    Q_PROPERTY(int historyWhenWidth MEMBER historyWhenWidth CONSTANT FINAL)
+    Q_PROPERTY(int historyHashWidth MEMBER historyHashWidth CONSTANT FINAL)
+    Q_PROPERTY(int fileColumn MEMBER fileColumn CONSTANT FINAL)
+    Q_PROPERTY(int fileIndent MEMBER fileIndent CONSTANT FINAL)
+    Q_PROPERTY(int identitySheetWidth MEMBER identitySheetWidth CONSTANT FINAL)
+    Q_PROPERTY(int chipHeight MEMBER chipHeight CONSTANT FINAL)
+    Q_PROPERTY(int filterWidth MEMBER filterWidth CONSTANT FINAL)
+    Q_PROPERTY(int folderRowHeight MEMBER folderRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int folderIndent MEMBER folderIndent CONSTANT FINAL)
+    Q_PROPERTY(int tileList MEMBER tileList CONSTANT FINAL)
+    Q_PROPERTY(int paletteWidth MEMBER paletteWidth CONSTANT FINAL)
+    Q_PROPERTY(int paletteTop MEMBER paletteTop CONSTANT FINAL)
+    Q_PROPERTY(int paletteField MEMBER paletteField CONSTANT FINAL)
+    Q_PROPERTY(int paletteListHeight MEMBER paletteListHeight CONSTANT FINAL)
+    Q_PROPERTY(int paletteRowHeight MEMBER paletteRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int deviceSheetWidth MEMBER deviceSheetWidth CONSTANT FINAL)
+    Q_PROPERTY(int deviceRowHeight MEMBER deviceRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int howToWidth MEMBER howToWidth CONSTANT FINAL)
+    Q_PROPERTY(int howToPicture MEMBER howToPicture CONSTANT FINAL)
+    Q_PROPERTY(int welcomeWidth MEMBER welcomeWidth CONSTANT FINAL)
+    Q_PROPERTY(int welcomePadding MEMBER welcomePadding CONSTANT FINAL)
+    Q_PROPERTY(int welcomeTop MEMBER welcomeTop CONSTANT FINAL)
+    Q_PROPERTY(int welcomeMark MEMBER welcomeMark CONSTANT FINAL)
+    Q_PROPERTY(int sceneWidth MEMBER sceneWidth CONSTANT FINAL)
+    Q_PROPERTY(int orbitInner MEMBER orbitInner CONSTANT FINAL)
+    Q_PROPERTY(int orbitMiddle MEMBER orbitMiddle CONSTANT FINAL)
+    Q_PROPERTY(int orbitOuter MEMBER orbitOuter CONSTANT FINAL)
+    Q_PROPERTY(int sceneMark MEMBER sceneMark CONSTANT FINAL)
+    Q_PROPERTY(int sceneWindowWidth MEMBER sceneWindowWidth CONSTANT FINAL)
+    Q_PROPERTY(int sceneWindowHeight MEMBER sceneWindowHeight CONSTANT FINAL)
+    Q_PROPERTY(int progressPill MEMBER progressPill CONSTANT FINAL)
     Q_PROPERTY(int radiusKey MEMBER radiusKey CONSTANT FINAL)
     Q_PROPERTY(int radiusRow MEMBER radiusRow CONSTANT FINAL)
     Q_PROPERTY(int radiusControl MEMBER radiusControl CONSTANT FINAL)
@@ -195,6 +242,8 @@ public:
         Console,
         TileLetter,
         CaptionPlain,
+        Hero,
+        Lead,
     };
     Q_ENUM(TextRole)
 
@@ -220,15 +269,28 @@ public:
                          setupStepHeight = 61, radiusKey = 4, radiusRow = 7, radiusControl = 8;
     static constexpr int terminalStrip = 44, terminalTabMin = 128, terminalTabMax = 216;
     static constexpr int terminalPaddingX = 18, terminalPaddingY = 14;
+    static constexpr int agentPanelWidth = 372, agentPanelWidthWide = 420;
     static constexpr int composerBox = 120, agentListWidth = 296, autonomyCardHeight = 102, addSheetWidth = 528,
                          gutter = 52, suggestionHeight = 152, suggestionPicture = 104, composerHeight = 44,
                          taskRowHeight = 44, switchWidth = 36, switchHeight = 20, switchInset = 3,
                          settingRowHeight = 60, tabHeight = 40, settingsNavWidth = 172, settingsWidth = 680,
                          serviceRowHeight = 68, serviceItemHeight = 56, alertWidth = 400, panelRowHeight = 52,
                          alertIcon = 64, quickPanelWidth = 360, quickPanelLimit = 640, portFieldWidth = 112,
-                         sideWidth = 304, sideWidthWide = 340, headerTile = 48, taskRound = 18, listWidthLimit = 816,
-                         checkbox = 16, fieldLarge = 40, buttonDialog = 36, modeSwatchWidth = 196,
+                         overviewOutput = 290, sideWidth = 304, sideWidthWide = 340, headerTile = 48, taskRound = 18,
+                         listWidthLimit = 816, checkbox = 16, fieldLarge = 40, buttonDialog = 36, modeSwatchWidth = 196,
                          modeSwatchHeight = 116, themeSwatchWidth = 112, themeSwatchHeight = 84;
+    static constexpr int gitColumn = 308, gitColumnNarrow = 264, gitColumnWide = 340, gitWideLimit = 1240,
+                         gitRowHeight = 30, gitHeadingHeight = 36, gitHistoryHeight = 184, gitHistoryLimit = 520,
+                         commitTextHeight = 64, paneHeaderHeight = 44, diffGutter = 40, diffInset = 106,
+                         historyAuthorWidth = 98, historyWhenWidth = 86, historyHashWidth = 64, fileColumn = 271,
+                         fileIndent = 16, identitySheetWidth = 440;
+    static constexpr int chipHeight = 26, filterWidth = 392, folderRowHeight = 44, folderIndent = 24, tileList = 24;
+    static constexpr int paletteWidth = 640, paletteTop = 106, paletteField = 56, paletteListHeight = 424,
+                         paletteRowHeight = 40;
+    static constexpr int deviceSheetWidth = 460, deviceRowHeight = 44, howToWidth = 480, howToPicture = 172;
+    static constexpr int welcomeWidth = 560, welcomePadding = 64, welcomeTop = 88, welcomeMark = 58, sceneWidth = 420,
+                         orbitInner = 300, orbitMiddle = 470, orbitOuter = 620, sceneMark = 176, sceneWindowWidth = 560,
+                         sceneWindowHeight = 420, progressPill = 20;
     static constexpr int radiusCard = 12, radiusSheet = 16;
     static constexpr int durationPress = 80, durationFast = 120, durationRing = 600, durationSpin = 900;
     static constexpr int durationPulse = 1200, tooltipDelay = 500;
@@ -302,7 +364,7 @@ private:
         int lead = 0;
     };
 
-    std::array<Face, CaptionPlain + 1> m_faces;
+    std::array<Face, Lead + 1> m_faces;
     bool m_reducedMotion = false;
 };
 

@@ -2,7 +2,7 @@ import OrvLauncher.Screens
 import QtQuick
 
 // The bar over a page: the way to it at the left, what the page offers at the right.
-Item {
+FocusScope {
     id: bar
 
     required property Window target
@@ -62,7 +62,7 @@ Item {
             visible: bar.searchable
             width: bar.narrow ? Theme.searchWidthNarrow : Theme.searchWidth
             glyph: "search"
-            shortcut: qsTr("Ctrl F")
+            shortcut: Keymap.text("search")
             clearable: true
             onTextEdited: bar.searchEdited(text)
             onCleared: bar.searchEdited("")
@@ -84,7 +84,7 @@ Item {
             edge: Theme.controlRegular
             glyph: "refresh-cw"
             text: qsTr("Refresh projects")
-            shortcut: qsTr("Ctrl R")
+            shortcut: Keymap.text("refresh")
             enabled: !bar.busy
             onClicked: bar.refreshRequested()
 

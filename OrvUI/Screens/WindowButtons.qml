@@ -29,7 +29,7 @@ Row {
         glyph: "x"
         glyphSize: Theme.iconSmall
         text: qsTr("Close")
-        shortcut: qsTr("Ctrl W")
+        shortcut: Keymap.text("closeWindow")
         onClicked: buttons.target.close()
     }
 }

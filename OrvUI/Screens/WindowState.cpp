@@ -6,6 +6,18 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
+namespace {
+
+/// Of an enumeration that ends with `last`; the default where the file holds anything else.
+template <typename Enum>
+Enum read(const QSettings& ini, const QString& key, Enum last, Enum byDefault) {
+    bool isNumber = false;
+    const int value = ini.value(key).toInt(&isNumber);
+    return isNumber && value >= 0 && value <= static_cast<int>(last) ? static_cast<Enum>(value) : byDefault;
+}
+
+} // namespace
+
 WindowState WindowState::load(const QString& file) {
     const WindowState defaults;
     const QSettings ini(file, QSettings::IniFormat);
@@ -14,6 +26,10 @@ WindowState WindowState::load(const QString& file) {
         .isMaximized = ini.value(u"maximized"_s, defaults.isMaximized).toBool(),
         .isSidebarHidden = ini.value(u"sidebarHidden"_s, defaults.isSidebarHidden).toBool(),
         .isSystemDark = ini.value(u"systemDark"_s, defaults.isSystemDark).toBool(),
+        .page =
+            {read(ini, u"page"_s, AppPage::Kind::ai, defaults.page.kind), ini.value(u"pageID"_s).toString(),
+             read(ini, u"section"_s, SettingsSection::projects, defaults.page.section)},
+        .tab = read(ini, u"tab"_s, DetailTab::files, defaults.tab),
     };
 }
 
@@ -23,6 +39,10 @@ void WindowState::save(const QString& file) const {
     ini.setValue(u"maximized"_s, isMaximized);
     ini.setValue(u"sidebarHidden"_s, isSidebarHidden);
     ini.setValue(u"systemDark"_s, isSystemDark);
+    ini.setValue(u"page"_s, static_cast<int>(page.kind));
+    ini.setValue(u"pageID"_s, page.id);
+    ini.setValue(u"section"_s, static_cast<int>(page.section));
+    ini.setValue(u"tab"_s, static_cast<int>(tab));
 }
 
 QRect WindowState::fitted(QRect geometry, const QList<QRect>& screens, QSize minimum) {

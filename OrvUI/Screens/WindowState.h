@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvUI/ModelTypes.h"
+
 #include <QRect>
 #include <QString>
 
@@ -11,6 +13,8 @@ struct WindowState {
     bool isMaximized = false;
     bool isSidebarHidden = false;
     bool isSystemDark = true;
+    AppPage page;
+    DetailTab tab = DetailTab::overview; ///< of a project's page
 
     bool operator==(const WindowState&) const = default;
     [[nodiscard]] static WindowState load(const QString& file);

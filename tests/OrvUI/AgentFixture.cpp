@@ -18,7 +18,7 @@ AgentFixture::AgentFixture()
                                       tree.path(u"note"_s).toUtf8() + "\"\n");
     }
     for (const QString& agent : {u"claude"_s, u"codex"_s}) {
-        EXPECT_TRUE(QFile::link(QStringLiteral(ORV_SOURCE_DIR "/tests/agents/agent"), tree.path(u"bin/"_s + agent)));
+        EXPECT_TRUE(QFile::link(sourcePath(u"tests/agents/agent"_s), tree.path(u"bin/"_s + agent)));
     }
     play("true");
 }
@@ -37,7 +37,7 @@ void AgentFixture::play(const QByteArray& then, const QString& stream) {
     qputenv("REPLAY_THEN", then);
     qputenv(
         "REPLAY_STREAM",
-        stream.isEmpty() ? QByteArray("/dev/null") : ORV_SOURCE_DIR "/tests/agents/streams/" + stream.toUtf8());
+        stream.isEmpty() ? QByteArray("/dev/null") : sourcePath(u"tests/agents/streams/"_s + stream).toUtf8());
 }
 
 AgentRun* AgentFixture::start(const QString& projectName, const QString& task) {

@@ -1,7 +1,11 @@
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AgentModels.h"
+#include "OrvUI/ProjectDetail.h"
+#include "OrvUI/TaskLists.h"
 #include "tests/OrvUI/AgentFixture.h"
 
 #include <QAbstractItemModelTester>
+#include <QDir>
 
 using namespace orv;
 using namespace orv::test;
@@ -81,6 +85,94 @@ TEST_F(AgentModelsTest, ShowTheRunsAsTheyComeAndGo) {
     EXPECT_EQ(lists().events(u"none"_s), nullptr);
 }
 
+TEST_F(AgentModelsTest, AreSeenAtTheirProjectAndAtTheTaskThatTheyWorkOn) {
+    ProjectDetail detail;
+    detail.setModel(model.get());
+    detail.setProjectID(shop);
+    const QAbstractItemModelTester tester(detail.latestRuns());
+    model->addTask(u"Other"_s, {}, *model->project(shop));
+    const QUuid task = model->addTask(u"Totals"_s, {}, *model->project(shop));
+    model->projectTasks()->setProjectID(shop);
+    play("true");
+    for (const QString& title : {u"First"_s, u"Second"_s}) {
+        ASSERT_TRUE(settles(model->startAgent(AgentKind::codex, title, *model->project(shop))));
+    }
+    play("echo up; exec sleep 100");
+    model->startAgent(AgentKind::codex, u"Elsewhere"_s, *model->project(root + u"/plain"_s));
+    AgentRun* run = model->startAgent(AgentKind::codex, u"Third"_s, *model->project(shop), task);
+    ASSERT_NE(run, nullptr);
+    EXPECT_TRUE(waitFor([&] { return column(*detail.latestRuns(), "title") == QStringList{u"Third"_s, u"Second"_s}; }));
+
+    const auto withAgent = [this] {
+        QStringList titles;
+        const QAbstractListModel& open = *model->projectTasks()->open();
+        for (int row = 0; row < open.rowCount(); ++row) {
+            if (at(open, row, "isWithAgent").toBool()) {
+                titles.append(at(open, row, "title").toString());
+            }
+        }
+        return titles;
+    };
+    EXPECT_TRUE(waitFor([&] { return withAgent() == QStringList{u"Totals"_s}; }));
+    model->stopAgent(run);
+    EXPECT_TRUE(waitFor([&] { return withAgent().isEmpty(); }));
+    EXPECT_TRUE(waitFor([&] { return column(*detail.latestRuns(), "runState").first() == u"stopped"; }));
+    detail.setProjectID(u"/gone"_s);
+    EXPECT_EQ(detail.latestRuns()->rowCount(), 0);
+}
+
+TEST_F(AgentModelsTest, GoOnInThePanelWithWhatWasSaidLast) {
+    model->setAiPanelProjectID(shop);
+    play("echo n >>a.txt; echo answer");
+    const auto say = [this](int agent, const QString& text, int autonomy) {
+        EXPECT_TRUE(lists().say(agent, text, autonomy)) << lists().error().toStdString();
+        AgentRun* run = model->agentRuns().first();
+        EXPECT_TRUE(settles(run));
+        return run;
+    };
+    EXPECT_FALSE(lists().replies());
+    const AgentRun* first = say(1, u"First"_s, 1);
+    EXPECT_TRUE(lists().replies());
+    const AgentRun* reply = say(1, u"And\nmore"_s, 0);
+    EXPECT_EQ(reply->facts().parentID, first->facts().id);
+    EXPECT_EQ(reply->facts().autonomy, AgentAutonomy::plan) << "as chosen now";
+    EXPECT_TRUE(reply->facts().task.contains(u"First"_s)) << "an agent without sessions is told";
+    EXPECT_FALSE(say(0, u"To another one"_s, 1)->facts().parentID);
+    lists().beginAnew();
+    EXPECT_FALSE(lists().replies());
+    EXPECT_FALSE(say(0, u"New"_s, 1)->facts().parentID);
+    EXPECT_TRUE(lists().replies());
+    const auto titles = [this] { return column(*lists().projectRuns(), "title").join(u'|'); };
+    EXPECT_TRUE(waitFor([&] { return titles() == u"First|And|To another one|New"_s; })) << titles().toStdString();
+    EXPECT_EQ(column(*lists().projectRuns(), "asked")[1], u"And\nmore"_s);
+
+    // A to-do item begins a run of its own, once, and none when its words were taken out.
+    const QUuid task = model->addTask(u"Totals"_s, {}, *model->project(shop));
+    model->draftAgentTaskFor(task.toString());
+    model->setAiPanelProjectID(shop);
+    const AgentRun* drafted = say(0, u"Totals, please"_s, 1);
+    EXPECT_EQ(drafted->facts().linkedTaskID, task);
+    EXPECT_EQ(drafted->facts().parentID, std::nullopt);
+    EXPECT_EQ(model->agentDraft(), std::nullopt);
+    model->draftAgentTaskFor(task.toString());
+    lists().forgetDraft(root + u"/plain"_s);
+    EXPECT_NE(model->agentDraft(), std::nullopt) << "that of another project";
+    lists().forgetDraft(shop);
+    lists().beginAnew();
+    EXPECT_EQ(say(0, u"Else"_s, 1)->facts().linkedTaskID, std::nullopt);
+
+    play("exec sleep 100");
+    lists().beginAnew();
+    ASSERT_TRUE(lists().say(0, u"Long"_s, 1));
+    EXPECT_FALSE(lists().replies()) << "it is at work";
+    model->setAiPanelProjectID(root + u"/plain"_s);
+    EXPECT_FALSE(lists().replies());
+    lists().review(first->facts().id.toString(QUuid::WithoutBraces));
+    EXPECT_EQ(lists().reviewBranch(), QString());
+    lists().review(u"none"_s);
+    EXPECT_EQ(lists().reviewKey(), QString());
+}
+
 TEST_F(AgentModelsTest, ShowTheEventsOfARunWithTheOneAtWork) {
     AgentRun run(AgentRun::Facts{}, {.events = 3, .textLength = 1000}, nullptr);
     auto* events = new AgentEventsModel(&run);
@@ -109,10 +201,9 @@ TEST_F(AgentModelsTest, ShowTheAgentsAndChangeTheSettings) {
     const auto updated = [this](const QString& status) {
         return waitFor([&] { return column(*lists().agents(), "status").last() == status; });
     };
-    lists().setCustomCommand(u"mytool"_s);
     EXPECT_TRUE(updated(u"No command set"_s));
-    ASSERT_TRUE(finishes(model->agents().refresh()));
-    EXPECT_TRUE(updated(u"Command set"_s));
+    lists().setCustomCommand(u"mytool"_s);
+    EXPECT_TRUE(updated(u"Command set"_s)) << "nothing has to be asked for that";
     EXPECT_EQ(column(*lists().agents(), "letters"), (QStringList{u"Cl"_s, u"Cx"_s, u"Ge"_s, u"An"_s, {}}));
     EXPECT_EQ(column(*lists().agents(), "action").mid(2), (QStringList{u"copyInstall"_s, u"copyInstall"_s, {}}));
     lists().setDefaultAgent(1);
@@ -130,7 +221,7 @@ TEST_F(AgentModelsTest, TypeTasksAndSignInsIntoTerminals) {
     // The shell reads nothing of the user's and shows what it got.
     const QString task = u"it's\ta \"test\"\n$(id) `x`"_s;
     play("true");
-    lists().startInTerminal(0, task, shop);
+    EXPECT_TRUE(lists().startInTerminal(0, task, shop));
     EXPECT_EQ(model->page(), (AppPage{.kind = AppPage::Kind::project, .id = shop}));
     EXPECT_EQ(model->detailTab(), DetailTab::terminal);
     ASSERT_EQ(model->terminals().sessions().size(), 1);
@@ -138,13 +229,21 @@ TEST_F(AgentModelsTest, TypeTasksAndSignInsIntoTerminals) {
     // The tab in it is none of the line editor's.
     EXPECT_TRUE(waitFor([this] { return readFile(tree.path(u"note"_s)).endsWith("\0\0"_ba); }));
     EXPECT_EQ(readFile(tree.path(u"note"_s)), "--\0"_ba + task.toUtf8() + "\0\0"_ba);
-    lists().startInTerminal(4, task, shop);
+    EXPECT_FALSE(lists().startInTerminal(4, task, shop));
     EXPECT_EQ(lists().error(), u"A custom agent can't be started in a terminal."_s);
     QFile::remove(tree.path(u"note"_s));
     lists().signIn(1);
     EXPECT_TRUE(waitFor([this] { return readFile(tree.path(u"note"_s)).startsWith("login\0"_ba); }));
     lists().signIn(4);
     EXPECT_EQ(model->terminals().sessions().size(), 2);
+    // No terminal that nobody would see.
+    QDir(root).removeRecursively();
+    tree.add(u"projects/"_s);
+    scan();
+    lists().signIn(1);
+    EXPECT_EQ(model->terminals().sessions().size(), 2);
+    EXPECT_TRUE(model->statusIsError() && model->statusText().contains(u"“codex login”"_s))
+        << model->statusText().toStdString();
 }
 
 TEST_F(AgentModelsTest, OpenTheDesktopAgentWithTheTaskOnTheClipboard) {

@@ -1,4 +1,5 @@
 #include "OrvProcess/ProcessSpawner.h"
+#include "OrvUI/QuitGuard.h"
 #include "tests/OrvUI/AgentFixture.h"
 
 #include <QDir>
@@ -187,6 +188,14 @@ TEST_F(AgentRunsTest, AreSeenAndStoppedByAnotherProcess) {
     AgentRun* seen = other.runs().first();
     EXPECT_EQ(seen->owner(), AgentRun::Owner::elsewhere);
     EXPECT_TRUE(seen->isRunning());
+    // Only its own process's quitting would end it.
+    EXPECT_EQ(RunningWork::of(*model).message(), u"1 AI agent is still working"_s);
+    AppModel::Options options;
+    options.settings = std::make_unique<SettingsStore>(tree.path(u"support/settings.json"_s));
+    options.snapshotDirectory = tree.path(u"widgets"_s);
+    AppModel bystander(std::move(options));
+    EXPECT_TRUE(waitFor([&] { return bystander.runningAgentCount() == 1; }));
+    EXPECT_FALSE(RunningWork::of(bystander).isAny());
     EXPECT_TRUE(finishes(other.loadEvents(seen)));
     EXPECT_EQ(seen->events(), (std::deque<AgentEvent>{AgentText{u"one"_s}}));
     EXPECT_TRUE(finishes(other.stop(seen)));
@@ -261,6 +270,14 @@ TEST_F(AgentRunsTest, WorksInATreeOfItsOwnUntilThatIsMergedOrThrownAway) {
     EXPECT_EQ(next->facts().projectRoot, worktree.folder);
     EXPECT_EQ(result(model->agentRunner().mergeBack(run)).error(), u"Something still works in that work tree."_s);
     EXPECT_TRUE(finishes(model->stopAgent(next)));
+    // Once more is the same message to the same session.
+    play("true");
+    AgentRun* again = model->retryAgent(*next);
+    ASSERT_TRUE(again && settles(again));
+    EXPECT_EQ(again->facts().parentID, run->facts().id);
+    EXPECT_EQ(again->facts().task, u"More"_s);
+    EXPECT_EQ(again->facts().projectRoot, worktree.folder);
+    EXPECT_TRUE(readFile(tree.path(u"note"_s)).contains("--resume"));
     const auto whole = result(model->agentRunner().worktreeDiff(run));
     ASSERT_TRUE(whole);
     EXPECT_EQ(whole->files.size(), 2);
@@ -283,6 +300,16 @@ TEST_F(AgentRunsTest, WorksInATreeOfItsOwnUntilThatIsMergedOrThrownAway) {
     EXPECT_EQ(after->facts().projectRoot, shop);
     EXPECT_TRUE(after->facts().task.startsWith(u"Earlier in this project you were asked:"_s));
     EXPECT_FALSE(readFile(tree.path(u"note"_s)).contains("--resume"));
+    const auto isTold = [&](const AgentRun* more, AgentAutonomy autonomy) {
+        ASSERT_TRUE(more && settles(more));
+        EXPECT_EQ(more->facts().parentID, run->facts().id);
+        EXPECT_EQ(more->facts().autonomy, autonomy);
+        EXPECT_TRUE(more->facts().task.startsWith(u"Earlier in this project you were asked:"_s))
+            << more->facts().task.toStdString();
+        EXPECT_FALSE(readFile(tree.path(u"note"_s)).contains("--resume"));
+    };
+    isTold(model->continueAgent(*run, u"With another freedom"_s, AgentAutonomy::full), AgentAutonomy::full);
+    isTold(model->retryAgent(*next), next->facts().autonomy);
 
     // A project without git can't have one.
     AgentRun* plain = start(u"plain"_s);

@@ -166,7 +166,9 @@ TEST_F(AppModelGit, MakesNewProjects) {
     made.createFolder(u"new"_s, root, u"trunk"_s);
     EXPECT_TRUE(waitFor([&] { return !added.isEmpty(); }));
     EXPECT_EQ(gitText(root + u"/new"_s, {u"symbolic-ref"_s, u"HEAD"_s}), u"refs/heads/trunk"_s);
-    EXPECT_EQ(model->page(), (AppPage{.kind = AppPage::Kind::folder, .id = root + u"/new"_s}));
+    EXPECT_EQ(model->page(), AppPage()) << "nothing can be run there yet";
+    EXPECT_TRUE(model->statusText().startsWith(u"new is in your projects folder."_s))
+        << model->statusText().toStdString();
     EXPECT_EQ(model->sheet(), std::nullopt);
 
     QStringList lines;
@@ -212,6 +214,40 @@ TEST_F(AppModelGit, LeavesNothingOfACloneThatIsGivenUp) {
     model.reset();
     EXPECT_FALSE(QFileInfo::exists(root + u"/third"_s));
     EXPECT_EQ(processesWith(home.path(u"server"_s).toUtf8()), 0);
+}
+
+TEST_F(AppModelGit, BringsBackWhatWasDiscarded) {
+    const QString shop = addClone(u"shop"_s, u"shop"_s);
+    scan();
+    const auto write = [&](const QByteArray& content) { tree.add(u"projects/shop/package.json"_s, content); };
+    const auto content = [&] { return readFile(shop + u"/package.json"_s); };
+    const QByteArray committed = content();
+    write("changed");
+    model->openGit(project(u"shop"_s).id);
+    const auto discards = [&] {
+        const QFuture<void> read = model->gitModel()->refresh();
+        EXPECT_TRUE(finishes(read));
+        model->gitModel()->discard({u"package.json"_s});
+        EXPECT_TRUE(waitFor([&] { return !model->undoText().isEmpty(); }));
+        EXPECT_EQ(model->undoText(), u"Discarded changes of “package.json”."_s);
+        EXPECT_EQ(content(), committed);
+    };
+    discards();
+    model->openGit({}); // whose page is left does not matter
+    model->undo();
+    EXPECT_TRUE(waitFor([&] { return content() == "changed"; }));
+    EXPECT_TRUE(waitFor([&] { return !model->isGitBusy(project(u"shop"_s)); }));
+
+    model->openGit(project(u"shop"_s).id);
+    discards();
+    write("mine");
+    QString said;
+    const QObject scope;
+    QObject::connect(model.get(), &AppModel::statusMessageChanged, &scope, [&] { said += model->statusText(); });
+    model->undo();
+    EXPECT_TRUE(waitFor([&] { return !said.isEmpty(); }));
+    EXPECT_TRUE(said.startsWith(u"“package.json” has changed since."_s)) << said.toStdString();
+    EXPECT_EQ(content(), "mine");
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "OrvUI/HomeModels.h"
 #include "OrvUI/OutlineModel.h"
 #include "tests/OrvUI/ModelFixture.h"
 
@@ -35,8 +36,8 @@ protected:
     /// Checks every list at every change, and that none is ever reset.
     void watch() {
         for (QAbstractItemModel* list : QList<QAbstractItemModel*>{
-                 model->cards(), model->running(), model->pinned(), model->sidebarFilters(), model->setupSteps(),
-                 model->outline()}) {
+                 model->cards(), model->homeCards(), &model->home().folderRows, model->running(), model->pinned(),
+                 model->sidebarFilters(), model->setupSteps(), model->outline()}) {
             new QAbstractItemModelTester(list, QAbstractItemModelTester::FailureReportingMode::Fatal, list);
             QObject::connect(list, &QAbstractItemModel::modelReset, list, [] { ADD_FAILURE() << "reset"; });
         }
@@ -134,4 +135,58 @@ TEST_F(HomeModelsTest, OutlineOpensFolders) {
     outline.toggleExpanded(-1);
     outline.toggleExpanded(0);
     EXPECT_TRUE(becomes(closed.section(u"; "_s, 0, 0)));
+}
+
+TEST_F(HomeModelsTest, ShowProjectsInTheirFolders) {
+    for (const QString& folder : {u"alone"_s, u"clients/one"_s, u"clients/two"_s, u"old/three"_s, u"old/four"_s}) {
+        addInstalled(folder, folder.endsWith(u"two") ? "express" : "vite", up(4001));
+        tree.add(u"projects/"_s + folder + u"/.git/HEAD"_s, "ref: refs/heads/main\n");
+    }
+    watch();
+    scan();
+    const auto becomes = [&](const char* label, const QString& expected, int shown) {
+        const auto now = [&] { return text(model->home().folderRows, {"name", "depth", "expanded"}); };
+        EXPECT_TRUE(waitFor([&] { return now() == expected && model->shownCount() == shown; }))
+            << label << " is " << now().toStdString() << ", " << model->shownCount() << " shown";
+    };
+    becomes("while cards are shown", {}, 5);
+    model->changeSettings([](AppSettings& settings) { settings.viewMode = ViewMode::folders; });
+    becomes("closed at first", u"clients|0|false; old|0|false; alone|0|false"_s, 5);
+    model->home().setFolderOpen(root + u"/clients"_s, true);
+    const QString open = u"clients|0|true; one|1|false; two|1|false; old|0|false; alone|0|false"_s;
+    becomes("one opened", open, 5);
+    scan();
+    becomes("it stays open", open, 5);
+    model->setSearchText(u"T"_s);
+    becomes(
+        "a search opens the folders of what it found", u"clients|0|true; two|1|false; old|0|true; three|1|false"_s, 2);
+    model->home().setFolderOpen(root + u"/old"_s, false);
+    becomes("one may be closed all the same", u"clients|0|true; two|1|false; old|0|false"_s, 2);
+    model->setSearchText({});
+    ProjectFilterSet filters;
+    filters.collections = CollectionMode::hide;
+    model->setFilters(filters);
+    becomes("folders left out", u"alone|0|false"_s, 1);
+    filters.collections = CollectionMode::only;
+    model->setFilters(filters);
+    becomes("nothing but folders", open.section(u"; "_s, 0, 3), 4);
+    filters.collections = CollectionMode::show;
+    filters.frameworks = {u"Express"_s};
+    model->setFilters(filters);
+    becomes("one framework", u"clients|0|true; two|1|false"_s, 1);
+}
+
+TEST_F(HomeModelsTest, SayWhichOfSeveralServicesOfAKindIsMeant) {
+    tree.add(u"projects/garden/package.json"_s, R"({"workspaces": ["packages/*"]})");
+    tree.add(u"projects/garden/node_modules/"_s);
+    addInstalled(u"garden/packages/site"_s, "vite", up(4005));
+    addInstalled(u"garden/packages/admin"_s, "vite", up(4006));
+    addInstalled(u"shop"_s, "vite", up(4007));
+    scan();
+    model->runAction(root + u"/garden"_s, u"Frontend"_s);
+    model->runAction(root + u"/shop"_s, u"Frontend"_s);
+    const auto running = [&] { return text(*model->running(), {"name", "kindLabel", "address"}); };
+    const QString expected =
+        u"garden|Frontend · admin|localhost:4006; garden|Frontend · site|localhost:4005; shop|Frontend|localhost:4007"_s;
+    EXPECT_TRUE(waitFor([&] { return running() == expected; })) << running().toStdString();
 }

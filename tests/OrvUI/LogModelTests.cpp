@@ -84,6 +84,29 @@ struct Watched {
     }
 };
 
+TEST(LogModel, SaysWhenALineCameAndSavesWhatIsShown) {
+    LogBuffer log(3);
+    LogModel model;
+    model.setLog(&log);
+    const QDateTime noon(QDate(2026, 3, 1), QTime(12, 0, 0, 250));
+    for (const auto& [line, seconds] : {std::pair{u"gone"_s, 0}, {u"a \x1b[31mred\x1b[0m"_s, 1}, {u"b"_s, 2}}) {
+        model.noteAppended(log.append(line, noon.addSecs(seconds).toMSecsSinceEpoch()));
+    }
+    model.noteAppended(log.append(u"nobody knows"_s));
+    QStringList times;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        times.append(model.index(row).data(LogModel::TimeRole).toString());
+    }
+    EXPECT_EQ(times, (QStringList{u"12:00:01.250"_s, u"12:00:02.250"_s, QString()}));
+    const test::TemporaryTree tree;
+    EXPECT_EQ(model.save(tree.path(u"out.log"_s)), QString());
+    EXPECT_EQ(test::readFile(tree.path(u"out.log"_s)), "12:00:01.250 a red\n12:00:02.250 b\nnobody knows\n");
+    model.setFilterText(u"red"_s);
+    EXPECT_EQ(model.save(tree.path(u"out.log"_s)), QString());
+    EXPECT_EQ(test::readFile(tree.path(u"out.log"_s)), "12:00:01.250 a red\n");
+    EXPECT_NE(model.save(tree.path(u"no/such/folder.log"_s)), QString());
+}
+
 } // namespace
 
 TEST(StyledText, PartsTextFromItsLook) {

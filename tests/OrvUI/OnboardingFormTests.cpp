@@ -21,7 +21,7 @@ TEST(OnboardingForm, GoesOnlyWhereItMay) {
     EXPECT_TRUE(isStuck());
     form.name = u" Sam "_s;
     form.next();
-    for (const QString& folder : {QString(), tree.path(u"nowhere"_s), tree.add(u"file"_s)}) {
+    for (const QString& folder : {QString(), tree.path(u"nowhere"_s), tree.add(u"file"_s), u"."_s}) {
         form.folder = folder;
         EXPECT_TRUE(isStuck()) << folder.toStdString();
     }

@@ -1,3 +1,4 @@
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/Collection.h"
 #include "OrvUI/Navigator.h"
 #include "OrvUI/OverrideRows.h"
@@ -6,6 +7,7 @@
 #include "tests/OrvUI/ModelFixture.h"
 
 #include <QDir>
+#include <QSysInfo>
 
 using namespace Qt::StringLiterals;
 using namespace orv;
@@ -41,6 +43,39 @@ protected:
 };
 
 } // namespace
+
+TEST_F(PagesTest, FollowsLinksOfProgramsToWhatTheyName) {
+    scan();
+    Navigator nav;
+    nav.setModel(model.get());
+    QList<QUrl> opened;
+    model->openUrl = [&](const QUrl& url) {
+        opened.append(url);
+        return true;
+    };
+    const QString file = tree.add(u"projects/a#b c.txt"_s, "x");
+    const QString encoded = QString::fromLatin1(QUrl::toPercentEncoding(file, "/"));
+    const struct {
+        QString link;
+        QUrl target; ///< empty: it is refused
+    } cases[] = {
+        {u"https://a.example/x?y#z"_s, QUrl(u"https://a.example/x?y#z"_s)},
+        {u"mailto:a@b.example"_s, QUrl(u"mailto:a@b.example"_s)},
+        {u"file://"_s + encoded, QUrl::fromLocalFile(file)},
+        {u"file://"_s + QSysInfo::machineHostName() + encoded, QUrl::fromLocalFile(file)},
+        {u"file://"_s + QString::fromLatin1(QUrl::toPercentEncoding(root, "/")), QUrl::fromLocalFile(root)},
+        {u"file://elsewhere.example"_s + encoded, {}},
+        {u"javascript:alert(1)"_s, {}},
+        {u"orvlauncher://stop-all"_s, {}},
+    };
+    for (const auto& it : cases) {
+        opened.clear();
+        model->dismissStatus();
+        nav.followLink(QUrl(it.link));
+        EXPECT_EQ(opened, it.target.isEmpty() ? QList<QUrl>() : QList<QUrl>{it.target}) << it.link.toStdString();
+        EXPECT_EQ(model->statusIsError(), it.target.isEmpty()) << it.link.toStdString();
+    }
+}
 
 TEST_F(PagesTest, GoesToAPageAndBack) {
     scan();
@@ -121,6 +156,39 @@ TEST_F(PagesTest, ShowsAProjectsServicesAndStartsThemOneByOne) {
     EXPECT_EQ(at(rows, web, "address"), QString());
 }
 
+TEST_F(PagesTest, ShowsWhatLiesDirectlyInAFolder) {
+    for (const QString& deep : {u"client/old/one"_s, u"client/old/two"_s}) {
+        addInstalled(deep, "vite", up(4103));
+        tree.add(u"projects/"_s + deep + u"/.git/HEAD"_s, "ref: refs/heads/main\n");
+    }
+    scan();
+    Navigator nav;
+    nav.setModel(model.get());
+    nav.folder(root + u"/none"_s);
+    EXPECT_EQ(nav.page(), Page::Home);
+    nav.folder(root + u"/client/old"_s);
+    EXPECT_EQ(nav.page(), Page::Folder);
+    EXPECT_EQ(titles(nav), u"Home > client > old"_s);
+    Collection folder;
+    folder.setModel(model.get());
+    folder.setNested(true);
+    folder.setPath(root + u"/client"_s);
+    const auto names = [&] {
+        QStringList found;
+        for (int row = 0; row < folder.cards()->rowCount(); ++row) {
+            const bool isFolder = at(folder.cards(), row, "isCollection").toBool();
+            found.append(at(folder.cards(), row, "name").toString() + (isFolder ? u"/"_s : QString()));
+        }
+        return found.join(u' ');
+    };
+    EXPECT_EQ(names(), u"old/ harbor wharf"_s);
+    folder.setSearchText(u"two"_s);
+    EXPECT_EQ(names(), u"two"_s) << "a search finds what lies deeper";
+    folder.setSearchText({});
+    folder.setNested(false);
+    EXPECT_EQ(folder.count(), 4);
+}
+
 TEST_F(PagesTest, ShowsTheProjectsOfAFolder) {
     scan();
     Collection folder;
@@ -183,12 +251,18 @@ TEST_F(PagesTest, SavesWhatTheSettingsPageChanges) {
     form.setPullStrategy(2);
     form.setPullStrategy(3);
     form.setAutonomy(0);
+    TerminalSession* opened = model->terminals().open(QUrl(u"file:///"_s));
+    form.setTerminalClipboard(0);
+    form.setTerminalClipboard(3);
     form.setNotifyCrash(false);
     form.setAvatarPhoto(u"file:///tmp/me%20too.png"_s);
     const AppSettings stored = SettingsStore(model->settings().filePath()).settings();
     EXPECT_EQ(stored.displayName, u"Ada"_s) << "a name of spaces is none";
     EXPECT_EQ(stored.defaultPullStrategy, PullPreference::rebase) << "there is no fourth";
     EXPECT_EQ(stored.agentAutonomy, AgentAutonomy::plan);
+    EXPECT_EQ(stored.terminalClipboard, ClipboardWrite::off);
+    EXPECT_EQ(opened->clipboardWrite(), ClipboardWrite::off) << "in terminals that are open";
+    EXPECT_EQ(model->terminals().open(QUrl(u"file:///"_s))->clipboardWrite(), ClipboardWrite::off) << "and in new ones";
     EXPECT_FALSE(stored.notifyCrash);
     EXPECT_EQ(stored.avatarPhotoPath, u"/tmp/me too.png"_s);
     EXPECT_EQ(form.displayName(), u"Ada"_s);

@@ -1,15 +1,22 @@
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/DeviceRun.h"
 #include "OrvUI/DevicesModel.h"
 #include "OrvUI/FilterBar.h"
 #include "OrvUI/OnboardingModel.h"
+#include "OrvUI/ProjectDetail.h"
 #include "OrvUI/RelativeDate.h"
+#include "OrvUI/RunChoices.h"
 #include "OrvUI/ServiceLogs.h"
 #include "OrvUI/Suggestions.h"
 #include "OrvUI/TaskLists.h"
+#include "OrvUI/UndoOffer.h"
 #include "tests/OrvUI/ModelFixture.h"
 
 #include <QAbstractItemModelTester>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 using namespace orv;
@@ -241,6 +248,32 @@ TEST_F(PartsTest, NotificationsTellWhatHappenedBehindTheUsersBack) {
     EXPECT_EQ(opened.port(), 4105);
 }
 
+TEST_F(PartsTest, ProgramsInTerminalsAreHeardUnlessTheUserSeesThem) {
+    addNode(u"shop"_s, "express", "true\n");
+    scan();
+    const QUrl folder = QUrl::fromLocalFile(root + u"/shop/lib"_s);
+    tree.add(u"projects/shop/lib/a"_s);
+    TerminalSession* build = model->terminals().open(folder);
+    TerminalSession* tests = model->terminals().open(folder);
+    const auto says = [](TerminalSession* session, const std::string& bytes) {
+        QSignalSpy heard(session, &TerminalSession::notificationRequested);
+        session->terminal().feed(bytes);
+        return waitFor([&] { return !heard.isEmpty(); });
+    };
+    EXPECT_TRUE(says(build, "\x1b]777;notify;Build;off\a"));
+    EXPECT_TRUE(finishes(model->setNotificationsEnabled(true)));
+    EXPECT_TRUE(says(build, "\x1b]777;notify;Build;first\a"));
+    EXPECT_TRUE(says(build, "\x1b]777;notify;Build;too soon\a"));
+    isActive = true;
+    tests->setShown(true);
+    EXPECT_TRUE(says(tests, "\x1b]777;notify;Tests;seen\a"));
+    tests->setShown(false);
+    EXPECT_TRUE(says(tests, "\x1b]9;" + std::string(2000, 'x') + "\a"));
+    ASSERT_EQ(posted.size(), 2) << posted.join(u'\n').toStdString();
+    EXPECT_EQ(posted.first(), u"Build / first / "_s);
+    EXPECT_EQ(posted.last(), tests->title() + u" / "_s + QString(500, u'x') + u" / "_s);
+}
+
 TEST_F(PartsTest, TheLastActionIsTheCardsOwnAfterARestartToo) {
     addInstalled(u"shop/web"_s, "vite", up(4106));
     addInstalled(u"shop/api"_s, "express", up(4107));
@@ -255,11 +288,36 @@ TEST_F(PartsTest, TheLastActionIsTheCardsOwnAfterARestartToo) {
     scan();
     const Project shop = project(u"shop"_s);
     EXPECT_EQ(model->primaryAction(shop), RunAction::backend) << "another project was run since";
+    ProjectDetail page;
+    page.setModel(model.get());
+    page.setProjectID(shop.id);
+    EXPECT_TRUE(waitFor([&] { return page.defaultAction() == u"Backend"; })) << "and its page's";
     model->togglePin(shop);
     EXPECT_EQ(model->pinnedEntries(), (QList<PinnedEntry>{{shop.id, u"Run shop"_s, false}}));
     EXPECT_TRUE(finishes(model->toggleRun(shop)));
     EXPECT_TRUE(state(shop, ServiceKind::backend).isActive());
     EXPECT_FALSE(state(shop, ServiceKind::frontend).isActive());
+    EXPECT_TRUE(waitFor([&] { return page.defaultAction() == u"Frontend"; })) << "that one runs already";
+}
+
+TEST_F(PartsTest, WhatAnotherProcessChoosesIsTakenIn) {
+    addInstalled(u"shop/web"_s, "vite", up(4112));
+    addInstalled(u"shop/api"_s, "express", up(4113));
+    scan();
+    const Project shop = project(u"shop"_s);
+    model->devices()->setProjectID(shop.id);
+    becomes(*model->cards(), {"defaultAction"}, u"Both"_s);
+    RunChoices other(tree.path(u"support/choices.json"_s));
+    EXPECT_TRUE(other.setAction(shop.id, u"Backend"_s));
+    EXPECT_TRUE(other.setDevice(shop.id, u"flutter:linux"_s));
+    becomes(*model->cards(), {"defaultAction"}, u"Backend"_s);
+    EXPECT_EQ(model->devices()->chosenKey(), u"flutter:linux"_s);
+    // Neither loses what the other one has written since it last looked.
+    EXPECT_TRUE(model->devices()->choose(u"/other"_s, u"flutter:chrome"_s));
+    EXPECT_TRUE(other.setDevice(shop.id, {}));
+    const RunChoices now(tree.path(u"support/choices.json"_s));
+    EXPECT_EQ(now.of(u"/other"_s).device, u"flutter:chrome"_s);
+    EXPECT_EQ(now.of(shop.id), (RunChoice{.action = u"Backend"_s, .device = {}}));
 }
 
 TEST_F(PartsTest, SuggestionsDoWhatTheySayAndStayAway) {
@@ -287,6 +345,70 @@ TEST_F(PartsTest, SuggestionsDoWhatTheySayAndStayAway) {
     becomes(*model->suggestions()->cards(), {"key"}, u"resume; add-project"_s);
     model->suggestions()->bringBack();
     becomes(*model->suggestions()->cards(), {"key"}, u"resume; add-project; themes"_s);
+}
+
+TEST_F(PartsTest, SuggestionsResumeWhatIsStillThere) {
+    addInstalled(u"shop"_s, "express", up(4116));
+    scan();
+    Suggestions& suggestions = *model->suggestions();
+    suggestions.setLimit(9);
+    const auto isOffered = [&] { return text(*suggestions.cards(), {"key"}).contains(u"resume"_s); };
+    for (const auto& [action, isThere] :
+         {std::pair{u"Backend"_s, true},
+          {u"Frontend"_s, false},
+          {u"Older than this"_s, true},
+          {u"Docker"_s, false},
+          {u"Both"_s, true}}) {
+        const LastRun last{root + u"/shop"_s, action};
+        EXPECT_TRUE(model->settings().change([&](AppSettings& settings) { settings.lastRun = last; }));
+        EXPECT_TRUE(waitFor([&] { return isOffered() == isThere; })) << action.toStdString();
+    }
+    suggestions.perform(u"resume"_s);
+    EXPECT_TRUE(waitForPhase(project(u"shop"_s), ServiceKind::backend, ServiceState::Phase::running));
+}
+
+TEST_F(PartsTest, WhatWasDoneLastIsTakenBackForAWhile) {
+    for (const QString& name : {u"ant"_s, u"bee"_s, u"cat"_s}) {
+        addInstalled(name, "vite", up(4117));
+    }
+    scan();
+    const Project bee = project(u"bee"_s);
+    for (const QString& title : {u"first"_s, u"second"_s, u"third"_s}) {
+        model->addTask(title, u"note"_s, bee);
+    }
+    const QList<ProjectTask> tasks = model->tasks();
+    model->deleteTask(tasks[1].id);
+    EXPECT_EQ(model->undoText(), u"Deleted “second”."_s);
+    model->deleteTask(QUuid::createUuid());
+    model->undo();
+    EXPECT_EQ(model->tasks(), tasks) << "where it stood, as it was";
+    EXPECT_EQ(model->undoText(), QString());
+    model->undo();
+    EXPECT_EQ(model->tasks(), tasks);
+
+    for (const QString& name : {u"cat"_s, u"bee"_s, u"ant"_s}) {
+        model->togglePin(project(name));
+        EXPECT_EQ(model->undoText(), QString()) << "a pin is taken away the way it was set";
+    }
+    const auto pins = [this] { return model->settings().settings().pinnedProjectIDs; };
+    const auto before = pins();
+    model->deleteTask(tasks[0].id);
+    model->togglePin(bee);
+    EXPECT_EQ(model->undoText(), u"Unpinned bee."_s);
+    model->undo();
+    EXPECT_EQ(pins(), before);
+    EXPECT_EQ(model->tasks().size(), 2) << "the last thing only";
+    model->togglePin(bee);
+    model->dismissUndo();
+    model->undo();
+    EXPECT_FALSE(pins().contains(bee.id));
+
+    UndoOffer offer(std::chrono::milliseconds(20));
+    int undone = 0;
+    offer.offer(u"Gone."_s, [&] { ++undone; });
+    EXPECT_TRUE(waitFor([&] { return offer.text().isEmpty(); }));
+    offer.accept();
+    EXPECT_EQ(undone, 0) << "too late";
 }
 
 TEST_F(PartsTest, OnboardingWritesEverythingAtOnceAtItsEnd) {
@@ -375,14 +497,49 @@ TEST_F(PartsTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {
     EXPECT_TRUE(waitFor([&] { return logText(id(pocket, ServiceKind::flutter)) == u"on emulator-5554"_s; }))
         << logText(id(pocket, ServiceKind::flutter)).toStdString();
 
-    addTool(u"bin/flutter"_s, "exec sleep 100\n");
+    EXPECT_TRUE(finishes(model->stop(pocket)));
+    DeviceRun runner;
+    runner.setModel(model.get());
+    model->devices()->ask(pocket.id);
+    EXPECT_TRUE(model->devices()->isAsking());
+    runner.start(u"flutter:chrome"_s, false);
+    EXPECT_FALSE(model->devices()->isAsking());
+    EXPECT_TRUE(waitFor([&] { return logText(id(pocket, ServiceKind::flutter)) == u"on chrome"_s; }))
+        << logText(id(pocket, ServiceKind::flutter)).toStdString();
+    EXPECT_EQ(model->devices()->chosen(pocket.id), u"avd:Pixel_9"_s) << "only this time";
+    EXPECT_TRUE(finishes(model->stop(pocket)));
+    runner.start(u"flutter:web-server"_s, true);
+    EXPECT_EQ(model->devices()->chosen(pocket.id), u"flutter:web-server"_s);
+    EXPECT_TRUE(waitFor([&] { return logText(id(pocket, ServiceKind::flutter)).endsWith(u"on web-server"_s); }));
+    EXPECT_TRUE(finishes(model->stop(pocket)));
+
+    // A tool that fails is not one that finds nothing, and a Flutter that can't list its devices has the desktop still.
     QFile::remove(tree.path(u"tools/xcrun"_s));
-    QFile::remove(tree.path(u"sdk/emulator/emulator"_s));
     flutterLimit = 300;
     makeModel();
-    EXPECT_TRUE(finishes(model->devices()->refresh()));
-    EXPECT_EQ(model->devices()->hints().size(), 3) << model->devices()->hints().join(u'\n').toStdString();
-    EXPECT_EQ(model->devices()->devices()->rowCount(), 0);
+    const struct {
+        QByteArray flutter;
+        QByteArray emulator;
+        QString rows;
+        QString hints;
+    } cases[] = {
+        {"exec sleep 100\n", "exit 3\n", u"Linux"_s,
+         u"^Flutter did not answer.*\nNo simulators.*\nThe Android emulators could not be listed.*emulator -list-avds"_s},
+        {"exit 1\n", "true\n", u"Linux"_s,
+         u"^Flutter could not.*\nNo simulators.*\nThere is no Android emulator yet"_s},
+        {"exit 127\n", {}, {}, u"^Flutter was not found.*\nNo simulators.*\nNo Android SDK was found"_s},
+    };
+    for (const auto& [flutter, emulator, rows, hints] : cases) {
+        addTool(u"bin/flutter"_s, flutter);
+        QFile::remove(tree.path(u"sdk/emulator/emulator"_s));
+        if (!emulator.isEmpty()) {
+            addTool(u"sdk/emulator/emulator"_s, emulator);
+        }
+        EXPECT_TRUE(finishes(model->devices()->refresh()));
+        const QString said = model->devices()->hints().join(u'\n');
+        EXPECT_TRUE(said.contains(QRegularExpression(hints))) << said.toStdString();
+        EXPECT_EQ(text(*model->devices()->devices(), {"title"}), rows) << flutter.constData();
+    }
     const auto gone = model->devices()->ready(u"avd:Pixel_9"_s);
     EXPECT_TRUE(waitFor([&] { return gone.isFinished(); }));
     EXPECT_FALSE(gone.result().has_value());

@@ -24,6 +24,8 @@ TEST(ProjectFilterSet, LetsAProjectPass) {
     const ProjectFacts idle;
     const ProjectFacts changed{.badge = GitBadge{1, 0, 0, 1, {}}, .isRunning = true, .isPinned = true};
     const ProjectFacts ahead{.badge = GitBadge{0, 3, 0, 1, {}}};
+    const ProjectFacts unread{.badge = GitBadge{0, 0, 0, 2, {}, 1}};
+    const ProjectFacts changedAndUnread{.badge = GitBadge{1, 0, 0, 2, {}, 1}};
     struct Case {
         const char* label;
         std::function<void(ProjectFilterSet&)> ask;
@@ -56,6 +58,9 @@ TEST(ProjectFilterSet, LetsAProjectPass) {
         {"changes without a badge", git(GitFilter::changes), idle, false, 1, true},
         {"clean", git(GitFilter::clean), ahead, true, 1, true},
         {"clean with changes", git(GitFilter::clean), changed, false, 1, true},
+        {"changes of one that can't be read", git(GitFilter::changes), unread, false, 1, true},
+        {"changes beside what can't be read", git(GitFilter::changes), changedAndUnread, true, 1, true},
+        {"clean, as far as it can be read", git(GitFilter::clean), unread, false, 1, true},
         {"clean without a badge", git(GitFilter::clean), idle, false, 1, true},
         {"running", [](ProjectFilterSet& filters) { filters.onlyRunning = true; }, idle, false, 1, true},
         {"pinned", [](ProjectFilterSet& filters) { filters.onlyPinned = true; }, idle, false, 1, true},

@@ -260,3 +260,32 @@ TEST_F(RunTest, OpensThePortThatReallyListens) {
         ASSERT_TRUE(finishes(model->stop(served)));
     }
 }
+
+TEST_F(RunTest, TakesNoDebuggerForTheService) {
+    addInstalled(
+        u"debugged"_s, "vite",
+        "exec python3 -c \"import os, socket, time\n"
+        "debugger = socket.create_server(('127.0.0.1', 0))\n"
+        "print('Debugger listening on ws://127.0.0.1:%d/9f0c' % debugger.getsockname()[1], flush=True)\n"
+        "while not os.path.exists('serve'): time.sleep(0.01)\n"
+        "service = socket.create_server(('127.0.0.1', 0))\n"
+        "time.sleep(100)\"\n");
+    scan();
+    const Project debugged = project(u"debugged"_s);
+    const ServiceID web = id(debugged, ServiceKind::frontend);
+    ASSERT_TRUE(finishes(model->run(debugged, {ServiceKind::frontend})));
+    const auto listens = [&](qsizetype count) {
+        return waitFor([&] { return model->processes().listeningPorts(web).size() == count; });
+    };
+    ASSERT_TRUE(waitFor([&] { return !model->processes().log(web).isEmpty(); }));
+    ASSERT_TRUE(listens(1));
+    const int debugger = model->processes().listeningPorts(web).first();
+    EXPECT_EQ(state(debugged, ServiceKind::frontend), ServiceState::starting());
+    EXPECT_EQ(model->addressPort(web), std::nullopt);
+    tree.add(u"projects/debugged/serve"_s);
+    ASSERT_TRUE(listens(2));
+    QList<int> others = model->processes().listeningPorts(web);
+    others.removeOne(debugger);
+    EXPECT_EQ(model->addressPort(web), others.first());
+    ASSERT_TRUE(finishes(model->stop(debugged)));
+}

@@ -1,10 +1,14 @@
 #include "OrvUI/Screens/Icon.h"
+#include "OrvUI/Screens/Illustration.h"
+#include "OrvUI/Screens/IllustrationExport.h"
+#include "OrvUI/Screens/Theme.h"
 #include "OrvUI/Screens/Tooltips.h"
 #include "OrvUI/Screens/WindowState.h"
 #include "tests/support/TestSupport.h"
 
 #include <QDir>
 #include <QImage>
+#include <QSet>
 
 #include <gtest/gtest.h>
 
@@ -39,6 +43,30 @@ TEST(Icon, IsDrawnInItsColourAtEverySize) {
     EXPECT_TRUE(Icon::image(u"no-such-icon"_s, Qt::red, 16, 16).isNull());
 }
 
+TEST(IllustrationExport, WritesEachPictureInBothColours) {
+    test::TemporaryTree tree;
+    const IllustrationExport wish{.folder = tree.path(u"new/folder"_s), .theme = 1, .points = 40, .scale = 1.5};
+    const QStringList names = Illustration::names();
+    ASSERT_GT(names.size(), 8);
+    EXPECT_EQ(wish.run(*Theme::instance()), 2 * names.size());
+    for (const QString& name : names) {
+        const QImage light(tree.path(u"new/folder/%1-light.png"_s.arg(name)));
+        const QImage dark(tree.path(u"new/folder/%1-dark.png"_s.arg(name)));
+        EXPECT_EQ(light.size(), QSize(60, 60)) << name.toStdString();
+        QSet<QRgb> colours;
+        for (int y = 0; y < dark.height(); ++y) {
+            for (int x = 0; x < dark.width(); ++x) {
+                colours.insert(dark.pixel(x, y));
+            }
+        }
+        EXPECT_GT(colours.size(), 3) << name.toStdString();
+        EXPECT_TRUE(name == u"app-icon"_s || light != dark) << name.toStdString();
+    }
+    Theme::instance()->setTheme(0);
+    const IllustrationExport hopeless{.folder = u"/proc/nowhere"_s};
+    EXPECT_FALSE(hopeless.run(*Theme::instance()));
+}
+
 TEST(WindowState, KeepsTheWindowWithinReach) {
     const QList<QRect> two{QRect(0, 0, 1920, 1080), QRect(1920, 0, 1280, 1024)};
     struct Case {
@@ -58,12 +86,16 @@ TEST(WindowState, KeepsTheWindowWithinReach) {
     for (const Case& it : cases) {
         EXPECT_EQ(WindowState::fitted(it.stored, it.screens, QSize(760, 560)), it.expected) << it.label;
     }
-    const test::TemporaryTree tree;
+    test::TemporaryTree tree;
     const QString file = tree.path(u"window.ini"_s);
     EXPECT_EQ(WindowState::load(file), WindowState());
-    const WindowState state{QRect(5, 6, 900, 700), true, true, false};
+    const WindowState state{
+        QRect(5, 6, 900, 700), true, true, false, {.kind = AppPage::Kind::project, .id = u"/p/shop"_s},
+        DetailTab::logs};
     state.save(file);
     EXPECT_EQ(WindowState::load(file), state);
+    tree.add(u"odd.ini"_s, "[General]\npage=99\ntab=-1\nsection=x\n");
+    EXPECT_EQ(WindowState::load(tree.path(u"odd.ini"_s)), WindowState());
 }
 
 TEST(Tooltips, ComeAfterARestAndThenAtOnceForANeighbour) {

@@ -1,10 +1,7 @@
-#include "OrvUI/Screens/Registration.h"
 #include "OrvUI/Screens/Theme.h"
-#include "tests/OrvUI/ModelFixture.h"
+#include "tests/Screens/MainWindow.h"
 
-#include <QQmlApplicationEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
+#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -15,69 +12,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-QStringList* warnings = nullptr;
-
-void collect(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-    Q_UNUSED(context)
-    if (type != QtDebugMsg && type != QtInfoMsg) {
-        warnings->append(text);
-    }
-}
-
-/// The window over a model with a folder of its own; whatever QML complains of fails the test.
-class MainWindow : public test::ModelFixture {
-protected:
-    MainWindow() {
-        warnings = &m_warnings;
-        m_before = qInstallMessageHandler(collect);
-    }
-
-    ~MainWindow() override {
-        m_engine.reset();
-        qInstallMessageHandler(m_before);
-        EXPECT_EQ(m_warnings, QStringList());
-    }
-
-    void open(QSize size) {
-        m_engine = std::make_unique<QQmlApplicationEngine>();
-        registerScreens(*m_engine);
-        m_engine->setInitialProperties({{u"model"_s, QVariant::fromValue(model.get())}, {u"ownFrame"_s, true}});
-        m_engine->load(QUrl(u"qrc:/qt/qml/OrvLauncher/Screens/Main.qml"_s));
-        ASSERT_FALSE(m_engine->rootObjects().isEmpty());
-        window = qobject_cast<QQuickWindow*>(m_engine->rootObjects().constFirst());
-        window->resize(size);
-        window->show();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-    }
-
-    /// The visible items of a component.
-    [[nodiscard]] QList<QQuickItem*> items(const QByteArray& component, QQuickItem* below = nullptr) const {
-        QList<QQuickItem*> found;
-        for (QQuickItem* item : (below != nullptr ? below : window->contentItem())->childItems()) {
-            if (!item->isVisible()) {
-                continue;
-            }
-            if (QByteArray(item->metaObject()->className()).startsWith(component + "_QML")) {
-                found.append(item);
-            }
-            found += items(component, item);
-        }
-        return found;
-    }
-
-    [[nodiscard]] QQuickItem* item(const QByteArray& component) const {
-        const QList<QQuickItem*> found = items(component);
-        EXPECT_FALSE(found.isEmpty()) << component.toStdString();
-        return found.value(0);
-    }
-
-    QQuickWindow* window = nullptr;
-
-private:
-    QStringList m_warnings;
-    QtMessageHandler m_before = nullptr;
-    std::unique_ptr<QQmlApplicationEngine> m_engine;
-};
+using test::MainWindow;
 
 TEST_F(MainWindow, LaysItsColumnsOutByTheWidth) {
     for (int number = 0; number < 30; ++number) {
@@ -182,6 +117,50 @@ TEST_F(MainWindow, SetsTheFocusIntoTheSheetAndBack) {
     EXPECT_FALSE(model->setupActive());
     EXPECT_TRUE(test::waitFor([this] { return item("ProjectCard")->hasActiveFocus(); }))
         << "the focus is at " << window->activeFocusItem()->metaObject()->className();
+}
+
+TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
+    const QString agent = tree.add(
+        u"bin/claude"_s, "#!/bin/sh\necho '{\"type\":\"result\",\"subtype\":\"success\",\"is_error\":false,"
+                         "\"result\":\"All done\",\"session_id\":\"s\",\"total_cost_usd\":0.5}'\n");
+    ASSERT_TRUE(QFile::setPermissions(agent, QFile::ReadOwner | QFile::ExeOwner));
+    addInstalled(u"shop"_s, "vite", "");
+    scan();
+    open(QSize(1280, 832));
+    model->setPage({.kind = AppPage::Kind::project, .id = root + u"/shop"_s});
+    ASSERT_TRUE(test::waitFor([this] { return !items("ProjectPage").isEmpty(); }));
+    const double whole = item("ProjectPage")->width();
+    QTest::keyClick(window, Qt::Key_J, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return !items("AgentPanel").isEmpty(); }));
+    EXPECT_EQ(item("ProjectPage")->width(), whole - Theme::agentPanelWidth);
+    EXPECT_EQ(model->aiPanelProjectID(), root + u"/shop"_s);
+
+    const auto says = [this](const char* words, qsizetype turns) {
+        for (const char* letter = words; *letter != 0; ++letter) {
+            QTest::keyClick(window, *letter);
+        }
+        QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
+        return test::waitFor([this, turns] {
+            const QList<QQuickItem*> found = items("AgentTurn");
+            return found.size() == turns && found.last()->property("runState") == u"succeeded"_s;
+        });
+    };
+    ASSERT_TRUE(says("Fix it", 1)) << items("AgentTurn").size() << ' ' << focus() << ' '
+                                   << model->agentError().value_or(QString()).toStdString();
+    EXPECT_EQ(item("AgentTurn")->property("answer"), u"All done"_s);
+    EXPECT_EQ(item("AgentTurn")->property("cost"), u"$0.50"_s);
+    ASSERT_TRUE(says("More", 2));
+    EXPECT_EQ(model->agentRuns().first()->facts().parentID, model->agentRuns().last()->facts().id);
+
+    // In a narrow window it stands over the page.
+    window->resize(900, 832);
+    EXPECT_TRUE(test::waitFor([this] { return item("AgentPanel")->property("floating").toBool(); }));
+    EXPECT_GT(item("ProjectPage")->width(), 800);
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_TRUE(test::waitFor([this] { return items("AgentPanel").isEmpty(); }));
+    EXPECT_FALSE(model->aiPanelProjectID());
+    QTest::keyClick(window, Qt::Key_J, Qt::ControlModifier);
+    EXPECT_TRUE(test::waitFor([this] { return items("AgentTurn").size() == 2; })) << "it comes back as it was";
 }
 
 TEST_F(MainWindow, ShowsEveryPageAndSection) {

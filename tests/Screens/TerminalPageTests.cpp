@@ -7,6 +7,8 @@
 #include "tests/support/TestSupport.h"
 
 #include <QAbstractItemModelTester>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -158,6 +160,22 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     click(u"Cancel"_s);
     EXPECT_EQ(view->pasteLines(), 0);
 
+    // What is typed while a program asks goes on into the terminal; only its own key is an answer.
+    session->terminal().feed("\x1b]52;c;bGluZQ==\x07");
+    const QString question = u"A program wants to copy “line”."_s;
+    ASSERT_TRUE(waitFor([&] { return shown(question) != nullptr; }));
+    QTest::keyClick(window, Qt::Key_Space);
+    EXPECT_TRUE(view->hasActiveFocus());
+    EXPECT_NE(shown(question), nullptr);
+    QTest::keyClick(window, Qt::Key_Y, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), u"line"_s);
+    EXPECT_EQ(shown(question), nullptr);
+    session->terminal().feed("\x1b]52;c;b3RoZXI=\x07");
+    ASSERT_TRUE(waitFor([&] { return shown(u"A program wants to copy “other”."_s) != nullptr; }));
+    click(u"Cancel"_s);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), u"line"_s);
+    EXPECT_TRUE(waitFor([&] { return view->hasActiveFocus(); }));
+
     QTest::keyClick(window, Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
     for (const char letter : {'r', 'e', 'a', 'd', 'y'}) {
         QTest::keyClick(window, letter);
@@ -210,6 +228,10 @@ TEST(TerminalLook, HasTheColoursOfTheTheme) {
     EXPECT_EQ(light.scheme, term::ColorScheme::light);
     theme.setDark(true);
     EXPECT_NE(TerminalLook::instance()->colors().base.ansi, light.base.ansi);
+    theme.setReducedMotion(true);
+    EXPECT_FALSE(TerminalLook::instance()->blinksText());
+    theme.setReducedMotion(false);
+    EXPECT_TRUE(TerminalLook::instance()->blinksText());
 }
 
 } // namespace

@@ -31,7 +31,7 @@ double contrast(const QColor& a, const QColor& b) {
 }
 
 TEST(Theme, HasTheColoursOfTheTokens) {
-    const QByteArray file = test::readFile(QStringLiteral(ORV_SOURCE_DIR) + u"/OrvUI/Screens/theme/tokens.json"_s);
+    const QByteArray file = test::readFile(test::sourcePath(u"OrvUI/Screens/theme/tokens.json"_s));
     const QJsonObject themes = QJsonDocument::fromJson(file)[u"themes"].toObject();
     ASSERT_EQ(themes.size(), themeNames.size());
     Theme theme(nullptr);

@@ -46,6 +46,14 @@ QString TemporaryTree::add(const QString& relative, const QByteArray& content) {
     return full;
 }
 
+QString sourcePath(const QString& relative) {
+    return QStringLiteral(ORV_SOURCE_DIR "/") + relative;
+}
+
+QString testChildPath() {
+    return QStringLiteral(ORV_TEST_CHILD);
+}
+
 QByteArray readFile(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();

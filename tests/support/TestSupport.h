@@ -34,6 +34,12 @@ private:
 };
 
 [[nodiscard]] QByteArray readFile(const QString& path);
+/// Of a file of the source tree. Only one object file knows where that is, so that the others come out of a compiler
+/// cache in any folder.
+[[nodiscard]] QString sourcePath(const QString& relative);
+/// The program of `TestChild.cpp`.
+[[nodiscard]] QString testChildPath();
+
 /// Sets an environment variable for the length of a scope; an absent value unsets it.
 class ScopedEnvironment {
 public:

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+namespace orv {
+
+/// A text that is searched as one types. Made once, so that a look at it costs no allocation.
+struct FuzzyText {
+    FuzzyText() = default;
+    explicit FuzzyText(const QString& text);
+
+    /// In a row, as one text.
+    void append(const FuzzyText& other);
+    void clear(); ///< keeps the room that it has
+
+    QString text;
+    QString folded;      ///< without regard to case, letter by letter as long as `text`
+    QByteArray starts;   ///< 1 at each letter that begins a word, 0 elsewhere
+    quint64 letters = 0; ///< a set of the letters that are in it
+};
+
+struct FuzzyRun {
+    int start = 0;
+    int length = 0;
+
+    bool operator==(const FuzzyRun&) const = default;
+};
+
+/// What somebody typed to find one of many texts: words, each of whose letters stand in the text in that order. The
+/// words may stand in any order.
+///
+/// Letters that follow each other count most, then those that begin a word of the text; gaps cost a little.
+class FuzzyPattern {
+public:
+    explicit FuzzyPattern(const QString& typed);
+
+    [[nodiscard]] bool isEmpty() const { return m_words.isEmpty(); }
+    /// Quick, and never wrong when it says no.
+    [[nodiscard]] bool mayBeIn(quint64 letters) const { return (m_letters & ~letters) == 0; }
+    /// The higher the better the text fits; absent when it does not.
+    [[nodiscard]] std::optional<int> score(const FuzzyText& text) const;
+    /// Where its letters stand in a text that fits, in order.
+    [[nodiscard]] QList<FuzzyRun> hits(const FuzzyText& text) const;
+
+private:
+    QStringList m_words; ///< folded
+    quint64 m_letters = 0;
+};
+
+} // namespace orv

@@ -1,0 +1,158 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// What git says of a project, on its overview.
+OverviewCard {
+    id: card
+
+    required property GitModel git
+    // Names without their folders.
+    property bool narrow: false
+    readonly property bool ready: git !== null && git.state === "ready"
+    readonly property int changes: ready ? git.changeCount : 0
+    readonly property var first: ready ? git.firstChanges : []
+    signal opened
+
+    heading: qsTr("Git")
+
+    corner: [
+        Row {
+            anchors.verticalCenter: parent?.verticalCenter
+            visible: card.ready
+            rightPadding: Theme.space4
+            spacing: Theme.space6
+
+            Icon {
+                anchors.verticalCenter: parent.verticalCenter
+                name: "git-branch"
+                size: Theme.iconSmall
+                color: Theme.text2
+            }
+
+            Label {
+                id: branch
+
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, card.width / 2)
+                role: Theme.SmallStrong
+                color: Theme.text2
+                text: card.git === null ? "" : card.git.detached ? qsTr("No branch") : card.git.branch
+
+                Tip {
+                    text: branch.truncated ? branch.text : ""
+                }
+            }
+
+            GitCount {
+                anchors.verticalCenter: parent.verticalCenter
+                glyph: "arrow-up"
+                count: card.git?.ahead ?? 0
+            }
+
+            GitCount {
+                anchors.verticalCenter: parent.verticalCenter
+                glyph: "arrow-down"
+                count: card.git?.behind ?? 0
+            }
+        }
+    ]
+
+    Repeater {
+        model: card.first
+
+        Item {
+            id: row
+
+            required property var modelData
+
+            width: parent?.width ?? 0
+            height: letter.height + Theme.space8
+
+            GitLetter {
+                id: letter
+
+                letter: row.modelData.letter
+            }
+
+            Label {
+                id: path
+
+                anchors.left: letter.right
+                anchors.leftMargin: Theme.space8
+                anchors.right: parent.right
+                anchors.verticalCenter: letter.verticalCenter
+                role: Theme.Small
+                elide: Text.ElideMiddle
+                text: card.narrow ? row.modelData.name : row.modelData.folder + row.modelData.name
+
+                Tip {
+                    text: path.truncated || card.narrow ? row.modelData.folder + row.modelData.name : ""
+                }
+            }
+        }
+    }
+
+    Label {
+        leftPadding: Theme.space24 + Theme.space2
+        height: visible ? Theme.space24 : 0
+        visible: card.changes > card.first.length
+        role: Theme.Small
+        color: Theme.text3
+        text: qsTr("%1 more").arg(card.changes - card.first.length)
+    }
+
+    Label {
+        height: visible ? Theme.space28 : 0
+        visible: card.changes === 0
+        role: Theme.Small
+        color: Theme.text3
+        text: card.ready ? qsTr("Nothing to commit") : card.git === null || card.git.state === "loading" ? qsTr("Looking at the repository…") : card.git.state === "none" ? qsTr("No repository") : card.git.state === "bare" ? qsTr("A bare repository") : qsTr("Git can't read this repository")
+    }
+
+    Row {
+        id: actions
+
+        width: parent.width
+        topPadding: Theme.space4
+        visible: card.ready
+        spacing: Theme.space8
+
+        Button {
+            width: actions.width - pull.width - push.width - 2 * actions.spacing
+            primary: card.changes > 0
+            controlHeight: Theme.controlSmall
+            text: card.changes > 0 ? qsTr("Commit…") : qsTr("Open")
+            Accessible.name: card.changes > 0 ? qsTr("Commit…") : qsTr("Open git")
+            onClicked: card.opened()
+        }
+
+        GitButton {
+            id: pull
+
+            enabled: card.ready && !card.git.isBusy
+            busy: card.git?.busyWith === "pull"
+            glyph: "arrow-down-to-line"
+            text: qsTr("Pull")
+            onClicked: card.git.pull()
+        }
+
+        GitButton {
+            id: push
+
+            enabled: card.ready && !card.git.isBusy
+            busy: card.git?.busyWith === "push"
+            glyph: "arrow-up-from-line"
+            text: qsTr("Push")
+            onClicked: card.git.push()
+        }
+    }
+
+    Button {
+        visible: card.git !== null && card.git.state === "none"
+        controlHeight: Theme.controlSmall
+        glyph: "git-branch-plus"
+        glyphSize: Theme.iconSmall
+        text: qsTr("Start a repository")
+        onClicked: card.git.initRepository()
+    }
+}

@@ -1,0 +1,182 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// All shortcuts, with a search among them.
+Sheet {
+    id: sheet
+
+    readonly property Shortcuts shortcuts: Shortcuts {}
+
+    width: Math.min(Theme.paletteWidth, parent.width - Theme.space32)
+    height: Math.min(Theme.paletteWidth, parent.height - Theme.space32)
+    closePolicy: T.Popup.NoAutoClose
+    onAboutToShow: {
+        search.clear();
+        sheet.shortcuts.searchText = "";
+    }
+    onOpened: search.forceActiveFocus(Qt.PopupFocusReason)
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.scrim
+
+        TapHandler {
+            onTapped: sheet.close()
+        }
+    }
+
+    contentItem: FocusScope {
+        Accessible.role: Accessible.Dialog
+        Accessible.name: title.text
+
+        Shortcut {
+            sequences: [StandardKey.Cancel]
+            enabled: sheet.visible && !search.activeFocus
+            onActivated: sheet.close()
+        }
+
+        Item {
+            id: head
+
+            width: parent.width
+            height: Theme.alertIcon
+
+            Label {
+                id: title
+
+                x: Theme.space24
+                anchors.verticalCenter: parent.verticalCenter
+                role: Theme.SheetTitle
+                text: qsTr("Keyboard shortcuts")
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+            }
+
+            IconButton {
+                anchors.right: parent.right
+                anchors.rightMargin: Theme.space16
+                anchors.verticalCenter: parent.verticalCenter
+                glyph: "x"
+                text: qsTr("Close")
+                onClicked: sheet.close()
+            }
+        }
+
+        Field {
+            id: search
+
+            anchors.top: head.bottom
+            x: Theme.space24
+            width: parent.width - 2 * x
+            focus: true
+            glyph: "search"
+            clearable: true
+            placeholderText: qsTr("Find a shortcut")
+            onTextEdited: sheet.shortcuts.searchText = text
+            onCleared: {
+                search.clear();
+                sheet.shortcuts.searchText = "";
+            }
+            onAbandoned: sheet.close()
+            Keys.onDownPressed: list.flick(0, -Theme.paletteWidth)
+            Keys.onUpPressed: list.flick(0, Theme.paletteWidth)
+        }
+
+        ListView {
+            id: list
+
+            anchors.top: search.bottom
+            anchors.topMargin: Theme.space8
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: Theme.hairline
+            width: parent.width
+            bottomMargin: Theme.space16
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+            activeFocusOnTab: true
+            model: sheet.shortcuts
+            section.property: "group"
+            Accessible.role: Accessible.List
+            Accessible.name: title.text
+
+            section.delegate: Label {
+                required property string section
+
+                width: ListView.view.width
+                height: Theme.space40
+                leftPadding: Theme.space24
+                topPadding: Theme.space16
+                role: Theme.Section
+                text: section
+                Accessible.role: Accessible.Heading
+                Accessible.name: section
+            }
+
+            delegate: Item {
+                id: row
+
+                required property string action
+                required property var keys
+
+                width: ListView.view.width
+                height: Theme.sidebarRowHeight
+                Accessible.role: Accessible.ListItem
+                Accessible.name: action
+                Accessible.description: keys.map(key => key.length === 0 ? qsTr("or") : key).join(" ")
+
+                Label {
+                    x: Theme.space24
+                    anchors.verticalCenter: parent.verticalCenter
+                    color: Theme.text2
+                    text: row.action
+                }
+
+                Row {
+                    anchors.right: parent.right
+                    anchors.rightMargin: Theme.space24
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: Theme.space4
+
+                    Repeater {
+                        model: row.keys
+
+                        Item {
+                            id: key
+
+                            required property string modelData
+
+                            implicitWidth: cap.visible ? cap.implicitWidth : between.implicitWidth
+                            implicitHeight: cap.implicitHeight
+
+                            KeyHint {
+                                id: cap
+
+                                visible: key.modelData.length > 0
+                                text: key.modelData
+                            }
+
+                            Label {
+                                id: between
+
+                                anchors.centerIn: parent
+                                visible: !cap.visible
+                                role: Theme.Small
+                                color: Theme.text3
+                                text: qsTr("or")
+                            }
+                        }
+                    }
+                }
+            }
+
+            T.ScrollBar.vertical: ScrollBar {}
+        }
+
+        Label {
+            anchors.centerIn: list
+            visible: list.count === 0
+            color: Theme.text2
+            text: qsTr("No shortcut is called that")
+        }
+    }
+}

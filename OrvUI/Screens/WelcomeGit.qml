@@ -1,0 +1,38 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// Who commits are by.
+WelcomePage {
+    id: page
+
+    title: qsTr("Tell git who you are")
+    text: qsTr("Your commits carry this name and email. Leave both empty to keep git as it is.")
+
+    FormField {
+        width: parent.width
+        label: qsTr("Name")
+
+        Field {
+            width: parent.width
+            implicitHeight: Theme.fieldLarge
+            focus: true
+            placeholderText: qsTr("Name for commits")
+            text: page.form.gitName
+            onTextEdited: page.form.gitName = text
+        }
+    }
+
+    FormField {
+        width: parent.width
+        label: qsTr("Email")
+
+        Field {
+            width: parent.width
+            implicitHeight: Theme.fieldLarge
+            placeholderText: qsTr("Email for commits")
+            inputMethodHints: Qt.ImhEmailCharactersOnly
+            text: page.form.gitEmail
+            onTextEdited: page.form.gitEmail = text
+        }
+    }
+}

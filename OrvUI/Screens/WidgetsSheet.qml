@@ -1,0 +1,170 @@
+import OrvLauncher.Screens
+import QtQuick
+import QtQuick.Templates as T
+
+// How the widget comes to the desktop. Only suggested where desktops have widgets.
+Sheet {
+    id: sheet
+
+    required property AppModel model
+    required property Navigator nav
+
+    width: Math.min(Theme.howToWidth, parent.width - Theme.space32)
+    visible: nav.sheet === "widgetsHowTo"
+    closePolicy: T.Popup.NoAutoClose
+    onOpened: added.forceActiveFocus(Qt.PopupFocusReason)
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.scrim
+
+        TapHandler {
+            onTapped: sheet.nav.closeSheet()
+        }
+    }
+
+    contentItem: FocusScope {
+        implicitHeight: column.implicitHeight
+        Accessible.role: Accessible.Dialog
+        Accessible.name: title.text
+
+        Shortcut {
+            sequences: [StandardKey.Cancel]
+            enabled: sheet.visible
+            onActivated: sheet.nav.closeSheet()
+        }
+
+        IconButton {
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space16 + Theme.space2
+            y: Theme.space20
+            glyph: "x"
+            text: qsTr("Close")
+            onClicked: sheet.nav.closeSheet()
+        }
+
+        Column {
+            id: column
+
+            width: parent.width
+            topPadding: Theme.space20
+
+            Label {
+                id: title
+
+                x: Theme.space24
+                role: Theme.SheetTitle
+                text: qsTr("Keep an eye on your servers")
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+            }
+
+            Label {
+                x: Theme.space24
+                topPadding: Theme.space6
+                color: Theme.text2
+                text: qsTr("Add the Running Services widget to your desktop.")
+            }
+
+            Item {
+                width: Theme.hairline
+                height: Theme.space16
+            }
+
+            Rectangle {
+                x: Theme.space24
+                width: parent.width - 2 * x
+                height: Theme.howToPicture
+                radius: Theme.radiusCard
+                color: Theme.sunken
+
+                Illustration {
+                    anchors.centerIn: parent
+                    name: "widgets"
+                }
+            }
+
+            Item {
+                width: Theme.hairline
+                height: Theme.space20
+            }
+
+            Repeater {
+                model: [[qsTr("Open the widget gallery"), qsTr("Right-click the desktop and choose Edit Widgets.")], [qsTr("Find OrvLauncher"), qsTr("Type “Orv” in the search field of the gallery.")], [qsTr("Drag Running Services to the desktop"), qsTr("It lists what runs, with pins and open tasks.")]]
+
+                Item {
+                    id: step
+
+                    required property int index
+                    required property var modelData
+
+                    width: column.width
+                    height: Theme.space40 + Theme.space12 + Theme.space2
+                    Accessible.role: Accessible.ListItem
+                    Accessible.name: qsTr("%1. %2. %3").arg(index + 1).arg(modelData[0]).arg(modelData[1])
+
+                    Rectangle {
+                        x: Theme.space24
+                        width: Theme.space24
+                        height: width
+                        radius: width / 2
+                        color: Theme.selection
+
+                        Label {
+                            anchors.centerIn: parent
+                            role: Theme.Caption
+                            color: Theme.accentText
+                            text: step.index + 1
+                        }
+                    }
+
+                    Label {
+                        x: Theme.space24 + Theme.space40 - Theme.space2
+                        role: Theme.BodyStrong
+                        text: step.modelData[0]
+                    }
+
+                    Label {
+                        x: Theme.space24 + Theme.space40 - Theme.space2
+                        y: Theme.space20
+                        color: Theme.text2
+                        text: step.modelData[1]
+                    }
+                }
+            }
+
+            Rectangle {
+                width: parent.width
+                height: Theme.hairline
+                color: Theme.border
+            }
+
+            Item {
+                width: parent.width
+                height: Theme.sheetFoot
+
+                Row {
+                    anchors.right: parent.right
+                    anchors.rightMargin: Theme.space24
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: Theme.space8
+
+                    Button {
+                        text: qsTr("Not now")
+                        onClicked: sheet.nav.closeSheet()
+                    }
+
+                    Button {
+                        id: added
+
+                        primary: true
+                        text: qsTr("I added it")
+                        onClicked: {
+                            sheet.model.suggestions.confirmWidgets();
+                            sheet.nav.closeSheet();
+                        }
+                    }
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,164 @@
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/Keymap.h"
+#include "OrvUI/Screens/Diagnostics.h"
+#include "tests/OrvGit/GitFixture.h"
+#include "tests/Screens/MainWindow.h"
+
+#include <QDir>
+#include <QKeySequence>
+#include <QRegularExpression>
+#include <QSet>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+namespace {
+
+/// The window on a project of a repository, whose card has the focus.
+class KeyWindow : public test::MainWindow {
+protected:
+    KeyWindow() {
+        addInstalled(u"shop"_s, "vite", test::up(4400));
+        test::git(root + u"/shop"_s, {u"init"_s, u"-q"_s});
+        test::git(root + u"/shop"_s, {u"commit"_s, u"-qm"_s, u"First"_s, u"--allow-empty"_s});
+        scan();
+        open(QSize(1280, 832));
+    }
+    void focusCard() {
+        model->setPage({});
+        ASSERT_TRUE(test::waitFor([this] { return !items("ProjectCard").isEmpty(); }));
+        item("CardGrid")->forceActiveFocus();
+        // The page that was left still has its keys until it is gone.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    [[nodiscard]] QString focusedHint() const {
+        const QQuickItem* focused = window->activeFocusItem();
+        return focused != nullptr ? focused->property("placeholderText").toString() : QString();
+    }
+    [[nodiscard]] bool isIn(const char* component) const {
+        for (const QQuickItem* each : items(component)) {
+            for (const QQuickItem* at = window->activeFocusItem(); at != nullptr; at = at->parentItem()) {
+                if (at == each) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+    /// The part of the window in which the focus is.
+    [[nodiscard]] QByteArray part() const {
+        for (const char* name : {"Sidebar", "TopBar", "HomePage", "AgentPanel", "ProjectPage"}) {
+            if (isIn(name)) {
+                return name;
+            }
+        }
+        return {};
+    }
+};
+
+TEST_F(KeyWindow, DoesWithACardWhatItsPageDoes) {
+    const struct {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        DetailTab tab;
+        QString hint; ///< of the field that has the focus then
+    } cases[] = {
+        {Qt::Key_B, Qt::ControlModifier, DetailTab::git, u"Find or create a branch"_s},
+        {Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier, DetailTab::git, u"Name of the new branch"_s},
+        {Qt::Key_P, Qt::ControlModifier, DetailTab::files, u"Find a file"_s},
+    };
+    for (const auto& it : cases) {
+        focusCard();
+        press(it.key, it.modifiers);
+        EXPECT_TRUE(test::waitFor([&] {
+            return model->page().kind == AppPage::Kind::project && model->detailTab() == it.tab &&
+                   focusedHint() == it.hint;
+        })) << it.hint.toStdString()
+            << " is not " << focusedHint().toStdString() << ", tab " << static_cast<int>(model->detailTab());
+        press(Qt::Key_Escape);
+        EXPECT_TRUE(test::waitFor([this] { return items("BranchItem").isEmpty(); }));
+    }
+    focusCard();
+    press(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_TRUE(test::waitFor([this] { return model->terminals().sessions().size() == 1; }));
+    EXPECT_EQ(model->detailTab(), DetailTab::terminal);
+    focusCard();
+    press(Qt::Key_J, Qt::ControlModifier);
+    EXPECT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
+    press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier);
+    EXPECT_TRUE(test::waitFor([this] { return isIn("TaskComposer"); })) << focus();
+    EXPECT_EQ(model->detailTab(), DetailTab::tasks);
+    EXPECT_EQ(model->page().kind, AppPage::Kind::project);
+}
+
+TEST_F(KeyWindow, TakesBackWhatWasDeleted) {
+    const QString id = root + u"/shop"_s;
+    model->togglePinFor(id);
+    model->togglePinFor(id);
+    // In its place, with all of the line above the window's edge.
+    ASSERT_TRUE(test::waitFor([this] {
+        const QQuickItem* undo = button(u"Undo"_s);
+        return undo != nullptr && undo->mapToScene(QPointF(0, undo->height())).y() < window->height() - 20;
+    }));
+    click(button(u"Undo"_s));
+    EXPECT_TRUE(test::waitFor([&] { return model->isPinned(project(u"shop"_s)); }));
+    EXPECT_TRUE(test::waitFor([this] { return button(u"Undo"_s) == nullptr; }));
+    model->togglePinFor(id);
+    focusCard();
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(test::waitFor([&] { return model->isPinned(project(u"shop"_s)); })) << "by its key";
+}
+
+TEST_F(KeyWindow, SaysNothingOfTheUserInItsDiagnostics) {
+    const QString text = Diagnostics::text(model.get());
+    EXPECT_TRUE(text.contains(u"Projects: 1 with 1 services, 0 active"_s)) << text.toStdString();
+    for (const QString& word : {u"shop"_s, root, QDir::homePath() + u'/'}) {
+        EXPECT_FALSE(text.contains(word)) << text.toStdString();
+    }
+}
+
+TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
+    focusCard();
+    const QByteArrayList round{"Sidebar", "TopBar", "HomePage", "Sidebar"};
+    for (const QByteArray& each : round) {
+        press(Qt::Key_F6);
+        EXPECT_EQ(part(), each) << focus();
+    }
+    press(Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_EQ(part(), "HomePage") << focus();
+    press(Qt::Key_J, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
+    press(Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_EQ(part(), "ProjectPage") << focus();
+}
+
+TEST(Keymap, HasWhatTheScreensAskForAndNothingTwice) {
+    QSet<QString> ids;
+    for (const Keymap::Entry& entry : Keymap::entries()) {
+        const QString id = QString::fromLatin1(entry.id);
+        EXPECT_FALSE(ids.contains(id)) << entry.id;
+        ids.insert(id);
+        for (const QVariant& each : Keymap::of(id)) {
+            const QString sequence = each.toString()
+                                         .replace(QRegularExpression(u"\\d…"_s), QString())
+                                         .replace(u"Plus"_s, u"+"_s)
+                                         .replace(u"Minus"_s, u"-"_s);
+            EXPECT_NE(QKeySequence(sequence, QKeySequence::PortableText)[0].key(), Qt::Key_unknown)
+                << sequence.toStdString();
+        }
+    }
+    const QRegularExpression asked(u"Keymap\\.\\w+\\(\"(\\w+)\""_s);
+    const QDir screens(test::sourcePath(u"OrvUI/Screens"_s));
+    int count = 0;
+    for (const QString& file : screens.entryList({u"*.qml"_s})) {
+        auto found = asked.globalMatch(QString::fromUtf8(test::readFile(screens.filePath(file))));
+        for (; found.hasNext(); ++count) {
+            const QString id = found.next().captured(1);
+            EXPECT_TRUE(ids.contains(id)) << id.toStdString() << " in " << file.toStdString();
+        }
+    }
+    EXPECT_GT(count, 50);
+}
+
+} // namespace
+} // namespace orv

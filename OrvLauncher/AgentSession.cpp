@@ -3,8 +3,10 @@
 #include "CliSupport.h"
 #include "OrvUI/AgentRows.h"
 #include "TextLayout.h"
+#include "WidgetUpdate.h"
 
 #include <QJsonObject>
+#include <QProcess>
 
 using namespace Qt::StringLiterals;
 
@@ -12,6 +14,15 @@ namespace orv {
 namespace {
 
 constexpr qsizetype shortIDLength = 8;
+
+/// There is no window to own a clipboard: macOS has a tool for it.
+void copyByTool(const QString& text) {
+    QProcess tool;
+    tool.start(u"pbcopy"_s, {});
+    tool.write(text.toUtf8());
+    tool.closeWriteChannel();
+    tool.waitForFinished();
+}
 
 QString safeText(const QString& text, bool hasColor) {
     QStringList lines;
@@ -108,8 +119,10 @@ QStringList outcomeLines(const AgentRun& run, bool hasColor) {
 
 AgentDesk::AgentDesk(QObject* parent) : QObject(parent) {
     AppModel::Options options;
-    options.snapshotDirectory = m_widgets.path();
+    options.snapshotDirectory = m_snapshots.path();
     m_model = std::make_unique<AppModel>(std::move(options));
+    m_model->setReloadWidgets(&WidgetUpdate::writeStores); // a to-do item may be done with a run
+    m_model->setClipboard = copyByTool;
 }
 
 AgentSession::AgentSession(AgentRuns& runs, Console& console, bool json, QObject* parent)

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] AgentRuns& runs() { return m_model->agentRunner(); }
 
 private:
-    QTemporaryDir m_widgets; ///< the desktop's widgets show what the window runs
+    QTemporaryDir m_snapshots; ///< of the model, whose projects are not scanned
     std::unique_ptr<AppModel> m_model;
 };
 

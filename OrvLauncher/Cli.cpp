@@ -167,10 +167,10 @@ void Invocation::note(const QString& message) const {
 }
 
 const QList<Command>& allCommands() {
-    static const QList<Command> commands{scanCommand(),     detectCommand(),      runCommand(),        portsCommand(),
-                                         devicesCommand(),  gitCommand(),         newCommand(),        agentCommand(),
-                                         overrideCommand(), settingsCommand(),    tasksCommand(),      pinCommand(),
-                                         notifyCommand(),   suggestionsCommand(), completionsCommand()};
+    static const QList<Command> commands{
+        scanCommand(),   detectCommand(),      runCommand(),      portsCommand(),      devicesCommand(), gitCommand(),
+        newCommand(),    agentCommand(),       overrideCommand(), settingsCommand(),   tasksCommand(),   pinCommand(),
+        notifyCommand(), suggestionsCommand(), toggleCommand(),   completionsCommand()};
     return commands;
 }
 

@@ -11,7 +11,12 @@
 namespace orv {
 
 /// What a script sees of a command's end.
-enum ExitCode { exitOk = 0, exitFailed = 1, exitUsage = 2 };
+enum ExitCode {
+    exitOk = 0,
+    exitFailed = 1,
+    exitUsage = 2,
+    exitInterrupted = 130, ///< given up before it was done, as a shell says of a command that SIGINT ended
+};
 
 struct Action;
 struct Command;
@@ -76,6 +81,7 @@ Command portsCommand();
 Command overrideCommand();
 Command settingsCommand();
 Command tasksCommand();
+Command toggleCommand();
 Command gitCommand();
 Command newCommand();
 Command pinCommand();

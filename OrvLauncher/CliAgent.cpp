@@ -172,16 +172,27 @@ QFuture<int> run(Invocation& call) {
                 finish(refusal(call, project.error()));
                 return;
             }
-            const AppSettings& settings = desk.model().settings().settings();
-            const auto started = desk.runs().start(
-                {.agent = agent->value_or(settings.defaultAgent),
+            AppModel& model = desk.model();
+            AgentRun* started = model.startAgent(
+                {.agent = agent->value_or(model.settings().settings().defaultAgent),
                  .task = call.words[1],
                  .projectID = project->id,
                  .projectName = project->name,
                  .projectRoot = project->root,
                  .linkedTask = task,
                  .autonomy = *autonomy,
-                 .ownWorktree = call.isSet(u"worktree"_s) ? std::optional(true) : std::nullopt});
+                 .ownWorktree = call.isSet(u"worktree"_s) ? std::optional(true) : std::nullopt},
+                *project);
+            if (const std::optional<QString>& error = model.agentError()) {
+                finish(call.failure(*error));
+                return;
+            }
+            if (started == nullptr) {
+                // The desktop's agent was opened, which reports nothing back.
+                call.note(model.statusText());
+                finish(exitOk);
+                return;
+            }
             onFinished(follow(call, desk, started), call.context, finish);
         });
         return promise->future();
@@ -189,12 +200,25 @@ QFuture<int> run(Invocation& call) {
 }
 
 QFuture<int> goOn(Invocation& call) {
-    return withRun(call, [&call](AgentDesk& desk, AgentRun* parent) {
+    const auto autonomy = enumOption<AgentAutonomy>(call, u"autonomy"_s, allAgentAutonomies);
+    if (!autonomy) {
+        return now(autonomy.error());
+    }
+    return withRun(call, [&call, autonomy = *autonomy](AgentDesk& desk, AgentRun* parent) {
         const AgentRun::Facts& facts = parent->facts();
         if (parent->isRunning()) {
             return now(call.failure(u"that run goes on still."_s));
         }
-        return follow(call, desk, desk.runs().goOn(*parent, call.words[1], facts.projectID, facts.projectName));
+        return follow(
+            call, desk, desk.runs().goOn(*parent, call.words[1], facts.projectID, facts.projectName, autonomy));
+    });
+}
+
+QFuture<int> retry(Invocation& call) {
+    return withRun(call, [&call](AgentDesk& desk, AgentRun* run) {
+        const AgentRun::Facts& facts = run->facts();
+        return run->isRunning() ? now(call.failure(u"that run goes on still."_s))
+                                : follow(call, desk, desk.runs().retry(*run, facts.projectID, facts.projectName));
     });
 }
 
@@ -424,7 +448,14 @@ Command agentCommand() {
            {u"worktree"_s, {}, u"in a git work tree of its own"_s},
            {u"task"_s, u"ID"_s, u"the to-do item that is done when the agent has succeeded"_s}},
           run},
-         {u"continue"_s, u"RUN MESSAGE"_s, 2, 2, u"goes on where a run has ended"_s, {}, goOn},
+         {u"continue"_s,
+          u"RUN MESSAGE"_s,
+          2,
+          2,
+          u"goes on where a run has ended"_s,
+          {{u"autonomy"_s, u"LEVEL"_s, u"plan, edit or full; else that of the run"_s}},
+          goOn},
+         {u"retry"_s, u"RUN"_s, 1, 1, u"does the same once more"_s, {}, retry},
          {u"stop"_s, u"RUN"_s, 1, 1, u"stops it, whoever started it"_s, {}, stop},
          {u"show"_s,
           u"RUN"_s,

@@ -9,11 +9,23 @@ using namespace Qt::StringLiterals;
 namespace orv {
 namespace {
 
+/// The words between which an argument leaves the choice: of "[save|pop] [ENTRY]" the first two.
+QStringList choicesIn(const QString& arguments) {
+    QStringList words;
+    for (QString argument : arguments.split(u' ', Qt::SkipEmptyParts)) {
+        if (argument.contains(u'|')) {
+            words += argument.remove(u'[').remove(u']').split(u'|');
+        }
+    }
+    return words;
+}
+
 /// What may stand after each command: its actions and options.
 QStringList wordsAfter(const Command& command) {
     QStringList words;
     for (const Action& action : command.actions) {
         words.append(action.name);
+        words.append(choicesIn(action.arguments));
         for (const CommandOption& option : action.options) {
             words.append(u"--"_s + option.name);
         }

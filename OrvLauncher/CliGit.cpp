@@ -1,5 +1,6 @@
 #include "CliGit_p.h"
 #include "OrvCore/Settings.h"
+#include "OrvGit/DiscardedWork.h"
 #include "TextLayout.h"
 
 #include <QDir>
@@ -7,34 +8,12 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
-
-/// Changes the repository, then prints what it is like.
-template <typename Change>
-QFuture<int> changeAndShow(Invocation& call, const QString& progress, Change change) {
-    const auto work = [folder = folderMeant(call),
-                       change = std::move(change)](const GitService& service) -> GitOutcome<RepositoryState> {
-        const auto repository = repositoryAt(service, folder);
-        if (!repository) {
-            return std::unexpected(repository.error());
-        }
-        if (const GitOutcome<void> done = change(service, *repository); !done) {
-            return std::unexpected(done.error());
-        }
-        return stateOf(service, *repository);
-    };
-    return runGit(call, progress, work, [&call](const RepositoryState& state) -> int {
-        if (call.json) {
-            printJson(call.console.out, toJson(state));
-        } else {
-            printState(call.console.out, state);
-        }
-        return exitOk;
-    });
-}
 
 using PathsMethod = GitOutcome<void> (GitService::*)(const QString&, const QStringList&) const;
 using PathsOf = QStringList (FileChange::*)() const;
@@ -57,6 +36,24 @@ GitOutcome<QStringList> pathsOfAll(
     return paths;
 }
 
+/// With the other name of each that is staged as renamed: half of that is no change.
+GitOutcome<QStringList> withRenames(
+    const GitService& service, const QString& repository, GitOutcome<QStringList> paths) {
+    const auto status = paths ? service.status(repository) : std::unexpected(paths.error());
+    if (!status) {
+        return std::unexpected(status.error());
+    }
+    for (const FileChange& change : status->changes) {
+        const QStringList touched = change.touchedPaths();
+        if (change.isStaged() && touched.size() > 1 &&
+            std::ranges::any_of(touched, [&](const QString& path) { return paths->contains(path); })) {
+            *paths += touched;
+        }
+    }
+    paths->removeDuplicates();
+    return paths;
+}
+
 template <typename IsMeant>
 QFuture<int> changePaths(Invocation& call, PathsMethod method, PathsOf pathsOf, IsMeant isMeant) {
     const bool isAll = call.isSet(u"all"_s);
@@ -68,25 +65,34 @@ QFuture<int> changePaths(Invocation& call, PathsMethod method, PathsOf pathsOf, 
         call, u"Running git…"_s,
         [folder = folderMeant(call), words = call.words, method, pathsOf, isAll,
          isMeant](const GitService& service, const QString& repository) {
-            const auto paths =
-                isAll ? pathsOfAll(service, repository, pathsOf, isMeant) : pathsIn(repository, folder, words);
+            const auto paths = isAll ? pathsOfAll(service, repository, pathsOf, isMeant)
+                                     : withRenames(service, repository, pathsIn(repository, folder, words));
             return paths ? (service.*method)(repository, *paths) : std::unexpected(paths.error());
         });
 }
 
 QFuture<int> stage(Invocation& call) {
+    if (call.isSet(u"hunk"_s)) {
+        return gitHunks(call, &GitService::stageLines, DiffSide::unstaged);
+    }
     return changePaths(call, &GitService::stage, &FileChange::stagedPaths, [](const FileChange& change) {
         return change.isUntracked() || change.worktree != '.';
     });
 }
 
 QFuture<int> unstage(Invocation& call) {
+    if (call.isSet(u"hunk"_s)) {
+        return gitHunks(call, &GitService::unstageLines, DiffSide::staged);
+    }
     return changePaths(call, &GitService::unstage, &FileChange::touchedPaths, [](const FileChange& change) {
         return change.isStaged();
     });
 }
 
 QFuture<int> discard(Invocation& call) {
+    if (call.isSet(u"hunk"_s)) {
+        return gitHunks(call, &GitService::discardLines, DiffSide::unstaged);
+    }
     const auto change = [folder = folderMeant(call),
                          words = call.words](const GitService& service, const QString& repository) -> GitOutcome<void> {
         const auto named = pathsIn(repository, folder, words);
@@ -99,13 +105,17 @@ QFuture<int> discard(Invocation& call) {
         }
         QStringList paths;
         for (const FileChange& each : status->changes) {
-            if (isBelow(each.path, *named)) {
-                paths += each.touchedPaths();
+            const QStringList touched = each.touchedPaths();
+            if (std::ranges::any_of(touched, [&](const QString& path) { return isBelow(path, *named); })) {
+                paths += touched;
             }
         }
+        paths.removeDuplicates();
         if (paths.isEmpty()) {
             return std::unexpected(GitError::refused(u"nothing is changed there."_s));
         }
+        // What can't be kept is discarded all the same: nobody is asked here.
+        (void)DiscardedWork::keep(service, repository, paths);
         return service.discard(repository, paths);
     };
     return changeAndShow(call, u"Running git…"_s, change);
@@ -228,6 +238,7 @@ QFuture<int> pull(Invocation& call) {
 
 Command gitCommand() {
     const CommandOption all{u"all"_s, {}, u"every changed file; conflicts excepted"_s};
+    const CommandOption hunk{u"hunk"_s, u"N[,N...]"_s, u"only these hunks of the one file, as diff numbers them"_s};
     const CommandOption staged{u"staged"_s, {}, u"what is staged, instead of what is not"_s};
     return {
         u"git"_s,
@@ -253,14 +264,20 @@ Command gitCommand() {
           u"the changed lines"_s,
           {inOption, staged, {u"commit"_s, u"ID"_s, u"what a commit changed"_s}},
           gitDiff},
-         {u"stage"_s, u"[PATH...]"_s, 0, anyNumber, u"takes files into the next commit"_s, {inOption, all}, stage},
-         {u"unstage"_s, u"[PATH...]"_s, 0, anyNumber, u"takes them out again"_s, {inOption, all}, unstage},
+         {u"stage"_s,
+          u"[PATH...]"_s,
+          0,
+          anyNumber,
+          u"takes files into the next commit"_s,
+          {inOption, all, hunk},
+          stage},
+         {u"unstage"_s, u"[PATH...]"_s, 0, anyNumber, u"takes them out again"_s, {inOption, all, hunk}, unstage},
          {u"discard"_s,
           u"PATH..."_s,
           1,
           anyNumber,
           u"puts files back to the last commit; deletes untracked ones"_s,
-          {inOption},
+          {inOption, hunk},
           discard},
          {u"commit"_s,
           u"SUMMARY"_s,
@@ -287,6 +304,25 @@ Command gitCommand() {
           u"checks another branch out"_s,
           {inOption, {u"create"_s, {}, u"makes it first"_s}},
           switchTo},
+         {u"stash"_s,
+          u"[save|pop|apply|drop|list] [ENTRY]"_s,
+          0,
+          2,
+          u"puts changes away, and back; ENTRY 0 is the newest. Saves without a word"_s,
+          {inOption,
+           {u"message"_s, u"TEXT"_s, u"what the new entry is called"_s},
+           {u"untracked"_s, {}, u"saves files that git does not know, too"_s}},
+          gitStash},
+         {u"identity"_s,
+          {},
+          0,
+          0,
+          u"who commits; with --name and --email it is set"_s,
+          {inOption,
+           {u"global"_s, {}, u"of every repository, instead of this one"_s},
+           {u"name"_s, u"NAME"_s, u"sets the name"_s},
+           {u"email"_s, u"ADDRESS"_s, u"sets the e-mail address"_s}},
+          gitIdentity},
          {u"continue"_s,
           {},
           0,
@@ -313,6 +349,7 @@ Command gitCommand() {
           gitClone}},
         {{u"orvlauncher git status shop"_s, u"what is changed in the project shop"_s},
          {u"orvlauncher git stage --all && orvlauncher git commit \"Fix the cart\""_s, u"commits everything here"_s},
+         {u"orvlauncher git stage cart.js --hunk 1,3 && orvlauncher git diff --staged"_s, u"a part of a file"_s},
          {u"orvlauncher git status --json | jq '[.[].changes[].path]'"_s, u"the changed files, for a script"_s},
          {u"orvlauncher git clone https://example.org/tools/ledger.git"_s, u"a new project, with its progress"_s}}};
 }

@@ -1,4 +1,5 @@
 #include "CliGit_p.h"
+#include "OrvGit/RepositoryLayout.h"
 #include "TextLayout.h"
 
 #include <QDir>
@@ -36,6 +37,11 @@ GitOutcome<QStringList> repositoriesAt(const GitService& service, const QString&
     const auto top = service.topFolder(folder);
     if (top && *top != QFileInfo(folder).canonicalFilePath()) {
         return QStringList{*top};
+    }
+    // One without a work tree has no folder on top, but commits and branches.
+    if (const auto layout = RepositoryLayout::of(folder);
+        !top && layout && layout->kind == RepositoryLayout::Kind::bare) {
+        return QStringList{folder};
     }
     const QStringList found = GitService::findRepos(folder);
     if (!found.isEmpty()) {

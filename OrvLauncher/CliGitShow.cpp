@@ -86,6 +86,7 @@ QJsonObject toJson(const BranchInfo& branch) {
 QJsonObject toJson(const FileDiff& file) {
     QJsonArray hunks;
     for (const DiffHunk& hunk : file.hunks) {
+        const int number = static_cast<int>(hunks.size()) + 1;
         QJsonArray lines;
         for (const DiffLine& line : hunk.lines) {
             lines.append(QJsonObject{
@@ -96,6 +97,7 @@ QJsonObject toJson(const FileDiff& file) {
             });
         }
         hunks.append(QJsonObject{
+            {u"hunk"_s, number},
             {u"oldStart"_s, hunk.oldStart},
             {u"oldCount"_s, hunk.oldCount},
             {u"newStart"_s, hunk.newStart},
@@ -115,7 +117,9 @@ QJsonObject toJson(const FileDiff& file) {
     };
 }
 
-void printDiff(Stream& out, const FileDiff& file) {
+enum class Numbers { shown, left };
+
+void printDiff(Stream& out, const FileDiff& file, Numbers numbers) {
     const bool hasColor = out.hasColor();
     const QString name = printable(GitPath::fromBytes(file.path()));
     const QString content =
@@ -124,7 +128,11 @@ void printDiff(Stream& out, const FileDiff& file) {
         painted(name, Style::bold, hasColor) + u"  "_s + changeNames[static_cast<size_t>(file.change)] + content +
         u"  +%1 -%2"_s.arg(file.count(DiffLineKind::added)).arg(file.count(DiffLineKind::removed)));
     QString text;
+    int number = 0;
     for (const DiffHunk& hunk : file.hunks) {
+        if (++number; numbers == Numbers::shown && file.canBeDivided()) {
+            text += painted(u"%1 "_s.arg(number), Style::yellow, hasColor);
+        }
         text += painted(
                     u"@@ -%1,%2 +%3,%4 @@ %5"_s.arg(hunk.oldStart)
                         .arg(hunk.oldCount)
@@ -365,13 +373,14 @@ QFuture<int> gitDiff(Invocation& call) {
         const auto paths = pathsIn(*repository, folder, words);
         return paths ? diffsOf(service, *repository, *paths, isStaged) : std::unexpected(paths.error());
     };
-    return runGit(call, u"Asking git…"_s, work, [&call](const QList<FileDiff>& files) -> int {
+    const Numbers numbers = call.isSet(u"commit"_s) ? Numbers::left : Numbers::shown;
+    return runGit(call, u"Asking git…"_s, work, [&call, numbers](const QList<FileDiff>& files) -> int {
         QJsonArray array;
         for (const FileDiff& file : files) {
             if (call.json) {
                 array.append(toJson(file));
             } else {
-                printDiff(call.console.out, file);
+                printDiff(call.console.out, file, numbers);
             }
         }
         if (call.json) {

@@ -59,10 +59,42 @@ QFuture<int> runGit(Invocation& call, const QString& progress, Work work, Print 
     });
 }
 
+/// Changes the repository, then prints what it is like.
+template <typename Change>
+QFuture<int> changeAndShow(Invocation& call, const QString& progress, Change change) {
+    const auto work = [folder = folderMeant(call),
+                       change = std::move(change)](const GitService& service) -> GitOutcome<RepositoryState> {
+        const auto repository = repositoryAt(service, folder);
+        if (!repository) {
+            return std::unexpected(repository.error());
+        }
+        if (const GitOutcome<void> done = change(service, *repository); !done) {
+            return std::unexpected(done.error());
+        }
+        return stateOf(service, *repository);
+    };
+    return runGit(call, progress, work, [&call](const RepositoryState& state) -> int {
+        if (call.json) {
+            printJson(call.console.out, toJson(state));
+        } else {
+            printState(call.console.out, state);
+        }
+        return exitOk;
+    });
+}
+
+using LinesMethod =
+    GitOutcome<void> (GitService::*)(const QString&, const DiffRequest&, const FileDiff&, const DiffSelection&) const;
+
 QFuture<int> gitStatus(Invocation& call);
 QFuture<int> gitLog(Invocation& call);
 QFuture<int> gitDiff(Invocation& call);
 QFuture<int> gitBranch(Invocation& call);
 QFuture<int> gitClone(Invocation& call);
+QFuture<int> gitStash(Invocation& call);
+QFuture<int> gitIdentity(Invocation& call);
+/// Does it with the hunks that "--hunk" names, of the one file that the words name. `side`: where they are looked for;
+/// the file may be an untracked one, too, where that is not the index.
+QFuture<int> gitHunks(Invocation& call, LinesMethod method, DiffSide side);
 
 } // namespace orv

@@ -88,7 +88,7 @@ QString overview(bool hasColor) {
                    u" finds the projects in a folder, and runs and watches their services.\n"_s;
     text += heading(u"Usage"_s, hasColor);
     text += definitions(
-        {{u"orvlauncher"_s, u"opens the window"_s},
+        {{u"orvlauncher"_s, u"opens the window, or raises the one that is open"_s},
          {u"orvlauncher COMMAND"_s, u"does one thing here, in the terminal"_s},
          {u"orvlauncher help COMMAND"_s, u"explains a command, with examples"_s}},
         hasColor);
@@ -105,7 +105,12 @@ QString overview(bool hasColor) {
          {u"orvlauncher scan --json | jq -r '.[].name'"_s, u"every command speaks JSON too"_s}},
         hasColor);
     text += heading(u"Exit codes"_s, hasColor);
-    text += definitions({{u"0"_s, u"done"_s}, {u"1"_s, u"failed"_s}, {u"2"_s, u"the call makes no sense"_s}}, hasColor);
+    text += definitions(
+        {{u"0"_s, u"done"_s},
+         {u"1"_s, u"failed"_s},
+         {u"2"_s, u"the call makes no sense"_s},
+         {u"130"_s, u"given up on Ctrl-C"_s}},
+        hasColor);
     return text;
 }
 

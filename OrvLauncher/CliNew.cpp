@@ -17,7 +17,10 @@ public:
         m_promise.start();
         connect(&m_signals, &SignalWatcher::stopAsked, &m_project, &NewProject::cancel);
         connect(&m_project, &NewProject::added, this, &Making::added);
-        connect(&m_project, &NewProject::cancelled, this, [this] { end(m_call.failure(u"given up."_s)); });
+        connect(&m_project, &NewProject::cancelled, this, [this] {
+            m_call.failure(u"given up."_s);
+            end(exitInterrupted);
+        });
         connect(&m_project, &NewProject::errorChanged, this, [this] { end(m_call.failure(m_project.error())); });
         connect(&m_project, &NewProject::progressChanged, this, &Making::draw);
     }

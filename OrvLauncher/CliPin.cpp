@@ -1,6 +1,7 @@
 #include "CliSupport.h"
 #include "OrvCore/Settings.h"
 #include "TextLayout.h"
+#include "WidgetUpdate.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -19,6 +20,7 @@ int report(const Invocation& call, const StoreResult& saved, const QString& id, 
     if (!saved) {
         return call.failure(saved.error().text());
     }
+    WidgetUpdate::writeStores();
     if (call.json) {
         printJson(call.console.out, toJson(id, isPinned));
     } else {

@@ -1,5 +1,6 @@
 #include "CliSupport.h"
 #include "RunSession.h"
+#include "WidgetUpdate.h"
 
 #include <QTemporaryDir>
 
@@ -12,10 +13,14 @@ namespace {
 class TerminalRun : public QObject {
 public:
     explicit TerminalRun(QObject* parent) : QObject(parent) {
-        // The desktop's widgets show what the window runs; this run is seen in its terminal.
         AppModel::Options options;
-        options.snapshotDirectory = m_widgets.path();
+        options.snapshotDirectory = m_snapshots.path();
         m_model = std::make_unique<AppModel>(std::move(options));
+        m_model->setReloadWidgets([this] {
+            if (const auto snapshot = SharedContainer::read(m_snapshots.path())) {
+                m_widgets.write(snapshot->running);
+            }
+        });
     }
 
     QFuture<int> start(Console& console, const Project& project, const RunSession::Options& options) {
@@ -24,7 +29,8 @@ public:
     }
 
 private:
-    QTemporaryDir m_widgets;
+    QTemporaryDir m_snapshots; ///< of this run alone
+    WidgetUpdate m_widgets;
     std::unique_ptr<AppModel> m_model;
     std::unique_ptr<RunSession> m_session;
 };
@@ -105,7 +111,9 @@ Command runCommand() {
         u"line\n"
         "with a label each; where a service is up is said as soon as it listens. Ctrl-C stops everything and waits "
         "for\n"
-        "it; a second one kills at once. The exit code is 1 when a service failed.\n"
+        "it; a second one kills at once. The exit code is 1 when a service failed, 130 when it "
+        "was\n"
+        "interrupted before the services started.\n"
         "A project with a front end and a back end starts both; --only picks."_s,
         {{{},
           u"PROJECT"_s,

@@ -3,7 +3,10 @@
 #include "OrvUI/ModelTypes.h"
 #include "TextLayout.h"
 
+#include <QDir>
 #include <QJsonArray>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -22,7 +25,10 @@ QString serviceLine(const Project& project) {
     QStringList kinds;
     for (const ServiceTarget& target : project.targets) {
         const QString port = target.port ? u':' + QString::number(*target.port) : QString();
-        kinds.append(rawValue(target.kind) + port);
+        // Two of a kind differ by where they are.
+        const bool isOneOfSeveral = std::ranges::count(project.targets, target.kind, &ServiceTarget::kind) > 1;
+        const QString folder = QDir(project.root).relativeFilePath(target.directory);
+        kinds.append(rawValue(target.kind) + port + (isOneOfSeveral ? u" (%1)"_s.arg(folder) : QString()));
     }
     return kinds.join(u", "_s);
 }

@@ -1,6 +1,7 @@
 #include "CliSupport.h"
 #include "OrvCore/Tasks.h"
 #include "TextLayout.h"
+#include "WidgetUpdate.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -76,6 +77,7 @@ int report(const Invocation& call, const TaskStore& store, const QUuid& id, cons
     if (const StoreResult saved = store.lastResult(); !saved) {
         return call.failure(saved.error().text());
     }
+    WidgetUpdate::writeStores();
     const QList<ProjectTask> tasks = store.tasks();
     const auto task =
         std::find_if(tasks.begin(), tasks.end(), [&](const ProjectTask& known) { return known.id == id; });

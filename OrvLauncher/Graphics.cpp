@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QQuickWindow>
+#include <QWindow>
 #include <QtGlobal>
 
 #include <algorithm>
@@ -34,6 +35,19 @@ void chooseGraphics() {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     }
 #endif
+}
+
+void drawWithoutDelay() {
+    constexpr const char* variable = "QT_QPA_UPDATE_IDLE_TIME";
+    if (qEnvironmentVariableIsSet(variable)) {
+        return;
+    }
+    qputenv(variable, "0");
+    // It is read when the first window asks for a frame. What is started later shall not inherit it.
+    QWindow window;
+    window.create();
+    window.requestUpdate();
+    qunsetenv(variable);
 }
 
 } // namespace orv

@@ -12,4 +12,9 @@ namespace orv {
 /// variables (QT_QUICK_BACKEND, QSG_RHI_BACKEND) keeps the choice. Call it before the first window is made.
 void chooseGraphics();
 
+/// Windows wait, 5 ms unless QT_QPA_UPDATE_IDLE_TIME says otherwise, before they draw what has changed: most of the
+/// time between a key and its letter in a terminal. What changes often is paced where it comes from. Call it when the
+/// application object is there, and no window yet.
+void drawWithoutDelay();
+
 } // namespace orv

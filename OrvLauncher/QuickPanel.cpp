@@ -83,6 +83,7 @@ void QuickPanel::toggle(const QRect& icon) {
         make();
     }
     m_icon = icon;
+    m_model.refresh(); // it may be all that anybody looks at for days
     QScreen* screen = icon.isEmpty() ? nullptr : QGuiApplication::screenAt(icon.center());
     screen = screen != nullptr ? screen : QGuiApplication::primaryScreen();
     if (screen != nullptr) {

@@ -3,6 +3,7 @@
 #include "CliSupport.h"
 #include "OrvCore/CommandBuilder.h"
 #include "OrvProcess/PortParser.h"
+#include "OrvUI/ServicePhase.h"
 
 #include <QLocale>
 
@@ -26,24 +27,10 @@ QJsonObject toJson(const ServiceID& id) {
     return {{u"projectID"_s, id.projectID}, {u"kind"_s, rawValue(id.kind)}, {u"directory"_s, id.directory}};
 }
 
-QString nameOf(ServiceState::Phase phase) {
-    switch (phase) {
-    case ServiceState::Phase::running:
-        return u"running"_s;
-    case ServiceState::Phase::failed:
-        return u"failed"_s;
-    case ServiceState::Phase::stopped:
-        return u"stopped"_s;
-    case ServiceState::Phase::starting:
-        return u"starting"_s;
-    }
-    return {};
-}
-
 bool saysPort(const LogBuffer& log, int port) {
     const qsizetype first = std::max<qsizetype>(0, log.size() - linesLookedAt);
     return std::any_of(
-        log.begin() + first, log.end(), [port](const QString& line) { return PortParser::port(line) == port; });
+        log.begin() + first, log.end(), [port](const QString& line) { return PortParser::servicePort(line) == port; });
 }
 
 } // namespace
@@ -160,7 +147,7 @@ void RunSession::installEnded() {
 
 void RunSession::stateChanged(const ServiceID& id) {
     const ServiceState state = m_model.processes().state(id);
-    QJsonObject fields{{u"state"_s, nameOf(state.phase)}};
+    QJsonObject fields{{u"state"_s, rawValue(state.phase)}};
     if (state.port) {
         fields[u"port"_s] = *state.port;
     }
@@ -276,9 +263,10 @@ void RunSession::stopAsked() {
             say(u"Killing everything."_s, Style::red);
         }
         m_model.killServices();
-        end(m_isStopping ? int(exitFailed) : int(exitOk));
+        end(m_isStopping ? exitFailed : m_wasLaunched ? exitOk : exitInterrupted);
         return;
     }
+    m_wasGivenUp = !m_wasLaunched;
     say(u"Stopping… (once more kills at once)"_s);
     stop();
 }
@@ -296,7 +284,7 @@ void RunSession::stop() {
 
 void RunSession::endIfOver() {
     if (m_wasLaunched && !isAnyActive()) {
-        end(m_hasFailed ? exitFailed : exitOk);
+        end(m_hasFailed ? exitFailed : m_wasGivenUp ? exitInterrupted : exitOk);
     }
 }
 

@@ -83,6 +83,7 @@ private:
     int m_labelWidth = 0;
     bool m_wasLaunched = false; ///< nothing more will be started
     bool m_isStopping = false;
+    bool m_wasGivenUp = false; ///< interrupted before anything of the project was started
     bool m_hasFailed = false;
     bool m_hasEnded = false;
 };

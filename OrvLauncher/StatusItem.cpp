@@ -76,6 +76,14 @@ StatusItem::StatusItem(AppModel& model, QObject* parent)
         }
     });
     connect(&model, &AppModel::servicesChanged, this, &StatusItem::update);
+#ifdef Q_OS_MACOS
+    // It is shown as it was left: nobody asks for it to be filled.
+    m_dockMenu = std::make_unique<QMenu>();
+    m_dockMenu->setAsDockMenu();
+    for (const auto signal : {&AppModel::projectsChanged, &AppModel::pinsChanged, &AppModel::servicesChanged}) {
+        connect(&model, signal, this, &StatusItem::fillMenu);
+    }
+#endif
     fillMenu();
     m_icon->setContextMenu(m_menu.get());
     update();
@@ -117,21 +125,30 @@ void StatusItem::update() {
                      : tr("%1: %2 services running").arg(QGuiApplication::applicationDisplayName()).arg(count));
 }
 
-void StatusItem::fillMenu() {
-    m_menu->clear();
+/// The pinned projects and the quick panel: what the Dock's menu has, and the icon's begins with.
+void StatusItem::addPinned(QMenu& menu) {
     const QList<Project> pinned = m_model.pinnedProjects();
     for (const Project& project : pinned) {
         // What toggling it does: one that comes up is stopped, too.
         const QString verb = isBusy(m_model.home().card(project).cardState) ? tr("Stop %1") : tr("Run %1");
-        m_menu->addAction(verb.arg(project.name), this, [this, id = project.id] { m_model.toggleProject(id); });
+        menu.addAction(verb.arg(project.name), this, [this, id = project.id] { m_model.toggleProject(id); });
     }
     if (pinned.isEmpty()) {
-        m_menu->addAction(tr("Pin projects in OrvLauncher to list them here"))->setEnabled(false);
+        menu.addAction(tr("Pin projects in OrvLauncher to list them here"))->setEnabled(false);
     }
-    m_menu->addSeparator();
-    m_menu->addAction(tr("Quick Panel (%1)").arg(QCoreApplication::translate("PlatformWords", "⌃⌥⌘L")), this, [this] {
+    menu.addSeparator();
+    menu.addAction(tr("Quick Panel (%1)").arg(QCoreApplication::translate("PlatformWords", "⌃⌥⌘L")), this, [this] {
         Q_EMIT panelAsked();
     });
+}
+
+void StatusItem::fillMenu() {
+    m_menu->clear();
+    addPinned(*m_menu);
+#ifdef Q_OS_MACOS
+    m_dockMenu->clear();
+    addPinned(*m_dockMenu);
+#endif
     m_menu->addAction(tr("Open OrvLauncher"), this, [this] { Q_EMIT windowAsked(); });
     m_menu->addSeparator();
     m_menu->addAction(tr("Quit"), this, [this] { Q_EMIT quitAsked(); });

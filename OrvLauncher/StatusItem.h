@@ -34,9 +34,11 @@ Q_SIGNALS:
 private:
     void update();
     void fillMenu();
+    void addPinned(QMenu& menu);
 
     AppModel& m_model;
     std::unique_ptr<QMenu> m_menu;
+    std::unique_ptr<QMenu> m_dockMenu; ///< where there is a Dock
     std::unique_ptr<QSystemTrayIcon> m_icon;
     bool m_isPanelDark = true;
     int m_shownCount = -1;

@@ -1,28 +1,35 @@
 #include "Window.h"
 
 #include "Cli.h"
+#include "Dialogs.h"
 #include "Graphics.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
 #include "OrvLauncher/platform/HotKey.h"
 #include "OrvLauncher/platform/LoginItem.h"
 #include "OrvLauncher/platform/SystemNotifier.h"
+#include "OrvLauncher/platform/UserDefaults.h"
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/OnboardingModel.h"
 #include "OrvUI/QuitGuard.h"
+#include "OrvUI/Screens/IllustrationExport.h"
 #include "OrvUI/Screens/InputMode.h"
 #include "OrvUI/Screens/PlatformWords.h"
 #include "OrvUI/Screens/Registration.h"
 #include "OrvUI/Screens/SystemLook.h"
 #include "OrvUI/Screens/Theme.h"
 #include "OrvUI/Screens/WindowState.h"
+#include "OrvUI/StartPage.h"
 #include "QuickPanel.h"
 #include "SignalWatcher.h"
+#include "SingleInstance.h"
 #include "StatusItem.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDeadlineTimer>
 #include <QDesktopServices>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QIcon>
 #include <QQmlApplicationEngine>
@@ -42,6 +49,17 @@ using namespace std::chrono_literals;
 namespace orv {
 namespace {
 
+/// How long one that is still coming up, or going, may take to answer another start.
+constexpr auto answerLimit = 10s;
+/// For a desktop that is just coming up.
+constexpr auto trayLimit = 20s;
+
+/// By which the desktop lets the program that it starts bring a window to the front.
+QString takenActivation() {
+    const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    return token.isEmpty() ? qEnvironmentVariable("DESKTOP_STARTUP_ID") : token;
+}
+
 #ifdef Q_OS_MACOS
 constexpr bool drawsOwnFrame = false;
 #else
@@ -53,8 +71,10 @@ class WindowShell : public QObject {
     Q_OBJECT
 public:
     ~WindowShell() override { s_open = nullptr; }
-    WindowShell()
-        : m_stateFile(Paths::supportDirectory() + u"/window.ini"_s),
+    WindowShell(SingleInstance& instance, const StartWish& wish)
+        : m_instance(instance),
+          m_wish(wish),
+          m_stateFile(Paths::supportDirectory() + u"/window.ini"_s),
           m_state(WindowState::load(m_stateFile)),
           m_model(modelOptions()) {
         // The scan runs while the window is being made.
@@ -68,13 +88,20 @@ private:
     void followLook();
     void place();
     void remember();
+    void restorePage();
+    void saveState();
     void reportFrames();
     void makeTrayItem();
+    void awaitTray(QDeadlineTimer limit);
     void applyShortcut();
+    static QString noteOf(HotKey::State state);
     void showWindow();
+    void togglePanel();
+    void answer(const StartWish& wish);
     Q_SLOT void windowClosed();
     Q_SLOT void askToQuit();
-    Q_SLOT void chooseFolder();
+    Q_SLOT void chooseFolder() { Dialogs::chooseFolder(*m_window, m_model); }
+    Q_SLOT void saveLogs() { Dialogs::saveLogs(*m_window, m_model); }
     Q_SLOT void answerToQuit(int choice);
     void quit();
     void kill();
@@ -82,6 +109,8 @@ private:
     static void endWithoutDisplay();
 
     static WindowShell* s_open; ///< while the application runs
+    SingleInstance& m_instance;
+    const StartWish m_wish;
     QString m_stateFile;
     WindowState m_state;
     AppModel m_model;
@@ -130,8 +159,21 @@ bool WindowShell::open() {
     connect(m_window, SIGNAL(closeAsked()), this, SLOT(windowClosed()));
     connect(m_window, SIGNAL(quitAsked()), this, SLOT(askToQuit()));
     connect(m_window, SIGNAL(folderAsked()), this, SLOT(chooseFolder()));
+    connect(m_window, SIGNAL(logsSaveAsked()), this, SLOT(saveLogs()));
     connect(m_window, SIGNAL(quitAnswered(int)), this, SLOT(answerToQuit(int)));
     connect(&m_signals, &SignalWatcher::stopAsked, this, [this] { m_quitting ? kill() : quit(); });
+    connect(&m_instance, &SingleInstance::called, this, [this](const QByteArray& message) {
+        answer(StartWish::ofMessage(message));
+    });
+    if (!m_wish.url.isEmpty()) {
+        m_model.handle(QUrl(m_wish.url));
+    }
+    const QString page = m_wish.page.isEmpty() ? userDefault(u"OrvStartPage"_s) : m_wish.page;
+    if (page.isEmpty() && m_wish.url.isEmpty()) {
+        restorePage();
+    } else {
+        StartPage::open(m_model, page);
+    }
     // What the first frame does not need comes after it.
     QMetaObject::invokeMethod(
         &m_look,
@@ -141,6 +183,12 @@ bool WindowShell::open() {
                 m_model.refreshNotificationStatus();
             }
             makeTrayItem();
+            m_instance.listen();
+            if (m_wish.togglesPanel) {
+                togglePanel();
+            } else if (m_wish.staysInTray) {
+                awaitTray(QDeadlineTimer(trayLimit));
+            }
             QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/OrvLauncher/Screens/icons/app-icon.svg"_s));
         },
         Qt::QueuedConnection);
@@ -150,7 +198,12 @@ bool WindowShell::open() {
 void WindowShell::followLook() {
     Theme* theme = Theme::instance();
     const auto apply = [this, theme] {
-        const AppSettings& settings = m_model.settings().settings();
+        AppSettings settings = m_model.settings().settings();
+        if (m_model.needsOnboarding()) {
+            // What is chosen there is seen at once, and stored at its end.
+            settings.appearance = m_model.onboarding()->form().appearance;
+            settings.theme = m_model.onboarding()->form().theme;
+        }
         const bool followsSystem = settings.appearance == AppearanceMode::system;
         theme->setDark(followsSystem ? m_look.isDark() : settings.appearance == AppearanceMode::dark);
         theme->setTheme(int(settings.theme));
@@ -159,13 +212,13 @@ void WindowShell::followLook() {
     apply();
     connect(&m_model.settings(), &SettingsStore::settingsChanged, theme, apply);
     connect(&m_look, &SystemLook::changed, theme, apply);
+    connect(m_model.onboarding(), &OnboardingModel::changed, theme, apply);
 }
 
 void WindowShell::makeTrayItem() {
     m_panel.emplace(m_model, m_engine);
     m_statusItem.emplace(m_model);
-    const auto togglePanel = [this] { m_panel->toggle(m_statusItem->place()); };
-    connect(&*m_statusItem, &StatusItem::panelAsked, this, togglePanel);
+    connect(&*m_statusItem, &StatusItem::panelAsked, this, &WindowShell::togglePanel);
     connect(&*m_statusItem, &StatusItem::windowAsked, this, &WindowShell::showWindow);
     connect(&*m_statusItem, &StatusItem::quitAsked, this, &WindowShell::askToQuit);
     connect(&*m_panel, &QuickPanel::windowAsked, this, &WindowShell::showWindow);
@@ -184,20 +237,71 @@ void WindowShell::makeTrayItem() {
     applyShortcut();
 }
 
+/// At login the tray may come after the application. Without one there has to be a window.
+void WindowShell::awaitTray(QDeadlineTimer limit) {
+    if (StatusItem::isAvailable() || m_window->isVisible()) {
+        return;
+    }
+    if (limit.hasExpired()) {
+        showWindow();
+        return;
+    }
+    QTimer::singleShot(500ms, this, [this, limit] { awaitTray(limit); });
+}
+
 void WindowShell::applyShortcut() {
     const bool isWanted = m_model.settings().settings().quickPanelShortcutEnabled;
     if (!isWanted) {
         m_hotKey.reset();
     } else if (!m_hotKey) {
-        m_hotKey.emplace([this] { m_panel->toggle(m_statusItem->place()); });
+        m_hotKey.emplace([this] { togglePanel(); });
     }
-    m_window->setProperty("shortcutTaken", isWanted && !m_hotKey->isRegistered());
+    m_window->setProperty("shortcutNote", m_hotKey ? noteOf(m_hotKey->state()) : QString());
+}
+
+QString WindowShell::noteOf(HotKey::State state) {
+    switch (state) {
+    case HotKey::State::registered:
+        return {};
+    case HotKey::State::taken:
+        return tr("Another application holds ⌃⌥⌘L. The panel still opens from the menu bar.");
+    case HotKey::State::noKey:
+        return tr("This keyboard has no key that types an L. The panel still opens from the menu bar.");
+    case HotKey::State::unsupported:
+        return tr("This desktop gives its keys to no application. Give one the command “orvlauncher toggle” in the "
+                  "settings of the desktop.");
+    }
+    Q_UNREACHABLE();
 }
 
 void WindowShell::showWindow() {
     m_window->show();
     m_window->raise();
     m_window->requestActivate();
+}
+
+void WindowShell::togglePanel() {
+    m_panel->toggle(m_statusItem->place());
+}
+
+/// What another start was for.
+void WindowShell::answer(const StartWish& wish) {
+    if (!wish.activation.isEmpty()) {
+        qputenv("XDG_ACTIVATION_TOKEN", wish.activation.toUtf8());
+    }
+    if (wish.togglesPanel) {
+        togglePanel();
+        return;
+    }
+    if (wish.staysInTray) {
+        return;
+    }
+    showWindow();
+    qunsetenv("XDG_ACTIVATION_TOKEN"); // not for the services
+    if (!wish.url.isEmpty()) {
+        m_model.handle(QUrl(wish.url));
+    }
+    StartPage::open(m_model, wish.page);
 }
 
 /// With an icon in the tray the application lives on without its window.
@@ -210,10 +314,7 @@ void WindowShell::windowClosed() {
 }
 
 void WindowShell::askToQuit() {
-    const RunningWork work{
-        .services = m_model.runningCount(),
-        .isProgramInTerminal = m_model.terminals().anyForegroundProgram(),
-        .agents = m_model.runningAgentCount()};
+    const RunningWork work = RunningWork::of(m_model);
     if (m_quitting || !work.isAny()) {
         quit();
         return;
@@ -221,42 +322,6 @@ void WindowShell::askToQuit() {
     showWindow();
     QMetaObject::invokeMethod(
         m_window, "askToQuit", Q_ARG(QVariant, work.message()), Q_ARG(QVariant, StatusItem::isAvailable()));
-}
-
-/// The desktop's own dialog where it has one for Qt, otherwise Qt's, in the colours of the theme.
-void WindowShell::chooseFolder() {
-    auto* dialog = new QFileDialog(nullptr, tr("Choose the folder of your projects"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setOption(QFileDialog::ShowDirsOnly);
-    const QString current = m_model.settings().settings().scanRoot;
-    const bool isThere = QFileInfo(current).isDir();
-    dialog->setDirectory(isThere ? QFileInfo(current).path() : Paths::realHome());
-    if (isThere) {
-        dialog->selectFile(current);
-    }
-    QPalette palette;
-    const Theme& theme = *Theme::instance();
-    for (const auto& [role, color] : {
-             std::pair{QPalette::Window, theme.window()},
-             {QPalette::Base, theme.surface()},
-             {QPalette::AlternateBase, theme.window()},
-             {QPalette::Button, theme.control()},
-             {QPalette::WindowText, theme.text()},
-             {QPalette::Text, theme.text()},
-             {QPalette::ButtonText, theme.text()},
-             {QPalette::PlaceholderText, theme.text3()},
-             {QPalette::Highlight, theme.accent()},
-             {QPalette::HighlightedText, theme.onAccent()},
-         }) {
-        palette.setColor(role, color);
-    }
-    dialog->setPalette(palette);
-    connect(dialog, &QFileDialog::fileSelected, &m_model, &AppModel::chooseScanRoot);
-    dialog->winId(); // makes the window that the next line speaks of
-    dialog->windowHandle()->setTransientParent(m_window);
-    dialog->setWindowModality(Qt::ApplicationModal);
-    dialog->show();
 }
 
 void WindowShell::answerToQuit(int choice) {
@@ -282,8 +347,9 @@ void WindowShell::place() {
     }
     m_window->setGeometry(WindowState::fitted(m_state.geometry, screens, minimum));
     if (m_state.isMaximized) {
-        m_window->showMaximized();
-    } else {
+        m_window->setWindowStates(Qt::WindowMaximized);
+    }
+    if (!m_wish.togglesPanel && !m_wish.staysInTray) {
         m_window->show();
     }
     // Only what lasts counts: while a window is being maximised it has the large size, but not yet the state.
@@ -324,15 +390,42 @@ void WindowShell::reportFrames() {
     });
 }
 
+/// That of the last time, unless another one has been opened since.
+void WindowShell::restorePage() {
+    const auto show = [this] {
+        const AppPage wanted = m_state.page;
+        const bool isGone = wanted.kind == AppPage::Kind::project
+                                ? m_model.project(wanted.id) == nullptr
+                                : !wanted.id.isEmpty() && !QFileInfo(wanted.id).isDir();
+        if (m_model.page() == AppPage() && !isGone) {
+            m_model.setPage(wanted);
+            m_model.setDetailTab(m_state.tab);
+        }
+    };
+    // What it is of is known when it was found again.
+    if (m_state.page.id.isEmpty() || m_model.hasScanned()) {
+        show();
+    } else {
+        connect(&m_model, &AppModel::hasScannedChanged, this, show, Qt::SingleShotConnection);
+    }
+}
+
+void WindowShell::saveState() {
+    m_state.isSidebarHidden = m_window->property("sidebarHidden").toBool();
+    m_state.isSystemDark = m_look.isDark();
+    m_state.page = m_model.page();
+    m_state.tab = m_model.detailTab();
+    m_state.save(m_stateFile);
+}
+
 void WindowShell::quit() {
     if (m_quitting) {
         return;
     }
     m_quitting = true;
+    m_instance.end();
     m_window->hide();
-    m_state.isSidebarHidden = m_window->property("sidebarHidden").toBool();
-    m_state.isSystemDark = m_look.isDark();
-    m_state.save(m_stateFile);
+    saveState();
     m_model.terminals().closeAll();
     onFinished(m_model.stopEverything(), this, [this] { leave(); });
 }
@@ -367,8 +460,19 @@ void WindowShell::endWithoutDisplay() {
         return;
     }
     s_open->m_model.endServices(3s);
-    s_open->m_state.save(s_open->m_stateFile);
+    s_open->saveState();
     std::_Exit(exitFailed);
+}
+
+/// Without a window, and ended with that.
+int exportIllustrations(const QString& folder) {
+    const SettingsStore settings;
+    const auto done =
+        IllustrationExport{.folder = folder, .theme = int(settings.settings().theme)}.run(*Theme::instance());
+    if (!done) {
+        qWarning("Export failed: %s", qUtf8Printable(done.error()));
+    }
+    return done ? exitOk : exitFailed;
 }
 
 } // namespace
@@ -383,18 +487,39 @@ bool hasDisplay() {
 #endif
 }
 
-int runWindow(int argc, char** argv) {
+int runWindow(int argc, char** argv, const StartWish& wish) {
     QCoreApplication::setApplicationName(u"OrvLauncher"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(ORV_VERSION));
     QGuiApplication::setApplicationDisplayName(u"OrvLauncher"_s);
     QGuiApplication::setDesktopFileName(u"orvlauncher"_s);
+    const QString folder = wish.illustrations.isEmpty() ? userDefault(u"OrvExportIllustrations"_s) : wish.illustrations;
+    SingleInstance instance;
+    if (folder.isEmpty()) {
+        StartWish message = wish;
+        message.activation = takenActivation();
+        switch (instance.begin(message.toMessage(), answerLimit)) {
+        case SingleInstance::Role::handedOver:
+            return exitOk;
+        case SingleInstance::Role::unanswered:
+            std::fputs("OrvLauncher runs already, and does not answer.\n", stderr);
+            return exitFailed;
+        case SingleInstance::Role::first:
+            break;
+        }
+    }
     chooseGraphics();
     QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
     QApplication application(argc, argv);
+    drawWithoutDelay();
+#ifndef Q_OS_MACOS
     PlatformWords words;
     QCoreApplication::installTranslator(&words);
+#endif
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    WindowShell shell;
+    if (!folder.isEmpty()) {
+        return exportIllustrations(folder);
+    }
+    WindowShell shell(instance, wish);
     if (!shell.open()) {
         return 1;
     }

@@ -1,10 +1,18 @@
 #include "Cli.h"
+#include "StartWish.h"
 #include "Window.h"
+
+#include <QFile>
 
 #include <cstdio>
 
 int main(int argc, char** argv) {
-    if (argc > 1) {
+    QStringList words;
+    for (int i = 1; i < argc; ++i) {
+        words.append(QFile::decodeName(argv[i]));
+    }
+    const std::optional<orv::StartWish> wish = orv::StartWish::of(words);
+    if (!wish) {
         return orv::runCommandLine(argc, argv);
     }
     if (!orv::hasDisplay()) {
@@ -13,5 +21,5 @@ int main(int argc, char** argv) {
             stderr);
         return orv::exitFailed;
     }
-    return orv::runWindow(argc, argv);
+    return orv::runWindow(argc, argv, *wish);
 }

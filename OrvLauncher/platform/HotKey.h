@@ -14,8 +14,13 @@ public:
     HotKey(const HotKey&) = delete;
     HotKey& operator=(const HotKey&) = delete;
 
-    /// False when the desktop gives keys to nobody, or another application has this one.
-    [[nodiscard]] bool isRegistered() const;
+    enum class State {
+        registered,
+        taken,       ///< another application has it
+        noKey,       ///< no layout of the keyboard types the letter
+        unsupported, ///< the desktop gives keys to no application
+    };
+    [[nodiscard]] State state() const;
 
 private:
     struct Grab;

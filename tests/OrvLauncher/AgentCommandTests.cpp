@@ -23,14 +23,13 @@ protected:
         }
         tree.add(u"home/.gitconfig"_s, "[user]\n\tname = Ada\n\temail = ada@example.org\n");
         tree.add(u"bin/"_s);
-        EXPECT_TRUE(QFile::link(QStringLiteral(ORV_SOURCE_DIR "/tests/agents/agent"), tree.path(u"bin/claude"_s)));
+        EXPECT_TRUE(QFile::link(sourcePath(u"tests/agents/agent"_s), tree.path(u"bin/claude"_s)));
         tree.add(u"shop/package.json"_s, R"({"scripts": {"dev": "x"}})");
         tree.add(u"shop/a.txt"_s, "1\n");
         for (const QString& name : {u"HOME"_s, u"ZDOTDIR"_s}) {
             environment.insert(name, tree.path(u"home"_s));
         }
-        environment.insert(
-            u"REPLAY_STREAM"_s, QStringLiteral(ORV_SOURCE_DIR "/tests/agents/streams/claude-edit.jsonl"));
+        environment.insert(u"REPLAY_STREAM"_s, sourcePath(u"tests/agents/streams/claude-edit.jsonl"_s));
         EXPECT_EQ(shell(u"cd '%1' && git init -q && git add -A && git commit -qm First"_s.arg(shop)).exitCode, 0);
     }
     void play(const QString& then) { environment.insert(u"REPLAY_THEN"_s, then); }
@@ -56,7 +55,7 @@ TEST_F(AgentCommand, RunsShowsContinuesAndComparesTasks) {
 
     play(u"exit 4"_s);
     environment.remove(u"REPLAY_STREAM"_s);
-    ended = call({u"agent"_s, u"continue"_s, u"last"_s, u"Once more"_s, u"--json"_s});
+    ended = call({u"agent"_s, u"continue"_s, u"last"_s, u"Once more"_s, u"--autonomy"_s, u"full"_s, u"--json"_s});
     EXPECT_EQ(ended.exitCode, 1);
     QStringList events;
     QJsonObject last;
@@ -69,6 +68,7 @@ TEST_F(AgentCommand, RunsShowsContinuesAndComparesTasks) {
     const QJsonArray stored = runs();
     ASSERT_EQ(stored.size(), 2);
     EXPECT_EQ(stored[0][u"parentID"], stored[1][u"id"]);
+    EXPECT_EQ(stored[0][u"autonomy"], u"full"_s);
     const QString first = stored[1][u"id"].toString();
     EXPECT_TRUE(call({u"agent"_s, u"show"_s, first}).out.contains("Edit cart.ts"));
     EXPECT_EQ(call({u"agent"_s, u"list"_s, u"other"_s}).err, "No runs.\n");
@@ -81,6 +81,7 @@ TEST_F(AgentCommand, RunsShowsContinuesAndComparesTasks) {
         {{u"stop"_s, first}, 1, "that run is over"},
         {{u"run"_s, shop, u" "_s}, 1, "Describe the task first."},
         {{u"run"_s, shop, u"x"_s, u"--agent"_s, u"clod"_s}, 2, "--agent takes one of claude, codex"},
+        {{u"continue"_s, first, u"x"_s, u"--autonomy"_s, u"all"_s}, 2, "--autonomy takes one of plan, edit, full"},
         {{u"run"_s, shop, u"x"_s, u"--task"_s, u"ff"_s}, 1, "there is no task 'ff'"},
         {{u"merge"_s, first}, 1, "no work tree of its own"},
         {{u"diff"_s, u"last"_s}, 1, "This run changed nothing."},
@@ -89,6 +90,12 @@ TEST_F(AgentCommand, RunsShowsContinuesAndComparesTasks) {
         ended = call(QStringList{u"agent"_s} + words);
         EXPECT_EQ(ended.exitCode, exitCode) << words.join(u' ').toStdString();
         EXPECT_TRUE(ended.err.contains(err)) << ended.err.constData();
+    }
+    EXPECT_EQ(call({u"agent"_s, u"retry"_s, u"last"_s}).exitCode, 1);
+    const QJsonArray after = runs();
+    ASSERT_EQ(after.size(), 3);
+    for (const QString& fact : {u"parentID"_s, u"task"_s, u"autonomy"_s}) {
+        EXPECT_EQ(after[0][fact], stored[0][fact]) << fact.toStdString();
     }
 }
 

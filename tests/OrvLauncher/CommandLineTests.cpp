@@ -1,14 +1,19 @@
+#include "../../OrvLauncher/SingleInstance.h"
 #include "Launcher.h"
 #include "OrvCore/OverrideStore.h"
 #include "OrvCore/ProjectScanner.h"
 #include "OrvCore/Settings.h"
 #include "OrvCore/Tasks.h"
+#include "OrvCore/WidgetSnapshot.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 
 #include <gtest/gtest.h>
+
+#include <csignal>
 
 namespace orv::test {
 
@@ -72,6 +77,11 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
         {"a word too many", {u"scan"_s, u"a"_s, u"b"_s}, 2, {}, {"'b' is one word too many"}},
         {"option without its value", {u"run"_s, u"."_s, u"--only"_s}, 2, {}, {"only"}},
         {"scan", {u"scan"_s}, 0, {"PROJECT", "shop", "Flask + Vite", "backend, frontend"}, {"3 projects in"}},
+        {"scan of two of a kind",
+         {u"scan"_s, sourcePath(u"samples/workspace"_s)},
+         0,
+         {"frontend (api), frontend (site)"},
+         {}},
         {"scan of nothing", {u"scan"_s, folder(u"empty"_s)}, 0, {}, {"No projects in"}},
         {"scan of no folder", {u"scan"_s, u"/nowhere"_s}, 1, {}, {"folder not found: /nowhere"}},
         {"detect",
@@ -116,7 +126,7 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
         {"setting of no case", {u"settings"_s, u"set"_s, u"theme"_s, u"pink"_s}, 2, {}, {"theme", "ember"}},
         {"unknown task", {u"tasks"_s, u"done"_s, u"ffff"_s}, 1, {}, {"no task 'ffff'"}},
         {"task without a title", {u"tasks"_s, u"add"_s, u"shop"_s, u" "_s}, 2, {}, {"needs a title"}},
-        {"completions", {u"completions"_s, u"fish"_s}, 0, {"complete -c orvlauncher"}, {}},
+        {"completions", {u"completions"_s, u"fish"_s}, 0, {"complete -c orvlauncher", "save pop apply drop list"}, {}},
     };
     for (const Case& c : cases) {
         const Ended ended = launcher.call(c.words, c.input);
@@ -224,6 +234,52 @@ TEST_F(CommandLine, KeepsPinsDevicesAndWhatIsNotToBeSuggested) {
     EXPECT_TRUE(json({u"devices"_s}).isArray());
 }
 
+TEST_F(CommandLine, TellsTheWidgetsWhatNoWindowTells) {
+    const auto widgets = [this] {
+        return SharedContainer::read(launcher.tree.path(u"support/widgets"_s)).value_or(WidgetSnapshot());
+    };
+    const QString runtime = launcher.tree.add(u"runtime/"_s);
+    ASSERT_TRUE(QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    launcher.environment.insert(u"XDG_RUNTIME_DIR"_s, runtime.chopped(1));
+    json({u"pin"_s, u"add"_s, u"shop"_s});
+    const QString task = json({u"tasks"_s, u"add"_s, u"shop"_s, u"Retry"_s}).object()[u"id"_s].toString();
+    json({u"tasks"_s, u"add"_s, u"shop"_s, u"Sell"_s});
+    EXPECT_EQ(widgets().pinned, (QList<WidgetSnapshot::PinnedProject>{{folder(u"shop"_s), u"shop"_s}}));
+    EXPECT_EQ(widgets().openTaskCount, 2);
+    json({u"tasks"_s, u"done"_s, task});
+    EXPECT_EQ(widgets().tasks, (QList<WidgetSnapshot::TaskSummary>{{u"Retry"_s, u"shop"_s, true}}));
+
+    // Runs in two terminals stand there together, as long as they last.
+    launcher.tree.add(u"projects/one/Twin/Makefile"_s, "dev:\n\techo http://localhost:4131/; exec sleep 100\n");
+    launcher.tree.add(u"projects/two/twin/Makefile"_s, "dev:\n\techo http://localhost:4132/; exec sleep 100\n");
+    const auto ports = [&] {
+        QSet<int> found;
+        for (const WidgetSnapshot::Running& running : widgets().running) {
+            found.insert(running.port.value_or(0));
+        }
+        return found;
+    };
+    const auto one = launcher.start({u"run"_s, folder(u"one/Twin"_s)});
+    const auto two = launcher.start({u"run"_s, folder(u"two/twin"_s)});
+    EXPECT_TRUE(waitFor([&] { return ports() == QSet<int>{4131, 4132}; })) << ports().size();
+    json({u"pin"_s, u"remove"_s, u"shop"_s});
+    EXPECT_EQ(ports().size(), 2);
+    EXPECT_TRUE(widgets().pinned.isEmpty());
+    one->signal(SIGINT);
+    EXPECT_EQ(one->end().exitCode, 0);
+    EXPECT_EQ(ports(), QSet<int>{4132});
+
+    // With a window it is the window that writes.
+    SingleInstance window(
+        SingleInstance::Place::in(runtime.chopped(1), QFileInfo(launcher.tree.path(u"support"_s)).canonicalFilePath()));
+    ASSERT_EQ(window.begin({}, std::chrono::milliseconds(0)), SingleInstance::Role::first);
+    json({u"pin"_s, u"add"_s, u"shop"_s});
+    two->signal(SIGINT);
+    EXPECT_EQ(two->end().exitCode, 0);
+    EXPECT_TRUE(widgets().pinned.isEmpty());
+    EXPECT_EQ(ports(), QSet<int>{4132});
+}
+
 TEST_F(CommandLine, SaysWhenNothingShowsNotifications) {
     launcher.environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nowhere"_s);
     const Ended ended = launcher.call({u"notify"_s, u"--test"_s, u"--json"_s});
@@ -258,7 +314,7 @@ TEST_F(CommandLine, FitsIntoPipesAndTerminals) {
          " 3000  localhost:3000\n", "exit 0\n"},
         {"colours on a terminal",
          u"TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\\[1m\""_s,
-         "27\n",
+         "29\n",
          {}},
         {"none with NO_COLOR",
          u"NO_COLOR=1 TERM=xterm script -qec '\"$ORV\" settings' /dev/null | grep -c \"$(printf '\\033')\""_s,

@@ -117,6 +117,91 @@ TEST_F(GitCommands, FollowAChangeToTheRemote) {
     EXPECT_EQ(left.size(), 2) << "main and origin/main";
 }
 
+TEST_F(GitCommands, TakePartsOfAFile) {
+    const auto lines = [](const QByteArray& second, const QByteArray& last) {
+        QByteArray text("1\n" + second + "\n");
+        for (int i = 3; i < 30; ++i) {
+            text += QByteArray::number(i) + '\n';
+        }
+        return text + last + '\n';
+    };
+    const auto write = [&](const QByteArray& text) { launcher.tree.add(u"projects/shop/long"_s, text); };
+    write(lines("2", "30"));
+    git(shop, {u"add"_s, u"long"_s});
+    git(shop, {u"commit"_s, u"-qm"_s, u"Long"_s});
+    write(lines("two", "thirty"));
+    const QByteArray shown = inShop(u"git diff long"_s).out;
+    EXPECT_TRUE(shown.contains("\n1 @@ -1,5 +1,5 @@\n") && shown.contains("\n2 @@ ")) << shown.constData();
+    const auto staged = [this] { return json({u"git"_s, u"diff"_s, u"--staged"_s, u"--in"_s, shop}).array(); };
+
+    EXPECT_EQ(inShop(u"git stage long --hunk 2"_s).exitCode, 0);
+    const QJsonArray hunks = staged().first()[u"hunks"_s].toArray();
+    ASSERT_EQ(hunks.size(), 1);
+    EXPECT_EQ(hunks[0][u"hunk"_s], 1);
+    EXPECT_EQ(gitText(shop, {u"show"_s, u":long"_s}).toUtf8() + '\n', lines("2", "thirty"));
+    EXPECT_EQ(inShop(u"git stage long --hunk 2"_s).exitCode, 1) << "one is left";
+    EXPECT_EQ(inShop(u"git unstage long --hunk 1"_s).exitCode, 0);
+    EXPECT_TRUE(staged().isEmpty());
+    EXPECT_EQ(inShop(u"git discard long --hunk 1"_s).exitCode, 0);
+    EXPECT_EQ(readFile(shop + u"/long"_s), lines("2", "thirty"));
+    write(lines("two", "thirty"));
+    EXPECT_EQ(inShop(u"git stage long --hunk 1,2"_s).exitCode, 0);
+    EXPECT_EQ(changes(json({u"git"_s, u"status"_s, shop}).array().first().toObject()), u"M. long"_s);
+    launcher.tree.add(u"projects/shop/new"_s, "n\n");
+    EXPECT_EQ(inShop(u"git discard new --hunk 1"_s).exitCode, 1) << "there is nothing to go back to";
+    EXPECT_EQ(inShop(u"git stage new --hunk 1"_s).exitCode, 0);
+}
+
+TEST_F(GitCommands, PutChangesAwayAndBack) {
+    const auto state = [this] { return changes(json({u"git"_s, u"status"_s, shop}).array().first().toObject()); };
+    const auto listed = [this] {
+        QStringList found;
+        for (const QJsonValue each : json({u"git"_s, u"stash"_s, u"list"_s, u"--in"_s, shop}).array()) {
+            found.append(u"%1 %2"_s.arg(each[u"entry"_s].toInt()).arg(each[u"message"_s].toString()));
+        }
+        return found.join(u"; "_s);
+    };
+    EXPECT_TRUE(inShop(u"git stash list"_s).err.contains("No stashes."));
+    launcher.tree.add(u"projects/shop/a b"_s, "two\n");
+    launcher.tree.add(u"projects/shop/new"_s, "n\n");
+    EXPECT_EQ(inShop(u"git stash --message 'half done'"_s).exitCode, 0);
+    EXPECT_EQ(state(), u"?? new"_s);
+    EXPECT_EQ(inShop(u"git stash save --untracked"_s).exitCode, 0);
+    EXPECT_EQ(state(), QString());
+    EXPECT_TRUE(listed().startsWith(u"0 "_s) && listed().endsWith(u"; 1 On main: half done"_s))
+        << listed().toStdString();
+    EXPECT_TRUE(inShop(u"git stash list"_s).out.contains("half done"));
+    EXPECT_EQ(inShop(u"git stash apply 1"_s).exitCode, 0);
+    EXPECT_EQ(state(), u".M a b"_s);
+    EXPECT_EQ(inShop(u"git stash drop 1"_s).exitCode, 0);
+    EXPECT_EQ(inShop(u"git stash pop"_s).exitCode, 0);
+    EXPECT_EQ(state(), u".M a b; ?? new"_s);
+    EXPECT_EQ(listed(), QString());
+}
+
+TEST_F(GitCommands, SayWhoCommits) {
+    const auto identity = [this](const QStringList& words) {
+        return json(QStringList{u"git"_s, u"identity"_s, u"--in"_s, shop} + words).object();
+    };
+    const QJsonObject before = identity({});
+    EXPECT_EQ(before[u"name"_s], gitText(shop, {u"config"_s, u"user.name"_s}));
+    EXPECT_EQ(before[u"repository"_s][u"name"_s], QJsonValue::Null);
+    const QJsonObject own = identity({u"--name"_s, u"Grace"_s});
+    EXPECT_EQ(own[u"name"_s], u"Grace"_s);
+    EXPECT_EQ(own[u"repository"_s][u"name"_s], u"Grace"_s);
+    EXPECT_EQ(own[u"email"_s], before[u"email"_s]);
+    EXPECT_TRUE(inShop(u"git identity"_s).out.contains("Grace  (this repository)"));
+    const QJsonObject global = identity({u"--global"_s, u"--email"_s, u"ada@example.org"_s});
+    EXPECT_EQ(global[u"name"_s], before[u"name"_s]);
+    EXPECT_EQ(gitText(home.path(), {u"config"_s, u"--global"_s, u"user.email"_s}), u"ada@example.org"_s);
+}
+
+TEST_F(GitCommands, ReadABareRepository) {
+    EXPECT_EQ(json({u"git"_s, u"log"_s, u"--in"_s, origin}).array().first()[u"subject"_s], u"First"_s);
+    EXPECT_EQ(json({u"git"_s, u"branch"_s, u"--in"_s, origin}).array().first()[u"name"_s], u"main"_s);
+    EXPECT_TRUE(launcher.call({u"git"_s, u"status"_s, origin}).err.contains("must be run in a work tree"));
+}
+
 TEST_F(GitCommands, SayWhyNot) {
     launcher.tree.add(u"projects/plain/"_s);
     const struct {
@@ -138,6 +223,17 @@ TEST_F(GitCommands, SayWhyNot) {
         {"no such strategy", u"git pull --strategy x"_s, 2, "the strategies are"},
         {"no number", u"git log --limit x"_s, 2, "take a number"},
         {"nothing to discard", u"git discard ."_s, 1, "nothing is changed there"},
+        {"nothing changed to choose from", u"git stage 'a b' --hunk 1"_s, 1, "nothing is changed in “a b”"},
+        {"nothing staged to choose from", u"git unstage 'a b' --hunk 1"_s, 1, "nothing of “a b” is staged"},
+        {"no hunk's number", u"git stage 'a b' --hunk x"_s, 2, "--hunk takes numbers"},
+        {"hunks of several files", u"git stage a b --hunk 1"_s, 2, "--hunk goes with the path of one file"},
+        {"nothing to stash", u"git stash"_s, 1, "There are no local changes to stash."},
+        {"no stash", u"git stash pop"_s, 1, "There is no stash."},
+        {"no such thing to do with one", u"git stash burn"_s, 2, "not 'burn'"},
+        {"no entry's number", u"git stash drop x"_s, 2, "an entry is a number"},
+        {"an entry to save", u"git stash save 1"_s, 2, "save takes no entry"},
+        {"a message to pop", u"git stash pop --message x"_s, 2, "belong to save"},
+        {"no name", u"git identity --name ' '"_s, 2, "take a text"},
         {"a name that is taken", u"git clone file:///x/shop.git"_s, 1, "There is already a folder with this name."},
         {"no name in it", u"git clone ://"_s, 2, "the address has no name in it"},
         {"nothing there", u"git clone file:///no/such"_s, 1, "does not appear to be a git repository"},
@@ -170,7 +266,7 @@ TEST_F(GitCommands, MakeProjects) {
     const auto clone = launcher.start({u"git"_s, u"clone"_s, u"ssh://host/half"_s});
     ASSERT_TRUE(waitFor([&] { return QFileInfo::exists(projects + u"/half/.git"_s); }));
     clone->signal(SIGINT);
-    EXPECT_EQ(clone->end().exitCode, 1);
+    EXPECT_EQ(clone->end().exitCode, 130);
     EXPECT_FALSE(QFileInfo::exists(projects + u"/half"_s));
     EXPECT_EQ(launcher.leftBehind(), QStringList());
 }

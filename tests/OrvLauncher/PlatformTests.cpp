@@ -165,7 +165,7 @@ TEST(AutostartEntry, IsReadByTheDesktopAsItWasMeant) {
     TemporaryTree tree;
     for (const QString& name : {u"plain"_s, u"with space"_s, u"do$lar `tick` \"quote\" back\\slash"_s, u"übel"_s}) {
         const QString executable =
-            tree.add(u"apps/"_s + name + u"/orvlauncher"_s, "#!/bin/sh\necho ran >\"$(dirname \"$0\")/ran\"\n");
+            tree.add(u"apps/"_s + name + u"/orvlauncher"_s, "#!/bin/sh\necho \"$@\" >\"$(dirname \"$0\")/ran\"\n");
         QFile::setPermissions(executable, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         const QString config = tree.path(u"config/"_s + name);
         AutostartEntry entry(config, executable);
@@ -174,7 +174,7 @@ TEST(AutostartEntry, IsReadByTheDesktopAsItWasMeant) {
         EXPECT_TRUE(entry.isEnabled());
         EXPECT_EQ(entry.filePath(), config + u"/autostart/orvlauncher.desktop"_s);
         EXPECT_EQ(QProcess::execute(u"gio"_s, {u"launch"_s, entry.filePath()}), 0) << name.toStdString();
-        EXPECT_TRUE(waitFor([&] { return QFile::exists(tree.path(u"apps/"_s + name + u"/ran"_s)); }))
+        EXPECT_TRUE(waitFor([&] { return readFile(tree.path(u"apps/"_s + name + u"/ran"_s)) == "-OrvInTray\n"; }))
             << readFile(entry.filePath()).constData();
         ASSERT_TRUE(entry.setEnabled(false));
         EXPECT_FALSE(QFile::exists(entry.filePath()));
@@ -188,10 +188,13 @@ TEST(AutostartEntry, KnowsWhatOthersHaveTurnedOffAndWhatCannotBe) {
         QByteArray entry;
         bool isEnabled;
     } cases[] = {
-        {"[Desktop Entry]\nExec=/old/orvlauncher\n", true},
-        {"[Desktop Entry]\nExec=orvlauncher\nHidden=true\n", false},
-        {"[Desktop Entry]\nExec = orvlauncher\nX-GNOME-Autostart-enabled=false\n", false},
-        {"[Desktop Entry]\nExec=orvlauncher\n[Desktop Action x]\nHidden=true\n", true},
+        {"[Desktop Entry]\nExec=/bin/sh --other\n", true},
+        {"[Desktop Entry]\nExec=\"/bin/sh\" %U\n", true},
+        {"[Desktop Entry]\nExec=\"/moved/away/orvlauncher\"\n", false},
+        {"[Desktop Entry]\nExec=no-such-program-anywhere\n", false},
+        {"[Desktop Entry]\nExec=sh\nHidden=true\n", false},
+        {"[Desktop Entry]\nExec = sh\nX-GNOME-Autostart-enabled=false\n", false},
+        {"[Desktop Entry]\nExec=sh\n[Desktop Action x]\nHidden=true\n", true},
         {"", false},
     };
     for (const auto& [content, isEnabled] : cases) {

@@ -3,6 +3,7 @@
 #include "tests/support/TestSupport.h"
 
 #include <QDir>
+#include <QFile>
 
 using namespace Qt::StringLiterals;
 
@@ -13,6 +14,9 @@ VirtualDesktop::VirtualDesktop() : m_environment(QProcessEnvironment::systemEnvi
     m_environment.insert(u"HOME"_s, m_home.path());
     m_environment.insert(u"XDG_RUNTIME_DIR"_s, m_home.path());
     m_environment.insert(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
+
+    // Without one of its files zsh asks whether it shall make them.
+    QFile(m_home.filePath(u".zshrc"_s)).open(QFile::WriteOnly);
 
     QProcess* screen = start(
         u"Xvfb"_s,

@@ -39,6 +39,26 @@ QString valueOf(const QString& entry, const QString& key) {
     return {};
 }
 
+/// The program of an "Exec" value, as `execValue` and people write it; empty when there is none.
+QString programOf(const QString& exec) {
+    QString text = exec;
+    text.replace(u"\\\\"_s, u"\\"_s); // the string's own escapes come first
+    const bool isQuoted = text.startsWith(u'"');
+    QString program;
+    for (qsizetype i = isQuoted ? 1 : 0; i < text.size() && text[i] != (isQuoted ? u'"' : u' '); ++i) {
+        const bool isEscape = (isQuoted && text[i] == u'\\') || text.sliced(i).startsWith(u"%%");
+        i += isEscape && i + 1 < text.size() ? 1 : 0;
+        program += text[i];
+    }
+    return program;
+}
+
+/// Whether the desktop would find it: by its path, or in the folders of $PATH.
+bool isThere(const QString& program) {
+    return program.startsWith(u'/') ? QFileInfo(program).isExecutable()
+                                    : !QStandardPaths::findExecutable(program).isEmpty();
+}
+
 /// The file itself, where it is packed into an image that is mounted elsewhere at every start.
 QString runningExecutable() {
     const QString ours = QCoreApplication::applicationFilePath();
@@ -61,7 +81,7 @@ bool AutostartEntry::isEnabled() const {
     }
     const QString entry = QString::fromUtf8(file.readAll());
     const QString gnome = valueOf(entry, u"X-GNOME-Autostart-enabled"_s);
-    return !valueOf(entry, u"Exec"_s).isEmpty() && !isTrue(valueOf(entry, u"Hidden"_s)) &&
+    return isThere(programOf(valueOf(entry, u"Exec"_s))) && !isTrue(valueOf(entry, u"Hidden"_s)) &&
            (gnome.isEmpty() || isTrue(gnome));
 }
 
@@ -82,7 +102,7 @@ std::expected<void, QString> AutostartEntry::setEnabled(bool isEnabled) {
                           "Comment=Finds, starts and watches your projects\n"
                           "Icon=orvlauncher\n"
                           "TryExec=%1\n"
-                          "Exec=%2\n"
+                          "Exec=%2 -OrvInTray\n"
                           "Terminal=false\n"
                           "X-GNOME-Autostart-enabled=true\n"_s;
     const bool hasFolder = QDir().mkpath(QFileInfo(m_path).path());

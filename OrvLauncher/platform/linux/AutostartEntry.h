@@ -5,7 +5,8 @@
 namespace orv {
 
 /// "orvlauncher.desktop" in the autostart folder that freedesktop.org's desktops read. It names the executable
-/// that runs; one that names another counts as enabled, and is put right by `setEnabled(true)`.
+/// that runs, with the wish to stay in the tray. One that names another counts as enabled while that one is there, and
+/// is put right by `setEnabled(true)`; one whose program has been moved away starts nothing, and counts as what it is.
 class AutostartEntry : public LoginItemController {
 public:
     /// `configFolder` as $XDG_CONFIG_HOME has it; `executable` an absolute path.

@@ -33,9 +33,13 @@ xcb_keycode_t keycodeOf(xcb_connection_t* connection, xcb_keysym_t symbol) {
         return 0;
     }
     const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(reply.get());
-    for (int key = 0; key < count; ++key) {
-        if (symbols[key * reply->keysyms_per_keycode] == symbol) {
-            return static_cast<xcb_keycode_t>(setup->min_keycode + key);
+    const int columns = reply->keysyms_per_keycode;
+    // Those of the first layout come first; one without Latin letters mostly has another one beside it that has them.
+    for (int column = 0; column < columns; ++column) {
+        for (int key = 0; key < count; ++key) {
+            if (symbols[key * columns + column] == symbol) {
+                return static_cast<xcb_keycode_t>(setup->min_keycode + key);
+            }
         }
     }
     return 0;
@@ -45,9 +49,11 @@ xcb_keycode_t keycodeOf(xcb_connection_t* connection, xcb_keysym_t symbol) {
 
 struct HotKey::Grab : QAbstractNativeEventFilter {
     std::function<void()> action;
+    State state = State::unsupported;
     xcb_connection_t* connection = nullptr; ///< null: nothing is grabbed
     xcb_window_t root = XCB_NONE;
     xcb_keycode_t key = 0;
+    xcb_timestamp_t releasedAt = 0;
 
     explicit Grab(std::function<void()> pressed) : action(std::move(pressed)) {
         const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
@@ -58,6 +64,7 @@ struct HotKey::Grab : QAbstractNativeEventFilter {
         root = xcb_setup_roots_iterator(xcb_get_setup(display)).data->root;
         key = keycodeOf(display, keyL);
         if (key == 0) {
+            state = State::noKey;
             return;
         }
         bool isOurs = true;
@@ -69,8 +76,10 @@ struct HotKey::Grab : QAbstractNativeEventFilter {
         }
         if (!isOurs) {
             release(display);
+            state = State::taken;
             return;
         }
+        state = State::registered;
         connection = display;
         qGuiApp->installNativeEventFilter(this);
     }
@@ -95,10 +104,19 @@ struct HotKey::Grab : QAbstractNativeEventFilter {
             return false;
         }
         const auto* event = static_cast<const xcb_generic_event_t*>(message);
-        if ((event->response_type & ~0x80) != XCB_KEY_PRESS) {
+        const int kind = event->response_type & ~0x80;
+        const auto* press = reinterpret_cast<const xcb_key_press_event_t*>(event);
+        if (kind == XCB_KEY_RELEASE && press->detail == key) {
+            releasedAt = press->time;
             return false;
         }
-        const auto* press = reinterpret_cast<const xcb_key_press_event_t*>(event);
+        if (kind != XCB_KEY_PRESS) {
+            return false;
+        }
+        // A key that is held is released and pressed again at one time.
+        if (press->detail == key && press->time == releasedAt) {
+            return true;
+        }
         if (press->detail != key || (press->state & 0xff & ~lockMask) != modifiers) {
             return false;
         }
@@ -111,8 +129,8 @@ HotKey::HotKey(std::function<void()> action) : m_grab(std::make_unique<Grab>(std
 
 HotKey::~HotKey() = default;
 
-bool HotKey::isRegistered() const {
-    return m_grab->connection != nullptr;
+HotKey::State HotKey::state() const {
+    return m_grab->state;
 }
 
 } // namespace orv

@@ -65,8 +65,8 @@ HotKey::HotKey(std::function<void()> action) : m_grab(std::make_unique<Grab>(std
 
 HotKey::~HotKey() = default;
 
-bool HotKey::isRegistered() const {
-    return m_grab->key != nullptr;
+HotKey::State HotKey::state() const {
+    return m_grab->key != nullptr ? State::registered : State::taken;
 }
 
 } // namespace orv

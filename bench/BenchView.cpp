@@ -1,16 +1,21 @@
-// What the view of a terminal costs, in a real window:
+// The terminal in a real window, for bench/view.py:
 //
-//     orv-bench-view FILE     `cat` of the file, and keys one after another
+//     orv-bench-view run COMMAND [FRAMES]    carries the command out in a terminal and ends with it; the frames from
+//     the
+//                                            title "begin" until the title "end" go to the file FRAMES, one number each
+//                                            second
+//     orv-bench-view tabs COUNT              memory and time of so many terminals with idle shells
+//     orv-bench-view interrupt COMMAND       how long a flood goes on after Ctrl-C, some times
 //
-// Prints the time that `cat` took, the frames meanwhile, and how long it takes from a byte of a program to the frame
-// that shows it, and from a key through a pty to its echo.
+// All print figures, separated by blanks, on one line.
 
-#include "OrvTerminal/MainThreadQueue.h"
-#include "OrvTerminal/TerminalSession.h"
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvTerminal/View/TerminalHost.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -18,116 +23,164 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using namespace orv;
 
 namespace {
 
-class Bench : public QObject {
+/// Time for a shell to be at its prompt, and for memory to be given back.
+constexpr auto settling = 2000ms;
+
+class Window : public QQuickWindow {
 public:
-    explicit Bench(const QString& file) : m_file(file) {
-        m_host.setParentItem(m_window.contentItem());
+    Window() {
+        m_host.setParentItem(contentItem());
         m_host.setStyle(&m_style);
-        m_window.resize(1000, 640);
-        m_host.setSize(QSizeF(m_window.size()));
-        m_host.setSession(&m_session);
-        connect(&m_window, &QQuickWindow::frameSwapped, this, &Bench::frame, Qt::QueuedConnection);
-        connect(&m_session, &TerminalSession::outputReceived, this, &Bench::output);
-        connect(&m_session, &TerminalSession::titleChanged, this, &Bench::title);
-        m_window.show();
-        QTimer::singleShot(1000, this, [this] {
-            m_session.start();
-            QTimer::singleShot(1500, this, &Bench::flood);
-        });
+        resize(1000, 640);
+        m_host.setSize(QSizeF(size()));
+        QQuickWindow::show();
     }
+    TerminalSession& open() {
+        TerminalSession* session = m_tabs.open(QUrl::fromLocalFile(QDir::tempPath()));
+        m_host.setSession(session);
+        return *session;
+    }
+    [[nodiscard]] TerminalView& view() const { return *m_host.view(); }
 
 private:
-    void flood() {
-        m_frames = m_host.view()->frames();
-        m_time.start();
-        m_session.send(u"clear; cat '%1'; printf '\\033]0;done\\007'\n"_s.arg(m_file));
-    }
+    TerminalStyle m_style;
+    TerminalTabs m_tabs;
+    TerminalHost m_host;
+};
 
-    void title() {
-        if (m_session.title() != u"done") {
-            return;
-        }
-        const qint64 bytes = QFile(m_file).size();
-        const double seconds = static_cast<double>(m_time.nsecsElapsed()) / 1e9;
-        std::printf(
-            "cat: %.2f s, %.0f MB/s, %.0f frames/s\n", seconds, static_cast<double>(bytes) / 1e6 / seconds,
-            static_cast<double>(m_host.view()->frames() - m_frames) / seconds);
-        m_session.send(u"clear; stty -icanon; cat >/dev/null\n"_s);
-        QTimer::singleShot(1000, this, &Bench::next);
-    }
+void after(std::chrono::milliseconds time, std::function<void()> task) {
+    QTimer::singleShot(time, qApp, std::move(task));
+}
 
-    /// First bytes that come from nowhere, then keys.
-    void next() {
-        if (m_times.size() == rounds) {
-            print(m_isKeyed ? "key to frame" : "byte to frame");
-            if (std::exchange(m_isKeyed, true)) {
-                QGuiApplication::quit();
-                return;
+void run(Window& window, const QString& command, const QString& framesFile) {
+    TerminalSession& session = window.open();
+    auto* frames = new std::vector<std::uint64_t>;
+    auto* second = new QTimer(&window);
+    QObject::connect(
+        second, &QTimer::timeout, &window, [&window, frames] { frames->push_back(window.view().frames()); });
+    QObject::connect(&session, &TerminalSession::titleChanged, &window, [=, &session, &window] {
+        if (session.title() == u"begin") {
+            frames->push_back(window.view().frames());
+            second->start(1s);
+        } else if (session.title() == u"end" && !framesFile.isEmpty()) {
+            QFile file(framesFile);
+            if (file.open(QIODevice::WriteOnly)) {
+                for (size_t at = 1; at < frames->size(); ++at) {
+                    file.write(QByteArray::number(static_cast<qint64>(frames->at(at) - frames->at(at - 1))) + ' ');
+                }
             }
         }
-        m_isWaiting = true;
-        m_hasOutput = false;
-        m_time.start();
-        if (m_isKeyed) {
-            m_session.send(u"x"_s);
-        } else {
-            m_session.terminal().feed("x");
-            Q_EMIT m_session.outputReceived();
-        }
-    }
+    });
+    QObject::connect(&session, &TerminalSession::isAliveChanged, qApp, &QCoreApplication::quit);
+    after(settling, [&session, command] { session.send(u"exec "_s + command + u'\n'); });
+}
 
-    void output() { m_hasOutput = true; }
-
-    void frame() {
-        if (m_isWaiting && m_hasOutput && !m_host.view()->isWaiting()) {
-            m_isWaiting = false;
-            m_times.push_back(static_cast<double>(m_time.nsecsElapsed()) / 1e6);
-            QTimer::singleShot(30, this, &Bench::next);
-        }
-    }
-
-    void print(const char* label) {
-        std::ranges::sort(m_times);
-        std::printf(
-            "%s: median %.2f ms, 95 of 100 within %.2f ms\n", label, m_times[m_times.size() / 2],
-            m_times[m_times.size() * 95 / 100]);
-        m_times.clear();
-    }
-
-    static constexpr size_t rounds = 200;
-    QString m_file;
-    TerminalStyle m_style;
-    TerminalSession m_session{QUrl::fromLocalFile(QDir::tempPath()), std::make_shared<MainThreadQueue>()};
-    QQuickWindow m_window;
-    TerminalHost m_host;
-    QElapsedTimer m_time;
-    std::uint64_t m_frames = 0;
-    std::vector<double> m_times;
-    bool m_isKeyed = false;
-    bool m_isWaiting = false;
-    bool m_hasOutput = false;
+struct Cost {
+    qint64 kilobytes = 0; ///< of this process alone and its part of what is shared
+    double seconds = 0;   ///< of the processor
 };
+
+Cost cost() {
+    Cost now;
+    QFile file(u"/proc/self/smaps_rollup"_s);
+    if (file.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : file.readAll().split('\n')) {
+            if (line.startsWith("Pss:")) {
+                now.kilobytes = line.simplified().split(' ').value(1).toLongLong();
+            }
+        }
+    }
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    now.seconds = static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+    return now;
+}
+
+/// One terminal is there before, so that what all of them share is.
+void measureTabs(Window& window, int count) {
+    window.open();
+    after(settling, [&window, count] {
+        const Cost before = cost();
+        for (int opened = 0; opened < count; ++opened) {
+            window.open();
+        }
+        after(settling + 100ms * count, [before, count] {
+            const Cost opened = cost();
+            // Past the last blink of the cursor.
+            after(15s, [before, opened, count] {
+                const Cost idle = cost();
+                after(10s, [before, opened, idle, count] {
+                    std::printf(
+                        "%lld %.3f\n", (opened.kilobytes - before.kilobytes) / count,
+                        (cost().seconds - idle.seconds) * 1000);
+                    QCoreApplication::quit();
+                });
+            });
+        });
+    });
+}
+
+void interrupt(Window& window, const QString& command) {
+    constexpr size_t rounds = 20;
+    TerminalSession& session = window.open();
+    auto* times = new std::vector<double>;
+    auto* time = new QElapsedTimer;
+    auto* flood = new std::function<void()>;
+    *flood = [=, &session] {
+        session.send(command + u'\n');
+        after(1s, [time, &session] {
+            time->start();
+            session.send(u"\x03printf '\\033]0;ended\\007'\n"_s);
+        });
+    };
+    QObject::connect(&session, &TerminalSession::titleChanged, &window, [=, &session] {
+        if (session.title() != u"ended" || !time->isValid()) {
+            return;
+        }
+        times->push_back(static_cast<double>(time->nsecsElapsed()) / 1e6);
+        time->invalidate();
+        if (times->size() < rounds) {
+            session.send(u"printf '\\033]0;again\\007'\n"_s);
+            after(300ms, *flood);
+            return;
+        }
+        std::ranges::sort(*times);
+        std::printf("%.1f %.1f\n", times->at(rounds / 2), times->back());
+        QCoreApplication::quit();
+    });
+    after(settling, *flood);
+}
 
 } // namespace
 
 int main(int argc, char** argv) {
+    qputenv("QT_QPA_UPDATE_IDLE_TIME", "0"); // as the application has it
     const QGuiApplication application(argc, argv);
-    if (argc != 2) {
-        std::fputs("orv-bench-view FILE\n", stderr);
-        return 2;
-    }
+    const QStringList words = QGuiApplication::arguments();
     const QDir fonts(QStringLiteral(ORV_FONTS));
     for (const QString& file : fonts.entryList({u"JetBrainsMono-*.ttf"_s})) {
         QFontDatabase::addApplicationFont(fonts.filePath(file));
     }
-    const Bench bench(QString::fromLocal8Bit(argv[1]));
+    Window window;
+    if (words.value(1) == u"run" && words.size() >= 3) {
+        run(window, words.at(2), words.value(3));
+    } else if (words.value(1) == u"tabs" && words.size() == 3) {
+        measureTabs(window, std::max(1, words.at(2).toInt()));
+    } else if (words.value(1) == u"interrupt" && words.size() == 3) {
+        interrupt(window, words.at(2));
+    } else {
+        std::fputs("orv-bench-view run COMMAND [FRAMES] | tabs COUNT | interrupt COMMAND\n", stderr);
+        return 2;
+    }
     return QGuiApplication::exec();
 }

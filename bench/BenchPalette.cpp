@@ -1,0 +1,100 @@
+// How long the command palette takes from a key to its results, with 2,000 projects and what can be done with them.
+#include "OrvUI/AppModel.h"
+#include "OrvUI/Palette.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int projects = 2000;
+constexpr int rounds = 20;
+
+/// Names as people give them: "atlas-billing-api-17".
+void addProjects(const QString& root) {
+    const QStringList first{u"atlas"_s, u"harbor"_s, u"pocket"_s, u"field"_s, u"ledger"_s, u"shop"_s, u"pulse"_s};
+    const QStringList second{u"billing"_s, u"notes"_s, u"admin"_s, u"docs"_s, u"mail"_s};
+    const QStringList third{u"api"_s, u"web"_s, u"worker"_s};
+    for (int number = 0; number < projects; ++number) {
+        const QString name =
+            QStringList{
+                first[number % first.size()], second[number / 7 % second.size()], third[number / 35 % third.size()],
+                QString::number(number)}
+                .join(u'-');
+        QDir(root).mkpath(name);
+        QFile manifest(root + u'/' + name + u"/package.json"_s);
+        if (manifest.open(QFile::WriteOnly)) {
+            manifest.write(R"({"scripts": {"dev": "vite"}, "dependencies": {"vite": "5"}})");
+        }
+    }
+}
+
+double milliseconds(auto work) {
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+void report(const char* what, std::vector<double> times) {
+    std::ranges::sort(times);
+    std::printf("| %s | %.2f ms | %.2f ms |\n", what, times[times.size() / 2], times.back());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    const QTemporaryDir folder;
+    const QString root = folder.filePath(u"projects"_s);
+    addProjects(root);
+    const QString settingsFile = folder.filePath(u"support/settings.json"_s);
+    orv::SettingsStore(settingsFile).change([&](orv::AppSettings& settings) { settings.scanRoot = root; });
+    orv::AppModel::Options options;
+    options.settings = std::make_unique<orv::SettingsStore>(settingsFile);
+    options.tasksFile = folder.filePath(u"support/tasks.json"_s);
+    options.overrides = std::make_shared<orv::OverrideStore>(folder.filePath(u"support/overrides.json"_s));
+    options.snapshotDirectory = folder.filePath(u"widgets"_s);
+    orv::AppModel model(std::move(options));
+    QEventLoop loop;
+    QObject::connect(&model, &orv::AppModel::hasScannedChanged, &loop, &QEventLoop::quit);
+    model.refresh();
+    loop.exec();
+    if (model.projects().size() != projects) {
+        std::fprintf(stderr, "%lld projects\n", static_cast<long long>(model.projects().size()));
+        return 1;
+    }
+
+    orv::Palette palette;
+    palette.setModel(&model);
+    std::vector<double> opening;
+    std::vector<double> first;
+    std::vector<double> later;
+    const QStringList queries{
+        u"shop admin web"_s, u"stop all services"_s, u"new terminal atlas 1750"_s, u"settings"_s, u"pktmlwkr"_s};
+    for (int round = 0; round < rounds; ++round) {
+        for (const QString& query : queries) {
+            opening.push_back(milliseconds([&] { palette.open(); }));
+            for (int length = 1; length <= query.size(); ++length) {
+                const double time = milliseconds([&] { palette.setQuery(query.first(length)); });
+                (length == 1 ? first : later).push_back(time);
+            }
+            palette.close();
+        }
+    }
+    std::puts("| Step | Median | Longest |\n|---|---|---|");
+    report("opened", opening);
+    report("first letter", first);
+    report("each letter after it", later);
+    return 0;
+}

@@ -167,6 +167,7 @@ QString ProjectFiles::countText() const {
 void ProjectFiles::setFindText(const QString& text) {
     if (text != m_findText) {
         m_findText = text;
+        m_wishedMatch.reset();
         Q_EMIT findTextChanged();
         search();
     }
@@ -174,7 +175,8 @@ void ProjectFiles::setFindText(const QString& text) {
 
 void ProjectFiles::search() {
     const int at = ++m_searchGeneration;
-    if (m_findText.trimmed().isEmpty()) {
+    m_isSearching = !m_findText.trimmed().isEmpty();
+    if (!m_isSearching) {
         m_matches.setRows({});
         return;
     }
@@ -192,8 +194,28 @@ void ProjectFiles::search() {
                     row.letter = m_letters.value(row.key);
                 }
                 m_matches.setRows(rows);
+                // Before the files are listed there is nothing to be found in, and the search runs once more.
+                m_isSearching = !m_isListed;
+                if (m_wishedMatch && !m_isSearching) {
+                    takeMatch(*std::exchange(m_wishedMatch, std::nullopt));
+                }
             }
         });
+}
+
+void ProjectFiles::takeMatch(int row) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_isSearching) {
+        m_wishedMatch = row;
+        return;
+    }
+    const auto& rows = m_matches.rows();
+    if (rows.isEmpty()) {
+        return;
+    }
+    select(rows[row >= 0 && row < rows.size() ? row : 0].key);
+    setFindText({});
+    Q_EMIT matchTaken();
 }
 
 void ProjectFiles::setExpanded(const QString& path, bool isExpanded) {

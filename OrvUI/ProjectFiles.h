@@ -80,6 +80,9 @@ public:
 
     /// Looks at a file, and opens the folders that it lies in.
     Q_INVOKABLE void select(const QString& path);
+    /// Looks at the match of that row (the first where it is none), and ends the search. While matches of what was
+    /// typed are still looked for, that is done when they are there.
+    Q_INVOKABLE void takeMatch(int row);
     Q_INVOKABLE void setExpanded(const QString& path, bool isExpanded);
     /// The row of the folder that the row lies in; the row itself at the top.
     Q_INVOKABLE int parentRow(int row) const;
@@ -97,6 +100,7 @@ Q_SIGNALS:
     void treeChanged();
     void selectionChanged();
     void contentChanged();
+    void matchTaken();
 
 private:
     template <typename Work, typename Handler>
@@ -121,6 +125,8 @@ private:
     bool m_isListing = false;
     QString m_findText;
     int m_searchGeneration = 0;
+    bool m_isSearching = false;
+    std::optional<int> m_wishedMatch; ///< asked for before there were any
     RowModel<FileMatchRow> m_matches;
 
     QString m_selected;

@@ -20,12 +20,6 @@ FocusScope {
         find.selectAll();
     }
 
-    function take(path) {
-        page.files.select(path);
-        page.files.findText = "";
-        tree.forceActiveFocus(Qt.OtherFocusReason);
-    }
-
     function edit() {
         if (page.chosen) {
             page.model.openFile(page.files.fileOf(page.files.selectedPath));
@@ -67,13 +61,7 @@ FocusScope {
             }
             onCleared: page.files.findText = ""
             onAbandoned: tree.forceActiveFocus(Qt.OtherFocusReason)
-            onAccepted: {
-                // The row that was current may just have gone.
-                const item = (found.currentItem ?? found.itemAtIndex(0)) as FileMatchItem;
-                if (item !== null) {
-                    page.take(item.path);
-                }
-            }
+            onAccepted: page.files.takeMatch(found.currentIndex)
             Keys.onDownPressed: page.finding ? found.incrementCurrentIndex() : tree.forceActiveFocus(Qt.TabFocusReason)
             Keys.onUpPressed: found.decrementCurrentIndex()
         }
@@ -175,6 +163,10 @@ FocusScope {
             Connections {
                 target: page.files
 
+                function onMatchTaken() {
+                    tree.forceActiveFocus(Qt.OtherFocusReason);
+                }
+
                 function onTreeChanged() {
                     if (page.files.currentRow >= 0 && tree.followed !== page.files.selectedPath) {
                         tree.followed = page.files.selectedPath;
@@ -200,7 +192,7 @@ FocusScope {
             delegate: FileMatchItem {
                 width: found.width
                 highlighted: ListView.isCurrentItem
-                onClicked: page.take(path)
+                onClicked: page.files.takeMatch(index)
             }
 
             T.ScrollBar.vertical: ScrollBar {}

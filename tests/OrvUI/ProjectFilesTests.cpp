@@ -148,6 +148,17 @@ TEST(ProjectFiles, ShowsTreeSearchAndFile) {
     files.setFindText(u"b"_s);
     EXPECT_TRUE(waitFor([&] { return files.matches()->rowCount() == 1; }));
     EXPECT_EQ(files.matches()->rows().first().key, u"src/deep/b.py"_s);
+    files.setFindText(u"readme"_s);
+    files.takeMatch(0);
+    EXPECT_TRUE(waitFor([&] { return files.selectedPath() == u"README.md"_s; })) << "asked for before it was found";
+    EXPECT_EQ(files.findText(), QString());
+    files.setFindText(u"readme"_s);
+    files.takeMatch(0);
+    files.setFindText(u"zzz"_s);
+    files.setFindText(u"b"_s);
+    EXPECT_TRUE(waitFor([&] { return files.matches()->rowCount() == 1; }));
+    EXPECT_EQ(files.findText(), u"b"_s) << "who types on no longer means the first";
+    files.select(u"src/a.py"_s);
 
     // What happens on the disk is seen at the next look.
     home.add(u"r/src/new.py"_s, "n");

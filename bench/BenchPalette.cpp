@@ -1,12 +1,11 @@
 // How long the command palette takes from a key to its results, with 2,000 projects and what can be done with them.
+#include "NamedProjects.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/Palette.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -19,25 +18,6 @@ namespace {
 
 constexpr int projects = 2000;
 constexpr int rounds = 20;
-
-/// Names as people give them: "atlas-billing-api-17".
-void addProjects(const QString& root) {
-    const QStringList first{u"atlas"_s, u"harbor"_s, u"pocket"_s, u"field"_s, u"ledger"_s, u"shop"_s, u"pulse"_s};
-    const QStringList second{u"billing"_s, u"notes"_s, u"admin"_s, u"docs"_s, u"mail"_s};
-    const QStringList third{u"api"_s, u"web"_s, u"worker"_s};
-    for (int number = 0; number < projects; ++number) {
-        const QString name =
-            QStringList{
-                first[number % first.size()], second[number / 7 % second.size()], third[number / 35 % third.size()],
-                QString::number(number)}
-                .join(u'-');
-        QDir(root).mkpath(name);
-        QFile manifest(root + u'/' + name + u"/package.json"_s);
-        if (manifest.open(QFile::WriteOnly)) {
-            manifest.write(R"({"scripts": {"dev": "vite"}, "dependencies": {"vite": "5"}})");
-        }
-    }
-}
 
 double milliseconds(auto work) {
     QElapsedTimer timer;
@@ -57,7 +37,7 @@ int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);
     const QTemporaryDir folder;
     const QString root = folder.filePath(u"projects"_s);
-    addProjects(root);
+    orv::bench::addNamedProjects(root, projects);
     const QString settingsFile = folder.filePath(u"support/settings.json"_s);
     orv::SettingsStore(settingsFile).change([&](orv::AppSettings& settings) { settings.scanRoot = root; });
     orv::AppModel::Options options;

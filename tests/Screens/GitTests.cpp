@@ -190,5 +190,18 @@ TEST_F(GitWindow, FindsAndReadsFiles) {
     })) << "the folder is closed";
 }
 
+TEST_F(GitWindow, ClosesWhileALongListIsStillMade) {
+    const auto file = [](int number) { return u"projects/shop/long/%1.txt"_s.arg(number); };
+    for (int number = 0; number < 400; ++number) {
+        tree.add(file(number), "old\n");
+    }
+    openTab(DetailTab::overview);
+    for (int number = 0; number < 400; ++number) {
+        tree.add(file(number), "new\n");
+    }
+    model->setDetailTab(DetailTab::git);
+    ASSERT_TRUE(waitFor([this] { return items("GitFileItem").size() > 3; }));
+}
+
 } // namespace
 } // namespace orv::test

@@ -38,7 +38,7 @@ Column {
                 spacing: Theme.space8
 
                 Repeater {
-                    model: [""].concat(Theme.avatars)
+                    model: ["", ...Theme.avatars]
 
                     ColorDot {
                         required property string modelData

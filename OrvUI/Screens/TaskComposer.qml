@@ -90,6 +90,8 @@ FocusScope {
         T.AbstractButton {
             id: choose
 
+            property int toldRole: Accessible.ButtonMenu
+
             anchors.verticalCenter: parent.verticalCenter
             visible: composer.fixedProjectID.length === 0
             implicitWidth: chosen.implicitWidth + Theme.space16
@@ -97,7 +99,7 @@ FocusScope {
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true
             text: composer.projectName.length > 0 ? composer.projectName : qsTr("Choose a project")
-            Accessible.role: Accessible.ButtonMenu
+            Accessible.role: toldRole
             Accessible.name: qsTr("Project: %1").arg(text)
             Keys.onReturnPressed: choose.clicked()
             onClicked: {

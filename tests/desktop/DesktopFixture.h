@@ -90,17 +90,9 @@ protected:
         desktop.click(item->place.center());
     }
 
-    /// Clicks until that shows something: a sheet that fades out still takes the pointer.
     [[nodiscard]] bool clickShows(const QString& name, const QString& expected) {
-        bool isThere = false;
-        for (int tries = 0; tries < 4 && !isThere; ++tries) {
-            if (const auto item = accessible->find(u"OrvLauncher"_s, name)) {
-                desktop.click(item->place.center());
-            }
-            isThere = waitFor(
-                [&] { return accessible->find(u"OrvLauncher"_s, expected).has_value(); }, std::chrono::seconds(5));
-        }
-        return isThere;
+        click(name);
+        return shows(expected);
     }
 
     /// The names of everything on the screen.
@@ -110,6 +102,24 @@ protected:
             names += item.role + u": "_s + item.name + u'\n';
         }
         return names + QString::fromUtf8(readFile(launcher.tree.path(u"support/settings.json"_s)));
+    }
+
+    /// Controls without a name, by their role and what stands before them.
+    [[nodiscard]] QStringList unnamed() const {
+        static const QStringList controls{u"push button"_s, u"check box"_s, u"radio button"_s, u"link"_s,
+                                          u"page tab"_s,    u"list item"_s, u"menu item"_s,    u"text"_s};
+        QStringList found;
+        QString before;
+        int shown = 0;
+        for (const AccessibleTree::Item& item : accessible->items(u"OrvLauncher"_s)) {
+            if (item.isShowing && item.name.trimmed().isEmpty() && controls.contains(item.role)) {
+                found.append(item.role + u" after "_s + before);
+            }
+            before = item.name;
+            shown += item.isShowing ? 1 : 0;
+        }
+        EXPECT_GT(shown, 10) << "of what is showing";
+        return found;
     }
 
     [[nodiscard]] QStringList pins() const {

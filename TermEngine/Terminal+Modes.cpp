@@ -121,8 +121,11 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
         return;
     }
     if (const auto* entry = entryOf(encodings, mode)) {
-        m_modes.mouseEncoding = on ? entry->value : MouseEncoding::standard;
-        m_delegate.mouseModeChanged(*this);
+        // Unlike a tracking, an encoding is ended by its own reset alone, as in xterm.
+        if (on || m_modes.mouseEncoding == entry->value) {
+            m_modes.mouseEncoding = on ? entry->value : MouseEncoding::standard;
+            m_delegate.mouseModeChanged(*this);
+        }
         return;
     }
     switch (mode) {
@@ -264,7 +267,12 @@ void Terminal::restorePrivateModes(const CsiParameters& parameters) {
         } else if (mode == 2501) {
             m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;
         } else if (const auto saved = m_savedModes.find(mode); saved != m_savedModes.end()) {
-            applyDECPrivateMode(mode, saved->second);
+            // Of trackings that were saved together one was on at most, and the others must not end it.
+            const bool endsAnother =
+                !saved->second && entryOf(trackings, mode) != nullptr && !decPrivateMode(mode).value_or(false);
+            if (!endsAnother) {
+                applyDECPrivateMode(mode, saved->second);
+            }
         }
     }
 }

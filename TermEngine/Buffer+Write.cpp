@@ -112,6 +112,13 @@ void Buffer::insertBehindPrepend(char32_t scalar, const Pen& pen) {
 std::size_t Buffer::insertSimpleScalars(std::span<const char32_t> text, const Pen& pen) {
     BufferLine& target = line(m_y);
     const int right = rightLimit(target);
+    if (target.hasWide() && target[m_x].isSpacer()) [[unlikely]] {
+        // The wide character is cut only by what is written over its half.
+        const Properties properties = unicode::properties(text.front());
+        if (!properties.startsCluster() || properties.width() == 0 || m_x + properties.width() - 1 > right) {
+            return 0;
+        }
+    }
     PackedCell* const cells = target.beginRun(m_x);
     bool hasWide = false;
     int x = m_x;

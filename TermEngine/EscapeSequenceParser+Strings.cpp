@@ -193,7 +193,7 @@ void EscapeSequenceParser::dispatchOsc(Bytes osc, StringEnd end) {
     }
     const Bytes payload = osc.subspan(std::min(number.size + 1, osc.size()));
     if (!m_handler.dispatchOsc(number.value, payload, end) && m_handler.isLogging()) {
-        m_handler.log(detail::engineName + "Unknown OSC code: " + std::to_string(number.value));
+        m_handler.log(detail::logPrefix + "Unknown OSC code: " + std::to_string(number.value));
     }
 }
 
@@ -202,14 +202,14 @@ void EscapeSequenceParser::dispatchApc(Bytes apc) {
         return;
     }
     if (!m_handler.dispatchApc(apc) && m_handler.isLogging()) {
-        m_handler.log(detail::engineName + "Unknown APC code: " + std::to_string(apc[0]));
+        m_handler.log(detail::logPrefix + "Unknown APC code: " + std::to_string(apc[0]));
     }
 }
 
 void EscapeSequenceParser::hookDcs(std::uint8_t final) {
     m_dcs = m_handler.dcsHandler(static_cast<char>(final), m_parameters, collected());
     if (!m_dcs && m_handler.isLogging()) {
-        std::string message = detail::engineName + "Unknown DCS + ";
+        std::string message = detail::logPrefix + "Unknown DCS + ";
         message.append(collected()).push_back(static_cast<char>(final));
         m_handler.log(message);
     }

@@ -52,7 +52,7 @@ void EscapeSequenceParser::keepFedBack(Bytes bytes) {
     const std::size_t kept = std::min(bytes.size(), maximumFedBackBytes - m_fedBack.size());
     m_fedBack.insert(m_fedBack.end(), bytes.data(), bytes.data() + kept);
     if (kept < bytes.size() && m_handler.isLogging()) {
-        m_handler.log(detail::engineName + "Dropped bytes that a handler fed: " + std::to_string(bytes.size() - kept));
+        m_handler.log(detail::logPrefix + "Dropped bytes that a handler fed: " + std::to_string(bytes.size() - kept));
     }
 }
 
@@ -274,7 +274,7 @@ void EscapeSequenceParser::collect(std::uint8_t byte) {
 
 void EscapeSequenceParser::dispatchExecute(std::uint8_t code) {
     if (!m_handler.execute(code) && m_handler.isLogging()) {
-        m_handler.log(detail::engineName + "Unknown EXECUTE code " + std::to_string(code));
+        m_handler.log(detail::logPrefix + "Unknown EXECUTE code " + std::to_string(code));
     }
 }
 
@@ -288,7 +288,7 @@ void EscapeSequenceParser::logUnknownCsi(std::uint8_t final) {
     if (!m_handler.isLogging()) {
         return;
     }
-    std::string message = detail::engineName + "Unknown CSI Code (collect=";
+    std::string message = detail::logPrefix + "Unknown CSI Code (collect=";
     message.append(collected()).append(" code=").push_back(static_cast<char>(final));
     message += " pars=";
     for (int i = 0; i < m_parameters.count; ++i) {
@@ -299,7 +299,7 @@ void EscapeSequenceParser::logUnknownCsi(std::uint8_t final) {
 
 void EscapeSequenceParser::dispatchEsc(std::uint8_t final) {
     if (!m_handler.dispatchEsc(collected(), static_cast<char>(final)) && m_handler.isLogging()) {
-        std::string message = detail::engineName + "Unknown ESC Code: ESC + ";
+        std::string message = detail::logPrefix + "Unknown ESC Code: ESC + ";
         message.append(collected()).push_back(static_cast<char>(final));
         m_handler.log(message);
     }
@@ -308,7 +308,7 @@ void EscapeSequenceParser::dispatchEsc(std::uint8_t final) {
 void EscapeSequenceParser::logError(std::uint8_t byte) {
     if (m_handler.isLogging()) {
         m_handler.log(
-            detail::engineName + "Parsing error, state: " + std::to_string(static_cast<int>(m_state)) +
+            detail::logPrefix + "Parsing error, state: " + std::to_string(static_cast<int>(m_state)) +
             " byte: " + std::to_string(byte));
     }
 }

@@ -81,7 +81,7 @@ void Terminal::cmdInsertChars(int count) {
     b.setPendingWrap(false);
     if (b.x() >= b.marginLeft() && b.x() <= b.marginRight()) {
         moveTextImages(b.y(), b.y() + 1, b.x(), count);
-        b.line(b.y()).insertCells(b.x(), count, b.marginRight() + 1, pen().blank);
+        b.line(b.y()).insertPackedCells(b.x(), count, b.marginRight() + 1, pen().blank);
     }
 }
 

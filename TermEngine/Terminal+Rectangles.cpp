@@ -134,7 +134,7 @@ void Terminal::cmdDECRQCRA(const CsiParameters& parameters) {
     for (int row = area.top; row < area.bottom; ++row) {
         for (int col = area.left; col < area.right; ++col) {
             char32_t memory = 0;
-            for (const char32_t scalar : m_arena->scalars(m_buffer->line(row)[col], memory)) {
+            for (const char32_t scalar : m_arena->scalarValues(m_buffer->line(row)[col], memory)) {
                 sum += scalar;
             }
         }

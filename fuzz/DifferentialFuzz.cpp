@@ -32,7 +32,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             }
         }
         require(sameScreen(whole, pieces) && sameScreen(whole, plain));
-        require(whole.parser().state() == pieces.parser().state() && whole.parser().state() == plain.parser().state());
+        require(
+            whole.parser().currentState() == pieces.parser().currentState() &&
+            whole.parser().currentState() == plain.parser().currentState());
     }
     require(wholeHost.replies == piecesHost.replies && wholeHost.replies == plainHost.replies);
     require(wholeHost.calls == piecesHost.calls && wholeHost.calls == plainHost.calls);

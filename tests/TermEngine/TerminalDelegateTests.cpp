@@ -557,7 +557,7 @@ TEST(ScreenSnapshot, IsReadOnAnotherThreadWhileTheTerminalGoesOn) {
             for (const auto& line : snapshot->lines) {
                 for (const PackedCell cell : line->usedCells()) {
                     char32_t memory = 0;
-                    const std::u32string_view text = snapshot->arena->scalars(cell, memory);
+                    const std::u32string_view text = snapshot->arena->scalarValues(cell, memory);
                     const std::uint32_t number = snapshot->arena->attributeOf(cell).fg.value();
                     ++seen;
                     wrong +=

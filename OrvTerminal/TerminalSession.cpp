@@ -3,6 +3,7 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/LoginShell.h"
 #include "OrvTerminal/MainThreadQueue.h"
+#include "TermEngine/Diagnostics.h"
 #include "TermEngine/TerminalEnvironment.h"
 #include "TermEngine/TextRange.h"
 
@@ -199,7 +200,7 @@ TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThre
     options.rows = initialRows;
     options.scrollback = scrollback;
     m_terminal = std::make_unique<term::Terminal>(*m_delegate, options);
-    m_terminal->setXtVersionIdentity("OrvLauncher");
+    m_terminal->setXtVersionIdentity(std::string(term::engineName));
     // Whatever a program does to the foreground shows in what it, or the shell, writes then.
     m_programCheck.setSingleShot(true);
     m_programCheck.setInterval(programCheckDelay);

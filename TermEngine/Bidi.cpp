@@ -437,7 +437,7 @@ PresentedRow presentedRow(const Buffer& buffer, int index, const BidiPresentatio
                 continue;
             }
             char32_t memory = 0;
-            const std::u32string_view scalars = buffer.arena().scalars(line[col], memory);
+            const std::u32string_view scalars = buffer.cellArena().scalarValues(line[col], memory);
             text.push_back(scalars.empty() ? U' ' : scalars.front());
             mayReorder = mayReorder || text.back() >= 0x590;
             if (at == index) {

@@ -57,7 +57,7 @@ int Buffer::linesWithoutRoom(int cols, int rows, int last) const {
     int first = last + 1;
     while (first > 0 && made < room) {
         const BufferLine& end = lineAt(--first);
-        std::int64_t cells = end.trimmedLength();
+        std::int64_t cells = end.getTrimmedLength();
         while (first > 0 && lineAt(first).isWrapped()) {
             cells += lineAt(--first).size() - 1;
         }
@@ -101,7 +101,7 @@ void Buffer::reflow(int cols, int rows, std::span<LinePlace> places) {
     for (const LinePlace& place : places) {
         wanted.push_back({static_cast<int>(std::clamp<std::int64_t>(place.line - trimmed, -1, last + 1)), place.col});
     }
-    Reflow reflow(cols, std::move(wanted), [this] { return blankLine({}); });
+    Reflow reflow(cols, std::move(wanted), [this] { return getBlankLine({}); });
     lines = reflow.run(std::move(lines));
     const auto& anchors = reflow.anchors();
 

@@ -38,7 +38,7 @@ void Buffer::pushLine(int above, PackedCell blank) {
         ++m_trimmedCount;
         m_yDisp = follows ? m_yBase : std::max(m_yDisp - 1, 0);
     } else {
-        m_lines.push(blankLine(blank));
+        m_lines.push(getBlankLine(blank));
         ++m_yBase;
         m_yDisp = follows ? m_yBase : m_yDisp;
     }
@@ -161,7 +161,7 @@ void Buffer::deleteLines(int count, const Pen& pen) {
 
 void Buffer::insertColumns(int col, int count, const Pen& pen) {
     for (int row = m_scrollTop; row <= m_scrollBottom; ++row) {
-        line(row).insertCells(col, count, marginRight() + 1, pen.blank);
+        line(row).insertPackedCells(col, count, marginRight() + 1, pen.blank);
         line(row).setWrapped(false);
     }
 }

@@ -58,7 +58,7 @@ void Buffer::insertWrappingAscii(std::span<const std::uint8_t> text, const Pen& 
         const auto count = std::min(text.size(), static_cast<std::size_t>(right - m_x + 1));
         const int columns = static_cast<int>(count);
         if (insertsAtCursor()) {
-            target.insertCells(m_x, columns, right + 1, pen.blank);
+            target.insertPackedCells(m_x, columns, right + 1, pen.blank);
         }
         m_ops.expandAscii(&target.write(m_x, columns)->rawValue, text.data(), count, pen.bits);
         m_x += columns;
@@ -112,6 +112,13 @@ void Buffer::insertBehindPrepend(char32_t scalar, const Pen& pen) {
 std::size_t Buffer::insertSimpleScalars(std::span<const char32_t> text, const Pen& pen) {
     BufferLine& target = line(m_y);
     const int right = rightLimit(target);
+    if (target.hasWide() && target[m_x].isSpacer()) [[unlikely]] {
+        // The wide character is cut only by what is written over its half.
+        const Properties properties = unicode::properties(text.front());
+        if (!properties.startsCluster() || properties.width() == 0 || m_x + properties.width() - 1 > right) {
+            return 0;
+        }
+    }
     PackedCell* const cells = target.beginRun(m_x);
     bool hasWide = false;
     int x = m_x;
@@ -184,7 +191,7 @@ void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
     }
     BufferLine& target = line(m_y);
     if (insertsAtCursor()) {
-        target.insertCells(m_x, width, right + 1, pen.blank);
+        target.insertPackedCells(m_x, width, right + 1, pen.blank);
     }
     PackedCell* const cells = target.write(m_x, width);
     cells[0] = cell;
@@ -215,7 +222,7 @@ std::size_t Buffer::putClustered(std::span<const char32_t> text, const Pen& pen,
         BufferLine& target = line(m_y);
         const PackedCell before = target[col];
         char32_t memory = 0;
-        std::u32string cluster(m_arena->scalars(before, memory));
+        std::u32string cluster(m_cellArena->scalarValues(before, memory));
         if (cluster.empty()) {
             cluster.assign(1, U' ');
         }
@@ -234,7 +241,7 @@ std::size_t Buffer::putClustered(std::span<const char32_t> text, const Pen& pen,
             }
             if (const std::size_t room = CellArena::maximumClusterScalars - cluster.size(); room > 0) {
                 cluster.append(text.data(), std::min(count, room));
-                if (const std::uint32_t id = m_arena->internCluster(cluster); id != 0) {
+                if (const std::uint32_t id = m_cellArena->intern(cluster); id != 0) {
                     const std::uint64_t rest =
                         before.isEmpty() ? pen.bits : before.rawValue & ~(PackedCell::contentMask | 3);
                     target.replace(col, PackedCell::make(PackedCell::Kind::cluster, id, rest));

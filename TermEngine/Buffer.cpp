@@ -14,7 +14,7 @@ std::size_t lengthOf(const Buffer::Setup& setup, int rows) {
 } // namespace
 
 Buffer::Buffer(std::shared_ptr<CellArena> arena, const Setup& setup)
-    : m_arena(std::move(arena)),
+    : m_cellArena(std::move(arena)),
       m_setup(setup),
       m_ops(*setup.ops),
       m_cols(setup.cols),
@@ -26,7 +26,7 @@ Buffer::Buffer(std::shared_ptr<CellArena> arena, const Setup& setup)
     setupTabStops();
 }
 
-std::unique_ptr<BufferLine> Buffer::blankLine(PackedCell blank) {
+std::unique_ptr<BufferLine> Buffer::getBlankLine(PackedCell blank) {
     auto line = std::make_unique<BufferLine>(m_cols, blank);
     line->setRenderIdentity(nextIdentity());
     line->setBidiState(defaultBidiState);
@@ -40,7 +40,7 @@ std::unique_ptr<BufferLine> Buffer::blankLine(PackedCell blank) {
 
 void Buffer::fillRows() {
     while (lineCount() < m_yBase + m_rows) {
-        m_lines.push(blankLine({}));
+        m_lines.push(getBlankLine({}));
     }
 }
 
@@ -100,7 +100,7 @@ void Buffer::clear(PackedCell blank) {
     m_yBase = 0;
     m_yDisp = 0;
     while (lineCount() < m_rows) {
-        m_lines.push(blankLine(blank));
+        m_lines.push(getBlankLine(blank));
     }
     resetMargins();
     setCursor(0, 0);

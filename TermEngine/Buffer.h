@@ -75,6 +75,8 @@ struct LinePlace {
 
 enum class ClusterMode : std::uint8_t { scalars, graphemes };
 
+using CircularBufferLineList = CircularList<std::unique_ptr<BufferLine>>;
+
 /// One screen with its history: lines, cursor, margins, tab stops.
 ///
 /// Rows are those of the screen, from 0; `lines` counts from the oldest line of the history. A line is also known by
@@ -96,7 +98,7 @@ public:
     [[nodiscard]] int cols() const { return m_cols; }
     [[nodiscard]] int rows() const { return m_rows; }
     [[nodiscard]] bool hasScrollback() const { return m_setup.hasScrollback; }
-    [[nodiscard]] CellArena& arena() const { return *m_arena; }
+    [[nodiscard]] CellArena& cellArena() const { return *m_cellArena; }
 
     [[nodiscard]] int lineCount() const { return static_cast<int>(m_lines.size()); }
     /// An index that is none is reported as a diagnostic, and clamped.
@@ -208,7 +210,7 @@ public:
         return line.renderMode() == RenderLineMode::single ? m_cols - 1 : std::max(m_cols / 2 - 1, 0);
     }
     void setLineMode(int row, RenderLineMode mode);
-    [[nodiscard]] std::unique_ptr<BufferLine> blankLine(PackedCell blank);
+    [[nodiscard]] std::unique_ptr<BufferLine> getBlankLine(PackedCell blank);
 
 private:
     [[nodiscard]] std::size_t checked(int index) const {
@@ -245,14 +247,14 @@ private:
     void resizeTabStops(int cols);
     void fillRows();
     [[nodiscard]] int lastLineInUse() const;
-    std::uint64_t nextIdentity() { return m_arena->nextLineIdentity(); }
+    std::uint64_t nextIdentity() { return m_cellArena->nextLineIdentity(); }
 
-    std::shared_ptr<CellArena> m_arena;
+    std::shared_ptr<CellArena> m_cellArena;
     Setup m_setup;
     const VectorOps& m_ops;
     int m_cols;
     int m_rows;
-    CircularList<std::unique_ptr<BufferLine>> m_lines;
+    CircularBufferLineList m_lines;
     int m_x = 0;
     int m_y = 0;
     bool m_pendingWrap = false;

@@ -23,26 +23,26 @@ void reportOutside() {
 } // namespace
 
 BufferLine::BufferLine(const BufferLine& other)
-    : m_cells(std::make_unique_for_overwrite<PackedCell[]>(static_cast<std::size_t>(other.m_used))),
-      m_capacity(other.m_used),
+    : m_cells(std::make_unique_for_overwrite<PackedCell[]>(static_cast<std::size_t>(other.m_usedLength))),
+      m_capacity(other.m_usedLength),
       m_cols(other.m_cols),
-      m_used(other.m_used),
+      m_usedLength(other.m_usedLength),
       m_isWrapped(other.m_isWrapped),
       m_hasWide(other.m_hasWide),
       m_renderMode(other.m_renderMode),
       m_bidiState(other.m_bidiState),
-      m_tailBlank(other.m_tailBlank),
+      m_tailBlankCell(other.m_tailBlankCell),
       m_generation(other.m_generation),
       m_renderIdentity(other.m_renderIdentity),
       m_recycleGeneration(other.m_recycleGeneration),
-      m_marks(other.m_marks),
-      m_continuedGroup(other.m_continuedGroup) {
-    std::copy_n(other.m_cells.get(), m_used, m_cells.get());
+      m_semanticMarks(other.m_semanticMarks),
+      m_semanticHardContinuationGroup(other.m_semanticHardContinuationGroup) {
+    std::copy_n(other.m_cells.get(), m_usedLength, m_cells.get());
 }
 
 [[gnu::cold]] PackedCell BufferLine::cellOutside(int col) const {
     reportOutside();
-    return m_cols > 0 ? (*this)[std::clamp(col, 0, m_cols - 1)] : m_tailBlank;
+    return m_cols > 0 ? (*this)[std::clamp(col, 0, m_cols - 1)] : m_tailBlankCell;
 }
 
 [[gnu::cold]] PackedCell* BufferLine::writeOutside(int col, int count) {
@@ -56,7 +56,7 @@ BufferLine::BufferLine(const BufferLine& other)
     if (count > m_capacity) {
         grow(count);
     }
-    m_used = m_cols;
+    m_usedLength = m_cols;
     return m_cells.get();
 }
 
@@ -66,13 +66,13 @@ void BufferLine::setRenderMode(RenderLineMode mode) {
 }
 
 void BufferLine::setSemanticMark(const SemanticMarks& marks) {
-    m_marks = marks;
+    m_semanticMarks = marks;
     ++m_generation;
 }
 
 void BufferLine::grow(int capacity) {
     auto cells = std::make_unique_for_overwrite<PackedCell[]>(static_cast<std::size_t>(capacity));
-    std::copy_n(m_cells.get(), m_used, cells.get());
+    std::copy_n(m_cells.get(), m_usedLength, cells.get());
     m_cells = std::move(cells);
     m_capacity = capacity;
 }
@@ -82,25 +82,25 @@ void BufferLine::reserve(int col, int end) {
     if (end > m_capacity) {
         grow(std::max(m_cols, end));
     }
-    if (col > m_used) {
+    if (col > m_usedLength) {
         constexpr int block = 8;
-        PackedCell* at = m_cells.get() + m_used;
+        PackedCell* at = m_cells.get() + m_usedLength;
         PackedCell* const last = m_cells.get() + col;
         if (col + block <= m_capacity) {
             // Past the last one there is nothing yet that blocks could overwrite.
             for (; at < last; at += block) {
-                std::fill_n(at, block, m_tailBlank);
+                std::fill_n(at, block, m_tailBlankCell);
             }
         } else {
-            std::fill(at, last, m_tailBlank);
+            std::fill(at, last, m_tailBlankCell);
         }
     }
-    m_used = std::max(m_used, end);
+    m_usedLength = std::max(m_usedLength, end);
 }
 
 /// A wide character that stands on both sides of the column is no more.
 void BufferLine::cutWide(int col) {
-    if (col <= 0 || col >= m_used || !m_cells[static_cast<std::size_t>(col)].isSpacer()) {
+    if (col <= 0 || col >= m_usedLength || !m_cells[static_cast<std::size_t>(col)].isSpacer()) {
         return;
     }
     PackedCell* const cells = m_cells.get();
@@ -148,12 +148,12 @@ void BufferLine::fill(int first, int end, PackedCell cell) {
         if (m_hasWide) {
             cutWide(first);
         }
-        if (first > m_used && cell != m_tailBlank) {
+        if (first > m_usedLength && cell != m_tailBlankCell) {
             reserve(first, first);
         }
-        m_used = std::min(m_used, first);
-        m_tailBlank = cell;
-        m_hasWide = m_hasWide && m_used > 0;
+        m_usedLength = std::min(m_usedLength, first);
+        m_tailBlankCell = cell;
+        m_hasWide = m_hasWide && m_usedLength > 0;
         ++m_generation;
         return;
     }
@@ -166,7 +166,7 @@ void BufferLine::fillUnprotected(int first, int end, PackedCell cell) {
         const int begin = first;
         while (first < end && !(*this)[first].isProtected()) {
             // The tail has no protected cells.
-            first = first < m_used ? first + 1 : end;
+            first = first < m_usedLength ? first + 1 : end;
         }
         fill(begin, first, cell);
         for (; first < end && (*this)[first].isProtected();) {
@@ -175,7 +175,7 @@ void BufferLine::fillUnprotected(int first, int end, PackedCell cell) {
     }
 }
 
-void BufferLine::insertCells(int col, int count, int end, PackedCell blank) {
+void BufferLine::insertPackedCells(int col, int count, int end, PackedCell blank) {
     count = std::min(count, end - col);
     if (count <= 0) {
         return;
@@ -183,13 +183,13 @@ void BufferLine::insertCells(int col, int count, int end, PackedCell blank) {
     cutWide(col);
     cutWide(end);
     cutWide(end - count);
-    if (end >= m_cols && blank == m_tailBlank) {
+    if (end >= m_cols && blank == m_tailBlankCell) {
         // Of the tail nothing has to be there.
-        if (col >= m_used) {
+        if (col >= m_usedLength) {
             ++m_generation;
             return;
         }
-        end = std::min(end, m_used + count);
+        end = std::min(end, m_usedLength + count);
     }
     reserve(end, end);
     PackedCell* const cells = m_cells.get();
@@ -205,21 +205,21 @@ void BufferLine::deleteCells(int col, int count, int end, PackedCell blank) {
     cutWide(col);
     cutWide(col + count);
     cutWide(end);
-    const bool shortens = end >= m_cols && blank == m_tailBlank;
+    const bool shortens = end >= m_cols && blank == m_tailBlankCell;
     if (shortens) {
         // What comes in is the tail.
-        if (col >= m_used) {
+        if (col >= m_usedLength) {
             ++m_generation;
             return;
         }
-        end = m_used;
+        end = m_usedLength;
         count = std::min(count, end - col);
     }
     reserve(end, end);
     PackedCell* const cells = m_cells.get();
     std::memmove(cells + col, cells + col + count, static_cast<std::size_t>(end - col - count) * sizeof(PackedCell));
     if (shortens) {
-        m_used = end - count;
+        m_usedLength = end - count;
     } else {
         std::fill(cells + end - count, cells + end, blank);
     }
@@ -237,8 +237,8 @@ void BufferLine::copyFrom(const BufferLine& source, int sourceCol, int col, int 
     m_hasWide = m_hasWide || source.m_hasWide;
     PackedCell* const cells = write(col, count);
     int copied = 0;
-    if (source.isWithin(sourceCol, count) && source.m_used > sourceCol) {
-        copied = std::min(source.m_used - sourceCol, count);
+    if (source.isWithin(sourceCol, count) && source.m_usedLength > sourceCol) {
+        copied = std::min(source.m_usedLength - sourceCol, count);
         std::copy_n(source.m_cells.get() + sourceCol, copied, cells);
     }
     for (; copied < count; ++copied) {
@@ -255,23 +255,23 @@ void BufferLine::copyFrom(const BufferLine& source, int sourceCol, int col, int 
 
 void BufferLine::resize(int cols) {
     ++m_generation;
-    if (m_used > cols) {
+    if (m_usedLength > cols) {
         if (m_hasWide) {
             cutWide(cols);
         }
-        m_used = cols;
+        m_usedLength = cols;
     }
     m_cols = cols;
 }
 
 void BufferLine::shrinkToFit() {
-    if (m_capacity > m_used + 8) {
-        grow(m_used);
+    if (m_capacity > m_usedLength + 8) {
+        grow(m_usedLength);
     }
 }
 
-int BufferLine::trimmedLength() const {
-    int length = m_used;
+int BufferLine::getTrimmedLength() const {
+    int length = m_usedLength;
     while (length > 0 && m_cells[static_cast<std::size_t>(length - 1)].isBlank()) {
         --length;
     }
@@ -281,7 +281,7 @@ int BufferLine::trimmedLength() const {
 std::string BufferLine::translateToString(const CellArena& arena, bool trim, int first, int end) const {
     end = end < 0 ? m_cols : std::min(end, m_cols);
     if (trim) {
-        end = std::min(end, trimmedLength());
+        end = std::min(end, getTrimmedLength());
     }
     std::string text;
     for (int col = std::max(first, 0); col < end; ++col) {

@@ -37,22 +37,22 @@ struct SemanticMarks {
 /// costs nothing, and memory is there from the first write on.
 class BufferLine {
 public:
-    explicit BufferLine(int cols, PackedCell blank = {}) : m_cols(cols), m_tailBlank(blank) {}
+    explicit BufferLine(int cols, PackedCell blank = {}) : m_cols(cols), m_tailBlankCell(blank) {}
     BufferLine(const BufferLine& other);
     BufferLine& operator=(const BufferLine&) = delete;
 
     [[nodiscard]] int size() const { return m_cols; }
-    [[nodiscard]] int usedLength() const { return m_used; }
-    [[nodiscard]] PackedCell tailBlankCell() const { return m_tailBlank; }
+    [[nodiscard]] int usedLength() const { return m_usedLength; }
+    [[nodiscard]] PackedCell tailBlankCell() const { return m_tailBlankCell; }
     /// A column that is none is reported as a diagnostic, and clamped.
     [[nodiscard]] PackedCell operator[](int col) const {
-        if (static_cast<unsigned>(col) < static_cast<unsigned>(m_used)) [[likely]] {
+        if (static_cast<unsigned>(col) < static_cast<unsigned>(m_usedLength)) [[likely]] {
             return m_cells[static_cast<std::size_t>(col)];
         }
-        return static_cast<unsigned>(col) < static_cast<unsigned>(m_cols) ? m_tailBlank : cellOutside(col);
+        return static_cast<unsigned>(col) < static_cast<unsigned>(m_cols) ? m_tailBlankCell : cellOutside(col);
     }
     [[nodiscard]] std::span<const PackedCell> usedCells() const {
-        return {m_cells.get(), static_cast<std::size_t>(m_used)};
+        return {m_cells.get(), static_cast<std::size_t>(m_usedLength)};
     }
     /// Changes with every change of the line: what was drawn of it is stale.
     [[nodiscard]] std::uint64_t generation() const { return m_generation; }
@@ -74,16 +74,16 @@ public:
         m_generation += m_bidiState != state ? 1 : 0;
         m_bidiState = state;
     }
-    [[nodiscard]] const SemanticMarks& semanticMarks() const { return m_marks; }
+    [[nodiscard]] const SemanticMarks& semanticMarks() const { return m_semanticMarks; }
     void setSemanticMark(const SemanticMarks& marks);
     /// The prompt (`SemanticState::activeGroup`) whose text goes on here behind a line feed; 0: none.
-    [[nodiscard]] std::uint32_t continuedGroup() const { return m_continuedGroup; }
-    void setContinuedGroup(std::uint32_t group) { m_continuedGroup = group; }
+    [[nodiscard]] std::uint32_t semanticHardContinuationGroup() const { return m_semanticHardContinuationGroup; }
+    void setSemanticHardContinuationGroup(std::uint32_t group) { m_semanticHardContinuationGroup = group; }
     /// What a shell has said of the text of the line, which is gone.
     void forgetPrompt() {
-        if (m_marks.any() || m_continuedGroup != 0) [[unlikely]] {
+        if (m_semanticMarks.any() || m_semanticHardContinuationGroup != 0) [[unlikely]] {
             setSemanticMark({});
-            m_continuedGroup = 0;
+            m_semanticHardContinuationGroup = 0;
         }
     }
 
@@ -97,9 +97,9 @@ public:
             cutWide(col);
             cutWide(col + count);
         }
-        if (col <= m_used && col + count <= m_capacity) [[likely]] {
+        if (col <= m_usedLength && col + count <= m_capacity) [[likely]] {
             ++m_generation;
-            m_used = std::max(m_used, col + count);
+            m_usedLength = std::max(m_usedLength, col + count);
         } else {
             reserve(col, col + count);
         }
@@ -110,7 +110,7 @@ public:
         if (m_hasWide) {
             cutWide(col);
         }
-        if (col <= m_used && m_capacity >= m_cols) [[likely]] {
+        if (col <= m_usedLength && m_capacity >= m_cols) [[likely]] {
             ++m_generation;
         } else {
             reserve(col, col);
@@ -121,10 +121,10 @@ public:
         return m_cells.get();
     }
     void endRun(int end) {
-        if (m_hasWide && end < m_used) {
+        if (m_hasWide && end < m_usedLength) {
             dropSpacer(end);
         }
-        m_used = std::max(m_used, end);
+        m_usedLength = std::max(m_usedLength, end);
     }
     /// Says that there is a wide character.
     void noteWide() { m_hasWide = true; }
@@ -139,20 +139,20 @@ public:
     /// Blank cells between the protected ones.
     void fillUnprotected(int first, int end, PackedCell cell);
     /// Moves the cells of [col, end) to the right by `count`; those that leave it at the end are lost.
-    void insertCells(int col, int count, int end, PackedCell blank);
+    void insertPackedCells(int col, int count, int end, PackedCell blank);
     void deleteCells(int col, int count, int end, PackedCell blank);
     void copyFrom(const BufferLine& source, int sourceCol, int col, int count);
     /// As new, for another place.
     void recycle(int cols, PackedCell blank, std::uint64_t identity) {
         m_cols = cols;
-        m_used = 0;
-        m_tailBlank = blank;
+        m_usedLength = 0;
+        m_tailBlankCell = blank;
         m_isWrapped = false;
         m_hasWide = false;
         m_renderMode = RenderLineMode::single;
         m_bidiState = 0;
-        m_marks = {};
-        m_continuedGroup = 0;
+        m_semanticMarks = {};
+        m_semanticHardContinuationGroup = 0;
         m_renderIdentity = identity;
         ++m_recycleGeneration;
         ++m_generation;
@@ -163,8 +163,8 @@ public:
     void shrinkToFit();
 
     /// How many cells there are up to the last that was written and not erased.
-    [[nodiscard]] int trimmedLength() const;
-    [[nodiscard]] bool hasContent() const { return trimmedLength() > 0; }
+    [[nodiscard]] int getTrimmedLength() const;
+    [[nodiscard]] bool hasContent() const { return getTrimmedLength() > 0; }
     /// UTF-8; without the blank tail when `trim`.
     [[nodiscard]] std::string translateToString(const CellArena& arena, bool trim, int first = 0, int end = -1) const;
 
@@ -183,17 +183,17 @@ private:
     std::unique_ptr<PackedCell[]> m_cells;
     int m_capacity = 0;
     int m_cols;
-    int m_used = 0;
+    int m_usedLength = 0;
     bool m_isWrapped = false;
     bool m_hasWide = false;
     RenderLineMode m_renderMode = RenderLineMode::single;
     std::uint8_t m_bidiState = 0;
-    PackedCell m_tailBlank;
+    PackedCell m_tailBlankCell;
     std::uint64_t m_generation = 0;
     std::uint64_t m_renderIdentity = 0;
     std::uint32_t m_recycleGeneration = 0;
-    SemanticMarks m_marks;
-    std::uint32_t m_continuedGroup = 0;
+    SemanticMarks m_semanticMarks;
+    std::uint32_t m_semanticHardContinuationGroup = 0;
 };
 
 } // namespace term

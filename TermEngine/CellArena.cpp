@@ -20,14 +20,14 @@ std::uint16_t tagOf(std::uint64_t hash) {
 
 } // namespace
 
-CellArena::CellArena() : m_slots(256) {
+CellArena::CellArena() : m_attributeIdentifiers(256) {
     m_attributes.add({});
 }
 
 CellArena::CellArena(Snapshot /*unused*/, const CellArena& arena)
     : m_attributes(arena.m_attributes),
       m_attributeCount(arena.m_attributeCount),
-      m_clusters(arena.m_clusters.readable()),
+      m_graphemes(arena.m_graphemes.readable()),
       m_links(arena.m_links.readable()) {}
 
 std::shared_ptr<const CellArena> CellArena::snapshotOf(
@@ -39,14 +39,15 @@ std::shared_ptr<const CellArena> CellArena::snapshotOf(
 }
 
 bool CellArena::preservesEncoding(const CellArena& snapshot) const {
-    return m_attributes.hasBlocksOf(snapshot.m_attributes) && m_clusters.hasValuesOf(snapshot.m_clusters) &&
+    return m_attributes.hasBlocksOf(snapshot.m_attributes) && m_graphemes.hasValuesOf(snapshot.m_graphemes) &&
            m_links.hasValuesOf(snapshot.m_links);
 }
 
 std::size_t CellArena::slotOf(const PackedAttributeKey& key, std::uint64_t hash) const {
-    const std::size_t mask = m_slots.size() - 1;
+    const std::size_t mask = m_attributeIdentifiers.size() - 1;
     std::size_t slot = (hash >> 16) & mask;
-    while (m_slots[slot].id != 0 && (m_slots[slot].tag != tagOf(hash) || m_attributes[m_slots[slot].id] != key)) {
+    while (m_attributeIdentifiers[slot].id != 0 &&
+           (m_attributeIdentifiers[slot].tag != tagOf(hash) || m_attributes[m_attributeIdentifiers[slot].id] != key)) {
         slot = (slot + 1) & mask;
     }
     return slot;
@@ -55,16 +56,17 @@ std::size_t CellArena::slotOf(const PackedAttributeKey& key, std::uint64_t hash)
 /// It is not among them yet.
 void CellArena::addToSlots(std::uint16_t id) {
     const std::uint64_t hash = hashOf(m_attributes[id]);
-    const std::size_t mask = m_slots.size() - 1;
+    const std::size_t mask = m_attributeIdentifiers.size() - 1;
     std::size_t slot = (hash >> 16) & mask;
-    while (m_slots[slot].id != 0) {
+    while (m_attributeIdentifiers[slot].id != 0) {
         slot = (slot + 1) & mask;
     }
-    m_slots[slot] = {id, tagOf(hash)};
+    m_attributeIdentifiers[slot] = {id, tagOf(hash)};
 }
 
 void CellArena::growSlots() {
-    const std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(m_slots.size() * 2));
+    const std::vector<Slot> old =
+        std::exchange(m_attributeIdentifiers, std::vector<Slot>(m_attributeIdentifiers.size() * 2));
     for (const Slot slot : old) {
         if (slot.id != 0) {
             addToSlots(slot.id);
@@ -73,14 +75,14 @@ void CellArena::growSlots() {
 }
 
 std::uint16_t CellArena::intern(const PackedAttributeKey& key) {
-    if (key == m_lastKey) {
-        return m_lastId;
+    if (key == m_attributeCache.key) {
+        return m_attributeCache.id;
     }
     std::uint16_t id = 0;
     if (key != PackedAttributeKey{}) {
         const std::uint64_t hash = hashOf(key);
         const std::size_t slot = slotOf(key, hash);
-        id = m_slots[slot].id;
+        id = m_attributeIdentifiers[slot].id;
         if (id == 0) {
             id = addAttribute(key, hash, slot);
             if (id == 0) {
@@ -88,13 +90,12 @@ std::uint16_t CellArena::intern(const PackedAttributeKey& key) {
             }
         }
     }
-    m_lastKey = key;
-    m_lastId = id;
+    m_attributeCache = {key, id};
     return id;
 }
 
 void CellArena::willIntern(const PackedAttributeKey& key) const {
-    __builtin_prefetch(m_slots.data() + ((hashOf(key) >> 16) & (m_slots.size() - 1)));
+    __builtin_prefetch(m_attributeIdentifiers.data() + ((hashOf(key) >> 16) & (m_attributeIdentifiers.size() - 1)));
 }
 
 /// `slot` is the free one where it belongs; 0 when there is no room.
@@ -113,20 +114,20 @@ std::uint16_t CellArena::addAttribute(const PackedAttributeKey& key, std::uint64
         m_attributes.replace(id, key);
     }
     ++m_attributeCount;
-    if (m_attributeCount * 4 > m_slots.size()) {
+    if (m_attributeCount * 4 > m_attributeIdentifiers.size()) {
         growSlots();
         addToSlots(id);
     } else if (hasSwept) {
         addToSlots(id);
     } else {
-        m_slots[slot] = {id, tagOf(hash)};
+        m_attributeIdentifiers[slot] = {id, tagOf(hash)};
     }
     return id;
 }
 
-std::uint32_t CellArena::internCluster(std::u32string_view scalars) {
-    sweepWhenDue(m_clusters.isFull() ? Room::none : Room::some);
-    return m_clusters.intern(std::u32string(scalars.substr(0, maximumClusterScalars))).value_or(0);
+std::uint32_t CellArena::intern(std::u32string_view scalars) {
+    sweepWhenDue(m_graphemes.isFull() ? Room::none : Room::some);
+    return m_graphemes.intern(std::u32string(scalars.substr(0, maximumClusterScalars))).value_or(0);
 }
 
 TinyAtom CellArena::internLink(const std::string& link) {
@@ -146,11 +147,11 @@ bool CellArena::sweepWhenDue(Room room) {
 void CellArena::sweep() {
     Marker marker(*this);
     m_roots(marker);
-    m_clusters.keepOnly(marker.m_clusters);
+    m_graphemes.keepOnly(marker.m_graphemes);
     m_links.keepOnly(marker.m_links);
     m_freeAttributes.clear();
     m_attributeCount = 0;
-    std::ranges::fill(m_slots, Slot{});
+    std::ranges::fill(m_attributeIdentifiers, Slot{});
     for (std::size_t id = m_attributes.size() - 1; id > 0; --id) {
         if (marker.m_attributes[id] != 0) {
             ++m_attributeCount;
@@ -159,17 +160,16 @@ void CellArena::sweep() {
             m_freeAttributes.push_back(static_cast<std::uint16_t>(id));
         }
     }
-    m_lastKey = {};
-    m_lastId = 0;
+    m_attributeCache = {};
     m_newSinceSweep = 0;
     // Cells are looked at fast; to look at a cluster or a link costs more.
-    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells / 4 + m_clusters.size() + m_links.size());
+    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells / 4 + m_graphemes.size() + m_links.size());
     m_earliestSweep = std::max<std::size_t>(1024, marker.m_cells / 16);
 }
 
 CellArena::Marker::Marker(const CellArena& arena)
     : m_attributes(arena.m_attributes.size()),
-      m_clusters(arena.m_clusters.highestNumber() + 1),
+      m_graphemes(arena.m_graphemes.highestNumber() + 1),
       m_links(arena.m_links.highestNumber() + 1) {}
 
 void CellArena::Marker::mark(std::span<const PackedCell> cells) {
@@ -180,7 +180,7 @@ void CellArena::Marker::mark(std::span<const PackedCell> cells) {
             continue;
         }
         if (cell.kind() == PackedCell::Kind::cluster) {
-            m_clusters[cell.content()] = true;
+            m_graphemes[cell.content()] = true;
         }
         if (cell.payload() != 0) {
             m_links[cell.payload()] = true;
@@ -232,7 +232,7 @@ std::optional<PackedCell> CellArena::pack(const CharData& cell) {
         if (!unicode::isScalar(cell.graphemeScalarValues.front())) {
             return PackedCell::make(PackedCell::Kind::scalar, unicode::replacement, pen);
         }
-        const std::uint32_t id = internCluster(cell.graphemeScalarValues);
+        const std::uint32_t id = intern(cell.graphemeScalarValues);
         return id == 0 ? PackedCell::make(PackedCell::Kind::scalar, cell.graphemeScalarValues.front(), pen)
                        : PackedCell::make(PackedCell::Kind::cluster, id, pen);
     }
@@ -247,7 +247,7 @@ CharData CellArena::unpack(PackedCell cell) const {
     if (cell.kind() == PackedCell::Kind::scalar) {
         made.code = static_cast<std::int32_t>(cell.content());
     } else if (cell.kind() == PackedCell::Kind::cluster) {
-        made.graphemeScalarValues = cluster(cell.content());
+        made.graphemeScalarValues = grapheme(cell.content());
         made.code = static_cast<std::int32_t>(made.graphemeScalarValues.front());
     }
     made.widthStateCode = cell.widthState();
@@ -259,9 +259,9 @@ CharData CellArena::unpack(PackedCell cell) const {
     return made;
 }
 
-std::u32string_view CellArena::scalars(PackedCell cell, char32_t& memory) const {
+std::u32string_view CellArena::scalarValues(PackedCell cell, char32_t& memory) const {
     if (cell.kind() == PackedCell::Kind::cluster) {
-        return cluster(cell.content());
+        return grapheme(cell.content());
     }
     memory = cell.kind() == PackedCell::Kind::scalar ? cell.content() : 0;
     return {&memory, memory == 0 ? 0U : 1U};
@@ -271,7 +271,7 @@ void CellArena::appendText(std::string& utf8, PackedCell cell) const {
     if (cell.kind() == PackedCell::Kind::scalar) {
         unicode::appendUtf8(utf8, cell.content() == 0 ? U' ' : static_cast<char32_t>(cell.content()));
     } else if (cell.kind() == PackedCell::Kind::cluster) {
-        for (const char32_t scalar : cluster(cell.content())) {
+        for (const char32_t scalar : grapheme(cell.content())) {
             unicode::appendUtf8(utf8, scalar);
         }
     } else {
@@ -300,7 +300,7 @@ PackedCell CellArena::replacingContent(PackedCell cell, std::u32string_view scal
     if (scalars.empty()) {
         return withAttribute(PackedCell(rest), attributeOf(PackedCell(rest)));
     }
-    if (const std::uint32_t id = scalars.size() > 1 ? internCluster(scalars) : 0; id != 0) {
+    if (const std::uint32_t id = scalars.size() > 1 ? intern(scalars) : 0; id != 0) {
         return PackedCell::make(PackedCell::Kind::cluster, id, rest);
     }
     return PackedCell::make(PackedCell::Kind::scalar, scalars.front(), rest);
@@ -309,7 +309,7 @@ PackedCell CellArena::replacingContent(PackedCell cell, std::u32string_view scal
 PackedCell CellArena::adopt(PackedCell cell, const CellArena& from) {
     std::uint64_t raw = cell.rawValue;
     if (cell.kind() == PackedCell::Kind::cluster) {
-        raw = replacingContent(cell, from.cluster(cell.content())).rawValue;
+        raw = replacingContent(cell, from.grapheme(cell.content())).rawValue;
     }
     if (cell.attributeId() != 0) {
         raw = (raw & ~PackedCell::attributeMask) | std::uint64_t{intern(from.attribute(cell.attributeId()))}

@@ -99,17 +99,17 @@ public:
     /// Hints that the attribute comes next.
     void willIntern(const PackedAttributeKey& key) const;
     /// 0 when the table is full.
-    [[nodiscard]] std::uint32_t internCluster(std::u32string_view scalars);
+    [[nodiscard]] std::uint32_t intern(std::u32string_view scalars);
     /// 0 when the table is full.
     [[nodiscard]] TinyAtom internLink(const std::string& link);
 
     [[nodiscard]] Attribute attribute(std::uint16_t id) const { return Attribute::unpacked(m_attributes[id]); }
-    [[nodiscard]] const std::u32string& cluster(std::uint32_t id) const { return m_clusters[id]; }
+    [[nodiscard]] const std::u32string& grapheme(std::uint32_t id) const { return m_graphemes[id]; }
     [[nodiscard]] const std::string& link(TinyAtom atom) const { return m_links[atom]; }
     [[nodiscard]] std::size_t attributeCount() const { return m_attributeCount; }
     /// How many attributes can be in use at once, beside the default one.
     [[nodiscard]] static constexpr std::size_t styleCapacity() { return attributeCapacity; }
-    [[nodiscard]] std::size_t clusterCount() const { return m_clusters.size(); }
+    [[nodiscard]] std::size_t graphemeCount() const { return m_graphemes.size(); }
     [[nodiscard]] std::size_t linkCount() const { return m_links.size(); }
 
     /// Nothing when the fields of the cell have no encoding.
@@ -120,7 +120,7 @@ public:
     [[nodiscard]] PackedCell blank(const Attribute& attribute) { return blank(attribute.packed()); }
     [[nodiscard]] Attribute attributeOf(PackedCell cell) const;
     /// All scalars of a cell, none of an empty one.
-    [[nodiscard]] std::u32string_view scalars(PackedCell cell, char32_t& memory) const;
+    [[nodiscard]] std::u32string_view scalarValues(PackedCell cell, char32_t& memory) const;
     void appendText(std::string& utf8, PackedCell cell) const;
     /// The cell as it is in this arena, of one that is in another.
     [[nodiscard]] PackedCell adopt(PackedCell cell, const CellArena& from);
@@ -138,7 +138,7 @@ public:
     private:
         friend class CellArena;
         std::vector<std::uint8_t> m_attributes;
-        std::vector<bool> m_clusters;
+        std::vector<bool> m_graphemes;
         std::vector<bool> m_links;
         std::size_t m_cells = 0;
     };
@@ -155,6 +155,11 @@ private:
         std::uint16_t id = 0;
         std::uint16_t tag = 0;
     };
+    /// The last attribute that was interned.
+    struct AttributeCacheEntry {
+        PackedAttributeKey key;
+        std::uint16_t id = 0;
+    };
     [[nodiscard]] std::size_t slotOf(const PackedAttributeKey& key, std::uint64_t hash) const;
     void addToSlots(std::uint16_t id);
     void growSlots();
@@ -167,12 +172,11 @@ private:
 
     SharedTable<PackedAttributeKey> m_attributes;
     std::vector<std::uint16_t> m_freeAttributes;
-    std::vector<Slot> m_slots; ///< open addressing
+    std::vector<Slot> m_attributeIdentifiers; ///< open addressing
     std::size_t m_attributeCount = 0;
-    PackedAttributeKey m_lastKey;
-    std::uint16_t m_lastId = 0;
+    AttributeCacheEntry m_attributeCache;
 
-    NumberedSet<std::u32string> m_clusters{graphemeCapacity};
+    NumberedSet<std::u32string> m_graphemes{graphemeCapacity};
     NumberedSet<std::string> m_links{0xFFFF};
 
     std::function<void(Marker&)> m_roots;

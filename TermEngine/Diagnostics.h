@@ -4,6 +4,8 @@
 
 namespace term {
 
+inline constexpr std::string_view engineName = "TermEngine";
+
 /// Takes messages that belong to no terminal: of lines and buffers that are used past their ends. Called on the thread
 /// that does so.
 using DiagnosticSink = void (*)(std::string_view message);

@@ -35,7 +35,7 @@ void EscapeSequenceParser::walkGround(ParsingState& at) {
         } else if (byte == 0x1B) {
             if (end - p == 1) {
                 clear();
-                m_state = escape;
+                m_currentState = escape;
                 ++p;
                 break;
             }
@@ -47,7 +47,7 @@ void EscapeSequenceParser::walkGround(ParsingState& at) {
                     continue;
                 }
                 clear();
-                m_state = csiEntry;
+                m_currentState = csiEntry;
                 stopAt(p);
                 walkCsi(at);
                 p = at.here();
@@ -58,10 +58,10 @@ void EscapeSequenceParser::walkGround(ParsingState& at) {
                     dispatchEsc(next);
                     continue;
                 }
-                m_state = escape;
+                m_currentState = escape;
                 --p;
             }
-            if (m_state != ground) {
+            if (m_currentState != ground) {
                 break;
             }
         } else if (byte >= 0x80) {
@@ -123,7 +123,7 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
             return behind;
         }
     }
-    std::int32_t* const values = m_parameters.values.data();
+    std::int32_t* const values = m_pars.values.data();
     int count = 0;
     std::uint32_t separators = semicolons | std::uint32_t{1} << size;
     if ((semicolons & (semicolons - 1)) == 0) [[likely]] {
@@ -153,9 +153,9 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
             start = stop + 1;
         } while (separators != 0);
     }
-    m_parameters.count = count;
-    m_parameters.colonMask = 0;
-    m_parameters.limitExceeded = false;
+    m_pars.count = count;
+    m_pars.colonMask = 0;
+    m_pars.limitExceeded = false;
     m_collectCount = markers;
     dispatchCsi(final);
     return behind;

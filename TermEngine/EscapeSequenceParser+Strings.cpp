@@ -43,7 +43,7 @@ void EscapeSequenceParser::startString(ParserState kind) {
 }
 
 void EscapeSequenceParser::appendString(Bytes bytes) {
-    if (m_state == oscString) {
+    if (m_currentState == oscString) {
         appendOscBytes(bytes);
     } else {
         appendApcBytes(bytes);
@@ -102,7 +102,7 @@ void EscapeSequenceParser::appendApcBytes(Bytes bytes) {
 /// Appends as much as belongs to the string and ends the string when its terminator is there. A byte of 0x80 to 0x9F
 /// that goes on with a UTF-8 sequence is text, not a control.
 void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
-    const bool isOsc = m_state == oscString;
+    const bool isOsc = m_currentState == oscString;
     // Of a string of which nothing is kept so far. That of a program's status has its own end.
     const auto endsWhole = [&](std::uint8_t byte, std::size_t size) {
         return isOsc ? (byte == 0x1B || byte == 0x07) && m_osc.empty() && !m_oscLimitExceeded &&
@@ -117,9 +117,9 @@ void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
             const bool isBell = at.here()[run] == 0x07;
             at.position += run + 1;
             clear();
-            m_state = isBell ? ground : escape;
+            m_currentState = isBell ? ground : escape;
             if (isOsc) {
-                dispatchOsc(string, isBell ? StringEnd::bell : StringEnd::stringTerminator);
+                dispatchAccumulatedOsc(string, isBell ? StringEnd::bell : StringEnd::stringTerminator);
             } else {
                 dispatchApc(string);
             }
@@ -146,21 +146,21 @@ void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
         }
         m_stringContinuationBytes = 0;
         if (at.code == 0x07 && isOsc) {
-            m_state = ground;
+            m_currentState = ground;
             endString(oscString, StringEnd::bell);
             return;
         }
         if (at.code == 0x1B && isOsc && isProgramStatusOsc(m_osc.bytes())) {
-            m_state = programStatusEscape;
+            m_currentState = programStatusEscape;
             return;
         }
-        const TransitionTable::Step step = m_table->step(m_state, at.code);
-        if (step.next == m_state && step.action != ParserAction::oscStart) {
+        const TransitionTable::Step step = m_table->step(m_currentState, at.code);
+        if (step.next == m_currentState && step.action != ParserAction::oscStart) {
             continue;
         }
         if (at.code == 0x1B || at.code == 0x9C) {
             clear();
-            m_state = step.next;
+            m_currentState = step.next;
             endString(isOsc ? oscString : apcString, StringEnd::stringTerminator);
             return;
         }
@@ -178,7 +178,7 @@ void EscapeSequenceParser::endString(ParserState kind, StringEnd end) {
     } else if (!m_oscLimitExceeded) {
         // A string of a program's status is let grow to twice the limit, so that its bytes are moved seldom.
         trimProgramStatus(string, m_maximumOscBytes);
-        dispatchOsc(string.bytes(), end);
+        dispatchAccumulatedOsc(string.bytes(), end);
     }
     if (memory.empty() && string.capacity() <= keptCapacity) {
         string.clear();
@@ -186,14 +186,14 @@ void EscapeSequenceParser::endString(ParserState kind, StringEnd end) {
     }
 }
 
-void EscapeSequenceParser::dispatchOsc(Bytes osc, StringEnd end) {
+void EscapeSequenceParser::dispatchAccumulatedOsc(Bytes osc, StringEnd end) {
     const OscNumber number = parseDecimal(osc);
     if (number.size == 0 || (number.size < osc.size() && osc[number.size] != ';')) {
         return;
     }
     const Bytes payload = osc.subspan(std::min(number.size + 1, osc.size()));
     if (!m_handler.dispatchOsc(number.value, payload, end) && m_handler.isLogging()) {
-        m_handler.log(detail::engineName + "Unknown OSC code: " + std::to_string(number.value));
+        m_handler.log(detail::logPrefix + "Unknown OSC code: " + std::to_string(number.value));
     }
 }
 
@@ -202,14 +202,14 @@ void EscapeSequenceParser::dispatchApc(Bytes apc) {
         return;
     }
     if (!m_handler.dispatchApc(apc) && m_handler.isLogging()) {
-        m_handler.log(detail::engineName + "Unknown APC code: " + std::to_string(apc[0]));
+        m_handler.log(detail::logPrefix + "Unknown APC code: " + std::to_string(apc[0]));
     }
 }
 
 void EscapeSequenceParser::hookDcs(std::uint8_t final) {
-    m_dcs = m_handler.dcsHandler(static_cast<char>(final), m_parameters, collected());
-    if (!m_dcs && m_handler.isLogging()) {
-        std::string message = detail::engineName + "Unknown DCS + ";
+    m_activeDcsHandler = m_handler.dcsHandler(static_cast<char>(final), m_pars, collected());
+    if (!m_activeDcsHandler && m_handler.isLogging()) {
+        std::string message = detail::logPrefix + "Unknown DCS + ";
         message.append(collected()).push_back(static_cast<char>(final));
         m_handler.log(message);
     }
@@ -218,15 +218,15 @@ void EscapeSequenceParser::hookDcs(std::uint8_t final) {
 void EscapeSequenceParser::consumeDcsRun(ParsingState& at) {
     const std::size_t run = m_ops.asciiRun(at.here(), at.left());
     if (run > 0) {
-        if (m_dcs) {
-            m_dcs->put(at.bytes.subspan(at.position, run));
+        if (m_activeDcsHandler) {
+            m_activeDcsHandler->put(at.bytes.subspan(at.position, run));
         }
         at.position += run;
     }
 }
 
 void EscapeSequenceParser::unhookDcs() {
-    if (const std::unique_ptr<DcsHandler> dcs = std::move(m_dcs)) {
+    if (const std::unique_ptr<DcsHandler> dcs = std::move(m_activeDcsHandler)) {
         dcs->unhook();
     }
 }

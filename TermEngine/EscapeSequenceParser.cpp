@@ -17,7 +17,7 @@ EscapeSequenceParser::EscapeSequenceParser(ParserHandler& handler, const VectorO
     : m_handler(handler), m_ops(ops), m_walkGround(groundWalk) {}
 
 void EscapeSequenceParser::reset() {
-    m_state = ground;
+    m_currentState = initialState;
     m_utf8.reset();
     m_osc.clear();
     m_apc.clear();
@@ -25,7 +25,7 @@ void EscapeSequenceParser::reset() {
     m_apcLimitExceeded = false;
     m_oscIgnoredPrefixBytes = 0;
     m_stringContinuationBytes = 0;
-    m_dcs.reset();
+    m_activeDcsHandler.reset();
     clear();
     ++m_resetSerial;
 }
@@ -52,7 +52,7 @@ void EscapeSequenceParser::keepFedBack(Bytes bytes) {
     const std::size_t kept = std::min(bytes.size(), maximumFedBackBytes - m_fedBack.size());
     m_fedBack.insert(m_fedBack.end(), bytes.data(), bytes.data() + kept);
     if (kept < bytes.size() && m_handler.isLogging()) {
-        m_handler.log(detail::engineName + "Dropped bytes that a handler fed: " + std::to_string(bytes.size() - kept));
+        m_handler.log(detail::logPrefix + "Dropped bytes that a handler fed: " + std::to_string(bytes.size() - kept));
     }
 }
 
@@ -69,7 +69,7 @@ void EscapeSequenceParser::walkFedBack() {
 
 void EscapeSequenceParser::walk(ParsingState& at) {
     while (!at.atEnd()) {
-        if (m_state == ground) {
+        if (m_currentState == ground) {
             (this->*m_walkGround)(at);
         } else {
             walkTable(at);
@@ -116,7 +116,7 @@ void EscapeSequenceParser::walkCsi(ParsingState& at) {
     if (!at.atEnd() && *at.here() >= 0x3C && *at.here() <= 0x3F) {
         collect(*at.here());
         ++at.position;
-        m_state = csiParam;
+        m_currentState = csiParam;
     }
     scanParameters(at);
     if (at.atEnd() || *at.here() < 0x40 || *at.here() > 0x7E) {
@@ -124,7 +124,7 @@ void EscapeSequenceParser::walkCsi(ParsingState& at) {
     }
     const std::uint8_t final = *at.here();
     ++at.position;
-    m_state = ground;
+    m_currentState = ground;
     dispatchCsi(final);
 }
 
@@ -132,29 +132,29 @@ void EscapeSequenceParser::scanParameters(ParsingState& at) {
     const std::uint8_t* p = at.here();
     const std::uint8_t* const begin = p;
     const std::uint8_t* const end = p + at.left();
-    std::int32_t value = m_parameters.last();
+    std::int32_t value = m_pars.last();
     for (; p < end; ++p) {
         if (const unsigned digit = *p - unsigned{'0'}; digit < 10) {
             value = std::min(value * 10 + static_cast<std::int32_t>(digit), CsiParameters::maximumValue);
         } else if (*p == ';' || *p == ':') {
-            m_parameters.setLast(value);
-            m_parameters.putSeparator(*p == ':');
+            m_pars.setLast(value);
+            m_pars.putSeparator(*p == ':');
             value = 0;
         } else {
             break;
         }
     }
     if (p != begin) {
-        m_parameters.setLast(value);
+        m_pars.setLast(value);
         at.position += static_cast<std::size_t>(p - begin);
-        m_state = csiParam;
+        m_currentState = csiParam;
     }
 }
 
 void EscapeSequenceParser::walkTable(ParsingState& at) {
-    while (!at.atEnd() && m_state != ground) {
+    while (!at.atEnd() && m_currentState != ground) {
         const std::uint8_t byte = *at.here();
-        switch (m_state) {
+        switch (m_currentState) {
         case csiEntry:
         case csiParam:
             if (byte >= '0' && byte <= ';') {
@@ -167,11 +167,11 @@ void EscapeSequenceParser::walkTable(ParsingState& at) {
             // A ':' has an entry of its own here: it spoils the string.
             if ((byte >= '0' && byte <= '9') || byte == ';') {
                 if (byte == ';') {
-                    m_parameters.putSeparator(false);
+                    m_pars.putSeparator(false);
                 } else {
-                    m_parameters.putDigit(byte - '0');
+                    m_pars.putDigit(byte - '0');
                 }
-                m_state = dcsParam;
+                m_currentState = dcsParam;
                 ++at.position;
                 continue;
             }
@@ -182,7 +182,7 @@ void EscapeSequenceParser::walkTable(ParsingState& at) {
             continue;
         case dcsPassthrough:
             consumeDcsRun(at);
-            if (at.atEnd() || m_state != dcsPassthrough) {
+            if (at.atEnd() || m_currentState != dcsPassthrough) {
                 continue;
             }
             break;
@@ -191,41 +191,41 @@ void EscapeSequenceParser::walkTable(ParsingState& at) {
         }
         at.code = *at.here();
         ++at.position;
-        const TransitionTable::Step step = m_table->step(m_state, at.code);
+        const TransitionTable::Step step = m_table->step(m_currentState, at.code);
         perform(step.action, step.next, at);
     }
 }
 
 void EscapeSequenceParser::perform(ParserAction action, ParserState next, ParsingState& at) {
-    const ParserState before = m_state;
+    const ParserState before = m_currentState;
     if (before == programStatusEscape) {
         // Whatever the byte is, the string ends, and the byte stands behind an ESC.
         clear();
-        m_state = escape;
+        m_currentState = escape;
         --at.position;
         endString(oscString, StringEnd::stringTerminator);
         return;
     }
     if (before == dcsPassthrough && next != dcsPassthrough) {
         if (at.code == 0x1B || action == ParserAction::dcsUnhook) {
-            m_state = next;
+            m_currentState = next;
             clear();
             unhookDcs();
             return;
         }
-        m_dcs.reset();
+        m_activeDcsHandler.reset();
     }
     if (action == ParserAction::error) {
         logError(at.code);
     }
     // First: a handler that resets the parser has the last word.
-    m_state = next;
+    m_currentState = next;
     switch (action) {
     case ParserAction::execute:
         dispatchExecute(at.code);
         break;
     case ParserAction::param:
-        m_parameters.putDigit(at.code - '0');
+        m_pars.putDigit(at.code - '0');
         break;
     case ParserAction::collect:
         collect(at.code);
@@ -246,8 +246,8 @@ void EscapeSequenceParser::perform(ParserAction action, ParserState next, Parsin
         hookDcs(at.code);
         break;
     case ParserAction::dcsPut:
-        if (m_dcs) {
-            m_dcs->put({&at.code, 1});
+        if (m_activeDcsHandler) {
+            m_activeDcsHandler->put({&at.code, 1});
         }
         break;
     case ParserAction::ignore:
@@ -261,7 +261,7 @@ void EscapeSequenceParser::perform(ParserAction action, ParserState next, Parsin
 }
 
 void EscapeSequenceParser::clear() {
-    m_parameters.clear();
+    m_pars.clear();
     m_collectCount = 0;
 }
 
@@ -274,12 +274,12 @@ void EscapeSequenceParser::collect(std::uint8_t byte) {
 
 void EscapeSequenceParser::dispatchExecute(std::uint8_t code) {
     if (!m_handler.execute(code) && m_handler.isLogging()) {
-        m_handler.log(detail::engineName + "Unknown EXECUTE code " + std::to_string(code));
+        m_handler.log(detail::logPrefix + "Unknown EXECUTE code " + std::to_string(code));
     }
 }
 
 void EscapeSequenceParser::dispatchCsi(std::uint8_t final) {
-    if (!m_handler.dispatchCsi(static_cast<char>(final), m_parameters, collected())) {
+    if (!m_handler.dispatchCsi(static_cast<char>(final), m_pars, collected())) {
         logUnknownCsi(final);
     }
 }
@@ -288,18 +288,18 @@ void EscapeSequenceParser::logUnknownCsi(std::uint8_t final) {
     if (!m_handler.isLogging()) {
         return;
     }
-    std::string message = detail::engineName + "Unknown CSI Code (collect=";
+    std::string message = detail::logPrefix + "Unknown CSI Code (collect=";
     message.append(collected()).append(" code=").push_back(static_cast<char>(final));
     message += " pars=";
-    for (int i = 0; i < m_parameters.count; ++i) {
-        message += (i == 0 ? "" : ",") + std::to_string(m_parameters.at(i));
+    for (int i = 0; i < m_pars.count; ++i) {
+        message += (i == 0 ? "" : ",") + std::to_string(m_pars.at(i));
     }
     m_handler.log(message + ")");
 }
 
 void EscapeSequenceParser::dispatchEsc(std::uint8_t final) {
     if (!m_handler.dispatchEsc(collected(), static_cast<char>(final)) && m_handler.isLogging()) {
-        std::string message = detail::engineName + "Unknown ESC Code: ESC + ";
+        std::string message = detail::logPrefix + "Unknown ESC Code: ESC + ";
         message.append(collected()).push_back(static_cast<char>(final));
         m_handler.log(message);
     }
@@ -308,7 +308,7 @@ void EscapeSequenceParser::dispatchEsc(std::uint8_t final) {
 void EscapeSequenceParser::logError(std::uint8_t byte) {
     if (m_handler.isLogging()) {
         m_handler.log(
-            detail::engineName + "Parsing error, state: " + std::to_string(static_cast<int>(m_state)) +
+            detail::logPrefix + "Parsing error, state: " + std::to_string(static_cast<int>(m_currentState)) +
             " byte: " + std::to_string(byte));
     }
 }

@@ -87,6 +87,7 @@ public:
 /// well, up to `fedBackAtOnce` bytes in a call, and the rest with the next one: so there is an end to each.
 class EscapeSequenceParser {
 public:
+    static constexpr ParserState initialState = ParserState::ground;
     static constexpr std::size_t maximumApcBytes = 0x4100000;
     static constexpr std::size_t defaultMaximumOscBytes = 0x4100000;
     static constexpr std::size_t fedBackAtOnce = 1 << 16;
@@ -111,7 +112,7 @@ public:
     /// Whether a handler is at work.
     [[nodiscard]] bool isParsing() const { return m_parseDepth > 0; }
 
-    [[nodiscard]] ParserState state() const { return m_state; }
+    [[nodiscard]] ParserState currentState() const { return m_currentState; }
     [[nodiscard]] std::uint64_t resetSerial() const { return m_resetSerial; }
     /// Of the OSC string that is being collected or was the last: how many bytes were not kept.
     [[nodiscard]] std::size_t oscIgnoredBytes() const { return m_oscIgnoredPrefixBytes; }
@@ -155,7 +156,7 @@ private:
     [[nodiscard]] bool isProgramStatusOsc(Bytes osc) const;
     void trimProgramStatus(ByteBuffer& osc, std::size_t limit);
     void endString(ParserState kind, StringEnd end);
-    void dispatchOsc(Bytes osc, StringEnd end);
+    void dispatchAccumulatedOsc(Bytes osc, StringEnd end);
     void dispatchApc(Bytes apc);
     void hookDcs(std::uint8_t final);
     void unhookDcs();
@@ -167,9 +168,9 @@ private:
     GroundWalk m_walkGround;
     const TransitionTable* m_table = &sharedVt500Table();
     bool m_isVt52 = false;
-    ParserState m_state = ParserState::ground;
+    ParserState m_currentState = initialState;
     Utf8Decoder m_utf8;
-    CsiParameters m_parameters;
+    CsiParameters m_pars;
     std::array<char, 8> m_collect{};
     std::size_t m_collectCount = 0;
 
@@ -181,7 +182,7 @@ private:
     bool m_apcLimitExceeded = false;
     int m_stringContinuationBytes = 0;
     int m_programStatusOsc = -1;
-    std::unique_ptr<DcsHandler> m_dcs;
+    std::unique_ptr<DcsHandler> m_activeDcsHandler;
 
     int m_parseDepth = 0;
     std::uint64_t m_resetSerial = 0;

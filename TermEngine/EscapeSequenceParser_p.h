@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TermEngine/Diagnostics.h"
 #include "TermEngine/EscapeSequenceParser.h"
 
 #include <array>
@@ -16,7 +17,7 @@
 
 namespace term::detail {
 
-inline const std::string engineName = "TermEngine: ";
+inline const std::string logPrefix = std::string(engineName) + ": ";
 
 /// Whether the next 16 bytes are all below 0x80, so that the loop for ASCII pays.
 inline bool isAsciiFor16(const std::uint8_t* p, const std::uint8_t* end) {

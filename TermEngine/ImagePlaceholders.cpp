@@ -51,7 +51,7 @@ struct Placeholder {
 
 std::optional<Placeholder> read(PackedCell cell, const CellArena& arena) {
     char32_t memory = 0;
-    const std::u32string_view scalars = arena.scalars(cell, memory);
+    const std::u32string_view scalars = arena.scalarValues(cell, memory);
     if (scalars.empty() || scalars[0] != PlaceholderRun::placeholder) {
         return std::nullopt;
     }

@@ -246,16 +246,16 @@ private:
             encodeOther(static_cast<char32_t>(key));
             return;
         }
-        if (hasAlt) {
-            m_out.push_back('\x1b');
-        }
         if (key == tab && hasShift) {
+            if (hasAlt && m_modes.altSendsEscape) {
+                m_out.push_back('\x1b');
+            }
             csi();
             m_out.push_back('Z');
         } else if (key == backspace) {
-            m_out.push_back(m_modes.backarrowSendsBackspace != hasCtrl ? '\b' : '\x7f');
+            appendWithAlt(m_modes.backarrowSendsBackspace != hasCtrl ? U'\b' : U'\x7f');
         } else {
-            m_out.push_back(static_cast<char>(key));
+            appendWithAlt(static_cast<char32_t>(key));
             if (key == enter && m_modes.enterSendsLineFeed) {
                 m_out.push_back('\n');
             }
@@ -279,7 +279,6 @@ private:
 
     void encodeLegacyText(char32_t code, std::string_view text) {
         const char32_t shifted = shiftedCode(code, text);
-        const bool hasAlt = has(KeyModifiers::alt | KeyModifiers::meta);
         const bool isEncoded = m_modes.modifyOtherKeys == 3 && m_event.key == character;
         if (code == 0 || (!has(otherThanShift) && !isEncoded)) {
             text.empty() ? appendUtf8(m_out, shifted) : static_cast<void>(m_out += text);
@@ -290,21 +289,27 @@ private:
         if (has(KeyModifiers::ctrl)) {
             control = shifted < controls.size() ? controls[shifted] : noControl;
             control = control == noControl && code < controls.size() ? controls[code] : control;
+            // A layout of another script has the same controls on the same keys.
+            const bool isForeign = control == noControl && code >= controls.size();
+            control = isForeign && m_event.base < controls.size() ? controls[m_event.base] : control;
         }
         const bool hasUnknownCtrl = has(KeyModifiers::ctrl) && control == noControl;
         if (m_modes.modifyOtherKeys >= 2 || (m_modes.modifyOtherKeys == 1 && hasUnknownCtrl)) {
             encodeOther(shifted);
             return;
         }
-        const char32_t result = control != noControl ? control : shifted;
-        if (hasAlt && m_modes.eightBitMeta && result < 0x80) {
-            appendUtf8(m_out, result | 0x80U);
-            return;
-        }
+        appendWithAlt(control != noControl ? control : shifted);
+    }
+
+    /// Of the two ways of alt, xterm takes the escape where it may.
+    void appendWithAlt(char32_t code) {
+        const bool hasAlt = has(KeyModifiers::alt | KeyModifiers::meta);
         if (hasAlt && m_modes.altSendsEscape) {
             m_out.push_back('\x1b');
+        } else if (hasAlt && m_modes.eightBitMeta && code < 0x80) {
+            code |= 0x80U;
         }
-        appendUtf8(m_out, result);
+        appendUtf8(m_out, code);
     }
 
     // The kitty protocol. False: as the old way has it.

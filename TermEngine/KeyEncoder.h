@@ -14,7 +14,7 @@ struct KeyModes {
     bool numLockOverridesKeypad = true;   ///< mode 1035: with Num Lock, keypad keys send their text in any case
     bool backarrowSendsBackspace = false; ///< DECBKM, mode 67
     bool enterSendsLineFeed = false;      ///< LNM, mode 20: CR LF
-    bool altSendsEscape = true;           ///< modes 1036 and 1039; else alt does nothing, or see eightBitMeta
+    bool altSendsEscape = true;           ///< mode 1036; else alt does nothing, or see eightBitMeta
     bool eightBitMeta = false;            ///< mode 1034: alt sets the eighth bit of an ASCII character, as UTF-8
     bool deleteSendsDel = false;          ///< mode 1037
     bool eightBitControls = false;        ///< S8C1T: CSI and SS3 are one byte

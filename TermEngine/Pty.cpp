@@ -76,6 +76,17 @@ void closeOthersOnExec() {
     }
 }
 
+/// What is typed is UTF-8, so that the erase character of a line that the kernel edits takes all bytes of a character.
+void eraseWholeCharacters() {
+#ifdef IUTF8
+    termios settings{};
+    if (::tcgetattr(STDIN_FILENO, &settings) == 0) {
+        settings.c_iflag |= IUTF8;
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &settings);
+    }
+#endif
+}
+
 /// Runs between fork and exec: only what signal-safety(7) allows.
 [[noreturn]] void becomeProgram(const Prepared& prepared, int errorPipe) {
     for (int signal = 1; signal <= lastSignal; ++signal) {
@@ -89,6 +100,7 @@ void closeOthersOnExec() {
     if (prepared.directory != nullptr && ::chdir(prepared.directory) != 0) {
         // It stays where it is.
     }
+    eraseWholeCharacters();
     closeOthersOnExec();
     ::execve(prepared.executable.c_str(), prepared.arguments.get(), prepared.environment.get());
     const int error = errno;

@@ -13,7 +13,7 @@ bool flows(const BufferLine& line) {
 /// left free.
 int lengthOf(const BufferLine& row, bool isLast) {
     if (isLast) {
-        return row.trimmedLength();
+        return row.getTrimmedLength();
     }
     return row[row.size() - 1].widthState() == WidthState::wrapPad ? row.size() - 1 : row.size();
 }
@@ -29,7 +29,7 @@ std::vector<Reflow::Line> Reflow::run(std::vector<Line> lines) {
         while (end < count && at(end).isWrapped() && flows(at(end)) && flows(at(first))) {
             ++end;
         }
-        if (end == first + 1 && (at(first).trimmedLength() <= m_cols || !flows(at(first)))) {
+        if (end == first + 1 && (at(first).getTrimmedLength() <= m_cols || !flows(at(first)))) {
             keep(std::move(lines[static_cast<std::size_t>(first)]), first);
         } else {
             flow(lines, first, end);
@@ -42,7 +42,7 @@ std::vector<Reflow::Line> Reflow::run(std::vector<Line> lines) {
 void Reflow::keep(Line line, int index) {
     const int width = line->size();
     line->resize(m_cols);
-    const int length = line->trimmedLength();
+    const int length = line->getTrimmedLength();
     m_made.push_back(std::move(line));
     m_col = 0;
     place(index, 0, length, 0);
@@ -52,7 +52,7 @@ void Reflow::keep(Line line, int index) {
 void Reflow::flow(std::vector<Line>& lines, int first, int end) {
     m_bidiState = lines[static_cast<std::size_t>(first)]->bidiState();
     nextRow(lines[static_cast<std::size_t>(first)]->isWrapped())
-        .setContinuedGroup(lines[static_cast<std::size_t>(first)]->continuedGroup());
+        .setSemanticHardContinuationGroup(lines[static_cast<std::size_t>(first)]->semanticHardContinuationGroup());
     for (int index = first; index < end; ++index) {
         const Line row = std::move(lines[static_cast<std::size_t>(index)]);
         const bool isLast = index + 1 == end;

@@ -4,13 +4,13 @@
 
 namespace term {
 
-void Terminal::cursorUp(int count) {
+void Terminal::cmdCursorUp(int count) {
     Buffer& b = *m_buffer;
     const int top = b.y() >= b.scrollTop() ? b.scrollTop() : 0;
     b.setCursor(b.x(), std::max(b.y() - count, top));
 }
 
-void Terminal::cursorDown(int count) {
+void Terminal::cmdCursorDown(int count) {
     Buffer& b = *m_buffer;
     const int bottom = b.y() <= b.scrollBottom() ? b.scrollBottom() : b.rows() - 1;
     b.setCursor(b.x(), std::min(b.y() + count, bottom));
@@ -65,7 +65,7 @@ void Terminal::cursorRelative(int cols, int rows) {
     b.setCursor(std::min(b.x() + cols, right), std::min(b.y() + rows, bottom));
 }
 
-void Terminal::cursorColumn(int col) {
+void Terminal::cmdCursorCharAbsolute(int col) {
     Buffer& b = *m_buffer;
     if (m_modes.origin) {
         b.setCursor(std::min(b.marginLeft() + col, b.marginRight()), b.y());
@@ -74,7 +74,7 @@ void Terminal::cursorColumn(int col) {
     }
 }
 
-void Terminal::cursorRow(int row) {
+void Terminal::cmdLinePosAbsolute(int row) {
     Buffer& b = *m_buffer;
     if (m_modes.origin) {
         b.setCursor(b.x(), std::min(b.scrollTop() + row, b.scrollBottom()));
@@ -127,7 +127,7 @@ void Terminal::backTab(int count) {
     }
 }
 
-void Terminal::tabClear(int what) {
+void Terminal::cmdTabClear(int what) {
     if (what == 0) {
         m_buffer->clearTabStop(m_buffer->x());
     } else if (what == 3) {
@@ -135,7 +135,7 @@ void Terminal::tabClear(int what) {
     }
 }
 
-void Terminal::saveCursor() {
+void Terminal::cmdSaveCursor() {
     Buffer& b = *m_buffer;
     b.saved = {
         .x = b.x(),
@@ -150,7 +150,7 @@ void Terminal::saveCursor() {
         .charset = m_charset};
 }
 
-void Terminal::restoreCursor() {
+void Terminal::cmdRestoreCursor() {
     Buffer& b = *m_buffer;
     const SavedCursor& saved = b.saved;
     m_modes.origin = saved.originMode;
@@ -166,24 +166,24 @@ void Terminal::restoreCursor() {
 }
 
 /// Both count from 1; 0 for the whole screen.
-void Terminal::setScrollRegion(int first, int last) {
+void Terminal::cmdSetScrollRegion(int first, int last) {
     Buffer& b = *m_buffer;
     const int top = std::max(first, 1) - 1;
     const int bottom = last == 0 || last > b.rows() ? b.rows() - 1 : last - 1;
     if (top < bottom) {
         b.setScrollRegion(top, bottom);
-        cursorPosition(0, 0);
+        cmdCursorPosition(0, 0);
     }
 }
 
-void Terminal::setMargins(const CsiParameters& parameters) {
+void Terminal::cmdSetMargins(const CsiParameters& parameters) {
     Buffer& b = *m_buffer;
     const int left = parameters.atLeastOne(0) - 1;
     const int given = parameters.at(1);
     const int right = given == 0 || given > b.cols() ? b.cols() - 1 : given - 1;
     if (left < right) {
         b.setMargins(left, right);
-        cursorPosition(0, 0);
+        cmdCursorPosition(0, 0);
     }
 }
 

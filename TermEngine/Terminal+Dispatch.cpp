@@ -48,20 +48,20 @@ bool Terminal::execute(std::uint8_t code) {
 
 bool Terminal::dispatchCsi(char final, const CsiParameters& parameters, std::string_view collected) {
     if (final == 'b' && collected.empty()) {
-        repeatCharacter(parameters.atLeastOne(0));
+        cmdRepeatPrecedingCharacter(parameters.atLeastOne(0));
         return true;
     }
     // What REP repeats stands right before it.
     m_buffer->forgetLastScalar();
     if (collected.empty()) [[likely]] {
         if (final == 'm') {
-            selectGraphicRendition(parameters);
+            cmdCsiM(parameters);
             return true;
         }
         return dispatchPlainCsi(final, parameters);
     }
     if (final == 'c') {
-        deviceAttributes(collected, parameters);
+        cmdSendDeviceAttributes(collected, parameters);
         return true;
     }
     if (collected == "?") {
@@ -78,47 +78,51 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
     const int count = parameters.atLeastOne(0);
     switch (final) {
     case 'H':
+        cmdCursorPosition(count - 1, parameters.atLeastOne(1) - 1);
+        return true;
     case 'f':
-        cursorPosition(count - 1, parameters.atLeastOne(1) - 1);
+        cmdHVPosition(count - 1, parameters.atLeastOne(1) - 1);
         return true;
     case 'K':
-        eraseInLine(first, EraseKind::all);
+        cmdEraseInLine(first, EraseKind::all);
         return true;
     case 'J':
-        eraseInDisplay(first, EraseKind::all);
+        cmdEraseInDisplay(first, EraseKind::all);
         return true;
     case 'A':
-        cursorUp(count);
+        cmdCursorUp(count);
         return true;
     case 'B':
-        cursorDown(count);
+        cmdCursorDown(count);
         return true;
     case 'C':
         cursorForward(count);
         return true;
     case 'a':
-        cursorRelative(count, 0);
+        cmdHPositionRelative(count);
         return true;
     case 'D':
         cursorBackward(count);
         return true;
     case 'E':
-        cursorDown(count);
+        cmdCursorDown(count);
         m_buffer->setX(m_buffer->marginLeft());
         return true;
     case 'F':
-        cursorUp(count);
+        cmdCursorUp(count);
         m_buffer->setX(m_buffer->marginLeft());
         return true;
     case 'G':
+        cmdCursorCharAbsolute(count - 1);
+        return true;
     case '`':
-        cursorColumn(count - 1);
+        cmdCharPosAbsolute(count - 1);
         return true;
     case 'd':
-        cursorRow(count - 1);
+        cmdLinePosAbsolute(count - 1);
         return true;
     case 'e':
-        cursorRelative(0, count);
+        cmdVPositionRelative(count);
         return true;
     case 'I':
         tab(count);
@@ -127,60 +131,62 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         backTab(count);
         return true;
     case 'g':
-        tabClear(first);
+        cmdTabClear(first);
         return true;
     case '@':
-        insertCharacters(count);
+        cmdInsertChars(count);
         return true;
     case 'P':
-        deleteCharacters(count);
+        cmdDeleteChars(count);
         return true;
     case 'X':
-        eraseCharacters(count);
+        cmdEraseChars(count);
         return true;
     case 'L':
-        m_buffer->insertLines(count, pen());
+        cmdInsertLines(count);
         return true;
     case 'M':
-        m_buffer->deleteLines(count, pen());
+        cmdDeleteLines(count);
         return true;
     case 'S':
-        m_buffer->scrollUp(count, pen());
+        cmdScrollUp(count);
         return true;
     case 'T':
         // With five parameters it is the tracking of highlights.
         if (parameters.count != 5) {
-            m_buffer->scrollDown(count, pen());
+            cmdScrollDown(count);
         }
         return true;
     case '^':
-        m_buffer->scrollDown(count, pen());
+        cmdScrollDown(count);
         return true;
     case 'h':
+        cmdSetMode(ModeKind::ansi, parameters);
+        return true;
     case 'l':
-        setAnsiModes(parameters, final == 'h');
+        cmdResetMode(ModeKind::ansi, parameters);
         return true;
     case 'r':
-        setScrollRegion(first, parameters.at(1));
+        cmdSetScrollRegion(first, parameters.at(1));
         return true;
     case 's':
         if (m_buffer->marginMode) {
-            setMargins(parameters);
+            cmdSetMargins(parameters);
         } else {
-            saveCursor();
+            cmdSaveCursor();
         }
         return true;
     case 'u':
-        restoreCursor();
+        cmdRestoreCursor();
         return true;
     case 'c':
-        deviceAttributes({}, parameters);
+        cmdSendDeviceAttributes({}, parameters);
         return true;
     case 'n':
-        deviceStatus(parameters);
+        cmdDeviceStatus(parameters);
         return true;
     case 't':
-        windowOptions(parameters);
+        cmdWindowOptions(parameters);
         return true;
     case 'x':
         // DECREQTPARM: no parity, eight bits, 38,400 baud.
@@ -199,26 +205,28 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
 bool Terminal::dispatchPrivateCsi(char final, const CsiParameters& parameters) {
     switch (final) {
     case 'h':
+        cmdSetMode(ModeKind::decPrivate, parameters);
+        return true;
     case 'l':
-        setPrivateModes(parameters, final == 'h');
+        cmdResetMode(ModeKind::decPrivate, parameters);
         return true;
     case 'J':
-        eraseInDisplay(parameters.at(0), EraseKind::unprotected);
+        cmdEraseInDisplay(parameters.at(0), EraseKind::unprotected);
         return true;
     case 'K':
-        eraseInLine(parameters.at(0), EraseKind::unprotected);
+        cmdEraseInLine(parameters.at(0), EraseKind::unprotected);
         return true;
     case 'n':
         privateDeviceStatus(parameters);
         return true;
     case 's':
-        savePrivateModes(parameters);
+        cmdSavePrivateModes(parameters);
         return true;
     case 'r':
         restorePrivateModes(parameters);
         return true;
     case 'u':
-        kittyKeyboard('?', parameters);
+        handleKittyKeyboardProtocol('?', parameters);
         return true;
     case 'S':
         reportGraphics(parameters);
@@ -242,7 +250,7 @@ bool Terminal::dispatchPrivateCsi(char final, const CsiParameters& parameters) {
 /// With one of '<', '=' and '>'.
 bool Terminal::dispatchMarkedCsi(char marker, char final, const CsiParameters& parameters) {
     if (final == 'u') {
-        kittyKeyboard(marker, parameters);
+        handleKittyKeyboardProtocol(marker, parameters);
         return true;
     }
     if (marker != '>') {
@@ -251,7 +259,7 @@ bool Terminal::dispatchMarkedCsi(char marker, char final, const CsiParameters& p
     switch (final) {
     case 'q':
         if (parameters.at(0) == 0) {
-            sendDcs(">|" + (m_xtVersionIdentity.empty() ? "unknown" : m_xtVersionIdentity) + "(v1.99.1)");
+            cmdXTVERSION();
         }
         return true;
     case 't':
@@ -279,43 +287,39 @@ bool Terminal::dispatchMarkedCsi(char marker, char final, const CsiParameters& p
 }
 
 bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, const CsiParameters& parameters) {
+    switch (final) {
+    case 'p':
+        return csiPHandler(collected, parameters);
+    case 'x':
+        return csiX(collected, parameters);
+    case 'z':
+        return csiZ(collected, parameters);
+    case '{':
+        return csiOpenBrace(collected, parameters);
+    case '}':
+        return csiCloseBrace(collected, parameters);
+    default:
+        break;
+    }
     const int first = parameters.at(0);
     const int count = parameters.atLeastOne(0);
     const std::string function = std::string(collected) + final;
-    if (function == "$p" || function == "?$p") {
-        reportMode(first, collected[0] == '?');
-    } else if (function == " q") {
-        setCursorStyle(first);
-    } else if (function == "!p") {
-        softReset();
-    } else if (function == "\"p") {
-        setConformanceLevel(parameters);
+    if (function == " q") {
+        cmdSetCursorStyle(first);
     } else if (function == "\"q") {
         m_isProtected = first == 1;
         m_isPenStale = true;
     } else if (function == " @" || function == " A") {
         shiftColumns(final == '@' ? count : -count);
-    } else if (function == "'}") {
-        insertColumns(count);
     } else if (function == "'~") {
-        deleteColumns(count);
+        cmdDeleteColumns(count);
     } else if (function == "$v") {
-        copyRectangle(parameters);
-    } else if (function == "$x") {
-        fillRectangle(parameters);
-    } else if (function == "$z") {
-        eraseRectangle(parameters, EraseKind::all);
-    } else if (function == "${") {
-        eraseRectangle(parameters, EraseKind::unprotected);
+        csiCopyRectangularArea(parameters);
     } else if (function == "$r" || function == "$t") {
         changeAttributes(parameters, final == 't');
-    } else if (function == "*x") {
-        m_changesRectangles = first == 2;
     } else if (function == "*y") {
-        reportChecksum(parameters);
-    } else if (function == "#{" || function == "#p") {
-        pushSgr(parameters);
-    } else if (function == "#}" || function == "#q") {
+        cmdDECRQCRA(parameters);
+    } else if (function == "#q") {
         popSgr();
     } else if (function == "*|") {
         if (first > 0 && m_delegate.allowsResize(*this, cols(), first)) {
@@ -327,10 +331,10 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
             resize(wanted, rows());
         }
     } else if (function == " k" && first <= 2) {
-        selectDirection(first == 2 ? BidiDirection::rightToLeft : BidiDirection::leftToRight, m_buffer->y());
+        cmdSelectCharacterPath(first == 2 ? BidiDirection::rightToLeft : BidiDirection::leftToRight);
     } else if (function == " S" && (first == 0 || first == 3)) {
         // Of the directions of SPD, those with horizontal lines from top to bottom.
-        selectDirection(first == 3 ? BidiDirection::rightToLeft : BidiDirection::leftToRight, 0);
+        cmdSelectPresentationDirection(first == 3 ? BidiDirection::rightToLeft : BidiDirection::leftToRight);
     } else if (function == "$w") {
         reportPresentationState(first);
     } else if (function == "#|") {
@@ -346,8 +350,69 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
         sendCsi(std::to_string(rows()) + ";" + std::to_string(cols()) + ";1;1;1\"w");
     } else {
         // What is not there: bells with a volume, a locator, a status line.
-        static constexpr std::array<std::string_view, 8> absent = {" t", " u", "'w", "'z", "'{", "'|", "$}", "$~"};
+        static constexpr std::array<std::string_view, 5> absent = {" t", " u", "'w", "'|", "$~"};
         return std::ranges::find(absent, function) != absent.end();
+    }
+    return true;
+}
+
+/// DECRQM, DECSTR, DECSCL, XTPUSHSGR.
+bool Terminal::csiPHandler(std::string_view collected, const CsiParameters& parameters) {
+    if (collected == "$" || collected == "?$") {
+        reportMode(parameters.at(0), collected[0] == '?');
+    } else if (collected == "!") {
+        softReset();
+    } else if (collected == "\"") {
+        setConformanceLevel(parameters);
+    } else if (collected == "#") {
+        pushSgr(parameters);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+/// DECFRA, DECSACE.
+bool Terminal::csiX(std::string_view collected, const CsiParameters& parameters) {
+    if (collected == "$") {
+        fillRectangle(parameters);
+    } else if (collected == "*") {
+        m_changesRectangles = parameters.at(0) == 2;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+/// DECERA; there is no locator for DECELR.
+bool Terminal::csiZ(std::string_view collected, const CsiParameters& parameters) {
+    if (collected == "$") {
+        eraseRectangle(parameters, EraseKind::all);
+        return true;
+    }
+    return collected == "'";
+}
+
+/// DECSERA, XTPUSHSGR; there is no locator for DECSLE.
+bool Terminal::csiOpenBrace(std::string_view collected, const CsiParameters& parameters) {
+    if (collected == "$") {
+        eraseRectangle(parameters, EraseKind::unprotected);
+    } else if (collected == "#") {
+        pushSgr(parameters);
+    } else {
+        return collected == "'";
+    }
+    return true;
+}
+
+/// DECIC, XTPOPSGR; there is no status line for DECSASD.
+bool Terminal::csiCloseBrace(std::string_view collected, const CsiParameters& parameters) {
+    if (collected == "'") {
+        insertColumns(parameters.atLeastOne(0));
+    } else if (collected == "#") {
+        popSgr();
+    } else {
+        return collected == "$";
     }
     return true;
 }
@@ -362,13 +427,13 @@ bool Terminal::dispatchEsc(std::string_view collected, char final) {
     }
     switch (final) {
     case '7':
-        saveCursor();
+        cmdSaveCursor();
         return true;
     case '8':
-        restoreCursor();
+        cmdRestoreCursor();
         return true;
     case 'D':
-        m_buffer->index(pen());
+        cmdIndex();
         return true;
     case 'E':
         nextLine();
@@ -444,10 +509,10 @@ bool Terminal::dispatchVt52(std::string_view collected, char final) {
         m_modes.applicationKeypad = final == '=';
         return true;
     case 'A':
-        cursorUp(1);
+        cmdCursorUp(1);
         return true;
     case 'B':
-        cursorDown(1);
+        cmdCursorDown(1);
         return true;
     case 'C':
         cursorForward(1);
@@ -466,10 +531,10 @@ bool Terminal::dispatchVt52(std::string_view collected, char final) {
         b.reverseIndex(pen());
         return true;
     case 'J':
-        eraseInDisplay(0, EraseKind::all);
+        cmdEraseInDisplay(0, EraseKind::all);
         return true;
     case 'K':
-        eraseInLine(0, EraseKind::all);
+        cmdEraseInLine(0, EraseKind::all);
         return true;
     case 'Z':
         reply("\x1B/Z");
@@ -496,7 +561,7 @@ bool Terminal::designate(std::string_view collected, char final) {
             setLineMode(RenderLineMode::doubleWidth);
             return true;
         case '8':
-            screenAlignmentPattern();
+            cmdScreenAlignmentPattern();
             return true;
         default:
             return false;
@@ -525,7 +590,7 @@ bool Terminal::designate(std::string_view collected, char final) {
     return set.has_value();
 }
 
-void Terminal::kittyKeyboard(char marker, const CsiParameters& parameters) {
+void Terminal::handleKittyKeyboardProtocol(char marker, const CsiParameters& parameters) {
     const int first = parameters.at(0);
     switch (marker) {
     case '?':

@@ -18,7 +18,7 @@ void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
 
 /// A line that is erased whole loses the marks of its shell. That of the cursor keeps them, unless all is erased:
 /// shells mark a line and then clear it for their prompt.
-void Terminal::eraseInDisplay(int what, EraseKind kind) {
+void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
     Buffer& b = *m_buffer;
     if (what == 3) {
         if (kind == EraseKind::all && b.hasScrollback()) {
@@ -54,14 +54,14 @@ void Terminal::eraseInDisplay(int what, EraseKind kind) {
         }
     }
     if (what != 2) {
-        eraseInLine(what, kind);
+        cmdEraseInLine(what, kind);
     } else if (kind == EraseKind::all) {
         clearImages(isAlternateActive() ? ScreenId::alternate : ScreenId::normal);
     }
     b.setPendingWrap(false);
 }
 
-void Terminal::eraseInLine(int what, EraseKind kind) {
+void Terminal::cmdEraseInLine(int what, EraseKind kind) {
     Buffer& b = *m_buffer;
     if (what < 0 || what > 2) {
         return;
@@ -70,22 +70,22 @@ void Terminal::eraseInLine(int what, EraseKind kind) {
     b.setPendingWrap(false);
 }
 
-void Terminal::eraseCharacters(int count) {
+void Terminal::cmdEraseChars(int count) {
     Buffer& b = *m_buffer;
     eraseCells(b.y(), b.x(), std::min(b.x() + count, b.cols()), EraseKind::all);
     b.setPendingWrap(false);
 }
 
-void Terminal::insertCharacters(int count) {
+void Terminal::cmdInsertChars(int count) {
     Buffer& b = *m_buffer;
     b.setPendingWrap(false);
     if (b.x() >= b.marginLeft() && b.x() <= b.marginRight()) {
         moveTextImages(b.y(), b.y() + 1, b.x(), count);
-        b.line(b.y()).insertCells(b.x(), count, b.marginRight() + 1, pen().blank);
+        b.line(b.y()).insertPackedCells(b.x(), count, b.marginRight() + 1, pen().blank);
     }
 }
 
-void Terminal::deleteCharacters(int count) {
+void Terminal::cmdDeleteChars(int count) {
     Buffer& b = *m_buffer;
     b.setPendingWrap(false);
     if (b.x() >= b.marginLeft() && b.x() <= b.marginRight()) {
@@ -101,7 +101,7 @@ void Terminal::insertColumns(int count) {
     }
 }
 
-void Terminal::deleteColumns(int count) {
+void Terminal::cmdDeleteColumns(int count) {
     if (m_buffer->isInsideMargins()) {
         moveTextImages(m_buffer->scrollTop(), m_buffer->scrollBottom() + 1, m_buffer->x(), -count);
         m_buffer->deleteColumns(m_buffer->x(), count, pen());
@@ -121,7 +121,7 @@ void Terminal::shiftColumns(int count) {
     }
 }
 
-void Terminal::repeatCharacter(int count) {
+void Terminal::cmdRepeatPrecedingCharacter(int count) {
     const char32_t scalar = m_buffer->lastScalar();
     if (scalar == 0) {
         return;
@@ -137,7 +137,7 @@ void Terminal::repeatCharacter(int count) {
     }
 }
 
-void Terminal::screenAlignmentPattern() {
+void Terminal::cmdScreenAlignmentPattern() {
     Buffer& b = *m_buffer;
     b.resetMargins();
     m_modes.origin = false;

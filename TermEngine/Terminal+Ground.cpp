@@ -59,14 +59,16 @@ bool Terminal::dispatchNumbers(char final, int first, int second) {
     const int count = std::max(first, 1);
     switch (final) {
     case 'H':
+        cmdCursorPosition(count - 1, std::max(second, 1) - 1);
+        break;
     case 'f':
-        cursorPosition(count - 1, std::max(second, 1) - 1);
+        cmdHVPosition(count - 1, std::max(second, 1) - 1);
         break;
     case 'A':
-        cursorUp(count);
+        cmdCursorUp(count);
         break;
     case 'B':
-        cursorDown(count);
+        cmdCursorDown(count);
         break;
     case 'C':
         cursorForward(count);
@@ -75,34 +77,34 @@ bool Terminal::dispatchNumbers(char final, int first, int second) {
         cursorBackward(count);
         break;
     case 'G':
-        cursorColumn(count - 1);
+        cmdCursorCharAbsolute(count - 1);
         break;
     case 'd':
-        cursorRow(count - 1);
+        cmdLinePosAbsolute(count - 1);
         break;
     case 'J':
-        eraseInDisplay(first, EraseKind::all);
+        cmdEraseInDisplay(first, EraseKind::all);
         break;
     case 'K':
-        eraseInLine(first, EraseKind::all);
+        cmdEraseInLine(first, EraseKind::all);
         break;
     case 'X':
-        eraseCharacters(count);
+        cmdEraseChars(count);
         break;
     case '@':
-        insertCharacters(count);
+        cmdInsertChars(count);
         break;
     case 'P':
-        deleteCharacters(count);
+        cmdDeleteChars(count);
         break;
     case 'L':
-        m_buffer->insertLines(count, pen());
+        cmdInsertLines(count);
         break;
     case 'M':
-        m_buffer->deleteLines(count, pen());
+        cmdDeleteLines(count);
         break;
     case 'r':
-        setScrollRegion(first, second);
+        cmdSetScrollRegion(first, second);
         break;
     default:
         return false;

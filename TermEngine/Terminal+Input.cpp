@@ -10,7 +10,7 @@ KeyModes Terminal::keyModes() const {
         .numLockOverridesKeypad = m_modes.numLockOverridesKeypad,
         .backarrowSendsBackspace = m_modes.backarrowSendsBackspace,
         .enterSendsLineFeed = m_modes.newline,
-        .altSendsEscape = m_modes.metaSendsEscape || m_modes.altSendsEscape,
+        .altSendsEscape = m_modes.metaSendsEscape, // alt is meta, as on nearly every keyboard
         .eightBitMeta = m_modes.eightBitMeta,
         .deleteSendsDel = m_modes.deleteSendsDel,
         .eightBitControls = m_modes.eightBitControls,

@@ -121,8 +121,11 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
         return;
     }
     if (const auto* entry = entryOf(encodings, mode)) {
-        m_modes.mouseEncoding = on ? entry->value : MouseEncoding::standard;
-        m_delegate.mouseModeChanged(*this);
+        // Unlike a tracking, an encoding is ended by its own reset alone, as in xterm.
+        if (on || m_modes.mouseEncoding == entry->value) {
+            m_modes.mouseEncoding = on ? entry->value : MouseEncoding::standard;
+            m_delegate.mouseModeChanged(*this);
+        }
         return;
     }
     switch (mode) {
@@ -134,7 +137,7 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
         break;
     case 6:
         m_modes.origin = on;
-        cursorPosition(0, 0);
+        cmdCursorPosition(0, 0);
         break;
     case 7:
         m_buffer->wraparound = on;
@@ -166,20 +169,20 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
         break;
     case 1048:
         if (on) {
-            saveCursor();
+            cmdSaveCursor();
         } else {
-            restoreCursor();
+            cmdRestoreCursor();
         }
         break;
     case 1049:
         // Also where the screen is the wanted one already, as in xterm: a program that was stopped left it so.
         if (m_modes.allowsAlternateScreen) {
             if (on) {
-                saveCursor();
+                cmdSaveCursor();
                 activateAlternate(true);
             } else {
                 activateNormal(false);
-                restoreCursor();
+                cmdRestoreCursor();
             }
         }
         break;
@@ -221,34 +224,42 @@ std::optional<bool> Terminal::ansiMode(int mode) const {
     }
 }
 
-void Terminal::setAnsiModes(const CsiParameters& parameters, bool on) {
-    for (int i = 0; i < parameters.count; ++i) {
-        switch (parameters.at(i)) {
-        case 2:
-            m_modes.keyboardLocked = on;
-            break;
-        case 4:
-            m_buffer->insertMode = on;
-            break;
-        case 12:
-            m_modes.sendReceive = on;
-            break;
-        case 20:
-            m_modes.newline = on;
-            break;
-        default:
-            break;
-        }
+void Terminal::applyAnsiMode(int mode, bool on) {
+    switch (mode) {
+    case 2:
+        m_modes.keyboardLocked = on;
+        break;
+    case 4:
+        m_buffer->insertMode = on;
+        break;
+    case 12:
+        m_modes.sendReceive = on;
+        break;
+    case 20:
+        m_modes.newline = on;
+        break;
+    default:
+        break;
     }
 }
 
-void Terminal::setPrivateModes(const CsiParameters& parameters, bool on) {
+void Terminal::applyMode(ModeKind kind, int mode, bool on) {
+    kind == ModeKind::ansi ? applyAnsiMode(mode, on) : applyDECPrivateMode(mode, on);
+}
+
+void Terminal::cmdSetMode(ModeKind kind, const CsiParameters& parameters) {
     for (int i = 0; i < parameters.count; ++i) {
-        applyDECPrivateMode(parameters.at(i), on);
+        applyMode(kind, parameters.at(i), true);
     }
 }
 
-void Terminal::savePrivateModes(const CsiParameters& parameters) {
+void Terminal::cmdResetMode(ModeKind kind, const CsiParameters& parameters) {
+    for (int i = 0; i < parameters.count; ++i) {
+        applyMode(kind, parameters.at(i), false);
+    }
+}
+
+void Terminal::cmdSavePrivateModes(const CsiParameters& parameters) {
     for (int i = 0; i < parameters.count; ++i) {
         if (const std::optional<bool> state = decPrivateMode(parameters.at(i))) {
             m_savedModes[parameters.at(i)] = *state;
@@ -264,7 +275,12 @@ void Terminal::restorePrivateModes(const CsiParameters& parameters) {
         } else if (mode == 2501) {
             m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;
         } else if (const auto saved = m_savedModes.find(mode); saved != m_savedModes.end()) {
-            applyDECPrivateMode(mode, saved->second);
+            // Of trackings that were saved together one was on at most, and the others must not end it.
+            const bool endsAnother =
+                !saved->second && entryOf(trackings, mode) != nullptr && !decPrivateMode(mode).value_or(false);
+            if (!endsAnother) {
+                applyDECPrivateMode(mode, saved->second);
+            }
         }
     }
 }
@@ -294,7 +310,7 @@ void Terminal::setColumnMode(bool wide) {
     m_buffer->resetMargins();
     m_buffer->marginMode = false;
     if (!m_modes.keepsScreenOnColumnMode) {
-        eraseInDisplay(2, EraseKind::all);
+        cmdEraseInDisplay(2, EraseKind::all);
     }
     m_buffer->setCursor(0, 0);
 }
@@ -312,7 +328,7 @@ void Terminal::setCursorVisible(bool visible) {
 }
 
 /// DECSCUSR; 0 is the style of the options.
-void Terminal::setCursorStyle(int parameter) {
+void Terminal::cmdSetCursorStyle(int parameter) {
     if (parameter > 6) {
         return;
     }

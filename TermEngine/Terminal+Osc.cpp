@@ -147,12 +147,12 @@ void Terminal::iTermCommand(std::string_view payload, StringEnd end) {
         break;
     }
     case ITermCommand::Kind::clearScrollback:
-        eraseInDisplay(3, EraseKind::all);
+        cmdEraseInDisplay(3, EraseKind::all);
         break;
     case ITermCommand::Kind::cursorShape:
         // Block, bar, underline; DECSCUSR has another order.
         if (const std::optional<int> shape = detail::numberOf(command->value); shape && *shape >= 0 && *shape <= 2) {
-            setCursorStyle(*shape == 0 ? 1 : *shape == 1 ? 5 : 3);
+            cmdSetCursorStyle(*shape == 0 ? 1 : *shape == 1 ? 5 : 3);
         }
         break;
     case ITermCommand::Kind::reportCellSize:

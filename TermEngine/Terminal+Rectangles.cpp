@@ -22,7 +22,7 @@ Rectangle Terminal::rectangle(const CsiParameters& parameters, int first) const 
         end(2, limits.top, limits.bottom), end(3, limits.left, limits.right)};
 }
 
-void Terminal::copyRectangle(const CsiParameters& parameters) {
+void Terminal::csiCopyRectangularArea(const CsiParameters& parameters) {
     Buffer& b = *m_buffer;
     const Rectangle source = rectangle(parameters, 0);
     if (source.isEmpty()) {
@@ -128,13 +128,13 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
     }
 }
 
-void Terminal::reportChecksum(const CsiParameters& parameters) {
+void Terminal::cmdDECRQCRA(const CsiParameters& parameters) {
     const Rectangle area = rectangle(parameters, 2);
     std::uint32_t sum = 0;
     for (int row = area.top; row < area.bottom; ++row) {
         for (int col = area.left; col < area.right; ++col) {
             char32_t memory = 0;
-            for (const char32_t scalar : m_arena->scalars(m_buffer->line(row)[col], memory)) {
+            for (const char32_t scalar : m_arena->scalarValues(m_buffer->line(row)[col], memory)) {
                 sum += scalar;
             }
         }

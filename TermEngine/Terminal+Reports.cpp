@@ -88,7 +88,7 @@ void Terminal::sendOsc(std::string_view body, StringEnd end) {
 }
 
 /// DA1, DA2 and DA3, by what was collected.
-void Terminal::deviceAttributes(std::string_view collected, const CsiParameters& parameters) {
+void Terminal::cmdSendDeviceAttributes(std::string_view collected, const CsiParameters& parameters) {
     const bool isPlain = parameters.count == 1 && parameters.at(0) == 0;
     if ((!isPlain || !collected.empty()) && isLogging()) {
         std::string message = "SendDeviceAttributes got ";
@@ -136,7 +136,7 @@ void Terminal::sendSecondaryAttributes(const CsiParameters& parameters) {
     }
 }
 
-void Terminal::deviceStatus(const CsiParameters& parameters) {
+void Terminal::cmdDeviceStatus(const CsiParameters& parameters) {
     if (parameters.at(0) == 5) {
         sendCsi("0n");
     } else if (parameters.at(0) == 6) {
@@ -181,12 +181,20 @@ void Terminal::privateDeviceStatus(const CsiParameters& parameters) {
     } else if (request == 996) {
         reportColorScheme();
     } else if (request == 998) {
-        sendCsi("?999;" + std::to_string(static_cast<int>(m_visibility)) + "n");
+        reportTerminalVisibility();
     }
 }
 
 void Terminal::reportColorScheme() {
     sendCsi("?997;" + std::to_string(static_cast<int>(m_colorScheme)) + "n");
+}
+
+void Terminal::reportTerminalVisibility() {
+    sendCsi("?999;" + std::to_string(static_cast<int>(m_visibility)) + "n");
+}
+
+void Terminal::cmdXTVERSION() {
+    sendDcs(">|" + (m_xtVersionIdentity.empty() ? "unknown" : m_xtVersionIdentity) + "(v1.99.1)");
 }
 
 /// DECRQM: 0 not known, 1 set, 2 reset, 3 and 4 the same for good.
@@ -266,7 +274,7 @@ void Terminal::requestTermcap(const std::string& request) {
     }
 }
 
-void Terminal::windowOptions(const CsiParameters& parameters) {
+void Terminal::cmdWindowOptions(const CsiParameters& parameters) {
     using Kind = WindowCommand::Kind;
     const int function = parameters.at(0);
     const auto ask = [&](Kind kind, int first = 0, int second = 0) {

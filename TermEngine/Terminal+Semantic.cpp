@@ -41,7 +41,7 @@ InputPlaces inputPlaces(const Buffer& buffer) {
     const std::uint32_t group = buffer.semantic.activeGroup();
     const auto goesOn = [&](int index) {
         const BufferLine& line = buffer.lineAt(index);
-        return line.isWrapped() || (group != 0 && line.continuedGroup() == group);
+        return line.isWrapped() || (group != 0 && line.semanticHardContinuationGroup() == group);
     };
     const int cursor = buffer.yBase() + buffer.y();
     int first = cursor;
@@ -64,7 +64,7 @@ InputPlaces inputPlaces(const Buffer& buffer) {
         };
         const BufferLine& line = buffer.lineAt(index);
         int behind = -1;
-        for (int col = 0; col < line.trimmedLength(); ++col) {
+        for (int col = 0; col < line.getTrimmedLength(); ++col) {
             const PackedCell cell = line[col];
             if (cell.semanticCode() == static_cast<int>(SemanticContent::input)) {
                 behind = col + 1;
@@ -75,7 +75,7 @@ InputPlaces inputPlaces(const Buffer& buffer) {
         }
         if (!flowsOver(buffer, index)) {
             behind = index == cursor ? std::max(behind, buffer.x()) : behind;
-            put(behind < 0 ? line.trimmedLength() : behind);
+            put(behind < 0 ? line.getTrimmedLength() : behind);
         }
     }
     return made;
@@ -137,7 +137,7 @@ void Terminal::semanticPrompt(std::string_view payload) {
     if (isNew) {
         if (!report->continuesPrompt) {
             state.begin(report->applicationId.value_or(std::string()));
-            line.setContinuedGroup(0);
+            line.setSemanticHardContinuationGroup(0);
         }
         state.clickMode = report->clickMode.value_or(SemanticClickMode::none);
         state.usesSpecialCursorKeys = report->usesSpecialCursorKeys.value_or(false);
@@ -154,7 +154,7 @@ void Terminal::semanticPrompt(std::string_view payload) {
         marks.inputStart = true;
     } else if (kind == Kind::output) {
         state.content = SemanticContent::output;
-        line.setContinuedGroup(0);
+        line.setSemanticHardContinuationGroup(0);
         marks.outputStart = true;
     } else {
         return;
@@ -174,7 +174,7 @@ void Terminal::continuePrompt() {
         marks.outputStart = true;
         line.setSemanticMark(marks);
     } else if (state.content != SemanticContent::output) {
-        line.setContinuedGroup(state.activeGroup());
+        line.setSemanticHardContinuationGroup(state.activeGroup());
     }
 }
 

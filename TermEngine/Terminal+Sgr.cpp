@@ -105,7 +105,7 @@ constexpr auto patches = [] {
 
 } // namespace
 
-void Terminal::selectGraphicRendition(const CsiParameters& parameters) {
+void Terminal::cmdCsiM(const CsiParameters& parameters) {
     const AttributePatch patch = patchOf(parameters);
     m_renditions.add(patch);
     setAttribute(patch.applied(m_attribute));

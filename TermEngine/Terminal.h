@@ -182,6 +182,11 @@ private:
     bool dispatchPrivateCsi(char final, const Parameters& parameters);
     bool dispatchMarkedCsi(char marker, char final, const Parameters& parameters);
     bool dispatchIntermediateCsi(std::string_view collected, char final, const Parameters& parameters);
+    bool csiPHandler(std::string_view collected, const Parameters& parameters);
+    bool csiX(std::string_view collected, const Parameters& parameters);
+    bool csiZ(std::string_view collected, const Parameters& parameters);
+    bool csiOpenBrace(std::string_view collected, const Parameters& parameters);
+    bool csiCloseBrace(std::string_view collected, const Parameters& parameters);
 
     // Pen
     const Pen& pen() {
@@ -201,14 +206,17 @@ private:
     [[nodiscard]] char32_t characterIn(int slot, std::uint8_t code) const;
 
     // Terminal+Cursor.cpp
-    void cursorUp(int count);
-    void cursorDown(int count);
+    void cmdCursorUp(int count);
+    void cmdCursorDown(int count);
     void cursorForward(int count);
     void cursorBackward(int count);
     void cursorRelative(int cols, int rows);
-    void cursorColumn(int col);
-    void cursorRow(int row);
-    void cursorPosition(int row, int col) {
+    void cmdHPositionRelative(int count) { cursorRelative(count, 0); }
+    void cmdVPositionRelative(int count) { cursorRelative(0, count); }
+    void cmdCursorCharAbsolute(int col);
+    void cmdCharPosAbsolute(int col) { cmdCursorCharAbsolute(col); }
+    void cmdLinePosAbsolute(int row);
+    void cmdCursorPosition(int row, int col) {
         Buffer& b = *m_buffer;
         if (m_modes.origin) [[unlikely]] {
             row = std::min(b.scrollTop() + row, b.scrollBottom());
@@ -216,60 +224,69 @@ private:
         }
         b.setCursor(col, row);
     }
+    void cmdHVPosition(int row, int col) { cmdCursorPosition(row, col); }
     void carriageReturn();
     void lineFeed();
+    void cmdIndex() { m_buffer->index(pen()); }
     void nextLine();
     void backspace();
     void tab(int count);
     void backTab(int count);
-    void tabClear(int what);
-    void saveCursor();
-    void restoreCursor();
-    void setScrollRegion(int first, int last);
-    void setMargins(const Parameters& parameters);
+    void cmdTabClear(int what);
+    void cmdSaveCursor();
+    void cmdRestoreCursor();
+    void cmdSetScrollRegion(int first, int last);
+    void cmdSetMargins(const Parameters& parameters);
     void backIndex();
     void forwardIndex();
 
     // Terminal+Erase.cpp
     enum class EraseKind : std::uint8_t { all, unprotected };
     void eraseCells(int row, int first, int end, EraseKind kind);
-    void eraseInDisplay(int what, EraseKind kind);
-    void eraseInLine(int what, EraseKind kind);
-    void eraseCharacters(int count);
-    void insertCharacters(int count);
-    void deleteCharacters(int count);
+    void cmdEraseInDisplay(int what, EraseKind kind);
+    void cmdEraseInLine(int what, EraseKind kind);
+    void cmdEraseChars(int count);
+    void cmdInsertChars(int count);
+    void cmdDeleteChars(int count);
+    void cmdInsertLines(int count) { m_buffer->insertLines(count, pen()); }
+    void cmdDeleteLines(int count) { m_buffer->deleteLines(count, pen()); }
+    void cmdScrollUp(int count) { m_buffer->scrollUp(count, pen()); }
+    void cmdScrollDown(int count) { m_buffer->scrollDown(count, pen()); }
     void insertColumns(int count);
-    void deleteColumns(int count);
+    void cmdDeleteColumns(int count);
     void shiftColumns(int count);
-    void repeatCharacter(int count);
-    void screenAlignmentPattern();
+    void cmdRepeatPrecedingCharacter(int count);
+    void cmdScreenAlignmentPattern();
     void setLineMode(RenderLineMode mode);
 
     // Terminal+Rectangles.cpp
     [[nodiscard]] Rectangle rectangle(const Parameters& parameters, int first) const;
-    void copyRectangle(const Parameters& parameters);
+    void csiCopyRectangularArea(const Parameters& parameters);
     void fillRectangle(const Parameters& parameters);
     void eraseRectangle(const Parameters& parameters, EraseKind kind);
     void changeAttributes(const Parameters& parameters, bool reverses);
-    void reportChecksum(const Parameters& parameters);
+    void cmdDECRQCRA(const Parameters& parameters);
 
     // Terminal+Sgr.cpp
-    void selectGraphicRendition(const Parameters& parameters);
+    void cmdCsiM(const Parameters& parameters);
     void setAttribute(const PackedAttributeKey& attribute);
     [[nodiscard]] static AttributePatch patchOf(const Parameters& parameters);
     void pushSgr(const Parameters& parameters);
     void popSgr();
 
     // Terminal+Modes.cpp
-    void setAnsiModes(const Parameters& parameters, bool on);
-    void setPrivateModes(const Parameters& parameters, bool on);
-    void savePrivateModes(const Parameters& parameters);
+    enum class ModeKind : std::uint8_t { ansi, decPrivate };
+    void applyMode(ModeKind kind, int mode, bool on);
+    void cmdSetMode(ModeKind kind, const Parameters& parameters);
+    void cmdResetMode(ModeKind kind, const Parameters& parameters);
+    void applyAnsiMode(int mode, bool on);
+    void cmdSavePrivateModes(const Parameters& parameters);
     void restorePrivateModes(const Parameters& parameters);
     void setAnsi(bool on);
     void setMouseTracking(MouseTracking tracking);
     void setColumnMode(bool wide);
     void setCursorVisible(bool visible);
-    void setCursorStyle(int parameter);
+    void cmdSetCursorStyle(int parameter);
     void setCursorBlink(bool blink);
     void setSynchronizedOutput(bool on);
     void activateAlternate(bool clears);
@@ -277,6 +294,8 @@ private:
     void clearAlternate();
     void switchTo(Buffer& buffer);
     void selectDirection(BidiDirection direction, int firstRow);
+    void cmdSelectCharacterPath(BidiDirection direction) { selectDirection(direction, m_buffer->y()); }
+    void cmdSelectPresentationDirection(BidiDirection direction) { selectDirection(direction, 0); }
     void setConformanceLevel(const Parameters& parameters);
 
     // Terminal+Reports.cpp
@@ -285,20 +304,22 @@ private:
     void sendDcs(std::string_view body);
     [[nodiscard]] std::string oscString(std::string_view body, StringEnd end) const;
     void sendOsc(std::string_view body, StringEnd end);
-    void deviceAttributes(std::string_view collected, const Parameters& parameters);
+    void cmdSendDeviceAttributes(std::string_view collected, const Parameters& parameters);
     void sendPrimaryAttributes();
     void sendSecondaryAttributes(const Parameters& parameters);
-    void deviceStatus(const Parameters& parameters);
+    void cmdDeviceStatus(const Parameters& parameters);
     void privateDeviceStatus(const Parameters& parameters);
     void reportCursor(bool isPrivate);
     void reportMode(int mode, bool isPrivate);
+    void cmdXTVERSION();
     void reportColorScheme();
+    void reportTerminalVisibility();
     void reportKeyModifiers(int resource);
     void reportSize();
     void reportGraphics(const Parameters& parameters);
     void requestStatusString(const std::string& request);
     void requestTermcap(const std::string& request);
-    void windowOptions(const Parameters& parameters);
+    void cmdWindowOptions(const Parameters& parameters);
     void reportTitle(char kind, const std::string& title);
 
     // Terminal+PresentationState.cpp
@@ -401,7 +422,7 @@ private:
     void popTitle(int what);
 
     bool designate(std::string_view collected, char final);
-    void kittyKeyboard(char marker, const Parameters& parameters);
+    void handleKittyKeyboardProtocol(char marker, const Parameters& parameters);
     [[nodiscard]] const KittyKeyboardStack& keyboard() const { return m_keyboards[isAlternateActive() ? 1 : 0]; }
     [[nodiscard]] KittyKeyboardStack& keyboard() { return m_keyboards[isAlternateActive() ? 1 : 0]; }
     void resetState();

@@ -35,7 +35,7 @@ struct TerminalModes {
     bool numLockOverridesKeypad = true;   ///< 1035
     bool metaSendsEscape = true;          ///< 1036
     bool deleteSendsDel = false;          ///< 1037
-    bool altSendsEscape = true;           ///< 1039
+    bool altSendsEscape = true;           ///< 1039: without effect, for where alt is meta there is 1036
     bool urgentBell = false;              ///< 1042
     bool allowsAlternateScreen = true;    ///< 1046
     bool bidiArrowKeySwap = false;        ///< 1243

@@ -34,7 +34,7 @@ int indexOf(const Buffer& buffer, std::int64_t line) {
 int textLength(const Buffer& buffer, int index) {
     const BufferLine& line = buffer.lineAt(index);
     if (!flowsOver(buffer, index)) {
-        return line.trimmedLength();
+        return line.getTrimmedLength();
     }
     return line[line.size() - 1].widthState() == WidthState::wrapPad ? line.size() - 1 : line.size();
 }
@@ -52,7 +52,7 @@ LogicalLine LogicalLine::at(const Buffer& buffer, int index) {
         length = textLength(buffer, made.endIndex);
         for (int col = 0; col < length; ++col) {
             if (!line[col].isSpacer()) {
-                buffer.arena().appendText(made.text, line[col]);
+                buffer.cellArena().appendText(made.text, line[col]);
                 made.places.resize(made.text.size(), {firstLine(buffer) + made.endIndex, col});
             }
         }
@@ -80,7 +80,7 @@ std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shap
         const int first = indexOf(buffer, std::min(range.start.line, range.end.line));
         const int last = indexOf(buffer, std::max(range.start.line, range.end.line));
         for (int index = first; index <= last; ++index) {
-            text += buffer.lineAt(index).translateToString(buffer.arena(), true, left, right);
+            text += buffer.lineAt(index).translateToString(buffer.cellArena(), true, left, right);
             text += index < last ? "\n" : "";
         }
         return text;
@@ -94,7 +94,7 @@ std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shap
         const int from = index == first && range.start.line >= firstLine(buffer) ? range.start.col : 0;
         const int length = textLength(buffer, index);
         const int end = index == last ? std::min(range.end.col, length) : length;
-        text += buffer.lineAt(index).translateToString(buffer.arena(), false, from, std::max(end, 0));
+        text += buffer.lineAt(index).translateToString(buffer.cellArena(), false, from, std::max(end, 0));
         if (index < last && !flowsOver(buffer, index)) {
             text += '\n';
         }
@@ -136,7 +136,7 @@ std::optional<TextRange> semanticRangeAt(const Buffer& buffer, TextPlace place) 
     const auto extent = [&](int step) {
         TextPlace last = {firstLine(buffer) + index, place.col};
         for (int at = index, col = place.col; at >= 0 && at < buffer.lineCount(); at += step) {
-            const int length = buffer.lineAt(at).trimmedLength();
+            const int length = buffer.lineAt(at).getTrimmedLength();
             for (col = at == index ? col : step > 0 ? 0 : length - 1; col >= 0 && col < length; col += step) {
                 if (buffer.lineAt(at)[col].semanticCode() != wanted) {
                     return last;

@@ -64,7 +64,7 @@ public:
                     continue;
                 }
                 char32_t memory = 0;
-                std::u32string_view scalars = m_buffer.arena().scalars(line[col], memory);
+                std::u32string_view scalars = m_buffer.cellArena().scalarValues(line[col], memory);
                 for (const char32_t scalar : scalars.empty() ? std::u32string_view(U" ") : scalars) {
                     m_text.push_back(folds ? unicode::foldCase(scalar) : scalar);
                     m_cells.push_back(static_cast<std::uint32_t>((m_end - m_first) * m_buffer.cols() + col));

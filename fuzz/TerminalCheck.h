@@ -94,7 +94,7 @@ inline void requireSoundLine(const term::Buffer& buffer, const term::BufferLine&
         require(cell.hasValidEncoding());
         require(!cell.isWide() || (line.hasWide() && col + 1 < line.size() && line[col + 1].isSpacer()));
         require(!cell.isSpacer() || (col > 0 && line[col - 1].isWide()));
-        static_cast<void>(buffer.arena().attributeOf(cell));
+        static_cast<void>(buffer.cellArena().attributeOf(cell));
     }
 }
 
@@ -163,7 +163,7 @@ private:
 inline bool sameCell(const term::Terminal& a, term::PackedCell x, const term::Terminal& b, term::PackedCell y) {
     char32_t first = 0;
     char32_t second = 0;
-    return a.arena().scalars(x, first) == b.arena().scalars(y, second) &&
+    return a.arena().scalarValues(x, first) == b.arena().scalarValues(y, second) &&
            a.arena().attributeOf(x) == b.arena().attributeOf(y) && x.widthState() == y.widthState() &&
            x.isProtected() == y.isProtected() && x.semanticCode() == y.semanticCode() &&
            a.linkUrl(x.payload()) == b.linkUrl(y.payload());

@@ -13,7 +13,7 @@ uint64_t digestOf(const term::ScreenSnapshot& snapshot) {
             add(key.word0);
             add(key.word1);
             char32_t memory = 0;
-            for (const char32_t scalar : snapshot.arena->scalars(cell, memory)) {
+            for (const char32_t scalar : snapshot.arena->scalarValues(cell, memory)) {
                 add(scalar);
             }
             add(cell.payload() == 0 ? 0 : snapshot.arena->link(cell.payload()).size());

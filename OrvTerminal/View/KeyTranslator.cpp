@@ -208,6 +208,16 @@ char32_t characterOf(int key) {
     return key >= Qt::Key_Space && key < 0x01000000 ? QChar::toLower(static_cast<char32_t>(key)) : 0;
 }
 
+/// What the key means in the layout of the moment, as the platform names it: of X11 and Wayland the symbol, which ctrl
+/// and alt do not change. macOS names the place.
+quint32 symbolOf([[maybe_unused]] const QKeyEvent& event) {
+#ifdef Q_OS_MACOS
+    return 0;
+#else
+    return event.nativeVirtualKey();
+#endif
+}
+
 } // namespace
 
 term::KeyModifiers KeyTranslator::modifiersOf(Qt::KeyboardModifiers modifiers) {
@@ -247,12 +257,18 @@ char32_t KeyTranslator::plainOf(const QKeyEvent& event, const QString& written) 
     const bool isPlain =
         modifiers == Qt::NoModifier && (locksOf(event.nativeModifiers()) & term::KeyModifiers::capsLock) == 0;
     if (isPlain && isPrintable && scanCode != 0) {
-        m_plain.insert(scanCode, QChar::toLower(first));
-    }
-    if (const auto known = m_plain.constFind(scanCode); known != m_plain.constEnd()) {
-        return *known;
+        m_plain.insert(scanCode, {QChar::toLower(first), symbolOf(event)});
     }
     const char32_t named = characterOf(event.key());
+    // With shift only a capital says what the key is without.
+    const char32_t shown = isPrintable ? first : static_cast<char32_t>(event.key());
+    const bool isSaid = named != 0 && (!modifiers.testFlag(Qt::ShiftModifier) || QChar::toLower(shown) != shown);
+    if (const auto known = m_plain.constFind(scanCode); known != m_plain.constEnd()) {
+        const bool isSameKey = known->symbol != 0 && known->symbol == symbolOf(event);
+        if (!isSaid || isSameKey || known->character == named) {
+            return known->character;
+        }
+    }
     const BaseKey base = baseKey(scanCode);
     const bool agrees = base.plain != 0 && (named == base.plain || named == QChar::toLower(base.shifted));
     if (agrees) {

@@ -11,8 +11,9 @@ class QKeyEvent;
 
 namespace orv {
 
-/// Makes the engine's key events of Qt's. What a key writes without modifiers Qt does not say; it is learnt from the
-/// keys that are pressed without any, and until then taken from the layout of a PC-101 keyboard where that agrees.
+/// Makes the engine's key events of Qt's. What a key writes without modifiers Qt does not say in every case; it is
+/// learnt from the keys that are pressed without any, and until then taken from the layout of a PC-101 keyboard where
+/// that agrees. What was learnt gives way where Qt does say it, for the layout may be another one by now.
 class KeyTranslator {
 public:
     /// The text of the event is in `text` and has to outlive it. False: a key that no program hears of.
@@ -23,8 +24,12 @@ private:
     [[nodiscard]] char32_t plainOf(const QKeyEvent& event, const QString& written);
     void countHeld(term::KeyEvent& made);
 
-    QHash<quint32, char32_t> m_plain; ///< by scan code
-    std::set<term::Key> m_held;       ///< of the keys of modifiers
+    struct Plain {
+        char32_t character;
+        quint32 symbol; ///< the platform's name of it; 0 where there is none
+    };
+    QHash<quint32, Plain> m_plain; ///< by scan code
+    std::set<term::Key> m_held;    ///< of the keys of modifiers
 };
 
 } // namespace orv

@@ -239,7 +239,7 @@ char32_t LinePainter::inItsPlace(const Line& line, const Cell& cell, char32_t sc
             return 0;
         }
         char32_t memory = 0;
-        const std::u32string_view scalars = line.arena.scalars(line.cells[stored], memory);
+        const std::u32string_view scalars = line.arena.scalarValues(line.cells[stored], memory);
         return scalars.empty() ? 0 : scalars.front();
     };
     const char32_t mirrored = term::bidi::mirrored(scalar);
@@ -251,7 +251,7 @@ void LinePainter::drawCharacter(QImage& image, const Line& line, const Cell& cel
         return;
     }
     char32_t memory = 0;
-    std::u32string_view scalars = line.arena.scalars(cell.cell, memory);
+    std::u32string_view scalars = line.arena.scalarValues(cell.cell, memory);
     if (scalars.empty() || (scalars.size() == 1 && scalars.front() == U' ')) {
         return;
     }

@@ -56,7 +56,7 @@ void TerminalView::selectOutput() {
     const int step = isScrolled ? 1 : -1;
     for (std::int64_t line = isScrolled ? firstLine() : end - 1; line >= first && line < end; line += step) {
         const term::BufferLine& cells = buffer.lineAt(static_cast<int>(line - first));
-        const bool isOutput = cells.trimmedLength() > 0 &&
+        const bool isOutput = cells.getTrimmedLength() > 0 &&
                               cells[0].semanticCode() == static_cast<std::uint8_t>(term::SemanticContent::output);
         if (!isOutput) {
             continue;

@@ -71,7 +71,7 @@ WrappedText wrappedText(const term::Buffer& buffer, int index) {
                 continue;
             }
             char32_t memory = 0;
-            const std::u32string_view scalars = buffer.arena().scalars(line[column], memory);
+            const std::u32string_view scalars = buffer.cellArena().scalarValues(line[column], memory);
             const QString character =
                 scalars.empty() ? u" "_s : QString::fromUcs4(scalars.data(), static_cast<qsizetype>(scalars.size()));
             wrapped.text += character;

@@ -124,8 +124,8 @@ TEST(KeyTranslator, LearnsTheLayoutFromPlainKeys) {
     KeyTranslator keys;
     term::KeyEvent made;
     QByteArray text;
-    const auto press = [&](int key, Qt::KeyboardModifiers modifiers, const QString& written) {
-        const QKeyEvent event(QEvent::KeyPress, key, modifiers, codeOfQ, 0, 0, written);
+    const auto press = [&](int key, Qt::KeyboardModifiers modifiers, const QString& written, quint32 symbol = 0) {
+        const QKeyEvent event(QEvent::KeyPress, key, modifiers, codeOfQ, symbol, 0, written);
         EXPECT_TRUE(keys.translate(event, made, text));
     };
     press(Qt::Key_Apostrophe, {}, u"'"_s);
@@ -133,6 +133,19 @@ TEST(KeyTranslator, LearnsTheLayoutFromPlainKeys) {
     press(Qt::Key_QuoteDbl, Qt::ShiftModifier, u"\""_s);
     EXPECT_EQ(made.code, U'\'') << "Dvorak's key";
     EXPECT_EQ(made.shifted, U'"');
+    press(Qt::Key_Q, Qt::ControlModifier, u"\x11"_s);
+    EXPECT_EQ(made.code, U'q') << "in another layout";
+    press(Qt::Key_Q, Qt::ControlModifier | Qt::ShiftModifier, u"\x11"_s);
+    EXPECT_EQ(made.code, U'q') << "in another layout, with shift";
+
+    // For ctrl Qt names the Latin key in the place of one of another script; its symbol tells that it is the same.
+    constexpr quint32 shortI = 0x6CA, q = 0x71;
+    press(0x0419, {}, u"й"_s, shortI);
+    press(Qt::Key_Q, Qt::ControlModifier, u"\x11"_s, shortI);
+    EXPECT_EQ(made.code, U'й');
+    EXPECT_EQ(term::encodeKey(made, {}), "\x11");
+    press(Qt::Key_Q, Qt::ControlModifier, u"\x11"_s, q);
+    EXPECT_EQ(made.code, U'q') << "after a change to another layout";
 }
 
 TEST(Links, AreFoundWhereTheyEnd) {

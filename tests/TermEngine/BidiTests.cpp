@@ -78,7 +78,7 @@ std::string shown(const Terminal& terminal, int row) {
         const int col = presented.columns.empty() ? i : presented.columns[static_cast<std::size_t>(i)];
         const PackedCell cell = buffer.line(row)[col];
         char32_t memory = 0;
-        const auto scalars = buffer.arena().scalars(cell, memory);
+        const auto scalars = buffer.cellArena().scalarValues(cell, memory);
         char32_t scalar = scalars.empty() ? U' ' : scalars.front();
         if (!presented.columns.empty() && presented.isRightToLeft[static_cast<std::size_t>(col)]) {
             scalar = bidi::mirrored(scalar, boxes);

@@ -78,7 +78,7 @@ TEST(CellArena, GivesNumbersBackThatNoCellUses) {
         const Pen pen{
             std::uint64_t{arena->intern(styled(Color::rgb(byte(16), byte(8), byte(0))))} << PackedCell::attributeShift,
             {}};
-        const std::uint32_t cluster = arena->internCluster(std::u32string{U'a', U'\u0301', char32_t(0x10000 + i)});
+        const std::uint32_t cluster = arena->intern(std::u32string{U'a', U'\u0301', char32_t(0x10000 + i)});
         ASSERT_NE(pen.bits, 0U);
         ASSERT_NE(cluster, 0U);
         buffer.insertCharacter(PackedCell::make(PackedCell::Kind::cluster, cluster, pen.bits), pen);
@@ -86,11 +86,11 @@ TEST(CellArena, GivesNumbersBackThatNoCellUses) {
             ASSERT_NE(arena->internLink(";http://" + std::to_string(i)), 0);
         }
     }
-    EXPECT_LT(arena->clusterCount(), 40'000U);
+    EXPECT_LT(arena->graphemeCount(), 40'000U);
     // The last column was written last, and the cursor waits there.
     const PackedCell last = buffer.line(buffer.y())[buffer.x()];
     EXPECT_EQ(arena->attributeOf(last).fg, Color::rgb(999'999 >> 16, (999'999 >> 8) & 0xFF, 999'999 & 0xFF));
-    EXPECT_EQ(arena->cluster(last.content()).back(), char32_t(0x10000 + 999'999));
+    EXPECT_EQ(arena->grapheme(last.content()).back(), char32_t(0x10000 + 999'999));
 }
 
 TEST(CellArena, LeavesTheDefaultAttributeWhenTheTableIsFull) {
@@ -214,7 +214,7 @@ TEST(Buffer, ReportsWhatIsUsedPastItsEnds) {
         }
         messages.clear();
         write.act(line);
-        EXPECT_EQ(line.translateToString(buffer.arena(), true), write.text) << write.label;
+        EXPECT_EQ(line.translateToString(buffer.cellArena(), true), write.text) << write.label;
         EXPECT_EQ(line.usedLength(), 4) << write.label;
         EXPECT_EQ(messages.size(), 1U) << write.label;
     }
@@ -239,10 +239,10 @@ TEST(Buffer, DropsTheOldestLinesWhenTheHistoryShrinks) {
     EXPECT_EQ(buffer.yBase(), 3);
     EXPECT_EQ(buffer.yDisp(), 0);
     EXPECT_EQ(buffer.trimmedCount(), 6U);
-    EXPECT_EQ(buffer.lineAt(0).translateToString(buffer.arena(), true), "g");
+    EXPECT_EQ(buffer.lineAt(0).translateToString(buffer.cellArena(), true), "g");
     buffer.changeHistorySize(0);
     EXPECT_EQ(buffer.lineCount(), 2);
-    EXPECT_EQ(buffer.line(0).translateToString(buffer.arena(), true), "j");
+    EXPECT_EQ(buffer.line(0).translateToString(buffer.cellArena(), true), "j");
 }
 
 TEST(Buffer, KeepsTheViewOnItsLinesWhileOutputScrolls) {

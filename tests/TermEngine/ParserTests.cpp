@@ -198,7 +198,7 @@ TEST(Parser, GivesTheSameWhereverTheBytesAreCutAndWithAnyVectors) {
                 parser.parseBorrowed(bytesOf(test.input).first(cut));
                 parser.parseBorrowed(bytesOf(test.input).subspan(cut));
                 ASSERT_EQ(recorder.joined(), test.events) << test.label << ", cut at " << cut << ", " << ops.name;
-                EXPECT_EQ(parser.state(), ParserState::ground) << test.label;
+                EXPECT_EQ(parser.currentState(), ParserState::ground) << test.label;
             }
             Recorder recorder;
             EscapeSequenceParser parser(recorder, ops);
@@ -288,7 +288,7 @@ TEST(Parser, GoesOnFromTheGroundAfterAResetByAHandler) {
         parser.parseBorrowed(bytesOf(trigger + "31m"));
         EXPECT_EQ(recorder.events.back(), "\"31m");
         EXPECT_EQ(parser.resetSerial(), before + 1);
-        EXPECT_EQ(parser.state(), ParserState::ground);
+        EXPECT_EQ(parser.currentState(), ParserState::ground);
     }
 }
 

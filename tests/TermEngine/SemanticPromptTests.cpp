@@ -115,7 +115,7 @@ TEST(SemanticPrompt, GoesWithTheTextThatEDErases) {
     }
     Session session({.cols = 20, .rows = 6, .scrollback = 10});
     session.terminal.feed("x" + mark("A;cl=m") + "$ " + mark("B") + "ab\r\ncd\x1B[H\x1B[2Jef");
-    EXPECT_EQ(session.terminal.buffer().line(2).continuedGroup(), 0U);
+    EXPECT_EQ(session.terminal.buffer().line(2).semanticHardContinuationGroup(), 0U);
 }
 
 TEST(SemanticPrompt, BringsTheCursorOfAShellToAClick) {

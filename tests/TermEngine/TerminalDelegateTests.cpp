@@ -91,6 +91,12 @@ TEST(Input, SendsWhatTheModesMakeOfEvents) {
              {"cursor keys", "\x1B[?1h", key({.key = Key::up}), "\x1BOA"},
              {"kitty", "\x1B[>1u", key({.key = Key::escape}), "\x1B[27u"},
              {"the delete key", "\x1B[?1037h", key({.key = Key::deleteForward}), "\x7F"},
+             {"alt", "", key({.code = 'b', .modifiers = {KeyModifiers::alt}}), "\x1B\x62"},
+             {"alt and the eighth bit", "\x1B[?1036;1034h", key({.code = 'b', .modifiers = {KeyModifiers::alt}}),
+              "\x1B\x62"},
+             {"the eighth bit alone", "\x1B[?1034h\x1B[?1036l", key({.code = 'b', .modifiers = {KeyModifiers::alt}}),
+              "\u00E2"},
+             {"alt as nothing", "\x1B[?1036l", key({.code = 'b', .modifiers = {KeyModifiers::alt}}), "b"},
              {"a locked keyboard", "\x1B[2h", key({.key = Key::up}), ""},
              {"left in text from the right", "\x1B[2 k\x1B[?1243h", key({.key = Key::left}), "\x1B[C"},
              {"left in text found to be from the right", "\x1B[?2501;1243h\u05D0\u05D1", key({.key = Key::left}),
@@ -171,7 +177,7 @@ TEST(ScreenSnapshot, IsReadOnAnotherThreadWhileTheTerminalGoesOn) {
             for (const auto& line : snapshot->lines) {
                 for (const PackedCell cell : line->usedCells()) {
                     char32_t memory = 0;
-                    const std::u32string_view text = snapshot->arena->scalars(cell, memory);
+                    const std::u32string_view text = snapshot->arena->scalarValues(cell, memory);
                     const std::uint32_t number = snapshot->arena->attributeOf(cell).fg.value();
                     ++seen;
                     wrong +=

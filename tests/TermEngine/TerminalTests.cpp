@@ -173,7 +173,7 @@ TEST(Terminal, KeepsTheNewestOfWhatANarrowWidthMakesTooLong) {
             const Buffer& buffer = terminal.buffer();
             for (int line = std::max(buffer.yBase() + buffer.rows() - 30, 0); line < buffer.yBase() + buffer.rows();
                  ++line) {
-                shown.push_back(buffer.lineAt(line).translateToString(buffer.arena(), true));
+                shown.push_back(buffer.lineAt(line).translateToString(buffer.cellArena(), true));
             }
             shown.push_back(std::to_string(buffer.x()) + "," + std::to_string(buffer.y()));
             return shown;

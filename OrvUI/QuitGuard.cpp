@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 RunningWork RunningWork::of(AppModel& model) {
     const auto isOurs = [](const AgentRun* run) { return run->isRunning() && run->owner() == AgentRun::Owner::here; };
     return {
-        .services = model.runningCount(),
+        .services = static_cast<int>(std::ranges::count_if(model.processes().states(), &ServiceState::isActive)),
         .isProgramInTerminal = model.terminals().anyForegroundProgram(),
         .agents = static_cast<int>(std::ranges::count_if(model.agentRuns(), isOurs))};
 }

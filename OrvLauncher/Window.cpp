@@ -5,6 +5,7 @@
 #include "Graphics.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
+#include "OrvLauncher/platform/ActivationToken.h"
 #include "OrvLauncher/platform/HotKey.h"
 #include "OrvLauncher/platform/LoginItem.h"
 #include "OrvLauncher/platform/SystemNotifier.h"
@@ -96,6 +97,8 @@ private:
     void applyShortcut();
     static QString noteOf(HotKey::State state);
     void showWindow();
+    void makeVisible();
+    void hideWindow();
     void togglePanel();
     void answer(const StartWish& wish);
     Q_SLOT void windowClosed();
@@ -117,6 +120,7 @@ private:
     SystemLook m_look;
     QQmlApplicationEngine m_engine;
     QQuickWindow* m_window = nullptr;
+    Qt::WindowStates m_hiddenStates; ///< in which it comes back
     QTimer m_settled;
     SignalWatcher m_signals;
     std::optional<StatusItem> m_statusItem;
@@ -275,9 +279,26 @@ QString WindowShell::noteOf(HotKey::State state) {
 }
 
 void WindowShell::showWindow() {
-    m_window->show();
+    makeVisible();
     m_window->raise();
     m_window->requestActivate();
+}
+
+/// As large as it was: QWindow::show() would make it a normal one.
+void WindowShell::makeVisible() {
+    Qt::WindowStates states = m_window->isVisible() ? m_window->windowStates() : m_hiddenStates;
+    states.setFlag(Qt::WindowMinimized, false);
+    if (states != m_window->windowStates()) {
+        m_window->setWindowStates(states);
+    }
+    m_window->setVisible(true);
+}
+
+void WindowShell::hideWindow() {
+    if (m_window->isVisible()) {
+        m_hiddenStates = m_window->windowStates();
+        m_window->hide();
+    }
 }
 
 void WindowShell::togglePanel() {
@@ -286,18 +307,17 @@ void WindowShell::togglePanel() {
 
 /// What another start was for.
 void WindowShell::answer(const StartWish& wish) {
-    if (!wish.activation.isEmpty()) {
-        qputenv("XDG_ACTIVATION_TOKEN", wish.activation.toUtf8());
+    {
+        const ActivationToken token(wish.activation);
+        if (wish.togglesPanel) {
+            togglePanel();
+            return;
+        }
+        if (wish.staysInTray) {
+            return;
+        }
+        showWindow();
     }
-    if (wish.togglesPanel) {
-        togglePanel();
-        return;
-    }
-    if (wish.staysInTray) {
-        return;
-    }
-    showWindow();
-    qunsetenv("XDG_ACTIVATION_TOKEN"); // not for the services
     if (!wish.url.isEmpty()) {
         m_model.handle(QUrl(wish.url));
     }
@@ -307,7 +327,7 @@ void WindowShell::answer(const StartWish& wish) {
 /// With an icon in the tray the application lives on without its window.
 void WindowShell::windowClosed() {
     if (StatusItem::isAvailable() && m_statusItem) {
-        m_window->hide();
+        hideWindow();
     } else {
         askToQuit();
     }
@@ -329,7 +349,7 @@ void WindowShell::answerToQuit(int choice) {
     if (choice == stopAndQuit) {
         quit();
     } else if (choice == keepRunning) {
-        m_window->hide();
+        hideWindow();
     }
 }
 
@@ -346,11 +366,9 @@ void WindowShell::place() {
         m_state.geometry = first;
     }
     m_window->setGeometry(WindowState::fitted(m_state.geometry, screens, minimum));
-    if (m_state.isMaximized) {
-        m_window->setWindowStates(Qt::WindowMaximized);
-    }
+    m_hiddenStates.setFlag(Qt::WindowMaximized, m_state.isMaximized);
     if (!m_wish.togglesPanel && !m_wish.staysInTray) {
-        m_window->show();
+        makeVisible();
     }
     // Only what lasts counts: while a window is being maximised it has the large size, but not yet the state.
     m_settled.setSingleShot(true);
@@ -424,7 +442,7 @@ void WindowShell::quit() {
     }
     m_quitting = true;
     m_instance.end();
-    m_window->hide();
+    hideWindow();
     saveState();
     m_model.terminals().closeAll();
     onFinished(m_model.stopEverything(), this, [this] { leave(); });

@@ -212,6 +212,7 @@ void WindowShell::followLook() {
         theme->setDark(followsSystem ? m_look.isDark() : settings.appearance == AppearanceMode::dark);
         theme->setTheme(int(settings.theme));
         theme->setReducedMotion(m_look.reducedMotion());
+        theme->setHigherContrast(m_look.higherContrast());
     };
     apply();
     connect(&m_model.settings(), &SettingsStore::settingsChanged, theme, apply);

@@ -146,6 +146,8 @@ public:
     [[nodiscard]] QColor tileFillAt(int index) const;
     [[nodiscard]] QColor tileLetterAt(int index) const;
     [[nodiscard]] bool isDark() const { return m_dark; }
+    /// Edges and the faintest text are stronger than the theme has them.
+    [[nodiscard]] bool hasHigherContrast() const { return m_higherContrast; }
     /// A colour of any theme, for previews.
     [[nodiscard]] static QColor colorOf(int theme, bool dark, int color);
 
@@ -154,13 +156,15 @@ Q_SIGNALS:
 
 protected:
     void use(int theme, bool dark);
+    void useHigherContrast(bool isHigher);
     [[nodiscard]] int theme() const { return m_theme; }
 
 private:
-    [[nodiscard]] QColor at(int color) const { return colorOf(m_theme, m_dark, color); }
+    [[nodiscard]] QColor at(int color) const;
 
     int m_theme = 0;
     bool m_dark = true;
+    bool m_higherContrast = false;
 };
 
 } // namespace orv

@@ -20,6 +20,7 @@
 #include "OrvUI/OutlineModel.h"
 #include "OrvUI/OverrideRows.h"
 #include "OrvUI/Palette.h"
+#include "OrvUI/ProjectChoice.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/ProjectFiles.h"
 #include "OrvUI/ServiceLogs.h"
@@ -171,6 +172,12 @@ struct PaletteElement {
     Q_GADGET
     QML_FOREIGN(orv::Palette)
     QML_NAMED_ELEMENT(PaletteModel)
+};
+
+struct ProjectChoiceElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ProjectChoice)
+    QML_NAMED_ELEMENT(ProjectChoice)
 };
 
 struct ProjectDetailElement {

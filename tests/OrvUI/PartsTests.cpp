@@ -3,6 +3,7 @@
 #include "OrvUI/DevicesModel.h"
 #include "OrvUI/FilterBar.h"
 #include "OrvUI/OnboardingModel.h"
+#include "OrvUI/ProjectChoice.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/RelativeDate.h"
 #include "OrvUI/RunChoices.h"
@@ -204,6 +205,31 @@ TEST_F(PartsTest, TasksStandByProject) {
     EXPECT_EQ(model->projectTasks()->doneCount(), 0);
     lists.remove(key(2));
     becomes(*model->projectTasks()->open(), {"title"}, u""_s);
+}
+
+TEST_F(PartsTest, AProjectIsChosenAmongAllOfThem) {
+    for (const QString& name : {u"shop"_s, u"shopfront"_s, u"blog"_s}) {
+        tree.add(u"projects/%1/index.html"_s.arg(name), "");
+    }
+    ProjectChoice choice;
+    const QAbstractItemModelTester tester(choice.rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    choice.setModel(model.get());
+    choice.choose(root + u"/blog"_s);
+    EXPECT_EQ(choice.name(), QString()) << "nothing was found yet";
+    scan();
+    EXPECT_EQ(choice.name(), u"blog"_s);
+    EXPECT_EQ(choice.rows()->rowCount(), 0) << "nobody looks";
+    model->setSearchText(u"nothing of that name"_s);
+    choice.setListing(true);
+    EXPECT_EQ(text(*choice.rows(), {"name"}), u"blog; shop; shopfront"_s) << "whatever the home page shows";
+    choice.setText(u"SHOP"_s);
+    EXPECT_EQ(text(*choice.rows(), {"name"}), u"shop; shopfront"_s);
+    EXPECT_FALSE(choice.chooseAt(2));
+    EXPECT_TRUE(choice.chooseAt(1));
+    EXPECT_EQ(choice.projectID(), root + u"/shopfront"_s);
+    EXPECT_EQ(choice.tileLetter(), u"S"_s);
+    choice.setListing(false);
+    EXPECT_EQ(choice.rows()->rowCount(), 0);
 }
 
 TEST_F(PartsTest, NotificationsTellWhatHappenedBehindTheUsersBack) {

@@ -370,6 +370,19 @@ Window {
                     onDismissed: root.model.dismissUndo()
                 }
 
+                Repeater {
+                    model: errors.rows
+
+                    Line {
+                        required property string errorID
+
+                        shown: true
+                        isError: true
+                        isOngoing: false
+                        onDismissed: errors.dismiss(errorID)
+                    }
+                }
+
                 Line {
                     shown: root.model.hasStatus
                     text: root.model.statusText
@@ -377,6 +390,13 @@ Window {
                     isOngoing: root.model.statusIsOngoing
                     onDismissed: root.model.dismissStatus()
                 }
+            }
+
+            // What newer messages have taken the place of.
+            StatusErrors {
+                id: errors
+
+                model: root.model
             }
 
             component Line: StatusLine {

@@ -26,6 +26,7 @@
 #include "OrvUI/ServiceLogs.h"
 #include "OrvUI/SettingsForm.h"
 #include "OrvUI/Shortcuts.h"
+#include "OrvUI/StatusErrors.h"
 #include "OrvUI/Suggestions.h"
 #include "OrvUI/TaskLists.h"
 
@@ -217,6 +218,12 @@ struct ShortcutsElement {
     Q_GADGET
     QML_FOREIGN(orv::Shortcuts)
     QML_NAMED_ELEMENT(Shortcuts)
+};
+
+struct StatusErrorsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::StatusErrors)
+    QML_NAMED_ELEMENT(StatusErrors)
 };
 
 struct SuggestionsElement {

@@ -8,6 +8,7 @@
 #include "OrvUI/RelativeDate.h"
 #include "OrvUI/RunChoices.h"
 #include "OrvUI/ServiceLogs.h"
+#include "OrvUI/StatusErrors.h"
 #include "OrvUI/Suggestions.h"
 #include "OrvUI/TaskLists.h"
 #include "OrvUI/UndoOffer.h"
@@ -230,6 +231,38 @@ TEST_F(PartsTest, AProjectIsChosenAmongAllOfThem) {
     EXPECT_EQ(choice.tileLetter(), u"S"_s);
     choice.setListing(false);
     EXPECT_EQ(choice.rows()->rowCount(), 0);
+}
+
+TEST_F(PartsTest, ErrorsOutliveANewerMessageUntilTheyAreDismissedOrOver) {
+    StatusErrors errors;
+    const QAbstractItemModelTester tester(errors.rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    errors.setTime(std::chrono::hours(1));
+    errors.setModel(model.get());
+    const auto say = [this](const QString& words, bool isError) {
+        model->setStatusMessage(StatusMessage{.text = words, .isError = isError});
+    };
+    const auto kept = [&] { return text(*errors.rows(), {"text"}); };
+    say(u"no network"_s, true);
+    EXPECT_EQ(kept(), QString()) << "it is the newest";
+    say(u"pulled shop"_s, false);
+    EXPECT_EQ(kept(), u"no network"_s);
+    say(u"no disk"_s, true);
+    EXPECT_EQ(kept(), u"no network"_s) << "a report makes room";
+    say(u"no power"_s, true);
+    say(u"no network"_s, true);
+    EXPECT_EQ(kept(), u"no disk; no power"_s) << "what comes again stands once";
+    say(u"no hope"_s, true);
+    EXPECT_EQ(kept(), u"no power; no network"_s) << "two at most";
+    errors.dismiss(errors.rows()->index(0, 0).data(Qt::UserRole).toString());
+    EXPECT_EQ(kept(), u"no network"_s);
+    model->dismissStatusMessage();
+    say(u"pulled blog"_s, false);
+    EXPECT_EQ(kept(), u"no network"_s) << "what was dismissed does not come back";
+    errors.dismiss(errors.rows()->index(0, 0).data(Qt::UserRole).toString());
+    errors.setTime(std::chrono::milliseconds(20));
+    say(u"no luck"_s, true);
+    say(u"pulled shop"_s, false);
+    EXPECT_TRUE(waitFor([&] { return kept().isEmpty(); }));
 }
 
 TEST_F(PartsTest, NotificationsTellWhatHappenedBehindTheUsersBack) {

@@ -26,6 +26,11 @@
 #include "SignalWatcher.h"
 #include "SingleInstance.h"
 #include "StatusItem.h"
+#include "SystemEvents.h"
+
+#ifdef Q_OS_MACOS
+#include "OrvLauncher/platform/macos/MacDesktop.h"
+#endif
 
 #include <QApplication>
 #include <QClipboard>
@@ -123,6 +128,7 @@ private:
     Qt::WindowStates m_hiddenStates; ///< in which it comes back
     QTimer m_settled;
     SignalWatcher m_signals;
+    SystemEvents m_systemEvents;
     std::optional<StatusItem> m_statusItem;
     std::optional<QuickPanel> m_panel;
     std::optional<HotKey> m_hotKey;
@@ -157,6 +163,10 @@ bool WindowShell::open() {
     m_model.openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     m_model.setClipboard = [](const QString& text) { QGuiApplication::clipboard()->setText(text); };
     m_model.setOpenMainWindowAction([this] { showWindow(); });
+#ifdef Q_OS_MACOS
+    m_model.setActivationPolicy = &setActivationPolicy;
+    m_model.setReloadWidgets(&reloadWidgets);
+#endif
     m_model.applyDockIconPolicy();
     reportFrames();
     place();
@@ -166,6 +176,11 @@ bool WindowShell::open() {
     connect(m_window, SIGNAL(logsSaveAsked()), this, SLOT(saveLogs()));
     connect(m_window, SIGNAL(quitAnswered(int)), this, SLOT(answerToQuit(int)));
     connect(&m_signals, &SignalWatcher::stopAsked, this, [this] { m_quitting ? kill() : quit(); });
+    connect(&m_systemEvents, &SystemEvents::addressOpened, this, [this](const QUrl& url) {
+        showWindow();
+        m_model.handle(url);
+    });
+    connect(&m_systemEvents, &SystemEvents::quitAsked, this, &WindowShell::askToQuit);
     connect(&m_instance, &SingleInstance::called, this, [this](const QByteArray& message) {
         answer(StartWish::ofMessage(message));
     });

@@ -4,6 +4,7 @@
 #include "OrvProcess/ShellRunner.h"
 #include "OrvUI/DesktopDevice.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QProcess>
@@ -19,6 +20,10 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(DeviceTools)
+};
 
 constexpr int notFound = 127;        ///< of a shell that knows no such command
 constexpr int isBootedAlready = 149; ///< of "simctl boot"
@@ -56,15 +61,16 @@ DeviceTools::Listing<QList<FlutterDevice>> DeviceTools::flutterDevices(const std
     const auto words = ShellRunner::shellWords(u"flutter devices --machine"_s);
     const ShellRunner::Result result = ShellRunner::run(words, {.time = flutterLimit}, isCancelled);
     if (!result && result.error() == ShellRunner::Failure::tooLate) {
-        return {{desktopDevice}, u"Flutter did not answer in time. Try 'flutter devices' in a terminal."_s};
+        return {{desktopDevice}, Words::tr("Flutter did not answer in time. Try 'flutter devices' in a terminal.")};
     }
     if (result && result->exitCode == notFound) {
         return {
             {},
-            u"Flutter was not found. Install it from https://docs.flutter.dev/get-started so that your login shell finds it."_s};
+            Words::tr("Flutter was not found. Install it from https://docs.flutter.dev/get-started so that your login "
+                      "shell finds it.")};
     }
     if (!result || result->exitCode != 0) {
-        return {{desktopDevice}, u"Flutter could not list its devices. Try 'flutter doctor' in a terminal."_s};
+        return {{desktopDevice}, Words::tr("Flutter could not list its devices. Try 'flutter doctor' in a terminal.")};
     }
     return {DeviceParsers::flutterDevices(result->text), {}};
 }
@@ -76,7 +82,7 @@ DeviceTools::Listing<QList<SimulatorDevice>> DeviceTools::simulators(const std::
     const QStringList words{xcrun, u"simctl"_s, u"list"_s, u"devices"_s, u"available"_s, u"--json"_s};
     const ShellRunner::Result result = ShellRunner::run(words, {}, isCancelled);
     if (!result || result->exitCode != 0) {
-        return {{}, u"No simulators were found. Install Xcode from the App Store and open it once."_s};
+        return {{}, Words::tr("No simulators were found. Install Xcode from the App Store and open it once.")};
     }
     return {DeviceParsers::simulators(result->text), {}};
 }
@@ -84,12 +90,15 @@ DeviceTools::Listing<QList<SimulatorDevice>> DeviceTools::simulators(const std::
 DeviceTools::Listing<QList<DeviceTools::Emulator>> DeviceTools::emulators(const std::atomic<bool>& isCancelled) const {
     const std::optional<QString> sdk = DeviceParsers::androidSDK(environment, home);
     if (!sdk) {
-        return {{}, u"No Android SDK was found. Install Android Studio, or set ANDROID_HOME to where the SDK is."_s};
+        return {
+            {},
+            Words::tr("No Android SDK was found. Install Android Studio, or set ANDROID_HOME to where the SDK is.")};
     }
     const QString tool = *sdk + u"/emulator/emulator"_s;
     const ShellRunner::Result listing = ShellRunner::run({tool, u"-list-avds"_s}, {}, isCancelled);
     if (!listing || listing->exitCode != 0) {
-        return {{}, u"The Android emulators could not be listed. Try '%1 -list-avds' in a terminal."_s.arg(tool)};
+        return {
+            {}, Words::tr("The Android emulators could not be listed. Try '%1 -list-avds' in a terminal.").arg(tool)};
     }
     const QMap<QString, QString> running = runningEmulators(*sdk, isCancelled);
     QList<Emulator> found;
@@ -97,8 +106,9 @@ DeviceTools::Listing<QList<DeviceTools::Emulator>> DeviceTools::emulators(const 
         found.append({avd, running.value(avd)});
     }
     return {
-        found, found.isEmpty() ? u"There is no Android emulator yet. Android Studio's Device Manager makes one."_s
-                               : QString()};
+        found, found.isEmpty()
+                   ? Words::tr("There is no Android emulator yet. Android Studio's Device Manager makes one.")
+                   : QString()};
 }
 
 /// From the name of the virtual device to its serial.
@@ -125,14 +135,14 @@ DeviceTools::Booted DeviceTools::bootEmulator(const QString& avd, const std::ato
     const QString shown = DeviceParsers::displayName(avd);
     const std::optional<QString> sdk = DeviceParsers::androidSDK(environment, home);
     if (!sdk) {
-        return std::unexpected(u"No Android SDK was found to start "_s + shown + u'.');
+        return std::unexpected(Words::tr("No Android SDK was found to start %1.").arg(shown));
     }
     if (const QString serial = runningEmulators(*sdk, isCancelled).value(avd); !serial.isEmpty()) {
         return serial;
     }
     const QString adb = adbOf(*sdk);
     if (adb.isEmpty()) {
-        return std::unexpected(u"The Android SDK has no adb. Install its platform tools in Android Studio."_s);
+        return std::unexpected(Words::tr("The Android SDK has no adb. Install its platform tools in Android Studio."));
     }
     QProcess emulator;
     emulator.setProgram(*sdk + u"/emulator/emulator"_s);
@@ -142,7 +152,7 @@ DeviceTools::Booted DeviceTools::bootEmulator(const QString& avd, const std::ato
     emulator.setStandardErrorFile(QProcess::nullDevice());
     qint64 pid = 0;
     if (!emulator.startDetached(&pid)) {
-        return std::unexpected(shown + u" could not be started: "_s + emulator.errorString());
+        return std::unexpected(Words::tr("%1 could not be started: %2").arg(shown, emulator.errorString()));
     }
     for (const QDeadlineTimer deadline(bootLimit); !deadline.hasExpired() && !isCancelled;) {
         const QString serial = runningEmulators(*sdk, isCancelled).value(avd);
@@ -151,18 +161,19 @@ DeviceTools::Booted DeviceTools::bootEmulator(const QString& avd, const std::ato
             return serial;
         }
         if (::kill(static_cast<pid_t>(pid), 0) != 0) {
-            return std::unexpected(shown + u" ended while it started. Try it in Android Studio's Device Manager."_s);
+            return std::unexpected(
+                Words::tr("%1 ended while it started. Try it in Android Studio's Device Manager.").arg(shown));
         }
         QThread::msleep(bootLook.count());
     }
-    return std::unexpected(shown + u" did not come up in time."_s);
+    return std::unexpected(Words::tr("%1 did not come up in time.").arg(shown));
 }
 
 DeviceTools::Booted DeviceTools::bootSimulator(const QString& udid, const std::atomic<bool>& isCancelled) const {
     const ShellRunner::Result result =
         ShellRunner::run({xcrun, u"simctl"_s, u"boot"_s, udid}, {.time = bootLimit}, isCancelled);
     if (!result || (result->exitCode != 0 && result->exitCode != isBootedAlready)) {
-        return std::unexpected(u"The simulator could not be started."_s);
+        return std::unexpected(Words::tr("The simulator could not be started."));
     }
     const auto shown = ShellRunner::run({u"/usr/bin/open"_s, u"-a"_s, u"Simulator"_s}, {}, isCancelled);
     Q_UNUSED(shown) // it runs without its window too

@@ -148,9 +148,9 @@ void DesktopNotifier::settle(const std::optional<Server>& server) {
 void DesktopNotifier::send(const NotificationRequest& request) {
     QStringList actions;
     if (m_server->hasActions) {
-        actions << openAction << u"Open OrvLauncher"_s;
+        actions << openAction << tr("Open OrvLauncher");
         if (request.openURL) {
-            actions << browserAction << u"Open in browser"_s;
+            actions << browserAction << tr("Open in browser");
         }
     }
     const uint replacesNone = 0;

@@ -14,7 +14,7 @@ Rectangle {
     implicitHeight: Theme.space20
     radius: height / 2
     color: fill
-    border.width: Theme.softEdge
+    border.width: Qt.colorEqual(fill, Theme.control) ? 0 : Theme.softEdge
     border.color: tint
 
     Row {

@@ -128,14 +128,18 @@ constexpr QRgb tileLetters[][8] = {
 /// What stands for a colour where the contrast is to be higher.
 int stronger(int color) {
     switch (color) {
-    case 5:        // border
-        return 6;  // borderStrong
-    case 6:        // borderStrong
-        return 10; // text3
-    case 10:       // text3
-        return 9;  // text2
-    case 40:       // buttonEdge
-        return 6;  // borderStrong
+    // border is borderStrong
+    case 5:
+        return 6;
+    // borderStrong is text3
+    case 6:
+        return 10;
+    // text3 is text2
+    case 10:
+        return 9;
+    // buttonEdge is borderStrong
+    case 40:
+        return 6;
     default:
         return color;
     }

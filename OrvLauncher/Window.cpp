@@ -313,6 +313,9 @@ void WindowShell::makeVisible() {
 void WindowShell::hideWindow() {
     if (m_window->isVisible()) {
         m_hiddenStates = m_window->windowStates();
+        if (!m_hiddenStates.testFlag(Qt::WindowFullScreen)) {
+            m_state.isMaximized = m_hiddenStates.testFlag(Qt::WindowMaximized);
+        }
         m_window->hide();
     }
 }

@@ -19,6 +19,7 @@
 #include "OrvUI/Screens/PlatformWords.h"
 #include "OrvUI/Screens/Registration.h"
 #include "OrvUI/Screens/SystemLook.h"
+#include "OrvUI/Screens/TerminalLook.h"
 #include "OrvUI/Screens/Theme.h"
 #include "OrvUI/Screens/WindowState.h"
 #include "OrvUI/StartPage.h"
@@ -147,6 +148,7 @@ bool WindowShell::open() {
     m_look.assume(m_state.isSystemDark);
     registerScreens(m_engine);
     followLook();
+    TerminalLook::instance()->setFontSize(m_state.terminalFontSize);
     m_engine.setInitialProperties({
         {u"model"_s, QVariant::fromValue(&m_model)},
         {u"ownFrame"_s, drawsOwnFrame},
@@ -452,6 +454,7 @@ void WindowShell::saveState() {
     m_state.isSystemDark = m_look.isDark();
     m_state.page = m_model.page();
     m_state.tab = m_model.detailTab();
+    m_state.terminalFontSize = TerminalLook::instance()->fontSize();
     m_state.save(m_stateFile);
 }
 

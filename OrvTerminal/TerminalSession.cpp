@@ -6,6 +6,8 @@
 #include "TermEngine/TerminalEnvironment.h"
 #include "TermEngine/TextRange.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QPointer>
 #include <QTimer>
 
@@ -13,10 +15,13 @@
 #include <array>
 #include <csignal>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 #include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
@@ -203,8 +208,14 @@ TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThre
     m_programCheck.setSingleShot(true);
     m_programCheck.setInterval(programCheckDelay);
     connect(&m_programCheck, &QTimer::timeout, this, &TerminalSession::lookForPrograms);
-    m_process =
-        term::LocalProcess::create(m_processDelegate, {.queue = std::move(queue), .options = std::move(options)});
+    m_process = term::LocalProcess::create(
+        m_processDelegate, {.queue = std::move(queue),
+                            .options = std::move(options),
+                            .onLaunchFailure = [session = QPointer(this)](const term::LocalProcessError& error) {
+                                if (session) {
+                                    session->startFailed(error);
+                                }
+                            }});
 }
 
 TerminalSession::~TerminalSession() {
@@ -212,12 +223,18 @@ TerminalSession::~TerminalSession() {
 }
 
 void TerminalSession::start() {
+    start(loginShell());
+}
+
+void TerminalSession::start(const QString& shell) {
     ORV_ASSERT_MAIN_THREAD();
     if (std::exchange(m_started, true)) {
         return;
     }
+    m_shell = shell;
+    tellOfMissingFolder();
     m_process->startProcess(
-        {.executable = loginShell().toStdString(),
+        {.executable = shell.toStdString(),
          .args = {"-l"},
          .environment = environment(),
          .currentDirectory = m_directory.toLocalFile().toStdString()});
@@ -336,6 +353,25 @@ void TerminalSession::lookForPrograms() {
         m_isBusy = isBusy;
         Q_EMIT isBusyChanged();
     }
+}
+
+void TerminalSession::startFailed(const term::LocalProcessError& error) {
+    const QString words = QString::fromStdString(std::generic_category().message(error.code));
+    const bool isShells = error.reason == term::LocalProcessError::Reason::exec;
+    m_startError = isShells ? u"%1: %2"_s.arg(m_shell, words) : words;
+    Q_EMIT startErrorChanged();
+}
+
+/// What is typed in the belief of being elsewhere may do harm.
+void TerminalSession::tellOfMissingFolder() {
+    const QString folder = m_directory.toLocalFile();
+    if (const QFileInfo info(folder); info.isDir() && info.isExecutable()) {
+        return;
+    }
+    QString line = tr("%1 can't be entered: this shell starts in %2").arg(folder, QDir::currentPath());
+    // A name may hold anything.
+    std::ranges::replace_if(line, [](QChar sign) { return sign.category() == QChar::Other_Control; }, u'?');
+    m_terminal->feed(line.toStdString() + "\r\n");
 }
 
 void TerminalSession::processEnded(std::optional<int> code) {

@@ -28,6 +28,7 @@ class TerminalSession : public QObject {
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(bool isAlive READ isAlive NOTIFY isAliveChanged)
     Q_PROPERTY(int exitCode READ exitCodeOrNone NOTIFY isAliveChanged)
+    Q_PROPERTY(QString startError READ startError NOTIFY startErrorChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
     Q_PROPERTY(bool hasUnseenBell READ hasUnseenBell NOTIFY hasUnseenBellChanged)
     Q_PROPERTY(int progressState READ progressState NOTIFY progressChanged)
@@ -56,6 +57,8 @@ public:
 
     /// The same; -1 for none.
     [[nodiscard]] int exitCodeOrNone() const { return m_exitCode.value_or(-1); }
+    /// Why there is no shell, in the system's words ("/bin/zsh: Permission denied"); empty where one was started.
+    [[nodiscard]] QString startError() const { return m_startError; }
     /// `hasForegroundProgram` as it was shortly after the last output.
     [[nodiscard]] bool isBusy() const { return m_isBusy; }
     /// A bell rang while the session was not shown.
@@ -73,7 +76,10 @@ public:
     void setClipboardWrite(ClipboardWrite choice) { m_clipboardWrite = choice; }
     [[nodiscard]] ClipboardWrite clipboardWrite() const { return m_clipboardWrite; }
 
-    /// A second call does nothing. A shell that can't be started leaves the session not alive.
+    /// A second call does nothing. A shell that can't be started leaves the session not alive, with a `startError`. One
+    /// whose folder can't be entered starts where the application is, and a line before its first says so.
+    void start(const QString& shell);
+    /// The login shell.
     void start();
     /// Writes the text to the shell's input as it stands: a line is carried out when it ends in "\n".
     void send(const QString& text);
@@ -100,6 +106,7 @@ public:
 Q_SIGNALS:
     void titleChanged();
     void isAliveChanged();
+    void startErrorChanged();
     void terminalViewChanged();
     /// The terminal took in output, once a piece of up to 64 KiB.
     void outputReceived();
@@ -130,6 +137,8 @@ private:
     void ring();
     void lookForPrograms();
     void processEnded(std::optional<int> code);
+    void startFailed(const term::LocalProcessError& error);
+    void tellOfMissingFolder();
     [[nodiscard]] winsize windowSize() const;
 
     const QUuid m_id = QUuid::createUuid();
@@ -138,6 +147,8 @@ private:
     bool m_started = false;
     bool m_isAlive = false;
     std::optional<int> m_exitCode;
+    QString m_shell;
+    QString m_startError;
     bool m_isBusy = false;
     bool m_isShown = false;
     bool m_hasUnseenBell = false;

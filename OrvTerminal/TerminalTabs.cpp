@@ -31,7 +31,7 @@ TerminalSession* TerminalTabs::insert(qsizetype place, const QUrl& folder) {
     m_sessions.insert(place, session);
     Q_EMIT sessionsChanged();
     setSelected(session->id());
-    session->start();
+    m_shell.isEmpty() ? session->start() : session->start(m_shell);
     return session;
 }
 

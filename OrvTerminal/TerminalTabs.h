@@ -35,6 +35,8 @@ public:
     void move(const QUuid& id, int place);
     /// Closes a session, and starts a new one in its folder at its place. Null where there is no such session.
     TerminalSession* renew(const QUuid& id);
+    /// What sessions run that are opened from now on; empty: the login shell.
+    void setShell(const QString& path) { m_shell = path; }
     /// In all sessions, those that are opened later too.
     void setClipboardWrite(ClipboardWrite choice);
     /// Whether something else than a shell at its prompt runs in any of them.
@@ -51,6 +53,7 @@ private:
     std::shared_ptr<MainThreadQueue> m_queue;
     QList<TerminalSession*> m_sessions;
     std::optional<QUuid> m_selectedID;
+    QString m_shell;
     ClipboardWrite m_clipboardWrite = ClipboardWrite::ask;
 };
 

@@ -90,6 +90,11 @@ constexpr std::array table{
     Keymap::Entry{
         "previousTerminal", terminal, ORV_WORDS("Previous terminal"), u"Ctrl+Shift+Tab|Ctrl+Shift+Backtab",
         u"Meta+Shift+Tab|Meta+Shift+Backtab"},
+    Keymap::Entry{
+        "terminalLeft", terminal, ORV_WORDS("Move the terminal to the left"), u"Ctrl+Shift+PgUp", u"Ctrl+Shift+Left"},
+    Keymap::Entry{
+        "terminalRight", terminal, ORV_WORDS("Move the terminal to the right"), u"Ctrl+Shift+PgDown",
+        u"Ctrl+Shift+Right"},
     Keymap::Entry{"terminal", terminal, ORV_WORDS("Terminals by their number"), u"Ctrl+Shift+1…9", u"Meta+Shift+1…9"},
     Keymap::Entry{"terminalCopy", terminal, ORV_WORDS("Copy"), u"Ctrl+Shift+C", u"Ctrl+C"},
     Keymap::Entry{"terminalPaste", terminal, ORV_WORDS("Paste"), u"Ctrl+Shift+V", u"Ctrl+V"},
@@ -105,7 +110,7 @@ constexpr std::array table{
     Keymap::Entry{
         "terminalEnds", terminal, ORV_WORDS("To the first line, to the last"), u"Shift+Home Shift+End", nullptr},
     Keymap::Entry{
-        "terminalPrompt", terminal, ORV_WORDS("Previous and next prompt"), u"Ctrl+Shift+PgUp Ctrl+Shift+PgDown",
+        "terminalPrompt", terminal, ORV_WORDS("Previous and next prompt"), u"Ctrl+Shift+Z Ctrl+Shift+X",
         u"Ctrl+PgUp Ctrl+PgDown"},
     Keymap::Entry{"allowCopy", terminal, ORV_WORDS("Let the program copy, when it asks"), u"Ctrl+Shift+Y", nullptr},
     Keymap::Entry{"terminalSearch", terminal, ORV_WORDS("Search"), u"Ctrl+Shift+F", u"Ctrl+F"},

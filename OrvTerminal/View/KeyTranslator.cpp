@@ -17,6 +17,32 @@ struct NamedKey {
 
 using enum term::Key;
 
+/// A modifier whose keys stand on both sides.
+struct PairedModifier {
+    int bit;
+    Qt::KeyboardModifier qt;
+    int qtKey;
+    term::Key left;
+    term::Key right;
+};
+#ifdef Q_OS_MACOS
+constexpr bool exchangesCtrlAndMeta = true;
+#else
+constexpr bool exchangesCtrlAndMeta = false;
+#endif
+constexpr int qtOfCtrl = exchangesCtrlAndMeta ? Qt::Key_Meta : Qt::Key_Control;
+constexpr int qtOfSuper = exchangesCtrlAndMeta ? Qt::Key_Control : Qt::Key_Meta;
+constexpr std::array pairedModifiers{
+    PairedModifier{term::KeyModifiers::shift, Qt::ShiftModifier, Qt::Key_Shift, leftShift, rightShift},
+    PairedModifier{term::KeyModifiers::alt, Qt::AltModifier, Qt::Key_Alt, leftAlt, rightAlt},
+    PairedModifier{
+        term::KeyModifiers::ctrl, exchangesCtrlAndMeta ? Qt::MetaModifier : Qt::ControlModifier, qtOfCtrl, leftControl,
+        rightControl},
+    PairedModifier{
+        term::KeyModifiers::super, exchangesCtrlAndMeta ? Qt::ControlModifier : Qt::MetaModifier, qtOfSuper, leftSuper,
+        rightSuper},
+};
+
 constexpr std::array namedKeys{
     NamedKey{Qt::Key_Tab, tab, character},
     NamedKey{Qt::Key_Backtab, tab, character},
@@ -43,9 +69,9 @@ constexpr std::array namedKeys{
     NamedKey{Qt::Key_Pause, pause, character},
     NamedKey{Qt::Key_Menu, menu, character},
     NamedKey{Qt::Key_Shift, leftShift, character},
-    NamedKey{Qt::Key_Control, leftControl, character},
+    NamedKey{qtOfCtrl, leftControl, character},
     NamedKey{Qt::Key_Alt, leftAlt, character},
-    NamedKey{Qt::Key_Meta, leftSuper, character},
+    NamedKey{qtOfSuper, leftSuper, character},
     NamedKey{Qt::Key_Super_L, leftSuper, character},
     NamedKey{Qt::Key_Super_R, rightSuper, character},
     NamedKey{Qt::Key_Hyper_L, leftHyper, character},
@@ -115,6 +141,51 @@ constexpr std::array keyRows{
 constexpr quint32 x11Offset = 8; ///< what X11 adds to the codes
 #endif
 
+#ifndef Q_OS_MACOS
+/// Both of X11 and of Wayland, which number keys and modifiers alike (xkbcommon-keysyms.h). With shift a keyboard's Alt
+/// is called Meta; a key that is Meta alone has not been built for long.
+struct SideKey {
+    quint32 symbol;
+    term::Key key;
+};
+constexpr std::array sideKeys{
+    SideKey{0xFFE1, leftShift},      SideKey{0xFFE2, rightShift},     SideKey{0xFFE3, leftControl},
+    SideKey{0xFFE4, rightControl},   SideKey{0xFFE7, leftAlt},        SideKey{0xFFE8, rightAlt},
+    SideKey{0xFFE9, leftAlt},        SideKey{0xFFEA, rightAlt},       SideKey{0xFFEB, leftSuper},
+    SideKey{0xFFEC, rightSuper},     SideKey{0xFFED, leftHyper},      SideKey{0xFFEE, rightHyper},
+    SideKey{0xFE03, isoLevel3Shift}, SideKey{0xFE11, isoLevel5Shift},
+};
+#endif
+
+/// Qt does not tell the left one of a pair from the right one.
+term::Key sideOf([[maybe_unused]] quint32 symbol, term::Key key) {
+#ifndef Q_OS_MACOS
+    const auto* found = std::ranges::find(sideKeys, symbol, &SideKey::symbol);
+    return found == sideKeys.end() ? key : found->key;
+#else
+    return key;
+#endif
+}
+
+/// The lock keys that are on; Qt has no word for them.
+int locksOf(quint32 nativeModifiers) {
+#ifdef Q_OS_MACOS
+    constexpr quint32 capsLockMask = 1U << 16U; // NSEventModifierFlagCapsLock
+    constexpr quint32 numLockMask = 0;
+#else
+    constexpr quint32 capsLockMask = 1U << 1U; // Lock
+    constexpr quint32 numLockMask = 1U << 4U;  // Mod2
+#endif
+    return ((nativeModifiers & capsLockMask) != 0 ? term::KeyModifiers::capsLock : 0) |
+           ((nativeModifiers & numLockMask) != 0 ? term::KeyModifiers::numLock : 0);
+}
+
+/// In the events of a modifier's own key Qt turns that modifier over.
+Qt::KeyboardModifiers modifiersBefore(const QKeyEvent& event) {
+    const auto* own = std::ranges::find(pairedModifiers, event.key(), &PairedModifier::qtKey);
+    return own == pairedModifiers.end() ? event.modifiers() : event.modifiers() ^ own->qt;
+}
+
 struct BaseKey {
     char32_t plain = 0;
     char32_t shifted = 0;
@@ -140,25 +211,32 @@ char32_t characterOf(int key) {
 } // namespace
 
 term::KeyModifiers KeyTranslator::modifiersOf(Qt::KeyboardModifiers modifiers) {
-    struct Pair {
-        Qt::KeyboardModifier qt;
-        int bit;
-    };
-#ifdef Q_OS_MACOS
-    // Qt exchanges the two there.
-    constexpr int ctrlBit = term::KeyModifiers::super;
-    constexpr int metaBit = term::KeyModifiers::ctrl;
-#else
-    constexpr int ctrlBit = term::KeyModifiers::ctrl;
-    constexpr int metaBit = term::KeyModifiers::super;
-#endif
     int bits = 0;
-    for (const Pair pair :
-         {Pair{Qt::ShiftModifier, term::KeyModifiers::shift}, Pair{Qt::AltModifier, term::KeyModifiers::alt},
-          Pair{Qt::ControlModifier, ctrlBit}, Pair{Qt::MetaModifier, metaBit}}) {
+    for (const PairedModifier& pair : pairedModifiers) {
         bits |= modifiers.testFlag(pair.qt) ? pair.bit : 0;
     }
     return {static_cast<std::uint8_t>(bits)};
+}
+
+/// A modifier counts as held from the press of its own key on, and until neither key of the pair is down.
+void KeyTranslator::countHeld(term::KeyEvent& made) {
+    const auto* pair = std::ranges::find_if(pairedModifiers, [&made](const PairedModifier& each) {
+        return made.key == each.left || made.key == each.right;
+    });
+    if (pair == pairedModifiers.end()) {
+        return;
+    }
+    const term::Key other = made.key == pair->left ? pair->right : pair->left;
+    if (made.type == term::KeyEventType::press && !made.modifiers.has(pair->bit)) {
+        m_held.erase(other); // let go of while another window had the keyboard
+    }
+    if (made.type == term::KeyEventType::release) {
+        m_held.erase(made.key);
+    } else {
+        m_held.insert(made.key);
+    }
+    const bool isOn = made.type != term::KeyEventType::release || m_held.contains(other);
+    made.modifiers = {static_cast<std::uint8_t>(made.modifiers.without(pair->bit).bits | (isOn ? pair->bit : 0))};
 }
 
 char32_t KeyTranslator::plainOf(const QKeyEvent& event, const QString& written) {
@@ -166,7 +244,9 @@ char32_t KeyTranslator::plainOf(const QKeyEvent& event, const QString& written) 
     const char32_t first = written.isEmpty() ? 0 : written.toUcs4().constFirst();
     const bool isPrintable = first > U' ' && first != 0x7F;
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
-    if (modifiers == Qt::NoModifier && isPrintable && scanCode != 0) {
+    const bool isPlain =
+        modifiers == Qt::NoModifier && (locksOf(event.nativeModifiers()) & term::KeyModifiers::capsLock) == 0;
+    if (isPlain && isPrintable && scanCode != 0) {
         m_plain.insert(scanCode, QChar::toLower(first));
     }
     if (const auto known = m_plain.constFind(scanCode); known != m_plain.constEnd()) {
@@ -185,17 +265,20 @@ bool KeyTranslator::translate(const QKeyEvent& event, term::KeyEvent& made, QByt
     if (event.key() == Qt::Key_unknown && event.text().isEmpty()) {
         return false;
     }
-    made.modifiers = modifiersOf(event.modifiers());
-    // Nobody says whether Num Lock is on, but only then are these the keypad's.
+    made.modifiers = modifiersOf(modifiersBefore(event));
+    made.modifiers.bits |= static_cast<std::uint8_t>(locksOf(event.nativeModifiers()));
+    // Where the platform does not say whether Num Lock is on: without shift, only then are these the keypad's.
     const bool isDigit = event.key() >= Qt::Key_0 && event.key() <= Qt::Key_9;
     const bool isPoint = event.key() == Qt::Key_Period || event.key() == Qt::Key_Comma;
-    if (event.modifiers().testFlag(Qt::KeypadModifier) && (isDigit || isPoint)) {
+    if (event.modifiers().testFlag(Qt::KeypadModifier) && !event.modifiers().testFlag(Qt::ShiftModifier) &&
+        (isDigit || isPoint)) {
         made.modifiers.bits |= term::KeyModifiers::numLock;
     }
     made.type = event.type() == QEvent::KeyRelease ? term::KeyEventType::release
                 : event.isAutoRepeat()             ? term::KeyEventType::repeat
                                                    : term::KeyEventType::press;
-    made.key = namedKey(event.key(), event.modifiers().testFlag(Qt::KeypadModifier));
+    made.key = sideOf(event.nativeVirtualKey(), namedKey(event.key(), event.modifiers().testFlag(Qt::KeypadModifier)));
+    countHeld(made);
     const QString written = event.text();
     const bool isText = !written.isEmpty() && written.at(0).unicode() >= 0x20 && written.at(0).unicode() != 0x7F;
     text = isText ? written.toUtf8() : QByteArray();
@@ -213,7 +296,10 @@ bool KeyTranslator::translate(const QKeyEvent& event, term::KeyEvent& made, QByt
                                    ? written.toUcs4().constFirst()
                                    : (event.key() >= Qt::Key_A && event.key() <= Qt::Key_Z ? char32_t(event.key())
                                                                                            : characterOf(event.key()));
-        made.shifted = named == made.code ? 0 : named;
+        // With Caps Lock, shift writes the small letter, and is still what makes the capital.
+        const bool isSmall = made.modifiers.has(term::KeyModifiers::capsLock) && named == made.code;
+        const char32_t shifted = isSmall ? QChar::toUpper(named) : named;
+        made.shifted = shifted == made.code ? 0 : shifted;
     }
     return true;
 }

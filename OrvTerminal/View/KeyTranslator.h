@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QHash>
 
+#include <set>
+
 class QKeyEvent;
 
 namespace orv {
@@ -19,8 +21,10 @@ public:
 
 private:
     [[nodiscard]] char32_t plainOf(const QKeyEvent& event, const QString& written);
+    void countHeld(term::KeyEvent& made);
 
     QHash<quint32, char32_t> m_plain; ///< by scan code
+    std::set<term::Key> m_held;       ///< of the keys of modifiers
 };
 
 } // namespace orv

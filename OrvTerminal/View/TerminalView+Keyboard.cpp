@@ -13,8 +13,10 @@ namespace {
 
 #ifdef Q_OS_MACOS
 constexpr Qt::KeyboardModifiers commandKeys = Qt::ControlModifier; // what Qt calls the command key there
+constexpr int previousPrompt = Qt::Key_PageUp, nextPrompt = Qt::Key_PageDown;
 #else
 constexpr Qt::KeyboardModifiers commandKeys = Qt::ControlModifier | Qt::ShiftModifier;
+constexpr int previousPrompt = Qt::Key_Z, nextPrompt = Qt::Key_X;
 #endif
 
 #ifdef Q_OS_LINUX
@@ -54,8 +56,8 @@ const std::array bindings{
     Binding{commandKeys, Qt::Key_ParenRight, Where::anywhere, [](TerminalView& view) { view.zoom(0); }},
     Binding{commandKeys, Qt::Key_Up, Where::normalScreen, [](TerminalView& view) { scrollBy(view, -1); }},
     Binding{commandKeys, Qt::Key_Down, Where::normalScreen, [](TerminalView& view) { scrollBy(view, 1); }},
-    Binding{commandKeys, Qt::Key_PageUp, Where::normalScreen, [](TerminalView& view) { view.scrollToPrompt(-1); }},
-    Binding{commandKeys, Qt::Key_PageDown, Where::normalScreen, [](TerminalView& view) { view.scrollToPrompt(1); }},
+    Binding{commandKeys, previousPrompt, Where::normalScreen, [](TerminalView& view) { view.scrollToPrompt(-1); }},
+    Binding{commandKeys, nextPrompt, Where::normalScreen, [](TerminalView& view) { view.scrollToPrompt(1); }},
     Binding{
         Qt::ShiftModifier, Qt::Key_PageUp, Where::normalScreen,
         [](TerminalView& view) { scrollBy(view, 1 - view.rows()); }},

@@ -115,11 +115,7 @@ QPointF TerminalView::placeOf(int column, int row) const {
 }
 
 bool TerminalView::isShown() const {
-    return window() != nullptr && isVisible() && window()->isVisible();
-}
-
-bool TerminalView::isMinimized() const {
-    return window() != nullptr && window()->visibility() == QWindow::Minimized;
+    return window() != nullptr && isVisible() && window()->isVisible() && window()->visibility() != QWindow::Minimized;
 }
 
 /// What a program draws as a whole is not shown in parts.
@@ -424,7 +420,7 @@ void TerminalView::blink() {
 /// All of it at once, and as often as a cursor does.
 void TerminalView::followBlinkingText() {
     const int length = QGuiApplication::styleHints()->cursorFlashTime();
-    if (m_picture.blinks() && m_style.blinksText() && length > 0 && isShown() && !isMinimized()) {
+    if (m_picture.blinks() && m_style.blinksText() && length > 0 && isShown()) {
         if (!m_textBlinkTimer.isActive()) {
             m_textBlinkTimer.start(length / 2);
         }
@@ -469,16 +465,24 @@ void TerminalView::itemChange(ItemChange change, const ItemChangeData& value) {
         m_isSizeStale = true;
     }
     if (change == ItemSceneChange && value.window != nullptr) {
-        connect(value.window, &QWindow::visibleChanged, this, &TerminalView::changed, Qt::UniqueConnection);
-        connect(
-            value.window, &QWindow::visibilityChanged, this, &TerminalView::followBlinkingText, Qt::UniqueConnection);
+        // Of the two, a platform may send only the one for a window that is minimized.
+        connect(value.window, &QWindow::visibleChanged, this, &TerminalView::followShown, Qt::UniqueConnection);
+        connect(value.window, &QWindow::visibilityChanged, this, &TerminalView::followShown, Qt::UniqueConnection);
     }
     if (change == ItemVisibleHasChanged || change == ItemSceneChange || change == ItemDevicePixelRatioHasChanged) {
-        m_session.setShown(isShown());
-        changed();
-        restartBlinking();
-        followBlinkingText();
+        followShown();
     }
+}
+
+void TerminalView::followShown() {
+    m_session.setShown(isShown());
+    if (!isShown()) {
+        m_frameTimer.stop();
+        m_animation.stop();
+    }
+    changed();
+    restartBlinking();
+    followBlinkingText();
 }
 
 QSGNode* TerminalView::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data*/) {

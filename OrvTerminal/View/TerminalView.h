@@ -162,8 +162,9 @@ private:
     void followScroll();
     void scrollToBottom();
     [[nodiscard]] std::int64_t firstLine() const;
+    /// Whether somebody can see it: a window that is hidden or minimized shows nothing.
     [[nodiscard]] bool isShown() const;
-    [[nodiscard]] bool isMinimized() const;
+    void followShown();
     [[nodiscard]] bool isHeld() const;
     [[nodiscard]] ResolvedColors resolvedColors() const;
     [[nodiscard]] std::vector<LineMark> marksOn(std::int64_t line) const;

@@ -59,7 +59,7 @@ Sheet {
 
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: sheet.visible && !sheet.busy
+            enabled: sheet.listens && !sheet.busy
             onActivated: sheet.nav.closeSheet()
         }
 

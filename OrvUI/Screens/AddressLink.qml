@@ -6,13 +6,14 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: link
 
+    property int toldRole: Accessible.Link
     property bool listening: true
 
     implicitWidth: row.implicitWidth
     implicitHeight: Theme.controlMini
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.Link
+    Accessible.role: toldRole
     Accessible.name: qsTr("Open %1 in your browser").arg(text)
     Accessible.description: tip.text
     Keys.onReturnPressed: link.clicked()

@@ -30,7 +30,7 @@ Sheet {
 
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: alert.opened
+            enabled: alert.listens
             onActivated: alert.choose(alert.choices.length - 1)
         }
 

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: card
 
+    property int toldRole: Accessible.RadioButton
     required property int index
     required property string title
     required property string explanation
@@ -17,7 +18,7 @@ T.AbstractButton {
     hoverEnabled: true
     text: title
     checked: isDefault
-    Accessible.role: Accessible.RadioButton
+    Accessible.role: toldRole
     Accessible.name: title
     Accessible.description: explanation
     Accessible.checked: isDefault

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: item
 
+    property int toldRole: Accessible.ListItem
     required property int index
     required property string name
     required property string upstream
@@ -24,7 +25,7 @@ T.AbstractButton {
     enabled: worktree.length === 0
     focusPolicy: Qt.NoFocus
     hoverEnabled: true
-    Accessible.role: Accessible.ListItem
+    Accessible.role: toldRole
     Accessible.name: name
     Accessible.description: current ? qsTr("the current branch") : facts
     Accessible.selected: highlighted

@@ -37,13 +37,15 @@ Row {
             T.AbstractButton {
                 id: crumb
 
+                property int toldRole: part.isLast ? Accessible.Heading : Accessible.Link
+
                 enabled: !part.isLast
                 implicitWidth: label.implicitWidth
                 implicitHeight: Theme.controlMini
                 focusPolicy: part.isLast ? Qt.NoFocus : Qt.StrongFocus
                 hoverEnabled: true
                 text: part.modelData.title
-                Accessible.role: part.isLast ? Accessible.Heading : Accessible.Link
+                Accessible.role: toldRole
                 Accessible.name: text
                 Keys.onReturnPressed: crumb.clicked()
                 Keys.onEnterPressed: crumb.clicked()

@@ -6,12 +6,14 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: control
 
+    property int toldRole: Accessible.CheckBox
+
     implicitWidth: row.implicitWidth
     implicitHeight: Theme.controlMini
     checkable: true
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.CheckBox
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked

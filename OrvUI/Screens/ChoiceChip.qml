@@ -6,13 +6,14 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: chip
 
+    property int toldRole: single ? Accessible.RadioButton : Accessible.CheckBox
     property bool single: false
 
     implicitWidth: row.implicitWidth + 2 * Theme.space10
     implicitHeight: Theme.chipHeight
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: single ? Accessible.RadioButton : Accessible.CheckBox
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked

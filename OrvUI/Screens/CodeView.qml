@@ -27,6 +27,8 @@ ListView {
     highlightMoveDuration: 0
     boundsBehavior: Flickable.StopAtBounds
     reuseItems: true
+    // None ahead of need: Qt goes on asking for those whose rows have gone.
+    cacheBuffer: 0
     topMargin: Theme.space10
     bottomMargin: Theme.space12
     model: files.lines

@@ -6,13 +6,14 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: control
 
+    property int toldRole: Accessible.RadioButton
     required property color fill
 
     implicitWidth: Theme.controlMini
     implicitHeight: Theme.controlMini
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.RadioButton
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.checked: checked
     Keys.onReturnPressed: control.clicked()
@@ -34,7 +35,7 @@ T.AbstractButton {
         visible: control.checked
         name: "check"
         size: Theme.iconSmall
-        color: control.fill.hslLightness > 0.6 ? "black" : "white"
+        color: Theme.onFill(control.fill)
     }
 
     Tip {

@@ -86,6 +86,8 @@ FocusScope {
         highlightMoveDuration: 0
         boundsBehavior: Flickable.StopAtBounds
         reuseItems: true
+        // None ahead of need: Qt goes on asking for those whose rows have gone.
+        cacheBuffer: 0
         model: details.git.commitFiles
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Files of the commit")

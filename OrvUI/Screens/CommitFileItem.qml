@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: item
 
+    property int toldRole: Accessible.ListItem
     required property int index
     required property string path
     required property string name
@@ -18,7 +19,7 @@ T.AbstractButton {
     implicitHeight: Theme.gitRowHeight
     focusPolicy: Qt.NoFocus
     hoverEnabled: true
-    Accessible.role: Accessible.ListItem
+    Accessible.role: toldRole
     Accessible.name: path
     Accessible.description: word
     Accessible.selected: selected

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: row
 
+    property int toldRole: Accessible.RadioButton
     required property int index
     required property string key
     required property string title
@@ -18,7 +19,7 @@ T.AbstractButton {
     focusPolicy: Qt.NoFocus
     hoverEnabled: true
     text: row.title
-    Accessible.role: Accessible.RadioButton
+    Accessible.role: toldRole
     Accessible.name: row.title
     Accessible.description: isBooted ? qsTr("%1, booted").arg(detail) : detail
     Accessible.checkable: true

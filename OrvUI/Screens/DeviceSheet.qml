@@ -57,7 +57,7 @@ Sheet {
 
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: sheet.visible
+            enabled: sheet.listens
             onActivated: sheet.devices.endAsking()
         }
 

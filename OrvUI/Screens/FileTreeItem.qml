@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: item
 
+    property int toldRole: Accessible.TreeItem
     required property int index
     required property string path
     required property string name
@@ -37,7 +38,7 @@ T.AbstractButton {
     implicitHeight: Theme.outlineRowHeight
     focusPolicy: Qt.NoFocus
     hoverEnabled: true
-    Accessible.role: Accessible.TreeItem
+    Accessible.role: toldRole
     Accessible.name: name
     Accessible.description: letter.length === 1 && !isFolder ? letter : ""
     Accessible.checkable: isFolder

@@ -32,7 +32,8 @@ Row {
         shortcut: Keymap.text("filters")
         on: count > 0 || (popover.item as FilterPopover)?.opened === true
         count: tools.bar.activeCount
-        Accessible.role: Accessible.ButtonMenu
+        property int toldRole: Accessible.ButtonMenu
+        Accessible.role: toldRole
         onClicked: {
             popover.active = true;
             const sheet = popover.item as FilterPopover;

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.Control {
     id: row
 
+    property int toldRole: Accessible.TreeItem
     required property int index
     required property string projectID
     required property string name
@@ -42,7 +43,7 @@ T.Control {
     signal entered
 
     hoverEnabled: true
-    Accessible.role: Accessible.TreeItem
+    Accessible.role: toldRole
     Accessible.name: name
     Accessible.description: isCollection ? qsTr("%1 projects, %2 running").arg(members.length).arg(runningMembers) : qsTr("%1, %2").arg(stackLine).arg(state.text)
     Accessible.focusable: true

@@ -35,13 +35,14 @@ Column {
     T.AbstractButton {
         id: control
 
+        property int toldRole: Accessible.ButtonMenu
         readonly property string place: bar.git.detached ? qsTr("No branch") : bar.git.branch
 
         width: parent.width
         implicitHeight: Theme.controlRegular
         focusPolicy: Qt.StrongFocus
         hoverEnabled: true
-        Accessible.role: Accessible.ButtonMenu
+        Accessible.role: toldRole
         Accessible.name: qsTr("Branch %1").arg(place)
         Accessible.description: bar.git.upstream.length > 0 ? qsTr("follows %1, %2 ahead, %3 behind").arg(bar.git.upstream).arg(bar.git.ahead).arg(bar.git.behind) : qsTr("not published")
         Keys.onReturnPressed: bar.chosen()

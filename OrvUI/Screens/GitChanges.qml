@@ -41,6 +41,8 @@ ListView {
     keyNavigationEnabled: false
     highlightMoveDuration: 0
     reuseItems: true
+    // None ahead of need: Qt goes on asking for those whose rows have gone.
+    cacheBuffer: 0
     bottomMargin: Theme.space12
     model: git.files
     Accessible.role: Accessible.List

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: item
 
+    property int toldRole: isFile ? Accessible.CheckBox : isHeading ? Accessible.Heading : Accessible.ListItem
     required property int index
     required property string kind
     required property string section
@@ -38,7 +39,7 @@ T.AbstractButton {
     implicitHeight: isHeading ? Theme.gitHeadingHeight : Theme.gitRowHeight
     focusPolicy: Qt.NoFocus
     hoverEnabled: true
-    Accessible.role: isFile ? Accessible.CheckBox : isHeading ? Accessible.Heading : Accessible.ListItem
+    Accessible.role: toldRole
     Accessible.name: isHeading ? titles[section] : isFile ? path : name
     Accessible.description: word
     Accessible.checkable: isFile

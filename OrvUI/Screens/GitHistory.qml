@@ -76,6 +76,8 @@ FocusScope {
         highlightMoveDuration: 0
         boundsBehavior: Flickable.StopAtBounds
         reuseItems: true
+        // None ahead of need: Qt goes on asking for those whose rows have gone.
+        cacheBuffer: 0
         bottomMargin: Theme.space12
         currentIndex: -1
         model: history.git.history

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: item
 
+    property int toldRole: Accessible.ListItem
     required property int index
     required property string commit
     required property string shortID
@@ -22,7 +23,7 @@ T.AbstractButton {
     implicitHeight: Theme.gitRowHeight
     focusPolicy: Qt.NoFocus
     hoverEnabled: true
-    Accessible.role: Accessible.ListItem
+    Accessible.role: toldRole
     Accessible.name: subject
     Accessible.description: qsTr("%1, %2, %3").arg(author).arg(when).arg(shortID)
     Accessible.selected: selected

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: control
 
+    property int toldRole: Accessible.Button
     required property string glyph
     property string shortcut
     property int edge: Theme.controlSmall
@@ -17,7 +18,7 @@ T.AbstractButton {
     implicitHeight: edge
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.Button
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.checkable: checkable
     Accessible.checked: checked

@@ -56,7 +56,7 @@ Sheet {
 
     Connections {
         target: sheet.git
-        enabled: sheet.visible
+        enabled: sheet.listens
 
         function onSucceeded(action) {
             if (action === "identity") {
@@ -73,7 +73,7 @@ Sheet {
 
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: sheet.visible
+            enabled: sheet.listens
             onActivated: sheet.leave()
         }
 

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: control
 
+    property int toldRole: Accessible.ButtonMenu
     // What the choice is of, for those who do not see it.
     required property string name
     property string glyph
@@ -15,7 +16,7 @@ T.AbstractButton {
     implicitHeight: Theme.controlSmall
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.ButtonMenu
+    Accessible.role: toldRole
     Accessible.name: qsTr("%1: %2").arg(name).arg(text)
     Keys.onReturnPressed: control.clicked()
     Keys.onEnterPressed: control.clicked()

@@ -5,6 +5,7 @@ import QtQuick.Templates as T
 T.MenuItem {
     id: row
 
+    property int toldRole: Accessible.MenuItem
     property string glyph
     property string shortcut
     readonly property color ink: !enabled ? Theme.disabled : highlighted ? Theme.accentText : Theme.text2
@@ -13,7 +14,7 @@ T.MenuItem {
     implicitHeight: Theme.menuRowHeight
     leftPadding: Theme.space8
     rightPadding: Theme.space8
-    Accessible.role: Accessible.MenuItem
+    Accessible.role: toldRole
     Accessible.name: text
 
     background: Rectangle {

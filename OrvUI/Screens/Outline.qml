@@ -19,6 +19,8 @@ ListView {
     highlightFollowsCurrentItem: true
     highlightMoveDuration: 0
     reuseItems: true
+    // None ahead of need: Qt goes on asking for those whose rows have gone.
+    cacheBuffer: 0
     Accessible.role: Accessible.Tree
     Accessible.name: qsTr("Folders")
 

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: row
 
+    property int toldRole: Accessible.TreeItem
     required property int index
     required property int depth
     required property bool expanded
@@ -26,7 +27,7 @@ T.AbstractButton {
     implicitHeight: Theme.outlineRowHeight
     focusPolicy: Qt.ClickFocus
     hoverEnabled: true
-    Accessible.role: Accessible.TreeItem
+    Accessible.role: toldRole
     Accessible.name: name
     Accessible.description: gitChanges === 0 ? stateText : stateText.length > 0 ? qsTr("%1, %2 changes").arg(stateText).arg(gitChanges) : qsTr("%1 changes").arg(gitChanges)
     Accessible.checkable: hasChildren

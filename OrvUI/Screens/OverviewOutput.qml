@@ -72,6 +72,8 @@ Column {
             clip: true
             interactive: false
             reuseItems: true
+            // None ahead of need: Qt goes on asking for those whose rows have gone.
+            cacheBuffer: 0
             model: output.model.logs.lines
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Latest output of %1").arg(services.shownText)

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: row
 
+    property int toldRole: Accessible.ListItem
     required property int index
     required property string title
     required property var hits
@@ -35,7 +36,7 @@ T.AbstractButton {
     implicitHeight: Theme.paletteRowHeight
     focusPolicy: Qt.NoFocus
     hoverEnabled: true
-    Accessible.role: Accessible.ListItem
+    Accessible.role: toldRole
     Accessible.name: title
     Accessible.description: detail
     Accessible.selected: isCurrent

@@ -45,7 +45,7 @@ T.AbstractButton {
             Label {
                 anchors.centerIn: parent
                 role: Theme.SmallStrong
-                color: Theme.onAccent
+                color: row.color.length > 0 ? Theme.onFill(row.color) : Theme.onAccent
                 text: row.name.charAt(0).toUpperCase()
             }
         }

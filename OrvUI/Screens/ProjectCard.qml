@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.Control {
     id: card
 
+    property int toldRole: Accessible.Cell
     required property int index
     required property string projectID
     required property string name
@@ -52,7 +53,7 @@ T.Control {
     signal entered
 
     hoverEnabled: true
-    Accessible.role: Accessible.Cell
+    Accessible.role: toldRole
     Accessible.name: name
     Accessible.description: isCollection ? qsTr("%1 projects, %2 running").arg(members.length).arg(runningMembers) : (pinned ? qsTr("%1, %2, pinned") : qsTr("%1, %2")).arg(stackLine).arg(stateText)
     Accessible.focusable: true

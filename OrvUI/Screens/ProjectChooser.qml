@@ -88,13 +88,14 @@ Popover {
                     required property string name
                     required property int tileIndex
                     required property string tileLetter
+                    property int toldRole: Accessible.ListItem
 
                     width: list.width
                     implicitHeight: Theme.menuRowHeight
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true
                     text: name
-                    Accessible.role: Accessible.ListItem
+                    Accessible.role: toldRole
                     Accessible.name: name
                     Accessible.selected: ListView.isCurrentItem
                     onClicked: {

@@ -96,6 +96,8 @@ FocusScope {
             highlightMoveDuration: 0
             boundsBehavior: Flickable.StopAtBounds
             reuseItems: true
+            // None ahead of need: Qt goes on asking for those whose rows have gone.
+            cacheBuffer: 0
             model: page.files.tree
             Accessible.role: Accessible.Tree
             Accessible.name: qsTr("Files of %1").arg(page.detail.name)
@@ -185,6 +187,8 @@ FocusScope {
             highlightMoveDuration: 0
             boundsBehavior: Flickable.StopAtBounds
             reuseItems: true
+            // None ahead of need: Qt goes on asking for those whose rows have gone.
+            cacheBuffer: 0
             model: page.files.matches
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Files found")

@@ -183,6 +183,8 @@ FocusScope {
             activeFocusOnTab: true
             boundsBehavior: Flickable.StopAtBounds
             reuseItems: true
+            // None ahead of need: Qt goes on asking for those whose rows have gone.
+            cacheBuffer: 0
             model: page.lines
             Accessible.role: Accessible.List
             Accessible.name: services.count > 0 ? qsTr("Output of %1").arg(services.shownText) : qsTr("Output")

@@ -6,11 +6,13 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: control
 
+    property int toldRole: Accessible.RadioButton
+
     implicitWidth: Theme.controlMini
     implicitHeight: Theme.controlMini
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.RadioButton
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.checked: checked
     Keys.onReturnPressed: control.clicked()

@@ -1,5 +1,7 @@
 #include "Registration.h"
 
+#include "OrvUI/Screens/ControlRoles.h"
+
 #include <QQmlEngine>
 
 using namespace Qt::StringLiterals;
@@ -12,6 +14,7 @@ namespace orv {
 void registerScreens(QQmlEngine& engine) {
     volatile auto registration = &qml_register_types_OrvLauncher_Screens;
     Q_UNUSED(registration)
+    tellRolesOfControls();
     engine.addImportPath(u"qrc:/qt/qml"_s);
 }
 

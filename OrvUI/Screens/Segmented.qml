@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.Control {
     id: segmented
 
+    property int toldRole: Accessible.PageTabList
     // One record each: text, glyph, the state of a service (any may be missing); without a text a name.
     required property var choices
     property int currentIndex: 0
@@ -17,7 +18,7 @@ T.Control {
     implicitHeight: Theme.controlRegular
     implicitWidth: row.implicitWidth + 2 * Theme.space2
     focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.PageTabList
+    Accessible.role: toldRole
     Accessible.name: name
     Keys.onLeftPressed: segmented.chosen(Math.max(0, currentIndex - 1))
     Keys.onRightPressed: segmented.chosen(Math.min(choices.length - 1, currentIndex + 1))
@@ -46,6 +47,7 @@ T.Control {
                 T.AbstractButton {
                     id: segment
 
+                    property int toldRole: Accessible.RadioButton
                     required property var modelData
                     required property int index
                     readonly property bool isCurrent: index === segmented.currentIndex
@@ -55,7 +57,7 @@ T.Control {
                     width: segmented.stretched ? Math.floor((segmented.width - 2 * Theme.space2) / segmented.choices.length) : implicitWidth
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true
-                    Accessible.role: Accessible.RadioButton
+                    Accessible.role: toldRole
                     Accessible.name: modelData.text ?? modelData.name
                     Accessible.checked: isCurrent
                     onClicked: segmented.chosen(index)

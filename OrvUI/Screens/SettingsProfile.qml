@@ -38,7 +38,7 @@ Column {
                 spacing: Theme.space8
 
                 Repeater {
-                    model: ["", "#d3455b", "#c96f1c", "#3f8f4f", "#2480c2", "#7a56d6", "#6b7280"]
+                    model: ["", ...Theme.avatars]
 
                     ColorDot {
                         required property string modelData

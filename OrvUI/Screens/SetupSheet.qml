@@ -36,7 +36,7 @@ Sheet {
         // Works at once; the focus comes only when the sheet has come in.
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: sheet.visible && !sheet.running
+            enabled: sheet.listens && !sheet.running
             onActivated: sheet.model.cancelSetup()
         }
 

@@ -6,15 +6,41 @@ import QtQuick.Templates as T
 T.Popup {
     id: sheet
 
+    // Fades out: from then on keys and clicks are for what lies below it.
+    property bool leaving: false
+    readonly property bool listens: visible && !leaving
+    // Had the focus before, and gets it back.
+    property Item before
+
+    function giveFocusBack() {
+        const window = parent?.Window.window ?? null;
+        if (before !== null && before.visible && window?.activeFocusItem === window?.contentItem) {
+            before.forceActiveFocus(Qt.PopupFocusReason);
+        }
+        before = null;
+    }
+
     parent: T.Overlay.overlay
     x: Math.round((parent.width - width) / 2)
     y: Math.max(Theme.space16, Math.round((parent.height - height) * 0.4))
     width: Math.min(Theme.sheetWidth, parent.width - Theme.space32)
     height: Math.min(implicitHeight, parent.height - Theme.space32)
     implicitHeight: contentItem.implicitHeight
-    modal: true
+    modal: !leaving
     dim: true
     focus: true
+    enabled: !leaving
+    // Whatever Escape or a press elsewhere could close stands in the way of shortcuts.
+    closePolicy: leaving ? T.Popup.NoAutoClose : T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
+
+    onAboutToShow: {
+        sheet.before = sheet.parent.Window.window?.activeFocusItem ?? null;
+        sheet.leaving = false;
+    }
+    onAboutToHide: {
+        sheet.leaving = true;
+        sheet.giveFocusBack();
+    }
 
     T.Overlay.modal: Rectangle {
         color: Theme.scrim
@@ -23,6 +49,17 @@ T.Popup {
             NumberAnimation {
                 duration: Theme.durationSheet
             }
+        }
+    }
+
+    // While the sheet leaves.
+    T.Overlay.modeless: Rectangle {
+        color: Theme.scrim
+
+        NumberAnimation on opacity {
+            from: 1
+            to: 0
+            duration: Theme.durationEnter
         }
     }
 

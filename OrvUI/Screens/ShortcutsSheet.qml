@@ -31,7 +31,7 @@ Sheet {
 
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: sheet.visible && !search.activeFocus
+            enabled: sheet.listens && !search.activeFocus
             onActivated: sheet.close()
         }
 

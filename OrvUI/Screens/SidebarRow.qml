@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: row
 
+    property int toldRole: Accessible.ListItem
     required property string glyph
     property int count: 0
     property bool showsCount: true
@@ -21,7 +22,7 @@ T.AbstractButton {
     implicitWidth: rail ? Theme.railButtonWidth : Theme.sidebarWidth
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.ListItem
+    Accessible.role: toldRole
     Accessible.name: showsCount ? counts : text
     Accessible.selected: selected
     Keys.onReturnPressed: row.clicked()

@@ -6,12 +6,13 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: part
 
+    property int toldRole: Accessible.ButtonMenu
     property bool primary: false
 
     implicitWidth: Theme.splitWidth
     implicitHeight: Theme.controlRegular
     hoverEnabled: true
-    Accessible.role: Accessible.ButtonMenu
+    Accessible.role: toldRole
     Accessible.name: text
     Keys.onReturnPressed: part.clicked()
     Keys.onEnterPressed: part.clicked()

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: card
 
+    property int toldRole: Accessible.RadioButton
     required property int theme
     required property bool dark
     required property int previewWidth
@@ -18,7 +19,7 @@ T.AbstractButton {
     implicitHeight: previewHeight + name.height + Theme.space12
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.RadioButton
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.checked: checked
     Keys.onReturnPressed: card.clicked()

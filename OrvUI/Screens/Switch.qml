@@ -6,6 +6,8 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: control
 
+    property int toldRole: Accessible.CheckBox
+
     function flip() {
         control.toggle();
         control.clicked();
@@ -16,7 +18,7 @@ T.AbstractButton {
     checkable: true
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    Accessible.role: Accessible.CheckBox
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.Control {
     id: tabs
 
+    property int toldRole: Accessible.PageTabList
     // One record each: text, count (nothing: no bubble).
     required property var choices
     property int currentIndex: 0
@@ -16,7 +17,7 @@ T.Control {
     implicitHeight: Theme.tabHeight
     implicitWidth: row.implicitWidth
     focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.PageTabList
+    Accessible.role: toldRole
     Accessible.name: name
     Keys.onLeftPressed: tabs.chosen(Math.max(0, currentIndex - 1))
     Keys.onRightPressed: tabs.chosen(Math.min(choices.length - 1, currentIndex + 1))
@@ -44,6 +45,7 @@ T.Control {
                 T.AbstractButton {
                     id: tab
 
+                    property int toldRole: Accessible.PageTab
                     required property var modelData
                     required property int index
                     readonly property bool isCurrent: index === tabs.currentIndex
@@ -53,7 +55,7 @@ T.Control {
                     implicitWidth: content.implicitWidth
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true
-                    Accessible.role: Accessible.PageTab
+                    Accessible.role: toldRole
                     Accessible.name: modelData.text
                     Accessible.selected: isCurrent
                     onClicked: tabs.chosen(index)

@@ -87,6 +87,8 @@ FocusScope {
         T.AbstractButton {
             id: button
 
+            property int toldRole: Accessible.ButtonMenu
+
             anchors.verticalCenter: parent.verticalCenter
             visible: composer.fixedProjectID.length === 0
             implicitWidth: chosen.implicitWidth + Theme.space16
@@ -94,7 +96,7 @@ FocusScope {
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true
             text: project.name.length > 0 ? project.name : qsTr("Choose a project")
-            Accessible.role: Accessible.ButtonMenu
+            Accessible.role: toldRole
             Accessible.name: qsTr("Project: %1").arg(text)
             Keys.onReturnPressed: button.clicked()
             onClicked: {

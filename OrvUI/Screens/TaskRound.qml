@@ -6,11 +6,13 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: round
 
+    property int toldRole: Accessible.CheckBox
+
     implicitWidth: Theme.controlMini
     implicitHeight: Theme.controlMini
     checkable: true
     hoverEnabled: true
-    Accessible.role: Accessible.CheckBox
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked

@@ -11,6 +11,14 @@ FocusScope {
     required property string folderName
     readonly property TerminalSession session: list.selected
     readonly property TerminalView view: host.view
+    onViewChanged: {
+        // It has the focus, and is made where nothing can be said of it.
+        if (view !== null) {
+            const shown = view.session;
+            view.Accessible.role = Accessible.Terminal;
+            view.Accessible.name = Qt.binding(() => shown.title);
+        }
+    }
     signal linkActivated(url link)
     signal fileActivated(string path, int line, int column)
 
@@ -115,8 +123,6 @@ FocusScope {
             session: list.selected
             style: TerminalLook
             padding: Qt.size(Theme.terminalPaddingX, Theme.terminalPaddingY)
-            Accessible.role: Accessible.Terminal
-            Accessible.name: list.selected !== null ? list.selected.title : ""
         }
 
         TerminalScrollBar {
@@ -206,11 +212,12 @@ FocusScope {
 
             TerminalNote {
                 readonly property TerminalSession ended: page.session !== null && !page.session.isAlive ? page.session : null
+                readonly property string fault: ended?.startError ?? ""
 
                 visible: ended !== null
                 asks: false
-                text: ended === null ? "" : ended.exitCode > 0 ? qsTr("The shell has ended with code %1. Press Return to start again.").arg(ended.exitCode) : qsTr("The shell has ended. Press Return to start again.")
-                isError: ended !== null && ended.exitCode > 0
+                text: ended === null ? "" : fault.length > 0 ? qsTr("The shell could not be started (%1). Press Return to start again.").arg(fault) : ended.exitCode > 0 ? qsTr("The shell has ended with code %1. Press Return to start again.").arg(ended.exitCode) : qsTr("The shell has ended. Press Return to start again.")
+                isError: fault.length > 0 || (ended !== null && ended.exitCode > 0)
             }
         }
     }
@@ -299,6 +306,16 @@ FocusScope {
     PageShortcut {
         sequences: Keymap.of("previousTerminal")
         onActivated: list.step(-1)
+    }
+
+    PageShortcut {
+        sequences: Keymap.of("terminalLeft")
+        onActivated: list.moveSelected(-1)
+    }
+
+    PageShortcut {
+        sequences: Keymap.of("terminalRight")
+        onActivated: list.moveSelected(1)
     }
 
     PageShortcut {

@@ -6,6 +6,7 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: tab
 
+    property int toldRole: Accessible.PageTab
     required property TerminalSession session
     property int limit: Theme.terminalTabMax
     property bool isSelected: false
@@ -19,7 +20,7 @@ T.AbstractButton {
     text: session.title
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
-    Accessible.role: Accessible.PageTab
+    Accessible.role: toldRole
     Accessible.name: text
     Accessible.selected: isSelected
     Accessible.description: isEnded ? qsTr("ended") : session.isBusy ? qsTr("a program runs") : session.hasUnseenBell ? qsTr("rang") : ""

@@ -78,6 +78,13 @@ void TerminalTabList::moveTo(TerminalSession* session, TerminalSession* other) {
     m_tabs->move(session->id(), static_cast<int>(m_tabs->sessions().indexOf(other)));
 }
 
+void TerminalTabList::moveSelected(int direction) {
+    if (const TerminalSession* session = selected()) {
+        const auto place = static_cast<int>(m_tabs->sessions().indexOf(session));
+        m_tabs->move(session->id(), place + direction);
+    }
+}
+
 void TerminalTabList::close(TerminalSession* session) {
     if (session->hasForegroundProgram()) {
         select(session);

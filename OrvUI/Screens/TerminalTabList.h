@@ -45,6 +45,8 @@ public:
     Q_INVOKABLE void step(int direction);
     /// Puts a tab where another one stands.
     Q_INVOKABLE void moveTo(orv::TerminalSession* session, orv::TerminalSession* other);
+    /// Puts the selected one a place further to the right (1), or to the left (-1); at the end it stays.
+    Q_INVOKABLE void moveSelected(int direction);
     /// At once, or after a question where a program runs.
     Q_INVOKABLE void close(orv::TerminalSession* session);
     Q_INVOKABLE void answerClosing(bool isWanted);

@@ -10,6 +10,8 @@
 #include <QPointer>
 #include <QtMath>
 
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -153,6 +155,17 @@ int Theme::lineHeight(TextRole role) const {
 
 int Theme::lead(TextRole role) const {
     return m_faces[size_t(role)].lead;
+}
+
+QColor Theme::onFill(const QColor& fill) {
+    // WCAG 2.2, relative luminance; where the contrast to black and to white is the same.
+    const auto linear = [](float part) {
+        return part <= 0.04045F ? part / 12.92F : std::pow((part + 0.055F) / 1.055F, 2.4F);
+    };
+    constexpr float middle = 0.179F;
+    const float luminance =
+        0.2126F * linear(fill.redF()) + 0.7152F * linear(fill.greenF()) + 0.0722F * linear(fill.blueF());
+    return luminance > middle ? Qt::black : Qt::white;
 }
 
 int Theme::tileRadius(int size) {

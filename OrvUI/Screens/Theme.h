@@ -322,6 +322,8 @@ public:
     [[nodiscard]] Q_INVOKABLE int lead(orv::Theme::TextRole role) const;
     /// Radius of a project tile of that size.
     [[nodiscard]] Q_INVOKABLE static int tileRadius(int size);
+    /// Black or white, whichever is easier to read on that colour.
+    [[nodiscard]] Q_INVOKABLE static QColor onFill(const QColor& fill);
     /// A project tile's colours. `dark` is there so that a binding follows the theme.
     [[nodiscard]] Q_INVOKABLE QColor tileFill(int index, bool dark) const;
     [[nodiscard]] Q_INVOKABLE QColor tileLetter(int index, bool dark) const;

@@ -163,6 +163,11 @@ std::span<const ShadowLayer> ThemeColors::shadow(int level) const {
     return shadows[m_dark ? 0 : 1][(level - 1) & 3];
 }
 
+QStringList ThemeColors::avatars() {
+    return {QStringLiteral("#d3455b"), QStringLiteral("#c96f1c"), QStringLiteral("#3f8f4f"),
+            QStringLiteral("#2480c2"), QStringLiteral("#7a56d6"), QStringLiteral("#6b7280")};
+}
+
 QColor ThemeColors::tileFillAt(int index) const {
     return QColor::fromRgba(tileFills[m_dark ? 0 : 1][index & 7]);
 }

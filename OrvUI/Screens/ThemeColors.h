@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QStringList>
 #include <QtQmlIntegration>
 
 #include <span>
@@ -76,6 +77,7 @@ class ThemeColors : public QObject {
     Q_PROPERTY(QColor terminalForeground READ terminalForeground NOTIFY colorsChanged FINAL)
     Q_PROPERTY(QColor terminalCursor READ terminalCursor NOTIFY colorsChanged FINAL)
     Q_PROPERTY(QColor terminalSelection READ terminalSelection NOTIFY colorsChanged FINAL)
+    Q_PROPERTY(QStringList avatars READ avatars CONSTANT FINAL)
 
 public:
     static constexpr int colorCount = 55;
@@ -145,6 +147,8 @@ public:
     /// A project's tile: 0 to 7.
     [[nodiscard]] QColor tileFillAt(int index) const;
     [[nodiscard]] QColor tileLetterAt(int index) const;
+    /// What may stand behind the user's initial, as settings keep it; of all themes.
+    [[nodiscard]] static QStringList avatars();
     [[nodiscard]] bool isDark() const { return m_dark; }
     /// Edges and the faintest text are stronger than the theme has them.
     [[nodiscard]] bool hasHigherContrast() const { return m_higherContrast; }

@@ -29,7 +29,7 @@ Sheet {
 
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: sheet.visible
+            enabled: sheet.listens
             onActivated: sheet.nav.closeSheet()
         }
 

@@ -16,6 +16,12 @@ Enum read(const QSettings& ini, const QString& key, Enum last, Enum byDefault) {
     return isNumber && value >= 0 && value <= static_cast<int>(last) ? static_cast<Enum>(value) : byDefault;
 }
 
+double readFontSize(const QSettings& ini) {
+    const double size = ini.value(u"terminalFontSize"_s).toDouble();
+    const bool isOne = size >= TerminalStyle::smallestSize && size <= TerminalStyle::largestSize;
+    return isOne ? size : TerminalStyle::usualSize;
+}
+
 } // namespace
 
 WindowState WindowState::load(const QString& file) {
@@ -30,6 +36,7 @@ WindowState WindowState::load(const QString& file) {
             {read(ini, u"page"_s, AppPage::Kind::ai, defaults.page.kind), ini.value(u"pageID"_s).toString(),
              read(ini, u"section"_s, SettingsSection::projects, defaults.page.section)},
         .tab = read(ini, u"tab"_s, DetailTab::files, defaults.tab),
+        .terminalFontSize = readFontSize(ini),
     };
 }
 
@@ -43,6 +50,7 @@ void WindowState::save(const QString& file) const {
     ini.setValue(u"pageID"_s, page.id);
     ini.setValue(u"section"_s, static_cast<int>(page.section));
     ini.setValue(u"tab"_s, static_cast<int>(tab));
+    ini.setValue(u"terminalFontSize"_s, terminalFontSize);
 }
 
 QRect WindowState::fitted(QRect geometry, const QList<QRect>& screens, QSize minimum) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvTerminal/View/TerminalStyle.h"
 #include "OrvUI/ModelTypes.h"
 
 #include <QRect>
@@ -15,6 +16,7 @@ struct WindowState {
     bool isSystemDark = true;
     AppPage page;
     DetailTab tab = DetailTab::overview; ///< of a project's page
+    double terminalFontSize = TerminalStyle::usualSize;
 
     bool operator==(const WindowState&) const = default;
     [[nodiscard]] static WindowState load(const QString& file);

@@ -15,6 +15,7 @@ namespace {
 
 /// As X11 numbers them.
 constexpr quint32 codeOf1 = 10, codeOfA = 38, codeOfQ = 24, codeOfMinus = 20, codeOfKeypad5 = 84;
+constexpr quint32 capsLock = 2, numLock = 16;
 
 struct Pressed {
     const char* label;
@@ -24,6 +25,8 @@ struct Pressed {
     quint32 scanCode;
     std::string expected;
     std::string kitty; ///< with all of kitty's flags; empty: not looked at
+    quint32 symbol = 0;
+    quint32 native = 0; ///< the state of the modifiers
 };
 
 TEST(KeyTranslator, GivesTheEngineWhatItNeeds) {
@@ -51,13 +54,27 @@ TEST(KeyTranslator, GivesTheEngineWhatItNeeds) {
         Pressed{"third level", Qt::Key_At, {}, u"@"_s, codeOfQ, "@", {}},
         Pressed{"beyond the first plane", Qt::Key_unknown, {}, u"🙂"_s, 99, "🙂", {}},
         Pressed{"shift alone", Qt::Key_Shift, {}, {}, 50, "", "\x1b[57441;2u"},
+        Pressed{"left shift", Qt::Key_Shift, {}, {}, 50, "", "\x1b[57441;2u", 0xFFE1},
+        Pressed{"right shift", Qt::Key_Shift, {}, {}, 62, "", "\x1b[57447;2u", 0xFFE2},
+        Pressed{"right ctrl", Qt::Key_Control, {}, {}, 105, "", "\x1b[57448;5u", 0xFFE4},
+        Pressed{"right alt", Qt::Key_Alt, {}, {}, 108, "", "\x1b[57449;3u", 0xFFEA},
+        Pressed{"alt after shift", Qt::Key_Meta, shift, {}, 64, "", "\x1b[57443;4u", 0xFFE7},
+        Pressed{"right super", Qt::Key_Super_R, {}, {}, 134, "", "\x1b[57450;9u", 0xFFEC},
+        Pressed{"third level's key", Qt::Key_AltGr, {}, {}, 108, "", "\x1b[57453u", 0xFE03},
+        Pressed{"caps lock", Qt::Key_A, {}, u"A"_s, codeOfA, "A", "\x1b[97;65;65u", 0x41, capsLock},
+        Pressed{"caps lock and shift", Qt::Key_A, shift, u"a"_s, codeOfA, "a", "\x1b[97:65;66;97u", 0x61, capsLock},
+        Pressed{"caps lock and ctrl", Qt::Key_A, ctrl, u"\x01"_s, codeOfA, "\x01", "\x1b[97;69u", 0x41, capsLock},
+        Pressed{"num lock and left", Qt::Key_Left, {}, {}, 113, "\x1b[D", "\x1b[1;129D", 0xFF51, numLock},
+        Pressed{
+            "keypad digit by shift", Qt::Key_5, shift | Qt::KeypadModifier, u"5"_s, codeOfKeypad5, "5",
+            "\x1b[57404;2;53u", 0xFFB5},
     };
     term::KeyModes modes;
     term::KeyModes kitty;
     kitty.kitty.bits = 0x1F;
     for (const Pressed& row : rows) {
         KeyTranslator keys;
-        const QKeyEvent event(QEvent::KeyPress, row.key, row.modifiers, row.scanCode, 0, 0, row.text);
+        const QKeyEvent event(QEvent::KeyPress, row.key, row.modifiers, row.scanCode, row.symbol, row.native, row.text);
         term::KeyEvent made;
         QByteArray text;
         ASSERT_TRUE(keys.translate(event, made, text)) << row.label;
@@ -73,6 +90,34 @@ TEST(KeyTranslator, GivesTheEngineWhatItNeeds) {
     const QKeyEvent digit(QEvent::KeyPress, Qt::Key_5, Qt::KeypadModifier, codeOfKeypad5, 0, 0, u"5"_s);
     ASSERT_TRUE(KeyTranslator().translate(digit, made, text));
     EXPECT_EQ(term::encodeKey(made, modes), "5");
+}
+
+TEST(KeyTranslator, HoldsAModifierUntilBothItsKeysAreUp) {
+    constexpr quint32 left = 0xFFE1, right = 0xFFE2;
+    constexpr auto down = QEvent::KeyPress, up = QEvent::KeyRelease;
+    const struct {
+        const char* label;
+        QEvent::Type type;
+        quint32 symbol;
+        Qt::KeyboardModifiers before;
+        bool isHeld;
+    } steps[] = {
+        {"one", down, left, {}, true},
+        {"the other too", down, right, Qt::ShiftModifier, true},
+        {"one is up", up, left, Qt::ShiftModifier, true},
+        {"both are", up, right, Qt::ShiftModifier, false},
+        {"one that comes up elsewhere", down, left, {}, true},
+        {"the other alone", down, right, {}, true},
+        {"is up", up, right, Qt::ShiftModifier, false},
+    };
+    KeyTranslator keys;
+    for (const auto& step : steps) {
+        const QKeyEvent event(step.type, Qt::Key_Shift, step.before, 50, step.symbol, 0, {});
+        term::KeyEvent made;
+        QByteArray text;
+        ASSERT_TRUE(keys.translate(event, made, text)) << step.label;
+        EXPECT_EQ(made.modifiers.has(term::KeyModifiers::shift), step.isHeld) << step.label;
+    }
 }
 
 TEST(KeyTranslator, LearnsTheLayoutFromPlainKeys) {

@@ -1,6 +1,8 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "tests/support/TestSupport.h"
 
+#include <QDir>
+#include <QFile>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -9,6 +11,8 @@
 
 #include <array>
 #include <csignal>
+
+#include <sys/resource.h>
 
 namespace orv {
 namespace {
@@ -164,9 +168,50 @@ TEST_F(Terminals, EndWithTheirJobs) {
     EXPECT_TRUE(closed.isNull());
 }
 
-TEST_F(Terminals, StartWhereverTheyCan) {
-    TerminalSession* session = open(u"is-not-there"_s);
+TEST_F(Terminals, StartWhereverTheyCanAndSaySo) {
+    TerminalSession* session = open(u"is\nnot there"_s);
     EXPECT_TRUE(session->isAlive()) << "a folder that is gone leaves the shell where the application is";
+    const QString said = session->outputForTesting().remove(u'\n');
+    const QString line = home.path(u"is?not there"_s) + u" can't be entered: this shell starts in "_s;
+    EXPECT_TRUE(said.contains(line + QDir::currentPath())) << said.toStdString();
+    EXPECT_EQ(session->startError(), QString());
+}
+
+TEST_F(Terminals, SayWhyTheirShellDidNotStart) {
+    struct Row {
+        const char* label;
+        QString shell;
+        QString words;
+    };
+    const QString text = home.add(u"text"_s, "no program");
+    const QString broken = home.add(u"broken"_s, "no program");
+    ASSERT_TRUE(QFile::setPermissions(broken, QFile::ReadOwner | QFile::ExeOwner));
+    const std::array rows{
+        Row{"not there", u"/no/such/shell"_s, u"/no/such/shell: No such file or directory"_s},
+        Row{"no right", text, text + u": Permission denied"_s},
+        Row{"no program", broken, broken + u": Exec format error"_s},
+    };
+    for (const Row& row : rows) {
+        tabs->setShell(row.shell);
+        TerminalSession* session = tabs->open(QUrl::fromLocalFile(home.path(u"shop"_s)));
+        EXPECT_FALSE(session->isAlive()) << row.label;
+        EXPECT_TRUE(waitFor([&] { return !session->startError().isEmpty() && session->exitCode(); })) << row.label;
+        EXPECT_EQ(session->startError(), row.words) << row.label;
+        EXPECT_FALSE(session->hasForegroundProgram()) << row.label;
+        EXPECT_EQ(session->shellPID(), std::nullopt) << row.label;
+    }
+    // Without descriptors there is not even a process.
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    tabs->setShell({});
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    TerminalSession* starved = tabs->open(QUrl::fromLocalFile(home.path(u"shop"_s)));
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_TRUE(waitFor([&] { return starved->startError() == u"Too many open files"_s; }))
+        << starved->startError().toStdString();
+    TerminalSession* again = tabs->renew(starved->id());
+    EXPECT_TRUE(waitFor([&] { return again->outputForTesting().contains(u"ready>"_s); }));
 }
 
 TEST_F(Terminals, LeaveNothingBehind) {

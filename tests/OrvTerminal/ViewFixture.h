@@ -15,6 +15,21 @@
 
 namespace orv {
 
+/// How many pixels of a part are of a colour.
+[[nodiscard]] inline int pixelsOf(const QImage& image, const QRect& part, QRgb color) {
+    int found = 0;
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+        for (int x = part.left(); x <= part.right(); ++x) {
+            found += image.pixel(x, y) == color ? 1 : 0;
+        }
+    }
+    return found;
+}
+
+[[nodiscard]] inline int areaOf(const QRect& rect) {
+    return rect.width() * rect.height();
+}
+
 /// A terminal in a window that nobody sees. Its shell is not started unless a test does: then what it shows is what the
 /// test feeds.
 class TerminalViews : public ::testing::Test {

@@ -5,7 +5,11 @@
 #include "tests/OrvGit/GitFixture.h"
 #include "tests/Screens/MainWindow.h"
 
+#include <QQmlEngine>
+#include <QQmlIncubationController>
 #include <QTest>
+
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -188,6 +192,33 @@ TEST_F(GitWindow, FindsAndReadsFiles) {
         const QQuickItem* source = itemWith("FileTreeItem", "path", u"src"_s);
         return source != nullptr && !source->property("expanded").toBool();
     })) << "the folder is closed";
+}
+
+TEST_F(GitWindow, LosesRowsThatWouldStillBeMade) {
+    const auto file = [](int number) { return u"projects/shop/long/%1.txt"_s.arg(number); };
+    constexpr int many = 100;
+    const auto write = [&](const QByteArray& text) {
+        for (int number = 0; number < many; ++number) {
+            tree.add(file(number), text);
+        }
+    };
+    write("old\n");
+    openTab(DetailTab::overview);
+    write("new\n");
+    // Nothing that is made in the background comes to its end, as in a window that is hidden.
+    static QQmlIncubationController idle;
+    qmlEngine(window)->setIncubationController(&idle);
+    model->setDetailTab(DetailTab::git);
+    const auto count = [this] {
+        const QList<QQuickItem*> lists = items("GitChanges");
+        return lists.isEmpty() ? 0 : lists.first()->property("count").toInt();
+    };
+    ASSERT_TRUE(waitFor([&] { return count() > many; }));
+    item("GitChanges")->setProperty("contentY", 1000);
+    std::ignore = window->grabWindow(); // which makes the rows that are in view then
+    write("old\n");
+    ASSERT_TRUE(finishes(model->gitModel()->refresh()));
+    EXPECT_TRUE(waitFor([&] { return count() < many; }));
 }
 
 } // namespace

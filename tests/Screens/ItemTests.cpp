@@ -91,10 +91,10 @@ TEST(WindowState, KeepsTheWindowWithinReach) {
     EXPECT_EQ(WindowState::load(file), WindowState());
     const WindowState state{
         QRect(5, 6, 900, 700), true, true, false, {.kind = AppPage::Kind::project, .id = u"/p/shop"_s},
-        DetailTab::logs};
+        DetailTab::logs,       17.5};
     state.save(file);
     EXPECT_EQ(WindowState::load(file), state);
-    tree.add(u"odd.ini"_s, "[General]\npage=99\ntab=-1\nsection=x\n");
+    tree.add(u"odd.ini"_s, "[General]\npage=99\ntab=-1\nsection=x\nterminalFontSize=nan\n");
     EXPECT_EQ(WindowState::load(tree.path(u"odd.ini"_s)), WindowState());
 }
 

@@ -119,6 +119,36 @@ TEST_F(MainWindow, SetsTheFocusIntoTheSheetAndBack) {
         << "the focus is at " << window->activeFocusItem()->metaObject()->className();
 }
 
+TEST_F(MainWindow, IsThePagesAgainAsSoonAsASheetCloses) {
+    addInstalled(u"shop"_s, "vite", "");
+    scan();
+    open(QSize(1280, 832));
+    ASSERT_TRUE(test::waitFor([this] { return !items("ProjectCard").isEmpty(); }));
+    press(Qt::Key_Right);
+    const QQuickItem* before = window->activeFocusItem();
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] {
+        const QList<QQuickItem*> fields = items("FormField");
+        return !fields.isEmpty() && window->activeFocusItem()->inherits("QQuickTextInput");
+    })) << focus();
+    press(Qt::Key_Escape);
+    ASSERT_FALSE(items("FormField").isEmpty()) << "it fades";
+    EXPECT_EQ(window->activeFocusItem(), before) << focus();
+    press(Qt::Key_6, Qt::ControlModifier);
+    EXPECT_EQ(model->page().kind, AppPage::Kind::tasks);
+
+    const QSignalSpy answers(window, SIGNAL(quitAnswered(int)));
+    QMetaObject::invokeMethod(window, "askToQuit", Q_ARG(QVariant, u"1 service"_s), Q_ARG(QVariant, true));
+    ASSERT_TRUE(test::waitFor([this] { return button(u"Cancel"_s) != nullptr && items("FormField").isEmpty(); }));
+    QQuickItem* cancel = button(u"Cancel"_s);
+    click(cancel);
+    click(cancel);
+    EXPECT_EQ(answers.count(), 1) << "one answer is enough";
+    ASSERT_NE(button(u"Cancel"_s), nullptr) << "it fades";
+    click(named("SidebarRow", u"AI"_s));
+    EXPECT_EQ(model->page().kind, AppPage::Kind::ai);
+}
+
 TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     const QString agent = tree.add(
         u"bin/claude"_s, "#!/bin/sh\necho '{\"type\":\"result\",\"subtype\":\"success\",\"is_error\":false,"

@@ -224,6 +224,36 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     EXPECT_TRUE(tabs.sessions().constFirst()->isAlive());
 }
 
+TEST_F(TerminalPage, SaysThatAShellDidNotStart) {
+    tabs.setShell(u"/no/such/shell"_s);
+    tabs.open(QUrl(u"file:///tmp"_s));
+    const QString words = u"The shell could not be started (/no/such/shell: No such file or directory). "
+                          "Press Return to start again."_s;
+    EXPECT_TRUE(waitFor([&] { return shown(words) != nullptr && window->activeFocusItem() != nullptr; }));
+    tabs.setShell({});
+    QTest::keyClick(window, Qt::Key_Return);
+    ASSERT_EQ(tabs.sessions().size(), 1);
+    EXPECT_TRUE(tabs.sessions().constFirst()->isAlive());
+    EXPECT_TRUE(waitFor([&] { return shown(words) == nullptr; }));
+}
+
+TEST_F(TerminalPage, MovesTabsByKeys) {
+    for (int number = 0; number < 3; ++number) {
+        tabs.open(QUrl(u"file:///tmp"_s));
+    }
+    const QList<TerminalSession*> opened = tabs.sessions();
+    auto* view = qobject_cast<TerminalView*>(opened.at(2)->terminalView());
+    ASSERT_NE(view, nullptr);
+    ASSERT_TRUE(waitFor([&] { return view->hasActiveFocus(); }));
+    const auto press = [this](Qt::Key key) { QTest::keyClick(window, key, Qt::ControlModifier | Qt::ShiftModifier); };
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(tabs.sessions(), (QList<TerminalSession*>{opened.at(0), opened.at(2), opened.at(1)}));
+    EXPECT_EQ(tabs.selectedID(), opened.at(2)->id()) << "the same one is shown";
+    press(Qt::Key_PageDown);
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(tabs.sessions(), opened) << "at the end it stays";
+}
+
 TEST(TerminalTabList, FollowsTheTabsByRows) {
     TerminalTabs tabs;
     TerminalTabList list;
@@ -237,6 +267,8 @@ TEST(TerminalTabList, FollowsTheTabsByRows) {
     EXPECT_EQ(list.selected(), opened.at(2));
     list.step(1);
     EXPECT_EQ(list.selected(), opened.at(0)) << "round the end";
+    list.moveSelected(-1);
+    EXPECT_EQ(tabs.sessions(), opened) << "it is the first one";
     list.moveTo(opened.at(0), opened.at(2));
     EXPECT_EQ(tabs.sessions(), (QList<TerminalSession*>{opened.at(1), opened.at(2), opened.at(0)}));
     list.selectAt(7);

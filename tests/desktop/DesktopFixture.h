@@ -90,17 +90,9 @@ protected:
         desktop.click(item->place.center());
     }
 
-    /// Clicks until that shows something: a sheet that fades out still takes the pointer.
     [[nodiscard]] bool clickShows(const QString& name, const QString& expected) {
-        bool isThere = false;
-        for (int tries = 0; tries < 4 && !isThere; ++tries) {
-            if (const auto item = accessible->find(u"OrvLauncher"_s, name)) {
-                desktop.click(item->place.center());
-            }
-            isThere = waitFor(
-                [&] { return accessible->find(u"OrvLauncher"_s, expected).has_value(); }, std::chrono::seconds(5));
-        }
-        return isThere;
+        click(name);
+        return shows(expected);
     }
 
     /// The names of everything on the screen.

@@ -9,7 +9,8 @@ TEST_F(Desktop, RunsAProjectByAClickUntilItAnswersAndStopsIt) {
     open(Drawing::openGL);
     EXPECT_TRUE(httpGet(port).isEmpty());
     click(u"Run Frontend in site"_s);
-    EXPECT_TRUE(shows(address)) << seen().toStdString();
+    ASSERT_TRUE(shows(address)) << seen().toStdString();
+    EXPECT_EQ(accessible->find(u"OrvLauncher"_s, address)->role, u"link"_s);
     EXPECT_TRUE(httpGet(port).contains("hello from the site"));
     EXPECT_TRUE(shows(u"Stop all"_s)) << "the shelf of what runs";
     click(u"Stop site"_s);

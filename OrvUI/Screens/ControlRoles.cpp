@@ -1,0 +1,101 @@
+#include "OrvUI/Screens/ControlRoles.h"
+
+#include <QAccessible>
+#include <QPointer>
+#include <QtGlobal>
+
+#include <functional>
+#include <type_traits>
+
+using namespace Qt::StringLiterals;
+
+namespace orv {
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 5, 0)
+
+namespace {
+
+/// What Qt says of a control, but for the role. Qt's own interface is looked up by its number, for nobody knows in
+/// which order the two of a control are deleted.
+class ControlInterface : public QAccessibleInterface {
+public:
+    explicit ControlInterface(QAccessibleInterface& qt) : m_object(qt.object()), m_id(QAccessible::uniqueId(&qt)) {}
+
+    [[nodiscard]] QAccessible::Role role() const override {
+        if (m_object.isNull()) {
+            return QAccessible::NoRole;
+        }
+        const auto role = static_cast<QAccessible::Role>(m_object->property("toldRole").toInt());
+        return role != QAccessible::NoRole ? role : ask(&QAccessibleInterface::role);
+    }
+
+    [[nodiscard]] bool isValid() const override { return ask(&QAccessibleInterface::isValid); }
+    [[nodiscard]] QObject* object() const override { return m_object; }
+    [[nodiscard]] QWindow* window() const override { return ask(&QAccessibleInterface::window); }
+    [[nodiscard]] QList<QPair<QAccessibleInterface*, QAccessible::Relation>> relations(
+        QAccessible::Relation match) const override {
+        return ask(&QAccessibleInterface::relations, match);
+    }
+    [[nodiscard]] QAccessibleInterface* focusChild() const override { return ask(&QAccessibleInterface::focusChild); }
+    [[nodiscard]] QAccessibleInterface* childAt(int x, int y) const override {
+        return ask(&QAccessibleInterface::childAt, x, y);
+    }
+    [[nodiscard]] QAccessibleInterface* parent() const override { return ask(&QAccessibleInterface::parent); }
+    [[nodiscard]] QAccessibleInterface* child(int index) const override {
+        return ask(&QAccessibleInterface::child, index);
+    }
+    [[nodiscard]] int childCount() const override { return ask(&QAccessibleInterface::childCount); }
+    [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override {
+        return ask(&QAccessibleInterface::indexOfChild, child);
+    }
+    [[nodiscard]] QString text(QAccessible::Text kind) const override { return ask(&QAccessibleInterface::text, kind); }
+    void setText(QAccessible::Text kind, const QString& text) override {
+        ask(&QAccessibleInterface::setText, kind, text);
+    }
+    [[nodiscard]] QRect rect() const override { return ask(&QAccessibleInterface::rect); }
+    [[nodiscard]] QAccessible::State state() const override { return ask(&QAccessibleInterface::state); }
+    [[nodiscard]] QColor foregroundColor() const override { return ask(&QAccessibleInterface::foregroundColor); }
+    [[nodiscard]] QColor backgroundColor() const override { return ask(&QAccessibleInterface::backgroundColor); }
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        return ask(&QAccessibleInterface::interface_cast, type);
+    }
+
+private:
+    /// What Qt's own says; nothing where that is gone.
+    template <typename Function, typename... Arguments>
+    std::invoke_result_t<Function, QAccessibleInterface*, const Arguments&...> ask(
+        Function function, const Arguments&... arguments) const {
+        using Answer = std::invoke_result_t<Function, QAccessibleInterface*, const Arguments&...>;
+        QAccessibleInterface* qt = m_object.isNull() ? nullptr : QAccessible::accessibleInterface(m_id);
+        return qt != nullptr ? std::invoke(function, qt, arguments...) : Answer();
+    }
+
+    const QPointer<QObject> m_object;
+    const QAccessible::Id m_id;
+};
+
+QAccessibleInterface* interfaceOf(const QString& className, QObject* object) {
+    // Asked in turn for each class of the object, the innermost first.
+    static bool isAskingQt = false;
+    if (isAskingQt || className != "QQuickControl"_L1) {
+        return nullptr;
+    }
+    isAskingQt = true;
+    QAccessibleInterface* qt = QAccessible::queryAccessibleInterface(object);
+    isAskingQt = false;
+    return qt != nullptr ? new ControlInterface(*qt) : nullptr;
+}
+
+} // namespace
+
+void tellRolesOfControls() {
+    QAccessible::installFactory(interfaceOf); // it takes each once
+}
+
+#else
+
+void tellRolesOfControls() {}
+
+#endif
+
+} // namespace orv

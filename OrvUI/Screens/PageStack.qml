@@ -1,0 +1,151 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// The page that is shown, and the agent panel beside it, or over it in a narrow window.
+FocusScope {
+    id: pages
+
+    required property AppModel model
+    required property Navigator nav
+    required property bool narrow
+    required property bool wide
+    required property int padding
+    // In a collection or folder.
+    property string searchText
+    readonly property bool isHome: nav.page === Navigator.Home
+    readonly property bool inFolder: nav.page === Navigator.Collection || nav.page === Navigator.Folder
+    // The agent panel stands beside the page, which is narrower for it.
+    readonly property bool panelDocked: nav.agentPanel && !narrow
+    readonly property ProjectDetail detail: (page.item as ProjectPage)?.detail ?? null
+    readonly property bool scrolled: isHome ? home.scrolled : (page.item as Item)?.scrolled ?? false
+    readonly property Item shownPage: isHome ? home : page
+    // Null while it is closed.
+    readonly property Item shownPanel: agentPanel.active ? agentPanel : null
+    readonly property var sources: ({
+            [Navigator.Settings]: "SettingsPage.qml",
+            [Navigator.Collection]: "CollectionPage.qml",
+            [Navigator.Folder]: "CollectionPage.qml",
+            [Navigator.Project]: "ProjectPage.qml",
+            [Navigator.Tasks]: "TasksPage.qml",
+            [Navigator.Ai]: "AiPage.qml"
+        })
+    signal folderRequested
+
+    function show() {
+        const source = sources[nav.page] ?? "";
+        if (source.length > 0 && page.shown !== source) {
+            page.shown = source;
+            page.setSource(source, {
+                "model": pages.model,
+                "nav": pages.nav,
+                "narrow": Qt.binding(() => pages.narrow || (pages.panelDocked && !pages.wide)),
+                "padding": Qt.binding(() => pages.padding)
+            });
+            if (source === "CollectionPage.qml") {
+                page.item.searchText = Qt.binding(() => pages.searchText);
+            }
+        } else if (source.length === 0) {
+            page.shown = "";
+            page.source = "";
+        }
+        if (pages.Window.window?.visible ?? false) {
+            arrival.restart();
+        }
+        pages.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
+    function focusCards() {
+        isHome ? home.focusCards() : (page.item as CollectionPage)?.focusCards();
+    }
+
+    // Stays while others are shown, so that one comes back to where one was.
+    HomePage {
+        id: home
+
+        anchors.fill: parent
+        visible: pages.isHome
+        enabled: visible
+        focus: visible
+        model: pages.model
+        nav: pages.nav
+        padding: pages.padding
+        onFolderRequested: pages.folderRequested()
+        onAddRequested: clones => pages.nav.addProject(clones)
+        onProjectChosen: projectID => pages.nav.project(projectID)
+        onCollectionChosen: path => pages.nav.collection(path)
+        onFolderChosen: path => pages.nav.folder(path)
+    }
+
+    Loader {
+        id: page
+
+        anchors.fill: parent
+        anchors.rightMargin: pages.panelDocked ? agentPanel.width : 0
+        // Its file's name.
+        property string shown
+
+        focus: !home.visible
+        visible: !home.visible
+    }
+
+    Connections {
+        target: page.item
+        ignoreUnknownSignals: true
+
+        function onFolderRequested() {
+            pages.folderRequested();
+        }
+    }
+
+    Loader {
+        id: agentPanel
+
+        anchors.right: parent.right
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
+        anchors.margins: pages.narrow ? Theme.space8 : 0
+        width: pages.wide ? Theme.agentPanelWidthWide : Theme.agentPanelWidth
+        active: pages.nav.agentPanel && pages.detail !== null
+        onLoaded: (item as AgentPanel).focusComposer()
+
+        sourceComponent: AgentPanel {
+            model: pages.model
+            projectID: pages.detail?.projectID ?? ""
+            projectName: pages.detail?.name ?? ""
+            floating: pages.narrow
+            onCloseAsked: {
+                pages.nav.agentPanel = false;
+                page.forceActiveFocus(Qt.OtherFocusReason);
+            }
+        }
+    }
+
+    // A page that comes rises a little and fades in.
+    ParallelAnimation {
+        id: arrival
+
+        NumberAnimation {
+            target: pages
+            property: "opacity"
+            from: 0
+            to: 1
+            duration: Theme.durationSheet
+            easing.type: Easing.BezierSpline
+            easing.bezierCurve: Theme.easeEnter
+        }
+
+        NumberAnimation {
+            target: rise
+            property: "y"
+            from: Theme.reducedMotion ? 0 : Theme.space4
+            to: 0
+            duration: Theme.durationSheet
+            easing.type: Easing.BezierSpline
+            easing.bezierCurve: Theme.easeEnter
+        }
+    }
+
+    transform: Translate {
+        id: rise
+    }
+}

@@ -105,9 +105,10 @@ QFuture<int> discard(Invocation& call) {
         }
         QStringList paths;
         for (const FileChange& each : status->changes) {
-            const QStringList touched = each.touchedPaths();
-            if (std::ranges::any_of(touched, [&](const QString& path) { return isBelow(path, *named); })) {
-                paths += touched;
+            for (const QString& path : each.touchedPaths()) {
+                if (isBelow(path, *named)) {
+                    paths.append(path);
+                }
             }
         }
         paths.removeDuplicates();

@@ -244,7 +244,26 @@ TEST_F(AppModelGit, BringsBackWhatWasDiscarded) {
     QString said;
     const QObject scope;
     QObject::connect(model.get(), &AppModel::statusMessageChanged, &scope, [&] { said += model->statusText(); });
+    // A part of a file in which more is changed: that is the state to which nothing must have been done.
     model->undo();
+    const QByteArray parts = "first\n" + QByteArray("same\n").repeated(20) + "last\n";
+    write(parts);
+    git(shop, {u"add"_s, u"."_s});
+    git(shop, {u"commit"_s, u"-qm"_s, u"Parts"_s});
+    const QByteArray edited = "1st\n" + parts.sliced(6) + "more\n";
+    write(edited);
+    const QFuture<void> listed = model->gitModel()->refresh();
+    EXPECT_TRUE(finishes(listed));
+    model->gitModel()->selectFile(u"package.json"_s, false);
+    EXPECT_TRUE(waitFor([&] { return model->gitModel()->diff()->hunkCount() == 2; }));
+    model->gitModel()->discardHunk(0);
+    EXPECT_TRUE(waitFor([&] { return content() == parts + "more\n" && !model->undoText().isEmpty(); }));
+    model->undo();
+    EXPECT_TRUE(waitFor([&] { return content() == edited && !model->isGitBusy(project(u"shop"_s)); }));
+    write(committed);
+    git(shop, {u"commit"_s, u"-qam"_s, u"Back"_s});
+
+    write("changed");
     EXPECT_TRUE(waitFor([&] { return !said.isEmpty(); }));
     EXPECT_TRUE(said.startsWith(u"“package.json” has changed since."_s)) << said.toStdString();
     EXPECT_EQ(content(), "mine");

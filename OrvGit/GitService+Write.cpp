@@ -228,6 +228,13 @@ GitOutcome<void> GitService::switchBranch(const QString& repository, const QStri
     return perform(repository, {"switch", GitPath::toBytes(name)}, GitLimits::local);
 }
 
+GitOutcome<void> GitService::switchToRemote(const QString& repository, const QString& remoteBranch) const {
+    if (auto named = requireBranchName(remoteBranch); !named) {
+        return named;
+    }
+    return perform(repository, {"switch", "--track", GitPath::toBytes(remoteBranch)}, GitLimits::local);
+}
+
 GitOutcome<void> GitService::createBranch(const QString& repository, const QString& name) const {
     if (auto named = requireBranchName(name); !named) {
         return named;

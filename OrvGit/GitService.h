@@ -93,6 +93,8 @@ public:
     // Branches
     /// `name` may also be a branch of one remote, which is then followed.
     [[nodiscard]] GitOutcome<void> switchBranch(const QString& repository, const QString& name) const;
+    /// To a new branch that follows the one of a remote ("origin/feat/x") and has its name there.
+    [[nodiscard]] GitOutcome<void> switchToRemote(const QString& repository, const QString& remoteBranch) const;
     [[nodiscard]] GitOutcome<void> createBranch(const QString& repository, const QString& name) const;
     enum class Deletion { ifMerged, always };
     [[nodiscard]] GitOutcome<void> deleteBranch(

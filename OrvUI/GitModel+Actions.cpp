@@ -285,6 +285,13 @@ void GitModel::switchBranch(const QString& name) {
         [=](const GitService& service, const QString& repository) { return service.switchBranch(repository, name); });
 }
 
+void GitModel::switchToRemote(const QString& remoteBranch) {
+    act(u"switch"_s, u"Switching to %1…"_s.arg(remoteBranch),
+        [=](const GitService& service, const QString& repository) {
+            return service.switchToRemote(repository, remoteBranch);
+        });
+}
+
 void GitModel::createBranch(const QString& name) {
     act(u"create"_s, u"Creating %1…"_s.arg(name),
         [=](const GitService& service, const QString& repository) { return service.createBranch(repository, name); });

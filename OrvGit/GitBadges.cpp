@@ -39,12 +39,19 @@ QFuture<GitBadge> GitBadges::read(const QString& projectRoot) {
     return reading->promise.future();
 }
 
-QFuture<QStringList> GitBadges::repositories(const QString& projectRoot) {
-    const auto promise = std::make_shared<QPromise<QStringList>>();
+QFuture<QList<QStringList>> GitBadges::repositories(const QStringList& projectRoots) {
+    const auto promise = std::make_shared<QPromise<QList<QStringList>>>();
     promise->start();
-    m_pool.start([this, promise, projectRoot] {
-        if (!m_runner.cancellation->isCancelled()) {
-            promise->addResult(GitService::findRepos(projectRoot));
+    m_pool.start([this, promise, projectRoots] {
+        QList<QStringList> found;
+        for (const QString& root : projectRoots) {
+            if (m_runner.cancellation->isCancelled()) {
+                break;
+            }
+            found.append(GitService::findRepos(root));
+        }
+        if (found.size() == projectRoots.size()) {
+            promise->addResult(found);
         }
         promise->finish();
     });

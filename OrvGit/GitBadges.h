@@ -21,8 +21,8 @@ public:
     /// Any thread. A repository that has no status, such as a bare one, counts as unread. Without a result when this
     /// object is destroyed first.
     [[nodiscard]] QFuture<GitBadge> read(const QString& projectRoot);
-    /// The repositories under a project, which is the first half of `read`.
-    [[nodiscard]] QFuture<QStringList> repositories(const QString& projectRoot);
+    /// The repositories under each of the projects, which is the first half of `read`.
+    [[nodiscard]] QFuture<QList<QStringList>> repositories(const QStringList& projectRoots);
     /// As `read`, of repositories that are known already.
     [[nodiscard]] QFuture<GitBadge> readRepositories(const QStringList& repositories);
 

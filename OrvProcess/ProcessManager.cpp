@@ -316,6 +316,13 @@ QFuture<void> ProcessManager::stopAll() {
     return whenAll(stops, this);
 }
 
+void ProcessManager::noteUp(const ServiceID& id) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (state(id).phase == ServiceState::Phase::starting) {
+        d->setState(id, ServiceState::running({}));
+    }
+}
+
 QList<int> ProcessManager::listeningPorts(const ServiceID& id) const {
     ORV_ASSERT_MAIN_THREAD();
     const auto run = d->runs.constFind(id);

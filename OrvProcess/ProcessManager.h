@@ -74,6 +74,9 @@ public:
     /// The TCP ports on which a process of the service's session really listens, ascending, as last looked up: by
     /// itself while the service comes up, later only when asked.
     [[nodiscard]] QList<int> listeningPorts(const ServiceID& id) const;
+    /// One that is starting and never says where it listens is running all the same, without a port: for whoever has
+    /// found it listening, and knows that it is no debugger that listens.
+    void noteUp(const ServiceID& id);
     /// Whether `listeningPorts` has all of them, so that on any other port nothing of the service listens. False until
     /// the first look since its start has finished, when the last one could not look into every process, and while the
     /// service has no live process.

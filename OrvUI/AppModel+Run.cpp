@@ -144,7 +144,7 @@ QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QStri
     const auto& devices = d->devices.rows();
     const auto row = std::ranges::find(devices, key, &DeviceRow::key);
     const QString title = row != devices.end() ? row->title : DeviceParsers::displayName(key.section(u':', 1));
-    const StatusMessage starting{.text = u"Getting %1 ready…"_s.arg(title)};
+    const StatusMessage starting{.text = tr("Getting %1 ready…").arg(title), .isOngoing = true};
     const QFuture<DeviceTools::Booted> ready = d->devices.ready(key);
     if (!ready.isFinished()) {
         setStatusMessage(starting);

@@ -83,7 +83,8 @@ AppModel::AppModel(Options options, QObject* parent)
     d->tasks = d->taskStore.tasks();
     connect(watcher, &StoreWatcher::changed, this, [this] {
         d->overrides->reload();
-        if (std::exchange(d->overridesSeen, d->overrides->generation()) != d->overridesSeen) {
+        const auto seen = std::exchange(d->overridesSeen, d->overrides->generation());
+        if (seen != d->overridesSeen) {
             rescan();
         }
         if (d->taskStore.reload()) {
@@ -101,6 +102,9 @@ AppModel::AppModel(Options options, QObject* parent)
     });
     connect(d->processes.get(), &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
         d->addresses.remove(id);
+        if (addressPort(id)) {
+            d->processes->noteUp(id);
+        }
         noteAddress(id);
     });
     connect(d->processes.get(), &ProcessManager::logAppended, this, [this](const ServiceID& id, qsizetype added) {
@@ -348,10 +352,11 @@ void AppModel::startScan() {
     d->scanCancellation = std::make_shared<ScanCancellation>();
     ProjectScanner scanner;
     scanner.overrides = d->overrides;
-    const auto scan = [scanner, root = d->settings->settings().scanRoot, cancellation = d->scanCancellation] {
+    const QString root = d->settings->settings().scanRoot;
+    const auto scan = [scanner, root, cancellation = d->scanCancellation] {
         return scanner.scanTree(root, cancellation.get());
     };
-    onFinished(runIn(d->scanPool, scan), this, [this](const ScanResult<QList<ProjectNode>>& tree) {
+    onFinished(runIn(d->scanPool, scan), this, [this, root](const ScanResult<QList<ProjectNode>>& tree) {
         if (d->isScanStale) {
             startScan();
             return;
@@ -359,8 +364,9 @@ void AppModel::startScan() {
         if (!tree) {
             report(tree.error().text(), true);
         }
-        // What could not be looked at is as it was, as far as anyone knows.
-        scanEnded(tree ? *tree : QList<ProjectNode>(d->tree));
+        // What could not be looked at is as it was, as far as anyone knows; of another folder nothing is known.
+        const bool isSameRoot = std::exchange(d->scannedRoot, root) == root;
+        scanEnded(tree ? *tree : isSameRoot ? QList<ProjectNode>(d->tree) : QList<ProjectNode>());
     });
 }
 
@@ -437,6 +443,7 @@ void AppModel::changeSettings(const std::function<void(AppSettings&)>& change) {
 
 void AppModel::setOverride(const QString& key, const std::optional<Override>& value) {
     reportFailure(d->overrides->set(key, value));
+    d->overridesSeen = d->overrides->generation();
     rescan();
 }
 

@@ -96,6 +96,7 @@ struct AppModel::Private {
 
     std::shared_ptr<ScanCancellation> scanCancellation;
     std::optional<Completion> scanCompletion;
+    QString scannedRoot;      ///< of the last scan that ended, well or not
     bool isScanStale = false; ///< what the running scan reads has changed since it began
     std::atomic<bool> isEnding = false;
     SnapshotPublisher publisher;

@@ -220,6 +220,13 @@ void GitModel::actOnLines(Part part, const DiffSelection& selection) {
         Verb{"discard"_L1, "Discarding"_L1, &GitService::discardLines}};
     const bool isStaged = m_shownRequest.side == DiffSide::staged;
     if (m_isDiffOld) {
+        // What is shown may be true all the same: it is read again because something was done.
+        m_wishedLines = [this, part, selection, path = m_shownRequest.path, isStaged, shown = m_diff.diff()] {
+            const bool isSameSide = isStaged == (m_shownRequest.side == DiffSide::staged);
+            if (isSameSide && m_shownRequest.path == path && m_diff.diff() == shown) {
+                actOnLines(part, selection);
+            }
+        };
         return;
     }
     if (!canDivide() || selection.empty() || isStaged != (part == Part::unstage)) {

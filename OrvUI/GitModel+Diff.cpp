@@ -161,6 +161,9 @@ void GitModel::showDiff(const FileDiff& diff, const QString& note) {
     m_diffNote = note;
     m_diff.setDiff(diff);
     Q_EMIT fileChanged();
+    if (const auto wished = std::exchange(m_wishedLines, {})) {
+        wished();
+    }
 }
 
 bool GitModel::canDivide() const {

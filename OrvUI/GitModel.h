@@ -317,7 +317,8 @@ private:
     QList<FileDiff> m_commitDiffs;
     DiffRequest m_shownRequest; ///< of what is in `diff`
     bool m_isLoadingDiff = false;
-    bool m_isDiffOld = false; ///< it shows what was before the last action
+    bool m_isDiffOld = false;            ///< it shows what was before the last action
+    std::function<void()> m_wishedLines; ///< asked for meanwhile
     QString m_diffNote;
     int m_currentRow = -1;
     QString m_busyText;

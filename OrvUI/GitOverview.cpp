@@ -12,6 +12,7 @@ namespace {
 
 /// Commands of users and of open screens at once, over all projects.
 constexpr int mostCommands = 4;
+constexpr qsizetype projectsAtOnce = 32;
 constexpr auto youngTime = std::chrono::seconds(5);
 
 } // namespace
@@ -21,10 +22,17 @@ struct GitProject {
     QString id;
     QString root;
     QStringList repositories = {};
-    std::optional<Completion> reading = {}; ///< the one that runs
-    std::optional<Completion> next = {};    ///< asked for while another one ran
+    bool isReading = false;
+    QList<std::function<void()>> waiting = {}; ///< for the reading that runs
+    QList<std::function<void()>> next = {};    ///< for one more, asked for while another one ran
     bool isKnown = false;
     bool isGone = false;
+
+    /// True when the reading is to begin now.
+    bool begin(std::function<void()> whenRead) {
+        (isReading ? next : waiting).append(std::move(whenRead));
+        return !std::exchange(isReading, true);
+    }
 };
 
 GitOverview::GitOverview(QObject* parent) : QObject(parent) {
@@ -93,13 +101,27 @@ void GitOverview::refreshIfOld() {
 QFuture<void> GitOverview::refresh() {
     ORV_ASSERT_MAIN_THREAD();
     m_young.setRemainingTime(youngTime);
-    QList<QFuture<void>> readings;
-    const QStringList ids = m_projects.keys();
-    for (const QString& id : ids) {
-        readings.append(refresh(id));
+    const auto left = std::make_shared<qsizetype>(m_projects.size());
+    const Completion read;
+    if (*left == 0) {
+        read.finish();
     }
-    readings.append(refreshIdentity());
-    return whenAll(readings, this);
+    QList<std::shared_ptr<GitProject>> begun;
+    for (const auto& project : std::as_const(m_projects)) {
+        const bool begins = project->begin([left, read] {
+            if (--*left == 0) {
+                read.finish();
+            }
+        });
+        if (begins) {
+            begun.append(project);
+        }
+    }
+    // A future for each of thousands of projects costs more than to look for their repositories.
+    for (qsizetype from = 0; from < begun.size(); from += projectsAtOnce) {
+        find(begun.mid(from, projectsAtOnce));
+    }
+    return whenAll({read.future(), refreshIdentity()}, this);
 }
 
 QFuture<void> GitOverview::refresh(const QString& projectID) {
@@ -108,31 +130,38 @@ QFuture<void> GitOverview::refresh(const QString& projectID) {
     if (!project) {
         return finishedFuture();
     }
-    if (project->reading) {
-        if (!project->next) {
-            project->next.emplace();
-        }
-        return project->next->future();
+    const Completion end;
+    if (project->begin([end] { end.finish(); })) {
+        find({project});
     }
-    project->reading.emplace();
-    const QFuture<void> end = project->reading->future();
-    find(project);
-    return end;
+    return end.future();
 }
 
-void GitOverview::find(const std::shared_ptr<GitProject>& project) {
-    onFinished(m_reader.repositories(project->root), this, [this, project](const QStringList& repositories) {
-        if (project->isGone) {
-            return;
+void GitOverview::find(const QList<std::shared_ptr<GitProject>>& projects) {
+    QStringList roots;
+    for (const auto& project : projects) {
+        roots.append(project->root);
+    }
+    onFinished(m_reader.repositories(roots), this, [this, projects](const QList<QStringList>& found) {
+        for (qsizetype i = 0; i < projects.size(); ++i) {
+            const std::shared_ptr<GitProject>& project = projects[i];
+            if (project->isGone) {
+                continue;
+            }
+            if (std::exchange(project->repositories, found[i]) != found[i]) {
+                watchSoon();
+            }
+            read(project);
         }
-        if (std::exchange(project->repositories, repositories) != repositories) {
-            watchSoon();
-        }
-        read(project);
     });
 }
 
 void GitOverview::read(const std::shared_ptr<GitProject>& project) {
+    if (project->repositories.isEmpty()) {
+        take(project, GitBadge());
+        finish(project);
+        return;
+    }
     onFinished(m_reader.readRepositories(project->repositories), this, [this, project](const GitBadge& badge) {
         if (!project->isGone) {
             take(project, badge);
@@ -157,14 +186,15 @@ void GitOverview::take(const std::shared_ptr<GitProject>& project, const GitBadg
 
 /// The reading is over; the next one begins where one is wanted.
 void GitOverview::finish(const std::shared_ptr<GitProject>& project) {
-    const auto ended = std::exchange(project->reading, std::exchange(project->next, {}));
-    if (project->reading && project->isGone) {
-        project->reading->finish();
-    } else if (project->reading) {
-        find(project);
+    QList<std::function<void()>> ended = std::exchange(project->waiting, std::exchange(project->next, {}));
+    project->isReading = !project->isGone && !project->waiting.isEmpty();
+    if (project->isReading) {
+        find({project});
+    } else {
+        ended += std::exchange(project->waiting, {});
     }
-    if (ended) {
-        ended->finish();
+    for (const auto& whenRead : ended) {
+        whenRead();
     }
 }
 

@@ -75,7 +75,7 @@ Q_SIGNALS:
     void repositoryChanged(const QString& repository);
 
 private:
-    void find(const std::shared_ptr<GitProject>& project);
+    void find(const QList<std::shared_ptr<GitProject>>& projects);
     void read(const std::shared_ptr<GitProject>& project);
     void take(const std::shared_ptr<GitProject>& project, const GitBadge& badge);
     void finish(const std::shared_ptr<GitProject>& project);

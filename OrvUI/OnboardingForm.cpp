@@ -58,8 +58,4 @@ void OnboardingForm::applyTo(AppSettings& settings) const {
     settings.onboardingCompleted = true;
 }
 
-bool OnboardingForm::setsGitIdentity() const {
-    return !gitName.trimmed().isEmpty() || !gitEmail.trimmed().isEmpty();
-}
-
 } // namespace orv

@@ -38,8 +38,6 @@ struct OnboardingForm {
 
     /// At the end. The onboarding is marked as done.
     void applyTo(AppSettings& settings) const;
-    /// Whether git is to be told who the user is: something was entered.
-    [[nodiscard]] bool setsGitIdentity() const;
 };
 
 } // namespace orv

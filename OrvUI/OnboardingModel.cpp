@@ -51,11 +51,12 @@ QFuture<void> OnboardingModel::loadExisting() {
     const Completion completion;
     const auto ask = [] { return GitService().identity(Paths::realHome(), GitScope::global); };
     onFinished(runIn(m_model.workPool(), ask), this, [this, completion](const GitOutcome<GitIdentity>& identity) {
-        if (identity && m_form.gitName.isEmpty()) {
-            m_form.gitName = identity->name.value_or(QString());
+        m_knownToGit = identity.value_or(GitIdentity());
+        if (m_form.gitName.isEmpty()) {
+            m_form.gitName = m_knownToGit.name.value_or(QString());
         }
-        if (identity && m_form.gitEmail.isEmpty()) {
-            m_form.gitEmail = identity->email.value_or(QString());
+        if (m_form.gitEmail.isEmpty()) {
+            m_form.gitEmail = m_knownToGit.email.value_or(QString());
         }
         Q_EMIT changed();
         completion.finish();
@@ -177,11 +178,18 @@ QFuture<void> OnboardingModel::finish() {
 }
 
 QFuture<void> OnboardingModel::tellGit() {
-    if (!m_form.setsGitIdentity()) {
+    // What git has already is not written again: the file may be kept by other means.
+    GitIdentity identity{entered(m_form.gitName), entered(m_form.gitEmail)};
+    if (identity.name == m_knownToGit.name) {
+        identity.name.reset();
+    }
+    if (identity.email == m_knownToGit.email) {
+        identity.email.reset();
+    }
+    if (!identity.name && !identity.email) {
         return finishedFuture();
     }
     const Completion completion;
-    const GitIdentity identity{entered(m_form.gitName), entered(m_form.gitEmail)};
     const auto tell = [identity] { return GitService().setIdentity(identity, Paths::realHome(), GitScope::global); };
     onFinished(runIn(m_model.workPool(), tell), this, [this, completion](const GitOutcome<void>& result) {
         if (!result) {

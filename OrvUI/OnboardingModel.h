@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvGit/GitModels.h"
 #include "OrvUI/OnboardingForm.h"
 #include "OrvUI/RowModel.h"
 
@@ -123,6 +124,7 @@ private:
 
     AppModel& m_model;
     OnboardingForm m_form;
+    GitIdentity m_knownToGit;
     std::optional<int> m_detectedCount;
     int m_detectedFolders = 0;
     int m_scans = 0; ///< under way

@@ -99,8 +99,9 @@ public:
         std::ranges::sort(wall);
         std::ranges::sort(cpu);
         std::printf(
-            "| %s | %zu | %.1f | %.1f | %.1f | %td | %.1f | %td | %.1f |\n", part, wall.size(), wall[wall.size() / 2],
-            wall[wall.size() * 99 / 100], wall.back(), late, cpu.back(), busy, m_stall);
+            "| %s | %zu | %.1f | %.1f | %.1f | %d | %.1f | %.1f | %d | %.1f |\n", part, wall.size(),
+            wall[wall.size() / 2], wall[wall.size() * 99 / 100], wall.back(), static_cast<int>(late),
+            cpu[cpu.size() / 2], cpu.back(), static_cast<int>(busy), m_stall);
     }
 
 private:

@@ -19,6 +19,7 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QQuickWindow>
+#include <QResizeEvent>
 #include <QTimer>
 
 #include <algorithm>
@@ -51,6 +52,12 @@ public:
         return *session;
     }
     [[nodiscard]] TerminalView& view() const { return *m_host.view(); }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QQuickWindow::resizeEvent(event);
+        m_host.setSize(QSizeF(event->size()));
+    }
 
 private:
     TerminalStyle m_style;

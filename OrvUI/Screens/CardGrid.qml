@@ -102,6 +102,7 @@ FocusScope {
         keyNavigationWraps: false
         highlightMoveDuration: 0
         cacheBuffer: Theme.cardHeight
+        reuseItems: true
         model: page.cards
         Keys.onReturnPressed: page.enter(page.currentCard)
         Keys.onEnterPressed: page.enter(page.currentCard)
@@ -161,6 +162,8 @@ FocusScope {
             width: grid.cellWidth - Theme.gridGap
             height: Theme.cardHeight
             isCurrent: GridView.isCurrentItem
+            // One that is kept for later is nobody's to see, read out or press.
+            visible: index >= 0
             onRun: action => page.model.runAction(projectID, action)
             onStop: page.model.stopProject(projectID)
             onOpen: key => page.model.openServiceByKey(key)
@@ -194,6 +197,7 @@ FocusScope {
             width: page.contentWidth
             height: Theme.folderRowHeight
             isCurrent: GridView.isCurrentItem
+            visible: index >= 0
             onRun: action => page.model.runAction(projectID, action)
             onStop: page.model.stopProject(projectID)
             onOpen: key => page.model.openServiceByKey(key)

@@ -9,6 +9,7 @@
 #include "OrvUI/DevicesModel.h"
 #include "OrvUI/FilterBar.h"
 #include "OrvUI/FolderTree.h"
+#include "OrvUI/GitIdentityForm.h"
 #include "OrvUI/GitModel.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/LaunchAtLogin.h"
@@ -75,6 +76,11 @@ struct CollectionElement {
     QML_NAMED_ELEMENT(Collection)
 };
 
+struct GitIdentityFormElement {
+    Q_GADGET
+    QML_FOREIGN(orv::GitIdentityForm)
+    QML_NAMED_ELEMENT(GitIdentityForm)
+};
 struct DeviceRunElement {
     Q_GADGET
     QML_FOREIGN(orv::DeviceRun)

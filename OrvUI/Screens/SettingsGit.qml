@@ -10,6 +10,51 @@ Column {
 
     spacing: Theme.space28
 
+    GitIdentityForm {
+        id: identity
+
+        model: section.model
+    }
+
+    SettingGroup {
+        width: parent.width
+        heading: qsTr("Identity")
+
+        SettingRow {
+            title: qsTr("Name")
+            text: qsTr("Your commits carry it, in every repository that has none of its own")
+
+            Field {
+                anchors.verticalCenter: parent.verticalCenter
+                width: Theme.searchWidth
+                enabled: identity.isRead
+                placeholderText: qsTr("Your name")
+                text: identity.name
+                onEditingFinished: {
+                    identity.name = text;
+                    text = Qt.binding(() => identity.name);
+                }
+            }
+        }
+
+        SettingRow {
+            title: qsTr("E-mail")
+            text: qsTr("By which a host knows whose commits they are")
+
+            Field {
+                anchors.verticalCenter: parent.verticalCenter
+                width: Theme.searchWidth
+                enabled: identity.isRead
+                placeholderText: "you@example.com"
+                text: identity.email
+                onEditingFinished: {
+                    identity.email = text;
+                    text = Qt.binding(() => identity.email);
+                }
+            }
+        }
+    }
+
     SettingGroup {
         width: parent.width
         heading: qsTr("Repositories")

@@ -406,7 +406,11 @@ TEST_F(Services, ShowWhereTheyReallyListen) {
 
     const ServiceID silent = start(u"exec "_s + child + u" listen 0 hang >/dev/null"_s);
     EXPECT_TRUE(waitFor([&] { return manager->listeningPorts(silent).size() == 1; })) << "one that prints nothing";
+    manager->noteUp(silent);
+    EXPECT_EQ(manager->state(silent), ServiceState::running({}));
     EXPECT_TRUE(waitFor([done = manager->stop(silent)] { return done.isFinished(); }));
+    manager->noteUp(silent);
+    EXPECT_EQ(manager->state(silent), ServiceState::stopped());
 
     const ServiceID idle = start(u"exec "_s + child + u" listen 0 hang"_s);
     EXPECT_TRUE(waitFor([&] {

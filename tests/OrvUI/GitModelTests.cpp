@@ -87,6 +87,17 @@ protected:
     bool hasEnded = false;
 };
 
+TEST_F(GitPage, StagesWhatIsAskedForWhileTheSameIsReadAgain) {
+    home.add(u"r/a"_s, "one\n" + numbered(40).mid(2));
+    home.add(u"r/new"_s, "n\n");
+    open(r);
+    select(u"a"_s, false);
+    model->stage({u"new"_s});
+    EXPECT_TRUE(waitFor([this] { return !model->isBusy(); }));
+    model->stageHunk(0);
+    EXPECT_TRUE(waitFor([this] { return changes() == u"M a; A new |  | "; })) << changes().toStdString();
+}
+
 TEST_F(GitPage, StagesPartsAndCommits) {
     home.add(u"r/a"_s, "one\n" + numbered(40).mid(2).replace("\n20\n", "\n20\ntwenty\nplus\n"));
     home.add(u"r/new"_s, "n\n");

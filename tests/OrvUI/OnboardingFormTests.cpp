@@ -53,8 +53,4 @@ TEST(OnboardingForm, WritesWhatItAskedAndNothingElse) {
     form.name = u" Sam "_s;
     form.applyTo(written);
     EXPECT_EQ(written.displayName, u"Sam"_s);
-    form.gitEmail = u" "_s;
-    EXPECT_FALSE(form.setsGitIdentity());
-    form.gitEmail = u"sam@example.org"_s;
-    EXPECT_TRUE(form.setsGitIdentity());
 }

@@ -2,6 +2,7 @@
 #include "OrvUI/DeviceRun.h"
 #include "OrvUI/DevicesModel.h"
 #include "OrvUI/FilterBar.h"
+#include "OrvUI/GitIdentityForm.h"
 #include "OrvUI/OnboardingModel.h"
 #include "OrvUI/ProjectChoice.h"
 #include "OrvUI/ProjectDetail.h"
@@ -516,6 +517,28 @@ TEST_F(PartsTest, OnboardingWritesEverythingAtOnceAtItsEnd) {
     const QByteArray before = readFile(gitConfig);
     EXPECT_TRUE(finishes(pages.finish()));
     EXPECT_EQ(readFile(gitConfig), before);
+    const QByteArray twoNames = "[user]\n\tname = A\n\tname = B\n\temail = b@example.org\n";
+    tree.add(u"gitconfig"_s, twoNames);
+    EXPECT_TRUE(finishes(pages.loadExisting()));
+    EXPECT_TRUE(finishes(pages.finish()));
+    EXPECT_EQ(readFile(gitConfig), twoNames) << "git knows it already";
+    EXPECT_FALSE(model->statusMessage()) << model->statusMessage()->text.toStdString();
+}
+
+TEST_F(PartsTest, TheIdentityOfCommitsIsSetOneWordAtATime) {
+    GitIdentityForm form;
+    form.setModel(model.get());
+    EXPECT_TRUE(waitFor([&] { return form.isRead(); }));
+    EXPECT_EQ(form.name() + u' ' + form.email(), u"Old old@example.org"_s);
+    form.setName(u" "_s);
+    form.setName(u" Ada "_s);
+    EXPECT_TRUE(waitFor([&] { return readFile(gitConfig).contains("name = Ada\n"); }));
+    EXPECT_TRUE(readFile(gitConfig).contains("email = old@example.org")) << readFile(gitConfig).constData();
+    const QByteArray twoMails = "[user]\n\temail = a@example.org\n\temail = b@example.org\n";
+    tree.add(u"gitconfig"_s, twoMails);
+    form.setEmail(u"ada@example.org"_s);
+    EXPECT_TRUE(waitFor([&] { return form.email() == u"b@example.org"; })) << "git refused, and says so";
+    EXPECT_TRUE(model->statusMessage() && model->statusMessage()->isError);
 }
 
 TEST_F(PartsTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {

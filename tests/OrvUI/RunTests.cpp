@@ -289,5 +289,8 @@ TEST_F(RunTest, TakesNoDebuggerForTheService) {
     QList<int> others = model->processes().listeningPorts(web);
     others.removeOne(debugger);
     EXPECT_EQ(model->addressPort(web), others.first());
+    EXPECT_TRUE(waitFor([&] { return state(debugged, ServiceKind::frontend) == ServiceState::running({}); }))
+        << "up, though it has not said so";
+    EXPECT_EQ(model->runningCount(), 1);
     ASSERT_TRUE(finishes(model->stop(debugged)));
 }

@@ -130,7 +130,8 @@ TEST_F(GitWindow, StagesHunksAndChosenLines) {
     item("DiffView")->forceActiveFocus();
     QTest::keyClick(window, Qt::Key_Home);
     QTest::keyClick(window, Qt::Key_Space);
-    EXPECT_TRUE(staged(u"2\t0\tsrc/a.ts"_s)) << index().toStdString() << ": the first hunk";
+    EXPECT_TRUE(staged(u"2\t0\tsrc/a.ts"_s))
+        << index().toStdString() << ": the first hunk; " << pageModel->error().toStdString() << ' ' << focus();
     // Shift and the arrows choose; nothing is discarded without a question.
     EXPECT_TRUE(waitFor([this] { return pageModel->diff()->added() == 1 && !pageModel->isLoadingDiff(); }));
     QTest::keyClick(window, Qt::Key_End);

@@ -89,7 +89,12 @@ void AccessibleTree::collect(const Reference& item, int depth, QList<Item>& foun
         argument.endStructure();
         rect = QRect(x, y, width, height);
     }
-    found.append({property(item, u"Name"_s), role.value(), rect});
+    const QDBusReply<QList<uint>> states =
+        m_bus.call(QDBusMessage::createMethodCall(item.service, item.path, accessible, u"GetState"_s));
+    constexpr uint showing = 1U << 25U; // ATSPI_STATE_SHOWING
+    const bool isShowing =
+        states.isValid() && !states.value().isEmpty() && (states.value().constFirst() & showing) != 0;
+    found.append({property(item, u"Name"_s), role.value(), rect, isShowing});
     for (const Reference& child : children(item)) {
         collect(child, depth + 1, found);
     }

@@ -17,6 +17,7 @@ public:
         QString name;
         QString role; ///< as AT-SPI words it: "push button", "link"
         QRect place;  ///< on the screen
+        bool isShowing = false;
     };
 
     /// `sessionBus` is the address of the desktop's bus; the accessibility bus is asked of it.
@@ -24,7 +25,7 @@ public:
     ~AccessibleTree();
     Q_DISABLE_COPY_MOVE(AccessibleTree)
 
-    /// Everything that is showing, from all windows of the application of that name.
+    /// Everything that there is, from all windows of the application of that name.
     [[nodiscard]] QList<Item> items(const QString& application) const;
     /// The first item with that name that has a place on the screen.
     [[nodiscard]] std::optional<Item> find(const QString& application, const QString& name) const;

@@ -104,6 +104,24 @@ protected:
         return names + QString::fromUtf8(readFile(launcher.tree.path(u"support/settings.json"_s)));
     }
 
+    /// Controls without a name, by their role and what stands before them.
+    [[nodiscard]] QStringList unnamed() const {
+        static const QStringList controls{u"push button"_s, u"check box"_s, u"radio button"_s, u"link"_s,
+                                          u"page tab"_s,    u"list item"_s, u"menu item"_s,    u"text"_s};
+        QStringList found;
+        QString before;
+        int shown = 0;
+        for (const AccessibleTree::Item& item : accessible->items(u"OrvLauncher"_s)) {
+            if (item.isShowing && item.name.trimmed().isEmpty() && controls.contains(item.role)) {
+                found.append(item.role + u" after "_s + before);
+            }
+            before = item.name;
+            shown += item.isShowing ? 1 : 0;
+        }
+        EXPECT_GT(shown, 10) << "of what is showing";
+        return found;
+    }
+
     [[nodiscard]] QStringList pins() const {
         const QByteArray file = readFile(launcher.tree.path(u"support/settings.json"_s));
         return QJsonDocument::fromJson(file)[u"pinnedProjectIDs"].toVariant().toStringList();

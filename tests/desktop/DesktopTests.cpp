@@ -59,8 +59,19 @@ TEST_F(Desktop, ASecondStartIsTheFirstOnes) {
     const QString site = launcher.tree.path(u"projects/site"_s);
     start({u"orvlauncher://run?project="_s + QString::fromLatin1(QUrl::toPercentEncoding(site, "/"))});
     EXPECT_TRUE(shows(address)) << seen().toStdString();
-    start({u"-OrvStartPage"_s, u"tasks"_s});
-    EXPECT_TRUE(shows(u"New task"_s)) << seen().toStdString();
+    const std::pair<QString, QString> pages[] = {
+        {u"project:site"_s, u"Parts of site"_s},
+        {u"ai"_s, u"Which runs"_s},
+        {u"settings"_s, u"Appearance"_s},
+        {u"add-project"_s, u"How"_s},
+        {u"tasks"_s, u"New task"_s},
+    };
+    for (const auto& [page, name] : pages) {
+        start({u"-OrvStartPage"_s, page});
+        EXPECT_TRUE(shows(name)) << seen().toStdString();
+        EXPECT_EQ(unnamed(), QStringList()) << page.toStdString();
+        desktop.key(u"Escape"_s);
+    }
     const auto hasPanel = [this] {
         const QStringList search{u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Quick panel"_s};
         return !desktop.tool(u"xdotool"_s, search).trimmed().isEmpty();

@@ -89,6 +89,7 @@ void visitFields(Self& run, Visitor& visitor) {
     visitor.defaulted("reason"_L1, run.reason);
     visitor.optional("sessionID"_L1, run.sessionID);
     visitor.optional("summary"_L1, run.summary);
+    visitor.defaulted("lastWords"_L1, run.lastWords);
     visitor.optional("costUSD"_L1, run.costUSD);
     visitor.optional("tokens"_L1, run.tokens);
     visitor.optional("changes"_L1, run.changes);

@@ -110,6 +110,7 @@ struct AgentRunRecord {
     QString reason; ///< of a failed one
     std::optional<QString> sessionID;
     std::optional<QString> summary;
+    QString lastWords; ///< the end of what it printed, of an agent that reports no summary
     std::optional<double> costUSD;
     std::optional<AgentTokens> tokens;
     std::optional<AgentChanges> changes; ///< once they are known

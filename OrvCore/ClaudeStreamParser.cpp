@@ -119,7 +119,12 @@ AgentResult result(const QJsonObject& line) {
 }
 
 QJsonObject object(QByteArrayView line) {
-    return QJsonDocument::fromJson(QByteArray::fromRawData(line.data(), line.size())).object();
+    const QByteArray bytes = QByteArray::fromRawData(line.data(), line.size());
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    // What a tool printed is passed on as it is, with what is not UTF-8 in it: the rest of the line holds all the same.
+    return !document.isNull() || QUtf8StringView(bytes).isValidUtf8()
+               ? document.object()
+               : QJsonDocument::fromJson(QString::fromUtf8(bytes).toUtf8()).object();
 }
 
 std::optional<QString> sessionID(const QJsonObject& line) {

@@ -2,6 +2,7 @@
 
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitPath.h"
+#include "OrvGit/WorkTreeFiles_p.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -42,9 +43,8 @@ GitOutcome<QByteArray> ask(
     return output ? GitOutcome<QByteArray>(output->trimmed()) : output;
 }
 
-/// The tree of the work tree's files: that of the index with these in it as they are.
-GitOutcome<QByteArray> treeWith(
-    GitRunner runner, const QString& repository, const QByteArray& indexTree, const QStringList& paths) {
+/// The tree of the work tree's files: that of the index with what was changed as it is, and without what was removed.
+GitOutcome<QByteArray> treeWith(GitRunner runner, const QByteArray& indexTree, const DiscardedWork& kept) {
     const QTemporaryDir folder;
     if (!folder.isValid()) {
         return std::unexpected(GitError::refused(folder.errorString()));
@@ -52,12 +52,13 @@ GitOutcome<QByteArray> treeWith(
     runner.extraEnvironment.insert(u"GIT_INDEX_FILE"_s, folder.filePath(u"index"_s));
     for (const auto& [words, input] :
          {std::pair<GitArguments, QByteArray>{{"read-tree", indexTree}, {}},
-          {{"update-index", "--add", "--remove", "-z", "--stdin"}, zeroEnded(paths)}}) {
-        if (const auto done = ask(runner, repository, words, input); !done) {
+          {{"update-index", "--force-remove", "-z", "--stdin"}, zeroEnded(kept.removed)},
+          {{"update-index", "--add", "--remove", "--replace", "-z", "--stdin"}, zeroEnded(kept.changed)}}) {
+        if (const auto done = ask(runner, kept.repository, words, input); !done) {
             return done;
         }
     }
-    return ask(runner, repository, {"write-tree"});
+    return ask(runner, kept.repository, {"write-tree"});
 }
 
 /// The tree of the index; where a conflict leaves none, that of the last commit with these paths as they are staged.
@@ -99,6 +100,26 @@ GitOutcome<QByteArray> treeOfIndex(
     return ask(runner, repository, {"write-tree"});
 }
 
+/// Of each path what of it is staged, and how its file is.
+GitOutcome<QHash<QString, QByteArray>> statesOf(
+    const GitRunner& runner, const QString& repository, const QStringList& paths) {
+    const auto entries = runner.run({"ls-files", "--stage", "-z"}, repository, GitLimits::local);
+    if (!entries) {
+        return std::unexpected(entries.error());
+    }
+    QHash<QString, QByteArray> states;
+    for (const QString& path : paths) {
+        states.insert(path, WorkTreeFiles::state(repository, path));
+    }
+    for (const QByteArray& entry : entries->split('\0')) {
+        const qsizetype tab = entry.indexOf('\t');
+        if (const auto state = states.find(GitPath::fromBytes(entry.sliced(tab + 1))); state != states.end()) {
+            *state += '\n' + entry.first(std::max<qsizetype>(tab, 0));
+        }
+    }
+    return states;
+}
+
 GitOutcome<QByteArray> commitOf(
     GitRunner runner, const QString& repository, const QByteArray& tree, const QList<QByteArray>& parents,
     const QByteArray& message) {
@@ -131,23 +152,29 @@ GitOutcome<DiscardedWork> DiscardedWork::keep(
     if (!status) {
         return std::unexpected(status.error());
     }
-    DiscardedWork kept{.repository = repository, .workTreeCommit = {}, .indexCommit = {}, .staged = {}, .changed = {}};
-    const QSet<QString> wanted(paths.begin(), paths.end());
-    for (const FileChange& change : status->changes) {
+    DiscardedWork kept;
+    kept.repository = repository;
+    for (const FileChange& change : status->changesOf(paths)) {
         const QStringList touched = change.touchedPaths();
-        if (std::ranges::none_of(touched, [&](const QString& path) { return wanted.contains(path); })) {
-            continue;
-        }
         if (change.isConflicted()) {
             return std::unexpected(GitError::refused(u"A conflict can't be brought back."_s));
         }
         // One that was only announced to the index is nowhere in it.
-        const bool isIntended = change.index == '.' && change.worktree == 'A';
-        if (!change.isUntracked() && !isIntended) {
-            kept.staged += touched;
-        }
-        if (change.worktree != '.') {
-            kept.changed.append(change.path);
+        const bool isIntended = change.index == '.' && (change.worktree == 'A' || change.worktree == 'R');
+        for (const QString& path : touched) {
+            const bool isOldName = path != change.path;
+            if (!change.isUntracked() && (isOldName || !isIntended)) {
+                kept.staged.append(path);
+            }
+            const char state = !isOldName ? change.worktree : isIntended ? 'D' : '.';
+            // What the index has no more may be there all the same, even where git does not list it.
+            const bool isStray = (isOldName || change.index == 'D') && WorkTreeFiles::isFile(repository, path) &&
+                                 !(isOldName && WorkTreeFiles::isSame(repository, path, change.path));
+            if (state == 'D') {
+                kept.removed.append(path);
+            } else if (state != '.' || isStray) {
+                kept.changed.append(path);
+            }
         }
     }
     kept.staged.removeDuplicates();
@@ -158,7 +185,7 @@ GitOutcome<DiscardedWork> DiscardedWork::keep(
 
     const GitRunner& runner = service.runner;
     const auto indexTree = treeOfIndex(runner, repository, *status, kept.staged);
-    const auto workTree = indexTree ? treeWith(runner, repository, *indexTree, kept.changed) : indexTree;
+    const auto workTree = indexTree ? treeWith(runner, *indexTree, kept) : indexTree;
     if (!workTree) {
         return std::unexpected(workTree.error());
     }
@@ -184,19 +211,30 @@ GitOutcome<DiscardedWork> DiscardedWork::keep(
     return kept;
 }
 
-GitOutcome<void> DiscardedWork::bringBack(const GitService& service) const {
-    const auto status = service.status(repository);
-    if (!status) {
-        return std::unexpected(status.error());
+GitOutcome<void> DiscardedWork::noteAfterwards(const GitService& service) {
+    auto states = statesOf(service.runner, repository, staged + changed + removed);
+    if (!states) {
+        return std::unexpected(states.error());
     }
-    for (const FileChange& change : status->changes) {
-        for (const QString& path : change.touchedPaths()) {
-            if (staged.contains(path) || changed.contains(path)) {
-                return std::unexpected(
-                    GitError::refused(u"“%1” has changed since. What was discarded is kept in the commit %2."_s.arg(
-                        path, workTreeCommit.first(10))));
-            }
-        }
+    afterwards = *std::move(states);
+    return {};
+}
+
+GitOutcome<void> DiscardedWork::bringBack(const GitService& service) const {
+    const QStringList paths = staged + changed + removed;
+    const auto now = statesOf(service.runner, repository, paths);
+    if (!now) {
+        return std::unexpected(now.error());
+    }
+    const auto isOther = [&](const QString& path) { return now->value(path) != afterwards.value(path); };
+    if (const auto other = std::ranges::find_if(paths, isOther); other != paths.end()) {
+        return std::unexpected(
+            GitError::refused(u"“%1” has changed since. What was discarded is kept in the commit %2."_s.arg(
+                *other, workTreeCommit.first(10))));
+    }
+    const QSet<QString> going(paths.begin(), paths.end());
+    if (const auto room = WorkTreeFiles::requireRoom(repository, paths, going); !room) {
+        return room;
     }
     struct Step {
         QString commit;
@@ -204,7 +242,8 @@ GitOutcome<void> DiscardedWork::bringBack(const GitService& service) const {
         const QStringList& paths;
     };
     for (const Step& step :
-         {Step{indexCommit, {"--staged", "--worktree"}, staged}, Step{workTreeCommit, {"--worktree"}, changed}}) {
+         {Step{indexCommit, {"--staged", "--worktree"}, staged}, Step{workTreeCommit, {"--worktree"}, removed},
+          Step{workTreeCommit, {"--worktree"}, changed}}) {
         if (step.paths.isEmpty()) {
             continue;
         }

@@ -43,6 +43,9 @@ struct RepoStatus {
     bool hasCommits = false;
 
     bool operator==(const RepoStatus&) const = default;
+    /// Those that an action on the paths is about. The old name of a rename means the rename, unless there is a change
+    /// of its own by now.
+    [[nodiscard]] QList<FileChange> changesOf(const QStringList& paths) const;
 };
 
 struct CommitInfo {

@@ -205,6 +205,24 @@ QStringList FileChange::stagedPaths() const {
     return worktree == 'R' ? QStringList{path, originalPath} : QStringList{path};
 }
 
+QList<FileChange> RepoStatus::changesOf(const QStringList& paths) const {
+    const QSet<QString> wanted(paths.begin(), paths.end());
+    QSet<QString> changed;
+    for (const FileChange& change : changes) {
+        changed.insert(change.path);
+    }
+    QList<FileChange> found;
+    for (const FileChange& change : changes) {
+        const auto isMeant = [&](const QString& path) {
+            return wanted.contains(path) && (path == change.path || !changed.contains(path));
+        };
+        if (std::ranges::any_of(change.touchedPaths(), isMeant)) {
+            found.append(change);
+        }
+    }
+    return found;
+}
+
 RepoStatus GitParsing::status(QByteArrayView output) {
     QList<FileChange> changes;
     RepoStatus status = readStatus(output, [&changes](const ChangeRecord& record) {

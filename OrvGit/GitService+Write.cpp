@@ -2,8 +2,8 @@
 #include "OrvGit/GitPath.h"
 #include "OrvGit/GitService.h"
 #include "OrvGit/RepositoryLayout.h"
+#include "OrvGit/WorkTreeFiles_p.h"
 
-#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -41,6 +41,63 @@ GitArguments operationCommand(GitOperation operation, const char* option) {
 GitRunner withPatterns(GitRunner runner) {
     runner.extraEnvironment.insert(u"GIT_LITERAL_PATHSPECS"_s, u"0"_s);
     return runner;
+}
+
+/// What a discard does with which paths.
+struct DiscardPlan {
+    QStringList deleted;
+    QStringList restored;
+    QStringList restoredInIndex; ///< nobody asked for the new file that lies there
+};
+
+GitOutcome<DiscardPlan> planOf(const RepoStatus& status, const QString& repository, const QStringList& paths) {
+    DiscardPlan plan;
+    const QSet<QString> wanted(paths.begin(), paths.end());
+    QSet<QString> asked = wanted;
+    QStringList untracked;
+    QStringList written;
+    for (const FileChange& change : status.changesOf(paths)) {
+        asked.remove(change.path);
+        if (change.isUntracked()) {
+            untracked.append(change.path);
+            continue;
+        }
+        plan.restored.append(change.path);
+        const bool isInHead = change.index != 'A' && change.index != 'R' && change.index != 'C' &&
+                              (change.index != '.' || (change.worktree != 'A' && change.worktree != 'R'));
+        if (isInHead) {
+            written.append(change.path);
+        }
+        if (change.touchedPaths().contains(change.originalPath)) {
+            const QString& old = change.originalPath;
+            const bool isLeft = !wanted.contains(old) && WorkTreeFiles::isFile(repository, old) &&
+                                !WorkTreeFiles::isSame(repository, old, change.path);
+            (isLeft ? plan.restoredInIndex : plan.restored).append(old);
+            if (!isLeft) {
+                written.append(old);
+            }
+            asked.remove(old);
+        }
+    }
+    // Whether there are such files at all, git says.
+    plan.restored += QStringList(asked.begin(), asked.end());
+    const QSet<QString> back(plan.restored.begin(), plan.restored.end());
+    // One that is in the last commit and staged as removed, but is there all the same, has two records.
+    for (const QString& path : untracked) {
+        if (path.endsWith(u'/')) {
+            return std::unexpected(
+                GitError::refused(u"“%1” is a repository of its own. Delete it by hand."_s.arg(path.chopped(1))));
+        }
+        if (!back.contains(path)) {
+            plan.deleted.append(path);
+        }
+    }
+    if (auto own = WorkTreeFiles::requireNoRepository(repository, plan.restored); !own) {
+        return std::unexpected(own.error());
+    }
+    const QSet<QString> going = back + QSet<QString>(plan.deleted.begin(), plan.deleted.end());
+    const auto room = status.hasCommits ? WorkTreeFiles::requireRoom(repository, written, going) : GitOutcome<void>();
+    return room ? GitOutcome<DiscardPlan>(std::move(plan)) : std::unexpected(room.error());
 }
 
 } // namespace
@@ -82,35 +139,22 @@ GitOutcome<void> GitService::discard(const QString& repository, const QStringLis
     if (!current) {
         return std::unexpected(current.error());
     }
-    QSet<QString> untracked;
-    for (const FileChange& change : current->changes) {
-        if (change.isUntracked()) {
-            untracked.insert(change.path);
-        }
+    const auto plan = planOf(*current, repository, paths);
+    if (!plan) {
+        return std::unexpected(plan.error());
     }
-    // One that is in the last commit and staged as removed, but is there all the same, has two records.
-    for (const FileChange& change : current->changes) {
-        if (!change.isUntracked()) {
-            untracked.remove(change.path);
-        }
+    // What is new goes first: it may stand where something comes back.
+    if (auto done = runOn(repository, {"clean", "-f"}, plan->deleted); !done) {
+        return done;
     }
-    QStringList deleted;
-    QStringList restored;
-    for (const QString& path : paths) {
-        if (untracked.contains(path) && path.endsWith(u'/')) {
-            return std::unexpected(
-                GitError::refused(u"“%1” is a repository of its own. Delete it by hand."_s.arg(path.chopped(1))));
-        }
-        (untracked.contains(path) ? deleted : restored).append(path);
+    if (auto done = runOn(repository, {"restore", "--source=HEAD", "--staged"}, plan->restoredInIndex); !done) {
+        return done;
     }
     // Without a commit there is nothing to go back to: what is tracked has been added.
     const GitArguments restore = current->hasCommits
                                      ? GitArguments{"restore", "--source=HEAD", "--staged", "--worktree"}
                                      : GitArguments{"rm", "-r", "-f"};
-    if (auto done = runOn(repository, restore, restored); !done) {
-        return done;
-    }
-    return runOn(repository, {"clean", "-f"}, deleted);
+    return runOn(repository, restore, plan->restored);
 }
 
 GitOutcome<void> GitService::writeCommit(
@@ -182,6 +226,13 @@ GitOutcome<void> GitService::switchBranch(const QString& repository, const QStri
         return named;
     }
     return perform(repository, {"switch", GitPath::toBytes(name)}, GitLimits::local);
+}
+
+GitOutcome<void> GitService::switchToRemote(const QString& repository, const QString& remoteBranch) const {
+    if (auto named = requireBranchName(remoteBranch); !named) {
+        return named;
+    }
+    return perform(repository, {"switch", "--track", GitPath::toBytes(remoteBranch)}, GitLimits::local);
 }
 
 GitOutcome<void> GitService::createBranch(const QString& repository, const QString& name) const {

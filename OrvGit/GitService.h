@@ -65,7 +65,9 @@ public:
     // Staging
     [[nodiscard]] GitOutcome<void> stage(const QString& repository, const QStringList& paths) const;
     [[nodiscard]] GitOutcome<void> unstage(const QString& repository, const QStringList& paths) const;
-    /// Back to HEAD, index and work tree; an untracked file is deleted, a repository of its own is not.
+    /// Back to HEAD, index and work tree; an untracked file is deleted. A rename goes back by either name; a new file
+    /// at the old one stays unless it is among the paths. Refused for a repository of its own, and where a file that is
+    /// not among the paths would have to go.
     [[nodiscard]] GitOutcome<void> discard(const QString& repository, const QStringList& paths) const;
     /// Lines of a diff that was `shown`. Refused when the file's diff is another one by now.
     [[nodiscard]] GitOutcome<void> stageLines(
@@ -91,6 +93,8 @@ public:
     // Branches
     /// `name` may also be a branch of one remote, which is then followed.
     [[nodiscard]] GitOutcome<void> switchBranch(const QString& repository, const QString& name) const;
+    /// To a new branch that follows the one of a remote ("origin/feat/x") and has its name there.
+    [[nodiscard]] GitOutcome<void> switchToRemote(const QString& repository, const QString& remoteBranch) const;
     [[nodiscard]] GitOutcome<void> createBranch(const QString& repository, const QString& name) const;
     enum class Deletion { ifMerged, always };
     [[nodiscard]] GitOutcome<void> deleteBranch(

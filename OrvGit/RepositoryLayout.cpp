@@ -72,6 +72,11 @@ bool RepositoryLayout::isSubmodule() const {
     return false;
 }
 
+bool RepositoryLayout::isDetached() const {
+    const QString head = firstLine(gitDirectory + u"/HEAD"_s);
+    return !head.isEmpty() && !head.startsWith("ref:"_L1);
+}
+
 QString RepositoryLayout::mainFolder() const {
     const QFileInfo common(commonDirectory);
     return common.fileName() == ".git"_L1 ? common.path() : commonDirectory;
@@ -116,6 +121,17 @@ OperationState RepositoryLayout::operation() const {
     OperationState state;
     state.operation = mark == marks.end() ? GitOperation::none : mark->operation;
     return state;
+}
+
+QStringList repositoriesOnBranches(const QStringList& repositories) {
+    QStringList found;
+    for (const QString& repository : repositories) {
+        const auto layout = RepositoryLayout::of(repository);
+        if (!layout || !layout->isSubmodule() || !layout->isDetached()) {
+            found.append(repository);
+        }
+    }
+    return found.isEmpty() ? repositories : found;
 }
 
 } // namespace orv

@@ -23,10 +23,16 @@ struct RepositoryLayout {
     [[nodiscard]] static std::optional<RepositoryLayout> of(const QString& folder);
     /// Whether another repository keeps it, as one of its own parts. What is linked otherwise is a further work tree.
     [[nodiscard]] bool isSubmodule() const;
+    /// Whether HEAD is at a commit and not on a branch.
+    [[nodiscard]] bool isDetached() const;
     /// Of a further work tree: the folder of its repository, which is the first work tree where there is one.
     [[nodiscard]] QString mainFolder() const;
     /// What was begun and is not finished, without the conflicts.
     [[nodiscard]] OperationState operation() const;
 };
+
+/// Of several repositories those that are pulled and pushed together: without submodules at the commit that their
+/// outer repository names, which have no branch. All of them when there is no other one.
+[[nodiscard]] QStringList repositoriesOnBranches(const QStringList& repositories);
 
 } // namespace orv

@@ -1,6 +1,7 @@
 #include "CliGit_p.h"
 #include "OrvCore/Settings.h"
 #include "OrvGit/DiscardedWork.h"
+#include "OrvGit/RepositoryLayout.h"
 #include "TextLayout.h"
 
 #include <QDir>
@@ -105,9 +106,10 @@ QFuture<int> discard(Invocation& call) {
         }
         QStringList paths;
         for (const FileChange& each : status->changes) {
-            const QStringList touched = each.touchedPaths();
-            if (std::ranges::any_of(touched, [&](const QString& path) { return isBelow(path, *named); })) {
-                paths += touched;
+            for (const QString& path : each.touchedPaths()) {
+                if (isBelow(path, *named)) {
+                    paths.append(path);
+                }
             }
         }
         paths.removeDuplicates();
@@ -171,14 +173,19 @@ QFuture<int> abortOperation(Invocation& call) {
     });
 }
 
+enum class Which { all, onBranches };
+
 /// Runs `action` on every repository of the project that the word means; the first failure ends it.
 template <typename Remote>
-QFuture<int> onRepositories(Invocation& call, const QString& going, const QString& gone, Remote action) {
-    const auto run = [&call, going, gone, action](const QString& folder) {
-        const auto work = [folder, action](const GitService& service) -> GitOutcome<QStringList> {
+QFuture<int> onRepositories(Invocation& call, const QString& going, const QString& gone, Which which, Remote action) {
+    const auto run = [&call, going, gone, which, action](const QString& folder) {
+        const auto work = [folder, which, action](const GitService& service) -> GitOutcome<QStringList> {
             auto repositories = repositoriesAt(service, folder);
             if (!repositories) {
                 return repositories;
+            }
+            if (which == Which::onBranches) {
+                repositories = repositoriesOnBranches(*repositories);
             }
             for (const QString& repository : std::as_const(*repositories)) {
                 if (auto done = action(service, repository); !done) {
@@ -207,15 +214,15 @@ QFuture<int> onRepositories(Invocation& call, const QString& going, const QStrin
 }
 
 QFuture<int> fetch(Invocation& call) {
-    return onRepositories(call, u"Fetching…"_s, u"Fetched"_s, [](const GitService& service, const QString& repository) {
-        return service.fetch(repository);
-    });
+    return onRepositories(
+        call, u"Fetching…"_s, u"Fetched"_s, Which::all,
+        [](const GitService& service, const QString& repository) { return service.fetch(repository); });
 }
 
 QFuture<int> push(Invocation& call) {
-    return onRepositories(call, u"Pushing…"_s, u"Pushed"_s, [](const GitService& service, const QString& repository) {
-        return service.push(repository);
-    });
+    return onRepositories(
+        call, u"Pushing…"_s, u"Pushed"_s, Which::onBranches,
+        [](const GitService& service, const QString& repository) { return service.push(repository); });
 }
 
 QFuture<int> pull(Invocation& call) {
@@ -229,7 +236,8 @@ QFuture<int> pull(Invocation& call) {
                                   : *preference == PullPreference::merge ? PullStrategy::merge
                                                                          : PullStrategy::rebase;
     return onRepositories(
-        call, u"Pulling…"_s, u"Pulled"_s, [strategy](const GitService& service, const QString& repository) {
+        call, u"Pulling…"_s, u"Pulled"_s, Which::onBranches,
+        [strategy](const GitService& service, const QString& repository) {
             return service.pull(repository, strategy);
         });
 }

@@ -3,6 +3,10 @@
 #include "OrvUI/AppModel.h"
 #include "OrvUI/HomeModels.h"
 
+#ifdef Q_OS_MACOS
+#include "OrvLauncher/platform/macos/MenuBarItem.h"
+#endif
+
 #include <QGuiApplication>
 #include <QMenu>
 #include <QPainter>
@@ -13,6 +17,8 @@ namespace orv {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+#ifndef Q_OS_MACOS
 
 constexpr int greatestCount = 9; ///< more is "9+"
 
@@ -59,11 +65,51 @@ QPixmap picture(int pixels, int count, bool isPanelDark) {
     return pixmap;
 }
 
+#endif
+
 bool isBusy(const QString& cardState) {
     return cardState == u"running" || cardState == u"starting" || cardState == u"installing";
 }
 
 } // namespace
+
+#ifdef Q_OS_MACOS
+
+StatusItem::StatusItem(AppModel& model, QObject* parent)
+    : QObject(parent),
+      m_model(model),
+      m_menu(std::make_unique<QMenu>()),
+      m_dockMenu(std::make_unique<QMenu>()),
+      m_menuBarItem(std::make_unique<MenuBarItem>(MenuBarItem::Handlers{
+          .clicked = [this] { Q_EMIT panelAsked(); },
+          .menuAsked = [this] { m_menu->popup(place().bottomLeft()); },
+      })) {
+    m_dockMenu->setAsDockMenu();
+    connect(m_menu.get(), &QMenu::aboutToShow, this, &StatusItem::fillMenu);
+    connect(&model, &AppModel::servicesChanged, this, &StatusItem::update);
+    // The Dock shows its menu as it was left: nobody asks for it to be filled.
+    for (const auto signal : {&AppModel::projectsChanged, &AppModel::pinsChanged, &AppModel::servicesChanged}) {
+        connect(&model, signal, this, &StatusItem::fillMenu);
+    }
+    fillMenu();
+    update();
+}
+
+StatusItem::~StatusItem() = default;
+
+QRect StatusItem::place() const {
+    return m_menuBarItem->place();
+}
+
+void StatusItem::showCount(int /*count*/) {
+    m_menuBarItem->setTitle(m_model.menuBarTitle());
+}
+
+void StatusItem::showToolTip(const QString& text) {
+    m_menuBarItem->setToolTip(text);
+}
+
+#else
 
 StatusItem::StatusItem(AppModel& model, QObject* parent)
     : QObject(parent), m_model(model), m_menu(std::make_unique<QMenu>()), m_icon(std::make_unique<QSystemTrayIcon>()) {
@@ -76,14 +122,6 @@ StatusItem::StatusItem(AppModel& model, QObject* parent)
         }
     });
     connect(&model, &AppModel::servicesChanged, this, &StatusItem::update);
-#ifdef Q_OS_MACOS
-    // It is shown as it was left: nobody asks for it to be filled.
-    m_dockMenu = std::make_unique<QMenu>();
-    m_dockMenu->setAsDockMenu();
-    for (const auto signal : {&AppModel::projectsChanged, &AppModel::pinsChanged, &AppModel::servicesChanged}) {
-        connect(&model, signal, this, &StatusItem::fillMenu);
-    }
-#endif
     fillMenu();
     m_icon->setContextMenu(m_menu.get());
     update();
@@ -94,12 +132,26 @@ StatusItem::~StatusItem() {
     m_icon->hide();
 }
 
-bool StatusItem::isAvailable() {
-    return QSystemTrayIcon::isSystemTrayAvailable();
-}
-
 QRect StatusItem::place() const {
     return m_icon->geometry();
+}
+
+void StatusItem::showCount(int count) {
+    QIcon icon;
+    for (const int pixels : {16, 22, 24, 32, 44, 48, 64}) {
+        icon.addPixmap(picture(pixels, count, m_isPanelDark));
+    }
+    m_icon->setIcon(icon);
+}
+
+void StatusItem::showToolTip(const QString& text) {
+    m_icon->setToolTip(text);
+}
+
+#endif
+
+bool StatusItem::isAvailable() {
+    return QSystemTrayIcon::isSystemTrayAvailable();
 }
 
 void StatusItem::setPanelDark(bool isDark) {
@@ -114,12 +166,8 @@ void StatusItem::update() {
     if (std::exchange(m_shownCount, count) == count) {
         return;
     }
-    QIcon icon;
-    for (const int pixels : {16, 22, 24, 32, 44, 48, 64}) {
-        icon.addPixmap(picture(pixels, count, m_isPanelDark));
-    }
-    m_icon->setIcon(icon);
-    m_icon->setToolTip(
+    showCount(count);
+    showToolTip(
         count == 0   ? QGuiApplication::applicationDisplayName()
         : count == 1 ? tr("%1: 1 service running").arg(QGuiApplication::applicationDisplayName())
                      : tr("%1: %2 services running").arg(QGuiApplication::applicationDisplayName()).arg(count));

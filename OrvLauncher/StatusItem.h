@@ -10,9 +10,11 @@ class QSystemTrayIcon;
 namespace orv {
 
 class AppModel;
+class MenuBarItem;
 
-/// The application's icon in the tray, with the number of running services on it. Its click opens the quick panel; its
-/// menu lists the pinned projects, for desktops that report no click. Main thread; needs a QApplication.
+/// The application's icon in the tray, with the number of running services on it, or beside it in a menu bar. Its click
+/// opens the quick panel; its menu lists the pinned projects, for desktops that report no click. Main thread; needs a
+/// QApplication.
 class StatusItem : public QObject {
     Q_OBJECT
 public:
@@ -33,13 +35,19 @@ Q_SIGNALS:
 
 private:
     void update();
+    void showCount(int count);
+    void showToolTip(const QString& text);
     void fillMenu();
     void addPinned(QMenu& menu);
 
     AppModel& m_model;
     std::unique_ptr<QMenu> m_menu;
     std::unique_ptr<QMenu> m_dockMenu; ///< where there is a Dock
+#ifdef Q_OS_MACOS
+    std::unique_ptr<MenuBarItem> m_menuBarItem;
+#else
     std::unique_ptr<QSystemTrayIcon> m_icon;
+#endif
     bool m_isPanelDark = true;
     int m_shownCount = -1;
 };

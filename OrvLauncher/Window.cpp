@@ -5,6 +5,7 @@
 #include "Graphics.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
+#include "OrvLauncher/platform/ActivationToken.h"
 #include "OrvLauncher/platform/HotKey.h"
 #include "OrvLauncher/platform/LoginItem.h"
 #include "OrvLauncher/platform/SystemNotifier.h"
@@ -26,6 +27,11 @@
 #include "SignalWatcher.h"
 #include "SingleInstance.h"
 #include "StatusItem.h"
+#include "SystemEvents.h"
+
+#ifdef Q_OS_MACOS
+#include "OrvLauncher/platform/macos/MacDesktop.h"
+#endif
 
 #include <QApplication>
 #include <QClipboard>
@@ -97,6 +103,8 @@ private:
     void applyShortcut();
     static QString noteOf(HotKey::State state);
     void showWindow();
+    void makeVisible();
+    void hideWindow();
     void togglePanel();
     void answer(const StartWish& wish);
     Q_SLOT void windowClosed();
@@ -118,8 +126,10 @@ private:
     SystemLook m_look;
     QQmlApplicationEngine m_engine;
     QQuickWindow* m_window = nullptr;
+    Qt::WindowStates m_hiddenStates; ///< in which it comes back
     QTimer m_settled;
     SignalWatcher m_signals;
+    SystemEvents m_systemEvents;
     std::optional<StatusItem> m_statusItem;
     std::optional<QuickPanel> m_panel;
     std::optional<HotKey> m_hotKey;
@@ -155,6 +165,10 @@ bool WindowShell::open() {
     m_model.openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     m_model.setClipboard = [](const QString& text) { QGuiApplication::clipboard()->setText(text); };
     m_model.setOpenMainWindowAction([this] { showWindow(); });
+#ifdef Q_OS_MACOS
+    m_model.setActivationPolicy = &setActivationPolicy;
+    m_model.setReloadWidgets(&reloadWidgets);
+#endif
     m_model.applyDockIconPolicy();
     reportFrames();
     place();
@@ -164,6 +178,11 @@ bool WindowShell::open() {
     connect(m_window, SIGNAL(logsSaveAsked()), this, SLOT(saveLogs()));
     connect(m_window, SIGNAL(quitAnswered(int)), this, SLOT(answerToQuit(int)));
     connect(&m_signals, &SignalWatcher::stopAsked, this, [this] { m_quitting ? kill() : quit(); });
+    connect(&m_systemEvents, &SystemEvents::addressOpened, this, [this](const QUrl& url) {
+        showWindow();
+        m_model.handle(url);
+    });
+    connect(&m_systemEvents, &SystemEvents::quitAsked, this, &WindowShell::askToQuit);
     connect(&m_instance, &SingleInstance::called, this, [this](const QByteArray& message) {
         answer(StartWish::ofMessage(message));
     });
@@ -210,6 +229,7 @@ void WindowShell::followLook() {
         theme->setDark(followsSystem ? m_look.isDark() : settings.appearance == AppearanceMode::dark);
         theme->setTheme(int(settings.theme));
         theme->setReducedMotion(m_look.reducedMotion());
+        theme->setHigherContrast(m_look.higherContrast());
     };
     apply();
     connect(&m_model.settings(), &SettingsStore::settingsChanged, theme, apply);
@@ -277,9 +297,29 @@ QString WindowShell::noteOf(HotKey::State state) {
 }
 
 void WindowShell::showWindow() {
-    m_window->show();
+    makeVisible();
     m_window->raise();
     m_window->requestActivate();
+}
+
+/// As large as it was: QWindow::show() would make it a normal one.
+void WindowShell::makeVisible() {
+    Qt::WindowStates states = m_window->isVisible() ? m_window->windowStates() : m_hiddenStates;
+    states.setFlag(Qt::WindowMinimized, false);
+    if (states != m_window->windowStates()) {
+        m_window->setWindowStates(states);
+    }
+    m_window->setVisible(true);
+}
+
+void WindowShell::hideWindow() {
+    if (m_window->isVisible()) {
+        m_hiddenStates = m_window->windowStates();
+        if (!m_hiddenStates.testFlag(Qt::WindowFullScreen)) {
+            m_state.isMaximized = m_hiddenStates.testFlag(Qt::WindowMaximized);
+        }
+        m_window->hide();
+    }
 }
 
 void WindowShell::togglePanel() {
@@ -288,18 +328,17 @@ void WindowShell::togglePanel() {
 
 /// What another start was for.
 void WindowShell::answer(const StartWish& wish) {
-    if (!wish.activation.isEmpty()) {
-        qputenv("XDG_ACTIVATION_TOKEN", wish.activation.toUtf8());
+    {
+        const ActivationToken token(wish.activation);
+        if (wish.togglesPanel) {
+            togglePanel();
+            return;
+        }
+        if (wish.staysInTray) {
+            return;
+        }
+        showWindow();
     }
-    if (wish.togglesPanel) {
-        togglePanel();
-        return;
-    }
-    if (wish.staysInTray) {
-        return;
-    }
-    showWindow();
-    qunsetenv("XDG_ACTIVATION_TOKEN"); // not for the services
     if (!wish.url.isEmpty()) {
         m_model.handle(QUrl(wish.url));
     }
@@ -309,7 +348,7 @@ void WindowShell::answer(const StartWish& wish) {
 /// With an icon in the tray the application lives on without its window.
 void WindowShell::windowClosed() {
     if (StatusItem::isAvailable() && m_statusItem) {
-        m_window->hide();
+        hideWindow();
     } else {
         askToQuit();
     }
@@ -331,7 +370,7 @@ void WindowShell::answerToQuit(int choice) {
     if (choice == stopAndQuit) {
         quit();
     } else if (choice == keepRunning) {
-        m_window->hide();
+        hideWindow();
     }
 }
 
@@ -348,11 +387,9 @@ void WindowShell::place() {
         m_state.geometry = first;
     }
     m_window->setGeometry(WindowState::fitted(m_state.geometry, screens, minimum));
-    if (m_state.isMaximized) {
-        m_window->setWindowStates(Qt::WindowMaximized);
-    }
+    m_hiddenStates.setFlag(Qt::WindowMaximized, m_state.isMaximized);
     if (!m_wish.togglesPanel && !m_wish.staysInTray) {
-        m_window->show();
+        makeVisible();
     }
     // Only what lasts counts: while a window is being maximised it has the large size, but not yet the state.
     m_settled.setSingleShot(true);
@@ -427,7 +464,7 @@ void WindowShell::quit() {
     }
     m_quitting = true;
     m_instance.end();
-    m_window->hide();
+    hideWindow();
     saveState();
     m_model.terminals().closeAll();
     onFinished(m_model.stopEverything(), this, [this] { leave(); });

@@ -125,6 +125,10 @@ public:
             reinterpret_cast<const char*>(content.data.data()), static_cast<qsizetype>(content.data.size()));
         later([this, text, isPrimary] { Q_EMIT m_session.clipboardWriteRequested(text, isPrimary); });
     }
+    /// No program reads the clipboard here, so one that is told of a paste would get nothing.
+    bool kittyClipboardSendPasteEvent(term::Terminal& /*source*/, term::ClipboardLocation /*location*/) override {
+        return false;
+    }
     std::optional<term::BaseColors> getColors(term::Terminal& /*source*/) override { return m_session.m_colors; }
     void synchronizedOutputChanged(term::Terminal& /*source*/, bool active) override {
         if (active) {

@@ -28,7 +28,7 @@ QString AgentPlanner::followUp(const AgentRun& run, const QString& message) {
     if (text.isEmpty() || agentInfo(facts.agent).keepsSessions) {
         return text;
     }
-    return AgentCommandBuilder::followUpTask(facts.task, run.answer().value_or(QString()), text);
+    return AgentCommandBuilder::followUpTask(facts.task, run.lastWords(), text);
 }
 
 bool AgentPlanner::asksForInput(const AgentLine& line) {

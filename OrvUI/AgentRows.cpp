@@ -2,6 +2,8 @@
 
 #include "OrvCore/AgentCommandBuilder.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <array>
 
@@ -9,6 +11,10 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(AgentRows)
+};
 
 /// The two letters on an agent's tile; a custom one has a picture.
 constexpr std::array letters{u"Cl", u"Cx", u"Ge", u"An", u""};
@@ -46,9 +52,9 @@ QString iconOf(const QString& tool) {
 QString attentionText(AgentRun::Attention attention) {
     switch (attention) {
     case AgentRun::Attention::input:
-        return u"Waits for an answer that it can't get here"_s;
+        return Words::tr("Waits for an answer that it can't get here");
     case AgentRun::Attention::quiet:
-        return u"Silent for a while"_s;
+        return Words::tr("Silent for a while");
     case AgentRun::Attention::none:
         break;
     }
@@ -88,11 +94,11 @@ QString agentCostText(double costUSD) {
 }
 
 QString agentTokensText(const AgentTokens& tokens) {
-    return u"%1 in · %2 out"_s.arg(counted(tokens.input), counted(tokens.output));
+    return Words::tr("%1 in · %2 out").arg(counted(tokens.input), counted(tokens.output));
 }
 
 QString agentChangesText(const AgentChanges& changes) {
-    return changes.fileCount == 1 ? u"1 file changed"_s : u"%1 files changed"_s.arg(changes.fileCount);
+    return changes.fileCount == 1 ? Words::tr("1 file changed") : Words::tr("%1 files changed").arg(changes.fileCount);
 }
 
 AgentRunRow AgentRunRow::of(const AgentRun& run) {
@@ -168,14 +174,14 @@ AgentRow AgentRow::of(AgentKind kind, const AgentCatalog& catalog, AgentKind def
         .name = info.displayName.toString(),
         .letters = lettersOf(kind),
         .version = status.version.value_or(QString()),
-        .status = isCustom ? u"No command set"_s : u"Not installed"_s,
+        .status = isCustom ? Words::tr("No command set") : Words::tr("Not installed"),
         .notice = info.notice.toString(),
         .installHint = info.installHint.toString(),
         .action = isCustom ? u"setUp"_s : u"copyInstall"_s,
         .isInstalled = status.installed,
         .isDefault = kind == defaultAgent};
     if (status.installed) {
-        const QString installed = isCustom ? u"Command set"_s : u"Installed"_s;
+        const QString installed = isCustom ? Words::tr("Command set") : Words::tr("Installed");
         row.status = row.version.isEmpty() ? installed : installed + u" · "_s + row.version;
         const bool isSignedIn = status.signIn == AgentStatus::SignIn::found;
         row.action = isCustom || isSignedIn || !catalog.hasCommandLine(kind) ? QString() : u"signIn"_s;

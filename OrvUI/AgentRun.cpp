@@ -60,6 +60,7 @@ AgentRunRecord AgentRun::record() const {
         .reason = m_status.reason.left(longestSummary),
         .sessionID = m_sessionID,
         .summary = m_summary ? std::optional(m_summary->left(longestSummary)) : std::nullopt,
+        .lastWords = m_lastWords,
         .costUSD = m_costUSD,
         .tokens = m_tokens,
         .changes = m_changes,
@@ -77,6 +78,7 @@ void AgentRun::takeIn(const AgentRunRecord& record, Owner owner) {
     m_status = {record.state, record.reason};
     m_sessionID = record.sessionID;
     m_summary = record.summary;
+    m_lastWords = record.lastWords;
     m_costUSD = record.costUSD;
     m_tokens = record.tokens;
     m_changes = record.changes;
@@ -104,6 +106,28 @@ void AgentRun::setWorktree(const AgentWorktree& worktree, const QString& folder)
 
 std::optional<QString> AgentRun::answer() const {
     return m_summary && !m_summary->isEmpty() ? m_summary : std::nullopt;
+}
+
+QString AgentRun::lastWords() const {
+    return answer().value_or(m_lastWords);
+}
+
+/// The newest whole lines that are not too long together; of a line that is so alone, its end.
+QString AgentRun::endOfText() const {
+    QStringList lines;
+    qsizetype left = longestLastWords;
+    for (auto event = m_events.rbegin(); event != m_events.rend() && left > 0; ++event) {
+        const auto* said = std::get_if<AgentText>(&*event);
+        if (said == nullptr) {
+            continue;
+        }
+        if (said->text.size() > left && !lines.isEmpty()) {
+            break;
+        }
+        lines.prepend(said->text.right(left));
+        left -= said->text.size() + 1;
+    }
+    return lines.join(u'\n');
 }
 
 void AgentRun::append(const QList<AgentLine>& lines) {
@@ -198,6 +222,9 @@ void AgentRun::finish(int exitCode, const QDateTime& now) {
     m_endedAt = now;
     m_attention = Attention::none;
     m_status = finalStatus(exitCode);
+    if (!agentInfo(m_facts.agent).keepsSessions) {
+        m_lastWords = endOfText();
+    }
     Q_EMIT changed();
 }
 

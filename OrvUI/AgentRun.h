@@ -83,6 +83,9 @@ public:
     [[nodiscard]] AgentRunRecord record() const;
     /// The agent's final answer; absent while there is none, and of a run whose report was empty.
     [[nodiscard]] std::optional<QString> answer() const;
+    /// What a later run is told that it answered: the answer; where the agent reports none, the end of what it printed.
+    [[nodiscard]] QString lastWords() const;
+    static constexpr qsizetype longestLastWords = 8 * 1024;
 
     void append(const QList<AgentLine>& lines);
     /// Of a stored run, whose outcome is known already: the events alone.
@@ -110,6 +113,7 @@ private:
     void take(const AgentUsage& usage);
     [[nodiscard]] qsizetype dropOldest();
     [[nodiscard]] Status finalStatus(int exitCode) const;
+    [[nodiscard]] QString endOfText() const;
 
     Facts m_facts;
     const Limits m_limits;
@@ -123,6 +127,7 @@ private:
     std::optional<QString> m_sessionID;
     std::optional<QDateTime> m_endedAt;
     std::optional<QString> m_summary;
+    QString m_lastWords; ///< of one that has ended
     std::optional<double> m_costUSD;
     std::optional<bool> m_reportedSuccess;
     std::optional<AgentTokens> m_tokens;

@@ -178,7 +178,7 @@ QString taskAfter(const AgentRun& run, const QString& message) {
     const QString task = AgentPlanner::followUp(run, message);
     const AgentRun::Facts& facts = run.facts();
     return isLeftBehind(run) && !task.isEmpty() && agentInfo(facts.agent).keepsSessions
-               ? AgentCommandBuilder::followUpTask(facts.task, run.answer().value_or(QString()), task)
+               ? AgentCommandBuilder::followUpTask(facts.task, run.lastWords(), task)
                : task;
 }
 
@@ -195,7 +195,8 @@ std::expected<AgentRun*, QString> AgentRuns::goOn(
          .projectID = facts.projectID,
          .projectName = projectName,
          .projectRoot = projectRoot,
-         .linkedTask = facts.linkedTaskID,
+         // Somebody may have found it not done after all: what is said later does not settle it.
+         .linkedTask = {},
          .autonomy = autonomy.value_or(facts.autonomy),
          .replyingTo = &run});
 }

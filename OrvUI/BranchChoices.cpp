@@ -89,8 +89,11 @@ bool BranchChoices::choose(int row) {
         return false;
     }
     const BranchRow chosen = m_rows.rows()[row];
-    if (!chosen.isCurrent) {
-        m_git->switchBranch(localName(chosen));
+    if (chosen.isRemote) {
+        // By its name alone it may be a branch of several remotes.
+        m_git->switchToRemote(chosen.name);
+    } else if (!chosen.isCurrent) {
+        m_git->switchBranch(chosen.name);
     }
     return true;
 }

@@ -4,6 +4,7 @@
 #include "OrvProcess/ShellRunner.h"
 #include "OrvUI/DesktopDevice.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QProcess>
@@ -19,6 +20,10 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(DeviceTools)
+};
 
 constexpr int notFound = 127;        ///< of a shell that knows no such command
 constexpr int isBootedAlready = 149; ///< of "simctl boot"
@@ -56,15 +61,16 @@ DeviceTools::Listing<QList<FlutterDevice>> DeviceTools::flutterDevices(const std
     const auto words = ShellRunner::shellWords(u"flutter devices --machine"_s);
     const ShellRunner::Result result = ShellRunner::run(words, {.time = flutterLimit}, isCancelled);
     if (!result && result.error() == ShellRunner::Failure::tooLate) {
-        return {{desktopDevice}, u"Flutter did not answer in time. Try 'flutter devices' in a terminal."_s};
+        return {{desktopDevice}, Words::tr("Flutter did not answer in time. Try 'flutter devices' in a terminal.")};
     }
     if (result && result->exitCode == notFound) {
         return {
             {},
-            u"Flutter was not found. Install it from https://docs.flutter.dev/get-started so that your login shell finds it."_s};
+            Words::tr("Flutter was not found. Install it from https://docs.flutter.dev/get-started so that your login "
+                      "shell finds it.")};
     }
     if (!result || result->exitCode != 0) {
-        return {{desktopDevice}, u"Flutter could not list its devices. Try 'flutter doctor' in a terminal."_s};
+        return {{desktopDevice}, Words::tr("Flutter could not list its devices. Try 'flutter doctor' in a terminal.")};
     }
     return {DeviceParsers::flutterDevices(result->text), {}};
 }
@@ -76,7 +82,7 @@ DeviceTools::Listing<QList<SimulatorDevice>> DeviceTools::simulators(const std::
     const QStringList words{xcrun, u"simctl"_s, u"list"_s, u"devices"_s, u"available"_s, u"--json"_s};
     const ShellRunner::Result result = ShellRunner::run(words, {}, isCancelled);
     if (!result || result->exitCode != 0) {
-        return {{}, u"No simulators were found. Install Xcode from the App Store and open it once."_s};
+        return {{}, Words::tr("No simulators were found. Install Xcode from the App Store and open it once.")};
     }
     return {DeviceParsers::simulators(result->text), {}};
 }
@@ -84,38 +90,45 @@ DeviceTools::Listing<QList<SimulatorDevice>> DeviceTools::simulators(const std::
 DeviceTools::Listing<QList<DeviceTools::Emulator>> DeviceTools::emulators(const std::atomic<bool>& isCancelled) const {
     const std::optional<QString> sdk = DeviceParsers::androidSDK(environment, home);
     if (!sdk) {
-        return {{}, u"No Android SDK was found. Install Android Studio, or set ANDROID_HOME to where the SDK is."_s};
+        return {
+            {},
+            Words::tr("No Android SDK was found. Install Android Studio, or set ANDROID_HOME to where the SDK is.")};
     }
     const QString tool = *sdk + u"/emulator/emulator"_s;
     const ShellRunner::Result listing = ShellRunner::run({tool, u"-list-avds"_s}, {}, isCancelled);
     if (!listing || listing->exitCode != 0) {
-        return {{}, u"The Android emulators could not be listed. Try '%1 -list-avds' in a terminal."_s.arg(tool)};
+        return {
+            {}, Words::tr("The Android emulators could not be listed. Try '%1 -list-avds' in a terminal.").arg(tool)};
     }
-    const QMap<QString, QString> running = runningEmulators(*sdk, isCancelled);
+    const QMap<QString, Running> running = runningEmulators(*sdk, isCancelled);
     QList<Emulator> found;
     for (const QString& avd : DeviceParsers::avds(listing->text)) {
-        found.append({avd, running.value(avd)});
+        const Running each = running.value(avd);
+        found.append({avd, each.isOnline ? each.serial : QString()});
     }
     return {
-        found, found.isEmpty() ? u"There is no Android emulator yet. Android Studio's Device Manager makes one."_s
-                               : QString()};
+        found, found.isEmpty()
+                   ? Words::tr("There is no Android emulator yet. Android Studio's Device Manager makes one.")
+                   : QString()};
 }
 
-/// From the name of the virtual device to its serial.
-QMap<QString, QString> DeviceTools::runningEmulators(const QString& sdk, const std::atomic<bool>& isCancelled) const {
-    QMap<QString, QString> running;
+/// By the name of the virtual device. One that has just begun to boot is not reached yet, but says its name.
+QMap<QString, DeviceTools::Running> DeviceTools::runningEmulators(
+    const QString& sdk, const std::atomic<bool>& isCancelled) {
+    QMap<QString, Running> running;
     const QString adb = adbOf(sdk);
     if (adb.isEmpty()) {
         return running;
     }
     for (const QByteArray& line : output({adb, u"devices"_s}, isCancelled).split('\n')) {
-        const QString serial = QString::fromUtf8(line.left(line.indexOf('\t')));
-        if (!line.startsWith("emulator-") || !line.trimmed().endsWith("\tdevice")) {
+        const qsizetype tab = line.indexOf('\t');
+        if (!line.startsWith("emulator-") || tab < 0) {
             continue;
         }
+        const QString serial = QString::fromUtf8(line.first(tab));
         const QByteArray answer = output({adb, u"-s"_s, serial, u"emu"_s, u"avd"_s, u"name"_s}, isCancelled);
         if (const QByteArray name = answer.left(answer.indexOf('\n')).trimmed(); !name.isEmpty()) {
-            running.insert(QString::fromUtf8(name), serial);
+            running.insert(QString::fromUtf8(name), {serial, line.sliced(tab).trimmed() == "device"});
         }
     }
     return running;
@@ -125,44 +138,43 @@ DeviceTools::Booted DeviceTools::bootEmulator(const QString& avd, const std::ato
     const QString shown = DeviceParsers::displayName(avd);
     const std::optional<QString> sdk = DeviceParsers::androidSDK(environment, home);
     if (!sdk) {
-        return std::unexpected(u"No Android SDK was found to start "_s + shown + u'.');
-    }
-    if (const QString serial = runningEmulators(*sdk, isCancelled).value(avd); !serial.isEmpty()) {
-        return serial;
+        return std::unexpected(Words::tr("No Android SDK was found to start %1.").arg(shown));
     }
     const QString adb = adbOf(*sdk);
     if (adb.isEmpty()) {
-        return std::unexpected(u"The Android SDK has no adb. Install its platform tools in Android Studio."_s);
+        return std::unexpected(Words::tr("The Android SDK has no adb. Install its platform tools in Android Studio."));
     }
-    QProcess emulator;
-    emulator.setProgram(*sdk + u"/emulator/emulator"_s);
-    emulator.setArguments({u"-avd"_s, avd});
-    emulator.setStandardInputFile(QProcess::nullDevice());
-    emulator.setStandardOutputFile(QProcess::nullDevice());
-    emulator.setStandardErrorFile(QProcess::nullDevice());
-    qint64 pid = 0;
-    if (!emulator.startDetached(&pid)) {
-        return std::unexpected(shown + u" could not be started: "_s + emulator.errorString());
-    }
+    qint64 pid = 0; // of the one that is started here
     for (const QDeadlineTimer deadline(bootLimit); !deadline.hasExpired() && !isCancelled;) {
-        const QString serial = runningEmulators(*sdk, isCancelled).value(avd);
-        const QStringList question{adb, u"-s"_s, serial, u"shell"_s, u"getprop"_s, u"sys.boot_completed"_s};
-        if (!serial.isEmpty() && output(question, isCancelled).trimmed() == "1") {
-            return serial;
+        const Running found = runningEmulators(*sdk, isCancelled).value(avd);
+        const QStringList question{adb, u"-s"_s, found.serial, u"shell"_s, u"getprop"_s, u"sys.boot_completed"_s};
+        if (found.isOnline && output(question, isCancelled).trimmed() == "1") {
+            return found.serial;
         }
-        if (::kill(static_cast<pid_t>(pid), 0) != 0) {
-            return std::unexpected(shown + u" ended while it started. Try it in Android Studio's Device Manager."_s);
+        if (pid == 0 && found.serial.isEmpty()) {
+            QProcess emulator;
+            emulator.setProgram(*sdk + u"/emulator/emulator"_s);
+            emulator.setArguments({u"-avd"_s, avd});
+            emulator.setStandardInputFile(QProcess::nullDevice());
+            emulator.setStandardOutputFile(QProcess::nullDevice());
+            emulator.setStandardErrorFile(QProcess::nullDevice());
+            if (!emulator.startDetached(&pid)) {
+                return std::unexpected(Words::tr("%1 could not be started: %2").arg(shown, emulator.errorString()));
+            }
+        } else if (pid != 0 && ::kill(static_cast<pid_t>(pid), 0) != 0) {
+            return std::unexpected(
+                Words::tr("%1 ended while it started. Try it in Android Studio's Device Manager.").arg(shown));
         }
         QThread::msleep(bootLook.count());
     }
-    return std::unexpected(shown + u" did not come up in time."_s);
+    return std::unexpected(Words::tr("%1 did not come up in time.").arg(shown));
 }
 
 DeviceTools::Booted DeviceTools::bootSimulator(const QString& udid, const std::atomic<bool>& isCancelled) const {
     const ShellRunner::Result result =
         ShellRunner::run({xcrun, u"simctl"_s, u"boot"_s, udid}, {.time = bootLimit}, isCancelled);
     if (!result || (result->exitCode != 0 && result->exitCode != isBootedAlready)) {
-        return std::unexpected(u"The simulator could not be started."_s);
+        return std::unexpected(Words::tr("The simulator could not be started."));
     }
     const auto shown = ShellRunner::run({u"/usr/bin/open"_s, u"-a"_s, u"Simulator"_s}, {}, isCancelled);
     Q_UNUSED(shown) // it runs without its window too

@@ -89,8 +89,14 @@ void GitModel::actAndKeep(const QString& text, const QStringList& paths, const W
             *whyNot = found.error().text();
             return GitOutcome<void>(std::unexpected(GitError::refused(*whyNot)));
         }
-        *kept = *std::move(found);
-        return work(service, repository);
+        if (auto done = work(service, repository); !done) {
+            return done;
+        }
+        // What can't be looked at can't be brought back, but it is discarded.
+        if (found->noteAfterwards(service)) {
+            *kept = *std::move(found);
+        }
+        return GitOutcome<void>();
     };
     run(
         u"discard"_s, text, keepFirst,
@@ -196,9 +202,8 @@ void GitModel::unstageAll() {
 }
 
 void GitModel::discard(const QStringList& paths) {
-    const QStringList all = touched(m_staged, touched(m_unstaged, paths));
-    actAndKeep(u"Discarding…"_s, all, [all](const GitService& service, const QString& repository) {
-        return service.discard(repository, all);
+    actAndKeep(u"Discarding…"_s, paths, [paths](const GitService& service, const QString& repository) {
+        return service.discard(repository, paths);
     });
 }
 
@@ -285,6 +290,13 @@ void GitModel::abortOperation() {
 void GitModel::switchBranch(const QString& name) {
     act(u"switch"_s, u"Switching to %1…"_s.arg(name),
         [=](const GitService& service, const QString& repository) { return service.switchBranch(repository, name); });
+}
+
+void GitModel::switchToRemote(const QString& remoteBranch) {
+    act(u"switch"_s, u"Switching to %1…"_s.arg(remoteBranch),
+        [=](const GitService& service, const QString& repository) {
+            return service.switchToRemote(repository, remoteBranch);
+        });
 }
 
 void GitModel::createBranch(const QString& name) {

@@ -16,20 +16,20 @@ QString noteOfText(const FileDiff& file) {
     }
     switch (file.change) {
     case DiffChange::renamed:
-        return u"Renamed without changes."_s;
+        return GitModel::tr("Renamed without changes.");
     case DiffChange::copied:
-        return u"Copied without changes."_s;
+        return GitModel::tr("Copied without changes.");
     case DiffChange::added:
-        return u"This file is empty."_s;
+        return GitModel::tr("This file is empty.");
     case DiffChange::deleted:
-        return u"An empty file was deleted."_s;
+        return GitModel::tr("An empty file was deleted.");
     case DiffChange::modified:
         break;
     }
     const bool isOtherMode = !file.oldMode.isEmpty() && !file.newMode.isEmpty() && file.oldMode != file.newMode;
-    return isOtherMode ? u"Only its mode changed, from %1 to %2."_s.arg(
-                             QString::fromLatin1(file.oldMode), QString::fromLatin1(file.newMode))
-                       : u"There are no changes to show."_s;
+    return isOtherMode ? GitModel::tr("Only its mode changed, from %1 to %2.")
+                             .arg(QString::fromLatin1(file.oldMode), QString::fromLatin1(file.newMode))
+                       : GitModel::tr("There are no changes to show.");
 }
 
 QString noteOf(const FileDiff& file) {
@@ -37,18 +37,18 @@ QString noteOf(const FileDiff& file) {
     case DiffContent::text:
         return noteOfText(file);
     case DiffContent::binary:
-        return u"This is a binary file."_s;
+        return GitModel::tr("This is a binary file.");
     case DiffContent::tooLarge:
-        return file.hunks.isEmpty() ? u"This file is too large to be shown."_s
-                                    : u"Only the beginning of this diff is shown."_s;
+        return file.hunks.isEmpty() ? GitModel::tr("This file is too large to be shown.")
+                                    : GitModel::tr("Only the beginning of this diff is shown.");
     case DiffContent::submodule:
-        return u"This is a submodule: a commit of another repository."_s;
+        return GitModel::tr("This is a submodule: a commit of another repository.");
     case DiffContent::symlink:
-        return u"This is a symbolic link."_s;
+        return GitModel::tr("This is a symbolic link.");
     case DiffContent::conflict:
-        return u"Both sides changed this file. Resolve it, then stage it."_s;
+        return GitModel::tr("Both sides changed this file. Resolve it, then stage it.");
     case DiffContent::folder:
-        return u"This folder is a repository of its own."_s;
+        return GitModel::tr("This folder is a repository of its own.");
     }
     Q_UNREACHABLE();
 }
@@ -198,7 +198,7 @@ void GitModel::selectCommit(const QString& commit) {
         }
         m_commitFiles.setRows(rows);
         if (rows.isEmpty()) {
-            showDiff({}, u"This commit changes no files."_s);
+            showDiff({}, tr("This commit changes no files."));
         } else {
             selectCommitFile(rows.first().key);
         }

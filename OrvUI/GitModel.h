@@ -196,6 +196,7 @@ public:
     Q_INVOKABLE void abortOperation();
 
     Q_INVOKABLE void switchBranch(const QString& name);
+    Q_INVOKABLE void switchToRemote(const QString& remoteBranch);
     Q_INVOKABLE void createBranch(const QString& name);
     Q_INVOKABLE void deleteBranch(const QString& name, bool evenIfUnmerged);
     Q_INVOKABLE void setUpstream(const QString& branchName, const QString& upstreamName);

@@ -1,5 +1,6 @@
 #include "OrvUI/GitOverview.h"
 
+#include "OrvGit/RepositoryLayout.h"
 #include "OrvUI/Pool_p.h"
 
 #include <algorithm>
@@ -293,7 +294,9 @@ QFuture<QuickGitReport> GitOverview::quickGit(
         }
         started();
         const auto run = [repositories, action, strategy, name = project.name, service = actor]() {
-            for (const QString& repository : repositories) {
+            const QStringList meant =
+                action == QuickGitAction::fetch ? repositories : repositoriesOnBranches(repositories);
+            for (const QString& repository : meant) {
                 const Outcome done = action == QuickGitAction::fetch  ? service.fetch(repository)
                                      : action == QuickGitAction::pull ? service.pull(repository, strategy)
                                                                       : service.push(repository);
@@ -301,7 +304,7 @@ QFuture<QuickGitReport> GitOverview::quickGit(
                     return QuickGitReport{false, done.error().text()};
                 }
             }
-            return QuickGit::done(action, name, repositories.size());
+            return QuickGit::done(action, name, meant.size());
         };
         onFinished(runIn(m_actionPool, run), this, [this, id = project.id, finish](const QuickGitReport& report) {
             refresh(id);

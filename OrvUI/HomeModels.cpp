@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 QString counted(qsizetype count, const QString& one, const QString& many) {
-    return QString::number(count) + u' ' + (count == 1 ? one : many);
+    return count == 1 ? one : many.arg(count);
 }
 
 } // namespace
@@ -128,23 +128,24 @@ void HomeModels::updateRunning() {
 void HomeModels::updateSummary(int shownBefore) {
     QStringList parts;
     if (!m_model.hasScanned()) {
-        parts.append(u"Looking for projects…"_s);
+        parts.append(tr("Looking for projects…"));
     } else if (m_model.projects().isEmpty()) {
-        parts.append(u"No projects in %1 yet"_s.arg(m_model.scanRootText()));
+        parts.append(tr("No projects in %1 yet").arg(m_model.scanRootText()));
     } else {
         if (const int count = m_model.runningCount(); count > 0) {
-            parts.append(counted(count, u"service running"_s, u"services running"_s));
+            parts.append(counted(count, tr("1 service running"), tr("%1 services running")));
         }
         const qsizetype unsaved =
             std::ranges::count_if(m_model.gitBadges(), [](const GitBadge& badge) { return badge.changes > 0; });
         if (unsaved > 0) {
-            parts.append(counted(unsaved, u"project with unsaved changes"_s, u"projects with unsaved changes"_s));
+            parts.append(
+                counted(unsaved, tr("1 project with unsaved changes"), tr("%1 projects with unsaved changes")));
         }
         if (const int count = m_model.openTaskCount(); count > 0) {
-            parts.append(counted(count, u"open task"_s, u"open tasks"_s));
+            parts.append(counted(count, tr("1 open task"), tr("%1 open tasks")));
         }
         if (parts.isEmpty()) {
-            parts.append(counted(m_model.projects().size(), u"project"_s, u"projects"_s));
+            parts.append(counted(m_model.projects().size(), tr("1 project"), tr("%1 projects")));
         }
     }
     const QString before = std::exchange(m_summaryLine, parts.join(u" · "_s));

@@ -1,5 +1,7 @@
 #include "OrvUI/ModelTypes.h"
 
+#include <QCoreApplication>
+
 #include <array>
 
 namespace orv {
@@ -110,13 +112,17 @@ QString rawValue(SetupStep::Status status) {
 QString SetupSession::text() const {
     switch (phase.kind) {
     case Phase::Kind::confirm:
-        return project.name + u" needs its dependencies before it can run. This happens once."_s;
+        return QCoreApplication::translate(
+                   "SetupSession", "%1 needs its dependencies before it can run. This happens once.")
+            .arg(project.name);
     case Phase::Kind::running:
-        return u"Installing what "_s + project.name + u" needs. It starts as soon as this is done."_s;
+        return QCoreApplication::translate(
+                   "SetupSession", "Installing what %1 needs. It starts as soon as this is done.")
+            .arg(project.name);
     case Phase::Kind::failed:
         break;
     }
-    return u"Setup stopped. Fix the problem below and try again."_s;
+    return QCoreApplication::translate("SetupSession", "Setup stopped. Fix the problem below and try again.");
 }
 
 } // namespace orv

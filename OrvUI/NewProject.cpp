@@ -21,8 +21,8 @@ GitOutcome<void> makeFolder(const GitService& service, const QString& path, cons
     // Made here and now: a folder that someone else has made since is not ours to fill.
     if (!QDir().mkdir(path)) {
         return refuse(
-            QFileInfo::exists(path) ? u"There is already a folder with this name."_s
-                                    : u"The folder can't be made: %1"_s.arg(qt_error_string(errno)));
+            QFileInfo::exists(path) ? NewProject::tr("There is already a folder with this name.")
+                                    : NewProject::tr("The folder can't be made: %1").arg(qt_error_string(errno)));
     }
     if (branch.isEmpty()) {
         return {};
@@ -46,16 +46,17 @@ NewProject::~NewProject() {
 
 QString NewProject::nameProblem(const QString& name, const QString& parentFolder) {
     if (name.trimmed().isEmpty()) {
-        return u"Enter a name first."_s;
+        return tr("Enter a name first.");
     }
     if (!isFolderName(name)) {
-        return u"This is not a name for a folder."_s;
+        return tr("This is not a name for a folder.");
     }
     if (!QFileInfo(parentFolder).isDir()) {
-        return u"There is no folder %1."_s.arg(parentFolder);
+        return tr("There is no folder %1.").arg(parentFolder);
     }
     const QFileInfo target(parentFolder + u'/' + name);
-    return target.exists() || target.isSymLink() ? u"There is already a folder with this name."_s : QString();
+    return target.exists() || target.isSymLink() ? NewProject::tr("There is already a folder with this name.")
+                                                 : QString();
 }
 
 QString NewProject::nameOf(const QString& url) {
@@ -64,7 +65,7 @@ QString NewProject::nameOf(const QString& url) {
 
 void NewProject::createFolder(const QString& name, const QString& parentFolder, const QString& branch) {
     if (!branch.isEmpty() && !isBranchName(branch)) {
-        setError(u"“%1” is not a name for a branch."_s.arg(branch));
+        setError(tr("“%1” is not a name for a branch.").arg(branch));
         return;
     }
     const QString path = parentFolder + u'/' + name;
@@ -75,7 +76,7 @@ void NewProject::createFolder(const QString& name, const QString& parentFolder, 
 
 void NewProject::clone(const QString& url, const QString& name, const QString& parentFolder) {
     if (url.trimmed().isEmpty()) {
-        setError(u"Enter the address of a repository first."_s);
+        setError(tr("Enter the address of a repository first."));
         return;
     }
     const auto work = [url, name, parentFolder](const GitService& service, QPromise<Outcome>& progress) {

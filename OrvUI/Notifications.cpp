@@ -1,10 +1,16 @@
 #include "OrvUI/Notifications.h"
 
+#include <QCoreApplication>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
 namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(Notifications)
+};
 
 /// One overload an event: whether it is wanted, and its texts.
 struct Planner {
@@ -16,10 +22,11 @@ struct Planner {
         }
         const QString kind = title(event.id.kind);
         NotificationRequest request{
-            event.project + u" is ready"_s, kind + u" is running."_s, event.id.projectID, std::nullopt};
+            Words::tr("%1 is ready").arg(event.project), Words::tr("%1 is running.").arg(kind), event.id.projectID,
+            std::nullopt};
         if (event.port) {
             const QString address = u"localhost:%1"_s.arg(*event.port);
-            request.body = kind + u" is running on "_s + address + u'.';
+            request.body = Words::tr("%1 is running on %2.").arg(kind, address);
             request.openURL = u"http://"_s + address;
         }
         return request;
@@ -29,7 +36,7 @@ struct Planner {
             return {};
         }
         return NotificationRequest{
-            event.project + u" stopped unexpectedly"_s, title(event.id.kind) + u": "_s + event.reason,
+            Words::tr("%1 stopped unexpectedly").arg(event.project), title(event.id.kind) + u": "_s + event.reason,
             event.id.projectID, std::nullopt};
     }
     std::optional<NotificationRequest> operator()(const ProjectAdded& event) const {
@@ -37,17 +44,18 @@ struct Planner {
             return {};
         }
         return NotificationRequest{
-            event.name + u" was "_s + (event.cloned ? u"cloned"_s : u"created"_s),
-            u"It's in your projects folder, ready to open."_s, event.path, std::nullopt};
+            (event.cloned ? Words::tr("%1 was cloned") : Words::tr("%1 was created")).arg(event.name),
+            Words::tr("It's in your projects folder, ready to open."), event.path, std::nullopt};
     }
     std::optional<NotificationRequest> operator()(const AgentFinished& event) const {
         if (!prefs.agents) {
             return {};
         }
-        const QString heading = event.success ? u" finished in "_s : u" couldn't finish in "_s;
-        const QString withoutSummary = event.success ? u"The task is done."_s : u"It stopped before finishing."_s;
+        const QString heading = event.success ? Words::tr("%1 finished in %2") : Words::tr("%1 couldn't finish in %2");
+        const QString withoutSummary =
+            event.success ? Words::tr("The task is done.") : Words::tr("It stopped before finishing.");
         return NotificationRequest{
-            event.agent + heading + event.project, event.summary.isEmpty() ? withoutSummary : event.summary,
+            heading.arg(event.agent, event.project), event.summary.isEmpty() ? withoutSummary : event.summary,
             event.projectID, std::nullopt};
     }
 };
@@ -57,15 +65,15 @@ struct Planner {
 QString NotificationStatus::text() const {
     switch (kind) {
     case Kind::notDetermined:
-        return u"Not asked yet"_s;
+        return Words::tr("Not asked yet");
     case Kind::allowed:
-        return server.isEmpty() ? u"Allowed in System Settings"_s : u"Shown by "_s + server;
+        return server.isEmpty() ? Words::tr("Allowed in System Settings") : Words::tr("Shown by %1").arg(server);
     case Kind::denied:
-        return u"Turned off in System Settings"_s;
+        return Words::tr("Turned off in System Settings");
     case Kind::unavailable:
         break;
     }
-    return u"Nothing on this desktop shows notifications"_s;
+    return Words::tr("Nothing on this desktop shows notifications");
 }
 
 NotificationPrefs NotificationPrefs::of(const AppSettings& settings) {

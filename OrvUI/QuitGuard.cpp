@@ -3,18 +3,24 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AppModel.h"
 
+#include <QCoreApplication>
 #include <QStringList>
 
 #include <algorithm>
 
 namespace orv {
+namespace {
 
-using namespace Qt::StringLiterals;
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(QuitGuard)
+};
+
+} // namespace
 
 RunningWork RunningWork::of(AppModel& model) {
     const auto isOurs = [](const AgentRun* run) { return run->isRunning() && run->owner() == AgentRun::Owner::here; };
     return {
-        .services = model.runningCount(),
+        .services = static_cast<int>(std::ranges::count_if(model.processes().states(), &ServiceState::isActive)),
         .isProgramInTerminal = model.terminals().anyForegroundProgram(),
         .agents = static_cast<int>(std::ranges::count_if(model.agentRuns(), isOurs))};
 }
@@ -23,16 +29,18 @@ QString RunningWork::message() const {
     QStringList parts;
     if (services > 0) {
         parts.append(
-            QString::number(services) + (services == 1 ? u" service"_s : u" services"_s) + u" still running"_s);
+            services == 1 ? Words::tr("1 service still running")
+                          : Words::tr("%1 services still running").arg(services));
     }
     if (isProgramInTerminal) {
-        parts.append(u"a program is still running in a terminal"_s);
+        parts.append(Words::tr("a program is still running in a terminal"));
     }
     if (agents > 0) {
         parts.append(
-            QString::number(agents) + (agents == 1 ? u" AI agent is"_s : u" AI agents are"_s) + u" still working"_s);
+            agents == 1 ? Words::tr("1 AI agent is still working")
+                        : Words::tr("%1 AI agents are still working").arg(agents));
     }
-    QString text = parts.join(u" and "_s);
+    QString text = parts.join(Words::tr(" and "));
     if (!text.isEmpty()) {
         text[0] = text[0].toUpper();
     }

@@ -8,7 +8,7 @@ class AppModel;
 
 /// What would end with the application: what other processes run goes on without it.
 struct RunningWork {
-    int services = 0;
+    int services = 0;                 ///< running or coming up, installs too
     bool isProgramInTerminal = false; ///< some terminal runs more than its shell
     int agents = 0;
 

@@ -83,7 +83,8 @@ void TerminalView::paste(const QString& text) {
     QString lines = text;
     lines.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
     // A shell that brackets pastes waits for Return; another one would run each line as it comes.
-    const bool isBareShell = !m_session.terminal().modes().bracketedPaste && !m_session.hasForegroundProgram();
+    const bool isBareShell =
+        m_session.isAlive() && !m_session.terminal().modes().bracketedPaste && !m_session.hasForegroundProgram();
     if (lines.contains(u'\n') && isBareShell) {
         m_pendingPaste = lines;
         Q_EMIT pasteQuestionChanged();

@@ -19,6 +19,10 @@ constexpr Qt::KeyboardModifiers commandKeys = Qt::ControlModifier | Qt::ShiftMod
 constexpr int previousPrompt = Qt::Key_Z, nextPrompt = Qt::Key_X;
 #endif
 
+#ifdef Q_OS_LINUX
+constexpr quint32 zeroKey = 19; ///< X and Wayland count from 8 above the kernel's KEY_0
+#endif
+
 enum class Where { anywhere, normalScreen };
 
 /// What a key of the terminal's own does.
@@ -66,10 +70,21 @@ const std::array bindings{
         [](TerminalView& view) { view.scrollTo(view.historyLines()); }},
 };
 
+/// Many layouts have the equals sign above the zero: what enlarges on one would keep another from the usual size.
+int keyOf(const QKeyEvent& event) {
+#ifdef Q_OS_LINUX
+    if (event.key() == Qt::Key_Equal && event.nativeScanCode() == zeroKey) {
+        return Qt::Key_0;
+    }
+#endif
+    return event.key();
+}
+
 const Binding* bindingOf(const QKeyEvent& event, bool isAlternate) {
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    const int key = keyOf(event);
     for (const Binding& binding : bindings) {
-        if (binding.key == event.key() && binding.modifiers == modifiers &&
+        if (binding.key == key && binding.modifiers == modifiers &&
             (binding.where == Where::anywhere || !isAlternate)) {
             return &binding;
         }

@@ -183,7 +183,9 @@ void TerminalView::mousePressEvent(QMouseEvent* event) {
     if (m_clicks == 1) {
         text.col += cell.isRightHalf ? 1 : 0;
     }
-    if (event->modifiers().testFlag(Qt::ShiftModifier) && hasSelection()) {
+    // Where Shift is what takes the mouse from a program, it can't mean that too.
+    const bool isProgramsMouse = programWantsMouse(event->modifiers() & ~Qt::ShiftModifier);
+    if (event->modifiers().testFlag(Qt::ShiftModifier) && hasSelection() && !isProgramsMouse) {
         terminal.extendSelection(text);
         return;
     }

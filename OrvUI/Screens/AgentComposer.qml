@@ -11,10 +11,7 @@ FocusScope {
     property string fixedProjectID
     // In the agent panel: what is said may go on with the newest run there.
     property bool conversing: false
-    property string projectID: fixedProjectID
-    property string projectName
-    property int tileIndex: 0
-    property string tileLetter
+    readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.projectID
     property int agent: agents.defaultAgent
     property int autonomy: agents.autonomy
     readonly property AgentModels agents: model.agentModels
@@ -41,9 +38,8 @@ FocusScope {
         const isMine = composer.fixedProjectID.length === 0 || composer.fixedProjectID === composer.agents.draftProjectID;
         if (isMine && composer.agents.draftText.length > 0) {
             words.text = composer.agents.draftText;
-            const row = Rows.find(composer.model.cards, "projectID", composer.agents.draftProjectID);
-            if (composer.fixedProjectID.length === 0 && row >= 0) {
-                projectList.objectAt(row)?.choose();
+            if (composer.agents.draftProjectID.length > 0) {
+                project.projectID = composer.agents.draftProjectID;
             }
             words.forceActiveFocus(Qt.OtherFocusReason);
         }
@@ -51,6 +47,12 @@ FocusScope {
 
     implicitHeight: frame.height + note.height + Theme.space6
     Component.onCompleted: takeDraft()
+
+    ProjectChoice {
+        id: project
+
+        model: composer.model
+    }
 
     Connections {
         target: composer.agents
@@ -130,17 +132,33 @@ FocusScope {
 
                 visible: composer.fixedProjectID.length === 0
                 name: qsTr("Project")
-                text: composer.projectName.length > 0 ? composer.projectName : qsTr("Choose a project")
-                onClicked: projectMenu.popup(projectButton, 0, height + Theme.space4)
-                badge: composer.projectName.length > 0 ? projectTile : null
+                text: project.name.length > 0 ? project.name : qsTr("Choose a project")
+                onClicked: {
+                    chooser.active = true;
+                    (chooser.item as ProjectChooser).open();
+                }
+                badge: project.name.length > 0 ? projectTile : null
 
                 Component {
                     id: projectTile
 
                     Tile {
                         size: Theme.tileMini
-                        tileIndex: composer.tileIndex
-                        tileLetter: composer.tileLetter
+                        tileIndex: project.tileIndex
+                        tileLetter: project.tileLetter
+                    }
+                }
+
+                Loader {
+                    id: chooser
+
+                    active: false
+
+                    sourceComponent: ProjectChooser {
+                        parent: projectButton
+                        y: projectButton.height + Theme.space4
+                        choice: project
+                        onChosen: words.forceActiveFocus(Qt.OtherFocusReason)
                     }
                 }
             }
@@ -225,37 +243,6 @@ FocusScope {
         wrapMode: Text.Wrap
         maximumLineCount: 3
         text: composer.agents.error.length > 0 ? composer.agents.error : composer.explanation
-    }
-
-    Menu {
-        id: projectMenu
-
-        Instantiator {
-            id: projectList
-
-            model: composer.model.cards
-            onObjectAdded: (index, object) => projectMenu.insertItem(index, object as MenuRow)
-            onObjectRemoved: (index, object) => projectMenu.removeItem(object as MenuRow)
-
-            MenuRow {
-                id: projectRow
-
-                required property string name
-                required property string projectID
-                required property int tileIndex
-                required property string tileLetter
-
-                function choose() {
-                    composer.projectID = projectRow.projectID;
-                    composer.projectName = projectRow.name;
-                    composer.tileIndex = projectRow.tileIndex;
-                    composer.tileLetter = projectRow.tileLetter;
-                }
-
-                text: name
-                onTriggered: choose()
-            }
-        }
     }
 
     Menu {

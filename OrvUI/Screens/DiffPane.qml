@@ -144,6 +144,8 @@ FocusScope {
             height: visible ? Theme.controlRegular : 0
             visible: pane.git.diffNote.length > 0 && view.shown > 0
             color: Theme.warningSoft
+            border.width: Theme.softEdge
+            border.color: Theme.warning
 
             Label {
                 x: Theme.space16

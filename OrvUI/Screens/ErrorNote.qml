@@ -13,6 +13,8 @@ Rectangle {
     visible: text.length > 0
     radius: Theme.radiusControl
     color: Theme.dangerSoft
+    border.width: Theme.softEdge
+    border.color: Theme.danger
     Accessible.role: Accessible.AlertMessage
     Accessible.name: text
 

@@ -26,6 +26,8 @@ Rectangle {
     implicitHeight: implicitWidth
     radius: Theme.radiusKey + Theme.hairline
     color: box.plain ? "transparent" : box.fills[box.letter] ?? Theme.infoSoft
+    border.width: box.plain ? 0 : Theme.softEdge
+    border.color: box.tints[box.letter] ?? Theme.info
     Accessible.ignored: true
 
     Label {

@@ -100,6 +100,8 @@ FocusScope {
                 visible: page.git.operation.length > 0
                 radius: Theme.radiusControl
                 color: Theme.warningSoft
+                border.width: Theme.softEdge
+                border.color: Theme.warning
 
                 Column {
                     id: words

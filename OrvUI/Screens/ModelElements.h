@@ -21,11 +21,13 @@
 #include "OrvUI/OutlineModel.h"
 #include "OrvUI/OverrideRows.h"
 #include "OrvUI/Palette.h"
+#include "OrvUI/ProjectChoice.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/ProjectFiles.h"
 #include "OrvUI/ServiceLogs.h"
 #include "OrvUI/SettingsForm.h"
 #include "OrvUI/Shortcuts.h"
+#include "OrvUI/StatusErrors.h"
 #include "OrvUI/Suggestions.h"
 #include "OrvUI/TaskLists.h"
 
@@ -179,6 +181,12 @@ struct PaletteElement {
     QML_NAMED_ELEMENT(PaletteModel)
 };
 
+struct ProjectChoiceElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ProjectChoice)
+    QML_NAMED_ELEMENT(ProjectChoice)
+};
+
 struct ProjectDetailElement {
     Q_GADGET
     QML_FOREIGN(orv::ProjectDetail)
@@ -216,6 +224,12 @@ struct ShortcutsElement {
     Q_GADGET
     QML_FOREIGN(orv::Shortcuts)
     QML_NAMED_ELEMENT(Shortcuts)
+};
+
+struct StatusErrorsElement {
+    Q_GADGET
+    QML_FOREIGN(orv::StatusErrors)
+    QML_NAMED_ELEMENT(StatusErrors)
 };
 
 struct SuggestionsElement {

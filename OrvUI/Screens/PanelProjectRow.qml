@@ -17,7 +17,7 @@ Item {
     height: visible ? Theme.space40 : 0
     Accessible.role: Accessible.ListItem
     Accessible.name: name
-    Accessible.description: cardState === "idle" ? "" : cardState
+    Accessible.description: cardState === "running" ? qsTr("Running") : word.text
 
     Rectangle {
         anchors.fill: parent

@@ -17,7 +17,7 @@ T.AbstractButton {
     implicitHeight: Theme.pinnedItemHeight
     Accessible.role: Accessible.Button
     Accessible.name: name
-    Accessible.description: cardState
+    Accessible.description: cardState === "running" ? qsTr("Running") : cardState === "failed" ? qsTr("Failed") : cardState === "starting" ? qsTr("Starting…") : cardState === "installing" ? qsTr("Installing…") : ""
 
     hoverEnabled: true
     text: name

@@ -245,6 +245,8 @@ Item {
         height: reason.implicitHeight + Theme.space16
         radius: Theme.radiusControl
         color: Theme.dangerSoft
+        border.width: Theme.softEdge
+        border.color: Theme.danger
 
         Label {
             id: reason

@@ -12,6 +12,8 @@ Rectangle {
     visible: text.length > 0
     radius: Theme.radiusControl
     color: Theme.dangerSoft
+    border.width: Theme.softEdge
+    border.color: Theme.danger
     Accessible.role: Accessible.AlertMessage
     Accessible.name: text
 

@@ -1,12 +1,13 @@
 import OrvLauncher.Screens
 import QtQuick
 
-// Turns while it can be seen; where motion is reduced it is a still ring.
+// Turns while it can be seen; a still ring where motion is reduced, or where it may stay for hours.
 Item {
     id: spinner
 
     property int size: Theme.iconSmall
     property color color: Theme.accent
+    property bool still: false
 
     implicitWidth: size
     implicitHeight: size
@@ -14,7 +15,7 @@ Item {
     Icon {
         id: ring
 
-        name: Theme.reducedMotion ? "own-ring" : "own-spinner"
+        name: Theme.reducedMotion || spinner.still ? "own-ring" : "own-spinner"
         size: spinner.size
         color: spinner.color
         width: spinner.size
@@ -25,7 +26,7 @@ Item {
             to: 360
             duration: Theme.durationSpin
             loops: Animation.Infinite
-            running: spinner.visible && !Theme.reducedMotion
+            running: spinner.visible && !spinner.still && !Theme.reducedMotion
         }
     }
 }

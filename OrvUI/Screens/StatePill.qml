@@ -15,6 +15,8 @@ Rectangle {
     implicitHeight: Theme.space20
     radius: height / 2
     color: fill
+    border.width: Qt.colorEqual(fill, Theme.control) ? 0 : Theme.softEdge
+    border.color: tint
 
     Row {
         id: row

@@ -22,12 +22,32 @@ Column {
         onDismissed: lines.model.dismissUndo()
     }
 
+    Repeater {
+        model: errors.rows
+
+        Line {
+            required property string errorID
+
+            shown: true
+            isError: true
+            isOngoing: false
+            onDismissed: errors.dismiss(errorID)
+        }
+    }
+
     Line {
         shown: lines.model.hasStatus
         text: lines.model.statusText
         isError: lines.model.statusIsError
         isOngoing: lines.model.statusIsOngoing
         onDismissed: lines.model.dismissStatus()
+    }
+
+    // What newer messages have taken the place of.
+    StatusErrors {
+        id: errors
+
+        model: lines.model
     }
 
     component Line: StatusLine {

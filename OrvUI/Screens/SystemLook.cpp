@@ -25,6 +25,7 @@ bool paletteIsDark() {
 
 const QString appearanceGroup = u"org.freedesktop.appearance"_s;
 const QString gnomeGroup = u"org.gnome.desktop.interface"_s;
+const QString gnomeAccessGroup = u"org.gnome.desktop.a11y.interface"_s;
 
 } // namespace
 
@@ -54,15 +55,20 @@ void SystemLook::takePalette() {
 void SystemLook::take(const QString& group, const QString& key, const QVariant& value) {
     const bool wasDark = m_isDark;
     const bool wasReduced = m_reducedMotion;
+    const bool wasHigher = higherContrast();
     if (group == appearanceGroup && key == u"color-scheme"_s) {
         // 0 no preference, 1 dark, 2 light (org.freedesktop.portal.Settings)
         const uint scheme = value.toUInt();
         m_portalKnows = scheme == 1 || scheme == 2;
         m_isDark = m_portalKnows ? scheme == 1 : paletteIsDark();
+    } else if (group == appearanceGroup && key == u"contrast"_s) {
+        m_portalContrast = value.toUInt() == 1; // 0 no preference, 1 higher
+    } else if (group == gnomeAccessGroup && key == u"high-contrast"_s) {
+        m_gnomeContrast = value.toBool();
     } else if (group == gnomeGroup && key == u"enable-animations"_s) {
         m_reducedMotion = !value.toBool();
     }
-    if (wasDark != m_isDark || wasReduced != m_reducedMotion) {
+    if (wasDark != m_isDark || wasReduced != m_reducedMotion || wasHigher != higherContrast()) {
         Q_EMIT changed();
     }
 }
@@ -84,7 +90,7 @@ void SystemLook::start() {
     bus.connect(
         service, path, interface, u"SettingChanged"_s, this, SLOT(portalChanged(QString, QString, QDBusVariant)));
     QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, u"ReadAll"_s);
-    message << QStringList{appearanceGroup, gnomeGroup};
+    message << QStringList{appearanceGroup, gnomeGroup, gnomeAccessGroup};
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(message), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();

@@ -18,6 +18,7 @@ public:
     /// The desktop said so; not merely a light palette.
     [[nodiscard]] bool prefersLight() const { return m_portalKnows && !m_isDark; }
     [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
+    [[nodiscard]] bool higherContrast() const { return m_portalContrast || m_gnomeContrast; }
     /// What it was at the last start, which is the better guess than the palette.
     void assume(bool isDark);
     /// Asks the desktop, and listens from then on.
@@ -36,6 +37,8 @@ private:
 
     bool m_isDark;
     bool m_reducedMotion = false;
+    bool m_portalContrast = false; ///< higher
+    bool m_gnomeContrast = false;
     bool m_portalKnows = false;
 };
 

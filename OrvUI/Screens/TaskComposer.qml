@@ -9,10 +9,7 @@ FocusScope {
     required property AppModel model
     // Given: the project whose list this is.
     property string fixedProjectID
-    property string projectID: fixedProjectID
-    property string projectName
-    property int tileIndex: 0
-    property string tileLetter
+    readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.projectID
     readonly property bool ready: field.text.trim().length > 0 && projectID.length > 0
     signal added(string title, string projectID)
 
@@ -25,7 +22,7 @@ FocusScope {
             composer.added(field.text.trim(), composer.projectID);
             field.clear();
         } else if (projectID.length === 0) {
-            choose.clicked();
+            button.clicked();
         }
     }
 
@@ -88,7 +85,7 @@ FocusScope {
         spacing: Theme.space12
 
         T.AbstractButton {
-            id: choose
+            id: button
 
             property int toldRole: Accessible.ButtonMenu
 
@@ -98,22 +95,21 @@ FocusScope {
             implicitHeight: Theme.controlSmall
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true
-            text: composer.projectName.length > 0 ? composer.projectName : qsTr("Choose a project")
+            text: project.name.length > 0 ? project.name : qsTr("Choose a project")
             Accessible.role: toldRole
             Accessible.name: qsTr("Project: %1").arg(text)
-            Keys.onReturnPressed: choose.clicked()
+            Keys.onReturnPressed: button.clicked()
             onClicked: {
-                projects.active = true;
-                const entries = projects.item as Menu;
-                entries.popup(choose, choose.width - entries.width, choose.height + Theme.space4);
+                chooser.active = true;
+                (chooser.item as ProjectChooser).open();
             }
 
             background: Rectangle {
                 radius: Theme.radiusRow
-                color: choose.hovered ? Theme.hover : "transparent"
+                color: button.hovered ? Theme.hover : "transparent"
 
                 FocusRing {
-                    control: choose
+                    control: button
                     shapeRadius: Theme.radiusRow
                 }
             }
@@ -129,14 +125,14 @@ FocusScope {
                         anchors.verticalCenter: parent.verticalCenter
                         visible: composer.projectID.length > 0
                         size: Theme.tileMini
-                        tileIndex: composer.tileIndex
-                        tileLetter: composer.tileLetter
+                        tileIndex: project.tileIndex
+                        tileLetter: project.tileLetter
                     }
 
                     Label {
                         anchors.verticalCenter: parent.verticalCenter
                         role: Theme.BodyStrong
-                        text: choose.text
+                        text: button.text
                     }
 
                     Icon {
@@ -159,35 +155,23 @@ FocusScope {
         }
     }
 
+    ProjectChoice {
+        id: project
+
+        model: composer.model
+    }
+
     Loader {
-        id: projects
+        id: chooser
 
         active: false
 
-        sourceComponent: Menu {
-            id: menu
-
-            Instantiator {
-                model: composer.model.cards
-                onObjectAdded: (index, object) => menu.insertItem(index, object as MenuRow)
-                onObjectRemoved: (index, object) => menu.removeItem(object as MenuRow)
-
-                MenuRow {
-                    required property string name
-                    required property string projectID
-                    required property int tileIndex
-                    required property string tileLetter
-
-                    text: name
-                    onTriggered: {
-                        composer.projectID = projectID;
-                        composer.projectName = name;
-                        composer.tileIndex = tileIndex;
-                        composer.tileLetter = tileLetter;
-                        field.forceActiveFocus(Qt.OtherFocusReason);
-                    }
-                }
-            }
+        sourceComponent: ProjectChooser {
+            parent: button
+            x: button.width - width
+            y: button.height + Theme.space4
+            choice: project
+            onChosen: field.forceActiveFocus(Qt.OtherFocusReason)
         }
     }
 }

@@ -177,7 +177,7 @@ FocusScope {
             spacing: Theme.space8
 
             TerminalNote {
-                visible: list.closing !== null
+                visible: list.closing !== null && list.closing === page.session
                 text: qsTr("A program still runs in this terminal.")
                 action: qsTr("Close anyway")
                 onAnswered: isWanted => list.answerClosing(isWanted)

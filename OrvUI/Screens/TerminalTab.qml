@@ -57,6 +57,8 @@ T.AbstractButton {
             anchors.verticalCenter: parent.verticalCenter
             visible: tab.session.isBusy && !tab.isSelected || tab.session.progressState === 3
             color: Theme.text2
+            // A program that runs may run for days; each turn would be a frame of the window.
+            still: tab.session.progressState !== 3
         }
 
         Icon {

@@ -106,9 +106,24 @@ void TerminalTabList::renew(TerminalSession* session) {
     m_tabs->renew(session->id());
 }
 
+/// The program may end while its tab waits for an answer.
+void TerminalTabList::lookAtClosing() {
+    if (m_closing == nullptr || !m_closing->hasForegroundProgram()) {
+        setClosing(nullptr);
+    }
+}
+
 void TerminalTabList::setClosing(TerminalSession* session) {
     if (session != m_closing) {
+        if (m_closing != nullptr) {
+            m_closing->disconnect(this);
+        }
         m_closing = session;
+        if (session != nullptr) {
+            connect(session, &TerminalSession::outputReceived, this, &TerminalTabList::lookAtClosing);
+            connect(session, &TerminalSession::isBusyChanged, this, &TerminalTabList::lookAtClosing);
+            connect(session, &TerminalSession::isAliveChanged, this, &TerminalTabList::lookAtClosing);
+        }
         Q_EMIT closingChanged();
     }
 }

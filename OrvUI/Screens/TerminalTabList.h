@@ -33,7 +33,8 @@ public:
     [[nodiscard]] QAbstractListModel* rows() { return &m_rows; }
     [[nodiscard]] int count() const { return m_rows.rowCount(); }
     [[nodiscard]] TerminalSession* selected() const;
-    /// A tab that is to be closed although a program runs in it, as long as nobody has said so again.
+    /// A tab that is to be closed although a program runs in it, as long as nobody has said so again and the program
+    /// runs. Another one may be selected meanwhile.
     [[nodiscard]] TerminalSession* closing() const { return m_closing; }
 
     Q_INVOKABLE void open(const QUrl& folder);
@@ -60,6 +61,7 @@ Q_SIGNALS:
 
 private:
     void follow();
+    void lookAtClosing();
     void setClosing(TerminalSession* session);
 
     QPointer<TerminalTabs> m_tabs;

@@ -131,6 +131,11 @@ void Theme::setDark(bool dark) {
     use(theme(), dark);
 }
 
+void Theme::setHigherContrast(bool isHigher) {
+    ORV_ASSERT_MAIN_THREAD();
+    useHigherContrast(isHigher);
+}
+
 void Theme::setReducedMotion(bool reduced) {
     ORV_ASSERT_MAIN_THREAD();
     if (reduced == m_reducedMotion) {

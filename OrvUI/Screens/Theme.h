@@ -24,6 +24,8 @@ class Theme : public orv::ThemeColors {
     /// Index of ThemeID.
     Q_PROPERTY(int theme READ theme WRITE setTheme NOTIFY themeChanged FINAL)
     Q_PROPERTY(bool isDark READ isDark NOTIFY colorsChanged FINAL)
+    /// The line around what is softly filled, in the colour of that: none, unless the contrast is to be higher.
+    Q_PROPERTY(int softEdge READ softEdge NOTIFY colorsChanged FINAL)
     Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged FINAL)
 
     // Lengths and radii in logical pixels
@@ -309,6 +311,8 @@ public:
     using ThemeColors::theme;
     /// Dark or light, whoever decided it.
     void setDark(bool dark);
+    void setHigherContrast(bool isHigher);
+    [[nodiscard]] int softEdge() const { return hasHigherContrast() ? hairline : 0; }
     [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
     void setReducedMotion(bool reduced);
 

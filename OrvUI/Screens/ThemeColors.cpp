@@ -125,7 +125,31 @@ constexpr QRgb tileLetters[][8] = {
 };
 // clang-format on
 
+/// What stands for a colour where the contrast is to be higher.
+int stronger(int color) {
+    switch (color) {
+    // border is borderStrong
+    case 5:
+        return 6;
+    // borderStrong is text3
+    case 6:
+        return 10;
+    // text3 is text2
+    case 10:
+        return 9;
+    // buttonEdge is borderStrong
+    case 40:
+        return 6;
+    default:
+        return color;
+    }
+}
+
 } // namespace
+
+QColor ThemeColors::at(int color) const {
+    return colorOf(m_theme, m_dark, m_higherContrast ? stronger(color) : color);
+}
 
 QColor ThemeColors::colorOf(int theme, bool dark, int color) {
     return QColor::fromRgba(palettes[theme * 2 + (dark ? 0 : 1)][color]);
@@ -159,6 +183,13 @@ void ThemeColors::use(int theme, bool dark) {
     m_theme = theme;
     m_dark = dark;
     Q_EMIT colorsChanged();
+}
+
+void ThemeColors::useHigherContrast(bool isHigher) {
+    if (isHigher != m_higherContrast) {
+        m_higherContrast = isHigher;
+        Q_EMIT colorsChanged();
+    }
 }
 
 } // namespace orv

@@ -150,6 +150,8 @@ public:
     /// What may stand behind the user's initial, as settings keep it; of all themes.
     [[nodiscard]] static QStringList avatars();
     [[nodiscard]] bool isDark() const { return m_dark; }
+    /// Edges and the faintest text are stronger than the theme has them.
+    [[nodiscard]] bool hasHigherContrast() const { return m_higherContrast; }
     /// A colour of any theme, for previews.
     [[nodiscard]] static QColor colorOf(int theme, bool dark, int color);
 
@@ -158,13 +160,15 @@ Q_SIGNALS:
 
 protected:
     void use(int theme, bool dark);
+    void useHigherContrast(bool isHigher);
     [[nodiscard]] int theme() const { return m_theme; }
 
 private:
-    [[nodiscard]] QColor at(int color) const { return colorOf(m_theme, m_dark, color); }
+    [[nodiscard]] QColor at(int color) const;
 
     int m_theme = 0;
     bool m_dark = true;
+    bool m_higherContrast = false;
 };
 
 } // namespace orv

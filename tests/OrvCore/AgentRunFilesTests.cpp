@@ -45,6 +45,7 @@ TEST(AgentRunFiles, GiveBackWhatWasWrittenAndNothingElse) {
     full.state = AgentRunState::failed;
     full.reason = u"Exited with code 1"_s;
     full.sessionID = u"S'1"_s;
+    full.lastWords = u"Done\nall of it"_s;
     full.summary = u"naïve \u2014 \U0001F600"_s;
     full.costUSD = 0.1;
     full.tokens = AgentTokens{.input = 5'000'000'000, .output = 7};

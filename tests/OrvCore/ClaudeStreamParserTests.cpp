@@ -52,6 +52,11 @@ TEST(ClaudeStreamParser, TakesTheEventsOutOfALine) {
         {"a type that is no text", R"({"type":1})", u"text({\"type\":1})"_s},
         {"two objects", R"({"type":"x"}{"type":"x"})", u"text({\"type\":\"x\"}{\"type\":\"x\"})"_s},
         {"cut off", R"({"type":"assi)", u"text({\"type\":\"assi)"_s},
+        {"no UTF-8 in an answer",
+         R"({"type":"assistant","message":{"content":[{"type":"text","text":"caf)"
+         "\xe9"
+         R"("}]}})",
+         u"text(caf\uFFFD)"_s},
         {"no UTF-8", "\xff\xfe!", u"text(\uFFFD\uFFFD!)"_s},
         {"an unknown type", R"({"type":"rate_limit_event","x":{}})", u""_s},
         {"prose and a tool",

@@ -7,6 +7,7 @@
 #include "tests/OrvGit/GitFixture.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 
@@ -128,7 +129,7 @@ TEST_F(GitActions, BringBackWhatTheyDiscarded) {
     }
     // Nobody has said who commits, which is nothing to him who discards.
     git(r, {u"config"_s, u"user.useConfigOnly"_s, u"true"_s});
-    const auto kept = DiscardedWork::keep(service, r, paths);
+    auto kept = DiscardedWork::keep(service, r, paths);
     ASSERT_TRUE(kept) << failure(kept);
     EXPECT_EQ(changes(r), before) << "keeping changes nothing";
     EXPECT_EQ(
@@ -136,6 +137,7 @@ TEST_F(GitActions, BringBackWhatTheyDiscarded) {
         DiscardedWork::mostKept);
     EXPECT_EQ(failure(service.discard(r, paths)), "");
     EXPECT_EQ(changes(r), QString());
+    EXPECT_EQ(failure(kept->noteAfterwards(service)), "");
     EXPECT_EQ(failure(kept->bringBack(service)), "");
     EXPECT_EQ(changes(r), before);
     EXPECT_EQ(
@@ -151,9 +153,10 @@ TEST_F(GitActions, BringBackWhatTheyDiscarded) {
     const QString fresh = home.makeRepository(u"fresh"_s);
     home.add(u"fresh/z"_s, "1\n");
     git(fresh, {u"add"_s, u"z"_s});
-    const auto first = DiscardedWork::keep(service, fresh, {u"z"_s});
+    auto first = DiscardedWork::keep(service, fresh, {u"z"_s});
     ASSERT_TRUE(first) << failure(first);
     EXPECT_EQ(failure(service.discard(fresh, {u"z"_s})), "");
+    EXPECT_EQ(failure(first->noteAfterwards(service)), "");
     EXPECT_EQ(failure(first->bringBack(service)), "");
     EXPECT_EQ(changes(fresh), u"A. z"_s);
 
@@ -169,13 +172,178 @@ TEST_F(GitActions, BringBackWhatTheyDiscarded) {
     const QStringList beside{u"b"_s, u"staged"_s, u"x/new one"_s};
     home.add(u"r/x/new one"_s, "x\n");
     const QString amid = changes(r);
-    const auto others = DiscardedWork::keep(service, r, beside);
+    auto others = DiscardedWork::keep(service, r, beside);
     ASSERT_TRUE(others) << failure(others);
     EXPECT_EQ(failure(service.discard(r, beside)), "");
     EXPECT_NE(changes(r), amid);
+    EXPECT_EQ(failure(others->noteAfterwards(service)), "");
     EXPECT_EQ(failure(others->bringBack(service)), "");
     EXPECT_EQ(changes(r), amid);
     EXPECT_EQ(readFile(r + u"/staged"_s) + gitText(r, {u"show"_s, u":staged"_s}).toUtf8(), "and changed\nstaged");
+}
+
+/// What of the discard is asked, and what has to stand there before it, after it, and after its undo.
+TEST_F(GitActions, LoseNothingThatStandsInTheWay) {
+    struct Case {
+        const char* label;
+        std::function<void()> prepare;
+        QStringList paths;
+        QString refusal;   ///< of the discard
+        QString after;     ///< the changes then
+        QString back = {}; ///< the changes after the undo, where that is other than it was
+    };
+    const auto run = [this](const QStringList& words) { git(r, words); };
+    const Case cases[]{
+        {"a new file at the old name of a rename stays",
+         [&] {
+             run({u"mv"_s, u"a"_s, u"n"_s});
+             home.add(u"r/a"_s, "mine\n");
+         },
+         {u"n"_s},
+         {},
+         u".M a"_s},
+        {"and goes when it is asked for, with the rename",
+         [&] {
+             run({u"mv"_s, u"a"_s, u"n"_s});
+             home.add(u"r/a"_s, "mine\n");
+         },
+         {u"n"_s, u"a"_s},
+         {},
+         {}},
+        {"or without it",
+         [&] {
+             run({u"mv"_s, u"a"_s, u"n"_s});
+             home.add(u"r/a"_s, "mine\n");
+         },
+         {u"a"_s},
+         {},
+         u"R. n"_s},
+        {"a file under a new name that was only announced",
+         [&] {
+             QFile::rename(r + u"/a"_s, r + u"/n"_s);
+             run({u"add"_s, u"-N"_s, u"n"_s});
+         },
+         {u"n"_s},
+         {},
+         {},
+         u".D a|?? n"_s},
+        {"a file that is ignored at the name of one that was taken out of the index",
+         [&] {
+             run({u"rm"_s, u"-q"_s, u"--cached"_s, u"b"_s});
+             home.add(u"r/b"_s, "mine\n");
+             home.add(u"r/.git/info/exclude"_s, "b\n");
+         },
+         {u"b"_s},
+         {},
+         {}},
+        {"a new file where a folder was",
+         [&] {
+             QDir(r + u"/d"_s).removeRecursively();
+             home.add(u"r/d"_s, "mine\n");
+         },
+         {u"d/t"_s},
+         u"“d” stands in the way of “d/t”. Move it away first."_s,
+         {}},
+        {"and goes when it is asked for",
+         [&] {
+             QDir(r + u"/d"_s).removeRecursively();
+             home.add(u"r/d"_s, "mine\n");
+         },
+         {u"d/t"_s, u"d"_s},
+         {},
+         {}},
+        {"a link where a folder was",
+         [&] {
+             QDir(r + u"/d"_s).removeRecursively();
+             QFile::link(home.path(), r + u"/d"_s);
+         },
+         {u"d/t"_s},
+         u"“d” stands in the way of “d/t”. Move it away first."_s,
+         {}},
+        {"a new folder at the old name of a rename",
+         [&] {
+             ASSERT_TRUE(QDir(r).mkdir(u"n"_s));
+             run({u"mv"_s, u"a"_s, u"n/a"_s});
+             home.add(u"r/a/new"_s, "mine\n");
+         },
+         {u"n/a"_s},
+         u"“a/new” stands in the way of “a”. Move it away first."_s,
+         {}},
+        {"a new folder where a file was",
+         [&] {
+             QFile::remove(r + u"/a"_s);
+             home.add(u"r/a/new"_s, "mine\n");
+         },
+         {u"a"_s},
+         u"“a/new” stands in the way of “a”. Move it away first."_s,
+         {}},
+        {"and goes when it is asked for",
+         [&] {
+             QFile::remove(r + u"/a"_s);
+             home.add(u"r/a/new"_s, "mine\n");
+         },
+         {u"a"_s, u"a/new"_s},
+         {},
+         {}},
+        {"a submodule keeps what was changed in it",
+         [&] { home.add(u"r/sub/f"_s, "mine\n"); },
+         {u"sub"_s},
+         u"“sub” is a repository of its own. Discard its changes there."_s,
+         {}},
+    };
+    home.add(u"r/d/t"_s, "three\n");
+    const QString other = home.makeRepository(u"other"_s, {{u"f"_s, "x\n"}});
+    git(r, {u"submodule"_s, u"--quiet"_s, u"add"_s, other, u"sub"_s});
+    git(r, {u"add"_s, u"-A"_s});
+    git(r, {u"commit"_s, u"-qm"_s, u"More"_s});
+    const QString files = home.path(u"r"_s);
+    // Every file but git's own, with what is in it.
+    const auto everything = [&] {
+        QStringList all;
+        QDirIterator entries(files, QDir::Files | QDir::System | QDir::Hidden, QDirIterator::Subdirectories);
+        while (entries.hasNext()) {
+            const QString path = entries.next();
+            if (!path.contains(u"/.git/"_s)) {
+                all.append(path + u'=' + QString::fromUtf8(readFile(path)));
+            }
+        }
+        all.sort();
+        return all.join(u' ');
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.label);
+        each.prepare();
+        const QString before = changes(r);
+        const QString content = everything();
+        auto kept = DiscardedWork::keep(service, r, each.paths);
+        EXPECT_TRUE(kept) << failure(kept);
+        EXPECT_EQ(failure(service.discard(r, each.paths)), each.refusal.toStdString());
+        if (each.refusal.isEmpty() && kept) {
+            EXPECT_EQ(changes(r), each.after);
+            EXPECT_EQ(failure(kept->noteAfterwards(service)), "");
+            EXPECT_EQ(failure(kept->bringBack(service)), "");
+        }
+        EXPECT_EQ(changes(r), each.back.isEmpty() ? before : each.back);
+        EXPECT_EQ(everything(), content);
+
+        QFile::remove(r + u"/.git/info/exclude"_s);
+        QFile::remove(r + u"/d"_s);
+        git(r, {u"reset"_s, u"-q"_s, u"--hard"_s});
+        git(r, {u"clean"_s, u"-qfd"_s});
+        git(r + u"/sub"_s, {u"checkout"_s, u"-q"_s, u"."_s});
+        ASSERT_EQ(changes(r), QString());
+    }
+
+    // What came into the way since.
+    home.add(u"r/x/y"_s, "mine\n");
+    auto kept = DiscardedWork::keep(service, r, {u"x/y"_s});
+    ASSERT_TRUE(kept) << failure(kept);
+    EXPECT_EQ(failure(service.discard(r, {u"x/y"_s})), "");
+    EXPECT_EQ(failure(kept->noteAfterwards(service)), "");
+    QDir(r).rmdir(u"x"_s);
+    home.add(u"r/x"_s, "other\n");
+    EXPECT_EQ(failure(kept->bringBack(service)), "“x” stands in the way of “x/y”. Move it away first.");
+    EXPECT_EQ(readFile(r + u"/x"_s), "other\n");
 }
 
 TEST_F(GitActions, WorkWithoutACommit) {

@@ -76,6 +76,7 @@ public Q_SLOTS:
     }
 
 Q_SIGNALS:
+    void ActivationToken(uint id, const QString& token);
     void ActionInvoked(uint id, const QString& action);
     void NotificationClosed(uint id, uint reason);
 
@@ -107,7 +108,9 @@ TEST(DesktopNotifier, ShowsWhatTheServerCanShowAndHearsClicks) {
     StandInServer server(bus, StandInServer::Kind::full);
     DesktopNotifier notifier(bus.address);
     QStringList clicks;
-    notifier.projectClicked = [&](const QString& id) { clicks.append(id); };
+    notifier.projectClicked = [&](const QString& id) {
+        clicks.append(id + u" by "_s + qEnvironmentVariable("XDG_ACTIVATION_TOKEN"));
+    };
     notifier.addressClicked = [&](const QUrl& url) { clicks.append(url.toString()); };
     notifier.post(ready);
     notifier.post(crashed);
@@ -123,9 +126,11 @@ TEST(DesktopNotifier, ShowsWhatTheServerCanShowAndHearsClicks) {
     Q_EMIT server.ActionInvoked(7, u"default"_s);
     Q_EMIT server.NotificationClosed(1, 2);
     Q_EMIT server.ActionInvoked(1, u"open-browser"_s);
+    Q_EMIT server.ActivationToken(2, u"front"_s);
     Q_EMIT server.ActionInvoked(2, u"default"_s);
     ASSERT_TRUE(waitFor([&] { return clicks.size() == 2; }));
-    EXPECT_EQ(clicks, (QStringList{u"http://localhost:80"_s, u"/p/shop"_s}));
+    EXPECT_EQ(clicks, (QStringList{u"http://localhost:80"_s, u"/p/shop by front"_s}));
+    EXPECT_FALSE(qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN")) << "no service gets it";
 }
 
 TEST(DesktopNotifier, FollowsTheServerThatIsThere) {

@@ -1,8 +1,11 @@
 #include "../../OrvLauncher/SingleInstance.h"
 #include "../../OrvLauncher/StartWish.h"
+#include "../../OrvLauncher/SystemEvents.h"
 #include "tests/support/TestSupport.h"
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QFileOpenEvent>
 
 #include <gtest/gtest.h>
 
@@ -153,4 +156,19 @@ TEST(StartWish, IsToldFromACommand) {
         }
     }
     EXPECT_EQ(actions, 6);
+}
+
+TEST(SystemEvents, AreAskedForInsteadOfDone) {
+    SystemEvents events;
+    QStringList asked;
+    QObject::connect(&events, &SystemEvents::addressOpened, [&](const QUrl& url) { asked.append(url.toString()); });
+    QObject::connect(&events, &SystemEvents::quitAsked, [&] { asked.append(u"quit"_s); });
+    QFileOpenEvent open(QUrl(u"orvlauncher://run?project=shop"_s));
+    QCoreApplication::sendEvent(QCoreApplication::instance(), &open);
+    QEvent quit(QEvent::Quit);
+    QCoreApplication::sendEvent(QCoreApplication::instance(), &quit);
+    EXPECT_FALSE(quit.isAccepted()) << "Qt would go on to quit";
+    QObject other;
+    QCoreApplication::sendEvent(&other, &quit);
+    EXPECT_EQ(asked, (QStringList{u"orvlauncher://run?project=shop"_s, u"quit"_s}));
 }

@@ -88,6 +88,10 @@ TEST_F(TerminalViews, SelectWithTheMouse) {
     EXPECT_EQ(drag(leftOf(6, 1), leftOf(14, 0)), u"four\nsecond"_s) << "upwards";
     EXPECT_EQ(drag(leftOf(0, 0), leftOf(3, 2), Qt::AltModifier), u"one\nsec\nthi"_s) << "a rectangle";
 
+    drag(leftOf(4, 0), leftOf(7, 0));
+    QTest::mouseClick(&window, Qt::LeftButton, Qt::ShiftModifier, leftOf(9, 0));
+    EXPECT_EQ(view().selectedText(), u"two-t"_s) << "shift extends";
+
     const QPoint word = middleOf(5, 0);
     QTest::mouseClick(&window, Qt::LeftButton, {}, word, 600);
     QTest::mouseClick(&window, Qt::LeftButton, {}, word);
@@ -130,6 +134,12 @@ TEST_F(TerminalViews, TellProgramsOfTheMouse) {
     QTest::mouseMove(&window, middleOf(6, 0));
     QTest::mouseRelease(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(6, 0));
     EXPECT_TRUE(view().hasSelection()) << "with shift the mouse is the person's";
+    QTest::mousePress(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(2, 0));
+    QTest::mouseMove(&window, middleOf(4, 0));
+    QTest::mouseRelease(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(4, 0));
+    ASSERT_TRUE(view().hasSelection());
+    EXPECT_EQ(terminal().selection().range()->start.col, 2) << "a second time it selects anew";
+    EXPECT_EQ(terminal().selection().range()->end.col, 4);
 }
 
 TEST_F(TerminalViews, AskBeforeLinesRunAsTheyCome) {
@@ -159,6 +169,14 @@ TEST_F(TerminalViews, AskBeforeLinesRunAsTheyCome) {
     view().answerPaste(true);
     EXPECT_TRUE(test::waitFor([this] { return session->outputForTesting().contains(u"second"_s); }));
     EXPECT_TRUE(session->outputForTesting().contains(u"first"_s));
+    // A program that asks to be told of pastes could not read the clipboard.
+    terminal().feed("\x1b[?5522h");
+    view().paste(u"echo thi''rd"_s);
+    QTest::keyClick(&window, Qt::Key_Return);
+    EXPECT_TRUE(test::waitFor([this] { return session->outputForTesting().contains(u"third"_s); }));
+    session->terminate();
+    view().paste(u"echo one\necho two"_s);
+    EXPECT_EQ(view().pasteLines(), 0) << "nothing would come of the answer";
 }
 
 TEST_F(TerminalViews, FindInScreenAndHistory) {

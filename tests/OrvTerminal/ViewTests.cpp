@@ -234,10 +234,16 @@ TEST_F(TerminalViews, FitTheirCellsToTheWindow) {
     host.setSize({333, 111});
     shown();
     EXPECT_EQ(terminal().cols(), 333 / view().cell().width);
-    style.zoom(1);
+    const int usual = view().cell().height;
+    style.zoom(4);
     shown();
     EXPECT_EQ(terminal().rows(), 111 / view().cell().height);
-    style.zoom(0);
+    EXPECT_GT(view().cell().height, usual);
+    // Where the equals sign stands above the zero, that key is still the zero.
+    QKeyEvent zero(QEvent::KeyPress, Qt::Key_Equal, Qt::ControlModifier | Qt::ShiftModifier, 19, 0, 0, u"="_s);
+    QGuiApplication::sendEvent(&view(), &zero);
+    shown();
+    EXPECT_EQ(view().cell().height, usual);
     host.setPadding({10, 20});
     shown();
     EXPECT_EQ(terminal().cols(), 313 / view().cell().width);

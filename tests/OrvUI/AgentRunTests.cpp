@@ -132,5 +132,17 @@ TEST(AgentPlanner, PlansARunOrSaysWhyNot) {
     EXPECT_EQ(
         AgentPlanner::followUp(codex, u"Remove it"_s),
         u"Earlier in this project you were asked:\n\nAdd it\n\nFollow-up:\n\nRemove it"_s);
+    // An agent that reports nothing has answered what it printed, the end of it, also after a restart.
+    QList<AgentEvent> printed{AgentText{QString(AgentRun::longestLastWords, u'x')}, AgentText{u"It was"_s}};
+    codex.append({AgentLine{.type = {}, .events = printed, .sessionID = {}}});
+    codex.append({AgentLine{.type = {}, .events = {AgentText{u"added."_s}}, .sessionID = {}}});
+    codex.finish(3, QDateTime::currentDateTime());
+    EXPECT_EQ(codex.answer(), std::nullopt);
+    EXPECT_EQ(codex.status().reason, u"Exited with code 3"_s);
+    const AgentRun stored(codex.record(), AgentRun::Owner::here, AgentRun::Limits{});
+    EXPECT_EQ(
+        AgentPlanner::followUp(stored, u"Remove it"_s),
+        u"Earlier in this project you were asked:\n\nAdd it\n\nYou answered:\n\nIt was\nadded.\n\n"
+        "Follow-up:\n\nRemove it"_s);
     EXPECT_EQ(AgentPlanner::couldNotStart(AgentKind::gemini, u"no"_s), u"Couldn't start Gemini CLI: no"_s);
 }

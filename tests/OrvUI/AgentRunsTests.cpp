@@ -69,8 +69,12 @@ TEST_F(AgentRunsTest, SaysWhatARunDidAndWhatItTook) {
     EXPECT_TRUE(readFile(tree.path(u"note"_s)).endsWith("\0it's \"$HOME\"\0"_ba));
 
     // The session is gone on with; another agent is told what went before.
+    model->setTaskDone(task, false);
+    play("true", u"claude-edit.jsonl"_s);
     AgentRun* next = model->continueAgent(*run, u" And now? "_s);
     ASSERT_TRUE(next && settles(next));
+    EXPECT_EQ(next->status().kind, AgentRunState::succeeded);
+    EXPECT_FALSE(model->tasks().first().isDone()) << "somebody found that it was not";
     EXPECT_EQ(next->facts().parentID, run->facts().id);
     EXPECT_TRUE(readFile(tree.path(u"note"_s))
                     .contains("--resume\0"

@@ -100,7 +100,13 @@ TEST_F(AppModelGit, ReportsQuickActions) {
     EXPECT_EQ(quick(QuickGitAction::push, u"shop"_s), (QuickGitReport{false, u"shop is still busy with git."_s}));
     EXPECT_TRUE(waitFor([&] { return said.contains(u"Pulled shop (2 repositories)."_s); }));
     EXPECT_FALSE(model->isGitBusy(project(u"shop"_s)));
+    // A submodule stands where its outer repository wants it, on no branch.
+    git(shop, {u"submodule"_s, u"--quiet"_s, u"add"_s, u"file://"_s + home.path(u"lib.git"_s), u"part"_s});
+    git(shop + u"/part"_s, {u"switch"_s, u"-q"_s, u"--detach"_s});
+    git(shop, {u"commit"_s, u"-qm"_s, u"Part"_s});
+    EXPECT_EQ(quick(QuickGitAction::fetch, u"shop"_s).message, u"Fetched shop (3 repositories)."_s);
     EXPECT_EQ(quick(QuickGitAction::push, u"shop"_s).message, u"Pushed shop (2 repositories)."_s);
+    EXPECT_EQ(quick(QuickGitAction::pull, u"shop"_s).message, u"Pulled shop (2 repositories)."_s);
     EXPECT_TRUE(waitFor([this] { return badge(u"shop"_s)->ahead == 0; }));
 }
 
@@ -238,7 +244,26 @@ TEST_F(AppModelGit, BringsBackWhatWasDiscarded) {
     EXPECT_TRUE(waitFor([&] { return content() == "changed"; }));
     EXPECT_TRUE(waitFor([&] { return !model->isGitBusy(project(u"shop"_s)); }));
 
+    // A part of a file in which more is changed: that is the state to which nothing must have been done.
     model->openGit(project(u"shop"_s).id);
+    const QByteArray parts = "first\n" + QByteArray("same\n").repeated(20) + "last\n";
+    write(parts);
+    git(shop, {u"add"_s, u"."_s});
+    git(shop, {u"commit"_s, u"-qm"_s, u"Parts"_s});
+    const QByteArray edited = "1st\n" + parts.sliced(6) + "more\n";
+    write(edited);
+    const QFuture<void> listed = model->gitModel()->refresh();
+    EXPECT_TRUE(finishes(listed));
+    model->gitModel()->selectFile(u"package.json"_s, false);
+    EXPECT_TRUE(waitFor([&] { return model->gitModel()->diff()->hunkCount() == 2; }));
+    model->gitModel()->discardHunk(0);
+    EXPECT_TRUE(waitFor([&] { return content() == parts + "more\n" && !model->undoText().isEmpty(); }));
+    model->undo();
+    EXPECT_TRUE(waitFor([&] { return content() == edited && !model->isGitBusy(project(u"shop"_s)); }));
+    write(committed);
+    git(shop, {u"commit"_s, u"-qam"_s, u"Back"_s});
+
+    write("changed");
     discards();
     write("mine");
     QString said;

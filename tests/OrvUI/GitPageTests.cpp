@@ -193,6 +193,16 @@ TEST_F(GitForms, FindsSwitchesAndMakesBranches) {
     EXPECT_TRUE(choices.choose(0));
     EXPECT_TRUE(waitFor([this] { return git->branch() == u"release"; }));
     EXPECT_EQ(git->upstream(), u"origin/release"_s);
+    // One that two remotes have.
+    test::git(origin, {u"branch"_s, u"both"_s, u"main"_s});
+    test::git(r, {u"remote"_s, u"add"_s, u"backup"_s, origin});
+    test::git(r, {u"fetch"_s, u"-q"_s, u"--all"_s});
+    const QFuture<void> read = git->refresh();
+    EXPECT_TRUE(waitFor([&] { return read.isFinished(); }));
+    choices.setText(u"backup/both"_s);
+    EXPECT_TRUE(choices.choose(0));
+    EXPECT_TRUE(waitFor([this] { return git->branch() == u"both"; }));
+    EXPECT_EQ(git->upstream(), u"backup/both"_s);
     choices.setCreating(true);
     choices.setText(u"main"_s);
     EXPECT_FALSE(choices.problem().isEmpty()) << "there is one";

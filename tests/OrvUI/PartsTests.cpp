@@ -4,10 +4,12 @@
 #include "OrvUI/FilterBar.h"
 #include "OrvUI/GitIdentityForm.h"
 #include "OrvUI/OnboardingModel.h"
+#include "OrvUI/ProjectChoice.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/RelativeDate.h"
 #include "OrvUI/RunChoices.h"
 #include "OrvUI/ServiceLogs.h"
+#include "OrvUI/StatusErrors.h"
 #include "OrvUI/Suggestions.h"
 #include "OrvUI/TaskLists.h"
 #include "OrvUI/UndoOffer.h"
@@ -205,6 +207,63 @@ TEST_F(PartsTest, TasksStandByProject) {
     EXPECT_EQ(model->projectTasks()->doneCount(), 0);
     lists.remove(key(2));
     becomes(*model->projectTasks()->open(), {"title"}, u""_s);
+}
+
+TEST_F(PartsTest, AProjectIsChosenAmongAllOfThem) {
+    for (const QString& name : {u"shop"_s, u"shopfront"_s, u"blog"_s}) {
+        tree.add(u"projects/%1/index.html"_s.arg(name), "");
+    }
+    ProjectChoice choice;
+    const QAbstractItemModelTester tester(choice.rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    choice.setModel(model.get());
+    choice.choose(root + u"/blog"_s);
+    EXPECT_EQ(choice.name(), QString()) << "nothing was found yet";
+    scan();
+    EXPECT_EQ(choice.name(), u"blog"_s);
+    EXPECT_EQ(choice.rows()->rowCount(), 0) << "nobody looks";
+    model->setSearchText(u"nothing of that name"_s);
+    choice.setListing(true);
+    EXPECT_EQ(text(*choice.rows(), {"name"}), u"blog; shop; shopfront"_s) << "whatever the home page shows";
+    choice.setText(u"SHOP"_s);
+    EXPECT_EQ(text(*choice.rows(), {"name"}), u"shop; shopfront"_s);
+    EXPECT_FALSE(choice.chooseAt(2));
+    EXPECT_TRUE(choice.chooseAt(1));
+    EXPECT_EQ(choice.projectID(), root + u"/shopfront"_s);
+    EXPECT_EQ(choice.tileLetter(), u"S"_s);
+    choice.setListing(false);
+    EXPECT_EQ(choice.rows()->rowCount(), 0);
+}
+
+TEST_F(PartsTest, ErrorsOutliveANewerMessageUntilTheyAreDismissedOrOver) {
+    StatusErrors errors;
+    const QAbstractItemModelTester tester(errors.rows(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    errors.setTime(std::chrono::hours(1));
+    errors.setModel(model.get());
+    const auto say = [this](const QString& words, bool isError) {
+        model->setStatusMessage(StatusMessage{.text = words, .isError = isError});
+    };
+    const auto kept = [&] { return text(*errors.rows(), {"text"}); };
+    say(u"no network"_s, true);
+    EXPECT_EQ(kept(), QString()) << "it is the newest";
+    say(u"pulled shop"_s, false);
+    EXPECT_EQ(kept(), u"no network"_s);
+    say(u"no disk"_s, true);
+    EXPECT_EQ(kept(), u"no network"_s) << "a report makes room";
+    say(u"no power"_s, true);
+    say(u"no network"_s, true);
+    EXPECT_EQ(kept(), u"no disk; no power"_s) << "what comes again stands once";
+    say(u"no hope"_s, true);
+    EXPECT_EQ(kept(), u"no power; no network"_s) << "two at most";
+    errors.dismiss(errors.rows()->index(0, 0).data(Qt::UserRole).toString());
+    EXPECT_EQ(kept(), u"no network"_s);
+    model->dismissStatusMessage();
+    say(u"pulled blog"_s, false);
+    EXPECT_EQ(kept(), u"no network"_s) << "what was dismissed does not come back";
+    errors.dismiss(errors.rows()->index(0, 0).data(Qt::UserRole).toString());
+    errors.setTime(std::chrono::milliseconds(20));
+    say(u"no luck"_s, true);
+    say(u"pulled shop"_s, false);
+    EXPECT_TRUE(waitFor([&] { return kept().isEmpty(); }));
 }
 
 TEST_F(PartsTest, NotificationsTellWhatHappenedBehindTheUsersBack) {
@@ -507,7 +566,7 @@ TEST_F(PartsTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {
     const QList<QByteArray> roles{"section", "title", "detail", "isBooted"};
     becomes(
         *devices.devices(), roles,
-        u"Connected|Linux|Desktop|false; Connected|Chrome|Web|false; iOS 18.2|iPhone 16|Simulator|true; "
+        u"Connected|Chrome|Web|false; iOS 18.2|iPhone 16|Simulator|true; "
         "iOS 17.2|iPhone 15|Simulator|false; Android|Pixel 9|Emulator|false"_s);
     EXPECT_TRUE(devices.hints().isEmpty());
     devices.setSearchText(u"PIX"_s);
@@ -566,6 +625,40 @@ TEST_F(PartsTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {
     const auto gone = model->devices()->ready(u"avd:Pixel_9"_s);
     EXPECT_TRUE(waitFor([&] { return gone.isFinished(); }));
     EXPECT_FALSE(gone.result().has_value());
+}
+
+TEST_F(PartsTest, AnEmulatorThatIsBootingIsWaitedFor) {
+    const auto here = [this](const QString& name) { return '\'' + tree.path(name).toUtf8() + '\''; };
+    addTool(
+        u"sdk/emulator/emulator"_s, "echo started >> " + here(u"starts"_s) + "; for i in $(seq 300); do [ -e " +
+                                        here(u"up"_s) + " ] && exec sleep 2; sleep 0.1; done\n");
+    addTool(
+        u"sdk/platform-tools/adb"_s, "echo \"$1\" >> " + here(u"asked"_s) + "; [ -e " + here(u"starts"_s) +
+                                         " ] || exit 0; state=offline; [ -e " + here(u"up"_s) +
+                                         " ] && state=device\n"
+                                         "case $* in devices) printf \"List\\nemulator-5554\\t$state\\n\";; *name) "
+                                         "printf 'Pixel_9\\nOK\\n';; *) [ $state = device ] && echo 1;; esac\n");
+    const auto boot = [this] { return model->devices()->ready(u"avd:Pixel_9"_s); };
+    const auto isReady = [](const QFuture<DeviceTools::Booted>& device) {
+        return waitFor([&] { return device.isFinished(); }) && device.result() == u"emulator-5554"_s;
+    };
+    // By another process.
+    const QString starts = tree.add(u"starts"_s);
+    const auto others = boot();
+    EXPECT_TRUE(waitFor([this] { return readFile(tree.path(u"asked"_s)).count("devices") > 1; }));
+    EXPECT_FALSE(others.isFinished());
+    const QString up = tree.add(u"up"_s);
+    EXPECT_TRUE(isReady(others));
+    EXPECT_EQ(readFile(starts), "");
+
+    // For two projects at once.
+    ASSERT_TRUE(QFile::remove(starts) && QFile::remove(up));
+    const auto first = boot();
+    const auto second = boot();
+    EXPECT_TRUE(waitFor([&] { return QFile::exists(starts); }));
+    tree.add(u"up"_s);
+    EXPECT_TRUE(isReady(first) && isReady(second));
+    EXPECT_EQ(readFile(starts), "started\n");
 }
 
 TEST_F(PartsTest, TheLogOfAServiceIsReadFromItsFirstLineOn) {

@@ -1,3 +1,4 @@
+#include "OrvUI/QuitGuard.h"
 #include "tests/OrvUI/ModelFixture.h"
 
 #include <QFile>
@@ -36,6 +37,7 @@ TEST_F(RunTest, StartsAndStopsTheKindsAskedFor) {
     ASSERT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
     EXPECT_EQ(state(shop, ServiceKind::backend).phase, Phase::starting);
     EXPECT_EQ(model->runningCount(), 1);
+    EXPECT_EQ(RunningWork::of(*model).message(), u"2 services still running"_s) << "what is coming up would end too";
 
     ASSERT_TRUE(finishes(model->stop(shop)));
     for (const ServiceKind kind : both) {

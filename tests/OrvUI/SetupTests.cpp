@@ -1,3 +1,4 @@
+#include "OrvUI/QuitGuard.h"
 #include "tests/OrvUI/ModelFixture.h"
 
 #include <QDir>
@@ -115,6 +116,7 @@ TEST_F(SetupTest, EndsWhenItIsStoppedOrCancelled) {
         const QFuture<void> end = model->confirmInstall();
         const auto isAsFar = [&] { return !hasBegun || !readFile(root + u"/shop/web/begun.txt"_s).isEmpty(); };
         ASSERT_TRUE(waitFor(isAsFar)) << label;
+        EXPECT_TRUE(!hasBegun || RunningWork::of(*model).isAny()) << label << ": quitting would end it";
         stop();
         ASSERT_TRUE(finishes(end)) << label;
         EXPECT_EQ(session(), expected) << label;

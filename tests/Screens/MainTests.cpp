@@ -236,6 +236,18 @@ TEST_F(MainWindow, ShowsEveryPageAndSection) {
     QTest::keyClick(window, Qt::Key_7, Qt::ControlModifier);
     shows("AgentComposer");
     shows("AgentListItem");
+    click(button(u"Choose a project"_s));
+    EXPECT_TRUE(test::waitFor([this] {
+        const QQuickItem* field = window->activeFocusItem();
+        return field != nullptr && field->property("placeholderText").toString() == u"Find a project"_s;
+    })) << focus();
+    type(u"harb"_s);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(test::waitFor([this] { return button(u"harbor"_s, item("AgentComposer")) != nullptr; }));
+    EXPECT_TRUE(test::waitFor([this] {
+        const QQuickItem* text = window->activeFocusItem();
+        return text != nullptr && text->inherits("QQuickTextArea");
+    })) << focus();
     QTest::keyClick(window, Qt::Key_N, Qt::ControlModifier);
     shows("FormField");
     QTest::keyClick(window, Qt::Key_Escape);

@@ -92,6 +92,14 @@ protected:
         return nullptr;
     }
 
+    /// Whether something below turns, which is a frame after the other.
+    [[nodiscard]] static bool turns(const QQuickItem* below) {
+        const auto isTurning = [](const QObject* one) {
+            return one->inherits("QQuickRotationAnimator") && one->property("running").toBool();
+        };
+        return std::ranges::any_of(below->children(), isTurning) || std::ranges::any_of(below->childItems(), turns);
+    }
+
     /// Where it stands once it is laid out.
     void click(const QString& text) {
         QPoint middle;
@@ -144,8 +152,29 @@ TEST_F(TerminalPage, OpensTerminalsAndClosesThem) {
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(waitFor([&] { return shown(question) == nullptr && view->hasActiveFocus(); }));
     EXPECT_EQ(tabs.sessions().size(), 2);
-    QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    const auto ask = [&] {
+        QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_TRUE(waitFor([&] { return shown(question) != nullptr; }));
+    };
+    // The question is of its tab only.
+    ask();
+    tabs.select(tabs.sessions().at(1)->id());
+    EXPECT_EQ(shown(question), nullptr);
+    ASSERT_TRUE(waitFor([&] { return session->isBusy(); }));
+    EXPECT_FALSE(turns(window->contentItem())) << "a program may run for days";
+    session->terminal().feed("\x1b]9;4;3\x07");
+    EXPECT_TRUE(waitFor([&] { return turns(window->contentItem()); })) << "it says that it is at work";
+    session->terminal().feed("\x1b]9;4;0\x07");
+    EXPECT_TRUE(waitFor([&] { return !turns(window->contentItem()); }));
+    tabs.select(session->id());
     EXPECT_TRUE(waitFor([&] { return shown(question) != nullptr; }));
+    // The program ends before anyone answers.
+    session->send(u"\x04"_s);
+    EXPECT_TRUE(waitFor([&] { return shown(question) == nullptr; }));
+    ASSERT_FALSE(session->hasForegroundProgram());
+    session->send(u"cat\n"_s);
+    ASSERT_TRUE(waitFor([&] { return session->hasForegroundProgram(); }));
+    ask();
     QTest::keyClick(window, Qt::Key_Return);
     EXPECT_EQ(tabs.sessions().size(), 1);
 }

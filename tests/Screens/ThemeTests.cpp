@@ -1,3 +1,4 @@
+#include "OrvUI/Screens/SystemLook.h"
 #include "OrvUI/Screens/Theme.h"
 #include "tests/support/TestSupport.h"
 
@@ -94,6 +95,57 @@ TEST(Theme, NotifiesOnlyAChange) {
     theme.setDark(false);
     EXPECT_EQ(colors.count(), 2);
 }
+
+TEST(Theme, IsStrongerWhereTheSystemAsksForContrast) {
+    Theme theme(nullptr);
+    for (int index = 0; index < themeNames.size(); ++index) {
+        for (const bool dark : {true, false}) {
+            theme.setTheme(index);
+            theme.setDark(dark);
+            theme.setHigherContrast(false);
+            const QColor edge = theme.borderStrong();
+            const QColor faint = theme.text3();
+            const QColor text = theme.text2();
+            EXPECT_EQ(theme.softEdge(), 0);
+            theme.setHigherContrast(true);
+            EXPECT_EQ(theme.border(), edge);
+            EXPECT_EQ(theme.borderStrong(), faint);
+            EXPECT_EQ(theme.text3(), text);
+            EXPECT_EQ(theme.text2(), text);
+            EXPECT_EQ(theme.softEdge(), 1);
+            // Edges of controls are to be told from what they stand on.
+            EXPECT_GE(contrast(theme.borderStrong(), theme.surface()), 3)
+                << themeNames[index].toStdString() << (dark ? " dark" : " light");
+        }
+    }
+}
+
+#ifdef Q_OS_LINUX
+TEST(SystemLook, TakesWhatTheDesktopSays) {
+    const struct {
+        QString group;
+        QString key;
+        QVariant value;
+        bool isHigher;
+    } steps[] = {
+        {u"org.freedesktop.appearance"_s, u"contrast"_s, 1U, true},
+        {u"org.gnome.desktop.a11y.interface"_s, u"high-contrast"_s, true, true},
+        {u"org.freedesktop.appearance"_s, u"contrast"_s, 0U, true},
+        {u"org.gnome.desktop.a11y.interface"_s, u"high-contrast"_s, false, false},
+        {u"org.gnome.desktop.a11y.interface"_s, u"cursor-size"_s, 48, false},
+    };
+    SystemLook look;
+    for (const auto& step : steps) {
+        const bool before = look.higherContrast();
+        QSignalSpy changes(&look, &SystemLook::changed);
+        ASSERT_TRUE(QMetaObject::invokeMethod(
+            &look, "portalChanged", Q_ARG(QString, step.group), Q_ARG(QString, step.key),
+            Q_ARG(QDBusVariant, QDBusVariant(step.value))));
+        EXPECT_EQ(look.higherContrast(), step.isHigher) << step.key.toStdString();
+        EXPECT_EQ(changes.count(), before == step.isHigher ? 0 : 1) << step.key.toStdString();
+    }
+}
+#endif
 
 } // namespace
 } // namespace orv

@@ -10,6 +10,14 @@ protected:
     void set(const QString& name, const QString& value) {
         EXPECT_EQ(launcher.call({u"settings"_s, u"set"_s, name, value}).exitCode, 0) << name.toStdString();
     }
+
+    /// By the window manager's word.
+    [[nodiscard]] bool isMaximized() const {
+        const QString window =
+            desktop.tool(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^OrvLauncher$"_s}).trimmed();
+        return desktop.tool(u"xprop"_s, {u"-id"_s, window, u"_NET_WM_STATE"_s})
+            .contains(u"_NET_WM_STATE_MAXIMIZED_VERT");
+    }
 };
 
 TEST_F(DesktopShell, TellsOfACrashAndAClickOpensTheProject) {
@@ -61,8 +69,17 @@ TEST_F(DesktopShell, HasRealTerminalsAndAsksBeforeWhatRunsInThemEnds) {
         << launcher.leftBehind().join(u'\n').toStdString();
 }
 
-TEST_F(DesktopShell, ComesBackToThePageThatWasLeft) {
+TEST_F(DesktopShell, ComesBackToThePageAndTheSizeThatWereLeft) {
     open(Drawing::software);
+    click(u"Maximise"_s);
+    EXPECT_TRUE(shows(u"Restore"_s)) << seen().toStdString();
+    QProcess second;
+    second.setProcessEnvironment(application.processEnvironment());
+    second.start(QStringLiteral(ORV_LAUNCHER), {u"-OrvStartPage"_s, u"tasks"_s});
+    EXPECT_TRUE(second.waitForFinished(20'000));
+    EXPECT_TRUE(shows(u"New task"_s)) << seen().toStdString();
+    EXPECT_TRUE(isMaximized()) << "it was only to come to the front";
+    desktop.key(u"ctrl+1"_s);
     ASSERT_TRUE(clickShows(u"site"_s, u"Parts of site"_s)) << seen().toStdString();
     desktop.key(u"alt+2"_s);
     ASSERT_TRUE(shows(u"New task"_s)) << seen().toStdString();
@@ -70,6 +87,8 @@ TEST_F(DesktopShell, ComesBackToThePageThatWasLeft) {
     application.start(QStringLiteral(ORV_LAUNCHER), QStringList());
     EXPECT_TRUE(shows(u"Parts of site"_s)) << seen().toStdString();
     EXPECT_TRUE(shows(u"New task"_s)) << seen().toStdString();
+    EXPECT_TRUE(shows(u"Restore"_s)) << seen().toStdString();
+    EXPECT_TRUE(isMaximized());
     close();
 }
 

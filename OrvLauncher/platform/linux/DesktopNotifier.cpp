@@ -1,6 +1,7 @@
 #include "OrvLauncher/platform/linux/DesktopNotifier.h"
 
 #include "OrvCore/Async.h"
+#include "OrvLauncher/platform/ActivationToken.h"
 #include "OrvLauncher/platform/SystemNotifier.h"
 
 #include <QDBusPendingCallWatcher>
@@ -82,6 +83,7 @@ void DesktopNotifier::takeBus(const QDBusConnection& bus) {
     }
     m_bus = bus;
     // Of any sender: to be told of one by its name, Qt would wait for the bus to say who that is.
+    m_bus->connect({}, path, service, u"ActivationToken"_s, this, SLOT(activationToken(uint, QString, QDBusMessage)));
     m_bus->connect({}, path, service, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString, QDBusMessage)));
     m_bus->connect(
         {}, path, service, u"NotificationClosed"_s, this, SLOT(notificationClosed(uint, uint, QDBusMessage)));
@@ -146,9 +148,9 @@ void DesktopNotifier::settle(const std::optional<Server>& server) {
 void DesktopNotifier::send(const NotificationRequest& request) {
     QStringList actions;
     if (m_server->hasActions) {
-        actions << openAction << u"Open OrvLauncher"_s;
+        actions << openAction << tr("Open OrvLauncher");
         if (request.openURL) {
-            actions << browserAction << u"Open in browser"_s;
+            actions << browserAction << tr("Open in browser");
         }
     }
     const uint replacesNone = 0;
@@ -168,7 +170,7 @@ void DesktopNotifier::send(const NotificationRequest& request) {
             m_server.reset(); // gone, or another one has come: the next time it is asked again
         }
         if (reply.type() == QDBusMessage::ReplyMessage) {
-            m_shown.push_back({reply.arguments().value(0).toUInt(), reply.service(), request});
+            m_shown.push_back({reply.arguments().value(0).toUInt(), reply.service(), request, {}});
             if (m_shown.size() > shownLimit) {
                 m_shown.pop_front();
             }
@@ -181,12 +183,31 @@ std::deque<DesktopNotifier::Shown>::iterator DesktopNotifier::shown(uint id, con
         m_shown, [&](const Shown& one) { return one.id == id && one.owner == message.service(); });
 }
 
+/// Comes just before the action that it is for.
+void DesktopNotifier::activationToken(uint id, const QString& token, const QDBusMessage& message) {
+    afterReplies([this, id, token, message] {
+        if (const auto found = shown(id, message); found != m_shown.end()) {
+            found->activation = token;
+        }
+    });
+}
+
 void DesktopNotifier::actionInvoked(uint id, const QString& action, const QDBusMessage& message) {
+    afterReplies([this, id, action, message] { act(id, action, message); });
+}
+
+/// A reply that came before a signal may be told of after it, when it was there before anybody waited for it.
+void DesktopNotifier::afterReplies(std::function<void()> work) {
+    QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
+}
+
+void DesktopNotifier::act(uint id, const QString& action, const QDBusMessage& message) {
     const auto found = shown(id, message);
     if (found == m_shown.end()) {
         return;
     }
     const NotificationRequest request = found->request;
+    const ActivationToken token(std::exchange(found->activation, {}));
     if (action == browserAction && request.openURL && addressClicked) {
         addressClicked(QUrl(*request.openURL));
     } else if (action == openAction && projectClicked) {
@@ -195,9 +216,11 @@ void DesktopNotifier::actionInvoked(uint id, const QString& action, const QDBusM
 }
 
 void DesktopNotifier::notificationClosed(uint id, uint, const QDBusMessage& message) {
-    if (const auto found = shown(id, message); found != m_shown.end()) {
-        m_shown.erase(found);
-    }
+    afterReplies([this, id, message] {
+        if (const auto found = shown(id, message); found != m_shown.end()) {
+            m_shown.erase(found);
+        }
+    });
 }
 
 QString DesktopNotifier::bodyText(const QString& body, bool readsMarkup) {

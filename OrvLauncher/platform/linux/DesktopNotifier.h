@@ -36,6 +36,7 @@ public:
     [[nodiscard]] static QString bodyText(const QString& body, bool readsMarkup);
 
 private Q_SLOTS:
+    void activationToken(uint id, const QString& token, const QDBusMessage& message);
     void actionInvoked(uint id, const QString& action, const QDBusMessage& message);
     void notificationClosed(uint id, uint reason, const QDBusMessage& message);
 
@@ -50,6 +51,7 @@ private:
         uint id = 0;
         QString owner;
         NotificationRequest request;
+        QString activation; ///< of the click that is about to be told of
     };
     using Answer = std::function<void(const NotificationStatus&)>;
     using Taken = std::function<void(const QDBusMessage& reply)>;
@@ -61,6 +63,8 @@ private:
     void call(const QString& method, const QVariantList& arguments, Taken taken);
     void settle(const std::optional<Server>& server);
     void send(const NotificationRequest& request);
+    void afterReplies(std::function<void()> work);
+    void act(uint id, const QString& action, const QDBusMessage& message);
     [[nodiscard]] std::deque<Shown>::iterator shown(uint id, const QDBusMessage& message);
 
     const QString m_busAddress;

@@ -1,0 +1,6 @@
+import WidgetKit
+
+@_cdecl("orvReloadWidgets")
+public func reloadWidgets() {
+    WidgetCenter.shared.reloadAllTimelines()
+}

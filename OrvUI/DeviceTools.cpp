@@ -91,31 +91,34 @@ DeviceTools::Listing<QList<DeviceTools::Emulator>> DeviceTools::emulators(const 
     if (!listing || listing->exitCode != 0) {
         return {{}, u"The Android emulators could not be listed. Try '%1 -list-avds' in a terminal."_s.arg(tool)};
     }
-    const QMap<QString, QString> running = runningEmulators(*sdk, isCancelled);
+    const QMap<QString, Running> running = runningEmulators(*sdk, isCancelled);
     QList<Emulator> found;
     for (const QString& avd : DeviceParsers::avds(listing->text)) {
-        found.append({avd, running.value(avd)});
+        const Running each = running.value(avd);
+        found.append({avd, each.isOnline ? each.serial : QString()});
     }
     return {
         found, found.isEmpty() ? u"There is no Android emulator yet. Android Studio's Device Manager makes one."_s
                                : QString()};
 }
 
-/// From the name of the virtual device to its serial.
-QMap<QString, QString> DeviceTools::runningEmulators(const QString& sdk, const std::atomic<bool>& isCancelled) const {
-    QMap<QString, QString> running;
+/// By the name of the virtual device. One that has just begun to boot is not reached yet, but says its name.
+QMap<QString, DeviceTools::Running> DeviceTools::runningEmulators(
+    const QString& sdk, const std::atomic<bool>& isCancelled) {
+    QMap<QString, Running> running;
     const QString adb = adbOf(sdk);
     if (adb.isEmpty()) {
         return running;
     }
     for (const QByteArray& line : output({adb, u"devices"_s}, isCancelled).split('\n')) {
-        const QString serial = QString::fromUtf8(line.left(line.indexOf('\t')));
-        if (!line.startsWith("emulator-") || !line.trimmed().endsWith("\tdevice")) {
+        const qsizetype tab = line.indexOf('\t');
+        if (!line.startsWith("emulator-") || tab < 0) {
             continue;
         }
+        const QString serial = QString::fromUtf8(line.first(tab));
         const QByteArray answer = output({adb, u"-s"_s, serial, u"emu"_s, u"avd"_s, u"name"_s}, isCancelled);
         if (const QByteArray name = answer.left(answer.indexOf('\n')).trimmed(); !name.isEmpty()) {
-            running.insert(QString::fromUtf8(name), serial);
+            running.insert(QString::fromUtf8(name), {serial, line.sliced(tab).trimmed() == "device"});
         }
     }
     return running;
@@ -127,30 +130,28 @@ DeviceTools::Booted DeviceTools::bootEmulator(const QString& avd, const std::ato
     if (!sdk) {
         return std::unexpected(u"No Android SDK was found to start "_s + shown + u'.');
     }
-    if (const QString serial = runningEmulators(*sdk, isCancelled).value(avd); !serial.isEmpty()) {
-        return serial;
-    }
     const QString adb = adbOf(*sdk);
     if (adb.isEmpty()) {
         return std::unexpected(u"The Android SDK has no adb. Install its platform tools in Android Studio."_s);
     }
-    QProcess emulator;
-    emulator.setProgram(*sdk + u"/emulator/emulator"_s);
-    emulator.setArguments({u"-avd"_s, avd});
-    emulator.setStandardInputFile(QProcess::nullDevice());
-    emulator.setStandardOutputFile(QProcess::nullDevice());
-    emulator.setStandardErrorFile(QProcess::nullDevice());
-    qint64 pid = 0;
-    if (!emulator.startDetached(&pid)) {
-        return std::unexpected(shown + u" could not be started: "_s + emulator.errorString());
-    }
+    qint64 pid = 0; // of the one that is started here
     for (const QDeadlineTimer deadline(bootLimit); !deadline.hasExpired() && !isCancelled;) {
-        const QString serial = runningEmulators(*sdk, isCancelled).value(avd);
-        const QStringList question{adb, u"-s"_s, serial, u"shell"_s, u"getprop"_s, u"sys.boot_completed"_s};
-        if (!serial.isEmpty() && output(question, isCancelled).trimmed() == "1") {
-            return serial;
+        const Running found = runningEmulators(*sdk, isCancelled).value(avd);
+        const QStringList question{adb, u"-s"_s, found.serial, u"shell"_s, u"getprop"_s, u"sys.boot_completed"_s};
+        if (found.isOnline && output(question, isCancelled).trimmed() == "1") {
+            return found.serial;
         }
-        if (::kill(static_cast<pid_t>(pid), 0) != 0) {
+        if (pid == 0 && found.serial.isEmpty()) {
+            QProcess emulator;
+            emulator.setProgram(*sdk + u"/emulator/emulator"_s);
+            emulator.setArguments({u"-avd"_s, avd});
+            emulator.setStandardInputFile(QProcess::nullDevice());
+            emulator.setStandardOutputFile(QProcess::nullDevice());
+            emulator.setStandardErrorFile(QProcess::nullDevice());
+            if (!emulator.startDetached(&pid)) {
+                return std::unexpected(shown + u" could not be started: "_s + emulator.errorString());
+            }
+        } else if (pid != 0 && ::kill(static_cast<pid_t>(pid), 0) != 0) {
             return std::unexpected(shown + u" ended while it started. Try it in Android Studio's Device Manager."_s);
         }
         QThread::msleep(bootLook.count());

@@ -39,13 +39,17 @@ struct DeviceTools {
 
     /// What Flutter calls the device once it is up, or why it is not.
     using Booted = std::expected<QString, QString>;
-    /// One that runs already is left alone. An emulator that was started outlives this process.
+    /// One that runs already is waited for, not started. An emulator that was started outlives this process.
     [[nodiscard]] Booted bootEmulator(const QString& avd, const std::atomic<bool>& isCancelled) const;
     [[nodiscard]] Booted bootSimulator(const QString& udid, const std::atomic<bool>& isCancelled) const;
 
 private:
-    [[nodiscard]] QMap<QString, QString> runningEmulators(
-        const QString& sdk, const std::atomic<bool>& isCancelled) const;
+    struct Running {
+        QString serial;
+        bool isOnline = false; ///< adb can reach what runs in it
+    };
+    [[nodiscard]] static QMap<QString, Running> runningEmulators(
+        const QString& sdk, const std::atomic<bool>& isCancelled);
 };
 
 } // namespace orv

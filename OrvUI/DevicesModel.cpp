@@ -1,7 +1,6 @@
 #include "OrvUI/DevicesModel.h"
 
 #include "OrvCore/Async.h"
-#include "OrvUI/DesktopDevice.h"
 #include "OrvUI/Pool_p.h"
 
 #include <algorithm>
@@ -178,12 +177,7 @@ void DevicesModel::update() {
         return std::ranges::find(m_simulators, device.id, &SimulatorDevice::udid) != m_simulators.end() ||
                std::ranges::find(m_emulators, device.id, &DeviceTools::Emulator::serial) != m_emulators.end();
     };
-    QList<FlutterDevice> flutter = m_flutter;
-    const bool isWhole = m_hints[flutterTool].isEmpty();
-    if (isWhole && std::ranges::find(flutter, desktopDevice.id, &FlutterDevice::id) == flutter.end()) {
-        flutter.prepend(desktopDevice);
-    }
-    for (const FlutterDevice& device : std::as_const(flutter)) {
+    for (const FlutterDevice& device : std::as_const(m_flutter)) {
         if (!isListedBelow(device)) {
             rows.append({flutterKey + device.id, device.name, detailOf(device.id), connected});
         }
@@ -227,11 +221,13 @@ void DevicesModel::takeInChoices() {
 QFuture<DeviceTools::Booted> DevicesModel::ready(const QString& key) {
     ORV_ASSERT_MAIN_THREAD();
     const QString id = key.section(u':', 1);
-    if (key.startsWith(emulatorKey)) {
-        return runIn(m_pool, [this, id] { return m_tools.bootEmulator(id, m_isEnding); });
-    }
-    if (key.startsWith(simulatorKey)) {
-        return runIn(m_pool, [this, id] { return m_tools.bootSimulator(id, m_isEnding); });
+    if (key.startsWith(emulatorKey) || key.startsWith(simulatorKey)) {
+        const auto boot = key.startsWith(emulatorKey) ? &DeviceTools::bootEmulator : &DeviceTools::bootSimulator;
+        QFuture<DeviceTools::Booted>& last = m_boots[key];
+        if (!last.isValid() || last.isFinished()) {
+            last = runIn(m_pool, [this, boot, id] { return (m_tools.*boot)(id, m_isEnding); });
+        }
+        return last;
     }
     return readyFuture(DeviceTools::Booted(key.startsWith(flutterKey) ? id : key));
 }

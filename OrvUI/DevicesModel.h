@@ -72,7 +72,8 @@ public:
     /// An empty key takes the choice back.
     StoreResult choose(const QString& projectID, const QString& key);
     void takeInChoices(); ///< they are others, by another process
-    /// Boots the device where it has to be; what "flutter run -d" takes, or why there is none, as a sentence.
+    /// Boots the device where it has to be, once for all who wait for it; what "flutter run -d" takes, or why there is
+    /// none, as a sentence.
     QFuture<DeviceTools::Booted> ready(const QString& key);
 
 Q_SIGNALS:
@@ -100,6 +101,7 @@ private:
     std::array<QString, 3> m_hints; ///< of Flutter, of the simulators, of the emulators
     int m_pending = 0;
     bool m_isAsking = false;
+    QHash<QString, QFuture<DeviceTools::Booted>> m_boots; ///< the last one of each device, by its key
     QFuture<void> m_refresh;
     RowModel<DeviceRow> m_rows;
     std::atomic<bool> m_isEnding = false;

@@ -484,7 +484,7 @@ TEST_F(PartsTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {
     const QList<QByteArray> roles{"section", "title", "detail", "isBooted"};
     becomes(
         *devices.devices(), roles,
-        u"Connected|Linux|Desktop|false; Connected|Chrome|Web|false; iOS 18.2|iPhone 16|Simulator|true; "
+        u"Connected|Chrome|Web|false; iOS 18.2|iPhone 16|Simulator|true; "
         "iOS 17.2|iPhone 15|Simulator|false; Android|Pixel 9|Emulator|false"_s);
     EXPECT_TRUE(devices.hints().isEmpty());
     devices.setSearchText(u"PIX"_s);
@@ -543,6 +543,40 @@ TEST_F(PartsTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {
     const auto gone = model->devices()->ready(u"avd:Pixel_9"_s);
     EXPECT_TRUE(waitFor([&] { return gone.isFinished(); }));
     EXPECT_FALSE(gone.result().has_value());
+}
+
+TEST_F(PartsTest, AnEmulatorThatIsBootingIsWaitedFor) {
+    const auto here = [this](const QString& name) { return '\'' + tree.path(name).toUtf8() + '\''; };
+    addTool(
+        u"sdk/emulator/emulator"_s, "echo started >> " + here(u"starts"_s) + "; for i in $(seq 300); do [ -e " +
+                                        here(u"up"_s) + " ] && exec sleep 2; sleep 0.1; done\n");
+    addTool(
+        u"sdk/platform-tools/adb"_s, "echo \"$1\" >> " + here(u"asked"_s) + "; [ -e " + here(u"starts"_s) +
+                                         " ] || exit 0; state=offline; [ -e " + here(u"up"_s) +
+                                         " ] && state=device\n"
+                                         "case $* in devices) printf \"List\\nemulator-5554\\t$state\\n\";; *name) "
+                                         "printf 'Pixel_9\\nOK\\n';; *) [ $state = device ] && echo 1;; esac\n");
+    const auto boot = [this] { return model->devices()->ready(u"avd:Pixel_9"_s); };
+    const auto isReady = [](const QFuture<DeviceTools::Booted>& device) {
+        return waitFor([&] { return device.isFinished(); }) && device.result() == u"emulator-5554"_s;
+    };
+    // By another process.
+    const QString starts = tree.add(u"starts"_s);
+    const auto others = boot();
+    EXPECT_TRUE(waitFor([this] { return readFile(tree.path(u"asked"_s)).count("devices") > 1; }));
+    EXPECT_FALSE(others.isFinished());
+    const QString up = tree.add(u"up"_s);
+    EXPECT_TRUE(isReady(others));
+    EXPECT_EQ(readFile(starts), "");
+
+    // For two projects at once.
+    ASSERT_TRUE(QFile::remove(starts) && QFile::remove(up));
+    const auto first = boot();
+    const auto second = boot();
+    EXPECT_TRUE(waitFor([&] { return QFile::exists(starts); }));
+    tree.add(u"up"_s);
+    EXPECT_TRUE(isReady(first) && isReady(second));
+    EXPECT_EQ(readFile(starts), "started\n");
 }
 
 TEST_F(PartsTest, TheLogOfAServiceIsReadFromItsFirstLineOn) {

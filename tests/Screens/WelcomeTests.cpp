@@ -206,7 +206,8 @@ TEST_F(WelcomeWindow, AsksOnWhichDeviceToRun) {
     QFile::setPermissions(
         tree.add(
             u"bin/flutter"_s,
-            "#!/bin/sh\nif [ \"$1\" = devices ]; then echo '[{\"id\": \"chrome\", \"name\": \"Chrome\"}]'; "
+            "#!/bin/sh\nif [ \"$1\" = devices ]; then echo '[{\"id\": \"linux\", \"name\": \"Linux\"}, "
+            "{\"id\": \"chrome\", \"name\": \"Chrome\"}]'; "
             "else echo \"on $3\"; exec sleep 100; fi\n"),
         QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     scan();

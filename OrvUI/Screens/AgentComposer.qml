@@ -41,7 +41,7 @@ FocusScope {
         const isMine = composer.fixedProjectID.length === 0 || composer.fixedProjectID === composer.agents.draftProjectID;
         if (isMine && composer.agents.draftText.length > 0) {
             words.text = composer.agents.draftText;
-            const row = Rows.find(composer.model.cards, "projectID", composer.agents.draftProjectID);
+            const row = Rows.find(projects.rows, "projectID", composer.agents.draftProjectID);
             if (composer.fixedProjectID.length === 0 && row >= 0) {
                 projectList.objectAt(row)?.choose();
             }
@@ -51,6 +51,12 @@ FocusScope {
 
     implicitHeight: frame.height + note.height + Theme.space6
     Component.onCompleted: takeDraft()
+
+    ProjectChoices {
+        id: projects
+
+        model: composer.model
+    }
 
     Connections {
         target: composer.agents
@@ -233,7 +239,7 @@ FocusScope {
         Instantiator {
             id: projectList
 
-            model: composer.model.cards
+            model: projects.rows
             onObjectAdded: (index, object) => projectMenu.insertItem(index, object as MenuRow)
             onObjectRemoved: (index, object) => projectMenu.removeItem(object as MenuRow)
 

@@ -20,6 +20,7 @@
 #include "OrvUI/OutlineModel.h"
 #include "OrvUI/OverrideRows.h"
 #include "OrvUI/Palette.h"
+#include "OrvUI/ProjectChoices.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/ProjectFiles.h"
 #include "OrvUI/ServiceLogs.h"
@@ -171,6 +172,12 @@ struct PaletteElement {
     Q_GADGET
     QML_FOREIGN(orv::Palette)
     QML_NAMED_ELEMENT(PaletteModel)
+};
+
+struct ProjectChoicesElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ProjectChoices)
+    QML_NAMED_ELEMENT(ProjectChoices)
 };
 
 struct ProjectDetailElement {

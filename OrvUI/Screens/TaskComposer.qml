@@ -165,8 +165,14 @@ FocusScope {
         sourceComponent: Menu {
             id: menu
 
+            ProjectChoices {
+                id: choices
+
+                model: composer.model
+            }
+
             Instantiator {
-                model: composer.model.cards
+                model: choices.rows
                 onObjectAdded: (index, object) => menu.insertItem(index, object as MenuRow)
                 onObjectRemoved: (index, object) => menu.removeItem(object as MenuRow)
 

@@ -2,6 +2,7 @@
 #include "OrvUI/Collection.h"
 #include "OrvUI/Navigator.h"
 #include "OrvUI/OverrideRows.h"
+#include "OrvUI/ProjectChoices.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/SettingsForm.h"
 #include "tests/OrvUI/ModelFixture.h"
@@ -198,6 +199,19 @@ TEST_F(PagesTest, ShowsTheProjectsOfAFolder) {
     folder.setSearchText(u"HARB"_s);
     ASSERT_EQ(folder.count(), 1);
     EXPECT_EQ(at(folder.cards(), 0, "name"), u"harbor"_s);
+}
+
+TEST_F(PagesTest, OffersEveryProjectWhereOneIsChosen) {
+    scan();
+    ProjectChoices choices;
+    choices.setModel(model.get());
+    model->setSearchText(u"HARB"_s);
+    EXPECT_TRUE(waitFor([this] { return model->cards()->rowCount() == 1; }));
+    EXPECT_EQ(choices.rows()->rowCount(), model->projects().size());
+    EXPECT_EQ(at(choices.rows(), 0, "projectID"), model->projects().first().id);
+    ASSERT_TRUE(QDir(root + u"/client"_s).removeRecursively());
+    scan();
+    EXPECT_EQ(choices.rows()->rowCount(), model->projects().size());
 }
 
 TEST_F(PagesTest, CorrectsAService) {

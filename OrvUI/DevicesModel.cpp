@@ -1,7 +1,7 @@
 #include "OrvUI/DevicesModel.h"
 
 #include "OrvCore/Async.h"
-#include "OrvUI/DesktopDevice.h"
+#include "OrvCore/DesktopDevice.h"
 #include "OrvUI/Pool_p.h"
 
 #include <algorithm>

@@ -6,6 +6,7 @@
 #include "OrvGit/RepositoryLayout.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSet>
 
 #include <condition_variable>
@@ -72,10 +73,17 @@ GitOutcome<void> GitService::perform(
     return output ? GitOutcome<void>() : std::unexpected(output.error());
 }
 
-GitOutcome<QByteArray> GitService::statusOutput(const QString& repository) const {
+GitOutcome<QByteArray> GitService::statusOutput(const QString& repository, const QString& below) const {
+    // git passes by what it can't understand, and would answer for the repository around it.
+    if (QFileInfo::exists(repository + u"/.git"_s) && !RepositoryLayout::of(repository)) {
+        return std::unexpected(GitError::of(GitError::Kind::notARepo));
+    }
     const StatusTurn turn(repository, runner.cancellation);
-    return runner.run(
-        {"status", "--porcelain=v2", "--branch", "-z", "--untracked-files=all"}, repository, GitLimits::local);
+    GitArguments words{"status", "--porcelain=v2", "--branch", "-z", "--untracked-files=all"};
+    if (!below.isEmpty()) {
+        words << "--" << GitPath::toBytes(below);
+    }
+    return runner.run(words, repository, GitLimits::local);
 }
 
 GitOutcome<RepoStatus> GitService::status(const QString& repository) const {
@@ -86,8 +94,8 @@ GitOutcome<RepoStatus> GitService::status(const QString& repository) const {
     return GitParsing::status(*output);
 }
 
-GitOutcome<RepoStatus> GitService::statusCounts(const QString& repository, int& changes) const {
-    const auto output = statusOutput(repository);
+GitOutcome<RepoStatus> GitService::statusCounts(const QString& repository, int& changes, const QString& below) const {
+    const auto output = statusOutput(repository, below);
     if (!output) {
         return std::unexpected(output.error());
     }
@@ -126,7 +134,8 @@ GitOutcome<QList<HistoryEntry>> GitService::history(const QString& repository, c
 }
 
 GitOutcome<QStringList> GitService::branches(const QString& repository) const {
-    const auto output = runner.run({"branch", "--format=%(refname:short)"}, repository, GitLimits::local);
+    const auto output =
+        runner.run({"branch", "--no-column", "--format=%(refname:short)"}, repository, GitLimits::local);
     if (!output) {
         return std::unexpected(output.error());
     }

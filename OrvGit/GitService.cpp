@@ -49,6 +49,13 @@ private:
     bool m_isMine = false;
 };
 
+/// git passes by a ".git" that it can't understand, and would do everything to the repository around it.
+GitOutcome<void> requireReadable(const QString& repository) {
+    return RepositoryLayout::of(repository) || !QFileInfo::exists(repository + u"/.git"_s)
+               ? GitOutcome<void>()
+               : std::unexpected(GitError::of(GitError::Kind::notARepo));
+}
+
 /// The user's configuration may change what these commands print.
 GitArguments logCommand(QByteArray format) {
     return {"-c", "log.showSignature=false", "-c", "i18n.logOutputEncoding=UTF-8", "log", std::move(format)};
@@ -69,14 +76,16 @@ GitOutcome<QByteArray> historyOutput(const GitOutcome<GitResult>& result) {
 
 GitOutcome<void> GitService::perform(
     const QString& folder, const GitArguments& arguments, GitRunner::Limit limit) const {
+    if (const auto able = requireReadable(folder); !able) {
+        return able;
+    }
     const auto output = runner.run(arguments, folder, limit);
     return output ? GitOutcome<void>() : std::unexpected(output.error());
 }
 
 GitOutcome<QByteArray> GitService::statusOutput(const QString& repository, const QString& below) const {
-    // git passes by what it can't understand, and would answer for the repository around it.
-    if (QFileInfo::exists(repository + u"/.git"_s) && !RepositoryLayout::of(repository)) {
-        return std::unexpected(GitError::of(GitError::Kind::notARepo));
+    if (const auto able = requireReadable(repository); !able) {
+        return std::unexpected(able.error());
     }
     const StatusTurn turn(repository, runner.cancellation);
     GitArguments words{"status", "--porcelain=v2", "--branch", "-z", "--untracked-files=all"};
@@ -211,6 +220,9 @@ GitError GitService::errorWithConflicts(const QString& repository, const GitResu
 
 GitOutcome<void> GitService::runWithConflicts(
     const QString& repository, const GitArguments& arguments, GitRunner::Limit limit) const {
+    if (const auto able = requireReadable(repository); !able) {
+        return able;
+    }
     const auto result = runner.runRaw(arguments, repository, limit);
     if (!result) {
         return std::unexpected(result.error());

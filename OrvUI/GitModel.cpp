@@ -234,15 +234,15 @@ GitModel::Found GitModel::find(
         found.ownFolder = below + u'/';
     }
     const auto layout = RepositoryLayout::of(found.repository);
-    if (const auto history = service.history(found.repository, {.limit = historyLength, .from = {}, .path = {}})) {
-        found.history = commitRows(*history, QDateTime::currentDateTime());
-        found.hasMoreHistory = history->size() == historyLength;
-    }
-    found.branches = branchRows(service.branchInfos(found.repository).value_or(QList<BranchInfo>()));
-    found.details.headMessage = service.headMessage(found.repository).value_or(QString());
-    found.details.identity = service.effectiveIdentity(found.repository).value_or(GitIdentity());
     if (layout) {
         found.note = noteOf(*layout, project);
+        if (const auto history = service.history(found.repository, {.limit = historyLength, .from = {}, .path = {}})) {
+            found.history = commitRows(*history, QDateTime::currentDateTime());
+            found.hasMoreHistory = history->size() == historyLength;
+        }
+        found.branches = branchRows(service.branchInfos(found.repository).value_or(QList<BranchInfo>()));
+        found.details.headMessage = service.headMessage(found.repository).value_or(QString());
+        found.details.identity = service.effectiveIdentity(found.repository).value_or(GitIdentity());
     }
     if (layout && layout->kind == RepositoryLayout::Kind::bare) {
         // It has no status; its branches still say something.

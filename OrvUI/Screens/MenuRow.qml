@@ -11,7 +11,7 @@ T.MenuItem {
     property string note
     readonly property color ink: !enabled ? Theme.disabled : highlighted ? Theme.accentText : Theme.text2
 
-    implicitWidth: note.length > 0 ? Theme.popoverWidth : leftPadding + rightPadding + title.anchors.leftMargin + title.implicitWidth + (hint.visible ? hint.implicitWidth + Theme.space16 : 0)
+    implicitWidth: note.length > 0 ? Theme.popoverWidth : leftPadding + rightPadding + title.anchors.leftMargin + title.implicitWidth + title.anchors.rightMargin + (hint.visible ? hint.implicitWidth + Theme.space8 : 0)
     implicitHeight: Theme.menuRowHeight + (caution.visible ? caution.implicitHeight + Theme.space6 : 0)
     leftPadding: Theme.space8
     rightPadding: Theme.space8

@@ -279,6 +279,9 @@ TEST_F(GitPage, ShowsTheRepositoryThatTheProjectIsAPartOf) {
     EXPECT_NE(rows[1].problem, QString());
     model->setRepository(rows[1].key);
     EXPECT_TRUE(waitFor([this] { return model->state() == u"failed"; }));
+    EXPECT_EQ(model->history()->rowCount() + model->branches()->rowCount(), 0) << "those of the repository around it";
+    EXPECT_EQ(after([this] { model->createBranch(u"topic"_s); }), u"This folder is not a git repository."_s);
+    EXPECT_EQ(gitText(r, {u"branch"_s, u"--list"_s, u"topic"_s}), QString());
 }
 
 TEST_F(GitPage, GoesThroughConflicts) {

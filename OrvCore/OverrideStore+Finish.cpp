@@ -1,13 +1,13 @@
 #include "OrvCore/CommandBuilder.h"
+#include "OrvCore/DesktopDevice.h"
 #include "OrvCore/OverrideStore.h"
-
-using namespace Qt::StringLiterals;
 
 namespace orv {
 
 ServiceTarget OverrideStore::finish(ServiceTarget target, const QList<DetectedStack>& stacks) const {
     const auto generate = [&] {
-        target.command = CommandBuilder::command(stacks, target.kind, target.directory, target.framework, u"macos"_s);
+        target.command =
+            CommandBuilder::command(stacks, target.kind, target.directory, target.framework, desktopDevice.id);
     };
     if (target.command.isEmpty()) {
         generate();

@@ -1,6 +1,7 @@
 #include "OrvCore/ProjectScanner.h"
 
 #include "OrvCore/CommandBuilder.h"
+#include "OrvCore/DesktopDevice.h"
 #include "OrvCore/FolderWalk_p.h"
 
 #include <QDir>
@@ -124,7 +125,7 @@ private:
             if (m_scanner.overrides) {
                 target = m_scanner.overrides->finish(std::move(target), all);
             } else {
-                target.command = CommandBuilder::command(all, stack.kind, directory, stack.framework, u"macos"_s);
+                target.command = CommandBuilder::command(all, stack.kind, directory, stack.framework, desktopDevice.id);
             }
             made.append(std::move(target));
         }

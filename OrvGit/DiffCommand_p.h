@@ -13,6 +13,8 @@ inline constexpr qint64 largestDiffedFileBytes = 50 * 1024 * 1024;
     return {
         "-c",
         "core.bigFileThreshold=" + QByteArray::number(largestDiffedFileBytes),
+        "-c",
+        "diff.suppressBlankEmpty=false",
         command,
         "--no-color",
         "--no-ext-diff",

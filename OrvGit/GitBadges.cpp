@@ -1,6 +1,7 @@
 #include "OrvGit/GitBadges.h"
 
 #include "OrvGit/GitService.h"
+#include "OrvGit/ProjectRepositories.h"
 
 #include <QPromise>
 
@@ -34,21 +35,23 @@ QFuture<GitBadge> GitBadges::read(const QString& projectRoot) {
     const auto reading = std::make_shared<Reading>();
     reading->promise.start();
     m_pool.start([this, reading, projectRoot] {
-        begin(reading, m_runner.cancellation->isCancelled() ? QStringList() : GitService::findRepos(projectRoot));
+        begin(
+            reading, m_runner.cancellation->isCancelled() ? QStringList() : GitService::findRepos(projectRoot),
+            projectRoot);
     });
     return reading->promise.future();
 }
 
-QFuture<QList<QStringList>> GitBadges::repositories(const QStringList& projectRoots) {
+QFuture<QList<QStringList>> GitBadges::repositories(const QStringList& projectRoots, const QString& scanRoot) {
     const auto promise = std::make_shared<QPromise<QList<QStringList>>>();
     promise->start();
-    m_pool.start([this, promise, projectRoots] {
+    m_pool.start([this, promise, projectRoots, scanRoot] {
         QList<QStringList> found;
         for (const QString& root : projectRoots) {
             if (m_runner.cancellation->isCancelled()) {
                 break;
             }
-            found.append(GitService::findRepos(root));
+            found.append(ProjectRepositories::of(m_runner, root, scanRoot).own);
         }
         if (found.size() == projectRoots.size()) {
             promise->addResult(found);
@@ -58,14 +61,15 @@ QFuture<QList<QStringList>> GitBadges::repositories(const QStringList& projectRo
     return promise->future();
 }
 
-QFuture<GitBadge> GitBadges::readRepositories(const QStringList& repositories) {
+QFuture<GitBadge> GitBadges::readRepositories(const QStringList& repositories, const QString& projectRoot) {
     const auto reading = std::make_shared<Reading>();
     reading->promise.start();
-    begin(reading, repositories);
+    begin(reading, repositories, projectRoot);
     return reading->promise.future();
 }
 
-void GitBadges::begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories) {
+void GitBadges::begin(
+    const std::shared_ptr<Reading>& reading, const QStringList& repositories, const QString& projectRoot) {
     reading->left = repositories.size();
     reading->sum.repoCount = static_cast<int>(repositories.size());
     if (repositories.isEmpty()) {
@@ -73,7 +77,8 @@ void GitBadges::begin(const std::shared_ptr<Reading>& reading, const QStringList
     }
     for (const QString& repository : repositories) {
         // Before the projects whose folders are still to be searched: each of them is complete the sooner.
-        m_pool.start([this, reading, repository] { readRepository(reading, repository); }, 1);
+        const QString below = wayBelow(repository, projectRoot);
+        m_pool.start([this, reading, repository, below] { readRepository(reading, repository, below); }, 1);
     }
 }
 
@@ -84,9 +89,10 @@ void GitBadges::finish(Reading& reading) const {
     reading.promise.finish();
 }
 
-void GitBadges::readRepository(const std::shared_ptr<Reading>& reading, const QString& repository) const {
+void GitBadges::readRepository(
+    const std::shared_ptr<Reading>& reading, const QString& repository, const QString& below) const {
     int changes = 0;
-    const auto status = GitService(m_runner).statusCounts(repository, changes);
+    const auto status = GitService(m_runner).statusCounts(repository, changes, below);
     const std::scoped_lock lock(reading->mutex);
     if (status) {
         reading->sum.changes += changes;

@@ -21,16 +21,17 @@ public:
     /// Any thread. A repository that has no status, such as a bare one, counts as unread. Without a result when this
     /// object is destroyed first.
     [[nodiscard]] QFuture<GitBadge> read(const QString& projectRoot);
-    /// The repositories under each of the projects, which is the first half of `read`.
-    [[nodiscard]] QFuture<QList<QStringList>> repositories(const QStringList& projectRoots);
-    /// As `read`, of repositories that are known already.
-    [[nodiscard]] QFuture<GitBadge> readRepositories(const QStringList& repositories);
+    /// Each project's own ones (ProjectRepositories), which is the first half of `read`.
+    [[nodiscard]] QFuture<QList<QStringList>> repositories(const QStringList& projectRoots, const QString& scanRoot);
+    /// As `read`, of repositories that are known already. In one that the project lies in, only the changes below the
+    /// project are counted.
+    [[nodiscard]] QFuture<GitBadge> readRepositories(const QStringList& repositories, const QString& projectRoot);
 
 private:
     struct Reading;
-    void begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories);
+    void begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories, const QString& projectRoot);
     void finish(Reading& reading) const;
-    void readRepository(const std::shared_ptr<Reading>& reading, const QString& repository) const;
+    void readRepository(const std::shared_ptr<Reading>& reading, const QString& repository, const QString& below) const;
 
     GitRunner m_runner;
     QThreadPool m_pool;

@@ -1,5 +1,7 @@
 #include "OrvGit/GitError.h"
 
+#include "OrvCore/PlainText.h"
+
 #include <algorithm>
 #include <array>
 
@@ -56,7 +58,8 @@ QString GitError::text() const {
     Q_UNREACHABLE();
 }
 
-GitError GitError::classify(const QString& errors, int code) {
+GitError GitError::classify(const QString& printed, int code) {
+    const QString errors = withoutColours(printed);
     const QList<QStringView> lines = QStringView(errors).split(u'\n');
     for (const QLatin1StringView pattern : authFailures) {
         const auto line = std::ranges::find_if(lines, [pattern](QStringView each) { return each.contains(pattern); });

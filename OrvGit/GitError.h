@@ -35,8 +35,8 @@ struct GitError {
     [[nodiscard]] static GitError of(Kind kind) { return {kind, 0, {}, {}}; }
     [[nodiscard]] static GitError refused(const QString& sentence) { return {Kind::refused, 0, sentence, {}}; }
     [[nodiscard]] static GitError conflicts(const QStringList& paths) { return {Kind::conflicts, 0, {}, paths}; }
-    /// What a command means that exited with `code` and wrote `errors`, which is in English.
-    [[nodiscard]] static GitError classify(const QString& errors, int code);
+    /// What a command means that exited with `code` and wrote `printed`, which is in English; colours are left out.
+    [[nodiscard]] static GitError classify(const QString& printed, int code);
 };
 
 template <typename T>

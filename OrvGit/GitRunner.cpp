@@ -46,6 +46,7 @@ std::vector<QByteArray> hiddenVariables() {
         "GIT_CURL_VERBOSE",
         "GIT_EXTERNAL_DIFF",
         "GIT_DIFF_OPTS",
+        "GIT_PAGER_IN_USE",
         "GIT_ICASE_PATHSPECS",
         "GIT_GLOB_PATHSPECS",
         "GIT_NOGLOB_PATHSPECS",

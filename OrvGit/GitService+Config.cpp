@@ -23,7 +23,9 @@ GitOutcome<void> GitService::initRepository(const QString& folder, const QString
     if (auto named = requireBranchName(branch); !named) {
         return named;
     }
-    return perform(folder, {"init", "--initial-branch=" + branch.toUtf8()}, GitLimits::local);
+    // Also where there is a broken one, which this mends.
+    const auto output = runner.run({"init", "--initial-branch=" + branch.toUtf8()}, folder, GitLimits::local);
+    return output ? GitOutcome<void>() : std::unexpected(output.error());
 }
 
 GitOutcome<std::optional<QString>> GitService::configValue(

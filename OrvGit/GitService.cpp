@@ -6,6 +6,7 @@
 #include "OrvGit/RepositoryLayout.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSet>
 
 #include <condition_variable>
@@ -48,6 +49,13 @@ private:
     bool m_isMine = false;
 };
 
+/// git passes by a ".git" that it can't understand, and would do everything to the repository around it.
+GitOutcome<void> requireReadable(const QString& repository) {
+    return RepositoryLayout::of(repository) || !QFileInfo::exists(repository + u"/.git"_s)
+               ? GitOutcome<void>()
+               : std::unexpected(GitError::of(GitError::Kind::notARepo));
+}
+
 /// The user's configuration may change what these commands print.
 GitArguments logCommand(QByteArray format) {
     return {"-c", "log.showSignature=false", "-c", "i18n.logOutputEncoding=UTF-8", "log", std::move(format)};
@@ -68,14 +76,23 @@ GitOutcome<QByteArray> historyOutput(const GitOutcome<GitResult>& result) {
 
 GitOutcome<void> GitService::perform(
     const QString& folder, const GitArguments& arguments, GitRunner::Limit limit) const {
+    if (const auto able = requireReadable(folder); !able) {
+        return able;
+    }
     const auto output = runner.run(arguments, folder, limit);
     return output ? GitOutcome<void>() : std::unexpected(output.error());
 }
 
-GitOutcome<QByteArray> GitService::statusOutput(const QString& repository) const {
+GitOutcome<QByteArray> GitService::statusOutput(const QString& repository, const QString& below) const {
+    if (const auto able = requireReadable(repository); !able) {
+        return std::unexpected(able.error());
+    }
     const StatusTurn turn(repository, runner.cancellation);
-    return runner.run(
-        {"status", "--porcelain=v2", "--branch", "-z", "--untracked-files=all"}, repository, GitLimits::local);
+    GitArguments words{"status", "--porcelain=v2", "--branch", "-z", "--untracked-files=all"};
+    if (!below.isEmpty()) {
+        words << "--" << GitPath::toBytes(below);
+    }
+    return runner.run(words, repository, GitLimits::local);
 }
 
 GitOutcome<RepoStatus> GitService::status(const QString& repository) const {
@@ -86,8 +103,8 @@ GitOutcome<RepoStatus> GitService::status(const QString& repository) const {
     return GitParsing::status(*output);
 }
 
-GitOutcome<RepoStatus> GitService::statusCounts(const QString& repository, int& changes) const {
-    const auto output = statusOutput(repository);
+GitOutcome<RepoStatus> GitService::statusCounts(const QString& repository, int& changes, const QString& below) const {
+    const auto output = statusOutput(repository, below);
     if (!output) {
         return std::unexpected(output.error());
     }
@@ -126,7 +143,8 @@ GitOutcome<QList<HistoryEntry>> GitService::history(const QString& repository, c
 }
 
 GitOutcome<QStringList> GitService::branches(const QString& repository) const {
-    const auto output = runner.run({"branch", "--format=%(refname:short)"}, repository, GitLimits::local);
+    const auto output =
+        runner.run({"branch", "--no-column", "--format=%(refname:short)"}, repository, GitLimits::local);
     if (!output) {
         return std::unexpected(output.error());
     }
@@ -202,6 +220,9 @@ GitError GitService::errorWithConflicts(const QString& repository, const GitResu
 
 GitOutcome<void> GitService::runWithConflicts(
     const QString& repository, const GitArguments& arguments, GitRunner::Limit limit) const {
+    if (const auto able = requireReadable(repository); !able) {
+        return able;
+    }
     const auto result = runner.runRaw(arguments, repository, limit);
     if (!result) {
         return std::unexpected(result.error());

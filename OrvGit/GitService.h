@@ -40,8 +40,9 @@ public:
 
     // What there is. One status of a repository runs at a time in this process.
     [[nodiscard]] GitOutcome<RepoStatus> status(const QString& repository) const;
-    /// As `status`, with the changes only counted.
-    [[nodiscard]] GitOutcome<RepoStatus> statusCounts(const QString& repository, int& changes) const;
+    /// As `status`, with the changes only counted; those below a folder of it where one is named.
+    [[nodiscard]] GitOutcome<RepoStatus> statusCounts(
+        const QString& repository, int& changes, const QString& below = {}) const;
     /// Newest first; empty in a repository without a commit.
     [[nodiscard]] GitOutcome<QList<CommitInfo>> log(const QString& repository, int limit) const;
     [[nodiscard]] GitOutcome<QList<HistoryEntry>> history(const QString& repository, const HistoryQuery& query) const;
@@ -144,7 +145,7 @@ private:
         const QString& folder, const GitArguments& arguments, GitRunner::Limit limit) const;
     [[nodiscard]] GitOutcome<void> runOn(
         const QString& repository, const GitArguments& arguments, const QStringList& paths) const;
-    [[nodiscard]] GitOutcome<QByteArray> statusOutput(const QString& repository) const;
+    [[nodiscard]] GitOutcome<QByteArray> statusOutput(const QString& repository, const QString& below = {}) const;
     [[nodiscard]] GitOutcome<QStringList> conflictedPaths(const QString& repository) const;
     /// The conflicts, where there are any, else what the result means.
     [[nodiscard]] GitError errorWithConflicts(const QString& repository, const GitResult& result) const;

@@ -5,6 +5,7 @@
 #include "OrvGit/GitParsing.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/GitService.h"
+#include "OrvGit/ProjectRepositories.h"
 #include "OrvGit/RepositoryLayout.h"
 
 #include <QDir>
@@ -122,15 +123,8 @@ QList<WorkFile> parseWorkFiles(const QByteArray& bytes) {
 
 QStringList workTreesOf(const QString& folder) {
     QStringList tops;
-    for (QDir above(folder);;) {
-        const auto layout = RepositoryLayout::of(above.path());
-        if (layout && layout->kind != RepositoryLayout::Kind::bare) {
-            tops.append(above.path());
-            break;
-        }
-        if (!above.cdUp()) {
-            break;
-        }
+    if (const QString top = workTreeTop(folder); !top.isEmpty()) {
+        tops.append(top);
     }
     for (const QString& inside : GitService::findRepos(folder)) {
         if (!tops.contains(inside)) {

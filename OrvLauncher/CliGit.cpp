@@ -1,6 +1,5 @@
 #include "CliGit_p.h"
 #include "OrvCore/Settings.h"
-#include "OrvGit/DiscardedWork.h"
 #include "OrvGit/RepositoryLayout.h"
 #include "TextLayout.h"
 
@@ -88,39 +87,6 @@ QFuture<int> unstage(Invocation& call) {
     return changePaths(call, &GitService::unstage, &FileChange::touchedPaths, [](const FileChange& change) {
         return change.isStaged();
     });
-}
-
-QFuture<int> discard(Invocation& call) {
-    if (call.isSet(u"hunk"_s)) {
-        return gitHunks(call, &GitService::discardLines, DiffSide::unstaged);
-    }
-    const auto change = [folder = folderMeant(call),
-                         words = call.words](const GitService& service, const QString& repository) -> GitOutcome<void> {
-        const auto named = pathsIn(repository, folder, words);
-        if (!named) {
-            return std::unexpected(named.error());
-        }
-        const auto status = service.status(repository);
-        if (!status) {
-            return std::unexpected(status.error());
-        }
-        QStringList paths;
-        for (const FileChange& each : status->changes) {
-            for (const QString& path : each.touchedPaths()) {
-                if (isBelow(path, *named)) {
-                    paths.append(path);
-                }
-            }
-        }
-        paths.removeDuplicates();
-        if (paths.isEmpty()) {
-            return std::unexpected(GitError::refused(u"nothing is changed there."_s));
-        }
-        // What can't be kept is discarded all the same: nobody is asked here.
-        (void)DiscardedWork::keep(service, repository, paths);
-        return service.discard(repository, paths);
-    };
-    return changeAndShow(call, u"Running git…"_s, change);
 }
 
 QFuture<int> commit(Invocation& call) {
@@ -285,8 +251,8 @@ Command gitCommand() {
           1,
           anyNumber,
           u"puts files back to the last commit; deletes untracked ones"_s,
-          {inOption, hunk},
-          discard},
+          {inOption, hunk, {u"force"_s, {}, u"also what could not be brought back"_s}},
+          gitDiscard},
          {u"commit"_s,
           u"SUMMARY"_s,
           1,
@@ -297,13 +263,15 @@ Command gitCommand() {
            {u"amend"_s, {}, u"replaces the last commit"_s}},
           commit},
          {u"branch"_s,
-          {},
+          u"[BRANCH]"_s,
           0,
-          0,
-          u"lists the branches"_s,
+          1,
+          u"lists the branches; BRANCH is the one whose upstream is set, the current one without it"_s,
           {inOption,
            {u"delete"_s, u"NAME"_s, u"deletes one that is merged"_s},
-           {u"force"_s, {}, u"deletes it even so"_s}},
+           {u"force"_s, {}, u"deletes it even so"_s},
+           {u"set-upstream"_s, u"NAME"_s, u"what the branch follows, such as origin/main"_s},
+           {u"unset-upstream"_s, {}, u"it follows none"_s}},
           gitBranch},
          {u"switch"_s,
           u"NAME"_s,

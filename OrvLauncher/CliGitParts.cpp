@@ -1,5 +1,4 @@
 #include "CliGit_p.h"
-#include "OrvGit/DiscardedWork.h"
 #include "TextLayout.h"
 
 #include <QJsonArray>
@@ -123,8 +122,8 @@ QFuture<int> gitHunks(Invocation& call, LinesMethod method, DiffSide side) {
             hunks ? u"--hunk goes with the path of one file."_s
                   : u"--hunk takes numbers, such as 1 or 1,3; 'orvlauncher git diff' shows them."_s));
     }
-    const auto change = [folder = folderMeant(call), words = call.words, hunks = *hunks, method,
-                         side](const GitService& service, const QString& repository) -> GitOutcome<void> {
+    const auto plan = [folder = folderMeant(call), words = call.words, hunks = *hunks, method,
+                       side](const GitService& service, const QString& repository) -> GitOutcome<PlannedChange> {
         const auto paths = pathsIn(repository, folder, words);
         if (!paths) {
             return std::unexpected(paths.error());
@@ -158,12 +157,19 @@ QFuture<int> gitHunks(Invocation& call, LinesMethod method, DiffSide side) {
             }
             selection.merge(wholeHunk(*shown, hunk));
         }
-        if (method == &GitService::discardLines) {
-            (void)DiscardedWork::keep(service, repository, {request->path});
-        }
-        return (service.*method)(repository, *request, *shown, selection);
+        return PlannedChange{
+            {request->path},
+            [method, request = *request, shown = *shown, selection](const GitService& git, const QString& place) {
+                return (git.*method)(place, request, shown, selection);
+            }};
     };
-    return changeAndShow(call, u"Running git…"_s, change);
+    if (method == &GitService::discardLines) {
+        return discardAndShow(call, plan);
+    }
+    return changeAndShow(call, u"Running git…"_s, [plan](const GitService& service, const QString& repository) {
+        const auto planned = plan(service, repository);
+        return planned ? planned->run(service, repository) : std::unexpected(planned.error());
+    });
 }
 
 QFuture<int> gitStash(Invocation& call) {

@@ -182,6 +182,11 @@ GitOutcome<QList<FileDiff>> diffsOf(
     return files;
 }
 
+struct StateOrProblem {
+    QString repository;
+    GitOutcome<RepositoryState> state;
+};
+
 /// A number that an option may give.
 std::optional<int> numberOf(const Invocation& call, const QString& option, int usual) {
     if (!call.isSet(option)) {
@@ -282,34 +287,36 @@ void printState(Stream& out, const RepositoryState& state) {
 
 QFuture<int> gitStatus(Invocation& call) {
     return withFolder(call, [&call](const QString& folder) {
-        const auto work = [folder](const GitService& service) -> GitOutcome<QList<RepositoryState>> {
+        const auto work = [folder](const GitService& service) -> GitOutcome<QList<StateOrProblem>> {
             const auto repositories = repositoriesAt(service, folder);
             if (!repositories) {
                 return std::unexpected(repositories.error());
             }
-            QList<RepositoryState> states;
+            // One that can't be read says nothing about the others.
+            QList<StateOrProblem> states;
             for (const QString& repository : *repositories) {
-                auto state = stateOf(service, repository);
-                if (!state) {
-                    return std::unexpected(state.error());
-                }
-                states.append(*std::move(state));
+                states.append({repository, stateOf(service, repository)});
             }
             return states;
         };
-        return runGit(call, u"Asking git…"_s, work, [&call](const QList<RepositoryState>& states) -> int {
+        return runGit(call, u"Asking git…"_s, work, [&call](const QList<StateOrProblem>& states) -> int {
+            int exitCode = exitOk;
             QJsonArray array;
-            for (const RepositoryState& state : states) {
-                if (call.json) {
-                    array.append(toJson(state));
+            for (const auto& [repository, state] : states) {
+                if (!state) {
+                    const QString place = states.size() > 1 ? shortPath(repository) + u": "_s : QString();
+                    exitCode = call.failure(place + state.error().text());
+                    array.append(QJsonObject{{u"repository"_s, repository}, {u"error"_s, state.error().text()}});
+                } else if (call.json) {
+                    array.append(toJson(*state));
                 } else {
-                    printState(call.console.out, state);
+                    printState(call.console.out, *state);
                 }
             }
             if (call.json) {
                 printJson(call.console.out, array);
             }
-            return exitOk;
+            return exitCode;
         });
     });
 }
@@ -390,19 +397,50 @@ QFuture<int> gitDiff(Invocation& call) {
     });
 }
 
+/// Sets what the branch follows, the one that is checked out where none is named.
+GitOutcome<void> setUpstream(
+    const GitService& service, const QString& repository, const QString& branch, const QString& upstream) {
+    if (!branch.isEmpty()) {
+        return service.setUpstream(repository, branch, upstream);
+    }
+    const auto status = service.status(repository);
+    if (!status) {
+        return std::unexpected(status.error());
+    }
+    return status->branch ? service.setUpstream(repository, *status->branch, upstream)
+                          : std::unexpected(GitError::refused(u"no branch is checked out; name one."_s));
+}
+
 QFuture<int> gitBranch(Invocation& call) {
-    const auto work = [folder = folderMeant(call), gone = call.value(u"delete"_s),
-                       deletion =
-                           call.isSet(u"force"_s) ? GitService::Deletion::always : GitService::Deletion::ifMerged](
-                          const GitService& service) -> GitOutcome<QList<BranchInfo>> {
+    const bool isFollowing = call.isSet(u"set-upstream"_s);
+    const bool isUnfollowing = call.isSet(u"unset-upstream"_s);
+    const bool isDeleting = call.isSet(u"delete"_s);
+    if (isFollowing + isUnfollowing + isDeleting > 1) {
+        return QtFuture::makeReadyFuture(call.usageError(u"a branch is deleted, or what it follows is set."_s));
+    }
+    if (!call.words.isEmpty() && !isFollowing && !isUnfollowing) {
+        return QtFuture::makeReadyFuture(
+            call.usageError(u"a branch is named with --set-upstream or --unset-upstream."_s));
+    }
+    if (isFollowing && call.value(u"set-upstream"_s).isEmpty()) {
+        return QtFuture::makeReadyFuture(call.usageError(u"--set-upstream takes a branch, such as origin/main."_s));
+    }
+    const auto change = [isDeleting, isSetting = isFollowing || isUnfollowing, gone = call.value(u"delete"_s),
+                         branch = call.words.value(0), upstream = call.value(u"set-upstream"_s),
+                         deletion =
+                             call.isSet(u"force"_s) ? GitService::Deletion::always : GitService::Deletion::ifMerged](
+                            const GitService& service, const QString& repository) {
+        return isDeleting  ? service.deleteBranch(repository, gone, deletion)
+               : isSetting ? setUpstream(service, repository, branch, upstream)
+                           : GitOutcome<void>();
+    };
+    const auto work = [folder = folderMeant(call), change](const GitService& service) -> GitOutcome<QList<BranchInfo>> {
         const auto repository = repositoryAt(service, folder);
         if (!repository) {
             return std::unexpected(repository.error());
         }
-        if (!gone.isEmpty()) {
-            if (const auto done = service.deleteBranch(*repository, gone, deletion); !done) {
-                return std::unexpected(done.error());
-            }
+        if (const auto done = change(service, *repository); !done) {
+            return std::unexpected(done.error());
         }
         return service.branchInfos(*repository);
     };

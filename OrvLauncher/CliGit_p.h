@@ -5,6 +5,7 @@
 #include "SignalWatcher.h"
 
 #include <functional>
+#include <optional>
 
 namespace orv {
 
@@ -53,10 +54,12 @@ QFuture<int> runGit(Invocation& call, const QString& progress, Work work, Print 
     });
     auto* line = new Progress(call.console.err, progress, call.context);
     const auto outcome = runInPool([service, work = std::move(work)] { return work(service); });
-    return exitCodeOf(outcome, call.context, [&call, line, print = std::move(print)](const auto& result) -> int {
-        delete line;
-        return result ? print(*result) : call.failure(result.error().text());
-    });
+    return exitCodeOf(
+        outcome, call.context, [&call, line, watcher, print = std::move(print)](const auto& result) -> int {
+            delete line;
+            delete watcher;
+            return result ? print(*result) : call.failure(result.error().text());
+        });
 }
 
 /// Changes the repository, then prints what it is like.
@@ -83,6 +86,16 @@ QFuture<int> changeAndShow(Invocation& call, const QString& progress, Change cha
     });
 }
 
+/// What is about to be done to these paths.
+struct PlannedChange {
+    QStringList paths;
+    std::function<GitOutcome<void>(const GitService&, const QString& repository)> run;
+};
+using PlanChange = std::function<GitOutcome<PlannedChange>(const GitService&, const QString& repository)>;
+/// Keeps what is discarded, does it, and prints what the repository is like. What can't be kept is discarded only with
+/// "--force", or when whoever sits at the terminal says yes.
+[[nodiscard]] QFuture<int> discardAndShow(Invocation& call, const PlanChange& plan);
+
 using LinesMethod =
     GitOutcome<void> (GitService::*)(const QString&, const DiffRequest&, const FileDiff&, const DiffSelection&) const;
 
@@ -91,6 +104,7 @@ QFuture<int> gitLog(Invocation& call);
 QFuture<int> gitDiff(Invocation& call);
 QFuture<int> gitBranch(Invocation& call);
 QFuture<int> gitClone(Invocation& call);
+QFuture<int> gitDiscard(Invocation& call);
 QFuture<int> gitStash(Invocation& call);
 QFuture<int> gitIdentity(Invocation& call);
 /// Does it with the hunks that "--hunk" names, of the one file that the words name. `side`: where they are looked for;

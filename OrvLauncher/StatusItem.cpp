@@ -1,7 +1,7 @@
 #include "StatusItem.h"
 
 #include "OrvUI/AppModel.h"
-#include "OrvUI/HomeModels.h"
+#include "OrvUI/QuickActions.h"
 
 #ifdef Q_OS_MACOS
 #include "OrvLauncher/platform/macos/MenuBarItem.h"
@@ -66,10 +66,6 @@ QPixmap picture(int pixels, int count, bool isPanelDark) {
 }
 
 #endif
-
-bool isBusy(const QString& cardState) {
-    return cardState == u"running" || cardState == u"starting" || cardState == u"installing";
-}
 
 } // namespace
 
@@ -175,11 +171,9 @@ void StatusItem::update() {
 
 /// The pinned projects and the quick panel: what the Dock's menu has, and the icon's begins with.
 void StatusItem::addPinned(QMenu& menu) {
-    const QList<Project> pinned = m_model.pinnedProjects();
-    for (const Project& project : pinned) {
-        // What toggling it does: one that comes up is stopped, too.
-        const QString verb = isBusy(m_model.home().card(project).cardState) ? tr("Stop %1") : tr("Run %1");
-        menu.addAction(verb.arg(project.name), this, [this, id = project.id] { m_model.toggleProject(id); });
+    const QList<PinnedEntry> pinned = m_model.pinnedEntries();
+    for (const PinnedEntry& entry : pinned) {
+        menu.addAction(entry.title, this, [this, id = entry.id] { m_model.toggleProject(id); });
     }
     if (pinned.isEmpty()) {
         menu.addAction(tr("Pin projects in OrvLauncher to list them here"))->setEnabled(false);

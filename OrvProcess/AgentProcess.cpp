@@ -4,6 +4,7 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/Pipe.h"
 
+#include <QLocale>
 #include <QPointer>
 #include <QTimer>
 
@@ -36,6 +37,12 @@ qsizetype costBytes(const AgentLine& line) {
     return cost;
 }
 
+/// A line of text in the output of any agent.
+QString cutNote(qsizetype limitBytes) {
+    return u"[OrvLauncher keeps the first %1 of what an agent prints. What came after is not here.]"_s.arg(
+        QLocale::c().formattedDataSize(limitBytes, 0));
+}
+
 EnvironmentEntries environment(const QString& task) {
     // A variable ends at the first zero character.
     return {{AgentCommandBuilder::taskVariable, QString(task).remove(QChar(u'\0'))}};
@@ -66,7 +73,7 @@ std::expected<std::unique_ptr<AgentProcess>, SpawnError> AgentProcess::start(con
 }
 
 AgentProcess::AgentProcess(SpawnedProcess process, const Request& request)
-    : m_process(std::move(process)), m_stream(request.kind) {
+    : m_process(std::move(process)), m_stream(request.kind), m_fileLimitBytes(request.outputFileLimitBytes) {
     if (!request.outputFile.isEmpty()) {
         m_file = std::make_unique<QFile>(request.outputFile);
         if (!m_file->open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
@@ -127,13 +134,26 @@ std::span<char> AgentProcess::room(size_t size) {
 
 void AgentProcess::filled(size_t size) {
     const QByteArrayView bytes(m_room.data(), static_cast<qsizetype>(size));
-    if (m_file && m_file->pos() < outputFileLimitBytes) {
-        const qsizetype written = std::min<qsizetype>(bytes.size(), outputFileLimitBytes - m_file->pos());
-        if (m_file->write(bytes.data(), written) != written) {
-            m_file.reset(); // a full disk is no reason to disturb the agent
-        }
+    if (m_file) {
+        keep(bytes);
     }
     push(m_stream.append(bytes));
+}
+
+void AgentProcess::keep(QByteArrayView bytes) {
+    const qsizetype room = m_fileLimitBytes - m_fileBytes;
+    const bool isTooMuch = bytes.size() > room;
+    if (isTooMuch) {
+        // Half a line of the stream format is no use.
+        bytes = bytes.first(bytes.first(room).lastIndexOf('\n') + 1);
+    }
+    m_fileBytes += bytes.size();
+    if (m_file->write(bytes.data(), bytes.size()) != bytes.size()) {
+        m_file.reset(); // a full disk is no reason to disturb the agent
+    } else if (isTooMuch) {
+        m_file->write('\n' + cutNote(m_fileLimitBytes).toUtf8() + '\n');
+        m_file.reset();
+    }
 }
 
 void AgentProcess::push(QList<AgentLine> lines, std::optional<int> exitCode) {

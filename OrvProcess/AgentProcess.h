@@ -29,8 +29,9 @@ public:
         QString directory;
         QString task;
         QString outputFile; ///< gets what the agent prints, as it is, as far as the disk takes it; empty: nowhere
+        /// More is not written: a last line in its place says so.
+        qsizetype outputFileLimitBytes = qsizetype{64} * 1024 * 1024;
     };
-    static constexpr qsizetype outputFileLimitBytes = 64 * 1024 * 1024; ///< what comes after is not written
 
     [[nodiscard]] static std::expected<std::unique_ptr<AgentProcess>, SpawnError> start(const Request& request);
     /// Kills the group of an agent that has not ended, and waits for the thread.
@@ -55,6 +56,7 @@ private:
     void run();
     [[nodiscard]] std::span<char> room(size_t size) override;
     void filled(size_t size) override;
+    void keep(QByteArrayView bytes);
     /// The last one comes with the exit code.
     void push(QList<AgentLine> lines, std::optional<int> exitCode = {});
     void deliver();
@@ -65,6 +67,8 @@ private:
     // The reader's alone.
     AgentStream m_stream;
     std::unique_ptr<QFile> m_file;
+    const qsizetype m_fileLimitBytes;
+    qsizetype m_fileBytes = 0;
     std::vector<char> m_room;
 
     std::mutex m_mutex;

@@ -1,6 +1,7 @@
 #include "OrvProcess/AgentStream.h"
 
 #include "OrvCore/ClaudeStreamParser.h"
+#include "OrvCore/PlainText.h"
 #include "OrvProcess/TerminalLine.h"
 
 #include <algorithm>
@@ -10,22 +11,11 @@ using namespace Qt::StringLiterals;
 namespace orv {
 namespace {
 
-/// SGR is the one control that a terminal line still holds.
-QString withoutColours(const QString& line) {
-    QString text;
-    qsizetype at = 0;
-    for (qsizetype escape = line.indexOf(u'\x1b'); escape >= 0; escape = line.indexOf(u'\x1b', at)) {
-        text += QStringView(line).sliced(at, escape - at);
-        const qsizetype end = line.indexOf(u'm', escape);
-        at = end < 0 ? line.size() : end + 1;
-    }
-    return text.append(QStringView(line).sliced(at));
-}
-
 QList<AgentLine> plainLines(QByteArrayView raw) {
     QList<AgentLine> lines;
     while (!raw.isEmpty()) {
         const qsizetype end = raw.indexOf('\n');
+        // The colours are the one control that is left in a terminal's line.
         const QString text = withoutColours(TerminalLine::text(raw.first(end)));
         raw = raw.sliced(end + 1);
         const auto isSpace = [](QChar letter) { return letter.isSpace(); };

@@ -6,6 +6,16 @@
 #include <algorithm>
 
 namespace orv {
+namespace {
+
+/// One that comes up, or is installed to be run, counts: toggling stops it.
+bool isUp(const AppModel& model, const ProcessManager& processes, const Project& project) {
+    return model.isInstalling(project.id) || std::ranges::any_of(model.services(project), [&](const ServiceID& id) {
+               return processes.state(id).isActive();
+           });
+}
+
+} // namespace
 
 bool AppModel::isPinned(const Project& project) const {
     return d->settings->settings().pinnedProjectIDs.contains(project.id);
@@ -76,8 +86,18 @@ std::optional<RunAction> AppModel::offeredAction(const Project& project) const {
     return startable.isEmpty() || (primary && startable.contains(*primary)) ? primary : preferred(startable);
 }
 
+QFuture<void> AppModel::toggleRun(const Project& project) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (isUp(*this, *d->processes, project)) {
+        return stop(project);
+    }
+    const std::optional<RunAction> action = primaryAction(project);
+    return action ? run(project, kinds(*action)) : finishedFuture();
+}
+
 QList<PinnedEntry> AppModel::pinnedEntries() const {
-    return PinnedMenu::entries(pinnedProjects(), [this](const Project& project) { return isRunning(project); });
+    return PinnedMenu::entries(
+        pinnedProjects(), [this](const Project& project) { return isUp(*this, *d->processes, project); });
 }
 
 QList<int> AppModel::runningPorts(const Project& project) const {

@@ -266,17 +266,6 @@ QFuture<void> AppModel::restart(const Project& project, const QList<ServiceID>& 
     return run(request);
 }
 
-QFuture<void> AppModel::toggleRun(const Project& project) {
-    ORV_ASSERT_MAIN_THREAD();
-    const bool isUp = std::ranges::any_of(
-        services(project), [this](const ServiceID& id) { return d->processes->state(id).isActive(); });
-    if (isUp || isInstalling(project.id)) {
-        return stop(project);
-    }
-    const std::optional<RunAction> action = primaryAction(project);
-    return action ? run(project, kinds(*action)) : finishedFuture();
-}
-
 QFuture<void> AppModel::stop(const Project& project) {
     ORV_ASSERT_MAIN_THREAD();
     d->stops.noteProject(project.id);

@@ -398,7 +398,7 @@ void AppModel::scanEnded(const QList<ProjectNode>& tree) {
     }
     Q_EMIT isScanningChanged();
     publishSnapshot();
-    d->git->setProjects(d->projects);
+    d->git->setProjects(d->projects, d->settings->settings().scanRoot);
     refreshGitBadges();
     if (const std::optional<QUrl> url = std::exchange(d->queuedURL, {})) {
         Q_EMIT queuedURLChanged();

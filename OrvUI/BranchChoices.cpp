@@ -46,6 +46,29 @@ void BranchChoices::setCreating(bool isCreating) {
     }
 }
 
+void BranchChoices::setFollower(const QString& branch) {
+    if (branch != m_follower) {
+        m_follower = branch;
+        update();
+    }
+}
+
+QString BranchChoices::followed() const {
+    if (!m_git || m_follower.isEmpty()) {
+        return {};
+    }
+    const auto& all = m_git->branches()->rows();
+    const auto row =
+        std::ranges::find_if(all, [this](const BranchRow& each) { return !each.isRemote && each.name == m_follower; });
+    return row != all.end() ? row->upstream : QString();
+}
+
+bool BranchChoices::isListed(const BranchRow& row) const {
+    // A remote's branch beside a local one is another name of it, unless it is to be followed.
+    const bool isMeant = m_follower.isEmpty() ? !(row.isRemote && isThere(localName(row))) : row.isRemote;
+    return isMeant && row.name.contains(m_text.trimmed(), Qt::CaseInsensitive);
+}
+
 bool BranchChoices::isThere(const QString& name) const {
     if (!m_git) {
         return false;
@@ -57,9 +80,10 @@ bool BranchChoices::isThere(const QString& name) const {
 void BranchChoices::update() {
     QList<BranchRow> rows;
     if (m_git && !m_isCreating) {
-        for (const BranchRow& row : m_git->branches()->rows()) {
-            const bool isDouble = row.isRemote && isThere(localName(row));
-            if (!isDouble && row.name.contains(m_text.trimmed(), Qt::CaseInsensitive)) {
+        const QString upstream = followed();
+        for (BranchRow row : m_git->branches()->rows()) {
+            if (isListed(row)) {
+                row.isCurrent = m_follower.isEmpty() ? row.isCurrent : row.name == upstream;
                 rows.append(row);
             }
         }
@@ -70,12 +94,12 @@ void BranchChoices::update() {
 
 QString BranchChoices::newName() const {
     const QString name = m_text.trimmed();
-    return !m_git || name.isEmpty() || isThere(name) || !isBranchName(name) ? QString() : name;
+    return !m_git || !m_follower.isEmpty() || name.isEmpty() || isThere(name) || !isBranchName(name) ? QString() : name;
 }
 
 QString BranchChoices::problem() const {
     const QString name = m_text.trimmed();
-    if (name.isEmpty() || (!m_isCreating && m_rows.rowCount() > 0)) {
+    if (name.isEmpty() || !m_follower.isEmpty() || (!m_isCreating && m_rows.rowCount() > 0)) {
         return {};
     }
     if (isThere(name)) {
@@ -89,7 +113,11 @@ bool BranchChoices::choose(int row) {
         return false;
     }
     const BranchRow chosen = m_rows.rows()[row];
-    if (chosen.isRemote) {
+    if (!m_follower.isEmpty()) {
+        if (!chosen.isCurrent) {
+            m_git->setUpstream(m_follower, chosen.name);
+        }
+    } else if (chosen.isRemote) {
         // By its name alone it may be a branch of several remotes.
         m_git->switchToRemote(chosen.name);
     } else if (!chosen.isCurrent) {
@@ -104,6 +132,14 @@ bool BranchChoices::create() {
         return false;
     }
     m_git->createBranch(name);
+    return true;
+}
+
+bool BranchChoices::unfollow() {
+    if (!follows()) {
+        return false;
+    }
+    m_git->setUpstream(m_follower, {});
     return true;
 }
 

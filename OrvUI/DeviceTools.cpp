@@ -1,8 +1,8 @@
 #include "OrvUI/DeviceTools.h"
 
+#include "OrvCore/DesktopDevice.h"
 #include "OrvCore/Paths.h"
 #include "OrvProcess/ShellRunner.h"
-#include "OrvUI/DesktopDevice.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -1,6 +1,7 @@
 #include "OrvUI/FileFinder.h"
 
 #include "OrvCore/ProjectScanner.h"
+#include "OrvUI/FuzzyMatch.h"
 
 #include <QCollator>
 #include <QDir>
@@ -48,49 +49,38 @@ void collect(
     }
 }
 
-bool beginsWord(const QString& path, qsizetype at) {
-    if (at == 0) {
-        return true;
-    }
-    const QChar before = path[at - 1];
-    return !before.isLetterOrNumber() || (path[at].isUpper() && before.isLower());
-}
+/// The part of a path in which the pattern was found.
+struct Hit {
+    qsizetype file = 0;
+    qsizetype from = 0;
+    int score = 0;
+};
 
-bool isSame(QChar a, QChar b) {
-    return a == b || a.toCaseFolded() == b.toCaseFolded();
-}
-
-enum class Places { all, wordBegins };
-
-/// The tightest place that ends as early as can be, from `from` on.
-std::optional<Match> matchFrom(const QString& path, QStringView text, qsizetype from, Places places) {
-    const auto isHit = [&](qsizetype at, QChar wanted) {
-        return isSame(path[at], wanted) && (places == Places::all || beginsWord(path, at));
-    };
-    qsizetype wanted = 0;
-    qsizetype at = from;
-    for (; at < path.size() && wanted < text.size(); ++at) {
-        wanted += isHit(at, text[wanted]) ? 1 : 0;
-    }
-    if (wanted < text.size()) {
+/// In the name alone it is worth more than across folders. `room` is there to be used again.
+std::optional<Hit> hit(QStringView path, const FuzzyPattern& pattern, FuzzyText& room) {
+    constexpr int nameBonus = 24;
+    if (!pattern.mayBeIn(path)) {
         return {};
     }
-    Match match;
-    for (qsizetype left = text.size(); left > 0;) {
-        --at;
-        if (isHit(at, text[left - 1])) {
-            match.letters.prepend(static_cast<int>(at));
-            --left;
+    const qsizetype name = path.lastIndexOf(u'/') + 1;
+    const qsizetype shown = std::max(path.size() - FuzzyPattern::longestText, qsizetype{0});
+    for (const auto& [from, bonus] : {std::pair(name, nameBonus), std::pair(shown, 0)}) {
+        room.assign(path.sliced(from));
+        if (const auto score = pattern.score(room)) {
+            return Hit{.from = from, .score = *score + bonus - static_cast<int>(path.size() / 16)};
         }
     }
-    int last = -2;
-    for (const int letter : std::as_const(match.letters)) {
-        match.score += beginsWord(path, letter) ? 8 : 1;
-        match.score += letter == last + 1 ? 6 : 0;
-        last = letter;
+    return {};
+}
+
+QList<int> lettersOf(QStringView path, const Hit& hit, const FuzzyPattern& pattern) {
+    QList<int> letters;
+    for (const FuzzyRun& run : pattern.hits(FuzzyText(path.sliced(hit.from)))) {
+        for (int at = 0; at < run.length; ++at) {
+            letters.append(static_cast<int>(hit.from) + run.start + at);
+        }
     }
-    match.score -= match.letters.last() - match.letters.first() + 1 - static_cast<int>(text.size());
-    return match;
+    return letters;
 }
 
 } // namespace
@@ -126,44 +116,28 @@ Listing list(const QString& root, qsizetype limit, const std::shared_ptr<std::at
     return listing;
 }
 
-std::optional<Match> match(const QString& path, const QString& text) {
-    QString wanted = text;
-    wanted.remove(u' ');
-    if (wanted.isEmpty()) {
+QList<Match> find(const QStringList& files, const QString& text, qsizetype limit) {
+    const FuzzyPattern pattern(text);
+    if (pattern.isEmpty()) {
         return {};
     }
-    // In the name alone it is worth more than across folders.
-    constexpr int nameBonus = 24;
-    const qsizetype name = path.lastIndexOf(u'/') + 1;
-    auto found = matchFrom(path, wanted, name, Places::wordBegins);
-    if (!found) {
-        found = matchFrom(path, wanted, name, Places::all);
-    }
-    if (found) {
-        found->score += nameBonus;
-    } else {
-        found = matchFrom(path, wanted, 0, Places::all);
-    }
-    if (found) {
-        found->score -= static_cast<int>(path.size() / 16);
-    }
-    return found;
-}
-
-QList<Match> find(const QStringList& files, const QString& text, qsizetype limit) {
-    QList<Match> found;
+    QList<Hit> hits;
+    FuzzyText room;
     for (qsizetype file = 0; file < files.size(); ++file) {
-        if (auto hit = match(files[file], text)) {
-            hit->file = file;
-            found.append(*std::move(hit));
+        if (auto found = hit(files[file], pattern, room)) {
+            found->file = file;
+            hits.append(*found);
         }
     }
-    const qsizetype kept = std::min(limit, found.size());
-    const auto isBetter = [](const Match& a, const Match& b) {
+    const qsizetype kept = std::min(limit, hits.size());
+    const auto isBetter = [](const Hit& a, const Hit& b) {
         return std::tuple(-a.score, a.file) < std::tuple(-b.score, b.file);
     };
-    std::partial_sort(found.begin(), found.begin() + kept, found.end(), isBetter);
-    found.resize(kept);
+    std::partial_sort(hits.begin(), hits.begin() + kept, hits.end(), isBetter);
+    QList<Match> found;
+    for (const Hit& each : hits.first(kept)) {
+        found.append({each.file, lettersOf(files[each.file], each, pattern)});
+    }
     return found;
 }
 

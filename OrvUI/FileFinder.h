@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <memory>
-#include <optional>
 
 /// The files of a project, and which of them somebody may mean. Functions of values, for any thread.
 namespace orv::FileFinder {
@@ -34,13 +33,11 @@ inline constexpr qsizetype mostFiles = 50'000;
 
 struct Match {
     qsizetype file = 0; ///< its place in the list
-    int score = 0;      ///< the higher, the likelier
     QList<int> letters; ///< which of the path's were meant
     bool operator==(const Match&) const = default;
 };
-/// The letters of the text stand in the path in this order, in any case. Nothing when they do not.
-[[nodiscard]] std::optional<Match> match(const QString& path, const QString& text);
-/// The best of them, the best one first.
+/// Those in whose path the words of the text are found (FuzzyPattern), in the name rather than across folders; of a
+/// very long path only the end is searched. At most `limit`, the likeliest first.
 [[nodiscard]] QList<Match> find(const QStringList& files, const QString& text, qsizetype limit);
 
 } // namespace orv::FileFinder

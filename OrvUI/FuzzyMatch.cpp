@@ -7,9 +7,8 @@ namespace orv {
 
 namespace {
 
-// What lies beyond is not looked at.
-constexpr qsizetype longestText = 160;
-constexpr qsizetype longestWord = 24;
+constexpr qsizetype longestText = FuzzyPattern::longestText;
+constexpr qsizetype longestWord = 24; ///< what lies beyond is not looked at
 
 constexpr int perLetter = 4;
 constexpr int atWordStart = 8;
@@ -29,6 +28,15 @@ quint64 bit(char16_t letter) {
     return 1ULL << (36 + letter % 28);
 }
 
+/// Without regard to case; the usual letters without a look into the tables.
+QChar fold(QChar letter) {
+    const char16_t code = letter.unicode();
+    if (code >= 0x80) {
+        return letter.toCaseFolded();
+    }
+    return code >= u'A' && code <= u'Z' ? QChar(static_cast<char16_t>(code + (u'a' - u'A'))) : letter;
+}
+
 quint64 lettersOf(QStringView folded) {
     quint64 letters = 0;
     for (const QChar letter : folded) {
@@ -40,7 +48,7 @@ quint64 lettersOf(QStringView folded) {
 QString folded(const QString& text) {
     QString result = text;
     for (QChar& letter : result) {
-        letter = letter.toCaseFolded();
+        letter = fold(letter);
     }
     return result;
 }
@@ -129,11 +137,17 @@ private:
 
 } // namespace
 
-FuzzyText::FuzzyText(const QString& wanted)
-    : text(wanted), folded(orv::folded(wanted)), starts(wanted.size(), 0), letters(lettersOf(folded)) {
-    for (qsizetype place = 0; place < text.size(); ++place) {
-        const QChar here = text[place];
-        const QChar before = place > 0 ? text[place - 1] : QChar(u' ');
+void FuzzyText::assign(QStringView wanted) {
+    clear();
+    text.append(wanted);
+    folded.resize(wanted.size());
+    starts.resize(wanted.size());
+    for (qsizetype place = 0; place < wanted.size(); ++place) {
+        const QChar here = wanted[place];
+        const QChar before = place > 0 ? wanted[place - 1] : QChar(u' ');
+        const QChar plain = fold(here);
+        folded[place] = plain;
+        letters |= bit(plain.unicode());
         const bool isHump = here.isUpper() && before.isLower();
         const bool isNumber = here.isDigit() && !before.isDigit();
         starts[place] = here.isLetterOrNumber() && (!before.isLetterOrNumber() || isHump || isNumber) ? '\1' : '\0';
@@ -159,6 +173,14 @@ FuzzyPattern::FuzzyPattern(const QString& typed)
     for (const QString& word : std::as_const(m_words)) {
         m_letters |= lettersOf(word);
     }
+}
+
+bool FuzzyPattern::mayBeIn(QStringView text) const {
+    quint64 letters = 0;
+    for (const QChar letter : text) {
+        letters |= bit(fold(letter).unicode());
+    }
+    return mayBeIn(letters);
 }
 
 std::optional<int> FuzzyPattern::score(const FuzzyText& text) const {

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -11,8 +12,9 @@ namespace orv {
 /// A text that is searched as one types. Made once, so that a look at it costs no allocation.
 struct FuzzyText {
     FuzzyText() = default;
-    explicit FuzzyText(const QString& text);
+    explicit FuzzyText(QStringView wanted) { assign(wanted); }
 
+    void assign(QStringView wanted); ///< keeps the room that it has
     /// In a row, as one text.
     void append(const FuzzyText& other);
     void clear(); ///< keeps the room that it has
@@ -41,8 +43,11 @@ public:
     [[nodiscard]] bool isEmpty() const { return m_words.isEmpty(); }
     /// Quick, and never wrong when it says no.
     [[nodiscard]] bool mayBeIn(quint64 letters) const { return (m_letters & ~letters) == 0; }
+    [[nodiscard]] bool mayBeIn(QStringView text) const;
     /// The higher the better the text fits; absent when it does not.
     [[nodiscard]] std::optional<int> score(const FuzzyText& text) const;
+    /// What of a longer text is not looked at lies behind this many letters.
+    static constexpr qsizetype longestText = 160;
     /// Where its letters stand in a text that fits, in order.
     [[nodiscard]] QList<FuzzyRun> hits(const FuzzyText& text) const;
 

@@ -41,9 +41,11 @@ QVariantList GitModel::firstChanges() const {
     QVariantList first;
     QSet<QString> seen;
     for (const GitFileRow& row : m_files.rows()) {
-        if (row.kind == "file"_L1 && first.size() < most && !seen.contains(row.path)) {
+        const bool isOwn = row.kind == "file"_L1 && row.path.startsWith(m_ownFolder);
+        if (isOwn && first.size() < most && !seen.contains(row.path)) {
             seen.insert(row.path);
-            const QString folder = shownPath(row.path.first(row.path.lastIndexOf(u'/', -2) + 1));
+            const QString path = row.path.sliced(m_ownFolder.size());
+            const QString folder = shownPath(path.first(path.lastIndexOf(u'/', -2) + 1));
             first.append(QVariantMap{{u"letter"_s, row.letter}, {u"folder"_s, folder}, {u"name"_s, row.name}});
         }
     }

@@ -1,5 +1,6 @@
 #include "OrvUI/GitModel.h"
 
+#include "OrvGit/ProjectRepositories.h"
 #include "OrvUI/CommitForm.h"
 #include "OrvUI/Pool_p.h"
 
@@ -37,11 +38,23 @@ bool isFurtherWorkTree(const RepositoryLayout& layout) {
     return layout.kind == RepositoryLayout::Kind::linked && layout.commonDirectory != layout.gitDirectory;
 }
 
-QString noteOf(const RepositoryLayout& layout) {
+/// What is to be known of a repository that is more, or less, than the project.
+QString noteOf(const RepositoryLayout& layout, const Project& project) {
+    if (!wayBelow(layout.folder, project.root).isEmpty()) {
+        return u"%1 is a part of the repository %2, all of which is shown here."_s.arg(
+            project.name, shownPath(layout.folder));
+    }
     if (layout.isSubmodule()) {
         return u"A submodule of another repository."_s;
     }
     return isFurtherWorkTree(layout) ? u"A work tree of %1."_s.arg(shownPath(layout.mainFolder())) : QString();
+}
+
+/// Of a folder that is no repository, but lies in one that is none of the project's.
+QString nestedNote(const QString& enclosing) {
+    return enclosing.isEmpty() ? QString()
+                               : u"It lies in the repository %1, which is not listed with it. One that is started here "
+                                 u"is nested in that one, and has a history of its own."_s.arg(shownPath(enclosing));
 }
 
 /// What the repository is called in the list of a project's.
@@ -54,18 +67,23 @@ QString labelOf(const QString& name, const RepositoryLayout& layout) {
                : name;
 }
 
-RepositoryRow rowOf(const Project& project, const QString& repository, const RepoStatus& status, int changes) {
-    const QString name =
-        repository == project.root ? project.name : shownPath(repository.sliced(project.root.size() + 1));
-    return {
-        .key = repository,
-        .name = name,
-        .label = labelOf(name, RepositoryLayout::of(repository).value_or(RepositoryLayout())),
-        .branch = status.branch.value_or(QString()),
-        .changes = changes,
-        .ahead = status.ahead,
-        .behind = status.behind,
-    };
+RepositoryRow rowOf(const Project& project, const QString& repository) {
+    const QString below = wayBelow(project.root, repository);
+    const QString name = repository == project.root ? project.name
+                         : !below.isEmpty()         ? shownPath(below)
+                                                    : shownPath(QFileInfo(repository).fileName());
+    RepositoryRow row;
+    row.key = repository;
+    row.name = name;
+    row.label = labelOf(name, RepositoryLayout::of(repository).value_or(RepositoryLayout()));
+    return row;
+}
+
+void setStatus(RepositoryRow& row, const RepoStatus& status, int changes) {
+    row.branch = status.branch.value_or(QString());
+    row.changes = changes;
+    row.ahead = status.ahead;
+    row.behind = status.behind;
 }
 
 } // namespace
@@ -78,6 +96,8 @@ struct GitModel::Found {
     QList<RepositoryRow> repositories;
     RepoStatus status;
     int changes = 0;
+    QString ownFolder;
+    int ownChanges = 0;
     ChangeLists lists;
     OperationState operation;
     Details details;
@@ -181,9 +201,8 @@ void GitModel::setRepository(const QString& folder) {
 
 void GitModel::load() {
     const int length = std::max(historyPage, m_history.rowCount());
-    const auto work = [reader = m_reader, project = m_project, wanted = m_wanted, length] {
-        return find(reader, project, wanted, length);
-    };
+    const auto work = [reader = m_reader, project = m_project, scanRoot = m_overview.scanRoot(), wanted = m_wanted,
+                       length] { return find(reader, project, scanRoot, wanted, length); };
     onFinished(runIn(m_overview.pool(), work), this, [this, at = m_generation](const Found& found) {
         if (at == m_generation) {
             takeIn(found);
@@ -197,27 +216,33 @@ void GitModel::load() {
 }
 
 GitModel::Found GitModel::find(
-    const GitService& service, const Project& project, const QString& wanted, int historyLength) {
+    const GitService& service, const Project& project, const QString& scanRoot, const QString& wanted,
+    int historyLength) {
     Found found;
-    QStringList repositories = GitService::findRepos(project.root);
+    const auto around = ProjectRepositories::of(service.runner, project.root, scanRoot);
+    QStringList repositories = around.own;
     if (repositories.isEmpty() && RepositoryLayout::of(project.root)) {
         repositories.append(project.root);
     }
     if (repositories.isEmpty()) {
         found.state = State::none;
+        found.note = nestedNote(around.enclosing);
         return found;
     }
     found.repository = repositories.contains(wanted) ? wanted : repositories.first();
-    const auto layout = RepositoryLayout::of(found.repository);
-    if (const auto history = service.history(found.repository, {.limit = historyLength, .from = {}, .path = {}})) {
-        found.history = commitRows(*history, QDateTime::currentDateTime());
-        found.hasMoreHistory = history->size() == historyLength;
+    if (const QString below = wayBelow(found.repository, project.root); !below.isEmpty()) {
+        found.ownFolder = below + u'/';
     }
-    found.branches = branchRows(service.branchInfos(found.repository).value_or(QList<BranchInfo>()));
-    found.details.headMessage = service.headMessage(found.repository).value_or(QString());
-    found.details.identity = service.effectiveIdentity(found.repository).value_or(GitIdentity());
+    const auto layout = RepositoryLayout::of(found.repository);
     if (layout) {
-        found.note = noteOf(*layout);
+        found.note = noteOf(*layout, project);
+        if (const auto history = service.history(found.repository, {.limit = historyLength, .from = {}, .path = {}})) {
+            found.history = commitRows(*history, QDateTime::currentDateTime());
+            found.hasMoreHistory = history->size() == historyLength;
+        }
+        found.branches = branchRows(service.branchInfos(found.repository).value_or(QList<BranchInfo>()));
+        found.details.headMessage = service.headMessage(found.repository).value_or(QString());
+        found.details.identity = service.effectiveIdentity(found.repository).value_or(GitIdentity());
     }
     if (layout && layout->kind == RepositoryLayout::Kind::bare) {
         // It has no status; its branches still say something.
@@ -228,6 +253,8 @@ GitModel::Found GitModel::find(
     } else if (auto status = service.status(found.repository)) {
         found.state = State::ready;
         found.lists = ChangeLists::of(status->changes);
+        found.ownChanges = static_cast<int>(std::ranges::count_if(
+            status->changes, [&](const FileChange& each) { return each.path.startsWith(found.ownFolder); }));
         found.changes = static_cast<int>(std::exchange(status->changes, {}).size());
         found.status = *std::move(status);
         found.operation = service.operation(found.repository).value_or(OperationState());
@@ -237,11 +264,18 @@ GitModel::Found GitModel::find(
         found.problem = status.error().text();
     }
     for (const QString& each : std::as_const(repositories)) {
-        const bool isCurrent = each == found.repository;
-        int changes = isCurrent ? found.changes : 0;
-        const RepoStatus status = isCurrent ? found.status : service.statusCounts(each, changes).value_or(RepoStatus());
-        found.repositories.append(rowOf(project, each, status, changes));
-        found.repositories.last().isCurrent = isCurrent;
+        RepositoryRow row = rowOf(project, each);
+        row.isCurrent = each == found.repository;
+        int changes = 0;
+        if (row.isCurrent) {
+            row.problem = found.problem;
+            setStatus(row, found.status, found.changes);
+        } else if (const auto status = service.statusCounts(each, changes)) {
+            setStatus(row, *status, changes);
+        } else {
+            row.problem = status.error().text();
+        }
+        found.repositories.append(row);
     }
     return found;
 }
@@ -273,6 +307,8 @@ void GitModel::takeInState(const Found& found) {
     m_stagedCount = found.lists.stagedCount;
     m_unstagedCount = found.lists.unstagedCount;
     m_changeCount = found.changes;
+    m_ownFolder = found.ownFolder;
+    m_ownChangeCount = found.ownChanges;
     m_state = found.state;
     m_problem = found.problem;
     m_note = found.note;

@@ -50,6 +50,7 @@ class GitModel : public QObject {
     Q_PROPERTY(int unstagedCount READ unstagedCount NOTIFY statusChanged)
     Q_PROPERTY(int conflictCount READ conflictCount NOTIFY statusChanged)
     Q_PROPERTY(int changeCount READ changeCount NOTIFY statusChanged)
+    Q_PROPERTY(int ownChangeCount READ ownChangeCount NOTIFY statusChanged)
     Q_PROPERTY(QVariantList firstChanges READ firstChanges NOTIFY statusChanged)
     Q_PROPERTY(QString operation READ operation NOTIFY statusChanged)
     Q_PROPERTY(QString operationText READ operationText NOTIFY statusChanged)
@@ -107,7 +108,8 @@ public:
     /// "loading", "none" (no repository in the project), "bare" (history and branches only), "ready", "failed".
     [[nodiscard]] QString state() const;
     [[nodiscard]] const QString& problem() const { return m_problem; } ///< of a failed one
-    /// That it is a submodule, or a work tree of another repository; empty for an ordinary one.
+    /// That it is a submodule, a work tree of another repository, or one that the project is a part of; empty for an
+    /// ordinary one. Where there is none: that one that is started would be nested in another one.
     [[nodiscard]] const QString& note() const { return m_note; }
     [[nodiscard]] QString branch() const { return m_status.branch.value_or(QString()); }
     [[nodiscard]] QString upstream() const { return m_status.upstream.value_or(QString()); }
@@ -118,8 +120,9 @@ public:
     [[nodiscard]] int stagedCount() const { return static_cast<int>(m_stagedCount); }
     [[nodiscard]] int unstagedCount() const { return static_cast<int>(m_unstagedCount); }
     [[nodiscard]] int conflictCount() const { return m_conflicted.rowCount(); }
-    [[nodiscard]] int changeCount() const { return m_changeCount; } ///< files, each once
-    /// The first few changed files, each once, for a card: maps of "letter", "folder", "name".
+    [[nodiscard]] int changeCount() const { return m_changeCount; }       ///< files, each once
+    [[nodiscard]] int ownChangeCount() const { return m_ownChangeCount; } ///< those of the project's folder
+    /// The first few changed files of the project's folder, each once, for a card: maps of "letter", "folder", "name".
     [[nodiscard]] QVariantList firstChanges() const;
     /// "", "merge", "rebase", "am", "cherry-pick", "revert", "bisect".
     [[nodiscard]] QString operation() const;
@@ -251,7 +254,8 @@ private:
     template <typename Reading, typename Handler>
     void readFor(const int& generation, Reading work, Handler handler);
     [[nodiscard]] static Found find(
-        const GitService& service, const Project& project, const QString& wanted, int historyLength);
+        const GitService& service, const Project& project, const QString& scanRoot, const QString& wanted,
+        int historyLength);
     void load();
     void takeIn(const Found& found);
     void takeInState(const Found& found);
@@ -289,6 +293,8 @@ private:
     qsizetype m_stagedCount = 0;
     qsizetype m_unstagedCount = 0;
     int m_changeCount = 0;
+    QString m_ownFolder; ///< of the project in a repository that it lies in, with the slash at its end; else empty
+    int m_ownChangeCount = 0;
     OperationState m_operation;
     Details m_details;
 

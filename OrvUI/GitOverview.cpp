@@ -1,5 +1,6 @@
 #include "OrvUI/GitOverview.h"
 
+#include "OrvGit/ProjectRepositories.h"
 #include "OrvGit/RepositoryLayout.h"
 #include "OrvUI/Pool_p.h"
 
@@ -70,8 +71,9 @@ bool GitOverview::isKnown(const QString& projectID) const {
     return found != m_projects.cend() && (*found)->isKnown;
 }
 
-void GitOverview::setProjects(const QList<Project>& projects) {
+void GitOverview::setProjects(const QList<Project>& projects, const QString& scanRoot) {
     ORV_ASSERT_MAIN_THREAD();
+    m_scanRoot = scanRoot;
     QHash<QString, std::shared_ptr<GitProject>> wanted;
     for (const Project& project : projects) {
         std::shared_ptr<GitProject> known = m_projects.take(project.id);
@@ -142,7 +144,7 @@ void GitOverview::find(const QList<std::shared_ptr<GitProject>>& projects) {
     for (const auto& project : projects) {
         roots.append(project->root);
     }
-    onFinished(m_reader.repositories(roots), this, [this, projects](const QList<QStringList>& found) {
+    onFinished(m_reader.repositories(roots, m_scanRoot), this, [this, projects](const QList<QStringList>& found) {
         for (qsizetype i = 0; i < projects.size(); ++i) {
             const std::shared_ptr<GitProject>& project = projects[i];
             if (project->isGone) {
@@ -162,12 +164,13 @@ void GitOverview::read(const std::shared_ptr<GitProject>& project) {
         finish(project);
         return;
     }
-    onFinished(m_reader.readRepositories(project->repositories), this, [this, project](const GitBadge& badge) {
-        if (!project->isGone) {
-            take(project, badge);
-            finish(project);
-        }
-    });
+    onFinished(
+        m_reader.readRepositories(project->repositories, project->root), this, [this, project](const GitBadge& badge) {
+            if (!project->isGone) {
+                take(project, badge);
+                finish(project);
+            }
+        });
 }
 
 void GitOverview::take(const std::shared_ptr<GitProject>& project, const GitBadge& badge) {
@@ -311,7 +314,10 @@ QFuture<QuickGitReport> GitOverview::quickGit(
             finish(report);
         });
     };
-    onFinished(runIn(m_pool, [root = project.root] { return GitService::findRepos(root); }), this, found);
+    const auto look = [runner = actor.runner, root = project.root, scanRoot = m_scanRoot] {
+        return ProjectRepositories::of(runner, root, scanRoot).own;
+    };
+    onFinished(runIn(m_pool, look), this, found);
     return promise->future();
 }
 

@@ -28,8 +28,9 @@ public:
     /// Ends every git that runs.
     ~GitOverview() override;
 
-    /// Badges of projects that stay are kept until they are read again.
-    void setProjects(const QList<Project>& projects);
+    /// Badges of projects that stay are kept until they are read again. In the scanned folder the projects were found.
+    void setProjects(const QList<Project>& projects, const QString& scanRoot = {});
+    [[nodiscard]] const QString& scanRoot() const { return m_scanRoot; }
     /// By the project's id. Absent where there is no repository, and until it was looked at.
     [[nodiscard]] const QHash<QString, GitBadge>& badges() const { return m_badges; }
     [[nodiscard]] std::optional<GitBadge> badge(const QString& projectID) const;
@@ -86,6 +87,7 @@ private:
     void end(const QString& projectID);
 
     GitService m_service;
+    QString m_scanRoot;
     QHash<QString, std::shared_ptr<GitProject>> m_projects; ///< by id
     QHash<QString, GitBadge> m_badges;
     QSet<QString> m_busy;

@@ -150,6 +150,7 @@ const std::vector<RowRole<RepositoryRow>>& RepositoryRow::roles() {
         memberRole<&RepositoryRow::ahead, RepositoryRow>("ahead"),
         memberRole<&RepositoryRow::behind, RepositoryRow>("behind"),
         memberRole<&RepositoryRow::isCurrent, RepositoryRow>("current"),
+        memberRole<&RepositoryRow::problem, RepositoryRow>("problem"),
     };
     return table;
 }

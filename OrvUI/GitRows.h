@@ -16,6 +16,7 @@ struct RepositoryRow {
     int ahead = 0;
     int behind = 0;
     bool isCurrent = false;
+    QString problem; ///< why git can't read it; nothing is known of it then
 
     bool operator==(const RepositoryRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<RepositoryRow>>& roles();

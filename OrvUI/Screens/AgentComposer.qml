@@ -270,8 +270,10 @@ FocusScope {
                 required property int index
                 required property string name
                 required property string letters
+                required property string notice
 
                 text: name
+                note: notice
                 onTriggered: composer.agent = index
             }
         }

@@ -17,17 +17,21 @@ T.AbstractButton {
     required property bool current
     required property string worktree
     property bool highlighted: false
+    // One that another branch may follow, instead of one to switch to.
+    property bool following: false
     signal removed
+    signal upstreamAsked
     readonly property string facts: worktree.length > 0 ? qsTr("in another folder") : upstreamGone ? qsTr("remote branch is gone") : ahead > 0 && behind > 0 ? qsTr("%1 ahead, %2 behind").arg(ahead).arg(behind) : ahead > 0 ? qsTr("%1 ahead").arg(ahead) : behind > 0 ? qsTr("%1 behind").arg(behind) : ""
+    readonly property bool followable: !remote && !following
     readonly property bool removable: !remote && !current && worktree.length === 0
 
     implicitHeight: Theme.menuRowHeight
-    enabled: worktree.length === 0
+    enabled: worktree.length === 0 || following
     focusPolicy: Qt.NoFocus
     hoverEnabled: true
     Accessible.role: toldRole
     Accessible.name: name
-    Accessible.description: current ? qsTr("the current branch") : facts
+    Accessible.description: current ? (following ? qsTr("is followed") : qsTr("the current branch")) : facts
     Accessible.selected: highlighted
 
     background: Rectangle {
@@ -50,7 +54,7 @@ T.AbstractButton {
 
             anchors.left: parent.left
             anchors.leftMargin: Theme.space32 + Theme.space2
-            anchors.right: remove.visible ? remove.left : detail.left
+            anchors.right: detail.left
             anchors.rightMargin: Theme.space8
             anchors.verticalCenter: parent.verticalCenter
             color: item.enabled ? Theme.text : Theme.disabled
@@ -64,29 +68,44 @@ T.AbstractButton {
         Label {
             id: detail
 
-            anchors.right: parent.right
-            anchors.rightMargin: Theme.space10
+            anchors.right: tools.left
+            anchors.rightMargin: Theme.space6
             anchors.verticalCenter: parent.verticalCenter
-            visible: !remove.visible
             role: Theme.Small
             color: Theme.text3
             text: item.facts
         }
 
-        IconButton {
-            id: remove
+        Row {
+            id: tools
+
+            readonly property bool shown: item.hovered || item.highlighted
 
             anchors.right: parent.right
             anchors.rightMargin: Theme.space4
             anchors.verticalCenter: parent.verticalCenter
-            visible: item.removable && (item.hovered || item.highlighted)
-            focusPolicy: Qt.NoFocus
-            edge: Theme.controlMini
-            glyph: "trash-2"
-            glyphSize: Theme.iconSmall
-            text: qsTr("Delete %1").arg(item.name)
-            shortcut: item.highlighted ? qsTr("Del") : ""
-            onClicked: item.removed()
+
+            IconButton {
+                visible: item.followable && tools.shown
+                focusPolicy: Qt.NoFocus
+                edge: Theme.controlMini
+                glyph: "globe"
+                glyphSize: Theme.iconSmall
+                text: item.upstream.length > 0 ? qsTr("%1 follows %2").arg(item.name).arg(item.upstream) : qsTr("Choose what %1 follows").arg(item.name)
+                shortcut: item.highlighted ? qsTr("Right") : ""
+                onClicked: item.upstreamAsked()
+            }
+
+            IconButton {
+                visible: item.removable && tools.shown
+                focusPolicy: Qt.NoFocus
+                edge: Theme.controlMini
+                glyph: "trash-2"
+                glyphSize: Theme.iconSmall
+                text: qsTr("Delete %1").arg(item.name)
+                shortcut: item.highlighted ? qsTr("Del") : ""
+                onClicked: item.removed()
+            }
         }
     }
 }

@@ -2,7 +2,7 @@ import OrvLauncher.Screens
 import QtQuick
 import QtQuick.Templates as T
 
-// The branches of a repository: find one and switch to it, or make one.
+// The branches of a repository: find one and switch to it, make one, or choose what one follows.
 Popover {
     id: popover
 
@@ -12,8 +12,19 @@ Popover {
     function show(creating) {
         choices.text = "";
         choices.creating = creating;
+        choices.follower = "";
         list.currentIndex = 0;
         open();
+    }
+
+    function chooseUpstream() {
+        const item = list.currentItem as BranchItem;
+        if (item !== null && item.followable) {
+            const name = item.name;
+            choices.text = "";
+            choices.follower = name;
+            list.currentIndex = 0;
+        }
     }
 
     function take() {
@@ -29,6 +40,8 @@ Popover {
             popover.removalAsked(item.name);
         }
     }
+
+    readonly property bool following: choices.follower.length > 0
 
     padding: Theme.space6
     onOpened: field.forceActiveFocus(Qt.PopupFocusReason)
@@ -60,9 +73,9 @@ Popover {
                     y: Theme.haloWidth
                     width: parent.width - 2 * x
                     focus: true
-                    glyph: choices.creating ? "git-branch-plus" : "search"
+                    glyph: choices.creating ? "git-branch-plus" : popover.following ? "globe" : "search"
                     wrong: choices.problem.length > 0
-                    placeholderText: choices.creating ? qsTr("Name of the new branch") : qsTr("Find or create a branch")
+                    placeholderText: choices.creating ? qsTr("Name of the new branch") : popover.following ? qsTr("Find what %1 follows").arg(choices.follower) : qsTr("Find or create a branch")
                     text: choices.text
                     onTextEdited: {
                         choices.text = text;
@@ -71,11 +84,15 @@ Popover {
                     onAccepted: popover.take()
                     Keys.onDownPressed: list.incrementCurrentIndex()
                     Keys.onUpPressed: list.decrementCurrentIndex()
-                    Keys.onEscapePressed: popover.close()
+                    Keys.onEscapePressed: popover.following ? popover.show(false) : popover.close()
                     Keys.onPressed: event => {
-                        if (event.key === Qt.Key_Delete && field.cursorPosition === field.length) {
+                        const atEnd = field.cursorPosition === field.length;
+                        if (event.key === Qt.Key_Delete && atEnd) {
                             event.accepted = true;
                             popover.ask();
+                        } else if (event.key === Qt.Key_Right && atEnd && event.modifiers === Qt.NoModifier) {
+                            event.accepted = true;
+                            popover.chooseUpstream();
                         }
                     }
                 }
@@ -97,6 +114,12 @@ Popover {
                 delegate: BranchItem {
                     width: list.width
                     highlighted: ListView.isCurrentItem
+                    following: popover.following
+                    onUpstreamAsked: {
+                        list.currentIndex = index;
+                        popover.chooseUpstream();
+                        field.forceActiveFocus(Qt.OtherFocusReason);
+                    }
                     onClicked: {
                         list.currentIndex = index;
                         popover.take();
@@ -118,7 +141,7 @@ Popover {
                 visible: text.length > 0
                 role: Theme.Small
                 color: choices.problem.length > 0 ? Theme.danger : Theme.text3
-                text: choices.problem.length > 0 ? choices.problem : choices.creating && popover.git.branch.length > 0 ? qsTr("It begins where %1 is.").arg(popover.git.branch) : list.count === 0 && choices.newName.length === 0 ? qsTr("There are no branches yet.") : ""
+                text: choices.problem.length > 0 ? choices.problem : popover.following ? (list.count === 0 ? qsTr("No remote has a branch of this name.") : "") : choices.creating && popover.git.branch.length > 0 ? qsTr("It begins where %1 is.").arg(popover.git.branch) : list.count === 0 && choices.newName.length === 0 ? qsTr("There are no branches yet.") : ""
             }
 
             Item {
@@ -140,13 +163,16 @@ Popover {
                 implicitHeight: Theme.menuRowHeight
                 focusPolicy: Qt.TabFocus
                 hoverEnabled: true
-                enabled: !choices.creating || choices.newName.length > 0
-                text: choices.newName.length > 0 ? qsTr("Create “%1”").arg(choices.newName) : qsTr("New branch…")
+                enabled: popover.following ? choices.follows : !choices.creating || choices.newName.length > 0
+                text: popover.following ? qsTr("Follow none") : choices.newName.length > 0 ? qsTr("Create “%1”").arg(choices.newName) : qsTr("New branch…")
                 Accessible.role: Accessible.Button
                 Accessible.name: text
                 Keys.onReturnPressed: create.clicked()
                 onClicked: {
-                    if (choices.newName.length > 0) {
+                    if (popover.following) {
+                        choices.unfollow();
+                        popover.close();
+                    } else if (choices.newName.length > 0) {
                         choices.create();
                         popover.close();
                     } else {
@@ -164,7 +190,7 @@ Popover {
                     Icon {
                         x: Theme.space8
                         anchors.verticalCenter: parent.verticalCenter
-                        name: "git-branch-plus"
+                        name: popover.following ? "x" : "git-branch-plus"
                         size: Theme.icon
                         color: create.enabled ? Theme.text2 : Theme.disabled
                     }
@@ -185,7 +211,8 @@ Popover {
                         anchors.right: parent.right
                         anchors.rightMargin: Theme.space8
                         anchors.verticalCenter: parent.verticalCenter
-                        text: choices.newName.length > 0 && (choices.creating || list.count === 0) ? qsTr("Enter") : Keymap.text("newBranch")
+                        visible: text.length > 0
+                        text: popover.following ? "" : choices.newName.length > 0 && (choices.creating || list.count === 0) ? qsTr("Enter") : Keymap.text("newBranch")
                     }
                 }
             }

@@ -40,6 +40,7 @@ Column {
 
         width: parent.width
         implicitHeight: Theme.controlRegular
+        enabled: bar.online
         focusPolicy: Qt.StrongFocus
         hoverEnabled: true
         Accessible.role: toldRole
@@ -114,7 +115,7 @@ Column {
                 elide: Text.ElideMiddle
                 role: Theme.Small
                 color: Theme.text3
-                text: bar.git.detached ? "" : bar.git.upstream.length > 0 ? bar.git.upstream : qsTr("not published")
+                text: bar.git.detached || !bar.online ? "" : bar.git.upstream.length > 0 ? bar.git.upstream : qsTr("not published")
             }
 
             Icon {

@@ -406,9 +406,10 @@ FocusScope {
                     required property string branch
                     required property int changes
                     required property bool current
+                    required property string problem
 
-                    glyph: current ? "check" : "folder"
-                    text: changes > 0 ? qsTr("%1, %2 changes").arg(label).arg(changes) : label
+                    glyph: current ? "check" : problem.length > 0 ? "triangle-alert" : "folder"
+                    text: problem.length > 0 ? qsTr("%1, can't be read").arg(label) : changes > 0 ? qsTr("%1, %2 changes").arg(label).arg(changes) : label
                     shortcut: branch
                     onTriggered: page.git.repository = path
                 }

@@ -8,14 +8,17 @@ T.MenuItem {
     property int toldRole: Accessible.MenuItem
     property string glyph
     property string shortcut
+    // What is to be known before it is chosen, below the text.
+    property string note
     readonly property color ink: !enabled ? Theme.disabled : highlighted ? Theme.accentText : Theme.text2
 
-    implicitWidth: leftPadding + rightPadding + title.anchors.leftMargin + title.implicitWidth + (hint.visible ? hint.implicitWidth + Theme.space16 : 0)
-    implicitHeight: Theme.menuRowHeight
+    implicitWidth: note.length > 0 ? Theme.popoverWidth : leftPadding + rightPadding + title.anchors.leftMargin + title.implicitWidth + title.anchors.rightMargin + (hint.visible ? hint.implicitWidth + Theme.space8 : 0)
+    implicitHeight: Theme.menuRowHeight + (caution.visible ? caution.implicitHeight + Theme.space6 : 0)
     leftPadding: Theme.space8
     rightPadding: Theme.space8
     Accessible.role: toldRole
     Accessible.name: text
+    Accessible.description: note
 
     background: Rectangle {
         radius: Theme.radiusRow
@@ -23,35 +26,56 @@ T.MenuItem {
     }
 
     contentItem: Item {
-        Icon {
-            id: icon
+        Item {
+            id: line
 
-            anchors.verticalCenter: parent.verticalCenter
-            visible: row.glyph.length > 0
-            name: row.glyph
-            color: row.ink
+            width: parent.width
+            height: Theme.menuRowHeight
+
+            Icon {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: row.glyph.length > 0
+                name: row.glyph
+                color: row.ink
+            }
+
+            Label {
+                id: title
+
+                anchors.left: parent.left
+                anchors.leftMargin: row.glyph.length > 0 ? Theme.space24 : 0
+                anchors.right: hint.left
+                anchors.rightMargin: Theme.space8
+                anchors.verticalCenter: parent.verticalCenter
+                color: row.enabled ? Theme.text : Theme.disabled
+                text: row.text
+            }
+
+            KeyHint {
+                id: hint
+
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                width: visible ? implicitWidth : 0
+                visible: text.length > 0
+                text: row.shortcut
+            }
         }
 
         Label {
-            id: title
+            id: caution
 
             anchors.left: parent.left
-            anchors.leftMargin: row.glyph.length > 0 ? Theme.space24 : 0
-            anchors.right: hint.left
-            anchors.rightMargin: Theme.space8
-            anchors.verticalCenter: parent.verticalCenter
-            color: row.enabled ? Theme.text : Theme.disabled
-            text: row.text
-        }
-
-        KeyHint {
-            id: hint
-
+            anchors.leftMargin: title.anchors.leftMargin
             anchors.right: parent.right
-            anchors.verticalCenter: parent.verticalCenter
-            width: visible ? implicitWidth : 0
+            anchors.top: line.bottom
+            anchors.topMargin: -Theme.space4
             visible: text.length > 0
-            text: row.shortcut
+            role: Theme.Small
+            color: Theme.text2
+            wrapMode: Text.Wrap
+            elide: Text.ElideNone
+            text: row.note
         }
     }
 }

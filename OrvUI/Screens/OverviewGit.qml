@@ -9,7 +9,7 @@ OverviewCard {
     // Names without their folders.
     property bool narrow: false
     readonly property bool ready: git !== null && git.state === "ready"
-    readonly property int changes: ready ? git.changeCount : 0
+    readonly property int changes: ready ? git.ownChangeCount : 0
     readonly property var first: ready ? git.firstChanges : []
     signal opened
 
@@ -101,12 +101,21 @@ OverviewCard {
         text: qsTr("%1 more").arg(card.changes - card.first.length)
     }
 
-    Label {
-        height: visible ? Theme.space28 : 0
+    Item {
+        width: parent?.width ?? 0
+        height: visible ? Math.max(state.height, Theme.space28) : 0
         visible: card.changes === 0
-        role: Theme.Small
-        color: Theme.text3
-        text: card.ready ? qsTr("Nothing to commit") : card.git === null || card.git.state === "loading" ? qsTr("Looking at the repository…") : card.git.state === "none" ? qsTr("No repository") : card.git.state === "bare" ? qsTr("A bare repository") : qsTr("Git can't read this repository")
+
+        Label {
+            id: state
+
+            width: parent.width
+            role: Theme.Small
+            color: Theme.text3
+            wrapMode: Text.Wrap
+            elide: Text.ElideNone
+            text: card.ready ? qsTr("Nothing to commit") : card.git === null || card.git.state === "loading" ? qsTr("Looking at the repository…") : card.git.state === "none" ? card.git.note || qsTr("No repository") : card.git.state === "bare" ? qsTr("A bare repository") : qsTr("Git can't read this repository")
+        }
     }
 
     Row {

@@ -11,7 +11,15 @@ FocusScope {
     property bool narrow: false
     property int padding: Theme.pagePadding
     readonly property GitModel git: model.git?.projectID === detail.projectID ? model.git : null
-    readonly property string shown: git === null || git.state === "loading" ? "loading" : git.state === "none" || git.state === "failed" ? git.state : "ready"
+    // Where there are several repositories, another one can be chosen beside one that can't be read.
+    readonly property string shown: git === null || git.state === "loading" ? "loading" : git.state === "none" || (git.state === "failed" && repositories.count < 2) ? git.state : "ready"
+
+    Instantiator {
+        id: repositories
+
+        model: page.git?.repositories ?? null
+        delegate: QtObject {}
+    }
 
     Component.onCompleted: page.git?.refreshNow()
 
@@ -63,7 +71,7 @@ FocusScope {
                 anchors.verticalCenterOffset: -Theme.emptyLift
                 picture: "uncommitted"
                 heading: qsTr("There is no repository here")
-                text: qsTr("Start one, and git keeps every step of %1.").arg(page.detail.name)
+                text: page.git.note || qsTr("Start one, and git keeps every step of %1.").arg(page.detail.name)
 
                 Button {
                     primary: true

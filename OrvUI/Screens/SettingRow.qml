@@ -8,12 +8,13 @@ Item {
     property string title
     property string text
     property bool code: false
+    property int rowHeight: Theme.settingRowHeight
     // The row above has the hairline between them.
     readonly property bool isFirst: y < 1
     default property alias controls: controls.data
 
     width: parent.width
-    implicitHeight: Math.max(Theme.settingRowHeight, words.implicitHeight + Theme.space20)
+    implicitHeight: Math.max(row.rowHeight, words.implicitHeight + Theme.space20)
 
     Rectangle {
         visible: !row.isFirst

@@ -25,11 +25,12 @@ WelcomePage {
                 required property string name
                 required property string letters
                 required property string status
+                required property string notice
 
                 width: page.width
                 title: row.name
-                text: row.status
-                implicitHeight: Theme.serviceItemHeight
+                text: row.notice.length > 0 ? qsTr("%1. %2").arg(row.status).arg(row.notice) : row.status
+                rowHeight: Theme.serviceItemHeight
 
                 TapHandler {
                     onTapped: page.form.defaultAgent = row.index

@@ -100,6 +100,7 @@ TEST(GitErrors, SayWhatTheUserReads) {
         {u"ERROR: Repository not found.\nfatal: not a git repository"_s, 128,
          u"Authentication failed. ERROR: Repository not found."_s},
         {u"authentication failed"_s, 1, u"authentication failed"_s},
+        {u"\x1b[33mhint: x\x1b[m\n\x1b[1;31mfatal: no\x1b[m\n"_s, 1, u"hint: x\nfatal: no"_s},
     };
     for (const auto& each : cases) {
         EXPECT_EQ(GitError::classify(each.errors, each.code).text(), each.text);

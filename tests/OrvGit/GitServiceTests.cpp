@@ -545,7 +545,7 @@ TEST_F(GitActions, SumUpBadges) {
     EXPECT_EQ(project.result(), (GitBadge{2, 1, 0, 2, {}}));
     EXPECT_EQ(broken.result(), (GitBadge{0, 0, 0, 1, {}, 1})) << "what can't be read is not clean";
     EXPECT_EQ(none.result(), GitBadge{});
-    EXPECT_EQ(badges.readRepositories({inner}).result(), (GitBadge{0, 1, 0, 1, u"next"_s}));
+    EXPECT_EQ(badges.readRepositories({inner}, r).result(), (GitBadge{0, 1, 0, 1, u"next"_s}));
 }
 
 TEST_F(GitActions, AreNoticedByAWatch) {

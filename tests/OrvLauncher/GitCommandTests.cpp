@@ -115,6 +115,51 @@ TEST_F(GitCommands, FollowAChangeToTheRemote) {
     const QJsonArray left = json({u"git"_s, u"branch"_s, u"--delete"_s, u"topic"_s, u"--in"_s, shop}).array();
     EXPECT_EQ(left.first().toObject()[u"name"_s], u"main"_s);
     EXPECT_EQ(left.size(), 2) << "main and origin/main";
+    const auto upstream = [this] { return gitText(shop, {u"config"_s, u"branch.main.merge"_s}, anyCode); };
+    EXPECT_EQ(inShop(u"git branch --unset-upstream"_s).exitCode, 0);
+    EXPECT_EQ(upstream(), QString());
+    EXPECT_EQ(inShop(u"git branch main --set-upstream origin/main"_s).exitCode, 0);
+    EXPECT_EQ(upstream(), u"refs/heads/main"_s);
+}
+
+TEST_F(GitCommands, AskBeforeWhatCanNotBeTakenBack) {
+    const auto conflict = [this](const QByteArray& ours) {
+        launcher.tree.add(u"projects/shop/a b"_s, "theirs\n");
+        git(shop, {u"stash"_s, u"-q"_s});
+        launcher.tree.add(u"projects/shop/a b"_s, ours);
+        git(shop, {u"commit"_s, u"-qam"_s, u"Ours"_s});
+        git(shop, {u"stash"_s, u"pop"_s, u"-q"_s}, 1);
+    };
+    const auto content = [this] { return readFile(shop + u"/a b"_s); };
+    conflict("ours\n");
+    const QByteArray inConflict = content();
+    const Ended refused = inShop(u"git discard 'a b'"_s);
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_TRUE(refused.err.contains("A conflict can't be brought back.") && refused.err.contains("--force"))
+        << refused.err.constData();
+    EXPECT_EQ(content(), inConflict);
+    const QString onTerminal = u"cd '%1' && echo %2 | script -qec '\"$ORV\" git discard \"a b\"' /dev/null"_s;
+    EXPECT_EQ(launcher.shell(onTerminal.arg(shop, u"no"_s)).exitCode, 1);
+    EXPECT_EQ(content(), inConflict);
+    const Ended agreed = launcher.shell(onTerminal.arg(shop, u"yes"_s));
+    EXPECT_TRUE(agreed.out.contains("Discard it for good? [yes/no]")) << agreed.out.constData();
+    EXPECT_EQ(content(), "ours\n");
+    conflict("ours again\n");
+    EXPECT_EQ(inShop(u"git discard 'a b' --force"_s).exitCode, 0);
+    EXPECT_EQ(content(), "ours again\n");
+}
+
+TEST_F(GitCommands, GoOnAfterARepositoryThatCanNotBeRead) {
+    launcher.tree.add(u"projects/shop/broken/.git/HEAD"_s, "nonsense");
+    const Ended all = launcher.call({u"git"_s, u"status"_s, shop + u"/.."_s});
+    EXPECT_EQ(all.exitCode, 1);
+    EXPECT_TRUE(all.out.contains("main")) << all.out.constData();
+    EXPECT_TRUE(all.err.contains("broken: ")) << all.err.constData();
+    const QJsonArray states =
+        QJsonDocument::fromJson(launcher.call({u"git"_s, u"status"_s, shop, u"--json"_s}).out).array();
+    ASSERT_EQ(states.size(), 2);
+    EXPECT_EQ(states[0][u"branch"_s], u"main"_s);
+    EXPECT_NE(states[1][u"error"_s].toString(), QString());
 }
 
 TEST_F(GitCommands, TakePartsOfAFile) {
@@ -229,6 +274,9 @@ TEST_F(GitCommands, SayWhyNot) {
         {"hunks of several files", u"git stage a b --hunk 1"_s, 2, "--hunk goes with the path of one file"},
         {"nothing to stash", u"git stash"_s, 1, "There are no local changes to stash."},
         {"no stash", u"git stash pop"_s, 1, "There is no stash."},
+        {"a branch and a word for it", u"git branch main"_s, 2, "named with --set-upstream"},
+        {"two things at once", u"git branch --delete x --unset-upstream"_s, 2, "is deleted, or what it follows is set"},
+        {"nothing to follow", u"git branch --set-upstream no/such"_s, 1, "no/such"},
         {"no such thing to do with one", u"git stash burn"_s, 2, "not 'burn'"},
         {"no entry's number", u"git stash drop x"_s, 2, "an entry is a number"},
         {"an entry to save", u"git stash save 1"_s, 2, "save takes no entry"},

@@ -118,7 +118,8 @@ protected:
              .command = *command,
              .directory = tree.path(),
              .task = task,
-             .outputFile = tree.path(u"output"_s)});
+             .outputFile = tree.path(u"output"_s),
+             .outputFileLimitBytes = outputLimit});
         lines.clear();
         exitCode.reset();
         error = started ? QString() : started.error().text();
@@ -140,6 +141,7 @@ protected:
     QList<AgentLine> lines;
     std::optional<int> exitCode;
     QString error;
+    qsizetype outputLimit = 64 * 1024 * 1024;
 };
 
 } // namespace
@@ -180,6 +182,24 @@ TEST_F(AgentProcessTest, DeliversEveryLineBeforeTheExit) {
     EXPECT_EQ(shown(lines), u":as inherited"_s) << "the environment is the launcher's own";
     start({}, {}, QString(200'000, u'x'));
     EXPECT_EQ(error, u"Argument list too long"_s);
+}
+
+TEST_F(AgentProcessTest, SaysWhereItsFileEnds) {
+    outputLimit = 20'000;
+    start({}, "yes 'a line' | head -n 5000; echo last");
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(shown(lines.last(1)), u":last"_s) << "who looks on gets everything";
+    const QByteArray kept = test::readFile(tree.path(u"output"_s));
+    EXPECT_GT(kept.size(), 10'000);
+    EXPECT_LE(kept.size(), 20'200);
+    AgentStream stream(AgentKind::claude);
+    QList<AgentLine> read = stream.append(kept) + stream.finish();
+    EXPECT_EQ(
+        shown({read.takeLast()}),
+        u":[OrvLauncher keeps the first 20 KiB of what an agent prints. What came after is not here.]"_s);
+    for (const AgentLine& line : std::as_const(read)) {
+        EXPECT_EQ(shown({line}), u":a line"_s);
+    }
 }
 
 TEST_F(AgentProcessTest, EndsTheWholeGroupWhenItIsStoppedOrGoes) {

@@ -75,6 +75,26 @@ TEST_F(AppModelGit, KeepsBadgesOnTheCards) {
     EXPECT_TRUE(model->gitBadges().isEmpty());
 }
 
+TEST_F(AppModelGit, CountsOfASharedRepositoryWhatIsTheProjects) {
+    addInstalled(u"shop"_s, "vite", up(4001));
+    addInstalled(u"blog"_s, "vite", up(4002));
+    tree.add(u"projects/.gitignore"_s, "node_modules/\n");
+    git(root, {u"init"_s, u"-q"_s});
+    git(root, {u"add"_s, u"-A"_s});
+    git(root, {u"commit"_s, u"-qm"_s, u"First"_s});
+    tree.add(u"projects/shop/new"_s, "x");
+    scan();
+    ASSERT_TRUE(waitFor([this] { return badge(u"shop"_s) && badge(u"blog"_s); }));
+    EXPECT_EQ(badge(u"shop"_s), (GitBadge{1, 0, 0, 1, u"main"_s}));
+    EXPECT_EQ(badge(u"blog"_s), (GitBadge{0, 0, 0, 1, u"main"_s}));
+    EXPECT_EQ(quick(QuickGitAction::fetch, u"blog"_s), (QuickGitReport{true, u"Fetched blog."_s}));
+    model->openGit(project(u"blog"_s).id);
+    EXPECT_TRUE(waitFor([this] { return model->gitModel()->repository() == root; }));
+    git(root, {u"add"_s, u"-A"_s});
+    git(root, {u"commit"_s, u"-qm"_s, u"Second"_s});
+    EXPECT_TRUE(waitFor([this] { return badge(u"shop"_s)->changes == 0; })) << "it is watched";
+}
+
 TEST_F(AppModelGit, ReportsQuickActions) {
     const QString shop = addClone(u"shop"_s, u"shop"_s);
     addClone(u"lib"_s, u"shop/lib"_s);

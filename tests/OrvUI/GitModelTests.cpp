@@ -17,12 +17,12 @@ namespace {
 /// A project with one repository, "r", and the model behind its page.
 class GitPage : public ::testing::Test {
 protected:
-    void open(const QString& folder) {
+    void open(const QString& folder, const QString& scanRoot = {}) {
         Project project;
         project.id = folder;
         project.root = folder;
         project.name = QFileInfo(folder).fileName();
-        overview.setProjects({project});
+        overview.setProjects({project}, scanRoot);
         model = std::make_unique<GitModel>(overview, project);
         for (QAbstractItemModel* list : QList<QAbstractItemModel*>{
                  model->repositories(), model->staged(), model->unstaged(), model->conflicted(), model->branches(),
@@ -239,6 +239,13 @@ TEST_F(GitPage, SaysWhatOddRepositoriesAre) {
         {home.path(u"unborn"_s), u"ready"_s, u"main"_s, {}, 0},
         {home.path(u"broken"_s), u"failed"_s, {}, {}, 0},
         {home.path(u"plain"_s), u"none"_s, {}, {}, 0},
+        {r + u"/sub"_s,
+         u"none"_s,
+         {},
+         u"It lies in the repository %1, which is not listed with it. One that is started here is nested in that one, "
+         u"and "
+         u"has a history of its own."_s.arg(r),
+         0},
     };
     for (const auto& each : cases) {
         open(each.folder);
@@ -248,6 +255,33 @@ TEST_F(GitPage, SaysWhatOddRepositoriesAre) {
         EXPECT_EQ(model->history()->rowCount(), each.commits) << each.folder.toStdString();
         EXPECT_EQ(model->problem().isEmpty(), each.state != u"failed") << model->problem().toStdString();
     }
+}
+
+TEST_F(GitPage, ShowsTheRepositoryThatTheProjectIsAPartOf) {
+    home.add(u"r/a"_s, "other\n");
+    home.add(u"r/sub/dir/new"_s, "n\n");
+    home.add(u"r/sub/broken/.git/HEAD"_s, "nonsense");
+    open(r + u"/sub"_s, home.path());
+    EXPECT_EQ(model->state(), u"ready"_s) << model->problem().toStdString();
+    EXPECT_EQ(model->repository(), r);
+    EXPECT_EQ(model->note(), u"sub is a part of the repository %1, all of which is shown here."_s.arg(r));
+    EXPECT_EQ(changes(), u" | M a; ? new | "_s);
+    EXPECT_EQ(model->changeCount() - model->ownChangeCount(), 1);
+    const QVariantList first = model->firstChanges();
+    ASSERT_EQ(first.size(), 1);
+    EXPECT_EQ(first[0].toMap()[u"folder"_s].toString() + first[0].toMap()[u"name"_s].toString(), u"dir/new"_s);
+
+    // One that can't be read does not pass for one without changes.
+    const auto& rows = model->repositories()->rows();
+    ASSERT_EQ(rows.size(), 2);
+    EXPECT_EQ(rows[0].label + rows[0].problem, u"r"_s);
+    EXPECT_EQ(rows[1].name, u"broken"_s);
+    EXPECT_NE(rows[1].problem, QString());
+    model->setRepository(rows[1].key);
+    EXPECT_TRUE(waitFor([this] { return model->state() == u"failed"; }));
+    EXPECT_EQ(model->history()->rowCount() + model->branches()->rowCount(), 0) << "those of the repository around it";
+    EXPECT_EQ(after([this] { model->createBranch(u"topic"_s); }), u"This folder is not a git repository."_s);
+    EXPECT_EQ(gitText(r, {u"branch"_s, u"--list"_s, u"topic"_s}), QString());
 }
 
 TEST_F(GitPage, GoesThroughConflicts) {

@@ -189,6 +189,18 @@ TEST_F(GitForms, FindsSwitchesAndMakesBranches) {
         EXPECT_EQ(choices.newName(), QString::fromLatin1(it.newName)) << it.label;
         EXPECT_EQ(!choices.problem().isEmpty(), it.hasProblem) << it.label;
     }
+    choices.setText({});
+    choices.setFollower(u"main"_s);
+    EXPECT_EQ(names(), u"origin/feat/coupons origin/main origin/release"_s) << "those that can be followed";
+    EXPECT_FALSE(choices.unfollow());
+    choices.setText(u"MAIN"_s);
+    EXPECT_EQ(choices.newName() + choices.problem(), QString());
+    EXPECT_TRUE(choices.choose(0));
+    EXPECT_TRUE(waitFor([this] { return git->upstream() == u"origin/main" && !git->isBusy(); }));
+    EXPECT_TRUE(choices.rows()->rows().first().isCurrent) << "the one that it follows";
+    EXPECT_TRUE(choices.unfollow());
+    EXPECT_TRUE(waitFor([this] { return git->upstream().isEmpty() && !git->isBusy(); }));
+    choices.setFollower({});
     choices.setText(u"release"_s);
     EXPECT_TRUE(choices.choose(0));
     EXPECT_TRUE(waitFor([this] { return git->branch() == u"release"; }));

@@ -44,6 +44,7 @@ TEST(FileFinder, PutsTheLikeliestFirst) {
         {"CT", "web/components/cart/CartTotal.tsx", 4},
         {"ctotal", "web/components/cart/CartTotal.tsx", 1},
         {"app main", "api/app/main.py", 1},
+        {"total web", "web/components/cart/CartTotal.tsx", 1},
         {"routers/c", "api/app/routers/cart.py", 1},
         {"zz", "", 0},
     };
@@ -53,8 +54,11 @@ TEST(FileFinder, PutsTheLikeliestFirst) {
         EXPECT_EQ(found.isEmpty() ? QString() : files[found.first().file], QString::fromLatin1(it.first)) << it.text;
     }
     EXPECT_EQ(FileFinder::find(files, u"cart"_s, 2).size(), 2);
-    EXPECT_EQ(FileFinder::match(files[1], u"ctotal"_s)->letters, (QList<int>{20, 24, 25, 26, 27, 28}))
+    EXPECT_EQ(FileFinder::find(files, u"ctotal"_s, 1).first().letters, (QList<int>{20, 24, 25, 26, 27, 28}))
         << "not the first c that comes";
+    EXPECT_EQ(FileFinder::find({QString(300, u'x') + u"/cart"_s}, u"x/cart"_s, 1).first().letters.last(), 304)
+        << "of a long path the end counts";
+    EXPECT_TRUE(FileFinder::find(files, u" "_s, 10).isEmpty());
 }
 
 TEST(FileContent, SaysWhatItCantShow) {

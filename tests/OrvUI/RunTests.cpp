@@ -174,7 +174,7 @@ TEST_F(RunTest, GivesTheDeviceToFlutterAlone) {
         std::optional<QString> device, ownCommand;
         QString printed;
     } cases[] = {
-        {"no device", {}, {}, u"args: run -d macos"_s},
+        {"no device: this machine", {}, {}, u"args: run -d linux"_s},
         {"a device", u"emulator-5554"_s, {}, u"args: run -d emulator-5554"_s},
         {"a command of the user's own", u"emulator-5554"_s, u"echo args: own"_s, u"args: own"_s},
     };

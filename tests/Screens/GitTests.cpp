@@ -117,6 +117,28 @@ TEST_F(GitWindow, IsWorkedWithTheKeyboardAlone) {
     EXPECT_TRUE(waitFor([this] { return pageModel->branch() == u"main"; }));
 }
 
+TEST_F(GitWindow, ChoosesWhatABranchFollows) {
+    openTab(DetailTab::git);
+    const QString origin = home.path(u"origin.git"_s);
+    git(home.path(), {u"clone"_s, u"-q"_s, u"--bare"_s, folder, origin});
+    git(folder, {u"remote"_s, u"add"_s, u"origin"_s, origin});
+    git(folder, {u"fetch"_s, u"-q"_s});
+    ASSERT_TRUE(waitFor([this] {
+        pageModel = model->gitModel();
+        return pageModel != nullptr && pageModel->branches()->rowCount() == 2 && items("GitFileItem").size() == 3;
+    }));
+    QTest::keyClick(window, Qt::Key_B, Qt::ControlModifier);
+    ASSERT_TRUE(
+        waitFor([this] { return items("BranchItem").size() == 1 && focusedHint() == u"Find or create a branch"; }));
+    QTest::keyClick(window, Qt::Key_Right);
+    ASSERT_TRUE(waitFor([this] { return focusedHint() == u"Find what main follows"; }));
+    type(u"main"_s);
+    ASSERT_TRUE(waitFor([this] { return itemWith("BranchItem", "name", u"origin/main"_s) != nullptr; }));
+    QTest::keyClick(window, Qt::Key_Return);
+    EXPECT_TRUE(waitFor([this] { return pageModel->upstream() == u"origin/main"; }))
+        << pageModel->error().toStdString();
+}
+
 TEST_F(GitWindow, StagesHunksAndChosenLines) {
     openGit();
     press(itemWith("GitFileItem", "path", u"src/a.ts"_s));

@@ -55,7 +55,9 @@ void Buffer::insertWrappingAscii(std::span<const std::uint8_t> text, const Pen& 
         }
         BufferLine& target = line(m_y);
         const int right = rightLimit(target);
-        const auto count = std::min(text.size(), static_cast<std::size_t>(right - m_x + 1));
+        // What is inserted begins at the left margin.
+        const int end = insertMode && m_x < marginLeft() ? std::min(marginLeft(), right + 1) : right + 1;
+        const auto count = std::min(text.size(), static_cast<std::size_t>(end - m_x));
         const int columns = static_cast<int>(count);
         if (insertsAtCursor()) {
             target.insertPackedCells(m_x, columns, right + 1, pen.blank);
@@ -67,7 +69,7 @@ void Buffer::insertWrappingAscii(std::span<const std::uint8_t> text, const Pen& 
             m_pendingWrap = true;
         }
         text = text.subspan(count);
-        if (!wraparound && !text.empty()) {
+        if (m_pendingWrap && !wraparound && !text.empty()) {
             // All that follows is written over the last column.
             target.set(right, PackedCell::make(PackedCell::Kind::scalar, text.back(), pen.bits));
             return;

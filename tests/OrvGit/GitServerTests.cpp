@@ -69,7 +69,9 @@ public:
                                  path(u"host"_s).toUtf8() + "\nAuthorizedKeysFile " + path(u"authorized"_s).toUtf8() +
                                  "\nStrictModes no\nUsePAM no\nPasswordAuthentication no\n"
                                  "KbdInteractiveAuthentication no\nPermitRootLogin prohibit-password\n"
-                                 "PermitUserRC no\nPidFile none\nPrintMotd no\n");
+                                 "PermitUserRC no\nPidFile none\nPrintMotd no\n"
+                                 // In a shell that seems to lie in another one, bash reads no start file of the user's.
+                                 "SetEnv SHLVL=2\n");
         if (::geteuid() == 0) {
             // What the system's own service makes before it starts sshd.
             QDir().mkpath(u"/run/sshd"_s);

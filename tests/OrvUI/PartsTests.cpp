@@ -537,8 +537,8 @@ TEST_F(PartsTest, TheIdentityOfCommitsIsSetOneWordAtATime) {
     const QByteArray twoMails = "[user]\n\temail = a@example.org\n\temail = b@example.org\n";
     tree.add(u"gitconfig"_s, twoMails);
     form.setEmail(u"ada@example.org"_s);
-    EXPECT_TRUE(waitFor([&] { return form.email() == u"b@example.org"; })) << "git refused, and says so";
-    EXPECT_TRUE(model->statusMessage() && model->statusMessage()->isError);
+    EXPECT_TRUE(waitFor([&] { return model->statusMessage() && model->statusMessage()->isError; })) << "git refused";
+    EXPECT_TRUE(waitFor([&] { return form.email() == u"b@example.org"; })) << "what git has stands again";
 }
 
 TEST_F(PartsTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {

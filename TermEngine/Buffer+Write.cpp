@@ -23,6 +23,14 @@ bool Buffer::insertsAtCursor() const {
     return insertMode && m_x >= marginLeft() && m_x <= marginRight();
 }
 
+/// At the cursor; what is moved past `right` is lost.
+void Buffer::insertCells(int count, int right, const Pen& pen) {
+    if (lineObserver != nullptr) {
+        lineObserver->cellsMoved(*this, m_x, count);
+    }
+    line(m_y).insertPackedCells(m_x, count, right + 1, pen.blank);
+}
+
 void Buffer::wrap(const Pen& pen) {
     const bool isWhole = !marginMode || (m_marginLeft == 0 && m_marginRight == m_cols - 1);
     m_pendingWrap = false;
@@ -60,7 +68,7 @@ void Buffer::insertWrappingAscii(std::span<const std::uint8_t> text, const Pen& 
         const auto count = std::min(text.size(), static_cast<std::size_t>(end - m_x));
         const int columns = static_cast<int>(count);
         if (insertsAtCursor()) {
-            target.insertPackedCells(m_x, columns, right + 1, pen.blank);
+            insertCells(columns, right, pen);
         }
         m_ops.expandAscii(&target.write(m_x, columns)->rawValue, text.data(), count, pen.bits);
         m_x += columns;
@@ -193,7 +201,7 @@ void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
     }
     BufferLine& target = line(m_y);
     if (insertsAtCursor()) {
-        target.insertPackedCells(m_x, width, right + 1, pen.blank);
+        insertCells(width, right, pen);
     }
     PackedCell* const cells = target.write(m_x, width);
     cells[0] = cell;
@@ -284,6 +292,9 @@ void Buffer::widen(int col, const Pen& pen) {
         }
         line(m_y).set(col, pen.blank);
     } else if (insertsAtCursor()) {
+        if (lineObserver != nullptr) {
+            lineObserver->cellsMoved(*this, col, -1);
+        }
         line(m_y).deleteCells(col, 1, right + 1, pen.blank);
     }
     insertCharacter(cell, pen);

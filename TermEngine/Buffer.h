@@ -64,6 +64,9 @@ public:
     virtual void linesMoved(const Buffer& buffer, Rectangle margins, int by) = 0;
     /// The rows from `row` on stand where they stood, but `by` lines came into the history before them.
     virtual void rowsRenumbered(const Buffer& buffer, int row, int by) = 0;
+    /// Text that is inserted moves the cells of the cursor's row from `left` to the right margin by `by` columns, to
+    /// the right where that is positive.
+    virtual void cellsMoved(const Buffer& buffer, int left, int by) = 0;
 };
 
 /// A line, counted as `Buffer::trimmedCount` does, and a column.
@@ -223,6 +226,7 @@ private:
     void insertWrappingAscii(std::span<const std::uint8_t> text, const Pen& pen);
     void insertBehindPrepend(char32_t scalar, const Pen& pen);
     [[nodiscard]] bool insertsAtCursor() const;
+    void insertCells(int count, int right, const Pen& pen);
     /// The last column that the cursor can write before it wraps; `target` is its line.
     [[nodiscard]] int rightLimit(const BufferLine& target) const {
         const int last = lastColumn(target);

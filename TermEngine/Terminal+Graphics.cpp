@@ -254,6 +254,12 @@ void Terminal::rowsRenumbered(const Buffer& buffer, int row, int by) {
     }
 }
 
+void Terminal::cellsMoved(const Buffer& buffer, int left, int by) {
+    if (&buffer == m_buffer) {
+        moveTextImages(buffer.y(), buffer.y() + 1, left, by);
+    }
+}
+
 /// Cells of a row move within margins, to the right where `by` is positive.
 void Terminal::moveTextImages(int top, int bottom, int left, int by) {
     if (m_images.hasText()) [[unlikely]] {

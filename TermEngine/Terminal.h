@@ -409,6 +409,7 @@ private:
     void eraseTextImages(ScreenId screen, std::span<const CellArea> areas);
     void linesMoved(const Buffer& buffer, Rectangle margins, int by) override;
     void rowsRenumbered(const Buffer& buffer, int row, int by) override;
+    void cellsMoved(const Buffer& buffer, int left, int by) override;
     [[nodiscard]] std::vector<LinePlace> placesOfImages() const;
     void moveImagesTo(std::span<const LinePlace> places);
     [[nodiscard]] ScreenId graphicsScreen() const {

@@ -464,6 +464,9 @@ void WindowShell::quit() {
     }
     m_quitting = true;
     m_instance.end();
+    if (m_settled.isActive()) {
+        remember();
+    }
     hideWindow();
     saveState();
     m_model.terminals().closeAll();

@@ -12,6 +12,8 @@ Row {
     required property bool isCurrent
 
     spacing: Theme.space8
+    Accessible.role: Accessible.StaticText
+    Accessible.name: name.length > 0 ? qsTr("%1 %2").arg(name).arg(text) : text
 
     Loader {
         y: Theme.space2

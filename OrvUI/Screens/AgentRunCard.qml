@@ -185,6 +185,8 @@ Item {
             wrapMode: Text.Wrap
             maximumLineCount: card.open ? 40 : 4
             text: card.answer
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
 
         Label {
@@ -195,6 +197,8 @@ Item {
             wrapMode: Text.Wrap
             maximumLineCount: 4
             text: card.reason
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
 
         Row {

@@ -134,6 +134,8 @@ Column {
         wrapMode: Text.Wrap
         maximumLineCount: 40
         text: turn.answer
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 
     Label {
@@ -143,6 +145,8 @@ Column {
         wrapMode: Text.Wrap
         maximumLineCount: 8
         text: turn.reason
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 
     Item {

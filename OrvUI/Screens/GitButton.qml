@@ -16,7 +16,7 @@ T.AbstractButton {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.role: Accessible.Button
-    Accessible.name: count > 0 ? qsTr("%1, %2 commits").arg(text).arg(count) : text
+    Accessible.name: count > 0 ? (count === 1 ? qsTr("%1, %2 commit") : qsTr("%1, %2 commits")).arg(text).arg(count) : text
     Keys.onReturnPressed: control.clicked()
     Keys.onEnterPressed: control.clicked()
 

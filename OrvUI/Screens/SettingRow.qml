@@ -2,7 +2,7 @@ import OrvLauncher.Screens
 import QtQuick
 
 // One setting: what it is, what it means, and at the right what changes it.
-Item {
+FocusScope {
     id: row
 
     property string title

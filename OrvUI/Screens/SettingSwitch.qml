@@ -28,6 +28,7 @@ SettingRow {
     }
 
     Switch {
+        focus: true
         anchors.verticalCenter: parent.verticalCenter
         enabled: row.enabled
         text: row.name

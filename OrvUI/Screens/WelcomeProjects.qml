@@ -104,7 +104,7 @@ WelcomePage {
                 visible: page.found && !page.form.isScanning
                 spacing: Theme.space4
                 Accessible.role: Accessible.StaticText
-                Accessible.name: count.text + " " + folders.text
+                Accessible.name: folders.visible ? qsTr("%1 %2").arg(count.text).arg(folders.text) : count.text
 
                 Label {
                     id: count

@@ -6,6 +6,8 @@
 #include <QDBusReply>
 #include <QDBusVariant>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv::test {
@@ -19,7 +21,7 @@ QString sessionName(const QString& sessionBus) {
 
 /// Connections are known by their names for the life of the process: each desktop's gets one of its own.
 QDBusConnection accessibilityBus(const QString& sessionBus) {
-    QDBusConnection session = QDBusConnection::connectToBus(sessionBus, sessionName(sessionBus));
+    const QDBusConnection session = QDBusConnection::connectToBus(sessionBus, sessionName(sessionBus));
     const QDBusMessage ask =
         QDBusMessage::createMethodCall(u"org.a11y.Bus"_s, u"/org/a11y/bus"_s, u"org.a11y.Bus"_s, u"GetAddress"_s);
     const QDBusReply<QString> address = session.call(ask);
@@ -66,57 +68,94 @@ QString AccessibleTree::property(const Reference& item, const QString& name) con
     return reply.value().variant().toString();
 }
 
-void AccessibleTree::collect(const Reference& item, int depth, QList<Item>& found) const {
-    constexpr int deepest = 40;
-    if (depth > deepest) {
-        return;
-    }
-    QDBusMessage askPlace =
+QRect AccessibleTree::place(const Reference& item) const {
+    QDBusMessage ask =
         QDBusMessage::createMethodCall(item.service, item.path, u"org.a11y.atspi.Component"_s, u"GetExtents"_s);
-    askPlace << uint(0); // of the screen
-    const QDBusMessage place = m_bus.call(askPlace);
+    ask << uint(0); // of the screen
+    const QDBusMessage reply = m_bus.call(ask);
+    if (reply.type() != QDBusMessage::ReplyMessage) {
+        return {};
+    }
+    const auto argument = reply.arguments().constFirst().value<QDBusArgument>();
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+    argument.beginStructure();
+    argument >> x >> y >> width >> height;
+    argument.endStructure();
+    return {x, y, width, height};
+}
+
+AccessibleTree::Item AccessibleTree::itemOf(const Reference& item, const QString& name) const {
     const QDBusReply<QString> role =
         m_bus.call(QDBusMessage::createMethodCall(item.service, item.path, accessible, u"GetRoleName"_s));
-    QRect rect;
-    if (place.type() == QDBusMessage::ReplyMessage) {
-        const auto argument = place.arguments().constFirst().value<QDBusArgument>();
-        int x = 0;
-        int y = 0;
-        int width = 0;
-        int height = 0;
-        argument.beginStructure();
-        argument >> x >> y >> width >> height;
-        argument.endStructure();
-        rect = QRect(x, y, width, height);
-    }
+    return {name, role.value(), place(item), has(item, State::showing)};
+}
+
+bool AccessibleTree::has(const Reference& item, State state) const {
     const QDBusReply<QList<uint>> states =
         m_bus.call(QDBusMessage::createMethodCall(item.service, item.path, accessible, u"GetState"_s));
-    constexpr uint showing = 1U << 25U; // ATSPI_STATE_SHOWING
-    const bool isShowing =
-        states.isValid() && !states.value().isEmpty() && (states.value().constFirst() & showing) != 0;
-    found.append({property(item, u"Name"_s), role.value(), rect, isShowing});
-    for (const Reference& child : children(item)) {
-        collect(child, depth + 1, found);
+    return states.isValid() && !states.value().isEmpty() &&
+           (states.value().constFirst() & (1U << static_cast<uint>(state))) != 0;
+}
+
+QList<AccessibleTree::Reference> AccessibleTree::windows(const QString& application, State state) const {
+    QList<Reference> found;
+    for (const Reference& root : children({u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
+        if (property(root, u"Name"_s) == application) {
+            found += children(root);
+        }
     }
+    found.removeIf([&](const Reference& window) { return !has(window, state); });
+    return found;
+}
+
+bool AccessibleTree::visit(const Reference& item, int depth, const Visitor& visitor) const {
+    constexpr int deepest = 40;
+    if (depth > deepest) {
+        return true;
+    }
+    return visitor(item, property(item, u"Name"_s)) && std::ranges::all_of(children(item), [&](const Reference& child) {
+               return visit(child, depth + 1, visitor);
+           });
+}
+
+void AccessibleTree::visit(const QString& application, const Visitor& visitor) const {
+    for (const Reference& window : windows(application, State::showing)) {
+        if (!visit(window, 0, visitor)) {
+            return;
+        }
+    }
+}
+
+bool AccessibleTree::isActive(const QString& application) const {
+    return !windows(application, State::active).isEmpty();
 }
 
 QList<AccessibleTree::Item> AccessibleTree::items(const QString& application) const {
     QList<Item> found;
-    for (const Reference& root : children({u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s})) {
-        if (property(root, u"Name"_s) == application) {
-            collect(root, 0, found);
+    visit(application, [&](const Reference& item, const QString& name) {
+        if (const Item its = itemOf(item, name); its.place.isValid()) {
+            found.append(its);
         }
-    }
+        return true;
+    });
     return found;
 }
 
 std::optional<AccessibleTree::Item> AccessibleTree::find(const QString& application, const QString& name) const {
-    for (const Item& item : items(application)) {
-        if (item.name == name && item.place.isValid()) {
-            return item;
+    std::optional<Item> found;
+    visit(application, [&](const Reference& reference, const QString& its) {
+        if (its == name) {
+            found = itemOf(reference, its);
+            if (!found->place.isValid()) {
+                found.reset();
+            }
         }
-    }
-    return {};
+        return !found;
+    });
+    return found;
 }
 
 } // namespace orv::test

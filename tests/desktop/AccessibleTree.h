@@ -3,6 +3,8 @@
 #include <QDBusConnection>
 #include <QRect>
 
+#include <cstdint>
+#include <functional>
 #include <optional>
 
 namespace orv::test {
@@ -25,12 +27,15 @@ public:
     ~AccessibleTree();
     Q_DISABLE_COPY_MOVE(AccessibleTree)
 
-    /// Everything that there is, from all windows of the application of that name.
+    /// Everything that has a place on the screen, from all windows of the application of that name that are shown.
     [[nodiscard]] QList<Item> items(const QString& application) const;
-    /// The first item with that name that has a place on the screen.
+    /// The first of them with that name.
     [[nodiscard]] std::optional<Item> find(const QString& application, const QString& name) const;
+    /// Whether the application knows itself to have the focus.
+    [[nodiscard]] bool isActive(const QString& application) const;
 
 private:
+    enum class State : std::uint8_t { active = 1, showing = 25 }; ///< numbers of AtspiStateType
     struct Reference {
         QString service;
         QString path;
@@ -38,7 +43,14 @@ private:
 
     [[nodiscard]] QList<Reference> children(const Reference& parent) const;
     [[nodiscard]] QString property(const Reference& item, const QString& name) const;
-    void collect(const Reference& item, int depth, QList<Item>& found) const;
+    [[nodiscard]] bool has(const Reference& item, State state) const;
+    [[nodiscard]] QList<Reference> windows(const QString& application, State state) const;
+    [[nodiscard]] QRect place(const Reference& item) const;
+    [[nodiscard]] Item itemOf(const Reference& item, const QString& name) const;
+    /// Gets each item with its name, those above before those below, until it answers false.
+    using Visitor = std::function<bool(const Reference&, const QString&)>;
+    bool visit(const Reference& item, int depth, const Visitor& visitor) const;
+    void visit(const QString& application, const Visitor& visitor) const;
 
     QString m_sessionBus;
     QDBusConnection m_bus;

@@ -1,0 +1,129 @@
+#include "tests/desktop/DesktopFixture.h"
+#include "tests/desktop/NotificationServer.h"
+
+#include <algorithm>
+
+namespace orv::test {
+namespace {
+
+/// What the application is to a desktop with a tray.
+class DesktopTray : public Desktop {
+protected:
+    void SetUp() override {
+        Desktop::SetUp();
+        desktop.startTray();
+        ASSERT_EQ(desktop.problem(), QString());
+    }
+};
+
+TEST_F(DesktopTray, CountsWhatRunsAndTellsOfACrashWhileThereIsNoWindow) {
+    NotificationServer notifications(desktop.busAddress());
+    ASSERT_TRUE(notifications.isThere());
+    tell({u"settings"_s, u"set"_s, u"notificationsEnabled"_s, u"true"_s});
+    const QString broken =
+        addProject(u"broken"_s, "touch started; until [ -e crash ]; do sleep 0.05; done; echo out of paper; exit 3");
+    tell({u"pin"_s, u"add"_s, broken});
+    open();
+    QRect icon;
+    QByteArray idle;
+    ASSERT_TRUE(waitFor([&] {
+        icon = desktop.trayIcon(u"OrvLauncher"_s);
+        idle = icon.isValid() ? desktop.picture(icon) : QByteArray();
+        return !idle.isEmpty() && idle != QByteArray(idle.first(4)).repeated(idle.size() / 4);
+    })) << "more than an empty place";
+    click(u"Run Frontend in site"_s);
+    EXPECT_TRUE(shows(address)) << seen();
+    EXPECT_TRUE(waitFor([&] { return desktop.picture(icon) != idle; })) << "the count";
+    desktop.point(icon.center());
+    EXPECT_TRUE(shows(u"OrvLauncher: 1 service running"_s)) << seen();
+
+    click(u"Close"_s);
+    ASSERT_TRUE(waitFor([this] { return !hasWindow(); })) << seen();
+    // The window that goes away has the focus for a moment still.
+    const auto panelIs = [this](bool isOpen) {
+        return waitFor([&] { return hasPanel() == isOpen && isActive() == isOpen; });
+    };
+    EXPECT_TRUE(panelIs(false));
+    desktop.click(icon.center());
+    EXPECT_TRUE(panelIs(true)) << "by the icon";
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(panelIs(false));
+    for (const bool isOpen : {true, false, true}) {
+        desktop.key(u"ctrl+alt+super+l"_s);
+        EXPECT_TRUE(panelIs(isOpen)) << "by the key";
+    }
+    EXPECT_TRUE(clickShows(u"Stop Frontend of site"_s, u"Run broken"_s)) << seen();
+    EXPECT_TRUE(waitFor([this] { return httpGet(port).isEmpty(); }));
+    EXPECT_TRUE(waitFor([&] { return desktop.picture(icon) == idle; })) << "nothing runs";
+
+    click(u"Run broken"_s);
+    EXPECT_TRUE(waitFor([&] { return QFile::exists(broken + u"/started"_s); })) << seen();
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(panelIs(false));
+    launcher.tree.add(u"projects/broken/crash"_s);
+    ASSERT_TRUE(waitFor([&] { return !notifications.shown().isEmpty(); })) << seen();
+    const NotificationServer::Shown crash = notifications.shown().first();
+    EXPECT_EQ(crash.title, u"broken stopped unexpectedly"_s);
+    EXPECT_EQ(crash.body, u"Frontend: Exited with code 3: out of paper"_s);
+    EXPECT_TRUE(crash.actions.contains(u"default"_s)) << "so that it can be clicked";
+    EXPECT_FALSE(hasWindow());
+    notifications.invoke(crash.id, u"default"_s);
+    EXPECT_TRUE(waitFor([this] { return hasWindow(); }));
+    EXPECT_TRUE(shows(u"Latest output"_s)) << seen();
+    EXPECT_TRUE(shows(u"Parts of broken"_s)) << seen();
+    close();
+    EXPECT_EQ(notifications.shown().size(), 1) << "nobody is told what he did himself";
+}
+
+TEST_F(DesktopTray, AsksWhatBecomesOfWhatRunsBeforeItQuits) {
+    desktop.addProgram(u"claude"_s, "[ \"$1\" = --version ] || exec sleep 1000\n");
+    open();
+    ASSERT_TRUE(clickShows(u"Run Frontend in site"_s, address)) << seen();
+    ASSERT_TRUE(clickShows(u"site"_s, u"Parts of site"_s)) << seen();
+    desktop.key(u"alt+3"_s);
+    ASSERT_TRUE(shows(u"New terminal in site"_s)) << seen();
+    desktop.key(u"ctrl+shift+t"_s);
+    ASSERT_TRUE(hides(u"Run things by hand"_s)) << seen();
+    desktop.type(u"touch made-by-hand; sleep 2000"_s);
+    desktop.key(u"Return"_s);
+    const QString folder = launcher.tree.path(u"projects/site"_s);
+    EXPECT_TRUE(waitFor([&] { return QFile::exists(folder + u"/made-by-hand"_s); })) << seen();
+    ASSERT_TRUE(clickShows(u"Ask AI"_s, u"Task for the agent"_s)) << seen();
+    desktop.type(u"Never ends"_s);
+    desktop.key(u"ctrl+Return"_s);
+    ASSERT_TRUE(shows(u"Stop Claude Code"_s)) << seen();
+
+    const QString question =
+        u"1 service still running and a program is still running in a terminal and 1 AI agent is still working"_s;
+    const auto sleepers = [this] {
+        const QStringList lines = living();
+        return std::ranges::count_if(lines, [](const QString& line) { return line.startsWith(u"sleep "); });
+    };
+    EXPECT_TRUE(waitFor([&] { return sleepers() == 2; })) << living().join(u'\n').toStdString();
+    for (const QString& answer : {u"Escape"_s, u"Cancel"_s, u"Keep Running in Tray"_s, u"Stop and Quit"_s}) {
+        desktop.key(u"ctrl+q"_s);
+        ASSERT_TRUE(shows(question)) << answer.toStdString() << seen();
+        EXPECT_EQ(sleepers(), 2) << answer.toStdString();
+        EXPECT_TRUE(httpGet(port).contains("hello from the site")) << answer.toStdString();
+        if (answer == u"Escape") {
+            desktop.key(answer);
+        } else {
+            click(answer);
+        }
+        if (answer == u"Stop and Quit") {
+            hasEnded();
+        } else {
+            EXPECT_TRUE(hides(question)) << answer.toStdString();
+        }
+        EXPECT_TRUE(waitFor([&] { return hasWindow() == (answer == u"Escape" || answer == u"Cancel"); }))
+            << answer.toStdString();
+        if (answer == u"Keep Running in Tray") {
+            startAgain({});
+            EXPECT_TRUE(waitFor([this] { return hasWindow() && isActive(); }));
+        }
+    }
+    EXPECT_TRUE(httpGet(port).isEmpty());
+}
+
+} // namespace
+} // namespace orv::test

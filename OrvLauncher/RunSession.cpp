@@ -113,7 +113,7 @@ void RunSession::refuseInstall(const QString& heading) {
     QString message = heading.arg(printable(m_project.name));
     for (const SetupStep& step : m_model.setup()->steps) {
         message += u"\n  "_s + printable(step.command);
-        event(u"install"_s, &step.id, {{u"command"_s, step.command}});
+        event(u"installNeeded"_s, &step.id, {{u"command"_s, step.command}});
     }
     say(message + u"\nRun it again with --install to have that done first."_s, Style::yellow);
     m_model.cancelInstall();

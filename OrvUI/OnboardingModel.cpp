@@ -10,6 +10,7 @@
 #include "OrvUI/Tile.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QUrl>
 
 #include <algorithm>
@@ -98,6 +99,19 @@ void OnboardingModel::back() {
     if (before != m_form.step) {
         Q_EMIT changed();
     }
+}
+
+bool OnboardingModel::canMakeFolder() const {
+    return QDir::isAbsolutePath(m_form.folder) && !QFileInfo::exists(m_form.folder);
+}
+
+void OnboardingModel::makeFolder() {
+    ORV_ASSERT_MAIN_THREAD();
+    if (canMakeFolder() && !QDir().mkpath(m_form.folder)) {
+        m_model.report(tr("“%1” could not be made.").arg(m_form.folder), true);
+    }
+    Q_EMIT changed();
+    scanFolder();
 }
 
 QFuture<void> OnboardingModel::scanFolder() {

@@ -34,6 +34,7 @@ class OnboardingModel : public QObject {
     Q_PROPERTY(QString folder READ folder WRITE setFolder NOTIFY changed)
     Q_PROPERTY(QString folderText READ folderText NOTIFY changed)
     Q_PROPERTY(bool folderExists READ folderExists NOTIFY changed)
+    Q_PROPERTY(bool canMakeFolder READ canMakeFolder NOTIFY changed)
     Q_PROPERTY(QString gitName READ gitName WRITE setGitName NOTIFY changed)
     Q_PROPERTY(QString gitEmail READ gitEmail WRITE setGitEmail NOTIFY changed)
     Q_PROPERTY(int theme READ theme WRITE setTheme NOTIFY changed)
@@ -64,6 +65,9 @@ public:
     void setFolder(const QString& folder);
     [[nodiscard]] QString folderText() const; ///< with "~" for the home folder
     [[nodiscard]] bool folderExists() const { return m_form.folderExists(); }
+    [[nodiscard]] bool canMakeFolder() const; ///< nothing stands at its place
+    /// Makes the folder that was entered, at once, and looks into it.
+    Q_INVOKABLE void makeFolder();
     [[nodiscard]] const QString& gitName() const { return m_form.gitName; }
     void setGitName(const QString& name) { set(m_form.gitName, name); }
     [[nodiscard]] const QString& gitEmail() const { return m_form.gitEmail; }

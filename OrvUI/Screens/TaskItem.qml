@@ -103,6 +103,10 @@ FocusScope {
         Label {
             width: parent.width
             color: item.isDone ? Theme.text3 : Theme.text
+            // One part of a font that is set takes the place of all that the role says.
+            font.family: Theme.font(role).family
+            font.pixelSize: Theme.font(role).pixelSize
+            font.weight: Theme.font(role).weight
             font.strikeout: item.isDone
             text: item.title
         }

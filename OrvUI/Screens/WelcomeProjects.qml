@@ -36,7 +36,7 @@ WelcomePage {
     FormField {
         width: parent.width
         label: qsTr("Projects folder")
-        error: page.form.folderExists ? "" : qsTr("There is no such folder.")
+        error: page.form.folderExists ? "" : page.form.canMakeFolder ? qsTr("There is no such folder.") : qsTr("This is no folder.")
 
         Field {
             id: field
@@ -64,6 +64,13 @@ WelcomePage {
             Accessible.name: qsTr("Choose the projects folder")
             onClicked: page.folderRequested()
         }
+    }
+
+    Button {
+        visible: page.form.canMakeFolder && !page.typing
+        controlHeight: Theme.fieldLarge
+        text: qsTr("Make this folder")
+        onClicked: page.form.makeFolder()
     }
 
     Rectangle {

@@ -486,6 +486,12 @@ TEST_F(PartsTest, OnboardingWritesEverythingAtOnceAtItsEnd) {
     pages.next();
     EXPECT_EQ(pages.step(), 1) << "nobody has no name";
     pages.setName(u" Sam "_s);
+    pages.setFolder(tree.add(u"no-folder"_s, "text"));
+    EXPECT_FALSE(pages.folderExists() || pages.canMakeFolder());
+    pages.setFolder(tree.path(u"made/here"_s));
+    EXPECT_TRUE(pages.canMakeFolder());
+    pages.makeFolder();
+    EXPECT_TRUE(pages.folderExists());
     pages.setFolder(tree.path(u"nowhere"_s));
     pages.next();
     EXPECT_FALSE(pages.canAdvance());

@@ -57,8 +57,8 @@ bool Terminal::dispatchApc(Bytes payload) {
     if (payload[0] != 'G') {
         return false;
     }
-    dropPassedImages();
     cutOverwrittenImages();
+    dropPassedImages();
     const std::string_view body(reinterpret_cast<const char*>(payload.data()) + 1, payload.size() - 1);
     const GraphicsResult result = m_graphics.handle(body, graphicsContext());
     if (!result.reply.empty()) {
@@ -80,8 +80,8 @@ void Terminal::moveDown(int count) {
 /// A picture of sixel or OSC 1337 at the cursor; without a number of cells, as large as it is. The screen scrolls until
 /// all of it is there, and the cursor comes to stand on its last row.
 void Terminal::showTextImage(RgbaImage image, const TextImageSize& size, AfterTextImage after) {
-    dropPassedImages();
     cutOverwrittenImages();
+    dropPassedImages();
     const GraphicsContext context = graphicsContext();
     const auto cellsFor = [](int pixels, int cell) { return (pixels + cell - 1) / cell; };
     const bool isStretched = size.columns > 0 && size.rows > 0;
@@ -218,6 +218,7 @@ void Terminal::eraseTextImages(ScreenId screen, std::span<const CellArea> areas)
         hasChanged = m_images.eraseText(screen, area) || hasChanged;
     }
     if (hasChanged) {
+        m_firstLines = {-1, -1}; // what is left of a picture may lie before them
         m_delegate.imagesChanged(*this);
     }
 }

@@ -49,8 +49,8 @@ public:
     void feed(Bytes bytes) {
         m_parser.parseBorrowed(bytes);
         if (!m_images.placements().empty()) [[unlikely]] {
-            dropPassedImages();
             cutOverwrittenImages();
+            dropPassedImages();
         }
         if (m_selection.range()) [[unlikely]] {
             dropSelectionWithin(0, static_cast<std::int64_t>(m_buffer->trimmedCount()) - 1);

@@ -75,6 +75,12 @@ void Buffer::tellMoved(int top, int bottom, int left, int right, int by) {
     }
 }
 
+void Buffer::tellWideLost(int row, int col) {
+    if (col > 0 && col < m_cols && line(row)[col].isSpacer()) {
+        lineObserver->cellsLost(*this, row, col - 1, col + 1);
+    }
+}
+
 void Buffer::scrollDown(int count, const Pen& pen) {
     count = std::min(count, m_scrollBottom - m_scrollTop + 1);
     if (marginMode && (m_marginLeft > 0 || m_marginRight < m_cols - 1)) {
@@ -120,6 +126,10 @@ void Buffer::moveColumnsVertically(int top, int bottom, int count, PackedCell bl
     const int width = marginRight() - left + 1;
     const int height = bottom - top + 1;
     const int step = count > 0 ? 1 : -1;
+    for (int row = top; tellsLosses && row <= bottom; ++row) {
+        tellCut(row, left);
+        tellCut(row, left + width);
+    }
     for (int i = 0; i < height; ++i) {
         const int row = count > 0 ? top + i : bottom - i;
         const int source = row + count;

@@ -70,6 +70,8 @@ void Buffer::insertWrappingAscii(std::span<const std::uint8_t> text, const Pen& 
         if (insertsAtCursor()) {
             insertCells(columns, right, pen);
         }
+        tellCut(m_y, m_x);
+        tellCut(m_y, m_x + columns);
         m_ops.expandAscii(&target.write(m_x, columns)->rawValue, text.data(), count, pen.bits);
         m_x += columns;
         if (m_x > right) {
@@ -129,6 +131,7 @@ std::size_t Buffer::insertSimpleScalars(std::span<const char32_t> text, const Pe
             return 0;
         }
     }
+    tellCut(m_y, m_x);
     PackedCell* const cells = target.beginRun(m_x);
     bool hasWide = false;
     int x = m_x;
@@ -160,6 +163,7 @@ std::size_t Buffer::insertSimpleScalars(std::span<const char32_t> text, const Pe
         x += width;
         ++count;
     }
+    tellCut(m_y, x);
     target.endRun(x);
     if (hasWide) {
         target.noteWide();
@@ -203,6 +207,8 @@ void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
     if (insertsAtCursor()) {
         insertCells(width, right, pen);
     }
+    tellCut(m_y, m_x);
+    tellCut(m_y, m_x + width);
     PackedCell* const cells = target.write(m_x, width);
     cells[0] = cell;
     if (width == 2) {
@@ -289,6 +295,9 @@ void Buffer::widen(int col, const Pen& pen) {
             m_x = x;
             m_pendingWrap = wasPending;
             return;
+        }
+        if (tellsLosses) {
+            lineObserver->cellsLost(*this, m_y, col, col + 1);
         }
         line(m_y).set(col, pen.blank);
     } else if (insertsAtCursor()) {

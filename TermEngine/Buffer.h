@@ -67,6 +67,9 @@ public:
     /// Text that is inserted moves the cells of the cursor's row from `left` to the right margin by `by` columns, to
     /// the right where that is positive.
     virtual void cellsMoved(const Buffer& buffer, int left, int by) = 0;
+    /// What was written into the columns from `first` to `end` of a row is about to go, with nothing in its place. Said
+    /// only where the buffer `tellsLosses`.
+    virtual void cellsLost(const Buffer& buffer, int row, int first, int end) = 0;
 };
 
 /// A line, counted as `Buffer::trimmedCount` does, and a column.
@@ -150,11 +153,12 @@ public:
     SemanticState semantic;
     std::uint8_t defaultBidiState = 0;
     LineObserver* lineObserver = nullptr;
+    bool tellsLosses = false;
 
     // Writing at the cursor (Buffer+Write.cpp).
     void insertAsciiRun(std::span<const std::uint8_t> text, const Pen& pen) {
-        const bool isPlain =
-            (m_lastScalar & joinsNext) == 0 && !(m_pendingWrap | insertMode | marginMode | m_hasDoubleLines);
+        const bool isPlain = (m_lastScalar & joinsNext) == 0 &&
+                             !(m_pendingWrap | insertMode | marginMode | m_hasDoubleLines | tellsLosses);
         if (isPlain && text.size() - 1 < static_cast<std::size_t>(m_cols - 1 - m_x)) [[likely]] {
             m_lastScalar = text.back();
             const int columns = static_cast<int>(text.size());
@@ -166,6 +170,12 @@ public:
         insertWrappingAscii(text, pen);
     }
     void insertScalarRun(std::span<const char32_t> text, const Pen& pen, ClusterMode mode);
+    /// Before cells from a column on, or up to it, change: a wide character on both sides of it goes.
+    void tellCut(int row, int col) {
+        if (tellsLosses) [[unlikely]] {
+            tellWideLost(row, col);
+        }
+    }
     /// A cell of width 1 or 2.
     void insertCharacter(PackedCell cell, const Pen& pen);
     /// The last character that was written, 0 at first.
@@ -244,6 +254,7 @@ private:
     void scrollRegionUp(int top, int bottom, int count, PackedCell blank);
     void scrollRegionDown(int top, int bottom, int count, PackedCell blank);
     void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);
+    void tellWideLost(int row, int col);
     void tellMoved(int top, int bottom, int left, int right, int by);
     void reflow(int cols, int rows, std::span<LinePlace> places);
     [[nodiscard]] int linesWithoutRoom(int cols, int rows, int last) const;

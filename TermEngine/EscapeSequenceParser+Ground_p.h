@@ -98,14 +98,15 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
         markers = 1;
     }
     const detail::SequenceShape shape = detail::sequenceShape(p);
-    const std::uint32_t ends = shape.others & ~shape.semicolons;
-    const int size = std::countr_zero(ends | 0x80000000);
+    const std::uint32_t ends = (shape.others ^ shape.semicolons) | 0x80000000;
+    const int size = std::countr_zero(ends);
     const std::uint8_t final = p[size];
     if (final - 0x40U > 0x3E) {
         return nullptr;
     }
     const std::uint8_t* const behind = p + size + 1;
-    const std::uint32_t semicolons = shape.semicolons & ((std::uint32_t{1} << size) - 1);
+    const std::uint32_t lastBit = ends & (0 - ends);
+    const std::uint32_t semicolons = shape.semicolons & (lastBit - 1);
     if (final == 'm' && markers == 0) {
         if (detail::beginsTrueColor(p)) {
             // Many millions of them, most of which do not come again.
@@ -125,7 +126,7 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
     }
     std::int32_t* const values = m_pars.values.data();
     int count = 0;
-    std::uint32_t separators = semicolons | std::uint32_t{1} << size;
+    std::uint32_t separators = semicolons | lastBit;
     if ((semicolons & (semicolons - 1)) == 0) [[likely]] {
         // One number or two: without a branch on how many, which nobody can foretell.
         const int first = std::countr_zero(separators);
@@ -133,8 +134,9 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
         if (first > 4 || second > 4) {
             return nullptr;
         }
-        const std::int32_t left = detail::numberAt(p, first);
-        const std::int32_t right = detail::numberAt(p + first + 1, second) & ~(second >> 31);
+        const std::uint64_t both = detail::numbersAt(p, first, p + first + 1, second);
+        const auto left = static_cast<std::int32_t>(both & 0xFFFF);
+        const auto right = static_cast<std::int32_t>(both >> 32) & ~(second >> 31);
         if (markers == 0 && handler.dispatchNumbers(static_cast<char>(final), left, right)) [[likely]] {
             return behind;
         }

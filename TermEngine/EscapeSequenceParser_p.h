@@ -85,7 +85,7 @@ inline int decodeSequence(const std::uint8_t* p, std::uint32_t word, char32_t& s
 
 inline constexpr int sequenceSize = 32;
 
-/// Of the bytes of a control sequence, a bit each, the first one lowest.
+/// Of the bytes of a control sequence, a bit each, the first one lowest. Those behind its end may be left out.
 struct SequenceShape {
     std::uint32_t others = 0; ///< no digits
     std::uint32_t semicolons = 0;
@@ -112,17 +112,14 @@ inline std::size_t asciiRun16Plain(const std::uint8_t* p, std::size_t size) {
 // Short enough to stand where they are used: with the vectors that every processor of its kind has.
 #if defined(__SSE2__)
 
-inline SequenceShape sequenceShape(const std::uint8_t* p) {
-    SequenceShape shape;
-    for (unsigned at = 0; at < sequenceSize; at += 16) {
-        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + at));
-        const __m128i above = _mm_subs_epu8(_mm_xor_si128(text, _mm_set1_epi8('0')), _mm_set1_epi8(9));
-        const auto digits = static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(above, _mm_setzero_si128())));
-        const __m128i semicolons = _mm_cmpeq_epi8(text, _mm_set1_epi8(';'));
-        shape.others |= (~digits & 0xFFFFU) << at;
-        shape.semicolons |= static_cast<std::uint32_t>(_mm_movemask_epi8(semicolons)) << at;
-    }
-    return shape;
+inline SequenceShape sequenceShape16(const std::uint8_t* p) {
+    const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i above = _mm_subs_epu8(_mm_xor_si128(text, _mm_set1_epi8('0')), _mm_set1_epi8(9));
+    const __m128i digits = _mm_cmpeq_epi8(above, _mm_setzero_si128());
+    const __m128i semicolons = _mm_cmpeq_epi8(text, _mm_set1_epi8(';'));
+    return {
+        static_cast<std::uint32_t>(_mm_movemask_epi8(digits)) ^ 0xFFFFU,
+        static_cast<std::uint32_t>(_mm_movemask_epi8(semicolons))};
 }
 
 inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
@@ -144,14 +141,11 @@ inline std::uint32_t bitsOfNeon(uint8x16_t mask) {
     return vaddv_u8(vget_low_u8(bits)) | std::uint32_t{vaddv_u8(vget_high_u8(bits))} << 8;
 }
 
-inline SequenceShape sequenceShape(const std::uint8_t* p) {
-    SequenceShape shape;
-    for (unsigned at = 0; at < sequenceSize; at += 16) {
-        const uint8x16_t text = vld1q_u8(p + at);
-        shape.others |= bitsOfNeon(vcgtq_u8(vsubq_u8(text, vdupq_n_u8('0')), vdupq_n_u8(9))) << at;
-        shape.semicolons |= bitsOfNeon(vceqq_u8(text, vdupq_n_u8(';'))) << at;
-    }
-    return shape;
+inline SequenceShape sequenceShape16(const std::uint8_t* p) {
+    const uint8x16_t text = vld1q_u8(p);
+    return {
+        bitsOfNeon(vcgtq_u8(vsubq_u8(text, vdupq_n_u8('0')), vdupq_n_u8(9))),
+        bitsOfNeon(vceqq_u8(text, vdupq_n_u8(';')))};
 }
 
 inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
@@ -164,8 +158,9 @@ inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
 
 #else
 
-inline SequenceShape sequenceShape(const std::uint8_t* p) {
-    return sequenceShapePlain(p);
+inline SequenceShape sequenceShape16(const std::uint8_t* p) {
+    const SequenceShape shape = sequenceShapePlain(p);
+    return {shape.others & 0xFFFF, shape.semicolons & 0xFFFF};
 }
 
 inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
@@ -173,6 +168,15 @@ inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
 }
 
 #endif
+
+inline SequenceShape sequenceShape(const std::uint8_t* p) {
+    SequenceShape shape = sequenceShape16(p);
+    if (shape.others == shape.semicolons) [[unlikely]] {
+        const SequenceShape rest = sequenceShape16(p + 16);
+        shape = {shape.others | rest.others << 16, shape.semicolons | rest.semicolons << 16};
+    }
+    return shape;
+}
 
 /// Whether "38;2;" or "48;2;" stands there.
 inline bool beginsTrueColor(const std::uint8_t* p) {
@@ -199,6 +203,15 @@ inline SequenceText sequenceText(const std::uint8_t* p, int size) {
     text.low &= mask.low;
     text.high &= mask.high;
     return text;
+}
+
+/// Two numbers of up to four digits each; there are four bytes to read at either. The first one is in the lower half.
+inline std::uint64_t numbersAt(const std::uint8_t* first, int firstCount, const std::uint8_t* second, int secondCount) {
+    const std::uint64_t low = std::uint64_t{wordAt(first) ^ 0x30303030} << (32 - 8 * firstCount);
+    const std::uint64_t high = std::uint64_t{wordAt(second) ^ 0x30303030} << (32 - 8 * secondCount);
+    std::uint64_t word = (low & 0xFFFFFFFF) | high << 32;
+    word = (word * 10 + (word >> 8)) & 0x00FF00FF00FF00FF;
+    return (word * 100 + (word >> 16)) & 0x0000FFFF0000FFFF;
 }
 
 /// The number that up to four digits are; there are four bytes to read.

@@ -6,9 +6,7 @@
 namespace term {
 
 void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
-    if (m_images.hasText()) [[unlikely]] {
-        eraseTextImages(graphicsScreen(), {{{lineNumber(row), lineNumber(row) + 1, first, end}}});
-    }
+    loseTextImages(row, first, end);
     if (kind == EraseKind::unprotected || m_isErasureGuarded) {
         m_buffer->eraseUnprotected(row, first, end, pen().blank);
     } else {
@@ -157,6 +155,7 @@ void Terminal::setLineMode(RenderLineMode mode) {
     b.setLineMode(b.y(), mode);
     if (mode != RenderLineMode::single) {
         const int columns = b.lastColumn(b.y()) + 1;
+        loseTextImages(b.y(), columns, b.cols());
         b.line(b.y()).fill(columns, b.cols(), pen().blank);
         b.setCursor(std::min(b.x(), columns - 1), b.y());
     }

@@ -130,6 +130,7 @@ void Terminal::showTextImage(RgbaImage image, const TextImageSize& size, AfterTe
             }
         }
         m_images.place(*part);
+        m_normal->tellsLosses = m_alternate->tellsLosses = true;
     } else {
         m_images.remove(placement.imageId);
         return;
@@ -181,6 +182,9 @@ void Terminal::dropPassedImages() {
 /// The cells below a picture that belongs to the text are unwritten, until text comes into them. It may have scrolled
 /// on since.
 void Terminal::cutOverwrittenImages() {
+    for (Buffer* buffer : {m_normal.get(), m_alternate.get()}) {
+        buffer->tellsLosses = m_images.hasText();
+    }
     if (!m_images.hasText()) {
         return;
     }
@@ -261,9 +265,23 @@ void Terminal::cellsMoved(const Buffer& buffer, int left, int by) {
     }
 }
 
+/// They may have been written over since the last look.
+void Terminal::cellsLost(const Buffer& buffer, int row, int first, int end) {
+    const std::int64_t number = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.yBase() + row;
+    eraseTextImages(
+        &buffer == m_normal.get() ? ScreenId::normal : ScreenId::alternate, {{{number, number + 1, first, end}}});
+}
+
 /// Cells of a row move within margins, to the right where `by` is positive.
 void Terminal::moveTextImages(int top, int bottom, int left, int by) {
     if (m_images.hasText()) [[unlikely]] {
+        for (int row = top; row < bottom; ++row) {
+            const int end = m_buffer->marginRight() + 1;
+            const int moved = std::min(std::abs(by), end - left);
+            m_buffer->tellCut(row, left);
+            m_buffer->tellCut(row, by > 0 ? end - moved : left + moved);
+            m_buffer->tellCut(row, end);
+        }
         const CellArea area{lineNumber(top), lineNumber(bottom), left, m_buffer->marginRight() + 1};
         m_images.moveText(graphicsScreen(), area, {.columns = by}, area);
     }

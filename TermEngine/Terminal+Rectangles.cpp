@@ -37,6 +37,7 @@ void Terminal::csiCopyRectangularArea(const CsiParameters& parameters) {
     for (int i = 0; i < height; ++i) {
         // From the end that is not written over before it is read.
         const int row = top > source.top ? height - 1 - i : i;
+        loseTextImages(top + row, left, left + width);
         b.line(top + row).copyFrom(b.line(source.top + row), source.left, left, width);
     }
 }
@@ -51,6 +52,7 @@ void Terminal::fillRectangle(const CsiParameters& parameters) {
     const char32_t scalar =
         code < 0x80 ? characterIn(m_charset.left, static_cast<std::uint8_t>(code)) : static_cast<char32_t>(code);
     for (int row = area.top; row < area.bottom; ++row) {
+        loseTextImages(row, area.left, area.right);
         m_buffer->line(row).fill(area.left, area.right, PackedCell::make(PackedCell::Kind::scalar, scalar, pen().bits));
     }
 }
@@ -117,6 +119,7 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
         if (left >= right) {
             continue;
         }
+        loseTextImages(row, left, right);
         for (PackedCell& cell : b.line(row).edit(left, right)) {
             const std::uint64_t bits = cell.isEmpty() ? ofBlanks : ofText;
             if (cell.isEmpty() != before.isEmpty() || ((cell.rawValue ^ before.rawValue) & bits) != 0) {

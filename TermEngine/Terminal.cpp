@@ -153,6 +153,8 @@ void Terminal::resize(int cols, int rows) {
     if (cols != this->cols() && (isAlternateActive() || m_selection.shape() == RangeShape::rectangle)) {
         clearSelection();
     }
+    // Afterwards other text stands above or below a picture.
+    cutOverwrittenImages();
     std::vector<LinePlace> places = placesOfImages();
     const std::size_t imageCount = places.size();
     const std::vector<TextPlace> selected = isAlternateActive() ? std::vector<TextPlace>() : m_selection.places();
@@ -161,6 +163,7 @@ void Terminal::resize(int cols, int rows) {
     moveImagesTo(std::span(places).first(imageCount));
     moveSelectionTo(std::span(places).subspan(imageCount));
     m_alternate->resize(cols, rows);
+    cutOverwrittenImages();
     dropPassedImages();
     m_delegate.sizeChanged(*this);
     if (m_modes.inBandResize) {

@@ -405,11 +405,20 @@ private:
     void moveDown(int count);
     void dropPassedImages();
     void cutOverwrittenImages();
+    /// Before the cells of a row are erased or replaced.
+    void loseTextImages(int row, int first, int end) {
+        if (m_images.hasText()) [[unlikely]] {
+            m_buffer->tellCut(row, first);
+            m_buffer->tellCut(row, end);
+            cellsLost(*m_buffer, row, first, end);
+        }
+    }
     void moveTextImages(int top, int bottom, int left, int by);
     void eraseTextImages(ScreenId screen, std::span<const CellArea> areas);
     void linesMoved(const Buffer& buffer, Rectangle margins, int by) override;
     void rowsRenumbered(const Buffer& buffer, int row, int by) override;
     void cellsMoved(const Buffer& buffer, int left, int by) override;
+    void cellsLost(const Buffer& buffer, int row, int first, int end) override;
     [[nodiscard]] std::vector<LinePlace> placesOfImages() const;
     void moveImagesTo(std::span<const LinePlace> places);
     [[nodiscard]] ScreenId graphicsScreen() const {

@@ -29,7 +29,7 @@ endif()
 
 # Half a hundred programs are linked in a developer's build.
 find_program(ORV_MOLD mold)
-if(ORV_MOLD AND CMAKE_BUILD_TYPE STREQUAL "Debug" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+if(ORV_MOLD AND NOT CMAKE_CROSSCOMPILING AND CMAKE_BUILD_TYPE STREQUAL "Debug" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_link_options(orv_options INTERFACE -fuse-ld=mold)
 endif()
 

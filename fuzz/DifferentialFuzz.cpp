@@ -24,9 +24,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             std::string_view bytes = input.take(what);
             whole.feed(bytes);
             plain.feed(bytes);
-            if (bytes.empty()) {
-                pieces.feed(bytes); // which looks after images that a resize has brought under text
-            }
             while (!bytes.empty()) {
                 cuts = cuts * 1664525 + 1013904223;
                 const size_t piece = std::min<size_t>(1 + (cuts >> 16U) % ((cuts >> 30U) == 0 ? 40 : 3), bytes.size());

@@ -4,6 +4,9 @@
 #include "TermEngine/ScreenSnapshot.h"
 #include "TermEngine/Terminal.h"
 
+#include <algorithm>
+#include <array>
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -180,6 +183,47 @@ inline bool sameLine(
            x.semanticMarks() == y.semanticMarks();
 }
 
+/// What a cell shows of a picture.
+struct ShownPicture {
+    size_t picture = 0;          ///< the hash of its pixels
+    std::array<int, 6> source{}; ///< where in it, how much of it, and where in the cell
+    int z = 0;
+    bool operator==(const ShownPicture&) const = default;
+};
+
+/// By line and column of the active screen, from the lowest picture to the highest. A picture may lie there in one part
+/// or in many.
+inline std::map<std::pair<int64_t, int>, std::vector<ShownPicture>> shownPictures(const term::Terminal& terminal) {
+    const term::Buffer& buffer = terminal.buffer();
+    const auto screen = terminal.isAlternateActive() ? term::ScreenId::alternate : term::ScreenId::normal;
+    const auto top = static_cast<int64_t>(buffer.trimmedCount());
+    const term::CellArea all{top, top + buffer.lineCount(), 0, buffer.cols()};
+    std::vector<term::ImagePlacement> placements = terminal.images().placements();
+    std::ranges::sort(placements, term::isDrawnBefore);
+    std::map<std::pair<int64_t, int>, std::vector<ShownPicture>> shown;
+    for (const term::ImagePlacement& placement : placements) {
+        const term::CellArea area = placement.area();
+        if (placement.isVirtual || placement.screen != screen) {
+            continue;
+        }
+        const auto& pixels = terminal.images().images().at(placement.imageId).frames.front().pixels->pixels;
+        const size_t picture =
+            std::hash<std::string_view>()({reinterpret_cast<const char*>(pixels.data()), pixels.size()});
+        for (int64_t row = std::max(area.top, all.top); row < std::min(area.bottom, all.bottom); ++row) {
+            for (int col = std::max(area.left, all.left); col < std::min(area.right, all.right); ++col) {
+                if (const auto part = term::partOf(placement, {row, row + 1, col, col + 1})) {
+                    shown[{row, col}].push_back(
+                        {picture,
+                         {part->sourceX, part->sourceY, part->sourceWidth, part->sourceHeight, part->offsetX,
+                          part->offsetY},
+                         part->z});
+                }
+            }
+        }
+    }
+    return shown;
+}
+
 /// Whether two terminals show the same, and will go on in the same way.
 inline bool sameScreen(const term::Terminal& a, const term::Terminal& b) {
     const term::Buffer& x = a.buffer();
@@ -188,7 +232,7 @@ inline bool sameScreen(const term::Terminal& a, const term::Terminal& b) {
         x.scrollTop() != y.scrollTop() || x.scrollBottom() != y.scrollBottom() || x.marginLeft() != y.marginLeft() ||
         x.marginRight() != y.marginRight() || x.lastScalar() != y.lastScalar() || a.modes() != b.modes() ||
         a.attribute() != b.attribute() || a.isAlternateActive() != b.isAlternateActive() || a.title() != b.title() ||
-        a.images().placements().size() != b.images().placements().size()) {
+        shownPictures(a) != shownPictures(b)) {
         return false;
     }
     for (int index = 0; index < x.lineCount(); ++index) {

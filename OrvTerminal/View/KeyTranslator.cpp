@@ -1,6 +1,9 @@
 #include "OrvTerminal/View/KeyTranslator.h"
 
 #include <QKeyEvent>
+#ifndef Q_OS_MACOS
+#include <xkbcommon/xkbcommon.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -218,6 +221,17 @@ quint32 symbolOf([[maybe_unused]] const QKeyEvent& event) {
 #endif
 }
 
+/// A letter beyond ASCII that the platform names, in either case; 0: none. Where ctrl is held, Qt puts the Latin key in
+/// its place.
+char32_t letterOf([[maybe_unused]] const QKeyEvent& event) {
+#ifdef Q_OS_MACOS
+    return 0;
+#else
+    const char32_t named = xkb_keysym_to_utf32(event.nativeVirtualKey());
+    return named > 0x7F && QChar::isLetter(named) ? named : 0;
+#endif
+}
+
 } // namespace
 
 term::KeyModifiers KeyTranslator::modifiersOf(Qt::KeyboardModifiers modifiers) {
@@ -259,8 +273,12 @@ char32_t KeyTranslator::plainOf(const QKeyEvent& event, const QString& written) 
     if (isPlain && isPrintable && scanCode != 0) {
         m_plain.insert(scanCode, {QChar::toLower(first), symbolOf(event)});
     }
-    const char32_t named = characterOf(event.key());
     // With shift only a capital says what the key is without.
+    if (const char32_t letter = letterOf(event);
+        letter != 0 && (!modifiers.testFlag(Qt::ShiftModifier) || QChar::toLower(letter) != letter)) {
+        return QChar::toLower(letter);
+    }
+    const char32_t named = characterOf(event.key());
     const char32_t shown = isPrintable ? first : static_cast<char32_t>(event.key());
     const bool isSaid = named != 0 && (!modifiers.testFlag(Qt::ShiftModifier) || QChar::toLower(shown) != shown);
     if (const auto known = m_plain.constFind(scanCode); known != m_plain.constEnd()) {
@@ -308,7 +326,9 @@ bool KeyTranslator::translate(const QKeyEvent& event, term::KeyEvent& made, QByt
         return false;
     }
     if (made.modifiers.has(term::KeyModifiers::shift)) {
-        const char32_t named = isText
+        const char32_t letter = letterOf(event);
+        const char32_t named = letter != 0 ? QChar::toUpper(letter)
+                               : isText
                                    ? written.toUcs4().constFirst()
                                    : (event.key() >= Qt::Key_A && event.key() <= Qt::Key_Z ? char32_t(event.key())
                                                                                            : characterOf(event.key()));

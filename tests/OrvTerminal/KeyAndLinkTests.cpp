@@ -64,6 +64,10 @@ TEST(KeyTranslator, GivesTheEngineWhatItNeeds) {
         Pressed{"caps lock", Qt::Key_A, {}, u"A"_s, codeOfA, "A", "\x1b[97;65;65u", 0x41, capsLock},
         Pressed{"caps lock and shift", Qt::Key_A, shift, u"a"_s, codeOfA, "a", "\x1b[97:65;66;97u", 0x61, capsLock},
         Pressed{"caps lock and ctrl", Qt::Key_A, ctrl, u"\x01"_s, codeOfA, "\x01", "\x1b[97;69u", 0x41, capsLock},
+        Pressed{"another script's", 0x0419, {}, u"й"_s, codeOfQ, "й", "\x1b[1081::113;;1081u", 0x6CA},
+        Pressed{"with shift", 0x0419, shift, u"Й"_s, codeOfQ, "Й", "\x1b[1081:1049:113;2;1049u", 0x6EA},
+        Pressed{"with ctrl", Qt::Key_Q, ctrl, u"\x11"_s, codeOfQ, "\x11", "\x1b[1081::113;5u", 0x6CA},
+        Pressed{"with both", Qt::Key_Q, ctrl | shift, u"\x11"_s, codeOfQ, "\x11", "\x1b[1081:1049:113;6u", 0x6EA},
         Pressed{"num lock and left", Qt::Key_Left, {}, {}, 113, "\x1b[D", "\x1b[1;129D", 0xFF51, numLock},
         Pressed{
             "keypad digit by shift", Qt::Key_5, shift | Qt::KeypadModifier, u"5"_s, codeOfKeypad5, "5",

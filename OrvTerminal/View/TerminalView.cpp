@@ -129,7 +129,7 @@ bool TerminalView::isWaiting() const {
 
 bool TerminalView::isIdle() const {
     return !m_blinkTimer.isActive() && !m_textBlinkTimer.isActive() && !m_frameTimer.isActive() &&
-           !m_animation.isActive() && !m_dragTimer.isActive();
+           !m_animation.isActive() && !m_dragTimer.isActive() && !m_bell.isActive();
 }
 
 /// Something that the person did: shown with the next frame.

@@ -35,7 +35,11 @@ constexpr int gutterGap = 6;
 } // namespace
 
 TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuickItem* parent)
-    : QQuickItem(parent), m_session(session), m_style(style), m_find(new TerminalFind(session, this)) {
+    : QQuickItem(parent),
+      m_session(session),
+      m_style(style),
+      m_find(new TerminalFind(session, this)),
+      m_keyboardSelection(new KeyboardSelection(session, this)) {
     ORV_ASSERT_MAIN_THREAD();
     setFlags(ItemHasContents | ItemAcceptsInputMethod | ItemAcceptsDrops);
     setAcceptedMouseButtons(Qt::AllButtons);
@@ -60,6 +64,15 @@ TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuic
     connect(&session, &TerminalSession::outputReceived, this, [this] {
         m_isStale = true;
         requestFrame();
+        if (m_keyboardSelection->isActive()) {
+            followKeyboardSelection();
+        }
+    });
+    connect(m_keyboardSelection, &KeyboardSelection::moved, this, &TerminalView::followKeyboardSelection);
+    connect(m_keyboardSelection, &KeyboardSelection::activeChanged, this, [this] {
+        changed();
+        restartBlinking();
+        updateInputMethod(Qt::ImEnabled);
     });
     connect(&session, &TerminalSession::synchronizedOutputBegan, this, [this] {
         if (m_isStale && isShown()) {
@@ -170,8 +183,10 @@ void TerminalView::refresh() {
     m_isPictureNew = true;
     m_sinceFrame.start();
     const QRect before = m_picture.cursor().cells;
+    const std::int64_t firstBefore = m_picture.firstLine();
     m_picture.refresh(
-        m_session.terminal(), *m_glyphs, resolvedColors(), [this](std::int64_t line) { return marksOn(line); });
+        m_session.terminal(), *m_glyphs, resolvedColors(), [this](std::int64_t line) { return marksOn(line); },
+        m_keyboardSelection->isActive() ? std::optional(m_keyboardSelection->cursor()) : std::nullopt);
     m_gutter = gutter();
     const term::CursorStyle style = m_session.terminal().cursorStyle();
     const bool hasOtherStyle = std::exchange(m_cursorStyle, style) != style;
@@ -184,6 +199,9 @@ void TerminalView::refresh() {
     }
     followBlinkingText();
     followScroll();
+    if (m_choosesLink && m_picture.firstLine() != firstBefore) {
+        Q_EMIT linkHintsChanged();
+    }
     if (m_picture.background() != m_background) {
         m_background = m_picture.background();
         Q_EMIT backgroundChanged();
@@ -277,10 +295,16 @@ std::vector<LineMark> TerminalView::marksOn(std::int64_t line) const {
             }
         }
     }
-    if (m_hovered && line >= m_hovered->line && line <= m_hovered->endLine) {
-        const int first = line == m_hovered->line ? m_hovered->first : 0;
-        const int end = line == m_hovered->endLine ? m_hovered->end : columns;
-        marks.push_back({first, end, LineMark::Kind::link});
+    const auto markLink = [&](const Hovered& link) {
+        if (line >= link.line && line <= link.endLine) {
+            const int first = line == link.line ? link.first : 0;
+            const int end = line == link.endLine ? link.end : columns;
+            marks.push_back({first, end, LineMark::Kind::link});
+        }
+    };
+    std::ranges::for_each(m_links, markLink);
+    if (m_hovered) {
+        markLink(*m_hovered);
     }
     return marks;
 }
@@ -369,11 +393,15 @@ void TerminalView::clear() {
 }
 
 ScreenNode::CursorShape TerminalView::cursorShape() const {
-    if (!m_session.isAlive()) {
+    const bool isOwn = m_keyboardSelection->isActive();
+    if (!m_session.isAlive() && !isOwn) {
         return ScreenNode::CursorShape::none;
     }
     if (!hasActiveFocus()) {
         return ScreenNode::CursorShape::frame;
+    }
+    if (isOwn) {
+        return ScreenNode::CursorShape::block;
     }
     if (!m_isCursorOn) {
         return ScreenNode::CursorShape::none;
@@ -398,7 +426,8 @@ void TerminalView::restartBlinking() {
                         style == term::CursorStyle::blinkBar;
     const int length = QGuiApplication::styleHints()->cursorFlashTime();
     m_isCursorOn = true;
-    if (blinks && length > 0 && hasActiveFocus() && isShown() && m_picture.cursor().isShown && m_session.isAlive()) {
+    const bool isInUse = hasActiveFocus() && m_session.isAlive() && !m_keyboardSelection->isActive();
+    if (blinks && length > 0 && isInUse && isShown() && m_picture.cursor().isShown) {
         m_blinksLeft = mostBlinks;
         m_blinkTimer.start(length / 2);
     } else {

@@ -166,6 +166,7 @@ bool TerminalView::event(QEvent* event) {
 }
 
 void TerminalView::typed() {
+    m_awaitsEcho = true;
     m_session.terminal().clearSelection();
     scrollToBottom();
     restartBlinking();
@@ -258,6 +259,7 @@ void TerminalView::focusInEvent(QFocusEvent* event) {
     QQuickItem::focusInEvent(event);
     m_session.terminal().sendFocus(term::FocusChange::gained);
     restartBlinking();
+    update();
 }
 
 void TerminalView::focusOutEvent(QFocusEvent* event) {
@@ -266,6 +268,7 @@ void TerminalView::focusOutEvent(QFocusEvent* event) {
     m_preedit.clear();
     m_preeditPicture = {};
     restartBlinking();
+    update();
 }
 
 } // namespace orv

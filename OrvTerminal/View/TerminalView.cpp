@@ -154,12 +154,17 @@ void TerminalView::changed() {
 }
 
 void TerminalView::requestFrame() {
-    if (!isShown() || m_frameTimer.isActive()) {
+    if (!isShown()) {
+        return;
+    }
+    const bool isEcho = std::exchange(m_awaitsEcho, false);
+    if (m_frameTimer.isActive() && !isEcho) {
         return;
     }
     const auto since = std::chrono::milliseconds(m_sinceFrame.isValid() ? m_sinceFrame.elapsed() : 1000);
     const auto interval = std::min(frameInterval + 2 * m_frameCost, longestFrameInterval);
-    if (since >= interval) {
+    if (since >= interval || isEcho) {
+        m_frameTimer.stop();
         polish();
     } else {
         m_frameTimer.start(interval - since);
@@ -425,7 +430,9 @@ void TerminalView::restartBlinking() {
     const bool blinks = style == term::CursorStyle::blinkBlock || style == term::CursorStyle::blinkUnderline ||
                         style == term::CursorStyle::blinkBar;
     const int length = QGuiApplication::styleHints()->cursorFlashTime();
-    m_isCursorOn = true;
+    if (!std::exchange(m_isCursorOn, true)) {
+        update();
+    }
     const bool isInUse = hasActiveFocus() && m_session.isAlive() && !m_keyboardSelection->isActive();
     if (blinks && length > 0 && isInUse && isShown() && m_picture.cursor().isShown) {
         m_blinksLeft = mostBlinks;
@@ -433,7 +440,6 @@ void TerminalView::restartBlinking() {
     } else {
         m_blinkTimer.stop();
     }
-    update();
 }
 
 void TerminalView::blink() {
@@ -508,6 +514,7 @@ void TerminalView::followShown() {
     if (!isShown()) {
         m_frameTimer.stop();
         m_animation.stop();
+        m_bell.stop();
     }
     changed();
     restartBlinking();

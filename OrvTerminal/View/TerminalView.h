@@ -254,6 +254,7 @@ private:
     bool m_isSizeStale = true;
     QTimer m_frameTimer;
     QElapsedTimer m_sinceFrame;
+    bool m_awaitsEcho = false; ///< what comes next answers a key: it is shown at once
     bool m_isPictureNew = false;
     std::chrono::milliseconds m_frameCost{0}; ///< from the look at the terminal until the scene had it
     std::uint64_t m_frames = 0;

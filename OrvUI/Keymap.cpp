@@ -25,6 +25,7 @@ constexpr const char* logs = ORV_WORDS("Logs");
 constexpr const char* git = ORV_WORDS("Git");
 constexpr const char* files = ORV_WORDS("Files");
 constexpr const char* terminal = ORV_WORDS("Terminal");
+constexpr const char* selecting = ORV_WORDS("Terminal, while text is selected by keys");
 constexpr const char* work = ORV_WORDS("Tasks and AI");
 
 // In the order in which they are listed.
@@ -100,6 +101,11 @@ constexpr std::array table{
     Keymap::Entry{"terminalPaste", terminal, ORV_WORDS("Paste"), u"Ctrl+Shift+V", u"Ctrl+V"},
     Keymap::Entry{"terminalSelectAll", terminal, ORV_WORDS("Select all"), u"Ctrl+Shift+A", u"Ctrl+A"},
     Keymap::Entry{"terminalOutput", terminal, ORV_WORDS("Select the last output"), u"Ctrl+Shift+O", nullptr},
+    Keymap::Entry{
+        "terminalSelect", terminal, ORV_WORDS("Select text by keys"), u"Ctrl+Shift+Space", u"Meta+Shift+Space"},
+    Keymap::Entry{
+        "terminalLink", terminal, ORV_WORDS("Open a link by its letters, or copy it with Shift"), u"Ctrl+Shift+E",
+        nullptr},
     Keymap::Entry{"terminalBigger", terminal, ORV_WORDS("Bigger letters"), u"Ctrl+Shift+Plus", u"Ctrl+Plus"},
     Keymap::Entry{"terminalSmaller", terminal, ORV_WORDS("Smaller letters"), u"Ctrl+Shift+Minus", u"Ctrl+Minus"},
     Keymap::Entry{"terminalSize", terminal, ORV_WORDS("Letters as they were"), u"Ctrl+Shift+0", u"Ctrl+0"},
@@ -114,6 +120,24 @@ constexpr std::array table{
         u"Ctrl+PgUp Ctrl+PgDown"},
     Keymap::Entry{"allowCopy", terminal, ORV_WORDS("Let the program copy, when it asks"), u"Ctrl+Shift+Y", nullptr},
     Keymap::Entry{"terminalSearch", terminal, ORV_WORDS("Search"), u"Ctrl+Shift+F", u"Ctrl+F"},
+
+    Keymap::Entry{"selectGo", selecting, ORV_WORDS("By character, by line"), u"Left Right Up Down|H L K J", nullptr},
+    Keymap::Entry{
+        "selectWord", selecting, ORV_WORDS("By word"), u"Ctrl+Left Ctrl+Right|B W", u"Alt+Left Alt+Right|B W"},
+    Keymap::Entry{"selectLine", selecting, ORV_WORDS("To the ends of the line"), u"Home End|0 $", nullptr},
+    Keymap::Entry{"selectPage", selecting, ORV_WORDS("By page"), u"PgUp PgDown", nullptr},
+    Keymap::Entry{
+        "selectEnds", selecting, ORV_WORDS("To the first line, to the last"), u"Ctrl+Home Ctrl+End|G Shift+G", nullptr},
+    Keymap::Entry{"selectPrompt", selecting, ORV_WORDS("Previous and next prompt"), u"Ctrl+Up Ctrl+Down", nullptr},
+    Keymap::Entry{
+        "selectThere", selecting, ORV_WORDS("Select on the way there"), u"Shift+Left Shift+Right Shift+Up Shift+Down",
+        nullptr},
+    Keymap::Entry{"selectMark", selecting, ORV_WORDS("Select on every way from here, or no more"), u"Space V", nullptr},
+    Keymap::Entry{"selectLines", selecting, ORV_WORDS("Whole lines"), u"Shift+V", nullptr},
+    Keymap::Entry{"selectRectangle", selecting, ORV_WORDS("A rectangle"), u"Ctrl+V", nullptr},
+    Keymap::Entry{"selectOther", selecting, ORV_WORDS("To its other end"), u"O", nullptr},
+    Keymap::Entry{"selectCopy", selecting, ORV_WORDS("Copy, and end it"), u"Enter Y|Ctrl+C", nullptr},
+    Keymap::Entry{"selectLeave", selecting, ORV_WORDS("End it"), u"Esc Q", nullptr},
 
     Keymap::Entry{"newTask", work, ORV_WORDS("New task"), u"Ctrl+Alt+N", nullptr},
     Keymap::Entry{"taskDone", work, ORV_WORDS("Task done"), u"Space", nullptr},
@@ -134,7 +158,7 @@ constexpr std::array keyNames{
     KeyName{u"Ctrl", u"⌘"},  KeyName{u"Alt", u"⌥"},   KeyName{u"Shift", u"⇧"},     KeyName{u"Meta", u"⌃"},
     KeyName{u"Enter", u"↩"}, KeyName{u"Left", u"←"},  KeyName{u"Right", u"→"},     KeyName{u"Up", u"↑"},
     KeyName{u"Down", u"↓"},  KeyName{u"Space", u"␣"}, KeyName{u"Tab", u"⇥"},       KeyName{u"Home", u"↖"},
-    KeyName{u"Del", u"⌦"},   KeyName{u"End", u"↘"},   KeyName{u"Backspace", u"⌫"},
+    KeyName{u"Del", u"⌦"},   KeyName{u"End", u"↘"},   KeyName{u"Backspace", u"⌫"}, KeyName{u"Esc", u"⎋"},
 };
 
 /// Arrows are drawn as such on every platform; so are keys that Linux has no other word for.

@@ -52,7 +52,7 @@ void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
         }
     }
     if (what != 2) {
-        cmdEraseInLine(what, kind);
+        eraseCells(b.y(), what == 0 ? b.x() : 0, what == 1 ? b.x() + 1 : b.cols(), kind);
     } else if (kind == EraseKind::all) {
         clearImages(isAlternateActive() ? ScreenId::alternate : ScreenId::normal);
     }
@@ -64,7 +64,12 @@ void Terminal::cmdEraseInLine(int what, EraseKind kind) {
     if (what < 0 || what > 2) {
         return;
     }
+    // zsh goes on in a line and erases it before it writes there: both are still one.
+    const bool continues = what == 0 && b.line(b.y()).isWrapped();
     eraseCells(b.y(), what == 0 ? b.x() : 0, what == 1 ? b.x() + 1 : b.cols(), kind);
+    if (continues) {
+        b.line(b.y()).setWrapped(true);
+    }
     b.setPendingWrap(false);
 }
 

@@ -20,6 +20,7 @@ build = os.environ["ORV_BENCH_BUILD"]
 program = os.path.join(build, "bench", "orv-bench-view")
 megabytes = int(os.environ.get("ORV_BENCH_VIEW_MB", "100"))
 rounds = int(os.environ.get("ORV_BENCH_VIEW_ROUNDS", "3"))
+wanted = os.environ.get("ORV_BENCH_VIEW_ONLY", "")  # names of terminals, parted by ";"
 keys = 60  # with those before them they fit into the pixels that are read
 grid = "124x31"
 
@@ -43,9 +44,12 @@ def terminals():
         ("xterm, bitmap font", ["xterm", "-sl", "10000", "-geometry", grid, "-e"], {}),
         ("st", ["st", "-g", grid, "-e"], {}),
         ("urxvt", ["urxvt", "-fn", "xft:DejaVu Sans Mono:size=10", "-sl", "10000", "-geometry", grid, "-e"], {}),
-        ("kitty, OpenGL", ["kitty", "--config", "NONE", "-o", "scrollback_lines=10000", "-o", "update_check_interval=0"], {}),
+        ("kitty, OpenGL", ["kitty", "--config", "NONE", "-o", "scrollback_lines=10000", "-o", "update_check_interval=0",
+                           "-o", "remember_window_size=no", "-o", "initial_window_width=124c",
+                           "-o", "initial_window_height=31c"], {}),
     ]
-    return [entry for entry in known if shutil.which(entry[1][0])]
+    return [entry for entry in known
+            if shutil.which(entry[1][0]) and (not wanted or entry[0] in wanted.split(";"))]
 
 
 def write_loads():

@@ -7,7 +7,8 @@
 namespace orv {
 
 void ScreenPicture::refresh(
-    const term::Terminal& terminal, GlyphCache& glyphs, const ResolvedColors& colors, const MarksOf& marksOf) {
+    const term::Terminal& terminal, GlyphCache& glyphs, const ResolvedColors& colors, const MarksOf& marksOf,
+    std::optional<term::TextPlace> cursor) {
     if (colors != m_colors) {
         m_colors = colors;
         forget();
@@ -52,21 +53,23 @@ void ScreenPicture::refresh(
     m_blinks = std::ranges::any_of(rows, &Row::blinks);
     m_rows = std::move(rows);
     m_known = std::move(known);
-    placeCursor(terminal, painter);
+    placeCursor(terminal, painter, cursor);
 }
 
-void ScreenPicture::placeCursor(const term::Terminal& terminal, LinePainter& painter) {
+void ScreenPicture::placeCursor(
+    const term::Terminal& terminal, LinePainter& painter, std::optional<term::TextPlace> instead) {
     const term::Buffer& buffer = terminal.buffer();
     const QImage before = std::exchange(m_cursor, {}).character;
-    const int row = buffer.y() + buffer.yBase() - buffer.yDisp();
-    if (!terminal.modes().cursorVisible || row >= buffer.rows()) {
+    const int row =
+        instead ? static_cast<int>(instead->line - m_firstLine) : buffer.y() + buffer.yBase() - buffer.yDisp();
+    if ((!instead && !terminal.modes().cursorVisible) || row < 0 || row >= buffer.rows()) {
         return;
     }
-    const term::BufferLine& line = buffer.line(buffer.y());
+    const int index = buffer.yDisp() + row;
+    const term::BufferLine& line = buffer.lineAt(index);
     const term::PresentedRow order = term::presentedRow(
-        buffer, buffer.yBase() + buffer.y(), terminal.bidiState(buffer.y()),
-        terminal.options().maximumBidiParagraphRows);
-    int column = std::min(buffer.x(), buffer.lastColumn(buffer.y()));
+        buffer, index, terminal.bidiState(index - buffer.yBase()), terminal.options().maximumBidiParagraphRows);
+    int column = std::min(instead ? instead->col : buffer.x(), buffer.lastColumn(line));
     if (!order.columns.empty()) {
         column = static_cast<int>(std::ranges::find(order.columns, column) - order.columns.begin());
     }

@@ -2,12 +2,14 @@
 
 #include "OrvTerminal/View/LinePainter.h"
 #include "TermEngine/ScreenSnapshot.h"
+#include "TermEngine/TextRange.h"
 
 #include <QImage>
 #include <QRect>
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace orv {
@@ -39,9 +41,10 @@ public:
     };
     using MarksOf = std::function<std::vector<LineMark>(std::int64_t line)>;
 
-    /// Looks at the terminal as it is now.
+    /// Looks at the terminal as it is now. With a `cursor` that is shown in place of the terminal's.
     void refresh(
-        const term::Terminal& terminal, GlyphCache& glyphs, const ResolvedColors& colors, const MarksOf& marksOf);
+        const term::Terminal& terminal, GlyphCache& glyphs, const ResolvedColors& colors, const MarksOf& marksOf,
+        std::optional<term::TextPlace> cursor = {});
     /// The font has changed: nothing that was painted is of use.
     void forget() { ++m_epoch; }
 
@@ -67,7 +70,7 @@ private:
     };
 
     void placeImages(const term::Terminal& terminal, const CellGeometry& cell);
-    void placeCursor(const term::Terminal& terminal, LinePainter& painter);
+    void placeCursor(const term::Terminal& terminal, LinePainter& painter, std::optional<term::TextPlace> instead);
 
     std::vector<Row> m_rows;
     std::vector<Known> m_known; ///< one a row

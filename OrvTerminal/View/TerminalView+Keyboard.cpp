@@ -13,9 +13,11 @@ namespace {
 
 #ifdef Q_OS_MACOS
 constexpr Qt::KeyboardModifiers commandKeys = Qt::ControlModifier; // what Qt calls the command key there
+constexpr Qt::KeyboardModifiers selectionKeys = Qt::MetaModifier | Qt::ShiftModifier;
 constexpr int previousPrompt = Qt::Key_PageUp, nextPrompt = Qt::Key_PageDown;
 #else
 constexpr Qt::KeyboardModifiers commandKeys = Qt::ControlModifier | Qt::ShiftModifier;
+constexpr Qt::KeyboardModifiers selectionKeys = commandKeys;
 constexpr int previousPrompt = Qt::Key_Z, nextPrompt = Qt::Key_X;
 #endif
 
@@ -43,6 +45,11 @@ void scrollBy(TerminalView& view, int lines) {
 }
 
 const std::array bindings{
+    Binding{
+        selectionKeys, Qt::Key_Space, Where::anywhere, [](TerminalView& view) { view.keyboardSelection()->start(); }},
+    Binding{
+        Qt::ControlModifier | Qt::ShiftModifier, Qt::Key_E, Where::anywhere,
+        [](TerminalView& view) { view.chooseLink(); }},
     Binding{commandKeys, Qt::Key_C, Where::anywhere, [](TerminalView& view) { view.copy(); }},
     Binding{commandKeys, Qt::Key_V, Where::anywhere, [](TerminalView& view) { view.paste(); }},
     Binding{Qt::ShiftModifier, Qt::Key_Insert, Where::anywhere, pastePrimary},
@@ -119,11 +126,38 @@ bool TerminalView::runShortcut(const QKeyEvent& event) {
     return binding != nullptr;
 }
 
+bool TerminalView::runSelectionKey(const QKeyEvent& event) {
+    switch (m_keyboardSelection->press(event)) {
+    case KeyboardSelection::Outcome::unknown:
+        return false;
+    case KeyboardSelection::Outcome::done:
+        return true;
+    case KeyboardSelection::Outcome::copy:
+        copy();
+        finishSelecting();
+        break;
+    case KeyboardSelection::Outcome::leave:
+        break;
+    }
+    m_keyboardSelection->stop(KeyboardSelection::Keep::no);
+    return true;
+}
+
+/// Its cursor is to be seen.
+void TerminalView::followKeyboardSelection() {
+    const std::int64_t row = m_keyboardSelection->cursor().line - firstLine();
+    if (row < 0 || row >= rows()) {
+        scrollTo(topLine() + static_cast<int>(row < 0 ? row : row - rows() + 1));
+    }
+    changed();
+}
+
 bool TerminalView::event(QEvent* event) {
     if (event->type() == QEvent::ShortcutOverride) {
         const auto& key = *static_cast<QKeyEvent*>(event);
         const bool isOwn = bindingOf(key, m_session.terminal().isAlternateActive()) != nullptr;
-        if (isOwn || (m_session.isAlive() && !isForApplication(key))) {
+        const bool isTaken = (keepsKeys() && KeyboardSelection::knows(key)) || !isForApplication(key);
+        if (isOwn || ((m_session.isAlive() || keepsKeys()) && isTaken)) {
             event->accept();
             return true;
         }
@@ -132,6 +166,7 @@ bool TerminalView::event(QEvent* event) {
 }
 
 void TerminalView::typed() {
+    m_awaitsEcho = true;
     m_session.terminal().clearSelection();
     scrollToBottom();
     restartBlinking();
@@ -141,7 +176,15 @@ void TerminalView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Control || event->key() == Qt::Key_Meta) {
         hover(m_pointer, event->modifiers() | Qt::ControlModifier);
     }
-    if (runShortcut(*event)) {
+    if (m_choosesLink && !isForApplication(*event)) {
+        typeLetter(*event);
+        return;
+    }
+    if ((m_keyboardSelection->isActive() && runSelectionKey(*event)) || runShortcut(*event)) {
+        return;
+    }
+    if (keepsKeys()) {
+        event->setAccepted(!isForApplication(*event));
         return;
     }
     if (!m_session.isAlive()) {
@@ -201,7 +244,7 @@ QVariant TerminalView::inputMethodQuery(Qt::InputMethodQuery query) const {
     const QRect cursor = m_picture.cursor().cells;
     switch (query) {
     case Qt::ImEnabled:
-        return m_session.isAlive();
+        return m_session.isAlive() && !keepsKeys();
     case Qt::ImHints:
         return int(Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase | Qt::ImhSensitiveData);
     case Qt::ImCursorRectangle:
@@ -216,6 +259,7 @@ void TerminalView::focusInEvent(QFocusEvent* event) {
     QQuickItem::focusInEvent(event);
     m_session.terminal().sendFocus(term::FocusChange::gained);
     restartBlinking();
+    update();
 }
 
 void TerminalView::focusOutEvent(QFocusEvent* event) {
@@ -224,6 +268,7 @@ void TerminalView::focusOutEvent(QFocusEvent* event) {
     m_preedit.clear();
     m_preeditPicture = {};
     restartBlinking();
+    update();
 }
 
 } // namespace orv

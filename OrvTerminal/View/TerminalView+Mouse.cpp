@@ -1,12 +1,9 @@
 #include "OrvTerminal/TerminalSession.h"
 #include "OrvTerminal/View/TerminalView.h"
 #include "TermEngine/Bidi.h"
-#include "TermEngine/OscPayloads.h"
 
 #include <QClipboard>
 #include <QCursor>
-#include <QDir>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QStyleHints>
@@ -47,41 +44,6 @@ term::MouseButton buttonOf(Qt::MouseButton button) {
     default:
         return term::MouseButton::none;
     }
-}
-
-/// A line with all that soft wraps join to it, and where each of its characters stands.
-struct WrappedText {
-    QString text;
-    std::vector<term::TextPlace> places; ///< one a UTF-16 unit, and one for the end
-};
-
-WrappedText wrappedText(const term::Buffer& buffer, int index) {
-    const auto firstLine = static_cast<std::int64_t>(buffer.trimmedCount());
-    constexpr int mostRows = 50;
-    int first = index;
-    while (first > 0 && index - first < mostRows && buffer.lineAt(first).isWrapped()) {
-        --first;
-    }
-    WrappedText wrapped;
-    int at = first;
-    do {
-        const term::BufferLine& line = buffer.lineAt(at);
-        for (int column = 0; column < line.size(); ++column) {
-            if (line[column].isSpacer()) {
-                continue;
-            }
-            char32_t memory = 0;
-            const std::u32string_view scalars = buffer.cellArena().scalarValues(line[column], memory);
-            const QString character =
-                scalars.empty() ? u" "_s : QString::fromUcs4(scalars.data(), static_cast<qsizetype>(scalars.size()));
-            wrapped.text += character;
-            wrapped.places.insert(
-                wrapped.places.end(), static_cast<size_t>(character.size()), term::TextPlace{firstLine + at, column});
-        }
-        ++at;
-    } while (at < buffer.lineCount() && at - first < mostRows && buffer.lineAt(at).isWrapped());
-    wrapped.places.push_back({firstLine + at - 1, buffer.cols()});
-    return wrapped;
 }
 
 } // namespace
@@ -145,6 +107,8 @@ bool TerminalView::report(
 
 void TerminalView::mousePressEvent(QMouseEvent* event) {
     forceActiveFocus(Qt::MouseFocusReason);
+    stopChoosing();
+    m_keyboardSelection->stop(KeyboardSelection::Keep::yes);
     const QPointF place = event->position();
     const bool isNear = (place - m_clickPlace).manhattanLength() < cell().logicalWidth();
     const bool isSoon =
@@ -306,66 +270,15 @@ void TerminalView::hover(QPointF place, Qt::KeyboardModifiers modifiers) {
     setHovered(looks ? linkUnder(cellAt(place)) : std::nullopt);
 }
 
-std::optional<TerminalView::Hovered> TerminalView::linkUnder(const Cell& cell) const {
-    const term::Terminal& terminal = m_session.terminal();
-    const term::Buffer& buffer = terminal.buffer();
-    const term::TextPlace place = placeAt(cell);
-    const term::BufferLine& line = buffer.lineAt(buffer.yDisp() + cell.row);
-    if (const term::TinyAtom atom = line[cell.column].payload(); atom != 0) {
-        int first = cell.column;
-        while (first > 0 && line[first - 1].payload() == atom) {
-            --first;
-        }
-        int end = cell.column + 1;
-        while (end < line.size() && line[end].payload() == atom) {
-            ++end;
-        }
-        const std::string_view url = terminal.linkUrl(atom);
-        TextLink link;
-        link.url = QString::fromUtf8(url.data(), static_cast<qsizetype>(url.size()));
-        return Hovered{link, place.line, first, place.line, end};
-    }
-    const WrappedText wrapped = wrappedText(buffer, buffer.yDisp() + cell.row);
-    const auto at = std::ranges::find(wrapped.places, place);
-    std::optional<TextLink> link = linkAt(wrapped.text, at - wrapped.places.begin());
-    if (!link) {
-        return {};
-    }
-    if (link->url.isEmpty()) {
-        QString path = link->path;
-        if (path.startsWith(u"~/")) {
-            path = QDir::homePath() + path.sliced(1);
-        }
-        const auto report = term::parseDirectoryReport(terminal.hostCurrentDirectory());
-        const QString folder = report ? QString::fromStdString(report->path) : m_session.directory().toLocalFile();
-        const QFileInfo file(QDir(folder), path);
-        if (!file.exists()) {
-            return {};
-        }
-        link->path = file.absoluteFilePath();
-    }
-    const term::TextPlace first = wrapped.places[static_cast<size_t>(link->first)];
-    const term::TextPlace last = wrapped.places[static_cast<size_t>(link->end - 1)];
-    return Hovered{*link, first.line, first.col, last.line, last.col + 1};
-}
-
 void TerminalView::setHovered(const std::optional<Hovered>& hovered) {
     if (hovered == m_hovered) {
         return;
     }
     m_hovered = hovered;
-    m_hoveredText = !hovered ? QString() : hovered->link.url.isEmpty() ? hovered->link.path : hovered->link.url;
+    m_hoveredText = hovered ? hovered->target() : QString();
     updatePointer();
     changed();
     Q_EMIT hoveredLinkChanged();
-}
-
-void TerminalView::activate(const TextLink& link) {
-    if (link.url.isEmpty()) {
-        Q_EMIT fileActivated(link.path, link.line, link.column);
-    } else {
-        Q_EMIT linkActivated(QUrl(link.url));
-    }
 }
 
 void TerminalView::updatePointer() {

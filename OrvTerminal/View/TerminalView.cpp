@@ -35,7 +35,11 @@ constexpr int gutterGap = 6;
 } // namespace
 
 TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuickItem* parent)
-    : QQuickItem(parent), m_session(session), m_style(style), m_find(new TerminalFind(session, this)) {
+    : QQuickItem(parent),
+      m_session(session),
+      m_style(style),
+      m_find(new TerminalFind(session, this)),
+      m_keyboardSelection(new KeyboardSelection(session, this)) {
     ORV_ASSERT_MAIN_THREAD();
     setFlags(ItemHasContents | ItemAcceptsInputMethod | ItemAcceptsDrops);
     setAcceptedMouseButtons(Qt::AllButtons);
@@ -60,6 +64,15 @@ TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuic
     connect(&session, &TerminalSession::outputReceived, this, [this] {
         m_isStale = true;
         requestFrame();
+        if (m_keyboardSelection->isActive()) {
+            followKeyboardSelection();
+        }
+    });
+    connect(m_keyboardSelection, &KeyboardSelection::moved, this, &TerminalView::followKeyboardSelection);
+    connect(m_keyboardSelection, &KeyboardSelection::activeChanged, this, [this] {
+        changed();
+        restartBlinking();
+        updateInputMethod(Qt::ImEnabled);
     });
     connect(&session, &TerminalSession::synchronizedOutputBegan, this, [this] {
         if (m_isStale && isShown()) {
@@ -129,7 +142,7 @@ bool TerminalView::isWaiting() const {
 
 bool TerminalView::isIdle() const {
     return !m_blinkTimer.isActive() && !m_textBlinkTimer.isActive() && !m_frameTimer.isActive() &&
-           !m_animation.isActive() && !m_dragTimer.isActive();
+           !m_animation.isActive() && !m_dragTimer.isActive() && !m_bell.isActive();
 }
 
 /// Something that the person did: shown with the next frame.
@@ -141,12 +154,17 @@ void TerminalView::changed() {
 }
 
 void TerminalView::requestFrame() {
-    if (!isShown() || m_frameTimer.isActive()) {
+    if (!isShown()) {
+        return;
+    }
+    const bool isEcho = std::exchange(m_awaitsEcho, false);
+    if (m_frameTimer.isActive() && !isEcho) {
         return;
     }
     const auto since = std::chrono::milliseconds(m_sinceFrame.isValid() ? m_sinceFrame.elapsed() : 1000);
     const auto interval = std::min(frameInterval + 2 * m_frameCost, longestFrameInterval);
-    if (since >= interval) {
+    if (since >= interval || isEcho) {
+        m_frameTimer.stop();
         polish();
     } else {
         m_frameTimer.start(interval - since);
@@ -170,8 +188,10 @@ void TerminalView::refresh() {
     m_isPictureNew = true;
     m_sinceFrame.start();
     const QRect before = m_picture.cursor().cells;
+    const std::int64_t firstBefore = m_picture.firstLine();
     m_picture.refresh(
-        m_session.terminal(), *m_glyphs, resolvedColors(), [this](std::int64_t line) { return marksOn(line); });
+        m_session.terminal(), *m_glyphs, resolvedColors(), [this](std::int64_t line) { return marksOn(line); },
+        m_keyboardSelection->isActive() ? std::optional(m_keyboardSelection->cursor()) : std::nullopt);
     m_gutter = gutter();
     const term::CursorStyle style = m_session.terminal().cursorStyle();
     const bool hasOtherStyle = std::exchange(m_cursorStyle, style) != style;
@@ -184,6 +204,9 @@ void TerminalView::refresh() {
     }
     followBlinkingText();
     followScroll();
+    if (m_choosesLink && m_picture.firstLine() != firstBefore) {
+        Q_EMIT linkHintsChanged();
+    }
     if (m_picture.background() != m_background) {
         m_background = m_picture.background();
         Q_EMIT backgroundChanged();
@@ -277,10 +300,16 @@ std::vector<LineMark> TerminalView::marksOn(std::int64_t line) const {
             }
         }
     }
-    if (m_hovered && line >= m_hovered->line && line <= m_hovered->endLine) {
-        const int first = line == m_hovered->line ? m_hovered->first : 0;
-        const int end = line == m_hovered->endLine ? m_hovered->end : columns;
-        marks.push_back({first, end, LineMark::Kind::link});
+    const auto markLink = [&](const Hovered& link) {
+        if (line >= link.line && line <= link.endLine) {
+            const int first = line == link.line ? link.first : 0;
+            const int end = line == link.endLine ? link.end : columns;
+            marks.push_back({first, end, LineMark::Kind::link});
+        }
+    };
+    std::ranges::for_each(m_links, markLink);
+    if (m_hovered) {
+        markLink(*m_hovered);
     }
     return marks;
 }
@@ -369,11 +398,15 @@ void TerminalView::clear() {
 }
 
 ScreenNode::CursorShape TerminalView::cursorShape() const {
-    if (!m_session.isAlive()) {
+    const bool isOwn = m_keyboardSelection->isActive();
+    if (!m_session.isAlive() && !isOwn) {
         return ScreenNode::CursorShape::none;
     }
     if (!hasActiveFocus()) {
         return ScreenNode::CursorShape::frame;
+    }
+    if (isOwn) {
+        return ScreenNode::CursorShape::block;
     }
     if (!m_isCursorOn) {
         return ScreenNode::CursorShape::none;
@@ -397,14 +430,16 @@ void TerminalView::restartBlinking() {
     const bool blinks = style == term::CursorStyle::blinkBlock || style == term::CursorStyle::blinkUnderline ||
                         style == term::CursorStyle::blinkBar;
     const int length = QGuiApplication::styleHints()->cursorFlashTime();
-    m_isCursorOn = true;
-    if (blinks && length > 0 && hasActiveFocus() && isShown() && m_picture.cursor().isShown && m_session.isAlive()) {
+    if (!std::exchange(m_isCursorOn, true)) {
+        update();
+    }
+    const bool isInUse = hasActiveFocus() && m_session.isAlive() && !m_keyboardSelection->isActive();
+    if (blinks && length > 0 && isInUse && isShown() && m_picture.cursor().isShown) {
         m_blinksLeft = mostBlinks;
         m_blinkTimer.start(length / 2);
     } else {
         m_blinkTimer.stop();
     }
-    update();
 }
 
 void TerminalView::blink() {
@@ -479,6 +514,7 @@ void TerminalView::followShown() {
     if (!isShown()) {
         m_frameTimer.stop();
         m_animation.stop();
+        m_bell.stop();
     }
     changed();
     restartBlinking();

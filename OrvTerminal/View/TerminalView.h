@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvTerminal/View/KeyTranslator.h"
+#include "OrvTerminal/View/KeyboardSelection.h"
 #include "OrvTerminal/View/Links.h"
 #include "OrvTerminal/View/ScreenNode.h"
 #include "OrvTerminal/View/ScreenPicture.h"
@@ -13,6 +14,7 @@
 #include <QQuickItem>
 #include <QTimer>
 #include <QUrl>
+#include <QVariantList>
 
 #include <atomic>
 #include <chrono>
@@ -22,6 +24,18 @@
 namespace orv {
 
 class TerminalSession;
+
+/// A link that is to be seen, and the letters that open it.
+struct LinkHint {
+    Q_GADGET
+    Q_PROPERTY(QString letters MEMBER letters FINAL)
+    Q_PROPERTY(QString target MEMBER target FINAL)
+    Q_PROPERTY(QPointF place MEMBER place FINAL)
+public:
+    QString letters; ///< those that are still to be typed
+    QString target;  ///< an address or a file
+    QPointF place;   ///< of its first cell, in the view
+};
 
 /// What a person sees of a session and types into. It belongs to the session, which outlives no view of it, and moves
 /// between the containers that show it. A main-thread item.
@@ -38,6 +52,9 @@ class TerminalView : public QQuickItem {
     Q_PROPERTY(QColor background READ background NOTIFY backgroundChanged FINAL)
     Q_PROPERTY(bool hasSelection READ hasSelection NOTIFY selectionChanged FINAL)
     Q_PROPERTY(QString hoveredLink READ hoveredLink NOTIFY hoveredLinkChanged FINAL)
+    Q_PROPERTY(orv::KeyboardSelection* keyboardSelection READ keyboardSelection CONSTANT FINAL)
+    Q_PROPERTY(bool choosesLink READ choosesLink NOTIFY linkHintsChanged FINAL)
+    Q_PROPERTY(QVariantList linkHints READ linkHints NOTIFY linkHintsChanged FINAL)
     Q_PROPERTY(int pasteLines READ pasteLines NOTIFY pasteQuestionChanged FINAL)
     Q_PROPERTY(QString programsCopy READ programsCopy NOTIFY programsCopyChanged FINAL)
 public:
@@ -86,6 +103,13 @@ public:
 
     [[nodiscard]] QString hoveredLink() const { return m_hoveredText; }
 
+    [[nodiscard]] KeyboardSelection* keyboardSelection() const { return m_keyboardSelection; }
+    /// Waits for the letters of a link that is to be opened; with Shift it is copied.
+    Q_INVOKABLE void chooseLink();
+    [[nodiscard]] bool choosesLink() const { return m_choosesLink; }
+    /// `LinkHint`s: the links in view whose letters begin as what was typed.
+    [[nodiscard]] QVariantList linkHints() const;
+
     // What it costs, since the beginning.
     [[nodiscard]] std::uint64_t paintedLines() const { return m_picture.paintedCount(); }
     [[nodiscard]] std::uint64_t madeTextures() const { return m_madeTextures; }
@@ -102,6 +126,7 @@ Q_SIGNALS:
     void backgroundChanged();
     void selectionChanged();
     void hoveredLinkChanged();
+    void linkHintsChanged();
     void pasteQuestionChanged();
     void programsCopyChanged();
     void linkActivated(const QUrl& url);
@@ -143,8 +168,10 @@ private:
         int first = 0;
         std::int64_t endLine = 0;
         int end = 0;
+        [[nodiscard]] QString target() const { return link.url.isEmpty() ? link.path : link.url; }
         bool operator==(const Hovered&) const = default;
     };
+    struct WrappedText;
     struct Cell {
         int column = 0;
         int row = 0;   ///< of the view
@@ -179,6 +206,10 @@ private:
 
     // TerminalView+Keyboard.cpp
     bool runShortcut(const QKeyEvent& event);
+    bool runSelectionKey(const QKeyEvent& event);
+    void followKeyboardSelection();
+    /// Keys go to the selection or to the choice of a link, and nothing goes to the shell.
+    [[nodiscard]] bool keepsKeys() const { return m_choosesLink || m_keyboardSelection->isActive(); }
     [[nodiscard]] static bool isForApplication(const QKeyEvent& event);
     void typed();
 
@@ -196,14 +227,24 @@ private:
     void scrollByDrag();
     void finishSelecting();
     void hover(QPointF place, Qt::KeyboardModifiers modifiers);
-    [[nodiscard]] std::optional<Hovered> linkUnder(const Cell& cell) const;
     void setHovered(const std::optional<Hovered>& hovered);
-    void activate(const TextLink& link);
     void updatePointer();
+
+    // TerminalView+Links.cpp
+    [[nodiscard]] WrappedText wrappedText(int index) const;
+    [[nodiscard]] Hovered namedLink(int index, int column) const;
+    [[nodiscard]] std::optional<Hovered> writtenLink(TextLink link, const WrappedText& text) const;
+    [[nodiscard]] std::optional<Hovered> linkUnder(const Cell& cell) const;
+    [[nodiscard]] std::vector<Hovered> linksInView() const;
+    [[nodiscard]] QString lettersOf(size_t link) const;
+    void typeLetter(const QKeyEvent& event);
+    void stopChoosing();
+    void activate(const TextLink& link);
 
     TerminalSession& m_session;
     TerminalStyle& m_style;
     TerminalFind* m_find;
+    KeyboardSelection* m_keyboardSelection;
     std::unique_ptr<GlyphCache> m_glyphs;
     ScreenPicture m_picture;
     QSizeF m_padding{18, 14};
@@ -213,6 +254,7 @@ private:
     bool m_isSizeStale = true;
     QTimer m_frameTimer;
     QElapsedTimer m_sinceFrame;
+    bool m_awaitsEcho = false; ///< what comes next answers a key: it is shown at once
     bool m_isPictureNew = false;
     std::chrono::milliseconds m_frameCost{0}; ///< from the look at the terminal until the scene had it
     std::uint64_t m_frames = 0;
@@ -253,6 +295,9 @@ private:
     std::optional<Hovered> m_hovered;
     std::optional<Hovered> m_pressedLink;
     QString m_hoveredText;
+    bool m_choosesLink = false;
+    std::vector<Hovered> m_links; ///< of which one may be chosen
+    QString m_typedLetters;
     QString m_pointerShape;
 };
 

@@ -38,6 +38,13 @@ struct TerminalFindElement {
     QML_UNCREATABLE("Belongs to a view")
 };
 
+struct KeyboardSelectionElement {
+    Q_GADGET
+    QML_FOREIGN(orv::KeyboardSelection)
+    QML_NAMED_ELEMENT(KeyboardSelection)
+    QML_UNCREATABLE("Belongs to a view")
+};
+
 struct TerminalViewElement {
     Q_GADGET
     QML_FOREIGN(orv::TerminalView)

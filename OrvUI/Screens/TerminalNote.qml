@@ -10,6 +10,7 @@ FocusScope {
     // What gives the same answer as the button while the keyboard stays with the terminal.
     property string keys
     property bool asks: true
+    property string glyph: asks || isError ? "circle-alert" : "circle-minus"
     property bool isError: false
     signal answered(bool isWanted)
 
@@ -41,7 +42,7 @@ FocusScope {
 
         Icon {
             anchors.verticalCenter: parent.verticalCenter
-            name: note.asks || note.isError ? "circle-alert" : "circle-minus"
+            name: note.glyph
             color: note.isError ? Theme.danger : note.asks ? Theme.warning : Theme.text2
         }
 

@@ -17,6 +17,8 @@ FocusScope {
             const shown = view.session;
             view.Accessible.role = Accessible.Terminal;
             view.Accessible.name = Qt.binding(() => shown.title);
+            const selection = view.keyboardSelection;
+            view.Accessible.description = Qt.binding(() => selection.spoken);
         }
     }
     signal linkActivated(url link)
@@ -125,6 +127,11 @@ FocusScope {
             padding: Qt.size(Theme.terminalPaddingX, Theme.terminalPaddingY)
         }
 
+        TerminalLinkHints {
+            anchors.fill: host
+            view: page.view
+        }
+
         TerminalScrollBar {
             anchors.top: host.top
             anchors.bottom: host.bottom
@@ -211,6 +218,20 @@ FocusScope {
             }
 
             TerminalNote {
+                visible: page.view !== null && page.view.keyboardSelection.active
+                asks: false
+                glyph: "copy"
+                text: qsTr("Arrows move, with Shift they select. %1 copies, %2 ends it.").arg(Keymap.text("selectCopy")).arg(Keymap.text("selectLeave"))
+            }
+
+            TerminalNote {
+                visible: page.view !== null && page.view.choosesLink
+                asks: false
+                glyph: "external-link"
+                text: page.view === null || page.view.linkHints.length === 0 ? qsTr("There is no such link to be seen. %1 ends it.").arg(Keymap.text("selectLeave")) : qsTr("Type the letters of a link to open it, with Shift to copy it. %1 ends it.").arg(Keymap.text("selectLeave"))
+            }
+
+            TerminalNote {
                 readonly property TerminalSession ended: page.session !== null && !page.session.isAlive ? page.session : null
                 readonly property string fault: ended?.startError ?? ""
 
@@ -268,6 +289,18 @@ FocusScope {
                 text: qsTr("Select last output")
                 shortcut: Keymap.text("terminalOutput")
                 onTriggered: page.view.selectOutput()
+            }
+
+            MenuRow {
+                text: qsTr("Select by keys")
+                shortcut: Keymap.text("terminalSelect")
+                onTriggered: page.view.keyboardSelection.start()
+            }
+
+            MenuRow {
+                text: qsTr("Open a link")
+                shortcut: Keymap.text("terminalLink")
+                onTriggered: page.view.chooseLink()
             }
 
             MenuLine {}

@@ -1,8 +1,10 @@
+#include "OrvTerminal/View/DrawnGlyphs.h"
 #include "tests/OrvTerminal/ViewFixture.h"
 
 #include <QFile>
 #include <QGuiApplication>
 #include <QPainter>
+#include <QRawFont>
 #include <QStyleHints>
 
 #include <array>
@@ -74,11 +76,60 @@ protected:
         feed({bytes.constData(), static_cast<size_t>(bytes.size())});
         return shown();
     }
+    /// Shows what a program wrote as it did, in the sizes that the terminal had meanwhile.
+    void replay(const char* name) {
+        const auto read = [&](const char* suffix) {
+            QFile file(
+                test::sourcePath(u"tests/TermEngine/recordings/"_s + QLatin1StringView(name) + QLatin1String(suffix)));
+            EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
+            return file.readAll();
+        };
+        const QByteArray bytes = read(".bytes");
+        const QByteArray screen = read(".screen");
+        // "size 80x24 5100 100x30"
+        const QByteArrayList words = screen.first(screen.indexOf('\n')).split(' ');
+        session = std::make_unique<TerminalSession>(QUrl::fromLocalFile(home.path()), queue);
+        host.setSession(session.get());
+        qsizetype fed = 0;
+        for (qsizetype word = 1; word < words.size(); word += 2) {
+            const QByteArrayList size = words.at(word).split('x');
+            window.resize(size.at(0).toInt() * view().cell().width, size.at(1).toInt() * view().cell().height);
+            host.setSize(window.size());
+            shown();
+            ASSERT_EQ(terminal().cols(), size.at(0).toInt()) << name;
+            ASSERT_EQ(terminal().rows(), size.at(1).toInt()) << name;
+            const qsizetype end = word + 1 < words.size() ? words.at(word + 1).toInt() : bytes.size();
+            feed({bytes.constData() + fed, static_cast<size_t>(end - fed)});
+            fed = end;
+        }
+    }
+    /// Covers what neither the shipped font has nor we draw, and the room beside it, into which a wider letter goes:
+    /// each machine has another font for it. Returns how many cells these are.
+    int coverForeign(QImage& picture) {
+        const QRawFont font = QRawFont::fromFont(QFont(style.family()));
+        const term::Buffer& buffer = terminal().buffer();
+        int covered = 0;
+        for (int row = 0; row < terminal().rows(); ++row) {
+            const term::BufferLine& line = buffer.line(row);
+            for (int column = 0; column < terminal().cols(); ++column) {
+                char32_t memory = 0;
+                const std::u32string_view scalars = buffer.cellArena().scalarValues(line[column], memory);
+                const auto isForeign = [&](char32_t scalar) {
+                    return scalar > 0 && !font.supportsCharacter(scalar) && !isDrawnGlyph(scalar);
+                };
+                if (!line[column].isSpacer() && std::ranges::any_of(scalars, isForeign)) {
+                    QPainter(&picture).fillRect(cellRect(column, row, 2), Qt::gray);
+                    ++covered;
+                }
+            }
+        }
+        return covered;
+    }
     /// Compares with what is stored; or stores it, where that is asked for.
     void compare(const char* name, const QImage& picture) const {
         const QString path = pathOf(name, ".png");
         if (qEnvironmentVariableIsSet("ORV_UPDATE_PICTURES")) {
-            ASSERT_TRUE(picture.save(path)) << name;
+            ASSERT_TRUE(picture.save(path, "PNG", 0)) << name;
             return;
         }
         const QImage stored(path);
@@ -134,6 +185,32 @@ TEST_F(TerminalPictures, ShowWhatIsStoredAndNotOneCellMore) {
             EXPECT_GT(difference(draw(changed), picture, view().cell().size()).worst, tolerance)
                 << row.recording << ": " << change.from;
         }
+    }
+}
+
+TEST_F(TerminalPictures, ShowWhatRealProgramsDraw) {
+    struct Row {
+        const char* recording;
+        int covered; ///< cells with characters that the font lacks
+    };
+    const std::array rows{
+        Row{"vim", 5},   Row{"vim-resized", 6},   Row{"tmux", 3},     Row{"htop", 0},
+        Row{"less", 40}, Row{"top", 0},           Row{"nano", 0},     Row{"mc", 0},
+        Row{"emacs", 0}, Row{"emacs-windows", 2}, Row{"python", 11},  Row{"ls", 6},
+        Row{"zsh", 4},   Row{"git-diff", 7},      Row{"unicode", 34}, Row{"cat-resized", 28},
+    };
+    style.setFontSize(10);
+    for (const Row& row : rows) {
+        replay(row.recording);
+        ASSERT_TRUE(test::waitFor([this] { return view().isIdle(); })) << row.recording << ": no bell flashes any more";
+        QImage picture = shown();
+        EXPECT_EQ(coverForeign(picture), row.covered) << row.recording;
+        compare(row.recording, picture);
+        // A single point somewhere is seen.
+        feed("\x1b[m\x1b[6;7H.");
+        QImage changed = shown();
+        coverForeign(changed);
+        EXPECT_GT(difference(changed, picture, view().cell().size()).worst, tolerance) << row.recording;
     }
 }
 

@@ -107,6 +107,110 @@ TEST_F(TerminalViews, SelectWithTheMouse) {
     EXPECT_FALSE(view().hasSelection()) << "a click ends it";
 }
 
+TEST_F(TerminalViews, SelectByKeys) {
+    for (int line = 0; line < 30; ++line) {
+        terminal().feed("\x1b]133;A\x07history " + std::to_string(line) + "\x1b]133;C\x07\r\n");
+    }
+    feed("one two-three  four\r\nsecond 漢字 line\r\n\r\nlast");
+    struct Press {
+        int key;
+        Qt::KeyboardModifiers modifiers{};
+    };
+    constexpr Qt::KeyboardModifiers none{}, shift = Qt::ShiftModifier, ctrl = Qt::ControlModifier;
+    struct Row {
+        const char* label;
+        std::vector<Press> keys; ///< from behind the last character
+        QString selected;
+    };
+    const std::array rows{
+        Row{"back by characters", {{Qt::Key_Left, shift}, {Qt::Key_Left, shift}}, u"st"_s},
+        Row{"there and back", {{Qt::Key_Left}, {Qt::Key_Left, shift}, {Qt::Key_Right, shift}}, u"t"_s},
+        Row{"over a line's end", {{Qt::Key_Home}, {Qt::Key_Left, shift}, {Qt::Key_Left, shift}}, u"e\n\nl"_s},
+        Row{"up", {{Qt::Key_Home}, {Qt::Key_Up}, {Qt::Key_Up}, {Qt::Key_End, shift}}, u"second 漢字 line"_s},
+        Row{"a wide character",
+            {{Qt::Key_Up}, {Qt::Key_Up}, {Qt::Key_End}, {Qt::Key_Left, ctrl}, {Qt::Key_Left}, {Qt::Key_Left, shift}},
+            u"字 "_s},
+        Row{"back by words", {{Qt::Key_Left, ctrl | shift}, {Qt::Key_Left, ctrl | shift}}, u"line\n\nlast"_s},
+        Row{"on by words",
+            {{Qt::Key_Up},
+             {Qt::Key_Up},
+             {Qt::Key_Up},
+             {Qt::Key_Home},
+             {Qt::Key_Right, ctrl},
+             {Qt::Key_Right, ctrl | shift}},
+            u"two-three  f"_s},
+        Row{"as in vi",
+            {{Qt::Key_K},
+             {Qt::Key_K},
+             {Qt::Key_K},
+             {Qt::Key_0},
+             {Qt::Key_W},
+             {Qt::Key_V},
+             {Qt::Key_W},
+             {Qt::Key_H},
+             {Qt::Key_H}},
+            u"two-three "_s},
+        Row{"a mark, and no more", {{Qt::Key_Space}, {Qt::Key_Left}, {Qt::Key_Space}}, {}},
+        Row{"plain moves end it", {{Qt::Key_Left, shift}, {Qt::Key_Left}}, {}},
+        Row{"lines", {{Qt::Key_V, shift}, {Qt::Key_Up}, {Qt::Key_Up}}, u"second 漢字 line\n\nlast"_s},
+        Row{"a rectangle",
+            {{Qt::Key_Home},
+             {Qt::Key_V, ctrl},
+             {Qt::Key_Right},
+             {Qt::Key_Right},
+             {Qt::Key_Up},
+             {Qt::Key_Up},
+             {Qt::Key_Up}},
+            u"one\nsec\n\nlas"_s},
+        Row{"its other end", {{Qt::Key_Left}, {Qt::Key_V}, {Qt::Key_Left}, {Qt::Key_O}, {Qt::Key_Left}}, u"s"_s},
+        Row{"to a prompt", {{Qt::Key_Up, ctrl}, {Qt::Key_End, shift}}, u"history 29"_s},
+        Row{"all", {{Qt::Key_Home, ctrl}, {Qt::Key_End, shift}}, u"history 0"_s},
+        Row{"the end", {{Qt::Key_G}, {Qt::Key_G, shift}, {Qt::Key_B, none}, {Qt::Key_End, ctrl | shift}}, u"last"_s},
+    };
+    for (const Row& row : rows) {
+        QTest::keyClick(&window, Qt::Key_Space, ctrl | shift);
+        ASSERT_TRUE(view().keyboardSelection()->isActive()) << row.label;
+        for (const Press& press : row.keys) {
+            QTest::keyClick(&window, static_cast<Qt::Key>(press.key), press.modifiers);
+        }
+        EXPECT_EQ(view().selectedText(), row.selected) << row.label;
+        QTest::keyClick(&window, Qt::Key_Escape);
+        EXPECT_FALSE(view().keyboardSelection()->isActive()) << row.label;
+        EXPECT_FALSE(view().hasSelection()) << row.label;
+        view().scrollTo(view().historyLines());
+    }
+
+    // Its cursor is to be seen, and nothing that is typed goes to the shell.
+    startShell();
+    const QString before = session->outputForTesting();
+    QTest::keyClick(&window, Qt::Key_Space, ctrl | shift);
+    QTest::keyClick(&window, Qt::Key_Home, ctrl);
+    EXPECT_EQ(view().topLine(), 0);
+    EXPECT_EQ(view().keyboardSelection()->spoken(), u"history 0"_s);
+    EXPECT_GT(pixelsOf(shown(), cellRect(0, 0), style.colors().cursor), areaOf(cellRect(0, 0)) / 2);
+    terminal().feed(std::string(500, '\n'));
+    feed("output");
+    EXPECT_EQ(view().topLine(), 0) << "output leaves it where it is";
+    QTest::keyClick(&window, Qt::Key_X);
+    QTest::keyClick(&window, Qt::Key_End, shift);
+    EXPECT_FALSE(view().inputMethodQuery(Qt::ImEnabled).toBool());
+    QTest::keyClick(&window, Qt::Key_Return);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), u"history 0"_s);
+    EXPECT_FALSE(view().keyboardSelection()->isActive());
+    QTest::keyClick(&window, Qt::Key_Space, ctrl | shift);
+    QTest::mouseClick(&window, Qt::LeftButton, {}, middleOf(3, 3));
+    EXPECT_FALSE(view().keyboardSelection()->isActive()) << "the mouse takes over";
+    for (const char key : "echo a''b") {
+        if (key != '\0') {
+            QTest::keyClick(&window, key);
+        }
+    }
+    QTest::keyClick(&window, Qt::Key_Return);
+    EXPECT_TRUE(test::waitFor([this] { return session->outputForTesting().contains(u"echo a''b\nab\n"_s); }))
+        << session->outputForTesting().toStdString();
+    EXPECT_FALSE(session->outputForTesting().contains(u"xecho"_s));
+}
+
 TEST_F(TerminalViews, TellProgramsOfTheMouse) {
     startShell();
     session->send(u"stty -echo; printf '\\033[?1002h\\033[?1006h\\033[2J'; cat -v\n"_s);
@@ -259,6 +363,59 @@ TEST_F(TerminalViews, OpenLinksWithTheModifier) {
     EXPECT_EQ(links.at(1).at(0).toUrl(), QUrl(u"https://b.example"_s));
     ASSERT_EQ(files.count(), 1);
     EXPECT_EQ(files.at(0), (QVariantList{home.path(u"src/main.cpp"_s), 12, 3}));
+}
+
+TEST_F(TerminalViews, OpenLinksByTheirLetters) {
+    home.add(u"src/main.cpp"_s, "x");
+    feed("https://gone.example\x1b[2J\x1b[Hgo https://a.example/x now src/none.cpp\r\nsrc/main.cpp:12:3\r\n"
+         "\x1b]8;;https://b.example\x1b\\https://a.example\x1b]8;;\x1b\\");
+    QSignalSpy links(&view(), &TerminalView::linkActivated);
+    QSignalSpy files(&view(), &TerminalView::fileActivated);
+    const auto choose = [this] {
+        QTest::keyClick(&window, Qt::Key_E, Qt::ControlModifier | Qt::ShiftModifier);
+        QStringList targets;
+        for (const QVariant& hint : view().linkHints()) {
+            targets.append(hint.value<LinkHint>().target);
+        }
+        return targets;
+    };
+    const QStringList targets = choose();
+    EXPECT_EQ(targets, (QStringList{u"https://a.example/x"_s, home.path(u"src/main.cpp"_s), u"https://b.example"_s}));
+    const auto hint = view().linkHints().at(1).value<LinkHint>();
+    EXPECT_EQ(hint.place, view().placeOf(0, 1));
+    QTest::keyClick(&window, hint.letters.at(0).toLatin1());
+    ASSERT_EQ(files.count(), 1);
+    EXPECT_EQ(files.at(0), (QVariantList{home.path(u"src/main.cpp"_s), 12, 3}));
+    EXPECT_FALSE(view().choosesLink());
+    choose();
+    QTest::keyClick(&window, view().linkHints().at(2).value<LinkHint>().letters.at(0).toLatin1());
+    ASSERT_EQ(links.count(), 1);
+    EXPECT_EQ(links.at(0).at(0).toUrl(), QUrl(u"https://b.example"_s));
+    choose();
+    QTest::keyClick(
+        &window, view().linkHints().at(0).value<LinkHint>().letters.at(0).toUpper().toLatin1(), Qt::ShiftModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), u"https://a.example/x"_s);
+    choose();
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(view().choosesLink());
+    EXPECT_TRUE(view().linkHints().isEmpty());
+
+    // More links than letters.
+    std::string many;
+    for (int link = 0; link < 30; ++link) {
+        many += "\x1b]8;;https://example/" + std::to_string(link) + "\x1b\\x\x1b]8;;\x1b\\ ";
+    }
+    feed("\x1b[2J\x1b[H" + many);
+    EXPECT_EQ(choose().size(), 30);
+    const QString letters = view().linkHints().at(27).value<LinkHint>().letters;
+    ASSERT_EQ(letters.size(), 2);
+    QTest::keyClick(&window, letters.at(0).toLatin1());
+    EXPECT_EQ(view().linkHints().size(), 4) << "those that begin with it";
+    QTest::keyClick(&window, Qt::Key_1);
+    QTest::keyClick(&window, letters.at(1).toLatin1());
+    EXPECT_EQ(links.last().at(0).toUrl(), QUrl(u"https://example/27"_s));
+    EXPECT_EQ(links.count(), 2);
+    EXPECT_EQ(files.count(), 1);
 }
 
 TEST_F(TerminalViews, ScrollThroughTheHistoryAndBack) {

@@ -215,6 +215,17 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     EXPECT_FALSE(view->find()->isActive());
     EXPECT_TRUE(waitFor([&] { return view->hasActiveFocus(); }));
 
+    // Without the mouse: each says how it goes on and how it ends.
+    QTest::keyClick(window, Qt::Key_Space, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_NE(shown(u"Arrows move, with Shift they select. Enter copies, Esc ends it."_s), nullptr);
+    QTest::keyClick(window, Qt::Key_Escape);
+    session->terminal().feed("\r\nhttps://a.example ");
+    QTest::keyClick(window, Qt::Key_E, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_NE(shown(u"Type the letters of a link to open it, with Shift to copy it. Esc ends it."_s), nullptr);
+    EXPECT_NE(shown(u"a"_s), nullptr) << "its letter stands beside it";
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_EQ(shown(u"a"_s), nullptr);
+
     session->send(u"exit 3\n"_s);
     EXPECT_TRUE(
         waitFor([&] { return shown(u"The shell has ended with code 3. Press Return to start again."_s) != nullptr; }));

@@ -141,7 +141,11 @@ AppModel::Options WindowShell::modelOptions() {
     AppModel::Options options;
     options.notifier = makeSystemNotifier();
     options.login = makeLoginItem();
-    options.appIsActive = [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; };
+    // One that was just hidden has the focus for a moment still.
+    options.appIsActive = [] {
+        const QWindow* focused = QGuiApplication::focusWindow();
+        return focused != nullptr && focused->isVisible();
+    };
     return options;
 }
 

@@ -1,5 +1,6 @@
 #include "QuickPanel.h"
 
+#include "OrvLauncher/platform/Compositing.h"
 #include "OrvUI/AppModel.h"
 
 #include <QGuiApplication>
@@ -8,12 +9,17 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <chrono>
 
 namespace orv {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
+
+/// Until the focus has settled: another window may still be losing or getting it.
+constexpr auto openingTime = 400ms;
 
 constexpr int fromRight = 12;
 constexpr int fromTop = 8;
@@ -61,17 +67,24 @@ void QuickPanel::make() {
     connect(root, SIGNAL(settingsAsked()), this, SIGNAL(settingsAsked()));
     connect(root, SIGNAL(quitAsked()), this, SIGNAL(quitAsked()));
     connect(root, SIGNAL(closeAsked()), this, SLOT(hide()));
-    connect(m_view.get(), &QQuickView::activeChanged, this, [this] {
-        if (!m_view->isActive()) {
-            hide();
-        }
-    });
+    connect(m_view.get(), &QQuickView::activeChanged, this, &QuickPanel::activeChanged);
     // The lists grow while it is open.
     connect(m_view.get(), &QQuickView::heightChanged, this, [this] {
         if (const QScreen* screen = m_view->screen(); isShown() && screen != nullptr) {
             m_view->setPosition(position(m_view->size(), m_icon, screen->availableGeometry()));
         }
     });
+}
+
+void QuickPanel::activeChanged() {
+    if (m_view->isActive() || !isShown()) {
+        return;
+    }
+    if (m_opening.hasExpired()) {
+        hide();
+    } else {
+        m_view->requestActivate();
+    }
 }
 
 void QuickPanel::toggle(const QRect& icon) {
@@ -82,6 +95,9 @@ void QuickPanel::toggle(const QRect& icon) {
     if (!m_view) {
         make();
     }
+    if (m_view->rootObject() == nullptr) {
+        return;
+    }
     m_icon = icon;
     m_model.refresh(); // it may be all that anybody looks at for days
     QScreen* screen = icon.isEmpty() ? nullptr : QGuiApplication::screenAt(icon.center());
@@ -90,6 +106,9 @@ void QuickPanel::toggle(const QRect& icon) {
         m_view->setScreen(screen);
         m_view->setPosition(position(m_view->size(), icon, screen->availableGeometry()));
     }
+    m_opening.setRemainingTime(openingTime);
+    // What lies outside of round corners would be black.
+    m_view->rootObject()->setProperty("square", !hasCompositor());
     m_view->show();
     m_view->raise();
     m_view->requestActivate();

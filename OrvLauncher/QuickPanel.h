@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QRect>
 
@@ -34,11 +35,13 @@ Q_SIGNALS:
 
 private:
     void make();
+    void activeChanged();
 
     AppModel& m_model;
     QQmlEngine& m_engine;
     std::unique_ptr<QQuickView> m_view;
     QRect m_icon;
+    QDeadlineTimer m_opening;
 };
 
 } // namespace orv

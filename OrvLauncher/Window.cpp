@@ -101,6 +101,7 @@ private:
     void makeTrayItem();
     void awaitTray(QDeadlineTimer limit);
     void applyShortcut();
+    void showShortcut();
     static QString noteOf(HotKey::State state);
     void showWindow();
     void makeVisible();
@@ -140,7 +141,11 @@ AppModel::Options WindowShell::modelOptions() {
     AppModel::Options options;
     options.notifier = makeSystemNotifier();
     options.login = makeLoginItem();
-    options.appIsActive = [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; };
+    // One that was just hidden has the focus for a moment still.
+    options.appIsActive = [] {
+        const QWindow* focused = QGuiApplication::focusWindow();
+        return focused != nullptr && focused->isVisible();
+    };
     return options;
 }
 
@@ -276,19 +281,29 @@ void WindowShell::applyShortcut() {
     if (!isWanted) {
         m_hotKey.reset();
     } else if (!m_hotKey) {
-        m_hotKey.emplace([this] { togglePanel(); });
+        m_hotKey.emplace([this] { togglePanel(); }, [this] { showShortcut(); });
     }
+    showShortcut();
+}
+
+void WindowShell::showShortcut() {
     m_window->setProperty("shortcutNote", m_hotKey ? noteOf(m_hotKey->state()) : QString());
+    m_window->setProperty("shortcutTrigger", m_hotKey ? m_hotKey->trigger() : QString());
 }
 
 QString WindowShell::noteOf(HotKey::State state) {
     switch (state) {
+    case HotKey::State::asking:
     case HotKey::State::registered:
         return {};
     case HotKey::State::taken:
         return tr("Another application holds ⌃⌥⌘L. The panel still opens from the menu bar.");
     case HotKey::State::noKey:
         return tr("This keyboard has no key that types an L. The panel still opens from the menu bar.");
+    case HotKey::State::declined:
+        return tr(
+            "The desktop gave OrvLauncher no key for the panel. Turn this off and on to be asked again, or give a "
+            "key the command “orvlauncher toggle” in the settings of the desktop.");
     case HotKey::State::unsupported:
         return tr("This desktop gives its keys to no application. Give one the command “orvlauncher toggle” in the "
                   "settings of the desktop.");

@@ -15,8 +15,8 @@ namespace orv {
 
 namespace {
 
-/// What Qt says of a control, but for the role. Qt's own interface is looked up by its number, for nobody knows in
-/// which order the two of a control are deleted.
+/// What Qt says of a control, but for the role, and for texts in it that its name says already. Qt's own interface is
+/// looked up by its number, for nobody knows in which order the two of a control are deleted.
 class ControlInterface : public QAccessibleInterface {
 public:
     explicit ControlInterface(QAccessibleInterface& qt) : m_object(qt.object()), m_id(QAccessible::uniqueId(&qt)) {}
@@ -41,12 +41,10 @@ public:
         return ask(&QAccessibleInterface::childAt, x, y);
     }
     [[nodiscard]] QAccessibleInterface* parent() const override { return ask(&QAccessibleInterface::parent); }
-    [[nodiscard]] QAccessibleInterface* child(int index) const override {
-        return ask(&QAccessibleInterface::child, index);
-    }
-    [[nodiscard]] int childCount() const override { return ask(&QAccessibleInterface::childCount); }
+    [[nodiscard]] QAccessibleInterface* child(int index) const override { return children().value(index); }
+    [[nodiscard]] int childCount() const override { return static_cast<int>(children().size()); }
     [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override {
-        return ask(&QAccessibleInterface::indexOfChild, child);
+        return static_cast<int>(children().indexOf(child));
     }
     [[nodiscard]] QString text(QAccessible::Text kind) const override { return ask(&QAccessibleInterface::text, kind); }
     void setText(QAccessible::Text kind, const QString& text) override {
@@ -61,6 +59,21 @@ public:
     }
 
 private:
+    [[nodiscard]] QList<QAccessibleInterface*> children() const {
+        const QString name = text(QAccessible::Name);
+        QList<QAccessibleInterface*> found;
+        const int count = ask(&QAccessibleInterface::childCount);
+        for (int i = 0; i < count; ++i) {
+            QAccessibleInterface* child = ask(&QAccessibleInterface::child, i);
+            const bool isSaid = child != nullptr && child->role() == QAccessible::StaticText &&
+                                name.contains(child->text(QAccessible::Name));
+            if (!isSaid) {
+                found.append(child);
+            }
+        }
+        return found;
+    }
+
     /// What Qt's own says; nothing where that is gone.
     template <typename Function, typename... Arguments>
     std::invoke_result_t<Function, QAccessibleInterface*, const Arguments&...> ask(

@@ -13,4 +13,8 @@ Text {
     lineHeight: Theme.lineHeight(role)
     topPadding: Theme.lead(role)
     bottomPadding: -Theme.lead(role)
+    // Qt tells of no text by itself.
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+    Accessible.ignored: text.length === 0
 }

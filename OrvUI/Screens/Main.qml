@@ -18,6 +18,8 @@ Window {
     readonly property bool wide: width >= Theme.wideLimit
     // Why the quick panel's key is not this application's; empty where it is.
     property string shortcutNote
+    // The key that the desktop gives it instead, in its words; empty where it is the usual one.
+    property string shortcutTrigger
     signal closeAsked
     signal quitAsked
     // For the folder that is scanned.

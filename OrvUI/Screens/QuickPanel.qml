@@ -7,6 +7,8 @@ FocusScope {
     id: panel
 
     required property AppModel model
+    // Where nothing but the panel can be seen through its window's corners.
+    property bool square: false
     readonly property bool empty: running.count === 0 && pinned.count === 0 && tasks.count === 0
     readonly property int shownPins: 3
     readonly property int shownServices: 5
@@ -32,7 +34,7 @@ FocusScope {
 
     Rectangle {
         anchors.fill: parent
-        radius: Theme.radiusCard
+        radius: panel.square ? 0 : Theme.radiusCard
         color: Theme.raised
         border.width: Theme.hairline
         border.color: Theme.borderStrong

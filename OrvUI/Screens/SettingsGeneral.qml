@@ -9,6 +9,8 @@ Column {
     required property SettingsForm form
     // Another application holds the quick panel's key.
     property string shortcutNote: (Window.window as Main)?.shortcutNote ?? ""
+    // What it gives instead, where the user chooses it there.
+    property string shortcutTrigger: (Window.window as Main)?.shortcutTrigger ?? ""
     signal folderRequested
 
     spacing: Theme.space28
@@ -65,8 +67,8 @@ Column {
 
             SettingSwitch {
                 title: qsTr("Quick panel shortcut")
-                text: qsTr("Opens the panel from anywhere")
-                keys: Keymap.keysOf("quickPanel")
+                text: section.shortcutTrigger.length > 0 ? qsTr("Opens the panel from anywhere, by %1").arg(section.shortcutTrigger) : qsTr("Opens the panel from anywhere")
+                keys: section.shortcutTrigger.length > 0 ? [] : Keymap.keysOf("quickPanel")
                 on: section.form.quickPanelShortcut
                 onToggled: on => section.form.quickPanelShortcut = on
             }

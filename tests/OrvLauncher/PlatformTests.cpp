@@ -1,39 +1,17 @@
 #include "OrvLauncher/platform/linux/AutostartEntry.h"
 #include "OrvLauncher/platform/linux/DesktopNotifier.h"
+#include "tests/OrvLauncher/PrivateBus.h"
 #include "tests/support/TestSupport.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QFile>
-#include <QProcess>
 
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 using namespace orv;
 using namespace orv::test;
-
-namespace {
-
-/// A bus of its own; gone with the object.
-class PrivateBus {
-public:
-    PrivateBus() {
-        m_daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        EXPECT_TRUE(m_daemon.waitForReadyRead());
-        address = QString::fromUtf8(m_daemon.readLine()).trimmed();
-    }
-    ~PrivateBus() {
-        m_daemon.kill();
-        m_daemon.waitForFinished();
-    }
-    QString address;
-
-private:
-    QProcess m_daemon;
-};
-
-} // namespace
 
 /// A server of notifications that keeps what it gets.
 class StandInServer : public QObject, protected QDBusContext {

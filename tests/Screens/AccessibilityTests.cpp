@@ -22,7 +22,7 @@ protected:
     ~AccessibleWindow() override { QAccessible::setActive(false); }
 
     /// Notes what is wrong with the items of the screen: whatever can have the focus, and every control that the
-    /// pointer alone reaches, has a name and says what it is.
+    /// pointer alone reaches, has a name and says what it is; no text is silent.
     void look(const QString& screen) {
         int seen = 0;
         lookAt(screen, window->contentItem(), seen);
@@ -69,8 +69,24 @@ private:
                                       .arg(name));
                 }
             }
+            if (item->inherits("QQuickText") && isSilent(item)) {
+                faults.append(u"%1: %2, text \"%3\""_s.arg(screen, pathOf(item), item->property("text").toString()));
+            }
             lookAt(screen, item, seen);
         }
+    }
+
+    /// Neither it nor what it stands in says anything.
+    [[nodiscard]] static bool isSilent(QQuickItem* text) {
+        for (QQuickItem* item = text; item != nullptr; item = item->parentItem()) {
+            QAccessibleInterface* told = QAccessible::queryAccessibleInterface(item);
+            const bool isText = told != nullptr && (told->role() == QAccessible::StaticText ||
+                                                    told->role() == QAccessible::Heading || isControl(told->role()));
+            if (isText && !told->text(QAccessible::Name).isEmpty()) {
+                return false;
+            }
+        }
+        return !text->property("text").toString().isEmpty();
     }
 
     [[nodiscard]] static QString pathOf(const QQuickItem* item) {

@@ -145,17 +145,19 @@ QList<AccessibleTree::Item> AccessibleTree::items(const QString& application) co
 }
 
 std::optional<AccessibleTree::Item> AccessibleTree::find(const QString& application, const QString& name) const {
-    std::optional<Item> found;
+    std::optional<Item> control;
+    std::optional<Item> text;
     visit(application, [&](const Reference& reference, const QString& its) {
         if (its == name) {
-            found = itemOf(reference, its);
-            if (!found->place.isValid()) {
-                found.reset();
+            const Item found = itemOf(reference, its);
+            std::optional<Item>& place = found.role == u"label" ? text : control;
+            if (found.place.isValid() && !place) {
+                place = found;
             }
         }
-        return !found;
+        return !control;
     });
-    return found;
+    return control ? control : text;
 }
 
 } // namespace orv::test

@@ -29,7 +29,7 @@ public:
 
     /// Everything that has a place on the screen, from all windows of the application of that name that are shown.
     [[nodiscard]] QList<Item> items(const QString& application) const;
-    /// The first of them with that name.
+    /// The first of them with that name, controls before texts.
     [[nodiscard]] std::optional<Item> find(const QString& application, const QString& name) const;
     /// Whether the application knows itself to have the focus.
     [[nodiscard]] bool isActive(const QString& application) const;

@@ -133,18 +133,21 @@ bool Desktop::clickShows(const QString& name, const QString& expected) {
 }
 
 QStringList Desktop::unnamed() const {
-    static const QStringList controls{u"push button"_s, u"check box"_s, u"radio button"_s, u"link"_s,
-                                      u"page tab"_s,    u"list item"_s, u"menu item"_s,    u"text"_s};
+    static const QStringList controls{u"push button"_s, u"check box"_s, u"radio button"_s, u"link"_s, u"page tab"_s,
+                                      u"list item"_s,   u"menu item"_s, u"text"_s,         u"label"_s};
     QStringList found;
     QString before;
     int shown = 0;
+    int texts = 0;
     for (const AccessibleTree::Item& item : accessible->items(u"OrvLauncher"_s)) {
         if (item.isShowing && item.name.trimmed().isEmpty() && controls.contains(item.role)) {
             found.append(item.role + u" after "_s + before);
         }
         before = item.name;
         shown += item.isShowing ? 1 : 0;
+        texts += item.isShowing && item.role == u"label" ? 1 : 0;
     }
+    EXPECT_GT(texts, 2) << "of what is showing";
     EXPECT_GT(shown, 10) << "of what is showing";
     return found;
 }

@@ -52,7 +52,7 @@ protected:
     [[nodiscard]] bool hasPanel() const { return !desktop.windows(u"Quick panel"_s).isEmpty(); }
     /// The keys go to the application, as far as it knows.
     [[nodiscard]] bool isActive() const { return accessible->isActive(u"OrvLauncher"_s); }
-    /// Controls without a name, by their role and what stands before them.
+    /// Controls and texts without a name, by their role and what stands before them.
     [[nodiscard]] QStringList unnamed() const;
     /// The names of everything on the screen, and the settings: what a failure is explained by.
     [[nodiscard]] std::string seen() const;

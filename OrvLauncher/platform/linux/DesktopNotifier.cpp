@@ -4,11 +4,7 @@
 #include "OrvLauncher/platform/ActivationToken.h"
 #include "OrvLauncher/platform/SystemNotifier.h"
 
-#include <QDBusPendingCallWatcher>
-#include <QUuid>
-
 #include <algorithm>
-#include <thread>
 
 namespace orv {
 
@@ -27,17 +23,7 @@ constexpr qsizetype longestBody = 600;
 } // namespace
 
 DesktopNotifier::DesktopNotifier(QString busAddress, std::chrono::milliseconds limit, QObject* parent)
-    : QObject(parent),
-      m_busAddress(std::move(busAddress)),
-      m_limitMilliseconds(static_cast<int>(limit.count())),
-      m_busName(u"orv-notifications-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces)) {}
-
-DesktopNotifier::~DesktopNotifier() {
-    *m_isWanted = false;
-    if (m_bus) {
-        QDBusConnection::disconnectFromBus(m_busName);
-    }
-}
+    : QObject(parent), m_bus(std::move(busAddress), static_cast<int>(limit.count())) {}
 
 void DesktopNotifier::post(const NotificationRequest& request) {
     ORV_ASSERT_MAIN_THREAD();
@@ -59,34 +45,14 @@ void DesktopNotifier::findStatus(Ask, Answer answer) {
     askServer();
 }
 
-/// The thread may hang as long as the bus does; nobody waits for it.
-void DesktopNotifier::connectToBus() {
-    const auto promise = std::make_shared<QPromise<QDBusConnection>>();
-    promise->start();
-    onFinished(promise->future(), this, [this](const QDBusConnection& bus) { takeBus(bus); });
-    std::thread([promise, name = m_busName, address = m_busAddress, isWanted = m_isWanted] {
-        promise->addResult(
-            address.isEmpty() ? QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)
-                              : QDBusConnection::connectToBus(address, name));
-        promise->finish();
-        if (!*isWanted) {
-            QDBusConnection::disconnectFromBus(name);
-        }
-    }).detach();
-}
-
-void DesktopNotifier::takeBus(const QDBusConnection& bus) {
-    if (!bus.isConnected()) {
-        QDBusConnection::disconnectFromBus(m_busName);
+void DesktopNotifier::takeBus(bool isOpen) {
+    if (!isOpen) {
         settle({});
         return;
     }
-    m_bus = bus;
-    // Of any sender: to be told of one by its name, Qt would wait for the bus to say who that is.
-    m_bus->connect({}, path, service, u"ActivationToken"_s, this, SLOT(activationToken(uint, QString, QDBusMessage)));
-    m_bus->connect({}, path, service, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString, QDBusMessage)));
-    m_bus->connect(
-        {}, path, service, u"NotificationClosed"_s, this, SLOT(notificationClosed(uint, uint, QDBusMessage)));
+    m_bus.listen(path, service, u"ActivationToken"_s, this, SLOT(activationToken(uint, QString, QDBusMessage)));
+    m_bus.listen(path, service, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString, QDBusMessage)));
+    m_bus.listen(path, service, u"NotificationClosed"_s, this, SLOT(notificationClosed(uint, uint, QDBusMessage)));
     askCapabilities();
 }
 
@@ -94,11 +60,11 @@ void DesktopNotifier::askServer() {
     if (std::exchange(m_isAsking, true)) {
         return;
     }
-    if (!m_bus) {
-        connectToBus();
-        return;
+    if (m_bus.isOpen()) {
+        askCapabilities();
+    } else {
+        m_bus.open([this](bool isOpen) { takeBus(isOpen); });
     }
-    askCapabilities();
 }
 
 void DesktopNotifier::askCapabilities() {
@@ -117,15 +83,10 @@ void DesktopNotifier::askCapabilities() {
     });
 }
 
-/// `taken` gets the reply or the error.
-void DesktopNotifier::call(const QString& method, const QVariantList& arguments, Taken taken) {
+void DesktopNotifier::call(const QString& method, const QVariantList& arguments, BusConnection::Taken taken) {
     QDBusMessage message = QDBusMessage::createMethodCall(service, path, service, method);
     message.setArguments(arguments);
-    auto* watcher = new QDBusPendingCallWatcher(m_bus->asyncCall(message, m_limitMilliseconds), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, taken = std::move(taken)] {
-        watcher->deleteLater();
-        taken(watcher->reply());
-    });
+    m_bus.call(message, std::move(taken));
 }
 
 /// The server, or none, is known now.

@@ -61,12 +61,18 @@ struct HotKey::Grab {
     }
 };
 
-HotKey::HotKey(std::function<void()> action) : m_grab(std::make_unique<Grab>(std::move(action))) {}
+/// The system answers at once.
+HotKey::HotKey(std::function<void()> pressed, std::function<void()> /*stateChanged*/)
+    : m_grab(std::make_unique<Grab>(std::move(pressed))) {}
 
 HotKey::~HotKey() = default;
 
 HotKey::State HotKey::state() const {
     return m_grab->key != nullptr ? State::registered : State::taken;
+}
+
+QString HotKey::trigger() const {
+    return {};
 }
 
 } // namespace orv

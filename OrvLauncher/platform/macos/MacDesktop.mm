@@ -1,5 +1,7 @@
 #include "OrvLauncher/platform/macos/MacDesktop.h"
 
+#include "OrvLauncher/platform/Compositing.h"
+
 #import <AppKit/AppKit.h>
 
 /// WidgetCenter.swift: WidgetKit has no interface but Swift's.
@@ -11,6 +13,10 @@ void setActivationPolicy(ActivationPolicy policy) {
     const bool isRegular = policy == ActivationPolicy::regular;
     [NSApp
         setActivationPolicy:isRegular ? NSApplicationActivationPolicyRegular : NSApplicationActivationPolicyAccessory];
+}
+
+bool hasCompositor() {
+    return true;
 }
 
 void reloadWidgets() {

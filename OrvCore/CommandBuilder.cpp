@@ -1,6 +1,8 @@
 #include "OrvCore/CommandBuilder.h"
 
+#include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -125,6 +127,15 @@ QString installBody(const ServiceTarget& target) {
 
 QString install(const ServiceTarget& target) {
     return inFolder(target.directory, installBody(target));
+}
+
+InstallPlace installPlace(const QString& directory, const QString& installBody) {
+    static const QRegularExpression upwards(u"^cd ((?:\\.\\./)*\\.\\.) && "_s);
+    const QRegularExpressionMatch match = upwards.match(installBody);
+    if (!match.hasMatch()) {
+        return {directory, installBody};
+    }
+    return {QDir::cleanPath(directory + u'/' + match.captured(1)), installBody.sliced(match.capturedLength())};
 }
 
 } // namespace orv::CommandBuilder

@@ -40,5 +40,15 @@ namespace CommandBuilder {
 /// "cd " + quoted folder + " && " + the install command.
 [[nodiscard]] QString install(const ServiceTarget& target);
 
+/// What an install command does in the end, and where: "cd ../.. && npm install", told for the parts of a workspace, is
+/// the same for all of them.
+struct InstallPlace {
+    QString folder;
+    QString command;
+
+    bool operator==(const InstallPlace&) const = default;
+};
+[[nodiscard]] InstallPlace installPlace(const QString& directory, const QString& installBody);
+
 } // namespace CommandBuilder
 } // namespace orv

@@ -40,6 +40,21 @@ int unknownCommand(Console& console, const QString& name) {
         u"orvlauncher --help"_s);
 }
 
+/// The words that explain it.
+QString readOn(const Command& command, const Action& action) {
+    return u"orvlauncher help "_s + command.name + (action.name.isEmpty() ? QString() : u' ' + action.name);
+}
+
+int unknownAction(Console& console, const Command& command, const QString& name) {
+    QStringList names;
+    for (const Action& known : command.actions) {
+        names.append(known.name);
+    }
+    return sayUsage(
+        console, u"%1 has no '%2'."_s.arg(command.name, printable(name)) + didYouMean(name, names),
+        u"orvlauncher help "_s + command.name);
+}
+
 /// The action that the words begin with, which goes from them; where they name none, the command's first.
 const Action* takeAction(const Command& command, QStringList& words) {
     if (command.actions.size() == 1 || words.isEmpty() || words.first().startsWith(u'-')) {
@@ -65,7 +80,7 @@ void addOptions(QCommandLineParser& parser, const Action& action) {
 }
 
 /// What is wrong with the words, in words; empty when nothing is.
-QString complaint(const QCommandLineParser& parser, const Action& action, bool wasParsed) {
+QString complaint(const QCommandLineParser& parser, const Command& command, const Action& action, bool wasParsed) {
     if (!wasParsed) {
         const QStringList unknown = parser.unknownOptionNames();
         if (unknown.isEmpty()) {
@@ -81,10 +96,11 @@ QString complaint(const QCommandLineParser& parser, const Action& action, bool w
     }
     const QStringList words = parser.positionalArguments();
     if (words.size() < action.fewestWords) {
-        return u"something is missing: %1"_s.arg(action.arguments);
+        return u"something is missing: %1"_s.arg(usage(command, action));
     }
     if (words.size() > action.mostWords) {
-        return u"'%1' is one word too many."_s.arg(printable(words[action.mostWords]));
+        return u"'%1' is one word too many: %2"_s.arg(printable(words[action.mostWords]), usage(command, action)) +
+               (action.mostWords > 0 ? u"\nWhat has blanks in it needs quotes."_s : QString());
     }
     return {};
 }
@@ -98,22 +114,17 @@ public:
         const QString name = words.isEmpty() ? QString() : words.first();
         const Action* action = takeAction(m_command, words);
         if (action == nullptr) {
-            QStringList names;
-            for (const Action& known : m_command.actions) {
-                names.append(known.name);
-            }
-            return QtFuture::makeReadyFuture(sayUsage(
-                m_console, u"%1 has no '%2'."_s.arg(m_command.name, printable(name)) + didYouMean(name, names),
-                readOn()));
+            return QtFuture::makeReadyFuture(unknownAction(m_console, m_command, name));
         }
+        const Action* named = action->name == name ? action : nullptr;
         addOptions(m_parser, *action);
         const bool wasParsed = m_parser.parse(QStringList{u"orvlauncher"_s} + words);
         if (wasParsed && m_parser.isSet(u"help"_s)) {
-            m_console.out.write(help(m_command, m_console.out.hasColor()));
+            m_console.out.write(help(m_command, named, m_console.out.hasColor()));
             return QtFuture::makeReadyFuture(int(exitOk));
         }
-        if (const QString wrong = complaint(m_parser, *action, wasParsed); !wrong.isEmpty()) {
-            return QtFuture::makeReadyFuture(sayUsage(m_console, wrong, readOn()));
+        if (const QString wrong = complaint(m_parser, m_command, *action, wasParsed); !wrong.isEmpty()) {
+            return QtFuture::makeReadyFuture(sayUsage(m_console, wrong, readOn(m_command, *action)));
         }
         m_invocation = std::make_unique<Invocation>(Invocation{
             m_console, context, m_command, *action, m_parser, m_parser.positionalArguments(),
@@ -122,8 +133,6 @@ public:
     }
 
 private:
-    [[nodiscard]] QString readOn() const { return u"orvlauncher help "_s + m_command.name; }
-
     Console& m_console;
     const Command& m_command;
     QCommandLineParser m_parser;
@@ -151,10 +160,29 @@ int runCommandNamed(QCoreApplication& application, Console& console, const QStri
     return exitCode;
 }
 
+/// "help git", "help git commit".
+int explain(Console& console, QStringList words) {
+    const QString name = words.takeFirst();
+    const Command* command = commandNamed(name);
+    if (command == nullptr) {
+        return unknownCommand(console, name);
+    }
+    const Action* action = nullptr;
+    if (!words.isEmpty()) {
+        const auto found = std::ranges::find(command->actions, words.first(), &Action::name);
+        if (found == command->actions.end()) {
+            return unknownAction(console, *command, words.first());
+        }
+        action = &*found;
+    }
+    console.out.write(help(*command, action, console.out.hasColor()));
+    return exitOk;
+}
+
 } // namespace
 
 int Invocation::usageError(const QString& message) const {
-    return sayUsage(console, message, u"orvlauncher help "_s + command.name);
+    return sayUsage(console, message, readOn(command, action));
 }
 
 int Invocation::failure(const QString& message) const {
@@ -191,12 +219,7 @@ int runCommandLine(int argc, char** argv) {
             console.out.write(overview(console.out.hasColor()));
             return exitOk;
         }
-        const Command* command = commandNamed(words.first());
-        if (command == nullptr) {
-            return unknownCommand(console, words.first());
-        }
-        console.out.write(help(*command, console.out.hasColor()));
-        return exitOk;
+        return explain(console, words);
     }
     if (first.startsWith(u'-')) {
         return sayUsage(

@@ -166,7 +166,7 @@ QFuture<int> run(Invocation& call) {
             promise->addResult(exitCode);
             promise->finish();
         };
-        const auto found = findProject(call, call.words[0], nullptr);
+        const auto found = findProject(call, call.words[0], ProjectUse::folder);
         onFinished(found, &desk, [&call, &desk, agent, autonomy, task, finish](const FoundProject& project) {
             if (!project) {
                 finish(refusal(call, project.error()));

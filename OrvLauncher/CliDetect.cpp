@@ -84,6 +84,19 @@ void printStacks(
         return;
     }
     InstallRecord installs(InstallRecord::defaultPath());
+    QList<CommandBuilder::InstallPlace> places;
+    /// "needed: cd '/p/shop' && npm install", once for all the services that it is for.
+    const auto install = [&](const ServiceTarget& target) -> QString {
+        if (!installs.isInstallNeeded(target)) {
+            return {};
+        }
+        const auto place = CommandBuilder::installPlace(target.directory, CommandBuilder::installBody(target));
+        if (places.contains(place)) {
+            return u"needed: the same"_s;
+        }
+        places.append(place);
+        return u"needed: cd %1 && %2"_s.arg(CommandBuilder::quote(place.folder), place.command);
+    };
     out.writeLine(u"\n"_s + painted(u"Services"_s, Style::dim, out.hasColor()));
     for (const ServiceTarget& target : project->targets) {
         printRows(
@@ -92,8 +105,7 @@ void printStacks(
                 out, target.framework.value_or(title(target.kind)), target.kind, pathWithin(folder, target.directory)),
             {{u"command"_s, target.command},
              {u"port"_s, target.port ? QString::number(*target.port) : QString()},
-             {u"install"_s,
-              installs.isInstallNeeded(target) ? u"needed: "_s + CommandBuilder::install(target) : QString()}});
+             {u"install"_s, install(target)}});
     }
 }
 
@@ -133,9 +145,11 @@ QFuture<int> detect(Invocation& call) {
         return QtFuture::makeReadyFuture(detectIn(call, folder));
     }
     const auto overrides = std::make_shared<OverrideStore>();
-    return exitCodeOf(findProject(call, word, overrides), call.context, [&call](const FoundProject& project) -> int {
-        return project ? detectIn(call, project->root) : refusal(call, project.error());
-    });
+    return exitCodeOf(
+        findProject(call, word, ProjectUse::folder, overrides), call.context,
+        [&call](const FoundProject& project) -> int {
+            return project ? detectIn(call, project->root) : refusal(call, project.error());
+        });
 }
 
 } // namespace

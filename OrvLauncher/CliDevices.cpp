@@ -75,13 +75,15 @@ QFuture<int> withProject(Invocation& call, const QString& word, Then then) {
         promise->addResult(code);
         promise->finish();
     };
-    onFinished(findProject(call, word, nullptr), call.context, [&call, then, finish](const FoundProject& project) {
-        if (!project) {
-            finish(refusal(call, project.error()));
-            return;
-        }
-        onFinished(then(*project), call.context, finish);
-    });
+    onFinished(
+        findProject(call, word, ProjectUse::services), call.context,
+        [&call, then, finish](const FoundProject& project) {
+            if (!project) {
+                finish(refusal(call, project.error()));
+                return;
+            }
+            onFinished(then(*project), call.context, finish);
+        });
     return promise->future();
 }
 

@@ -86,13 +86,14 @@ QFuture<int> withFolder(Invocation& call, const std::function<QFuture<int>(const
         promise->addResult(exitCode);
         promise->finish();
     };
-    onFinished(findProject(call, word, nullptr), call.context, [&call, run, finish](const FoundProject& project) {
-        if (project) {
-            onFinished(run(project->root), call.context, finish);
-        } else {
-            finish(refusal(call, project.error()));
-        }
-    });
+    onFinished(
+        findProject(call, word, ProjectUse::folder), call.context, [&call, run, finish](const FoundProject& project) {
+            if (project) {
+                onFinished(run(project->root), call.context, finish);
+            } else {
+                finish(refusal(call, project.error()));
+            }
+        });
     return promise->future();
 }
 

@@ -13,8 +13,10 @@ namespace {
 
 constexpr int indent = 2;
 
+using Rows = QList<std::pair<QString, QString>>;
+
 /// Two aligned columns, indented.
-QString definitions(const QList<std::pair<QString, QString>>& rows, bool hasColor) {
+QString definitions(const Rows& rows, bool hasColor, int margin = indent) {
     int widest = 0;
     for (const auto& [left, right] : rows) {
         widest = std::max(widest, displayWidth(left));
@@ -22,7 +24,7 @@ QString definitions(const QList<std::pair<QString, QString>>& rows, bool hasColo
     QString result;
     for (const auto& [left, right] : rows) {
         result +=
-            QString(indent, u' ') + painted(padded(left, widest), Style::bold, hasColor) + u"  "_s + right + u'\n';
+            QString(margin, u' ') + painted(padded(left, widest), Style::bold, hasColor) + u"  "_s + right + u'\n';
     }
     return result;
 }
@@ -31,10 +33,27 @@ QString heading(const QString& text, bool hasColor) {
     return u'\n' + painted(text, Style::dim, hasColor) + u'\n';
 }
 
-QString usage(const Command& command, const Action& action) {
-    QStringList words{u"orvlauncher"_s, command.name, action.name, action.arguments};
-    words.removeAll(QString());
-    return words.join(u' ');
+Rows optionsOf(const Action& action) {
+    Rows rows;
+    for (const CommandOption& option : action.options) {
+        const QString value = option.valueName.isEmpty() ? QString() : u' ' + option.valueName;
+        rows.append({u"--"_s + option.name + value, option.text});
+    }
+    return rows;
+}
+
+/// Each form with its options below it.
+QString forms(const Command& command, bool hasColor) {
+    QString text;
+    int widest = 0;
+    for (const Action& action : command.actions) {
+        widest = std::max(widest, displayWidth(usage(command, action)));
+    }
+    for (const Action& action : command.actions) {
+        text += definitions({{padded(usage(command, action), widest), action.summary}}, hasColor);
+        text += definitions(optionsOf(action), hasColor, indent * 3);
+    }
+    return text;
 }
 
 /// The Damerau-Levenshtein distance (insert, drop, change, swap of neighbours).
@@ -114,32 +133,35 @@ QString overview(bool hasColor) {
     return text;
 }
 
-QString help(const Command& command, bool hasColor) {
-    QString text = painted(u"orvlauncher "_s + command.name, Style::bold, hasColor) + u": "_s + command.summary + u'\n';
-    text += heading(u"Usage"_s, hasColor);
-    QList<std::pair<QString, QString>> forms;
-    QList<std::pair<QString, QString>> options;
-    for (const Action& action : command.actions) {
-        forms.append({usage(command, action), action.summary});
-        for (const CommandOption& option : action.options) {
-            const QString value = option.valueName.isEmpty() ? QString() : u' ' + option.valueName;
-            // Forms that share an option say the same of it.
-            if (const std::pair row(u"--"_s + option.name + value, option.text); !options.contains(row)) {
-                options.append(row);
-            }
+QString usage(const Command& command, const Action& action) {
+    QStringList words{u"orvlauncher"_s, command.name, action.name, action.arguments};
+    words.removeAll(QString());
+    return words.join(u' ');
+}
+
+QString help(const Command& command, const Action* form, bool hasColor) {
+    if (command.actions.size() == 1) {
+        form = &command.actions.first();
+    }
+    const bool isOneOfSeveral = form != nullptr && command.actions.size() > 1;
+    const QString name = u"orvlauncher "_s + command.name + (isOneOfSeveral ? u' ' + form->name : QString());
+    QString text = painted(name, Style::bold, hasColor) + u": "_s + (isOneOfSeveral ? form->summary : command.summary) +
+                   u'\n' + heading(u"Usage"_s, hasColor);
+    text +=
+        form != nullptr ? definitions({{usage(command, *form), form->summary}}, hasColor) : forms(command, hasColor);
+    text += u'\n' + command.description.trimmed() + u'\n';
+    Rows options = form != nullptr ? optionsOf(*form) : Rows();
+    options.append({u"--json"_s, u"print JSON, for programs"_s});
+    options.append({u"--help"_s, form != nullptr ? u"print this text"_s : u"print this text, or that of one form"_s});
+    text += heading(form != nullptr ? u"Options"_s : u"Options of all"_s, hasColor) + definitions(options, hasColor);
+    QString examples;
+    for (const Example& example : command.examples) {
+        if (!isOneOfSeveral || example.line.contains(name)) {
+            examples += QString(indent, u' ') + painted(example.line, Style::bold, hasColor) + u'\n' +
+                        QString(indent * 3, u' ') + example.effect + u'\n';
         }
     }
-    options.append({u"--json"_s, u"print JSON, for programs"_s});
-    options.append({u"--help"_s, u"print this text"_s});
-    text += definitions(forms, hasColor);
-    text += u'\n' + command.description.trimmed() + u'\n';
-    text += heading(u"Options"_s, hasColor) + definitions(options, hasColor);
-    text += heading(u"Examples"_s, hasColor);
-    for (const Example& example : command.examples) {
-        text += QString(indent, u' ') + painted(example.line, Style::bold, hasColor) + u'\n' +
-                QString(indent * 3, u' ') + example.effect + u'\n';
-    }
-    return text;
+    return examples.isEmpty() ? text : text + heading(u"Examples"_s, hasColor) + examples;
 }
 
 } // namespace orv

@@ -56,8 +56,16 @@ private:
     NewProject m_project{m_overview};
 };
 
-QString folderOr(const Invocation& call, const QString& option) {
-    return call.isSet(option) ? absolutePath(call.value(option)) : configuredScanRoot();
+/// The folder that the option names, or the scanned one; none, with the exit code, where that is not there.
+std::expected<QString, int> folderOr(const Invocation& call, const QString& option) {
+    if (call.isSet(option)) {
+        return absolutePath(call.value(option));
+    }
+    const QString root = configuredScanRoot();
+    if (const QString problem = scanRootProblem(root); !problem.isEmpty()) {
+        return std::unexpected(call.failure(problem + u"\nOr say where: --%1 FOLDER"_s.arg(option)));
+    }
+    return root;
 }
 
 QFuture<int> makeFolder(Invocation& call) {
@@ -67,8 +75,12 @@ QFuture<int> makeFolder(Invocation& call) {
     const QString branch = call.isSet(u"no-git"_s)   ? QString()
                            : call.isSet(u"branch"_s) ? call.value(u"branch"_s)
                                                      : SettingsStore().settings().defaultBranch;
+    const auto folder = folderOr(call, u"in"_s);
+    if (!folder) {
+        return QtFuture::makeReadyFuture(int(folder.error()));
+    }
     auto* making = new Making(call);
-    making->project().createFolder(call.words.first(), folderOr(call, u"in"_s), branch);
+    making->project().createFolder(call.words.first(), *folder, branch);
     return making->future();
 }
 
@@ -80,8 +92,12 @@ QFuture<int> gitClone(Invocation& call) {
     if (name.isEmpty()) {
         return QtFuture::makeReadyFuture(call.usageError(u"the address has no name in it; give one."_s));
     }
+    const auto folder = folderOr(call, u"into"_s);
+    if (!folder) {
+        return QtFuture::makeReadyFuture(int(folder.error()));
+    }
     auto* making = new Making(call);
-    making->project().clone(url, name, folderOr(call, u"into"_s));
+    making->project().clone(url, name, *folder);
     return making->future();
 }
 

@@ -123,7 +123,7 @@ QFuture<int> withService(Invocation& call, const Action& action) {
         const auto key = keyIn(*project, kind, call.value(u"dir"_s));
         return key ? action(*key) : refusal(call, key.error());
     };
-    return exitCodeOf(findProject(call, call.words[0], nullptr), call.context, onKey);
+    return exitCodeOf(findProject(call, call.words[0], ProjectUse::services), call.context, onKey);
 }
 
 /// What the options change in an override; an empty value takes a part of it away.

@@ -53,11 +53,18 @@ QFuture<int> list(Invocation& call) {
 QFuture<int> add(Invocation& call) {
     reportBrokenStores(call);
     return exitCodeOf(
-        findProject(call, call.words.first(), nullptr), call.context, [&call](const FoundProject& project) -> int {
+        findProject(call, call.words.first(), ProjectUse::folder), call.context,
+        [&call](const FoundProject& project) -> int {
             if (!project) {
                 return refusal(call, project.error());
             }
             const QString& id = project->id;
+            if (const QString root = QFileInfo(configuredScanRoot()).canonicalFilePath();
+                !id.startsWith(root + u'/') || root.isEmpty()) {
+                call.note(u"The window shows it when it lies in the scanned folder, which it does not."_s);
+            } else if (project->targets.isEmpty()) {
+                call.note(u"It is shown as soon as there is something to run in it."_s);
+            }
             const StoreResult saved = SettingsStore().change([id](AppSettings& settings) {
                 if (!settings.pinnedProjectIDs.contains(id)) {
                     settings.pinnedProjectIDs.append(id);

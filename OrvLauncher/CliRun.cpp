@@ -81,7 +81,8 @@ QFuture<int> run(Invocation& call) {
         promise->finish();
     };
     onFinished(
-        findProject(call, call.words.first(), overrides), call.context, [&call, finish](const FoundProject& project) {
+        findProject(call, call.words.first(), ProjectUse::services, overrides), call.context,
+        [&call, finish](const FoundProject& project) {
             if (!project) {
                 finish(refusal(call, project.error()));
                 return;

@@ -58,10 +58,9 @@ QFuture<int> scan(Invocation& call) {
     if (!call.words.isEmpty() && call.words.first().isEmpty()) {
         return QtFuture::makeReadyFuture(call.usageError(u"the folder's name is empty."_s));
     }
-    if (const QString problem = folderProblem(root); !problem.isEmpty()) {
-        return QtFuture::makeReadyFuture(call.failure(
-            problem +
-            (call.words.isEmpty() ? u"\nChoose another one: orvlauncher settings set scanRoot FOLDER"_s : QString())));
+    if (const QString problem = call.words.isEmpty() ? scanRootProblem(root) : folderProblem(root);
+        !problem.isEmpty()) {
+        return QtFuture::makeReadyFuture(call.failure(problem));
     }
     auto* progress = new Progress(call.console.err, u"Scanning %1…"_s.arg(shortPath(root)), call.context);
     const auto projects = runInPool([root] {

@@ -78,7 +78,11 @@ QString contentError(const Store& store, const StoredBytes& stored) {
     return store.error(json);
 }
 
-FoundProject projectAt(const QString& folder, const std::shared_ptr<const OverrideStore>& overrides) {
+NoProject nothingToRun(const QString& folder) {
+    return {exitFailed, u"nothing that can be run was recognised in %1"_s.arg(shortPath(folder))};
+}
+
+FoundProject projectAt(const QString& folder, ProjectUse use, const std::shared_ptr<const OverrideStore>& overrides) {
     if (const QString problem = folderProblem(folder); !problem.isEmpty()) {
         return std::unexpected(NoProject{exitFailed, problem});
     }
@@ -87,11 +91,52 @@ FoundProject projectAt(const QString& folder, const std::shared_ptr<const Overri
     if (auto project = scanner.project(folder)) {
         return *project;
     }
-    return std::unexpected(
-        NoProject{exitFailed, u"nothing that can be run was recognised in %1"_s.arg(shortPath(folder))});
+    if (use == ProjectUse::services) {
+        return std::unexpected(nothingToRun(folder));
+    }
+    const QString path = QFileInfo(folder).canonicalFilePath();
+    return Project{.id = path, .name = QFileInfo(path).fileName(), .root = path, .targets = {}};
 }
 
-FoundProject projectNamed(const QString& name, const QString& root, const QList<Project>& projects) {
+/// Of the names of folders the one that is meant: the same, or the only one that differs in upper and lower case alone.
+QString alike(const QString& name, const QStringList& folders) {
+    QStringList found;
+    for (const QString& folder : folders) {
+        if (folder == name) {
+            return folder;
+        }
+        if (folder.compare(name, Qt::CaseInsensitive) == 0) {
+            found.append(folder);
+        }
+    }
+    return found.size() == 1 ? found.first() : QString();
+}
+
+/// Of a folder with nothing to run in it; says so where projects lie below it.
+FoundProject projectInFolder(
+    const QString& folder, const QList<Project>& projects, ProjectUse use,
+    const std::shared_ptr<const OverrideStore>& overrides) {
+    FoundProject found = projectAt(folder, use, overrides);
+    if (found || !folderProblem(folder).isEmpty()) {
+        return found;
+    }
+    QStringList below;
+    for (const Project& project : projects) {
+        if (project.root.startsWith(QFileInfo(folder).canonicalFilePath() + u'/')) {
+            below.append(u"\n  "_s + shortPath(project.root));
+        }
+    }
+    if (below.isEmpty()) {
+        return found;
+    }
+    return std::unexpected(NoProject{
+        exitUsage,
+        u"%1 is no project, but has some in it; name one of them:"_s.arg(shortPath(folder)) + below.join(QString())});
+}
+
+FoundProject projectNamed(
+    const QString& name, const QString& root, const QList<Project>& projects, ProjectUse use,
+    const std::shared_ptr<const OverrideStore>& overrides) {
     QList<Project> matches;
     QStringList names;
     for (const Project& project : projects) {
@@ -107,9 +152,13 @@ FoundProject projectNamed(const QString& name, const QString& root, const QList<
         return matches.first();
     }
     if (matches.isEmpty()) {
+        const QStringList folders = QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        if (const QString folder = alike(name, folders); !folder.isEmpty()) {
+            return projectInFolder(root + u'/' + folder, projects, use, overrides);
+        }
         return std::unexpected(NoProject{
             exitFailed, u"there is no folder and no project '%1' in %2."_s.arg(printable(name), shortPath(root)) +
-                            didYouMean(name, names)});
+                            didYouMean(name, names + folders)});
     }
     QString message = u"'%1' could be any of these; name the folder:"_s.arg(name);
     for (const Project& match : matches) {
@@ -176,6 +225,11 @@ QString folderProblem(const QString& path) {
     return info.isReadable() && info.isExecutable() ? QString() : u"no permission to read "_s + shortPath(path);
 }
 
+QString scanRootProblem(const QString& root) {
+    const QString problem = folderProblem(root);
+    return problem.isEmpty() ? problem : problem + u"\nChoose another one: orvlauncher settings set scanRoot FOLDER"_s;
+}
+
 QString pathWithin(const QString& folder, const QString& path) {
     return QDir(folder).relativeFilePath(path);
 }
@@ -211,11 +265,14 @@ int refusal(const Invocation& call, const NoProject& reason) {
 }
 
 QFuture<FoundProject> findProject(
-    const Invocation& call, const QString& word, const std::shared_ptr<const OverrideStore>& overrides) {
+    const Invocation& call, const QString& word, ProjectUse use,
+    const std::shared_ptr<const OverrideStore>& overrides) {
     const bool isPath = word.contains(u'/') || word == u"."_s || word == u".."_s;
     const QString folder = absolutePath(word);
-    if (QFileInfo(folder).isDir()) {
-        FoundProject found = projectAt(folder, overrides);
+    const bool isFolder = QFileInfo(folder).isDir();
+    if (isFolder) {
+        // A name means a project before it means any folder.
+        FoundProject found = projectAt(folder, isPath ? use : ProjectUse::services, overrides);
         if (found || isPath) {
             return QtFuture::makeReadyFuture(std::move(found));
         }
@@ -224,16 +281,22 @@ QFuture<FoundProject> findProject(
             FoundProject(std::unexpected(NoProject{exitFailed, u"folder not found: "_s + shortPath(folder)})));
     }
     const QString root = configuredScanRoot();
+    if (const QString problem = scanRootProblem(root); !problem.isEmpty()) {
+        return QtFuture::makeReadyFuture(
+            isFolder ? projectAt(folder, use, overrides) : std::unexpected(NoProject{exitFailed, problem}));
+    }
     auto* progress = new Progress(
         call.console.err, u"Looking for '%1' in %2…"_s.arg(printable(word), shortPath(root)), call.context);
-    QFuture<FoundProject> found = runInPool([word, root, overrides]() -> FoundProject {
+    const QString fallback = isFolder && use == ProjectUse::folder ? folder : QString();
+    QFuture<FoundProject> found = runInPool([word, root, use, overrides, fallback]() -> FoundProject {
         ProjectScanner scanner;
         scanner.overrides = overrides;
         const auto projects = scanner.scan(root);
         if (!projects) {
             return std::unexpected(NoProject{exitFailed, projects.error().text()});
         }
-        return projectNamed(word, root, *projects);
+        FoundProject named = projectNamed(word, root, *projects, use, overrides);
+        return named || fallback.isEmpty() ? named : projectAt(fallback, use, overrides);
     });
     onFinished(found, progress, [progress](const FoundProject&) { progress->deleteLater(); });
     return found;

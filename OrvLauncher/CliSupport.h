@@ -28,9 +28,11 @@ void printJson(Stream& stream, const QJsonValue& value);
 
 /// The absolute, clean path that a word of the command line means.
 [[nodiscard]] QString absolutePath(const QString& word);
-/// A path as people read it: "~/shop".
 /// Why the folder can't be looked into; empty when it can.
 [[nodiscard]] QString folderProblem(const QString& path);
+/// Likewise of the folder that the settings name, and what to do about it.
+[[nodiscard]] QString scanRootProblem(const QString& root);
+/// A path as people read it: "~/shop".
 [[nodiscard]] QString shortPath(const QString& path);
 /// "web" of "/p/shop/web" in "/p/shop"; "." for the folder itself.
 [[nodiscard]] QString pathWithin(const QString& folder, const QString& path);
@@ -85,9 +87,15 @@ struct NoProject {
 int refusal(const Invocation& call, const NoProject& reason);
 using FoundProject = std::expected<Project, NoProject>;
 
-/// The project that a word means: a folder, an id, or a name of one project below the scan root (upper and lower case
-/// alike). `overrides` may be null: services then stand as they were detected.
+/// What a command wants of a project.
+enum class ProjectUse {
+    services, ///< where nothing can be run it is refused
+    folder,   ///< any folder does; it has no targets where nothing can be run
+};
+/// The project that a word means: a folder, an id, the name of one project below the scan root, or of a folder directly
+/// in it (upper and lower case alike). `overrides` may be null: services then stand as they were detected.
 [[nodiscard]] QFuture<FoundProject> findProject(
-    const Invocation& call, const QString& word, const std::shared_ptr<const OverrideStore>& overrides);
+    const Invocation& call, const QString& word, ProjectUse use,
+    const std::shared_ptr<const OverrideStore>& overrides = {});
 
 } // namespace orv

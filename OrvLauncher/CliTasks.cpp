@@ -68,7 +68,8 @@ QFuture<int> list(Invocation& call) {
     }
     // A project without tasks is one thing, a name that is none another.
     return exitCodeOf(
-        findProject(call, call.words.first(), nullptr), call.context, [&call](const FoundProject& project) -> int {
+        findProject(call, call.words.first(), ProjectUse::folder), call.context,
+        [&call](const FoundProject& project) -> int {
             return project ? print(call, {}) : refusal(call, project.error());
         });
 }
@@ -99,7 +100,8 @@ QFuture<int> add(Invocation& call) {
         return QtFuture::makeReadyFuture(call.usageError(u"a task needs a title."_s));
     }
     return exitCodeOf(
-        findProject(call, call.words[0], nullptr), call.context, [&call, title](const FoundProject& project) -> int {
+        findProject(call, call.words[0], ProjectUse::folder), call.context,
+        [&call, title](const FoundProject& project) -> int {
             if (!project) {
                 return refusal(call, project.error());
             }

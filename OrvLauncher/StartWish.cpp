@@ -46,6 +46,12 @@ std::optional<StartWish> StartWish::of(const QStringList& words) {
     return wish;
 }
 
+StartWish StartWish::asFirst() const {
+    StartWish wish = *this;
+    wish.togglesPanel = false;
+    return wish;
+}
+
 QByteArray StartWish::toMessage() const {
     QJsonObject json{{panel, togglesPanel}, {inTray, staysInTray}};
     for (const Member& member : members) {

@@ -22,6 +22,9 @@ struct StartWish {
     /// Of the words of a command line, without the program's: "toggle", an address, "-OrvStartPage VALUE",
     /// "-OrvExportIllustrations FOLDER", "-OrvInTray". None where they are those of a command, which needs no window.
     [[nodiscard]] static std::optional<StartWish> of(const QStringList& words);
+    /// Of one that finds no application running: there is no panel to toggle, and none may stay without a window that
+    /// nobody has asked for.
+    [[nodiscard]] StartWish asFirst() const;
     /// One line, and back; what is no message is a wish for the window.
     [[nodiscard]] QByteArray toMessage() const;
     [[nodiscard]] static StartWish ofMessage(const QByteArray& message);

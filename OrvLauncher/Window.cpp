@@ -210,9 +210,7 @@ bool WindowShell::open() {
             }
             makeTrayItem();
             m_instance.listen();
-            if (m_wish.togglesPanel) {
-                togglePanel();
-            } else if (m_wish.staysInTray) {
+            if (m_wish.staysInTray) {
                 awaitTray(QDeadlineTimer(trayLimit));
             }
             QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/OrvLauncher/Screens/icons/app-icon.svg"_s));
@@ -403,7 +401,7 @@ void WindowShell::place() {
     }
     m_window->setGeometry(WindowState::fitted(m_state.geometry, screens, minimum));
     m_hiddenStates.setFlag(Qt::WindowMaximized, m_state.isMaximized);
-    if (!m_wish.togglesPanel && !m_wish.staysInTray) {
+    if (!m_wish.staysInTray) {
         makeVisible();
     }
     // Only what lasts counts: while a window is being maximised it has the large size, but not yet the state.
@@ -577,7 +575,10 @@ int runWindow(int argc, char** argv, const StartWish& wish) {
     if (!folder.isEmpty()) {
         return exportIllustrations(folder);
     }
-    WindowShell shell(instance, wish);
+    if (wish.togglesPanel) {
+        std::fputs("OrvLauncher did not run; it is started, with its window.\n", stderr);
+    }
+    WindowShell shell(instance, wish.asFirst());
     if (!shell.open()) {
         return 1;
     }

@@ -14,6 +14,7 @@
 #include <QHashFunctions>
 #include <QPointer>
 #include <QProcessEnvironment>
+#include <QRegularExpression>
 #include <QSet>
 #include <QThreadPool>
 
@@ -31,15 +32,28 @@ struct Run {
     PortWatch* ports = nullptr;
 };
 
+/// "See 'docker --help'", "Run 'docker run --help' for more information": where to read on, below what is wrong.
+bool pointsToHelp(const QString& line) {
+    static const QRegularExpression pattern(
+        u"^(?:see|run|try|use)\\b.*\\bhelp\\b"_s, QRegularExpression::CaseInsensitiveOption);
+    return pattern.match(line).hasMatch();
+}
+
 QString exitMessage(int code, const LogBuffer& log) {
-    QString message = u"Exited with code %1"_s.arg(code);
+    QString reason;
     for (auto line = log.rbegin(); line != log.rend(); ++line) {
-        if (const QString shown = PortParser::stripANSI(*line).trimmed(); !shown.isEmpty()) {
-            message += u": "_s + shown;
+        const QString shown = PortParser::stripANSI(*line).trimmed();
+        if (shown.isEmpty()) {
+            continue;
+        }
+        const bool isReason = !pointsToHelp(shown);
+        reason = isReason || reason.isEmpty() ? shown : reason;
+        if (isReason) {
             break;
         }
     }
-    return message;
+    const QString message = u"Exited with code %1"_s.arg(code);
+    return reason.isEmpty() ? message : message + u": "_s + reason;
 }
 
 } // namespace

@@ -17,14 +17,14 @@ namespace {
 constexpr qsizetype outputLines = 6;
 
 /// As a person would type it in the project's folder: "cd web && npm install".
-QString shownCommand(const Project& project, const ServiceTarget& target, const QString& installBody) {
-    if (target.directory == project.root) {
-        return installBody;
+QString shownCommand(const Project& project, const CommandBuilder::InstallPlace& place) {
+    if (place.folder == project.root) {
+        return place.command;
     }
     static const QRegularExpression plain(u"^[A-Za-z0-9._/@-]+$"_s);
-    const QString folder = QDir(project.root).relativeFilePath(target.directory);
+    const QString folder = QDir(project.root).relativeFilePath(place.folder);
     const bool isPlain = plain.match(folder).hasMatch();
-    return u"cd "_s + (isPlain ? folder : CommandBuilder::quote(folder)) + u" && "_s + installBody;
+    return u"cd "_s + (isPlain ? folder : CommandBuilder::quote(folder)) + u" && "_s + place.command;
 }
 
 } // namespace
@@ -45,12 +45,21 @@ void AppModel::askForInstall(
         return;
     }
     SetupSession session{pending.project, {}, {}};
+    SetupPlan plan{request, {}};
+    QList<CommandBuilder::InstallPlace> places;
     for (qsizetype i = 0; i < targets.size(); ++i) {
+        const auto place = CommandBuilder::installPlace(targets[i].directory, installBodies[i]);
+        if (const qsizetype same = places.indexOf(place); same >= 0) {
+            plan.targets[same].append(targets[i]);
+            continue;
+        }
+        places.append(place);
+        plan.targets.append({targets[i]});
         session.steps.append(
-            {installID(targets[i], pending.project.id), title(targets[i].kind),
-             shownCommand(pending.project, targets[i], installBodies[i]), SetupStep::Status::pending});
+            {installID(targets[i], pending.project.id), title(targets[i].kind), shownCommand(pending.project, place),
+             SetupStep::Status::pending});
     }
-    d->setupPlan = SetupPlan{request, targets};
+    d->setupPlan = plan;
     setInstallCommandOverride({});
     setPendingInstall(pending);
     setSetup(session);
@@ -103,8 +112,10 @@ void AppModel::setupEnded(const QString& reason) {
         cancelInstall(); // stopped when its last step was done already
         return;
     }
-    for (const SetupStep& step : std::as_const(d->setup->steps)) {
-        request.installed.insert(step.id);
+    for (const QList<ServiceTarget>& targets : std::as_const(d->setupPlan->targets)) {
+        for (const ServiceTarget& target : targets) {
+            request.installed.insert(installID(target, request.wanted.project.id));
+        }
     }
     runInstalled(request, *d->setupCompletion);
 }

@@ -29,7 +29,7 @@ namespace orv {
 /// A project's install between the question and the run that it was for.
 struct SetupPlan {
     RunRequest request;
-    QList<ServiceTarget> targets; ///< one a step of the session
+    QList<QList<ServiceTarget>> targets; ///< of each step of the session: what it installs for
 };
 
 /// Where a service in this state is best reached.

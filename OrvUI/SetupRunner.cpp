@@ -47,27 +47,27 @@ void SetupRunner::next() {
         return;
     }
     Q_EMIT stepChanged(m_index, SetupStep::Status::running);
-    struct Need {
-        bool isInstallNeeded;
+    // An earlier step may have installed for this one too.
+    struct Look {
         QString installBody;
-        Manifests manifests;
+        QList<Begun> begun;
     };
-    // An earlier step may have installed for this one too: a workspace does.
-    const auto look = [target = m_steps[m_index].target, installs = m_installs] {
-        Need need{
-            installs->isInstallNeeded(target), CommandBuilder::installBody(target),
-            InstallRecord::manifests(target.directory)};
-        if (need.isInstallNeeded) {
-            (void)installs->begin(target.directory, need.installBody);
+    const auto look = [targets = m_steps[m_index].targets, installs = m_installs] {
+        QList<Begun> begun;
+        for (const ServiceTarget& target : targets) {
+            if (installs->isInstallNeeded(target)) {
+                begun.append({target, CommandBuilder::installBody(target), InstallRecord::manifests(target.directory)});
+                (void)installs->begin(target.directory, begun.constLast().body);
+            }
         }
-        return need;
+        return Look{CommandBuilder::installBody(targets.constFirst()), begun};
     };
-    onFinished(runIn(m_pool, look), this, [this](const Need& need) {
+    onFinished(runIn(m_pool, look), this, [this](const Look& found) {
+        m_begun = found.begun;
+        m_installBody = found.installBody;
         if (m_isStopped) {
             fail(stoppedReason.toString());
-        } else if (need.isInstallNeeded) {
-            m_installBody = need.installBody;
-            m_manifests = need.manifests;
+        } else if (!found.begun.isEmpty()) {
             launch();
         } else {
             advance();
@@ -88,7 +88,7 @@ void SetupRunner::launch() {
         });
         return;
     }
-    ServiceTarget install = step.target;
+    ServiceTarget install = step.targets.constFirst();
     install.port.reset();
     install.command =
         u"cd "_s + CommandBuilder::quote(install.directory) + u" && "_s + m_override.value_or(m_installBody);
@@ -108,15 +108,16 @@ void SetupRunner::end(const ServiceState& state) {
     const Step& step = m_steps[m_index];
     const bool isStopped = m_isStopped || m_processes.wasUserStopped(step.id);
     const bool isDone = !isStopped && state.phase == ServiceState::Phase::stopped;
-    const auto settle = [target = step.target, body = m_installBody, before = m_manifests, installs = m_installs,
-                         isDone] {
+    const auto settle = [begun = m_begun, installs = m_installs, isDone] {
         if (!isDone) {
             return; // stays unfinished
         }
-        if (CommandBuilder::needsInstall(target)) {
-            (void)installs->remember(target.directory, body, before);
-        } else {
-            (void)installs->forget(target.directory, body);
+        for (const auto& [target, body, before] : begun) {
+            if (CommandBuilder::needsInstall(target)) {
+                (void)installs->remember(target.directory, body, before);
+            } else {
+                (void)installs->forget(target.directory, body);
+            }
         }
     };
     onFinished(runIn(m_pool, settle), this, [this, isDone, isStopped, state] {

@@ -15,8 +15,8 @@ class SetupRunner : public QObject {
     Q_OBJECT
 public:
     struct Step {
-        ServiceID id;         ///< under which the install runs
-        ServiceTarget target; ///< what is installed for
+        ServiceID id;                 ///< under which the install runs
+        QList<ServiceTarget> targets; ///< what is installed for: by the command of the first, which is that of all
     };
     struct Parts {
         ProcessManager& processes;
@@ -39,6 +39,13 @@ Q_SIGNALS:
     void finished(const QString& reason);
 
 private:
+    /// An install of one target, as it begins.
+    struct Begun {
+        ServiceTarget target;
+        QString body;
+        Manifests manifests;
+    };
+
     void next();
     void launch();
     void poll();
@@ -52,8 +59,8 @@ private:
     const QList<Step> m_steps;
     const std::optional<QString> m_override;
     qsizetype m_index = 0;
-    QString m_installBody; ///< of the step that runs, without an override
-    Manifests m_manifests; ///< as they stood before it began
+    QList<Begun> m_begun;  ///< by the step that runs
+    QString m_installBody; ///< of its first target, without an override
     bool m_isStopped = false;
     QTimer m_timer;
 };

@@ -68,13 +68,20 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
         {"help", {u"--help"_s}, 0, {"scan", "settings", "Exit codes"}, {}},
         {"help of a command", {u"help"_s, u"run"_s}, 0, {"--only KIND", "orvlauncher run ."}, {}},
         {"help as an option", {u"tasks"_s, u"add"_s, u"--help"_s}, 0, {"tasks add PROJECT TITLE"}, {}},
+        {"help of a form", {u"help"_s, u"git"_s, u"commit"_s}, 0, {"--amend", "orvlauncher git commit \"Fix"}, {}},
+        {"help of no form", {u"help"_s, u"git"_s, u"comit"_s}, 2, {}, {"git has no 'comit'", "mean 'commit'"}},
         {"unknown command", {u"scna"_s}, 2, {}, {"no command 'scna'", "mean 'scan'"}},
         {"unknown help", {u"help"_s, u"runn"_s}, 2, {}, {"mean 'run'"}},
         {"unknown option", {u"scan"_s, u"--jsn"_s}, 2, {}, {"no option '--jsn'", "mean '--json'", "help scan"}},
         {"unknown action", {u"tasks"_s, u"lst"_s}, 2, {}, {"tasks has no 'lst'", "mean 'list'"}},
         {"option first", {u"--json"_s, u"scan"_s}, 2, {}, {"'--json' before a command"}},
-        {"missing word", {u"detect"_s}, 2, {}, {"missing: FOLDER"}},
+        {"missing word", {u"detect"_s}, 2, {}, {"missing: orvlauncher detect FOLDER"}},
         {"a word too many", {u"scan"_s, u"a"_s, u"b"_s}, 2, {}, {"'b' is one word too many"}},
+        {"a task without quotes",
+         {u"agent"_s, u"run"_s, u"shop"_s, u"Fix"_s, u"it"_s},
+         2,
+         {},
+         {"'it' is one word too many: orvlauncher agent run PROJECT TASK", "needs quotes", "help agent run"}},
         {"option without its value", {u"run"_s, u"."_s, u"--only"_s}, 2, {}, {"only"}},
         {"scan", {u"scan"_s}, 0, {"PROJECT", "shop", "Flask + Vite", "backend, frontend"}, {"3 projects in"}},
         {"scan of two of a kind",
@@ -89,6 +96,11 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
          0,
          {"Vite", "npm run dev", "node_modules (missing)", "/shop/api' && python3 -m flask --app app run"},
          {}},
+        {"detect of parts that are installed at once",
+         {u"detect"_s, sourcePath(u"samples/workspace"_s)},
+         0,
+         {"samples/workspace' && npm install", "needed: the same"},
+         {}},
         {"detect of nothing", {u"detect"_s, folder(u"empty"_s)}, 1, {}, {"nothing that can be run"}},
         {"ports",
          {u"ports"_s},
@@ -99,6 +111,11 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
         {"run of no such name", {u"run"_s, u"shpo"_s}, 1, {}, {"no project 'shpo'", "mean 'shop'"}},
         {"run of no such folder", {u"run"_s, u"./gone"_s}, 1, {}, {"folder not found"}},
         {"run of an empty folder", {u"run"_s, folder(u"empty"_s)}, 1, {}, {"nothing that can be run"}},
+        {"run of a project's folder that is empty yet", {u"run"_s, u"Empty"_s}, 1, {}, {"nothing that can be run"}},
+        {"run of what only holds projects", {u"run"_s, u"two"_s}, 2, {}, {"has some in it", "two/twin"}},
+        {"detect of one by its name", {u"detect"_s, u"empty"_s}, 1, {}, {"nothing that can be run"}},
+        {"pin of one", {u"pin"_s, u"add"_s, u"empty"_s}, 0, {"Pinned empty"}, {"as soon as there is something to run"}},
+        {"tasks of one", {u"tasks"_s, u"list"_s, u"empty"_s}, 0, {}, {"No tasks"}},
         {"run of a name that two have", {u"run"_s, u"TWIN"_s}, 2, {}, {"one/Twin", "two/twin"}},
         {"run of a kind that is not there",
          {u"run"_s, u"shop"_s, u"--only"_s, u"docker"_s},
@@ -138,6 +155,33 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
         for (const QByteArray& part : c.err) {
             EXPECT_TRUE(ended.err.contains(part)) << c.label << ": " << part.data() << "\n" << ended.err.toStdString();
         }
+    }
+}
+
+TEST_F(CommandLine, PutsOptionsWhereTheyBelong) {
+    const QByteArray text = launcher.call({u"git"_s, u"--help"_s}).out;
+    const auto at = [&text](const char* words) { return text.indexOf(words); };
+    EXPECT_LT(at("git commit SUMMARY"), at("--amend"));
+    EXPECT_LT(at("--amend"), at("git branch [BRANCH]")) << text.toStdString();
+    EXPECT_FALSE(launcher.call({u"git"_s, u"commit"_s, u"--help"_s}).out.contains("--set-upstream"));
+}
+
+TEST_F(CommandLine, SaysWhatToDoWithoutAFolderOfProjects) {
+    ASSERT_TRUE(QFile::rename(launcher.tree.path(u"projects"_s), launcher.tree.path(u"moved"_s)));
+    const struct {
+        QStringList words;
+        QByteArray option;
+    } cases[] = {
+        {{u"new"_s, u"ledger"_s}, "--in FOLDER"},
+        {{u"git"_s, u"clone"_s, u"file:///x"_s}, "--into FOLDER"},
+        {{u"run"_s, u"shop"_s}, ""},
+        {{u"scan"_s}, ""},
+    };
+    for (const auto& [words, option] : cases) {
+        const Ended ended = launcher.call(words);
+        EXPECT_EQ(ended.exitCode, 1) << words.join(u' ').toStdString();
+        EXPECT_TRUE(ended.err.contains("settings set scanRoot FOLDER")) << ended.err.toStdString();
+        EXPECT_TRUE(ended.err.contains(option)) << ended.err.toStdString();
     }
 }
 

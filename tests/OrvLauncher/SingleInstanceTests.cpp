@@ -143,6 +143,8 @@ TEST(StartWish, IsToldFromACommand) {
         }
     }
     EXPECT_EQ(StartWish::ofMessage("no message \xff"), StartWish{});
+    EXPECT_EQ(StartWish{.togglesPanel = true}.asFirst(), StartWish{}) << "the window is opened";
+    EXPECT_EQ(StartWish{.staysInTray = true}.asFirst(), StartWish{.staysInTray = true});
 
     // The actions of the desktop entry are such words.
     const QString entry = QString::fromUtf8(readFile(sourcePath(u"packaging/linux/orvlauncher.desktop"_s)));

@@ -251,13 +251,26 @@ TEST_F(SetupTest, DoesNotTakeAnInstallThatFailedForDoneBecauseItsMarkerIsThere) 
 }
 
 TEST_F(SetupTest, InstallsAWorkspaceOnce) {
-    tree.add(u"projects/mono/package.json"_s, R"({"workspaces": ["apps/*"]})");
-    addNode(u"mono/apps/web"_s, "vite", up(4001));
-    addNode(u"mono/apps/api"_s, "express", up(4002));
-    addScript(u"mono"_s, u"npm-install.sh"_s, "echo installing >>installed.txt; mkdir node_modules\n");
-    install(u"mono"_s, kinds(RunAction::both));
-    EXPECT_EQ(installs(u"mono"_s), u"installing"_s) << "and not once for each service";
-    EXPECT_TRUE(waitFor([&] { return model->runningCount() == 2; }));
+    const struct {
+        QString name;
+        QByteArray end; ///< of its install
+    } cases[] = {{u"mono"_s, "mkdir node_modules"}, {u"unmarked"_s, "true"}};
+    for (const auto& [name, end] : cases) {
+        tree.add(u"projects/"_s + name + u"/package.json"_s, R"({"workspaces": ["apps/*"]})");
+        addNode(name + u"/apps/web"_s, "vite", up(4001));
+        addNode(name + u"/apps/api"_s, "express", up(4002));
+        addScript(name, u"npm-install.sh"_s, "echo installing >>installed.txt; " + end + "\n");
+        scan();
+        ASSERT_TRUE(finishes(model->run(project(name), kinds(RunAction::both))));
+        EXPECT_EQ(session(), u"confirm; Backend `npm install` pending"_s);
+        ASSERT_TRUE(finishes(model->confirmInstall()));
+        EXPECT_EQ(installs(name), u"installing"_s) << "and not once for each service";
+        EXPECT_TRUE(waitFor([&] { return model->runningCount() == 2; }));
+        ASSERT_TRUE(finishes(model->stop(project(name))));
+        ASSERT_TRUE(finishes(model->run(project(name), kinds(RunAction::both))));
+        EXPECT_EQ(session(), u"none"_s) << name.toStdString() << " is installed for both";
+        ASSERT_TRUE(finishes(model->stop(project(name))));
+    }
 }
 
 TEST_F(SetupTest, RunsTheProjectAsItIsAfterTheInstall) {

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <array>
 
 namespace orv {
@@ -52,7 +53,9 @@ QString title(DetailTab tab) {
 
 QString stackLine(const Project& project) {
     QStringList names;
-    for (const ServiceTarget& target : project.targets) {
+    QList<ServiceTarget> targets = project.targets;
+    std::ranges::stable_sort(targets, {}, &ServiceTarget::kind);
+    for (const ServiceTarget& target : targets) {
         const QString name = target.framework.value_or(title(target.kind));
         if (!names.contains(name)) {
             names.append(name);

@@ -294,12 +294,13 @@ PaletteRow Palette::row(const Hit& hit, const FuzzyPattern& pattern) const {
             .tileIndex = hit.candidate->tileIndex,
             .tileLetter = hit.candidate->tileLetter,
             .shortcut = info.shortcut,
-            .hint = hit.verb == show ? tr("Open") : QString(),
+            .hint = {},
             .projectID = hit.candidate->projectID,
         };
     }
     const std::array headings{tr("Projects"), tr("Actions"), tr("Go to"), tr("Tasks")};
     row.group = headings[hit.group];
+    row.hint = hit.group == actions ? QString() : tr("Open");
     for (const auto& [start, length] : pattern.hits(text)) {
         row.hits.append(QVariantMap{{u"start"_s, start}, {u"length"_s, length}});
     }

@@ -135,7 +135,7 @@ DetailServiceRow ProjectDetail::row(const ServiceTarget& target, const ServiceID
         .icon = iconOf(target.kind),
         .label = serviceTitle(id, m_model->project(m_id)),
         .framework = target.framework.value_or(QString()),
-        .folder = folder.isEmpty() ? u"."_s : folder,
+        .folder = folder == u"." ? QString() : folder,
         .command = bodyOf(target),
         .state = this->state(id),
         .message = state.message,
@@ -167,7 +167,9 @@ void ProjectDetail::update() {
     m_runningCount = 0;
     QList<DetailServiceRow> rows;
     QHash<ServiceKind, QStringList> states;
-    for (const ServiceTarget& target : project->targets) {
+    QList<ServiceTarget> targets = project->targets;
+    std::ranges::stable_sort(targets, {}, &ServiceTarget::kind);
+    for (const ServiceTarget& target : targets) {
         const DetailServiceRow service = row(target, ProcessManager::id(target, m_id));
         const QString framework = service.framework.isEmpty() ? service.label : service.framework;
         if (!m_frameworks.contains(framework)) {

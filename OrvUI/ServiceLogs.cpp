@@ -69,7 +69,8 @@ void ServiceLogs::setProjectID(const QString& projectID) {
 
 void ServiceLogs::update() {
     const Project* project = m_model.project(m_projectID);
-    const QList<ServiceID> ids = project != nullptr ? m_model.services(*project) : QList<ServiceID>();
+    QList<ServiceID> ids = project != nullptr ? m_model.services(*project) : QList<ServiceID>();
+    std::ranges::stable_sort(ids, {}, &ServiceID::kind);
     const auto hasFailed = [this](const ServiceID& id) {
         return m_model.processes().state(id).phase == ServiceState::Phase::failed;
     };

@@ -11,7 +11,7 @@ Sheet {
     readonly property NewProject making: model.newProject
     readonly property bool cloning: nav.sheet === "clone"
     readonly property bool busy: making.isBusy
-    readonly property string folder: model.scanRootFolder
+    readonly property string folder: place.folder
     // The name follows the address until somebody types one.
     property bool namedByHand: false
     readonly property string problem: nameField.text.length === 0 ? "" : making.nameProblem(nameField.text, folder)
@@ -39,6 +39,7 @@ Sheet {
         making.clearError();
         address.text = "";
         nameField.text = "";
+        place.folder = model.scanRootFolder;
         namedByHand = false;
     }
     onOpened: (cloning ? address : nameField).forceActiveFocus(Qt.PopupFocusReason)
@@ -149,36 +150,48 @@ Sheet {
                     }
                 }
 
-                FormField {
+                // Side by side below an address.
+                Grid {
+                    id: target
+
+                    readonly property int cellWidth: (width - (columns - 1) * columnSpacing) / columns
+
                     width: parent.width
-                    label: qsTr("Name")
-                    error: sheet.busy ? "" : sheet.problem.length > 0 ? sheet.problem : sheet.making.error
+                    columns: sheet.cloning ? 2 : 1
+                    rowSpacing: Theme.space16
+                    columnSpacing: Theme.space12
 
-                    Field {
-                        id: nameField
+                    FormField {
+                        width: target.cellWidth
+                        label: qsTr("Name")
+                        error: sheet.busy ? "" : sheet.problem.length > 0 ? sheet.problem : sheet.making.error
 
-                        width: parent.width
-                        enabled: !sheet.busy
-                        wrong: sheet.problem.length > 0
-                        placeholderText: qsTr("Name of the folder")
-                        onTextEdited: {
-                            sheet.namedByHand = text.length > 0;
-                            sheet.making.clearError();
+                        Field {
+                            id: nameField
+
+                            width: parent.width
+                            enabled: !sheet.busy
+                            wrong: sheet.problem.length > 0
+                            placeholderText: qsTr("Name of the folder")
+                            onTextEdited: {
+                                sheet.namedByHand = text.length > 0;
+                                sheet.making.clearError();
+                            }
+                            onAccepted: sheet.go()
                         }
-                        onAccepted: sheet.go()
                     }
-                }
 
-                FormField {
-                    width: parent.width
-                    label: qsTr("Where")
+                    FormField {
+                        width: target.cellWidth
+                        label: qsTr("Where")
 
-                    Field {
-                        width: parent.width
-                        enabled: false
-                        glyph: "folder"
-                        placeholderText: qsTr("Folder")
-                        text: sheet.model.scanRootText
+                        PlaceField {
+                            id: place
+
+                            width: parent.width
+                            enabled: !sheet.busy
+                            model: sheet.model
+                        }
                     }
                 }
 

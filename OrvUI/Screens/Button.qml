@@ -14,6 +14,8 @@ T.AbstractButton {
     property bool danger: false
     property string glyph
     property int glyphSize: Theme.icon
+    // Behind the words instead of before them.
+    property bool glyphLast: false
     property color glyphColor: labelColor
     property int controlHeight: Theme.controlRegular
     // Set where another part joins at the right side.
@@ -48,7 +50,8 @@ T.AbstractButton {
             id: row
 
             anchors.centerIn: parent
-            spacing: Theme.space8
+            spacing: Theme.space6
+            layoutDirection: control.glyphLast ? Qt.RightToLeft : Qt.LeftToRight
 
             Icon {
                 anchors.verticalCenter: parent.verticalCenter

@@ -8,6 +8,9 @@ T.Popup {
 
     required property PaletteModel commands
 
+    // Enter shows something, instead of doing it.
+    readonly property bool opens: (list.currentItem as PaletteItem)?.hint.length > 0
+
     function move(by) {
         list.currentIndex = Math.max(0, Math.min(list.count - 1, list.currentIndex + by));
     }
@@ -239,7 +242,7 @@ T.Popup {
                 spacing: Theme.space16
 
                 Repeater {
-                    model: [[["↑", "↓"], qsTr("choose")], [["↩"], qsTr("open")], [[qsTr("Ctrl ↩")], qsTr("run or stop")], [["⇥"], qsTr("more actions")]]
+                    model: [[["↑", "↓"], qsTr("choose")], [["↩"], popup.opens ? qsTr("open") : qsTr("do it")], [[qsTr("Ctrl ↩")], qsTr("run or stop")], [["⇥"], qsTr("more actions")]]
 
                     Row {
                         id: hint

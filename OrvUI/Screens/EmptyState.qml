@@ -12,7 +12,7 @@ Column {
     default property alias actions: actions.data
 
     width: Theme.emptyWidth
-    spacing: Theme.space4
+    spacing: Theme.space2
 
     Illustration {
         id: drawing
@@ -22,7 +22,7 @@ Column {
 
     Item {
         width: Theme.hairline
-        height: Theme.space16
+        height: Theme.space24
     }
 
     Label {

@@ -11,6 +11,9 @@ OverviewCard {
     readonly property bool ready: git !== null && git.state === "ready"
     readonly property int changes: ready ? git.ownChangeCount : 0
     readonly property var first: ready ? git.firstChanges : []
+    // How many changes there are likely to be, while that is read.
+    property int expected: 0
+    readonly property bool reading: git === null || git.state === "loading"
     signal opened
 
     heading: qsTr("Git")
@@ -92,6 +95,26 @@ OverviewCard {
         }
     }
 
+    // As high as what will stand here.
+    Repeater {
+        model: card.reading ? Math.max(1, Math.min(4, card.expected)) : 0
+
+        Item {
+            required property int index
+
+            width: parent?.width ?? 0
+            height: Theme.space24 + Theme.space2
+
+            Rectangle {
+                y: Theme.space4
+                width: parent.width * (index % 2 === 0 ? 0.7 : 0.5)
+                height: Theme.space12
+                radius: Theme.radiusKey
+                color: Theme.skeleton
+            }
+        }
+    }
+
     Label {
         leftPadding: Theme.space24 + Theme.space2
         height: visible ? Theme.space24 : 0
@@ -104,7 +127,7 @@ OverviewCard {
     Item {
         width: parent?.width ?? 0
         height: visible ? Math.max(state.height, Theme.space28) : 0
-        visible: card.changes === 0
+        visible: card.changes === 0 && !card.reading
 
         Label {
             id: state
@@ -114,7 +137,7 @@ OverviewCard {
             color: Theme.text3
             wrapMode: Text.Wrap
             elide: Text.ElideNone
-            text: card.ready ? qsTr("Nothing to commit") : card.git === null || card.git.state === "loading" ? qsTr("Looking at the repository…") : card.git.state === "none" ? card.git.note || qsTr("No repository") : card.git.state === "bare" ? qsTr("A bare repository") : qsTr("Git can't read this repository")
+            text: card.ready ? qsTr("Nothing to commit") : card.reading ? "" : card.git.state === "none" ? card.git.note || qsTr("No repository") : card.git.state === "bare" ? qsTr("A bare repository") : qsTr("Git can't read this repository")
         }
     }
 
@@ -123,10 +146,11 @@ OverviewCard {
 
         width: parent.width
         topPadding: Theme.space4
-        visible: card.ready
+        visible: card.ready || card.reading
         spacing: Theme.space8
 
         Button {
+            enabled: card.ready
             width: actions.width - pull.width - push.width - 2 * actions.spacing
             primary: card.changes > 0
             controlHeight: Theme.controlSmall

@@ -39,6 +39,7 @@ Column {
             anchors.verticalCenter: parent.verticalCenter
             visible: count > 1
             ports: false
+            dots: false
             logs: output.model.logs
         }
 
@@ -49,6 +50,9 @@ Column {
             anchors.verticalCenter: parent.verticalCenter
             ghost: true
             controlHeight: Theme.controlSmall
+            glyph: "arrow-right"
+            glyphSize: Theme.iconSmall
+            glyphLast: true
             text: qsTr("Open logs")
             onClicked: output.logsAsked()
         }

@@ -48,6 +48,19 @@ FocusScope {
             Row {
                 anchors.centerIn: parent
                 spacing: Theme.space8
+                opacity: 0
+
+                // Most are read before it could be.
+                SequentialAnimation on opacity {
+                    PauseAnimation {
+                        duration: Theme.tooltipDelay
+                    }
+
+                    NumberAnimation {
+                        to: 1
+                        duration: Theme.durationFast
+                    }
+                }
 
                 Spinner {
                     anchors.verticalCenter: parent.verticalCenter

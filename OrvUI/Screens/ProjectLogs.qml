@@ -14,6 +14,8 @@ FocusScope {
     property bool follow: true
     property bool wrap: false
     property bool timed: false
+    // Of which there can be output.
+    readonly property bool hasServices: services.count > 0
     readonly property ServiceLogs logs: model.logs
     readonly property LogModel lines: logs.lines
 
@@ -46,6 +48,7 @@ FocusScope {
     Item {
         id: bar
 
+        visible: page.hasServices
         x: page.padding
         y: Theme.space12
         width: page.width - 2 * x
@@ -97,8 +100,8 @@ FocusScope {
                 spacing: Theme.space8
 
                 Button {
+                    lit: page.follow
                     glyph: "arrow-down-to-line"
-                    glyphColor: page.follow ? Theme.accentText : Theme.text2
                     text: qsTr("Follow")
                     Accessible.checkable: true
                     Accessible.checked: page.follow
@@ -161,6 +164,7 @@ FocusScope {
     }
 
     Rectangle {
+        visible: page.hasServices
         anchors.fill: parent
         anchors.topMargin: bar.y + bar.height + Theme.space12
         anchors.leftMargin: page.padding
@@ -233,13 +237,41 @@ FocusScope {
             }
         }
 
-        EmptyState {
+        Label {
             anchors.centerIn: parent
             visible: view.count === 0
-            picture: "no-results"
-            heading: services.count === 0 ? qsTr("No output yet") : qsTr("Nothing printed so far")
-            text: services.count === 0 ? qsTr("Start a service to see its logs here.") : qsTr("What the service prints shows up here.")
+            color: Theme.text3
+            text: qsTr("Nothing printed so far")
         }
+    }
+
+    EmptyState {
+        x: Math.round((page.width - width) / 2)
+        y: Math.max(Theme.space16, Math.round((page.height - height) / 2) - Theme.space28)
+        visible: !page.hasServices
+        picture: "no-output"
+        heading: qsTr("No output yet")
+        text: qsTr("Start a service to see its logs here.")
+
+        RunButton {
+            id: run
+
+            focus: !page.hasServices
+            projectName: page.detail.name
+            action: page.detail.startable.includes(page.detail.defaultAction) ? page.detail.defaultAction : page.detail.startable[0] ?? ""
+            actions: page.detail.startable
+            choosesDevice: page.detail.isFlutter
+            busy: false
+            onStarted: page.model.runAction(page.detail.projectID, action)
+            onChoose: anchor => choice.open(anchor)
+        }
+    }
+
+    RunChoice {
+        id: choice
+
+        model: page.model
+        detail: page.detail
     }
 
     Shortcut {

@@ -105,6 +105,7 @@ Item {
                     width: side.cardWidth
                     git: overview.model.git?.projectID === overview.detail.projectID ? overview.model.git : null
                     narrow: overview.narrow
+                    expected: overview.detail.gitChanges
                     onOpened: overview.nav.tab = 4
                 }
 

@@ -58,6 +58,16 @@ FocusScope {
             size: page.compact ? Theme.tileLarge - Theme.space4 : Theme.headerTile
             tileIndex: detail.tileIndex
             tileLetter: detail.tileLetter
+
+            Behavior on size {
+                enabled: !Theme.reducedMotion
+
+                NumberAnimation {
+                    duration: Theme.durationEnter
+                    easing.type: Easing.BezierSpline
+                    easing.bezierCurve: Theme.easeStandard
+                }
+            }
         }
 
         Row {
@@ -146,7 +156,7 @@ FocusScope {
                 choosesDevice: detail.isFlutter
                 busy: false
                 onStarted: page.model.runAction(detail.projectID, action)
-                onChoose: anchor => page.chooseAction(anchor)
+                onChoose: anchor => choice.open(anchor)
             }
 
             Row {
@@ -171,7 +181,7 @@ FocusScope {
                 Button {
                     enabled: detail.busy
                     glyph: "own-stop-fill"
-                    glyphSize: Theme.iconSmall
+                    glyphSize: Theme.iconMini
                     glyphColor: Theme.text2
                     text: qsTr("Stop")
                     Accessible.name: qsTr("Stop %1").arg(detail.name)
@@ -265,22 +275,11 @@ FocusScope {
         }
     }
 
-    function chooseAction(anchor) {
-        choice.active = true;
-        choice.item.actions = detail.startable;
-        choice.item.choosesDevice = detail.isFlutter;
-        choice.item.popup(anchor, anchor.width - choice.item.width, anchor.height + Theme.space4);
-    }
-
-    Loader {
+    RunChoice {
         id: choice
 
-        active: false
-
-        sourceComponent: RunMenu {
-            onChosen: action => page.model.runAction(detail.projectID, action)
-            onDeviceAsked: page.model.devices.ask(detail.projectID)
-        }
+        model: page.model
+        detail: detail
     }
 
     ProjectKeys {
@@ -289,7 +288,7 @@ FocusScope {
         nav: page.nav
         projectID: detail.projectID
         inTerminal: page.nav.tab === 2
-        onChoiceAsked: page.chooseAction(controls)
+        onChoiceAsked: choice.open(controls)
         onAgentAsked: page.nav.agentPanel = !page.nav.agentPanel
     }
 

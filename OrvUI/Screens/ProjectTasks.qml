@@ -56,4 +56,13 @@ FocusScope {
             }
         }
     }
+
+    EmptyState {
+        x: Math.round((page.width - width) / 2)
+        y: Math.max(list.y + Theme.composerHeight + Theme.space40, Math.round((page.height - height) / 2) - Theme.space28)
+        visible: list.isEmpty
+        picture: "no-tasks"
+        heading: qsTr("Nothing to do")
+        text: qsTr("What you write down here stays with %1 and can be handed to an agent.").arg(page.detail.name)
+    }
 }

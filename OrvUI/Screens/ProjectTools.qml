@@ -12,20 +12,6 @@ Row {
 
     spacing: Theme.space8
 
-    Button {
-        lit: tools.nav.agentPanel
-        glyph: "sparkles"
-        text: qsTr("Ask AI")
-        Accessible.checkable: true
-        Accessible.checked: tools.nav.agentPanel
-        onClicked: tools.nav.agentPanel = !tools.nav.agentPanel
-
-        Tip {
-            text: qsTr("Hand a task to an agent here")
-            shortcut: Keymap.text("ask")
-        }
-    }
-
     IconButton {
         visible: tools.detail !== null
         edge: Theme.controlRegular
@@ -38,6 +24,20 @@ Row {
         onClicked: {
             checked = Qt.binding(() => tools.detail?.pinned ?? false);
             tools.model.togglePinFor(tools.detail.projectID);
+        }
+    }
+
+    Button {
+        lit: tools.nav.agentPanel
+        glyph: "sparkles"
+        text: qsTr("Ask AI")
+        Accessible.checkable: true
+        Accessible.checked: tools.nav.agentPanel
+        onClicked: tools.nav.agentPanel = !tools.nav.agentPanel
+
+        Tip {
+            text: qsTr("Hand a task to an agent here")
+            shortcut: Keymap.text("ask")
         }
     }
 

@@ -23,7 +23,7 @@ Row {
     Button {
         text: run.busy ? qsTr("Stop") : run.action
         glyph: run.busy ? "own-stop-fill" : "own-play-fill"
-        glyphSize: Theme.iconSmall
+        glyphSize: Theme.iconMini
         glyphColor: run.busy ? Theme.text2 : run.prominent ? Theme.onAccent : Theme.accentText
         primary: run.prominent && !run.busy
         joined: run.split

@@ -27,7 +27,7 @@ Row {
             implicitHeight: Theme.controlRegular
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true
-            text: idle ? qsTr("Run %1 in %2").arg(modelData.label).arg(group.projectName) : qsTr("Stop %1 in %2").arg(modelData.label).arg(group.projectName)
+            text: idle ? qsTr("Run %1 in %2").arg(modelData.label).arg(group.projectName) : modelData.label === "Both" ? qsTr("Stop frontend and backend of %1").arg(group.projectName) : qsTr("Stop %1 of %2").arg(modelData.label).arg(group.projectName)
             Accessible.role: Accessible.Button
             Accessible.name: text
             Keys.onReturnPressed: part.clicked()
@@ -61,6 +61,8 @@ Row {
                     StatusDot {
                         anchors.verticalCenter: parent.verticalCenter
                         visible: !part.idle
+                        width: Theme.dot
+                        height: Theme.dot
                         halo: true
                         cardState: part.modelData.state
                     }
@@ -69,7 +71,7 @@ Row {
                         anchors.verticalCenter: parent.verticalCenter
                         visible: part.idle
                         name: "own-play-fill"
-                        size: Theme.iconSmall
+                        size: Theme.iconMini
                         color: Theme.accentText
                     }
 

@@ -7,7 +7,8 @@ T.Control {
     id: segmented
 
     property int toldRole: Accessible.PageTabList
-    // One record each: text, glyph, the state of a service (any may be missing); without a text a name.
+    // One record each: text, glyph, the state of a service, a note behind the text (any may be missing); without a text
+    // a name.
     required property var choices
     property int currentIndex: 0
     property string name
@@ -105,6 +106,14 @@ T.Control {
                                 role: Theme.BodyStrong
                                 color: segment.isCurrent ? Theme.text : Theme.text2
                                 text: segment.modelData.text ?? ""
+                            }
+
+                            Label {
+                                anchors.verticalCenter: parent.verticalCenter
+                                visible: text.length > 0
+                                role: Theme.MonoPath
+                                color: Theme.text3
+                                text: segment.modelData.note ?? ""
                             }
                         }
                     }

@@ -8,6 +8,8 @@ Segmented {
     required property ServiceLogs logs
     // The ports of those that have one, behind their names.
     property bool ports: true
+    // The state of each before its name.
+    property bool dots: true
     readonly property int count: list.count
     readonly property string shownText: choices[list.shown]?.text ?? ""
 
@@ -34,8 +36,9 @@ Segmented {
                     continue;
                 }
                 found.push({
-                    "text": choice.ports && entry.port.length > 0 ? entry.label + " " + entry.port : entry.label,
-                    "state": entry.phase === "stopped" ? "idle" : entry.phase
+                    "text": entry.label,
+                    "note": choice.ports ? entry.port : "",
+                    "state": !choice.dots ? undefined : entry.phase === "stopped" ? "idle" : entry.phase
                 });
                 ids.push(entry.key);
                 if (entry.isShown) {

@@ -116,6 +116,7 @@ Item {
         Label {
             id: folder
 
+            visible: text.length > 0
             role: Theme.MonoPath
             color: Theme.text3
             text: row.folder
@@ -124,7 +125,7 @@ Item {
         Label {
             id: command
 
-            width: Math.max(0, line.width - folder.width - line.spacing)
+            width: Math.max(0, line.width - x)
             role: Theme.MonoPath
             color: Theme.text2
             text: row.command

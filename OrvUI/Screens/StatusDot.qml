@@ -15,7 +15,9 @@ Item {
     implicitHeight: Theme.dotHalo
 
     Rectangle {
-        anchors.fill: parent
+        anchors.centerIn: parent
+        width: Theme.dotHalo
+        height: Theme.dotHalo
         radius: width / 2
         color: dot.cardState === "failed" ? Theme.dangerSoft : Theme.successSoft
         visible: dot.halo && (dot.cardState === "running" || dot.cardState === "failed")

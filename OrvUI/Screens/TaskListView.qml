@@ -15,6 +15,7 @@ FocusScope {
     property alias header: top.sourceComponent
     property bool recentOpen: true
     readonly property var head: top.item
+    readonly property bool isEmpty: rows.count === 0 && (showsDone || recent.count === 0)
     signal handedToAi(string key)
     readonly property bool scrolled: view.contentY > Theme.hairline
 

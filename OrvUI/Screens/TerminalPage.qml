@@ -51,7 +51,7 @@ FocusScope {
         id: empty
 
         x: Math.round((page.width - width) / 2)
-        y: Math.max(Theme.space16, Math.round((page.height - height) / 2) - Theme.space24)
+        y: Math.max(Theme.space16, Math.round((page.height - height) / 2) - Theme.space40)
         visible: list.count === 0
         picture: "terminal"
         heading: qsTr("Run things by hand")

@@ -21,7 +21,7 @@ enum class Family { text, display, code };
 
 struct Style {
     Family family;
-    int size;
+    qreal size;
     int line;
     QFont::Weight weight;
     qreal spacing; ///< percent of the size
@@ -42,8 +42,8 @@ constexpr Style styles[] = {
     {Family::text, 12, 16, QFont::Medium, 0},         // SmallStrong
     {Family::text, 11, 16, QFont::Medium, 0},         // Caption
     {Family::code, 12, 16, QFont::Normal, 0},         // Mono
-    {Family::code, 11, 16, QFont::Normal, 0},         // MonoPath
-    {Family::code, 12, 20, QFont::Normal, 0},         // Console
+    {Family::code, 11.5, 16, QFont::Normal, 0},       // MonoPath
+    {Family::code, 12.5, 20, QFont::Normal, 0},       // Console
     {Family::text, 9, 12, QFont::Bold, 0},            // TileLetter
     {Family::text, 11, 16, QFont::Normal, 0},         // CaptionPlain
     {Family::display, 32, 40, QFont::DemiBold, -1.5}, // Hero
@@ -65,19 +65,31 @@ QString familyName(Family family) {
 
 QFont fontOf(const Style& style) {
     QFont font(familyName(style.family));
-    font.setPixelSize(style.size);
+    font.setPixelSize(qFloor(style.size)); // there are no fonts of half a pixel
     font.setWeight(style.weight);
     if (style.spacing != 0) {
         font.setLetterSpacing(QFont::AbsoluteSpacing, style.size * style.spacing / 100);
     }
-    // Keeps the spacing of the letters that the face was drawn with.
-    font.setHintingPreference(QFont::PreferVerticalHinting);
+    // Keeps the shapes of the letters, and their spacing.
+    font.setHintingPreference(QFont::PreferNoHinting);
     if (style.family == Family::code) {
         font.setFixedPitch(true);
         font.setStyleHint(QFont::Monospace);
         font.setStyleStrategy(QFont::PreferNoShaping); // no ligatures: a command is shown as it is typed
     }
     return font;
+}
+
+/// Below the top of the line, so that the face stands in its middle. At the sizes of a screen ascent and descent are
+/// rounded each, which moves the letters of some sizes down by a pixel.
+int baseline(const Style& style, const QFont& font) {
+    constexpr qreal large = 1000;
+    QFont exact = font;
+    exact.setPixelSize(qRound(large));
+    const QFontMetricsF metrics(exact);
+    const double ascent = metrics.ascent() / large * style.size;
+    const double height = (metrics.ascent() + metrics.descent()) / large * style.size;
+    return qFloor((style.line - height) / 2 + ascent);
 }
 
 } // namespace
@@ -97,8 +109,7 @@ Theme::Theme(QObject* parent) : ThemeColors(parent) {
     loadFonts();
     for (size_t role = 0; role < m_faces.size(); ++role) {
         const QFont font = fontOf(styles[role]);
-        const int natural = qCeil(QFontMetricsF(font).height());
-        m_faces[role] = {font, (styles[role].line - natural) / 2};
+        m_faces[role] = {font, baseline(styles[role], font) - qCeil(QFontMetricsF(font).ascent())};
     }
 }
 

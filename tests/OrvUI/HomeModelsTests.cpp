@@ -64,7 +64,7 @@ TEST_F(HomeModelsTest, FollowAProjectThroughItsLife) {
     EXPECT_EQ(model->summaryLine(), u"2 projects"_s);
     EXPECT_EQ(
         text(*model->cards(), {"stackLine", "actions", "defaultAction", "tileLetter", "isFlutter"}),
-        u"Astro|Frontend|Frontend|B|false; Express + Vite|Frontend+Backend+Both|Both|S|false"_s);
+        u"Astro|Frontend|Frontend|B|false; Vite + Express|Frontend+Backend+Both|Both|S|false"_s);
 
     const QString shopID = project(u"shop"_s).id;
     model->togglePinFor(shopID);

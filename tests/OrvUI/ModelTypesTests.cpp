@@ -51,6 +51,8 @@ TEST(StackLine, NamesEachStackOnce) {
         project.targets.append(target);
     }
     EXPECT_EQ(stackLine(project), u"Node + Docker"_s);
+    project.targets.append({ServiceKind::frontend, u"/p"_s, u"Vite"_s, {}, {}});
+    EXPECT_EQ(stackLine(project), u"Vite + Node + Docker"_s) << "what is looked at comes first";
 }
 
 TEST(Tile, HasTheColourAndLetterOfTheName) {

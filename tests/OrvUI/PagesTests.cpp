@@ -136,8 +136,8 @@ TEST_F(PagesTest, ShowsAProjectsServicesAndStartsThemOneByOne) {
     ASSERT_TRUE(detail.found());
     QAbstractItemModel* rows = detail.services();
     ASSERT_EQ(rows->rowCount(), 2);
-    constexpr int api = 0;
-    constexpr int web = 1;
+    constexpr int web = 0;
+    constexpr int api = 1;
     EXPECT_EQ(at(rows, web, "command"), u"npm run dev"_s) << "without the way to its folder";
     EXPECT_EQ(at(rows, web, "folder"), u"web"_s);
     EXPECT_EQ(detail.actions().size(), 3);

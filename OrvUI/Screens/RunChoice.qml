@@ -1,0 +1,26 @@
+import OrvLauncher.Screens
+import QtQuick
+
+// The menu of what there is to run in a project; made when it is first asked for.
+Loader {
+    id: choice
+
+    required property AppModel model
+    required property ProjectDetail detail
+
+    function open(anchor) {
+        choice.active = true;
+        const menu = choice.item as RunMenu;
+        menu.actions = choice.detail.startable;
+        menu.choosesDevice = choice.detail.isFlutter;
+        menu.popup(anchor, anchor.width - menu.width, anchor.height + Theme.space4);
+    }
+
+    active: false
+    visible: false
+
+    sourceComponent: RunMenu {
+        onChosen: action => choice.model.runAction(choice.detail.projectID, action)
+        onDeviceAsked: choice.model.devices.ask(choice.detail.projectID)
+    }
+}

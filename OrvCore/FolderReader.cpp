@@ -1,5 +1,7 @@
 #include "OrvCore/FolderReader.h"
 
+#include "OrvCore/RegularFile.h"
+
 #include <QChar>
 #include <QFile>
 #include <QStringConverter>
@@ -48,27 +50,6 @@ FolderReader::Type typeOf(unsigned char listed) {
     default:
         return FolderReader::Type::other;
     }
-}
-
-/// Up to `limit` bytes; absent on an error.
-std::optional<QByteArray> readUpTo(int fd, qint64 limit) {
-    QByteArray bytes(limit, Qt::Uninitialized);
-    qint64 filled = 0;
-    while (filled < limit) {
-        const ssize_t count = ::read(fd, bytes.data() + filled, static_cast<size_t>(limit - filled));
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return std::nullopt;
-        }
-        if (count == 0) {
-            break;
-        }
-        filled += count;
-    }
-    bytes.truncate(filled);
-    return bytes;
 }
 
 QByteArray asUtf8(QByteArray bytes) {
@@ -125,14 +106,8 @@ bool FolderReader::isRunningOut(int code) {
 }
 
 UniqueFd FolderReader::openRegular(std::string_view name, qint64* size) {
-    const std::string path(name);
-    UniqueFd fd(openRetrying(m_fd.get(), path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    UniqueFd fd = RegularFile::open(m_fd.get(), std::string(name).c_str(), size);
     m_ranOut = m_ranOut || (!fd.isValid() && isRunningOut(errno));
-    struct stat status{};
-    if (!fd.isValid() || ::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return {};
-    }
-    *size = status.st_size;
     return fd;
 }
 
@@ -255,7 +230,7 @@ std::optional<QByteArray> FolderReader::text(std::string_view name) {
     if (!fd.isValid() || size > textLimitBytes) {
         return std::nullopt;
     }
-    if (auto bytes = readUpTo(fd.get(), size)) {
+    if (auto bytes = RegularFile::readUpTo(fd.get(), size)) {
         m_text = asUtf8(*std::move(bytes));
     }
     return m_text;
@@ -264,7 +239,7 @@ std::optional<QByteArray> FolderReader::text(std::string_view name) {
 std::optional<QByteArray> FolderReader::prefix(std::string_view name, qint64 bytes) {
     qint64 size = 0;
     const UniqueFd fd = openRegular(name, &size);
-    return fd.isValid() ? readUpTo(fd.get(), std::min(size, bytes)) : std::nullopt;
+    return fd.isValid() ? RegularFile::readUpTo(fd.get(), std::min(size, bytes)) : std::nullopt;
 }
 
 namespace {

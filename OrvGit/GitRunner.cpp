@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QProcessEnvironment>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -28,7 +29,7 @@ constexpr qsizetype tailLines = 20;
 /// Names by which whoever started us may point git at another repository than the folder's, or have it write more to
 /// its standard error than we expect (git-rev-parse(1), `--local-env-vars`; git(1), Environment Variables).
 std::vector<QByteArray> hiddenVariables() {
-    return {
+    std::vector<QByteArray> names{
         "GIT_DIR",
         "GIT_WORK_TREE",
         "GIT_INDEX_FILE",
@@ -39,10 +40,8 @@ std::vector<QByteArray> hiddenVariables() {
         "GIT_GRAFT_FILE",
         "GIT_SHALLOW_FILE",
         "GIT_CONFIG",
-        "GIT_TRACE",
-        "GIT_TRACE_SETUP",
-        "GIT_TRACE_PACKET",
-        "GIT_TRACE_CURL",
+        "GIT_CONFIG_PARAMETERS",
+        "GIT_CONFIG_COUNT",
         "GIT_CURL_VERBOSE",
         "GIT_EXTERNAL_DIFF",
         "GIT_DIFF_OPTS",
@@ -52,7 +51,17 @@ std::vector<QByteArray> hiddenVariables() {
         "GIT_NOGLOB_PATHSPECS",
         "GIT_ALTERNATE_OBJECT_DIRECTORIES",
         "GIT_QUARANTINE_PATH",
+        "GIT_IMPLICIT_WORK_TREE",
+        "GIT_INTERNAL_SUPER_PREFIX",
+        "GIT_REPLACE_REF_BASE",
     };
+    // "GIT_TRACE", "GIT_TRACE_CURL", "GIT_TRACE2_EVENT" and their like.
+    for (const QString& name : QProcessEnvironment::systemEnvironment().keys()) {
+        if (name.startsWith("GIT_TRACE"_L1)) {
+            names.push_back(name.toLocal8Bit());
+        }
+    }
+    return names;
 }
 
 EnvironmentEntries fixedEnvironment(GitPurpose purpose) {
@@ -76,9 +85,9 @@ EnvironmentEntries fixedEnvironment(GitPurpose purpose) {
 }
 
 /// Takes the repository's own filters out of force (git-config(1), GIT_CONFIG_COUNT): an empty program is none.
-void appendWithoutFilters(const QString& folder, std::vector<QByteArray>& variables) {
-    int count = std::max(qEnvironmentVariableIntValue("GIT_CONFIG_COUNT"), 0);
-    for (const QByteArray& setting : localFilterSettings(folder)) {
+void appendWithoutFilters(const QByteArrayList& settings, std::vector<QByteArray>& variables) {
+    int count = 0;
+    for (const QByteArray& setting : settings) {
         const QByteArray number = QByteArray::number(count++);
         variables.push_back("GIT_CONFIG_KEY_" + number + '=' + setting);
         variables.push_back("GIT_CONFIG_VALUE_" + number + '=' + (setting.endsWith(".required") ? "false" : ""));
@@ -86,22 +95,39 @@ void appendWithoutFilters(const QString& folder, std::vector<QByteArray>& variab
     variables.push_back("GIT_CONFIG_COUNT=" + QByteArray::number(count));
 }
 
-ChildProcess::Request request(const GitRunner& runner, const GitArguments& arguments, const QString& folder) {
+/// So that git only sees which commit a submodule is at, and does not look at its files.
+GitArguments withoutLookIntoSubmodules(GitArguments arguments) {
+    qsizetype verb = 0;
+    while (verb + 1 < arguments.size() && arguments[verb] == "-c") {
+        verb += 2;
+    }
+    if (verb < arguments.size() && (arguments[verb] == "status" || arguments[verb] == "diff")) {
+        arguments.insert(verb + 1, "--ignore-submodules=dirty");
+    }
+    return arguments;
+}
+
+GitOutcome<ChildProcess::Request> request(
+    const GitRunner& runner, const GitArguments& arguments, const QString& folder) {
     EnvironmentEntries entries = fixedEnvironment(runner.purpose);
     entries.insert(runner.extraEnvironment);
     const QByteArray program = QFile::encodeName(GitRunner::executable());
     std::vector<QByteArray> words{program};
-    std::vector<QByteArray> hidden = hiddenVariables();
+    std::vector<QByteArray> variables = ChildProcess::environment(entries, hiddenVariables());
+    GitArguments wanted = arguments;
     if (runner.purpose == GitPurpose::background) {
-        hidden.push_back("GIT_CONFIG_COUNT");
+        const auto filters = LocalFilters::of(folder, runner.cancellation);
+        if (!filters) {
+            return std::unexpected(filters.error());
+        }
+        appendWithoutFilters(filters->settings, variables);
+        // With several threads, git trusts what an index says of where its entries are.
+        words.insert(
+            words.end(), {"-c", "core.fsmonitor=false", "-c", "core.hooksPath=/dev/null", "-c", "index.threads=1"});
+        wanted = filters->areSubmodulesKnown ? arguments : withoutLookIntoSubmodules(arguments);
     }
-    std::vector<QByteArray> variables = ChildProcess::environment(entries, hidden);
-    if (runner.purpose == GitPurpose::background) {
-        appendWithoutFilters(folder, variables);
-        words.insert(words.end(), {"-c", "core.fsmonitor=false", "-c", "core.hooksPath=/dev/null"});
-    }
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return {
+    words.insert(words.end(), wanted.begin(), wanted.end());
+    return ChildProcess::Request{
         .program = program,
         .arguments = std::move(words),
         .variables = std::move(variables),
@@ -125,7 +151,11 @@ GitOutcome<GitResult> runOnce(
     if (isCancelled(runner)) {
         return std::unexpected(GitError::of(GitError::Kind::cancelled));
     }
-    auto child = GitChild::start(request(runner, arguments, folder), options.input);
+    const auto wanted = request(runner, arguments, folder);
+    if (!wanted) {
+        return std::unexpected(wanted.error());
+    }
+    auto child = GitChild::start(*wanted, options.input);
     if (!child) {
         return std::unexpected(startError(child.error(), folder));
     }
@@ -266,7 +296,11 @@ GitOutcome<qint32> GitRunner::stream(
     if (isCancelled(*this)) {
         return std::unexpected(GitError::of(GitError::Kind::cancelled));
     }
-    auto child = GitChild::start(request(*this, arguments, folder), {});
+    const auto wanted = request(*this, arguments, folder);
+    if (!wanted) {
+        return std::unexpected(wanted.error());
+    }
+    auto child = GitChild::start(*wanted, {});
     if (!child) {
         return std::unexpected(startError(child.error(), folder));
     }

@@ -1,12 +1,11 @@
+#include "OrvCore/RegularFile.h"
 #include "OrvGit/GitLimits_p.h"
-#include "OrvGit/GitRunner.h"
 #include "OrvGit/LocalFilters_p.h"
 #include "OrvGit/RepositoryLayout.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QtEndian>
 
 #include <algorithm>
 
@@ -16,132 +15,149 @@ namespace orv {
 namespace {
 
 constexpr int deepestModule = 8;
+constexpr qint64 longestConfiguration = 1024 * 1024;
+constexpr qint64 largestIndex = qint64{256} * 1024 * 1024;
 
-/// Whether the file may define a filter, itself or by another one.
-bool mayDefineFilters(const QString& path) {
-    constexpr qint64 longest = 1024 * 1024;
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    const QByteArray text = file.read(longest).toLower();
-    return text.size() == longest || text.contains("filter") || text.contains("include");
+GitError unreadable(const QString& path) {
+    return GitError::refused(u"“%1” is no file that can be read."_s.arg(path));
 }
 
-void collect(const QString& gitDirectory, QList<QByteArray>& settings) {
-    const bool isPlain =
-        std::ranges::none_of(QStringList{u"/config"_s, u"/config.worktree"_s}, [&](const QString& name) {
-            return mayDefineFilters(gitDirectory + name);
-        });
-    if (isPlain) {
-        return;
+/// What stands in the repository's own files (git-config(1), FILES).
+GitOutcome<QByteArray> configurationText(const RepositoryLayout& layout) {
+    QByteArray text;
+    for (const QString& path : {layout.commonDirectory + u"/config"_s, layout.gitDirectory + u"/config.worktree"_s}) {
+        if (!QFileInfo::exists(path)) {
+            continue;
+        }
+        const auto part = RegularFile::prefix(path, longestConfiguration);
+        if (!part) {
+            return std::unexpected(unreadable(path));
+        }
+        text += *part + '\n';
     }
-    for (const char* scope : {"--local", "--worktree"}) {
-        const auto found = GitRunner().run(
-            {"--git-dir", QFile::encodeName(gitDirectory), "config", scope, "--includes", "-z", "--name-only",
-             "--get-regexp", "^filter\\..*\\.(clean|process|required)$"},
+    return text;
+}
+
+/// Whether only git can tell what it says: of a filter, or in another file.
+bool asksForGit(const QByteArray& text) {
+    const QByteArray small = text.toLower();
+    return text.size() >= longestConfiguration || small.contains("filter") || small.contains("include");
+}
+
+/// Whether the work tree is the folder itself: the configuration names no other one (git-config(1), core.worktree).
+/// Only how git itself writes it is understood.
+bool isWorkTreeOf(const RepositoryLayout& layout, const QByteArray& text) {
+    const QByteArrayList lines = text.split('\n');
+    return std::ranges::all_of(lines, [&](const QByteArray& line) {
+        const qsizetype equals = line.indexOf('=');
+        const QByteArray key = line.first(std::max<qsizetype>(equals, 0)).trimmed().toLower();
+        const bool isSection = equals < 0 && line.trimmed().startsWith('[');
+        if (!line.toLower().contains("worktree") || isSection || key == "worktreeconfig") {
+            return true;
+        }
+        const QByteArray value = line.sliced(equals + 1).trimmed();
+        const bool isPlain =
+            std::ranges::none_of(value, [](char letter) { return QByteArrayView("\"\\#;").contains(letter); });
+        const QString named = QDir(layout.gitDirectory).filePath(QFile::decodeName(value));
+        const QString found = QFileInfo(named).canonicalFilePath();
+        return key == "worktree" && isPlain && !found.isEmpty() &&
+               found == QFileInfo(layout.folder).canonicalFilePath();
+    });
+}
+
+class Search {
+public:
+    explicit Search(const std::optional<GitCancellation>& cancellation) { m_runner.cancellation = cancellation; }
+
+    GitOutcome<LocalFilters> of(const RepositoryLayout& layout) {
+        const auto text = addSettings(layout);
+        if (!text) {
+            return std::unexpected(text.error());
+        }
+        // Git would wait for a named pipe.
+        const QString index = layout.gitDirectory + u"/index"_s;
+        if (QFileInfo::exists(index) && !RegularFile::prefix(index, 1)) {
+            return std::unexpected(unreadable(index));
+        }
+        addSubmodules(layout, *text, 0);
+        return std::move(m_found);
+    }
+
+private:
+    /// Gives the text of the configuration.
+    GitOutcome<QByteArray> addSettings(const RepositoryLayout& layout) {
+        auto text = configurationText(layout);
+        if (!text || !asksForGit(*text)) {
+            return text;
+        }
+        const auto listed = m_runner.runRaw(
+            {"--git-dir=" + QFile::encodeName(layout.gitDirectory), "config", "--includes", "--show-scope", "-z",
+             "--name-only", "--get-regexp", "^(filter\\..*\\.(clean|process|required)|core\\.worktree)$"},
             u"/"_s, GitLimits::local);
-        if (found) {
-            settings += found->split('\0');
+        if (!listed) {
+            return std::unexpected(listed.error());
         }
-    }
-}
-
-/// "modules" holds the submodules' repositories under their names, which may have several parts.
-void collectModules(const QString& folder, int depth, QList<QByteArray>& settings) {
-    for (const QString& name : QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot)) {
-        const QString path = folder + u'/' + name;
-        const bool isRepository = QFileInfo::exists(path + u"/HEAD"_s);
-        if (isRepository) {
-            collect(path, settings);
+        constexpr int noneFound = 1;
+        if (listed->code != 0 && listed->code != noneFound) {
+            return std::unexpected(listed->error());
         }
-        if (depth < deepestModule) {
-            collectModules(isRepository ? path + u"/modules"_s : path, depth + 1, settings);
-        }
-    }
-}
-
-/// The paths of the entries that are repositories of their own, read from the index itself (gitformat-index(5)): for a
-/// run that nobody asked for, another git beforehand would be too much. Of an index that is not understood, none.
-QByteArrayList embeddedRepositories(const QString& indexPath, qsizetype hashBytes) {
-    QFile file(indexPath);
-    QByteArrayList found;
-    if (!file.open(QIODevice::ReadOnly)) {
-        return found;
-    }
-    const QByteArray index = file.readAll();
-    const auto number = [&index](qsizetype at) { return qFromBigEndian<quint32>(index.constData() + at); };
-    if (index.size() < 12 || !index.startsWith("DIRC")) {
-        return found;
-    }
-    constexpr qsizetype statBytes = 40;
-    constexpr qsizetype modeAt = 24;
-    constexpr quint32 gitlink = 0160000;
-    const quint32 version = number(4);
-    const quint32 count = number(8);
-    QByteArray path;
-    qsizetype at = 12;
-    for (quint32 i = 0; i < count; ++i) {
-        const qsizetype flagsAt = at + statBytes + hashBytes;
-        if (flagsAt + 2 > index.size()) {
-            return found;
-        }
-        const bool isExtended = version >= 3 && (index[flagsAt] & 0x40) != 0;
-        qsizetype name = flagsAt + (isExtended ? 4 : 2);
-        if (version == 4) {
-            qsizetype cut = 0; // of the path before, at its end
-            for (bool isMore = true; isMore && name < index.size(); ++name) {
-                isMore = (index[name] & 0x80) != 0;
-                cut = (cut << 7) + (index[name] & 0x7f) + (isMore ? 1 : 0);
+        const QByteArrayList words = listed->output.split('\0');
+        for (qsizetype i = 0; i + 1 < words.size(); i += 2) {
+            const bool isLocal = words[i] == "local" || words[i] == "worktree";
+            if (isLocal && words[i + 1] != "core.worktree") {
+                m_found.settings.append(words[i + 1]);
+            } else if (isLocal) {
+                m_found.areSubmodulesKnown = false; // it may be another file that says so
             }
-            path.chop(std::min(cut, path.size()));
-        } else {
-            path.clear();
         }
-        const qsizetype end = index.indexOf('\0', name);
-        if (end < 0) {
-            return found;
-        }
-        path += index.sliced(name, end - name);
-        if (number(at + modeAt) == gitlink) {
-            found.append(path);
-        }
-        at = version == 4 ? end + 1 : at + (end - at + 8) / 8 * 8;
+        return text;
     }
-    return found;
-}
 
-void collectEmbedded(const RepositoryLayout& layout, int depth, QList<QByteArray>& settings) {
-    QFile configuration(layout.commonDirectory + u"/config"_s);
-    const bool isSha256 = configuration.open(QIODevice::ReadOnly) && configuration.readAll().contains("sha256");
-    for (const QByteArray& path : embeddedRepositories(layout.gitDirectory + u"/index"_s, isSha256 ? 32 : 20)) {
-        const QString folder = layout.folder + u'/' + QFile::decodeName(path);
-        // Where ".git" is a file, it leads to "modules".
-        const auto inner = QFileInfo(folder + u"/.git"_s).isDir() ? RepositoryLayout::of(folder) : std::nullopt;
-        if (inner) {
-            collect(inner->commonDirectory, settings);
-            collectModules(inner->commonDirectory + u"/modules"_s, 0, settings);
-            if (depth < deepestModule) {
-                collectEmbedded(*inner, depth + 1, settings);
+    /// What git looks into: the entries of the index that are repositories and are there.
+    void addSubmodules(const RepositoryLayout& layout, const QByteArray& text, int depth) {
+        const QString path = layout.gitDirectory + u"/index"_s;
+        if (!m_found.areSubmodulesKnown || !QFileInfo::exists(path)) {
+            return;
+        }
+        const auto index = RegularFile::read(path, largestIndex);
+        const auto entries = index ? embeddedRepositories(*index) : std::nullopt;
+        // Other hashes have another length.
+        m_found.areSubmodulesKnown = entries && (entries->isEmpty() || isWorkTreeOf(layout, text)) &&
+                                     !text.toLower().contains("objectformat") && depth < deepestModule;
+        for (const QByteArray& entry : m_found.areSubmodulesKnown ? *entries : QByteArrayList()) {
+            addSubmodule(layout.folder, entry, depth + 1);
+        }
+    }
+
+    void addSubmodule(const QString& outer, const QByteArray& entry, int depth) {
+        const QString folder = outer + u'/' + QFile::decodeName(entry);
+        if (QFile::encodeName(folder) != QFile::encodeName(outer) + '/' + entry) {
+            m_found.areSubmodulesKnown = false; // its name is none that can be said here
+        } else if (QFileInfo::exists(folder + u"/.git"_s)) {
+            const auto layout = RepositoryLayout::of(folder);
+            const auto text = layout ? addSettings(*layout) : std::unexpected(GitError::of(GitError::Kind::notARepo));
+            if (text) {
+                addSubmodules(*layout, *text, depth);
+            } else {
+                m_found.areSubmodulesKnown = false;
             }
         }
     }
-}
+
+    GitRunner m_runner;
+    LocalFilters m_found;
+};
 
 } // namespace
 
-QList<QByteArray> localFilterSettings(const QString& folder) {
-    QList<QByteArray> settings;
-    if (const auto layout = RepositoryLayout::of(folder)) {
-        if (layout->gitDirectory != layout->commonDirectory) {
-            collect(layout->gitDirectory, settings);
-        }
-        collect(layout->commonDirectory, settings);
-        collectModules(layout->commonDirectory + u"/modules"_s, 0, settings);
-        collectEmbedded(*layout, 0, settings);
+GitOutcome<LocalFilters> LocalFilters::of(const QString& folder, const std::optional<GitCancellation>& cancellation) {
+    // From a folder within a repository, git goes up to it.
+    auto layout = RepositoryLayout::of(folder);
+    for (QString above = folder; !layout && QFileInfo(above).path() != above;) {
+        above = QFileInfo(above).path();
+        layout = RepositoryLayout::of(above);
     }
-    settings.removeAll(QByteArray());
-    return settings;
+    return layout ? Search(cancellation).of(*layout) : LocalFilters();
 }
 
 } // namespace orv

@@ -1,5 +1,7 @@
 #include "OrvGit/RepositoryLayout.h"
 
+#include "OrvCore/RegularFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -12,14 +14,28 @@ using namespace Qt::StringLiterals;
 namespace orv {
 namespace {
 
+constexpr qint64 longestFile = 8192;
+
 /// The first line; empty when the file is not there or is no small regular one.
 QString firstLine(const QString& path) {
-    constexpr qint64 longest = 8192;
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
-        return {};
+    const QByteArray bytes = RegularFile::prefix(path, longestFile).value_or(QByteArray());
+    const qsizetype end = bytes.indexOf('\n');
+    return QFile::decodeName(bytes.first(end < 0 ? bytes.size() : end)).trimmed();
+}
+
+/// A file that leads to another place, as git reads it: all of it but the ends of lines at its end (gitfile and
+/// "commondir", gitrepository-layout(5)). Nothing when it names none that a string can hold.
+std::optional<QString> pointer(const QString& path, QByteArrayView prefix) {
+    QByteArray bytes = RegularFile::read(path, longestFile).value_or(QByteArray());
+    while (bytes.endsWith('\n') || bytes.endsWith('\r')) {
+        bytes.chop(1);
     }
-    return QFile::decodeName(file.readLine(longest)).trimmed();
+    if (!bytes.startsWith(prefix) || bytes.size() == prefix.size() || bytes.contains('\0')) {
+        return std::nullopt;
+    }
+    bytes.remove(0, prefix.size());
+    const QString found = QFile::decodeName(bytes);
+    return QFile::encodeName(found) == bytes ? std::optional(found) : std::nullopt;
 }
 
 bool exists(const QString& directory, const QString& name) {
@@ -27,11 +43,15 @@ bool exists(const QString& directory, const QString& name) {
 }
 
 QString resolved(const QString& folder, const QString& path) {
-    return QDir::cleanPath(QDir(folder).absoluteFilePath(path));
+    const QString whole = path.startsWith(u'/') ? path : folder + u'/' + path;
+    const QString clean = QDir::cleanPath(whole);
+    // Behind a symbolic link, ".." is another folder than the one before it.
+    const QString real = QFileInfo(whole).canonicalFilePath();
+    return real.isEmpty() || QFileInfo(clean).canonicalFilePath() == real ? clean : real;
 }
 
 bool looksLikeGitDirectory(const QString& path) {
-    return exists(path, u"HEAD"_s) && (exists(path, u"refs"_s) || exists(path, u"commondir"_s));
+    return QFileInfo(path + u"/HEAD"_s).isFile() && (exists(path, u"refs"_s) || exists(path, u"commondir"_s));
 }
 
 } // namespace
@@ -40,10 +60,9 @@ std::optional<RepositoryLayout> RepositoryLayout::of(const QString& folder) {
     const QString entry = folder + u"/.git"_s;
     RepositoryLayout layout;
     layout.folder = folder;
-    constexpr auto prefix = "gitdir: "_L1;
-    if (const QString line = firstLine(entry); line.startsWith(prefix)) {
+    if (const auto leads = pointer(entry, "gitdir: ")) {
         layout.kind = Kind::linked;
-        layout.gitDirectory = resolved(folder, line.sliced(prefix.size()));
+        layout.gitDirectory = resolved(folder, *leads);
     } else if (QFileInfo(entry).isDir()) {
         layout.gitDirectory = entry;
     } else {
@@ -53,8 +72,14 @@ std::optional<RepositoryLayout> RepositoryLayout::of(const QString& folder) {
     if (!looksLikeGitDirectory(layout.gitDirectory)) {
         return std::nullopt;
     }
-    const QString common = firstLine(layout.gitDirectory + u"/commondir"_s);
-    layout.commonDirectory = common.isEmpty() ? layout.gitDirectory : resolved(layout.gitDirectory, common);
+    layout.commonDirectory = layout.gitDirectory;
+    if (const QString file = layout.gitDirectory + u"/commondir"_s; QFileInfo::exists(file)) {
+        const auto leads = pointer(file, {});
+        if (!leads) {
+            return std::nullopt;
+        }
+        layout.commonDirectory = resolved(layout.gitDirectory, *leads);
+    }
     return layout;
 }
 

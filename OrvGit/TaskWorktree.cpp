@@ -1,5 +1,6 @@
 #include "OrvGit/TaskWorktree.h"
 
+#include "OrvCore/RegularFile.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitParsing.h"
 #include "OrvGit/GitPath.h"
@@ -22,12 +23,9 @@ constexpr qsizetype mostCopies = 1000;
 constexpr qint64 largestCopyBytes = qint64{50} * 1024 * 1024;
 
 bool areSame(const QString& one, const QString& other) {
-    QFile first(one);
-    QFile second(other);
-    if (!first.open(QIODevice::ReadOnly) || !second.open(QIODevice::ReadOnly)) {
-        return !first.exists() && !second.exists();
-    }
-    return first.size() == second.size() && first.readAll() == second.readAll();
+    const auto first = RegularFile::read(one, largestCopyBytes);
+    const auto second = RegularFile::read(other, largestCopyBytes);
+    return first && second ? *first == *second : !QFileInfo::exists(one) && !QFileInfo::exists(other);
 }
 
 QString counted(int count, const QString& one, const QString& many) {

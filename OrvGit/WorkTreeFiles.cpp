@@ -1,4 +1,4 @@
-#include "OrvCore/UniqueFd.h"
+#include "OrvCore/RegularFile.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/WorkTreeFiles_p.h"
 
@@ -105,7 +105,7 @@ QByteArray WorkTreeFiles::state(const QString& repository, const QString& path) 
         return kind + QByteArray(target.data(), std::max<ssize_t>(length, 0));
     }
     if (S_ISREG(info->st_mode)) {
-        const UniqueFd descriptor(::open(bytes.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+        const UniqueFd descriptor = RegularFile::open(bytes.constData(), nullptr, O_NOFOLLOW);
         QFile file;
         QCryptographicHash hash(QCryptographicHash::Sha256);
         // One that can't be read is not known to be as it was.

@@ -1,13 +1,14 @@
 #include "OrvUI/FileContent.h"
 
 #include "OrvCore/Paths.h"
+#include "OrvCore/RegularFile.h"
 #include "OrvUI/CodeHighlighter.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
 
 using namespace Qt::StringLiterals;
 
@@ -99,12 +100,12 @@ FileContent FileContent::read(const QString& path) {
         content.note = tr("This file is %1 large. Files up to %2 are shown.").arg(content.facts, sizeText(largest));
         return content;
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        content.note = tr("It can't be read: %1.").arg(file.errorString());
+    const auto read = RegularFile::prefix(path, largest);
+    if (!read) {
+        content.note = tr("It can't be read: %1.").arg(qt_error_string(errno));
         return content;
     }
-    const QByteArray bytes = file.read(largest);
+    const QByteArray& bytes = *read;
     if (bytes.isEmpty()) {
         content.note = tr("This file is empty.");
     } else if (!isText(bytes)) {

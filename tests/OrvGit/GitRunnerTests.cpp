@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
 #include <QUuid>
 
 #include <algorithm>
@@ -35,6 +36,11 @@ protected:
 TEST_F(GitRuns, HaveTheFixedEnvironmentAndAskNobody) {
     const ScopedEnvironment elsewhere("GIT_DIR", "/nowhere");
     const ScopedEnvironment trace("GIT_TRACE", "1");
+    const ScopedEnvironment trace2("GIT_TRACE2_PERF", "2");
+    const ScopedEnvironment counted("GIT_CONFIG_COUNT", "1");
+    const ScopedEnvironment countedKey("GIT_CONFIG_KEY_0", "core.fsmonitor");
+    const ScopedEnvironment countedValue("GIT_CONFIG_VALUE_0", "inherited");
+    const ScopedEnvironment given("GIT_CONFIG_PARAMETERS", "'core.fsmonitor'='inherited'");
     const ScopedEnvironment ssh("GIT_SSH_COMMAND", "ssh -v");
     const QByteArray script =
         "echo $GIT_TERMINAL_PROMPT,$GIT_EDITOR,$LC_ALL,$GIT_LITERAL_PATHSPECS,$GIT_OPTIONAL_LOCKS,"
@@ -92,6 +98,92 @@ TEST_F(GitRuns, OfNobodyRunNothingOfTheRepository) {
     EXPECT_TRUE(std::ranges::any_of(status->changes, [](const FileChange& change) { return change.path == u"f"_s; }));
     EXPECT_TRUE(GitService().status(repository));
     EXPECT_TRUE(QFile::exists(home.path(u"ran"_s)));
+}
+
+/// Each leads git to a repository with a filter of its own in another way.
+TEST_F(GitRuns, OfNobodyFindEveryRepositoryThatGitLooksInto) {
+    const QByteArray functions =
+        "set -e; fill() { git init -q \"$1\"; (cd \"$1\"; echo 1 > x; git add x; git commit -qm x; spoil); }\n"
+        "spoil() { git config filter.evil.clean \"touch $RAN; cat\"; echo '* filter=evil' > .gitattributes;"
+        " echo 2 > x; }\n"
+        "embed() { git init -q r; cd r; fill \"$1\"; git -c advice.addEmbeddedRepo=false add \"$1\"; }\n";
+    const struct {
+        const char* label;
+        QByteArray line;
+        QString folder = u"r"_s;
+    } cases[]{
+        {"in the work tree", "embed m"},
+        {"a file .git that leads elsewhere", "embed m; mv m/.git hidden; echo 'gitdir: ../hidden' > m/.git"},
+        {"several parts of the index", "embed m; git update-index --split-index"},
+        {"an index of version 4", "embed m; touch m2 m3; git add m2 m3; git update-index --index-version 4"},
+        {"a name that is no text", "embed \"$(printf 'm\\377')\""},
+        {"hashes of another length",
+         "git init -q --object-format=sha256 r; cd r; git init -q --object-format=sha256 m; cd m; echo 1 > x;"
+         " git add x; git commit -qm x; spoil; cd ..; git -c advice.addEmbeddedRepo=false add m"},
+        {"a submodule of a submodule", "embed m; cd m; fill n; git -c advice.addEmbeddedRepo=false add n"},
+        {"another work tree", "embed m; mkdir ../w; mv m ../w/; git config core.worktree ../../w"},
+        {"another work tree of a submodule",
+         "embed m; cd m; fill n; git -c advice.addEmbeddedRepo=false add n; mv x n .gitattributes ..;"
+         " git config core.worktree ../.."},
+        {"a submodule of a further work tree",
+         "fill s; git init -q o; cd o; git submodule --quiet add ../s m; git commit -qm m; git worktree add -q ../r;"
+         " cd ../r; git submodule --quiet update --init; cd m; spoil"},
+        {"a blank at the end of .git",
+         "fill r; cd r; mv .git '../h '; git init -q --bare ../h; echo 'gitdir: ../h ' > .git"},
+        {"a blank at the end of commondir",
+         "fill r; cd r; mkdir 'c ' c; mv .git/refs .git/objects .git/config 'c '; mkdir c/refs c/objects;"
+         " echo '../c ' > .git/commondir"},
+        {"a line break in .git", "fill r; cd r; mv .git \"$(printf '../h\\nh')\"; git init -q --bare ../h;"
+                                 " printf 'gitdir: ../h\\nh\\n' > .git"},
+        {"a link before ..", "fill r; cd r; mkdir -p ../a/b; ln -s ../a/b l; mv .git ../a/h; git init -q --bare h;"
+                             " echo 'gitdir: l/../h' > .git"},
+        {"from a folder in it", "fill r; mkdir r/deep", u"r/deep"_s},
+        {"of the work tree only", "fill r; cd r; git config extensions.worktreeConfig true;"
+                                  " git config --unset filter.evil.clean;"
+                                  " git config --worktree filter.evil.clean \"touch $RAN; cat\""},
+        {"from another file, on this branch only",
+         "fill r; cd r; mv .git/config .git/more; git init -q; git config includeIf.onbranch:main.path more"},
+    };
+    int made = 0;
+    for (const auto& each : cases) {
+        const QString place = home.add(u"case%1/"_s.arg(++made), {});
+        const QString ran = place + u"/ran"_s;
+        const ScopedEnvironment ranName("RAN", ran.toUtf8().constData());
+        QProcess script;
+        script.setWorkingDirectory(place);
+        script.start(u"/bin/sh"_s, {u"-c"_s, QString::fromUtf8(functions + each.line)});
+        ASSERT_TRUE(script.waitForFinished(60000)) << each.label;
+        ASSERT_EQ(script.exitCode(), 0) << each.label << script.readAllStandardError().constData();
+        QFile::remove(ran);
+        const QString folder = place + u'/' + each.folder;
+        const auto seen = GitService(GitRunner{{}, GitPurpose::background, {}}).status(folder);
+        EXPECT_TRUE(seen) << each.label << failure(seen);
+        EXPECT_FALSE(QFile::exists(ran)) << each.label;
+        git(folder, {u"status"_s});
+        EXPECT_TRUE(QFile::exists(ran)) << each.label << ": git itself does not get there";
+    }
+    // A name that is no text is none to QTemporaryDir either.
+    EXPECT_EQ(QProcess::execute(u"/bin/rm"_s, {u"-rf"_s, home.path(u"case5"_s)}), 0);
+}
+
+TEST_F(GitRuns, OfNobodyReadNothingButFiles) {
+    const struct {
+        const char* file;
+        const char* target; ///< of a link; a named pipe when there is none
+    } cases[]{
+        {"index", nullptr}, {"index", "/dev/zero"}, {"config", nullptr},    {"config", "/dev/zero"},
+        {"HEAD", nullptr},  {"HEAD", "/dev/zero"},  {"commondir", nullptr}, {"commondir", "/dev/zero"},
+    };
+    int made = 0;
+    for (const auto& each : cases) {
+        const QString folder = home.makeRepository(u"special%1"_s.arg(++made), {{u"f"_s, "one\n"}});
+        const QByteArray path = QFile::encodeName(folder) + "/.git/" + each.file;
+        QFile::remove(QFile::decodeName(path));
+        ASSERT_EQ(each.target == nullptr ? ::mkfifo(path, 0600) : ::symlink(each.target, path), 0);
+        const auto seen = GitService(GitRunner{{}, GitPurpose::background, {}}).status(folder);
+        EXPECT_FALSE(seen) << path.constData();
+        EXPECT_NE(failure(seen), GitError::of(GitError::Kind::timeout).text().toStdString()) << path.constData();
+    }
 }
 
 TEST_F(GitRuns, EndInWhatTheyWereOrWhyTheyWereNot) {

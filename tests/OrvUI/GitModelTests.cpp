@@ -445,7 +445,7 @@ TEST_F(GitPage, DropsWhatIsStale) {
 
 TEST_F(GitPage, RunsOneStatusOfARepositoryAtATime) {
     const QString trace = home.path(u"trace"_s);
-    const ScopedEnvironment traced("GIT_TRACE2_EVENT", trace.toUtf8().constData());
+    git(r, {u"config"_s, u"--global"_s, u"trace2.eventTarget"_s, trace});
     open(r);
     QList<QFuture<void>> ends;
     for (int i = 0; i < 8; ++i) {

@@ -248,7 +248,18 @@ TEST(Images, AreTheSameHoweverTheBytesAreCut) {
         "\x1B[41m",
         "\x1B[m",
         "\x1B_Ga=d,q=2,d=p,x=3,y=3\x1B\\",
-        "\x1B[2;2;4;5$z"};
+        "\x1B[2;2;4;5$z",
+        "\x1B[2;2;4;5;0$r",
+        "\x1B[1;1;3;3;1;2;4;1$v",
+        "\u4E00",
+        "\u4E00\u4E00",
+        "\u263A",
+        "\uFE0F",
+        "\x1B[?7l",
+        "\x1B[?7h",
+        "\x1B[4h",
+        "\x1B[4l",
+        "\x1B#6"};
     // What comes together in one place comes more often.
     const std::vector<std::string> often{sixels, "\x1BP0;1q#1~??~\x1B\\", "ab", "\x1B[2;3H", "\x1B[2;4H"};
     std::uint32_t seed = 1;

@@ -95,6 +95,20 @@ protected:
         return nullptr;
     }
 
+    /// Items of a component, from left to right.
+    [[nodiscard]] QList<QQuickItem*> items(const QByteArray& component) const {
+        QList<QQuickItem*> found;
+        const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
+            if (QByteArray(item->metaObject()->className()).startsWith(component + "_QMLTYPE")) {
+                found.append(item);
+            }
+            std::ranges::for_each(item->childItems(), collect);
+        };
+        collect(window->contentItem());
+        std::ranges::sort(found, {}, &QQuickItem::x);
+        return found;
+    }
+
     /// Whether something below turns, which is a frame after the other.
     [[nodiscard]] static bool turns(const QQuickItem* below) {
         const auto isTurning = [](const QObject* one) {
@@ -214,6 +228,17 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     }
     EXPECT_EQ(view->find()->text(), u"ready"_s);
     EXPECT_NE(shown(u"1 of 1"_s), nullptr);
+    session->terminal().feed(std::string(60, '\n') + "ready");
+    Q_EMIT session->outputReceived();
+    const auto marks = [this] {
+        const QQuickItem* bar = items("TerminalScrollBar").value(0);
+        return bar == nullptr || !bar->isVisible()
+                   ? 0
+                   : std::ranges::count_if(bar->childItems(), [](const QQuickItem* item) {
+                         return item->property("color") == Theme::instance()->property("warning");
+                     });
+    };
+    EXPECT_TRUE(waitFor([&] { return marks() == 2; })) << "one above the other, on the scroll bar";
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_FALSE(view->find()->isActive());
     EXPECT_TRUE(waitFor([&] { return view->hasActiveFocus(); }));
@@ -276,16 +301,7 @@ TEST_F(TerminalPage, MovesTabsByTheMouse) {
     }
     const QList<TerminalSession*> opened = tabs.sessions();
     const auto middleOf = [this](int place) {
-        QList<QQuickItem*> found;
-        const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
-            if (QByteArray(item->metaObject()->className()).startsWith("TerminalTab_QMLTYPE")) {
-                found.append(item);
-            }
-            std::ranges::for_each(item->childItems(), collect);
-        };
-        collect(window->contentItem());
-        std::ranges::sort(found, {}, &QQuickItem::x);
-        const QQuickItem* tab = found.value(place);
+        const QQuickItem* tab = items("TerminalTab").value(place);
         return tab == nullptr ? QPoint() : tab->mapToScene(QPointF(tab->width() / 2, tab->height() / 2)).toPoint();
     };
     ASSERT_TRUE(waitFor([&] { return middleOf(0).x() < middleOf(1).x() && middleOf(1).x() < middleOf(2).x(); }));

@@ -6,6 +6,8 @@
 //                                            second
 //     orv-bench-view tabs COUNT              memory and time of so many terminals with idle shells
 //     orv-bench-view interrupt COMMAND       how long a flood goes on after Ctrl-C, some times
+//     orv-bench-view scroll                  frames a second while each of them shows another part of the history, and
+//                                            what 99 of 100 of them take at most
 //
 // All print figures, separated by blanks, on one line.
 
@@ -168,6 +170,42 @@ void interrupt(Window& window, const QString& command) {
     after(settling, *flood);
 }
 
+/// Each frame shows lines of which none was shown before it.
+void scroll(Window& window) {
+    constexpr int historyLines = 10'000;
+    static constexpr std::chrono::seconds length{5};
+    TerminalSession& session = window.open();
+    auto* times = new std::vector<double>;
+    auto* time = new QElapsedTimer;
+    after(settling, [=, &session, &window] {
+        for (int line = 0; line < historyLines; ++line) {
+            session.terminal().feed(
+                "\x1b[32m" + std::to_string(line) +
+                "\x1b[m some words of \x1b[1;34mmany colours\x1b[m, \x1b[7mlike\x1b[m a "
+                "build that \x1b[4mprints\x1b[m what it does: \x1b[33mwarning\x1b[m of something in "
+                "src/main.cpp:12:5\r\n");
+        }
+        time->start();
+        QObject::connect(&window, &QQuickWindow::frameSwapped, &session, [=, &window, step = -1]() mutable {
+            times->push_back(static_cast<double>(time->nsecsElapsed()) / 1e6);
+            time->start();
+            TerminalView& view = window.view();
+            const int next = view.topLine() + step * view.rows();
+            if (next < 0 || next > view.historyLines()) {
+                step = -step;
+            }
+            view.scrollTo(view.topLine() + step * view.rows());
+        });
+        window.view().scrollTo(0);
+    });
+    after(settling + length, [times] {
+        std::ranges::sort(*times);
+        const double count = static_cast<double>(times->size());
+        std::printf("%.0f %.1f\n", count / static_cast<double>(length.count()), times->at(times->size() * 99 / 100));
+        QCoreApplication::quit();
+    });
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -185,8 +223,10 @@ int main(int argc, char** argv) {
         measureTabs(window, std::max(1, words.at(2).toInt()));
     } else if (words.value(1) == u"interrupt" && words.size() == 3) {
         interrupt(window, words.at(2));
+    } else if (words.value(1) == u"scroll") {
+        scroll(window);
     } else {
-        std::fputs("orv-bench-view run COMMAND [FRAMES] | tabs COUNT | interrupt COMMAND\n", stderr);
+        std::fputs("orv-bench-view run COMMAND [FRAMES] | tabs COUNT | interrupt COMMAND | scroll\n", stderr);
         return 2;
     }
     return QGuiApplication::exec();

@@ -209,8 +209,8 @@ def latency(screen, terminal):
     return statistics.median(times), times[len(times) * 95 // 100]
 
 
-def ask(*words):
-    child = start([program, *words], env={**os.environ, "QT_QUICK_BACKEND": "software"}, stdout=subprocess.PIPE)
+def ask(*words, backend="software"):
+    child = start([program, *words], env={**os.environ, "QT_QUICK_BACKEND": backend}, stdout=subprocess.PIPE)
     output, _ = child.communicate(timeout=180)
     return output.split()
 
@@ -245,7 +245,14 @@ def main():
     print(f"\n`cat` of {megabytes} MB in MB/s, the best of {rounds} rounds and in brackets the median; the median of {keys} keys, and in "
           f"brackets what 95 of 100 keep. {grid.replace('x', ' by ')} cells, 10,000 lines of history, on Xvfb.")
     drawn = frames("plain")
-    print(f"\nWhile plain output comes, {drawn:.0f} frames a second are drawn.")
+    if drawn is not None:
+        print(f"\nWhile plain output comes, {drawn:.0f} frames a second are drawn.")
+    print("\n| Scrolling by whole screens | frames a second | 99 of 100 take at most |\n|---|---:|---:|")
+    for name, _, variables in terminals():
+        if name.startswith("OrvLauncher"):
+            pace, longest = ask("scroll", backend=variables["QT_QUICK_BACKEND"])
+            print(f"| {name} | {int(pace)} | {float(longest):.1f} ms |")
+    print("\nA display shows 60 of them.")
     kilobytes, busy = ask("tabs", "20")
     print(f"\n20 terminals with idle shells: {int(kilobytes)} KB each, beyond the first; {float(busy):.0f} ms of processor "
           "time in 10 s, of all together.")

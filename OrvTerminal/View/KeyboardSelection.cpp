@@ -144,6 +144,7 @@ KeyboardSelection::Outcome KeyboardSelection::press(const QKeyEvent& event) {
     if (key == nullptr) {
         return Outcome::unknown;
     }
+    m_cursor = onCell(m_cursor); // the history may be gone
     if (key->act != nullptr) {
         (this->*key->act)(key->unit);
     } else if (key->move != nullptr) {

@@ -54,8 +54,6 @@ Item {
                 TerminalTab {
                     id: tab
 
-                    required property int index
-
                     limit: Math.max(Theme.terminalTabMin, Math.min(Theme.terminalTabMax, tabs.share))
                     isSelected: session === strip.list.selected
                     onClicked: strip.list.select(session)
@@ -72,11 +70,16 @@ Item {
                     }
 
                     DragHandler {
+                        property real reached: 0
+
                         target: null
                         yAxis.enabled: false
                         onCentroidChanged: {
+                            const way = centroid.scenePosition.x - reached;
+                            reached += way;
                             const below = active ? row.childAt(tab.x + centroid.position.x, tab.height / 2) as TerminalTab : null;
-                            if (below !== null && below !== tab) {
+                            // One that still slides out of the way has been passed already.
+                            if (below !== null && (below.index - tab.index) * way > 0) {
                                 strip.list.moveTo(tab.session, below.session);
                             }
                         }

@@ -8,6 +8,7 @@ T.AbstractButton {
 
     property int toldRole: Accessible.PageTab
     required property TerminalSession session
+    required property int index
     property int limit: Theme.terminalTabMax
     property bool isSelected: false
     readonly property bool isEnded: !session.isAlive

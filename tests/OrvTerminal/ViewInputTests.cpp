@@ -211,6 +211,51 @@ TEST_F(TerminalViews, SelectByKeys) {
     EXPECT_FALSE(session->outputForTesting().contains(u"xecho"_s));
 }
 
+TEST_F(TerminalViews, SelectByKeysWhateverHappensMeanwhile) {
+    constexpr std::array keys{Qt::Key_Left,     Qt::Key_Right, Qt::Key_Up,    Qt::Key_Down, Qt::Key_PageUp,
+                              Qt::Key_PageDown, Qt::Key_Home,  Qt::Key_End,   Qt::Key_W,    Qt::Key_B,
+                              Qt::Key_V,        Qt::Key_O,     Qt::Key_Space, Qt::Key_G};
+    constexpr std::array<Qt::KeyboardModifiers, 4> modifiers{
+        Qt::NoModifier, Qt::ShiftModifier, Qt::ControlModifier, Qt::ControlModifier | Qt::ShiftModifier};
+    constexpr std::array<std::string_view, 9> output{
+        "words and 漢字 e\xCC\x81 🎉\r\n",
+        "\n\n\n\n\n\n",
+        "\x1b[3J",
+        "\x1b[2J\x1b[H",
+        "\x1b[?1049h",
+        "\x1b[?1049l",
+        "\x1b#6wide\r\n",
+        "\x1b[5T漢",
+        "\x1b"
+        "c"};
+    std::uint32_t seed = 7;
+    const auto random = [&seed](size_t count) {
+        seed = seed * 1664525 + 1013904223;
+        return static_cast<size_t>(seed >> 16) % count;
+    };
+    view().keyboardSelection()->start();
+    for (int step = 0; step < 3000; ++step) {
+        SCOPED_TRACE(step);
+        if (random(4) == 0) {
+            terminal().feed(output[random(output.size())]);
+        } else if (random(20) == 0) {
+            session->resize(2 + static_cast<int>(random(40)), 1 + static_cast<int>(random(10)), {8, 16});
+        }
+        const QKeyEvent press(QEvent::KeyPress, keys[random(keys.size())], modifiers[random(modifiers.size())]);
+        if (view().keyboardSelection()->press(press) == KeyboardSelection::Outcome::unknown) {
+            continue;
+        }
+        const term::Buffer& buffer = terminal().buffer();
+        const term::TextPlace cursor = view().keyboardSelection()->cursor();
+        const auto index = cursor.line - static_cast<std::int64_t>(buffer.trimmedCount());
+        ASSERT_GE(index, 0);
+        ASSERT_LT(index, buffer.lineCount());
+        ASSERT_GE(cursor.col, 0);
+        ASSERT_LT(cursor.col, buffer.cols());
+        ASSERT_LE(view().keyboardSelection()->spoken().size(), 300);
+    }
+}
+
 TEST_F(TerminalViews, TellProgramsOfTheMouse) {
     startShell();
     session->send(u"stty -echo; printf '\\033[?1002h\\033[?1006h\\033[2J'; cat -v\n"_s);

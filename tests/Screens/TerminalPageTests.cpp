@@ -16,6 +16,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+
 namespace orv {
 namespace {
 
@@ -90,6 +93,20 @@ protected:
             }
         }
         return nullptr;
+    }
+
+    /// Items of a component, from left to right.
+    [[nodiscard]] QList<QQuickItem*> items(const QByteArray& component) const {
+        QList<QQuickItem*> found;
+        const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
+            if (QByteArray(item->metaObject()->className()).startsWith(component + "_QMLTYPE")) {
+                found.append(item);
+            }
+            std::ranges::for_each(item->childItems(), collect);
+        };
+        collect(window->contentItem());
+        std::ranges::sort(found, {}, &QQuickItem::x);
+        return found;
     }
 
     /// Whether something below turns, which is a frame after the other.
@@ -211,6 +228,17 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     }
     EXPECT_EQ(view->find()->text(), u"ready"_s);
     EXPECT_NE(shown(u"1 of 1"_s), nullptr);
+    session->terminal().feed(std::string(60, '\n') + "ready");
+    Q_EMIT session->outputReceived();
+    const auto marks = [this] {
+        const QQuickItem* bar = items("TerminalScrollBar").value(0);
+        return bar == nullptr || !bar->isVisible()
+                   ? 0
+                   : std::ranges::count_if(bar->childItems(), [](const QQuickItem* item) {
+                         return item->property("color") == Theme::instance()->property("warning");
+                     });
+    };
+    EXPECT_TRUE(waitFor([&] { return marks() == 2; })) << "one above the other, on the scroll bar";
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_FALSE(view->find()->isActive());
     EXPECT_TRUE(waitFor([&] { return view->hasActiveFocus(); }));
@@ -263,6 +291,28 @@ TEST_F(TerminalPage, MovesTabsByKeys) {
     press(Qt::Key_PageDown);
     press(Qt::Key_PageDown);
     EXPECT_EQ(tabs.sessions(), opened) << "at the end it stays";
+    press(Qt::Key_2);
+    EXPECT_EQ(tabs.selectedID(), opened.at(1)->id()) << "by their number";
+}
+
+TEST_F(TerminalPage, MovesTabsByTheMouse) {
+    for (int number = 0; number < 3; ++number) {
+        tabs.open(QUrl(u"file:///tmp"_s));
+    }
+    const QList<TerminalSession*> opened = tabs.sessions();
+    const auto middleOf = [this](int place) {
+        const QQuickItem* tab = items("TerminalTab").value(place);
+        return tab == nullptr ? QPoint() : tab->mapToScene(QPointF(tab->width() / 2, tab->height() / 2)).toPoint();
+    };
+    ASSERT_TRUE(waitFor([&] { return middleOf(0).x() < middleOf(1).x() && middleOf(1).x() < middleOf(2).x(); }));
+    const QPoint from = middleOf(0), to = middleOf(2);
+    QTest::mousePress(window, Qt::LeftButton, {}, from);
+    for (int step = 1; step <= 10; ++step) {
+        QTest::mouseMove(window, from + (to - from) * step / 10);
+    }
+    QTest::mouseRelease(window, Qt::LeftButton, {}, to);
+    EXPECT_TRUE(waitFor([&] { return tabs.sessions().constLast() == opened.constFirst(); }));
+    EXPECT_EQ(tabs.sessions().size(), 3);
 }
 
 TEST(TerminalTabList, FollowsTheTabsByRows) {

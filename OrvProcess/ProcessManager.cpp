@@ -32,7 +32,7 @@ struct Run {
 };
 
 QString exitMessage(int code, const LogBuffer& log) {
-    QString message = u"Exited with code %1"_s.arg(code);
+    QString message = ProcessManager::tr("Exited with code %1").arg(code);
     for (auto line = log.rbegin(); line != log.rend(); ++line) {
         if (const QString shown = PortParser::stripANSI(*line).trimmed(); !shown.isEmpty()) {
             message += u": "_s + shown;
@@ -162,19 +162,19 @@ void ProcessManager::start(const ServiceTarget& target, const QString& projectID
         return;
     }
     if (!QFileInfo(target.directory).isDir()) {
-        d->setState(service, ServiceState::failed(u"Folder not found: "_s + target.directory));
+        d->setState(service, ServiceState::failed(tr("Folder not found: %1").arg(target.directory)));
         return;
     }
     auto process = ProcessSpawner::spawn(
         target.command, target.directory, ProcessSpawner::pipeEnvironment(QProcessEnvironment::systemEnvironment()));
     if (!process) {
-        d->setState(service, ServiceState::failed(u"Could not start: "_s + process.error().text()));
+        d->setState(service, ServiceState::failed(tr("Could not start: %1").arg(process.error().text())));
         return;
     }
     auto* reader = new ProcessReader(std::move(*process), d->turns, this);
     if (const auto begun = reader->begin(); !begun) {
         delete reader;
-        d->setState(service, ServiceState::failed(u"Could not start: "_s + begun.error().text()));
+        d->setState(service, ServiceState::failed(tr("Could not start: %1").arg(begun.error().text())));
         return;
     }
     auto* ports = new PortWatch(reader->pid(), &d->portPool, {}, reader);

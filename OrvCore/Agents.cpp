@@ -27,8 +27,9 @@ constexpr std::array agents{
         .binary = u"gemini",
         .signInCommand = u"gemini",
         .installHint = u"npm install -g @google/gemini-cli",
-        .notice = u"Replaced by Antigravity CLI for Google AI Pro, Ultra and free users since 18 June 2026. Still "
-                  "works with a paid Gemini API key."},
+        .notice = u"" QT_TRANSLATE_NOOP(
+            "Agents", "Replaced by Antigravity CLI for Google AI Pro, Ultra and free users since 18 June 2026. Still "
+                      "works with a paid Gemini API key.")},
     AgentInfo{
         .kind = AgentKind::antigravity,
         .displayName = u"Antigravity",
@@ -38,18 +39,23 @@ constexpr std::array agents{
         .notice = {}},
     AgentInfo{
         .kind = AgentKind::custom,
-        .displayName = u"Custom agent",
+        .displayName = u"" QT_TRANSLATE_NOOP("Agents", "Custom agent"),
         .binary = {},
         .signInCommand = {},
-        .installHint = u"Any command-line agent; set its command in Settings \u2192 AI",
+        .installHint = u"" QT_TRANSLATE_NOOP("Agents", "Any command-line agent; set its command in Settings \u2192 AI"),
         .notice = {}},
 };
 
 constexpr std::array autonomies{
-    AutonomyInfo{AgentAutonomy::plan, u"Plan only", u"Reads the project and proposes a plan. Changes nothing."},
     AutonomyInfo{
-        AgentAutonomy::edit, u"Edit files", u"Edits files in the project. Commands that need approval are refused."},
-    AutonomyInfo{AgentAutonomy::full, u"Full auto", u"Edits files and runs any command without asking. Use with care."},
+        AgentAutonomy::plan, u"" QT_TRANSLATE_NOOP("Agents", "Plan only"),
+        u"" QT_TRANSLATE_NOOP("Agents", "Reads the project and proposes a plan. Changes nothing.")},
+    AutonomyInfo{
+        AgentAutonomy::edit, u"" QT_TRANSLATE_NOOP("Agents", "Edit files"),
+        u"" QT_TRANSLATE_NOOP("Agents", "Edits files in the project. Commands that need approval are refused.")},
+    AutonomyInfo{
+        AgentAutonomy::full, u"" QT_TRANSLATE_NOOP("Agents", "Full auto"),
+        u"" QT_TRANSLATE_NOOP("Agents", "Edits files and runs any command without asking. Use with care.")},
 };
 
 /// Whether each row stands at the place of its case.

@@ -2,6 +2,7 @@
 
 #include "OrvCore/JsonRecord_p.h"
 
+#include <QCoreApplication>
 #include <QHashFunctions>
 
 #include <algorithm>
@@ -53,9 +54,12 @@ QString DecodingError::text() const {
 }
 
 QString title(ServiceKind kind) {
-    QString word = rawValue(kind);
-    word.front() = word.front().toUpper();
-    return word;
+    static constexpr std::array titles{
+        QT_TRANSLATE_NOOP("ServiceKind", "Frontend"), QT_TRANSLATE_NOOP("ServiceKind", "Backend"),
+        QT_TRANSLATE_NOOP("ServiceKind", "Flutter"), QT_TRANSLATE_NOOP("ServiceKind", "Docker"),
+        QT_TRANSLATE_NOOP("ServiceKind", "App")};
+    static_assert(titles.size() == allServiceKinds.size());
+    return QCoreApplication::translate("ServiceKind", titles[static_cast<size_t>(kind)]);
 }
 
 size_t qHash(ServiceKind kind, size_t seed) noexcept {
@@ -111,14 +115,17 @@ QJsonObject ProjectNode::toJson() const {
 QString Greeter::greeting(const QDateTime& date, const QString& name, const QTimeZone& zone) {
     struct Part {
         int firstHour;
-        QLatin1StringView name;
+        const char* text;
     };
     static constexpr std::array parts{
-        Part{22, "night"_L1}, Part{18, "evening"_L1}, Part{12, "afternoon"_L1}, Part{5, "morning"_L1},
-        Part{0, "night"_L1}};
+        Part{22, QT_TRANSLATE_NOOP("Greeter", "Good night, %1")},
+        Part{18, QT_TRANSLATE_NOOP("Greeter", "Good evening, %1")},
+        Part{12, QT_TRANSLATE_NOOP("Greeter", "Good afternoon, %1")},
+        Part{5, QT_TRANSLATE_NOOP("Greeter", "Good morning, %1")},
+        Part{0, QT_TRANSLATE_NOOP("Greeter", "Good night, %1")}};
     const int hour = date.toTimeZone(zone).time().hour();
     const auto part = std::ranges::find_if(parts, [hour](const Part& row) { return hour >= row.firstHour; });
-    return u"Good %1, %2"_s.arg(part->name, name);
+    return QCoreApplication::translate("Greeter", part->text).arg(name);
 }
 
 } // namespace orv

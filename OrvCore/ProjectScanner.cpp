@@ -4,6 +4,7 @@
 #include "OrvCore/DesktopDevice.h"
 #include "OrvCore/FolderWalk_p.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -192,13 +193,15 @@ QSet<QString> ProjectScanner::defaultSkips() {
 QString ScanError::text() const {
     switch (kind) {
     case Kind::cancelled:
-        return u"The scan was cancelled."_s;
+        return QCoreApplication::translate("ScanError", "The scan was cancelled.");
     case Kind::exhausted:
-        return u"Could not scan \"%1\": the system has no files or no memory to spare (%2)."_s.arg(path, reason);
+        return QCoreApplication::translate(
+                   "ScanError", "Could not scan \"%1\": the system has no files or no memory to spare (%2).")
+            .arg(path, reason);
     case Kind::unreadable:
         break;
     }
-    return u"Could not scan \"%1\": %2."_s.arg(path, reason);
+    return QCoreApplication::translate("ScanError", "Could not scan \"%1\": %2.").arg(path, reason);
 }
 
 ScanResult<QList<Project>> ProjectScanner::scan(const QString& root, const ScanCancellation* cancellation) const {

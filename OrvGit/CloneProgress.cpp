@@ -1,5 +1,7 @@
 #include "OrvGit/CloneProgress.h"
 
+#include "GitWords_p.h"
+
 #include <algorithm>
 #include <array>
 
@@ -16,14 +18,14 @@ struct Row {
 };
 
 constexpr std::array rows{
-    Row{"Enumerating objects"_L1, ClonePhase::counting, 0.0, 0.0},
-    Row{"Counting objects"_L1, ClonePhase::counting, 0.0, 0.03},
-    Row{"Compressing objects"_L1, ClonePhase::compressing, 0.03, 0.10},
-    Row{"Receiving objects"_L1, ClonePhase::receiving, 0.10, 0.75},
-    Row{"Resolving deltas"_L1, ClonePhase::resolving, 0.75, 0.90},
-    Row{"Filtering content"_L1, ClonePhase::filtering, 0.90, 0.95},
-    Row{"Updating files"_L1, ClonePhase::checkingOut, 0.95, 1.0},
-    Row{"Checking out files"_L1, ClonePhase::checkingOut, 0.95, 1.0},
+    Row{QLatin1StringView(QT_TRANSLATE_NOOP("Git", "Enumerating objects")), ClonePhase::counting, 0.0, 0.0},
+    Row{QLatin1StringView(QT_TRANSLATE_NOOP("Git", "Counting objects")), ClonePhase::counting, 0.0, 0.03},
+    Row{QLatin1StringView(QT_TRANSLATE_NOOP("Git", "Compressing objects")), ClonePhase::compressing, 0.03, 0.10},
+    Row{QLatin1StringView(QT_TRANSLATE_NOOP("Git", "Receiving objects")), ClonePhase::receiving, 0.10, 0.75},
+    Row{QLatin1StringView(QT_TRANSLATE_NOOP("Git", "Resolving deltas")), ClonePhase::resolving, 0.75, 0.90},
+    Row{QLatin1StringView(QT_TRANSLATE_NOOP("Git", "Filtering content")), ClonePhase::filtering, 0.90, 0.95},
+    Row{QLatin1StringView(QT_TRANSLATE_NOOP("Git", "Updating files")), ClonePhase::checkingOut, 0.95, 1.0},
+    Row{QLatin1StringView(QT_TRANSLATE_NOOP("Git", "Checking out files")), ClonePhase::checkingOut, 0.95, 1.0},
 };
 
 const Row& rowOf(ClonePhase phase) {
@@ -47,7 +49,7 @@ double CloneProgress::fraction() const {
 }
 
 QString CloneProgress::title() const {
-    return phase == ClonePhase::checkingOut ? u"Checking out files"_s : QString(rowOf(phase).word);
+    return GitWords::tr(phase == ClonePhase::checkingOut ? "Checking out files" : rowOf(phase).word.data());
 }
 
 std::optional<CloneProgress> parseCloneProgress(const QString& line) {

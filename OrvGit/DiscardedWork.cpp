@@ -1,5 +1,6 @@
 #include "OrvGit/DiscardedWork.h"
 
+#include "GitWords_p.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/WorkTreeFiles_p.h"
@@ -157,7 +158,7 @@ GitOutcome<DiscardedWork> DiscardedWork::keep(
     for (const FileChange& change : status->changesOf(paths)) {
         const QStringList touched = change.touchedPaths();
         if (change.isConflicted()) {
-            return std::unexpected(GitError::refused(u"A conflict can't be brought back."_s));
+            return std::unexpected(GitError::refused(GitWords::tr("A conflict can't be brought back.")));
         }
         // One that was only announced to the index is nowhere in it.
         const bool isIntended = change.index == '.' && (change.worktree == 'A' || change.worktree == 'R');
@@ -180,7 +181,7 @@ GitOutcome<DiscardedWork> DiscardedWork::keep(
     kept.staged.removeDuplicates();
     kept.changed.removeDuplicates();
     if (sizeOf(repository, kept.changed) > mostBytes) {
-        return std::unexpected(GitError::refused(u"That is too much to be kept."_s));
+        return std::unexpected(GitError::refused(GitWords::tr("That is too much to be kept.")));
     }
 
     const GitRunner& runner = service.runner;
@@ -229,8 +230,8 @@ GitOutcome<void> DiscardedWork::bringBack(const GitService& service) const {
     const auto isOther = [&](const QString& path) { return now->value(path) != afterwards.value(path); };
     if (const auto other = std::ranges::find_if(paths, isOther); other != paths.end()) {
         return std::unexpected(
-            GitError::refused(u"“%1” has changed since. What was discarded is kept in the commit %2."_s.arg(
-                *other, workTreeCommit.first(10))));
+            GitError::refused(GitWords::tr("“%1” has changed since. What was discarded is kept in the commit %2.")
+                                  .arg(*other, workTreeCommit.first(10))));
     }
     const QSet<QString> going(paths.begin(), paths.end());
     if (const auto room = WorkTreeFiles::requireRoom(repository, paths, going); !room) {

@@ -1,5 +1,6 @@
 #include "OrvGit/GitError.h"
 
+#include "GitWords_p.h"
 #include "OrvCore/PlainText.h"
 
 #include <algorithm>
@@ -32,25 +33,25 @@ QStringView withoutBlanks(QStringView line) {
 QString GitError::text() const {
     switch (kind) {
     case Kind::commandFailed:
-        return detail.isEmpty() ? u"git failed (exit %1)."_s.arg(code) : detail;
+        return detail.isEmpty() ? GitWords::tr("git failed (exit %1).").arg(code) : detail;
     case Kind::conflicts:
-        return u"Merge conflicts in: "_s + paths.join(", "_L1);
+        return GitWords::tr("Merge conflicts in: %1").arg(paths.join(", "_L1));
     case Kind::authFailed:
-        return u"Authentication failed. "_s + detail;
+        return GitWords::tr("Authentication failed. %1").arg(detail);
     case Kind::notARepo:
-        return u"This folder is not a git repository."_s;
+        return GitWords::tr("This folder is not a git repository.");
     case Kind::timeout:
-        return u"git took too long and was stopped."_s;
+        return GitWords::tr("git took too long and was stopped.");
     case Kind::noUpstream:
-        return u"This branch has no upstream branch yet."_s;
+        return GitWords::tr("This branch has no upstream branch yet.");
     case Kind::nothingToCommit:
-        return u"There are no staged changes to commit."_s;
+        return GitWords::tr("There are no staged changes to commit.");
     case Kind::emptyMessage:
-        return u"Enter a commit summary first."_s;
+        return GitWords::tr("Enter a commit summary first.");
     case Kind::cannotFastForward:
-        return u"Can't fast-forward: your branch and the remote have diverged."_s;
+        return GitWords::tr("Can't fast-forward: your branch and the remote have diverged.");
     case Kind::cancelled:
-        return u"git was stopped."_s;
+        return GitWords::tr("git was stopped.");
     case Kind::startFailed:
     case Kind::refused:
         return detail;

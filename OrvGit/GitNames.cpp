@@ -1,3 +1,4 @@
+#include "GitWords_p.h"
 #include "OrvGit/GitService.h"
 
 #include <algorithm>
@@ -19,8 +20,9 @@ bool isBranchName(const QString& name) {
 }
 
 GitOutcome<void> requireBranchName(const QString& name) {
-    return isBranchName(name) ? GitOutcome<void>()
-                              : std::unexpected(GitError::refused(u"“%1” is not a name for a branch."_s.arg(name)));
+    return isBranchName(name)
+               ? GitOutcome<void>()
+               : std::unexpected(GitError::refused(GitWords::tr("“%1” is not a name for a branch.").arg(name)));
 }
 
 bool isFolderName(const QString& name) {

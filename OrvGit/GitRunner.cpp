@@ -1,5 +1,6 @@
 #include "OrvGit/GitRunner.h"
 
+#include "GitWords_p.h"
 #include "OrvCore/Pipe.h"
 #include "OrvGit/GitChild_p.h"
 #include "OrvGit/LocalFilters_p.h"
@@ -136,8 +137,9 @@ GitOutcome<ChildProcess::Request> request(
 }
 
 GitError startError(const SpawnError& error, const QString& folder) {
-    const QString reason = QFileInfo(folder).isDir() ? error.text() : u"the folder %1 is not there."_s.arg(folder);
-    return {GitError::Kind::startFailed, error.code, u"Could not start git: "_s + reason, {}};
+    const QString reason =
+        QFileInfo(folder).isDir() ? error.text() : GitWords::tr("the folder %1 is not there.").arg(folder);
+    return {GitError::Kind::startFailed, error.code, GitWords::tr("Could not start git: %1").arg(reason), {}};
 }
 
 bool isCancelled(const GitRunner& runner) {

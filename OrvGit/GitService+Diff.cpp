@@ -1,3 +1,4 @@
+#include "GitWords_p.h"
 #include "OrvGit/DiffCommand_p.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitPath.h"
@@ -106,7 +107,7 @@ GitOutcome<FileDiff> GitService::fileDiff(const QString& repository, const DiffR
 
 GitOutcome<QList<FileDiff>> GitService::commitDiff(const QString& repository, const QString& commit) const {
     if (commit.isEmpty() || commit.startsWith(u'-')) {
-        return std::unexpected(GitError::refused(u"“%1” is no commit."_s.arg(commit)));
+        return std::unexpected(GitError::refused(GitWords::tr("“%1” is no commit.").arg(commit)));
     }
     GitArguments words = diffCommand("show");
     words << "--format=" << "--no-show-signature" << "--diff-merges=first-parent" << commit.toUtf8() << "--";
@@ -136,12 +137,13 @@ GitOutcome<void> GitService::applyLines(
         return std::unexpected(current.error());
     }
     if (*current != shown) {
-        return std::unexpected(
-            GitError::refused(u"“%1” has changed in the meantime. Look at it again first."_s.arg(request.path)));
+        return std::unexpected(GitError::refused(
+            GitWords::tr("“%1” has changed in the meantime. Look at it again first.").arg(request.path)));
     }
     const auto patch = makePatch(*current, selection, direction);
     if (!patch) {
-        return std::unexpected(GitError::refused(u"No changed line of “%1” is selected."_s.arg(request.path)));
+        return std::unexpected(
+            GitError::refused(GitWords::tr("No changed line of “%1” is selected.").arg(request.path)));
     }
     GitArguments words{"-c", "apply.ignoreWhitespace=no", "apply", "--whitespace=nowarn"};
     if (target == PatchTarget::index) {

@@ -1,3 +1,4 @@
+#include "GitWords_p.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/GitService.h"
@@ -51,7 +52,8 @@ GitOutcome<void> GitService::push(const QString& repository) const {
         return std::unexpected(current.error());
     }
     if (!current->branch) {
-        return std::unexpected(GitError::refused(u"Can't push from a detached HEAD. Switch to a branch first."_s));
+        return std::unexpected(
+            GitError::refused(GitWords::tr("Can't push from a detached HEAD. Switch to a branch first.")));
     }
     const GitArguments words = current->upstream
                                    ? GitArguments{"push"}
@@ -63,14 +65,14 @@ GitOutcome<void> GitService::clone(
     const QString& url, const QString& into, const QString& name,
     const std::function<void(const QString&)>& onLine) const {
     if (url.trimmed().isEmpty()) {
-        return std::unexpected(GitError::refused(u"Enter the address of a repository first."_s));
+        return std::unexpected(GitError::refused(GitWords::tr("Enter the address of a repository first.")));
     }
     if (!isFolderName(name)) {
-        return std::unexpected(GitError::refused(u"“%1” is not a name for a folder."_s.arg(name)));
+        return std::unexpected(GitError::refused(GitWords::tr("“%1” is not a name for a folder.").arg(name)));
     }
     const QString target = into + u'/' + name;
     if (isThere(target)) {
-        return std::unexpected(GitError::refused(u"“%1” exists already."_s.arg(name)));
+        return std::unexpected(GitError::refused(GitWords::tr("“%1” exists already.").arg(name)));
     }
     LineTail tail;
     const auto code = runner.stream(

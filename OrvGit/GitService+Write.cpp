@@ -1,3 +1,4 @@
+#include "GitWords_p.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/GitService.h"
@@ -85,8 +86,8 @@ GitOutcome<DiscardPlan> planOf(const RepoStatus& status, const QString& reposito
     // One that is in the last commit and staged as removed, but is there all the same, has two records.
     for (const QString& path : untracked) {
         if (path.endsWith(u'/')) {
-            return std::unexpected(
-                GitError::refused(u"“%1” is a repository of its own. Delete it by hand."_s.arg(path.chopped(1))));
+            return std::unexpected(GitError::refused(
+                GitWords::tr("“%1” is a repository of its own. Delete it by hand.").arg(path.chopped(1))));
         }
         if (!back.contains(path)) {
             plan.deleted.append(path);
@@ -203,7 +204,7 @@ GitOutcome<void> GitService::continueOperation(const QString& repository) const 
     }
     const GitArguments words = operationCommand(state->operation, "--continue");
     if (words.isEmpty()) {
-        return std::unexpected(GitError::refused(u"Nothing is in progress that could go on."_s));
+        return std::unexpected(GitError::refused(GitWords::tr("Nothing is in progress that could go on.")));
     }
     return runWithConflicts(repository, words, GitLimits::local);
 }
@@ -216,7 +217,7 @@ GitOutcome<void> GitService::abortOperation(const QString& repository) const {
     const GitArguments words = state->operation == GitOperation::bisect ? GitArguments{"bisect", "reset"}
                                                                         : operationCommand(state->operation, "--abort");
     if (words.isEmpty()) {
-        return std::unexpected(GitError::refused(u"Nothing is in progress that could be aborted."_s));
+        return std::unexpected(GitError::refused(GitWords::tr("Nothing is in progress that could be aborted.")));
     }
     return perform(repository, words, GitLimits::local);
 }
@@ -264,7 +265,7 @@ GitOutcome<void> GitService::stashSave(const QString& repository, const QString&
     }
     const auto output = withPatterns(runner).run(words, repository, GitLimits::local);
     if (output && output->contains("No local changes to save")) {
-        return std::unexpected(GitError::refused(u"There are no local changes to stash."_s));
+        return std::unexpected(GitError::refused(GitWords::tr("There are no local changes to stash.")));
     }
     return output ? GitOutcome<void>() : std::unexpected(output.error());
 }
@@ -273,7 +274,8 @@ GitOutcome<void> GitService::runOnStash(const QString& repository, const char* v
     const QByteArray name = "stash@{" + QByteArray::number(entry.index) + '}';
     const auto id = runner.run({"rev-parse", "--verify", "--quiet", name}, repository, GitLimits::local);
     if (!id || QString::fromLatin1(id->trimmed()) != entry.id) {
-        return std::unexpected(GitError::refused(u"The list of stashes has changed. Look at it again first."_s));
+        return std::unexpected(
+            GitError::refused(GitWords::tr("The list of stashes has changed. Look at it again first.")));
     }
     return runWithConflicts(repository, {"stash", verb, name}, GitLimits::local);
 }

@@ -1,5 +1,6 @@
 #include "OrvGit/GitService.h"
 
+#include "GitWords_p.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitParsing.h"
 #include "OrvGit/GitPath.h"
@@ -123,7 +124,7 @@ GitOutcome<QList<CommitInfo>> GitService::log(const QString& repository, int lim
 
 GitOutcome<QList<HistoryEntry>> GitService::history(const QString& repository, const HistoryQuery& query) const {
     if (query.from.startsWith(u'-')) {
-        return std::unexpected(GitError::refused(u"“%1” is no commit and no branch."_s.arg(query.from)));
+        return std::unexpected(GitError::refused(GitWords::tr("“%1” is no commit and no branch.").arg(query.from)));
     }
     GitArguments arguments = logCommand("--format=%H%x1f%s%x1f%an%x1f%at%x1f%ae%x1f%P%x1f%D");
     arguments << "-z" << "--decorate=full" << "-n" << QByteArray::number(std::max(query.limit, 0))

@@ -1,5 +1,6 @@
 #include "OrvGit/TaskWorktree.h"
 
+#include "GitWords_p.h"
 #include "OrvCore/RegularFile.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitParsing.h"
@@ -29,7 +30,7 @@ bool areSame(const QString& one, const QString& other) {
 }
 
 QString counted(int count, const QString& one, const QString& many) {
-    return QString::number(count) + u' ' + (count == 1 ? one : many);
+    return count == 1 ? one : many.arg(count);
 }
 
 bool isUnderWay(const QString& folder) {
@@ -59,12 +60,12 @@ QString taskBranchName(const QString& task, const QString& suffix) {
 QString TaskWorktrees::Loss::text() const {
     QStringList parts;
     if (files > 0) {
-        parts.append(counted(files, u"changed file"_s, u"changed files"_s));
+        parts.append(counted(files, GitWords::tr("1 changed file"), GitWords::tr("%1 changed files")));
     }
     if (commits > 0) {
-        parts.append(counted(commits, u"commit"_s, u"commits"_s));
+        parts.append(counted(commits, GitWords::tr("1 commit"), GitWords::tr("%1 commits")));
     }
-    return parts.join(u" and "_s);
+    return parts.join(GitWords::tr(" and "));
 }
 
 GitOutcome<QString> TaskWorktrees::commitOf(const QString& folder, const QByteArray& name) const {
@@ -83,10 +84,11 @@ GitOutcome<TaskWorktree> TaskWorktrees::make(const Request& request) const {
     if (!base) {
         const bool isUnborn = base.error().kind == GitError::Kind::commandFailed;
         return std::unexpected(
-            isUnborn ? GitError::refused(u"There is no commit yet that a work tree could begin at."_s) : base.error());
+            isUnborn ? GitError::refused(GitWords::tr("There is no commit yet that a work tree could begin at."))
+                     : base.error());
     }
     if (!QDir().mkpath(QFileInfo(request.folder).path())) {
-        return std::unexpected(GitError::refused(u"The folder %1 can't be made."_s.arg(request.folder)));
+        return std::unexpected(GitError::refused(GitWords::tr("The folder %1 can't be made.").arg(request.folder)));
     }
     const auto added = runner().run(
         {"worktree", "add", "--quiet", "--no-track", "-b", GitPath::toBytes(request.branch),
@@ -175,7 +177,8 @@ GitOutcome<void> TaskWorktrees::discard(const TaskWorktree& worktree, Discard di
             return std::unexpected(loss.error());
         }
         if (!loss->isNothing()) {
-            return std::unexpected(GitError::refused(u"%1 would be lost with the work tree."_s.arg(loss->text())));
+            return std::unexpected(
+                GitError::refused(GitWords::tr("%1 would be lost with the work tree.").arg(loss->text())));
         }
     }
     return remove(worktree, "-D");
@@ -261,7 +264,8 @@ GitOutcome<TaskWorktrees::AfterMerge> TaskWorktrees::mergeBack(
     const TaskWorktree& worktree, const QString& message) const {
     for (const QString& folder : {worktree.repository, worktree.folder}) {
         if (isUnderWay(folder)) {
-            return std::unexpected(GitError::refused(u"In %1 git is in the middle of something."_s.arg(folder)));
+            return std::unexpected(
+                GitError::refused(GitWords::tr("In %1 git is in the middle of something.").arg(folder)));
         }
     }
     const auto committed = commitAll(worktree, message);

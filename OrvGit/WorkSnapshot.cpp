@@ -1,5 +1,6 @@
 #include "OrvGit/WorkSnapshot.h"
 
+#include "GitWords_p.h"
 #include "OrvGit/DiffCommand_p.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitParsing.h"
@@ -147,7 +148,7 @@ GitOutcome<GitRunner> WorkSnapshots::runnerFor(const QString& repository) const 
     }
     const QString objects = m_folder + u"/objects"_s;
     if (!QDir().mkpath(objects)) {
-        return std::unexpected(GitError::refused(u"The folder %1 can't be made."_s.arg(objects)));
+        return std::unexpected(GitError::refused(GitWords::tr("The folder %1 can't be made.").arg(objects)));
     }
     GitRunner runner = m_runner;
     runner.extraEnvironment.insert(u"GIT_OBJECT_DIRECTORY"_s, objects);

@@ -1,3 +1,4 @@
+#include "GitWords_p.h"
 #include "OrvCore/RegularFile.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/WorkTreeFiles_p.h"
@@ -120,8 +121,8 @@ GitOutcome<void> WorkTreeFiles::requireNoRepository(const QString& repository, c
     for (const QString& path : paths) {
         const QByteArray bytes = onDisk(repository, path);
         if (isFolder(bytes) && look(bytes + "/.git")) {
-            return std::unexpected(
-                GitError::refused(u"“%1” is a repository of its own. Discard its changes there."_s.arg(path)));
+            return std::unexpected(GitError::refused(
+                GitWords::tr("“%1” is a repository of its own. Discard its changes there.").arg(path)));
         }
     }
     return {};
@@ -133,8 +134,8 @@ GitOutcome<void> WorkTreeFiles::requireRoom(
     QSet<QString> folders;
     for (const QString& path : paths) {
         if (const auto found = obstacle(root, path, going, folders)) {
-            return std::unexpected(
-                GitError::refused(u"“%1” stands in the way of “%2”. Move it away first."_s.arg(*found, path)));
+            return std::unexpected(GitError::refused(
+                GitWords::tr("“%1” stands in the way of “%2”. Move it away first.").arg(*found, path)));
         }
     }
     return {};

@@ -169,11 +169,19 @@ void StatusItem::update() {
                      : tr("%1: %2 services running").arg(QGuiApplication::applicationDisplayName()).arg(count));
 }
 
-/// The pinned projects and the quick panel: what the Dock's menu has, and the icon's begins with.
+/// The pinned projects and the quick panel: what the Dock's menu has, and the icon's begins with. The Dock shows
+/// pictures beside the names; a tray mostly shows none, so that words have to do.
 void StatusItem::addPinned(QMenu& menu) {
     const QList<PinnedEntry> pinned = m_model.pinnedEntries();
     for (const PinnedEntry& entry : pinned) {
-        menu.addAction(entry.title, this, [this, id = entry.id] { m_model.toggleProject(id); });
+        QAction* action = menu.addAction(entry.title, this, [this, id = entry.id] { m_model.toggleProject(id); });
+        if (const Project* project = m_model.project(entry.id); project != nullptr && &menu == m_dockMenu.get()) {
+            QIcon picture(
+                u":/qt/qml/OrvLauncher/Screens/icons/own-%1-fill.svg"_s.arg(entry.isRunning ? u"stop" : u"play"));
+            picture.setIsMask(true);
+            action->setText(project->name);
+            action->setIcon(picture);
+        }
     }
     if (pinned.isEmpty()) {
         menu.addAction(tr("Pin projects in OrvLauncher to list them here"))->setEnabled(false);

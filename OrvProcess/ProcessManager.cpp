@@ -14,7 +14,6 @@
 #include <QHashFunctions>
 #include <QPointer>
 #include <QProcessEnvironment>
-#include <QRegularExpression>
 #include <QSet>
 #include <QThreadPool>
 
@@ -32,28 +31,15 @@ struct Run {
     PortWatch* ports = nullptr;
 };
 
-/// "See 'docker --help'", "Run 'docker run --help' for more information": where to read on, below what is wrong.
-bool pointsToHelp(const QString& line) {
-    static const QRegularExpression pattern(
-        u"^(?:see|run|try|use)\\b.*\\bhelp\\b"_s, QRegularExpression::CaseInsensitiveOption);
-    return pattern.match(line).hasMatch();
-}
-
 QString exitMessage(int code, const LogBuffer& log) {
-    QString reason;
+    QString message = ProcessManager::tr("Exited with code %1").arg(code);
     for (auto line = log.rbegin(); line != log.rend(); ++line) {
-        const QString shown = PortParser::stripANSI(*line).trimmed();
-        if (shown.isEmpty()) {
-            continue;
-        }
-        const bool isReason = !pointsToHelp(shown);
-        reason = isReason || reason.isEmpty() ? shown : reason;
-        if (isReason) {
+        if (const QString shown = PortParser::stripANSI(*line).trimmed(); !shown.isEmpty()) {
+            message += u": "_s + shown;
             break;
         }
     }
-    const QString message = u"Exited with code %1"_s.arg(code);
-    return reason.isEmpty() ? message : message + u": "_s + reason;
+    return message;
 }
 
 } // namespace
@@ -176,19 +162,19 @@ void ProcessManager::start(const ServiceTarget& target, const QString& projectID
         return;
     }
     if (!QFileInfo(target.directory).isDir()) {
-        d->setState(service, ServiceState::failed(u"Folder not found: "_s + target.directory));
+        d->setState(service, ServiceState::failed(tr("Folder not found: %1").arg(target.directory)));
         return;
     }
     auto process = ProcessSpawner::spawn(
         target.command, target.directory, ProcessSpawner::pipeEnvironment(QProcessEnvironment::systemEnvironment()));
     if (!process) {
-        d->setState(service, ServiceState::failed(u"Could not start: "_s + process.error().text()));
+        d->setState(service, ServiceState::failed(tr("Could not start: %1").arg(process.error().text())));
         return;
     }
     auto* reader = new ProcessReader(std::move(*process), d->turns, this);
     if (const auto begun = reader->begin(); !begun) {
         delete reader;
-        d->setState(service, ServiceState::failed(u"Could not start: "_s + begun.error().text()));
+        d->setState(service, ServiceState::failed(tr("Could not start: %1").arg(begun.error().text())));
         return;
     }
     auto* ports = new PortWatch(reader->pid(), &d->portPool, {}, reader);

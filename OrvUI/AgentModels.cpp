@@ -77,8 +77,8 @@ void AgentModels::update() {
         const AutonomyInfo& info = autonomyInfo(autonomy);
         autonomies.append(
             {.key = rawValue(autonomy),
-             .title = info.title.toString(),
-             .explanation = info.explanation.toString(),
+             .title = agentText(info.title),
+             .explanation = agentText(info.explanation),
              .icon = QString::fromUtf16(autonomyIcons[static_cast<size_t>(autonomy)]),
              .isDefault = autonomy == settings.agentAutonomy});
     }
@@ -295,10 +295,10 @@ void AgentModels::review(const QString& key) {
         }
         text.append(u"%1, +%2 \u2212%3."_s.arg(agentChangesText(changes)).arg(changes.added).arg(changes.removed));
         if (changes.dirtyBefore > 0) {
-            text.append(u"Uncommitted files before it began: %1."_s.arg(changes.dirtyBefore));
+            text.append(tr("Uncommitted files before it began: %1.").arg(changes.dirtyBefore));
         }
         if (changes.isShared) {
-            text.append(u"Another run worked here at the same time."_s);
+            text.append(tr("Another run worked here at the same time."));
         }
         if (!changes.note.isEmpty()) {
             text.append(changes.note);

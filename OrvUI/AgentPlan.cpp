@@ -1,22 +1,33 @@
 #include "OrvUI/AgentPlan.h"
 
 #include "OrvCore/AgentCommandBuilder.h"
+#include "OrvUI/AgentRows.h"
+
+#include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
 
 namespace orv {
+
+namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(AgentPlanner)
+};
+
+} // namespace
 
 std::expected<AgentPlan, QString> AgentPlanner::plan(
     AgentKind kind, const QString& task, const std::optional<AgentAutonomy>& autonomy, const AppSettings& settings,
     const AgentRun* replyingTo) {
     AgentPlan plan{.task = task.trimmed(), .autonomy = autonomy.value_or(settings.agentAutonomy), .command = {}};
     if (plan.task.isEmpty()) {
-        return std::unexpected(u"Describe the task first."_s);
+        return std::unexpected(Words::tr("Describe the task first."));
     }
     const auto session = replyingTo != nullptr ? replyingTo->sessionID() : std::nullopt;
     const auto command = AgentCommandBuilder::command(kind, plan.autonomy, settings.customAgentCommand, session);
     if (!command) {
-        return std::unexpected(u"Set the custom agent's command in Settings \u2192 AI first."_s);
+        return std::unexpected(Words::tr("Set the custom agent's command in Settings \u2192 AI first."));
     }
     plan.command = *command;
     return plan;
@@ -41,12 +52,12 @@ bool AgentPlanner::asksForInput(const AgentLine& line) {
 }
 
 QString AgentPlanner::couldNotStart(AgentKind kind, const QString& reason) {
-    return u"Couldn't start %1: %2"_s.arg(agentInfo(kind).displayName, reason);
+    return Words::tr("Couldn't start %1: %2").arg(agentText(agentInfo(kind).displayName), reason);
 }
 
 QString AgentPlanner::openedInAntigravity(const QString& project) {
-    return u"Opened %1 in Antigravity. The task is on your clipboard \u2014 paste it into the Agent Manager."_s.arg(
-        project);
+    return Words::tr("Opened %1 in Antigravity. The task is on your clipboard \u2014 paste it into the Agent Manager.")
+        .arg(project);
 }
 
 } // namespace orv

@@ -79,6 +79,10 @@ QString counted(qint64 count) {
 
 } // namespace
 
+QString agentText(QStringView words) {
+    return words.isEmpty() ? QString() : QCoreApplication::translate("Agents", words.toUtf8().constData());
+}
+
 QString agentDurationText(const AgentRun& run, const QDateTime& now) {
     constexpr qint64 minute = 60;
     const qint64 seconds = std::max<qint64>(run.facts().startedAt.secsTo(run.endedAt().value_or(now)), 0);
@@ -109,11 +113,11 @@ AgentRunRow AgentRunRow::of(const AgentRun& run) {
         .title = wordsOf(facts).section(u'\n', 0, 0),
         .asked = wordsOf(facts),
         .task = facts.task,
-        .agentName = agentInfo(facts.agent).displayName.toString(),
+        .agentName = agentText(agentInfo(facts.agent).displayName),
         .agentLetters = lettersOf(facts.agent),
         .projectID = facts.projectID,
         .projectName = facts.projectName,
-        .autonomyTitle = autonomyInfo(facts.autonomy).title.toString(),
+        .autonomyTitle = agentText(autonomyInfo(facts.autonomy).title),
         .state = rawValue(run.status().kind),
         .reason = run.status().reason,
         .answer = run.answer().value_or(QString()),
@@ -171,12 +175,12 @@ AgentRow AgentRow::of(AgentKind kind, const AgentCatalog& catalog, AgentKind def
     const bool isCustom = kind == AgentKind::custom;
     AgentRow row{
         .key = rawValue(kind),
-        .name = info.displayName.toString(),
+        .name = agentText(info.displayName),
         .letters = lettersOf(kind),
         .version = status.version.value_or(QString()),
         .status = isCustom ? Words::tr("No command set") : Words::tr("Not installed"),
-        .notice = info.notice.toString(),
-        .installHint = info.installHint.toString(),
+        .notice = agentText(info.notice),
+        .installHint = agentText(info.installHint),
         .action = isCustom ? u"setUp"_s : u"copyInstall"_s,
         .isInstalled = status.installed,
         .isDefault = kind == defaultAgent};

@@ -8,6 +8,9 @@
 
 namespace orv {
 
+/// A text of what is known of an agent or of a level of autonomy, in the language of the user.
+[[nodiscard]] QString agentText(QStringView words);
+
 // What one row of each list about agents shows. The names of the roles stand in AgentRows.cpp.
 
 struct AgentRunRow {

@@ -2,10 +2,16 @@
 
 #include "OrvCore/Async.h"
 
+#include <QCoreApplication>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(AgentRun)
+};
 
 /// The part of an event that can be long.
 QString& text(AgentEvent& event) {
@@ -235,7 +241,7 @@ AgentRun::Status AgentRun::finalStatus(int exitCode) const {
     if (exitCode == 0 && m_reportedSuccess.value_or(true)) {
         return {Status::Kind::succeeded, {}};
     }
-    return {Status::Kind::failed, answer().value_or(u"Exited with code %1"_s.arg(exitCode))};
+    return {Status::Kind::failed, answer().value_or(Words::tr("Exited with code %1").arg(exitCode))};
 }
 
 } // namespace orv

@@ -22,7 +22,7 @@ void endAbandoned(const AgentRunFiles& files, AgentRunFiles::Stored& stored) {
     const QDateTime lastWord = QFileInfo(files.outputFile(stored.record.id)).lastModified().toUTC();
     const auto changed = files.change(stored.record.id, [&lastWord](AgentRunRecord& record) {
         record.state = AgentRunState::failed;
-        record.reason = u"OrvLauncher ended while it ran."_s;
+        record.reason = AgentRuns::tr("OrvLauncher ended while it ran.");
         record.endedAt = lastWord.isValid() ? lastWord : record.startedAt;
     });
     stored.record = changed.value_or(stored.record);
@@ -174,11 +174,11 @@ void AgentRuns::readMore(AgentRun* run) {
 QFuture<AgentRuns::DiffResult> AgentRuns::diff(const AgentRun* run) {
     ORV_ASSERT_MAIN_THREAD();
     const AgentChanges changes = run->changes().value_or(AgentChanges{});
-    QString nothing = u"What this run changed is not known."_s;
+    QString nothing = AgentRuns::tr("What this run changed is not known.");
     if (run->changes()) {
-        nothing = changes.note.isEmpty() ? u"This run changed nothing."_s : changes.note;
+        nothing = changes.note.isEmpty() ? AgentRuns::tr("This run changed nothing.") : changes.note;
     } else if (run->isRunning()) {
-        nothing = u"It is not over yet."_s;
+        nothing = AgentRuns::tr("It is not over yet.");
     }
     return runIn(
         m_storePool, [files = m_options.files, id = run->facts().id, nothing, cut = changes.isDiffCut]() -> DiffResult {
@@ -197,7 +197,7 @@ QFuture<AgentRuns::DiffResult> AgentRuns::worktreeDiff(const AgentRun* run) {
         m_workPool,
         [files = m_options.files, id = run->facts().id, worktree = run->worktree(), runner = runner()]() -> DiffResult {
             if (!worktree || worktree->state != AgentWorktreeState::open) {
-                return std::unexpected(u"This run has no work tree of its own."_s);
+                return std::unexpected(AgentRuns::tr("This run has no work tree of its own."));
             }
             return AgentWork::worktreeDiff(files, id, *worktree, runner);
         });
@@ -235,10 +235,11 @@ QFuture<AgentRuns::Outcome> AgentRuns::onWorktree(
     const std::optional<AgentWorktree> worktree = run->worktree();
     if (!worktree || worktree->state != AgentWorktreeState::open) {
         return QtFuture::makeReadyFuture(
-            Outcome(std::unexpected(u"This run has no work tree of its own, or no longer."_s)));
+            Outcome(std::unexpected(AgentRuns::tr("This run has no work tree of its own, or no longer."))));
     }
     if (isWorktreeBusy(*worktree)) {
-        return QtFuture::makeReadyFuture(Outcome(std::unexpected(u"Something still works in that work tree."_s)));
+        return QtFuture::makeReadyFuture(
+            Outcome(std::unexpected(AgentRuns::tr("Something still works in that work tree."))));
     }
     const QString folder = worktree->folder;
     m_busyWorktrees.insert(folder);
@@ -262,7 +263,8 @@ QFuture<AgentRuns::Outcome> AgentRuns::onWorktree(
             const bool isKept = *done == TaskWorktrees::AfterMerge::kept;
             const QString text =
                 isKept
-                    ? u"The work tree %1 is still there: files in it are other than those of the project."_s.arg(folder)
+                    ? AgentRuns::tr("The work tree %1 is still there: files in it are other than those of the project.")
+                          .arg(folder)
                     : QString();
             if (isKept) {
                 finish(text);

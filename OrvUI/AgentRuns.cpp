@@ -236,7 +236,7 @@ void AgentRuns::prepared(const QUuid& id, const std::expected<AgentWork::Ready, 
         run->setWorktree(*ready->worktree, ready->folder);
     }
     if (!ready->storeProblem.isEmpty()) {
-        Q_EMIT noted(u"This run will not be there after a restart: %1"_s.arg(ready->storeProblem));
+        Q_EMIT noted(tr("This run will not be there after a restart: %1").arg(ready->storeProblem));
     }
     if (run->stopRequested()) {
         ended(run, 0);

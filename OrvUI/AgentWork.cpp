@@ -2,6 +2,7 @@
 
 #include "OrvGit/GitPath.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -13,6 +14,10 @@ using namespace Qt::StringLiterals;
 
 namespace orv::AgentWork {
 namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(AgentWork)
+};
 
 QString shortID(const QUuid& id) {
     constexpr qsizetype length = 8;
@@ -41,7 +46,7 @@ std::expected<OwnTree, QString> makeWorktree(const Request& request, const Workt
         repositories.isEmpty() ? u".."_s : QDir(repositories.first()).relativeFilePath(record.projectRoot);
     if (within.startsWith(u".."_s)) {
         return std::unexpected(
-            u"%1 is in no git repository, so it can't have a work tree of its own."_s.arg(record.projectName));
+            Words::tr("%1 is in no git repository, so it can't have a work tree of its own.").arg(record.projectName));
     }
     const QString suffix = shortID(record.id);
     const auto made = TaskWorktrees(request.runner)
@@ -154,8 +159,8 @@ std::expected<Ready, QString> prepare(const Request& request) {
             ready.snapshots.append(*std::move(snapshot));
         } else {
             addSentence(
-                ready.note, u"What changed in %1 can't be told: %2"_s.arg(
-                                nameOf(ready.folder, repository), snapshot.error().text()));
+                ready.note, Words::tr("What changed in %1 can't be told: %2")
+                                .arg(nameOf(ready.folder, repository), snapshot.error().text()));
         }
     }
     return ready;
@@ -174,8 +179,8 @@ AgentChanges changesSince(const AgentRunFiles& files, const QUuid& run, const Re
                                       : std::unexpected(after.error());
         if (!difference) {
             addSentence(
-                changes.note, u"What changed in %1 can't be told: %2"_s.arg(
-                                  nameOf(ready.folder, before.repository), difference.error().text()));
+                changes.note, Words::tr("What changed in %1 can't be told: %2")
+                                  .arg(nameOf(ready.folder, before.repository), difference.error().text()));
             continue;
         }
         add(*difference, changes);
@@ -186,7 +191,7 @@ AgentChanges changesSince(const AgentRunFiles& files, const QUuid& run, const Re
     }
     if (!diff.isEmpty()) {
         if (const StoreResult written = StoreIO::write(files.diffFile(run), diff); !written) {
-            addSentence(changes.note, u"The diff could not be kept: %1"_s.arg(written.error().text()));
+            addSentence(changes.note, Words::tr("The diff could not be kept: %1").arg(written.error().text()));
         }
     }
     QDir(scratch).removeRecursively();

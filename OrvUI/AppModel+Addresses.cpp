@@ -118,10 +118,10 @@ QFuture<void> AppModel::openAddress(const ServiceID& id) {
             url.setHost(u"localhost"_s);
             url.setPort(*port);
             if (!openUrl(url)) {
-                report(u"Could not open "_s + url.toString() + u": no browser was found."_s, true);
+                report(tr("Could not open %1: no browser was found.").arg(url.toString()), true);
             }
         } else if (!port) {
-            report(projectName(id) + u" has not said yet where it can be opened."_s, true);
+            report(tr("%1 has not said yet where it can be opened.").arg(projectName(id)), true);
         }
         completion.finish();
     });

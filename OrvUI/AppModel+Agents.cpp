@@ -121,7 +121,7 @@ void AppModel::agentFinished(AgentRun* run) {
     const AgentFinished event{
         .project = facts.projectName,
         .projectID = facts.projectID,
-        .agent = agentInfo(facts.agent).displayName.toString(),
+        .agent = agentText(agentInfo(facts.agent).displayName),
         .success = hasSucceeded,
         .summary = run->answer().value_or(QString())};
     post(event);
@@ -143,7 +143,7 @@ QFuture<void> AppModel::stopEverything() {
 void AppModel::openInAntigravity(const Project& project, const QString& task) {
     const auto open = openApplication ? openApplication : openByName;
     if (!open(d->agents->antigravityApp(), project.root)) {
-        setAgentError(AgentPlanner::couldNotStart(AgentKind::antigravity, u"the application did not open"_s));
+        setAgentError(AgentPlanner::couldNotStart(AgentKind::antigravity, tr("the application did not open")));
         return;
     }
     if (setClipboard) {
@@ -159,7 +159,7 @@ void AppModel::startAgentInTerminal(AgentKind kind, const QString& task, const P
     const auto command = AgentCommandBuilder::interactiveCommand(kind, trimmed);
     if (trimmed.isEmpty() || !command) {
         setAgentError(
-            trimmed.isEmpty() ? u"Describe the task first."_s : u"A custom agent can't be started in a terminal."_s);
+            trimmed.isEmpty() ? tr("Describe the task first.") : tr("A custom agent can't be started in a terminal."));
         return;
     }
     setAgentError({});
@@ -177,8 +177,8 @@ void AppModel::signIn(AgentKind kind) {
     // Terminals are on the pages of projects.
     if (d->projects.isEmpty()) {
         report(
-            u"Add a project first: terminals are on the pages of projects. Or run “%1” in one of your own."_s.arg(
-                command),
+            tr("Add a project first: terminals are on the pages of projects. Or run “%1” in one of your own.")
+                .arg(command),
             true);
         return;
     }
@@ -206,7 +206,7 @@ void AppModel::draftAgentTask(const ProjectTask& task, const Project& project) {
 void AppModel::mergeAgentWork(const AgentRun& run) {
     const QString branch = run.worktree() ? run.worktree()->branch : QString();
     onFinished(d->agentRuns->mergeBack(&run), this, [this, branch](const AgentRuns::Outcome& outcome) {
-        const QString done = outcome && outcome->isEmpty() ? u"Merged %1."_s.arg(branch) : outcome.value_or(QString());
+        const QString done = outcome && outcome->isEmpty() ? tr("Merged %1.").arg(branch) : outcome.value_or(QString());
         report(outcome ? done : outcome.error(), !outcome);
     });
 }

@@ -156,7 +156,7 @@ void AppModel::takeInNewProject(const QString& name, const QString& path, bool c
         setSheet({});
         if (!isProject) {
             report(
-                name + u" is in your projects folder. It is listed as soon as there is something to run in it."_s,
+                tr("%1 is in your projects folder. It is listed as soon as there is something to run in it.").arg(name),
                 false);
         }
         Q_EMIT projectAdded(name, path, cloned);

@@ -230,7 +230,7 @@ void AppModel::start(const RunRequest& request, const QList<ServiceTarget>& targ
             continue;
         }
         if (d->processes->state(id).isActive() && d->processes->wasUserStopped(id)) {
-            report(project.name + u" has not stopped yet. Try again in a moment."_s, true);
+            report(tr("%1 has not stopped yet. Try again in a moment.").arg(project.name), true);
             return;
         }
         wanted.append(target);

@@ -40,7 +40,7 @@ void AppModel::askForInstall(
         if (d->setup->project.id == pending.project.id) {
             showMainWindow(); // it is being installed already
         } else {
-            report(u"Finish setting up "_s + d->setup->project.name + u" first."_s, true);
+            report(tr("Finish setting up %1 first.").arg(d->setup->project.name), true);
         }
         return;
     }
@@ -140,8 +140,8 @@ void AppModel::runInstalled(const RunRequest& request, const Completion& complet
         if (again.targets().isEmpty()) {
             endSetup();
             report(
-                request.wanted.project.name +
-                    (found ? u" has nothing of that kind any more."_s : u" is gone from your projects folder."_s),
+                (found ? tr("%1 has nothing of that kind any more.") : tr("%1 is gone from your projects folder."))
+                    .arg(request.wanted.project.name),
                 true);
             completion.finish();
             return;

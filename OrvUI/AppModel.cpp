@@ -298,7 +298,7 @@ void AppModel::makeParts() {
         d->notifier->projectClicked = [this](const QString& id) { openFromNotification(id); };
         d->notifier->addressClicked = [this](const QUrl& address) {
             if (!openUrl || !openUrl(address)) {
-                report(u"Could not open "_s + address.toString() + u": no browser was found."_s, true);
+                report(tr("Could not open %1: no browser was found.").arg(address.toString()), true);
             }
         };
     }

@@ -19,24 +19,24 @@ const QString emulatorKey = u"avd:"_s;
 
 struct KnownDevice {
     QStringView start; ///< of its id
-    QStringView detail;
+    const char* detail;
 };
 /// Of the ids that Flutter gives.
 constexpr std::array knownDevices{
-    KnownDevice{u"linux", u"Desktop"},
-    KnownDevice{u"macos", u"Desktop"},
-    KnownDevice{u"windows", u"Desktop"},
-    KnownDevice{u"chrome", u"Web"},
-    KnownDevice{u"edge", u"Web"},
-    KnownDevice{u"web-server", u"Web"},
-    KnownDevice{u"mac-designed-for-ipad", u"Desktop"},
-    KnownDevice{u"emulator-", u"Emulator"},
+    KnownDevice{u"linux", QT_TRANSLATE_NOOP("orv::DevicesModel", "Desktop")},
+    KnownDevice{u"macos", QT_TRANSLATE_NOOP("orv::DevicesModel", "Desktop")},
+    KnownDevice{u"windows", QT_TRANSLATE_NOOP("orv::DevicesModel", "Desktop")},
+    KnownDevice{u"chrome", QT_TRANSLATE_NOOP("orv::DevicesModel", "Web")},
+    KnownDevice{u"edge", QT_TRANSLATE_NOOP("orv::DevicesModel", "Web")},
+    KnownDevice{u"web-server", QT_TRANSLATE_NOOP("orv::DevicesModel", "Web")},
+    KnownDevice{u"mac-designed-for-ipad", QT_TRANSLATE_NOOP("orv::DevicesModel", "Desktop")},
+    KnownDevice{u"emulator-", QT_TRANSLATE_NOOP("orv::DevicesModel", "Emulator")},
 };
 
 QString detailOf(const QString& id) {
     const auto found =
         std::ranges::find_if(knownDevices, [&](const KnownDevice& known) { return id.startsWith(known.start); });
-    return found == knownDevices.end() ? u"Device"_s : found->detail.toString();
+    return found == knownDevices.end() ? DevicesModel::tr("Device") : DevicesModel::tr(found->detail);
 }
 
 template <typename T>
@@ -172,7 +172,7 @@ void DevicesModel::setSearchText(const QString& text) {
 
 void DevicesModel::update() {
     QList<DeviceRow> rows;
-    const QString connected = u"Connected"_s;
+    const QString connected = tr("Connected");
     const auto isListedBelow = [this](const FlutterDevice& device) {
         return std::ranges::find(m_simulators, device.id, &SimulatorDevice::udid) != m_simulators.end() ||
                std::ranges::find(m_emulators, device.id, &DeviceTools::Emulator::serial) != m_emulators.end();
@@ -185,12 +185,12 @@ void DevicesModel::update() {
     const QList<DeviceParsers::RuntimeGroup> groups = DeviceParsers::groupedByRuntime(m_simulators);
     for (auto group = groups.crbegin(); group != groups.crend(); ++group) {
         for (const SimulatorDevice& device : group->devices) {
-            rows.append({simulatorKey + device.udid, device.name, u"Simulator"_s, group->runtime, device.isBooted});
+            rows.append({simulatorKey + device.udid, device.name, tr("Simulator"), group->runtime, device.isBooted});
         }
     }
     for (const DeviceTools::Emulator& emulator : std::as_const(m_emulators)) {
         rows.append(
-            {emulatorKey + emulator.avd, DeviceParsers::displayName(emulator.avd), u"Emulator"_s, u"Android"_s,
+            {emulatorKey + emulator.avd, DeviceParsers::displayName(emulator.avd), tr("Emulator"), u"Android"_s,
              !emulator.serial.isEmpty()});
     }
     rows.removeIf([this](const DeviceRow& row) { return !row.title.contains(m_searchText, Qt::CaseInsensitive); });

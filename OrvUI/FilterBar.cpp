@@ -78,10 +78,10 @@ void FilterBar::update() {
         chipRows.append({gitKey, title(filters.git), true});
     }
     if (filters.onlyRunning) {
-        chipRows.append({runningKey, u"Only running"_s, true});
+        chipRows.append({runningKey, tr("Only running"), true});
     }
     if (filters.onlyPinned) {
-        chipRows.append({pinnedKey, u"Only pinned"_s, true});
+        chipRows.append({pinnedKey, tr("Only pinned"), true});
     }
     if (filters.collections != CollectionMode::show) {
         chipRows.append({collectionsKey, title(filters.collections), true});

@@ -117,7 +117,7 @@ void GitModel::actAndKeep(const QString& text, const QStringList& paths, const W
 }
 
 void GitModel::discardForGood(const QStringList& paths) {
-    act(u"discard"_s, u"Discarding…"_s,
+    act(u"discard"_s, tr("Discarding…"),
         [paths](const GitService& service, const QString& repository) { return service.discard(repository, paths); });
 }
 
@@ -167,19 +167,19 @@ void GitModel::run(
 void GitModel::initRepository() {
     ORV_ASSERT_MAIN_THREAD();
     const QString branch = defaultBranch ? defaultBranch() : u"main"_s;
-    run(u"init"_s, u"Starting a repository…"_s, [folder = m_project.root, branch](const GitService& service) {
+    run(u"init"_s, tr("Starting a repository…"), [folder = m_project.root, branch](const GitService& service) {
         return service.initRepository(folder, branch);
     });
 }
 
 void GitModel::stage(const QStringList& paths) {
     const QStringList all = touched(m_unstaged, paths, &FileChange::stagedPaths);
-    act(u"stage"_s, u"Staging…"_s,
+    act(u"stage"_s, tr("Staging…"),
         [all](const GitService& service, const QString& repository) { return service.stage(repository, all); });
 }
 
 void GitModel::stageAll() {
-    act(u"stage"_s, u"Staging…"_s, [](const GitService& service, const QString& repository) {
+    act(u"stage"_s, tr("Staging…"), [](const GitService& service, const QString& repository) {
         return changeAll(
             service, repository,
             [](const FileChange& each) { return each.isUntracked() || (each.worktree != '.' && each.worktree != ' '); },
@@ -189,12 +189,12 @@ void GitModel::stageAll() {
 
 void GitModel::unstage(const QStringList& paths) {
     const QStringList all = touched(m_staged, paths);
-    act(u"unstage"_s, u"Unstaging…"_s,
+    act(u"unstage"_s, tr("Unstaging…"),
         [all](const GitService& service, const QString& repository) { return service.unstage(repository, all); });
 }
 
 void GitModel::unstageAll() {
-    act(u"unstage"_s, u"Unstaging…"_s, [](const GitService& service, const QString& repository) {
+    act(u"unstage"_s, tr("Unstaging…"), [](const GitService& service, const QString& repository) {
         return changeAll(
             service, repository, &FileChange::isStaged, &FileChange::touchedPaths,
             [&](const QStringList& paths) { return service.unstage(repository, paths); });
@@ -202,7 +202,7 @@ void GitModel::unstageAll() {
 }
 
 void GitModel::discard(const QStringList& paths) {
-    actAndKeep(u"Discarding…"_s, paths, [paths](const GitService& service, const QString& repository) {
+    actAndKeep(tr("Discarding…"), paths, [paths](const GitService& service, const QString& repository) {
         return service.discard(repository, paths);
     });
 }
@@ -210,14 +210,14 @@ void GitModel::discard(const QStringList& paths) {
 void GitModel::actOnLines(Part part, const DiffSelection& selection) {
     struct Verb {
         QLatin1StringView name;
-        QLatin1StringView going;
+        const char* going;
         GitOutcome<void> (GitService::*run)(
             const QString&, const DiffRequest&, const FileDiff&, const DiffSelection&) const;
     };
     static constexpr std::array verbs{
-        Verb{"stage"_L1, "Staging"_L1, &GitService::stageLines},
-        Verb{"unstage"_L1, "Unstaging"_L1, &GitService::unstageLines},
-        Verb{"discard"_L1, "Discarding"_L1, &GitService::discardLines}};
+        Verb{"stage"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Staging…"), &GitService::stageLines},
+        Verb{"unstage"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Unstaging…"), &GitService::unstageLines},
+        Verb{"discard"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Discarding…"), &GitService::discardLines}};
     const bool isStaged = m_shownRequest.side == DiffSide::staged;
     if (m_isDiffOld) {
         // What is shown may be true all the same: it is read again because something was done.
@@ -230,7 +230,7 @@ void GitModel::actOnLines(Part part, const DiffSelection& selection) {
         return;
     }
     if (!canDivide() || selection.empty() || isStaged != (part == Part::unstage)) {
-        refuse(u"There is nothing here of which a part could be changed."_s);
+        refuse(tr("There is nothing here of which a part could be changed."));
         return;
     }
     const Verb verb = verbs[static_cast<size_t>(part)];
@@ -238,7 +238,7 @@ void GitModel::actOnLines(Part part, const DiffSelection& selection) {
                        selection](const GitService& service, const QString& repository) {
         return (service.*verb.run)(repository, request, shown, selection);
     };
-    const QString text = verb.going + u'\u2026';
+    const QString text = tr(verb.going);
     if (part == Part::discard) {
         actAndKeep(text, {m_shownRequest.path}, work);
     } else {
@@ -266,60 +266,60 @@ void GitModel::discardLines() {
 }
 
 void GitModel::commit(const QString& summary, const QString& description) {
-    act(u"commit"_s, u"Committing…"_s, [=](const GitService& service, const QString& repository) {
+    act(u"commit"_s, tr("Committing…"), [=](const GitService& service, const QString& repository) {
         return service.commit(repository, summary, description);
     });
 }
 
 void GitModel::amend(const QString& summary, const QString& description) {
-    act(u"amend"_s, u"Amending…"_s, [=](const GitService& service, const QString& repository) {
+    act(u"amend"_s, tr("Amending…"), [=](const GitService& service, const QString& repository) {
         return service.amend(repository, summary, description);
     });
 }
 
 void GitModel::continueOperation() {
-    act(u"continue"_s, u"Continuing…"_s,
+    act(u"continue"_s, tr("Continuing…"),
         [](const GitService& service, const QString& repository) { return service.continueOperation(repository); });
 }
 
 void GitModel::abortOperation() {
-    act(u"abort"_s, u"Aborting…"_s,
+    act(u"abort"_s, tr("Aborting…"),
         [](const GitService& service, const QString& repository) { return service.abortOperation(repository); });
 }
 
 void GitModel::switchBranch(const QString& name) {
-    act(u"switch"_s, u"Switching to %1…"_s.arg(name),
+    act(u"switch"_s, tr("Switching to %1…").arg(name),
         [=](const GitService& service, const QString& repository) { return service.switchBranch(repository, name); });
 }
 
 void GitModel::switchToRemote(const QString& remoteBranch) {
-    act(u"switch"_s, u"Switching to %1…"_s.arg(remoteBranch),
+    act(u"switch"_s, tr("Switching to %1…").arg(remoteBranch),
         [=](const GitService& service, const QString& repository) {
             return service.switchToRemote(repository, remoteBranch);
         });
 }
 
 void GitModel::createBranch(const QString& name) {
-    act(u"create"_s, u"Creating %1…"_s.arg(name),
+    act(u"create"_s, tr("Creating %1…").arg(name),
         [=](const GitService& service, const QString& repository) { return service.createBranch(repository, name); });
 }
 
 void GitModel::deleteBranch(const QString& name, bool evenIfUnmerged) {
     const auto deletion = evenIfUnmerged ? GitService::Deletion::always : GitService::Deletion::ifMerged;
-    act(u"delete"_s, u"Deleting %1…"_s.arg(name), [=](const GitService& service, const QString& repository) {
+    act(u"delete"_s, tr("Deleting %1…").arg(name), [=](const GitService& service, const QString& repository) {
         return service.deleteBranch(repository, name, deletion);
     });
 }
 
 void GitModel::setUpstream(const QString& branchName, const QString& upstreamName) {
-    act(u"upstream"_s, u"Setting the upstream…"_s, [=](const GitService& service, const QString& repository) {
+    act(u"upstream"_s, tr("Setting the upstream…"), [=](const GitService& service, const QString& repository) {
         return service.setUpstream(repository, branchName, upstreamName);
     });
 }
 
 void GitModel::stashSave(const QString& message, bool withUntracked) {
     const auto untracked = withUntracked ? GitService::Untracked::included : GitService::Untracked::kept;
-    act(u"stash"_s, u"Stashing…"_s, [=](const GitService& service, const QString& repository) {
+    act(u"stash"_s, tr("Stashing…"), [=](const GitService& service, const QString& repository) {
         return service.stashSave(repository, message, untracked);
     });
 }
@@ -329,7 +329,7 @@ void GitModel::actOnStash(const QString& name, const QString& text, const QStrin
     const auto& rows = m_stashes.rows();
     const auto row = std::ranges::find(rows, stash, &StashRow::key);
     if (row == rows.end()) {
-        refuse(u"This stash is gone."_s);
+        refuse(tr("This stash is gone."));
         return;
     }
     const StashEntry entry{.index = row->index, .id = row->key, .message = {}, .date = {}};
@@ -339,29 +339,29 @@ void GitModel::actOnStash(const QString& name, const QString& text, const QStrin
 }
 
 void GitModel::stashPop(const QString& stash) {
-    actOnStash(u"stash-pop"_s, u"Popping the stash…"_s, stash, &GitService::stashPop);
+    actOnStash(u"stash-pop"_s, tr("Popping the stash…"), stash, &GitService::stashPop);
 }
 void GitModel::stashApply(const QString& stash) {
-    actOnStash(u"stash-apply"_s, u"Applying the stash…"_s, stash, &GitService::stashApply);
+    actOnStash(u"stash-apply"_s, tr("Applying the stash…"), stash, &GitService::stashApply);
 }
 void GitModel::stashDrop(const QString& stash) {
-    actOnStash(u"stash-drop"_s, u"Dropping the stash…"_s, stash, &GitService::stashDrop);
+    actOnStash(u"stash-drop"_s, tr("Dropping the stash…"), stash, &GitService::stashDrop);
 }
 
 void GitModel::fetch() {
-    act(u"fetch"_s, u"Fetching…"_s,
+    act(u"fetch"_s, tr("Fetching…"),
         [](const GitService& service, const QString& repository) { return service.fetch(repository); });
 }
 
 void GitModel::pull() {
     const PullStrategy strategy = pullStrategy ? pullStrategy() : PullStrategy::ffOnly;
-    act(u"pull"_s, u"Pulling…"_s, [strategy](const GitService& service, const QString& repository) {
+    act(u"pull"_s, tr("Pulling…"), [strategy](const GitService& service, const QString& repository) {
         return service.pull(repository, strategy);
     });
 }
 
 void GitModel::push() {
-    act(u"push"_s, u"Pushing…"_s,
+    act(u"push"_s, tr("Pushing…"),
         [](const GitService& service, const QString& repository) { return service.push(repository); });
 }
 
@@ -387,11 +387,11 @@ void GitModel::readIdentities() {
 void GitModel::setIdentity(const QString& name, const QString& email, bool everywhere) {
     const GitIdentity identity{name.trimmed(), email.trimmed()};
     if (identity.name->isEmpty() || identity.email->isEmpty()) {
-        refuse(u"Enter a name and an e-mail first."_s);
+        refuse(tr("Enter a name and an e-mail first."));
         return;
     }
     const GitScope scope = everywhere ? GitScope::global : GitScope::repo;
-    act(u"identity"_s, u"Saving…"_s, [=](const GitService& service, const QString& repository) {
+    act(u"identity"_s, tr("Saving…"), [=](const GitService& service, const QString& repository) {
         return service.setIdentity(identity, repository, scope);
     });
 }

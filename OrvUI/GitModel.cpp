@@ -19,16 +19,16 @@ constexpr int historyPage = 100;
 
 struct OperationWords {
     QLatin1StringView name;
-    QLatin1StringView going;
+    const char* going;
 };
 constexpr std::array operationWords{
-    OperationWords{""_L1, ""_L1},
-    OperationWords{"merge"_L1, "Merging"_L1},
-    OperationWords{"rebase"_L1, "Rebasing"_L1},
-    OperationWords{"am"_L1, "Applying patches"_L1},
-    OperationWords{"cherry-pick"_L1, "Cherry-picking"_L1},
-    OperationWords{"revert"_L1, "Reverting"_L1},
-    OperationWords{"bisect"_L1, "Bisecting"_L1}};
+    OperationWords{""_L1, ""},
+    OperationWords{"merge"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Merging")},
+    OperationWords{"rebase"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Rebasing")},
+    OperationWords{"am"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Applying patches")},
+    OperationWords{"cherry-pick"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Cherry-picking")},
+    OperationWords{"revert"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Reverting")},
+    OperationWords{"bisect"_L1, QT_TRANSLATE_NOOP("orv::GitModel", "Bisecting")}};
 
 const OperationWords& wordsOf(GitOperation operation) {
     return operationWords[static_cast<size_t>(operation)];
@@ -41,29 +41,32 @@ bool isFurtherWorkTree(const RepositoryLayout& layout) {
 /// What is to be known of a repository that is more, or less, than the project.
 QString noteOf(const RepositoryLayout& layout, const Project& project) {
     if (!wayBelow(layout.folder, project.root).isEmpty()) {
-        return u"%1 is a part of the repository %2, all of which is shown here."_s.arg(
-            project.name, shownPath(layout.folder));
+        return GitModel::tr("%1 is a part of the repository %2, all of which is shown here.")
+            .arg(project.name, shownPath(layout.folder));
     }
     if (layout.isSubmodule()) {
-        return u"A submodule of another repository."_s;
+        return GitModel::tr("A submodule of another repository.");
     }
-    return isFurtherWorkTree(layout) ? u"A work tree of %1."_s.arg(shownPath(layout.mainFolder())) : QString();
+    return isFurtherWorkTree(layout) ? GitModel::tr("A work tree of %1.").arg(shownPath(layout.mainFolder()))
+                                     : QString();
 }
 
 /// Of a folder that is no repository, but lies in one that is none of the project's.
 QString nestedNote(const QString& enclosing) {
-    return enclosing.isEmpty() ? QString()
-                               : u"It lies in the repository %1, which is not listed with it. One that is started here "
-                                 u"is nested in that one, and has a history of its own."_s.arg(shownPath(enclosing));
+    return enclosing.isEmpty()
+               ? QString()
+               : GitModel::tr("It lies in the repository %1, which is not listed with it. One that is started here "
+                              "is nested in that one, and has a history of its own.")
+                     .arg(shownPath(enclosing));
 }
 
 /// What the repository is called in the list of a project's.
 QString labelOf(const QString& name, const RepositoryLayout& layout) {
     if (layout.isSubmodule()) {
-        return u"%1 (submodule)"_s.arg(name);
+        return GitModel::tr("%1 (submodule)").arg(name);
     }
     return isFurtherWorkTree(layout)
-               ? u"%1 (work tree of %2)"_s.arg(name, shownPath(QFileInfo(layout.mainFolder()).fileName()))
+               ? GitModel::tr("%1 (work tree of %2)").arg(name, shownPath(QFileInfo(layout.mainFolder()).fileName()))
                : name;
 }
 
@@ -146,15 +149,15 @@ QString GitModel::operationText() const {
     if (m_operation.operation == GitOperation::none) {
         return {};
     }
-    QString text = wordsOf(m_operation.operation).going;
+    QString text = tr(wordsOf(m_operation.operation).going);
     if (!m_operation.branch.isEmpty()) {
         text += u' ' + m_operation.branch;
     }
     if (m_operation.steps > 0) {
-        text += u", step %1 of %2"_s.arg(m_operation.step).arg(m_operation.steps);
+        text += tr(", step %1 of %2").arg(m_operation.step).arg(m_operation.steps);
     }
     if (const qsizetype count = m_operation.conflicts.size(); count > 0) {
-        text += u": %1 %2 in conflict"_s.arg(count).arg(count == 1 ? u"file"_s : u"files"_s);
+        text += count == 1 ? tr(": 1 file in conflict") : tr(": %1 files in conflict").arg(count);
     }
     return text;
 }

@@ -19,36 +19,48 @@ struct ActionRow {
 
 /// In the order in which the actions are offered, but for "Both", which is tried before single kinds.
 constexpr std::array actionRows{
-    ActionRow{RunAction::frontend, u"Frontend", {ServiceKind::frontend, {}}},
-    ActionRow{RunAction::backend, u"Backend", {ServiceKind::backend, {}}},
-    ActionRow{RunAction::both, u"Both", {ServiceKind::frontend, ServiceKind::backend}},
-    ActionRow{RunAction::app, u"App", {ServiceKind::app, {}}},
-    ActionRow{RunAction::flutter, u"Flutter", {ServiceKind::flutter, {}}},
-    ActionRow{RunAction::docker, u"Docker", {ServiceKind::docker, {}}},
+    ActionRow{RunAction::frontend, u"" QT_TRANSLATE_NOOP("RunAction", "Frontend"), {ServiceKind::frontend, {}}},
+    ActionRow{RunAction::backend, u"" QT_TRANSLATE_NOOP("RunAction", "Backend"), {ServiceKind::backend, {}}},
+    ActionRow{
+        RunAction::both, u"" QT_TRANSLATE_NOOP("RunAction", "Both"), {ServiceKind::frontend, ServiceKind::backend}},
+    ActionRow{RunAction::app, u"" QT_TRANSLATE_NOOP("RunAction", "App"), {ServiceKind::app, {}}},
+    ActionRow{RunAction::flutter, u"" QT_TRANSLATE_NOOP("RunAction", "Flutter"), {ServiceKind::flutter, {}}},
+    ActionRow{RunAction::docker, u"" QT_TRANSLATE_NOOP("RunAction", "Docker"), {ServiceKind::docker, {}}},
 };
 
 struct FilterRow {
-    QStringView title;
+    const char* title;
     QStringView icon;
 };
 
 constexpr std::array filterRows{
-    FilterRow{u"All Projects", u"layout-grid"}, FilterRow{u"Pinned", u"pin"},
-    FilterRow{u"Running", u"circle-play"},      FilterRow{u"Full-stack", u"layers-2"},
-    FilterRow{u"Flutter", u"smartphone"},
+    FilterRow{QT_TRANSLATE_NOOP("ModelTypes", "All Projects"), u"layout-grid"},
+    FilterRow{QT_TRANSLATE_NOOP("ModelTypes", "Pinned"), u"pin"},
+    FilterRow{QT_TRANSLATE_NOOP("ModelTypes", "Running"), u"circle-play"},
+    FilterRow{QT_TRANSLATE_NOOP("ModelTypes", "Full-stack"), u"layers-2"},
+    FilterRow{QT_TRANSLATE_NOOP("ModelTypes", "Flutter"), u"smartphone"},
 };
 
-constexpr std::array sectionTitles{u"Profile", u"Git", u"AI", u"Appearance", u"Notifications", u"General", u"Projects"};
-constexpr std::array tabTitles{u"Overview", u"Tasks", u"Terminal", u"Logs", u"Git", u"Files"};
+constexpr std::array sectionTitles{
+    QT_TRANSLATE_NOOP("ModelTypes", "Profile"),
+    QT_TRANSLATE_NOOP("ModelTypes", "Git"),
+    QT_TRANSLATE_NOOP("ModelTypes", "AI"),
+    QT_TRANSLATE_NOOP("ModelTypes", "Appearance"),
+    QT_TRANSLATE_NOOP("ModelTypes", "Notifications"),
+    QT_TRANSLATE_NOOP("ModelTypes", "General"),
+    QT_TRANSLATE_NOOP("ModelTypes", "Projects")};
+constexpr std::array tabTitles{QT_TRANSLATE_NOOP("ModelTypes", "Overview"), QT_TRANSLATE_NOOP("ModelTypes", "Tasks"),
+                               QT_TRANSLATE_NOOP("ModelTypes", "Terminal"), QT_TRANSLATE_NOOP("ModelTypes", "Logs"),
+                               QT_TRANSLATE_NOOP("ModelTypes", "Git"),      QT_TRANSLATE_NOOP("ModelTypes", "Files")};
 
 } // namespace
 
 QString title(SettingsSection section) {
-    return QString::fromUtf16(sectionTitles[static_cast<size_t>(section)]);
+    return QCoreApplication::translate("ModelTypes", sectionTitles[static_cast<size_t>(section)]);
 }
 
 QString title(DetailTab tab) {
-    return QString::fromUtf16(tabTitles[static_cast<size_t>(tab)]);
+    return QCoreApplication::translate("ModelTypes", tabTitles[static_cast<size_t>(tab)]);
 }
 
 QString stackLine(const Project& project) {
@@ -65,7 +77,7 @@ QString stackLine(const Project& project) {
 }
 
 QString title(ProjectFilter filter) {
-    return filterRows[static_cast<size_t>(filter)].title.toString();
+    return QCoreApplication::translate("ModelTypes", filterRows[static_cast<size_t>(filter)].title);
 }
 
 QString icon(ProjectFilter filter) {

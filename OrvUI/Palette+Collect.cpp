@@ -1,10 +1,13 @@
 #include "OrvCore/Agents.h"
 #include "OrvCore/Tasks.h"
+#include "OrvUI/AgentRows.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/FolderTree.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/Palette_p.h"
 #include "OrvUI/Tile.h"
+
+#include <QCoreApplication>
 
 #include <algorithm>
 
@@ -258,7 +261,7 @@ QString Palette::detail(const Project& project, Verb verb) const {
         return stackLine(project);
     case run: {
         const std::optional<RunAction> action = m_model->primaryAction(project);
-        return action ? rawValue(*action) : QString();
+        return action ? QCoreApplication::translate("RunAction", rawValue(*action).toUtf8().constData()) : QString();
     }
     case stop: {
         const QList<ServiceID> services = m_model->services(project);
@@ -288,7 +291,7 @@ QString Palette::detail(const Project& project, Verb verb) const {
                : badge.changes == 1 ? tr("1 change")
                                     : tr("%1 changes").arg(badge.changes);
     case ask:
-        return agentInfo(m_model->settings().settings().defaultAgent).displayName.toString();
+        return agentText(agentInfo(m_model->settings().settings().defaultAgent).displayName);
     case showTasks: {
         const QList<ProjectTask> all = m_model->tasks(project);
         const auto open = std::ranges::count_if(all, [](const ProjectTask& task) { return !task.isDone(); });

@@ -1,5 +1,7 @@
 #include "OrvUI/ProjectFilters.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -9,22 +11,26 @@ namespace orv {
 namespace {
 
 struct KindRow {
-    QStringView title;
+    const char* title;
     std::optional<ServiceKind> kind; ///< of which the project has a target; absent: it is full-stack
 };
 
 constexpr std::array kindRows{
-    KindRow{u"Full-stack", {}},
-    KindRow{u"Frontend", ServiceKind::frontend},
-    KindRow{u"Backend", ServiceKind::backend},
-    KindRow{u"Flutter", ServiceKind::flutter},
-    KindRow{u"Docker", ServiceKind::docker},
-    KindRow{u"App", ServiceKind::app},
+    KindRow{QT_TRANSLATE_NOOP("ProjectFilters", "Full-stack"), {}},
+    KindRow{QT_TRANSLATE_NOOP("ProjectFilters", "Frontend"), ServiceKind::frontend},
+    KindRow{QT_TRANSLATE_NOOP("ProjectFilters", "Backend"), ServiceKind::backend},
+    KindRow{QT_TRANSLATE_NOOP("ProjectFilters", "Flutter"), ServiceKind::flutter},
+    KindRow{QT_TRANSLATE_NOOP("ProjectFilters", "Docker"), ServiceKind::docker},
+    KindRow{QT_TRANSLATE_NOOP("ProjectFilters", "App"), ServiceKind::app},
 };
 static_assert(kindRows.size() == allKindFilters.size());
 
-constexpr std::array<QStringView, 3> gitTitles{u"Any", u"Unsaved changes", u"Clean"};
-constexpr std::array<QStringView, 4> modeTitles{u"As cards", u"Show their apps", u"Hide", u"Only collections"};
+constexpr std::array gitTitles{
+    QT_TRANSLATE_NOOP("ProjectFilters", "Any"), QT_TRANSLATE_NOOP("ProjectFilters", "Unsaved changes"),
+    QT_TRANSLATE_NOOP("ProjectFilters", "Clean")};
+constexpr std::array modeTitles{
+    QT_TRANSLATE_NOOP("ProjectFilters", "As cards"), QT_TRANSLATE_NOOP("ProjectFilters", "Show their apps"),
+    QT_TRANSLATE_NOOP("ProjectFilters", "Hide"), QT_TRANSLATE_NOOP("ProjectFilters", "Only collections")};
 
 bool passesGit(GitFilter filter, const std::optional<GitBadge>& badge) {
     if (filter == GitFilter::any) {
@@ -58,13 +64,13 @@ void addApps(const QList<ProjectNode>& nodes, QSet<QString>& found) {
 } // namespace
 
 QString title(KindFilter kind) {
-    return kindRows[static_cast<size_t>(kind)].title.toString();
+    return QCoreApplication::translate("ProjectFilters", kindRows[static_cast<size_t>(kind)].title);
 }
 QString title(GitFilter git) {
-    return gitTitles[static_cast<size_t>(git)].toString();
+    return QCoreApplication::translate("ProjectFilters", gitTitles[static_cast<size_t>(git)]);
 }
 QString title(CollectionMode mode) {
-    return modeTitles[static_cast<size_t>(mode)].toString();
+    return QCoreApplication::translate("ProjectFilters", modeTitles[static_cast<size_t>(mode)]);
 }
 
 bool matches(KindFilter kind, const Project& project) {

@@ -1,5 +1,7 @@
 #include "OrvUI/QuickActions.h"
 
+#include <QCoreApplication>
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -8,12 +10,18 @@ namespace orv {
 
 namespace {
 
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(QuickGit)
+};
+
 struct Verb {
-    QLatin1StringView going;
-    QLatin1StringView gone;
+    const char* going;
+    const char* gone;
 };
 constexpr std::array verbs{
-    Verb{"Fetching "_L1, "Fetched "_L1}, Verb{"Pulling "_L1, "Pulled "_L1}, Verb{"Pushing "_L1, "Pushed "_L1}};
+    Verb{QT_TRANSLATE_NOOP("QuickGit", "Fetching %1…"), QT_TRANSLATE_NOOP("QuickGit", "Fetched %1.")},
+    Verb{QT_TRANSLATE_NOOP("QuickGit", "Pulling %1…"), QT_TRANSLATE_NOOP("QuickGit", "Pulled %1.")},
+    Verb{QT_TRANSLATE_NOOP("QuickGit", "Pushing %1…"), QT_TRANSLATE_NOOP("QuickGit", "Pushed %1.")}};
 
 constexpr std::array preferredActions{RunAction::both, RunAction::frontend, RunAction::backend,
                                       RunAction::app,  RunAction::flutter,  RunAction::docker};
@@ -25,7 +33,7 @@ QList<PinnedEntry> PinnedMenu::entries(
     QList<PinnedEntry> entries;
     for (const Project& project : pinned) {
         const bool runs = isRunning(project);
-        entries.append({project.id, (runs ? u"Stop "_s : u"Run "_s) + project.name, runs});
+        entries.append({project.id, (runs ? Words::tr("Stop %1") : Words::tr("Run %1")).arg(project.name), runs});
     }
     return entries;
 }
@@ -44,20 +52,20 @@ std::optional<RunAction> CardPrimaryAction::defaultAction(
 }
 
 QuickGitReport QuickGit::busy(const QString& project) {
-    return {false, project + u" is still busy with git."_s};
+    return {false, Words::tr("%1 is still busy with git.").arg(project)};
 }
 
 QuickGitReport QuickGit::noRepository(const QString& project) {
-    return {false, project + u" isn't a git repository."_s};
+    return {false, Words::tr("%1 isn't a git repository.").arg(project)};
 }
 
 QString QuickGit::progress(QuickGitAction action, const QString& project) {
-    return verbs[static_cast<size_t>(action)].going + project + u'\u2026';
+    return Words::tr(verbs[static_cast<size_t>(action)].going).arg(project);
 }
 
 QuickGitReport QuickGit::done(QuickGitAction action, const QString& project, qsizetype repositories) {
-    const QString count = repositories > 1 ? u" (%1 repositories)"_s.arg(repositories) : QString();
-    return {true, verbs[static_cast<size_t>(action)].gone + project + count + u'.'};
+    const QString count = repositories > 1 ? Words::tr(" (%1 repositories)").arg(repositories) : QString();
+    return {true, Words::tr(verbs[static_cast<size_t>(action)].gone).arg(project + count)};
 }
 
 } // namespace orv

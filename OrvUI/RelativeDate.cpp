@@ -1,9 +1,12 @@
 #include "OrvUI/RelativeDate.h"
 
+#include <QCoreApplication>
 #include <QTimeZone>
 
 #include <algorithm>
 #include <array>
+#include <limits>
+#include <span>
 
 namespace orv::RelativeDate {
 
@@ -14,42 +17,44 @@ namespace {
 struct Span {
     qint64 until; ///< it is used for fewer than these
     qint64 unit;
-    QStringView one;      ///< for one unit
-    QStringView unitName; ///< for several; empty: there is one only
+    const char* text; ///< "%1" is the number of units
 };
 constexpr std::array daySpans{
-    Span{1, 1, u"today", u""},      Span{2, 1, u"yesterday", u""},     Span{7, 1, u"", u"days"},
-    Span{14, 7, u"last week", u""}, Span{31, 7, u"", u"weeks"},        Span{61, 30, u"last month", u""},
-    Span{365, 30, u"", u"months"},  Span{730, 365, u"last year", u""},
+    Span{1, 1, QT_TRANSLATE_NOOP("RelativeDate", "today")},
+    Span{2, 1, QT_TRANSLATE_NOOP("RelativeDate", "yesterday")},
+    Span{7, 1, QT_TRANSLATE_NOOP("RelativeDate", "%1 days ago")},
+    Span{14, 7, QT_TRANSLATE_NOOP("RelativeDate", "last week")},
+    Span{31, 7, QT_TRANSLATE_NOOP("RelativeDate", "%1 weeks ago")},
+    Span{61, 30, QT_TRANSLATE_NOOP("RelativeDate", "last month")},
+    Span{365, 30, QT_TRANSLATE_NOOP("RelativeDate", "%1 months ago")},
+    Span{730, 365, QT_TRANSLATE_NOOP("RelativeDate", "last year")},
+    Span{std::numeric_limits<qint64>::max(), 365, QT_TRANSLATE_NOOP("RelativeDate", "%1 years ago")},
 };
-constexpr qint64 recentSeconds = 12 * 60 * 60;
+constexpr std::array recentSpans{
+    Span{60, 60, QT_TRANSLATE_NOOP("RelativeDate", "just now")},
+    Span{2 * 60, 60, QT_TRANSLATE_NOOP("RelativeDate", "1 minute ago")},
+    Span{60 * 60, 60, QT_TRANSLATE_NOOP("RelativeDate", "%1 minutes ago")},
+    Span{2 * 60 * 60, 60 * 60, QT_TRANSLATE_NOOP("RelativeDate", "1 hour ago")},
+    Span{12 * 60 * 60, 60 * 60, QT_TRANSLATE_NOOP("RelativeDate", "%1 hours ago")},
+};
 
-QString counted(qint64 count, const QString& unit) {
-    return QString::number(count) + u' ' + unit + (count == 1 ? u" ago"_s : u"s ago"_s);
+/// Empty where there is no span for it.
+QString text(std::span<const Span> spans, qint64 value) {
+    const auto span = std::ranges::find_if(spans, [value](const Span& its) { return value < its.until; });
+    return span == spans.end() ? QString()
+                               : QCoreApplication::translate("RelativeDate", span->text)
+                                     .replace(u"%1"_s, QString::number(value / span->unit));
 }
 
 } // namespace
 
 QString day(const QDateTime& date, const QDateTime& now) {
-    const qint64 days = std::max<qint64>(0, date.toTimeZone(now.timeZone()).date().daysTo(now.date()));
-    for (const Span& span : daySpans) {
-        if (days < span.until) {
-            return span.unitName.isEmpty() ? span.one.toString()
-                                           : u"%1 %2 ago"_s.arg(days / span.unit).arg(span.unitName);
-        }
-    }
-    return u"%1 years ago"_s.arg(days / 365);
+    return text(daySpans, std::max<qint64>(0, date.toTimeZone(now.timeZone()).date().daysTo(now.date())));
 }
 
 QString moment(const QDateTime& date, const QDateTime& now) {
-    const qint64 seconds = std::max<qint64>(0, date.secsTo(now));
-    if (seconds < 60) {
-        return u"just now"_s;
-    }
-    if (seconds < 60 * 60) {
-        return counted(seconds / 60, u"minute"_s);
-    }
-    return seconds < recentSeconds ? counted(seconds / (60 * 60), u"hour"_s) : day(date, now);
+    const QString recent = text(recentSpans, std::max<qint64>(0, date.secsTo(now)));
+    return recent.isEmpty() ? day(date, now) : recent;
 }
 
 } // namespace orv::RelativeDate

@@ -85,7 +85,7 @@ void ServiceLogs::update() {
         const std::optional<int> port = m_model.addressPort(id);
         rows.append(
             {HomeModels::key(id),
-             AppModel::isInstall(id) ? serviceTitle(id, project) + u" setup"_s : serviceTitle(id, project),
+             AppModel::isInstall(id) ? tr("%1 setup").arg(serviceTitle(id, project)) : serviceTitle(id, project),
              rawValue(m_model.processes().state(id).phase), port ? u":%1"_s.arg(*port) : QString(), id == m_shown});
     }
     m_services.setRows(rows);

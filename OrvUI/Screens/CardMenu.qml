@@ -29,7 +29,7 @@ Menu {
             required property string modelData
 
             glyph: "own-play-fill"
-            text: qsTr("Run %1").arg(modelData)
+            text: qsTr("Run %1").arg(RunWords.of(modelData))
             onTriggered: cardMenu.run(modelData)
         }
     }

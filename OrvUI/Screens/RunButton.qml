@@ -21,14 +21,14 @@ Row {
     visible: busy || action.length > 0
 
     Button {
-        text: run.busy ? qsTr("Stop") : run.action
+        text: run.busy ? qsTr("Stop") : RunWords.of(run.action)
         glyph: run.busy ? "own-stop-fill" : "own-play-fill"
         glyphSize: Theme.iconMini
         glyphColor: run.busy ? Theme.text2 : run.prominent ? Theme.onAccent : Theme.accentText
         primary: run.prominent && !run.busy
         joined: run.split
         focusPolicy: run.reachable ? Qt.StrongFocus : Qt.ClickFocus
-        Accessible.name: run.busy ? qsTr("Stop %1").arg(run.projectName) : qsTr("Run %1 in %2").arg(run.action).arg(run.projectName)
+        Accessible.name: run.busy ? qsTr("Stop %1").arg(run.projectName) : qsTr("Run %1 in %2").arg(RunWords.of(run.action)).arg(run.projectName)
         onClicked: run.busy ? run.stopped() : run.started()
     }
 

@@ -27,7 +27,7 @@ Row {
             implicitHeight: Theme.controlRegular
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true
-            text: idle ? qsTr("Run %1 in %2").arg(modelData.label).arg(group.projectName) : modelData.label === "Both" ? qsTr("Stop frontend and backend of %1").arg(group.projectName) : qsTr("Stop %1 of %2").arg(modelData.label).arg(group.projectName)
+            text: idle ? qsTr("Run %1 in %2").arg(RunWords.of(modelData.label)).arg(group.projectName) : modelData.label === "Both" ? qsTr("Stop frontend and backend of %1").arg(group.projectName) : qsTr("Stop %1 of %2").arg(RunWords.of(modelData.label)).arg(group.projectName)
             Accessible.role: Accessible.Button
             Accessible.name: text
             Keys.onReturnPressed: part.clicked()
@@ -78,7 +78,7 @@ Row {
                     Label {
                         anchors.verticalCenter: parent.verticalCenter
                         role: Theme.BodyStrong
-                        text: part.modelData.label
+                        text: RunWords.of(part.modelData.label)
                     }
                 }
             }

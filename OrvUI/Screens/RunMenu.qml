@@ -20,7 +20,7 @@ Menu {
             required property string modelData
 
             glyph: "own-play-fill"
-            text: modelData
+            text: RunWords.of(modelData)
             onTriggered: choice.chosen(modelData)
         }
     }

@@ -6,7 +6,9 @@
 #include <QAccessible>
 #include <QQmlContext>
 #include <QQmlProperty>
+#include <QRegularExpression>
 #include <QSet>
+#include <QTranslator>
 
 using namespace Qt::StringLiterals;
 
@@ -14,6 +16,17 @@ namespace orv {
 namespace {
 
 using test::waitFor;
+
+/// A language whose words are all in brackets.
+class Brackets : public QTranslator {
+public:
+    Brackets() { QCoreApplication::installTranslator(this); }
+    ~Brackets() override { QCoreApplication::removeTranslator(this); }
+    [[nodiscard]] QString translate(const char*, const char* source, const char*, int) const override {
+        return u'⟦' + QString::fromUtf8(source) + u'⟧';
+    }
+    [[nodiscard]] bool isEmpty() const override { return false; }
+};
 
 /// What those hear of the screens who do not see them.
 class AccessibleWindow : public test::MainWindow {
@@ -35,6 +48,10 @@ protected:
         look(screen);
     }
 
+    /// Opens every screen, and looks at it.
+    void walk();
+
+    bool wantsBrackets = false;
     QStringList faults;
     test::GitHome home;
 
@@ -69,6 +86,11 @@ private:
                                       .arg(name));
                 }
             }
+            if (wantsBrackets && isUntranslated(item, told)) {
+                faults.append(u"%1: %2, \"%3\" \"%4\""_s.arg(
+                    screen, pathOf(item), item->property("text").toString(),
+                    told != nullptr ? told->text(QAccessible::Name) : QString()));
+            }
             if (item->inherits("QQuickText") && isSilent(item)) {
                 faults.append(u"%1: %2, text \"%3\""_s.arg(screen, pathOf(item), item->property("text").toString()));
             }
@@ -89,6 +111,22 @@ private:
         return !text->property("text").toString().isEmpty();
     }
 
+    /// But for names, what was typed and printed, and the keys as they are labelled.
+    [[nodiscard]] static bool isUntranslated(QQuickItem* item, QAccessibleInterface* told) {
+        static const QRegularExpression word(u"[A-Za-z]{3,}"_s);
+        static const QRegularExpression data(
+            u"^(shop|wharf|new|client|main|root|orv-screens-tests|Vite|Ada|First|Upgrade|after the release|npm [a-z ]+|"
+            "[a-z-]+\\.(sh|json|ts)|[^ ]+@[^ ]+|(Local: )?https?://.*|localhost:\\d+|/.*|code -g .*|1 service|"
+            "((Ctrl|Alt|Shift|Super|Home|End|Menu|Enter|Space|Del|Tab|PgUp|PgDown|Up|Down|F\\d+|.) ?)+)$"_s);
+        QStringList texts{told != nullptr ? told->text(QAccessible::Name) : QString()};
+        if (item->inherits("QQuickText")) {
+            texts.append(item->property("text").toString());
+        }
+        return std::ranges::any_of(texts, [](const QString& text) {
+            return !text.contains(u'⟦') && text.contains(word) && !data.match(text).hasMatch();
+        });
+    }
+
     [[nodiscard]] static QString pathOf(const QQuickItem* item) {
         QStringList names;
         for (; item != nullptr && names.size() < 5; item = item->parentItem()) {
@@ -98,7 +136,7 @@ private:
     }
 };
 
-TEST_F(AccessibleWindow, NamesWhateverCanBeUsed) {
+void AccessibleWindow::walk() {
     const QString shop = root + u"/client/shop"_s;
     addInstalled(u"client/shop"_s, "vite", test::up(4700));
     addInstalled(u"client/wharf"_s, "vite", test::up(4701));
@@ -170,7 +208,8 @@ TEST_F(AccessibleWindow, NamesWhateverCanBeUsed) {
     lookFor(u"shortcuts"_s, "KeyHint");
     press(Qt::Key_Escape);
     model->setSheet(AppSheet{AppSheet::Kind::widgetsHowTo, {}});
-    EXPECT_TRUE(waitFor([this] { return button(u"I added it"_s) != nullptr; }));
+    const QString confirm = QCoreApplication::translate("WidgetsSheet", "I added it");
+    EXPECT_TRUE(waitFor([&] { return button(confirm) != nullptr; }));
     look(u"widgets"_s);
     press(Qt::Key_Escape);
     model->toggleProject(root + u"/new"_s);
@@ -178,7 +217,18 @@ TEST_F(AccessibleWindow, NamesWhateverCanBeUsed) {
     press(Qt::Key_Escape);
     QMetaObject::invokeMethod(window, "askToQuit", Q_ARG(QVariant, u"1 service"_s), Q_ARG(QVariant, true));
     look(u"question"_s);
+}
 
+TEST_F(AccessibleWindow, NamesWhateverCanBeUsed) {
+    walk();
+    EXPECT_EQ(faults, QStringList()) << faults.join(u'\n').toStdString();
+}
+
+TEST_F(AccessibleWindow, SpeaksTheLanguageOfTheUser) {
+    const Brackets language;
+    wantsBrackets = true;
+    makeModel();
+    walk();
     EXPECT_EQ(faults, QStringList()) << faults.join(u'\n').toStdString();
 }
 

@@ -1,7 +1,9 @@
 #include "OrvUI/Screens/Theme.h"
 #include "tests/Screens/MainWindow.h"
 
+#include <QClipboard>
 #include <QFile>
+#include <QGuiApplication>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -256,6 +258,24 @@ TEST_F(MainWindow, ShowsEveryPageAndSection) {
     EXPECT_TRUE(test::waitFor([this] { return items("ProjectCard").size() == 2; }));
     QTest::keyClick(window, Qt::Key_Home, Qt::AltModifier);
     shows("HomeHeader");
+}
+
+TEST_F(MainWindow, CopiesWhatHelpsOthersToHelpAndNamesNobody) {
+    addInstalled(u"client/confidential"_s, "vite", "");
+    scan();
+    open(QSize(1280, 832));
+    press(Qt::Key_K, Qt::ControlModifier);
+    EXPECT_TRUE(test::waitFor([this] { return !items("PaletteItem").isEmpty(); }));
+    type(u"copy diag"_s);
+    press(Qt::Key_Return);
+    const auto copied = [] { return QGuiApplication::clipboard()->text(); };
+    ASSERT_TRUE(test::waitFor([&] { return copied().startsWith(u"OrvLauncher: "_s); })) << copied().toStdString();
+    for (const QString& line :
+         {u"\nQt: %1\n"_s.arg(QString::fromLatin1(qVersion())), u"\nDisplays: offscreen"_s,
+          u"\nProjects: 1 with 1 services, 0 active\n"_s, u"\nAgents: "_s}) {
+        EXPECT_TRUE(copied().contains(line)) << line.toStdString() << " in " << copied().toStdString();
+    }
+    EXPECT_FALSE(copied().contains(u"confidential"_s) || copied().contains(root)) << copied().toStdString();
 }
 
 } // namespace

@@ -111,6 +111,30 @@ TEST_F(Desktop, ASecondStartIsTheFirstOnes) {
     close();
 }
 
+TEST_F(Desktop, UserDefaultsSayWhatAStartIsFor) {
+    const QString defaults = launcher.tree.add(u"support/defaults.ini"_s, "[General]\nOrvStartPage=tasks\n");
+    start({});
+    EXPECT_TRUE(shows(u"New task"_s)) << seen();
+    close();
+    start({u"-OrvStartPage"_s, u"ai"_s});
+    EXPECT_TRUE(shows(u"Which runs"_s)) << "the command line comes first: " << seen();
+    close();
+
+    const QString pictures = launcher.tree.path(u"pictures"_s);
+    launcher.tree.add(u"support/defaults.ini"_s, "OrvExportIllustrations=" + pictures.toUtf8() + '\n');
+    const auto ends = [&](const QStringList& words, int code) {
+        start(words);
+        EXPECT_TRUE(waitFor([this] { return application.state() == QProcess::NotRunning; }));
+        EXPECT_EQ(application.exitCode(), code);
+        return QString::fromUtf8(application.readAllStandardError());
+    };
+    ends({}, 0);
+    const QStringList found = QDir(pictures).entryList(QDir::Files);
+    EXPECT_GT(found.size(), 10) << found.join(u' ').toStdString();
+    const QString said = ends({u"-OrvExportIllustrations"_s, defaults}, 1);
+    EXPECT_TRUE(said.contains(u"Export failed: "_s)) << said.toStdString();
+}
+
 TEST_F(Desktop, LeavesNothingRunningWhenTheDisplayIsGone) {
     open();
     EXPECT_TRUE(clickShows(u"Run Frontend in site"_s, address)) << seen();

@@ -73,8 +73,9 @@ public:
     CentreNotifier() : m_delegate([[OrvNotificationDelegate alloc] init]) {
         m_delegate.notifier = this;
         centre().delegate = m_delegate;
+        NSString* const title = QCoreApplication::translate("SystemNotifier", "Open in browser").toNSString();
         UNNotificationAction* open = [UNNotificationAction actionWithIdentifier:browserAction
-                                                                          title:@"Open in browser"
+                                                                          title:title
                                                                         options:UNNotificationActionOptionForeground];
         UNNotificationCategory* ready = [UNNotificationCategory categoryWithIdentifier:readyCategory
                                                                                actions:@[ open ]

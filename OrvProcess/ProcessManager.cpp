@@ -32,10 +32,12 @@ struct Run {
     PortWatch* ports = nullptr;
 };
 
-/// "See 'docker --help'", "Run 'docker run --help' for more information": where to read on, below what is wrong.
-bool pointsToHelp(const QString& line) {
+/// Stands below what is wrong: "See 'docker --help'", "Run 'docker run --help' for more information", "web-1 exited
+/// with code 1".
+bool followsReason(const QString& line) {
     static const QRegularExpression pattern(
-        u"^(?:see|run|try|use)\\b.*\\bhelp\\b"_s, QRegularExpression::CaseInsensitiveOption);
+        u"^(?:(?:see|run|try|use)\\b.*\\bhelp\\b|\\S+ exited with code \\d+$)"_s,
+        QRegularExpression::CaseInsensitiveOption);
     return pattern.match(line).hasMatch();
 }
 
@@ -46,7 +48,7 @@ QString exitMessage(int code, const LogBuffer& log) {
         if (shown.isEmpty()) {
             continue;
         }
-        const bool isReason = !pointsToHelp(shown);
+        const bool isReason = !followsReason(shown);
         reason = isReason || reason.isEmpty() ? shown : reason;
         if (isReason) {
             break;

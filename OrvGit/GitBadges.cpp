@@ -47,13 +47,11 @@ QFuture<QList<QStringList>> GitBadges::repositories(const QStringList& projectRo
     promise->start();
     m_pool.start([this, promise, projectRoots, scanRoot] {
         QList<QStringList> found;
-        for (const QString& root : projectRoots) {
-            if (m_runner.cancellation->isCancelled()) {
-                break;
-            }
-            found.append(ProjectRepositories::of(m_runner, root, scanRoot).own);
+        const QList<ProjectRepositories> each = ProjectRepositories::ofEach(m_runner, projectRoots, scanRoot);
+        for (const ProjectRepositories& repositories : each) {
+            found.append(repositories.own);
         }
-        if (found.size() == projectRoots.size()) {
+        if (!m_runner.cancellation->isCancelled()) {
             promise->addResult(found);
         }
         promise->finish();

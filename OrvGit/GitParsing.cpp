@@ -226,12 +226,13 @@ QList<FileChange> RepoStatus::changesOf(const QStringList& paths) const {
 RepoStatus GitParsing::status(QByteArrayView output) {
     QList<FileChange> changes;
     RepoStatus status = readStatus(output, [&changes](const ChangeRecord& record) {
-        changes.append({
-            .path = GitPath::fromBytes(record.path),
-            .index = record.index,
-            .worktree = record.worktree,
-            .originalPath = record.originalPath.isEmpty() ? QString() : GitPath::fromBytes(record.originalPath),
-        });
+        FileChange& change = changes.emplaceBack();
+        change.path = GitPath::fromBytes(record.path);
+        change.index = record.index;
+        change.worktree = record.worktree;
+        if (!record.originalPath.isEmpty()) {
+            change.originalPath = GitPath::fromBytes(record.originalPath);
+        }
     });
     status.changes = std::move(changes);
     return status;

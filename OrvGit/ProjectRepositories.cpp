@@ -7,6 +7,8 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -28,12 +30,21 @@ bool isMadeForProjects(const QString& top, const QString& scanRoot) {
            !isAtOrBelow(real(QDir::homePath()), place);
 }
 
-bool isIgnored(GitRunner runner, const QString& top, const QString& projectRoot) {
+/// Those of the folders in the work tree that it ignores.
+QSet<QString> ignored(GitRunner runner, const QString& top, const QStringList& folders) {
     // It takes names as they are by itself and refuses to be told so; behind "./" a colon means nothing either.
     runner.extraEnvironment.insert(u"GIT_LITERAL_PATHSPECS"_s, u"0"_s);
-    const QByteArray way = "./" + GitPath::toBytes(wayBelow(top, projectRoot));
-    const auto answer = runner.runRaw({"check-ignore", "--quiet", "--", way}, top, GitLimits::local);
-    return answer && answer->code == 0;
+    GitRunner::Options options;
+    for (const QString& folder : folders) {
+        options.input += "./" + GitPath::toBytes(wayBelow(top, folder)) + '\0';
+    }
+    QSet<QString> found;
+    const auto answer = runner.runRaw({"check-ignore", "--stdin", "-z"}, top, GitLimits::local, options);
+    const QByteArrayList names = answer && answer->code == 0 ? answer->output.split('\0') : QByteArrayList();
+    for (const QByteArray& name : names) {
+        found.insert(QDir::cleanPath(top + u'/' + GitPath::fromBytes(name)));
+    }
+    return found;
 }
 
 } // namespace
@@ -57,16 +68,36 @@ QString workTreeTop(const QString& folder) {
 
 ProjectRepositories ProjectRepositories::of(
     const GitRunner& runner, const QString& projectRoot, const QString& scanRoot) {
-    ProjectRepositories found{.own = GitService::findRepos(projectRoot), .enclosing = {}};
-    if (found.own.contains(projectRoot) || RepositoryLayout::of(projectRoot)) {
-        return found;
+    return ofEach(runner, {projectRoot}, scanRoot).value(0);
+}
+
+QList<ProjectRepositories> ProjectRepositories::ofEach(
+    const GitRunner& runner, const QStringList& projectRoots, const QString& scanRoot) {
+    QList<ProjectRepositories> all;
+    QHash<QString, QStringList> parts; ///< by the top of a repository: the projects that may be parts of it
+    for (const QString& root : projectRoots) {
+        if (runner.cancellation && runner.cancellation->isCancelled()) {
+            break;
+        }
+        ProjectRepositories& found = all.emplaceBack();
+        found.own = GitService::findRepos(root);
+        if (found.own.contains(root) || RepositoryLayout::of(root)) {
+            continue;
+        }
+        found.enclosing = workTreeTop(root);
+        if (!found.enclosing.isEmpty() && isMadeForProjects(found.enclosing, scanRoot)) {
+            parts[found.enclosing].append(root);
+        }
     }
-    found.enclosing = workTreeTop(projectRoot);
-    if (!found.enclosing.isEmpty() && isMadeForProjects(found.enclosing, scanRoot) &&
-        !isIgnored(runner, found.enclosing, projectRoot)) {
-        found.own.prepend(found.enclosing);
+    for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
+        const QSet<QString> left = ignored(runner, part.key(), *part);
+        for (qsizetype i = 0; i < all.size(); ++i) {
+            if (all[i].enclosing == part.key() && part->contains(projectRoots[i]) && !left.contains(projectRoots[i])) {
+                all[i].own.prepend(part.key());
+            }
+        }
     }
-    return found;
+    return all;
 }
 
 } // namespace orv

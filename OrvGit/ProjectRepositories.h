@@ -24,6 +24,10 @@ struct ProjectRepositories {
     /// Without a scanned folder no enclosing one is a project's own.
     [[nodiscard]] static ProjectRepositories of(
         const GitRunner& runner, const QString& projectRoot, const QString& scanRoot);
+    /// Of many projects, in their order; git is asked once for all that lie in one repository. Ends early, and with
+    /// fewer, when it is cancelled.
+    [[nodiscard]] static QList<ProjectRepositories> ofEach(
+        const GitRunner& runner, const QStringList& projectRoots, const QString& scanRoot);
     [[nodiscard]] bool ownsEnclosing() const { return !own.isEmpty() && own.first() == enclosing; }
 };
 

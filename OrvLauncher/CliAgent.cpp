@@ -71,49 +71,61 @@ QString stateText(const AgentRun& run) {
     return rawValue(run.status().kind);
 }
 
+int print(const Invocation& call, const QList<AgentRun*>& runs) {
+    Stream& out = call.console.out;
+    if (call.json) {
+        QJsonArray array;
+        for (const AgentRun* run : runs) {
+            array.append(run->record().toJson());
+        }
+        printJson(out, array);
+        return exitOk;
+    }
+    if (runs.isEmpty()) {
+        call.note(u"No runs."_s);
+        return exitOk;
+    }
+    Table table(
+        {{u"ID"_s, Style::dim},
+         {u"STATE"_s, Style::green},
+         {u"PROJECT"_s, Style::cyan},
+         {u"AGENT"_s},
+         {u"STARTED"_s, Style::dim},
+         {u"COST"_s},
+         {u"CHANGES"_s},
+         {u"TASK"_s}});
+    for (const AgentRun* run : runs) {
+        const AgentRunRow row = AgentRunRow::of(*run);
+        table.add(
+            {shortID(*run), stateText(*run), row.projectName, row.agentName,
+             row.startedAt.toLocalTime().toString(u"yyyy-MM-dd hh:mm"_s), row.cost, row.changes,
+             row.task.simplified()});
+    }
+    out.write(table.text(out.width(), out.hasColor()));
+    return exitOk;
+}
+
 QFuture<int> list(Invocation& call) {
     return withRuns(call, [&call](AgentDesk& desk) {
         QList<AgentRun*> runs = desk.runs().runs();
-        if (!call.words.isEmpty()) {
-            const QString word = call.words.first();
-            const QString path = absolutePath(word);
-            runs.removeIf([&](const AgentRun* run) {
-                const AgentRun::Facts& facts = run->facts();
-                return facts.projectID != word && facts.projectID != path &&
-                       facts.projectName.compare(word, Qt::CaseInsensitive) != 0;
+        if (call.words.isEmpty()) {
+            return now(print(call, runs));
+        }
+        const QString word = call.words.first();
+        const QString path = absolutePath(word);
+        runs.removeIf([&](const AgentRun* run) {
+            const AgentRun::Facts& facts = run->facts();
+            return facts.projectID != word && facts.projectID != path &&
+                   facts.projectName.compare(word, Qt::CaseInsensitive) != 0;
+        });
+        if (!runs.isEmpty()) {
+            return now(print(call, runs));
+        }
+        // A project without runs is one thing, a name that is none another.
+        return exitCodeOf(
+            findProject(call, word, ProjectUse::folder), call.context, [&call](const FoundProject& project) -> int {
+                return project ? print(call, {}) : refusal(call, project.error());
             });
-        }
-        Stream& out = call.console.out;
-        if (call.json) {
-            QJsonArray array;
-            for (const AgentRun* run : std::as_const(runs)) {
-                array.append(run->record().toJson());
-            }
-            printJson(out, array);
-            return now(exitOk);
-        }
-        if (runs.isEmpty()) {
-            call.note(u"No runs."_s);
-            return now(exitOk);
-        }
-        Table table(
-            {{u"ID"_s, Style::dim},
-             {u"STATE"_s, Style::green},
-             {u"PROJECT"_s, Style::cyan},
-             {u"AGENT"_s},
-             {u"STARTED"_s, Style::dim},
-             {u"COST"_s},
-             {u"CHANGES"_s},
-             {u"TASK"_s}});
-        for (const AgentRun* run : std::as_const(runs)) {
-            const AgentRunRow row = AgentRunRow::of(*run);
-            table.add(
-                {shortID(*run), stateText(*run), row.projectName, row.agentName,
-                 row.startedAt.toLocalTime().toString(u"yyyy-MM-dd hh:mm"_s), row.cost, row.changes,
-                 row.task.simplified()});
-        }
-        out.write(table.text(out.width(), out.hasColor()));
-        return now(exitOk);
     });
 }
 

@@ -273,16 +273,21 @@ void AgentRuns::giveUp(AgentRun* run, const QString& reason) {
     const QString text = AgentPlanner::couldNotStart(run->facts().agent, reason);
     const AgentDraft task{run->facts().projectID, run->facts().task, run->facts().linkedTaskID};
     const std::shared_ptr<Active> active = m_active.take(id);
-    m_workPool.start([files = m_options.files, id, hold = active->ready.hold, worktree = active->ready.worktree] {
+    const auto clear = [files = m_options.files, id, hold = active->ready.hold, worktree = active->ready.worktree] {
         if (worktree) {
             (void)TaskWorktrees(GitRunner{})
                 .discard(AgentWork::taskWorktree(*worktree), TaskWorktrees::Discard::ifNothingIsLost);
         }
+        // Held to the end, its record gone first: nobody takes it for one that was left behind.
+        QDir folder(files.runFolder(id));
+        folder.remove(u"run.json"_s);
+        folder.removeRecursively();
         if (hold) {
             hold->reset();
         }
-        QDir(files.runFolder(id)).removeRecursively();
-    });
+    };
+    // A look at what is stored may have met it meanwhile.
+    onFinished(runIn(m_workPool, clear), this, [this] { (void)reload(); });
     remove(run);
     active->settled.finish();
     Q_EMIT failed(id, text, task);

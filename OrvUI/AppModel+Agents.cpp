@@ -20,6 +20,10 @@ AgentRuns::Start startIn(const Project& project, AgentKind kind, const QString& 
         .agent = kind, .task = task, .projectID = project.id, .projectName = project.name, .projectRoot = project.root};
 }
 
+QString goneText(const AgentRun& run) {
+    return u"%1 is not among your projects any more."_s.arg(run.facts().projectName);
+}
+
 bool openByName(const QString& application, const QString& folder) {
     return QProcess::startDetached(u"/usr/bin/open"_s, {u"-a"_s, application, folder});
 }
@@ -97,9 +101,12 @@ AgentRun* AppModel::startAgent(const AgentRuns::Start& wish, const Project& proj
 AgentRun* AppModel::continueAgent(
     const AgentRun& run, const QString& message, const std::optional<AgentAutonomy>& autonomy) {
     ORV_ASSERT_MAIN_THREAD();
-    const Project* project = this->project(run.facts().projectID);
-    if (message.trimmed().isEmpty() || project == nullptr) {
+    if (message.trimmed().isEmpty()) {
         return nullptr;
+    }
+    const Project* project = this->project(run.facts().projectID);
+    if (project == nullptr) {
+        return taken(std::unexpected(goneText(run)));
     }
     return taken(d->agentRuns->goOn(run, message, project->root, project->name, autonomy));
 }
@@ -107,7 +114,8 @@ AgentRun* AppModel::continueAgent(
 AgentRun* AppModel::retryAgent(const AgentRun& run) {
     ORV_ASSERT_MAIN_THREAD();
     const Project* project = this->project(run.facts().projectID);
-    return project == nullptr ? nullptr : taken(d->agentRuns->retry(run, project->root, project->name));
+    return taken(
+        project == nullptr ? std::unexpected(goneText(run)) : d->agentRuns->retry(run, project->root, project->name));
 }
 
 void AppModel::agentFinished(AgentRun* run) {

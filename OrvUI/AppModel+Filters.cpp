@@ -1,5 +1,6 @@
 #include "OrvCore/Async.h"
 #include "OrvUI/AppModel_p.h"
+#include "OrvUI/NameSearch.h"
 
 namespace orv {
 
@@ -58,13 +59,10 @@ QStringList AppModel::projectsWithChanges() const {
 }
 
 QList<Project> AppModel::filteredProjects() const {
-    // A name that comes from the disk of a Mac may stand decomposed, what is typed is composed.
-    const QString wanted = d->searchText.normalized(QString::NormalizationForm_C);
+    const NameSearch search(d->searchText);
     QList<Project> found;
     for (const Project& project : d->projects) {
-        if (keeps(d->filter, project) &&
-            project.name.normalized(QString::NormalizationForm_C).contains(wanted, Qt::CaseInsensitive) &&
-            passesFilters(project)) {
+        if (keeps(d->filter, project) && search.matches(project.name) && passesFilters(project)) {
             found.append(project);
         }
     }

@@ -119,6 +119,7 @@ void AppModel::openGit(const QString& projectID) {
         d->gitModel = std::make_unique<GitModel>(*d->git, *known);
         d->gitModel->pullStrategy = [this] { return strategyOf(d->settings->settings().defaultPullStrategy); };
         d->gitModel->defaultBranch = [this] { return defaultBranch(); };
+        connect(this, &AppModel::refreshTokenChanged, d->gitModel.get(), &GitModel::refresh);
         connect(d->gitModel.get(), &GitModel::failed, this, [this](const QString& text) { report(text, true); });
         connect(
             d->gitModel.get(), &GitModel::discarded, this,

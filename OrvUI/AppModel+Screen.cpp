@@ -200,6 +200,7 @@ void AppModel::setInstallCommandOverrideText(const QString& text) {
 
 void AppModel::refreshNow() {
     refresh();
+    reloadViews();
 }
 
 void AppModel::updateGreeting() {

@@ -3,6 +3,7 @@
 #include "OrvCore/Paths.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/NameSearch.h"
 
 namespace orv {
 
@@ -66,8 +67,9 @@ void Collection::update() {
                 rows.append(node->project ? m_model->home().card(*node->project) : m_model->home().collection(*node));
             }
         } else {
+            const NameSearch search(m_searchText);
             for (const Project& project : folder->apps()) {
-                if (project.name.contains(m_searchText, Qt::CaseInsensitive)) {
+                if (search.matches(project.name)) {
                     rows.append(m_model->home().card(project));
                 }
             }

@@ -183,6 +183,7 @@ CardRow HomeModels::card(const Project& project) const {
         .gitChanges = badge.changes,
         .gitAhead = badge.ahead,
         .gitBehind = badge.behind,
+        .gitUnread = badge.unreadCount,
         .isGitBusy = m_model.isGitBusy(project),
     };
 }

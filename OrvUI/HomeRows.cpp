@@ -21,6 +21,7 @@ const std::vector<RowRole<CardRow>>& CardRow::roles() {
         memberRole<&CardRow::gitRepositories, CardRow>("gitRepositories"),
         memberRole<&CardRow::gitBranch, CardRow>("gitBranch"),
         memberRole<&CardRow::gitChanges, CardRow>("gitChanges"),
+        memberRole<&CardRow::gitUnread, CardRow>("gitUnread"),
         memberRole<&CardRow::gitAhead, CardRow>("gitAhead"),
         memberRole<&CardRow::gitBehind, CardRow>("gitBehind"),
         memberRole<&CardRow::isGitBusy, CardRow>("gitBusy"),

@@ -29,6 +29,7 @@ struct CardRow {
     int gitChanges = 0;
     int gitAhead = 0;
     int gitBehind = 0;
+    int gitUnread = 0; ///< of `gitRepositories`: those whose status could not be read
     bool isGitBusy = false;
     bool isCollection = false; ///< a folder of projects
     QVariantList members{};    ///< its projects, of maps: projectID, name, tileIndex, tileLetter

@@ -2,6 +2,7 @@
 
 #include "OrvCore/Async.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/NameSearch.h"
 #include "OrvUI/Tile.h"
 
 namespace orv {
@@ -69,10 +70,9 @@ void ProjectChoice::update() {
     choose(m_chosen.key);
     QList<ProjectChoiceRow> rows;
     if (m_isListing && m_model != nullptr) {
-        // A name that comes from the disk of a Mac may stand decomposed, what is typed is composed.
-        const QString wanted = m_text.normalized(QString::NormalizationForm_C);
+        const NameSearch search(m_text);
         for (const Project& project : m_model->projects()) {
-            if (project.name.normalized(QString::NormalizationForm_C).contains(wanted, Qt::CaseInsensitive)) {
+            if (search.matches(project.name)) {
                 rows.append(rowOf(project.id));
             }
         }

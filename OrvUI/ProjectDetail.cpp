@@ -82,6 +82,11 @@ void ProjectDetail::takeModel() {
         connect(m_model, signal, this, &ProjectDetail::updateSoon);
     }
     connect(m_model, &AppModel::addressChanged, this, &ProjectDetail::updateSoon);
+    connect(m_model, &AppModel::refreshTokenChanged, this, [this] {
+        if (m_files->wasRead()) {
+            m_files->refresh();
+        }
+    });
     connect(&m_model->agentRunner(), &AgentRuns::runsChanged, this, &ProjectDetail::updateSoon);
     connect(&m_model->agentRunner(), &AgentRuns::runChanged, this, &ProjectDetail::updateSoon);
     update();
@@ -90,7 +95,7 @@ void ProjectDetail::takeModel() {
 void ProjectDetail::setProjectID(const QString& id) {
     if (id != m_id) {
         m_id = id;
-        m_files->setRoot(id);
+        m_files->setRoot(id, m_model->settings().settings().scanRoot);
         update();
     }
 }

@@ -1,5 +1,6 @@
 #include "OrvUI/ProjectFiles.h"
 
+#include "OrvGit/ProjectRepositories.h"
 #include "OrvUI/GitRows.h"
 #include "OrvUI/Pool_p.h"
 
@@ -14,17 +15,21 @@ namespace {
 
 constexpr qsizetype mostMatches = 200;
 
-QHash<QString, QString> lettersOf(const GitService& service, const QString& root) {
+QHash<QString, QString> lettersOf(const GitService& service, const QString& root, const QString& scanRoot) {
     QHash<QString, QString> letters;
-    for (const QString& repository : GitService::findRepos(root)) {
-        const QString prefix = repository == root ? QString() : repository.sliced(root.size() + 1) + u'/';
+    const QStringList repositories = ProjectRepositories::of(service.runner, root, scanRoot).own;
+    for (const QString& repository : repositories) {
         const auto status = service.status(repository);
         const ChangeLists lists = ChangeLists::of(status ? status->changes : QList<FileChange>());
         // What is not staged is newer.
         for (const QList<ChangeRow>& rows : {lists.staged, lists.unstaged, lists.conflicted}) {
             for (const ChangeRow& row : rows) {
-                const bool isNew = row.letter == u'M' && letters.value(prefix + row.key) == u'A';
-                letters.insert(prefix + row.key, isNew ? u"A"_s : row.letter);
+                const QString path = wayBelow(root, repository + u'/' + row.key);
+                if (path.isEmpty()) {
+                    continue; // elsewhere in the repository that the project is a part of
+                }
+                const bool isNew = row.letter == u'M' && letters.value(path) == u'A';
+                letters.insert(path, isNew ? u"A"_s : row.letter);
             }
         }
     }
@@ -84,8 +89,9 @@ void ProjectFiles::read(Work work, Handler handler) {
         });
 }
 
-void ProjectFiles::setRoot(const QString& folder) {
+void ProjectFiles::setRoot(const QString& folder, const QString& scanRoot) {
     ORV_ASSERT_MAIN_THREAD();
+    m_scanRoot = scanRoot;
     if (folder == m_root) {
         return;
     }
@@ -130,7 +136,7 @@ void ProjectFiles::readFolder(const QString& folder) {
 
 void ProjectFiles::readLetters() {
     read(
-        [service = m_git, root = m_root] { return lettersOf(service, root); },
+        [service = m_git, root = m_root, scanRoot = m_scanRoot] { return lettersOf(service, root, scanRoot); },
         [this](const QHash<QString, QString>& found) {
             m_letters = found;
             rebuild();

@@ -59,8 +59,9 @@ public:
     explicit ProjectFiles(QObject* parent = nullptr);
     ~ProjectFiles() override;
 
-    /// Whose files these are; closes everything.
-    void setRoot(const QString& folder);
+    /// Whose files these are; closes everything. The scanned folder tells which repository the project is a part of.
+    void setRoot(const QString& folder, const QString& scanRoot);
+    [[nodiscard]] bool wasRead() const { return !m_folders.isEmpty(); }
     /// Reads the open folders, the file that is looked at, and git's letters again.
     Q_INVOKABLE void refresh();
 
@@ -114,6 +115,7 @@ private:
     void append(const QString& folder, int depth, QList<FileTreeRow>& rows) const;
 
     QString m_root;
+    QString m_scanRoot;
     int m_generation = 0;                               ///< of the root
     QHash<QString, QList<FileFinder::Entry>> m_folders; ///< that were read, by their relative path with a slash
     QSet<QString> m_expanded;

@@ -10,6 +10,8 @@ Item {
     required property int repositories
     required property string branch
     required property int changes
+    // Of the repositories: those that git could not read.
+    required property int unread
     required property int ahead
     required property int behind
     required property bool busy
@@ -17,6 +19,7 @@ Item {
     required property bool active
     // Tab goes to the buttons.
     required property bool reachable
+    readonly property string unreadText: repositories === 1 ? qsTr("Repository can't be read") : qsTr("%1 of %2 repositories can't be read").arg(unread).arg(repositories)
     signal chosen(string action)
 
     implicitHeight: Theme.controlMini
@@ -49,8 +52,8 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 width: Math.min(implicitWidth, Math.max(0, line.width - tools.width - facts.width - glyph.width - Theme.space28))
                 role: Theme.Small
-                color: line.repositories === 0 ? Theme.text3 : Theme.text2
-                text: line.repositories === 0 ? qsTr("No repository") : line.repositories > 1 ? qsTr("%1 repositories").arg(line.repositories) : line.branch.length > 0 ? line.branch : qsTr("No branch")
+                color: line.repositories === 0 ? Theme.text3 : line.unread > 0 ? Theme.warning : Theme.text2
+                text: line.repositories === 0 ? qsTr("No repository") : line.unread > 0 ? line.unreadText : line.repositories > 1 ? qsTr("%1 repositories").arg(line.repositories) : line.branch.length > 0 ? line.branch : qsTr("No branch")
 
                 Tip {
                     text: branchLabel.truncated ? branchLabel.text : ""

@@ -25,6 +25,7 @@ T.Control {
     required property int gitRepositories
     required property string gitBranch
     required property int gitChanges
+    required property int gitUnread
     required property int gitAhead
     required property int gitBehind
     required property bool gitBusy
@@ -226,6 +227,7 @@ T.Control {
                 repositories: card.gitRepositories
                 branch: card.gitBranch
                 changes: card.gitChanges
+                unread: card.gitUnread
                 ahead: card.gitAhead
                 behind: card.gitBehind
                 busy: card.gitBusy

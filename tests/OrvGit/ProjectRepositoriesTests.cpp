@@ -42,6 +42,17 @@ TEST(ProjectRepositories, AreThoseInsideAndTheOneThatItIsAPartOf) {
                                      << found.enclosing.toStdString();
     }
 
+    // As many as there are, at once.
+    QStringList projects;
+    QList<ProjectRepositories> expected;
+    for (const auto& each : cases) {
+        if (each.scanRoot == dev) {
+            projects.append(each.project);
+            expected.append(each.found);
+        }
+    }
+    EXPECT_EQ(ProjectRepositories::ofEach(service.runner, projects, dev), expected);
+
     // Of a repository with several projects, each counts its own changes.
     home.add(u"dev/mono/web/new"_s, "x");
     home.add(u"dev/mono/*/[api]/x"_s, "y");

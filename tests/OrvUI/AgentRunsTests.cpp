@@ -118,6 +118,12 @@ TEST_F(AgentRunsTest, RefusesWhatCantStart) {
     ASSERT_TRUE(missing && settles(missing));
     EXPECT_EQ(missing->status().reason, u"Exited with code 127"_s);
     EXPECT_FALSE(missing->changes());
+    // One whose project is gone does not go on.
+    ASSERT_TRUE(QDir(root + u"/plain"_s).removeRecursively());
+    scan();
+    EXPECT_EQ(model->continueAgent(*missing, u"x"_s), nullptr);
+    EXPECT_EQ(model->agentError(), u"plain is not among your projects any more."_s);
+    EXPECT_EQ(model->retryAgent(*missing), nullptr);
 }
 
 TEST_F(AgentRunsTest, StopsWhateverARunHasStarted) {

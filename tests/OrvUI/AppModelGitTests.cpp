@@ -65,6 +65,9 @@ TEST_F(AppModelGit, KeepsBadgesOnTheCards) {
     ASSERT_TRUE(QFile::remove(shop + u"/other"_s));
     refreshBadges();
     EXPECT_EQ(badge(u"shop"_s)->changes, 0);
+    tree.add(u"projects/shop/.git/index"_s, "none of git's");
+    refreshBadges();
+    EXPECT_TRUE(waitFor([this] { return onCard(u"shop"_s, "gitUnread") == 1; })) << "it can't be read";
 
     ASSERT_TRUE(QDir(shop + u"/.git"_s).removeRecursively());
     scan();

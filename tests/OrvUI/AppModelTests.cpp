@@ -1,3 +1,4 @@
+#include "OrvUI/NameSearch.h"
 #include "tests/OrvUI/ModelFixture.h"
 
 #include <gmock/gmock.h>
@@ -148,6 +149,7 @@ TEST_F(AppModelTest, TellsOfChangesOnly) {
         {"agent panel", [&] { model->setAiPanelProjectID(u"/p"_s); }, 0},
         {"uncommitted", [&] { model->setShowOnlyUncommitted(true); }, 0},
         {"reload", [&] { model->reloadViews(); }, 1},
+        {"refresh by hand", [&] { model->refreshNow(); }, 1},
     };
     for (const auto& [label, change, again] : cases) {
         told = 0;
@@ -238,6 +240,26 @@ TEST_F(AppModelTest, FiltersByTheSidebarAndTheSearch) {
         }
         EXPECT_EQ(names.join(u' '), shown) << label;
     }
+}
+
+TEST(NameSearch, KnowsTheLettersOfTheUsersLanguage) {
+    const struct {
+        QLocale::Language language;
+        QString name, text;
+        bool isFound;
+    } cases[] = {
+        {QLocale::Turkish, u"Istanbul"_s, u"\u0131stan"_s, true},
+        {QLocale::Turkish, u"Istanbul"_s, u"istan"_s, false},
+        {QLocale::Turkish, u"\u0130zmir"_s, u"izm"_s, true},
+        {QLocale::English, u"Istanbul"_s, u"iSTAN"_s, true},
+        {QLocale::Greek, u"\u039f\u0394\u039f\u03a3"_s, u"\u03bf\u03b4\u03bf\u03c3"_s, true},
+    };
+    const QLocale before;
+    for (const auto& [language, name, text, isFound] : cases) {
+        QLocale::setDefault(QLocale(language));
+        EXPECT_EQ(NameSearch(text).matches(name), isFound) << name.toStdString() << " by " << text.toStdString();
+    }
+    QLocale::setDefault(before);
 }
 
 TEST_F(AppModelTest, TakesAReportAwayUnlessANewerOneCame) {

@@ -132,7 +132,7 @@ TEST(ProjectFiles, ShowsTreeSearchAndFile) {
     const auto becomes = [&](const QString& tree) {
         EXPECT_TRUE(waitFor([&] { return shown(files) == tree; })) << shown(files).toStdString();
     };
-    files.setRoot(r);
+    files.setRoot(r, home.path());
     EXPECT_EQ(shown(files), QString()) << "nothing is read before somebody looks";
     files.refresh();
     becomes(u"src ·, README.md"_s);
@@ -173,8 +173,15 @@ TEST(ProjectFiles, ShowsTreeSearchAndFile) {
     EXPECT_EQ(files.lines()->rowCount(), 0);
     files.setExpanded(u"src"_s, false);
     EXPECT_EQ(shown(files), u"src ·, README.md"_s);
-    files.setRoot(home.path());
+    files.setRoot(home.path(), home.path());
     EXPECT_EQ(shown(files) + files.selectedPath() + files.countText(), QString());
+
+    // A part of a larger repository has the letters of its own files.
+    home.add(u"r/src/deep/b.py"_s, "z\n");
+    home.add(u"r/README.md"_s, "# changed\n");
+    files.setRoot(r + u"/src"_s, home.path());
+    files.refresh();
+    becomes(u"deep ·, new.py ?"_s);
 }
 
 } // namespace

@@ -582,5 +582,32 @@ TEST_F(GitActions, AreNoticedByAWatch) {
     EXPECT_EQ(told.count(tree), 1);
 }
 
+TEST_F(GitActions, AreWatchedAgainWhereTheRepositoryComesBack) {
+    RepositoryWatch watch;
+    QStringList told;
+    QObject::connect(
+        &watch, &RepositoryWatch::changed, &watch, [&told](const QString& folder) { told.append(folder); });
+    watch.setRepositories({r});
+    EXPECT_TRUE(waitFor([&] { return watch.repositories().size() == 1 && watch.isIdle(); }));
+    ASSERT_TRUE(QDir().rename(r + u"/.git"_s, r + u"/gone"_s));
+    EXPECT_TRUE(waitFor([&] { return watch.repositories().isEmpty() && told.contains(r); }));
+    git(r, {u"init"_s, u"-q"_s});
+    EXPECT_TRUE(waitFor([&] { return watch.repositories().size() == 1 && watch.isIdle(); }));
+    told.clear();
+    git(r, {u"tag"_s, u"x"_s}, anyCode);
+    git(r, {u"commit"_s, u"-q"_s, u"--allow-empty"_s, u"-m"_s, u"x"_s});
+    EXPECT_TRUE(waitFor([&] { return told.contains(r); }));
+}
+
+TEST_F(GitActions, AreNotLookedForAgainAndAgainWhereNothingCanBeWatched) {
+    const QString tree = home.path(u"tree"_s);
+    git(r, {u"worktree"_s, u"add"_s, u"-q"_s, tree});
+    home.add(u"r/.git/worktrees/tree/commondir"_s, "nowhere\n");
+    RepositoryWatch watch;
+    watch.setRepositories({tree});
+    EXPECT_FALSE(watch.isIdle());
+    EXPECT_TRUE(waitFor([&] { return watch.isIdle(); }));
+}
+
 } // namespace
 } // namespace orv::test

@@ -136,6 +136,11 @@ struct OperationState {
     QStringList conflicts;
 
     bool operator==(const OperationState&) const = default;
+    /// Whether it goes through commits, of which one may be left out.
+    [[nodiscard]] bool canSkip() const {
+        return operation == GitOperation::rebase || operation == GitOperation::applyMailbox ||
+               operation == GitOperation::cherryPick || operation == GitOperation::revert;
+    }
 };
 
 } // namespace orv

@@ -206,7 +206,25 @@ GitOutcome<void> GitService::continueOperation(const QString& repository) const 
     if (words.isEmpty()) {
         return std::unexpected(GitError::refused(GitWords::tr("Nothing is in progress that could go on.")));
     }
-    return runWithConflicts(repository, words, GitLimits::local);
+    auto done = runWithConflicts(repository, words, GitLimits::local);
+    if (!done && done.error().kind == GitError::Kind::commandFailed && state->canSkip()) {
+        const auto staged = runner.runRaw({"diff", "--cached", "--quiet"}, repository, GitLimits::local);
+        if (staged && staged->code == 0) {
+            return std::unexpected(GitError::refused(u"Nothing is left of this commit. Skip it to go on."_s));
+        }
+    }
+    return done;
+}
+
+GitOutcome<void> GitService::skipOperation(const QString& repository) const {
+    const auto state = operation(repository);
+    if (!state) {
+        return std::unexpected(state.error());
+    }
+    if (!state->canSkip()) {
+        return std::unexpected(GitError::refused(u"Nothing is in progress of which a commit could be skipped."_s));
+    }
+    return runWithConflicts(repository, operationCommand(state->operation, "--skip"), GitLimits::local);
 }
 
 GitOutcome<void> GitService::abortOperation(const QString& repository) const {

@@ -89,6 +89,8 @@ public:
     [[nodiscard]] GitOutcome<void> amend(
         const QString& repository, const QString& summary, const QString& description) const;
     [[nodiscard]] GitOutcome<void> continueOperation(const QString& repository) const;
+    /// Leaves out the commit that a rebase or the like is at.
+    [[nodiscard]] GitOutcome<void> skipOperation(const QString& repository) const;
     [[nodiscard]] GitOutcome<void> abortOperation(const QString& repository) const;
 
     // Branches

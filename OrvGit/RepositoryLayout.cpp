@@ -135,10 +135,13 @@ OperationState RepositoryLayout::operation() const {
         QLatin1StringView file;
         GitOperation operation;
     };
-    constexpr std::array marks{
+    // One of several commits may have been committed by hand: the rest is still to come.
+    const QString next = firstLine(gitDirectory + u"/sequencer/todo"_s);
+    const std::array marks{
         Mark{"MERGE_HEAD"_L1, GitOperation::merge},
         Mark{"CHERRY_PICK_HEAD"_L1, GitOperation::cherryPick},
         Mark{"REVERT_HEAD"_L1, GitOperation::revert},
+        Mark{"sequencer"_L1, next.startsWith("revert "_L1) ? GitOperation::revert : GitOperation::cherryPick},
         Mark{"BISECT_LOG"_L1, GitOperation::bisect},
     };
     const auto mark =

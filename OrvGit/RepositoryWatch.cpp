@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QDirIterator>
+#include <QFileInfo>
 #include <QPromise>
 
 #include <algorithm>
@@ -24,8 +25,9 @@ constexpr auto clockStep = 10ms;
 constexpr int mostRefFolders = 200;
 
 /// In the folder of a work tree; each is replaced, made or removed by its name, so its folder tells.
-constexpr std::array worktreeFiles{"HEAD"_L1,        "index"_L1,        "MERGE_HEAD"_L1,   "CHERRY_PICK_HEAD"_L1,
-                                   "REVERT_HEAD"_L1, "rebase-merge"_L1, "rebase-apply"_L1, "BISECT_LOG"_L1};
+constexpr std::array worktreeFiles{"HEAD"_L1,        "index"_L1,     "MERGE_HEAD"_L1,   "CHERRY_PICK_HEAD"_L1,
+                                   "REVERT_HEAD"_L1, "sequencer"_L1, "rebase-merge"_L1, "rebase-apply"_L1,
+                                   "BISECT_LOG"_L1};
 
 } // namespace
 
@@ -48,7 +50,7 @@ RepositoryWatch::~RepositoryWatch() {
 QStringList RepositoryWatch::repositories() const {
     QStringList found;
     for (auto each = m_repositories.begin(); each != m_repositories.end(); ++each) {
-        if (!each->folders.isEmpty()) {
+        if (!each->state.isEmpty()) {
             found.append(each.key());
         }
     }
@@ -61,6 +63,14 @@ bool RepositoryWatch::Watched::hasChangedSince(qint64 ms) const {
     return std::ranges::any_of(state, [limitNs](const FileStamp& stamp) { return stamp.changedNs > limitNs; });
 }
 
+bool RepositoryWatch::Watched::isOtherThan(const Watched& before) const {
+    return std::ranges::any_of(folders, [&](const QString& folder) {
+        const FileStamp was = before.state.value(folder);
+        const FileStamp is = state.value(folder);
+        return was != FileStamp() && is != FileStamp() && (was.inode != is.inode || was.device != is.device);
+    });
+}
+
 void RepositoryWatch::setRepositories(const QStringList& folders) {
     ORV_ASSERT_MAIN_THREAD();
     Looks wanted;
@@ -68,10 +78,11 @@ void RepositoryWatch::setRepositories(const QStringList& folders) {
     for (const QString& folder : folders) {
         const auto known = m_repositories.constFind(folder);
         wanted.insert(folder, known != m_repositories.cend() ? *known : Watched{{}, {}, now});
-        if (known == m_repositories.cend()) {
+        if (known == m_repositories.cend() || known->state.isEmpty()) {
             m_due.insert(folder);
         }
     }
+    m_refused.clear();
     m_repositories = std::move(wanted);
     follow();
     lookAtDue();
@@ -105,11 +116,21 @@ void RepositoryWatch::lookAtDue() {
 
 RepositoryWatch::Watched RepositoryWatch::look(const QString& repository) {
     const auto layout = RepositoryLayout::of(repository);
-    if (!layout) {
-        return {};
-    }
     Watched watched;
-    watched.folders = {layout->gitDirectory};
+    if (!layout) {
+        // What is made there anew is made piece by piece.
+        for (const QString& place : {repository, repository + u"/.git"_s}) {
+            if (QFileInfo(place).isDir()) {
+                watched.folders.append(place);
+            }
+        }
+        return watched;
+    }
+    // Of a folder that is moved away, only the one above it tells.
+    watched.folders = QStringList{repository};
+    if (layout->gitDirectory != repository) {
+        watched.folders.append(layout->gitDirectory);
+    }
     for (const QLatin1StringView name : worktreeFiles) {
         const QString path = layout->gitDirectory + u'/' + name;
         watched.state.insert(path, FileStamp::of(path));
@@ -137,12 +158,27 @@ void RepositoryWatch::takeIn(const Looks& looks) {
     QStringList differing;
     for (auto now = looks.begin(); now != looks.end(); ++now) {
         const auto known = m_repositories.find(now.key());
-        if (known == m_repositories.end() || known->state == now->state) {
+        if (known == m_repositories.end()) {
             continue;
         }
-        const bool isFirst = known->folders.isEmpty();
-        if (!isFirst || now->hasChangedSince(known->sinceMs)) {
+        // What was no repository at first is not waited for.
+        const bool isWaitedFor = !known->folders.isEmpty();
+        if (known->state == now->state) {
+            known->folders = isWaitedFor ? now->folders : QStringList();
+            continue;
+        }
+        if (isWaitedFor || now->hasChangedSince(known->sinceMs)) {
             differing.append(now.key());
+        }
+        // The watch would stay with the folder that had the name before.
+        if (now->isOtherThan(*known)) {
+            m_watcher.removePaths(known->folders);
+        }
+        const QSet<QString> there(now->folders.begin(), now->folders.end());
+        for (const QString& folder : known->folders) {
+            if (!there.contains(folder)) {
+                m_refused.remove(folder);
+            }
         }
         *known = *now;
     }
@@ -169,18 +205,29 @@ void RepositoryWatch::follow() {
     }
     if (!gone.isEmpty()) {
         m_watcher.removePaths(gone);
+        m_refused.clear(); // there is room now
     }
     const QSet<QString> watched(now.begin(), now.end());
     QStringList added;
     for (auto each = m_repositoriesOf.begin(); each != m_repositoriesOf.end(); ++each) {
-        if (!watched.contains(each.key())) {
+        if (!watched.contains(each.key()) && !m_refused.contains(each.key())) {
             added.append(each.key());
-            // What happened before the folder was watched.
-            m_due.unite(*each);
         }
     }
-    if (!added.isEmpty()) {
-        m_watcher.addPaths(added);
+    watchAll(added);
+}
+
+void RepositoryWatch::watchAll(const QStringList& folders) {
+    bool isFull = false;
+    for (const QString& folder : folders) {
+        if (!isFull && m_watcher.addPath(folder)) {
+            // What happened before the folder was watched.
+            m_due.unite(m_repositoriesOf.value(folder));
+        } else {
+            m_refused.insert(folder);
+            // One that is there and can be read is refused where the system watches no more, and says so each time.
+            isFull = isFull || QFileInfo(folder).isReadable();
+        }
     }
 }
 

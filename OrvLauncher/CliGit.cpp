@@ -133,6 +133,12 @@ QFuture<int> continueOperation(Invocation& call) {
     });
 }
 
+QFuture<int> skipOperation(Invocation& call) {
+    return changeAndShow(call, u"Skipping…"_s, [](const GitService& service, const QString& repository) {
+        return service.skipOperation(repository);
+    });
+}
+
 QFuture<int> abortOperation(Invocation& call) {
     return changeAndShow(call, u"Aborting…"_s, [](const GitService& service, const QString& repository) {
         return service.abortOperation(repository);
@@ -306,6 +312,7 @@ Command gitCommand() {
           u"goes on with a merge, rebase, cherry-pick or revert"_s,
           {inOption},
           continueOperation},
+         {u"skip"_s, {}, 0, 0, u"goes on without the commit that it is at"_s, {inOption}, skipOperation},
          {u"abort"_s, {}, 0, 0, u"gives it up"_s, {inOption}, abortOperation},
          {u"fetch"_s, u"[PROJECT]"_s, 0, 1, u"gets what the remotes have"_s, {}, fetch},
          {u"pull"_s,

@@ -282,6 +282,11 @@ void GitModel::continueOperation() {
         [](const GitService& service, const QString& repository) { return service.continueOperation(repository); });
 }
 
+void GitModel::skipOperation() {
+    act(u"skip"_s, u"Skipping…"_s,
+        [](const GitService& service, const QString& repository) { return service.skipOperation(repository); });
+}
+
 void GitModel::abortOperation() {
     act(u"abort"_s, tr("Aborting…"),
         [](const GitService& service, const QString& repository) { return service.abortOperation(repository); });

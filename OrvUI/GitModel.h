@@ -55,6 +55,7 @@ class GitModel : public QObject {
     Q_PROPERTY(QString operation READ operation NOTIFY statusChanged)
     Q_PROPERTY(QString operationText READ operationText NOTIFY statusChanged)
     Q_PROPERTY(bool canContinue READ canContinue NOTIFY statusChanged)
+    Q_PROPERTY(bool canSkip READ canSkip NOTIFY statusChanged)
     Q_PROPERTY(bool canAbort READ canAbort NOTIFY statusChanged)
     Q_PROPERTY(QString selectedPath READ selectedPath NOTIFY selectionChanged)
     Q_PROPERTY(bool selectedIsStaged READ selectedIsStaged NOTIFY selectionChanged)
@@ -128,6 +129,7 @@ public:
     [[nodiscard]] QString operation() const;
     [[nodiscard]] QString operationText() const; ///< "Rebasing topic, step 2 of 5: 1 file in conflict"
     [[nodiscard]] bool canContinue() const;
+    [[nodiscard]] bool canSkip() const { return m_operation.canSkip(); }
     [[nodiscard]] bool canAbort() const { return m_operation.operation != GitOperation::none; }
     [[nodiscard]] QString headSummary() const;     ///< the last commit's, for an amendment
     [[nodiscard]] QString headDescription() const; ///< the rest of its message
@@ -196,6 +198,7 @@ public:
     Q_INVOKABLE void commit(const QString& summary, const QString& description);
     Q_INVOKABLE void amend(const QString& summary, const QString& description);
     Q_INVOKABLE void continueOperation();
+    Q_INVOKABLE void skipOperation();
     Q_INVOKABLE void abortOperation();
 
     Q_INVOKABLE void switchBranch(const QString& name);

@@ -135,6 +135,14 @@ FocusScope {
 
                         Button {
                             controlHeight: Theme.controlSmall
+                            visible: page.git.canSkip
+                            enabled: !page.git.isBusy
+                            text: qsTr("Skip…")
+                            onClicked: page.ask(qsTr("Skip this commit?"), qsTr("The %1 goes on without it. What you resolved of it is lost.").arg(page.git.operation), [qsTr("Skip")], () => page.git.skipOperation())
+                        }
+
+                        Button {
+                            controlHeight: Theme.controlSmall
                             enabled: page.git.canAbort && !page.git.isBusy
                             danger: true
                             text: qsTr("Abort…")

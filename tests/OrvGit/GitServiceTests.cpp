@@ -419,6 +419,52 @@ TEST_F(GitActions, GoOnWithWhatWasBegun) {
         EXPECT_EQ(service.operation(r)->operation, GitOperation::none);
     }
     EXPECT_EQ(failure(service.abortOperation(r)), "Nothing is in progress that could be aborted.");
+    EXPECT_EQ(failure(service.skipOperation(r)), "Nothing is in progress of which a commit could be skipped.");
+}
+
+/// Of two commits the first stops at a conflict.
+TEST_F(GitActions, SkipACommitAndGoOnAfterOneCommittedByHand) {
+    home.add(u"r/n"_s, "1\n");
+    git(r, {u"add"_s, u"n"_s});
+    git(r, {u"commit"_s, u"-qm"_s, u"n"_s});
+    for (const char* content : {"2\n", "3\n"}) {
+        home.add(u"r/a"_s, content);
+        home.add(u"r/n"_s, content);
+        git(r, {u"commit"_s, u"-qam"_s, QString::fromLatin1(content).trimmed()});
+    }
+    git(r, {u"branch"_s, u"picked"_s});
+    const struct {
+        QStringList words;
+        GitOperation operation;
+        const char* atSecond;
+    } cases[]{
+        {{u"cherry-pick"_s, u"picked~1"_s, u"picked"_s}, GitOperation::cherryPick, "Merge conflicts in: a, n"},
+        {{u"revert"_s, u"--no-edit"_s, u"picked~1"_s, u"picked~2"_s}, GitOperation::revert, "Merge conflicts in: n"},
+    };
+    for (const auto& each : cases) {
+        const char* label = each.words.front() == u"revert"_s ? "revert" : "cherry-pick";
+        const auto begin = [&] {
+            git(r, {u"reset"_s, u"-q"_s, u"--hard"_s, u"picked~2"_s});
+            home.add(u"r/a"_s, "ours\n");
+            home.add(u"r/n"_s, "ours\n");
+            git(r, {u"commit"_s, u"-qam"_s, u"Ours"_s});
+            git(r, each.words, 1);
+        };
+        const auto now = [&] { return service.operation(r)->operation; };
+        begin();
+        git(r, {u"checkout"_s, u"HEAD"_s, u"--"_s, u"."_s});
+        EXPECT_EQ(failure(service.continueOperation(r)), "Nothing is left of this commit. Skip it to go on.") << label;
+        EXPECT_EQ(failure(service.skipOperation(r)), each.atSecond) << label;
+        EXPECT_EQ(failure(service.abortOperation(r)), "") << label;
+        EXPECT_EQ(now(), GitOperation::none) << label;
+        begin();
+        home.add(u"r/a"_s, "both\n");
+        git(r, {u"add"_s, u"-A"_s});
+        git(r, {u"commit"_s, u"-qm"_s, u"By hand"_s});
+        EXPECT_EQ(now(), each.operation) << label;
+        EXPECT_EQ(failure(service.abortOperation(r)), "") << label;
+        EXPECT_EQ(now(), GitOperation::none) << label;
+    }
 }
 
 TEST_F(GitActions, ManageBranches) {
@@ -580,6 +626,33 @@ TEST_F(GitActions, AreNoticedByAWatch) {
     git(tree, {u"tag"_s, u"last"_s});
     EXPECT_TRUE(waitFor([&] { return told.contains(tree); }));
     EXPECT_EQ(told.count(tree), 1);
+}
+
+TEST_F(GitActions, AreWatchedAgainWhereTheRepositoryComesBack) {
+    RepositoryWatch watch;
+    QStringList told;
+    QObject::connect(
+        &watch, &RepositoryWatch::changed, &watch, [&told](const QString& folder) { told.append(folder); });
+    watch.setRepositories({r});
+    EXPECT_TRUE(waitFor([&] { return watch.repositories().size() == 1 && watch.isIdle(); }));
+    ASSERT_TRUE(QDir().rename(r + u"/.git"_s, r + u"/gone"_s));
+    EXPECT_TRUE(waitFor([&] { return watch.repositories().isEmpty() && told.contains(r); }));
+    git(r, {u"init"_s, u"-q"_s});
+    EXPECT_TRUE(waitFor([&] { return watch.repositories().size() == 1 && watch.isIdle(); }));
+    told.clear();
+    git(r, {u"tag"_s, u"x"_s}, anyCode);
+    git(r, {u"commit"_s, u"-q"_s, u"--allow-empty"_s, u"-m"_s, u"x"_s});
+    EXPECT_TRUE(waitFor([&] { return told.contains(r); }));
+}
+
+TEST_F(GitActions, AreNotLookedForAgainAndAgainWhereNothingCanBeWatched) {
+    const QString tree = home.path(u"tree"_s);
+    git(r, {u"worktree"_s, u"add"_s, u"-q"_s, tree});
+    home.add(u"r/.git/worktrees/tree/commondir"_s, "nowhere\n");
+    RepositoryWatch watch;
+    watch.setRepositories({tree});
+    EXPECT_FALSE(watch.isIdle());
+    EXPECT_TRUE(waitFor([&] { return watch.isIdle(); }));
 }
 
 } // namespace

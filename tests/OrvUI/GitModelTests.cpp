@@ -306,6 +306,14 @@ TEST_F(GitPage, GoesThroughConflicts) {
         EXPECT_EQ(model->operation(), QString());
         EXPECT_EQ(content(u"sub/b"_s), u"ours\n"_s);
     }
+    EXPECT_FALSE(model->canSkip());
+    git(r, {u"cherry-pick"_s, u"other"_s}, 1);
+    git(r, {u"checkout"_s, u"HEAD"_s, u"--"_s, u"sub/b"_s});
+    refresh();
+    EXPECT_EQ(after([this] { model->continueOperation(); }), u"Nothing is left of this commit. Skip it to go on."_s);
+    EXPECT_TRUE(model->canSkip());
+    EXPECT_EQ(after([this] { model->skipOperation(); }), QString());
+    EXPECT_EQ(model->operation(), QString());
     git(r, {u"rebase"_s, u"other"_s}, 1);
     refresh();
     home.add(u"r/sub/b"_s, "both\n");

@@ -22,7 +22,7 @@ FocusScope {
     readonly property int columns: Math.max(1, Math.min(4, Math.floor((contentWidth + Theme.gridGap) / Theme.cardColumnWidth)))
     property alias count: grid.count
     // A card or a row; both have the same properties and signals.
-    readonly property var currentCard: grid.currentItem
+    readonly property var currentCard: (grid.currentItem as PooledItem)?.item ?? null
     signal projectChosen(string projectID)
     // The second time as what lies directly in it.
     signal collectionChosen(string path)
@@ -102,8 +102,7 @@ FocusScope {
         keyNavigationWraps: false
         highlightMoveDuration: 0
         cacheBuffer: Theme.cardHeight
-        reuseItems: true
-        model: page.cards
+        model: cardPool.model
         Keys.onReturnPressed: page.enter(page.currentCard)
         Keys.onEnterPressed: page.enter(page.currentCard)
         Keys.onRightPressed: event => event.accepted = page.unfold(page.currentCard, true) || page.listed
@@ -124,7 +123,7 @@ FocusScope {
             topBefore = originY;
         }
 
-        delegate: page.listed ? row : card
+        delegate: page.listed ? rowPlace : cardPlace
 
         // Behind the rows, which scroll over it.
         CardFace {
@@ -154,16 +153,33 @@ FocusScope {
     }
 
     Component {
-        id: card
+        id: cardPlace
+
+        PooledItem {
+            pool: cardPool
+        }
+    }
+
+    Component {
+        id: rowPlace
+
+        PooledItem {
+            pool: rowPool
+        }
+    }
+
+    ItemPool {
+        id: cardPool
+
+        model: page.cards
 
         ProjectCard {
             id: projectCard
 
             width: grid.cellWidth - Theme.gridGap
             height: Theme.cardHeight
-            isCurrent: GridView.isCurrentItem
-            // One that is kept for later is nobody's to see, read out or press.
-            visible: index >= 0
+            isCurrent: page.currentCard === projectCard
+            listActive: grid.activeFocus
             onRun: action => page.model.runAction(projectID, action)
             onStop: page.model.stopProject(projectID)
             onOpen: key => page.model.openServiceByKey(key)
@@ -188,16 +204,18 @@ FocusScope {
         }
     }
 
-    Component {
-        id: row
+    ItemPool {
+        id: rowPool
+
+        model: page.cards
 
         FolderRow {
             id: folderRow
 
             width: page.contentWidth
             height: Theme.folderRowHeight
-            isCurrent: GridView.isCurrentItem
-            visible: index >= 0
+            isCurrent: page.currentCard === folderRow
+            listActive: grid.activeFocus
             onRun: action => page.model.runAction(projectID, action)
             onStop: page.model.stopProject(projectID)
             onOpen: key => page.model.openServiceByKey(key)

@@ -31,8 +31,10 @@ T.Control {
     required property bool hasChildren
     // The row that Tab enters.
     property bool isCurrent: false
+    // The list that it stands in has the keyboard's focus.
+    property bool listActive: false
     readonly property bool busy: services.length > 0 || cardState === "installing"
-    readonly property bool active: hovered || (InputMode.keyboard && isCurrent && GridView.view !== null && GridView.view.activeFocus)
+    readonly property bool active: hovered || (InputMode.keyboard && isCurrent && listActive)
     // The first that can be opened.
     readonly property var address: services.find(service => service.address.length > 0) ?? null
     readonly property int inset: Theme.space16 + depth * Theme.folderIndent

@@ -35,9 +35,11 @@ T.Control {
     required property int runningMembers
     // The card that Tab enters.
     property bool isCurrent: false
+    // The list that it stands in has the keyboard's focus.
+    property bool listActive: false
     readonly property bool busy: services.length > 0 || cardState === "installing"
     // The pointer or the keyboard is at it.
-    readonly property bool active: hovered || (InputMode.keyboard && isCurrent && GridView.view !== null && GridView.view.activeFocus)
+    readonly property bool active: hovered || (InputMode.keyboard && isCurrent && listActive)
     // What runs, and what failed beside it.
     readonly property var lines: services.length > 0 ? services.concat(failedServices) : []
     readonly property int lineCount: lines.length > 2 ? 1 : lines.length

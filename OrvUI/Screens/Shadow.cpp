@@ -6,9 +6,12 @@
 #include <QPainter>
 #include <QQuickWindow>
 #include <QSGImageNode>
+#include <QSGRendererInterface>
 #include <QtMath>
 
-#include <utility>
+#include <array>
+#include <memory>
+#include <span>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -109,10 +112,80 @@ Patch draw(std::span<const ShadowLayer> layers, QSizeF shape, int radius, qreal 
     return patch;
 }
 
-/// Eight pieces around the shape, over one texture.
+/// Where a piece of the shadow goes, in logical pixels from the shape's corner, and what of the patch it shows.
+struct Piece {
+    QRectF to;
+    QRectF from;
+};
+
+/// The eight around the shape.
+std::array<Piece, 8> pieces(const Patch& patch, QSizeF shape, qreal ratio) {
+    const QSizeF source = QSizeF(patch.image.size()) / ratio;
+    const qreal right = shape.width() + patch.margin;
+    const qreal bottom = shape.height() + patch.margin;
+    const qreal endX = source.width() - patch.cornerX;
+    const qreal endY = source.height() - patch.cornerY;
+    const qreal xs[] = {-qreal(patch.margin), qreal(patch.cornerX - patch.margin), right - endX, right};
+    const qreal ys[] = {-qreal(patch.margin), qreal(patch.cornerY - patch.margin), bottom - endY, bottom};
+    // The middle of the source is what the corners leave over: nothing, so a sliver of it is stretched.
+    const qreal us[] = {0, qreal(patch.cornerX), qreal(patch.cornerX), source.width()};
+    const qreal vs[] = {0, qreal(patch.cornerY), qreal(patch.cornerY), source.height()};
+    std::array<Piece, 8> found;
+    size_t piece = 0;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            if (row == 1 && column == 1) {
+                continue;
+            }
+            const QRectF to(QPointF(xs[column], ys[row]), QPointF(xs[column + 1], ys[row + 1]));
+            QRectF from(QPointF(us[column], vs[row]), QPointF(us[column + 1], vs[row + 1]));
+            if (column == 1) {
+                from.adjust(-0.5, 0, 0.5, 0);
+            }
+            if (row == 1) {
+                from.adjust(0, -0.5, 0, 0.5);
+            }
+            found[piece++] = {to, QRectF(from.topLeft() * ratio, from.size() * ratio)};
+        }
+    }
+    return found;
+}
+
+/// The shadow of one size of shape as four pictures that need no stretching: above, below, left and right of it.
+struct Strips {
+    std::array<QImage, 4> images;
+    std::array<QRectF, 4> places;
+};
+
+Strips cut(const Patch& patch, QSizeF shape, qreal ratio) {
+    const QPointF origin(patch.margin, patch.margin);
+    const QSizeF whole(shape.width() + 2 * patch.margin, shape.height() + 2 * patch.margin);
+    QImage picture((whole * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const std::array<Piece, 8> around = pieces(patch, shape, ratio);
+    for (const Piece& piece : around) {
+        painter.drawImage(
+            QRectF((piece.to.topLeft() + origin) * ratio, piece.to.size() * ratio), patch.image, piece.from);
+    }
+    painter.end();
+    // The pieces lie row by row; the first and the last three are the rows above and below.
+    const QRectF above = around[0].to | around[2].to;
+    const QRectF below = around[5].to | around[7].to;
+    Strips strips{.images = {}, .places = {above, below, around[3].to, around[4].to}};
+    for (size_t place = 0; place < strips.places.size(); ++place) {
+        const QRectF& to = strips.places[place];
+        strips.images[place] = picture.copy(QRectF((to.topLeft() + origin) * ratio, to.size() * ratio).toRect());
+    }
+    return strips;
+}
+
+/// Some pieces, each with a part of a texture.
 class ShadowNode : public QSGNode {
 public:
-    explicit ShadowNode(QQuickWindow* window) {
+    /// As many pieces as there are places.
+    ShadowNode(QQuickWindow* window, size_t count) : m_pieces(count) {
         for (QSGImageNode*& piece : m_pieces) {
             piece = window->createImageNode();
             piece->setFlag(OwnedByParent);
@@ -121,46 +194,72 @@ public:
         }
     }
 
-    void set(QSGTexture* texture, const Patch& patch, QSizeF shape, qreal ratio) {
-        // The pieces look at the old texture while they take the new one.
-        const auto old = std::exchange(m_texture, std::unique_ptr<QSGTexture>(texture));
-        const QSizeF source = QSizeF(patch.image.size()) / ratio;
-        const qreal right = shape.width() + patch.margin;
-        const qreal bottom = shape.height() + patch.margin;
-        const qreal endX = source.width() - patch.cornerX;
-        const qreal endY = source.height() - patch.cornerY;
-        const qreal xs[] = {-qreal(patch.margin), qreal(patch.cornerX - patch.margin), right - endX, right};
-        const qreal ys[] = {-qreal(patch.margin), qreal(patch.cornerY - patch.margin), bottom - endY, bottom};
-        // The middle of the source is what the corners leave over: nothing, so a sliver of it is stretched.
-        const qreal us[] = {0, qreal(patch.cornerX), qreal(patch.cornerX), source.width()};
-        const qreal vs[] = {0, qreal(patch.cornerY), qreal(patch.cornerY), source.height()};
-        size_t piece = 0;
-        for (int row = 0; row < 3; ++row) {
-            for (int column = 0; column < 3; ++column) {
-                if (row == 1 && column == 1) {
-                    continue;
-                }
-                const QRectF to(QPointF(xs[column], ys[row]), QPointF(xs[column + 1], ys[row + 1]));
-                QRectF from(QPointF(us[column], vs[row]), QPointF(us[column + 1], vs[row + 1]));
-                if (column == 1) {
-                    from.adjust(-0.5, 0, 0.5, 0);
-                }
-                if (row == 1) {
-                    from.adjust(0, -0.5, 0, 0.5);
-                }
-                m_pieces[piece]->setTexture(texture);
-                m_pieces[piece]->setRect(to);
-                m_pieces[piece]->setSourceRect(
-                    QRectF(from.topLeft() * ratio, QSizeF(from.width() * ratio, from.height() * ratio)));
-                ++piece;
-            }
+    [[nodiscard]] size_t count() const { return m_pieces.size(); }
+
+    void set(QQuickWindow* window, const Strips& strips) {
+        Textures textures;
+        for (size_t place = 0; place < m_pieces.size(); ++place) {
+            textures.emplace_back(window->createTextureFromImage(strips.images[place]));
+            set(*m_pieces[place], textures.back().get(), strips.places[place], strips.images[place].rect());
         }
+        m_textures = std::move(textures);
+    }
+
+    void set(QQuickWindow* window, const Patch& patch, QSizeF shape, qreal ratio) {
+        Textures textures;
+        textures.emplace_back(window->createTextureFromImage(patch.image));
+        const std::array<Piece, 8> around = pieces(patch, shape, ratio);
+        for (size_t place = 0; place < m_pieces.size(); ++place) {
+            set(*m_pieces[place], textures.front().get(), around[place].to, around[place].from);
+        }
+        m_textures = std::move(textures);
     }
 
 private:
-    std::array<QSGImageNode*, 8> m_pieces{};
-    std::unique_ptr<QSGTexture> m_texture;
+    using Textures = std::vector<std::unique_ptr<QSGTexture>>;
+
+    static void set(QSGImageNode& piece, QSGTexture* texture, const QRectF& to, const QRectF& from) {
+        piece.setTexture(texture);
+        piece.setRect(to);
+        piece.setSourceRect(from);
+    }
+
+    std::vector<QSGImageNode*> m_pieces;
+    Textures m_textures; ///< those before are looked at until the pieces have new ones
 };
+
+struct Look {
+    std::span<const ShadowLayer> layers;
+    QString name; ///< of level, radius and theme
+    int radius = 0;
+    qreal ratio = 1;
+};
+
+const Patch& patchOf(const Look& look, QSizeF shape) {
+    thread_local QCache<QString, Patch> cache(48);
+    // What is larger than the reach of the blur looks the same at every size.
+    const int limit = 2 * (look.radius + 80) + 2;
+    const QString key =
+        u"%1/%2/%3"_s.arg(look.name).arg(qMin(qCeil(shape.width()), limit)).arg(qMin(qCeil(shape.height()), limit));
+    const Patch* patch = cache.object(key);
+    if (patch == nullptr) {
+        auto* drawn = new Patch(draw(look.layers, shape, look.radius, look.ratio));
+        cache.insert(key, drawn);
+        patch = drawn;
+    }
+    return *patch;
+}
+
+Strips stripsOf(const Look& look, QSizeF shape) {
+    thread_local QCache<QString, Strips> cache(24);
+    const QString key = u"%1/%2/%3"_s.arg(look.name).arg(shape.width()).arg(shape.height());
+    if (const Strips* found = cache.object(key)) {
+        return *found;
+    }
+    Strips strips = cut(patchOf(look, shape), shape, look.ratio);
+    cache.insert(key, new Strips(strips));
+    return strips;
+}
 
 } // namespace
 
@@ -221,26 +320,25 @@ QSGNode* Shadow::updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) {
         return shadow;
     }
     const qreal ratio = window()->effectiveDevicePixelRatio();
-    const QSizeF shape = size();
-    // What is larger than the reach of the blur looks the same at every size.
-    const int limit = 2 * (m_radius + 80) + 2;
-    thread_local QCache<QString, Patch> cache(48);
-    const QString key = u"%1/%2/%3/%4/%5/%6"_s.arg(m_level)
-                            .arg(m_radius)
-                            .arg(m_theme->isDark())
-                            .arg(qMin(qCeil(shape.width()), limit))
-                            .arg(qMin(qCeil(shape.height()), limit))
-                            .arg(ratio);
-    const Patch* patch = cache.object(key);
-    if (patch == nullptr) {
-        auto* drawn = new Patch(draw(m_theme->shadow(m_level), shape, m_radius, ratio));
-        cache.insert(key, drawn);
-        patch = drawn;
+    const Look look{
+        .layers = m_theme->shadow(m_level),
+        .name = u"%1/%2/%3/%4"_s.arg(m_level).arg(m_radius).arg(m_theme->isDark()).arg(ratio),
+        .radius = m_radius,
+        .ratio = ratio};
+    // Where the processor paints, fewer pieces that it only copies are worth pictures of their own for each size.
+    const QSizeF pixels = size() * ratio;
+    const bool copies = window()->rendererInterface()->graphicsApi() == QSGRendererInterface::Software &&
+                        pixels == QSizeF(pixels.toSize());
+    const size_t count = copies ? 4 : 8;
+    if (shadow == nullptr || shadow->count() != count) {
+        delete shadow;
+        shadow = new ShadowNode(window(), count);
     }
-    if (shadow == nullptr) {
-        shadow = new ShadowNode(window());
+    if (copies) {
+        shadow->set(window(), stripsOf(look, size()));
+    } else {
+        shadow->set(window(), patchOf(look, size()), size(), ratio);
     }
-    shadow->set(window()->createTextureFromImage(patch->image), *patch, shape, ratio);
     m_dirty = false;
     return shadow;
 }

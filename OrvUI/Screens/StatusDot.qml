@@ -79,7 +79,8 @@ Item {
     }
 
     onCardStateChanged: {
-        if (cardState === "running" && !Theme.reducedMotion) {
+        // One that is told what it shows before it can be seen tells of nothing new.
+        if (cardState === "running" && visible && !Theme.reducedMotion) {
             ringing.restart();
         }
     }

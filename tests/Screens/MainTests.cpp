@@ -1,9 +1,11 @@
+#include "OrvUI/HomeModels.h"
 #include "OrvUI/Screens/Theme.h"
 #include "tests/Screens/MainWindow.h"
 
 #include <QClipboard>
 #include <QFile>
 #include <QGuiApplication>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -59,6 +61,59 @@ TEST_F(MainWindow, MakesOnlyTheCardsThatCanBeSeen) {
     open(QSize(1280, 832));
     EXPECT_TRUE(test::waitFor([this] { return !items("ProjectCard").isEmpty(); }));
     EXPECT_LE(items("ProjectCard").size(), 27);
+}
+
+TEST_F(MainWindow, ShowsTheProjectsThatComeIntoViewOnTheCardsThatLeaveIt) {
+    for (int number = 0; number < 200; ++number) {
+        addInstalled(u"p%1"_s.arg(number), "vite", test::up(4000));
+    }
+    scan();
+    open(QSize(1280, 832));
+    QQuickItem* grid = item("HomePage")->findChild<QQuickItem*>(u"cardGrid"_s);
+    ASSERT_NE(grid, nullptr);
+    ASSERT_TRUE(test::waitFor([this] { return !items("ProjectCard").isEmpty(); }));
+    const auto& rows = model->home().homeCards;
+    // Each card tells of the row that its place in the grid stands for.
+    const auto tells = [&](const QQuickItem* card, const char* property, const QVariant& expected) {
+        return card->property(property) == expected;
+    };
+    const auto allTell = [&] {
+        const QList<QQuickItem*> cards = items("ProjectCard");
+        QSet<int> shown;
+        for (const QQuickItem* card : cards) {
+            const int index = card->property("index").toInt();
+            const CardRow& row = rows.rows()[index];
+            if (shown.contains(index) || !tells(card, "projectID", row.key) || !tells(card, "name", row.name) ||
+                !tells(card, "pinned", row.isPinned) || !tells(card, "cardState", row.cardState)) {
+                return false;
+            }
+            shown.insert(index);
+        }
+        return !cards.isEmpty();
+    };
+    QSet<QQuickItem*> seen;
+    for (int step = 0; step < 40; ++step) {
+        const double by = step < 20 ? 300 : -300;
+        grid->setProperty("contentY", grid->property("contentY").toDouble() + by);
+        ASSERT_TRUE(test::waitFor(allTell)) << step;
+        const QList<QQuickItem*> cards = items("ProjectCard");
+        seen.unite({cards.begin(), cards.end()});
+    }
+    EXPECT_LE(seen.size(), 36) << "a card was made for what another one could have shown";
+
+    const QString first = rows.rows()[0].key;
+    model->togglePinFor(first);
+    EXPECT_TRUE(test::waitFor([&] { return rows.rows()[0].isPinned && allTell(); })) << "a change reaches the card";
+    model->toggleProject(first);
+    EXPECT_TRUE(test::waitFor([&] { return rows.rows()[0].cardState == u"running" && allTell(); }));
+    model->setSearchText(u"p19"_s);
+    EXPECT_TRUE(test::waitFor([&] { return items("ProjectCard").size() == 11 && allTell(); })) << "rows went";
+    model->setSearchText({});
+    const auto isShown = [&](const QString& id) {
+        return std::ranges::any_of(
+            items("ProjectCard"), [&](const QQuickItem* card) { return tells(card, "projectID", id); });
+    };
+    EXPECT_TRUE(test::waitFor([&] { return isShown(first) && allTell(); })) << "rows came";
 }
 
 TEST_F(MainWindow, ShowsSkeletonsUntilTheFirstScanEnds) {

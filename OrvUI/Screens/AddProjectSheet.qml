@@ -201,7 +201,8 @@ Sheet {
                     visible: !sheet.cloning
                     enabled: !sheet.busy
                     checked: true
-                    text: qsTr("Start a git repository on %1").arg(sheet.model.defaultBranch)
+                    text: qsTr("Start a git repository on")
+                    code: sheet.model.defaultBranch
                 }
 
                 Rectangle {
@@ -220,16 +221,36 @@ Sheet {
                         bottomPadding: Theme.space16
                         spacing: Theme.space10
 
-                        Row {
-                            spacing: Theme.space8
+                        Item {
+                            width: parent.width
+                            height: Theme.space20
 
                             Spinner {
+                                id: turning
+
                                 anchors.verticalCenter: parent.verticalCenter
                                 size: Theme.icon
                             }
 
                             Label {
-                                text: sheet.making.fraction >= 0 ? qsTr("Cloning %1… %2 %").arg(nameField.text).arg(Math.round(sheet.making.fraction * 100)) : qsTr("Cloning %1…").arg(nameField.text)
+                                anchors.left: turning.right
+                                anchors.leftMargin: Theme.space10
+                                anchors.right: share.left
+                                anchors.rightMargin: Theme.space10
+                                anchors.verticalCenter: parent.verticalCenter
+                                role: Theme.BodyStrong
+                                text: qsTr("Cloning %1…").arg(nameField.text)
+                            }
+
+                            Label {
+                                id: share
+
+                                anchors.right: parent.right
+                                anchors.verticalCenter: parent.verticalCenter
+                                visible: sheet.making.fraction >= 0
+                                role: Theme.Small
+                                color: Theme.text2
+                                text: qsTr("%1%").arg(Math.round(sheet.making.fraction * 100))
                             }
                         }
 

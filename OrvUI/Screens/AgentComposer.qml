@@ -68,9 +68,20 @@ FocusScope {
         width: parent.width
         height: Math.max(Theme.composerBox, view.contentHeight + Theme.composerHeight + 2 * Theme.space12)
         radius: Theme.radiusCard
-        color: Theme.field
+        color: Theme.surface
         border.width: Theme.hairline
         border.color: words.activeFocus ? Theme.focus : Theme.borderStrong
+
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: -Theme.haloWidth
+            z: -1
+            visible: words.activeFocus
+            radius: parent.radius + Theme.haloWidth
+            color: "transparent"
+            border.width: Theme.haloWidth
+            border.color: Theme.focusSoft
+        }
 
         Flickable {
             id: view
@@ -95,6 +106,13 @@ FocusScope {
                 selectByMouse: true
                 Accessible.role: Accessible.EditableText
                 Accessible.name: qsTr("Task for the agent")
+
+                cursorDelegate: Rectangle {
+                    width: Theme.focusWidth
+                    color: Theme.accent
+                    visible: words.cursorVisible
+                }
+
                 onTextChanged: {
                     if (text.length === 0) {
                         composer.agents.forgetDraft(composer.fixedProjectID);
@@ -114,6 +132,8 @@ FocusScope {
                 }
 
                 Label {
+                    // Beside the caret, not below it.
+                    x: Theme.focusWidth
                     visible: words.text.length === 0 && words.preeditText.length === 0
                     color: Theme.text3
                     text: !composer.conversing ? qsTr("Describe a task for an agent") : composer.agents.replies ? qsTr("Reply to continue") : qsTr("Describe a task…")

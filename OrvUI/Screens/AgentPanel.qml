@@ -57,7 +57,7 @@ FocusScope {
         anchors.right: parent.right
         anchors.leftMargin: Theme.space20
         anchors.rightMargin: Theme.space12
-        height: Theme.titleZoneHeight + Theme.space12
+        height: Theme.titleZoneHeight
 
         Label {
             id: heading

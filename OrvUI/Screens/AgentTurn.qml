@@ -73,9 +73,16 @@ Column {
 
             Label {
                 anchors.verticalCenter: parent.verticalCenter
-                width: Math.min(implicitWidth, parent.width - x)
+                role: Theme.BodyStrong
                 color: Theme.text2
-                text: qsTr("%1 · %2").arg(turn.agentName).arg(turn.autonomyTitle)
+                text: turn.agentName
+            }
+
+            Label {
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, parent.width - x)
+                color: Theme.text3
+                text: qsTr("· %1").arg(turn.autonomyTitle)
             }
         }
 

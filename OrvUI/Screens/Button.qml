@@ -23,7 +23,7 @@ T.AbstractButton {
     readonly property color labelColor: !enabled ? Theme.disabled : danger ? Theme.danger : primary ? Theme.onAccent : lit ? Theme.accentText : ghost ? Theme.text2 : Theme.text
 
     implicitHeight: controlHeight
-    implicitWidth: row.implicitWidth + leftPadding + rightPadding
+    implicitWidth: Math.ceil(row.implicitWidth) + leftPadding + rightPadding
     leftPadding: controlHeight > Theme.controlSmall ? Theme.space12 : Theme.space10
     rightPadding: leftPadding
     focusPolicy: Qt.StrongFocus
@@ -63,6 +63,7 @@ T.AbstractButton {
 
             Label {
                 anchors.verticalCenter: parent.verticalCenter
+                visible: text.length > 0
                 role: control.controlHeight > Theme.controlSmall ? Theme.BodyStrong : Theme.SmallStrong
                 color: control.labelColor
                 text: control.text

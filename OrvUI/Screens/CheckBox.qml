@@ -7,6 +7,8 @@ T.AbstractButton {
     id: control
 
     property int toldRole: Accessible.CheckBox
+    // A name behind the words, in the letters of code.
+    property string code
 
     implicitWidth: row.implicitWidth
     implicitHeight: Theme.controlMini
@@ -14,7 +16,7 @@ T.AbstractButton {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.role: toldRole
-    Accessible.name: text
+    Accessible.name: code.length > 0 ? text + " " + code : text
     Accessible.checkable: true
     Accessible.checked: checked
 
@@ -50,10 +52,23 @@ T.AbstractButton {
                 }
             }
 
-            Label {
+            Row {
                 anchors.verticalCenter: parent.verticalCenter
-                color: control.enabled ? Theme.text : Theme.disabled
-                text: control.text
+                spacing: Theme.space4
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    color: control.enabled ? Theme.text : Theme.disabled
+                    text: control.text
+                }
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: text.length > 0
+                    role: Theme.Mono
+                    color: control.enabled ? Theme.text : Theme.disabled
+                    text: control.code
+                }
             }
         }
     }

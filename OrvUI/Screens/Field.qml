@@ -12,6 +12,8 @@ T.TextField {
     property bool clearable: false
     // What it holds can't be taken.
     property bool wrong: false
+    // A tint instead of a frame.
+    property bool quiet: false
     // A click on the cross, or Escape in a field with text.
     signal cleared
     // Escape in a field without text.
@@ -45,15 +47,15 @@ T.TextField {
 
     background: Rectangle {
         radius: Theme.radiusControl
-        color: field.enabled ? Theme.field : Theme.control
-        border.width: Theme.hairline
+        color: field.quiet ? Theme.hover : field.enabled ? Theme.field : Theme.control
+        border.width: field.quiet ? 0 : Theme.hairline
         border.color: field.wrong ? Theme.danger : field.activeFocus ? Theme.focus : Theme.borderStrong
 
         Rectangle {
             anchors.fill: parent
             anchors.margins: -Theme.haloWidth
             z: -1
-            visible: field.activeFocus
+            visible: field.activeFocus && !field.quiet
             radius: parent.radius + Theme.haloWidth
             color: "transparent"
             border.width: Theme.haloWidth
@@ -70,7 +72,8 @@ T.TextField {
 
         Label {
             anchors.left: parent.left
-            anchors.leftMargin: field.leftPadding
+            // Beside the caret, not below it.
+            anchors.leftMargin: field.leftPadding + Theme.focusWidth
             anchors.right: hint.left
             anchors.verticalCenter: parent.verticalCenter
             visible: field.text.length === 0 && field.preeditText.length === 0

@@ -74,12 +74,11 @@ Item {
 
     Label {
         visible: line.numbered
+        y: words.baselineOffset - baselineOffset
         width: Theme.gutter - Theme.space16
         horizontalAlignment: Text.AlignRight
         role: Theme.MonoPath
         color: Theme.text3
-        height: Theme.space20
-        verticalAlignment: Text.AlignVCenter
         text: line.number
     }
 
@@ -88,9 +87,8 @@ Item {
 
         x: line.numbered ? Theme.gutter : Theme.space24
         visible: line.timed
+        y: words.baselineOffset - baselineOffset
         width: timeMetrics.advanceWidth("00:00:00.000")
-        height: Theme.space20
-        verticalAlignment: Text.AlignVCenter
         role: Theme.MonoPath
         color: Theme.text3
         text: line.timed ? line.time : ""

@@ -60,6 +60,11 @@ OverviewCard {
         }
     ]
 
+    Item {
+        width: Theme.hairline
+        height: Theme.space6
+    }
+
     Repeater {
         model: card.first
 

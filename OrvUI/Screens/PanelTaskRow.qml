@@ -11,7 +11,7 @@ Item {
     required property string projectName
     signal finished
 
-    height: visible ? Theme.space40 : 0
+    height: visible ? Theme.space32 + Theme.space4 : 0
     Accessible.role: Accessible.ListItem
     Accessible.name: title
     Accessible.description: projectName

@@ -90,6 +90,7 @@ T.AbstractButton {
     }
 
     Instantiator {
+        active: place.visible
         model: place.model.outline
         onObjectAdded: (index, object) => {
             if (object.isFolder) {

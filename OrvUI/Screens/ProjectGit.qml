@@ -48,10 +48,13 @@ FocusScope {
             Row {
                 anchors.centerIn: parent
                 spacing: Theme.space8
-                opacity: 0
 
-                // Most are read before it could be.
+                // Most are read before it could be seen.
                 SequentialAnimation on opacity {
+                    PropertyAction {
+                        value: 0
+                    }
+
                     PauseAnimation {
                         duration: Theme.tooltipDelay
                     }

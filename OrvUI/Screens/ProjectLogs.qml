@@ -11,9 +11,7 @@ FocusScope {
     required property ProjectDetail detail
     property bool narrow: false
     property int padding: Theme.pagePadding
-    property bool follow: true
-    property bool wrap: false
-    property bool timed: false
+    property alias follow: tools.follow
     // Of which there can be output.
     readonly property bool hasServices: services.count > 0
     readonly property ServiceLogs logs: model.logs
@@ -24,11 +22,6 @@ FocusScope {
             page.follow = false;
             view.positionViewAtIndex(lines.currentMatchRow, ListView.Center);
         }
-    }
-
-    function focusSearch() {
-        search.forceActiveFocus(Qt.ShortcutFocusReason);
-        search.selectAll();
     }
 
     Binding {
@@ -57,109 +50,19 @@ FocusScope {
         ServiceChoice {
             id: services
 
+            visible: page.hasServices && !tools.covers
             logs: page.logs
         }
 
-        Row {
+        LogTools {
+            id: tools
+
             anchors.right: parent.right
-            spacing: Theme.space8
-
-            Field {
-                id: search
-
-                width: Math.min(page.narrow ? Theme.searchWidthNarrow : Theme.searchWidth + Theme.space24, Math.max(Theme.space40 * 2, bar.width - services.width - buttons.width - Theme.space20))
-                glyph: "search"
-                clearable: true
-                rightPadding: found.visible ? found.width + Theme.space40 : Theme.space32
-                placeholderText: qsTr("Search the output")
-                shortcut: Keymap.text("search")
-                text: page.lines.searchText
-                onTextEdited: page.lines.searchText = text
-                onCleared: page.lines.searchText = ""
-                onAbandoned: view.forceActiveFocus(Qt.OtherFocusReason)
-                Keys.onReturnPressed: event => event.modifiers & Qt.ShiftModifier ? page.lines.previousMatch() : page.lines.nextMatch()
-                Keys.onDownPressed: page.lines.nextMatch()
-                Keys.onUpPressed: page.lines.previousMatch()
-
-                Label {
-                    id: found
-
-                    anchors.right: parent.right
-                    anchors.rightMargin: Theme.space32
-                    anchors.verticalCenter: parent.verticalCenter
-                    visible: page.lines.searchText.length > 0
-                    role: Theme.Small
-                    color: Theme.text3
-                    text: page.lines.matchCount === 0 ? qsTr("no match") : qsTr("%1 of %2").arg(page.lines.currentMatch).arg(page.lines.matchCount)
-                }
-            }
-
-            Row {
-                id: buttons
-
-                spacing: Theme.space8
-
-                Button {
-                    lit: page.follow
-                    glyph: "arrow-down-to-line"
-                    text: qsTr("Follow")
-                    Accessible.checkable: true
-                    Accessible.checked: page.follow
-                    onClicked: page.follow = !page.follow
-                }
-
-                IconButton {
-                    edge: Theme.controlRegular
-                    glyph: "corner-down-right"
-                    checkable: true
-                    checked: page.wrap
-                    tint: page.wrap ? Theme.accentText : Theme.text2
-                    text: qsTr("Wrap long lines")
-                    onClicked: {
-                        checked = Qt.binding(() => page.wrap);
-                        page.wrap = !page.wrap;
-                    }
-                }
-
-                IconButton {
-                    edge: Theme.controlRegular
-                    glyph: "own-clock"
-                    checkable: true
-                    checked: page.timed
-                    tint: page.timed ? Theme.accentText : Theme.text2
-                    text: qsTr("Show when each line came")
-                    onClicked: {
-                        checked = Qt.binding(() => page.timed);
-                        page.timed = !page.timed;
-                    }
-                }
-
-                IconButton {
-                    edge: Theme.controlRegular
-                    glyph: "own-save"
-                    text: qsTr("Save as a file…")
-                    enabled: view.count > 0
-                    onClicked: page.nav.saveLogs()
-                }
-
-                IconButton {
-                    edge: Theme.controlRegular
-                    glyph: "copy"
-                    text: qsTr("Copy all")
-                    shortcut: Keymap.text("copyLogs")
-                    enabled: view.count > 0
-                    onClicked: Clipboard.copy(page.lines.allText())
-                }
-
-                IconButton {
-                    edge: Theme.controlRegular
-                    glyph: "eraser"
-                    text: qsTr("Clear")
-                    shortcut: Keymap.text("clearLogs")
-                    enabled: view.count > 0
-                    onClicked: page.lines.clear()
-                }
-            }
+            lines: page.lines
+            nav: page.nav
+            room: bar.width - services.width - Theme.space12
+            fullRoom: bar.width
+            onSearchLeft: view.forceActiveFocus(Qt.OtherFocusReason)
         }
     }
 
@@ -217,8 +120,8 @@ FocusScope {
 
             delegate: LogLine {
                 width: view.width
-                wrap: page.wrap
-                timed: page.timed
+                wrap: tools.wrap
+                timed: tools.timed
             }
 
             T.ScrollBar.vertical: ScrollBar {}
@@ -258,7 +161,7 @@ FocusScope {
 
             focus: !page.hasServices
             projectName: page.detail.name
-            action: page.detail.startable.includes(page.detail.defaultAction) ? page.detail.defaultAction : page.detail.startable[0] ?? ""
+            action: choice.preferred
             actions: page.detail.startable
             choosesDevice: page.detail.isFlutter
             busy: false
@@ -276,7 +179,7 @@ FocusScope {
 
     Shortcut {
         sequences: Keymap.of("search")
-        onActivated: page.focusSearch()
+        onActivated: tools.focusSearch()
     }
 
     Shortcut {

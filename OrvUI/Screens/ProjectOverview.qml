@@ -90,34 +90,48 @@ Item {
                 }
             }
 
-            // Beside the services, or below them two in a row.
-            Grid {
+            // Beside the services, or below them.
+            Column {
                 id: side
 
-                readonly property int cardWidth: content.wide ? content.sideWidth : (content.width - spacing) / 2
-
-                x: content.wide ? content.width - width : 0
+                width: content.wide ? content.sideWidth : content.width
+                x: content.width - width
                 y: content.wide ? 0 : services.height + Theme.space20
-                columns: content.wide ? 1 : 2
                 spacing: Theme.space16
 
-                OverviewGit {
-                    width: side.cardWidth
-                    git: overview.model.git?.projectID === overview.detail.projectID ? overview.model.git : null
-                    narrow: overview.narrow
-                    expected: overview.detail.gitChanges
-                    onOpened: overview.nav.tab = 4
-                }
+                Grid {
+                    id: cards
 
-                OverviewTasks {
-                    width: side.cardWidth
-                    model: overview.model
-                    projectID: overview.detail.projectID
-                    onTasksAsked: overview.nav.tab = 1
+                    readonly property int cardWidth: (side.width - (columns - 1) * spacing) / columns
+                    readonly property int tallest: columns > 1 ? Math.max(git.implicitHeight, tasks.implicitHeight) : 0
+
+                    columns: content.wide ? 1 : 2
+                    spacing: Theme.space16
+
+                    OverviewGit {
+                        id: git
+
+                        width: cards.cardWidth
+                        height: Math.max(implicitHeight, cards.tallest)
+                        git: overview.model.git?.projectID === overview.detail.projectID ? overview.model.git : null
+                        narrow: overview.narrow
+                        expected: overview.detail.gitChanges
+                        onOpened: overview.nav.tab = 4
+                    }
+
+                    OverviewTasks {
+                        id: tasks
+
+                        width: cards.cardWidth
+                        height: Math.max(implicitHeight, cards.tallest)
+                        model: overview.model
+                        projectID: overview.detail.projectID
+                        onTasksAsked: overview.nav.tab = 1
+                    }
                 }
 
                 OverviewAgents {
-                    width: side.cardWidth
+                    width: side.width
                     detail: overview.detail
                     onRunsAsked: overview.nav.ai()
                 }

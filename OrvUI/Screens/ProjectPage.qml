@@ -36,10 +36,6 @@ FocusScope {
         }
     }
 
-    function preferred(actions, wanted) {
-        return actions.includes(wanted) ? wanted : actions[0] ?? "";
-    }
-
     function runOrStop(action) {
         action.state === "idle" ? page.model.runAction(detail.projectID, action.label) : detail.stopAction(action.label);
     }
@@ -151,7 +147,7 @@ FocusScope {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: page.narrow && detail.startable.length > 0
                 projectName: detail.name
-                action: page.preferred(detail.startable, detail.defaultAction)
+                action: choice.preferred
                 actions: detail.startable
                 choosesDevice: detail.isFlutter
                 busy: false
@@ -204,6 +200,12 @@ FocusScope {
         onChosen: index => page.nav.tab = index
     }
 
+    TerminalTabList {
+        id: terminals
+
+        tabs: page.model.terminalTabs
+    }
+
     readonly property var tabs: [
         {
             "text": qsTr("Overview"),
@@ -216,6 +218,7 @@ FocusScope {
         },
         {
             "text": qsTr("Terminal"),
+            "count": terminals.count,
             "source": "ProjectTerminal.qml"
         },
         {

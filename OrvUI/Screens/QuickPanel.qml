@@ -12,7 +12,11 @@ FocusScope {
     readonly property bool empty: running.count === 0 && pinned.count === 0 && tasks.count === 0
     readonly property int shownPins: 3
     readonly property int shownServices: 5
-    readonly property int shownTasks: 4
+    readonly property int shownTasks: 3
+    readonly property bool finding: search.text.length > 0
+    readonly property bool isActive: Window.active
+    // Of what was found.
+    property int current: 0
     signal windowAsked
     signal settingsAsked
     signal quitAsked
@@ -23,6 +27,47 @@ FocusScope {
         to();
     }
 
+    function find(text) {
+        search.text = text;
+        if (text.length === 0) {
+            finder.close();
+        } else if (!finder.isOpen) {
+            finder.open();
+        }
+        finder.query = text;
+    }
+
+    // To the next row that is shown; where there is none it stays.
+    function step(from, by) {
+        let row = from + by;
+        while (found.itemAt(row) !== null && !found.itemAt(row).visible) {
+            row += by;
+        }
+        if (found.itemAt(row) !== null) {
+            panel.current = row;
+        }
+    }
+
+    function open(row) {
+        if (found.itemAt(row)?.visible) {
+            panel.leave(() => {
+                finder.activate(row);
+                panel.windowAsked();
+            });
+        }
+    }
+
+    onIsActiveChanged: {
+        if (isActive) {
+            panel.find("");
+            if (panel.empty) {
+                openButton.forceActiveFocus(Qt.OtherFocusReason);
+            } else {
+                search.forceActiveFocus(Qt.OtherFocusReason);
+            }
+        }
+    }
+
     implicitWidth: Theme.quickPanelWidth
     implicitHeight: Math.min(Theme.quickPanelLimit, lists.height + foot.height + 2 * Theme.hairline)
     width: implicitWidth
@@ -31,6 +76,13 @@ FocusScope {
     Keys.onEscapePressed: panel.closeAsked()
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Quick panel")
+
+    PaletteModel {
+        id: finder
+
+        model: panel.model
+        onResultsChanged: panel.step(-1, 1)
+    }
 
     Rectangle {
         anchors.fill: parent
@@ -54,6 +106,56 @@ FocusScope {
             width: parent.width
             topPadding: Theme.space8
             bottomPadding: Theme.space8
+
+            Field {
+                id: search
+
+                x: Theme.space8
+                width: parent.width - 2 * x
+                visible: !panel.empty
+                glyph: "search"
+                clearable: true
+                quiet: true
+                placeholderText: qsTr("Find a project or task")
+                shortcut: Keymap.text("quickPanel")
+                onTextEdited: panel.find(text)
+                onCleared: panel.find("")
+                onAbandoned: panel.closeAsked()
+                onAccepted: panel.finding ? panel.open(panel.current) : panel.leave(() => panel.windowAsked())
+                Keys.onDownPressed: panel.step(panel.current, 1)
+                Keys.onUpPressed: panel.step(panel.current, -1)
+            }
+
+            Item {
+                width: parent.width
+                height: Theme.space4
+                visible: panel.finding
+            }
+
+            Repeater {
+                id: found
+
+                model: panel.finding ? finder.results : null
+
+                PaletteItem {
+                    x: Theme.space8
+                    width: lists.width - 2 * x
+                    // Only what leads to a page: everything else is done in the window.
+                    visible: hint.length > 0
+                    isCurrent: index === panel.current
+                    onClicked: panel.open(index)
+                }
+            }
+
+            Label {
+                visible: panel.finding && !(found.itemAt(panel.current)?.visible ?? false)
+                width: parent.width
+                topPadding: Theme.space16
+                bottomPadding: Theme.space16
+                horizontalAlignment: Text.AlignHCenter
+                color: Theme.text2
+                text: qsTr("Nothing is called “%1”").arg(search.text)
+            }
 
             Column {
                 width: parent.width
@@ -98,7 +200,7 @@ FocusScope {
             }
 
             PanelHeading {
-                visible: running.count > 0
+                visible: running.count > 0 && !panel.finding
                 text: qsTr("Running")
                 count: running.count
             }
@@ -110,7 +212,7 @@ FocusScope {
 
                 PanelServiceRow {
                     width: lists.width
-                    visible: index < panel.shownServices
+                    visible: index < panel.shownServices && !panel.finding
                     onOpened: panel.leave(() => panel.model.openServiceByKey(key))
                     onStopped: panel.model.stopServiceByKey(key)
                 }
@@ -118,11 +220,12 @@ FocusScope {
 
             PanelMore {
                 count: running.count - panel.shownServices
+                visible: count > 0 && !panel.finding
                 onClicked: panel.leave(() => panel.windowAsked())
             }
 
             PanelHeading {
-                visible: pinned.count > 0
+                visible: pinned.count > 0 && !panel.finding
                 text: qsTr("Pinned")
                 count: pinned.count
             }
@@ -134,19 +237,20 @@ FocusScope {
 
                 PanelProjectRow {
                     width: lists.width
-                    visible: index < panel.shownPins
+                    visible: index < panel.shownPins && !panel.finding
                     onToggled: panel.model.toggleProject(projectID)
                 }
             }
 
             PanelMore {
                 count: pinned.count - panel.shownPins
+                visible: count > 0 && !panel.finding
                 onClicked: panel.leave(() => panel.windowAsked())
             }
 
             PanelHeading {
-                visible: tasks.count > 0
-                text: qsTr("To do")
+                visible: tasks.count > 0 && !panel.finding
+                text: qsTr("Tasks")
                 count: tasks.count
             }
 
@@ -157,13 +261,14 @@ FocusScope {
 
                 PanelTaskRow {
                     width: lists.width
-                    visible: index < panel.shownTasks
+                    visible: index < panel.shownTasks && !panel.finding
                     onFinished: panel.model.taskLists.setDone(key, true)
                 }
             }
 
             PanelMore {
                 count: tasks.count - panel.shownTasks
+                visible: count > 0 && !panel.finding
                 onClicked: panel.leave(() => panel.windowAsked())
             }
         }
@@ -192,7 +297,6 @@ FocusScope {
             anchors.verticalCenter: parent.verticalCenter
             implicitWidth: openRow.implicitWidth + Theme.space16
             implicitHeight: Theme.controlRegular
-            focus: true
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true
             text: qsTr("Open OrvLauncher")

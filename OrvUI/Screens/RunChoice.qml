@@ -8,6 +8,13 @@ Loader {
     required property AppModel model
     required property ProjectDetail detail
 
+    // What a button without a menu starts.
+    readonly property string preferred: choice.offered(detail.startable, detail.defaultAction)
+
+    function offered(actions, wanted) {
+        return actions.includes(wanted) ? wanted : actions[0] ?? "";
+    }
+
     function open(anchor) {
         choice.active = true;
         const menu = choice.item as RunMenu;

@@ -23,7 +23,8 @@ Row {
             required property int index
             readonly property bool idle: modelData.state === "idle"
 
-            implicitWidth: row.implicitWidth + 2 * Theme.space12
+            // Whole pixels, or the lines between the parts get lost.
+            implicitWidth: Math.ceil(row.implicitWidth) + 2 * Theme.space12
             implicitHeight: Theme.controlRegular
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true

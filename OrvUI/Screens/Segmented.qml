@@ -54,7 +54,7 @@ T.Control {
                     readonly property bool isCurrent: index === segmented.currentIndex
 
                     height: row.height
-                    implicitWidth: content.implicitWidth + (modelData.text === undefined ? Theme.space16 : Theme.space20)
+                    implicitWidth: Math.ceil(content.implicitWidth) + (modelData.text === undefined ? Theme.space16 : Theme.space20)
                     width: segmented.stretched ? Math.floor((segmented.width - 2 * Theme.space2) / segmented.choices.length) : implicitWidth
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true

@@ -12,6 +12,9 @@ Sheet {
     readonly property bool running: phase === "running"
     readonly property bool failed: phase === "failed"
     property bool otherCommand: false
+    // Of the step that failed.
+    property string failedCommand
+    signal outputAsked(string projectID)
 
     visible: model.setupActive
     // While something runs only the button ends it.
@@ -106,6 +109,11 @@ Sheet {
 
                         SetupStep {
                             width: steps.width
+                            onFailedChanged: {
+                                if (failed) {
+                                    sheet.failedCommand = command;
+                                }
+                            }
                         }
                     }
                 }
@@ -174,6 +182,8 @@ Sheet {
                                 required property int index
                                 required property string modelData
 
+                                // The reason says it again.
+                                visible: !sheet.model.setupReason.endsWith(modelData.trim())
                                 width: output.width
                                 role: Theme.MonoPath
                                 height: Theme.iconLarge
@@ -213,7 +223,8 @@ Sheet {
 
                     width: parent.width
                     code: true
-                    placeholderText: qsTr("Install command")
+                    placeholderText: sheet.failed && sheet.failedCommand.length > 0 ? sheet.failedCommand : qsTr("Install command")
+                    Accessible.name: qsTr("Install command")
                     text: sheet.model.installCommandOverrideText
                     onTextEdited: sheet.model.installCommandOverrideText = text
                     onAccepted: sheet.model.confirmSetup()
@@ -244,6 +255,16 @@ Sheet {
                     color: Theme.text2
                     text: sheet.running ? qsTr("%1 of %2 done").arg(sheet.model.setupDoneCount).arg(sheet.model.setupStepCount)
                         : sheet.model.setupStepCount === 1 ? qsTr("1 step") : qsTr("%1 steps").arg(sheet.model.setupStepCount)
+                }
+
+                Button {
+                    x: Theme.space24 - leftPadding
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: sheet.failed
+                    ghost: true
+                    glyph: "logs"
+                    text: qsTr("Show all output")
+                    onClicked: sheet.outputAsked(sheet.model.setupProjectID)
                 }
 
                 Row {

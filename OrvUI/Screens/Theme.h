@@ -79,6 +79,7 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int splitWidth MEMBER splitWidth CONSTANT FINAL)
     Q_PROPERTY(int searchWidth MEMBER searchWidth CONSTANT FINAL)
     Q_PROPERTY(int searchWidthNarrow MEMBER searchWidthNarrow CONSTANT FINAL)
+    Q_PROPERTY(int logToolsWidth MEMBER logToolsWidth CONSTANT FINAL)
     Q_PROPERTY(int sheetWidth MEMBER sheetWidth CONSTANT FINAL)
     Q_PROPERTY(int statusLineHeight MEMBER statusLineHeight CONSTANT FINAL)
     Q_PROPERTY(int statusLineLimit MEMBER statusLineLimit CONSTANT FINAL)
@@ -261,7 +262,7 @@ public:
     static constexpr int sidebarRowHeight = 32, outlineRowHeight = 28, outlineIndent = 18, menuRowHeight = 32;
     static constexpr int menuWidth = 200, popoverWidth = 280, popoverHeight = 360;
     static constexpr int controlMini = 24, controlSmall = 28, controlRegular = 32, splitWidth = 28;
-    static constexpr int searchWidth = 232, searchWidthNarrow = 204;
+    static constexpr int searchWidth = 232, searchWidthNarrow = 204, logToolsWidth = 470;
     static constexpr int sheetWidth = 520, statusLineHeight = 40, statusLineLimit = 560, tooltipHeight = 28;
     static constexpr int tooltipLimit = 420, emptyWidth = 440, emptyLift = 56, illustration = 120;
     static constexpr int iconTiny = 10, iconMini = 12, iconSmall = 14, icon = 16, iconLarge = 18, mark = 20, dot = 8;

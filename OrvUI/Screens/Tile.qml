@@ -17,7 +17,8 @@ Rectangle {
     Label {
         anchors.centerIn: parent
         role: tile.size > Theme.tile ? Theme.SheetTitle : tile.size > Theme.tileSmall ? Theme.Heading
-            : tile.size > Theme.tileMini ? Theme.Section : Theme.TileLetter
+            : tile.size > Theme.tileList ? Theme.Section
+            : tile.size > Theme.tileMini ? Theme.Caption : Theme.TileLetter
         color: Theme.tileLetter(tile.tileIndex, Theme.isDark)
         text: tile.tileLetter
     }

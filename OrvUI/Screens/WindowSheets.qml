@@ -36,6 +36,11 @@ Item {
 
         sourceComponent: SetupSheet {
             model: sheets.model
+            onOutputAsked: projectID => {
+                sheets.model.cancelSetup();
+                sheets.nav.project(projectID);
+                sheets.nav.tab = 3;
+            }
         }
     }
 

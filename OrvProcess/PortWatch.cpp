@@ -10,7 +10,6 @@ PortWatch::PortWatch(pid_t session, QThreadPool* pool, const Pace& pace, QObject
     : QObject(parent), m_session(session), m_pool(pool), m_pace(pace) {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, [this] { look(); });
-    m_sinceStart.start();
     begin();
 }
 
@@ -63,9 +62,6 @@ void PortWatch::take(const SessionPorts& found, quint64 look) {
     if (areOthers) {
         Q_EMIT portsChanged();
     }
-    if (hasSettled()) {
-        Q_EMIT settled();
-    }
 }
 
 /// Plans the next look of the phase, if there is one.
@@ -86,12 +82,6 @@ void PortWatch::plan() {
 /// The service runs, and listens where it was said to.
 bool PortWatch::hasCome() const {
     return m_running && (m_announced ? ports().contains(*m_announced) : !ports().isEmpty());
-}
-
-bool PortWatch::hasSettled() const {
-    const QElapsedTimer& silence = m_sinceOutput.isValid() ? m_sinceOutput : m_sinceStart;
-    return !m_running && (silence.hasExpired(m_pace.settledAfterSilence.count()) ||
-                          m_sinceStart.hasExpired(m_pace.settledAfter.count()));
 }
 
 } // namespace orv

@@ -24,9 +24,6 @@ namespace orv {
 /// and a port that is announced begin it anew. It is over once the service is running and listens where it says
 /// (anywhere, when it does not say), after one more look that catches a second port; or 60 s after the last output, or
 /// 10 minutes after its begin. From then on no timer runs, until a service that is not running yet prints again.
-///
-/// A service that is not running has settled when it has been silent for 10 s, or has lived for a minute: it does what
-/// it does without a port.
 class PortWatch : public QObject {
     Q_OBJECT
 public:
@@ -36,8 +33,6 @@ public:
         std::chrono::milliseconds lastLookAfter{1000};
         std::chrono::milliseconds quietLimit{60'000};
         std::chrono::milliseconds phaseLimit{600'000};
-        std::chrono::milliseconds settledAfterSilence{10'000};
-        std::chrono::milliseconds settledAfter{60'000};
     };
 
     PortWatch(pid_t session, QThreadPool* pool, const Pace& pace, QObject* parent = nullptr);
@@ -55,15 +50,12 @@ public:
 Q_SIGNALS:
     /// Also when it changed whether they are all known.
     void portsChanged();
-    /// At a look; may come again until `noteRunning`.
-    void settled();
 
 private:
     void begin();
     void take(const SessionPorts& found, quint64 look);
     void plan();
     [[nodiscard]] bool hasCome() const;
-    [[nodiscard]] bool hasSettled() const;
 
     const pid_t m_session;
     QThreadPool* m_pool;
@@ -77,7 +69,6 @@ private:
     bool m_active = false;
     bool m_lastLook = false; ///< the phase has reached its end but for one look
     std::chrono::milliseconds m_interval{};
-    QElapsedTimer m_sinceStart;
     QElapsedTimer m_sinceBegin;
     QElapsedTimer m_sinceOutput;
     QTimer m_timer{this};

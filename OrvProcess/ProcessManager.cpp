@@ -185,11 +185,6 @@ void ProcessManager::start(const ServiceTarget& target, const QString& projectID
         d->handleExit(service, reader, code);
     });
     connect(ports, &PortWatch::portsChanged, this, [this, service] { Q_EMIT listeningPortsChanged(service); });
-    connect(ports, &PortWatch::settled, this, [this, service, reader] {
-        if (d->isCurrent(service, reader)) {
-            noteUp(service);
-        }
-    });
     d->runs.insert(service, {reader, ports});
     d->setState(service, ServiceState::starting());
 }

@@ -3,6 +3,8 @@
 #include <QAbstractListModel>
 #include <QSet>
 
+#include <algorithm>
+#include <concepts>
 #include <vector>
 
 namespace orv {
@@ -53,6 +55,13 @@ public:
     [[nodiscard]] const QList<Row>& rows() const { return m_rows; }
 
     void setRows(const QList<Row>& rows) {
+        // Mostly the same ones, with nothing or little else in them.
+        if (std::ranges::equal(m_rows, rows, {}, &Row::key, &Row::key)) {
+            for (qsizetype place = 0; place < rows.size(); ++place) {
+                replace(place, rows[place]);
+            }
+            return;
+        }
         removeOthers(rows);
         QSet<QString> present;
         for (const Row& row : std::as_const(m_rows)) {
@@ -111,6 +120,11 @@ private:
     }
 
     void replace(qsizetype place, const Row& row) {
+        if constexpr (std::equality_comparable<Row>) {
+            if (std::as_const(m_rows)[place] == row) {
+                return;
+            }
+        }
         const Row before = std::exchange(m_rows[place], row);
         QList<int> changed;
         int role = Qt::UserRole;

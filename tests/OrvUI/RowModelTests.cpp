@@ -16,6 +16,7 @@ namespace {
 struct Row {
     QString key;
     int value = 0;
+    bool operator==(const Row&) const = default;
     static const std::vector<RowRole<Row>>& roles() {
         static const std::vector<RowRole<Row>> table{
             {"key", [](const Row& row) { return QVariant(row.key); }},

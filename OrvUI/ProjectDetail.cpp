@@ -82,6 +82,8 @@ void ProjectDetail::takeModel() {
         connect(m_model, signal, this, &ProjectDetail::updateSoon);
     }
     connect(m_model, &AppModel::addressChanged, this, &ProjectDetail::updateSoon);
+    // The page may have named the project before the model.
+    m_files->setRoot(m_id, m_model->settings().settings().scanRoot);
     connect(m_model, &AppModel::refreshTokenChanged, this, [this] {
         if (m_files->wasRead()) {
             m_files->refresh();
@@ -95,7 +97,7 @@ void ProjectDetail::takeModel() {
 void ProjectDetail::setProjectID(const QString& id) {
     if (id != m_id) {
         m_id = id;
-        m_files->setRoot(id, m_model->settings().settings().scanRoot);
+        m_files->setRoot(id, m_model ? m_model->settings().settings().scanRoot : QString());
         update();
     }
 }

@@ -65,8 +65,8 @@ TEST_F(DesktopProject, IsEditedInATerminalAndCommittedByTheLine) {
     EXPECT_TRUE(waitFor([this] { return run({u"log -1 --format=%s"_s}) == u"Say second"; })) << seen();
     EXPECT_EQ(run({u"diff --numstat"_s}), u"1\t0\tindex.html"_s) << "the other line";
     ASSERT_TRUE(shows(u"Push, 1 commit"_s)) << seen();
-    desktop.key(u"ctrl+shift+p"_s);
     EXPECT_TRUE(waitFor([this] {
+        desktop.key(u"ctrl+shift+p"_s); // refused while the commit is being finished
         return run({u"--git-dir=../../remote.git log -1 --format=%s main"_s}) == u"Say second";
     })) << seen();
     close();

@@ -25,7 +25,7 @@ Item {
     }
 
     implicitWidth: Math.min(limit, row.implicitWidth + Theme.space24)
-    implicitHeight: Theme.statusLineHeight
+    implicitHeight: Math.max(Theme.statusLineHeight, label.height + Theme.space20)
     visible: opacity > 0
     opacity: shown ? 1 : 0
     Accessible.role: isError ? Accessible.AlertMessage : Accessible.Notification
@@ -79,7 +79,8 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, line.limit - 2 * Theme.space12 - 2 * Theme.space10 - Theme.icon - Theme.controlMini - (act.visible ? act.width + Theme.space10 : 0))
             role: Theme.BodyStrong
-            maximumLineCount: 1
+            wrapMode: Text.Wrap
+            maximumLineCount: 2
             text: line.kept
 
             Tip {

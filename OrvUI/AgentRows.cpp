@@ -3,6 +3,7 @@
 #include "OrvCore/AgentCommandBuilder.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
@@ -22,6 +23,13 @@ static_assert(letters.size() == allAgentKinds.size());
 
 QString lettersOf(AgentKind kind) {
     return QString::fromUtf16(letters[static_cast<size_t>(kind)]);
+}
+
+/// "2.1.4" of "2.1.4 (Claude Code)" or "codex-cli 2.1.4"; all of it where there is no number.
+QString numberIn(const QString& version) {
+    static const QRegularExpression number(u"\\d+(\\.\\d+)+[-.\\w]*"_s);
+    const auto found = number.match(version);
+    return found.hasMatch() ? found.captured() : version;
 }
 
 QString iconOf(const QString& tool) {
@@ -186,7 +194,7 @@ AgentRow AgentRow::of(AgentKind kind, const AgentCatalog& catalog, AgentKind def
         .isDefault = kind == defaultAgent};
     if (status.installed) {
         const QString installed = isCustom ? Words::tr("Command set") : Words::tr("Installed");
-        row.status = row.version.isEmpty() ? installed : installed + u" · "_s + row.version;
+        row.status = row.version.isEmpty() ? installed : installed + u" · "_s + numberIn(row.version);
         const bool isSignedIn = status.signIn == AgentStatus::SignIn::found;
         row.action = isCustom || isSignedIn || !catalog.hasCommandLine(kind) ? QString() : u"signIn"_s;
     }

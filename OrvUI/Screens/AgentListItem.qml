@@ -15,16 +15,20 @@ Item {
     required property string action
     required property bool isInstalled
     required property bool isDefault
+    // With room for more words, and for the notice on a fill of its own.
+    property bool wide: false
     signal setUpAsked
 
-    implicitHeight: Math.max(Theme.settingRowHeight, words.implicitHeight + Theme.space20)
+    implicitHeight: notice.visible ? notice.y + notice.height + Theme.space12 : Theme.settingRowHeight
     Accessible.role: Accessible.ListItem
     Accessible.name: name
     Accessible.description: status
 
     Rectangle {
+        // Across the card, also beside what stands before the item.
+        x: item.wide ? -item.x : 0
         visible: item.index > 0
-        width: parent.width
+        width: parent.width - x
         height: Theme.hairline
         color: Theme.border
     }
@@ -71,12 +75,33 @@ Item {
                 text: item.status
             }
         }
+    }
+
+    Rectangle {
+        id: notice
+
+        x: badge.x
+        y: Theme.settingRowHeight - Theme.space4
+        width: parent.width - x - Theme.space12
+        height: told.height + (item.wide ? Theme.space16 : 0)
+        visible: item.notice.length > 0
+        radius: Theme.radiusControl
+        color: item.wide ? Theme.warningSoft : "transparent"
+
+        Icon {
+            x: item.wide ? Theme.space10 : 0
+            y: told.y
+            name: "triangle-alert"
+            size: Theme.iconSmall
+            color: Theme.warning
+        }
 
         Label {
-            // Below the button there is room.
-            width: item.width - words.x - Theme.space12
-            visible: text.length > 0
-            topPadding: Theme.space4
+            id: told
+
+            x: item.wide ? Theme.space32 : Theme.space20
+            y: item.wide ? Theme.space8 : 0
+            width: parent.width - x - (item.wide ? Theme.space12 : 0)
             role: Theme.Small
             color: Theme.text2
             wrapMode: Text.Wrap
@@ -103,7 +128,7 @@ Item {
 
         Button {
             visible: item.action === "signIn"
-            ghost: true
+            ghost: !item.wide
             controlHeight: Theme.controlSmall
             text: qsTr("Sign in")
             onClicked: item.agents.signIn(item.index)
@@ -113,7 +138,7 @@ Item {
             visible: item.action === "copyInstall"
             controlHeight: Theme.controlSmall
             glyph: "copy"
-            text: qsTr("Copy install")
+            text: item.wide ? qsTr("Copy install command") : qsTr("Copy install")
             onClicked: Clipboard.copy(item.installHint)
         }
 

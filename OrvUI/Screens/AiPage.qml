@@ -51,23 +51,40 @@ FocusScope {
                     Accessible.name: text
                 }
 
-                Segmented {
+                // Where there is no room for them at the right.
+                Button {
+                    id: agentsButton
+
                     anchors.right: parent.right
                     anchors.verticalCenter: parent.verticalCenter
-                    name: qsTr("Which runs")
-                    currentIndex: page.agents.filterIndex
-                    choices: [
-                        {
-                            "text": qsTr("All")
-                        },
-                        {
-                            "text": qsTr("Running")
-                        },
-                        {
-                            "text": qsTr("Finished")
+                    visible: page.narrow
+                    lit: agentsPopover.opened
+                    glyph: "sparkles"
+                    text: qsTr("Agents")
+                    onClicked: agentsPopover.open()
+
+                    Popover {
+                        id: agentsPopover
+
+                        x: agentsButton.width - width
+                        y: agentsButton.height + Theme.space4
+                        width: Theme.agentListWidth + 2 * padding
+                        height: Math.min(implicitHeight, page.height - Theme.space40 - Theme.space16)
+                        contentItem: Flickable {
+                            implicitHeight: popped.height
+                            contentHeight: popped.height
+                            boundsBehavior: Flickable.StopAtBounds
+                            clip: contentHeight > height
+
+                            AgentList {
+                                id: popped
+
+                                width: Theme.agentListWidth
+                            }
+
+                            T.ScrollBar.vertical: ScrollBar {}
                         }
-                    ]
-                    onChosen: index => page.agents.filterIndex = index
+                    }
                 }
             }
 
@@ -149,24 +166,28 @@ FocusScope {
                 width: parent.width
                 height: list.height
 
-                Column {
+                AgentList {
                     id: list
 
                     width: parent.width
-
-                    Repeater {
-                        model: page.agents.agents
-
-                        AgentListItem {
-                            width: list.width
-                            agents: page.agents
-                            onSetUpAsked: page.nav.settings(2)
-                        }
-                    }
                 }
             }
         }
 
         T.ScrollBar.vertical: ScrollBar {}
+    }
+
+    component AgentList: Column {
+        id: agentList
+
+        Repeater {
+            model: page.agents.agents
+
+            AgentListItem {
+                width: agentList.width
+                agents: page.agents
+                onSetUpAsked: page.nav.settings(2)
+            }
+        }
     }
 }

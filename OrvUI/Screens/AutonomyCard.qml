@@ -47,6 +47,14 @@ T.AbstractButton {
             color: card.isDefault ? Theme.accentText : Theme.text2
         }
 
+        RadioMark {
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space16
+            anchors.verticalCenter: sign.verticalCenter
+            checked: card.isDefault
+            hovered: card.hovered
+        }
+
         Label {
             anchors.left: sign.right
             anchors.leftMargin: Theme.space8

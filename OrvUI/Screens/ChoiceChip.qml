@@ -9,7 +9,7 @@ T.AbstractButton {
     property int toldRole: single ? Accessible.RadioButton : Accessible.CheckBox
     property bool single: false
 
-    implicitWidth: row.implicitWidth + 2 * Theme.space10
+    implicitWidth: row.implicitWidth + 2 * (Theme.space10 + Theme.hairline)
     implicitHeight: Theme.chipHeight
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
@@ -24,7 +24,7 @@ T.AbstractButton {
         radius: height / 2
         color: chip.checked ? Theme.selection : chip.pressed ? Theme.pressed : chip.hovered ? Theme.hover : "transparent"
         border.width: chip.checked ? 0 : Theme.hairline
-        border.color: Theme.borderStrong
+        border.color: Theme.border
 
         FocusRing {
             control: chip

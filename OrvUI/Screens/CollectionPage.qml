@@ -39,12 +39,12 @@ FocusScope {
 
         header: Item {
             width: cards.contentWidth
-            height: Theme.headerTile + Theme.space12 + Theme.shelfGap + Theme.controlRegular + Theme.space4
+            height: tile.y + Theme.headerTile + Theme.space20 + Theme.controlRegular + Theme.space4
 
             Rectangle {
                 id: tile
 
-                y: Theme.space12
+                y: Theme.space4
                 width: Theme.headerTile
                 height: width
                 radius: Theme.tileRadius(width)

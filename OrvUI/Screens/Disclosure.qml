@@ -6,6 +6,10 @@ import QtQuick.Templates as T
 T.AbstractButton {
     id: control
 
+    // Over a part of a page, with how many there are.
+    property bool heading: false
+    property int count: 0
+
     implicitWidth: row.implicitWidth + Theme.space8
     implicitHeight: Theme.controlSmall
     focusPolicy: Qt.StrongFocus
@@ -38,9 +42,17 @@ T.AbstractButton {
             }
 
             Label {
-                role: Theme.Small
-                color: control.hovered ? Theme.text : Theme.text2
+                role: control.heading ? Theme.Section : Theme.Small
+                color: control.heading || control.hovered ? Theme.text : Theme.text2
                 text: control.text
+            }
+
+            Label {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: control.count > 0
+                role: Theme.Small
+                color: Theme.text3
+                text: control.count
             }
         }
     }

@@ -30,8 +30,8 @@ Popover {
             x: Theme.space16
             width: parent.width - 2 * x
             topPadding: Theme.space12 + Theme.space2
-            bottomPadding: Theme.space16 + Theme.space2
-            spacing: Theme.space16
+            bottomPadding: Theme.space12 + Theme.space2
+            spacing: Theme.space12
 
             Item {
                 width: parent.width

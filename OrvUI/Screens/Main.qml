@@ -141,6 +141,37 @@ Window {
                         Accessible.name: qsTr("Add project")
                         onClicked: nav.addProject(false)
                     },
+                    Segmented {
+                        visible: nav.page === Navigator.Ai
+                        name: qsTr("Which runs")
+                        currentIndex: root.model.agentModels.filterIndex
+                        choices: [
+                            {
+                                "text": qsTr("All")
+                            },
+                            {
+                                "text": qsTr("Running")
+                            },
+                            {
+                                "text": qsTr("Finished")
+                            }
+                        ]
+                        onChosen: index => root.model.agentModels.filterIndex = index
+                    },
+                    Segmented {
+                        visible: pages.tasks !== null
+                        name: qsTr("Which tasks")
+                        currentIndex: pages.tasks?.showsDone ? 1 : 0
+                        choices: [
+                            {
+                                "text": qsTr("Open %1").arg(root.model.taskLists.openCount)
+                            },
+                            {
+                                "text": qsTr("Done %1").arg(root.model.taskLists.doneCount)
+                            }
+                        ]
+                        onChosen: index => pages.tasks.showsDone = index === 1
+                    },
                     ProjectTools {
                         visible: nav.page === Navigator.Project
                         model: root.model

@@ -177,7 +177,7 @@ T.Popup {
                         controlHeight: Theme.buttonDialog
                         primary: true
                         enabled: popup.form.canAdvance && !popup.form.isFinishing
-                        leftPadding: Theme.space16 + Theme.space2
+                        leftPadding: Theme.space20
                         rightPadding: leftPadding
                         text: popup.form.step === 0 ? qsTr("Get started") : popup.isLast ? qsTr("Open OrvLauncher") : qsTr("Continue")
                         onClicked: popup.next()

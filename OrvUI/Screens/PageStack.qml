@@ -19,6 +19,8 @@ FocusScope {
     readonly property ProjectDetail detail: (page.item as ProjectPage)?.detail ?? null
     readonly property bool scrolled: isHome ? home.scrolled : (page.item as Item)?.scrolled ?? false
     readonly property Item shownPage: isHome ? home : page
+    // Null while another page is shown.
+    readonly property TasksPage tasks: (page.item as TasksPage) ?? null
     // Null while it is closed.
     readonly property Item shownPanel: agentPanel.active ? agentPanel : null
     readonly property var sources: ({

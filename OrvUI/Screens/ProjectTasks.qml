@@ -54,6 +54,13 @@ FocusScope {
                 fixedProjectID: page.detail.projectID
                 onAdded: (title, projectID) => page.model.projectTasks.add(title, "", projectID)
             }
+
+            Label {
+                visible: page.model.projectTasks.openCount === 0
+                topPadding: Theme.space20
+                color: Theme.text3
+                text: qsTr("Nothing to do here. What you add is kept with %1.").arg(page.detail.name)
+            }
         }
     }
 

@@ -21,23 +21,10 @@ T.AbstractButton {
     background: Item {}
 
     contentItem: Item {
-        Rectangle {
+        RadioMark {
             anchors.centerIn: parent
-            width: Theme.checkbox
-            height: width
-            radius: width / 2
-            color: control.checked ? Theme.accent : "transparent"
-            border.width: control.checked ? 0 : Theme.hairline
-            border.color: control.hovered ? Theme.accent : Theme.text3
-
-            Rectangle {
-                anchors.centerIn: parent
-                visible: control.checked
-                width: Theme.space6
-                height: width
-                radius: width / 2
-                color: Theme.onAccent
-            }
+            checked: control.checked
+            hovered: control.hovered
 
             FocusRing {
                 control: control

@@ -8,12 +8,10 @@ Column {
     property string heading
     default property alias rows: rows.data
 
-    spacing: Theme.space8
+    spacing: Theme.space12
 
     Label {
         visible: text.length > 0
-        height: Theme.space24
-        verticalAlignment: Text.AlignVCenter
         role: Theme.Section
         text: group.heading
         Accessible.role: Accessible.Heading

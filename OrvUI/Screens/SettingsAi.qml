@@ -59,6 +59,7 @@ Column {
                     action: row.action
                     isInstalled: row.isInstalled
                     isDefault: false
+                    wide: true
                     onSetUpAsked: command.forceActiveFocus(Qt.OtherFocusReason)
                 }
             }
@@ -83,11 +84,9 @@ Column {
 
     Column {
         width: parent.width
-        spacing: Theme.space8
+        spacing: Theme.space12
 
         Label {
-            height: Theme.space24
-            verticalAlignment: Text.AlignVCenter
             role: Theme.Section
             text: qsTr("Autonomy")
         }

@@ -12,7 +12,7 @@ Column {
 
     Column {
         width: parent.width
-        spacing: Theme.space12
+        spacing: Theme.space16
 
         Label {
             role: Theme.Section
@@ -48,7 +48,7 @@ Column {
 
     Column {
         width: parent.width
-        spacing: Theme.space12
+        spacing: Theme.space16
 
         Label {
             role: Theme.Section

@@ -59,6 +59,10 @@ FocusScope {
     Grid {
         id: strip
 
+        // Where all stand side by side.
+        readonly property int room: page.width - 2 * page.padding
+        readonly property bool hasGlyphs: room >= Theme.settingsWidth
+
         x: page.narrow ? page.padding : page.padding - Theme.space12
         y: Theme.space4
         columns: page.narrow ? page.sections.length : 1
@@ -74,9 +78,8 @@ FocusScope {
                 required property var modelData
                 required property int index
 
-                width: page.narrow ? Math.floor((page.width - 2 * page.padding) / page.sections.length) : Theme.settingsNavWidth
-                // Where all stand side by side there is no room for both.
-                glyph: page.narrow ? "" : modelData.glyph
+                width: page.narrow ? naturalWidth : Theme.settingsNavWidth
+                glyph: page.narrow && !strip.hasGlyphs ? "" : modelData.glyph
                 text: modelData.text
                 showsCount: false
                 selected: page.nav.section === index

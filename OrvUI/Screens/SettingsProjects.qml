@@ -20,13 +20,9 @@ Column {
     Label {
         width: parent.width
         color: Theme.text2
+        bottomPadding: Theme.space8
         wrapMode: Text.Wrap
         text: qsTr("Correct what OrvLauncher detected. A change holds for one service.")
-    }
-
-    Item {
-        width: Theme.hairline
-        height: Theme.space4
     }
 
     Field {

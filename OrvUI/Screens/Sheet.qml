@@ -41,6 +41,8 @@ T.Popup {
         sheet.leaving = true;
         sheet.giveFocusBack();
     }
+    // Not only when it is shown again: by then the scrim is the one that fades out.
+    onClosed: sheet.leaving = false
 
     T.Overlay.modal: Rectangle {
         color: Theme.scrim

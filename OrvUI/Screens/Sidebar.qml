@@ -135,7 +135,7 @@ FocusScope {
         id: heading
 
         anchors.top: filters.bottom
-        anchors.topMargin: Theme.space16
+        anchors.topMargin: Theme.space12
         x: Theme.space10 + Theme.space8
         height: Theme.outlineRowHeight
         verticalAlignment: Text.AlignVCenter
@@ -148,6 +148,7 @@ FocusScope {
     Label {
         anchors.left: heading.left
         anchors.top: heading.bottom
+        anchors.topMargin: Theme.space4
         visible: !sidebar.rail && (outline.item as Outline)?.count === 0
         role: Theme.Small
         color: Theme.text3
@@ -230,7 +231,7 @@ FocusScope {
         id: pages
 
         anchors.bottom: profile.top
-        anchors.bottomMargin: Theme.space8
+        anchors.bottomMargin: Theme.space6
         x: filters.x
         width: filters.width
         spacing: filters.spacing
@@ -256,6 +257,7 @@ FocusScope {
             count: sidebar.model.runningAgentCount
             showsCount: count > 0
             counts: qsTr("%1, %2 working").arg(text).arg(count)
+            busy: count > 0
             selected: sidebar.nav.page === Navigator.Ai
             shortcut: Keymap.text("ai")
             onClicked: sidebar.nav.ai()

@@ -14,6 +14,10 @@ T.AbstractButton {
     property bool rail: false
     // A bubble at the icon of the rail.
     property bool badge: false
+    // Something goes on there.
+    property bool busy: false
+    // As wide as its words need.
+    readonly property int naturalWidth: title.x + Math.ceil(title.implicitWidth) + Theme.space10
     property string shortcut
     // Its name with the count in it.
     property string counts: count === 1 ? qsTr("%1, 1 project").arg(text) : qsTr("%1, %2 projects").arg(text).arg(count)
@@ -52,10 +56,12 @@ T.AbstractButton {
         }
 
         Label {
+            id: title
+
             anchors.left: icon.right
             anchors.leftMargin: icon.visible ? Theme.space10 : 0
-            anchors.right: number.left
-            anchors.rightMargin: row.showsCount ? Theme.space8 : 0
+            anchors.right: row.showsCount ? number.left : parent.right
+            anchors.rightMargin: row.showsCount ? Theme.space8 : Theme.space10
             anchors.verticalCenter: parent.verticalCenter
             visible: !row.rail
             role: Theme.BodyStrong
@@ -70,9 +76,20 @@ T.AbstractButton {
             anchors.rightMargin: Theme.space10
             anchors.verticalCenter: parent.verticalCenter
             visible: !row.rail && row.showsCount
-            role: Theme.SmallStrong
-            color: row.selected ? Theme.text : Theme.text2
+            role: Theme.Small
+            color: Theme.text2
             text: row.count
+        }
+
+        Loader {
+            anchors.right: number.left
+            anchors.rightMargin: Theme.space8
+            anchors.verticalCenter: parent.verticalCenter
+            active: row.busy && number.visible
+
+            sourceComponent: Spinner {
+                size: Theme.iconMini
+            }
         }
 
         Rectangle {

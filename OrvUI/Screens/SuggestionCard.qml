@@ -31,7 +31,7 @@ Item {
             orientation: Gradient.Horizontal
 
             GradientStop {
-                position: 0.5
+                position: 0.62
                 color: "transparent"
             }
 
@@ -44,7 +44,7 @@ Item {
 
     Illustration {
         anchors.right: parent.right
-        anchors.rightMargin: Theme.space12
+        anchors.rightMargin: Theme.space4
         anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.space24
         width: Theme.suggestionPicture
@@ -54,7 +54,7 @@ Item {
 
     Column {
         x: Theme.space16
-        y: Theme.space12 + Theme.space2
+        y: Theme.space16 - Theme.hairline
         width: parent.width - Theme.suggestionPicture - Theme.space40
         spacing: Theme.space4
 
@@ -87,8 +87,8 @@ Item {
 
     IconButton {
         anchors.right: parent.right
-        anchors.rightMargin: Theme.space8
-        y: Theme.space8
+        anchors.rightMargin: Theme.space6
+        y: Theme.space6
         edge: Theme.controlMini
         glyph: "x"
         glyphSize: Theme.iconSmall

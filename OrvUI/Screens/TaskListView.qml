@@ -146,9 +146,19 @@ FocusScope {
                 }
             }
 
+            Item {
+                width: parent.width
+                height: visible ? Theme.space12 : 0
+                visible: done.visible
+            }
+
             Disclosure {
+                id: done
+
                 visible: !page.showsDone && recent.count > 0
                 height: Theme.space40
+                heading: true
+                count: recent.count
                 text: qsTr("Done recently")
                 checked: page.recentOpen
                 onClicked: page.recentOpen = !page.recentOpen

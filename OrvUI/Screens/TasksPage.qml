@@ -39,33 +39,13 @@ FocusScope {
 
             spacing: Theme.space12
 
-            Item {
-                width: parent.width
+            Label {
                 height: Theme.space40
-
-                Label {
-                    anchors.verticalCenter: parent.verticalCenter
-                    role: Theme.Page
-                    text: qsTr("Tasks")
-                    Accessible.role: Accessible.Heading
-                    Accessible.name: text
-                }
-
-                Segmented {
-                    anchors.right: parent.right
-                    anchors.verticalCenter: parent.verticalCenter
-                    name: qsTr("Which tasks")
-                    currentIndex: page.showsDone ? 1 : 0
-                    choices: [
-                        {
-                            "text": qsTr("Open %1").arg(page.model.taskLists.openCount)
-                        },
-                        {
-                            "text": qsTr("Done %1").arg(page.model.taskLists.doneCount)
-                        }
-                    ]
-                    onChosen: index => page.showsDone = index === 1
-                }
+                verticalAlignment: Text.AlignVCenter
+                role: Theme.Page
+                text: qsTr("Tasks")
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
             }
 
             TaskComposer {

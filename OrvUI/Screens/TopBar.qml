@@ -17,7 +17,7 @@ FocusScope {
     property bool scrolled: false
     property bool ownFrame: true
     property int padding: Theme.pagePadding
-    // What only this page offers; stands before what every page has.
+    // What only this page offers; stands behind what every page has.
     property alias tools: tools.data
     signal crumbChosen(int index)
     signal searchEdited(string text)
@@ -71,13 +71,6 @@ FocusScope {
             Keys.onReturnPressed: bar.searchLeft()
         }
 
-        Row {
-            id: tools
-
-            anchors.verticalCenter: parent.verticalCenter
-            spacing: Theme.space8
-        }
-
         IconButton {
             anchors.verticalCenter: parent.verticalCenter
             visible: bar.refreshable
@@ -102,6 +95,13 @@ FocusScope {
                     size: Theme.icon
                 }
             }
+        }
+
+        Row {
+            id: tools
+
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: Theme.space8
         }
 
         WindowButtons {

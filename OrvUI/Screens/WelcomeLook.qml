@@ -56,7 +56,7 @@ WelcomePage {
         Flow {
             id: swatches
 
-            readonly property int swatchWidth: Math.min(Theme.themeSwatchWidth + Theme.space16, Math.floor((width - 2 * spacing) / 3))
+            readonly property int swatchWidth: Math.min(Theme.themeSwatchWidth + Theme.space16, Math.floor((width - 2 * leftPadding - 2 * spacing) / 3))
 
             width: parent.width
             leftPadding: Theme.space4
@@ -72,7 +72,7 @@ WelcomePage {
                     required property int index
                     required property string modelData
 
-                    previewWidth: swatches.swatchWidth - Theme.space4
+                    previewWidth: swatches.swatchWidth
                     previewHeight: Math.round(previewWidth * 3 / 4)
                     theme: index
                     dark: Theme.isDark

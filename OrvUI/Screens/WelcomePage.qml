@@ -29,7 +29,6 @@ FocusScope {
         Label {
             width: parent.width
             topPadding: Theme.space8
-            role: Theme.Lead
             color: Theme.text2
             wrapMode: Text.Wrap
             elide: Text.ElideNone
@@ -38,7 +37,7 @@ FocusScope {
 
         Item {
             width: Theme.hairline
-            height: Theme.space28
+            height: Theme.space32
         }
 
         Column {

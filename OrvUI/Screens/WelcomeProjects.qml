@@ -60,6 +60,8 @@ WelcomePage {
 
             anchors.right: parent.right
             controlHeight: Theme.fieldLarge
+            leftPadding: Theme.space20
+            rightPadding: leftPadding
             text: qsTr("Choose…")
             Accessible.name: qsTr("Choose the projects folder")
             onClicked: page.folderRequested()

@@ -13,7 +13,7 @@ Item {
         anchors.centerIn: parent
         width: Math.min(Theme.orbitOuter, scene.width)
         height: width
-        color: Theme.ctaGlow
+        color: Theme.accentSoft
     }
 
     Loader {
@@ -387,12 +387,13 @@ Item {
                         spacing: Theme.space10
 
                         Repeater {
-                            model: [[5, "S", "shop", true], [1, "A", "atlas-api", false], [3, "F", "field-notes", true], [0, "P", "pocket", false]]
+                            model: [[5, "S", "shop", "Next.js + FastAPI", true, ""], [1, "A", "atlas-api", "FastAPI", false, qsTr("Backend")], [3, "F", "field-notes", "Django", true, ""], [0, "P", "pocket-flutter", "Flutter", false, qsTr("Flutter")]]
 
                             Rectangle {
                                 id: mini
 
                                 required property var modelData
+                                readonly property bool isRunning: modelData[4]
 
                                 width: Math.floor((cards.width - cards.spacing) / 2)
                                 height: Math.round(small.height / 4)
@@ -411,19 +412,43 @@ Item {
                                     tileLetter: mini.modelData[1]
                                 }
 
-                                Label {
+                                Column {
                                     anchors.left: letter.right
                                     anchors.leftMargin: Theme.space8
                                     anchors.right: parent.right
                                     anchors.verticalCenter: letter.verticalCenter
-                                    role: Theme.SmallStrong
-                                    text: mini.modelData[2]
+
+                                    Label {
+                                        width: parent.width
+                                        role: Theme.Caption
+                                        text: mini.modelData[2]
+                                    }
+
+                                    Label {
+                                        width: parent.width
+                                        role: Theme.CaptionPlain
+                                        color: Theme.text3
+                                        text: mini.modelData[3]
+                                    }
                                 }
 
                                 StatusDot {
+                                    id: dot
+
                                     x: Theme.space12
                                     anchors.verticalCenter: action.verticalCenter
-                                    cardState: mini.modelData[3] ? "running" : "idle"
+                                    cardState: mini.isRunning ? "running" : "idle"
+                                }
+
+                                Label {
+                                    anchors.left: dot.right
+                                    anchors.leftMargin: Theme.space4
+                                    anchors.right: action.left
+                                    anchors.rightMargin: Theme.space4
+                                    anchors.verticalCenter: dot.verticalCenter
+                                    role: Theme.CaptionPlain
+                                    color: Theme.text3
+                                    text: mini.isRunning ? qsTr("Running") : qsTr("Not running")
                                 }
 
                                 Rectangle {
@@ -432,10 +457,32 @@ Item {
                                     anchors.right: parent.right
                                     anchors.bottom: parent.bottom
                                     anchors.margins: Theme.space12
-                                    width: Theme.tileLarge
+                                    width: doing.width + Theme.space16
                                     height: Theme.swatchSize
                                     radius: Theme.space6
-                                    color: mini.modelData[3] ? Theme.control : Theme.accent
+                                    color: Theme.control
+                                    border.width: Theme.hairline
+                                    border.color: Theme.buttonEdge
+
+                                    Row {
+                                        id: doing
+
+                                        anchors.centerIn: parent
+                                        spacing: Theme.space4
+
+                                        Icon {
+                                            anchors.verticalCenter: parent.verticalCenter
+                                            name: mini.isRunning ? "own-stop-fill" : "own-play-fill"
+                                            size: Theme.iconTiny
+                                            color: mini.isRunning ? Theme.text2 : Theme.accentText
+                                        }
+
+                                        Label {
+                                            anchors.verticalCenter: parent.verticalCenter
+                                            role: Theme.Caption
+                                            text: mini.isRunning ? qsTr("Stop") : mini.modelData[5]
+                                        }
+                                    }
                                 }
                             }
                         }

@@ -25,7 +25,7 @@ FocusScope {
 
         Label {
             width: parent.width
-            topPadding: Theme.space40
+            topPadding: Theme.space20
             role: Theme.Hero
             wrapMode: Text.Wrap
             elide: Text.ElideNone
@@ -37,7 +37,7 @@ FocusScope {
         Label {
             width: parent.width
             topPadding: Theme.space10
-            bottomPadding: Theme.space28
+            bottomPadding: Theme.space32 + Theme.space2
             role: Theme.Lead
             color: Theme.text2
             wrapMode: Text.Wrap

@@ -46,7 +46,7 @@ Sheet {
             id: column
 
             width: parent.width
-            topPadding: Theme.space20
+            topPadding: Theme.space24
 
             Label {
                 id: title
@@ -77,15 +77,22 @@ Sheet {
                 radius: Theme.radiusCard
                 color: Theme.sunken
 
+                Glow {
+                    anchors.fill: parent
+                    color: Theme.accentSoft
+                }
+
                 Illustration {
                     anchors.centerIn: parent
+                    width: parent.height - Theme.space16
+                    height: width
                     name: "widgets"
                 }
             }
 
             Item {
                 width: Theme.hairline
-                height: Theme.space20
+                height: Theme.space16
             }
 
             Repeater {
@@ -130,6 +137,11 @@ Sheet {
                         text: step.modelData[1]
                     }
                 }
+            }
+
+            Item {
+                width: Theme.hairline
+                height: Theme.space8
             }
 
             Rectangle {

@@ -102,9 +102,12 @@ AppModel::AppModel(Options options, QObject* parent)
     });
     connect(d->processes.get(), &ProcessManager::listeningPortsChanged, this, [this](const ServiceID& id) {
         d->addresses.remove(id);
-        if (addressPort(id)) {
-            d->processes->noteUp(id);
-        }
+        // A debugger listens a moment before it says that it does.
+        QTimer::singleShot(untilSaid, this, [this, id] {
+            if (addressPort(id)) {
+                d->processes->noteUp(id);
+            }
+        });
         noteAddress(id);
     });
     connect(d->processes.get(), &ProcessManager::logAppended, this, [this](const ServiceID& id, qsizetype added) {

@@ -13,6 +13,8 @@ FocusScope {
     readonly property bool compact: nav.tab !== 0
     property alias detail: detail
 
+    focus: true
+
     ProjectDetail {
         id: detail
 
@@ -74,6 +76,9 @@ FocusScope {
             y: tile.y + Theme.space2 + Theme.hairline
             height: Theme.space28
             spacing: Theme.space10
+            // Where one arrives, and Tab begins; Tab does not come back here.
+            focus: page.nav.tab === 0
+            activeFocusOnTab: activeFocus
 
             Label {
                 id: name
@@ -108,6 +113,12 @@ FocusScope {
                     }
                 }
             }
+        }
+
+        FocusRing {
+            control: title
+            anchors.fill: tile
+            shapeRadius: tile.radius
         }
 
         Label {
@@ -246,7 +257,7 @@ FocusScope {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.bottom: parent.bottom
-        focus: true
+        focus: page.nav.tab !== 0
 
         Component.onCompleted: page.show()
     }

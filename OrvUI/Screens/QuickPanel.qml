@@ -15,8 +15,8 @@ FocusScope {
     readonly property int shownTasks: 3
     readonly property bool finding: search.text.length > 0
     readonly property bool isActive: Window.active
-    // Of what was found.
-    property int current: 0
+    // Of what was found; -1: nothing was.
+    property int current: -1
     signal windowAsked
     signal settingsAsked
     signal quitAsked
@@ -81,7 +81,10 @@ FocusScope {
         id: finder
 
         model: panel.model
-        onResultsChanged: panel.step(-1, 1)
+        onResultsChanged: {
+            panel.current = -1;
+            panel.step(-1, 1);
+        }
     }
 
     Rectangle {
@@ -148,7 +151,7 @@ FocusScope {
             }
 
             Label {
-                visible: panel.finding && !(found.itemAt(panel.current)?.visible ?? false)
+                visible: panel.finding && panel.current < 0
                 width: parent.width
                 topPadding: Theme.space16
                 bottomPadding: Theme.space16

@@ -26,6 +26,8 @@ Row {
             // Whole pixels, or the lines between the parts get lost.
             implicitWidth: Math.ceil(row.implicitWidth) + 2 * Theme.space12
             implicitHeight: Theme.controlRegular
+            // The ring stands over the neighbours.
+            z: activeFocus ? 1 : 0
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true
             text: idle ? qsTr("Run %1 in %2").arg(RunWords.of(modelData.label)).arg(group.projectName) : modelData.label === "Both" ? qsTr("Stop frontend and backend of %1").arg(group.projectName) : qsTr("Stop %1 of %2").arg(RunWords.of(modelData.label)).arg(group.projectName)

@@ -32,6 +32,8 @@ std::span<const uint8_t> bytesOf(QByteArrayView text) {
 }
 
 constexpr std::chrono::milliseconds programCheckDelay{150};
+/// A shell may take longer to start what it has echoed, on a busy machine: it is looked again, ever later, up to this.
+constexpr std::chrono::milliseconds lastProgramCheck{9600};
 
 #ifdef Q_OS_LINUX
 /// What a desktop session gives its programs and no profile can set again.
@@ -180,8 +182,9 @@ public:
     void dataReceived(std::span<const uint8_t> slice) override {
         if (m_session) {
             m_session->m_terminal->feed(slice);
-            if (!m_session->m_programCheck.isActive()) {
-                m_session->m_programCheck.start();
+            QTimer& check = m_session->m_programCheck;
+            if (!check.isActive() || check.intervalAsDuration() > programCheckDelay) {
+                check.start(programCheckDelay);
             }
             Q_EMIT m_session->outputReceived();
         }
@@ -207,8 +210,12 @@ TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThre
     m_terminal->setXtVersionIdentity(std::string(term::engineName));
     // Whatever a program does to the foreground shows in what it, or the shell, writes then.
     m_programCheck.setSingleShot(true);
-    m_programCheck.setInterval(programCheckDelay);
-    connect(&m_programCheck, &QTimer::timeout, this, &TerminalSession::lookForPrograms);
+    connect(&m_programCheck, &QTimer::timeout, this, [this] {
+        lookForPrograms();
+        if (const auto next = 4 * m_programCheck.intervalAsDuration(); m_isAlive && next <= lastProgramCheck) {
+            m_programCheck.start(next);
+        }
+    });
     m_process = term::LocalProcess::create(
         m_processDelegate, {.queue = std::move(queue),
                             .options = std::move(options),

@@ -98,6 +98,9 @@ TEST_F(Terminals, KnowWhatIsInTheForeground) {
     EXPECT_FALSE(idle->hasForegroundProgram());
     busy->send(u"\x03"_s);
     EXPECT_TRUE(waitFor([&] { return !tabs->anyForegroundProgram(); }));
+    // A program that the shell starts long after it has echoed the line, and that prints nothing.
+    busy->send(u"i=0; while [ $i -lt 100000 ]; do i=$((i+1)); done; cat\n"_s);
+    EXPECT_TRUE(waitFor([&] { return busy->isBusy(); }));
 }
 
 TEST_F(Terminals, StayWhenTheirShellHasEnded) {

@@ -107,67 +107,66 @@ TEST_F(TerminalViews, SelectWithTheMouse) {
     EXPECT_FALSE(view().hasSelection()) << "a click ends it";
 }
 
+struct Press {
+    int key;
+    Qt::KeyboardModifiers modifiers{};
+};
+constexpr Qt::KeyboardModifiers shift = Qt::ShiftModifier, ctrl = Qt::ControlModifier;
+struct Selecting {
+    const char* label;
+    std::vector<Press> keys; ///< from behind the last character
+    QString selected;
+};
+const std::array selections{
+    Selecting{"back by characters", {{Qt::Key_Left, shift}, {Qt::Key_Left, shift}}, u"st"_s},
+    Selecting{"there and back", {{Qt::Key_Left}, {Qt::Key_Left, shift}, {Qt::Key_Right, shift}}, u"t"_s},
+    Selecting{"over a line's end", {{Qt::Key_Home}, {Qt::Key_Left, shift}, {Qt::Key_Left, shift}}, u"e\n\nl"_s},
+    Selecting{"up", {{Qt::Key_Home}, {Qt::Key_Up}, {Qt::Key_Up}, {Qt::Key_End, shift}}, u"second 漢字 line"_s},
+    Selecting{
+        "a wide character",
+        {{Qt::Key_Up}, {Qt::Key_Up}, {Qt::Key_End}, {Qt::Key_Left, ctrl}, {Qt::Key_Left}, {Qt::Key_Left, shift}},
+        u"字 "_s},
+    Selecting{"back by words", {{Qt::Key_Left, ctrl | shift}, {Qt::Key_Left, ctrl | shift}}, u"line\n\nlast"_s},
+    Selecting{
+        "on by words",
+        {{Qt::Key_Up},
+         {Qt::Key_Up},
+         {Qt::Key_Up},
+         {Qt::Key_Home},
+         {Qt::Key_Right, ctrl},
+         {Qt::Key_Right, ctrl | shift}},
+        u"two-three  f"_s},
+    Selecting{
+        "as in vi",
+        {{Qt::Key_K},
+         {Qt::Key_K},
+         {Qt::Key_K},
+         {Qt::Key_0},
+         {Qt::Key_W},
+         {Qt::Key_V},
+         {Qt::Key_W},
+         {Qt::Key_H},
+         {Qt::Key_H}},
+        u"two-three "_s},
+    Selecting{"a mark, and no more", {{Qt::Key_Space}, {Qt::Key_Left}, {Qt::Key_Space}}, {}},
+    Selecting{"plain moves end it", {{Qt::Key_Left, shift}, {Qt::Key_Left}}, {}},
+    Selecting{"lines", {{Qt::Key_V, shift}, {Qt::Key_Up}, {Qt::Key_Up}}, u"second 漢字 line\n\nlast"_s},
+    Selecting{
+        "a rectangle",
+        {{Qt::Key_Home}, {Qt::Key_V, ctrl}, {Qt::Key_Right}, {Qt::Key_Right}, {Qt::Key_Up}, {Qt::Key_Up}, {Qt::Key_Up}},
+        u"one\nsec\n\nlas"_s},
+    Selecting{"its other end", {{Qt::Key_Left}, {Qt::Key_V}, {Qt::Key_Left}, {Qt::Key_O}, {Qt::Key_Left}}, u"s"_s},
+    Selecting{"to a prompt", {{Qt::Key_Up, ctrl}, {Qt::Key_End, shift}}, u"history 29"_s},
+    Selecting{"all", {{Qt::Key_Home, ctrl}, {Qt::Key_End, shift}}, u"history 0"_s},
+    Selecting{"the end", {{Qt::Key_G}, {Qt::Key_G, shift}, {Qt::Key_B}, {Qt::Key_End, ctrl | shift}}, u"last"_s},
+};
+
 TEST_F(TerminalViews, SelectByKeys) {
     for (int line = 0; line < 30; ++line) {
         terminal().feed("\x1b]133;A\x07history " + std::to_string(line) + "\x1b]133;C\x07\r\n");
     }
     feed("one two-three  four\r\nsecond 漢字 line\r\n\r\nlast");
-    struct Press {
-        int key;
-        Qt::KeyboardModifiers modifiers{};
-    };
-    constexpr Qt::KeyboardModifiers none{}, shift = Qt::ShiftModifier, ctrl = Qt::ControlModifier;
-    struct Row {
-        const char* label;
-        std::vector<Press> keys; ///< from behind the last character
-        QString selected;
-    };
-    const std::array rows{
-        Row{"back by characters", {{Qt::Key_Left, shift}, {Qt::Key_Left, shift}}, u"st"_s},
-        Row{"there and back", {{Qt::Key_Left}, {Qt::Key_Left, shift}, {Qt::Key_Right, shift}}, u"t"_s},
-        Row{"over a line's end", {{Qt::Key_Home}, {Qt::Key_Left, shift}, {Qt::Key_Left, shift}}, u"e\n\nl"_s},
-        Row{"up", {{Qt::Key_Home}, {Qt::Key_Up}, {Qt::Key_Up}, {Qt::Key_End, shift}}, u"second 漢字 line"_s},
-        Row{"a wide character",
-            {{Qt::Key_Up}, {Qt::Key_Up}, {Qt::Key_End}, {Qt::Key_Left, ctrl}, {Qt::Key_Left}, {Qt::Key_Left, shift}},
-            u"字 "_s},
-        Row{"back by words", {{Qt::Key_Left, ctrl | shift}, {Qt::Key_Left, ctrl | shift}}, u"line\n\nlast"_s},
-        Row{"on by words",
-            {{Qt::Key_Up},
-             {Qt::Key_Up},
-             {Qt::Key_Up},
-             {Qt::Key_Home},
-             {Qt::Key_Right, ctrl},
-             {Qt::Key_Right, ctrl | shift}},
-            u"two-three  f"_s},
-        Row{"as in vi",
-            {{Qt::Key_K},
-             {Qt::Key_K},
-             {Qt::Key_K},
-             {Qt::Key_0},
-             {Qt::Key_W},
-             {Qt::Key_V},
-             {Qt::Key_W},
-             {Qt::Key_H},
-             {Qt::Key_H}},
-            u"two-three "_s},
-        Row{"a mark, and no more", {{Qt::Key_Space}, {Qt::Key_Left}, {Qt::Key_Space}}, {}},
-        Row{"plain moves end it", {{Qt::Key_Left, shift}, {Qt::Key_Left}}, {}},
-        Row{"lines", {{Qt::Key_V, shift}, {Qt::Key_Up}, {Qt::Key_Up}}, u"second 漢字 line\n\nlast"_s},
-        Row{"a rectangle",
-            {{Qt::Key_Home},
-             {Qt::Key_V, ctrl},
-             {Qt::Key_Right},
-             {Qt::Key_Right},
-             {Qt::Key_Up},
-             {Qt::Key_Up},
-             {Qt::Key_Up}},
-            u"one\nsec\n\nlas"_s},
-        Row{"its other end", {{Qt::Key_Left}, {Qt::Key_V}, {Qt::Key_Left}, {Qt::Key_O}, {Qt::Key_Left}}, u"s"_s},
-        Row{"to a prompt", {{Qt::Key_Up, ctrl}, {Qt::Key_End, shift}}, u"history 29"_s},
-        Row{"all", {{Qt::Key_Home, ctrl}, {Qt::Key_End, shift}}, u"history 0"_s},
-        Row{"the end", {{Qt::Key_G}, {Qt::Key_G, shift}, {Qt::Key_B, none}, {Qt::Key_End, ctrl | shift}}, u"last"_s},
-    };
-    for (const Row& row : rows) {
+    for (const Selecting& row : selections) {
         QTest::keyClick(&window, Qt::Key_Space, ctrl | shift);
         ASSERT_TRUE(view().keyboardSelection()->isActive()) << row.label;
         for (const Press& press : row.keys) {
@@ -179,8 +178,12 @@ TEST_F(TerminalViews, SelectByKeys) {
         EXPECT_FALSE(view().hasSelection()) << row.label;
         view().scrollTo(view().historyLines());
     }
+}
 
-    // Its cursor is to be seen, and nothing that is typed goes to the shell.
+TEST_F(TerminalViews, KeepKeysFromTheShellWhileTheySelect) {
+    for (int line = 0; line < 30; ++line) {
+        terminal().feed("history " + std::to_string(line) + "\r\n");
+    }
     startShell();
     const QString before = session->outputForTesting();
     QTest::keyClick(&window, Qt::Key_Space, ctrl | shift);

@@ -106,6 +106,7 @@ public:
             }
         }
         std::ranges::for_each(m_files, finish);
+        joinKinds();
         return std::move(m_files);
     }
 
@@ -237,6 +238,34 @@ private:
         }
     }
 
+    /// A path that is of another kind now has two parts: it is deleted, and then added. They are one change.
+    void joinKinds() {
+        for (qsizetype i = 0; i + 1 < m_files.size(); ++i) {
+            const FileDiff& old = m_files[i];
+            const FileDiff& next = m_files[i + 1];
+            if (old.change != DiffChange::deleted || next.change != DiffChange::added || old.oldPath != next.newPath) {
+                continue;
+            }
+            FileDiff joined = old;
+            joined.newPath = next.newPath;
+            joined.newMode = next.newMode;
+            joined.change = DiffChange::modified;
+            joined.content = DiffContent::otherKind;
+            joined.hunks += next.hunks;
+            m_files[i] = std::move(joined);
+            m_files.removeAt(i + 1);
+        }
+    }
+
+    /// Of a submodule at the same commit, only the lines tell that it is none of the files.
+    static bool namesCommits(const FileDiff& file) {
+        const auto isCommit = [&file](const DiffLine& line) {
+            return file.text(line).startsWith("Subproject commit ");
+        };
+        return file.oldMode.isEmpty() && file.newMode.isEmpty() && file.hunks.size() == 1 &&
+               std::ranges::all_of(file.hunks.front().lines, isCommit);
+    }
+
     static void finish(FileDiff& file) {
         if (file.change == DiffChange::added) {
             file.oldPath.clear();
@@ -245,9 +274,9 @@ private:
         }
         if (file.content == DiffContent::text) {
             const QByteArray& mode = file.newMode.isEmpty() ? file.oldMode : file.newMode;
-            file.content = mode == "160000"   ? DiffContent::submodule
-                           : mode == "120000" ? DiffContent::symlink
-                                              : DiffContent::text;
+            file.content = mode == "160000" || namesCommits(file) ? DiffContent::submodule
+                           : mode == "120000"                     ? DiffContent::symlink
+                                                                  : DiffContent::text;
         }
     }
 

@@ -41,6 +41,7 @@ enum class DiffContent {
     symlink,   ///< the line is where it leads
     conflict,  ///< text against several sides at once; no part of it can be chosen
     folder,    ///< an untracked repository of its own
+    otherKind, ///< a link in place of a file or the like: all of one is gone, all of the other is new
 };
 
 /// How one file changed.

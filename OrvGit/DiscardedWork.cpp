@@ -149,6 +149,9 @@ void prune(const GitRunner& runner, const QString& repository) {
 
 GitOutcome<DiscardedWork> DiscardedWork::keep(
     const GitService& service, const QString& repository, const QStringList& paths) {
+    if (const auto own = WorkTreeFiles::requireNoRepository(repository, paths); !own) {
+        return std::unexpected(own.error());
+    }
     const auto status = service.status(repository);
     if (!status) {
         return std::unexpected(status.error());

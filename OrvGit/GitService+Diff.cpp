@@ -60,6 +60,12 @@ DiffContent contentInWorkTree(const QString& repository, const DiffRequest& requ
     return S_ISREG(info.st_mode) && info.st_size > largestDiffedFileBytes ? DiffContent::tooLarge : DiffContent::text;
 }
 
+bool isFolder(const QString& repository, const QString& path) {
+    struct stat info{};
+    const QByteArray place = QFile::encodeName(repository) + '/' + GitPath::toBytes(path);
+    return ::lstat(place.constData(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
 /// A large file is a binary one to git.
 bool isLargeInIndex(const GitRunner& runner, const QString& repository, const DiffRequest& request) {
     const auto size =
@@ -98,6 +104,8 @@ GitOutcome<FileDiff> GitService::fileDiff(const QString& repository, const DiffR
         found = std::move(*file);
     } else if (!files.isEmpty()) {
         found = files.takeLast();
+    } else if (request.side == DiffSide::unstaged && isFolder(repository, request.path)) {
+        found.content = DiffContent::submodule; // with untracked files only
     }
     if (result->isCut || (found.content == DiffContent::binary && isLargeInIndex(runner, repository, request))) {
         found.content = DiffContent::tooLarge;
@@ -109,10 +117,11 @@ GitOutcome<QList<FileDiff>> GitService::commitDiff(const QString& repository, co
     if (commit.isEmpty() || commit.startsWith(u'-')) {
         return std::unexpected(GitError::refused(GitWords::tr("“%1” is no commit.").arg(commit)));
     }
+    // A partial clone may have to fetch the files first.
+    const auto limit = runner.purpose == GitPurpose::userAction ? GitLimits::remote : GitLimits::local;
     GitArguments words = diffCommand("show");
     words << "--format=" << "--no-show-signature" << "--diff-merges=first-parent" << commit.toUtf8() << "--";
-    const auto result =
-        runner.runRaw(words, repository, GitLimits::local, {.input = {}, .outputLimitBytes = largestDiffBytes});
+    const auto result = runner.runRaw(words, repository, limit, {.input = {}, .outputLimitBytes = largestDiffBytes});
     if (!result) {
         return std::unexpected(result.error());
     }
@@ -139,6 +148,12 @@ GitOutcome<void> GitService::applyLines(
     if (*current != shown) {
         return std::unexpected(GitError::refused(
             GitWords::tr("“%1” has changed in the meantime. Look at it again first.").arg(request.path)));
+    }
+    if (!current->canBeDivided()) {
+        return std::unexpected(GitError::refused(
+            current->content == DiffContent::submodule
+                ? u"“%1” is a repository of its own. Commit or discard its changes there."_s.arg(request.path)
+                : u"“%1” can only be taken as a whole."_s.arg(request.path)));
     }
     const auto patch = makePatch(*current, selection, direction);
     if (!patch) {

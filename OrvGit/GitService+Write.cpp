@@ -44,6 +44,11 @@ GitRunner withPatterns(GitRunner runner) {
     return runner;
 }
 
+/// Exits with 0 where a submodule is at the commit that is staged.
+GitArguments sameCommit(const QString& path) {
+    return {"diff", "--quiet", "--ignore-submodules=dirty", "--", GitPath::toBytes(path)};
+}
+
 /// What a discard does with which paths.
 struct DiscardPlan {
     QStringList deleted;
@@ -122,7 +127,22 @@ GitOutcome<void> GitService::runOn(
 }
 
 GitOutcome<void> GitService::stage(const QString& repository, const QStringList& paths) const {
-    return runOn(repository, {"add"}, paths);
+    // Of a submodule, git takes the commit that it is at.
+    QStringList taken;
+    GitOutcome<void> able;
+    for (const QString& path : paths) {
+        const bool isModule = !path.endsWith(u'/') && !WorkTreeFiles::requireNoRepository(repository, {path});
+        const auto same = isModule ? runner.runRaw(sameCommit(path), repository, GitLimits::local)
+                                   : std::unexpected(GitError::of(GitError::Kind::notARepo));
+        if (same && same->code == 0) {
+            able = std::unexpected(GitError::refused(
+                u"“%1” is a repository of its own, at the commit that is noted. Commit its changes there first."_s.arg(
+                    path)));
+        } else {
+            taken.append(path);
+        }
+    }
+    return taken.isEmpty() ? able : runOn(repository, {"add"}, taken);
 }
 
 GitOutcome<void> GitService::unstage(const QString& repository, const QStringList& paths) const {

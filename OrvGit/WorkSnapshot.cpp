@@ -70,6 +70,36 @@ QByteArray joined(const QList<QByteArray>& paths, const QByteArray& before) {
     return bytes;
 }
 
+/// The snapshot's tree without what could not be taken of either side. There may be too many of these for a command
+/// line.
+GitOutcome<QByteArray> treeWithout(
+    const GitRunner& runner, const WorkSnapshot& snapshot, const QMap<QString, FileStamp>& untaken) {
+    QByteArray tree = snapshot.tree.toLatin1();
+    if (untaken.isEmpty()) {
+        return tree;
+    }
+    const auto run = [&](const GitArguments& words, const QByteArray& input = {}) {
+        auto output = runner.run(words, snapshot.repository, GitLimits::local, {.input = input});
+        return output ? GitOutcome<QByteArray>(output->trimmed()) : output;
+    };
+    const auto hash = run({"rev-parse", "--verify", tree});
+    if (!hash) {
+        return hash;
+    }
+    QByteArray entries;
+    for (auto file = untaken.cbegin(); file != untaken.cend(); ++file) {
+        entries += "0 " + QByteArray(hash->size(), '0') + '\t' + GitPath::toBytes(file.key()) + '\0';
+    }
+    for (const auto& [words, input] :
+         {std::pair<GitArguments, QByteArray>{{"read-tree", *hash}, {}},
+          {{"update-index", "-z", "--index-info"}, entries}}) {
+        if (const auto done = run(words, input); !done) {
+            return done;
+        }
+    }
+    return run({"write-tree"});
+}
+
 DiffChange changeOf(char status) {
     switch (status) {
     case 'A':
@@ -220,16 +250,14 @@ GitOutcome<WorkDifference> WorkSnapshots::between(
     }
     QMap<QString, FileStamp> untaken = before.untaken;
     untaken.insert(after.untaken);
+    const auto oldTree = treeWithout(*runner, before, untaken);
+    const auto newTree = oldTree ? treeWithout(*runner, after, untaken) : oldTree;
+    if (!newTree) {
+        return std::unexpected(newTree.error());
+    }
     GitArguments words = diffCommand("diff");
     words << "--src-prefix=a/" + prefix << "--dst-prefix=b/" + prefix;
-    words << before.tree.toLatin1() << after.tree.toLatin1() << "--";
-    if (!untaken.isEmpty()) {
-        runner->extraEnvironment.insert(u"GIT_LITERAL_PATHSPECS"_s, u"0"_s);
-        words << ":(top)";
-        for (auto file = untaken.cbegin(); file != untaken.cend(); ++file) {
-            words << ":(top,exclude,literal)" + GitPath::toBytes(file.key());
-        }
-    }
+    words << *oldTree << *newTree << "--";
     const qsizetype beforePaths = words.indexOf("--");
     GitArguments counting = words;
     counting.insert(beforePaths - 2, "-z");

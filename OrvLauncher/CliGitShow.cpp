@@ -19,7 +19,7 @@ constexpr std::array operationNames{""_L1,       "merge"_L1, "rebase"_L1, "am"_L
 constexpr std::array lineKinds{"context"_L1, "added"_L1, "removed"_L1};
 constexpr std::array changeNames{"modified"_L1, "added"_L1, "deleted"_L1, "renamed"_L1, "copied"_L1};
 constexpr std::array contentNames{"text"_L1,    "binary"_L1,   "tooLarge"_L1, "submodule"_L1,
-                                  "symlink"_L1, "conflict"_L1, "folder"_L1};
+                                  "symlink"_L1, "conflict"_L1, "folder"_L1,   "otherKind"_L1};
 
 QJsonValue orNull(const std::optional<QString>& text) {
     return text ? QJsonValue(*text) : QJsonValue();

@@ -42,13 +42,17 @@ QString noteOf(const FileDiff& file) {
         return file.hunks.isEmpty() ? GitModel::tr("This file is too large to be shown.")
                                     : GitModel::tr("Only the beginning of this diff is shown.");
     case DiffContent::submodule:
-        return GitModel::tr("This is a submodule: a commit of another repository.");
+        return file.oldMode.isEmpty() && file.newMode.isEmpty()
+                   ? GitModel::tr("This is a submodule with changes of its own. Commit or discard them there.")
+                   : GitModel::tr("This is a submodule: a commit of another repository.");
     case DiffContent::symlink:
         return GitModel::tr("This is a symbolic link.");
     case DiffContent::conflict:
         return GitModel::tr("Both sides changed this file. Resolve it, then stage it.");
     case DiffContent::folder:
         return GitModel::tr("This folder is a repository of its own.");
+    case DiffContent::otherKind:
+        return GitModel::tr("A file became a link, or the other way round. It is taken as a whole.");
     }
     Q_UNREACHABLE();
 }
@@ -183,9 +187,10 @@ void GitModel::selectCommit(const QString& commit) {
     }
     m_isLoadingDiff = true;
     Q_EMIT fileChanged();
-    const auto work = [reader = m_reader, repository = m_repository, commit] {
-        return reader.commitDiff(repository, commit);
-    };
+    // It was asked for: a partial clone may fetch what it lacks of it.
+    GitService asked = m_reader;
+    asked.runner.purpose = GitPurpose::userAction;
+    const auto work = [asked, repository = m_repository, commit] { return asked.commitDiff(repository, commit); };
     readFor(m_fileGeneration, work, [this](const GitOutcome<QList<FileDiff>>& files) {
         if (!files) {
             showDiff({}, files.error().text());

@@ -56,6 +56,11 @@ TEST(Diff, SaysWhatEachFileIs) {
         {"diff --cc c\nindex 1,2..0\n--- a/c\n+++ b/c\n@@@ -1,1 -1,1 +1,3 @@@\n++<<<<\n +ours\n+ theirs\n", "c", "c",
          DiffChange::modified, DiffContent::conflict},
         {"* Unmerged path c\n", "c", "c", DiffChange::modified, DiffContent::conflict},
+        {"diff --git a/s b/s\n--- a/s\n+++ b/s\n@@ -1 +1 @@\n-Subproject commit 1\n+Subproject commit 1-dirty\n", "s",
+         "s", DiffChange::modified, DiffContent::submodule},
+        {"diff --git a/k b/k\ndeleted file mode 100644\nindex 1..0\n--- a/k\n+++ /dev/null\n@@ -1 +0,0 @@\n-a\n"
+         "diff --git a/k b/k\nnew file mode 120000\nindex 0..2\n--- /dev/null\n+++ b/k\n@@ -0,0 +1 @@\n+b\n",
+         "k", "k", DiffChange::modified, DiffContent::otherKind},
     };
     for (const auto& each : cases) {
         const QList<FileDiff> files = parseDiff(each.text);

@@ -47,20 +47,24 @@ TEST(GitStatus, ReadsEveryRecord) {
     EXPECT_EQ(read, expected);
 }
 
-/// git-status(1), Short Format: every pair of letters that an ordinary or an unmerged record can have.
+/// git-status(1), Short Format: every pair of letters that a record can have.
 TEST(GitStatus, KnowsWhatEveryPairOfLettersMeans) {
-    for (const char* letters : {".M", ".T", ".D", ".A", "M.", "MM", "MT", "MD", "T.", "TM", "TT", "TD",
-                                "A.", "AM", "AT", "AD", "D.", "DD", "AU", "UD", "UA", "DU", "AA", "UU"}) {
+    for (const char* letters :
+         {".M", ".T", ".D", ".A", "M.", "MM", "MT", "MD", "T.", "TM", "TT", "TD", "A.", "AM", "AT", "AD", "D.",
+          "DD", "AU", "UD", "UA", "DU", "AA", "UU", "R.", "RM", "RT", "RD", "C.", "CM", "CT", "CD", ".R", ".C"}) {
         const QByteArrayView unmerged[]{"DD", "AU", "UD", "UA", "DU", "AA", "UU"};
         const bool isConflict = std::ranges::find(unmerged, QByteArrayView(letters)) != std::end(unmerged);
-        const QByteArray record =
-            isConflict ? QByteArray("u ") + letters + " N... 1 2 3 4 a b c x" : ordinary(letters, "x");
+        const bool isMoved = QByteArrayView(letters).contains('R') || QByteArrayView(letters).contains('C');
+        const QByteArray record = isConflict ? QByteArray("u ") + letters + " N... 1 2 3 4 a b c x"
+                                  : isMoved  ? QByteArray("2 ") + letters + ' ' + hashes + "R75 x" + '\0' + "old" + '\0'
+                                             : ordinary(letters, "x");
         const RepoStatus status = GitParsing::status(record);
         ASSERT_EQ(status.changes.size(), 1) << letters;
         const FileChange& change = status.changes.front();
         EXPECT_EQ((QByteArray{1, change.index} + change.worktree), letters);
         EXPECT_EQ(change.isConflicted(), isConflict) << letters;
         EXPECT_EQ(change.isStaged(), letters[0] != '.') << letters;
+        EXPECT_EQ(change.originalPath, isMoved ? u"old"_s : QString()) << letters;
         EXPECT_FALSE(change.isUntracked());
     }
 }

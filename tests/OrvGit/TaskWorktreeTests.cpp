@@ -147,6 +147,20 @@ TEST_F(WorkTest, SeesConflictsSubmodulesAndRepositoriesWithoutACommit) {
     EXPECT_EQ(workTreesOf(u"/"_s + QStringLiteral("proc/self")).size(), 0);
 }
 
+/// Their names are longer together than a command line may be.
+TEST_F(WorkTest, SaysOfManyFilesThatTheyCouldNotBeTaken) {
+    const WorkSnapshots snapshots(GitRunner{}, home.path(u"scratch"_s), {.files = 0});
+    const auto before = value(snapshots.take(repository));
+    const QString deep = QString(240, u'd') + u'/';
+    constexpr int count = 800;
+    for (int i = 0; i < count; ++i) {
+        add(deep.repeated(12) + QString::number(i), "x");
+    }
+    const auto difference = value(snapshots.between(before, value(snapshots.take(repository))));
+    EXPECT_EQ(difference.files.size(), count);
+    EXPECT_TRUE(difference.diff.isEmpty());
+}
+
 TEST_F(WorkTest, GivesATaskAWorkTreeAndTakesItBack) {
     add(u".env"_s, "SECRET=1\n");
     add(u"dir/.env.local"_s, "D=1\n");

@@ -7,15 +7,19 @@
 #include "OrvUI/NewProject.h"
 
 #include <QFileInfo>
+#include <QTimer>
 #include <QUrlQuery>
 
 #include <algorithm>
+#include <chrono>
 
 namespace orv {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr std::chrono::milliseconds untilSaid{250};
 
 template <typename T>
 std::unique_ptr<T> orMake(std::unique_ptr<T> given, const std::function<std::unique_ptr<T>()>& make) {

@@ -60,6 +60,17 @@ FocusScope {
         isHome ? home.focusCards() : (page.item as CollectionPage)?.focusCards();
     }
 
+    // Comes here when what has the focus is no stop of Tab, which would begin anew in the sidebar.
+    function step(forward) {
+        const next = Window.activeFocusItem?.nextItemInFocusChain(forward) ?? null;
+        if (next !== null) {
+            next.forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
+        }
+    }
+
+    Keys.onTabPressed: pages.step(true)
+    Keys.onBacktabPressed: pages.step(false)
+
     // Stays while others are shown, so that one comes back to where one was.
     HomePage {
         id: home

@@ -126,6 +126,15 @@ TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
     }
     press(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(part(), "HomePage") << focus();
+    for (const DetailTab tab : {DetailTab::overview, DetailTab::logs}) {
+        model->setPage({});
+        model->setPage({.kind = AppPage::Kind::project, .id = root + u"/shop"_s});
+        model->setDetailTab(tab);
+        ASSERT_TRUE(test::waitFor([this] { return part() == "ProjectPage"; })) << focus();
+        press(Qt::Key_Tab);
+        EXPECT_EQ(part(), "ProjectPage") << "Tab goes on where one has come to, from " << focus();
+    }
+    focusCard();
     press(Qt::Key_J, Qt::ControlModifier);
     ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
     press(Qt::Key_F6, Qt::ShiftModifier);

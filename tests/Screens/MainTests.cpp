@@ -193,24 +193,6 @@ TEST_F(MainWindow, IsThePagesAgainAsSoonAsASheetCloses) {
     press(Qt::Key_6, Qt::ControlModifier);
     EXPECT_EQ(model->page().kind, AppPage::Kind::tasks);
 
-    const auto scrim = [this] {
-        qreal opacity = 0;
-        for (const QQuickItem* layer : window->contentItem()->childItems()) {
-            const bool isOverlay = layer->inherits("QQuickOverlay") && layer->isVisible();
-            for (const QQuickItem* item : isOverlay ? layer->childItems() : QList<QQuickItem*>()) {
-                const bool isScrim = item->property("color").value<QColor>() == Theme::instance()->scrim();
-                opacity = isScrim ? item->opacity() : opacity;
-            }
-        }
-        return opacity;
-    };
-    for (const char* time : {"first", "second"}) {
-        ASSERT_TRUE(test::waitFor([&] { return items("FormField").isEmpty() && scrim() == 0; })) << time;
-        press(Qt::Key_N, Qt::ControlModifier);
-        EXPECT_TRUE(test::waitFor([&] { return scrim() == 1; })) << time << " time";
-        press(Qt::Key_Escape);
-    }
-
     const QSignalSpy answers(window, SIGNAL(quitAnswered(int)));
     QMetaObject::invokeMethod(window, "askToQuit", Q_ARG(QVariant, u"1 service"_s), Q_ARG(QVariant, true));
     ASSERT_TRUE(test::waitFor([this] { return button(u"Cancel"_s) != nullptr && items("FormField").isEmpty(); }));

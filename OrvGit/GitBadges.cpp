@@ -74,10 +74,33 @@ void GitBadges::begin(
         finish(*reading);
     }
     for (const QString& repository : repositories) {
-        // Before the projects whose folders are still to be searched: each of them is complete the sooner.
         const QString below = wayBelow(repository, projectRoot);
-        m_pool.start([this, reading, repository, below] { readRepository(reading, repository, below); }, 1);
+        enqueue(repository, [this, reading, repository, below] { readRepository(reading, repository, below); });
     }
+}
+
+void GitBadges::enqueue(const QString& repository, std::function<void()> job) {
+    const std::scoped_lock lock(m_mutex);
+    const bool isRunning = m_waiting.contains(repository);
+    m_waiting[repository].enqueue(std::move(job));
+    if (!isRunning) {
+        startNext(repository);
+    }
+}
+
+/// The mutex is held.
+void GitBadges::startNext(const QString& repository) {
+    const auto work = [this, repository, job = m_waiting[repository].dequeue()] {
+        job();
+        const std::scoped_lock lock(m_mutex);
+        if (m_waiting[repository].isEmpty()) {
+            m_waiting.remove(repository);
+        } else {
+            startNext(repository);
+        }
+    };
+    // Before the projects whose folders are still to be searched: each of them is complete the sooner.
+    m_pool.start(work, 1);
 }
 
 void GitBadges::finish(Reading& reading) const {

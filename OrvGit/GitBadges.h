@@ -4,7 +4,12 @@
 #include "OrvGit/GitRunner.h"
 
 #include <QFuture>
+#include <QHash>
+#include <QQueue>
 #include <QThreadPool>
+
+#include <functional>
+#include <mutex>
 
 namespace orv {
 
@@ -32,7 +37,13 @@ private:
     void begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories, const QString& projectRoot);
     void finish(Reading& reading) const;
     void readRepository(const std::shared_ptr<Reading>& reading, const QString& repository, const QString& below) const;
+    /// One job of a repository runs at a time, the others in their order after it. Unlike in a wait for GitService's
+    /// own turn, none of them holds a thread meanwhile.
+    void enqueue(const QString& repository, std::function<void()> job);
+    void startNext(const QString& repository);
 
+    std::mutex m_mutex;
+    QHash<QString, QQueue<std::function<void()>>> m_waiting; ///< by repository that a job runs of
     GitRunner m_runner;
     QThreadPool m_pool;
 };

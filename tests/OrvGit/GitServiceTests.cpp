@@ -12,6 +12,7 @@
 #include <QProcess>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -637,6 +638,25 @@ TEST_F(GitActions, SumUpBadges) {
     EXPECT_EQ(broken.result(), (GitBadge{0, 0, 0, 1, {}, 1})) << "what can't be read is not clean";
     EXPECT_EQ(none.result(), GitBadge{});
     EXPECT_EQ(badges.readRepositories({inner}, r).result(), (GitBadge{0, 1, 0, 1, u"next"_s}));
+}
+
+/// The status of one stands still, at a named pipe.
+TEST_F(GitActions, OfOneRepositoryKeepNoBadgeOfAnotherWaiting) {
+    const QString slow = home.makeRepository(u"slow"_s, {{u"a/f"_s, "x\n"}, {u"b/f"_s, "x\n"}, {u"c/f"_s, "x\n"}});
+    const QString exclude = slow + u"/.git/info/exclude"_s;
+    QFile::remove(exclude);
+    ASSERT_TRUE(QDir().mkpath(slow + u"/.git/info"_s));
+    ASSERT_EQ(::mkfifo(exclude.toUtf8().constData(), 0600), 0);
+    QList<QFuture<GitBadge>> still;
+    {
+        GitBadges badges(2);
+        for (const QString& project : {u"/a"_s, u"/b"_s, u"/c"_s}) {
+            still.append(badges.readRepositories({slow}, slow + project));
+        }
+        EXPECT_EQ(badges.readRepositories({r}, r).result(), (GitBadge{0, 0, 0, 1, u"main"_s}));
+        EXPECT_TRUE(std::ranges::none_of(still, [](const auto& badge) { return badge.isFinished(); }));
+    }
+    EXPECT_TRUE(std::ranges::all_of(still, [](const auto& badge) { return badge.isFinished(); }));
 }
 
 TEST_F(GitActions, AreNoticedByAWatch) {

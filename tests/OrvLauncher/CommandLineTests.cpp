@@ -83,7 +83,7 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
          {},
          {"'it' is one word too many: orvlauncher agent run PROJECT TASK", "needs quotes", "help agent run"}},
         {"option without its value", {u"run"_s, u"."_s, u"--only"_s}, 2, {}, {"only"}},
-        {"scan", {u"scan"_s}, 0, {"PROJECT", "shop", "Flask + Vite", "backend, frontend"}, {"3 projects in"}},
+        {"scan", {u"scan"_s}, 0, {"PROJECT", "shop", "Vite + Flask", "backend, frontend"}, {"3 projects in"}},
         {"scan of two of a kind",
          {u"scan"_s, sourcePath(u"samples/workspace"_s)},
          0,

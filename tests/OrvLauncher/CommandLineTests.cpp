@@ -306,6 +306,10 @@ TEST_F(CommandLine, TellsTheWidgetsWhatNoWindowTells) {
     const auto one = launcher.start({u"run"_s, folder(u"one/Twin"_s)});
     const auto two = launcher.start({u"run"_s, folder(u"two/twin"_s)});
     EXPECT_TRUE(waitFor([&] { return ports() == QSet<int>{4131, 4132}; })) << ports().size();
+    json({u"devices"_s});
+    EXPECT_EQ(launcher.call({u"devices"_s, u"boot"_s, u"avd:none"_s}).exitCode, 1);
+    EXPECT_EQ(ports().size(), 2);
+    EXPECT_EQ(widgets().pinned.size(), 1);
     json({u"pin"_s, u"remove"_s, u"shop"_s});
     EXPECT_EQ(ports().size(), 2);
     EXPECT_TRUE(widgets().pinned.isEmpty());

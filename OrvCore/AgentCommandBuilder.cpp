@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv::AgentCommandBuilder {
@@ -12,6 +14,7 @@ namespace {
 
 const QString earlier = u"Earlier in this project you were asked:"_s;
 const QString followUp = u"Follow-up:"_s;
+const QString cut = u"(What came before this was cut.)\n\n"_s;
 
 /// What stands before the task, for plan, edit and full.
 struct Line {
@@ -39,6 +42,17 @@ QString taskReference() {
 
 QString fixedLine(const Line& line, AgentAutonomy autonomy, const QString& extraFlags = {}) {
     return line.start + line.flags[static_cast<size_t>(autonomy)] + extraFlags + line.beforeTask + taskReference();
+}
+
+/// The end of a text, of so many bytes of UTF-8 at most; it begins with a whole character.
+QString endOf(const QString& text, qsizetype bytes) {
+    const QByteArray utf8 = text.toUtf8();
+    qsizetype begin = std::max<qsizetype>(utf8.size() - std::max<qsizetype>(bytes, 0), 0);
+    const auto isWithinCharacter = [&] { return (static_cast<unsigned char>(utf8[begin]) & 0xC0U) == 0x80U; };
+    while (begin < utf8.size() && isWithinCharacter()) {
+        ++begin;
+    }
+    return QString::fromUtf8(utf8.sliced(begin));
 }
 
 std::optional<QString> customLine(const QString& pattern) {
@@ -97,6 +111,12 @@ QString followUpTask(const QString& previousTask, const QString& previousAnswer,
         paragraphs << u"You answered:"_s << previousAnswer;
     }
     paragraphs << followUp << message;
+    const QString whole = paragraphs.join("\n\n"_L1);
+    const qsizetype excess = whole.toUtf8().size() - longestFollowUpBytes;
+    if (excess <= 0) {
+        return whole;
+    }
+    paragraphs[1] = cut + endOf(previousTask, previousTask.toUtf8().size() - excess - cut.toUtf8().size());
     return paragraphs.join("\n\n"_L1);
 }
 

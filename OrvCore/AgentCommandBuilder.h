@@ -25,7 +25,11 @@ inline constexpr QLatin1StringView taskVariable("ORV_TASK");
 /// of autonomy: there the agent asks the user. It is to be pasted: a line editor would act on tabs in the task.
 [[nodiscard]] std::optional<QString> interactiveCommand(AgentKind kind, const QString& task);
 
-/// The task of a run that continues an earlier one of an agent that keeps no sessions.
+/// Of a follow-up, in UTF-8: Linux gives no program a variable of more than 128 KiB.
+inline constexpr qsizetype longestFollowUpBytes = 96 * 1024;
+/// The task of a run that continues an earlier one of an agent that keeps no sessions. What would make it longer than
+/// `longestFollowUpBytes` is cut from the beginning of the previous task, where the oldest stands, and a sentence says
+/// so.
 [[nodiscard]] QString followUpTask(const QString& previousTask, const QString& previousAnswer, const QString& message);
 /// The message in such a task, as far as it can be told; any other task itself.
 [[nodiscard]] QString followUpMessage(const QString& task);

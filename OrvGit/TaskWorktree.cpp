@@ -76,16 +76,21 @@ GitOutcome<QString> TaskWorktrees::commitOf(const QString& folder, const QByteAr
     return QString::fromLatin1(hash->trimmed());
 }
 
+bool TaskWorktrees::isUnborn(const QString& repository) const {
+    const auto head = commitOf(repository, "HEAD");
+    return !head && head.error().kind == GitError::Kind::commandFailed;
+}
+
 GitOutcome<TaskWorktree> TaskWorktrees::make(const Request& request) const {
     if (auto named = requireBranchName(request.branch); !named) {
         return std::unexpected(named.error());
     }
     const auto base = commitOf(request.repository, "HEAD");
     if (!base) {
-        const bool isUnborn = base.error().kind == GitError::Kind::commandFailed;
         return std::unexpected(
-            isUnborn ? GitError::refused(GitWords::tr("There is no commit yet that a work tree could begin at."))
-                     : base.error());
+            isUnborn(request.repository)
+                ? GitError::refused(GitWords::tr("There is no commit yet that a work tree could begin at."))
+                : base.error());
     }
     if (!QDir().mkpath(QFileInfo(request.folder).path())) {
         return std::unexpected(GitError::refused(GitWords::tr("The folder %1 can't be made.").arg(request.folder)));

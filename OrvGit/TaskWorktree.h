@@ -51,6 +51,9 @@ public:
     /// for conflicts, repository and work tree are as they were.
     [[nodiscard]] GitOutcome<AfterMerge> mergeBack(const TaskWorktree& worktree, const QString& message) const;
 
+    /// There is no commit yet, so none can be made.
+    [[nodiscard]] bool isUnborn(const QString& repository) const;
+
 private:
     [[nodiscard]] const GitRunner& runner() const { return m_service.runner; }
     [[nodiscard]] GitOutcome<QString> commitOf(const QString& folder, const QByteArray& name) const;

@@ -91,13 +91,14 @@ QStringList outcomeLines(const AgentRun& run, bool hasColor) {
     }
     QStringList lines{facts.join(u" · "_s)};
     if (const auto& changes = run.changes()) {
-        lines.append(
-            changes->fileCount == 0
-                ? u"No file changed."_s
-                : u"%1, +%2 \u2212%3; 'orvlauncher agent diff %4' shows them."_s.arg(agentChangesText(*changes))
-                      .arg(changes->added)
-                      .arg(changes->removed)
-                      .arg(shortID(run)));
+        if (changes->fileCount == 0 && changes->note.isEmpty()) {
+            lines.append(u"No file changed."_s);
+        } else if (changes->fileCount > 0) {
+            lines.append(u"%1, +%2 \u2212%3; 'orvlauncher agent diff %4' shows them."_s.arg(agentChangesText(*changes))
+                             .arg(changes->added)
+                             .arg(changes->removed)
+                             .arg(shortID(run)));
+        }
         if (changes->dirtyBefore > 0) {
             lines.append(
                 u"Uncommitted files before it began: %1; they are not part of that."_s.arg(changes->dirtyBefore));
@@ -204,7 +205,7 @@ void AgentSession::endWhenOver() {
     if (m_run->isRunning() || std::exchange(m_isOver, true)) {
         return;
     }
-    const auto last = m_ownership == Ownership::own ? m_runs.settled(m_run) : m_runs.loadEvents(m_run);
+    const auto last = m_ownership == Ownership::own ? m_runs.settled(m_run) : m_runs.allEventsLoaded(m_run);
     onFinished(last, this, [this] {
         if (!m_json) {
             for (const QString& line : outcomeLines(*m_run, m_console.err.hasColor())) {

@@ -153,25 +153,27 @@ QFuture<int> follow(Invocation& call, AgentDesk& desk, const std::expected<Agent
     return session->follow(*started, AgentSession::Ownership::own);
 }
 
+/// The to-do item of that project that the option names, if it does.
+std::expected<std::optional<QUuid>, int> linkedTask(const Invocation& call, const QString& projectID) {
+    if (!call.isSet(u"task"_s)) {
+        return std::optional<QUuid>();
+    }
+    QList<ProjectTask> tasks = TaskStore().tasks();
+    tasks.removeIf([&](const ProjectTask& task) { return task.projectID != projectID; });
+    const auto task = taskMeant(call, tasks, call.value(u"task"_s));
+    if (!task) {
+        return std::unexpected(task.error());
+    }
+    return task->id;
+}
+
 QFuture<int> run(Invocation& call) {
     const auto agent = enumOption<AgentKind>(call, u"agent"_s, allAgentKinds);
     const auto autonomy = enumOption<AgentAutonomy>(call, u"autonomy"_s, allAgentAutonomies);
     if (!agent || !autonomy) {
         return now(!agent ? agent.error() : autonomy.error());
     }
-    std::optional<QUuid> task;
-    if (call.isSet(u"task"_s)) {
-        const QString word = call.value(u"task"_s).toLower();
-        for (const ProjectTask& known : TaskStore().tasks()) {
-            if (known.id.toString(QUuid::WithoutBraces).startsWith(word)) {
-                task = known.id;
-            }
-        }
-        if (!task) {
-            return now(call.failure(u"there is no task '%1'; 'orvlauncher tasks' lists them."_s.arg(printable(word))));
-        }
-    }
-    return withRuns(call, [&call, agent, autonomy, task](AgentDesk& desk) {
+    return withRuns(call, [&call, agent, autonomy](AgentDesk& desk) {
         auto promise = std::make_shared<QPromise<int>>();
         promise->start();
         const auto finish = [promise](int exitCode) {
@@ -179,9 +181,14 @@ QFuture<int> run(Invocation& call) {
             promise->finish();
         };
         const auto found = findProject(call, call.words[0], ProjectUse::folder);
-        onFinished(found, &desk, [&call, &desk, agent, autonomy, task, finish](const FoundProject& project) {
+        onFinished(found, &desk, [&call, &desk, agent, autonomy, finish](const FoundProject& project) {
             if (!project) {
                 finish(refusal(call, project.error()));
+                return;
+            }
+            const auto task = linkedTask(call, project->id);
+            if (!task) {
+                finish(task.error());
                 return;
             }
             AppModel& model = desk.model();
@@ -191,7 +198,7 @@ QFuture<int> run(Invocation& call) {
                  .projectID = project->id,
                  .projectName = project->name,
                  .projectRoot = project->root,
-                 .linkedTask = task,
+                 .linkedTask = *task,
                  .autonomy = *autonomy,
                  .ownWorktree = call.isSet(u"worktree"_s) ? std::optional(true) : std::nullopt},
                 *project);

@@ -5,6 +5,7 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 
@@ -51,14 +52,22 @@ int print(const Invocation& call, const DevicesModel& devices) {
     return exitOk;
 }
 
+/// The desktop's widgets show what the window runs, which such a model does not know.
+AppModel::Options besideTheWidgets(const QTemporaryDir& widgets) {
+    AppModel::Options options;
+    options.snapshotDirectory = widgets.path();
+    return options;
+}
+
 /// Lists them for a project, whose choice is marked; an empty id: for none.
 QFuture<int> listFor(Invocation& call, const QString& projectID) {
-    auto* model = new AppModel({}, call.context);
+    const auto widgets = std::make_shared<QTemporaryDir>();
+    auto* model = new AppModel(besideTheWidgets(*widgets), call.context);
     auto* progress = new Progress(call.console.err, u"Asking for devices…"_s, call.context);
     model->devices()->setProjectID(projectID);
     const auto promise = std::make_shared<QPromise<int>>();
     promise->start();
-    onFinished(model->devices()->refresh(), model, [&call, model, progress, promise] {
+    onFinished(model->devices()->refresh(), model, [&call, model, progress, promise, widgets] {
         delete progress;
         promise->addResult(print(call, *model->devices()));
         promise->finish();
@@ -96,7 +105,8 @@ QFuture<int> list(Invocation& call) {
 }
 
 int chooseDevice(const Invocation& call, const Project& project, const QString& key) {
-    AppModel model;
+    const QTemporaryDir widgets;
+    AppModel model(besideTheWidgets(widgets));
     if (const StoreResult saved = model.devices()->choose(project.id, key); !saved) {
         return call.failure(saved.error().text());
     }
@@ -124,13 +134,14 @@ QFuture<int> choose(Invocation& call) {
 }
 
 QFuture<int> boot(Invocation& call) {
-    auto* model = new AppModel({}, call.context);
+    const auto widgets = std::make_shared<QTemporaryDir>();
+    auto* model = new AppModel(besideTheWidgets(*widgets), call.context);
     auto* progress = new Progress(call.console.err, u"Starting it…"_s, call.context);
     const auto promise = std::make_shared<QPromise<int>>();
     promise->start();
     onFinished(
         model->devices()->ready(call.words.first()), model,
-        [&call, progress, promise](const DeviceTools::Booted& device) {
+        [&call, progress, promise, widgets](const DeviceTools::Booted& device) {
             delete progress;
             int code = exitOk;
             if (!device) {

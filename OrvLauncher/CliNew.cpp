@@ -3,6 +3,7 @@
 #include "OrvUI/NewProject.h"
 #include "TextLayout.h"
 
+#include <QFileInfo>
 #include <QJsonObject>
 
 using namespace Qt::StringLiterals;
@@ -87,7 +88,9 @@ QFuture<int> makeFolder(Invocation& call) {
 } // namespace
 
 QFuture<int> gitClone(Invocation& call) {
-    const QString url = call.words.first();
+    const QString word = call.words.first();
+    // git runs elsewhere, and takes a path from there.
+    const QString url = QFileInfo::exists(word) ? absolutePath(word) : word;
     const QString name = call.words.size() > 1 ? call.words[1] : NewProject::nameOf(url);
     if (name.isEmpty()) {
         return QtFuture::makeReadyFuture(call.usageError(u"the address has no name in it; give one."_s));

@@ -302,4 +302,16 @@ QFuture<FoundProject> findProject(
     return found;
 }
 
+std::expected<ProjectTask, int> taskMeant(const Invocation& call, QList<ProjectTask> tasks, const QString& word) {
+    const QString start = word.toLower().remove(u'{').remove(u'}');
+    tasks.removeIf([&](const ProjectTask& task) { return !task.id.toString(QUuid::WithoutBraces).startsWith(start); });
+    if (tasks.size() == 1 && !start.isEmpty()) {
+        return tasks.first();
+    }
+    return std::unexpected(
+        tasks.isEmpty() || start.isEmpty()
+            ? call.failure(u"there is no task '%1'; 'orvlauncher tasks' lists them."_s.arg(printable(word)))
+            : call.usageError(u"%1 tasks begin with '%2'; give more of the id."_s.arg(tasks.size()).arg(word)));
+}
+
 } // namespace orv

@@ -4,6 +4,7 @@
 #include "OrvCore/Async.h"
 #include "OrvCore/Models.h"
 #include "OrvCore/OverrideStore.h"
+#include "OrvCore/Tasks.h"
 
 #include <QElapsedTimer>
 #include <QJsonValue>
@@ -97,5 +98,9 @@ enum class ProjectUse {
 [[nodiscard]] QFuture<FoundProject> findProject(
     const Invocation& call, const QString& word, ProjectUse use,
     const std::shared_ptr<const OverrideStore>& overrides = {});
+
+/// The one of these tasks whose id is, or begins with, the word; otherwise the exit code, once that was said.
+[[nodiscard]] std::expected<ProjectTask, int> taskMeant(
+    const Invocation& call, QList<ProjectTask> tasks, const QString& word);
 
 } // namespace orv

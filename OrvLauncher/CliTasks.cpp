@@ -111,26 +111,12 @@ QFuture<int> add(Invocation& call) {
         });
 }
 
-/// The one task whose id is, or begins with, the first word.
-std::expected<ProjectTask, int> taskMeant(const Invocation& call, const TaskStore& store) {
-    const QString word = call.words.first().toLower().remove(u'{').remove(u'}');
-    QList<ProjectTask> found = store.tasks();
-    found.removeIf([&](const ProjectTask& task) { return !task.id.toString(QUuid::WithoutBraces).startsWith(word); });
-    if (found.size() == 1 && !word.isEmpty()) {
-        return found.first();
-    }
-    return std::unexpected(
-        found.isEmpty() || word.isEmpty()
-            ? call.failure(u"there is no task '%1'; 'orvlauncher tasks' lists them."_s.arg(printable(word)))
-            : call.usageError(u"%1 tasks begin with '%2'; give more of the id."_s.arg(found.size()).arg(word)));
-}
-
 /// Finds the task, changes it, and says so.
 template <typename Change>
 QFuture<int> change(Invocation& call, const QString& done, const Change& change) {
     reportBrokenStores(call);
     TaskStore store;
-    const auto task = taskMeant(call, store);
+    const auto task = taskMeant(call, store.tasks(), call.words.first());
     if (!task) {
         return QtFuture::makeReadyFuture(int(task.error()));
     }

@@ -54,4 +54,15 @@ QStringList shellWords(const QString& line) {
     return {loginShell(), u"-lc"_s, line};
 }
 
+Result runLine(const QStringList& shellWords, const Limits& limits, const std::atomic<bool>& isCancelled) {
+    static const QByteArray mark = "orvlauncher begins here\n";
+    QStringList words = shellWords;
+    words.last().prepend(u"echo 'orvlauncher begins here'; "_s);
+    Result result = run(words, limits, isCancelled);
+    if (const qsizetype begin = result ? result->text.indexOf(mark) : -1; begin >= 0) {
+        result->text.remove(0, begin + mark.size());
+    }
+    return result;
+}
+
 } // namespace orv::ShellRunner

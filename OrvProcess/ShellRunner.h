@@ -30,6 +30,8 @@ struct Limits {
 
 /// The words that run a line under the login shell.
 [[nodiscard]] QStringList shellWords(const QString& line);
+/// Runs such words; what the shell's profiles print before the line begins is not in the text.
+[[nodiscard]] Result runLine(const QStringList& shellWords, const Limits& limits, const std::atomic<bool>& isCancelled);
 
 } // namespace ShellRunner
 } // namespace orv

@@ -45,7 +45,7 @@ AgentCatalog::AgentCatalog(Options options, QObject* parent) : QObject(parent), 
     m_pool.setMaxThreadCount(static_cast<int>(commandLineAgents.size()));
     if (!m_options.shell) {
         m_options.shell = [this](const QStringList& words) {
-            return ShellRunner::run(words, {.time = probeLimit}, m_isEnding);
+            return ShellRunner::runLine(words, {.time = probeLimit}, m_isEnding);
         };
     }
 }

@@ -32,7 +32,7 @@ AgentModels::AgentModels(AppModel& model) : m_model(model) {
     connect(&model, &AppModel::preferencesChanged, this, &AgentModels::preferencesChanged);
     connect(&model, &AppModel::aiPanelProjectIDChanged, this, &AgentModels::updateSoon);
     connect(&model, &AppModel::agentErrorChanged, this, &AgentModels::errorChanged);
-    connect(&model, &AppModel::agentDraftChanged, this, &AgentModels::draftChanged);
+    connect(&model, &AppModel::agentDraftChanged, this, &AgentModels::takeDraft);
     update();
 }
 
@@ -133,6 +133,15 @@ QString AgentModels::draftText() const {
 QString AgentModels::draftProjectID() const {
     return m_model.agentDraft() ? m_model.agentDraft()->projectID : QString();
 }
+bool AgentModels::draftWasSent() const {
+    return m_model.agentDraft() && m_model.agentDraft()->sent;
+}
+int AgentModels::draftAgent() const {
+    return draftWasSent() ? static_cast<int>(m_model.agentDraft()->sent->agent) : -1;
+}
+int AgentModels::draftAutonomy() const {
+    return draftWasSent() ? static_cast<int>(m_model.agentDraft()->sent->autonomy) : -1;
+}
 int AgentModels::defaultAgent() const {
     return static_cast<int>(m_model.settings().settings().defaultAgent);
 }
@@ -163,51 +172,152 @@ void AgentModels::setUsesWorktrees(bool isOn) {
     m_model.changeSettings([isOn](AppSettings& settings) { settings.agentWorktrees = isOn; });
 }
 
+std::optional<AgentDraft> AgentModels::draftOf(const QString& projectID) const {
+    const std::optional<AgentDraft>& draft = m_model.agentDraft();
+    const bool isOfProject = draft && draft->projectID == projectID && !draft->text.isEmpty();
+    return isOfProject ? draft : std::nullopt;
+}
+
+/// The run that it went on with when it was sent, and can go on with still.
+const AgentRun* AgentModels::parentOf(const AgentDraft& draft) const {
+    const AgentRun* parent =
+        draft.sent && draft.sent->parentID ? m_model.agentRunner().run(*draft.sent->parentID) : nullptr;
+    return parent != nullptr && !parent->isRunning() ? parent : nullptr;
+}
+
 bool AgentModels::start(int agent, const QString& task, const QString& projectID, int autonomy) {
     const auto kind = at(allAgentKinds, agent);
     const Project* project = m_model.project(projectID);
     if (!kind || project == nullptr) {
         return false;
     }
-    const std::optional<AgentDraft> draft = m_model.agentDraft();
-    const bool isDrafted = draft && draft->projectID == projectID;
-    const bool isStarted = m_model.startAgent(
-                               *kind, task, *project, isDrafted ? draft->taskID : std::nullopt,
-                               at(allAgentAutonomies, autonomy)) != nullptr;
-    if (isStarted && isDrafted) {
-        m_model.setAgentDraft({});
+    const std::optional<AgentDraft> draft = draftOf(projectID);
+    const AgentRun* parent = draft ? parentOf(*draft) : nullptr;
+    const auto freedom = at(allAgentAutonomies, autonomy);
+    const AgentRun* started =
+        parent != nullptr && parent->facts().agent == kind
+            ? m_model.continueAgent(*parent, task, freedom)
+            : m_model.startAgent(*kind, task, *project, draft ? draft->taskID : std::nullopt, freedom);
+    if (started != nullptr) {
+        forgetDraft(projectID);
     }
-    return isStarted;
+    return started != nullptr;
 }
 
 void AgentModels::forgetDraft(const QString& projectID) {
-    if (m_model.agentDraft() && (projectID.isEmpty() || m_model.agentDraft()->projectID == projectID)) {
-        m_model.setAgentDraft({});
+    const std::optional<AgentDraft> draft = m_model.agentDraft();
+    if (!draft || (!projectID.isEmpty() && draft->projectID != projectID)) {
+        return;
+    }
+    m_model.setAgentDraft({});
+    const bool isSettled = !projectID.isEmpty() || !draft->sent; // what came back is found in its panel still
+    if (isSettled && !draft->text.isEmpty() && words(draft->projectID) == draft->text) {
+        m_composed[draft->projectID].words.clear();
+        Q_EMIT wordsCame(draft->projectID);
     }
 }
 
-const AgentRun* AgentModels::newestToReplyTo() const {
+void AgentModels::takeDraft() {
+    if (const std::optional<AgentDraft>& draft = m_model.agentDraft(); draft && !draft->text.isEmpty()) {
+        // What came back does not push aside what was typed meanwhile.
+        QString& words = m_composed[draft->projectID].words;
+        const bool isBeside = draft->sent && !words.isEmpty() && words != draft->text;
+        words = isBeside ? draft->text + u"\n\n"_s + words : draft->text;
+        Q_EMIT wordsCame(draft->projectID);
+    }
+    Q_EMIT draftChanged();
+    Q_EMIT updated();
+}
+
+QString AgentModels::words(const QString& projectID) const {
+    return m_composed.value(projectID).words;
+}
+
+void AgentModels::keepWords(const QString& projectID, const QString& words) {
+    m_composed[projectID].words = words;
+    if (words.isEmpty()) {
+        forgetDraft(projectID);
+    }
+}
+
+QString AgentModels::panelProjectID() const {
+    return m_model.aiPanelProjectID().value_or(QString());
+}
+
+/// Of the conversation in the agent panel that is not left alone.
+const AgentRun* AgentModels::newestOfPanel() const {
     for (const AgentRun* run : m_model.agentRuns()) {
         if (run->facts().projectID == m_model.aiPanelProjectID()) {
-            return run->isRunning() || run->facts().id == m_leftAlone ? nullptr : run;
+            return run->facts().id == m_leftAlone ? nullptr : run;
         }
     }
     return nullptr;
 }
 
-bool AgentModels::say(int agent, const QString& text, int autonomy) {
-    const AgentRun* newest = newestToReplyTo();
+const AgentRun* AgentModels::repliedTo() const {
+    const AgentRun* run = newestOfPanel();
     // A to-do item is work of its own, not an answer.
-    const bool isDrafted = m_model.agentDraft() && m_model.agentDraft()->projectID == m_model.aiPanelProjectID();
-    if (!isDrafted && newest != nullptr && at(allAgentKinds, agent) == newest->facts().agent) {
-        return m_model.continueAgent(*newest, text, at(allAgentAutonomies, autonomy)) != nullptr;
+    if (const auto draft = draftOf(panelProjectID())) {
+        run = parentOf(*draft);
     }
-    return start(agent, text, m_model.aiPanelProjectID().value_or(QString()), autonomy);
+    const bool isOpen = run != nullptr && !run->isRunning();
+    return isOpen && static_cast<int>(run->facts().agent) == panelAgent() ? run : nullptr;
+}
+
+int AgentModels::panelAgent() const {
+    if (const auto chosen = m_composed.value(panelProjectID()).agent) {
+        return static_cast<int>(*chosen);
+    }
+    if (const auto draft = draftOf(panelProjectID()); draft && draft->sent) {
+        return static_cast<int>(draft->sent->agent);
+    }
+    const AgentRun* newest = newestOfPanel();
+    return newest != nullptr ? static_cast<int>(newest->facts().agent) : defaultAgent();
+}
+
+int AgentModels::panelAutonomy() const {
+    if (const auto chosen = m_composed.value(panelProjectID()).autonomy) {
+        return static_cast<int>(*chosen);
+    }
+    if (const auto draft = draftOf(panelProjectID()); draft && draft->sent) {
+        return static_cast<int>(draft->sent->autonomy);
+    }
+    const AgentRun* run = repliedTo();
+    return run != nullptr ? static_cast<int>(run->facts().autonomy) : autonomy();
+}
+
+void AgentModels::setPanelAgent(int index) {
+    if (const auto kind = at(allAgentKinds, index)) {
+        m_composed[panelProjectID()].agent = kind;
+        Q_EMIT updated();
+    }
+}
+
+void AgentModels::setPanelAutonomy(int index) {
+    if (const auto autonomy = at(allAgentAutonomies, index)) {
+        m_composed[panelProjectID()].autonomy = autonomy;
+        Q_EMIT updated();
+    }
+}
+
+bool AgentModels::say(const QString& text) {
+    const QString projectID = panelProjectID();
+    const AgentRun* run = draftOf(projectID) ? nullptr : repliedTo();
+    const bool isSaid = run != nullptr
+                            ? m_model.continueAgent(*run, text, at(allAgentAutonomies, panelAutonomy())) != nullptr
+                            : start(panelAgent(), text, projectID, panelAutonomy());
+    if (isSaid) {
+        m_composed.remove(projectID);
+        Q_EMIT updated();
+    }
+    return isSaid;
 }
 
 void AgentModels::beginAnew() {
-    if (const AgentRun* newest = newestToReplyTo()) {
+    if (const AgentRun* newest = repliedTo()) {
         m_leftAlone = newest->facts().id;
+        m_composed[panelProjectID()].agent.reset();
+        m_composed[panelProjectID()].autonomy.reset();
         Q_EMIT updated();
     }
 }

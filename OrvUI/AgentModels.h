@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvUI/AgentPlan.h"
 #include "OrvUI/AgentRows.h"
 
 #include <QHash>
@@ -30,6 +31,11 @@ class AgentModels : public QObject {
     Q_PROPERTY(QString error READ error NOTIFY errorChanged)
     Q_PROPERTY(QString draftText READ draftText NOTIFY draftChanged)
     Q_PROPERTY(QString draftProjectID READ draftProjectID NOTIFY draftChanged)
+    Q_PROPERTY(bool draftWasSent READ draftWasSent NOTIFY draftChanged)
+    Q_PROPERTY(int draftAgent READ draftAgent NOTIFY draftChanged)
+    Q_PROPERTY(int draftAutonomy READ draftAutonomy NOTIFY draftChanged)
+    Q_PROPERTY(int panelAgent READ panelAgent WRITE setPanelAgent NOTIFY updated)
+    Q_PROPERTY(int panelAutonomy READ panelAutonomy WRITE setPanelAutonomy NOTIFY updated)
     Q_PROPERTY(int defaultAgent READ defaultAgent WRITE setDefaultAgent NOTIFY preferencesChanged)
     Q_PROPERTY(int autonomy READ autonomy WRITE setAutonomy NOTIFY preferencesChanged)
     Q_PROPERTY(QString customCommand READ customCommand WRITE setCustomCommand NOTIFY preferencesChanged)
@@ -61,6 +67,15 @@ public:
     [[nodiscard]] QString error() const;
     [[nodiscard]] QString draftText() const;
     [[nodiscard]] QString draftProjectID() const;
+    [[nodiscard]] bool draftWasSent() const; ///< and came back
+    [[nodiscard]] int draftAgent() const;    ///< with which it was sent; -1 of one that was not
+    [[nodiscard]] int draftAutonomy() const; ///< likewise
+    /// Of what is said next in the agent panel: as chosen there, else that of the newest run of the conversation.
+    [[nodiscard]] int panelAgent() const;
+    void setPanelAgent(int index);
+    /// As chosen there, else that of the run which it goes on with.
+    [[nodiscard]] int panelAutonomy() const;
+    void setPanelAutonomy(int index);
     [[nodiscard]] int defaultAgent() const;
     void setDefaultAgent(int index);
     [[nodiscard]] int autonomy() const;
@@ -74,14 +89,17 @@ public:
     /// Of the work tree that the run had to itself, while that is open; else empty.
     [[nodiscard]] const QString& reviewBranch() const { return m_reviewBranch; }
     /// What is said in the agent panel now goes on with its newest run.
-    [[nodiscard]] bool replies() const { return newestToReplyTo() != nullptr; }
+    [[nodiscard]] bool replies() const { return repliedTo() != nullptr; }
 
     /// False when it could not be started: `error` says why. The draft's to-do item is linked when the draft is of
     /// that project.
     Q_INVOKABLE bool start(int agent, const QString& task, const QString& projectID, int autonomy);
-    /// In the agent panel: goes on with the project's newest run where that is over and of the same agent, else starts
-    /// one. False when that could not be done.
-    Q_INVOKABLE bool say(int agent, const QString& text, int autonomy);
+    /// In the agent panel, with what is chosen there: goes on with the project's newest run where that is over and of
+    /// the same agent, else starts one. False when that could not be done.
+    Q_INVOKABLE bool say(const QString& text);
+    /// The words in the agent panel of a project that were not sent yet. They stay while it is closed.
+    [[nodiscard]] Q_INVOKABLE QString words(const QString& projectID) const;
+    Q_INVOKABLE void keepWords(const QString& projectID, const QString& words);
     /// What is said next in the agent panel goes on with nothing.
     Q_INVOKABLE void beginAnew();
     /// Its words are gone from the composer: what is started next is not that to-do item. Empty: whichever it is of.
@@ -111,6 +129,7 @@ Q_SIGNALS:
     void isLoadingChanged();
     void errorChanged();
     void draftChanged();
+    void wordsCame(const QString& projectID); ///< others than those that were kept
     void preferencesChanged();
     void reviewChanged();
 
@@ -119,8 +138,20 @@ private:
     void update();
     [[nodiscard]] bool isShown(const AgentRun& run) const;
     [[nodiscard]] AgentRun* run(const QString& key) const;
-    [[nodiscard]] const AgentRun* newestToReplyTo() const;
+    [[nodiscard]] QString panelProjectID() const;
+    [[nodiscard]] const AgentRun* newestOfPanel() const;
+    [[nodiscard]] const AgentRun* repliedTo() const;
+    [[nodiscard]] const AgentRun* parentOf(const AgentDraft& draft) const;
+    [[nodiscard]] std::optional<AgentDraft> draftOf(const QString& projectID) const;
+    void takeDraft();
     [[nodiscard]] QString totals(const QString& projectID) const;
+
+    /// What stands in the agent panel of a project and was not sent yet.
+    struct Composed {
+        QString words;
+        std::optional<AgentKind> agent; ///< as chosen there
+        std::optional<AgentAutonomy> autonomy;
+    };
 
     AppModel& m_model;
     RowModel<AgentRunRow> m_runs;
@@ -132,7 +163,8 @@ private:
     QString m_reviewKey;
     QString m_reviewText;
     QString m_reviewBranch;
-    QUuid m_leftAlone; ///< a run of the agent panel with which nobody goes on
+    QHash<QString, Composed> m_composed; ///< by project
+    QUuid m_leftAlone;                   ///< a run of the agent panel with which nobody goes on
     int m_filter = all;
     bool m_isUpdateDue = false;
 };

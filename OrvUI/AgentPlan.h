@@ -9,9 +9,19 @@ namespace orv {
 
 /// Text to fill the agent composer with.
 struct AgentDraft {
+    /// How text was sent that came back, for nothing could be started with it.
+    struct Sent {
+        AgentKind agent = AgentKind::claude;
+        AgentAutonomy autonomy = AgentAutonomy::edit;
+        std::optional<QUuid> parentID; ///< the run that it goes on with
+
+        bool operator==(const Sent&) const = default;
+    };
+
     QString projectID;
     QString text;
-    std::optional<QUuid> taskID; ///< the to-do item that it came from
+    std::optional<QUuid> taskID;   ///< the to-do item that it came from
+    std::optional<Sent> sent = {}; ///< absent of what was never sent
 
     bool operator==(const AgentDraft&) const = default;
 };

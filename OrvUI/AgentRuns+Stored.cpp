@@ -2,6 +2,7 @@
 #include "OrvCore/StoreWatcher.h"
 #include "OrvUI/AgentRuns_p.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -19,6 +20,7 @@ void endAbandoned(const AgentRunFiles& files, AgentRunFiles::Stored& stored) {
     if (stored.isHeld || stored.record.state != AgentRunState::running) {
         return;
     }
+    QDir(files.scratchFolder(stored.record.id)).removeRecursively();
     const QDateTime lastWord = QFileInfo(files.outputFile(stored.record.id)).lastModified().toUTC();
     const auto changed = files.change(stored.record.id, [&lastWord](AgentRunRecord& record) {
         record.state = AgentRunState::failed;
@@ -154,6 +156,7 @@ void AgentRuns::readMore(AgentRun* run) {
         reading->isOver = isLast;
         AgentRun* reader = this->run(id);
         if (reader == nullptr) {
+            reading->last.finish();
             return;
         }
         reader->appendStored(piece.lines);
@@ -165,10 +168,19 @@ void AgentRuns::readMore(AgentRun* run) {
         if (!std::exchange(reading->hasRead, true)) {
             reading->first.finish();
         }
-        if (std::exchange(reading->isDue, false)) {
+        if (isLast) {
+            reading->last.finish();
+        } else if (std::exchange(reading->isDue, false)) {
             readMore(reader);
         }
     });
+}
+
+QFuture<void> AgentRuns::allEventsLoaded(AgentRun* run) {
+    ORV_ASSERT_MAIN_THREAD();
+    const QFuture<void> first = loadEvents(run);
+    const std::shared_ptr<Reading> reading = m_readings.value(run->facts().id);
+    return reading ? reading->last.future() : first;
 }
 
 QFuture<AgentRuns::DiffResult> AgentRuns::diff(const AgentRun* run) {

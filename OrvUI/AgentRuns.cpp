@@ -150,6 +150,7 @@ std::expected<AgentRun*, QString> AgentRuns::start(Start wish) {
     const QUuid id = run->facts().id;
     const auto active = std::make_shared<Active>();
     active->command = plan->command;
+    active->words = wish.words.isEmpty() ? plan->task : wish.words;
     m_active.insert(id, active);
     add(run);
     Q_EMIT runsChanged();
@@ -157,7 +158,9 @@ std::expected<AgentRun*, QString> AgentRuns::start(Start wish) {
 
     AgentWork::Request request{.files = m_options.files, .record = run->record(), .worktree = {}, .runner = runner()};
     if (!parent && wish.ownWorktree.value_or(settings.agentWorktrees)) {
-        request.worktree = AgentWork::WorktreeWish{m_options.worktreeFolder, settings.worktreeCopies(wish.projectID)};
+        request.worktree = AgentWork::WorktreeWish{
+            m_options.worktreeFolder, settings.worktreeCopies(wish.projectID),
+            wish.ownWorktree ? AgentWork::WorktreeWish::Need::must : AgentWork::WorktreeWish::Need::ifPossible};
     }
     onFinished(
         runIn(m_workPool, [request] { return AgentWork::prepare(request); }), this,
@@ -198,7 +201,8 @@ std::expected<AgentRun*, QString> AgentRuns::goOn(
          // Somebody may have found it not done after all: what is said later does not settle it.
          .linkedTask = {},
          .autonomy = autonomy.value_or(facts.autonomy),
-         .replyingTo = &run});
+         .replyingTo = &run,
+         .words = message.trimmed()});
 }
 
 std::expected<AgentRun*, QString> AgentRuns::retry(
@@ -218,7 +222,8 @@ std::expected<AgentRun*, QString> AgentRuns::retry(
          .linkedTask = facts.linkedTaskID,
          .autonomy = facts.autonomy,
          .replyingTo = parent,
-         .ownWorktree = run.worktree() ? std::optional(true) : std::nullopt});
+         .ownWorktree = run.worktree() ? std::optional(true) : std::nullopt,
+         .words = parent != nullptr ? AgentCommandBuilder::followUpMessage(facts.task) : QString()});
 }
 
 void AgentRuns::prepared(const QUuid& id, const std::expected<AgentWork::Ready, QString>& ready) {
@@ -271,8 +276,13 @@ bool AgentRuns::launch(AgentRun* run, Active& active) {
 void AgentRuns::giveUp(AgentRun* run, const QString& reason) {
     const QUuid id = run->facts().id;
     const QString text = AgentPlanner::couldNotStart(run->facts().agent, reason);
-    const AgentDraft task{run->facts().projectID, run->facts().task, run->facts().linkedTaskID};
     const std::shared_ptr<Active> active = m_active.take(id);
+    const AgentRun::Facts& facts = run->facts();
+    const AgentDraft task{
+        .projectID = facts.projectID,
+        .text = active->words,
+        .taskID = facts.linkedTaskID,
+        .sent = AgentDraft::Sent{facts.agent, facts.autonomy, facts.parentID}};
     const auto clear = [files = m_options.files, id, hold = active->ready.hold, worktree = active->ready.worktree] {
         if (worktree) {
             (void)TaskWorktrees(GitRunner{})
@@ -374,6 +384,7 @@ void AgentRuns::settle(AgentRun* run) {
     const auto write = [files = m_options.files, limits = m_options.fileLimits, record = run->record(),
                         hold = m_active.value(id)->ready.hold] {
         StoreResult written;
+        QDir(files.scratchFolder(record.id)).removeRecursively(); // of one that was stopped before it ran
         if (hold) {
             written = files.write(record);
             hold->reset();

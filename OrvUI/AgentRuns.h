@@ -66,7 +66,9 @@ public:
         std::optional<QUuid> linkedTask = {};
         std::optional<AgentAutonomy> autonomy = {};
         const AgentRun* replyingTo = nullptr;
-        std::optional<bool> ownWorktree = {}; ///< absent: as the settings say
+        /// Absent: as the settings say, where the project can have one.
+        std::optional<bool> ownWorktree = {};
+        QString words = {}; ///< what the user said, where the task says more; else empty
     };
     /// Or why not, in words for the user. What comes out later (`failed`) takes the run away again.
     std::expected<AgentRun*, QString> start(Start wish);
@@ -91,6 +93,8 @@ public:
     /// Reads the events of a run that was stored, and goes on reading while another process runs it. A second call does
     /// nothing.
     QFuture<void> loadEvents(AgentRun* run);
+    /// Finishes when everything that such a run printed was read, after its end.
+    [[nodiscard]] QFuture<void> allEventsLoaded(AgentRun* run);
 
     using DiffResult = std::expected<AgentWork::Diff, QString>;
     /// What changed during the run.

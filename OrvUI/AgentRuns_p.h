@@ -11,6 +11,7 @@ namespace orv {
 /// What a run of this process lives on, from its beginning until it is stored as it ended.
 struct AgentRuns::Active {
     QString command;
+    QString words; ///< what the user said
     AgentWork::Ready ready;
     std::unique_ptr<AgentProcess> process;
     std::optional<QString> storedSession;
@@ -29,6 +30,7 @@ struct AgentRuns::Reading {
     bool isDue = false; ///< there was more while it was busy
     bool isOver = false;
     Completion first;
+    Completion last;
     bool hasRead = false;
 };
 

@@ -39,25 +39,31 @@ struct OwnTree {
     QString folder;
 };
 
-std::expected<OwnTree, QString> makeWorktree(const Request& request, const WorktreeWish& wish) {
+struct NoTree {
+    QString reason;
+    bool isOfProject = false; ///< it can have none, whatever is tried
+};
+
+std::expected<OwnTree, NoTree> makeWorktree(const Request& request, const WorktreeWish& wish) {
     const AgentRunRecord& record = request.record;
     const QStringList repositories = workTreesOf(record.projectRoot);
     const QString within =
         repositories.isEmpty() ? u".."_s : QDir(repositories.first()).relativeFilePath(record.projectRoot);
     if (within.startsWith(u".."_s)) {
-        return std::unexpected(
-            Words::tr("%1 is in no git repository, so it can't have a work tree of its own.").arg(record.projectName));
+        return std::unexpected(NoTree{
+            Words::tr("%1 is in no git repository, so it can't have a work tree of its own.").arg(record.projectName),
+            true});
     }
+    const TaskWorktrees worktrees(request.runner);
     const QString suffix = shortID(record.id);
-    const auto made = TaskWorktrees(request.runner)
-                          .make(
-                              {.repository = repositories.first(),
-                               .folder = wish.folder + u'/' + folderName(record.projectName) + u'-' + suffix,
-                               .branch = taskBranchName(record.task, suffix),
-                               .copiesFrom = record.projectRoot,
-                               .copies = wish.copies});
+    const auto made = worktrees.make(
+        {.repository = repositories.first(),
+         .folder = wish.folder + u'/' + folderName(record.projectName) + u'-' + suffix,
+         .branch = taskBranchName(record.task, suffix),
+         .copiesFrom = record.projectRoot,
+         .copies = wish.copies});
     if (!made) {
-        return std::unexpected(made.error().text());
+        return std::unexpected(NoTree{made.error().text(), worktrees.isUnborn(repositories.first())});
     }
     const AgentWorktree worktree{
         .repository = made->repository,
@@ -138,13 +144,17 @@ std::expected<Ready, QString> prepare(const Request& request) {
     }
     if (request.worktree) {
         auto own = makeWorktree(request, *request.worktree);
-        if (!own) {
+        const bool goesWithout = request.worktree->need == WorktreeWish::Need::ifPossible;
+        if (own) {
+            ready.worktree = std::move(own->worktree);
+            ready.folder = std::move(own->folder);
+        } else if (goesWithout && own.error().isOfProject) {
+            addSentence(ready.note, Words::tr("It worked in the project's own folder. %1").arg(own.error().reason));
+        } else {
             ready.hold.reset();
             QDir(request.files.runFolder(record.id)).removeRecursively();
-            return std::unexpected(own.error());
+            return std::unexpected(own.error().reason);
         }
-        ready.worktree = std::move(own->worktree);
-        ready.folder = std::move(own->folder);
     }
     AgentRunRecord stored = record;
     stored.projectRoot = ready.folder;

@@ -13,8 +13,11 @@ namespace AgentWork {
 
 /// Where a run that gets a work tree of its own gets it.
 struct WorktreeWish {
+    enum class Need { must, ifPossible };
+
     QString folder; ///< in which it is made
     QStringList copies;
+    Need need = Need::must; ///< what becomes of a run in a project that can't have one
 };
 
 struct Request {
@@ -35,7 +38,8 @@ struct Ready {
 };
 
 /// Makes the run's folder and stores its record, makes the work tree, notes how the project's repositories are. Says,
-/// in words for the user, why the run can't have its work tree; anything else that fails is no reason not to run.
+/// in words for the user, why the run can't have its work tree; anything else that fails is no reason not to run. Where
+/// the project has no repository or no commit, only a work tree that must be had is such a reason.
 [[nodiscard]] std::expected<Ready, QString> prepare(const Request& request);
 
 /// What has changed since. Stores the diff, and removes what was only needed for it.

@@ -67,7 +67,7 @@ void AppModel::followAgents() {
     connect(runs, &AgentRuns::runningCountChanged, this, &AppModel::runningAgentCountChanged);
     connect(runs, &AgentRuns::failed, this, [this](const QUuid&, const QString& reason, const AgentDraft& task) {
         setAgentError(reason);
-        setAgentDraft(task); // back into the composer, which was emptied for it
+        setAgentDraft(task); // back into the composer, where what was typed meanwhile stays beside it
     });
     connect(runs, &AgentRuns::noted, this, [this](const QString& text) { report(text, true); });
     connect(runs, &AgentRuns::finished, this, &AppModel::agentFinished);

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFileInfo>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QThread>
@@ -59,7 +60,7 @@ DeviceTools DeviceTools::ofThisMachine() {
 /// A Flutter that is there has the desktop, though it could not list anything.
 DeviceTools::Listing<QList<FlutterDevice>> DeviceTools::flutterDevices(const std::atomic<bool>& isCancelled) const {
     const auto words = ShellRunner::shellWords(u"flutter devices --machine"_s);
-    const ShellRunner::Result result = ShellRunner::run(words, {.time = flutterLimit}, isCancelled);
+    const ShellRunner::Result result = ShellRunner::runLine(words, {.time = flutterLimit}, isCancelled);
     if (!result && result.error() == ShellRunner::Failure::tooLate) {
         return {{desktopDevice}, Words::tr("Flutter did not answer in time. Try 'flutter devices' in a terminal.")};
     }
@@ -71,6 +72,12 @@ DeviceTools::Listing<QList<FlutterDevice>> DeviceTools::flutterDevices(const std
     }
     if (!result || result->exitCode != 0) {
         return {{desktopDevice}, Words::tr("Flutter could not list its devices. Try 'flutter doctor' in a terminal.")};
+    }
+    if (!QJsonDocument::fromJson(result->text).isArray()) {
+        return {
+            {desktopDevice},
+            Words::tr("What Flutter says about its devices is not understood. Try 'flutter devices --machine' in a "
+                      "terminal.")};
     }
     return {DeviceParsers::flutterDevices(result->text), {}};
 }

@@ -12,8 +12,12 @@ FocusScope {
     // In the agent panel: what is said may go on with the newest run there.
     property bool conversing: false
     readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.projectID
-    property int agent: agents.defaultAgent
-    property int autonomy: agents.autonomy
+    // As chosen here; -1 while nothing was. The panel's choices are kept with its words.
+    property int chosenAgent: -1
+    property int chosenAutonomy: -1
+    readonly property bool drafted: agents.draftProjectID.length > 0 && agents.draftProjectID === projectID
+    readonly property int agent: conversing ? agents.panelAgent : chosenAgent >= 0 ? chosenAgent : drafted && agents.draftAgent >= 0 ? agents.draftAgent : agents.defaultAgent
+    readonly property int autonomy: conversing ? agents.panelAutonomy : chosenAutonomy >= 0 ? chosenAutonomy : drafted && agents.draftAutonomy >= 0 ? agents.draftAutonomy : agents.autonomy
     readonly property AgentModels agents: model.agentModels
     readonly property var agentRow: agentList.count > agent ? agentList.objectAt(agent) : null
     readonly property var autonomyRow: autonomyList.count > autonomy ? autonomyList.objectAt(autonomy) : null
@@ -23,7 +27,7 @@ FocusScope {
     function start() {
         if (composer.projectID.length === 0) {
             projectButton.clicked();
-        } else if (composer.conversing ? composer.agents.say(composer.agent, words.text, composer.autonomy) : composer.agents.start(composer.agent, words.text, composer.projectID, composer.autonomy)) {
+        } else if (composer.conversing ? composer.agents.say(words.text) : composer.agents.start(composer.agent, words.text, composer.projectID, composer.autonomy)) {
             words.clear();
         }
     }
@@ -35,9 +39,15 @@ FocusScope {
     }
 
     function takeDraft() {
-        const isMine = composer.fixedProjectID.length === 0 || composer.fixedProjectID === composer.agents.draftProjectID;
-        if (isMine && composer.agents.draftText.length > 0) {
-            words.text = composer.agents.draftText;
+        const draft = composer.agents.draftText;
+        if (!composer.conversing && draft.length > 0) {
+            if (!composer.agents.draftWasSent || words.text.length === 0) {
+                words.text = draft;
+            } else if (!composer.drafted) {
+                return; // it waits in the panel of its project
+            } else if (!words.text.startsWith(draft)) {
+                words.insert(0, draft + "\n\n");
+            }
             if (composer.agents.draftProjectID.length > 0) {
                 project.projectID = composer.agents.draftProjectID;
             }
@@ -45,8 +55,20 @@ FocusScope {
         }
     }
 
+    // In the agent panel: what was typed there before, or came.
+    function recall() {
+        if (composer.conversing && composer.agents && composer.fixedProjectID.length > 0 && words.text !== composer.agents.words(composer.fixedProjectID)) {
+            words.text = composer.agents.words(composer.fixedProjectID);
+            words.cursorPosition = words.length;
+        }
+    }
+
     implicitHeight: frame.height + note.height + Theme.space6
-    Component.onCompleted: takeDraft()
+    onFixedProjectIDChanged: recall()
+    Component.onCompleted: {
+        recall();
+        takeDraft();
+    }
 
     ProjectChoice {
         id: project
@@ -59,6 +81,13 @@ FocusScope {
 
         function onDraftChanged() {
             composer.takeDraft();
+        }
+
+        function onWordsCame(projectID) {
+            if (composer.conversing && projectID === composer.fixedProjectID) {
+                composer.recall();
+                words.forceActiveFocus(Qt.OtherFocusReason);
+            }
         }
     }
 
@@ -114,8 +143,12 @@ FocusScope {
                 }
 
                 onTextChanged: {
-                    if (text.length === 0) {
-                        composer.agents.forgetDraft(composer.fixedProjectID);
+                    if (!composer.conversing) {
+                        if (text.length === 0) {
+                            composer.agents.forgetDraft(composer.fixedProjectID);
+                        }
+                    } else if (composer.fixedProjectID.length > 0) {
+                        composer.agents.keepWords(composer.fixedProjectID, text);
                     }
                 }
                 KeyNavigation.priority: KeyNavigation.BeforeItem
@@ -294,7 +327,7 @@ FocusScope {
 
                 text: name
                 note: notice
-                onTriggered: composer.agent = index
+                onTriggered: composer.conversing ? composer.agents.panelAgent = index : composer.chosenAgent = index
             }
         }
     }
@@ -316,7 +349,7 @@ FocusScope {
                 required glyph
 
                 text: title
-                onTriggered: composer.autonomy = index
+                onTriggered: composer.conversing ? composer.agents.panelAutonomy = index : composer.chosenAutonomy = index
             }
         }
     }

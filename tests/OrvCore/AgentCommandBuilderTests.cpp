@@ -197,5 +197,17 @@ TEST(AgentCommandBuilder, TellsAFollowUpWhatWentBefore) {
     const QString second = AgentCommandBuilder::followUpTask(
         AgentCommandBuilder::followUpTask(u"Add it"_s, {}, u"Remove it"_s), u"Done"_s, u"And\n\nnow?"_s);
     EXPECT_EQ(AgentCommandBuilder::followUpMessage(second), u"And\n\nnow?"_s);
+    // Of a long conversation the oldest is forgotten.
+    QString long_ = u"First of all"_s;
+    for (int turn = 0; turn < 40; ++turn) {
+        long_ = AgentCommandBuilder::followUpTask(long_, QString(4000, u'\u00e9'), u"Turn %1 \U0001F600"_s.arg(turn));
+        EXPECT_LE(long_.toUtf8().size(), AgentCommandBuilder::longestFollowUpBytes);
+        EXPECT_EQ(AgentCommandBuilder::followUpMessage(long_), u"Turn %1 \U0001F600"_s.arg(turn));
+        EXPECT_FALSE(long_.contains(QChar::ReplacementCharacter)) << turn;
+    }
+    EXPECT_TRUE(long_.startsWith(u"Earlier in this project you were asked:\n\n(What came before this was cut.)\n\n"_s));
+    EXPECT_TRUE(!long_.contains(u"First of all"_s) && long_.contains(u"Turn 30 "_s));
+    EXPECT_EQ(long_.count(u"was cut"_s), 1);
+    EXPECT_TRUE(AgentCommandBuilder::followUpTask(u"Add it"_s, {}, QString(200'000, u'x')).endsWith(u"x"_s));
     EXPECT_EQ(AgentCommandBuilder::followUpMessage(u"See\n\nFollow-up:\n\nx"_s), u"See\n\nFollow-up:\n\nx"_s);
 }

@@ -72,6 +72,10 @@ TEST_F(AgentCommand, RunsShowsContinuesAndComparesTasks) {
     const QString first = stored[1][u"id"].toString();
     EXPECT_TRUE(call({u"agent"_s, u"show"_s, first}).out.contains("Edit cart.ts"));
     EXPECT_TRUE(call({u"agent"_s, u"list"_s, u"other"_s}).err.contains("no project 'other'"));
+    tree.add(u"other/go.mod"_s, "module other\n");
+    const QByteArray theirs = call({u"tasks"_s, u"add"_s, tree.path(u"other"_s), u"Theirs"_s, u"--json"_s}).out;
+    const QString othersTask = QJsonDocument::fromJson(theirs)[u"id"_s].toString();
+    ASSERT_FALSE(othersTask.isEmpty()) << theirs.constData();
     const struct {
         QStringList words;
         int exitCode;
@@ -83,6 +87,8 @@ TEST_F(AgentCommand, RunsShowsContinuesAndComparesTasks) {
         {{u"run"_s, shop, u"x"_s, u"--agent"_s, u"clod"_s}, 2, "--agent takes one of claude, codex"},
         {{u"continue"_s, first, u"x"_s, u"--autonomy"_s, u"all"_s}, 2, "--autonomy takes one of plan, edit, full"},
         {{u"run"_s, shop, u"x"_s, u"--task"_s, u"ff"_s}, 1, "there is no task 'ff'"},
+        {{u"run"_s, shop, u"x"_s, u"--task"_s, u""_s}, 1, "there is no task ''"},
+        {{u"run"_s, shop, u"x"_s, u"--task"_s, othersTask}, 1, "there is no task '"},
         {{u"merge"_s, first}, 1, "no work tree of its own"},
         {{u"diff"_s, u"last"_s}, 1, "This run changed nothing."},
     };

@@ -322,6 +322,25 @@ TEST_F(CommandLine, TellsTheWidgetsWhatNoWindowTells) {
     EXPECT_EQ(two->end().exitCode, 0);
     EXPECT_TRUE(widgets().pinned.isEmpty());
     EXPECT_EQ(ports(), QSet<int>{4132});
+
+    // Who only asks for devices writes nothing, also when something changes meanwhile.
+    for (const QString& profile : {u".zprofile"_s, u".profile"_s}) {
+        launcher.tree.add(u"home/"_s + profile, "PATH=\"$HOME/bin:$PATH\"\n");
+    }
+    const QString flutter = launcher.tree.add(
+        u"home/bin/flutter"_s, "#!/bin/sh\ntouch \"$HOME/asked\"\nuntil [ -e \"$HOME/answer\" ]; do sleep 0.02; done\n"
+                               "echo '[]'\n");
+    ASSERT_TRUE(QFile::setPermissions(flutter, QFile::ReadOwner | QFile::ExeOwner));
+    for (const QString& name : {u"HOME"_s, u"ZDOTDIR"_s}) {
+        launcher.environment.insert(name, launcher.tree.path(u"home"_s));
+    }
+    const auto devices = launcher.start({u"devices"_s});
+    EXPECT_TRUE(waitFor([&] { return QFile::exists(launcher.tree.path(u"home/asked"_s)); }));
+    json({u"tasks"_s, u"add"_s, u"shop"_s, u"Buy"_s});
+    EXPECT_EQ(json({u"tasks"_s}).array().size(), 3);
+    launcher.tree.add(u"home/answer"_s);
+    EXPECT_EQ(devices->end().exitCode, 0);
+    EXPECT_EQ(ports(), QSet<int>{4132});
 }
 
 TEST_F(CommandLine, SaysWhenNothingShowsNotifications) {

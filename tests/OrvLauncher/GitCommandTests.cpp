@@ -306,6 +306,10 @@ TEST_F(GitCommands, MakeProjects) {
     EXPECT_FALSE(QFileInfo::exists(projects + u"/bare/.git"_s));
     EXPECT_EQ(json({u"git"_s, u"clone"_s, u"file://"_s + origin}).object()[u"name"_s], u"origin"_s);
     EXPECT_EQ(readFile(projects + u"/origin/a b"_s), "one\n");
+    const QFileInfo place(origin);
+    EXPECT_EQ(
+        launcher.shell(u"cd '%1' && \"$ORV\" git clone ./%2 near"_s.arg(place.path(), place.fileName())).exitCode, 0);
+    EXPECT_EQ(readFile(projects + u"/near/a b"_s), "one\n");
 
     // A clone that is given up leaves nothing.
     home.add(u"server"_s, "#!/bin/sh\nexec sleep 600\n");

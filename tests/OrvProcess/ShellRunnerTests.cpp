@@ -30,6 +30,19 @@ TEST(ShellRunner, GivesTheOutputAndHowItEnded) {
         EXPECT_EQ(result->text, text) << line.toStdString();
         EXPECT_EQ(result->exitCode, code) << line.toStdString();
     }
+    // What a profile says is not the line's, with or without an end.
+    test::TemporaryTree tree;
+    for (const QString& profile : {u".zprofile"_s, u".profile"_s}) {
+        tree.add(profile, "echo Agent pid 4242; printf 'Hello '\n");
+    }
+    const test::ScopedEnvironment home("HOME", tree.path().toUtf8().constData());
+    const test::ScopedEnvironment zsh("ZDOTDIR", tree.path().toUtf8().constData());
+    for (const auto& [line, text, code] : cases) {
+        const auto result = ShellRunner::runLine(ShellRunner::shellWords(line), {}, isCancelled);
+        ASSERT_TRUE(result) << line.toStdString();
+        EXPECT_EQ(result->text, text) << line.toStdString();
+        EXPECT_EQ(result->exitCode, code) << line.toStdString();
+    }
 }
 
 TEST(ShellRunner, EndsTheWholeGroupOfWhatIsTooLateTooLongOrUnwanted) {

@@ -16,8 +16,8 @@ class AgentCatalogTest : public ::testing::Test {
 protected:
     AgentCatalogTest() {
         tree.add(u"bin/"_s);
-        tree.add(u".zprofile"_s, "PATH=\"$HOME/bin:/usr/bin:/bin\"\n");
-        tree.add(u".profile"_s, "PATH=\"$HOME/bin:/usr/bin:/bin\"\n");
+        tree.add(u".zprofile"_s, "echo Agent pid 4242; PATH=\"$HOME/bin:/usr/bin:/bin\"\n");
+        tree.add(u".profile"_s, "echo Agent pid 4242; PATH=\"$HOME/bin:/usr/bin:/bin\"\n");
     }
 
     void addProgram(const QString& path, const QByteArray& script) {

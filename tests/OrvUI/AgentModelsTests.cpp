@@ -124,33 +124,43 @@ TEST_F(AgentModelsTest, AreSeenAtTheirProjectAndAtTheTaskThatTheyWorkOn) {
 TEST_F(AgentModelsTest, GoOnInThePanelWithWhatWasSaidLast) {
     model->setAiPanelProjectID(shop);
     play("echo n >>a.txt; echo answer");
-    const auto say = [this](int agent, const QString& text, int autonomy) {
-        EXPECT_TRUE(lists().say(agent, text, autonomy)) << lists().error().toStdString();
+    const auto say = [this](const QString& text, int agent = -1, int autonomy = -1) {
+        lists().setPanelAgent(agent);
+        lists().setPanelAutonomy(autonomy);
+        EXPECT_TRUE(lists().say(text)) << lists().error().toStdString();
         AgentRun* run = model->agentRuns().first();
         EXPECT_TRUE(settles(run));
         return run;
     };
     EXPECT_FALSE(lists().replies());
-    const AgentRun* first = say(1, u"First"_s, 1);
+    const AgentRun* first = say(u"First"_s, 1, 2);
     EXPECT_TRUE(lists().replies());
-    const AgentRun* reply = say(1, u"And\nmore"_s, 0);
+    const AgentRun* reply = say(u"And\nmore"_s, -1, 0);
     EXPECT_EQ(reply->facts().parentID, first->facts().id);
     EXPECT_EQ(reply->facts().autonomy, AgentAutonomy::plan) << "as chosen now";
     EXPECT_TRUE(reply->facts().task.contains(u"First"_s)) << "an agent without sessions is told";
-    EXPECT_FALSE(say(0, u"To another one"_s, 1)->facts().parentID);
+    EXPECT_EQ(lists().panelAgent(), 1);
+    EXPECT_EQ(lists().panelAutonomy(), 0);
+    EXPECT_EQ(say(u"Still"_s)->facts().autonomy, AgentAutonomy::plan) << "that of the run, not of the settings";
+    lists().setPanelAgent(0);
+    EXPECT_FALSE(lists().replies());
+    EXPECT_EQ(lists().panelAutonomy(), 1);
+    EXPECT_FALSE(say(u"To another one"_s)->facts().parentID);
     lists().beginAnew();
     EXPECT_FALSE(lists().replies());
-    EXPECT_FALSE(say(0, u"New"_s, 1)->facts().parentID);
+    EXPECT_FALSE(say(u"New"_s)->facts().parentID);
     EXPECT_TRUE(lists().replies());
     const auto titles = [this] { return column(*lists().projectRuns(), "title").join(u'|'); };
-    EXPECT_TRUE(waitFor([&] { return titles() == u"First|And|To another one|New"_s; })) << titles().toStdString();
+    EXPECT_TRUE(waitFor([&] { return titles() == u"First|And|Still|To another one|New"_s; })) << titles().toStdString();
     EXPECT_EQ(column(*lists().projectRuns(), "asked")[1], u"And\nmore"_s);
 
     // A to-do item begins a run of its own, once, and none when its words were taken out.
     const QUuid task = model->addTask(u"Totals"_s, {}, *model->project(shop));
     model->draftAgentTaskFor(task.toString());
     model->setAiPanelProjectID(shop);
-    const AgentRun* drafted = say(0, u"Totals, please"_s, 1);
+    EXPECT_FALSE(lists().replies());
+    EXPECT_EQ(lists().words(shop), u"Totals"_s);
+    const AgentRun* drafted = say(u"Totals, please"_s);
     EXPECT_EQ(drafted->facts().linkedTaskID, task);
     EXPECT_EQ(drafted->facts().parentID, std::nullopt);
     EXPECT_EQ(model->agentDraft(), std::nullopt);
@@ -159,11 +169,11 @@ TEST_F(AgentModelsTest, GoOnInThePanelWithWhatWasSaidLast) {
     EXPECT_NE(model->agentDraft(), std::nullopt) << "that of another project";
     lists().forgetDraft(shop);
     lists().beginAnew();
-    EXPECT_EQ(say(0, u"Else"_s, 1)->facts().linkedTaskID, std::nullopt);
+    EXPECT_EQ(say(u"Else"_s)->facts().linkedTaskID, std::nullopt);
 
     play("exec sleep 100");
     lists().beginAnew();
-    ASSERT_TRUE(lists().say(0, u"Long"_s, 1));
+    ASSERT_TRUE(lists().say(u"Long"_s));
     EXPECT_FALSE(lists().replies()) << "it is at work";
     model->setAiPanelProjectID(root + u"/plain"_s);
     EXPECT_FALSE(lists().replies());
@@ -171,6 +181,35 @@ TEST_F(AgentModelsTest, GoOnInThePanelWithWhatWasSaidLast) {
     EXPECT_EQ(lists().reviewBranch(), QString());
     lists().review(u"none"_s);
     EXPECT_EQ(lists().reviewKey(), QString());
+}
+
+TEST_F(AgentModelsTest, GiveBackTheWordsOfWhatCouldNotStart) {
+    model->setAiPanelProjectID(shop);
+    lists().setPanelAgent(1);
+    lists().setPanelAutonomy(0);
+    ASSERT_TRUE(lists().say(u"First"_s));
+    const AgentRun* first = model->agentRuns().first();
+    ASSERT_TRUE(settles(first));
+    const QString tooLong(200'000, u'x');
+    ASSERT_TRUE(lists().say(u" "_s + tooLong));
+    lists().keepWords(shop, u"typed meanwhile"_s);
+    EXPECT_TRUE(waitFor([this] { return model->agentDraft().has_value(); }));
+    EXPECT_TRUE(lists().error().contains(u"Argument list too long"_s)) << lists().error().toStdString();
+    EXPECT_TRUE(model->agentDraft()->text == tooLong) << "what was said, not what the agent was told";
+    EXPECT_TRUE(lists().words(shop) == tooLong + u"\n\ntyped meanwhile"_s);
+    EXPECT_TRUE(lists().replies());
+    lists().keepWords(shop, u"Shorter"_s);
+    model->setAiPanelProjectID(root + u"/plain"_s);
+    EXPECT_EQ(lists().words(root + u"/plain"_s), QString());
+    EXPECT_EQ(lists().panelAgent(), 0);
+    model->setAiPanelProjectID(shop);
+    ASSERT_TRUE(lists().say(lists().words(shop)));
+    const AgentRun* next = model->agentRuns().first();
+    EXPECT_EQ(next->facts().parentID, first->facts().id);
+    EXPECT_EQ(next->facts().autonomy, AgentAutonomy::plan);
+    EXPECT_EQ(lists().words(shop), QString());
+    EXPECT_EQ(model->agentDraft(), std::nullopt);
+    EXPECT_TRUE(settles(next));
 }
 
 TEST_F(AgentModelsTest, ShowTheEventsOfARunWithTheOneAtWork) {

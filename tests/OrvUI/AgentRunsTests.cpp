@@ -149,6 +149,7 @@ TEST_F(AgentRunsTest, StopsWhateverARunHasStarted) {
     EXPECT_TRUE(finishes(model->stopAgent(early)));
     EXPECT_EQ(early->status().kind, AgentRunState::stopped);
     EXPECT_EQ(early->pid(), -1);
+    EXPECT_FALSE(QFileInfo::exists(files().scratchFolder(early->facts().id)));
     AgentRun* last = start(u"shop"_s);
     ASSERT_TRUE(isUp(last));
     const pid_t group = last->pid();
@@ -171,6 +172,7 @@ TEST_F(AgentRunsTest, AreThereAgainAfterARestart) {
     lost.endedAt.reset();
     lost.startedAt = before.startedAt.addSecs(-60);
     ASSERT_TRUE(files().write(lost));
+    ASSERT_TRUE(QDir().mkpath(files().scratchFolder(lost.id)));
     makeModel();
     scan();
     ASSERT_TRUE(waitFor([this] { return model->agentRuns().size() == 2; }));
@@ -181,6 +183,7 @@ TEST_F(AgentRunsTest, AreThereAgainAfterARestart) {
     EXPECT_EQ(run->record(), before);
     EXPECT_TRUE(result(model->agentRunner().diff(run)));
     EXPECT_EQ(model->agentRuns().last()->status().reason, u"OrvLauncher ended while it ran."_s);
+    EXPECT_FALSE(QFileInfo::exists(files().scratchFolder(lost.id)));
     AgentRun* next = model->continueAgent(*run, u"Go on"_s);
     ASSERT_TRUE(next && settles(next));
     EXPECT_TRUE(readFile(tree.path(u"note"_s))
@@ -189,7 +192,7 @@ TEST_F(AgentRunsTest, AreThereAgainAfterARestart) {
 }
 
 TEST_F(AgentRunsTest, AreSeenAndStoppedByAnotherProcess) {
-    play("echo one; trap 'echo bye; exit 3' TERM; while :; do sleep 0.01; done");
+    play("echo one; trap 'printf bye; exit 3' TERM; while :; do sleep 0.01; done");
     AgentRun* run = start(u"plain"_s);
     ASSERT_TRUE(isUp(run));
     AgentRuns other(
@@ -212,7 +215,9 @@ TEST_F(AgentRunsTest, AreSeenAndStoppedByAnotherProcess) {
     EXPECT_TRUE(settles(run));
     EXPECT_EQ(seen->status().kind, AgentRunState::stopped);
     EXPECT_EQ(seen->owner(), AgentRun::Owner::here);
-    EXPECT_TRUE(waitFor([&] { return seen->events() == run->events(); }));
+    EXPECT_TRUE(finishes(other.allEventsLoaded(seen)));
+    EXPECT_EQ(seen->events(), run->events());
+    EXPECT_EQ(seen->events().back(), AgentEvent(AgentText{u"bye"_s})) << "it has no end of line";
 }
 
 TEST_F(AgentRunsTest, SurvivesFloodsLongLinesAndAFullDisk) {
@@ -321,11 +326,29 @@ TEST_F(AgentRunsTest, WorksInATreeOfItsOwnUntilThatIsMergedOrThrownAway) {
     isTold(model->continueAgent(*run, u"With another freedom"_s, AgentAutonomy::full), AgentAutonomy::full);
     isTold(model->retryAgent(*next), next->facts().autonomy);
 
-    // A project without git can't have one.
-    AgentRun* plain = start(u"plain"_s);
-    EXPECT_NE(plain, nullptr);
-    EXPECT_TRUE(waitFor([this] { return model->agentError().has_value(); }));
-    EXPECT_TRUE(model->agentError()->contains(u"in no git repository"_s));
+    // A project without git, or without a commit, can't have one, which matters where it was asked for.
+    git(tree.add(u"projects/plain/unborn/"_s), {u"init"_s, u"-q"_s});
+    const struct {
+        QString folder;
+        QString reason;
+    } cases[] = {{root + u"/plain"_s, u"in no git repository"_s}, {root + u"/plain/unborn"_s, u"no commit yet"_s}};
+    for (const auto& [folder, reason] : cases) {
+        AgentRuns::Start wish{
+            .agent = AgentKind::claude,
+            .task = u"x"_s,
+            .projectID = root + u"/plain"_s,
+            .projectName = u"plain"_s,
+            .projectRoot = folder};
+        AgentRun* without = model->startAgent(wish, project(u"plain"_s));
+        ASSERT_TRUE(without && settles(without));
+        EXPECT_EQ(without->status().kind, AgentRunState::succeeded);
+        EXPECT_EQ(without->facts().projectRoot, folder);
+        EXPECT_TRUE(without->changes() && without->changes()->note.contains(reason)) << reason.toStdString();
+        wish.ownWorktree = true;
+        EXPECT_NE(model->startAgent(wish, project(u"plain"_s)), nullptr);
+        EXPECT_TRUE(waitFor([this] { return model->agentError().has_value(); }));
+        EXPECT_TRUE(model->agentError()->contains(reason)) << model->agentError()->toStdString();
+    }
 }
 
 TEST_F(AgentRunsTest, SaysWhenARunWaitsOrIsSilent) {

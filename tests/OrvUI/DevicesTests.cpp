@@ -78,6 +78,8 @@ TEST_F(DevicesTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) 
          u"^Flutter did not answer.*\nNo simulators.*\nThe Android emulators could not be listed.*emulator -list-avds"_s},
         {"exit 1\n", "true\n", u"Linux"_s,
          u"^Flutter could not.*\nNo simulators.*\nThere is no Android emulator yet"_s},
+        {"echo Welcome to Flutter\n", "true\n", u"Linux"_s,
+         u"^What Flutter says about its devices is not understood"_s},
         {"exit 127\n", {}, {}, u"^Flutter was not found.*\nNo simulators.*\nNo Android SDK was found"_s},
     };
     for (const auto& [flutter, emulator, rows, hints] : cases) {

@@ -241,11 +241,16 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     window->resize(900, 832);
     EXPECT_TRUE(test::waitFor([this] { return item("AgentPanel")->property("floating").toBool(); }));
     EXPECT_GT(item("ProjectPage")->width(), 800);
+    for (const char letter : QByteArrayView("not sent")) {
+        QTest::keyClick(window, letter);
+    }
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(test::waitFor([this] { return items("AgentPanel").isEmpty(); }));
     EXPECT_FALSE(model->aiPanelProjectID());
     QTest::keyClick(window, Qt::Key_J, Qt::ControlModifier);
     EXPECT_TRUE(test::waitFor([this] { return items("AgentTurn").size() == 2; })) << "it comes back as it was";
+    const auto isTyped = [this] { return window->activeFocusItem()->property("text") == u"not sent"_s; };
+    EXPECT_TRUE(test::waitFor(isTyped)) << focus();
 }
 
 TEST_F(MainWindow, ShowsEveryPageAndSection) {

@@ -8,6 +8,13 @@ namespace term {
 using detail::cutAt;
 using detail::numberOf;
 
+namespace {
+
+/// Answers to one string; all there are to ask fit. Whatever a string asks beyond would multiply its length.
+constexpr int mostAnswers = 512;
+
+} // namespace
+
 ColorTable& Terminal::themedColors() {
     if (!m_hasTheme) {
         m_hasTheme = true;
@@ -43,6 +50,7 @@ bool Terminal::dispatchColors(int code, std::string_view payload, StringEnd end)
 /// OSC 4 and 5: pairs of an index and a colour, or a "?".
 void Terminal::paletteColors(int code, std::string_view payload, StringEnd end) {
     const int first = code == 4 ? 0 : ColorTable::paletteSize;
+    int answers = 0;
     while (!payload.empty()) {
         const std::optional<int> given = numberOf(cutAt(payload, ';'));
         const std::string_view notation = cutAt(payload, ';');
@@ -51,7 +59,8 @@ void Terminal::paletteColors(int code, std::string_view payload, StringEnd end) 
         }
         const int index = first + *given;
         if (notation == "?") {
-            if (const std::optional<RgbColor> color = themedColors().color(index)) {
+            const std::optional<RgbColor> color = themedColors().color(index);
+            if (color && ++answers <= mostAnswers) {
                 sendOsc(std::to_string(code) + ";" + std::to_string(*given) + ";" + formatColorSpec(*color), end);
             }
         } else if (const std::optional<RgbColor> color = parseColorSpec(notation)) {
@@ -140,7 +149,11 @@ void Terminal::kittyColors(std::string_view payload, StringEnd end) {
         {"selection_foreground", DynamicColor::highlightForeground},
     });
     std::string answers;
-    const auto answer = [&answers](std::string_view key, const std::optional<RgbColor>& color) {
+    int count = 0;
+    const auto answer = [&](std::string_view key, const std::optional<RgbColor>& color) {
+        if (++count > mostAnswers) {
+            return;
+        }
         answers += ";" + std::string(key) + "=" + (color ? formatColorSpec(*color) : "");
     };
     while (!payload.empty()) {

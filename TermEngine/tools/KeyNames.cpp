@@ -83,6 +83,12 @@ std::optional<KeyEvent> keyNamed(std::string_view name) {
         return {};
     }
     event.code = scalars.front();
+    // Of other characters the layout decides what they are with shift.
+    if (event.modifiers.has(KeyModifiers::shift) && event.code >= U'a' && event.code <= U'z') {
+        static constexpr std::string_view capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+        event.text = capitals.substr(event.code - U'a', 1);
+        event.shifted = static_cast<unsigned char>(event.text.front());
+    }
     return event;
 }
 

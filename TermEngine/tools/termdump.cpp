@@ -6,6 +6,7 @@
 #include "TermEngine/Terminal.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <condition_variable>
@@ -14,9 +15,11 @@
 #include <iostream>
 #include <iterator>
 #include <mutex>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include <unistd.h>
@@ -72,12 +75,25 @@ struct Options {
     std::vector<std::string> command;
 };
 
-std::string contentsOf(const std::string& path) {
+/// Tells of it; the exit code.
+int failed(std::string_view doing, const std::string& path) {
+    const std::string reason = std::generic_category().message(errno);
+    std::cerr << "termdump: can't " << doing << ' ' << path << ": " << reason << '\n';
+    return 1;
+}
+
+/// Nothing for what can't be read.
+std::optional<std::string> contentsOf(const std::string& path) {
     if (path == "-") {
-        return {std::istreambuf_iterator<char>(std::cin), {}};
+        return std::string(std::istreambuf_iterator<char>(std::cin), {});
     }
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream contents;
+    // A file of no bytes is no error; a folder can be opened, and not read.
+    if (!file || (file.peek() != std::ifstream::traits_type::eof() && !(contents << file.rdbuf())) || file.bad()) {
+        return {};
+    }
+    return contents.str();
 }
 
 bool parseNumber(std::string_view text, int& number) {
@@ -137,7 +153,7 @@ bool parse(const std::vector<std::string>& words, Options& options) {
         } else if (word == "--timeout" && parseNumber(value, number)) {
             options.timeout = std::chrono::milliseconds(number);
         } else if (word == "--input") {
-            options.input = contentsOf(value);
+            options.input = value;
         } else if (word == "--keys" && parseKeys(value, options.keys)) {
             continue;
         } else if (word == "--wait") {
@@ -150,7 +166,10 @@ bool parse(const std::vector<std::string>& words, Options& options) {
             return false;
         }
     }
-    return options.filter || !options.replay.empty() || !options.command.empty();
+    if (options.filter) {
+        return options.record.empty() && options.replay.empty() && options.command.empty();
+    }
+    return !options.replay.empty() || !options.command.empty();
 }
 
 void print(const term::Terminal& terminal, Format format) {
@@ -170,11 +189,12 @@ std::string sizesFile(const std::string& recording) {
     return recording + ".sizes";
 }
 
-void writeSizes(const std::string& recording, const std::vector<SizeChange>& changes) {
+[[nodiscard]] bool writeSizes(const std::string& recording, const std::vector<SizeChange>& changes) {
     std::ofstream file(sizesFile(recording));
     for (const SizeChange& change : changes) {
         file << change.offset << ' ' << change.size.cols << 'x' << change.size.rows << '\n';
     }
+    return static_cast<bool>(file.flush());
 }
 
 std::vector<SizeChange> readSizes(const std::string& recording) {
@@ -192,7 +212,8 @@ class Session final : public term::TerminalDelegate, public term::LocalProcessDe
 public:
     explicit Session(const Options& options) : m_options(options), m_terminal(*this, terminalOptions(options)) {}
 
-    int run(const std::shared_ptr<Session>& self) {
+    /// `input` is what the command gets, in the pieces between NUL bytes.
+    int run(const std::shared_ptr<Session>& self, std::string_view input) {
         m_process = term::LocalProcess::create(self, {.delivery = term::LocalProcessDelivery::direct});
         m_process->startProcess(
             {.executable = "/usr/bin/env", .args = m_options.command, .environment = environment()});
@@ -200,7 +221,6 @@ public:
         const auto deadline = Clock::now() + m_options.timeout;
         m_lastOutput = Clock::now();
         m_sizes.push_back({0, m_options.size});
-        std::string_view input = m_options.input;
         std::size_t typed = 0;
         std::size_t resized = 0;
         while (!m_hasEnded && Clock::now() < deadline) {
@@ -236,8 +256,10 @@ public:
         const bool found = m_options.wait.empty() || isShown(m_options.wait);
         print(m_terminal, m_options.format);
         if (!m_options.record.empty()) {
-            std::ofstream(m_options.record, std::ios::binary) << m_recorded;
-            writeSizes(m_options.record, m_sizes);
+            std::ofstream file(m_options.record, std::ios::binary);
+            if (!(file << m_recorded).flush() || !writeSizes(m_options.record, m_sizes)) {
+                return failed("write", m_options.record);
+            }
         }
         return found ? 0 : 1;
     }
@@ -398,10 +420,15 @@ int main(int argc, char** argv) {
     if (options.filter) {
         return filter(options);
     }
+    const std::string& source = options.replay.empty() ? options.input : options.replay;
+    const std::optional<std::string> bytes = source.empty() ? std::string() : contentsOf(source);
+    if (!bytes) {
+        return failed("read", source);
+    }
     const auto session = std::make_shared<Session>(options);
     if (!options.replay.empty()) {
-        session->replay(contentsOf(options.replay), readSizes(options.replay));
+        session->replay(*bytes, readSizes(options.replay));
         return 0;
     }
-    return session->run(session);
+    return session->run(session, *bytes);
 }

@@ -120,6 +120,8 @@ std::vector<Input> inputs() {
     add("flags", repeated(100'000, "\xF0\x9F\x87\xA6"));
     add("broken UTF-8", std::string(1'000'000, '\xF4') + std::string(1'000'000, '\x80'));
     add("palette", times(20'000, [](int i) { return "\x1B]4;" + std::to_string(i % 256) + ";rgb:12/34/56;1;?\a"; }));
+    add("palette questions", "\x1B]4;" + repeated(1'000'000, "0;?;") + "\a");
+    add("colour questions", "\x1B]21;" + repeated(1'000'000, "0=?;") + "\a");
     add("termcap", "\x1BP+q" + repeated(50'000, "544E;") + "\x1B\\");
     add("marks", repeated(30'000, "\x1B]133;A\a$ \x1B]133;C\ao\r\n\x1B]133;D;1\a"));
     add("clipboard", "\x1B]52;c;" + std::string(10'000'000, 'A') + "\a");

@@ -133,6 +133,19 @@ TEST(Replies, HoldNothingThatAProgramChose) {
     }
 }
 
+TEST(Replies, ToOneStringAreBounded) {
+    for (const auto& [begin, question] :
+         {std::pair("4", ";7;?"), std::pair("21", ";7=?"), std::pair("21", ";cursor=?")}) {
+        std::string string = std::string("\x1B]") + begin;
+        for (int i = 0; i < 2000; ++i) {
+            string += question;
+        }
+        Session session;
+        const std::string replies = session.ask(string + "\a");
+        EXPECT_EQ(std::ranges::count(replies, ':'), 512) << begin << question; // one in each "rgb:"
+    }
+}
+
 TEST(Replies, AreToldFromWhatTheUserDoes) {
     class Host final : public ClipboardHost {
     public:

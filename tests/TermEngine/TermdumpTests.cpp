@@ -95,6 +95,16 @@ TEST_F(TermdumpTest, TypesKeysAsTheModesHaveThem) {
     EXPECT_EQ(
         run("termdump --size 60x1 --quiet 100 --keys 'up ctrl+up f1 shift+f5 kp7 é space ctrl+c' " + program).text,
         "^[OA^[[1;5A^[OP^[[15;2~^[OwM-CM-) ^C\n");
+    EXPECT_EQ(
+        run("termdump --size 60x1 --quiet 100 --keys 'a shift+a alt+shift+a ctrl+a' -- sh -c 'stty raw -echo; "
+            "echo; dd bs=1 count=5 2>/dev/null | cat -v'")
+            .text,
+        "aA^[A^A\n");
+    EXPECT_EQ(
+        run(R"(termdump --size 60x1 --quiet 100 --keys 'shift+a' -- sh -c 'stty raw -echo; printf "\033[>31u"; )"
+            R"(dd bs=1 count=13 2>/dev/null | cat -v')")
+            .text,
+        "^[[97:65;2;65u\n");
     EXPECT_EQ(run("termdump --keys 'up nothing' -- true 2>/dev/null").exitCode, 2);
 }
 
@@ -105,6 +115,15 @@ TEST_F(TermdumpTest, AnswersWhatAProgramAsksAndSaysHowItEnded) {
     EXPECT_EQ(run("termdump --ansi --size 8x1 -- printf '\\033[32mok'").text, "\x1B[0;32mok\x1B[m\n");
     EXPECT_EQ(run("termdump --strange 2>&1 | head -c 6").text, "usage:");
     EXPECT_EQ(run("termdump --size 80 -- true 2>/dev/null").exitCode, 2);
+    EXPECT_EQ(run("termdump --filter --record " + folder + "/none </dev/null 2>/dev/null").exitCode, 2);
+    const std::string missing = folder + "/missing/file";
+    for (const auto& [options, verb] :
+         {std::pair("--replay ", "read "), std::pair("--input ", "read "), std::pair("--record ", "write ")}) {
+        const Output failed = run("termdump " + (options + missing) + " -- true 2>&1 >/dev/null");
+        EXPECT_EQ(failed.text, "termdump: can't " + (verb + missing) + ": No such file or directory\n") << options;
+        EXPECT_EQ(failed.exitCode, 1) << options;
+    }
+    EXPECT_EQ(run("termdump --replay /dev/null --size 3x1").text, "\n");
 }
 
 } // namespace

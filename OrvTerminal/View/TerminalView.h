@@ -12,6 +12,7 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QQuickItem>
+#include <QSet>
 #include <QTimer>
 #include <QUrl>
 #include <QVariantList>
@@ -275,6 +276,7 @@ private:
     bool m_isTextOn = true;
 
     KeyTranslator m_keys;
+    QSet<quint32> m_sentKeys; ///< those that the program was told of and that are not up again
     QString m_preedit;
     int m_preeditCursor = 0;
     QImage m_preeditPicture;

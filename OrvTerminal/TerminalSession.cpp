@@ -84,6 +84,12 @@ std::optional<std::vector<std::string>> environment() {
 }
 #endif
 
+/// The last part of its path; of the root, all of it.
+QString nameOf(const QUrl& directory) {
+    const QString name = directory.adjusted(QUrl::StripTrailingSlash).fileName();
+    return name.isEmpty() ? directory.path() : name;
+}
+
 } // namespace
 
 /// What the terminal asks of its host.
@@ -198,7 +204,7 @@ private:
 TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThreadQueue> queue, QObject* parent)
     : QObject(parent),
       m_directory(directory),
-      m_title(directory.adjusted(QUrl::StripTrailingSlash).fileName()),
+      m_title(nameOf(directory)),
       m_delegate(std::make_unique<Delegate>(*this)),
       m_processDelegate(std::make_shared<ProcessDelegate>(*this)) {
     ORV_ASSERT_MAIN_THREAD();
@@ -343,6 +349,8 @@ void TerminalSession::ring() {
 void TerminalSession::setShown(bool isShown) {
     ORV_ASSERT_MAIN_THREAD();
     m_isShown = isShown;
+    m_terminal->setVisibility(
+        isShown ? term::TerminalVisibility::potentiallyVisible : term::TerminalVisibility::notVisible);
     if (isShown) {
         setHasUnseenBell(false);
     }

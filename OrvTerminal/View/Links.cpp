@@ -29,7 +29,7 @@ std::vector<TextLink> linksIn(QStringView text) {
     static const QRegularExpression address(
         uR"((?:(?:https?|ftp|file)://|mailto:)[^\s<>"'`{}|\\^\x{2500}-\x{259F}]+)"_s,
         QRegularExpression::CaseInsensitiveOption);
-    // A path has a slash or an ending; its line may follow as ":12:5", "(12,5)" or ", line 12" behind quotes.
+    // A path has a slash, an ending or a line; that may follow as ":12:5", "(12,5)" or ", line 12" behind quotes.
     static const QRegularExpression file(
         uR"((?<![\w/.~@+-])((?:~|\.{1,2})?(?:/?[\w.@+~-]+/)*[\w.@+~-]*[\w@+~-](?:\.\w+)?|(?:/[\w.@+~-]+)+/?)(?::(\d+)(?::(\d+))?|\((\d+)(?:,(\d+))?\)|["'], line (\d+))?)"_s,
         QRegularExpression::UseUnicodePropertiesOption);
@@ -52,19 +52,20 @@ std::vector<TextLink> linksIn(QStringView text) {
         const auto overlaps = [&](const TextLink& link) {
             return match.capturedStart() < link.end && link.first < match.capturedEnd();
         };
-        const bool looksLikeFile = path.contains(u'/') || path.contains(u'.');
-        if (!looksLikeFile || std::ranges::any_of(found, overlaps)) {
-            continue;
-        }
         const auto number = [&](int first, int second, int third) {
             return match.captured(first).toInt() + match.captured(second).toInt() + match.captured(third).toInt();
         };
+        const int line = number(2, 4, 6);
+        const bool looksLikeFile = path.contains(u'/') || path.contains(u'.') || line > 0;
+        if (!looksLikeFile || std::ranges::any_of(found, overlaps)) {
+            continue;
+        }
         found.push_back(
             {match.capturedStart(),
              match.capturedEnd(),
              {},
              path,
-             number(2, 4, 6),
+             line,
              match.captured(3).toInt() + match.captured(5).toInt()});
     }
     std::ranges::sort(found, {}, &TextLink::first);

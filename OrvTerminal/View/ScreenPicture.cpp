@@ -62,7 +62,7 @@ void ScreenPicture::placeCursor(
     const QImage before = std::exchange(m_cursor, {}).character;
     const int row =
         instead ? static_cast<int>(instead->line - m_firstLine) : buffer.y() + buffer.yBase() - buffer.yDisp();
-    if ((!instead && !terminal.modes().cursorVisible) || row < 0 || row >= buffer.rows()) {
+    if (row < 0 || row >= buffer.rows()) {
         return;
     }
     const int index = buffer.yDisp() + row;
@@ -79,9 +79,12 @@ void ScreenPicture::placeCursor(
     if (column > 0 && cellAt(column).isSpacer()) {
         --column;
     }
-    m_cursor.isShown = true;
     m_cursor.stretchX = line.renderMode() == term::RenderLineMode::single ? 1 : 2;
     m_cursor.cells = QRect(column, row, cellAt(column).isWide() ? 2 : 1, 1);
+    m_cursor.isShown = instead || terminal.modes().cursorVisible;
+    if (!m_cursor.isShown) {
+        return;
+    }
     const term::RgbColor own =
         terminal.colors().ownColor(term::DynamicColor::cursor).value_or(toTerm(QColor(m_colors.theme.cursor)));
     m_cursor.character = painter.paintCursor({line, terminal.arena(), order, {}, false}, column, toRgb(own));

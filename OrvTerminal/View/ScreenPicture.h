@@ -34,7 +34,7 @@ public:
     };
     struct Cursor {
         bool isShown = false;
-        QRect cells; ///< column, row, columns, 1
+        QRect cells; ///< column, row, columns, 1; also where it is hidden: an input method writes there
         int stretchX = 1;
         QImage character; ///< what stands on a block; null: nothing
         bool operator==(const Cursor&) const = default;

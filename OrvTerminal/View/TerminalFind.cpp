@@ -4,6 +4,7 @@
 #include "OrvTerminal/TerminalSession.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace orv {
 namespace {
@@ -91,6 +92,7 @@ void TerminalFind::search() {
         term::SearchOptions options;
         options.ignoresCase = !m_matchesCase;
         options.isRegularExpression = m_isExpression;
+        options.limit = std::numeric_limits<std::size_t>::max(); // the newest come last, and are wanted most
         options.mostSteps = mostSteps;
         auto found = term::search(m_session.terminal().buffer(), m_text.toStdString(), options);
         m_isValid = found.has_value();

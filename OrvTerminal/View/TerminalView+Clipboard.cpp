@@ -21,6 +21,12 @@ void putOnClipboard(const QString& text, bool isPrimary) {
     }
 }
 
+/// A copy, whatever is proposed: an editor deletes what it has moved elsewhere.
+void answerDrag(QDropEvent& event) {
+    event.setDropAction(Qt::CopyAction);
+    event.setAccepted(event.mimeData()->hasUrls() || event.mimeData()->hasText());
+}
+
 } // namespace
 
 bool TerminalView::hasSelection() const {
@@ -147,7 +153,11 @@ void TerminalView::answerProgramsCopy(bool isWanted) {
 }
 
 void TerminalView::dragEnterEvent(QDragEnterEvent* event) {
-    event->setAccepted(event->mimeData()->hasUrls() || event->mimeData()->hasText());
+    answerDrag(*event);
+}
+
+void TerminalView::dragMoveEvent(QDragMoveEvent* event) {
+    answerDrag(*event);
 }
 
 void TerminalView::dropEvent(QDropEvent* event) {
@@ -160,7 +170,7 @@ void TerminalView::dropEvent(QDropEvent* event) {
     } else {
         pasteWithoutQuestion(words.join(u' ') + u' ');
     }
-    event->acceptProposedAction();
+    answerDrag(*event);
     forceActiveFocus(Qt::MouseFocusReason);
 }
 

@@ -99,6 +99,15 @@ const Binding* bindingOf(const QKeyEvent& event, bool isAlternate) {
     return nullptr;
 }
 
+/// The same when a key goes up as when it went down, whatever modifiers came meanwhile.
+quint32 identityOf(const QKeyEvent& event) {
+#ifdef Q_OS_MACOS
+    return event.nativeVirtualKey();
+#else
+    return event.nativeScanCode() != 0 ? event.nativeScanCode() : static_cast<quint32>(event.key());
+#endif
+}
+
 bool isModifierKey(int key) {
     return (key >= Qt::Key_Shift && key <= Qt::Key_ScrollLock) || (key >= Qt::Key_Super_L && key <= Qt::Key_Hyper_R) ||
            key == Qt::Key_AltGr;
@@ -201,6 +210,7 @@ void TerminalView::keyPressEvent(QKeyEvent* event) {
         event->ignore();
         return;
     }
+    m_sentKeys.insert(identityOf(*event));
     if (m_session.terminal().sendKey(key) && !isModifierKey(event->key())) {
         typed();
     }
@@ -213,7 +223,11 @@ void TerminalView::keyReleaseEvent(QKeyEvent* event) {
     term::KeyEvent key;
     QByteArray text;
     // While a key is held, X11 lets it go and presses it again.
-    if (!event->isAutoRepeat() && m_session.isAlive() && m_keys.translate(*event, key, text)) {
+    if (event->isAutoRepeat() || !m_keys.translate(*event, key, text)) {
+        return;
+    }
+    // Of a key that did something here, the program knows nothing.
+    if (m_sentKeys.remove(identityOf(*event)) && m_session.isAlive()) {
         m_session.terminal().sendKey(key);
     }
 }
@@ -221,6 +235,9 @@ void TerminalView::keyReleaseEvent(QKeyEvent* event) {
 void TerminalView::inputMethodEvent(QInputMethodEvent* event) {
     m_preedit = event->preeditString();
     m_preeditCursor = static_cast<int>(m_preedit.size());
+    if (!m_preedit.isEmpty()) {
+        scrollToBottom();
+    }
     for (const QInputMethodEvent::Attribute& attribute : event->attributes()) {
         if (attribute.type == QInputMethodEvent::Cursor) {
             m_preeditCursor = attribute.start;
@@ -265,6 +282,7 @@ void TerminalView::focusInEvent(QFocusEvent* event) {
 void TerminalView::focusOutEvent(QFocusEvent* event) {
     QQuickItem::focusOutEvent(event);
     m_session.terminal().sendFocus(term::FocusChange::lost);
+    m_sentKeys.clear();
     m_preedit.clear();
     m_preeditPicture = {};
     restartBlinking();

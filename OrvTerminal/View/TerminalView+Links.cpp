@@ -58,24 +58,45 @@ TerminalView::WrappedText TerminalView::wrappedText(int index) const {
     return wrapped;
 }
 
-/// The link that a program has put under the text of a cell.
+/// The link that a program has put under the text of a cell, over soft wraps.
 TerminalView::Hovered TerminalView::namedLink(int index, int column) const {
     const term::Terminal& terminal = m_session.terminal();
-    const term::BufferLine& line = terminal.buffer().lineAt(index);
-    const term::TinyAtom atom = line[column].payload();
+    const term::Buffer& buffer = terminal.buffer();
+    const term::TinyAtom atom = buffer.lineAt(index)[column].payload();
+    const auto isLinked = [&](int row, int at) { return buffer.lineAt(row)[at].payload() == atom; };
+    int firstRow = index;
     int first = column;
-    while (first > 0 && line[first - 1].payload() == atom) {
-        --first;
+    while (true) {
+        if (first > 0 && isLinked(firstRow, first - 1)) {
+            --first;
+        } else if (const int last = firstRow > 0 ? buffer.lineAt(firstRow - 1).size() - 1 : 0;
+                   first == 0 && firstRow > 0 && buffer.lineAt(firstRow).isWrapped() && isLinked(firstRow - 1, last)) {
+            --firstRow;
+            first = last;
+        } else {
+            break;
+        }
     }
+    int endRow = index;
     int end = column + 1;
-    while (end < line.size() && line[end].payload() == atom) {
-        ++end;
+    while (true) {
+        const int size = buffer.lineAt(endRow).size();
+        if (end < size && isLinked(endRow, end)) {
+            ++end;
+        } else if (
+            end == size && endRow + 1 < buffer.lineCount() && buffer.lineAt(endRow + 1).isWrapped() &&
+            isLinked(endRow + 1, 0)) {
+            ++endRow;
+            end = 1;
+        } else {
+            break;
+        }
     }
     const std::string_view url = terminal.linkUrl(atom);
     TextLink link;
     link.url = QString::fromUtf8(url.data(), static_cast<qsizetype>(url.size()));
-    const std::int64_t number = static_cast<std::int64_t>(terminal.buffer().trimmedCount()) + index;
-    return Hovered{link, number, first, number, end};
+    const auto oldest = static_cast<std::int64_t>(buffer.trimmedCount());
+    return Hovered{link, oldest + firstRow, first, oldest + endRow, end};
 }
 
 /// Nothing for what looks like a file and is none.
@@ -118,10 +139,18 @@ std::vector<TerminalView::Hovered> TerminalView::linksInView() const {
     for (int index = top; index < top + buffer.rows(); ++index) {
         const term::BufferLine& line = buffer.lineAt(index);
         for (int column = 0; column < line.size(); ++column) {
-            if (line[column].payload() != 0) {
-                links.push_back(namedLink(index, column));
-                column = links.back().end - 1;
+            if (line[column].payload() == 0) {
+                continue;
             }
+            Hovered link = namedLink(index, column);
+            const std::int64_t here = firstLine() + index - top;
+            if (link.line == here || index == top) {
+                // Of one that begins above the view, what can be seen of it.
+                link.first = link.line == here ? link.first : 0;
+                link.line = here;
+                links.push_back(link);
+            }
+            column = (link.endLine == here ? link.end : line.size()) - 1;
         }
     }
     for (int index = top; index < top + buffer.rows();) {
@@ -130,7 +159,8 @@ std::vector<TerminalView::Hovered> TerminalView::linksInView() const {
             const std::optional<Hovered> found = writtenLink(link, text);
             // The words of a link that a program has named may be an address too.
             const auto hides = [&](const Hovered& named) {
-                return found->line == named.line && found->first < named.end && named.first < found->end;
+                return std::pair(found->line, found->first) < std::pair(named.endLine, named.end) &&
+                       std::pair(named.line, named.first) < std::pair(found->endLine, found->end);
             };
             const bool isInView = found && found->line >= firstLine() && found->line < firstLine() + buffer.rows();
             if (isInView && std::ranges::none_of(links, hides)) {

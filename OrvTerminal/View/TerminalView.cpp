@@ -32,6 +32,41 @@ constexpr int longestOutput = 5000;
 constexpr int gutterWidth = 3;
 constexpr int gutterGap = 6;
 
+bool isBlank(const term::BufferLine& line) {
+    return line.getTrimmedLength() == 0;
+}
+
+/// Where a prompt that begins in a line is to be seen: some begin with blank lines. None where other text was written
+/// over it, which leaves the mark.
+std::optional<int> promptOf(const term::Buffer& buffer, int index) {
+    if (!buffer.lineAt(index).semanticMarks().promptStart) {
+        return {};
+    }
+    while (isBlank(buffer.lineAt(index)) && index + 1 < buffer.lineCount() &&
+           !buffer.lineAt(index + 1).semanticMarks().promptStart) {
+        ++index;
+    }
+    constexpr auto prompt = static_cast<std::uint8_t>(term::SemanticContent::prompt);
+    const auto cells = buffer.lineAt(index).usedCells();
+    const bool isPrompt =
+        std::ranges::any_of(cells, [](term::PackedCell cell) { return cell.semanticCode() == prompt; });
+    return isPrompt ? std::optional(index) : std::nullopt;
+}
+
+/// The newest mark between a prompt and where the next one begins; null before there is a next one.
+const term::SemanticMarks* endOfCommand(const term::Buffer& buffer, int prompt) {
+    const term::SemanticMarks* end = nullptr;
+    const int last = std::min(buffer.lineCount(), prompt + longestOutput);
+    for (int index = prompt + 1; index < last; ++index) {
+        const term::SemanticMarks& marks = buffer.lineAt(index).semanticMarks();
+        end = marks.commandEnd ? &marks : end;
+        if (promptOf(buffer, index)) {
+            return end;
+        }
+    }
+    return nullptr;
+}
+
 } // namespace
 
 TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuickItem* parent)
@@ -314,37 +349,32 @@ std::vector<LineMark> TerminalView::marksOn(std::int64_t line) const {
     return marks;
 }
 
-/// Beside each prompt, how its command went: shells say so on the line of the next prompt.
+/// Beside each prompt, how its command went: shells say so behind its output, at the latest where the next prompt
+/// begins.
 std::vector<ScreenNode::Patch> TerminalView::gutter() const {
     const term::Buffer& buffer = m_session.terminal().buffer();
-    // A line that was written over keeps its marks.
-    const auto isPrompt = [&](int index) {
-        const term::BufferLine& line = buffer.lineAt(index);
-        constexpr auto prompt = static_cast<std::uint8_t>(term::SemanticContent::prompt);
-        const auto cells = line.usedCells();
-        return line.semanticMarks().promptStart &&
-               std::ranges::any_of(cells, [](term::PackedCell cell) { return cell.semanticCode() == prompt; });
-    };
     const qreal ratio = cell().devicePixelRatio;
     const int inset = qRound(3 * ratio);
+    const int top = buffer.yDisp();
+    int first = top;
+    while (first > 0 && isBlank(buffer.lineAt(first - 1))) {
+        --first;
+    }
     std::vector<ScreenNode::Patch> patches;
-    for (int row = 0; row < buffer.rows(); ++row) {
-        const int index = buffer.yDisp() + row;
-        if (!isPrompt(index)) {
+    for (int index = first; index < top + buffer.rows(); ++index) {
+        const std::optional<int> shown = promptOf(buffer, index);
+        if (!shown || *shown < top || *shown >= top + buffer.rows()) {
             continue;
         }
-        int next = index + 1;
-        const int last = std::min(buffer.lineCount(), index + longestOutput);
-        while (next < last && !isPrompt(next)) {
-            ++next;
-        }
-        if (next == last || !buffer.lineAt(next).semanticMarks().commandEnd) {
+        const auto* end = endOfCommand(buffer, *shown);
+        if (end == nullptr) {
             continue;
         }
-        const bool hasFailed = buffer.lineAt(next).semanticMarks().exitCode.value_or(0) != 0;
         const QRect rect(
-            corner().x() - qRound((gutterGap + gutterWidth) * ratio), corner().y() + row * cell().height + inset,
-            qRound(gutterWidth * ratio), cell().height - 2 * inset);
+            corner().x() - qRound((gutterGap + gutterWidth) * ratio),
+            corner().y() + (*shown - top) * cell().height + inset, qRound(gutterWidth * ratio),
+            cell().height - 2 * inset);
+        const bool hasFailed = end->exitCode.value_or(0) != 0;
         patches.push_back({rect, QColor(hasFailed ? m_style.colors().failure : m_style.colors().mark)});
     }
     return patches;
@@ -392,7 +422,9 @@ void TerminalView::scrollToPrompt(int direction) {
 
 void TerminalView::clear() {
     // As the shell would do it, so that it knows; the history goes with it.
-    m_session.terminal().feed("\x1b[3J");
+    if (term::Buffer& buffer = m_session.terminal().buffer(); buffer.hasScrollback()) {
+        buffer.clearHistory();
+    }
     m_session.send(u"\f"_s);
     changed();
 }

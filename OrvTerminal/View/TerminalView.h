@@ -12,6 +12,7 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QQuickItem>
+#include <QSet>
 #include <QTimer>
 #include <QUrl>
 #include <QVariantList>
@@ -159,6 +160,7 @@ protected:
     void hoverLeaveEvent(QHoverEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
@@ -274,6 +276,7 @@ private:
     bool m_isTextOn = true;
 
     KeyTranslator m_keys;
+    QSet<quint32> m_sentKeys; ///< those that the program was told of and that are not up again
     QString m_preedit;
     int m_preeditCursor = 0;
     QImage m_preeditPicture;

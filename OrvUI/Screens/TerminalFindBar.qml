@@ -46,7 +46,7 @@ FocusScope {
 
         Label {
             anchors.verticalCenter: parent.verticalCenter
-            width: Theme.kindWidth + Theme.space16
+            width: Math.max(Theme.kindWidth + Theme.space16, implicitWidth)
             horizontalAlignment: Text.AlignHCenter
             role: Theme.Small
             color: bar.find !== null && bar.find.isValid ? Theme.text2 : Theme.danger

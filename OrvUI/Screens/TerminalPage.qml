@@ -120,7 +120,8 @@ FocusScope {
             anchors.left: parent.left
             anchors.right: parent.right
             anchors.bottom: parent.bottom
-            anchors.bottomMargin: Theme.radiusCard
+            // What stands below a last screen hides nothing of it; a shell that is yet to start has all the room.
+            anchors.bottomMargin: endedNote.hasEnded ? endedNote.height + 2 * Theme.space12 : Theme.radiusCard
             focus: true
             session: list.selected
             style: TerminalLook
@@ -232,8 +233,11 @@ FocusScope {
             }
 
             TerminalNote {
+                id: endedNote
+
                 readonly property TerminalSession ended: page.session !== null && !page.session.isAlive ? page.session : null
                 readonly property string fault: ended?.startError ?? ""
+                readonly property bool hasEnded: ended !== null && (fault.length > 0 || ended.exitCode >= 0)
 
                 visible: ended !== null
                 asks: false

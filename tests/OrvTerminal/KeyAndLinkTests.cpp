@@ -174,6 +174,7 @@ TEST(Links, AreFoundWhereTheyEnd) {
         Row{"msvc", u"./x/y.ts(4,9): error"_s, file(u"./x/y.ts"_s, 4, 9)},
         Row{"home", u"~/notes.txt"_s, file(u"~/notes.txt"_s)},
         Row{"folder", u"in /usr/share: x"_s, file(u"/usr/share"_s)},
+        Row{"make", u"Makefile:3: *** missing separator."_s, file(u"Makefile"_s, 3)},
         Row{"umlaut", u"docs/Übung.md:3"_s, file(u"docs/Übung.md"_s, 3)},
     };
     for (const Row& row : rows) {

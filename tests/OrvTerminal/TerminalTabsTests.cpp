@@ -1,3 +1,4 @@
+#include "OrvTerminal/MainThreadQueue.h"
 #include "OrvTerminal/TerminalTabs.h"
 #include "tests/support/TestSupport.h"
 
@@ -56,6 +57,7 @@ TEST_F(Terminals, RunALoginShellInTheirFolder) {
     TerminalSession* session = open();
     EXPECT_TRUE(session->isAlive());
     EXPECT_EQ(session->title(), u"shop"_s);
+    EXPECT_EQ(TerminalSession(QUrl::fromLocalFile(u"/"_s), std::make_shared<MainThreadQueue>()).title(), u"/"_s);
     EXPECT_TRUE(prints(session, u"echo in:${PWD##*/}:"_s, u"in:shop:"_s));
     EXPECT_TRUE(prints(session, u"case $0 in -*) echo log''in ;; esac; [[ -o login ]] && echo log''in"_s, u"login"_s));
     EXPECT_TRUE(prints(session, u"echo term:$TERM:; test -t 0 && stty size | tr ' ' x"_s, u"24x150"_s));

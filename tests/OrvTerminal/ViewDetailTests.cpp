@@ -38,6 +38,30 @@ TEST_F(TerminalViews, MarkPromptsByHowTheirCommandsWent) {
             EXPECT_EQ(pixelsOf(image, beside, color) > 0, color == rows[row].color) << rows[row].label;
         }
     }
+
+    const std::string failed = "\x1b]133;D;1\x07";
+    const std::string blankFirst = "\x1b]133;A\x07\r\n$ \x1b]133;B\x07run\r\n\x1b]133;C\x07output\r\n";
+    const struct {
+        const char* label;
+        std::string bytes;
+        int row; ///< the only one that is marked
+    } shells[] = {
+        {"output without an end of its line", prompt("run") + "output" + failed + prompt("run"), 0},
+        {"prompts that begin with a blank line", blankFirst + failed + blankFirst, 1},
+        {"both", "\x1b]133;A\x07\r\n$ \x1b]133;B\x07run\r\n\x1b]133;C\x07output" + failed + "\r\n" + blankFirst, 1},
+        {"the newest of two", prompt("run") + "\x1b]133;D;0\x07output\r\n" + prompt("") + failed + prompt("run"), 2},
+    };
+    for (const auto& shell : shells) {
+        feed(
+            "\x1b"
+            "c" +
+            shell.bytes);
+        const QImage gutter = shown();
+        for (int row = 0; row < 8; ++row) {
+            const QRect beside(0, top + row * view().cell().height, left, view().cell().height);
+            EXPECT_EQ(pixelsOf(gutter, beside, style.colors().failure) > 0, row == shell.row) << shell.label << row;
+        }
+    }
 }
 
 TEST_F(TerminalViews, FlashWhenTheBellRings) {
@@ -53,11 +77,19 @@ TEST_F(TerminalViews, TakeWhatIsDroppedOnThem) {
     const auto drop = [this](const std::function<void(QMimeData&)>& fill) {
         QMimeData data;
         fill(data);
-        QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QGuiApplication::sendEvent(&view(), &enter);
+        // As a platform does: an editor proposes to move its text, and a drop follows only where it may move.
+        constexpr Qt::DropActions possible = Qt::CopyAction | Qt::MoveAction;
+        QDragEnterEvent enter(QPoint(20, 20), possible, &data, Qt::LeftButton, Qt::ShiftModifier);
+        QGuiApplication::sendEvent(&window, &enter);
         EXPECT_TRUE(enter.isAccepted());
-        QDropEvent event(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QGuiApplication::sendEvent(&view(), &event);
+        QDragMoveEvent move(QPoint(24, 20), possible, &data, Qt::LeftButton, Qt::ShiftModifier);
+        move.ignore();
+        QGuiApplication::sendEvent(&window, &move);
+        EXPECT_TRUE(move.isAccepted());
+        QDropEvent event(QPointF(24, 20), possible, &data, Qt::LeftButton, Qt::ShiftModifier);
+        QGuiApplication::sendEvent(&window, &event);
+        EXPECT_TRUE(event.isAccepted());
+        EXPECT_EQ(event.dropAction(), Qt::CopyAction);
     };
     drop([](QMimeData& data) {
         data.setUrls(
@@ -123,6 +155,24 @@ TEST_F(TerminalViews, TellProgramsWhatHappens) {
             u"^[[?997;2n"_s},
         Row{"the wheel", "\x1b[?2031l\x1b[?1000h\x1b[?1006h", wheel, u"^[[<64;5;3M"_s},
         Row{"as arrows where it has none", "\x1b[?1000l\x1b[?1049h\x1b[?1007h", wheel, u"^[[A^[[A^[[A"_s},
+        Row{"that nobody sees them", "",
+            [this] {
+                session->setShown(false);
+                terminal().feed("\x1b[?998n");
+                session->setShown(true);
+                terminal().feed("\x1b[?998n");
+            },
+            u"^[[?999;2n^[[?999;1n"_s},
+        Row{"keys that go up, unless they did something here", "\x1b[>11u",
+            [this] {
+                QTest::keyClick(&window, Qt::Key_A);
+                QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+                QTest::keyRelease(&window, Qt::Key_B);
+                QTest::keyClick(&window, Qt::Key_X);
+                terminal().feed("\x1b[<u");
+            },
+            // C, which copies, is not among them.
+            u"^[[97u^[[97;1:3u^[[57441;2u^[[57442;6u^[[57442;2:3u^[[57441;1:3u^[[120u^[[120;1:3u"_s},
     };
     session->send(u"stty -echo; printf 'rea''dy to listen\\n'; cat -v\n"_s);
     ASSERT_TRUE(test::waitFor([this] {

@@ -376,6 +376,12 @@ TEST_F(TerminalViews, FindInScreenAndHistory) {
         EXPECT_EQ(find.count(), it.count) << it.label;
         EXPECT_EQ(find.isValid(), it.isValid) << it.label;
     }
+    find.setText(u"x"_s);
+    for (int line = 0; line < 1500; ++line) {
+        terminal().feed("xxxxxxxxxx\r\n");
+    }
+    feed("x");
+    EXPECT_TRUE(test::waitFor([&] { return find.count() == 15'001; })) << "as many as there are";
     find.setActive(false);
     EXPECT_TRUE(find.marksOn(20).empty());
 }
@@ -447,6 +453,21 @@ TEST_F(TerminalViews, OpenLinksByTheirLetters) {
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_FALSE(view().choosesLink());
     EXPECT_TRUE(view().linkHints().isEmpty());
+
+    // One that goes on in the next line, and one that begins above the view.
+    const int columns = terminal().cols();
+    const std::string text(static_cast<size_t>(columns) + 5, 'x');
+    feed("\x1b[2J\x1b[H\x1b]8;;https://long.example\x1b\\" + text + "\x1b]8;;\x1b\\");
+    EXPECT_EQ(choose(), QStringList{u"https://long.example"_s});
+    QTest::keyClick(&window, Qt::Key_Escape);
+    const QImage plain = shown().copy(cellRect(0, 1, 5));
+    QHoverEvent hover(QEvent::HoverMove, middleOf(3, 0), QPointF(), QPointF(), Qt::ControlModifier);
+    QGuiApplication::sendEvent(&view(), &hover);
+    EXPECT_NE(shown().copy(cellRect(0, 1, 5)), plain);
+    feed("\x1b[" + std::to_string(terminal().rows()) + ";1H\n");
+    EXPECT_EQ(choose(), QStringList{u"https://long.example"_s});
+    EXPECT_EQ(view().linkHints().at(0).value<LinkHint>().place, view().placeOf(0, 0));
+    QTest::keyClick(&window, Qt::Key_Escape);
 
     // More links than letters.
     std::string many;

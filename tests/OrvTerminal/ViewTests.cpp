@@ -88,6 +88,16 @@ TEST_F(TerminalViews, ShowTheCursorAsTheProgramWants) {
         EXPECT_LE(found, row.most) << row.label;
     }
 
+    // Where it is hidden an input method still writes at its place.
+    feed("\x1b"
+         "c\x1b[?25l\x1b[3;5H");
+    EXPECT_EQ(view().inputMethodQuery(Qt::ImCursorRectangle).toRectF().topLeft(), view().placeOf(4, 2));
+    QInputMethodEvent unfinished(u"nihon"_s, {});
+    QGuiApplication::sendEvent(&window, &unfinished);
+    EXPECT_GT(pixelsOf(shown(), cellRect(4, 2, 5), white), 0);
+    QInputMethodEvent finished;
+    QGuiApplication::sendEvent(&window, &finished);
+
     // Where it blinks it comes back at its place, wherever the view stands.
     QGuiApplication::styleHints()->setCursorFlashTime(200);
     host.setPosition({40, 30});
@@ -274,6 +284,19 @@ TEST_F(TerminalViews, FollowTheTheme) {
     EXPECT_EQ(shown().pixel(300, 150), qRgb(1, 2, 3)) << "what a program set";
     feed("\x1b]111\x07\x1b[?5h");
     EXPECT_EQ(shown().pixel(300, 150), white) << "reverse video";
+}
+
+TEST_F(TerminalViews, ClearThemselvesBetweenTwoPiecesOfOutput) {
+    for (int line = 0; line < 60; ++line) {
+        terminal().feed("line\r\n");
+    }
+    feed("\x1b[4");
+    ASSERT_GT(view().historyLines(), 0);
+    view().clear();
+    feed("1m ");
+    EXPECT_EQ(view().historyLines(), 0);
+    const int row = terminal().buffer().y();
+    EXPECT_EQ(pixelsOf(shown(), cellRect(0, row), red), areaOf(cellRect(0, row))) << "a sequence goes on";
 }
 
 TEST_F(TerminalViews, MoveBetweenContainers) {

@@ -246,6 +246,10 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     session->send(u"exit 3\n"_s);
     EXPECT_TRUE(
         waitFor([&] { return shown(u"The shell has ended with code 3. Press Return to start again."_s) != nullptr; }));
+    EXPECT_TRUE(waitFor([&] {
+        const QQuickItem* note = shown(u"The shell has ended with code 3. Press Return to start again."_s);
+        return note != nullptr && view->mapToScene(QPointF(0, view->height())).y() <= note->mapToScene(QPointF()).y();
+    })) << "it covers nothing of the last screen";
     QTest::keyClick(window, Qt::Key_Return);
     ASSERT_EQ(tabs.sessions().size(), 1);
     EXPECT_NE(tabs.sessions().constFirst(), session);

@@ -18,6 +18,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// A name in a menu, where one "&" alone marks a key.
+static QString inMenu(QString name) {
+    return name.replace(u'&', u"&&"_s);
+}
+
 #ifndef Q_OS_MACOS
 
 constexpr int greatestCount = 9; ///< more is "9+"
@@ -174,12 +179,13 @@ void StatusItem::update() {
 void StatusItem::addPinned(QMenu& menu) {
     const QList<PinnedEntry> pinned = m_model.pinnedEntries();
     for (const PinnedEntry& entry : pinned) {
-        QAction* action = menu.addAction(entry.title, this, [this, id = entry.id] { m_model.toggleProject(id); });
+        QAction* action =
+            menu.addAction(inMenu(entry.title), this, [this, id = entry.id] { m_model.toggleProject(id); });
         if (const Project* project = m_model.project(entry.id); project != nullptr && &menu == m_dockMenu.get()) {
             QIcon picture(
                 u":/qt/qml/OrvLauncher/Screens/icons/own-%1-fill.svg"_s.arg(entry.isRunning ? u"stop" : u"play"));
             picture.setIsMask(true);
-            action->setText(project->name);
+            action->setText(inMenu(project->name));
             action->setIcon(picture);
         }
     }

@@ -71,6 +71,8 @@ FocusScope {
                         width: Theme.agentListWidth + 2 * padding
                         height: Math.min(implicitHeight, page.height - Theme.space40 - Theme.space16)
                         contentItem: Flickable {
+                            id: poppedView
+
                             implicitHeight: popped.height
                             contentHeight: popped.height
                             boundsBehavior: Flickable.StopAtBounds
@@ -80,6 +82,11 @@ FocusScope {
                                 id: popped
 
                                 width: Theme.agentListWidth
+                            }
+
+                            FocusFollower {
+                                view: poppedView
+                                margin: Theme.space8
                             }
 
                             T.ScrollBar.vertical: ScrollBar {}
@@ -172,6 +179,11 @@ FocusScope {
                     width: parent.width
                 }
             }
+        }
+
+        FocusFollower {
+            view: view
+            margin: Theme.space8
         }
 
         T.ScrollBar.vertical: ScrollBar {}

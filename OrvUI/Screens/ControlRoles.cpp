@@ -46,7 +46,13 @@ public:
     [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override {
         return static_cast<int>(children().indexOf(child));
     }
-    [[nodiscard]] QString text(QAccessible::Text kind) const override { return ask(&QAccessibleInterface::text, kind); }
+    /// Qt takes each "&" out of a control's text, as the mark of a key.
+    [[nodiscard]] QString text(QAccessible::Text kind) const override {
+        const QString told = ask(&QAccessibleInterface::text, kind);
+        const QString own =
+            kind == QAccessible::Name && !m_object.isNull() ? m_object->property("text").toString() : QString();
+        return own.contains(u'&') && QString(own).remove(u'&') == QString(told).remove(u'&') ? own : told;
+    }
     void setText(QAccessible::Text kind, const QString& text) override {
         ask(&QAccessibleInterface::setText, kind, text);
     }

@@ -132,6 +132,11 @@ Popover {
             }
         }
 
+        FocusFollower {
+            view: view
+            margin: Theme.space8
+        }
+
         T.ScrollBar.vertical: ScrollBar {}
     }
 

@@ -101,6 +101,11 @@ T.Popup {
                     }
                 }
 
+                FocusFollower {
+                    view: view
+                    margin: Theme.space8
+                }
+
                 T.ScrollBar.vertical: ScrollBar {}
             }
 

@@ -149,6 +149,11 @@ Item {
             }
         }
 
+        FocusFollower {
+            view: view
+            margin: Theme.space8
+        }
+
         T.ScrollBar.vertical: ScrollBar {}
     }
 }

@@ -96,6 +96,8 @@ FocusScope {
     }
 
     Flickable {
+        id: view
+
         anchors.fill: parent
         anchors.margins: Theme.hairline
         anchors.bottomMargin: foot.height
@@ -274,6 +276,11 @@ FocusScope {
                 visible: count > 0 && !panel.finding
                 onClicked: panel.leave(() => panel.windowAsked())
             }
+        }
+
+        FocusFollower {
+            view: view
+            margin: Theme.space8
         }
 
         T.ScrollBar.vertical: ScrollBar {}

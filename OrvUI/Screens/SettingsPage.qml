@@ -93,6 +93,7 @@ FocusScope {
     Flickable {
         id: view
 
+        objectName: "view"
         anchors.fill: parent
         anchors.topMargin: page.narrow ? strip.y + strip.height + Theme.space8 : 0
         anchors.leftMargin: page.narrow ? 0 : strip.x + strip.width
@@ -125,6 +126,11 @@ FocusScope {
 
                 Component.onCompleted: page.show()
             }
+        }
+
+        FocusFollower {
+            view: view
+            margin: Theme.space8
         }
 
         T.ScrollBar.vertical: ScrollBar {}

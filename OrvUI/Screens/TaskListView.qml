@@ -32,6 +32,7 @@ FocusScope {
     Flickable {
         id: view
 
+        objectName: "view"
         anchors.fill: parent
         contentHeight: column.height + Theme.space40
         boundsBehavior: Flickable.StopAtBounds
@@ -187,6 +188,11 @@ FocusScope {
                     }
                 }
             }
+        }
+
+        FocusFollower {
+            view: view
+            margin: Theme.space8
         }
 
         T.ScrollBar.vertical: ScrollBar {}

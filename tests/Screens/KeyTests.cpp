@@ -4,6 +4,7 @@
 #include "tests/OrvGit/GitFixture.h"
 #include "tests/Screens/MainWindow.h"
 
+#include <QAccessible>
 #include <QDir>
 #include <QKeySequence>
 #include <QRegularExpression>
@@ -139,6 +140,63 @@ TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
     ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
     press(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(part(), "ProjectPage") << focus();
+}
+
+TEST_F(KeyWindow, TakesNoNameForAKey) {
+    QAccessible::setActive(true);
+    const QString title = u"Write the Q&A page"_s;
+    const QString shop = root + u"/shop"_s;
+    model->addTask(title, {}, *model->project(shop));
+    const std::pair<DetailTab, QByteArray> places[] = {
+        {DetailTab::overview, "OverviewTasks"}, {DetailTab::tasks, "TaskItem"}};
+    for (const auto& [tab, component] : places) {
+        model->setPage({AppPage::Kind::project, shop, {}});
+        model->setDetailTab(tab);
+        ASSERT_TRUE(test::waitFor([&, name = component] { return !items(name).isEmpty() && button(title) != nullptr; }))
+            << component.toStdString();
+        press(Qt::Key_A, Qt::AltModifier);
+        EXPECT_FALSE(model->tasks().constFirst().isDone()) << component.toStdString();
+        QAccessibleInterface* told = QAccessible::queryAccessibleInterface(button(title));
+        EXPECT_EQ(told->text(QAccessible::Name), title) << component.toStdString();
+    }
+    QAccessible::setActive(false);
+}
+
+TEST_F(KeyWindow, ShowsWhatTabCameTo) {
+    window->resize(900, 640);
+    for (int number = 0; number < 30; ++number) {
+        model->addTask(u"Task %1"_s.arg(number), {}, *model->project(root + u"/shop"_s));
+    }
+    const std::pair<AppPage, QByteArray> pages[] = {
+        {{AppPage::Kind::settings, {}, SettingsSection::general}, "SettingsPage"},
+        {{AppPage::Kind::tasks, {}, {}}, "TaskListView"}};
+    for (const auto& [page, component] : pages) {
+        model->setPage(page);
+        ASSERT_TRUE(test::waitFor([&, name = component] { return !items(name).isEmpty(); }));
+        QQuickItem* view = item(component)->findChild<QQuickItem*>(u"view"_s);
+        ASSERT_NE(view, nullptr) << component.toStdString();
+        ASSERT_TRUE(test::waitFor([&] { return view->property("contentHeight").toDouble() > view->height(); }))
+            << component.toStdString();
+        bool hasScrolled = false;
+        for (int step = 0; step < 60 && !hasScrolled; ++step) {
+            press(Qt::Key_Tab);
+            const QQuickItem* focused = window->activeFocusItem();
+            if (focused == nullptr || !view->isAncestorOf(focused)) {
+                continue;
+            }
+            hasScrolled = view->property("contentY").toDouble() > 0;
+            const double top = focused->mapToItem(view, QPointF()).y();
+            EXPECT_GE(top, 0) << component.toStdString() << " step " << step << ' ' << focus();
+            EXPECT_LE(top + focused->height(), view->height())
+                << component.toStdString() << " step " << step << ' ' << focus();
+        }
+        EXPECT_TRUE(hasScrolled) << component.toStdString();
+        view->setProperty("contentY", 0);
+        press(Qt::Key_PageDown);
+        EXPECT_GT(view->property("contentY").toDouble(), 0) << component.toStdString();
+        press(Qt::Key_PageUp);
+        EXPECT_EQ(view->property("contentY").toDouble(), 0) << component.toStdString();
+    }
 }
 
 TEST(Keymap, HasWhatTheScreensAskForAndNothingTwice) {

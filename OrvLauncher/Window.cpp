@@ -3,6 +3,7 @@
 #include "Cli.h"
 #include "Dialogs.h"
 #include "Graphics.h"
+#include "HotKeyNote.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
 #include "OrvLauncher/platform/ActivationToken.h"
@@ -96,13 +97,13 @@ private:
     void place();
     void remember();
     void restorePage();
+    void saveSoon();
     void saveState();
     void reportFrames();
     void makeTrayItem();
     void awaitTray(QDeadlineTimer limit);
     void applyShortcut();
     void showShortcut();
-    static QString noteOf(HotKey::State state);
     void showWindow();
     void makeVisible();
     void hideWindow();
@@ -123,6 +124,7 @@ private:
     const StartWish m_wish;
     QString m_stateFile;
     WindowState m_state;
+    std::optional<WindowState> m_saved;
     AppModel m_model;
     SystemLook m_look;
     QQmlApplicationEngine m_engine;
@@ -134,6 +136,7 @@ private:
     std::optional<StatusItem> m_statusItem;
     std::optional<QuickPanel> m_panel;
     std::optional<HotKey> m_hotKey;
+    bool m_isPageDue = false; ///< that of the last time is not found again yet
     bool m_quitting = false;
 };
 
@@ -285,28 +288,8 @@ void WindowShell::applyShortcut() {
 }
 
 void WindowShell::showShortcut() {
-    m_window->setProperty("shortcutNote", m_hotKey ? noteOf(m_hotKey->state()) : QString());
+    m_window->setProperty("shortcutNote", m_hotKey ? HotKeyNote::of(m_hotKey->state()) : QString());
     m_window->setProperty("shortcutTrigger", m_hotKey ? m_hotKey->trigger() : QString());
-}
-
-QString WindowShell::noteOf(HotKey::State state) {
-    switch (state) {
-    case HotKey::State::asking:
-    case HotKey::State::registered:
-        return {};
-    case HotKey::State::taken:
-        return tr("Another application holds ⌃⌥⌘L. The panel still opens from the menu bar.");
-    case HotKey::State::noKey:
-        return tr("This keyboard has no key that types an L. The panel still opens from the menu bar.");
-    case HotKey::State::declined:
-        return tr(
-            "The desktop gave OrvLauncher no key for the panel. Turn this off and on to be asked again, or give a "
-            "key the command “orvlauncher toggle” in the settings of the desktop.");
-    case HotKey::State::unsupported:
-        return tr("This desktop gives its keys to no application. Give one the command “orvlauncher toggle” in the "
-                  "settings of the desktop.");
-    }
-    Q_UNREACHABLE();
 }
 
 void WindowShell::showWindow() {
@@ -407,12 +390,25 @@ void WindowShell::place() {
     // Only what lasts counts: while a window is being maximised it has the large size, but not yet the state.
     m_settled.setSingleShot(true);
     m_settled.setInterval(500ms);
-    connect(&m_settled, &QTimer::timeout, this, &WindowShell::remember);
+    connect(&m_settled, &QTimer::timeout, this, [this] {
+        remember();
+        saveState();
+    });
     for (const auto signal :
          {&QWindow::xChanged, &QWindow::yChanged, &QWindow::widthChanged, &QWindow::heightChanged}) {
         connect(m_window, signal, &m_settled, qOverload<>(&QTimer::start));
     }
     connect(m_window, &QWindow::visibilityChanged, &m_settled, qOverload<>(&QTimer::start));
+    saveSoon();
+}
+
+/// Whatever ends the application, it comes back as it was a moment before.
+void WindowShell::saveSoon() {
+    connect(m_window, SIGNAL(sidebarHiddenChanged()), &m_settled, SLOT(start()));
+    connect(&m_look, &SystemLook::changed, &m_settled, qOverload<>(&QTimer::start));
+    connect(TerminalLook::instance(), &TerminalStyle::fontChanged, &m_settled, qOverload<>(&QTimer::start));
+    connect(&m_model, &AppModel::detailTabChanged, &m_settled, qOverload<>(&QTimer::start));
+    connect(&m_model, &AppModel::pageChanged, &m_settled, qOverload<>(&QTimer::start));
 }
 
 void WindowShell::remember() {
@@ -445,6 +441,7 @@ void WindowShell::reportFrames() {
 /// That of the last time, unless another one has been opened since.
 void WindowShell::restorePage() {
     const auto show = [this] {
+        m_isPageDue = false;
         const AppPage wanted = m_state.page;
         const bool isGone = wanted.kind == AppPage::Kind::project
                                 ? m_model.project(wanted.id) == nullptr
@@ -458,6 +455,7 @@ void WindowShell::restorePage() {
     if (m_state.page.id.isEmpty() || m_model.hasScanned()) {
         show();
     } else {
+        m_isPageDue = true;
         connect(&m_model, &AppModel::hasScannedChanged, this, show, Qt::SingleShotConnection);
     }
 }
@@ -465,10 +463,15 @@ void WindowShell::restorePage() {
 void WindowShell::saveState() {
     m_state.isSidebarHidden = m_window->property("sidebarHidden").toBool();
     m_state.isSystemDark = m_look.isDark();
-    m_state.page = m_model.page();
-    m_state.tab = m_model.detailTab();
+    if (!m_isPageDue || m_model.page() != AppPage()) {
+        m_state.page = m_model.page();
+        m_state.tab = m_model.detailTab();
+    }
     m_state.terminalFontSize = TerminalLook::instance()->fontSize();
-    m_state.save(m_stateFile);
+    if (m_saved != m_state) {
+        m_state.save(m_stateFile);
+        m_saved = m_state;
+    }
 }
 
 void WindowShell::quit() {

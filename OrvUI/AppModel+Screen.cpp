@@ -305,7 +305,7 @@ void AppModel::openLink(const QUrl& url) {
 }
 
 void AppModel::openFile(const QString& path, int line, int column) {
-    const QString& editor = d->settings->settings().editorCommand;
+    const QString editor = EditorCommand::lineOf(d->settings->settings().editorCommand);
     if (editor.isEmpty()) {
         openLink(QUrl::fromLocalFile(path));
         return;

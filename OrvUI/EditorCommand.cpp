@@ -2,8 +2,11 @@
 
 #include "OrvCore/CommandBuilder.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace orv {
 
@@ -14,11 +17,44 @@ namespace {
 constexpr std::array ofTerminals{"vi"_L1,    "vim"_L1, "nvim"_L1, "nano"_L1,   "micro"_L1, "hx"_L1,
                                  "helix"_L1, "kak"_L1, "joe"_L1,  "mcedit"_L1, "ne"_L1};
 
+/// As the shell parts a line (POSIX, Shell Command Language, 2.2 Quoting); nothing is expanded.
 QStringList words(const QString& line) {
-    return line.split(u' ', Qt::SkipEmptyParts);
+    QStringList all;
+    QString word;
+    bool isInWord = false;
+    QChar quote;
+    for (qsizetype at = 0; at < line.size(); ++at) {
+        const QChar character = line[at];
+        if (character == quote) {
+            quote = QChar();
+        } else if (quote.isNull() && (character == u'\'' || character == u'"')) {
+            quote = character;
+            isInWord = true;
+        } else if (quote.isNull() && character.isSpace()) {
+            if (std::exchange(isInWord, false)) {
+                all.append(std::exchange(word, {}));
+            }
+        } else {
+            const bool isEscape = character == u'\\' && quote != u'\'' && at + 1 < line.size() &&
+                                  (quote.isNull() || u"$`\"\\"_s.contains(line[at + 1]));
+            at += isEscape ? 1 : 0;
+            word += line[at];
+            isInWord = true;
+        }
+    }
+    if (isInWord) {
+        all.append(word);
+    }
+    return all;
 }
 
 } // namespace
+
+QString EditorCommand::lineOf(const QString& setting) {
+    const QString path = setting.trimmed();
+    const QFileInfo file(path);
+    return file.isAbsolute() && file.isFile() ? CommandBuilder::quote(path) : setting;
+}
 
 QString EditorCommand::of(const QString& line, const Place& place) {
     const std::array values{

@@ -14,10 +14,12 @@ struct Place {
     int column = 0;
 };
 
+/// What is set as a line for the shell: one that is nothing but the path of a program, spaces and all, comes quoted.
+[[nodiscard]] QString lineOf(const QString& setting);
 /// With the file quoted for the shell; behind all the rest where the line has no place for it. Where no line is known,
 /// the first one.
 [[nodiscard]] QString of(const QString& line, const Place& place);
-/// Its first word that is no assignment: what has to be installed.
+/// Its first word that is no assignment, without its quotes: what has to be installed.
 [[nodiscard]] QString program(const QString& line);
 /// Whether that is an editor that lives in a terminal.
 [[nodiscard]] bool needsTerminal(const QString& line);

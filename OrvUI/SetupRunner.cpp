@@ -9,10 +9,6 @@ namespace orv {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace {
-constexpr QStringView stoppedReason = u"Stopped.";
-} // namespace
-
 SetupRunner::SetupRunner(Parts parts, QList<Step> steps, std::optional<QString> override, QObject* parent)
     : QObject(parent),
       m_processes(parts.processes),
@@ -66,7 +62,7 @@ void SetupRunner::next() {
         m_begun = found.begun;
         m_installBody = found.installBody;
         if (m_isStopped) {
-            fail(stoppedReason.toString());
+            fail(tr("Stopped."));
         } else if (!found.begun.isEmpty()) {
             launch();
         } else {
@@ -78,7 +74,7 @@ void SetupRunner::next() {
 void SetupRunner::launch() {
     const Step& step = m_steps[m_index];
     if (m_isStopped) {
-        fail(stoppedReason.toString());
+        fail(tr("Stopped."));
         return;
     }
     if (m_processes.state(step.id).isActive()) {
@@ -125,7 +121,7 @@ void SetupRunner::end(const ServiceState& state) {
             advance();
             return;
         }
-        fail(isStopped ? stoppedReason.toString() : state.message);
+        fail(isStopped ? tr("Stopped.") : state.message);
     });
 }
 

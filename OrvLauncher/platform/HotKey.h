@@ -12,7 +12,8 @@ namespace orv {
 /// the desktop for as long as this lives. Main thread.
 class HotKey {
 public:
-    /// `stateChanged`: where the desktop takes its time to give the key, or asks the user.
+    /// `stateChanged`: where the desktop takes its time to give the key, or asks the user; or the keyboard has another
+    /// layout now.
     HotKey(std::function<void()> pressed, std::function<void()> stateChanged);
     ~HotKey();
     HotKey(const HotKey&) = delete;

@@ -21,6 +21,9 @@ TEST(EditorCommand, NamesTheFileForTheShellAndTheProgramBehindIt) {
          u"A=1 /usr/bin/nvim +1 '/w/$(id)'"_s,
          u"/usr/bin/nvim"_s,
          true},
+        {u"'/opt/My Editor/ed' -w"_s, {u"/w/a"_s}, u"'/opt/My Editor/ed' -w '/w/a'"_s, u"/opt/My Editor/ed"_s, false},
+        {u"A='1 2' /my\\ bin/vi\"m\""_s, {u"/w/a"_s}, u"A='1 2' /my\\ bin/vi\"m\" '/w/a'"_s, u"/my bin/vim"_s, true},
+        {u"\"/a \\\"b\\c\""_s, {u"/w/a"_s}, u"\"/a \\\"b\\c\" '/w/a'"_s, u"/a \"b\\c"_s, false},
         {u"emacs -nw"_s, {u"/w/a"_s}, u"emacs -nw '/w/a'"_s, u"emacs"_s, true},
         {u"emacs {file} {file}"_s, {u"/w/{file}"_s}, u"emacs '/w/{file}' '/w/{file}'"_s, u"emacs"_s, false},
     };
@@ -50,6 +53,12 @@ TEST_F(EditorTest, IsStartedWithThePlaceOrSaysThatItIsNotThere) {
     use(u"printf '%s\\n' {file} {line} > "_s + note + u" #"_s);
     model->openFile(file, 2);
     EXPECT_TRUE(test::waitFor([&] { return test::readFile(note) == file.toUtf8() + "\n2\n"; }));
+    QFile::remove(note);
+    const QString program = tree.add(u"My Editor/ed"_s, "#!/bin/sh\necho \"$1\" >'" + note.toUtf8() + "'\n");
+    QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    use(program);
+    model->openFile(file, 2);
+    EXPECT_TRUE(test::waitFor([&] { return test::readFile(note) == file.toUtf8() + "\n"; }));
     use(u"no-such-editor {file}"_s);
     model->openFile(file);
     EXPECT_TRUE(test::waitFor([this] { return model->statusIsError(); }));

@@ -120,7 +120,7 @@ TEST_F(Desktop, UserDefaultsSayWhatAStartIsFor) {
     EXPECT_TRUE(shows(u"Which runs"_s)) << "the command line comes first: " << seen();
     close();
 
-    const QString pictures = launcher.tree.path(u"pictures"_s);
+    const QString pictures = launcher.tree.path(u"pictures, small"_s);
     launcher.tree.add(u"support/defaults.ini"_s, "OrvExportIllustrations=" + pictures.toUtf8() + '\n');
     const auto ends = [&](const QStringList& words, int code) {
         start(words);
@@ -172,7 +172,12 @@ TEST_F(Desktop, ComesBackAsItWasLeft) {
     ASSERT_TRUE(clickShows(u"site"_s, u"Parts of site"_s)) << seen();
     desktop.key(u"alt+2"_s);
     ASSERT_TRUE(shows(u"New task"_s)) << seen();
-    close();
+    const QString state = launcher.tree.path(u"support/window.ini"_s);
+    EXPECT_TRUE(waitFor([&] { return readFile(state).contains("\npageID=" + site.toUtf8() + '\n'); }))
+        << readFile(state).toStdString();
+    EXPECT_TRUE(waitFor([&] { return readFile(state).contains("\ntab=1\n"); })) << readFile(state).toStdString();
+    application.kill(); // it was kept before
+    EXPECT_TRUE(waitFor([this] { return application.state() == QProcess::NotRunning; }));
 
     start({});
     EXPECT_TRUE(shows(u"Parts of site"_s)) << seen();

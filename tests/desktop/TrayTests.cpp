@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include <xcb/xcb.h>
+
 namespace orv::test {
 namespace {
 
@@ -86,6 +88,37 @@ TEST_F(DesktopTray, CountsWhatRunsAndTellsOfACrashWhileThereIsNoWindow) {
     EXPECT_EQ(notifications.shown().size(), 1) << "nobody is told what he did himself";
 }
 
+TEST_F(DesktopTray, HoldsItsKeyWhereTheKeyboardHasItAndNoLonger) {
+    open();
+    desktop.key(u"ctrl+comma"_s);
+    ASSERT_TRUE(clickShows(u"General"_s, u"Window and tray"_s)) << seen();
+    desktop.tool(u"setxkbmap"_s, {u"us"_s, u"-variant"_s, u"dvorak"_s});
+    desktop.key(u"alt+Home"_s); // what is heard after the change
+    ASSERT_TRUE(shows(u"Run Frontend in site"_s)) << seen();
+    desktop.key(u"ctrl+alt+super+l"_s);
+    EXPECT_TRUE(waitFor([this] { return hasPanel(); })) << seen();
+    desktop.key(u"ctrl+alt+super+l"_s);
+    EXPECT_TRUE(waitFor([this] { return !hasPanel(); })) << seen();
+
+    const auto turn = [this](const QString& isOn) {
+        tell({u"settings"_s, u"set"_s, u"quickPanelShortcutEnabled"_s, isOn});
+    };
+    startAgain({u"-OrvStartPage"_s, u"settings"_s});
+    ASSERT_TRUE(clickShows(u"General"_s, u"Window and tray"_s)) << seen();
+    const QString taken = u"Another application holds Ctrl+Alt+Super+L. The panel still opens from the tray."_s;
+    turn(u"false"_s);
+    VirtualDesktop::Holder other;
+    ASSERT_TRUE(waitFor([&] {
+        other = desktop.holdKeys(XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4);
+        return other != nullptr;
+    })) << "free again";
+    turn(u"true"_s);
+    EXPECT_TRUE(shows(taken)) << seen();
+    turn(u"false"_s);
+    EXPECT_TRUE(hides(taken)) << seen();
+    close();
+}
+
 TEST_F(DesktopTray, AsksWhatBecomesOfWhatRunsBeforeItQuits) {
     desktop.addProgram(u"claude"_s, "[ \"$1\" = --version ] || exec sleep 1000\n");
     open();
@@ -95,7 +128,7 @@ TEST_F(DesktopTray, AsksWhatBecomesOfWhatRunsBeforeItQuits) {
     ASSERT_TRUE(shows(u"New terminal in site"_s)) << seen();
     desktop.key(u"ctrl+shift+t"_s);
     ASSERT_TRUE(hides(u"Run things by hand"_s)) << seen();
-    desktop.type(u"touch made-by-hand; sleep 2000"_s);
+    desktop.type(u"vim -c \"w made-by-hand\" made-by-hand"_s);
     desktop.key(u"Return"_s);
     const QString folder = launcher.tree.path(u"projects/site"_s);
     EXPECT_TRUE(waitFor([&] { return QFile::exists(folder + u"/made-by-hand"_s); })) << seen();
@@ -106,15 +139,16 @@ TEST_F(DesktopTray, AsksWhatBecomesOfWhatRunsBeforeItQuits) {
 
     const QString question =
         u"1 service still running and a program is still running in a terminal and 1 AI agent is still working"_s;
-    const auto sleepers = [this] {
+    const auto waiting = [this] {
         const QStringList lines = living();
-        return std::ranges::count_if(lines, [](const QString& line) { return line.startsWith(u"sleep "); });
+        return std::ranges::count_if(
+            lines, [](const QString& line) { return line.startsWith(u"sleep ") || line.startsWith(u"vim "); });
     };
-    EXPECT_TRUE(waitFor([&] { return sleepers() == 2; })) << living().join(u'\n').toStdString();
+    EXPECT_TRUE(waitFor([&] { return waiting() == 2; })) << living().join(u'\n').toStdString();
     for (const QString& answer : {u"Escape"_s, u"Cancel"_s, u"Keep Running in Tray"_s, u"Stop and Quit"_s}) {
         desktop.key(u"ctrl+q"_s);
         ASSERT_TRUE(shows(question)) << answer.toStdString() << seen();
-        EXPECT_EQ(sleepers(), 2) << answer.toStdString();
+        EXPECT_EQ(waiting(), 2) << answer.toStdString();
         EXPECT_TRUE(httpGet(port).contains("hello from the site")) << answer.toStdString();
         if (answer == u"Escape") {
             desktop.key(answer);

@@ -92,6 +92,20 @@ QByteArray VirtualDesktop::picture(const QRect& part) const {
                  : QByteArray();
 }
 
+VirtualDesktop::Holder VirtualDesktop::holdKeys(uint16_t modifiers) const {
+    const std::shared_ptr<xcb_connection_t> connection(
+        xcb_connect(qPrintable(m_environment.value(u"DISPLAY"_s)), nullptr), &xcb_disconnect);
+    if (xcb_connection_has_error(connection.get()) != 0) {
+        return {};
+    }
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
+    const auto cookie = xcb_grab_key_checked(
+        connection.get(), 0, root, modifiers, XCB_GRAB_ANY, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    const std::unique_ptr<xcb_generic_error_t, decltype(&std::free)> error(
+        xcb_request_check(connection.get(), cookie), &std::free);
+    return error ? nullptr : connection;
+}
+
 QStringList VirtualDesktop::windows(const QString& title) const {
     return tool(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u'^' + title})
         .split(u'\n', Qt::SkipEmptyParts);

@@ -4,6 +4,7 @@
 #include <QRect>
 #include <QTemporaryDir>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -44,6 +45,10 @@ public:
     /// As xdotool names them: "ctrl+d".
     void key(const QString& keys) const;
     void type(const QString& text) const;
+    using Holder = std::shared_ptr<void>;
+    /// Takes every key with these modifiers, as another application would, for as long as the holder lives; null while
+    /// another application has one of them.
+    [[nodiscard]] Holder holdKeys(uint16_t modifiers) const;
     /// The output of a tool that runs on this desktop.
     QString tool(const QString& program, const QStringList& arguments) const;
 

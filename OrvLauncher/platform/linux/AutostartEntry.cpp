@@ -2,7 +2,6 @@
 
 #include "OrvLauncher/platform/LoginItem.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -88,13 +87,13 @@ bool AutostartEntry::isEnabled() const {
 std::expected<void, QString> AutostartEntry::setEnabled(bool isEnabled) {
     if (!isEnabled) {
         if (QFile file(m_path); QFileInfo::exists(m_path) && !file.remove()) {
-            return std::unexpected(u"%1 could not be removed: %2."_s.arg(m_path, file.errorString()));
+            return std::unexpected(tr("%1 could not be removed: %2.").arg(m_path, file.errorString()));
         }
         return {};
     }
     const std::optional<QString> exec = execValue(m_executable);
     if (!exec) {
-        return std::unexpected(u"%1 can't start at login: its path holds \"=\"."_s.arg(m_executable));
+        return std::unexpected(tr("%1 can't start at login: its path holds \"=\".").arg(m_executable));
     }
     const QString entry = u"[Desktop Entry]\n"
                           "Type=Application\n"
@@ -109,7 +108,7 @@ std::expected<void, QString> AutostartEntry::setEnabled(bool isEnabled) {
     QSaveFile file(m_path);
     const QByteArray bytes = entry.arg(escaped(m_executable), *exec).toUtf8();
     if (!hasFolder || !file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        return std::unexpected(u"%1 could not be written: %2."_s.arg(m_path, file.errorString()));
+        return std::unexpected(tr("%1 could not be written: %2.").arg(m_path, file.errorString()));
     }
     return {};
 }

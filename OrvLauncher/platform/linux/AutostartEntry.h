@@ -2,12 +2,15 @@
 
 #include "OrvUI/LaunchAtLogin.h"
 
+#include <QCoreApplication>
+
 namespace orv {
 
 /// "orvlauncher.desktop" in the autostart folder that freedesktop.org's desktops read. It names the executable
 /// that runs, with the wish to stay in the tray. One that names another counts as enabled while that one is there, and
 /// is put right by `setEnabled(true)`; one whose program has been moved away starts nothing, and counts as what it is.
 class AutostartEntry : public LoginItemController {
+    Q_DECLARE_TR_FUNCTIONS(AutostartEntry)
 public:
     /// `configFolder` as $XDG_CONFIG_HOME has it; `executable` an absolute path.
     AutostartEntry(const QString& configFolder, QString executable);

@@ -19,7 +19,7 @@ struct HotKey::Grab {
 
 HotKey::HotKey(std::function<void()> pressed, std::function<void()> stateChanged) : m_grab(std::make_unique<Grab>()) {
     if (KeyGrab::isPossible()) {
-        m_grab->key.emplace(std::move(pressed));
+        m_grab->key.emplace(std::move(pressed), std::move(stateChanged));
         return;
     }
     const PortalShortcut::Shortcut shortcut{

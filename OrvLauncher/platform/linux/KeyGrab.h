@@ -9,10 +9,12 @@
 
 namespace orv {
 
-/// The quick panel's key, taken from the X server for as long as this lives. Main thread.
+/// The quick panel's key, taken from the X server for as long as this lives, wherever the keyboard's layout has it at
+/// the time. Main thread.
 class KeyGrab : public QAbstractNativeEventFilter {
 public:
-    explicit KeyGrab(std::function<void()> pressed);
+    /// `stateChanged`: by another layout.
+    KeyGrab(std::function<void()> pressed, std::function<void()> stateChanged);
     ~KeyGrab() override;
     KeyGrab(const KeyGrab&) = delete;
     KeyGrab& operator=(const KeyGrab&) = delete;
@@ -29,13 +31,25 @@ public:
 
 private:
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
-    [[nodiscard]] bool grab();
+    /// Where the letter and Num Lock are on the keyboard.
+    struct Place {
+        xcb_keycode_t key = 0; ///< 0: nowhere
+        uint16_t numLock = 0;  ///< the modifier; 0: it is none
+
+        bool operator==(const Place&) const = default;
+    };
+    [[nodiscard]] Place find() const;
+    void follow();
+    [[nodiscard]] bool grab() const;
     void release() const;
+    [[nodiscard]] bool isMappingChange(const xcb_generic_event_t& event) const;
 
     std::function<void()> m_pressed;
+    std::function<void()> m_stateChanged;
     xcb_connection_t* m_display = nullptr;
     xcb_window_t m_root = XCB_NONE;
-    xcb_keycode_t m_key = 0;
+    uint8_t m_keyboardEvent = 0; ///< of the X keyboard extension; 0 where the server has none
+    Place m_place;
     xcb_timestamp_t m_releasedAt = 0;
     State m_state = State::noKey;
 };

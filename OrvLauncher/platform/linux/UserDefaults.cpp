@@ -11,7 +11,9 @@ namespace orv {
 
 QString userDefault(const QString& key) {
     const QString file = Paths::supportDirectory() + u"/defaults.ini"_s;
-    return QFileInfo::exists(file) ? QSettings(file, QSettings::IniFormat).value(key).toString() : QString();
+    // A value with commas that stands in no quotes is read as a list.
+    return QFileInfo::exists(file) ? QSettings(file, QSettings::IniFormat).value(key).toStringList().join(u", "_s)
+                                   : QString();
 }
 
 } // namespace orv

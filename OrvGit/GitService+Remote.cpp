@@ -55,6 +55,9 @@ GitOutcome<void> GitService::push(const QString& repository) const {
         return std::unexpected(
             GitError::refused(GitWords::tr("Can't push from a detached HEAD. Switch to a branch first.")));
     }
+    if (!current->hasCommits) {
+        return std::unexpected(GitError::refused(GitWords::tr("There is nothing to push: there is no commit yet.")));
+    }
     const GitArguments words = current->upstream
                                    ? GitArguments{"push"}
                                    : GitArguments{"push", "-u", "origin", GitPath::toBytes(*current->branch)};

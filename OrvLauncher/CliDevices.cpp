@@ -121,12 +121,20 @@ int chooseDevice(const Invocation& call, const Project& project, const QString& 
     return exitOk;
 }
 
+bool isKey(const QString& word) {
+    return word.contains(u':');
+}
+
+QFuture<int> noKey(const Invocation& call, const QString& word) {
+    return QtFuture::makeReadyFuture(
+        call.usageError(u"'%1' is no key of a device; 'orvlauncher devices' lists them."_s.arg(printable(word))));
+}
+
 QFuture<int> choose(Invocation& call) {
     reportBrokenStores(call);
     const QString key = call.words.value(1);
-    if (!key.isEmpty() && !key.contains(u':')) {
-        return QtFuture::makeReadyFuture(
-            call.usageError(u"'%1' is no key of a device; 'orvlauncher devices' lists them."_s.arg(printable(key))));
+    if (!key.isEmpty() && !isKey(key)) {
+        return noKey(call, key);
     }
     return withProject(call, call.words.first(), [&call, key](const Project& project) {
         return QtFuture::makeReadyFuture(chooseDevice(call, project, key));
@@ -134,6 +142,9 @@ QFuture<int> choose(Invocation& call) {
 }
 
 QFuture<int> boot(Invocation& call) {
+    if (!isKey(call.words.first())) {
+        return noKey(call, call.words.first());
+    }
     const auto widgets = std::make_shared<QTemporaryDir>();
     auto* model = new AppModel(besideTheWidgets(*widgets), call.context);
     auto* progress = new Progress(call.console.err, u"Starting it…"_s, call.context);

@@ -61,6 +61,9 @@ QFuture<int> changePaths(Invocation& call, PathsMethod method, PathsOf pathsOf, 
         return QtFuture::makeReadyFuture(
             call.usageError(isAll ? u"either name paths, or say --all."_s : u"name paths, or say --all."_s));
     }
+    if (call.words.contains(QString())) {
+        return QtFuture::makeReadyFuture(call.usageError(u"a path is empty."_s));
+    }
     return changeAndShow(
         call, u"Running git…"_s,
         [folder = folderMeant(call), words = call.words, method, pathsOf, isAll,

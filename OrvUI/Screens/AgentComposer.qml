@@ -59,8 +59,8 @@ FocusScope {
     function recall() {
         if (composer.conversing && composer.agents && composer.fixedProjectID.length > 0 && words.text !== composer.agents.words(composer.fixedProjectID)) {
             words.text = composer.agents.words(composer.fixedProjectID);
-            words.cursorPosition = words.length;
         }
+        words.cursorPosition = words.length;
     }
 
     implicitHeight: frame.height + note.height + Theme.space6

@@ -251,6 +251,7 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     EXPECT_TRUE(test::waitFor([this] { return items("AgentTurn").size() == 2; })) << "it comes back as it was";
     const auto isTyped = [this] { return window->activeFocusItem()->property("text") == u"not sent"_s; };
     EXPECT_TRUE(test::waitFor(isTyped)) << focus();
+    EXPECT_EQ(window->activeFocusItem()->property("cursorPosition"), 8) << "one goes on typing";
 }
 
 TEST_F(MainWindow, ShowsEveryPageAndSection) {

@@ -100,7 +100,7 @@ bool LogModel::passes(Serial serial) const {
            (m_filterText.isEmpty() || StyledText::plain(raw(serial)).contains(m_filterText, Qt::CaseInsensitive));
 }
 
-void LogModel::setLog(const LogBuffer* log, qint64 before) {
+void LogModel::setLog(const LogBuffer* log, qint64 before, qint64 cleared) {
     ORV_ASSERT_MAIN_THREAD();
     m_log = nullptr;
     const Serial from = nextSerial();
@@ -113,8 +113,11 @@ void LogModel::setLog(const LogBuffer* log, qint64 before) {
     m_errors = {};
     m_log = log;
     if (log != nullptr) {
+        m_clearedBefore += std::clamp<qint64>(cleared - before, 0, log->size());
+        m_shownFrom = m_clearedBefore;
+        m_shownTo = m_clearedBefore;
         learn(log->size());
-        insertFrom(from);
+        insertFrom(m_clearedBefore);
     }
     Q_EMIT lineCountChanged();
 }

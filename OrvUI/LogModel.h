@@ -42,8 +42,10 @@ public:
     explicit LogModel(QObject* parent = nullptr);
 
     /// Shows this log, which stays where it is until it is another one's turn; none: nothing. `before` lines were
-    /// printed before the first one that it has.
-    void setLog(const LogBuffer* log, qint64 before = 0);
+    /// printed before the first one that it has, and the first `cleared` of all are left out.
+    void setLog(const LogBuffer* log, qint64 before = 0, qint64 cleared = 0);
+    /// How many lines of the output, from its first one on, are left out or gone.
+    [[nodiscard]] qint64 clearedLines() const { return m_before + m_clearedBefore - m_logFirst; }
     /// The log has taken in lines and dropped so many of its oldest, of those that came too.
     void noteAppended(qsizetype dropped);
     /// So many lines never came into the log.

@@ -28,12 +28,16 @@ ServiceLogs::ServiceLogs(AppModel& model, QObject* parent)
     ProcessManager& processes = model.processes();
     connect(&processes, &ProcessManager::logReset, this, [this](const ServiceID& id) {
         m_before.remove(id);
+        m_cleared.remove(id);
         if (id == m_shown) {
             m_lines.setLog(&m_model.processes().log(id));
         }
     });
     connect(&processes, &ProcessManager::linesSkipped, this, [this](const ServiceID& id, qsizetype count) {
         m_before[id] += count;
+        if (m_cleared.contains(id)) {
+            m_cleared[id] += count;
+        }
         if (id == m_shown) {
             m_lines.noteSkipped(count);
         }
@@ -108,8 +112,12 @@ void ServiceLogs::show(const std::optional<ServiceID>& id) {
     if (id == m_shown) {
         return;
     }
+    if (m_shown) {
+        m_cleared[*m_shown] = m_lines.clearedLines();
+    }
     m_shown = id;
-    m_lines.setLog(id ? &m_model.processes().log(*id) : nullptr, id ? m_before.value(*id) : 0);
+    m_lines.setLog(
+        id ? &m_model.processes().log(*id) : nullptr, id ? m_before.value(*id) : 0, id ? m_cleared.value(*id) : 0);
     Q_EMIT shownChanged();
 }
 

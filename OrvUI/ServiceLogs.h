@@ -28,6 +28,9 @@ class ServiceLogs : public QObject {
     Q_PROPERTY(QString shownKey READ shownKey NOTIFY shownChanged)
     Q_PROPERTY(QAbstractListModel* services READ services CONSTANT)
     Q_PROPERTY(orv::LogModel* lines READ lines CONSTANT)
+    /// How the lines are shown, for as long as the application runs.
+    Q_PROPERTY(bool wrap MEMBER m_wrap NOTIFY lookChanged)
+    Q_PROPERTY(bool timed MEMBER m_timed NOTIFY lookChanged)
 
 public:
     explicit ServiceLogs(AppModel& model, QObject* parent = nullptr);
@@ -44,6 +47,7 @@ public:
 Q_SIGNALS:
     void projectIDChanged();
     void shownChanged();
+    void lookChanged();
 
 private:
     void update();
@@ -52,8 +56,11 @@ private:
     AppModel& m_model;
     QString m_projectID;
     std::optional<ServiceID> m_shown;
-    bool m_isChosen = false;           ///< by someone
-    QHash<ServiceID, qint64> m_before; ///< lines that its log has no more, or never had
+    bool m_wrap = false;
+    bool m_timed = false;
+    bool m_isChosen = false;            ///< by someone
+    QHash<ServiceID, qint64> m_before;  ///< lines that its log has no more, or never had
+    QHash<ServiceID, qint64> m_cleared; ///< of those that were printed, so many are not to be seen again
     RowModel<LogServiceRow> m_services;
     LogModel m_lines;
     UpdateSoon m_updateSoon;

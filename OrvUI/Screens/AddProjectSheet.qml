@@ -133,6 +133,7 @@ Sheet {
                     width: parent.width
                     visible: sheet.cloning
                     label: qsTr("Repository address")
+                    error: sheet.busy ? "" : sheet.making.error
 
                     Field {
                         id: address
@@ -142,6 +143,7 @@ Sheet {
                         code: true
                         placeholderText: "https://git.example.com/team/project.git"
                         onTextEdited: {
+                            sheet.making.clearError();
                             if (!sheet.namedByHand) {
                                 nameField.text = sheet.making.nameOf(text.trim());
                             }
@@ -164,7 +166,7 @@ Sheet {
                     FormField {
                         width: target.cellWidth
                         label: qsTr("Name")
-                        error: sheet.busy ? "" : sheet.problem.length > 0 ? sheet.problem : sheet.making.error
+                        error: sheet.busy ? "" : sheet.problem.length > 0 ? sheet.problem : sheet.cloning ? "" : sheet.making.error
 
                         Field {
                             id: nameField

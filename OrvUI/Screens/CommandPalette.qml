@@ -242,7 +242,7 @@ T.Popup {
                 spacing: Theme.space16
 
                 Repeater {
-                    model: [[["↑", "↓"], qsTr("choose")], [["↩"], popup.opens ? qsTr("open") : qsTr("do it")], [[qsTr("Ctrl ↩")], qsTr("run or stop")], [["⇥"], qsTr("more actions")]]
+                    model: [[["↑", "↓"], qsTr("choose")], [["↩"], popup.opens ? qsTr("open") : qsTr("do it")], [[Keymap.text("run")], qsTr("run or stop")], [["⇥"], qsTr("more actions")]]
 
                     Row {
                         id: hint

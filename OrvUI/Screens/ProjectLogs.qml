@@ -62,6 +62,10 @@ FocusScope {
             nav: page.nav
             room: bar.width - services.width - Theme.space12
             fullRoom: bar.width
+            wrap: page.logs.wrap
+            timed: page.logs.timed
+            onWrapChanged: page.logs.wrap = wrap
+            onTimedChanged: page.logs.timed = timed
             onSearchLeft: view.forceActiveFocus(Qt.OtherFocusReason)
         }
     }
@@ -115,6 +119,7 @@ FocusScope {
                 if (moves[event.key] !== undefined) {
                     event.accepted = true;
                     contentY = Math.max(originY, Math.min(originY + contentHeight - height, contentY + moves[event.key]));
+                    page.follow = atYEnd;
                 }
             }
 
@@ -124,7 +129,9 @@ FocusScope {
                 timed: tools.timed
             }
 
-            T.ScrollBar.vertical: ScrollBar {}
+            T.ScrollBar.vertical: ScrollBar {
+                onPressedChanged: page.follow = !pressed && view.atYEnd
+            }
         }
 
         Button {

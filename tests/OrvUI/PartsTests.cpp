@@ -406,4 +406,12 @@ TEST_F(PartsTest, TheLogOfAServiceIsReadFromItsFirstLineOn) {
     EXPECT_EQ(logs.lines()->rowCount(), 0);
     logs.setProjectID(shop.id);
     EXPECT_EQ(row(4999), u"7001 Listening on http://localhost:4111"_s) << "opened later, the numbers are the same";
+    logs.lines()->clear();
+    logs.setProjectID({});
+    logs.setProjectID(shop.id);
+    EXPECT_EQ(logs.lines()->rowCount(), 0) << "what was cleared stays away";
+    const QFuture<void> restarted = model->restart(shop, {id(shop, ServiceKind::backend)});
+    EXPECT_TRUE(test::finishes(restarted));
+    EXPECT_TRUE(waitFor([&] { return logs.lines()->rowCount() == ProcessManager::maxLogLines; }))
+        << "until the next start";
 }

@@ -85,6 +85,12 @@ FocusScope {
         ListView {
             id: view
 
+            function keepUp() {
+                if (page.follow) {
+                    positionViewAtEnd();
+                }
+            }
+
             anchors.fill: parent
             anchors.margins: Theme.hairline
             anchors.topMargin: Theme.space8
@@ -99,27 +105,28 @@ FocusScope {
             model: page.lines
             Accessible.role: Accessible.List
             Accessible.name: services.count > 0 ? qsTr("Output of %1").arg(services.shownText) : qsTr("Output")
-            onCountChanged: {
-                if (page.follow) {
-                    positionViewAtEnd();
-                }
-            }
+            // The rows may be there before the view has its size.
+            onCountChanged: Qt.callLater(keepUp)
+            onHeightChanged: Qt.callLater(keepUp)
+            onContentHeightChanged: Qt.callLater(keepUp)
             onMovementStarted: page.follow = false
             onMovementEnded: page.follow = atYEnd
             Keys.onPressed: event => {
-                const page = height * 0.9;
+                const pageful = height * 0.9;
                 const moves = {
                     [Qt.Key_Home]: originY - contentY,
                     [Qt.Key_End]: originY + contentHeight - height - contentY,
-                    [Qt.Key_PageUp]: -page,
-                    [Qt.Key_PageDown]: page,
+                    [Qt.Key_PageUp]: -pageful,
+                    [Qt.Key_PageDown]: pageful,
                     [Qt.Key_Up]: -Theme.space20,
                     [Qt.Key_Down]: Theme.space20
                 };
                 if (moves[event.key] !== undefined) {
                     event.accepted = true;
-                    contentY = Math.max(originY, Math.min(originY + contentHeight - height, contentY + moves[event.key]));
-                    page.follow = atYEnd;
+                    const end = originY + contentHeight - height;
+                    const wanted = contentY + moves[event.key];
+                    contentY = Math.max(originY, Math.min(end, wanted));
+                    page.follow = wanted >= end && [Qt.Key_End, Qt.Key_PageDown, Qt.Key_Down].includes(event.key);
                 }
             }
 

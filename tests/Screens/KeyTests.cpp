@@ -10,6 +10,8 @@
 #include <QRegularExpression>
 #include <QSet>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
@@ -140,6 +142,37 @@ TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
     ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
     press(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(part(), "ProjectPage") << focus();
+}
+
+TEST_F(KeyWindow, ReadsOutputBackWhileMoreComes) {
+    addInstalled(u"talk"_s, "vite", "seq 200; while [ ! -e more ]; do sleep 0.01; done; echo last; sleep 100");
+    scan();
+    const Project talk = project(u"talk"_s);
+    const ServiceID service = id(talk, ServiceKind::frontend);
+    model->setPage({AppPage::Kind::project, talk.id, {}});
+    model->setDetailTab(DetailTab::logs);
+    ASSERT_TRUE(test::finishes(model->run(talk, {ServiceKind::frontend})));
+    QQuickItem* view = nullptr;
+    ASSERT_TRUE(test::waitFor([&] {
+        const QList<QQuickItem*> children = item("ProjectLogs")->findChildren<QQuickItem*>();
+        const auto found = std::ranges::find_if(
+            children, [](const QQuickItem* child) { return child->inherits("QQuickListView") && child->isVisible(); });
+        view = found != children.end() ? *found : nullptr;
+        return view != nullptr && view->property("count").toInt() >= 200 && view->property("atYEnd").toBool();
+    }));
+    // The page may still be taking the focus to where it begins.
+    ASSERT_TRUE(test::waitFor([&] {
+        view->forceActiveFocus();
+        press(Qt::Key_Home);
+        return view->property("atYBeginning").toBool();
+    }));
+    tree.add(u"projects/talk/more"_s);
+    ASSERT_TRUE(test::waitFor([&] { return logText(service).contains(u"last"_s); }));
+    ASSERT_TRUE(test::waitFor([&] { return view->property("count").toInt() > 200; }));
+    EXPECT_TRUE(view->property("atYBeginning").toBool());
+    press(Qt::Key_End);
+    EXPECT_TRUE(test::waitFor([&] { return view->property("atYEnd").toBool(); }));
+    ASSERT_TRUE(test::finishes(model->stop(talk)));
 }
 
 TEST_F(KeyWindow, TakesNoNameForAKey) {

@@ -2,6 +2,7 @@
 #include "OrvGit/GitPath.h"
 #include "TextLayout.h"
 
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -338,7 +339,13 @@ QFuture<int> gitLog(Invocation& call) {
         if (!paths) {
             return std::unexpected(paths.error());
         }
-        return service.history(*repository, {.limit = limit, .skip = skip, .from = {}, .path = paths->value(0)});
+        const QString path = paths->value(0);
+        auto entries = service.history(*repository, {.limit = limit, .skip = skip, .from = {}, .path = path});
+        const bool isNowhere = !path.isEmpty() && entries && entries->isEmpty() && skip == 0 && limit > 0 &&
+                               !QFileInfo::exists(*repository + u'/' + path);
+        return isNowhere ? std::unexpected(
+                               GitError::refused(u"there is no “%1”, and no commit knows it."_s.arg(printable(path))))
+                         : std::move(entries);
     };
     return runGit(call, u"Asking git…"_s, work, [&call](const QList<HistoryEntry>& entries) -> int {
         Stream& out = call.console.out;

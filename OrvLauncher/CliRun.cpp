@@ -94,6 +94,11 @@ QFuture<int> run(Invocation& call) {
             }
             RunSession::Options options{*kinds, {}, call.isSet(u"install"_s), call.json};
             if (call.isSet(u"device"_s)) {
+                if (!kinds->contains(ServiceKind::flutter)) {
+                    finish(call.usageError(
+                        u"--device is for Flutter apps; none of %1 is run."_s.arg(printable(project->name))));
+                    return;
+                }
                 options.device = call.value(u"device"_s);
             }
             auto* terminalRun = new TerminalRun(call.context);

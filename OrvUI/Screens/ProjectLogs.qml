@@ -106,9 +106,9 @@ FocusScope {
             Accessible.role: Accessible.List
             Accessible.name: services.count > 0 ? qsTr("Output of %1").arg(services.shownText) : qsTr("Output")
             // The rows may be there before the view has its size.
-            onCountChanged: Qt.callLater(keepUp)
-            onHeightChanged: Qt.callLater(keepUp)
-            onContentHeightChanged: Qt.callLater(keepUp)
+            onCountChanged: soon.start()
+            onHeightChanged: soon.start()
+            onContentHeightChanged: soon.start()
             onMovementStarted: page.follow = false
             onMovementEnded: page.follow = atYEnd
             Keys.onPressed: event => {
@@ -134,6 +134,13 @@ FocusScope {
                 width: view.width
                 wrap: tools.wrap
                 timed: tools.timed
+            }
+
+            Timer {
+                id: soon
+
+                interval: 0
+                onTriggered: view.keepUp()
             }
 
             T.ScrollBar.vertical: ScrollBar {

@@ -141,6 +141,7 @@ TEST_F(CommandLine, AnswersWithAnExitCodeAndInWords) {
         {"unknown setting", {u"settings"_s, u"get"_s, u"them"_s}, 2, {}, {"no setting 'them'", "mean 'theme'"}},
         {"setting of another type", {u"settings"_s, u"set"_s, u"showDockIcon"_s, u"maybe"_s}, 2, {}, {"true or false"}},
         {"setting of no case", {u"settings"_s, u"set"_s, u"theme"_s, u"pink"_s}, 2, {}, {"theme", "ember"}},
+        {"device of no Flutter app", {u"run"_s, u"shop"_s, u"--device"_s, u"avd:a"_s}, 2, {}, {"for Flutter apps"}},
         {"no key of a device", {u"devices"_s, u"boot"_s, u"pixel"_s}, 2, {}, {"'pixel' is no key of a device"}},
         {"unknown task", {u"tasks"_s, u"done"_s, u"ffff"_s}, 1, {}, {"no task 'ffff'"}},
         {"task without a title", {u"tasks"_s, u"add"_s, u"shop"_s, u" "_s}, 2, {}, {"needs a title"}},

@@ -102,6 +102,9 @@ TEST_F(GitCommands, FollowAChangeToTheRemote) {
     EXPECT_EQ(log[0].toObject()[u"subject"_s], u"Second"_s);
     EXPECT_EQ(log[0].toObject()[u"parents"_s].toArray().size(), 1);
     EXPECT_EQ(json({u"git"_s, u"log"_s, u"package.json"_s, u"--in"_s, shop}).array().size(), 1);
+    const Ended nowhere = inShop(u"git log pakcage.json"_s);
+    EXPECT_EQ(nowhere.exitCode, 1);
+    EXPECT_TRUE(nowhere.err.contains("no commit knows it")) << nowhere.err.constData();
     EXPECT_TRUE(inShop(u"git diff --commit HEAD"_s).out.contains("+two"));
 
     EXPECT_EQ(launcher.call({u"git"_s, u"push"_s, u"shop"_s}).exitCode, 0);

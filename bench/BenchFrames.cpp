@@ -233,9 +233,10 @@ int main(int argc, char** argv) {
     QTest::qWait(1000);
 
     Frames frames(window);
-    std::puts("| While | Frames | Median | 99 of 100 within | Longest | Over 16 ms | Own work, longest | Over 16 ms | "
+    std::puts("| While | Frames | Median | 99 of 100 within | Longest | Over 16 ms | Own work, median | Longest | Over "
+              "16 ms | "
               "Longest "
-              "stall |\n|---|---:|---:|---:|---:|---:|---:|---:|---:|");
+              "stall |\n|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|");
     QQuickItem* page = scroller(window->contentItem());
     frames.startPart();
     scroll(page, frames, time);

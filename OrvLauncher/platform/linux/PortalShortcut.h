@@ -16,7 +16,7 @@ public:
     struct Shortcut {
         QString id;
         QString description; ///< for the user, whom the desktop may ask
-        QString trigger;     ///< the wanted key (Shortcuts Specification): "CTRL+ALT+LOGO+l"
+        QString trigger;     ///< the wanted key, as freedesktop.org writes shortcuts: "CTRL+ALT+LOGO+l"
     };
     struct Handlers {
         /// `activation`: by which the desktop lets a window come to the front; may be empty.

@@ -44,7 +44,7 @@ T.AbstractButton {
                 anchors.verticalCenter: parent.verticalCenter
                 name: link.listening ? "arrow-up-right" : "circle-alert"
                 size: Theme.iconMini
-                color: link.listening ? Theme.text2 : Theme.warning
+                color: link.listening ? Theme.text3 : Theme.warning
             }
         }
     }

@@ -220,7 +220,7 @@ FocusScope {
                 id: agentButton
 
                 name: qsTr("Agent")
-                badge: composer.conversing && composer.agentRow ? agentBadge : null
+                badge: composer.agentRow ? agentBadge : null
                 text: composer.agentRow ? composer.agentRow.text : ""
                 onClicked: agentMenu.popup(agentButton, 0, height + Theme.space4)
             }
@@ -267,6 +267,7 @@ FocusScope {
                     joined: composer.conversing
                     controlHeight: Theme.controlSmall
                     text: qsTr("Start")
+                    shortcut: composer.conversing || !words.activeFocus ? "" : Keymap.text("start")
                     onClicked: composer.start()
                 }
 

@@ -11,7 +11,7 @@ Row {
     required property string text
     required property bool isCurrent
 
-    spacing: Theme.space8
+    spacing: Theme.space10
     Accessible.role: Accessible.StaticText
     Accessible.name: name.length > 0 ? qsTr("%1 %2").arg(name).arg(text) : text
 
@@ -24,17 +24,24 @@ Row {
         Component {
             id: busy
 
-            Spinner {
-                size: Theme.icon
+            Item {
+                Spinner {
+                    anchors.centerIn: parent
+                    size: Theme.iconMini
+                }
             }
         }
 
         Component {
             id: glyph
 
-            Icon {
-                name: event.icon
-                color: Theme.text2
+            Item {
+                Icon {
+                    anchors.centerIn: parent
+                    size: Theme.iconSmall
+                    name: event.icon
+                    color: Theme.text2
+                }
             }
         }
     }

@@ -24,16 +24,23 @@ Item {
     required property bool canReview
     readonly property bool running: runState === "running"
     property bool open: running
-
-    function joined(parts) {
-        return parts.filter(part => part.length > 0).join(" · ");
-    }
+    // How long it has run by now; what ended says so itself.
+    property string elapsed
+    readonly property string facts: [projectName, autonomyTitle, running ? elapsed : duration, changes].filter(part => part.length > 0).map(part => "·  " + part).join("  ")
 
     implicitHeight: column.height
     Accessible.role: Accessible.Grouping
     Accessible.name: title
     Accessible.description: running ? qsTr("%1, working").arg(agentName) : qsTr("%1, %2").arg(agentName).arg(runState)
     onRunningChanged: open = running
+
+    Timer {
+        interval: 5000
+        repeat: true
+        triggeredOnStart: true
+        running: card.running && card.visible && (card.Window.window?.visible ?? false)
+        onTriggered: card.elapsed = card.agents.duration(card.key)
+    }
 
     CardFace {
         anchors.fill: parent
@@ -104,7 +111,14 @@ Item {
                     anchors.verticalCenter: parent.verticalCenter
                     role: Theme.Small
                     color: Theme.text2
-                    text: card.joined([card.agentName, card.projectName, card.autonomyTitle, card.duration, card.changes])
+                    text: card.agentName
+                }
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    role: Theme.Small
+                    color: Theme.text3
+                    text: card.facts
                 }
             }
 
@@ -184,9 +198,10 @@ Item {
             color: Theme.text2
             wrapMode: Text.Wrap
             maximumLineCount: card.open ? 40 : 4
-            text: card.answer
+            textFormat: Text.StyledText
+            text: CodeText.prose(card.answer, Theme.isDark, Theme.theme)
             Accessible.role: Accessible.StaticText
-            Accessible.name: text
+            Accessible.name: card.answer
         }
 
         Label {

@@ -140,9 +140,10 @@ Column {
         color: Theme.text2
         wrapMode: Text.Wrap
         maximumLineCount: 40
-        text: turn.answer
+        textFormat: Text.StyledText
+        text: CodeText.prose(turn.answer, Theme.isDark, Theme.theme)
         Accessible.role: Accessible.StaticText
-        Accessible.name: text
+        Accessible.name: turn.answer
     }
 
     Label {

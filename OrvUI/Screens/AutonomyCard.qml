@@ -44,7 +44,7 @@ T.AbstractButton {
             x: Theme.space16
             y: Theme.space16
             name: card.glyph
-            color: card.isDefault ? Theme.accentText : Theme.text2
+            color: card.isDefault ? Theme.accentText : card.glyph === "zap" ? Theme.warning : Theme.text2
         }
 
         RadioMark {

@@ -20,6 +20,8 @@ T.AbstractButton {
     property int controlHeight: Theme.controlRegular
     // Set where another part joins at the right side.
     property bool joined: false
+    // Keys that do the same, shown behind the words.
+    property string shortcut
     readonly property color labelColor: !enabled ? Theme.disabled : danger ? Theme.danger : primary ? Theme.onAccent : lit ? Theme.accentText : ghost ? Theme.text2 : Theme.text
 
     implicitHeight: controlHeight
@@ -67,6 +69,15 @@ T.AbstractButton {
                 role: control.controlHeight > Theme.controlSmall ? Theme.BodyStrong : Theme.SmallStrong
                 color: control.labelColor
                 text: control.text
+            }
+
+            Label {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: text.length > 0
+                role: Theme.Small
+                color: control.labelColor
+                opacity: 0.8
+                text: control.shortcut
             }
         }
     }

@@ -42,6 +42,23 @@ void append(QString& out, QStringView text, int& column) {
     }
 }
 
+/// Appends a line with the pieces between pairs of `mark` in `begin` and `end`; what stands outside goes to `outside`.
+template <typename Outside>
+void appendMarked(
+    QString& out, QStringView line, QStringView mark, const QString& begin, const QString& end, Outside outside) {
+    while (true) {
+        const qsizetype first = line.indexOf(mark);
+        const qsizetype second = first < 0 ? -1 : line.indexOf(mark, first + mark.size());
+        if (second <= first + mark.size()) {
+            outside(line);
+            return;
+        }
+        outside(line.first(first));
+        out += begin + line.sliced(first + mark.size(), second - first - mark.size()).toString().toHtmlEscaped() + end;
+        line = line.sliced(second + mark.size());
+    }
+}
+
 } // namespace
 
 QString CodeText::styled(const QString& text, const QList<int>& spans, bool dark, int theme) {
@@ -82,6 +99,38 @@ QString CodeText::matched(const QString& text, const QList<int>& letters, bool d
         append(out, QStringView(text).sliced(at, 1), column);
     }
     return isOpen ? out + "</font></b>"_L1 : out;
+}
+
+QString CodeText::prose(const QString& text, bool dark, int theme) {
+    Q_UNUSED(dark)
+    Q_UNUSED(theme)
+    const QString code = "<font color=\""_L1 + Theme::instance()->text().name() + "\">"_L1;
+    QString out;
+    bool isFenced = false;
+    bool isFirst = true;
+    for (const QStringView line : QStringView(text).split(u'\n')) {
+        if (line.trimmed().startsWith(u"```")) {
+            isFenced = !isFenced;
+            continue;
+        }
+        if (!isFirst) {
+            out += "<br>"_L1;
+        }
+        isFirst = false;
+        if (isFenced) {
+            int column = 0;
+            out += code;
+            append(out, line, column);
+            out += "</font>"_L1;
+            continue;
+        }
+        appendMarked(out, line, u"`", code, u"</font>"_s, [&out](QStringView words) {
+            appendMarked(out, words, u"**", u"<b>"_s, u"</b>"_s, [&out](QStringView plain) {
+                out += plain.toString().toHtmlEscaped();
+            });
+        });
+    }
+    return out;
 }
 
 } // namespace orv

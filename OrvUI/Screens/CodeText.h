@@ -7,7 +7,7 @@
 
 namespace orv {
 
-/// Lines of code in the colours of the theme, as QML's StyledText. A QML singleton.
+/// Lines of code, and words with code in them, in the colours of the theme, as QML's StyledText. A QML singleton.
 class CodeText : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -22,6 +22,9 @@ public:
     /// `text` with what `letters` name by their places in the colour of the accent, strong: what a search matched.
     [[nodiscard]] Q_INVOKABLE static QString matched(
         const QString& text, const QList<int>& letters, bool dark, int theme);
+    /// What an agent says, with the code in it in the colour of text and what it stresses strong. Of Markdown it knows
+    /// code in a line and between fences, and `**`; the rest stands as it came.
+    [[nodiscard]] Q_INVOKABLE static QString prose(const QString& text, bool dark, int theme);
 };
 
 } // namespace orv

@@ -101,7 +101,7 @@ Column {
         bottomPadding: Theme.shelfGap
         title: qsTr("Running")
         count: running.count
-        columns: Math.min(header.columns, 3)
+        columns: header.columns
 
         action: Button {
             ghost: true

@@ -164,10 +164,12 @@ Window {
                         currentIndex: pages.tasks?.showsDone ? 1 : 0
                         choices: [
                             {
-                                "text": qsTr("Open %1").arg(root.model.taskLists.openCount)
+                                "text": qsTr("Open"),
+                                "count": root.model.taskLists.openCount
                             },
                             {
-                                "text": qsTr("Done %1").arg(root.model.taskLists.doneCount)
+                                "text": qsTr("Done"),
+                                "count": root.model.taskLists.doneCount
                             }
                         ]
                         onChosen: index => pages.tasks.showsDone = index === 1

@@ -108,6 +108,7 @@ T.AbstractButton {
             anchors.rightMargin: Theme.space6
             anchors.verticalCenter: parent.verticalCenter
             visible: row.cardState !== "idle" && row.cardState.length > 0
+            size: Theme.dotSmall
             cardState: row.cardState
         }
     }

@@ -46,16 +46,18 @@ T.AbstractButton {
             tileLetter: item.tileLetter
 
             Rectangle {
-                x: parent.width - width + Theme.space4
-                y: parent.height - height + Theme.space4
-                width: Theme.dotHalo
-                height: Theme.dotHalo
+                readonly property int edge: Theme.space2
+
+                x: parent.width - width / 2 - edge - Theme.hairline
+                y: parent.height - height / 2 - edge - Theme.hairline
+                width: Theme.dot + 2 * edge
+                height: width
                 radius: width / 2
                 color: Theme.surface
 
                 Rectangle {
                     anchors.centerIn: parent
-                    width: Theme.dotHalo - Theme.space4
+                    width: Theme.dot
                     height: width
                     radius: width / 2
                     color: Theme.success

@@ -7,8 +7,8 @@ T.Control {
     id: segmented
 
     property int toldRole: Accessible.PageTabList
-    // One record each: text, glyph, the state of a service, a note behind the text (any may be missing); without a text
-    // a name.
+    // One record each: text, count, glyph, the state of a service, a note behind the text (any may be missing); without a
+    // text a name.
     required property var choices
     property int currentIndex: 0
     property string name
@@ -54,12 +54,12 @@ T.Control {
                     readonly property bool isCurrent: index === segmented.currentIndex
 
                     height: row.height
-                    implicitWidth: Math.ceil(content.implicitWidth) + (modelData.text === undefined ? Theme.space16 : Theme.space20)
+                    implicitWidth: Math.ceil(content.implicitWidth) + (modelData.text === undefined ? Theme.space16 : Theme.space24)
                     width: segmented.stretched ? Math.floor((segmented.width - 2 * Theme.space2) / segmented.choices.length) : implicitWidth
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true
                     Accessible.role: toldRole
-                    Accessible.name: modelData.text ?? modelData.name
+                    Accessible.name: modelData.count === undefined ? modelData.text ?? modelData.name : qsTr("%1, %2").arg(modelData.text).arg(modelData.count)
                     Accessible.checked: isCurrent
                     onClicked: segmented.chosen(index)
 
@@ -89,7 +89,9 @@ T.Control {
 
                             StatusDot {
                                 anchors.verticalCenter: parent.verticalCenter
+                                width: Theme.dot
                                 visible: segment.modelData.state !== undefined
+                                halo: true
                                 cardState: segment.modelData.state ?? "idle"
                             }
 
@@ -106,6 +108,13 @@ T.Control {
                                 role: Theme.BodyStrong
                                 color: segment.isCurrent ? Theme.text : Theme.text2
                                 text: segment.modelData.text ?? ""
+                            }
+
+                            Label {
+                                anchors.verticalCenter: parent.verticalCenter
+                                visible: text.length > 0
+                                color: Theme.text3
+                                text: segment.modelData.count ?? ""
                             }
 
                             Label {

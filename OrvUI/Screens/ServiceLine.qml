@@ -13,11 +13,12 @@ Row {
     readonly property bool running: service.phase === "running"
     signal opened(string key)
 
-    spacing: Theme.space4
+    spacing: Theme.space6
     height: Theme.space20
 
     StatusDot {
         anchors.verticalCenter: parent.verticalCenter
+        halo: true
         cardState: line.failed ? "failed" : line.service.phase ?? "idle"
     }
 
@@ -27,7 +28,7 @@ Row {
         role: Theme.Small
         color: line.failed ? Theme.danger : line.running ? Theme.text2 : Theme.warning
         text: !line.alone ? line.service.label ?? "" : line.running ? qsTr("Running") : qsTr("Starting…")
-        rightPadding: Theme.space4
+        rightPadding: Theme.space2
     }
 
     AddressLink {

@@ -8,6 +8,7 @@ Item {
     required property string cardState
     // A soft ring around the dot of what runs or failed.
     property bool halo: false
+    property int size: Theme.dot
     readonly property bool busy: cardState === "starting" || cardState === "installing"
     readonly property color tint: cardState === "running" ? Theme.success : cardState === "failed" ? Theme.danger : Theme.text3
 
@@ -25,8 +26,8 @@ Item {
 
     Rectangle {
         anchors.centerIn: parent
-        width: Theme.dot
-        height: Theme.dot
+        width: dot.size
+        height: dot.size
         radius: width / 2
         visible: !dot.busy
         color: dot.cardState === "idle" ? "transparent" : dot.tint
@@ -49,8 +50,8 @@ Item {
         id: ring
 
         anchors.centerIn: parent
-        width: Theme.dot
-        height: Theme.dot
+        width: dot.size
+        height: dot.size
         radius: width / 2
         color: "transparent"
         border.width: Theme.hairline

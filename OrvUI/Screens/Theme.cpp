@@ -17,6 +17,9 @@ using namespace Qt::StringLiterals;
 namespace orv {
 namespace {
 
+/// The width of a letter of the code face, in parts of its size.
+constexpr qreal codeAdvance = 0.6;
+
 enum class Family { text, display, code };
 
 struct Style {
@@ -65,7 +68,9 @@ QString familyName(Family family) {
 
 QFont fontOf(const Style& style) {
     QFont font(familyName(style.family));
-    font.setPixelSize(qFloor(style.size)); // there are no fonts of half a pixel
+    // There are no fonts of half a pixel: a half goes to the even size, and the letters keep the room they should have.
+    const int pixels = static_cast<int>(std::nearbyint(style.size));
+    font.setPixelSize(pixels);
     font.setWeight(style.weight);
     if (style.spacing != 0) {
         font.setLetterSpacing(QFont::AbsoluteSpacing, style.size * style.spacing / 100);
@@ -73,6 +78,7 @@ QFont fontOf(const Style& style) {
     // Keeps the shapes of the letters, and their spacing.
     font.setHintingPreference(QFont::PreferNoHinting);
     if (style.family == Family::code) {
+        font.setLetterSpacing(QFont::AbsoluteSpacing, (style.size - pixels) * codeAdvance);
         font.setFixedPitch(true);
         font.setStyleHint(QFont::Monospace);
         font.setStyleStrategy(QFont::PreferNoShaping); // no ligatures: a command is shown as it is typed

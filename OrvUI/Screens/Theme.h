@@ -95,6 +95,7 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int iconLarge MEMBER iconLarge CONSTANT FINAL)
     Q_PROPERTY(int mark MEMBER mark CONSTANT FINAL)
     Q_PROPERTY(int dot MEMBER dot CONSTANT FINAL)
+    Q_PROPERTY(int dotSmall MEMBER dotSmall CONSTANT FINAL)
     Q_PROPERTY(int dotHalo MEMBER dotHalo CONSTANT FINAL)
     Q_PROPERTY(int tileMini MEMBER tileMini CONSTANT FINAL)
     Q_PROPERTY(int tileSmall MEMBER tileSmall CONSTANT FINAL)
@@ -266,7 +267,8 @@ public:
     static constexpr int sheetWidth = 520, statusLineHeight = 40, statusLineLimit = 560, tooltipHeight = 28;
     static constexpr int tooltipLimit = 420, emptyWidth = 440, emptyLift = 56, illustration = 120;
     static constexpr int iconTiny = 10, iconMini = 12, iconSmall = 14, icon = 16, iconLarge = 18, mark = 20, dot = 8;
-    static constexpr int dotHalo = 14, tileMini = 16, tileSmall = 28, tile = 36, tileLarge = 44, avatar = 28;
+    static constexpr int dotSmall = 6, dotHalo = 14, tileMini = 16, tileSmall = 28, tile = 36, tileLarge = 44,
+                         avatar = 28;
     static constexpr int swatchSize = 20, progressHeight = 6, scrollBar = 10;
     static constexpr int focusWidth = 2, focusGap = 2, haloWidth = 3, kindWidth = 60, bubble = 14, sheetFoot = 62,
                          setupStepHeight = 61, radiusKey = 4, radiusRow = 7, radiusControl = 8;

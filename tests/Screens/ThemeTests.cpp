@@ -1,3 +1,4 @@
+#include "OrvUI/Screens/CodeText.h"
 #include "OrvUI/Screens/SystemLook.h"
 #include "OrvUI/Screens/Theme.h"
 #include "tests/support/TestSupport.h"
@@ -121,6 +122,28 @@ TEST(Theme, IsStrongerWhereTheSystemAsksForContrast) {
 }
 
 #ifdef Q_OS_LINUX
+TEST(CodeText, MarksTheCodeInWhatAnAgentSays) {
+    struct Case {
+        QString said;
+        QString shown;
+    };
+    const QString code = u"<font color=\"%1\">"_s.arg(Theme::instance()->text().name());
+    const QList<Case> cases{
+        {u"plain, 1 < 2 && \"so\""_s, u"plain, 1 &lt; 2 &amp;&amp; &quot;so&quot;"_s},
+        {u"run `a<b` and **do** it"_s, u"run %1a&lt;b</font> and <b>do</b> it"_s.arg(code)},
+        {u"a ` alone, ** alone"_s, u"a ` alone, ** alone"_s},
+        {u"nothing in `` and ****"_s, u"nothing in `` and ****"_s},
+        {u"`**` is code"_s, u"%1**</font> is code"_s.arg(code)},
+        {u"one\ntwo"_s, u"one<br>two"_s},
+        {u"so:\n```sh\n  **x** <y>\n```\nend"_s,
+         u"so:<br>%1&nbsp;&nbsp;**x**&nbsp;&lt;y&gt;</font><br>end"_s.arg(code)},
+        {u"<img src='http://host/x'>"_s, u"&lt;img src='http://host/x'&gt;"_s},
+    };
+    for (const Case& each : cases) {
+        EXPECT_EQ(CodeText::prose(each.said, true, 0), each.shown) << each.said.toStdString();
+    }
+}
+
 TEST(SystemLook, TakesWhatTheDesktopSays) {
     const struct {
         QString group;

@@ -1,7 +1,7 @@
 #include "TermEngine/Bidi.h"
 
 #include "TermEngine/Buffer.h"
-#include "TermEngine/LogicalLine_p.h"
+#include "TermEngine/TextRange_p.h"
 #include "TermEngine/UnicodeBidi_p.h"
 
 #include <algorithm>

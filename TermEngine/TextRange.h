@@ -28,8 +28,9 @@ enum class RangeShape : std::uint8_t { flowing, rectangle };
 /// UTF-8: soft wraps joined, other lines parted by LF, no blanks that nobody wrote at the ends of lines.
 [[nodiscard]] std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shape = RangeShape::flowing);
 
-/// The word at a place, over soft wraps: letters, digits, everything beyond ASCII and `alsoInWords`; elsewhere the run
-/// of blanks, or the one character.
+/// The word at a place, over soft wraps: letters, digits, marks and `alsoInWords` (characters of ASCII); elsewhere the
+/// run of blanks, or the one character. Ideographs, Hiragana and Katakana are words of their own beside each other and
+/// beside other letters, unless one of `alsoInWords` or a digit joins them.
 [[nodiscard]] TextRange wordAt(const Buffer& buffer, TextPlace place, std::string_view alsoInWords = "-_./~:@%+#?&=");
 /// The whole line at a place, with all that a soft wrap joins to it.
 [[nodiscard]] TextRange lineAt(const Buffer& buffer, TextPlace place);

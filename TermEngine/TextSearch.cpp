@@ -1,6 +1,5 @@
-#include "TermEngine/LogicalLine_p.h"
 #include "TermEngine/RegularExpression_p.h"
-#include "TermEngine/TextRange.h"
+#include "TermEngine/TextRange_p.h"
 #include "TermEngine/Unicode.h"
 
 #include <algorithm>

@@ -42,17 +42,46 @@ TEST(TextRange, GivesTextWithoutPaddingAndWithSoftWrapsJoined) {
 }
 
 TEST(TextRange, FindsWordsAndLinesOverSoftWraps) {
-    const Screen screen("see http://a.b/cdef gh (漢字)\r\nend");
-    const auto word = [&](std::int64_t line, int col) {
-        return textIn(screen.buffer(), wordAt(screen.buffer(), {line, col}));
+    struct Case {
+        const char* bytes;
+        TextPlace place;
+        const char* word;
     };
-    EXPECT_EQ(word(0, 1), "see");
-    EXPECT_EQ(word(0, 3), " ");
-    EXPECT_EQ(word(0, 9), "http://a.b/cdef");
-    EXPECT_EQ(word(1, 0), "http://a.b/cdef");
-    EXPECT_EQ(word(2, 3), "(");
-    EXPECT_EQ(word(2, 5), "漢字");
-    EXPECT_EQ(word(3, 9), "");
+    constexpr auto text = "see http://a.b/cdef gh (漢字)\r\nend";
+    constexpr auto japanese = "Gitでリポジトリを初期化。第3章";
+    constexpr auto table = "│ab│\xC2\xA0\xC2\xA0“c-d”";
+    const std::vector<Case> cases = {
+        {text, {0, 1}, "see"},
+        {text, {0, 3}, " "},
+        {text, {0, 9}, "http://a.b/cdef"},
+        {text, {1, 0}, "http://a.b/cdef"},
+        {text, {2, 3}, "("},
+        {text, {2, 5}, "漢字"},
+        {text, {3, 9}, ""},
+        {table, {0, 1}, "ab"},
+        {table, {0, 3}, "│"},
+        {table, {0, 5}, "\xC2\xA0\xC2\xA0"},
+        {table, {0, 8}, "c-d"},
+        {"\xEE\x82\xB0 main \xEE\x82\xB0", {0, 3}, "main"},
+        {"x\xEE\x82\xB0main", {0, 1}, "\xEE\x82\xB0"},
+        {"a --opt=né\u0301e", {0, 4}, "--opt=né\u0301e"},
+        {"=дом/2², ok", {0, 5}, "=дом/2²"},
+        {"~/文档/ab報告.txt", {0, 3}, "~/文档/ab"},
+        {"~/文档/ab報告.txt", {1, 1}, "報告.txt"},
+        {japanese, {0, 1}, "Git"},
+        {japanese, {0, 3}, "で"},
+        {japanese, {0, 7}, "リポジトリ"},
+        {japanese, {1, 1}, "リポジトリ"},
+        {japanese, {1, 9}, "初期化"},
+        {japanese, {2, 4}, "。"},
+        {japanese, {2, 7}, "第3章"},
+    };
+    for (const Case& test : cases) {
+        const Screen screen(test.bytes);
+        EXPECT_EQ(textIn(screen.buffer(), wordAt(screen.buffer(), test.place)), test.word)
+            << test.bytes << ", line " << test.place.line << ", column " << test.place.col;
+    }
+    const Screen screen(text);
     EXPECT_EQ(textIn(screen.buffer(), lineAt(screen.buffer(), {1, 4})), "see http://a.b/cdef gh (漢字)");
 }
 

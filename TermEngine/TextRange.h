@@ -65,17 +65,4 @@ private:
     std::optional<TextRange> m_range;
 };
 
-struct SearchOptions {
-    bool ignoresCase = true;          ///< by Unicode's simple case folding
-    bool isRegularExpression = false; ///< ECMAScript, without references to groups and looking ahead or behind
-    bool wholeWords = false;
-    std::size_t limit = 10'000;            ///< matches
-    std::uint64_t mostSteps = 300'000'000; ///< of a regular expression; then the search ends with what it has found
-};
-
-/// All matches in screen and history, the oldest first; soft wraps are joined. Nothing for a regular expression that is
-/// none.
-[[nodiscard]] std::optional<std::vector<TextRange>> search(
-    const Buffer& buffer, std::string_view pattern, const SearchOptions& options = {});
-
 } // namespace term

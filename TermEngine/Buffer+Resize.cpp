@@ -6,19 +6,19 @@
 
 namespace term {
 
-void Buffer::resize(int cols, int rows, std::span<LinePlace> places) {
-    if (cols == m_cols && rows == m_rows) {
+void Buffer::resize(int newCols, int newRows, std::span<LinePlace> places) {
+    if (newCols == m_cols && newRows == m_rows) {
         return;
     }
     // Room for all that a reflow makes; what is too much goes at the end.
-    const std::size_t length = static_cast<std::size_t>(rows + (m_setup.hasScrollback ? m_setup.scrollback : 0));
-    const bool flows = cols != m_cols;
+    const std::size_t length = static_cast<std::size_t>(newRows + (m_setup.hasScrollback ? m_setup.scrollback : 0));
+    const bool flows = newCols != m_cols;
     if (flows) {
-        resizeTabStops(cols);
-        reflow(cols, rows, places);
+        resizeTabStops(newCols);
+        reflow(newCols, newRows, places);
     }
-    m_lines.setMaxLength(std::max(length, m_lines.size()) + static_cast<std::size_t>(rows));
-    resizeRows(rows);
+    m_lines.setMaxLength(std::max(length, m_lines.size()) + static_cast<std::size_t>(newRows));
+    resizeRows(newRows);
     const int surplus = std::max(lineCount() - static_cast<int>(length), 0);
     m_lines.setMaxLength(length);
     m_trimmedCount += static_cast<std::uint64_t>(surplus);

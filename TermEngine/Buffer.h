@@ -213,7 +213,7 @@ public:
     [[nodiscard]] int previousTabStop(int col) const;
 
     /// The `places` follow the characters that they stand on; a column as big as the width is behind a full line.
-    void resize(int cols, int rows, std::span<LinePlace> places = {});
+    void resize(int newCols, int newRows, std::span<LinePlace> places = {});
     void changeHistorySize(int scrollback);
 
     void mark(CellArena::Marker& marker) const;
@@ -262,7 +262,7 @@ private:
     void resizeTabStops(int cols);
     void fillRows();
     [[nodiscard]] int lastLineInUse() const;
-    std::uint64_t nextIdentity() { return m_cellArena->nextLineIdentity(); }
+    RenderIdentity nextIdentity() { return m_cellArena->nextLineIdentity(); }
 
     std::shared_ptr<CellArena> m_cellArena;
     Setup m_setup;

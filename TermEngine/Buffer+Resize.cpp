@@ -15,7 +15,11 @@ void Buffer::resize(int newCols, int newRows, std::span<LinePlace> places) {
     const bool flows = newCols != m_cols;
     if (flows) {
         resizeTabStops(newCols);
-        reflow(newCols, newRows, places);
+        if (m_setup.hasScrollback) {
+            reflow(newCols, newRows, places);
+        } else {
+            cutOrExtend(newCols);
+        }
     }
     m_lines.setMaxLength(std::max(length, m_lines.size()) + static_cast<std::size_t>(newRows));
     resizeRows(newRows);
@@ -67,16 +71,17 @@ int Buffer::linesWithoutRoom(int cols, int rows, int last) const {
     return std::min(first, m_yBase);
 }
 
+void Buffer::cutOrExtend(int cols) {
+    m_cols = cols;
+    for (int index = 0; index < lineCount(); ++index) {
+        lineAt(index).resize(cols);
+    }
+    m_pendingWrap = m_pendingWrap && m_x == cols - 1;
+    m_x = std::min(m_x, cols - 1);
+}
+
 void Buffer::reflow(int cols, int rows, std::span<LinePlace> places) {
     m_cols = cols;
-    if (!m_setup.hasScrollback) {
-        for (int index = 0; index < lineCount(); ++index) {
-            lineAt(index).resize(cols);
-        }
-        m_pendingWrap = m_pendingWrap && m_x == cols - 1;
-        m_x = std::min(m_x, cols - 1);
-        return;
-    }
     const bool follows = m_yDisp == m_yBase;
     const int lastInUse = lastLineInUse();
     const bool isFull = lastInUse == lineCount() - 1;

@@ -256,6 +256,7 @@ private:
     void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);
     void tellWideLost(int row, int col);
     void tellMoved(int top, int bottom, int left, int right, int by);
+    void cutOrExtend(int cols);
     void reflow(int cols, int rows, std::span<LinePlace> places);
     [[nodiscard]] int linesWithoutRoom(int cols, int rows, int last) const;
     void resizeRows(int rows);

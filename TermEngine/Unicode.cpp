@@ -67,6 +67,13 @@ char32_t foldCase(char32_t scalar) {
 }
 
 WordClass wordClass(char32_t scalar) {
+    if (scalar < 0x80) {
+        const char32_t lower = scalar | 0x20;
+        return lower >= U'a' && lower <= U'z'     ? WordClass::letter
+               : scalar >= U'0' && scalar <= U'9' ? WordClass::joining
+               : scalar == U' '                   ? WordClass::blank
+                                                  : WordClass::none;
+    }
     return (std::ranges::upper_bound(wordRuns, scalar, {}, &WordRun::first) - 1)->value;
 }
 

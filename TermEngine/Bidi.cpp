@@ -1,7 +1,7 @@
 #include "TermEngine/Bidi.h"
 
 #include "TermEngine/Buffer.h"
-#include "TermEngine/LogicalLine_p.h"
+#include "TermEngine/TextRange_p.h"
 #include "TermEngine/UnicodeBidi_p.h"
 
 #include <algorithm>
@@ -406,6 +406,38 @@ char32_t mirrored(char32_t scalar, BoxDrawing boxDrawing) {
 
 } // namespace bidi
 
+namespace {
+
+struct Paragraph {
+    std::u32string text{};
+    std::size_t rowStart = 0;   ///< of the row that is presented
+    std::vector<int> columns{}; ///< of its characters
+};
+
+/// Of each character the first scalar counts, and its second column is no text.
+Paragraph paragraphOf(const Buffer& buffer, int first, int end, int row) {
+    Paragraph made;
+    for (int index = first; index < end; ++index) {
+        const BufferLine& line = buffer.lineAt(index);
+        made.rowStart = index == row ? made.text.size() : made.rowStart;
+        const int length = index == row ? line.size() : textLength(buffer, index);
+        for (int col = 0; col < length; ++col) {
+            if (line[col].isSpacer()) {
+                continue;
+            }
+            char32_t memory = 0;
+            const std::u32string_view scalars = buffer.cellArena().scalarValues(line[col], memory);
+            made.text.push_back(scalars.empty() ? U' ' : scalars.front());
+            if (index == row) {
+                made.columns.push_back(col);
+            }
+        }
+    }
+    return made;
+}
+
+} // namespace
+
 PresentedRow presentedRow(const Buffer& buffer, int index, const BidiPresentationState& state, int mostRows) {
     if (!state.isImplicit) {
         return {};
@@ -421,41 +453,19 @@ PresentedRow presentedRow(const Buffer& buffer, int index, const BidiPresentatio
     if (end - first > mostRows) {
         return {};
     }
-    // Of each character the first scalar counts, and its second column is no text.
-    std::u32string text;
-    std::vector<int> columns;
-    std::size_t rowStart = 0;
-    std::size_t rowEnd = 0;
+    const Paragraph paragraph = paragraphOf(buffer, first, end, index);
     const bool isRight = state.paragraph == BidiDirection::rightToLeft && !state.autodetectsDirection;
-    bool mayReorder = isRight;
-    for (int at = first; at < end; ++at) {
-        const BufferLine& line = buffer.lineAt(at);
-        rowStart = at == index ? text.size() : rowStart;
-        const int length = at == index ? line.size() : textLength(buffer, at);
-        for (int col = 0; col < length; ++col) {
-            if (line[col].isSpacer()) {
-                continue;
-            }
-            char32_t memory = 0;
-            const std::u32string_view scalars = buffer.cellArena().scalarValues(line[col], memory);
-            text.push_back(scalars.empty() ? U' ' : scalars.front());
-            mayReorder = mayReorder || text.back() >= 0x590;
-            if (at == index) {
-                columns.push_back(col);
-            }
-        }
-        rowEnd = at == index ? text.size() : rowEnd;
-    }
-    if (!mayReorder) {
+    if (!isRight && std::ranges::all_of(paragraph.text, [](char32_t scalar) { return scalar < 0x590; })) {
         return {};
     }
     std::optional<BidiDirection> direction = state.paragraph;
     if (state.autodetectsDirection) {
         direction.reset();
     }
-    bidi::Levels levels = bidi::levelsOf(text, direction);
-    const std::span<std::uint8_t> row = std::span(levels.scalars).subspan(rowStart, rowEnd - rowStart);
-    bidi::resetTrailing(row, std::u32string_view(text).substr(rowStart, row.size()), levels.paragraph);
+    bidi::Levels levels = bidi::levelsOf(paragraph.text, direction);
+    const std::span<std::uint8_t> row = std::span(levels.scalars).subspan(paragraph.rowStart, paragraph.columns.size());
+    const std::u32string_view rowText = std::u32string_view(paragraph.text).substr(paragraph.rowStart, row.size());
+    bidi::resetTrailing(row, rowText, levels.paragraph);
     if (std::ranges::all_of(row, [](std::uint8_t level) { return level == 0; })) {
         return {};
     }
@@ -464,7 +474,7 @@ PresentedRow presentedRow(const Buffer& buffer, int index, const BidiPresentatio
     const BufferLine& line = buffer.lineAt(index);
     made.isRightToLeft.resize(static_cast<std::size_t>(line.size()));
     for (const int unit : bidi::visualOrder(row)) {
-        const int col = columns[static_cast<std::size_t>(unit)];
+        const int col = paragraph.columns[static_cast<std::size_t>(unit)];
         const bool isOdd = row[static_cast<std::size_t>(unit)] % 2 != 0;
         for (int part = col; part < col + (line[col].isWide() ? 2 : 1) && part < line.size(); ++part) {
             made.columns.push_back(part);

@@ -6,19 +6,23 @@
 
 namespace term {
 
-void Buffer::resize(int cols, int rows, std::span<LinePlace> places) {
-    if (cols == m_cols && rows == m_rows) {
+void Buffer::resize(int newCols, int newRows, std::span<LinePlace> places) {
+    if (newCols == m_cols && newRows == m_rows) {
         return;
     }
     // Room for all that a reflow makes; what is too much goes at the end.
-    const std::size_t length = static_cast<std::size_t>(rows + (m_setup.hasScrollback ? m_setup.scrollback : 0));
-    const bool flows = cols != m_cols;
+    const std::size_t length = static_cast<std::size_t>(newRows + (m_setup.hasScrollback ? m_setup.scrollback : 0));
+    const bool flows = newCols != m_cols;
     if (flows) {
-        resizeTabStops(cols);
-        reflow(cols, rows, places);
+        resizeTabStops(newCols);
+        if (m_setup.hasScrollback) {
+            reflow(newCols, newRows, places);
+        } else {
+            cutOrExtend(newCols);
+        }
     }
-    m_lines.setMaxLength(std::max(length, m_lines.size()) + static_cast<std::size_t>(rows));
-    resizeRows(rows);
+    m_lines.setMaxLength(std::max(length, m_lines.size()) + static_cast<std::size_t>(newRows));
+    resizeRows(newRows);
     const int surplus = std::max(lineCount() - static_cast<int>(length), 0);
     m_lines.setMaxLength(length);
     m_trimmedCount += static_cast<std::uint64_t>(surplus);
@@ -67,16 +71,17 @@ int Buffer::linesWithoutRoom(int cols, int rows, int last) const {
     return std::min(first, m_yBase);
 }
 
+void Buffer::cutOrExtend(int cols) {
+    m_cols = cols;
+    for (int index = 0; index < lineCount(); ++index) {
+        lineAt(index).resize(cols);
+    }
+    m_pendingWrap = m_pendingWrap && m_x == cols - 1;
+    m_x = std::min(m_x, cols - 1);
+}
+
 void Buffer::reflow(int cols, int rows, std::span<LinePlace> places) {
     m_cols = cols;
-    if (!m_setup.hasScrollback) {
-        for (int index = 0; index < lineCount(); ++index) {
-            lineAt(index).resize(cols);
-        }
-        m_pendingWrap = m_pendingWrap && m_x == cols - 1;
-        m_x = std::min(m_x, cols - 1);
-        return;
-    }
     const bool follows = m_yDisp == m_yBase;
     const int lastInUse = lastLineInUse();
     const bool isFull = lastInUse == lineCount() - 1;

@@ -213,7 +213,7 @@ public:
     [[nodiscard]] int previousTabStop(int col) const;
 
     /// The `places` follow the characters that they stand on; a column as big as the width is behind a full line.
-    void resize(int cols, int rows, std::span<LinePlace> places = {});
+    void resize(int newCols, int newRows, std::span<LinePlace> places = {});
     void changeHistorySize(int scrollback);
 
     void mark(CellArena::Marker& marker) const;
@@ -256,13 +256,14 @@ private:
     void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);
     void tellWideLost(int row, int col);
     void tellMoved(int top, int bottom, int left, int right, int by);
+    void cutOrExtend(int cols);
     void reflow(int cols, int rows, std::span<LinePlace> places);
     [[nodiscard]] int linesWithoutRoom(int cols, int rows, int last) const;
     void resizeRows(int rows);
     void resizeTabStops(int cols);
     void fillRows();
     [[nodiscard]] int lastLineInUse() const;
-    std::uint64_t nextIdentity() { return m_cellArena->nextLineIdentity(); }
+    RenderIdentity nextIdentity() { return m_cellArena->nextLineIdentity(); }
 
     std::shared_ptr<CellArena> m_cellArena;
     Setup m_setup;

@@ -225,31 +225,31 @@ void BufferLine::deleteCells(int col, int count, int end, PackedCell blank) {
     }
 }
 
-void BufferLine::copyFrom(const BufferLine& source, int sourceCol, int col, int count) {
-    if (count <= 0) {
+void BufferLine::copyFrom(const BufferLine& src, int srcCol, int dstCol, int len) {
+    if (len <= 0) {
         return;
     }
-    if (&source == this) {
-        const BufferLine copy(source);
-        copyFrom(copy, sourceCol, col, count);
+    if (&src == this) {
+        const BufferLine copy(src);
+        copyFrom(copy, srcCol, dstCol, len);
         return;
     }
-    m_hasWide = m_hasWide || source.m_hasWide;
-    PackedCell* const cells = write(col, count);
+    m_hasWide = m_hasWide || src.m_hasWide;
+    PackedCell* const cells = write(dstCol, len);
     int copied = 0;
-    if (source.isWithin(sourceCol, count) && source.m_usedLength > sourceCol) {
-        copied = std::min(source.m_usedLength - sourceCol, count);
-        std::copy_n(source.m_cells.get() + sourceCol, copied, cells);
+    if (src.isWithin(srcCol, len) && src.m_usedLength > srcCol) {
+        copied = std::min(src.m_usedLength - srcCol, len);
+        std::copy_n(src.m_cells.get() + srcCol, copied, cells);
     }
-    for (; copied < count; ++copied) {
-        cells[copied] = source[sourceCol + copied];
+    for (; copied < len; ++copied) {
+        cells[copied] = src[srcCol + copied];
     }
     // A half of a wide character at an edge of the range is none.
     if (cells[0].isSpacer()) {
         cells[0] = emptied(cells[0]);
     }
-    if (cells[count - 1].isWide()) {
-        cells[count - 1] = emptied(cells[count - 1]);
+    if (cells[len - 1].isWide()) {
+        cells[len - 1] = emptied(cells[len - 1]);
     }
 }
 

@@ -57,8 +57,8 @@ public:
     /// Changes with every change of the line: what was drawn of it is stale.
     [[nodiscard]] std::uint64_t generation() const { return m_generation; }
     /// Two lines of a terminal have different ones, whichever screen they are on; a line that is reused gets a new one.
-    [[nodiscard]] std::uint64_t renderIdentity() const { return m_renderIdentity; }
-    void setRenderIdentity(std::uint64_t identity) { m_renderIdentity = identity; }
+    [[nodiscard]] RenderIdentity renderIdentity() const { return m_renderIdentity; }
+    void setRenderIdentity(RenderIdentity identity) { m_renderIdentity = identity; }
     [[nodiscard]] std::uint32_t recycleGeneration() const { return m_recycleGeneration; }
 
     /// The line continues the one above: a soft wrap.
@@ -141,9 +141,9 @@ public:
     /// Moves the cells of [col, end) to the right by `count`; those that leave it at the end are lost.
     void insertPackedCells(int col, int count, int end, PackedCell blank);
     void deleteCells(int col, int count, int end, PackedCell blank);
-    void copyFrom(const BufferLine& source, int sourceCol, int col, int count);
+    void copyFrom(const BufferLine& src, int srcCol, int dstCol, int len);
     /// As new, for another place.
-    void recycle(int cols, PackedCell blank, std::uint64_t identity) {
+    void recycle(int cols, PackedCell blank, RenderIdentity identity) {
         m_cols = cols;
         m_usedLength = 0;
         m_tailBlankCell = blank;
@@ -190,7 +190,7 @@ private:
     std::uint8_t m_bidiState = 0;
     PackedCell m_tailBlankCell;
     std::uint64_t m_generation = 0;
-    std::uint64_t m_renderIdentity = 0;
+    RenderIdentity m_renderIdentity = 0;
     std::uint32_t m_recycleGeneration = 0;
     SemanticMarks m_semanticMarks;
     std::uint32_t m_semanticHardContinuationGroup = 0;

@@ -15,6 +15,9 @@
 
 namespace term {
 
+/// Which line it is, wherever it stands (`BufferLine::renderIdentity`).
+using RenderIdentity = std::uint64_t;
+
 /// Values with numbers from 1 on; those that nothing uses any more give their numbers back.
 template <typename Value>
 class NumberedSet {
@@ -90,8 +93,8 @@ public:
         const CellArena& arena, std::shared_ptr<const CellArena> before = nullptr);
     /// Whether the cells that are in this arena, of which `snapshot` is one, mean the same in the snapshot.
     [[nodiscard]] bool preservesEncoding(const CellArena& snapshot) const;
-    /// Of a line (`BufferLine::renderIdentity`): no two lines of the buffers have the same one.
-    [[nodiscard]] std::uint64_t nextLineIdentity() { return ++m_lineIdentities; }
+    /// No two lines of the buffers have the same one.
+    [[nodiscard]] RenderIdentity nextLineIdentity() { return ++m_lineIdentities; }
 
     /// 0, the default attribute, when the table is full.
     [[nodiscard]] std::uint16_t intern(const PackedAttributeKey& key);
@@ -180,7 +183,7 @@ private:
     NumberedSet<std::string> m_links{0xFFFF};
 
     std::function<void(Marker&)> m_roots;
-    std::uint64_t m_lineIdentities = 0;
+    RenderIdentity m_lineIdentities = 0;
     std::size_t m_newSinceSweep = 0;
     static constexpr std::size_t leastBetweenSweeps = 4096;
     std::size_t m_nextSweep = leastBetweenSweeps;

@@ -99,6 +99,37 @@ void EscapeSequenceParser::appendApcBytes(Bytes bytes) {
     m_apc.append(bytes);
 }
 
+/// Acts on a string that is all there, and stays where it is: so many bytes, and what ends it.
+void EscapeSequenceParser::takeWholeString(ParsingState& at, std::size_t size) {
+    const bool isOsc = m_currentState == oscString;
+    const Bytes string = at.bytes.subspan(at.position, size);
+    const bool isBell = at.here()[size] == 0x07;
+    at.position += size + 1;
+    clear();
+    m_currentState = isBell ? ground : escape;
+    if (isOsc) {
+        dispatchAccumulatedOsc(string, isBell ? StringEnd::bell : StringEnd::stringTerminator);
+    } else {
+        dispatchApc(string);
+    }
+}
+
+/// Whether a byte that no run of ASCII took is text nevertheless; notes how many bytes go on with its character.
+bool EscapeSequenceParser::isStringText(std::uint8_t code) {
+    const bool continues = m_stringContinuationBytes > 0 && (code & 0xC0) == 0x80;
+    if (!continues && code < 0xA0 && code != 0x7F) {
+        m_stringContinuationBytes = 0;
+        return false;
+    }
+    // No character begins with 0xC0, 0xC1, or a byte from 0xF5 on.
+    m_stringContinuationBytes = continues                     ? m_stringContinuationBytes - 1
+                                : code >= 0xF5 || code < 0xC2 ? 0
+                                : code >= 0xF0                ? 3
+                                : code >= 0xE0                ? 2
+                                                              : 1;
+    return true;
+}
+
 /// Appends as much as belongs to the string and ends the string when its terminator is there. A byte of 0x80 to 0x9F
 /// that goes on with a UTF-8 sequence is text, not a control.
 void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
@@ -112,17 +143,7 @@ void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
     while (!at.atEnd()) {
         const std::size_t run = m_ops.asciiRun(at.here(), at.left());
         if (run > 0 && run < at.left() && endsWhole(at.here()[run], run)) {
-            // The whole string is here, and stays where it is.
-            const Bytes string = at.bytes.subspan(at.position, run);
-            const bool isBell = at.here()[run] == 0x07;
-            at.position += run + 1;
-            clear();
-            m_currentState = isBell ? ground : escape;
-            if (isOsc) {
-                dispatchAccumulatedOsc(string, isBell ? StringEnd::bell : StringEnd::stringTerminator);
-            } else {
-                dispatchApc(string);
-            }
+            takeWholeString(at, run);
             return;
         }
         if (run > 0) {
@@ -133,18 +154,10 @@ void EscapeSequenceParser::consumeOscRun(ParsingState& at) {
         }
         at.code = *at.here();
         ++at.position;
-        const bool continues = m_stringContinuationBytes > 0 && (at.code & 0xC0) == 0x80;
-        if (continues || at.code >= 0xA0 || at.code == 0x7F) {
-            // No character begins with 0xC0, 0xC1, or a byte from 0xF5 on.
-            m_stringContinuationBytes = continues                           ? m_stringContinuationBytes - 1
-                                        : at.code >= 0xF5 || at.code < 0xC2 ? 0
-                                        : at.code >= 0xF0                   ? 3
-                                        : at.code >= 0xE0                   ? 2
-                                                                            : 1;
+        if (isStringText(at.code)) {
             appendString({&at.code, 1});
             continue;
         }
-        m_stringContinuationBytes = 0;
         if (at.code == 0x07 && isOsc) {
             m_currentState = ground;
             endString(oscString, StringEnd::bell);

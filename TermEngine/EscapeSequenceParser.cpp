@@ -196,24 +196,32 @@ void EscapeSequenceParser::walkTable(ParsingState& at) {
     }
 }
 
-void EscapeSequenceParser::perform(ParserAction action, ParserState next, ParsingState& at) {
-    const ParserState before = m_currentState;
-    if (before == programStatusEscape) {
+/// Whether the byte ended a string, and that is all that it does.
+bool EscapeSequenceParser::leaveString(ParserAction action, ParserState next, ParsingState& at) {
+    if (m_currentState == programStatusEscape) {
         // Whatever the byte is, the string ends, and the byte stands behind an ESC.
         clear();
         m_currentState = escape;
         --at.position;
         endString(oscString, StringEnd::stringTerminator);
-        return;
+        return true;
     }
-    if (before == dcsPassthrough && next != dcsPassthrough) {
-        if (at.code == 0x1B || action == ParserAction::dcsUnhook) {
-            m_currentState = next;
-            clear();
-            unhookDcs();
-            return;
-        }
-        m_activeDcsHandler.reset();
+    if (next == dcsPassthrough) {
+        return false;
+    }
+    if (at.code == 0x1B || action == ParserAction::dcsUnhook) {
+        m_currentState = next;
+        clear();
+        unhookDcs();
+        return true;
+    }
+    m_activeDcsHandler.reset();
+    return false;
+}
+
+void EscapeSequenceParser::perform(ParserAction action, ParserState next, ParsingState& at) {
+    if ((m_currentState == programStatusEscape || m_currentState == dcsPassthrough) && leaveString(action, next, at)) {
+        return;
     }
     if (action == ParserAction::error) {
         logError(at.code);

@@ -140,8 +140,11 @@ private:
     void walkCsi(ParsingState& at);
     void scanParameters(ParsingState& at);
     void consumeOscRun(ParsingState& at);
+    void takeWholeString(ParsingState& at, std::size_t size);
+    bool isStringText(std::uint8_t code);
     void consumeDcsRun(ParsingState& at);
     void perform(ParserAction action, ParserState next, ParsingState& at);
+    bool leaveString(ParserAction action, ParserState next, ParsingState& at);
 
     void clear();
     void collect(std::uint8_t byte);

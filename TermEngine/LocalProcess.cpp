@@ -19,7 +19,7 @@ public:
           m_owner(std::move(owner)),
           m_delegate(settings.m_delegate),
           m_queue(settings.m_configuration.queue),
-          m_delivery(settings.m_configuration.delivery) {}
+          m_directDelivery(settings.m_configuration.directDelivery) {}
 
     [[nodiscard]] pid_t pid() const { return m_reaper.pid(); }
     void signal(int number) { m_reaper.signal(number); }
@@ -40,7 +40,7 @@ public:
                 delegate->dataReceived(bytes);
             }
         };
-        if (m_delivery == LocalProcessDelivery::direct) {
+        if (m_directDelivery) {
             deliver();
         } else {
             m_queue->post(std::move(deliver));
@@ -63,7 +63,7 @@ private:
     const std::weak_ptr<LocalProcess> m_owner;
     const std::weak_ptr<LocalProcessDelegate> m_delegate;
     const std::shared_ptr<DeliveryQueue> m_queue;
-    const LocalProcessDelivery m_delivery;
+    const bool m_directDelivery;
 };
 
 std::shared_ptr<LocalProcess> LocalProcess::create(
@@ -96,7 +96,7 @@ void LocalProcess::startProcess(const Program& program) {
         {program.execName.value_or(program.executable)},
         program.environment ? *program.environment : getEnvironmentVariables("xterm-256color", TrueColor::yes),
         program.currentDirectory};
-    command.arguments.insert(command.arguments.end(), program.args.begin(), program.args.end());
+    command.args.insert(command.args.end(), program.args.begin(), program.args.end());
     auto child = PseudoTerminalHelpers::fork(command, size);
     if (!child) {
         finishLaunchFailure(child.error());

@@ -37,8 +37,6 @@ public:
 };
 
 enum class LocalProcessPhase : uint8_t { notStarted, running, exited };
-/// `direct`: dataReceived is called on the pipeline's own thread.
-enum class LocalProcessDelivery : uint8_t { queued, direct };
 
 using LocalProcessCounters = TerminalIOPipeline::Counters;
 
@@ -51,7 +49,7 @@ public:
     struct Configuration {
         std::shared_ptr<DeliveryQueue> queue{}; ///< absent: SerialQueue::shared()
         TerminalOptions options{};
-        LocalProcessDelivery delivery = LocalProcessDelivery::queued;
+        bool directDelivery = false; ///< dataReceived is called on the pipeline's own thread
         /// A failed launch, on the delivery queue. A program that could not be run is also reported as terminated with
         /// code 127.
         std::function<void(const LocalProcessError&)> onLaunchFailure{};

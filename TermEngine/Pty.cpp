@@ -44,16 +44,16 @@ private:
 /// All that the child needs, made before there is one: after fork, memory may be locked by a thread that is gone.
 struct Prepared {
     std::string executable;
-    StringArray arguments;
-    StringArray environment;
+    StringArray argv;
+    StringArray envp;
     const char* directory;
     sigset_t noSignals{};
     struct sigaction defaultAction{};
 
     explicit Prepared(const PseudoTerminalHelpers::Command& command)
         : executable(command.executable),
-          arguments(command.arguments),
-          environment(command.environment),
+          argv(command.args),
+          envp(command.env),
           directory(command.currentDirectory ? command.currentDirectory->c_str() : nullptr) {
         sigemptyset(&noSignals);
         sigemptyset(&defaultAction.sa_mask);
@@ -102,7 +102,7 @@ void eraseWholeCharacters() {
     }
     eraseWholeCharacters();
     closeOthersOnExec();
-    ::execve(prepared.executable.c_str(), prepared.arguments.get(), prepared.environment.get());
+    ::execve(prepared.executable.c_str(), prepared.argv.get(), prepared.envp.get());
     const int error = errno;
     [[maybe_unused]] const ssize_t written = ::write(errorPipe, &error, sizeof error);
     ::_exit(exitStatusWithoutProgram);

@@ -34,8 +34,8 @@ struct LocalProcessError {
 struct PseudoTerminalHelpers {
     struct Command {
         std::string executable;                      ///< a path; PATH is not searched
-        std::vector<std::string> arguments;          ///< with the program's name as the first
-        std::vector<std::string> environment;        ///< "NAME=value" each
+        std::vector<std::string> args;               ///< with the program's name as the first
+        std::vector<std::string> env;                ///< "NAME=value" each
         std::optional<std::string> currentDirectory; ///< where it can't be entered, the inherited one stays
     };
     struct Child {

@@ -7,6 +7,8 @@ namespace term {
 namespace {
 
 constexpr char32_t lastScalar = 0x10FFFF;
+/// That are passed over because no match begins with them.
+constexpr std::size_t scalarsAStep = 4;
 
 bool isWordScalar(char32_t scalar) {
     return (scalar >= U'0' && scalar <= U'9') || (scalar >= U'a' && scalar <= U'z') ||
@@ -230,6 +232,7 @@ private:
                 }
             }
         }
+        set.normalize();
         m_sets.push_back(std::move(set));
         return {{.op = Op::set, .value = static_cast<char32_t>(m_sets.size() - 1)}};
     }
@@ -369,9 +372,22 @@ private:
     std::vector<Set> m_sets;
 };
 
+void RegularExpression::Set::normalize() {
+    std::ranges::sort(ranges);
+    std::vector<std::pair<char32_t, char32_t>> joined;
+    for (const auto& [first, last] : ranges) {
+        if (!joined.empty() && first <= joined.back().second + 1) {
+            joined.back().second = std::max(joined.back().second, last);
+        } else {
+            joined.emplace_back(first, last);
+        }
+    }
+    ranges = std::move(joined);
+}
+
 bool RegularExpression::Set::contains(char32_t scalar) const {
-    const bool found = std::ranges::any_of(
-        ranges, [scalar](const auto& range) { return scalar >= range.first && scalar <= range.second; });
+    const auto behind = std::ranges::upper_bound(ranges, scalar, {}, &std::pair<char32_t, char32_t>::first);
+    const bool found = behind != ranges.begin() && scalar <= (behind - 1)->second;
     return found != isNegated;
 }
 
@@ -452,44 +468,60 @@ void RegularExpression::findStarts() {
 
 std::optional<RegularExpression::Match> RegularExpression::find(
     std::u32string_view text, std::size_t from, std::uint64_t& budget) {
-    std::optional<Match> found;
-    m_steps = 0;
+    m_at = from;
+    m_found.reset();
     m_now.list.clear();
     m_now.round = ++m_round;
-    for (std::size_t at = from; at <= text.size(); ++at) {
-        if (m_now.list.empty()) {
-            if (found) {
-                break;
-            }
-            while (at < text.size() && text[at] < 128 && !m_asciiStarts[text[at]]) {
-                ++at;
-            }
-        }
-        if (!found) {
-            follow(m_now, {0, at}, text, at);
-        }
-        m_steps += m_now.list.size() + 1;
-        if (m_steps > budget) {
-            budget = 0;
+    return resume(text, budget);
+}
+
+std::optional<RegularExpression::Match> RegularExpression::resume(std::u32string_view text, std::uint64_t& budget) {
+    m_isUnfinished = false;
+    for (; m_at <= text.size(); ++m_at) {
+        if (budget == 0) {
+            m_isUnfinished = true;
             return {};
         }
-        m_next.list.clear();
-        m_next.round = ++m_round;
-        for (const Thread& thread : m_now.list) {
-            const Instruction& instruction = m_program[static_cast<std::size_t>(thread.instruction)];
-            if (instruction.op == Op::match) {
-                if (thread.start < at) {
-                    found = Match{thread.start, at};
-                    break;
-                }
-            } else if (at < text.size() && accepts(instruction, text[at])) {
-                follow(m_next, {thread.instruction + 1, thread.start}, text, at + 1);
+        m_steps = 1;
+        if (m_now.list.empty()) {
+            if (m_found) {
+                break;
             }
+            const std::size_t before = m_at;
+            const std::size_t end =
+                before + std::min<std::uint64_t>(
+                             text.size() - before, scalarsAStep * std::min<std::uint64_t>(budget, text.size()));
+            while (m_at < end && text[m_at] < 128 && !m_asciiStarts[text[m_at]]) {
+                ++m_at;
+            }
+            m_steps += (m_at - before) / scalarsAStep;
         }
-        std::swap(m_now, m_next);
+        if (!m_found) {
+            follow(m_now, {0, m_at}, text, m_at);
+        }
+        takeScalar(text);
+        budget -= std::min(budget, m_steps);
     }
-    budget -= std::min(budget, m_steps);
-    return found;
+    return m_found;
+}
+
+/// Goes on with all ways that can take the scalar at `m_at`.
+void RegularExpression::takeScalar(std::u32string_view text) {
+    m_steps += m_now.list.size();
+    m_next.list.clear();
+    m_next.round = ++m_round;
+    for (const Thread& thread : m_now.list) {
+        const Instruction& instruction = m_program[static_cast<std::size_t>(thread.instruction)];
+        if (instruction.op == Op::match) {
+            if (thread.start < m_at) {
+                m_found = Match{thread.start, m_at};
+                break;
+            }
+        } else if (m_at < text.size() && accepts(instruction, text[m_at])) {
+            follow(m_next, {thread.instruction + 1, thread.start}, text, m_at + 1);
+        }
+    }
+    std::swap(m_now, m_next);
 }
 
 } // namespace term

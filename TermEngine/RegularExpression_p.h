@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -33,8 +34,11 @@ public:
 
     /// The first match from a place on that is not empty: of those that begin there, the one that the order of the
     /// alternatives prefers. What stands before `from` counts for ^ and \b. Each step takes one from `budget`; when it
-    /// is used up, nothing is found.
+    /// is used up, nothing is found yet, and `resume` goes on in the same text.
     [[nodiscard]] std::optional<Match> find(std::u32string_view text, std::size_t from, std::uint64_t& budget);
+    [[nodiscard]] std::optional<Match> resume(std::u32string_view text, std::uint64_t& budget);
+    /// The budget ended the search, and not the text or a match.
+    [[nodiscard]] bool isUnfinished() const { return m_isUnfinished; }
 
 private:
     friend class RegularExpressionParser;
@@ -48,6 +52,8 @@ private:
     struct Set {
         std::vector<std::pair<char32_t, char32_t>> ranges{};
         bool isNegated = false;
+        /// Sorts and joins the ranges, as `contains` needs them.
+        void normalize();
         [[nodiscard]] bool contains(char32_t scalar) const;
     };
     struct Thread {
@@ -62,16 +68,21 @@ private:
 
     [[nodiscard]] bool accepts(const Instruction& instruction, char32_t scalar) const;
     void follow(Threads& threads, Thread thread, std::u32string_view text, std::size_t at);
+    void takeScalar(std::u32string_view text);
     void findStarts();
 
     std::vector<Instruction> m_program;
     std::vector<Set> m_sets;
-    std::vector<bool> m_asciiStarts = std::vector<bool>(128); ///< what a match can begin with
+    std::array<bool, 128> m_asciiStarts{}; ///< what a match can begin with
     Threads m_now;
     Threads m_next;
     std::vector<int> m_stack;
     std::uint64_t m_round = 0;
-    std::uint64_t m_steps = 0; ///< of the search that is under way
+    // Of the search that is under way.
+    std::size_t m_at = 0;
+    std::optional<Match> m_found;
+    bool m_isUnfinished = false;
+    std::uint64_t m_steps = 0; ///< for one scalar
 };
 
 } // namespace term

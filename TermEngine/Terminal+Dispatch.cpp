@@ -74,7 +74,10 @@ bool Terminal::dispatchCsi(char final, const CsiParameters& parameters, std::str
 }
 
 bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
-    const int first = parameters.at(0);
+    return moveCursor(final, parameters) || changeCells(final, parameters) || dispatchOtherCsi(final, parameters);
+}
+
+bool Terminal::moveCursor(char final, const CsiParameters& parameters) {
     const int count = parameters.atLeastOne(0);
     switch (final) {
     case 'H':
@@ -82,12 +85,6 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         return true;
     case 'f':
         cmdHVPosition(count - 1, parameters.atLeastOne(1) - 1);
-        return true;
-    case 'K':
-        cmdEraseInLine(first, EraseKind::all);
-        return true;
-    case 'J':
-        cmdEraseInDisplay(first, EraseKind::all);
         return true;
     case 'A':
         cmdCursorUp(count);
@@ -130,8 +127,19 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
     case 'Z':
         backTab(count);
         return true;
-    case 'g':
-        cmdTabClear(first);
+    default:
+        return false;
+    }
+}
+
+bool Terminal::changeCells(char final, const CsiParameters& parameters) {
+    const int count = parameters.atLeastOne(0);
+    switch (final) {
+    case 'K':
+        cmdEraseInLine(parameters.at(0), EraseKind::all);
+        return true;
+    case 'J':
+        cmdEraseInDisplay(parameters.at(0), EraseKind::all);
         return true;
     case '@':
         cmdInsertChars(count);
@@ -159,6 +167,17 @@ bool Terminal::dispatchPlainCsi(char final, const CsiParameters& parameters) {
         return true;
     case '^':
         cmdScrollDown(count);
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool Terminal::dispatchOtherCsi(char final, const CsiParameters& parameters) {
+    const int first = parameters.at(0);
+    switch (final) {
+    case 'g':
+        cmdTabClear(first);
         return true;
     case 'h':
         cmdSetMode(ModeKind::ansi, parameters);
@@ -335,8 +354,16 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
     } else if (function == " S" && (first == 0 || first == 3)) {
         // Of the directions of SPD, those with horizontal lines from top to bottom.
         cmdSelectPresentationDirection(first == 3 ? BidiDirection::rightToLeft : BidiDirection::leftToRight);
-    } else if (function == "$w") {
-        reportPresentationState(first);
+    } else {
+        return dispatchStateCsi(function, parameters);
+    }
+    return true;
+}
+
+/// What of the state is asked for, kept and brought back.
+bool Terminal::dispatchStateCsi(std::string_view function, const CsiParameters& parameters) {
+    if (function == "$w") {
+        reportPresentationState(parameters.at(0));
     } else if (function == "#|") {
         reportRendition(parameters);
     } else if (function == "#P") {

@@ -44,19 +44,6 @@ bool Terminal::dispatchEsc(std::string_view collected, char final) {
     case 'c':
         reset();
         return true;
-    case 'N':
-    case 'O':
-        m_charset.single = final == 'N' ? 2 : 3;
-        return true;
-    case 'n':
-    case 'o':
-        m_charset.left = final == 'n' ? 2 : 3;
-        return true;
-    case '~':
-    case '}':
-    case '|':
-        m_charset.right = final == '~' ? 1 : final == '}' ? 2 : 3;
-        return true;
     case 'V':
     case 'W':
         // SPA and EPA of ISO 6429: all erasing spares what is written between them.
@@ -69,6 +56,27 @@ bool Terminal::dispatchEsc(std::string_view collected, char final) {
         return true;
     case '<': // this is no VT52 anyway
     case '\\':
+        return true;
+    default:
+        return shiftCharset(final);
+    }
+}
+
+/// SS2, SS3 and the locking shifts, whose controls of 7 bits are SI and SO.
+bool Terminal::shiftCharset(char final) {
+    switch (final) {
+    case 'N':
+    case 'O':
+        m_charset.single = final == 'N' ? 2 : 3;
+        return true;
+    case 'n':
+    case 'o':
+        m_charset.left = final == 'n' ? 2 : 3;
+        return true;
+    case '~':
+    case '}':
+    case '|':
+        m_charset.right = final == '~' ? 1 : final == '}' ? 2 : 3;
         return true;
     default:
         return false;

@@ -111,21 +111,26 @@ std::optional<bool> Terminal::decPrivateMode(int mode) const {
     }
 }
 
-void Terminal::applyDECPrivateMode(int mode, bool on) {
+bool Terminal::applyTabledMode(int mode, bool on) {
     if (const auto* entry = entryOf(flags, mode)) {
         m_modes.*(entry->value) = on;
-        return;
+        return true;
     }
     if (const auto* entry = entryOf(trackings, mode)) {
         setMouseTracking(on ? entry->value : MouseTracking::none);
-        return;
+        return true;
     }
-    if (const auto* entry = entryOf(encodings, mode)) {
-        // Unlike a tracking, an encoding is ended by its own reset alone, as in xterm.
-        if (on || m_modes.mouseEncoding == entry->value) {
-            m_modes.mouseEncoding = on ? entry->value : MouseEncoding::standard;
-            m_delegate.mouseModeChanged(*this);
-        }
+    const auto* entry = entryOf(encodings, mode);
+    // Unlike a tracking, an encoding is ended by its own reset alone, as in xterm.
+    if (entry != nullptr && (on || m_modes.mouseEncoding == entry->value)) {
+        m_modes.mouseEncoding = on ? entry->value : MouseEncoding::standard;
+        m_delegate.mouseModeChanged(*this);
+    }
+    return entry != nullptr;
+}
+
+void Terminal::applyDECPrivateMode(int mode, bool on) {
+    if (applyTabledMode(mode, on)) {
         return;
     }
     switch (mode) {
@@ -159,6 +164,27 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
             m_buffer->line(row).setRenderMode(RenderLineMode::single);
         }
         break;
+    case 1045:
+        m_buffer->extendedReverseWraparound = on;
+        break;
+    case 2026:
+        setSynchronizedOutput(on);
+        break;
+    case 2048:
+        m_modes.inBandResize = on;
+        if (on) {
+            reportSize();
+        }
+        break;
+    default:
+        chooseScreen(mode, on);
+        break;
+    }
+}
+
+/// The alternate screen and the cursor that is saved with it.
+void Terminal::chooseScreen(int mode, bool on) {
+    switch (mode) {
     case 47:
     case 1047:
         if (on) {
@@ -186,22 +212,10 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
             }
         }
         break;
-    case 1045:
-        m_buffer->extendedReverseWraparound = on;
-        break;
     case 1046:
         m_modes.allowsAlternateScreen = on;
         if (!on) {
             activateNormal(false);
-        }
-        break;
-    case 2026:
-        setSynchronizedOutput(on);
-        break;
-    case 2048:
-        m_modes.inBandResize = on;
-        if (on) {
-            reportSize();
         }
         break;
     default:

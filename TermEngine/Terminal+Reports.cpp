@@ -278,12 +278,7 @@ void Terminal::cmdWindowOptions(const CsiParameters& parameters) {
     using Kind = WindowCommand::Kind;
     const int function = parameters.at(0);
     const auto ask = [&](Kind kind, int first = 0, int second = 0) {
-        return m_delegate.windowCommand(*this, {kind, first, second});
-    };
-    const auto report = [&](Kind kind, int code) {
-        if (const std::optional<WindowAnswer> answer = ask(kind)) {
-            sendCsi(numbers({code, answer->first, answer->second}) + "t");
-        }
+        m_delegate.windowCommand(*this, {kind, first, second});
     };
     const auto pick = [&](std::initializer_list<Kind> kinds) {
         if (const int index = parameters.at(1); index >= 0 && index < static_cast<int>(kinds.size())) {
@@ -322,6 +317,31 @@ void Terminal::cmdWindowOptions(const CsiParameters& parameters) {
     case 10:
         pick({Kind::leaveFullScreen, Kind::enterFullScreen, Kind::toggleFullScreen});
         break;
+    case 22:
+        pushTitle(parameters.at(1));
+        break;
+    case 23:
+        popTitle(parameters.at(1));
+        break;
+    default:
+        if (function >= 24) { // DECSLPP
+            ask(Kind::resizeCells, function, -1);
+        } else {
+            reportWindow(function);
+        }
+        break;
+    }
+}
+
+void Terminal::reportWindow(int function) {
+    using Kind = WindowCommand::Kind;
+    const auto ask = [&](Kind kind) { return m_delegate.windowCommand(*this, {kind, 0, 0}); };
+    const auto report = [&](Kind kind, int code) {
+        if (const std::optional<WindowAnswer> answer = ask(kind)) {
+            sendCsi(numbers({code, answer->first, answer->second}) + "t");
+        }
+    };
+    switch (function) {
     case 11:
         if (const std::optional<WindowAnswer> answer = ask(Kind::reportState)) {
             sendCsi(answer->first == 2 ? "2t" : "1t");
@@ -357,17 +377,7 @@ void Terminal::cmdWindowOptions(const CsiParameters& parameters) {
     case 21:
         reportTitle('l', m_title);
         break;
-    case 22:
-        pushTitle(parameters.at(1));
-        break;
-    case 23:
-        popTitle(parameters.at(1));
-        break;
     default:
-        // DECSLPP
-        if (function >= 24) {
-            ask(Kind::resizeCells, function, -1);
-        }
         break;
     }
 }

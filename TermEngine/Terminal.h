@@ -179,9 +179,13 @@ private:
     void log(std::string_view message) override { m_delegate.log(*this, message); }
 
     bool dispatchPlainCsi(char final, const Parameters& parameters);
+    bool moveCursor(char final, const Parameters& parameters);
+    bool changeCells(char final, const Parameters& parameters);
+    bool dispatchOtherCsi(char final, const Parameters& parameters);
     bool dispatchPrivateCsi(char final, const Parameters& parameters);
     bool dispatchMarkedCsi(char marker, char final, const Parameters& parameters);
     bool dispatchIntermediateCsi(std::string_view collected, char final, const Parameters& parameters);
+    bool dispatchStateCsi(std::string_view function, const Parameters& parameters);
     bool csiPHandler(std::string_view collected, const Parameters& parameters);
     bool csiX(std::string_view collected, const Parameters& parameters);
     bool csiZ(std::string_view collected, const Parameters& parameters);
@@ -282,6 +286,8 @@ private:
     void applyAnsiMode(int mode, bool on);
     void cmdSavePrivateModes(const Parameters& parameters);
     void restorePrivateModes(const Parameters& parameters);
+    bool applyTabledMode(int mode, bool on);
+    void chooseScreen(int mode, bool on);
     void setAnsi(bool on);
     void setMouseTracking(MouseTracking tracking);
     void setColumnMode(bool wide);
@@ -320,6 +326,7 @@ private:
     void requestStatusString(const std::string& request);
     void requestTermcap(const std::string& request);
     void cmdWindowOptions(const Parameters& parameters);
+    void reportWindow(int function);
     void reportTitle(char kind, const std::string& title);
 
     // Terminal+PresentationState.cpp
@@ -432,6 +439,7 @@ private:
     void popTitle(int what);
 
     bool designate(std::string_view collected, char final);
+    bool shiftCharset(char final);
     void handleKittyKeyboardProtocol(char marker, const Parameters& parameters);
     [[nodiscard]] const KittyKeyboardStack& keyboard() const { return m_keyboards[isAlternateActive() ? 1 : 0]; }
     [[nodiscard]] KittyKeyboardStack& keyboard() { return m_keyboards[isAlternateActive() ? 1 : 0]; }

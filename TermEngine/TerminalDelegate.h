@@ -95,7 +95,7 @@ enum class ClipboardPermission : std::uint8_t { denied, granted, later };
 struct ImageRequest {
     int width = 0;
     int height = 0;
-    bool preservesAspectRatio = true;
+    bool preserveAspectRatio = true;
     std::size_t limitBytes = 0; ///< of the pixels: a larger one is not kept
 };
 
@@ -123,7 +123,7 @@ public:
     virtual void programStatusChanged(Terminal&, const std::vector<std::string>& /*records*/) {}
     virtual void sizeChanged(Terminal&) {}
     virtual void bufferActivated(Terminal&) {}
-    virtual void cursorStyleChanged(Terminal&, CursorStyle) {}
+    virtual void cursorStyleChanged(Terminal&, CursorStyle /*newStyle*/) {}
     virtual void showCursor(Terminal&) {}
     virtual void hideCursor(Terminal&) {}
     virtual void mouseModeChanged(Terminal&) {}
@@ -135,7 +135,7 @@ public:
     virtual void pointerShapeChanged(Terminal&, const std::string& /*name*/) {}
 
     /// Without an index, any colours may have changed.
-    virtual void colorChanged(Terminal&, std::optional<int> /*index*/) {}
+    virtual void colorChanged(Terminal&, std::optional<int> /*idx*/) {}
     /// Nothing: the program gave up its own colour.
     virtual void setForegroundColor(Terminal&, std::optional<RgbColor>) {}
     virtual void setBackgroundColor(Terminal&, std::optional<RgbColor>) {}
@@ -194,7 +194,7 @@ public:
     virtual std::optional<bool> isProcessTrusted(Terminal&) { return {}; }
 
     /// The host calls `Terminal::synchronizedOutputTimedOut` then, unless the output ended before.
-    virtual void scheduleSynchronizedOutputTimeout(Terminal&, std::chrono::milliseconds) {}
+    virtual void scheduleSynchronizedOutputTimeout(Terminal&, std::chrono::milliseconds /*afterMilliseconds*/) {}
     virtual void synchronizedOutputChanged(Terminal&, bool /*active*/) {}
 
     [[nodiscard]] virtual bool isLogging() const { return false; }

@@ -1,11 +1,14 @@
 #include "TermEngine/TextRange.h"
 
-#include "TermEngine/LogicalLine_p.h"
+#include "TermEngine/TextRange_p.h"
+#include "TermEngine/Unicode.h"
 
 #include <algorithm>
 
 namespace term {
 namespace {
+
+using unicode::WordClass;
 
 bool flowsOver(const Buffer& buffer, int index) {
     return index + 1 < buffer.lineCount() && buffer.lineAt(index + 1).isWrapped();
@@ -15,15 +18,67 @@ std::int64_t firstLine(const Buffer& buffer) {
     return static_cast<std::int64_t>(buffer.trimmedCount());
 }
 
-enum class CharacterClass : std::uint8_t { word, blank, other };
-
-CharacterClass classOf(char c, std::string_view alsoInWords) {
-    const bool isWord = (c & 0x80) != 0 || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    if (isWord || alsoInWords.find(c) != std::string_view::npos) {
-        return CharacterClass::word;
+/// Goes from one character of a line to the next, over soft wraps.
+class Character {
+public:
+    /// The character at a place, or where the text of the line ends.
+    Character(const Buffer& buffer, TextPlace place) : m_buffer(&buffer) {
+        enter(indexOf(buffer, place.line));
+        m_col = std::clamp(place.col, 0, m_length);
+        if (m_col < m_length ? row()[m_col].isSpacer() : flowsOver(buffer, m_index)) {
+            previous();
+        }
     }
-    return c == ' ' ? CharacterClass::blank : CharacterClass::other;
-}
+    [[nodiscard]] bool isEnd() const { return m_col >= m_length; }
+    [[nodiscard]] TextPlace place() const { return {firstLine(*m_buffer) + m_index, m_col}; }
+    [[nodiscard]] WordClass wordClass(std::string_view alsoInWords) const {
+        char32_t memory = 0;
+        const std::u32string_view scalars = m_buffer->cellArena().scalarValues(row()[m_col], memory);
+        if (scalars.empty()) {
+            return WordClass::blank;
+        }
+        const char32_t first = scalars.front();
+        const bool joins = first < 0x80 && alsoInWords.find(static_cast<char>(first)) != std::string_view::npos;
+        return joins ? WordClass::joining : unicode::wordClass(first);
+    }
+    /// False at the end.
+    bool next() {
+        do {
+            ++m_col;
+        } while (m_col < m_length && row()[m_col].isSpacer());
+        while (m_col >= m_length && flowsOver(*m_buffer, m_index)) {
+            enter(m_index + 1);
+            m_col = 0;
+        }
+        return !isEnd();
+    }
+    /// False at the beginning.
+    bool previous() {
+        do {
+            while (m_col == 0) {
+                if (m_index == 0 || !row().isWrapped()) {
+                    return false;
+                }
+                enter(m_index - 1);
+                m_col = m_length;
+            }
+            --m_col;
+        } while (row()[m_col].isSpacer());
+        return true;
+    }
+
+private:
+    void enter(int index) {
+        m_index = index;
+        m_length = textLength(*m_buffer, index);
+    }
+    [[nodiscard]] const BufferLine& row() const { return m_buffer->lineAt(m_index); }
+
+    const Buffer* m_buffer;
+    int m_index = 0;
+    int m_length = 0; ///< of the row
+    int m_col = 0;
+};
 
 } // namespace
 
@@ -39,38 +94,11 @@ int textLength(const Buffer& buffer, int index) {
     return line[line.size() - 1].widthState() == WidthState::wrapPad ? line.size() - 1 : line.size();
 }
 
-LogicalLine LogicalLine::at(const Buffer& buffer, int index) {
-    LogicalLine made;
-    made.firstIndex = index;
-    while (made.firstIndex > 0 && buffer.lineAt(made.firstIndex).isWrapped()) {
-        --made.firstIndex;
+int firstOfWrapped(const Buffer& buffer, int index) {
+    while (index > 0 && buffer.lineAt(index).isWrapped()) {
+        --index;
     }
-    made.endIndex = made.firstIndex;
-    int length = 0;
-    do {
-        const BufferLine& line = buffer.lineAt(made.endIndex);
-        length = textLength(buffer, made.endIndex);
-        for (int col = 0; col < length; ++col) {
-            if (!line[col].isSpacer()) {
-                buffer.cellArena().appendText(made.text, line[col]);
-                made.places.resize(made.text.size(), {firstLine(buffer) + made.endIndex, col});
-            }
-        }
-    } while (flowsOver(buffer, made.endIndex++));
-    made.places.push_back({firstLine(buffer) + made.endIndex - 1, length});
-    return made;
-}
-
-std::size_t LogicalLine::byteAt(TextPlace place) const {
-    // The last character that begins at the place or before it.
-    const auto behind = std::upper_bound(places.begin(), places.end() - 1, place);
-    if (behind == places.begin()) {
-        return 0;
-    }
-    if (behind == places.end() - 1 && place >= places.back()) {
-        return text.size();
-    }
-    return static_cast<std::size_t>(std::lower_bound(places.begin(), behind, *(behind - 1)) - places.begin());
+    return index;
 }
 
 std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shape) {
@@ -103,27 +131,34 @@ std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shap
 }
 
 TextRange lineAt(const Buffer& buffer, TextPlace place) {
-    const LogicalLine line = LogicalLine::at(buffer, indexOf(buffer, place.line));
-    return {{firstLine(buffer) + line.firstIndex, 0}, {firstLine(buffer) + line.endIndex - 1, buffer.cols()}};
+    const int index = indexOf(buffer, place.line);
+    int last = index;
+    while (flowsOver(buffer, last)) {
+        ++last;
+    }
+    return {{firstLine(buffer) + firstOfWrapped(buffer, index), 0}, {firstLine(buffer) + last, buffer.cols()}};
 }
 
 TextRange wordAt(const Buffer& buffer, TextPlace place, std::string_view alsoInWords) {
-    const LogicalLine line = LogicalLine::at(buffer, indexOf(buffer, place.line));
-    std::size_t first = line.byteAt(place);
-    if (first == line.text.size()) {
-        return {line.places.back(), {line.places.back().line, buffer.cols()}};
+    const Character at(buffer, place);
+    if (at.isEnd()) {
+        return {at.place(), {at.place().line, buffer.cols()}};
     }
-    const CharacterClass wanted = classOf(line.text[first], alsoInWords);
-    std::size_t end = first + 1;
-    if (wanted != CharacterClass::other) {
-        while (first > 0 && classOf(line.text[first - 1], alsoInWords) == wanted) {
-            --first;
-        }
-        while (end < line.text.size() && classOf(line.text[end], alsoInWords) == wanted) {
-            ++end;
-        }
+    const auto belong = [](WordClass left, WordClass right) {
+        return areOneWord(left, right) || (left == WordClass::blank && right == WordClass::blank);
+    };
+    WordClass neighbour = at.wordClass(alsoInWords);
+    Character first = at;
+    for (Character before = at; before.previous() && belong(before.wordClass(alsoInWords), neighbour);) {
+        first = before;
+        neighbour = first.wordClass(alsoInWords);
     }
-    return {line.places[first], line.places[end]};
+    neighbour = at.wordClass(alsoInWords);
+    Character end = at;
+    while (end.next() && belong(neighbour, end.wordClass(alsoInWords))) {
+        neighbour = end.wordClass(alsoInWords);
+    }
+    return {first.place(), end.place()};
 }
 
 std::optional<TextRange> semanticRangeAt(const Buffer& buffer, TextPlace place) {

@@ -28,8 +28,9 @@ enum class RangeShape : std::uint8_t { flowing, rectangle };
 /// UTF-8: soft wraps joined, other lines parted by LF, no blanks that nobody wrote at the ends of lines.
 [[nodiscard]] std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shape = RangeShape::flowing);
 
-/// The word at a place, over soft wraps: letters, digits, everything beyond ASCII and `alsoInWords`; elsewhere the run
-/// of blanks, or the one character.
+/// The word at a place, over soft wraps: letters, digits, marks and `alsoInWords` (characters of ASCII); elsewhere the
+/// run of blanks, or the one character. Ideographs, Hiragana and Katakana are words of their own beside each other and
+/// beside other letters, unless one of `alsoInWords` or a digit joins them.
 [[nodiscard]] TextRange wordAt(const Buffer& buffer, TextPlace place, std::string_view alsoInWords = "-_./~:@%+#?&=");
 /// The whole line at a place, with all that a soft wrap joins to it.
 [[nodiscard]] TextRange lineAt(const Buffer& buffer, TextPlace place);
@@ -63,18 +64,5 @@ private:
     TextRange m_anchor;
     std::optional<TextRange> m_range;
 };
-
-struct SearchOptions {
-    bool ignoresCase = true;          ///< by Unicode's simple case folding
-    bool isRegularExpression = false; ///< ECMAScript, without references to groups and looking ahead or behind
-    bool wholeWords = false;
-    std::size_t limit = 10'000;            ///< matches
-    std::uint64_t mostSteps = 300'000'000; ///< of a regular expression; then the search ends with what it has found
-};
-
-/// All matches in screen and history, the oldest first; soft wraps are joined. Nothing for a regular expression that is
-/// none.
-[[nodiscard]] std::optional<std::vector<TextRange>> search(
-    const Buffer& buffer, std::string_view pattern, const SearchOptions& options = {});
 
 } // namespace term

@@ -66,6 +66,17 @@ char32_t foldCase(char32_t scalar) {
     return isInRun ? static_cast<char32_t>(static_cast<std::int32_t>(scalar) + run.distance) : scalar;
 }
 
+WordClass wordClass(char32_t scalar) {
+    if (scalar < 0x80) {
+        const char32_t lower = scalar | 0x20;
+        return lower >= U'a' && lower <= U'z'     ? WordClass::letter
+               : scalar >= U'0' && scalar <= U'9' ? WordClass::joining
+               : scalar == U' '                   ? WordClass::blank
+                                                  : WordClass::none;
+    }
+    return (std::ranges::upper_bound(wordRuns, scalar, {}, &WordRun::first) - 1)->value;
+}
+
 void appendUtf8(std::string& text, char32_t scalar) {
     const auto put = [&text](char32_t byte) { text.push_back(static_cast<char>(byte)); };
     if (scalar < 0x80) {

@@ -84,6 +84,13 @@ private:
 /// For comparing without regard to case: simple case folding (CaseFolding.txt, statuses C and S).
 [[nodiscard]] char32_t foldCase(char32_t scalar);
 
+[[nodiscard]] WordClass wordClass(char32_t scalar);
+/// Whether two neighbours are of one word.
+[[nodiscard]] constexpr bool areOneWord(WordClass left, WordClass right) {
+    using enum WordClass;
+    return left >= joining && right >= joining && (left == right || left == joining || right == joining);
+}
+
 void appendUtf8(std::string& text, char32_t scalar);
 [[nodiscard]] std::string toUtf8(std::u32string_view text);
 /// Each maximal part that is no UTF-8 becomes one U+FFFD.

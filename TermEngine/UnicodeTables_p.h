@@ -29,4 +29,14 @@ struct FoldingRun {
 inline constexpr std::size_t foldingCount = 202;
 extern const std::array<FoldingRun, foldingCount> foldingRuns;
 
+/// What a scalar is to words: outside of them, a blank, or a part of one. Scripts that are written without blanks make
+/// words of their own; `joining` is what goes on with letters of any kind, such as digits and marks.
+enum class WordClass : std::uint8_t { none, blank, joining, letter, han, hiragana, katakana };
+/// From a scalar on, up to the next run.
+struct WordRun {
+    char32_t first;
+    WordClass value;
+};
+extern const std::array<WordRun, 1893> wordRuns;
+
 } // namespace term::unicode

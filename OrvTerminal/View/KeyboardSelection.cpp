@@ -222,7 +222,8 @@ bool KeyboardSelection::isBlank(TextPlace place) const {
     char32_t memory = 0;
     const std::u32string_view scalars =
         buffer.cellArena().scalarValues(buffer.lineAt(static_cast<int>(place.line - firstLine()))[place.col], memory);
-    return scalars.empty() || scalars.front() == U' ' || scalars.front() == U'\0';
+    return scalars.empty() || scalars.front() == U'\0' ||
+           term::unicode::wordClass(scalars.front()) == term::unicode::WordClass::blank;
 }
 
 TextPlace KeyboardSelection::onCell(TextPlace place) const {

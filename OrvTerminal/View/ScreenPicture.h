@@ -61,7 +61,7 @@ public:
 
 private:
     struct Known {
-        std::uint64_t identity = 0;
+        term::RenderIdentity identity = 0;
         std::uint64_t generation = 0;
         std::uint64_t epoch = 0;
         int size = 0;

@@ -6,6 +6,9 @@ FocusScope {
     id: bar
 
     required property TerminalFind find
+    readonly property bool isAsked: find !== null && find.text.length > 0
+    readonly property string known: !isAsked ? "" : find.count > 0 ? qsTr("%1+").arg(find.count) : qsTr("searching…")
+    readonly property string all: !isAsked ? "" : find.count > 0 ? qsTr("%1 of %2").arg(find.current).arg(find.count) : qsTr("no match")
     signal abandoned
 
     function focusField() {
@@ -50,7 +53,7 @@ FocusScope {
             horizontalAlignment: Text.AlignHCenter
             role: Theme.Small
             color: bar.find !== null && bar.find.isValid ? Theme.text2 : Theme.danger
-            text: bar.find === null || bar.find.text.length === 0 ? "" : !bar.find.isValid ? qsTr("no expression") : bar.find.count === 0 ? qsTr("no match") : qsTr("%1 of %2").arg(bar.find.current).arg(bar.find.count)
+            text: !bar.isAsked || bar.find.isComplete && bar.find.isValid ? bar.all : bar.find.isValid ? bar.known : qsTr("no expression")
         }
 
         Choice {

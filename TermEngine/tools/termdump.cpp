@@ -214,7 +214,7 @@ public:
 
     /// `input` is what the command gets, in the pieces between NUL bytes.
     int run(const std::shared_ptr<Session>& self, std::string_view input) {
-        m_process = term::LocalProcess::create(self, {.delivery = term::LocalProcessDelivery::direct});
+        m_process = term::LocalProcess::create(self, {.directDelivery = true});
         m_process->startProcess(
             {.executable = "/usr/bin/env", .args = m_options.command, .environment = environment()});
         std::unique_lock lock(m_mutex);

@@ -382,6 +382,13 @@ TEST_F(TerminalViews, FindInScreenAndHistory) {
     }
     feed("x");
     EXPECT_TRUE(test::waitFor([&] { return find.count() == 15'001; })) << "as many as there are";
+    // Takes millions of steps, so that a slice does not suffice.
+    find.setExpression(true);
+    find.setText(u"(x?){200}(x|end)$"_s);
+    EXPECT_FALSE(find.isComplete());
+    EXPECT_TRUE(test::waitFor([&] { return find.isComplete(); }));
+    EXPECT_EQ(find.count(), 1502);
+    EXPECT_EQ(find.current(), 1502) << "the newest";
     find.setActive(false);
     EXPECT_TRUE(find.marksOn(20).empty());
 }

@@ -93,7 +93,7 @@ TEST(Images, OfFilesAreAsLargeAsTheyAreAsked) {
     DecodingScreen screen;
     screen.terminal.feed("\x1B]1337;File=inline=1;width=3;preserveAspectRatio=0:" + encodeBase64("JPEG 1x1") + "\a");
     EXPECT_EQ(screen.host.request.width, 6);
-    EXPECT_FALSE(screen.host.request.preservesAspectRatio);
+    EXPECT_FALSE(screen.host.request.preserveAspectRatio);
     screen.host.lie = RgbaImage{100, 100, {1, 2, 3}};
     screen.terminal.feed("\x1B]1337;File=inline=1:AAAA\a");
     EXPECT_EQ(screen.host.bitmaps.size(), 1U) << "an image with fewer pixels than it says";

@@ -195,11 +195,11 @@ TEST(LocalProcess, ReportsHowAChildEndedAfterAllThatItWrote) {
     };
     ::signal(SIGUSR1, SIG_IGN);
     ::open("/dev/null", O_RDONLY); // NOLINT: a descriptor that a child must not get
-    for (const auto delivery : {LocalProcessDelivery::queued, LocalProcessDelivery::direct}) {
+    for (const bool direct : {false, true}) {
         for (const Row& row : rows) {
             SCOPED_TRACE(row.label);
             const auto host = std::make_shared<Host>();
-            const auto process = host->start(row.program, {.delivery = delivery});
+            const auto process = host->start(row.program, {.directDelivery = direct});
             EXPECT_EQ(host->waitForEnd(), row.code);
             EXPECT_EQ(host->text(), row.text == "*" ? host->text() : row.text);
             EXPECT_EQ(process->phase(), LocalProcessPhase::exited);
@@ -252,14 +252,14 @@ TEST(LocalProcess, TellsAFailedLaunchFromAnExit) {
 }
 
 TEST(LocalProcess, HoldsTheChildBackWhileTheHostDoesNotTake) {
-    for (const auto delivery : {LocalProcessDelivery::queued, LocalProcessDelivery::direct}) {
+    for (const bool direct : {false, true}) {
         std::mutex gate;
         std::unique_lock closed(gate);
         const auto host = std::make_shared<Host>();
         host->onData = [&gate](auto) { const std::scoped_lock wait(gate); };
         const auto queue = std::make_shared<SerialQueue>();
         // 4 MB, of which each line says where it stands.
-        const auto process = host->shell("seq -f '%018.0f' 1 200000", {.queue = queue, .delivery = delivery});
+        const auto process = host->shell("seq -f '%018.0f' 1 200000", {.queue = queue, .directDelivery = direct});
         EXPECT_TRUE(eventually([&] { return process->counters().bytesRead > 0; }));
         EXPECT_TRUE(comesToRest()) << "nobody spins while the child waits";
         EXPECT_LE(process->counters().bytesRead, 1024U * 1024U);
@@ -346,7 +346,7 @@ TEST(LocalProcess, EndsAChildThatNobodyOwnsAnyMore) {
         EXPECT_EQ(host->ends(), 0);
     }
     // From inside its own call, which is then the last one.
-    for (const auto delivery : {LocalProcessDelivery::queued, LocalProcessDelivery::direct}) {
+    for (const bool direct : {false, true}) {
         const auto host = std::make_shared<Host>();
         std::shared_ptr<LocalProcess> process;
         std::mutex started;
@@ -357,7 +357,7 @@ TEST(LocalProcess, EndsAChildThatNobodyOwnsAnyMore) {
             process.reset();
             ++calls;
         };
-        process = host->shell("while echo; do :; done", {.delivery = delivery});
+        process = host->shell("while echo; do :; done", {.directDelivery = direct});
         const pid_t pid = process->shellPid();
         lock.unlock();
         EXPECT_TRUE(eventually([pid] { return ::kill(pid, 0) != 0 && errno == ESRCH; }, 5s));

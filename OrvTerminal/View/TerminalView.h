@@ -195,10 +195,12 @@ private:
     [[nodiscard]] bool isShown() const;
     void followShown();
     [[nodiscard]] bool isHeld() const;
+    [[nodiscard]] QPoint corner() const;
+
+    // TerminalView+Looks.cpp
     [[nodiscard]] ResolvedColors resolvedColors() const;
     [[nodiscard]] std::vector<LineMark> marksOn(std::int64_t line) const;
     [[nodiscard]] std::vector<ScreenNode::Patch> gutter() const;
-    [[nodiscard]] QPoint corner() const;
     [[nodiscard]] ScreenNode::CursorShape cursorShape() const;
     void restartBlinking();
     void blink();

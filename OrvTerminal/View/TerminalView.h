@@ -230,7 +230,7 @@ private:
     void drag(QPointF place);
     void scrollByDrag();
     void finishSelecting();
-    void hover(QPointF place, Qt::KeyboardModifiers modifiers);
+    void hover(QPointF place);
     void setHovered(const std::optional<Hovered>& hovered);
     void updatePointer();
 
@@ -297,6 +297,7 @@ private:
     QPointF m_wheelRest;
     QPointF m_pointer;
     bool m_isPointerInside = false;
+    bool m_isLinkKeyDown = false;
     std::optional<Hovered> m_hovered;
     std::optional<Hovered> m_pressedLink;
     QString m_hoveredText;

@@ -400,7 +400,7 @@ TEST_F(TerminalViews, OpenLinksWithTheModifier) {
     };
     const std::array rows{
         Row{"address", {6, 0}, Qt::ControlModifier, u"https://a.example/x"_s},
-        Row{"without the modifier", {6, 0}, {}, {}},
+        Row{"without the modifier", {7, 0}, {}, {}},
         Row{"word", {0, 0}, Qt::ControlModifier, {}},
         Row{"file", {3, 1}, Qt::ControlModifier, home.path(u"src/main.cpp"_s)},
         Row{"file that is not there", {24, 1}, Qt::ControlModifier, {}},
@@ -461,9 +461,10 @@ TEST_F(TerminalViews, OpenLinksByTheirLetters) {
     EXPECT_EQ(choose(), QStringList{u"https://long.example"_s});
     QTest::keyClick(&window, Qt::Key_Escape);
     const QImage plain = shown().copy(cellRect(0, 1, 5));
-    QHoverEvent hover(QEvent::HoverMove, middleOf(3, 0), QPointF(), QPointF(), Qt::ControlModifier);
-    QGuiApplication::sendEvent(&view(), &hover);
+    QTest::mouseMove(&window, middleOf(3, 0));
+    QTest::keyPress(&window, Qt::Key_Control);
     EXPECT_NE(shown().copy(cellRect(0, 1, 5)), plain);
+    QTest::keyRelease(&window, Qt::Key_Control);
     feed("\x1b[" + std::to_string(terminal().rows()) + ";1H\n");
     EXPECT_EQ(choose(), QStringList{u"https://long.example"_s});
     EXPECT_EQ(view().linkHints().at(0).value<LinkHint>().place, view().placeOf(0, 0));

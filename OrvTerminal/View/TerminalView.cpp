@@ -38,7 +38,7 @@ TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuic
     for (QTimer* timer : {&m_frameTimer, &m_bell, &m_animation}) {
         timer->setSingleShot(true);
     }
-    connect(&m_frameTimer, &QTimer::timeout, this, &TerminalView::polish);
+    connect(&m_frameTimer, &QTimer::timeout, this, &TerminalView::draw);
     connect(&m_bell, &QTimer::timeout, this, &TerminalView::update);
     connect(&m_animation, &QTimer::timeout, this, &TerminalView::advanceAnimations);
     connect(&m_blinkTimer, &QTimer::timeout, this, &TerminalView::blink);
@@ -137,8 +137,14 @@ bool TerminalView::isIdle() const {
 void TerminalView::changed() {
     m_isStale = true;
     if (isShown()) {
-        polish();
+        draw();
     }
+}
+
+/// An update that is only asked for while a frame is made would ask for another one behind it.
+void TerminalView::draw() {
+    polish();
+    update();
 }
 
 void TerminalView::requestFrame() {
@@ -153,7 +159,7 @@ void TerminalView::requestFrame() {
     const auto interval = std::min(frameInterval + 2 * m_frameCost, longestFrameInterval);
     if (since >= interval || isEcho) {
         m_frameTimer.stop();
-        polish();
+        draw();
     } else {
         m_frameTimer.start(interval - since);
     }

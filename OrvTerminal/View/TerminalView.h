@@ -183,6 +183,7 @@ private:
 
     // TerminalView.cpp
     void changed();
+    void draw();
     void requestFrame();
     void refresh();
     void applySize();

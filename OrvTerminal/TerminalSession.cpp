@@ -131,7 +131,7 @@ public:
         const bool isPrimary = content.selections.find_first_of("cs") == std::string::npos;
         const QString text = QString::fromUtf8(
             reinterpret_cast<const char*>(content.data.data()), static_cast<qsizetype>(content.data.size()));
-        later([this, text, isPrimary] { Q_EMIT m_session.clipboardWriteRequested(text, isPrimary); });
+        later([this, text, isPrimary] { m_session.takeProgramsCopy(text, isPrimary); });
     }
     /// No program reads the clipboard here, so one that is told of a paste would get nothing.
     bool kittyClipboardSendPasteEvent(term::Terminal& /*source*/, term::ClipboardLocation /*location*/) override {
@@ -338,6 +338,37 @@ void TerminalSession::setHasUnseenBell(bool hasBell) {
     if (hasBell != m_hasUnseenBell) {
         m_hasUnseenBell = hasBell;
         Q_EMIT hasUnseenBellChanged();
+    }
+}
+
+void TerminalSession::takeProgramsCopy(const QString& text, bool isPrimary) {
+    switch (m_clipboardWrite) {
+    case ClipboardWrite::off:
+        break;
+    case ClipboardWrite::ask:
+        // Of several, the last one is what would be there.
+        m_isProgramsCopyPrimary = isPrimary;
+        setProgramsCopy(text);
+        break;
+    case ClipboardWrite::on:
+        Q_EMIT clipboardWriteRequested(text, isPrimary);
+        break;
+    }
+}
+
+void TerminalSession::setProgramsCopy(const QString& text) {
+    if (text != m_programsCopy) {
+        m_programsCopy = text;
+        Q_EMIT programsCopyChanged();
+    }
+}
+
+void TerminalSession::answerProgramsCopy(bool isWanted) {
+    ORV_ASSERT_MAIN_THREAD();
+    const QString text = m_programsCopy;
+    setProgramsCopy({});
+    if (isWanted && !text.isEmpty()) {
+        Q_EMIT clipboardWriteRequested(text, m_isProgramsCopyPrimary);
     }
 }
 

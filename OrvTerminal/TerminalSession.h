@@ -72,9 +72,11 @@ public:
     /// The colours that programs are told of, and whether the theme is dark.
     void setTheme(const term::BaseColors& colors, term::ColorScheme scheme);
 
-    /// What becomes of `clipboardWriteRequested`.
+    /// What becomes of what programs copy.
     void setClipboardWrite(ClipboardWrite choice) { m_clipboardWrite = choice; }
-    [[nodiscard]] ClipboardWrite clipboardWrite() const { return m_clipboardWrite; }
+    /// What a program wants to put on the clipboard and nobody has decided upon. Empty: none does.
+    [[nodiscard]] QString programsCopy() const { return m_programsCopy; }
+    void answerProgramsCopy(bool isWanted);
 
     /// A second call does nothing. A shell that can't be started leaves the session not alive, with a `startError`. One
     /// whose folder can't be entered starts where the application is, and a line before its first says so.
@@ -120,7 +122,8 @@ Q_SIGNALS:
     /// A program begins to draw what is to be seen only as a whole. Comes while the terminal takes in output, before
     /// any of it: what stands on the screen now is whole too.
     void synchronizedOutputBegan();
-    /// OSC 52.
+    void programsCopyChanged();
+    /// What a program copies (OSC 52), and may.
     void clipboardWriteRequested(const QString& text, bool isPrimary);
     void notificationRequested(const QString& title, const QString& body);
     /// OSC 22: a name of CSS; empty: the usual one.
@@ -134,6 +137,8 @@ private:
     void setAlive(bool isAlive);
     void setProgress(const term::ProgressReport& progress);
     void setHasUnseenBell(bool hasBell);
+    void takeProgramsCopy(const QString& text, bool isPrimary);
+    void setProgramsCopy(const QString& text);
     void ring();
     void lookForPrograms();
     void processEnded(std::optional<int> code);
@@ -153,6 +158,8 @@ private:
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
     ClipboardWrite m_clipboardWrite = ClipboardWrite::ask;
+    QString m_programsCopy;
+    bool m_isProgramsCopyPrimary = false;
     term::ProgressReport m_progress;
     std::optional<term::BaseColors> m_colors;
     QTimer m_programCheck; ///< runs for a moment after output

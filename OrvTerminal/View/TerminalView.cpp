@@ -77,7 +77,7 @@ TerminalView::TerminalView(TerminalSession& session, TerminalStyle& style, QQuic
         m_pointerShape = name;
         updatePointer();
     });
-    connect(&session, &TerminalSession::clipboardWriteRequested, this, &TerminalView::takeClipboardWrite);
+    connect(&session, &TerminalSession::programsCopyChanged, this, &TerminalView::programsCopyChanged);
     connect(m_find, &TerminalFind::resultChanged, this, &TerminalView::changed);
     connect(m_find, &TerminalFind::lineWanted, this, [this](std::int64_t line) {
         const std::int64_t row = line - firstLine();

@@ -97,7 +97,7 @@ public:
     /// The beginning, on one line, of what a program wants to put on the clipboard and nobody has decided upon. Empty:
     /// none does.
     [[nodiscard]] QString programsCopy() const;
-    Q_INVOKABLE void answerProgramsCopy(bool isWanted);
+    Q_INVOKABLE void answerProgramsCopy(bool isWanted) const;
     /// Screen and history.
     Q_INVOKABLE void clear();
     Q_INVOKABLE void zoom(int direction) { m_style.zoom(direction); }
@@ -220,8 +220,6 @@ private:
 
     // TerminalView+Clipboard.cpp
     void pasteWithoutQuestion(const QString& text);
-    void takeClipboardWrite(const QString& text, bool isPrimary);
-    void setPendingCopy(const QString& text);
 
     // TerminalView+Mouse.cpp
     [[nodiscard]] Cell cellAt(QPointF place) const;
@@ -284,8 +282,6 @@ private:
     int m_preeditCursor = 0;
     QImage m_preeditPicture;
     QString m_pendingPaste;
-    QString m_pendingCopy; ///< a program's
-    bool m_isPendingCopyPrimary = false;
 
     Qt::MouseButtons m_held; ///< those that the program was told of
     std::optional<Cell> m_reported;

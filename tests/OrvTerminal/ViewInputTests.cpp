@@ -1,3 +1,5 @@
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvTerminal/View/ProgramsClipboard.h"
 #include "tests/OrvTerminal/ViewFixture.h"
 
 #include <QClipboard>
@@ -523,7 +525,6 @@ TEST_F(TerminalViews, ScrollThroughTheHistoryAndBack) {
 }
 
 TEST_F(TerminalViews, LetProgramsCopyAsTheUserWants) {
-    QSignalSpy requests(session.get(), &TerminalSession::clipboardWriteRequested);
     struct Row {
         const char* label;
         ClipboardWrite choice;
@@ -544,20 +545,33 @@ TEST_F(TerminalViews, LetProgramsCopyAsTheUserWants) {
         Row{"allowed", ClipboardWrite::on, "\x1b]52;c;aGVsbG8=\x07", {}, {}, u"hello"_s},
         Row{"refused", ClipboardWrite::off, "\x1b]52;c;aGVsbG8=\x07", {}, {}, u"mine"_s},
     };
-    for (const Row& row : rows) {
-        QGuiApplication::clipboard()->setText(u"mine"_s);
-        requests.clear();
-        session->setClipboardWrite(row.choice);
-        feed(row.bytes);
-        const auto wanted = std::ranges::count(row.bytes, '\a');
-        ASSERT_TRUE(test::waitFor([&] { return requests.count() == wanted; })) << row.label;
-        EXPECT_EQ(view().programsCopy(), row.asked) << row.label;
-        if (row.answer) {
-            EXPECT_EQ(QGuiApplication::clipboard()->text(), u"mine"_s) << row.label << ", before it is answered";
-            view().answerProgramsCopy(*row.answer);
+    TerminalTabs tabs;
+    tabs.setShell(u"/bin/sleep"_s); // which ends at once, for it knows no -l
+    QObject::connect(&tabs, &TerminalTabs::clipboardWriteRequested, &tabs, &putOnClipboard);
+    for (const bool hasView : {true, false}) {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(row.label + std::string(hasView ? "" : ", shown only then"));
+            QGuiApplication::clipboard()->setText(u"mine"_s);
+            tabs.setClipboardWrite(row.choice);
+            TerminalSession* copying = tabs.open(QUrl::fromLocalFile(home.path()));
+            if (hasView) {
+                host.setSession(copying);
+            }
+            // What comes behind it is heard of behind it.
+            copying->terminal().feed(row.bytes);
+            copying->terminal().feed("\x1b]2;copied\x07");
+            ASSERT_TRUE(test::waitFor([&] { return copying->title() == u"copied"; }));
+            EXPECT_EQ(QGuiApplication::clipboard()->text(), row.answer ? u"mine"_s : row.copied);
+            host.setSession(copying);
+            EXPECT_EQ(host.view()->programsCopy(), row.asked);
+            if (row.answer) {
+                host.view()->answerProgramsCopy(*row.answer);
+            }
+            EXPECT_EQ(QGuiApplication::clipboard()->text(), row.copied);
+            EXPECT_EQ(host.view()->programsCopy(), QString());
+            host.setSession(session.get());
+            tabs.closeAll();
         }
-        EXPECT_EQ(QGuiApplication::clipboard()->text(), row.copied) << row.label;
-        EXPECT_EQ(view().programsCopy(), QString()) << row.label;
     }
     // A program that reads gets no answer at all: what it would type is seen behind what it sends itself.
     startShell();

@@ -1,4 +1,5 @@
 #include "OrvTerminal/TerminalTabs.h"
+#include "OrvTerminal/View/ProgramsClipboard.h"
 #include "OrvTerminal/View/TerminalView.h"
 #include "OrvUI/Screens/Registration.h"
 #include "OrvUI/Screens/TerminalLook.h"
@@ -65,6 +66,7 @@ protected:
         }
         pageWarnings = &warnings;
         before = qInstallMessageHandler(collectWarnings);
+        QObject::connect(&tabs, &TerminalTabs::clipboardWriteRequested, &tabs, &putOnClipboard);
         registerScreens(*engine);
         engine->setInitialProperties({{u"tabs"_s, QVariant::fromValue(&tabs)}});
         engine->loadData(windowOfThePage);

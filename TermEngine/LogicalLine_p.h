@@ -18,7 +18,5 @@ struct LogicalLine {
 
 /// Of a place that may lie outside: the index of its line within the buffer.
 [[nodiscard]] int indexOf(const Buffer& buffer, std::int64_t line);
-/// Up to where cells of a line count: all of one that flows over, else those that were written.
-[[nodiscard]] int textLength(const Buffer& buffer, int index);
 
 } // namespace term

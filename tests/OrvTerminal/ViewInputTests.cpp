@@ -472,6 +472,29 @@ TEST_F(TerminalViews, OpenLinksByTheirLetters) {
     EXPECT_EQ(view().linkHints().at(0).value<LinkHint>().place, view().placeOf(0, 0));
     QTest::keyClick(&window, Qt::Key_Escape);
 
+    // What goes on behind the edge, and what only looks like it.
+    const std::string wide = "https://wide.example/" + std::string(static_cast<size_t>(columns) - 22, 'x');
+    const QString whole = QString::fromStdString(wide) + u"漢字"_s;
+    struct Wrapped {
+        const char* label;
+        std::string bytes;
+        QString target;
+    };
+    const std::array wraps{
+        Wrapped{"a wide character that did not fit", wide + "漢字 end", whole},
+        Wrapped{
+            "the same, named", "\x1b]8;;https://b.example\x1b\\" + wide + "漢字\x1b]8;;\x1b\\", u"https://b.example"_s},
+        Wrapped{"a blank at the edge", wide + " end", QString::fromStdString(wide)},
+        Wrapped{
+            "an edge that was erased", wide + "xend\x1b[1;" + std::to_string(columns) + "H\x1b[X",
+            QString::fromStdString(wide)},
+    };
+    for (const Wrapped& row : wraps) {
+        feed("\x1b[2J\x1b[H" + row.bytes);
+        EXPECT_EQ(choose(), QStringList{row.target}) << row.label;
+        QTest::keyClick(&window, Qt::Key_Escape);
+    }
+
     // More links than letters.
     std::string many;
     for (int link = 0; link < 30; ++link) {

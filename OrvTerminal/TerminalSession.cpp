@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstring>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -299,6 +300,12 @@ bool TerminalSession::hasForegroundProgram() const {
     return foreground >= 1 && foreground != m_process->shellPid();
 }
 
+QString TerminalSession::endSignal() const {
+    ORV_ASSERT_MAIN_THREAD();
+    const std::optional<int> number = m_hasEnded ? m_process->endSignal() : std::nullopt;
+    return number ? QString::fromLocal8Bit(::strsignal(*number)) : QString();
+}
+
 QString TerminalSession::outputForTesting() const {
     const term::Buffer& buffer = m_terminal->buffer();
     const std::int64_t first = buffer.trimmedCount();
@@ -423,6 +430,8 @@ void TerminalSession::tellOfMissingFolder() {
 
 void TerminalSession::processEnded(std::optional<int> code) {
     m_exitCode = code;
+    m_hasEnded = true;
+    Q_EMIT ended();
     setAlive(false);
     setProgress({});
     lookForPrograms();

@@ -27,7 +27,9 @@ class TerminalSession : public QObject {
     Q_PROPERTY(QUrl directory READ directory CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(bool isAlive READ isAlive NOTIFY isAliveChanged)
-    Q_PROPERTY(int exitCode READ exitCodeOrNone NOTIFY isAliveChanged)
+    Q_PROPERTY(bool hasEnded READ hasEnded NOTIFY ended)
+    Q_PROPERTY(int exitCode READ exitCodeOrNone NOTIFY ended)
+    Q_PROPERTY(QString endSignal READ endSignal NOTIFY ended)
     Q_PROPERTY(QString startError READ startError NOTIFY startErrorChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
     Q_PROPERTY(bool hasUnseenBell READ hasUnseenBell NOTIFY hasUnseenBellChanged)
@@ -52,9 +54,12 @@ public:
     [[nodiscard]] QString title() const { return m_title; }
     /// Whether the shell runs.
     [[nodiscard]] bool isAlive() const { return m_isAlive; }
-    /// Of the shell that ended by itself; 128 and the number of the signal that ended it.
+    /// Whether its shell is gone, or could not be started.
+    [[nodiscard]] bool hasEnded() const { return m_hasEnded; }
+    /// Of the shell that ended; 128 and the number of the signal that ended it. Nothing where nobody knows.
     [[nodiscard]] std::optional<int> exitCode() const { return m_exitCode; }
-
+    /// The signal that ended the shell, in the system's words ("Killed"); empty where none did.
+    [[nodiscard]] QString endSignal() const;
     /// The same; -1 for none.
     [[nodiscard]] int exitCodeOrNone() const { return m_exitCode.value_or(-1); }
     /// Why there is no shell, in the system's words ("/bin/zsh: Permission denied"); empty where one was started.
@@ -108,6 +113,7 @@ public:
 Q_SIGNALS:
     void titleChanged();
     void isAliveChanged();
+    void ended();
     void startErrorChanged();
     void terminalViewChanged();
     /// The terminal took in output, once a piece of up to 64 KiB.
@@ -151,6 +157,7 @@ private:
     QString m_title;
     bool m_started = false;
     bool m_isAlive = false;
+    bool m_hasEnded = false;
     std::optional<int> m_exitCode;
     QString m_shell;
     QString m_startError;

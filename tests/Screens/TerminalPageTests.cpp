@@ -18,6 +18,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
+#include <cstring>
 #include <functional>
 
 namespace orv {
@@ -256,6 +258,9 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     ASSERT_EQ(tabs.sessions().size(), 1);
     EXPECT_NE(tabs.sessions().constFirst(), session);
     EXPECT_TRUE(tabs.sessions().constFirst()->isAlive());
+    tabs.sessions().constFirst()->send(u"kill -HUP $$\n"_s);
+    const QString hungUp = u"The shell was ended by a signal (%1). Press Return to start again."_s;
+    EXPECT_TRUE(waitFor([&] { return shown(hungUp.arg(QString::fromLocal8Bit(::strsignal(SIGHUP)))) != nullptr; }));
 }
 
 TEST_F(TerminalPage, SaysHowToGoOnWithoutTheMouse) {

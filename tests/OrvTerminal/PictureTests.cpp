@@ -194,10 +194,12 @@ TEST_F(TerminalPictures, ShowWhatRealProgramsDraw) {
         int covered; ///< cells with characters that the font lacks
     };
     const std::array rows{
-        Row{"vim", 5},   Row{"vim-resized", 6},   Row{"tmux", 3},     Row{"htop", 0},
-        Row{"less", 40}, Row{"top", 0},           Row{"nano", 0},     Row{"mc", 0},
-        Row{"emacs", 0}, Row{"emacs-windows", 2}, Row{"python", 11},  Row{"ls", 6},
-        Row{"zsh", 4},   Row{"git-diff", 7},      Row{"unicode", 34}, Row{"cat-resized", 28},
+        Row{"vim", 5},           Row{"vim-resized", 6},   Row{"tmux", 3},           Row{"htop", 0},
+        Row{"less", 40},         Row{"top", 0},           Row{"nano", 0},           Row{"mc", 0},
+        Row{"emacs", 0},         Row{"emacs-windows", 2}, Row{"python", 11},        Row{"ls", 6},
+        Row{"zsh", 4},           Row{"git-diff", 7},      Row{"unicode", 34},       Row{"cat-resized", 28},
+        Row{"less-resized", 58}, Row{"tmux-resized", 3},  Row{"htop-resized", 0},   Row{"nano-resized", 3},
+        Row{"mc-resized", 3},    Row{"top-resized", 0},   Row{"python-resized", 3},
     };
     style.setFontSize(10);
     for (const Row& row : rows) {

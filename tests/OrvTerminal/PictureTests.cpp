@@ -5,11 +5,13 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QRawFont>
+#include <QScreen>
 #include <QStyleHints>
 
 #include <array>
 #include <cmath>
 #include <functional>
+#include <string>
 
 using namespace Qt::StringLiterals;
 
@@ -184,6 +186,25 @@ TEST_F(TerminalPictures, ShowWhatIsStoredAndNotOneCellMore) {
             changed.replace(at, static_cast<qsizetype>(qstrlen(change.from)), change.to);
             EXPECT_GT(difference(draw(changed), picture, view().cell().size()).worst, tolerance)
                 << row.recording << ": " << change.from;
+        }
+    }
+}
+
+TEST_F(TerminalPictures, ShowTheSameAtEachScale) {
+    for (const char* scale : {"1.25", "2"}) {
+        const QList<QScreen*> screens = QGuiApplication::screens();
+        const auto named = [scale](const QScreen* screen) { return screen->name() == QLatin1StringView(scale); };
+        const auto screen = std::ranges::find_if(screens, named);
+        ASSERT_NE(screen, screens.end()) << scale;
+        window.hide();
+        window.destroy();
+        window.setScreen(*screen);
+        window.setPosition((*screen)->geometry().topLeft());
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        ASSERT_EQ(window.effectiveDevicePixelRatio(), QByteArray(scale).toDouble());
+        for (const char* name : {"attributes", "drawn", "wide", "screen"}) {
+            compare((std::string(name) + '-' + scale).c_str(), draw(recording(name)));
         }
     }
 }

@@ -284,6 +284,14 @@ TEST_F(TerminalViews, TellProgramsOfTheMouse) {
     EXPECT_TRUE(test::waitFor([this] {
         return session->outputForTesting().contains(u"^[[<0;5;3M^[[<2;5;3M^[[<0;5;3m^[[<2;5;3m"_s);
     })) << session->outputForTesting().toStdString();
+    terminal().feed("\x1b[?1016h");
+    QTest::mousePress(&window, Qt::LeftButton, {}, at);
+    QTest::mouseMove(&window, at + QPoint(2, 0));
+    QTest::mouseRelease(&window, Qt::LeftButton, {}, at + QPoint(2, 0));
+    QTest::keyClick(&window, Qt::Key_Return);
+    const QString pixels = u"^[[<0;%1;%3M^[[<32;%2;%3M^[[<0;%2;%3m"_s.arg(at.x() + 1).arg(at.x() + 3).arg(at.y() + 1);
+    EXPECT_TRUE(test::waitFor([&] { return session->outputForTesting().remove(u'\n').contains(pixels); }))
+        << session->outputForTesting().toStdString();
     QTest::mousePress(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(0, 0));
     QTest::mouseMove(&window, middleOf(6, 0));
     QTest::mouseRelease(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(6, 0));

@@ -258,9 +258,9 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     ASSERT_EQ(tabs.sessions().size(), 1);
     EXPECT_NE(tabs.sessions().constFirst(), session);
     EXPECT_TRUE(tabs.sessions().constFirst()->isAlive());
-    tabs.sessions().constFirst()->send(u"kill -HUP $$\n"_s);
-    const QString hungUp = u"The shell was ended by a signal (%1). Press Return to start again."_s;
-    EXPECT_TRUE(waitFor([&] { return shown(hungUp.arg(QString::fromLocal8Bit(::strsignal(SIGHUP)))) != nullptr; }));
+    tabs.sessions().constFirst()->send(u"kill -KILL $$\n"_s);
+    const QString killed = u"The shell was ended by a signal (%1). Press Return to start again."_s;
+    EXPECT_TRUE(waitFor([&] { return shown(killed.arg(QString::fromLocal8Bit(::strsignal(SIGKILL)))) != nullptr; }));
 }
 
 TEST_F(TerminalPage, SaysHowToGoOnWithoutTheMouse) {

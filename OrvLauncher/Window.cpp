@@ -12,6 +12,7 @@
 #include "OrvLauncher/platform/SystemNotifier.h"
 #include "OrvLauncher/platform/UserDefaults.h"
 #include "OrvTerminal/TerminalTabs.h"
+#include "OrvTerminal/View/ProgramsClipboard.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/OnboardingModel.h"
 #include "OrvUI/QuitGuard.h"
@@ -172,6 +173,7 @@ bool WindowShell::open() {
     m_engine.singletonInstance<InputMode*>(qmlTypeId("OrvLauncher.Screens", 1, 0, "InputMode"))->watch(m_window);
     m_model.openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     m_model.setClipboard = [](const QString& text) { QGuiApplication::clipboard()->setText(text); };
+    connect(m_model.terminalTabs(), &TerminalTabs::clipboardWriteRequested, m_window, &putOnClipboard);
     m_model.setOpenMainWindowAction([this] { showWindow(); });
 #ifdef Q_OS_MACOS
     m_model.setActivationPolicy = &setActivationPolicy;

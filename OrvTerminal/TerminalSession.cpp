@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstring>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -131,7 +132,7 @@ public:
         const bool isPrimary = content.selections.find_first_of("cs") == std::string::npos;
         const QString text = QString::fromUtf8(
             reinterpret_cast<const char*>(content.data.data()), static_cast<qsizetype>(content.data.size()));
-        later([this, text, isPrimary] { Q_EMIT m_session.clipboardWriteRequested(text, isPrimary); });
+        later([this, text, isPrimary] { m_session.takeProgramsCopy(text, isPrimary); });
     }
     /// No program reads the clipboard here, so one that is told of a paste would get nothing.
     bool kittyClipboardSendPasteEvent(term::Terminal& /*source*/, term::ClipboardLocation /*location*/) override {
@@ -299,6 +300,12 @@ bool TerminalSession::hasForegroundProgram() const {
     return foreground >= 1 && foreground != m_process->shellPid();
 }
 
+QString TerminalSession::endSignal() const {
+    ORV_ASSERT_MAIN_THREAD();
+    const std::optional<int> number = m_hasEnded ? m_process->endSignal() : std::nullopt;
+    return number ? QString::fromLocal8Bit(::strsignal(*number)) : QString();
+}
+
 QString TerminalSession::outputForTesting() const {
     const term::Buffer& buffer = m_terminal->buffer();
     const std::int64_t first = buffer.trimmedCount();
@@ -338,6 +345,37 @@ void TerminalSession::setHasUnseenBell(bool hasBell) {
     if (hasBell != m_hasUnseenBell) {
         m_hasUnseenBell = hasBell;
         Q_EMIT hasUnseenBellChanged();
+    }
+}
+
+void TerminalSession::takeProgramsCopy(const QString& text, bool isPrimary) {
+    switch (m_clipboardWrite) {
+    case ClipboardWrite::off:
+        break;
+    case ClipboardWrite::ask:
+        // Of several, the last one is what would be there.
+        m_isProgramsCopyPrimary = isPrimary;
+        setProgramsCopy(text);
+        break;
+    case ClipboardWrite::on:
+        Q_EMIT clipboardWriteRequested(text, isPrimary);
+        break;
+    }
+}
+
+void TerminalSession::setProgramsCopy(const QString& text) {
+    if (text != m_programsCopy) {
+        m_programsCopy = text;
+        Q_EMIT programsCopyChanged();
+    }
+}
+
+void TerminalSession::answerProgramsCopy(bool isWanted) {
+    ORV_ASSERT_MAIN_THREAD();
+    const QString text = m_programsCopy;
+    setProgramsCopy({});
+    if (isWanted && !text.isEmpty()) {
+        Q_EMIT clipboardWriteRequested(text, m_isProgramsCopyPrimary);
     }
 }
 
@@ -392,6 +430,8 @@ void TerminalSession::tellOfMissingFolder() {
 
 void TerminalSession::processEnded(std::optional<int> code) {
     m_exitCode = code;
+    m_hasEnded = true;
+    Q_EMIT ended();
     setAlive(false);
     setProgress({});
     lookForPrograms();

@@ -27,7 +27,9 @@ class TerminalSession : public QObject {
     Q_PROPERTY(QUrl directory READ directory CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(bool isAlive READ isAlive NOTIFY isAliveChanged)
-    Q_PROPERTY(int exitCode READ exitCodeOrNone NOTIFY isAliveChanged)
+    Q_PROPERTY(bool hasEnded READ hasEnded NOTIFY ended)
+    Q_PROPERTY(int exitCode READ exitCodeOrNone NOTIFY ended)
+    Q_PROPERTY(QString endSignal READ endSignal NOTIFY ended)
     Q_PROPERTY(QString startError READ startError NOTIFY startErrorChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
     Q_PROPERTY(bool hasUnseenBell READ hasUnseenBell NOTIFY hasUnseenBellChanged)
@@ -52,9 +54,12 @@ public:
     [[nodiscard]] QString title() const { return m_title; }
     /// Whether the shell runs.
     [[nodiscard]] bool isAlive() const { return m_isAlive; }
-    /// Of the shell that ended by itself; 128 and the number of the signal that ended it.
+    /// Whether its shell is gone, or could not be started.
+    [[nodiscard]] bool hasEnded() const { return m_hasEnded; }
+    /// Of the shell that ended; 128 and the number of the signal that ended it. Nothing where nobody knows.
     [[nodiscard]] std::optional<int> exitCode() const { return m_exitCode; }
-
+    /// The signal that ended the shell, in the system's words ("Killed"); empty where none did.
+    [[nodiscard]] QString endSignal() const;
     /// The same; -1 for none.
     [[nodiscard]] int exitCodeOrNone() const { return m_exitCode.value_or(-1); }
     /// Why there is no shell, in the system's words ("/bin/zsh: Permission denied"); empty where one was started.
@@ -72,9 +77,11 @@ public:
     /// The colours that programs are told of, and whether the theme is dark.
     void setTheme(const term::BaseColors& colors, term::ColorScheme scheme);
 
-    /// What becomes of `clipboardWriteRequested`.
+    /// What becomes of what programs copy.
     void setClipboardWrite(ClipboardWrite choice) { m_clipboardWrite = choice; }
-    [[nodiscard]] ClipboardWrite clipboardWrite() const { return m_clipboardWrite; }
+    /// What a program wants to put on the clipboard and nobody has decided upon. Empty: none does.
+    [[nodiscard]] QString programsCopy() const { return m_programsCopy; }
+    void answerProgramsCopy(bool isWanted);
 
     /// A second call does nothing. A shell that can't be started leaves the session not alive, with a `startError`. One
     /// whose folder can't be entered starts where the application is, and a line before its first says so.
@@ -106,6 +113,7 @@ public:
 Q_SIGNALS:
     void titleChanged();
     void isAliveChanged();
+    void ended();
     void startErrorChanged();
     void terminalViewChanged();
     /// The terminal took in output, once a piece of up to 64 KiB.
@@ -120,7 +128,8 @@ Q_SIGNALS:
     /// A program begins to draw what is to be seen only as a whole. Comes while the terminal takes in output, before
     /// any of it: what stands on the screen now is whole too.
     void synchronizedOutputBegan();
-    /// OSC 52.
+    void programsCopyChanged();
+    /// What a program copies (OSC 52), and may.
     void clipboardWriteRequested(const QString& text, bool isPrimary);
     void notificationRequested(const QString& title, const QString& body);
     /// OSC 22: a name of CSS; empty: the usual one.
@@ -134,6 +143,8 @@ private:
     void setAlive(bool isAlive);
     void setProgress(const term::ProgressReport& progress);
     void setHasUnseenBell(bool hasBell);
+    void takeProgramsCopy(const QString& text, bool isPrimary);
+    void setProgramsCopy(const QString& text);
     void ring();
     void lookForPrograms();
     void processEnded(std::optional<int> code);
@@ -146,6 +157,7 @@ private:
     QString m_title;
     bool m_started = false;
     bool m_isAlive = false;
+    bool m_hasEnded = false;
     std::optional<int> m_exitCode;
     QString m_shell;
     QString m_startError;
@@ -153,6 +165,8 @@ private:
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
     ClipboardWrite m_clipboardWrite = ClipboardWrite::ask;
+    QString m_programsCopy;
+    bool m_isProgramsCopyPrimary = false;
     term::ProgressReport m_progress;
     std::optional<term::BaseColors> m_colors;
     QTimer m_programCheck; ///< runs for a moment after output

@@ -28,6 +28,7 @@ TerminalSession* TerminalTabs::open(const QUrl& at) {
 TerminalSession* TerminalTabs::insert(qsizetype place, const QUrl& folder) {
     auto* session = new TerminalSession(folder, m_queue, this);
     session->setClipboardWrite(m_clipboardWrite);
+    connect(session, &TerminalSession::clipboardWriteRequested, this, &TerminalTabs::clipboardWriteRequested);
     m_sessions.insert(place, session);
     Q_EMIT sessionsChanged();
     setSelected(session->id());

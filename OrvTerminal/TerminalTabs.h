@@ -45,6 +45,8 @@ public:
 Q_SIGNALS:
     void sessionsChanged();
     void selectedIDChanged();
+    /// What a program in one of the sessions copies, and may.
+    void clipboardWriteRequested(const QString& text, bool isPrimary);
 
 private:
     TerminalSession* insert(qsizetype place, const QUrl& folder);

@@ -23,7 +23,7 @@ public:
 
     [[nodiscard]] pid_t pid() const { return m_reaper.pid(); }
     void signal(int number) { m_reaper.signal(number); }
-    std::optional<int> collect() { return LocalProcessChildReaper::exitCode(m_reaper.wait()); }
+    std::optional<int> collect() { return m_reaper.wait(); }
 
     [[nodiscard]] static TerminalIOPipeline::Process watched(const std::shared_ptr<Session>& self) {
         return {
@@ -50,9 +50,9 @@ public:
     void reachedEOF() override { reportExit(); }
 
     void reportExit() {
-        m_queue->post([self = shared_from_this(), exitCode = collect()] {
+        m_queue->post([self = shared_from_this(), status = collect()] {
             if (const auto owner = self->m_owner.lock()) {
-                owner->childDidExit(*self, exitCode);
+                owner->childDidExit(*self, status);
             }
         });
     }
@@ -136,7 +136,7 @@ void LocalProcess::finishLaunchFailure(const LocalProcessError& error) {
     }
 }
 
-void LocalProcess::childDidExit(const Session& session, std::optional<int> exitCode) {
+void LocalProcess::childDidExit(const Session& session, std::optional<int> status) {
     std::shared_ptr<TerminalIOPipeline> ended;
     {
         const std::scoped_lock lock(m_mutex);
@@ -145,11 +145,12 @@ void LocalProcess::childDidExit(const Session& session, std::optional<int> exitC
             m_phase = LocalProcessPhase::exited;
             ended = std::move(m_pipeline);
             m_lastCounters = ended ? ended->counters() : LocalProcessCounters{};
+            m_endSignal = LocalProcessChildReaper::endSignal(status);
         }
     }
     ended.reset();
     if (const auto delegate = m_delegate.lock()) {
-        delegate->processTerminated(*this, exitCode);
+        delegate->processTerminated(*this, LocalProcessChildReaper::exitCode(status));
     }
 }
 
@@ -194,6 +195,11 @@ pid_t LocalProcess::shellPid() const {
 int LocalProcess::childfd() const {
     const auto current = pipeline();
     return current ? current->masterDescriptor() : -1;
+}
+
+std::optional<int> LocalProcess::endSignal() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_endSignal;
 }
 
 pid_t LocalProcess::foregroundProcessGroup() const {

@@ -83,6 +83,8 @@ public:
     [[nodiscard]] pid_t shellPid() const;
     /// -1 when there is no open terminal.
     [[nodiscard]] int childfd() const;
+    /// The signal that ended the child that ran last; absent where none did, or nobody knows.
+    [[nodiscard]] std::optional<int> endSignal() const;
     /// Below 1 when there is none; the child's own id while nothing else is in the foreground.
     [[nodiscard]] pid_t foregroundProcessGroup() const;
     /// Of the child that runs or ran last.
@@ -95,7 +97,7 @@ private:
 
     LocalProcess(std::weak_ptr<LocalProcessDelegate> delegate, Configuration configuration);
     void finishLaunchFailure(const LocalProcessError& error);
-    void childDidExit(const Session& session, std::optional<int> exitCode);
+    void childDidExit(const Session& session, std::optional<int> status);
     [[nodiscard]] std::shared_ptr<TerminalIOPipeline> pipeline() const;
 
     const std::weak_ptr<LocalProcessDelegate> m_delegate;
@@ -107,6 +109,7 @@ private:
     std::shared_ptr<Session> m_session;
     std::shared_ptr<TerminalIOPipeline> m_pipeline;
     LocalProcessCounters m_lastCounters; ///< of the child that has ended
+    std::optional<int> m_endSignal;
 };
 
 } // namespace term

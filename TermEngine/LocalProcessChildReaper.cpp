@@ -37,4 +37,8 @@ std::optional<int> LocalProcessChildReaper::exitCode(std::optional<int> status) 
     return WIFSIGNALED(*status) ? 128 + WTERMSIG(*status) : WEXITSTATUS(*status);
 }
 
+std::optional<int> LocalProcessChildReaper::endSignal(std::optional<int> status) {
+    return status && WIFSIGNALED(*status) ? std::optional(WTERMSIG(*status)) : std::nullopt;
+}
+
 } // namespace term

@@ -21,6 +21,8 @@ public:
 
     /// The exit code in a status word; 128 and the signal's number for a child that a signal ended.
     [[nodiscard]] static std::optional<int> exitCode(std::optional<int> status);
+    /// The signal that ended the child of a status word, where one did.
+    [[nodiscard]] static std::optional<int> endSignal(std::optional<int> status);
 
 private:
     const pid_t m_pid;

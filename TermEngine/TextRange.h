@@ -28,6 +28,9 @@ enum class RangeShape : std::uint8_t { flowing, rectangle };
 /// UTF-8: soft wraps joined, other lines parted by LF, no blanks that nobody wrote at the ends of lines.
 [[nodiscard]] std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shape = RangeShape::flowing);
 
+/// Up to where cells of a line count: all of one that flows over, but for the last one where a wide character did not
+/// fit; of another line those that were written.
+[[nodiscard]] int textLength(const Buffer& buffer, int index);
 /// The word at a place, over soft wraps: letters, digits, marks and `alsoInWords` (characters of ASCII); elsewhere the
 /// run of blanks, or the one character. Ideographs, Hiragana and Katakana are words of their own beside each other and
 /// beside other letters, unless one of `alsoInWords` or a digit joins them.

@@ -6,8 +6,6 @@ namespace term {
 
 /// Of a place that may lie outside: the index of its line within the buffer.
 [[nodiscard]] int indexOf(const Buffer& buffer, std::int64_t line);
-/// Up to where cells of a line count: all of one that flows over, else those that were written.
-[[nodiscard]] int textLength(const Buffer& buffer, int index);
 /// The index of the first line of those that soft wraps join to one.
 [[nodiscard]] int firstOfWrapped(const Buffer& buffer, int index);
 

@@ -6,6 +6,7 @@
 // A frame is timed from the moment at which something changed, at the 60 times a second of a display, until it was
 // handed over; with Qt's software renderer, which does all of that on one thread, that is also what the event loop
 // waits for. The beat beside it, due every millisecond, tells of whatever else kept the event loop.
+#include "FrameTimes.h"
 #include "NamedProjects.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/Screens/Registration.h"
@@ -19,12 +20,10 @@
 #include <QQuickWindow>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
-#include <vector>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -34,42 +33,21 @@ namespace {
 constexpr int projects = 2000;
 constexpr int services = 5;
 constexpr int linesAtOnce = 200; ///< ten times a second
-constexpr double budget = 16;    ///< milliseconds
 
-double cpuMilliseconds() {
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
-
-/// The longest time, also of this thread's own work: what other processes took from it is not in that.
-struct Times {
-    std::vector<double> wall;
-    std::vector<double> cpu;
-
-    void add(double wallTime, double cpuTime) {
-        wall.push_back(wallTime);
-        cpu.push_back(cpuTime);
-    }
-};
-
-class Frames : public QObject {
-    Q_OBJECT
+/// One frame after the other, each of something that was changed for it.
+class Frames {
 public:
     explicit Frames(QQuickWindow* window) : m_window(window) {
-        connect(window, &QQuickWindow::frameSwapped, this, &Frames::onFrame);
-        m_beat.setTimerType(Qt::PreciseTimer);
-        m_beat.setInterval(1ms);
-        connect(&m_beat, &QTimer::timeout, this, [this] {
-            m_stall = std::max(m_stall, static_cast<double>(m_sinceBeat.nsecsElapsed()) / 1e6);
-            m_sinceBeat.restart();
+        QObject::connect(window, &QQuickWindow::frameSwapped, window, [this] {
+            if (std::exchange(m_isWaiting, false)) {
+                times.endFrame();
+            }
         });
     }
 
     /// What changes next, of which the next frame is to be.
     void begin() {
-        m_since.start();
-        m_cpu = cpuMilliseconds();
+        times.beginFrame();
         m_isWaiting = true;
         m_window->update();
     }
@@ -80,45 +58,11 @@ public:
         }
     }
 
-    void startPart() {
-        m_times = {};
-        m_stall = 0;
-        m_sinceBeat.start();
-        m_beat.start();
-    }
-    void report(const char* part) {
-        m_beat.stop();
-        std::vector<double>& wall = m_times.wall;
-        std::vector<double>& cpu = m_times.cpu;
-        if (wall.empty()) {
-            std::fprintf(stderr, "%s: no frame\n", part);
-            std::exit(1);
-        }
-        const auto late = std::ranges::count_if(wall, [](double time) { return time > budget; });
-        const auto busy = std::ranges::count_if(cpu, [](double time) { return time > budget; });
-        std::ranges::sort(wall);
-        std::ranges::sort(cpu);
-        std::printf(
-            "| %s | %zu | %.1f | %.1f | %.1f | %d | %.1f | %.1f | %d | %.1f |\n", part, wall.size(),
-            wall[wall.size() / 2], wall[wall.size() * 99 / 100], wall.back(), static_cast<int>(late),
-            cpu[cpu.size() / 2], cpu.back(), static_cast<int>(busy), m_stall);
-    }
+    orv::bench::FrameTimes times;
 
 private:
-    void onFrame() {
-        if (std::exchange(m_isWaiting, false)) {
-            m_times.add(static_cast<double>(m_since.nsecsElapsed()) / 1e6, cpuMilliseconds() - m_cpu);
-        }
-    }
-
     QQuickWindow* m_window;
-    QElapsedTimer m_since;
-    double m_cpu = 0;
     bool m_isWaiting = false;
-    Times m_times;
-    QTimer m_beat;
-    QElapsedTimer m_sinceBeat;
-    double m_stall = 0;
 };
 
 /// The one with most to scroll.
@@ -233,18 +177,15 @@ int main(int argc, char** argv) {
     QTest::qWait(1000);
 
     Frames frames(window);
-    std::puts("| While | Frames | Median | 99 of 100 within | Longest | Over 16 ms | Own work, median | Longest | Over "
-              "16 ms | "
-              "Longest "
-              "stall |\n|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|");
+    std::puts(orv::bench::FrameTimes::heading);
     QQuickItem* page = scroller(window->contentItem());
-    frames.startPart();
+    frames.times.start();
     scroll(page, frames, time);
-    frames.report("2,000 projects scroll");
+    frames.times.report("2,000 projects scroll");
 
     QTest::keyClick(window, Qt::Key_K, Qt::ControlModifier);
     QTest::qWait(500);
-    frames.startPart();
+    frames.times.start();
     for (const QString& text : {u"shop admin"_s, u"stop all"_s, u"new terminal atlas 1750"_s, u"settings"_s}) {
         for (const QChar letter : text) {
             frames.begin();
@@ -256,7 +197,7 @@ int main(int argc, char** argv) {
         QTest::keyClick(window, Qt::Key_Backspace);
         QTest::qWait(40);
     }
-    frames.report("keys in the palette");
+    frames.times.report("keys in the palette");
     QTest::keyClick(window, Qt::Key_Escape);
 
     for (const QString& project : std::as_const(loud)) {
@@ -281,23 +222,21 @@ int main(int argc, char** argv) {
         }
     });
     model.refresh();
-    frames.startPart();
+    frames.times.start();
     scroll(page, frames, time);
-    frames.report("the same, with output and scans");
-    frames.startPart();
+    frames.times.report("the same, with output and scans");
+    frames.times.start();
     watch(window, frames, time);
-    frames.report("home at rest, with output and scans");
+    frames.times.report("home at rest, with output and scans");
 
     model.setPage({.kind = orv::AppPage::Kind::project, .id = loud.first()});
     model.setDetailTab(orv::DetailTab::logs);
     QTest::qWait(500);
-    frames.startPart();
+    frames.times.start();
     watch(window, frames, time);
-    frames.report("a log that is followed, with output and scans");
+    frames.times.report("a log that is followed, with output and scans");
     std::printf("\n%d scans of %d projects meanwhile.\n", scans, projects);
     QObject::disconnect(&model, &orv::AppModel::isScanningChanged, &model, nullptr);
     model.stopAll();
     return 0;
 }
-
-#include "BenchFrames.moc"

@@ -1,16 +1,16 @@
 // The terminal in a real window, for bench/view.py:
 //
-//     orv-bench-view run COMMAND [FRAMES]    carries the command out in a terminal and ends with it; the frames from
-//     the
-//                                            title "begin" until the title "end" go to the file FRAMES, one number each
-//                                            second
-//     orv-bench-view tabs COUNT              memory and time of so many terminals with idle shells
-//     orv-bench-view interrupt COMMAND       how long a flood goes on after Ctrl-C, some times
-//     orv-bench-view scroll                  frames a second while each of them shows another part of the history, and
-//                                            what 99 of 100 of them take at most
+//     orv-bench-view run COMMAND          carries the command out in a terminal and ends with it
+//     orv-bench-view tabs COUNT           memory and time of so many terminals with idle shells
+//     orv-bench-view flood NAME COMMAND...
+//                                         what frames take while each of the commands floods the terminal
+//     orv-bench-view interrupt COMMAND    how long a flood goes on after Ctrl-C, some times
+//     orv-bench-view scroll               frames a second while each of them shows another part of the history, and
+//                                         what 99 of 100 of them take at most
 //
-// All print figures, separated by blanks, on one line.
+// Floods print a table; the others print figures, separated by blanks, on one line.
 
+#include "FrameTimes.h"
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvTerminal/View/TerminalHost.h"
 
@@ -54,8 +54,22 @@ public:
         return *session;
     }
     [[nodiscard]] TerminalView& view() const { return *m_host.view(); }
+    /// Of the frames from now on, each from its request until it was handed over.
+    void measure(bench::FrameTimes& times) {
+        times.start();
+        m_times = &times;
+    }
 
 protected:
+    bool event(QEvent* event) override {
+        if (event->type() != QEvent::UpdateRequest || m_times == nullptr) {
+            return QQuickWindow::event(event);
+        }
+        m_times->beginFrame();
+        const bool isHandled = QQuickWindow::event(event);
+        m_times->endFrame();
+        return isHandled;
+    }
     void resizeEvent(QResizeEvent* event) override {
         QQuickWindow::resizeEvent(event);
         m_host.setSize(QSizeF(event->size()));
@@ -65,33 +79,33 @@ private:
     TerminalStyle m_style;
     TerminalTabs m_tabs;
     TerminalHost m_host;
+    bench::FrameTimes* m_times = nullptr;
 };
 
 void after(std::chrono::milliseconds time, std::function<void()> task) {
     QTimer::singleShot(time, qApp, std::move(task));
 }
 
-void run(Window& window, const QString& command, const QString& framesFile) {
+void run(Window& window, const QString& command) {
     TerminalSession& session = window.open();
-    auto* frames = new std::vector<std::uint64_t>;
-    auto* second = new QTimer(&window);
-    QObject::connect(
-        second, &QTimer::timeout, &window, [&window, frames] { frames->push_back(window.view().frames()); });
-    QObject::connect(&session, &TerminalSession::titleChanged, &window, [=, &session, &window] {
-        if (session.title() == u"begin") {
-            frames->push_back(window.view().frames());
-            second->start(1s);
-        } else if (session.title() == u"end" && !framesFile.isEmpty()) {
-            QFile file(framesFile);
-            if (file.open(QIODevice::WriteOnly)) {
-                for (size_t at = 1; at < frames->size(); ++at) {
-                    file.write(QByteArray::number(static_cast<qint64>(frames->at(at) - frames->at(at - 1))) + ' ');
-                }
-            }
-        }
-    });
     QObject::connect(&session, &TerminalSession::isAliveChanged, qApp, &QCoreApplication::quit);
     after(settling, [&session, command] { session.send(u"exec "_s + command + u'\n'); });
+}
+
+/// One after the other: names and commands.
+void flood(Window& window, TerminalSession& session, QStringList floods, bench::FrameTimes& times) {
+    if (floods.isEmpty()) {
+        QCoreApplication::quit();
+        return;
+    }
+    const QByteArray name = floods.takeFirst().toUtf8();
+    session.send(floods.takeFirst() + u'\n');
+    after(1s, [&window, &times] { window.measure(times); });
+    after(11s, [=, &window, &session, &times] {
+        times.report(name.constData());
+        session.send(u"\x03"_s);
+        after(settling, [=, &window, &session, &times] { flood(window, session, floods, times); });
+    });
 }
 
 struct Cost {
@@ -217,8 +231,13 @@ int main(int argc, char** argv) {
         QFontDatabase::addApplicationFont(fonts.filePath(file));
     }
     Window window;
-    if (words.value(1) == u"run" && words.size() >= 3) {
-        run(window, words.at(2), words.value(3));
+    bench::FrameTimes times;
+    if (words.value(1) == u"run" && words.size() == 3) {
+        run(window, words.at(2));
+    } else if (words.value(1) == u"flood" && words.size() >= 4 && words.size() % 2 == 0) {
+        std::puts(bench::FrameTimes::heading);
+        TerminalSession& session = window.open();
+        after(settling, [&, floods = words.sliced(2)] { flood(window, session, floods, times); });
     } else if (words.value(1) == u"tabs" && words.size() == 3) {
         measureTabs(window, std::max(1, words.at(2).toInt()));
     } else if (words.value(1) == u"interrupt" && words.size() == 3) {
@@ -226,7 +245,8 @@ int main(int argc, char** argv) {
     } else if (words.value(1) == u"scroll") {
         scroll(window);
     } else {
-        std::fputs("orv-bench-view run COMMAND [FRAMES] | tabs COUNT | interrupt COMMAND | scroll\n", stderr);
+        std::fputs(
+            "orv-bench-view run COMMAND | tabs COUNT | flood NAME COMMAND... | interrupt COMMAND | scroll\n", stderr);
         return 2;
     }
     return QGuiApplication::exec();

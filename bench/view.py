@@ -112,21 +112,6 @@ echo $((end - begin)) >'{result}'
     return max(speeds), statistics.median(speeds)
 
 
-def frames(load):
-    """Frames a second while output comes, of ours."""
-    path = script("frames.sh", f"""
-printf '\\033]0;begin\\007'; sleep 0.1
-cat '{os.path.join(work, load)}' '{os.path.join(work, load)}'
-printf '\\033]0;end\\007'; sleep 0.5
-""")
-    counts = os.path.join(work, "frames")
-    _, command, variables = terminals()[0]
-    child = start(command + [path, counts], env={**os.environ, **variables}, stdout=subprocess.DEVNULL)
-    child.wait(180)
-    with open(counts) as file:
-        return statistics.median(int(count) for count in file.read().split()) if os.path.getsize(counts) else None
-
-
 class Screen:
     """What of Xlib and XTEST the latency needs."""
 
@@ -209,10 +194,14 @@ def latency(screen, terminal):
     return statistics.median(times), times[len(times) * 95 // 100]
 
 
-def ask(*words, backend="software"):
-    child = start([program, *words], env={**os.environ, "QT_QUICK_BACKEND": backend}, stdout=subprocess.PIPE)
+def ask_lines(*words, backend="software"):
+    child = start([program, *words], env={**os.environ, "QT_QUICK_BACKEND": backend}, stdout=subprocess.PIPE, text=True)
     output, _ = child.communicate(timeout=180)
-    return output.split()
+    return output
+
+
+def ask(*words, backend="software"):
+    return ask_lines(*words, backend=backend).split()
 
 
 def speed(found):
@@ -244,9 +233,6 @@ def main():
               + ("" if delay is None else f"{delay[0]:.1f} ({delay[1]:.1f}) ms") + " |", flush=True)
     print(f"\n`cat` of {megabytes} MB in MB/s, the best of {rounds} rounds and in brackets the median; the median of {keys} keys, and in "
           f"brackets what 95 of 100 keep. {grid.replace('x', ' by ')} cells, 10,000 lines of history, on Xvfb.")
-    drawn = frames("plain")
-    if drawn is not None:
-        print(f"\nWhile plain output comes, {drawn:.0f} frames a second are drawn.")
     print("\n| Scrolling by whole screens | frames a second | 99 of 100 take at most |\n|---|---:|---:|")
     for name, _, variables in terminals():
         if name.startswith("OrvLauncher"):
@@ -256,6 +242,12 @@ def main():
     kilobytes, busy = ask("tabs", "20")
     print(f"\n20 terminals with idle shells: {int(kilobytes)} KB each, beyond the first; {float(busy):.0f} ms of processor "
           "time in 10 s, of all together.")
+    floods = []
+    for name in ("plain", "coloured"):
+        file = os.path.join(work, name)
+        floods += [f"`cat` of {name} lines", f"while :; do cat {file}; done"]
+    print("\nA frame, while a flood comes, from its request until the X server has it, and the stalls of the event loop:\n")
+    print(ask_lines("flood", "`yes`", "yes", *floods))
     print("\n| Ctrl-C while it runs | median | longest of 20 |\n|---|---:|---:|")
     coloured = os.path.join(work, "coloured")
     for label, command in (("`yes`", "yes"), ("`cat` of coloured lines", f"cat {' '.join([coloured] * 20)}")):

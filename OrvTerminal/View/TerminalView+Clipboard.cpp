@@ -8,18 +8,12 @@
 #include <QMimeData>
 
 #include <algorithm>
+#include <utility>
 
 namespace orv {
 namespace {
 
 constexpr int shownLength = 40;
-
-void putOnClipboard(const QString& text, bool isPrimary) {
-    QClipboard* clipboard = QGuiApplication::clipboard();
-    if (!isPrimary || clipboard->supportsSelection()) {
-        clipboard->setText(text, isPrimary ? QClipboard::Selection : QClipboard::Clipboard);
-    }
-}
 
 /// A copy, whatever is proposed: an editor deletes what it has moved elsewhere.
 void answerDrag(QDropEvent& event) {
@@ -113,43 +107,18 @@ void TerminalView::pasteWithoutQuestion(const QString& text) {
     }
 }
 
-void TerminalView::takeClipboardWrite(const QString& text, bool isPrimary) {
-    switch (m_session.clipboardWrite()) {
-    case ClipboardWrite::off:
-        break;
-    case ClipboardWrite::ask:
-        // Of several, the last one is what would be there.
-        m_isPendingCopyPrimary = isPrimary;
-        setPendingCopy(text);
-        break;
-    case ClipboardWrite::on:
-        putOnClipboard(text, isPrimary);
-        break;
-    }
-}
-
-void TerminalView::setPendingCopy(const QString& text) {
-    if (text != m_pendingCopy) {
-        m_pendingCopy = text;
-        Q_EMIT programsCopyChanged();
-    }
-}
-
 QString TerminalView::programsCopy() const {
-    QString shown = m_pendingCopy.left(2 * shownLength);
+    const QString copy = m_session.programsCopy();
+    QString shown = copy.left(2 * shownLength);
     std::ranges::replace_if(shown, [](QChar letter) { return !letter.isPrint(); }, u' ');
     shown = shown.simplified();
-    const bool isCut = shown.size() > shownLength || m_pendingCopy.size() > 2 * shownLength;
-    const bool isBlank = shown.isEmpty() && !m_pendingCopy.isEmpty();
+    const bool isCut = shown.size() > shownLength || copy.size() > 2 * shownLength;
+    const bool isBlank = shown.isEmpty() && !copy.isEmpty();
     return isCut || isBlank ? shown.left(shownLength) + u'…' : shown;
 }
 
-void TerminalView::answerProgramsCopy(bool isWanted) {
-    const QString text = m_pendingCopy;
-    setPendingCopy({});
-    if (isWanted && !text.isEmpty()) {
-        putOnClipboard(text, m_isPendingCopyPrimary);
-    }
+void TerminalView::answerProgramsCopy(bool isWanted) const {
+    m_session.answerProgramsCopy(isWanted);
 }
 
 void TerminalView::dragEnterEvent(QDragEnterEvent* event) {

@@ -183,7 +183,8 @@ void TerminalView::typed() {
 
 void TerminalView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Control || event->key() == Qt::Key_Meta) {
-        hover(m_pointer, event->modifiers() | Qt::ControlModifier);
+        m_isLinkKeyDown = true;
+        hover(m_pointer);
     }
     if (m_choosesLink && !isForApplication(*event)) {
         typeLetter(*event);
@@ -218,7 +219,8 @@ void TerminalView::keyPressEvent(QKeyEvent* event) {
 
 void TerminalView::keyReleaseEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Control || event->key() == Qt::Key_Meta) {
-        hover(m_pointer, event->modifiers() & ~Qt::ControlModifier);
+        m_isLinkKeyDown = false;
+        hover(m_pointer);
     }
     term::KeyEvent key;
     QByteArray text;
@@ -283,6 +285,8 @@ void TerminalView::focusOutEvent(QFocusEvent* event) {
     QQuickItem::focusOutEvent(event);
     m_session.terminal().sendFocus(term::FocusChange::lost);
     m_sentKeys.clear();
+    m_isLinkKeyDown = false;
+    hover(m_pointer);
     m_preedit.clear();
     m_preeditPicture = {};
     restartBlinking();

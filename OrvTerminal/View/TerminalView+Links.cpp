@@ -1,6 +1,7 @@
 #include "OrvTerminal/TerminalSession.h"
 #include "OrvTerminal/View/TerminalView.h"
 #include "TermEngine/OscPayloads.h"
+#include "TermEngine/TextRange.h"
 
 #include <QClipboard>
 #include <QDir>
@@ -39,7 +40,8 @@ TerminalView::WrappedText TerminalView::wrappedText(int index) const {
     int at = first;
     do {
         const term::BufferLine& line = buffer.lineAt(at);
-        for (int column = 0; column < line.size(); ++column) {
+        const int length = term::textLength(buffer, at);
+        for (int column = 0; column < length; ++column) {
             if (line[column].isSpacer()) {
                 continue;
             }
@@ -69,8 +71,9 @@ TerminalView::Hovered TerminalView::namedLink(int index, int column) const {
     while (true) {
         if (first > 0 && isLinked(firstRow, first - 1)) {
             --first;
-        } else if (const int last = firstRow > 0 ? buffer.lineAt(firstRow - 1).size() - 1 : 0;
-                   first == 0 && firstRow > 0 && buffer.lineAt(firstRow).isWrapped() && isLinked(firstRow - 1, last)) {
+        } else if (const int last = firstRow > 0 ? term::textLength(buffer, firstRow - 1) - 1 : 0;
+                   last >= 0 && first == 0 && firstRow > 0 && buffer.lineAt(firstRow).isWrapped() &&
+                   isLinked(firstRow - 1, last)) {
             --firstRow;
             first = last;
         } else {
@@ -80,11 +83,11 @@ TerminalView::Hovered TerminalView::namedLink(int index, int column) const {
     int endRow = index;
     int end = column + 1;
     while (true) {
-        const int size = buffer.lineAt(endRow).size();
-        if (end < size && isLinked(endRow, end)) {
+        const int length = term::textLength(buffer, endRow);
+        if (end < length && isLinked(endRow, end)) {
             ++end;
         } else if (
-            end == size && endRow + 1 < buffer.lineCount() && buffer.lineAt(endRow + 1).isWrapped() &&
+            end >= length && endRow + 1 < buffer.lineCount() && buffer.lineAt(endRow + 1).isWrapped() &&
             isLinked(endRow + 1, 0)) {
             ++endRow;
             end = 1;

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -117,6 +118,8 @@ void TerminalView::mousePressEvent(QMouseEvent* event) {
     m_sinceClick.start();
     m_clickPlace = place;
 
+    m_isLinkKeyDown = event->modifiers().testFlag(Qt::ControlModifier);
+    hover(place);
     m_pressedLink = event->button() == Qt::LeftButton ? m_hovered : std::nullopt;
     if (m_pressedLink) {
         return;
@@ -226,8 +229,12 @@ void TerminalView::finishSelecting() {
 }
 
 void TerminalView::hoverMoveEvent(QHoverEvent* event) {
-    m_isPointerInside = true;
-    hover(event->position(), event->modifiers());
+    // Qt sends one with the frames too, with the modifiers as they were before the last key.
+    const bool hasMoved = !std::exchange(m_isPointerInside, true) || event->position() != m_pointer;
+    if (hasMoved) {
+        m_isLinkKeyDown = event->modifiers().testFlag(Qt::ControlModifier);
+    }
+    hover(event->position());
     const bool wantsMotion = m_session.terminal().modes().mouseTracking == term::MouseTracking::anyEvent;
     if (wantsMotion && programWantsMouse(event->modifiers())) {
         report(term::MouseEventType::motion, term::MouseButton::none, event->position(), event->modifiers());
@@ -264,9 +271,9 @@ void TerminalView::wheelEvent(QWheelEvent* event) {
     scrollTo(topLine() - lines);
 }
 
-void TerminalView::hover(QPointF place, Qt::KeyboardModifiers modifiers) {
+void TerminalView::hover(QPointF place) {
     m_pointer = place;
-    const bool looks = m_isPointerInside && modifiers.testFlag(Qt::ControlModifier);
+    const bool looks = m_isPointerInside && m_isLinkKeyDown;
     setHovered(looks ? linkUnder(cellAt(place)) : std::nullopt);
 }
 

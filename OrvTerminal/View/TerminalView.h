@@ -97,7 +97,7 @@ public:
     /// The beginning, on one line, of what a program wants to put on the clipboard and nobody has decided upon. Empty:
     /// none does.
     [[nodiscard]] QString programsCopy() const;
-    Q_INVOKABLE void answerProgramsCopy(bool isWanted);
+    Q_INVOKABLE void answerProgramsCopy(bool isWanted) const;
     /// Screen and history.
     Q_INVOKABLE void clear();
     Q_INVOKABLE void zoom(int direction) { m_style.zoom(direction); }
@@ -183,6 +183,7 @@ private:
 
     // TerminalView.cpp
     void changed();
+    void draw();
     void requestFrame();
     void refresh();
     void applySize();
@@ -195,10 +196,12 @@ private:
     [[nodiscard]] bool isShown() const;
     void followShown();
     [[nodiscard]] bool isHeld() const;
+    [[nodiscard]] QPoint corner() const;
+
+    // TerminalView+Looks.cpp
     [[nodiscard]] ResolvedColors resolvedColors() const;
     [[nodiscard]] std::vector<LineMark> marksOn(std::int64_t line) const;
     [[nodiscard]] std::vector<ScreenNode::Patch> gutter() const;
-    [[nodiscard]] QPoint corner() const;
     [[nodiscard]] ScreenNode::CursorShape cursorShape() const;
     void restartBlinking();
     void blink();
@@ -217,8 +220,6 @@ private:
 
     // TerminalView+Clipboard.cpp
     void pasteWithoutQuestion(const QString& text);
-    void takeClipboardWrite(const QString& text, bool isPrimary);
-    void setPendingCopy(const QString& text);
 
     // TerminalView+Mouse.cpp
     [[nodiscard]] Cell cellAt(QPointF place) const;
@@ -228,7 +229,7 @@ private:
     void drag(QPointF place);
     void scrollByDrag();
     void finishSelecting();
-    void hover(QPointF place, Qt::KeyboardModifiers modifiers);
+    void hover(QPointF place);
     void setHovered(const std::optional<Hovered>& hovered);
     void updatePointer();
 
@@ -281,8 +282,6 @@ private:
     int m_preeditCursor = 0;
     QImage m_preeditPicture;
     QString m_pendingPaste;
-    QString m_pendingCopy; ///< a program's
-    bool m_isPendingCopyPrimary = false;
 
     Qt::MouseButtons m_held; ///< those that the program was told of
     std::optional<Cell> m_reported;
@@ -295,6 +294,7 @@ private:
     QPointF m_wheelRest;
     QPointF m_pointer;
     bool m_isPointerInside = false;
+    bool m_isLinkKeyDown = false;
     std::optional<Hovered> m_hovered;
     std::optional<Hovered> m_pressedLink;
     QString m_hoveredText;

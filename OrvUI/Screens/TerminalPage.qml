@@ -237,12 +237,14 @@ FocusScope {
 
                 readonly property TerminalSession ended: page.session !== null && !page.session.isAlive ? page.session : null
                 readonly property string fault: ended?.startError ?? ""
-                readonly property bool hasEnded: ended !== null && (fault.length > 0 || ended.exitCode >= 0)
+                readonly property string endSignal: ended?.endSignal ?? ""
+                readonly property bool hasEnded: ended !== null && (fault.length > 0 || ended.hasEnded)
+                readonly property string what: fault.length > 0 ? qsTr("The shell could not be started (%1).").arg(fault) : endSignal.length > 0 ? qsTr("The shell was ended by a signal (%1).").arg(endSignal) : ended === null || ended.exitCode === 0 ? qsTr("The shell has ended.") : ended.exitCode > 0 ? qsTr("The shell has ended with code %1.").arg(ended.exitCode) : qsTr("The shell has ended, and nobody knows with which code.")
 
-                visible: ended !== null
+                visible: hasEnded
                 asks: false
-                text: ended === null ? "" : fault.length > 0 ? qsTr("The shell could not be started (%1). Press Return to start again.").arg(fault) : ended.exitCode > 0 ? qsTr("The shell has ended with code %1. Press Return to start again.").arg(ended.exitCode) : qsTr("The shell has ended. Press Return to start again.")
-                isError: fault.length > 0 || (ended !== null && ended.exitCode > 0)
+                text: qsTr("%1 Press Return to start again.").arg(what)
+                isError: fault.length > 0 || (hasEnded && ended.exitCode !== 0)
             }
         }
     }

@@ -5,11 +5,13 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QRawFont>
+#include <QScreen>
 #include <QStyleHints>
 
 #include <array>
 #include <cmath>
 #include <functional>
+#include <string>
 
 using namespace Qt::StringLiterals;
 
@@ -188,16 +190,37 @@ TEST_F(TerminalPictures, ShowWhatIsStoredAndNotOneCellMore) {
     }
 }
 
+TEST_F(TerminalPictures, ShowTheSameAtEachScale) {
+    for (const char* scale : {"1.25", "2"}) {
+        const QList<QScreen*> screens = QGuiApplication::screens();
+        const auto named = [scale](const QScreen* screen) { return screen->name() == QLatin1StringView(scale); };
+        const auto screen = std::ranges::find_if(screens, named);
+        ASSERT_NE(screen, screens.end()) << scale;
+        window.hide();
+        window.destroy();
+        window.setScreen(*screen);
+        window.setPosition((*screen)->geometry().topLeft());
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        ASSERT_EQ(window.effectiveDevicePixelRatio(), QByteArray(scale).toDouble());
+        for (const char* name : {"attributes", "drawn", "wide", "screen"}) {
+            compare((std::string(name) + '-' + scale).c_str(), draw(recording(name)));
+        }
+    }
+}
+
 TEST_F(TerminalPictures, ShowWhatRealProgramsDraw) {
     struct Row {
         const char* recording;
         int covered; ///< cells with characters that the font lacks
     };
     const std::array rows{
-        Row{"vim", 5},   Row{"vim-resized", 6},   Row{"tmux", 3},     Row{"htop", 0},
-        Row{"less", 40}, Row{"top", 0},           Row{"nano", 0},     Row{"mc", 0},
-        Row{"emacs", 0}, Row{"emacs-windows", 2}, Row{"python", 11},  Row{"ls", 6},
-        Row{"zsh", 4},   Row{"git-diff", 7},      Row{"unicode", 34}, Row{"cat-resized", 28},
+        Row{"vim", 5},           Row{"vim-resized", 6},   Row{"tmux", 3},           Row{"htop", 0},
+        Row{"less", 40},         Row{"top", 0},           Row{"nano", 0},           Row{"mc", 0},
+        Row{"emacs", 0},         Row{"emacs-windows", 2}, Row{"python", 11},        Row{"ls", 6},
+        Row{"zsh", 4},           Row{"git-diff", 7},      Row{"unicode", 34},       Row{"cat-resized", 28},
+        Row{"less-resized", 58}, Row{"tmux-resized", 3},  Row{"htop-resized", 0},   Row{"nano-resized", 3},
+        Row{"mc-resized", 3},    Row{"top-resized", 0},   Row{"python-resized", 3},
     };
     style.setFontSize(10);
     for (const Row& row : rows) {

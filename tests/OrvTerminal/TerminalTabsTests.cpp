@@ -12,6 +12,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstring>
 
 #include <sys/resource.h>
 
@@ -110,16 +111,25 @@ TEST_F(Terminals, StayWhenTheirShellHasEnded) {
         const char* label;
         QString line;
         std::optional<int> code;
+        const char* signal;
+        bool isCollected = true;
     };
     const std::array rows{
-        Row{"exit", u"exit 3"_s, 3},
-        Row{"killed", u"kill -KILL $$"_s, 128 + SIGKILL},
+        Row{"exit", u"exit 3"_s, 3, ""},
+        Row{"killed", u"kill -KILL $$"_s, 128 + SIGKILL, ::strsignal(SIGKILL)},
+        Row{"with a signal's code", u"exit 137"_s, 137, ""},
+        Row{"nobody knows how", u"exit 3"_s, {}, "", false},
     };
     for (const Row& row : rows) {
         TerminalSession* session = open();
+        EXPECT_FALSE(session->hasEnded()) << row.label;
+        std::signal(SIGCHLD, row.isCollected ? SIG_DFL : SIG_IGN);
         session->send(row.line + u'\n');
         EXPECT_TRUE(waitFor([&] { return !session->isAlive(); })) << row.label;
+        std::signal(SIGCHLD, SIG_DFL);
+        EXPECT_TRUE(session->hasEnded()) << row.label;
         EXPECT_EQ(session->exitCode(), row.code) << row.label;
+        EXPECT_EQ(session->endSignal(), QString::fromLocal8Bit(row.signal)) << row.label;
         EXPECT_FALSE(session->hasForegroundProgram()) << row.label;
         EXPECT_EQ(session->shellPID(), std::nullopt) << row.label;
         EXPECT_TRUE(session->outputForTesting().contains(row.line)) << row.label << ": the last screen is kept";

@@ -1,5 +1,6 @@
 #include "tests/OrvTerminal/ViewFixture.h"
 
+#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QMimeData>
 
@@ -60,6 +61,23 @@ TEST_F(TerminalViews, MarkPromptsByHowTheirCommandsWent) {
         for (int row = 0; row < 8; ++row) {
             const QRect beside(0, top + row * view().cell().height, left, view().cell().height);
             EXPECT_EQ(pixelsOf(gutter, beside, style.colors().failure) > 0, row == shell.row) << shell.label << row;
+        }
+    }
+}
+
+TEST_F(TerminalViews, DrawEmojiInTheirOwnColours) {
+    const QStringList families = QFontDatabase::families();
+    if (std::ranges::none_of(families, [](const QString& family) { return family.contains(u"Color Emoji"_s); })) {
+        GTEST_SKIP() << "no font with emoji is installed";
+    }
+    feed("\x1b[1;31m🟩\x1b[0;4;34m🟥\x1b[0;7m🟦");
+    const QImage image = shown();
+    for (int emoji = 0; emoji < 3; ++emoji) {
+        const QColor color = image.pixelColor(cellRect(2 * emoji, 0, 2).center());
+        const std::array parts{color.green(), color.red(), color.blue()};
+        for (int other = 0; other < 3; ++other) {
+            EXPECT_TRUE(other == emoji || parts.at(emoji) > parts.at(other) + 40)
+                << emoji << color.name().toStdString();
         }
     }
 }

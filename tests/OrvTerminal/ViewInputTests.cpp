@@ -1,3 +1,5 @@
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvTerminal/View/ProgramsClipboard.h"
 #include "tests/OrvTerminal/ViewFixture.h"
 
 #include <QClipboard>
@@ -282,6 +284,14 @@ TEST_F(TerminalViews, TellProgramsOfTheMouse) {
     EXPECT_TRUE(test::waitFor([this] {
         return session->outputForTesting().contains(u"^[[<0;5;3M^[[<2;5;3M^[[<0;5;3m^[[<2;5;3m"_s);
     })) << session->outputForTesting().toStdString();
+    terminal().feed("\x1b[?1016h");
+    QTest::mousePress(&window, Qt::LeftButton, {}, at);
+    QTest::mouseMove(&window, at + QPoint(2, 0));
+    QTest::mouseRelease(&window, Qt::LeftButton, {}, at + QPoint(2, 0));
+    QTest::keyClick(&window, Qt::Key_Return);
+    const QString pixels = u"^[[<0;%1;%3M^[[<32;%2;%3M^[[<0;%2;%3m"_s.arg(at.x() + 1).arg(at.x() + 3).arg(at.y() + 1);
+    EXPECT_TRUE(test::waitFor([&] { return session->outputForTesting().remove(u'\n').contains(pixels); }))
+        << session->outputForTesting().toStdString();
     QTest::mousePress(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(0, 0));
     QTest::mouseMove(&window, middleOf(6, 0));
     QTest::mouseRelease(&window, Qt::LeftButton, Qt::ShiftModifier, middleOf(6, 0));
@@ -407,7 +417,7 @@ TEST_F(TerminalViews, OpenLinksWithTheModifier) {
     };
     const std::array rows{
         Row{"address", {6, 0}, Qt::ControlModifier, u"https://a.example/x"_s},
-        Row{"without the modifier", {6, 0}, {}, {}},
+        Row{"without the modifier", {7, 0}, {}, {}},
         Row{"word", {0, 0}, Qt::ControlModifier, {}},
         Row{"file", {3, 1}, Qt::ControlModifier, home.path(u"src/main.cpp"_s)},
         Row{"file that is not there", {24, 1}, Qt::ControlModifier, {}},
@@ -468,13 +478,37 @@ TEST_F(TerminalViews, OpenLinksByTheirLetters) {
     EXPECT_EQ(choose(), QStringList{u"https://long.example"_s});
     QTest::keyClick(&window, Qt::Key_Escape);
     const QImage plain = shown().copy(cellRect(0, 1, 5));
-    QHoverEvent hover(QEvent::HoverMove, middleOf(3, 0), QPointF(), QPointF(), Qt::ControlModifier);
-    QGuiApplication::sendEvent(&view(), &hover);
+    QTest::mouseMove(&window, middleOf(3, 0));
+    QTest::keyPress(&window, Qt::Key_Control);
     EXPECT_NE(shown().copy(cellRect(0, 1, 5)), plain);
+    QTest::keyRelease(&window, Qt::Key_Control);
     feed("\x1b[" + std::to_string(terminal().rows()) + ";1H\n");
     EXPECT_EQ(choose(), QStringList{u"https://long.example"_s});
     EXPECT_EQ(view().linkHints().at(0).value<LinkHint>().place, view().placeOf(0, 0));
     QTest::keyClick(&window, Qt::Key_Escape);
+
+    // What goes on behind the edge, and what only looks like it.
+    const std::string wide = "https://wide.example/" + std::string(static_cast<size_t>(columns) - 22, 'x');
+    const QString whole = QString::fromStdString(wide) + u"漢字"_s;
+    struct Wrapped {
+        const char* label;
+        std::string bytes;
+        QString target;
+    };
+    const std::array wraps{
+        Wrapped{"a wide character that did not fit", wide + "漢字 end", whole},
+        Wrapped{
+            "the same, named", "\x1b]8;;https://b.example\x1b\\" + wide + "漢字\x1b]8;;\x1b\\", u"https://b.example"_s},
+        Wrapped{"a blank at the edge", wide + " end", QString::fromStdString(wide)},
+        Wrapped{
+            "an edge that was erased", wide + "xend\x1b[1;" + std::to_string(columns) + "H\x1b[X",
+            QString::fromStdString(wide)},
+    };
+    for (const Wrapped& row : wraps) {
+        feed("\x1b[2J\x1b[H" + row.bytes);
+        EXPECT_EQ(choose(), QStringList{row.target}) << row.label;
+        QTest::keyClick(&window, Qt::Key_Escape);
+    }
 
     // More links than letters.
     std::string many;
@@ -529,7 +563,6 @@ TEST_F(TerminalViews, ScrollThroughTheHistoryAndBack) {
 }
 
 TEST_F(TerminalViews, LetProgramsCopyAsTheUserWants) {
-    QSignalSpy requests(session.get(), &TerminalSession::clipboardWriteRequested);
     struct Row {
         const char* label;
         ClipboardWrite choice;
@@ -550,20 +583,33 @@ TEST_F(TerminalViews, LetProgramsCopyAsTheUserWants) {
         Row{"allowed", ClipboardWrite::on, "\x1b]52;c;aGVsbG8=\x07", {}, {}, u"hello"_s},
         Row{"refused", ClipboardWrite::off, "\x1b]52;c;aGVsbG8=\x07", {}, {}, u"mine"_s},
     };
-    for (const Row& row : rows) {
-        QGuiApplication::clipboard()->setText(u"mine"_s);
-        requests.clear();
-        session->setClipboardWrite(row.choice);
-        feed(row.bytes);
-        const auto wanted = std::ranges::count(row.bytes, '\a');
-        ASSERT_TRUE(test::waitFor([&] { return requests.count() == wanted; })) << row.label;
-        EXPECT_EQ(view().programsCopy(), row.asked) << row.label;
-        if (row.answer) {
-            EXPECT_EQ(QGuiApplication::clipboard()->text(), u"mine"_s) << row.label << ", before it is answered";
-            view().answerProgramsCopy(*row.answer);
+    TerminalTabs tabs;
+    tabs.setShell(u"/bin/sleep"_s); // which ends at once, for it knows no -l
+    QObject::connect(&tabs, &TerminalTabs::clipboardWriteRequested, &tabs, &putOnClipboard);
+    for (const bool hasView : {true, false}) {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(row.label + std::string(hasView ? "" : ", shown only then"));
+            QGuiApplication::clipboard()->setText(u"mine"_s);
+            tabs.setClipboardWrite(row.choice);
+            TerminalSession* copying = tabs.open(QUrl::fromLocalFile(home.path()));
+            if (hasView) {
+                host.setSession(copying);
+            }
+            // What comes behind it is heard of behind it.
+            copying->terminal().feed(row.bytes);
+            copying->terminal().feed("\x1b]2;copied\x07");
+            ASSERT_TRUE(test::waitFor([&] { return copying->title() == u"copied"; }));
+            EXPECT_EQ(QGuiApplication::clipboard()->text(), row.answer ? u"mine"_s : row.copied);
+            host.setSession(copying);
+            EXPECT_EQ(host.view()->programsCopy(), row.asked);
+            if (row.answer) {
+                host.view()->answerProgramsCopy(*row.answer);
+            }
+            EXPECT_EQ(QGuiApplication::clipboard()->text(), row.copied);
+            EXPECT_EQ(host.view()->programsCopy(), QString());
+            host.setSession(session.get());
+            tabs.closeAll();
         }
-        EXPECT_EQ(QGuiApplication::clipboard()->text(), row.copied) << row.label;
-        EXPECT_EQ(view().programsCopy(), QString()) << row.label;
     }
     // A program that reads gets no answer at all: what it would type is seen behind what it sends itself.
     startShell();

@@ -190,6 +190,27 @@ TEST_F(TerminalViews, CostNothingWhileNothingHappens) {
     QGuiApplication::styleHints()->setCursorFlashTime(1000);
 }
 
+TEST_F(TerminalViews, DrawOneFrameOfWhatComes) {
+    QQuickWindow other;
+    other.setFlag(Qt::WindowDoesNotAcceptFocus);
+    other.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+    // Frames come in the order in which they were asked for.
+    const auto waitForAll = [&] {
+        QSignalSpy last(&other, &QQuickWindow::frameSwapped);
+        other.update();
+        ASSERT_TRUE(test::waitFor([&] { return last.count() > 0; }));
+    };
+    shown();
+    waitForAll();
+    QSignalSpy frames(&window, &QQuickWindow::frameSwapped);
+    terminal().feed("x");
+    Q_EMIT session->outputReceived();
+    ASSERT_TRUE(test::waitFor([&] { return frames.count() > 0; }));
+    waitForAll();
+    EXPECT_EQ(frames.count(), 1);
+}
+
 TEST_F(TerminalViews, BlinkTextWhileItCanBeSeen) {
     QGuiApplication::styleHints()->setCursorFlashTime(40);
     feed("\x1b[?25l\x1b[5;41mslow\x1b[25;49m still \x1b[6;4mfast\x1b[m\r\nplain");

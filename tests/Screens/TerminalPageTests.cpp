@@ -1,4 +1,5 @@
 #include "OrvTerminal/TerminalTabs.h"
+#include "OrvTerminal/View/ProgramsClipboard.h"
 #include "OrvTerminal/View/TerminalView.h"
 #include "OrvUI/Screens/Registration.h"
 #include "OrvUI/Screens/TerminalLook.h"
@@ -17,6 +18,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
+#include <cstring>
 #include <functional>
 
 namespace orv {
@@ -65,6 +68,7 @@ protected:
         }
         pageWarnings = &warnings;
         before = qInstallMessageHandler(collectWarnings);
+        QObject::connect(&tabs, &TerminalTabs::clipboardWriteRequested, &tabs, &putOnClipboard);
         registerScreens(*engine);
         engine->setInitialProperties({{u"tabs"_s, QVariant::fromValue(&tabs)}});
         engine->loadData(windowOfThePage);
@@ -254,6 +258,9 @@ TEST_F(TerminalPage, AsksFindsAndStartsAgain) {
     ASSERT_EQ(tabs.sessions().size(), 1);
     EXPECT_NE(tabs.sessions().constFirst(), session);
     EXPECT_TRUE(tabs.sessions().constFirst()->isAlive());
+    tabs.sessions().constFirst()->send(u"kill -KILL $$\n"_s);
+    const QString killed = u"The shell was ended by a signal (%1). Press Return to start again."_s;
+    EXPECT_TRUE(waitFor([&] { return shown(killed.arg(QString::fromLocal8Bit(::strsignal(SIGKILL)))) != nullptr; }));
 }
 
 TEST_F(TerminalPage, SaysHowToGoOnWithoutTheMouse) {

@@ -5,6 +5,7 @@
 // With ORV_BENCH_FRAMES=1 it prints a line a second: frames, lines painted, textures made.
 
 #include "OrvTerminal/TerminalTabs.h"
+#include "OrvTerminal/View/ProgramsClipboard.h"
 #include "OrvTerminal/View/TerminalView.h"
 #include "OrvUI/Screens/InputMode.h"
 #include "OrvUI/Screens/Registration.h"
@@ -86,6 +87,7 @@ int main(int argc, char** argv) {
     orv::Theme::instance()->setTheme(parser.value(u"theme"_s).toInt());
     orv::Theme::instance()->setDark(!parser.isSet(u"light"_s));
     orv::TerminalTabs tabs;
+    QObject::connect(&tabs, &orv::TerminalTabs::clipboardWriteRequested, &tabs, &orv::putOnClipboard);
     QQmlApplicationEngine engine;
     orv::registerScreens(engine);
     const QUrl url = QUrl::fromLocalFile(folder.absolutePath());

@@ -124,6 +124,7 @@ void LogLayout::set(const LogText& content, const Room& room) {
 
     QTextOption option;
     option.setWrapMode(wraps ? QTextOption::WrapAnywhere : QTextOption::NoWrap);
+    option.setTextDirection(Qt::LeftToRight); // as in a terminal, whatever comes first
     option.setTabStopDistance(tabColumns * advance());
     m_layout.setTextOption(option);
     m_layout.setFont(metrics().font);
@@ -165,6 +166,14 @@ QList<QRectF> LogLayout::areas(qsizetype start, qsizetype end) const {
     return found;
 }
 
+QList<QRectF> LogLayout::fills(qsizetype start, qsizetype end) const {
+    QList<QRectF> found = areas(start, end);
+    for (QRectF& area : found) {
+        area = {std::round(area.left()), area.top(), std::round(area.right()) - std::round(area.left()), area.height()};
+    }
+    return found;
+}
+
 qsizetype LogLayout::offsetAt(QPointF place) const {
     const int row = std::clamp(static_cast<int>(std::floor(place.y() / rowHeight())), 0, rows() - 1);
     return row < m_layout.lineCount() ? m_layout.lineAt(row).xToCursor(place.x()) : 0;
@@ -182,7 +191,7 @@ qsizetype LogLayout::characterAt(QPointF place) const {
 
 void LogLayout::drawBackgrounds(QPainter& painter) const {
     for (const Background& background : m_backgrounds) {
-        for (const QRectF& area : areas(background.place.start, background.place.end)) {
+        for (const QRectF& area : fills(background.place.start, background.place.end)) {
             painter.fillRect(area, background.color);
         }
     }

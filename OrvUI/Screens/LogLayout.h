@@ -37,6 +37,8 @@ public:
     [[nodiscard]] qreal width() const;
     /// Where these characters stand, a rectangle a row.
     [[nodiscard]] QList<QRectF> areas(qsizetype start, qsizetype end) const;
+    /// The same to be filled: what lies side by side has no seam.
+    [[nodiscard]] QList<QRectF> fills(qsizetype start, qsizetype end) const;
     /// The gap between two characters that is nearest.
     [[nodiscard]] qsizetype offsetAt(QPointF place) const;
     /// The character at that place; -1: none.

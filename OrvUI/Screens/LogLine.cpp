@@ -188,10 +188,14 @@ void LogLine::paintMargin(QPainter& painter) const {
 void LogLine::paintMarks(QPainter& painter) const {
     const Theme& theme = *Theme::instance();
     const qsizetype length = m_content.text.size();
-    QList<QRectF> selected = layout().areas(m_selected.start, m_selected.end);
+    QList<QRectF> selected = layout().fills(m_selected.start, m_selected.end);
     if (m_selected.end > length) {
-        const qreal end = m_content.text.isEmpty() || selected.isEmpty() ? 0 : selected.last().right();
-        selected.append({end, height() - LogLayout::rowHeight(), LogLayout::advance(), LogLayout::rowHeight()});
+        // The end of the line belongs to it.
+        const qreal bottom = layout().height();
+        if (selected.isEmpty() || selected.last().bottom() < bottom) {
+            selected.append({0, bottom - LogLayout::rowHeight(), 0, LogLayout::rowHeight()});
+        }
+        selected.last().setWidth(selected.last().width() + LogLayout::advance());
     }
     for (const QRectF& area : std::as_const(selected)) {
         painter.fillRect(area, theme.terminalSelection());

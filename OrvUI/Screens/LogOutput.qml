@@ -201,7 +201,6 @@ FocusScope {
         sourceComponent: Menu {
             MenuRow {
                 enabled: pane.menuLink.length > 0
-                glyph: "external-link"
                 text: qsTr("Open link")
                 onTriggered: pane.openMenuLink()
             }
@@ -216,7 +215,6 @@ FocusScope {
 
             MenuRow {
                 enabled: !output.logs.selection.isEmpty
-                glyph: "copy"
                 text: qsTr("Copy")
                 shortcut: Keymap.text("copySelected")
                 onTriggered: Clipboard.copy(output.logs.selection.text())

@@ -148,24 +148,32 @@ void LogPane::hoverEnterEvent(QHoverEvent* event) {
     if (window() != nullptr) {
         window()->installEventFilter(this);
     }
-    hover(event->position(), event->modifiers().testFlag(Qt::ControlModifier));
+    hoverMoveEvent(event);
 }
 
 void LogPane::hoverMoveEvent(QHoverEvent* event) {
-    hover(event->position(), event->modifiers().testFlag(Qt::ControlModifier));
+    // Qt also tells of a mouse that rests, after a frame, with the keys as they were before the last one changed.
+    if (event->position() != m_pointer) {
+        m_isCtrlHeld = event->modifiers().testFlag(Qt::ControlModifier);
+    }
+    hover(event->position(), m_isCtrlHeld);
 }
 
 void LogPane::hoverLeaveEvent(QHoverEvent* /*event*/) {
     if (window() != nullptr) {
         window()->removeEventFilter(this);
     }
+    m_isCtrlHeld = false;
     setHovered({});
 }
 
 bool LogPane::eventFilter(QObject* watched, QEvent* event) {
     const bool isPress = event->type() == QEvent::KeyPress;
     if ((isPress || event->type() == QEvent::KeyRelease) && isModifierOfLinks(static_cast<QKeyEvent*>(event)->key())) {
+        m_isCtrlHeld = isPress;
         hover(m_pointer, isPress);
+    } else if (event->type() == QEvent::FocusOut) {
+        m_isCtrlHeld = false;
     }
     return QQuickItem::eventFilter(watched, event);
 }

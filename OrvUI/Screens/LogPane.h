@@ -109,6 +109,7 @@ private:
     QElapsedTimer m_sinceClick;
     QPointF m_clickPlace;
     bool m_isSelecting = false;
+    bool m_isCtrlHeld = false;
     QPointF m_pointer;
     QTimer m_dragTimer;
 };

@@ -162,10 +162,14 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
     ASSERT_NE(pane, nullptr);
     const QPoint file = place(line(trace), 10);
     QTest::mouseMove(window, file);
-    EXPECT_TRUE(test::waitFor([&] { return pane->cursor().shape() == Qt::IBeamCursor; }));
+    const QString target = root + u"/shop/src/app.py:3"_s;
     EXPECT_EQ(pane->hoveredLink(), QString());
+    QTest::keyPress(window, Qt::Key_Control);
+    EXPECT_TRUE(test::waitFor([&] { return pane->hoveredLink() == target; })) << "while the mouse rests";
+    QTest::keyRelease(window, Qt::Key_Control, Qt::ControlModifier);
+    EXPECT_TRUE(test::waitFor([&] { return pane->hoveredLink().isEmpty(); }));
     QTest::mouseClick(window, Qt::LeftButton, Qt::ControlModifier, file);
-    EXPECT_EQ(pane->hoveredLink(), root + u"/shop/src/app.py:3"_s);
+    EXPECT_EQ(pane->hoveredLink(), target);
     QTest::mouseClick(window, Qt::LeftButton, Qt::ControlModifier, place(line(address), 12));
     QTest::mouseClick(window, Qt::LeftButton, Qt::ControlModifier, place(line(address), 2));
     EXPECT_EQ(

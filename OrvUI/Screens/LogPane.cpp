@@ -195,23 +195,24 @@ void LogPane::mousePressEvent(QMouseEvent* event) {
     hover(place, event->modifiers().testFlag(Qt::ControlModifier));
     m_pressed = m_hovered.line >= 0 ? std::optional(m_hovered) : std::nullopt;
     if (!m_pressed) {
-        press(place, event->modifiers().testFlag(Qt::ShiftModifier));
+        press(*event);
     }
 }
 
-void LogPane::press(QPointF place, bool extends) {
+void LogPane::press(const QMouseEvent& event) {
+    const QPointF place = event.position();
     const bool isNear = (place - m_clickPlace).manhattanLength() < LogLayout::advance();
-    const bool isSoon =
-        m_sinceClick.isValid() && m_sinceClick.elapsed() < QGuiApplication::styleHints()->mouseDoubleClickInterval();
+    const auto interval = static_cast<quint64>(QGuiApplication::styleHints()->mouseDoubleClickInterval());
+    const bool isSoon = event.timestamp() - m_clickTime < interval;
     m_clicks = isNear && isSoon ? m_clicks % 3 + 1 : 1;
-    m_sinceClick.start();
+    m_clickTime = event.timestamp();
     m_clickPlace = place;
     const auto text = placeAt(place);
     if (!text) {
         return;
     }
     m_isSelecting = true;
-    if (extends && m_clicks == 1) {
+    if (event.modifiers().testFlag(Qt::ShiftModifier) && m_clicks == 1) {
         m_selection->extend(*text);
         return;
     }

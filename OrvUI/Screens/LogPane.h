@@ -4,7 +4,6 @@
 #include "OrvUI/LogSelection.h"
 #include "OrvUI/Screens/LogLine.h"
 
-#include <QElapsedTimer>
 #include <QPointer>
 #include <QQuickItem>
 #include <QTimer>
@@ -93,7 +92,7 @@ private:
     void activate(const TextLink& link);
     void hover(QPointF place, bool looks);
     void setHovered(const Hovered& hovered);
-    void press(QPointF place, bool extends);
+    void press(const QMouseEvent& event);
     void drag(QPointF place);
     void askMenuOf(const LogLine& line, const TextLink& link, QPointF place);
 
@@ -106,7 +105,7 @@ private:
     TextLink m_menuLink;
     QString m_menuLine;
     int m_clicks = 0;
-    QElapsedTimer m_sinceClick;
+    quint64 m_clickTime = 0;
     QPointF m_clickPlace;
     bool m_isSelecting = false;
     bool m_isCtrlHeld = false;

@@ -11,7 +11,7 @@ namespace orv {
 
 /// A line of output: its number, when it came, its text in its colours, what a search found in it and what of it is
 /// selected, and whether it reports an error. A main-thread item.
-class LogLine : public PaintedPicture {
+class LogLine : public orv::PaintedPicture {
     Q_OBJECT
     QML_ELEMENT
     /// LogText.

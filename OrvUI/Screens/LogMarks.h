@@ -9,7 +9,7 @@
 namespace orv {
 
 /// Where in a whole log the reports of errors begin: a mark each, for beside the scroll bar. A main-thread item.
-class LogMarks : public PaintedPicture {
+class LogMarks : public orv::PaintedPicture {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(orv::LogModel* lines READ lines WRITE setLines NOTIFY linesChanged FINAL)

@@ -118,9 +118,21 @@ void LogLine::fit() {
         return;
     }
     setImplicitHeight(m_wrap ? layout().height() : LogLayout::rowHeight());
-    setFlag(ItemObservesViewport, implicitHeight() > tall);
+    followView();
     polish();
     repaint();
+}
+
+/// A tall line has a picture of what is in view, which is another one when the list has moved.
+void LogLine::followView() {
+    if (m_isTall == (implicitHeight() > tall)) {
+        return;
+    }
+    m_isTall = !m_isTall;
+    disconnect(m_viewMoves);
+    if (m_isTall && parentItem() != nullptr) {
+        m_viewMoves = connect(parentItem(), &QQuickItem::yChanged, this, &QQuickItem::update);
+    }
 }
 
 void LogLine::componentComplete() {
@@ -142,10 +154,11 @@ QRectF LogLine::paintedArea() const {
     const qreal textEnd = inset() - shift() + layout().width() + LogLayout::advance();
     const qreal right = fillsAll ? width() : std::clamp(textEnd, static_cast<qreal>(inset()), width());
     QRectF area(0, 0, whole(right), whole(height()));
-    if (flags().testFlag(ItemObservesViewport)) {
-        const QRectF view = clipRect();
-        area.setTop(std::clamp(std::floor(view.top() / tallStep) * tallStep, 0.0, height()));
-        area.setBottom(std::clamp(std::ceil(view.bottom() / tallStep) * tallStep, area.top(), height()));
+    const QQuickItem* view = m_isTall && parentItem() != nullptr ? parentItem()->parentItem() : nullptr;
+    if (view != nullptr) {
+        const QRectF shown = mapRectFromItem(view, view->boundingRect());
+        area.setTop(std::clamp(std::floor(shown.top() / tallStep) * tallStep, 0.0, height()));
+        area.setBottom(std::clamp(std::ceil(shown.bottom() / tallStep) * tallStep, area.top(), height()));
     }
     return area;
 }

@@ -62,6 +62,7 @@ private:
     [[nodiscard]] int shift() const { return m_wrap ? 0 : m_offset; }
     void changed();
     void fit();
+    void followView();
     void followSelection();
     void paintMargin(QPainter& painter) const;
     void paintMarks(QPainter& painter) const;
@@ -72,7 +73,9 @@ private:
     bool m_wrap = false;
     bool m_isNumbered = true;
     bool m_isTimed = false;
+    bool m_isTall = false;
     int m_offset = 0;
+    QMetaObject::Connection m_viewMoves;
     QPointer<LogSelection> m_selection;
     LogSelection::Range m_selected;
     LogLayout::Mark m_link;

@@ -126,8 +126,8 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
     addInstalled(u"shop"_s, "vite", "cat out; sleep 100");
     tree.add(u"projects/shop/src/app.py"_s);
     tree.add(
-        u"projects/shop/out"_s,
-        QByteArray("first\n") + trace.toUtf8() + "\n" + address.toUtf8() + "\n\tafter\n" + QByteArray(600, 'x') + "\n");
+        u"projects/shop/out"_s, QByteArray("first\n") + trace.toUtf8() + "\n" + address.toUtf8() + "\n\tafter\n" +
+                                    QByteArray(60'000, 'x') + "\n");
     scan();
     open(QSize(1280, 832));
     QList<QUrl> opened;
@@ -139,7 +139,7 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
     model->setPage({AppPage::Kind::project, shop.id, {}});
     model->setDetailTab(DetailTab::logs);
     ASSERT_TRUE(test::finishes(model->run(shop, {ServiceKind::frontend})));
-    ASSERT_TRUE(test::waitFor([&] { return line(trace) != nullptr && line(QString(600, u'x')) != nullptr; }));
+    ASSERT_TRUE(test::waitFor([&] { return line(trace) != nullptr && line(QString(60'000, u'x')) != nullptr; }));
     const auto copied = [] { return QGuiApplication::clipboard()->text(); };
 
     // By the mouse: over two lines, then a word.
@@ -176,13 +176,30 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
         opened, (QList<QUrl>{QUrl::fromLocalFile(root + u"/shop/src/app.py"_s), QUrl(u"http://localhost:4400/a"_s)}));
 
     // A long line is read by moving it, or wrapped.
-    pane->setOffset(100'000);
-    const qreal widest = 600 * LogLayout::advance();
-    EXPECT_NEAR(pane->offset(), widest - line(QString(600, u'x'))->room(), 1);
+    pane->setOffset(1'000'000);
+    const qreal widest = 60'000 * LogLayout::advance();
+    EXPECT_NEAR(pane->offset(), widest - line(QString(60'000, u'x'))->room(), 1);
     model->logs()->setProperty("wrap", true);
-    const LogLine* wrapped = line(QString(600, u'x'));
-    EXPECT_TRUE(test::waitFor([&] { return wrapped->height() >= 5 * LogLayout::rowHeight(); }));
+    const LogLine* wrapped = line(QString(60'000, u'x'));
+    EXPECT_TRUE(test::waitFor([&] { return wrapped->height() >= 400 * LogLayout::rowHeight(); }));
     EXPECT_EQ(wrapped->height(), wrapped->layout().height());
+    // Wherever one is in it, its text is there.
+    const auto showsText = [&] {
+        const QImage image = window->grabWindow();
+        const QPoint middle = pane->mapToScene(pane->boundingRect().center()).toPoint();
+        int inked = 0;
+        for (int x = middle.x() - 100; x < middle.x() + 100; ++x) {
+            for (int y = middle.y() - 20; y < middle.y() + 20; ++y) {
+                inked += image.pixelColor(x, y).lightness() != Theme::instance()->terminalBackground().lightness();
+            }
+        }
+        return inked > 500;
+    };
+    for (int pages = 0; pages < 6; ++pages) {
+        EXPECT_TRUE(test::waitFor(showsText)) << pages << " pages above its end";
+        pane->property("view").value<QQuickItem*>()->forceActiveFocus();
+        press(Qt::Key_PageUp);
+    }
     ASSERT_TRUE(test::finishes(model->stop(shop)));
 }
 

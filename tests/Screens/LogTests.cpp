@@ -95,8 +95,21 @@ TEST(LogLayout, DrawsWhatProgramsSet) {
     }
 }
 
+/// The window on the output of a service.
 class LogWindow : public test::MainWindow {
 protected:
+    ~LogWindow() override { EXPECT_TRUE(test::finishes(model->stop(project(u"shop"_s)))); }
+
+    void show(const QByteArray& output) {
+        addInstalled(u"shop"_s, "vite", "cat out; sleep 100");
+        tree.add(u"projects/shop/out"_s, output);
+        scan();
+        open(QSize(1280, 832));
+        const Project shop = project(u"shop"_s);
+        model->setPage({AppPage::Kind::project, shop.id, {}});
+        model->setDetailTab(DetailTab::logs);
+        ASSERT_TRUE(test::finishes(model->run(shop, {ServiceKind::frontend})));
+    }
     template <typename Item>
     [[nodiscard]] static QList<Item*> visible(QQuickItem* below) {
         QList<Item*> found;
@@ -123,23 +136,14 @@ protected:
 TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
     const QString trace = u"  File \"src/app.py\", line 3, in main"_s;
     const QString address = u"ready on http://localhost:4400/a"_s;
-    addInstalled(u"shop"_s, "vite", "cat out; sleep 100");
     tree.add(u"projects/shop/src/app.py"_s);
-    tree.add(
-        u"projects/shop/out"_s, QByteArray("first\n") + trace.toUtf8() + "\n" + address.toUtf8() + "\n\tafter\n" +
-                                    QByteArray(60'000, 'x') + "\n");
-    scan();
-    open(QSize(1280, 832));
+    show(trace.toUtf8() + '\n' + address.toUtf8() + "\n\tafter\n");
     QList<QUrl> opened;
     model->openUrl = [&](const QUrl& url) {
         opened.append(url);
         return true;
     };
-    const Project shop = project(u"shop"_s);
-    model->setPage({AppPage::Kind::project, shop.id, {}});
-    model->setDetailTab(DetailTab::logs);
-    ASSERT_TRUE(test::finishes(model->run(shop, {ServiceKind::frontend})));
-    ASSERT_TRUE(test::waitFor([&] { return line(trace) != nullptr && line(QString(60'000, u'x')) != nullptr; }));
+    ASSERT_TRUE(test::waitFor([&] { return line(trace) != nullptr && line(address) != nullptr; }));
     const auto copied = [] { return QGuiApplication::clipboard()->text(); };
 
     // By the mouse: over two lines, then a word.
@@ -174,13 +178,20 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
     QTest::mouseClick(window, Qt::LeftButton, Qt::ControlModifier, place(line(address), 2));
     EXPECT_EQ(
         opened, (QList<QUrl>{QUrl::fromLocalFile(root + u"/shop/src/app.py"_s), QUrl(u"http://localhost:4400/a"_s)}));
+}
 
-    // A long line is read by moving it, or wrapped.
+TEST_F(LogWindow, ShowsAllOfALineThatIsTooLong) {
+    const QString text(60'000, u'x');
+    show(text.toUtf8() + '\n');
+    ASSERT_TRUE(test::waitFor([&] { return line(text) != nullptr; }));
+    LogPane* pane = visible<LogPane>(window->contentItem()).value(0);
+    ASSERT_NE(pane, nullptr);
+
     pane->setOffset(1'000'000);
     const qreal widest = 60'000 * LogLayout::advance();
-    EXPECT_NEAR(pane->offset(), widest - line(QString(60'000, u'x'))->room(), 1);
+    EXPECT_NEAR(pane->offset(), widest - line(text)->room(), 1);
     model->logs()->setProperty("wrap", true);
-    const LogLine* wrapped = line(QString(60'000, u'x'));
+    const LogLine* wrapped = line(text);
     EXPECT_TRUE(test::waitFor([&] { return wrapped->height() >= 400 * LogLayout::rowHeight(); }));
     EXPECT_EQ(wrapped->height(), wrapped->layout().height());
     // Wherever one is in it, its text is there.
@@ -200,7 +211,6 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
         pane->property("view").value<QQuickItem*>()->forceActiveFocus();
         press(Qt::Key_PageUp);
     }
-    ASSERT_TRUE(test::finishes(model->stop(shop)));
 }
 
 } // namespace

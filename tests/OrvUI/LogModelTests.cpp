@@ -247,6 +247,11 @@ TEST(LogModel, WalksThroughMatchesAndCarriesColours) {
     EXPECT_EQ(rows, (QList{0, 2, 2, 0})) << "round in a circle";
     model.previousMatch();
     EXPECT_EQ(model.currentMatch(), 1);
+    int asked = 0;
+    QObject::connect(&model, &LogModel::matchAsked, &model, [&asked] { ++asked; });
+    watched.append({u"a cart more"_s});
+    EXPECT_EQ(asked, 0) << "nobody wants to look elsewhere";
+    EXPECT_EQ(model.matchCount(), 4);
     model.setSearchText({});
     model.searchFrom(u"car"_s, 1);
     EXPECT_EQ(model.currentMatch(), 2) << "from what is in view on";
@@ -256,7 +261,7 @@ TEST(LogModel, WalksThroughMatchesAndCarriesColours) {
     EXPECT_EQ(model.currentMatch(), 0);
     model.nextMatch();
     EXPECT_EQ(model.currentMatchRow(), -1);
-    EXPECT_EQ(model.allText(), u"cart\nstill green, see (http://localhost:3000/a?b=1).\nCart cart\n"_s);
+    EXPECT_EQ(model.allText(), u"cart\nstill green, see (http://localhost:3000/a?b=1).\nCart cart\na cart more\n"_s);
 }
 
 TEST(LogSelection, StaysWithItsLines) {

@@ -76,6 +76,10 @@ constexpr std::array table{
     Keymap::Entry{"findFile", project, ORV_WORDS("Find a file"), u"Ctrl+P", nullptr},
 
     Keymap::Entry{"follow", logs, ORV_WORDS("Follow the end"), u"Ctrl+End", u"Ctrl+Down"},
+    Keymap::Entry{"copySelected", logs, ORV_WORDS("Copy what is selected"), u"Ctrl+C", nullptr},
+    Keymap::Entry{"selectLogs", logs, ORV_WORDS("Select all"), u"Ctrl+A", nullptr},
+    Keymap::Entry{"selectLogLines", logs, ORV_WORDS("Select lines"), u"Shift+Up Shift+Down", nullptr},
+    Keymap::Entry{"logSideways", logs, ORV_WORDS("Move long lines to the side"), u"Left Right", nullptr},
     Keymap::Entry{"copyLogs", logs, ORV_WORDS("Copy all"), u"Ctrl+Shift+C", nullptr},
     Keymap::Entry{"clearLogs", logs, ORV_WORDS("Clear"), u"Ctrl+Alt+K", nullptr},
 

@@ -3,7 +3,6 @@
 #include "OrvCore/Async.h"
 
 #include <QDateTime>
-#include <QRegularExpression>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -17,25 +16,12 @@ namespace {
 
 constexpr qsizetype mostErrorRows = 200;
 
-QString name(ErrorLines::Place place) {
-    switch (place) {
-    case ErrorLines::Place::none:
-        break;
-    case ErrorLines::Place::first:
-        return u"first"_s;
-    case ErrorLines::Place::below:
-        return u"below"_s;
-    }
-    return {};
-}
-
 } // namespace
 
 LogModel::LogModel(QObject* parent) : QAbstractListModel(parent) {}
 
 QHash<int, QByteArray> LogModel::roleNames() const {
-    return {{NumberRole, "number"}, {TimeRole, "time"}, {TextRole, "text"},  {RunsRole, "runs"},
-            {LinksRole, "links"},   {HitsRole, "hits"}, {ErrorRole, "error"}};
+    return {{NumberRole, "number"}, {TimeRole, "time"}, {TextRole, "text"}, {ContentRole, "content"}};
 }
 
 int LogModel::rowCount(const QModelIndex& parent) const {
@@ -58,14 +44,8 @@ QVariant LogModel::data(const QModelIndex& index, int role) const {
         return StyledText::plain(raw(serial));
     case TimeRole:
         return time(serial);
-    case RunsRole:
-        return runs(serial);
-    case LinksRole:
-        return links(serial);
-    case HitsRole:
-        return hits(serial);
-    case ErrorRole:
-        return name(lineOf(serial).error);
+    case ContentRole:
+        return QVariant::fromValue(content(serial));
     default:
         return {};
     }
@@ -87,12 +67,20 @@ LogModel::Serial LogModel::serialOf(int row) const {
     return m_usesShown ? m_shown[static_cast<size_t>(row)] : m_shownFrom + row;
 }
 
-int LogModel::rowOf(Serial serial) const {
+int LogModel::rowFrom(Serial serial) const {
     if (!m_usesShown) {
-        return serial >= m_shownFrom && serial < m_shownTo ? static_cast<int>(serial - m_shownFrom) : -1;
+        return static_cast<int>(std::clamp(serial, m_shownFrom, m_shownTo) - m_shownFrom);
     }
-    const auto found = std::ranges::lower_bound(m_shown, serial);
-    return found != m_shown.end() && *found == serial ? static_cast<int>(found - m_shown.begin()) : -1;
+    return static_cast<int>(std::ranges::lower_bound(m_shown, serial) - m_shown.begin());
+}
+
+int LogModel::rowOf(Serial serial) const {
+    const int row = rowFrom(serial);
+    return row < rowCount() && serialOf(row) == serial ? row : -1;
+}
+
+QString LogModel::text(int row) const {
+    return StyledText::plain(raw(serialOf(row)));
 }
 
 bool LogModel::passes(Serial serial) const {
@@ -104,11 +92,11 @@ void LogModel::setLog(const LogBuffer* log, qint64 before, qint64 cleared) {
     ORV_ASSERT_MAIN_THREAD();
     m_log = nullptr;
     const Serial from = nextSerial();
-    removeRowsBefore(from);
-    forgetBefore(from);
     m_before = before;
     m_logFirst = from;
     m_clearedBefore = from;
+    removeRowsBefore(from);
+    forgetBefore(from);
     m_pen = {};
     m_errors = {};
     m_log = log;
@@ -291,6 +279,15 @@ void LogModel::setSearchText(const QString& text) {
         m_searchText = text;
         search();
         Q_EMIT searchTextChanged();
+        Q_EMIT matchAsked();
+    }
+}
+
+void LogModel::searchFrom(const QString& text, int row) {
+    const bool isFirst = m_current < 0;
+    setSearchText(text);
+    if (isFirst) {
+        matchFrom(row);
     }
 }
 
@@ -307,7 +304,7 @@ void LogModel::search() {
                 : next == m_matches.end() ? static_cast<int>(m_matches.size()) - 1
                                           : static_cast<int>(next - m_matches.begin());
     if (const int rows = rowCount(); rows > 0 && (hadMatches || !m_matches.empty())) {
-        Q_EMIT dataChanged(index(0), index(rows - 1), {HitsRole});
+        Q_EMIT dataChanged(index(0), index(rows - 1), {ContentRole});
     }
     Q_EMIT matchesChanged();
 }
@@ -334,7 +331,7 @@ int LogModel::currentMatchRow() const {
 /// Its hits look otherwise.
 void LogModel::touchRow(int row) {
     if (row >= 0) {
-        Q_EMIT dataChanged(index(row), index(row), {HitsRole});
+        Q_EMIT dataChanged(index(row), index(row), {ContentRole});
     }
 }
 
@@ -348,6 +345,7 @@ void LogModel::setCurrent(int match) {
     touchRow(rowBefore);
     touchRow(currentMatchRow());
     Q_EMIT matchesChanged();
+    Q_EMIT matchAsked();
 }
 
 void LogModel::nextMatch() {
@@ -358,6 +356,7 @@ void LogModel::previousMatch() {
     setCurrent(m_current - 1);
 }
 
+/// The first one at this row or below it.
 void LogModel::matchFrom(int row) {
     if (row < 0 || row >= rowCount() || m_matches.empty()) {
         return;
@@ -375,7 +374,7 @@ void LogModel::clear() {
 QString LogModel::allText() const {
     QString text;
     for (int row = 0; row < rowCount(); ++row) {
-        text += StyledText::plain(raw(serialOf(row))) + u'\n';
+        text += this->text(row) + u'\n';
     }
     return text;
 }
@@ -403,45 +402,15 @@ QList<int> LogModel::errorRows() const {
     return rows;
 }
 
-QVariantList LogModel::runs(Serial serial) const {
-    QVariantList found;
-    for (const TextRun& run : StyledText::parse(raw(serial), lineOf(serial).pen).runs) {
-        found.append(QVariantMap{
-            {u"start"_s, run.start},
-            {u"length"_s, run.length},
-            {u"foreground"_s, run.pen.foreground},
-            {u"background"_s, run.pen.background},
-            {u"attributes"_s, run.pen.attributes}});
-    }
-    return found;
-}
-
-QVariantList LogModel::links(Serial serial) const {
-    QVariantList found;
-    const QString text = StyledText::plain(raw(serial));
-    if (!text.contains(u"://"_s)) {
-        return found;
-    }
-    // Not with the stop or the bracket that closes the sentence around it.
-    static const QRegularExpression address(uR"(\bhttps?://[^\s<>"'`]*[^\s<>"'`.,;:!?)\]}])"_s);
-    for (auto match = address.globalMatch(text); match.hasNext();) {
-        const QRegularExpressionMatch one = match.next();
-        found.append(QVariantMap{
-            {u"start"_s, one.capturedStart()}, {u"length"_s, one.capturedLength()}, {u"url"_s, one.captured()}});
-    }
-    return found;
-}
-
-QVariantList LogModel::hits(Serial serial) const {
-    QVariantList found;
+LogText LogModel::content(Serial serial) const {
+    const Line known = lineOf(serial);
+    StyledText::Line styled = StyledText::parse(raw(serial), known.pen);
+    LogText content{serial, std::move(styled.text), std::move(styled.runs), {}, known.error};
     const auto matches = std::ranges::equal_range(m_matches, serial, {}, &Match::line);
     for (auto match = matches.begin(); match != matches.end(); ++match) {
-        found.append(QVariantMap{
-            {u"start"_s, match->start},
-            {u"length"_s, m_searchText.size()},
-            {u"current"_s, match - m_matches.begin() == m_current}});
+        content.hits.append({match->start, m_searchText.size(), match - m_matches.begin() == m_current});
     }
-    return found;
+    return content;
 }
 
 } // namespace orv

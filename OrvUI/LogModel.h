@@ -6,9 +6,29 @@
 
 #include <QAbstractListModel>
 
+#include <algorithm>
 #include <deque>
 
 namespace orv {
+
+/// A line of output as it is shown.
+struct LogText {
+    struct Hit {
+        qsizetype start = 0;
+        qsizetype length = 0;
+        bool isCurrent = false;
+
+        bool operator==(const Hit&) const = default;
+    };
+
+    qint64 line = -1; ///< LogModel's serial of it
+    QString text;     ///< without controls
+    QList<TextRun> runs;
+    QList<Hit> hits; ///< what a search found
+    ErrorLines::Place error = ErrorLines::Place::none;
+
+    bool operator==(const LogText&) const = default;
+};
 
 /// The lines of a service's output as rows, with colours, filter and search. Lives on the main thread.
 ///
@@ -30,11 +50,10 @@ public:
         NumberRole = Qt::UserRole, ///< of the line since the service's start, from 1
         TimeRole,                  ///< when it came, "14:03:27.512"; empty: nobody knows
         TextRole,                  ///< without controls
-        RunsRole,  ///< list of maps: start, length, foreground, background (as TextPen has them), attributes
-        LinksRole, ///< list of maps: start, length, url
-        HitsRole,  ///< list of maps: start, length, current
-        ErrorRole, ///< "", "first" of a report, "below" it
+        ContentRole,               ///< LogText
     };
+    /// A line's place in the output as far as this model has seen it, from 0. No other line ever has the same one.
+    using Serial = qint64;
     /// Beyond these a search counts no further.
     static constexpr qsizetype matchLimit = 100'000;
     static constexpr qsizetype matchLimitOfLine = 1000;
@@ -70,8 +89,8 @@ public:
     /// Round in a circle.
     Q_INVOKABLE void nextMatch();
     Q_INVOKABLE void previousMatch();
-    /// The first one at this row or below it.
-    Q_INVOKABLE void matchFrom(int row);
+    /// Searches for it, from this row on where nothing was found before.
+    Q_INVOKABLE void searchFrom(const QString& text, int row);
     /// Leaves out what has come so far.
     Q_INVOKABLE void clear();
     /// Every shown row, a line each.
@@ -79,17 +98,24 @@ public:
     /// Writes the same into a file, each line behind its time where that is known; why not, or nothing.
     [[nodiscard]] QString save(const QString& path) const;
     /// The rows at which reports of errors begin, for marks beside the scroll bar; the newest ones of many.
-    [[nodiscard]] Q_INVOKABLE QList<int> errorRows() const;
+    [[nodiscard]] QList<int> errorRows() const;
+
+    [[nodiscard]] Serial serialOf(int row) const;
+    /// Of that line or of the first one behind it that is shown; the number of rows where there is none.
+    [[nodiscard]] int rowFrom(Serial serial) const;
+    [[nodiscard]] QString text(int row) const;
+    /// Those before it have gone or are left out.
+    [[nodiscard]] Serial oldestLine() const { return std::max(m_logFirst, m_clearedBefore); }
 
 Q_SIGNALS:
     void filterChanged();
     void searchTextChanged();
     void matchesChanged();
+    /// Someone went to a match or searched for something else, so the current one is to be looked at.
+    void matchAsked();
     void lineCountChanged();
 
 private:
-    /// A line's place in the output as far as this model has seen it, from 0.
-    using Serial = qint64;
     struct Line {
         TextPen pen; ///< at its beginning
         ErrorLines::Place error = ErrorLines::Place::none;
@@ -106,7 +132,6 @@ private:
     }
     [[nodiscard]] const QString& raw(Serial serial) const;
     [[nodiscard]] QString time(Serial serial) const;
-    [[nodiscard]] Serial serialOf(int row) const;
     [[nodiscard]] int rowOf(Serial serial) const; ///< -1 where it is not shown
     [[nodiscard]] bool passes(Serial serial) const;
     void learn(qsizetype count);
@@ -119,9 +144,8 @@ private:
     void search();
     void setCurrent(int match);
     void touchRow(int row);
-    [[nodiscard]] QVariantList runs(Serial serial) const;
-    [[nodiscard]] QVariantList links(Serial serial) const;
-    [[nodiscard]] QVariantList hits(Serial serial) const;
+    void matchFrom(int row);
+    [[nodiscard]] LogText content(Serial serial) const;
 
     const LogBuffer* m_log = nullptr;
     qint64 m_before = 0;      ///< lines that were printed and are not in the log any more, or never were

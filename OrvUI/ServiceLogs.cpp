@@ -59,6 +59,14 @@ QString ServiceLogs::shownKey() const {
     return m_shown ? HomeModels::key(*m_shown) : QString();
 }
 
+QStringList ServiceLogs::folders() const {
+    QStringList found{m_projectID};
+    if (m_shown && m_shown->directory != m_projectID) {
+        found.prepend(m_shown->directory);
+    }
+    return found;
+}
+
 void ServiceLogs::setProjectID(const QString& projectID) {
     ORV_ASSERT_MAIN_THREAD();
     if (projectID == m_projectID) {

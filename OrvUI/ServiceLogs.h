@@ -2,6 +2,7 @@
 
 #include "OrvProcess/ProcessManager.h"
 #include "OrvUI/LogModel.h"
+#include "OrvUI/LogSelection.h"
 #include "OrvUI/RowModel.h"
 #include "OrvUI/UpdateSoon_p.h"
 
@@ -28,6 +29,9 @@ class ServiceLogs : public QObject {
     Q_PROPERTY(QString shownKey READ shownKey NOTIFY shownChanged)
     Q_PROPERTY(QAbstractListModel* services READ services CONSTANT)
     Q_PROPERTY(orv::LogModel* lines READ lines CONSTANT)
+    Q_PROPERTY(orv::LogSelection* selection READ selection CONSTANT)
+    /// Where the relative paths in the output of the service that is shown may begin, the likeliest first.
+    Q_PROPERTY(QStringList folders READ folders NOTIFY shownChanged)
     /// How the lines are shown, for as long as the application runs.
     Q_PROPERTY(bool wrap MEMBER m_wrap NOTIFY lookChanged)
     Q_PROPERTY(bool timed MEMBER m_timed NOTIFY lookChanged)
@@ -41,6 +45,8 @@ public:
     [[nodiscard]] QString shownKey() const; ///< empty: none
     [[nodiscard]] QAbstractListModel* services() { return &m_services; }
     [[nodiscard]] LogModel* lines() { return &m_lines; }
+    [[nodiscard]] LogSelection* selection() { return &m_selection; }
+    [[nodiscard]] QStringList folders() const;
 
     Q_INVOKABLE void show(const QString& key);
 
@@ -63,6 +69,7 @@ private:
     QHash<ServiceID, qint64> m_cleared; ///< of those that were printed, so many are not to be seen again
     RowModel<LogServiceRow> m_services;
     LogModel m_lines;
+    LogSelection m_selection{m_lines};
     UpdateSoon m_updateSoon;
 };
 

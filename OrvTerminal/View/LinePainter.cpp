@@ -50,8 +50,8 @@ double contrast(QRgb one, QRgb other) {
     return (light + 0.05) / (dark + 0.05);
 }
 
-/// The colour, or where it hardly differs from what is behind it, black or white. Programs choose pairs of colours that
-/// go together in a dark palette; in a light one "white on blue" is a dark grey on blue.
+} // namespace
+
 QRgb readable(QRgb color, QRgb background) {
     constexpr double hardly = 1.7;
     constexpr QRgb black = 0xFF000000;
@@ -61,6 +61,8 @@ QRgb readable(QRgb color, QRgb background) {
     }
     return contrast(white, background) > contrast(black, background) ? white : black;
 }
+
+namespace {
 
 /// Characters that icon fonts draw wider than one cell: they may reach into a blank one behind them.
 bool mayReachOver(char32_t scalar) {

@@ -11,6 +11,10 @@
 
 namespace orv {
 
+/// The colour, or where it hardly differs from what is behind it, black or white. Programs choose pairs of colours that
+/// go together in a dark palette; in a light one "white on blue" is a dark grey on blue.
+[[nodiscard]] QRgb readable(QRgb color, QRgb background);
+
 /// Columns of a line, the end excluded, that stand out.
 struct LineMark {
     enum class Kind : std::uint8_t { match, currentMatch, selection, link };

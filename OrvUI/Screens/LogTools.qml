@@ -11,6 +11,8 @@ Row {
     // What there is beside the services, and what there is in all.
     required property int room
     required property int fullRoom
+    // Where a search begins.
+    property int topRow: 0
     property bool follow: true
     property bool wrap: false
     property bool timed: false
@@ -18,6 +20,8 @@ Row {
     // Nothing else has room beside the search.
     readonly property bool covers: tight && opened
     property bool opened: false
+    // Whatever has no hit is left out.
+    property bool onlyHits: false
     signal searchLeft
 
     function focusSearch() {
@@ -31,6 +35,17 @@ Row {
     }
 
     spacing: Theme.space8
+    // The overview has the same lines.
+    Component.onDestruction: {
+        tools.onlyHits = false;
+        tools.lines.onlyErrors = false;
+    }
+
+    Binding {
+        target: tools.lines
+        property: "filterText"
+        value: tools.onlyHits ? tools.lines.searchText : ""
+    }
 
     IconButton {
         visible: tools.tight && !tools.opened
@@ -52,7 +67,7 @@ Row {
         placeholderText: qsTr("Search the output")
         shortcut: Keymap.text("search")
         text: tools.lines.searchText
-        onTextEdited: tools.lines.searchText = text
+        onTextEdited: tools.lines.searchFrom(text, tools.topRow)
         onCleared: tools.lines.searchText = ""
         onAbandoned: tools.searchLeft()
         onActiveFocusChanged: tools.opened = activeFocus || text.length > 0
@@ -116,6 +131,34 @@ Row {
             Tip {
                 text: qsTr("Stay at the newest line")
                 shortcut: Keymap.text("follow")
+            }
+        }
+
+        IconButton {
+            visible: !tools.tight
+            edge: Theme.controlRegular
+            glyph: "list-filter"
+            checkable: true
+            checked: tools.onlyHits
+            tint: tools.onlyHits ? Theme.accentText : Theme.text2
+            text: qsTr("Show only lines with a hit")
+            onClicked: {
+                checked = Qt.binding(() => tools.onlyHits);
+                tools.onlyHits = !tools.onlyHits;
+            }
+        }
+
+        IconButton {
+            visible: !tools.tight
+            edge: Theme.controlRegular
+            glyph: "triangle-alert"
+            checkable: true
+            checked: tools.lines.onlyErrors
+            tint: tools.lines.onlyErrors ? Theme.accentText : Theme.text2
+            text: qsTr("Show only errors")
+            onClicked: {
+                checked = Qt.binding(() => tools.lines.onlyErrors);
+                tools.lines.onlyErrors = !tools.lines.onlyErrors;
             }
         }
 
@@ -196,6 +239,20 @@ Row {
         visible: false
 
         sourceComponent: Menu {
+            MenuRow {
+                glyph: tools.onlyHits ? "check" : "list-filter"
+                text: qsTr("Show only lines with a hit")
+                onTriggered: tools.onlyHits = !tools.onlyHits
+            }
+
+            MenuRow {
+                glyph: tools.lines.onlyErrors ? "check" : "triangle-alert"
+                text: qsTr("Show only errors")
+                onTriggered: tools.lines.onlyErrors = !tools.lines.onlyErrors
+            }
+
+            MenuLine {}
+
             MenuRow {
                 glyph: tools.wrap ? "check" : "corner-down-right"
                 text: qsTr("Wrap long lines")

@@ -14,6 +14,7 @@
 #include "OrvUI/Keymap.h"
 #include "OrvUI/LaunchAtLogin.h"
 #include "OrvUI/LogModel.h"
+#include "OrvUI/LogSelection.h"
 #include "OrvUI/ModelPart.h"
 #include "OrvUI/Navigator.h"
 #include "OrvUI/NewProject.h"
@@ -139,6 +140,13 @@ struct LogModelElement {
     Q_GADGET
     QML_FOREIGN(orv::LogModel)
     QML_NAMED_ELEMENT(LogModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct LogSelectionElement {
+    Q_GADGET
+    QML_FOREIGN(orv::LogSelection)
+    QML_NAMED_ELEMENT(LogSelection)
     QML_UNCREATABLE("The application's model owns it")
 };
 

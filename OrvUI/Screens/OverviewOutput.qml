@@ -86,8 +86,12 @@ Column {
             Component.onCompleted: positionViewAtEnd()
 
             delegate: LogLine {
+                required content
+
                 width: view.width
                 numbered: false
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
             }
         }
 

@@ -10,6 +10,10 @@ PaintedPicture::PaintedPicture(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemHasContents);
 }
 
+QRectF PaintedPicture::paintedArea() const {
+    return boundingRect();
+}
+
 void PaintedPicture::repaint() {
     m_dirty = true;
     update();
@@ -32,18 +36,20 @@ void PaintedPicture::itemChange(ItemChange change, const ItemChangeData& value) 
 QSGNode* PaintedPicture::updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) {
     Q_UNUSED(data)
     const qreal ratio = window()->effectiveDevicePixelRatio();
-    const QSize pixels = (size() * ratio).toSize();
+    const QRectF area = paintedArea();
+    const QSize pixels = (area.size() * ratio).toSize();
     if (pixels.isEmpty()) {
         delete node;
         return nullptr;
     }
     auto* picture = static_cast<QSGImageNode*>(node);
-    if (m_dirty || picture == nullptr) {
+    if (m_dirty || area != m_painted || picture == nullptr) {
         QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
         image.setDevicePixelRatio(ratio);
         image.fill(Qt::transparent);
         QPainter painter(&image);
         painter.setRenderHint(QPainter::Antialiasing);
+        painter.translate(-area.topLeft());
         paint(painter);
         painter.end();
         if (picture == nullptr) {
@@ -52,9 +58,10 @@ QSGNode* PaintedPicture::updatePaintNode(QSGNode* node, UpdatePaintNodeData* dat
             picture->setFiltering(QSGTexture::Linear);
         }
         picture->setTexture(window()->createTextureFromImage(image));
+        m_painted = area;
         m_dirty = false;
     }
-    picture->setRect(boundingRect());
+    picture->setRect(area);
     return picture;
 }
 

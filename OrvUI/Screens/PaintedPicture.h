@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QQuickItem>
+#include <QRectF>
 
 class QPainter;
 
@@ -16,6 +17,8 @@ public:
 protected:
     /// In the item's coordinates. May run on the render thread while the main thread waits.
     virtual void paint(QPainter& painter) const = 0;
+    /// What of the item is drawn, at whole pixels of the screen; the rest is empty.
+    [[nodiscard]] virtual QRectF paintedArea() const;
     void repaint();
 
     QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
@@ -24,6 +27,7 @@ protected:
 
 private:
     bool m_dirty = true;
+    QRectF m_painted;
 };
 
 } // namespace orv

@@ -1,6 +1,5 @@
 import OrvLauncher.Screens
 import QtQuick
-import QtQuick.Templates as T
 
 // The output of a project's services, one at a time, with search.
 FocusScope {
@@ -17,25 +16,10 @@ FocusScope {
     readonly property ServiceLogs logs: model.logs
     readonly property LogModel lines: logs.lines
 
-    function showMatch() {
-        if (lines.currentMatchRow >= 0) {
-            page.follow = false;
-            view.positionViewAtIndex(lines.currentMatchRow, ListView.Center);
-        }
-    }
-
     Binding {
         target: page.logs
         property: "projectID"
         value: page.detail.projectID
-    }
-
-    Connections {
-        target: page.lines
-
-        function onMatchesChanged() {
-            page.showMatch();
-        }
     }
 
     Item {
@@ -66,107 +50,26 @@ FocusScope {
             timed: page.logs.timed
             onWrapChanged: page.logs.wrap = wrap
             onTimedChanged: page.logs.timed = timed
-            onSearchLeft: view.forceActiveFocus(Qt.OtherFocusReason)
+            topRow: output.topRow
+            onSearchLeft: output.forceActiveFocus(Qt.OtherFocusReason)
         }
     }
 
-    Rectangle {
-        visible: page.hasServices
+    LogOutput {
+        id: output
+
         anchors.fill: parent
         anchors.topMargin: bar.y + bar.height + Theme.space12
         anchors.leftMargin: page.padding
         anchors.rightMargin: page.padding
         anchors.bottomMargin: Theme.space20
-        radius: Theme.radiusCard
-        color: Theme.terminalBackground
-        border.width: Theme.hairline
-        border.color: Theme.border
-
-        ListView {
-            id: view
-
-            function keepUp() {
-                if (page.follow) {
-                    positionViewAtEnd();
-                }
-            }
-
-            anchors.fill: parent
-            anchors.margins: Theme.hairline
-            anchors.topMargin: Theme.space8
-            anchors.bottomMargin: Theme.space8
-            clip: true
-            focus: true
-            activeFocusOnTab: true
-            boundsBehavior: Flickable.StopAtBounds
-            reuseItems: true
-            // None ahead of need: Qt goes on asking for those whose rows have gone.
-            cacheBuffer: 0
-            model: page.lines
-            Accessible.role: Accessible.List
-            Accessible.name: services.count > 0 ? qsTr("Output of %1").arg(services.shownText) : qsTr("Output")
-            // The rows may be there before the view has its size.
-            onCountChanged: soon.start()
-            onHeightChanged: soon.start()
-            onContentHeightChanged: soon.start()
-            onMovementStarted: page.follow = false
-            onMovementEnded: page.follow = atYEnd
-            Keys.onPressed: event => {
-                const pageful = height * 0.9;
-                const moves = {
-                    [Qt.Key_Home]: originY - contentY,
-                    [Qt.Key_End]: originY + contentHeight - height - contentY,
-                    [Qt.Key_PageUp]: -pageful,
-                    [Qt.Key_PageDown]: pageful,
-                    [Qt.Key_Up]: -Theme.space20,
-                    [Qt.Key_Down]: Theme.space20
-                };
-                if (moves[event.key] !== undefined) {
-                    event.accepted = true;
-                    const end = originY + contentHeight - height;
-                    const wanted = contentY + moves[event.key];
-                    contentY = Math.max(originY, Math.min(end, wanted));
-                    page.follow = wanted >= end && [Qt.Key_End, Qt.Key_PageDown, Qt.Key_Down].includes(event.key);
-                }
-            }
-
-            delegate: LogLine {
-                width: view.width
-                wrap: tools.wrap
-                timed: tools.timed
-            }
-
-            Timer {
-                id: soon
-
-                interval: 0
-                onTriggered: view.keepUp()
-            }
-
-            T.ScrollBar.vertical: ScrollBar {
-                onPressedChanged: page.follow = !pressed && view.atYEnd
-            }
-        }
-
-        Button {
-            anchors.horizontalCenter: parent.horizontalCenter
-            anchors.bottom: parent.bottom
-            anchors.bottomMargin: Theme.space16
-            visible: !page.follow && !view.atYEnd && view.count > 0
-            glyph: "arrow-down-to-line"
-            text: qsTr("Jump to latest")
-            onClicked: {
-                page.follow = true;
-                view.positionViewAtEnd();
-            }
-        }
-
-        Label {
-            anchors.centerIn: parent
-            visible: view.count === 0
-            color: Theme.text3
-            text: qsTr("Nothing printed so far")
-        }
+        visible: page.hasServices
+        focus: page.hasServices
+        logs: page.logs
+        tools: tools
+        service: services.count > 0 ? services.shownText : ""
+        onLinkActivated: link => page.nav.followLink(link)
+        onFileActivated: (path, line, column) => page.model.openFile(path, line, column)
     }
 
     EmptyState {
@@ -215,10 +118,7 @@ FocusScope {
 
     Shortcut {
         sequences: Keymap.of("follow")
-        onActivated: {
-            page.follow = true;
-            view.positionViewAtEnd();
-        }
+        onActivated: output.followEnd()
     }
 
     Shortcut {

@@ -213,9 +213,7 @@ QVariantList Theme::skeletonPinned() {
     return {Block{12, 10, 28, 28, 9}, Block{50, 19, 92, 10, 5}};
 }
 
-QColor Theme::terminalColor(int color, bool dark, int theme) const {
-    Q_UNUSED(dark)
-    Q_UNUSED(theme)
+QColor Theme::terminalColor(int color) const {
     constexpr int direct = 0x1000000;
     if (color >= direct) {
         return QColor::fromRgb(QRgb(color & 0xffffff));

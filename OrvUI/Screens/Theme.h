@@ -263,7 +263,7 @@ public:
     static constexpr int sidebarRowHeight = 32, outlineRowHeight = 28, outlineIndent = 18, menuRowHeight = 32;
     static constexpr int menuWidth = 200, popoverWidth = 280, popoverHeight = 360;
     static constexpr int controlMini = 24, controlSmall = 28, controlRegular = 32, splitWidth = 28;
-    static constexpr int searchWidth = 232, searchWidthNarrow = 204, logToolsWidth = 470;
+    static constexpr int searchWidth = 232, searchWidthNarrow = 204, logToolsWidth = 550;
     static constexpr int sheetWidth = 520, statusLineHeight = 40, statusLineLimit = 560, tooltipHeight = 28;
     static constexpr int tooltipLimit = 420, emptyWidth = 440, emptyLift = 56, illustration = 120;
     static constexpr int iconTiny = 10, iconMini = 12, iconSmall = 14, icon = 16, iconLarge = 18, mark = 20, dot = 8;
@@ -330,9 +330,8 @@ public:
     /// A project tile's colours. `dark` is there so that a binding follows the theme.
     [[nodiscard]] Q_INVOKABLE QColor tileFill(int index, bool dark) const;
     [[nodiscard]] Q_INVOKABLE QColor tileLetter(int index, bool dark) const;
-    /// A colour of terminals: 0 to 255 of the palette, or 0x1000000 with red, green and blue. `dark` and `theme` are
-    /// there so that a binding follows them.
-    [[nodiscard]] Q_INVOKABLE QColor terminalColor(int color, bool dark, int theme) const;
+    /// A colour of terminals: 0 to 255 of the palette, or 0x1000000 with red, green and blue.
+    [[nodiscard]] QColor terminalColor(int color) const;
     /// What a swatch is drawn in.
     enum Swatch {
         SwatchWindow,

@@ -1,4 +1,5 @@
 #include "OrvUI/LogModel.h"
+#include "OrvUI/LogSelection.h"
 #include "tests/support/TestSupport.h"
 
 #include <QAbstractItemModelTester>
@@ -41,6 +42,10 @@ QString numbersAndTexts(const QAbstractItemModel& model) {
         rows.append(index.data(LogModel::NumberRole).toString() + u' ' + index.data(LogModel::TextRole).toString());
     }
     return rows.join(u'\n');
+}
+
+LogText contentOf(const LogModel& model, int row) {
+    return model.index(row).data(LogModel::ContentRole).value<LogText>();
 }
 
 /// A log with a model on it, and what the model is to show.
@@ -218,11 +223,8 @@ TEST(LogModel, ShowsWhatTheLogHoldsWhateverComesAndGoes) {
             ASSERT_EQ(current > 0, watched.model.matchCount() > 0);
             ASSERT_LE(current, watched.model.matchCount());
             if (current > 0) {
-                const QVariantList hits =
-                    watched.model.index(watched.model.currentMatchRow()).data(LogModel::HitsRole).toList();
-                ASSERT_EQ(
-                    std::ranges::count_if(hits, [](const QVariant& hit) { return hit.toMap()[u"current"_s].toBool(); }),
-                    1);
+                const auto hits = contentOf(watched.model, watched.model.currentMatchRow()).hits;
+                ASSERT_EQ(std::ranges::count(hits, true, &LogText::Hit::isCurrent), 1);
             }
         }
         watched.model.setLog(nullptr);
@@ -234,11 +236,8 @@ TEST(LogModel, WalksThroughMatchesAndCarriesColours) {
     Watched watched;
     watched.append({u"\x1b[32mcart"_s, u"still green, see (http://localhost:3000/a?b=1)."_s, u"\x1b[0mCart cart"_s});
     LogModel& model = watched.model;
-    EXPECT_EQ(model.index(1).data(LogModel::RunsRole).toList().value(0).toMap()[u"foreground"_s], 2);
-    EXPECT_TRUE(model.index(2).data(LogModel::RunsRole).toList().isEmpty());
-    const QVariantMap link = model.index(1).data(LogModel::LinksRole).toList().value(0).toMap();
-    EXPECT_EQ(link[u"url"_s], u"http://localhost:3000/a?b=1"_s);
-    EXPECT_EQ(link[u"start"_s], 18);
+    EXPECT_EQ(text(contentOf(model, 1).runs), u"0-47 fg2"_s);
+    EXPECT_EQ(text(contentOf(model, 2).runs), QString());
 
     model.setSearchText(u"cart"_s);
     QList<int> rows;
@@ -248,11 +247,62 @@ TEST(LogModel, WalksThroughMatchesAndCarriesColours) {
     EXPECT_EQ(rows, (QList{0, 2, 2, 0})) << "round in a circle";
     model.previousMatch();
     EXPECT_EQ(model.currentMatch(), 1);
-    model.matchFrom(1);
-    EXPECT_EQ(model.currentMatch(), 2);
+    int asked = 0;
+    QObject::connect(&model, &LogModel::matchAsked, &model, [&asked] { ++asked; });
+    watched.append({u"a cart more"_s});
+    EXPECT_EQ(asked, 0) << "nobody wants to look elsewhere";
+    EXPECT_EQ(model.matchCount(), 4);
+    model.setSearchText({});
+    model.searchFrom(u"car"_s, 1);
+    EXPECT_EQ(model.currentMatch(), 2) << "from what is in view on";
+    model.searchFrom(u"cart"_s, 0);
+    EXPECT_EQ(model.currentMatch(), 2) << "stays while one types";
     model.setSearchText(u"nowhere"_s);
     EXPECT_EQ(model.currentMatch(), 0);
     model.nextMatch();
     EXPECT_EQ(model.currentMatchRow(), -1);
-    EXPECT_EQ(model.allText(), u"cart\nstill green, see (http://localhost:3000/a?b=1).\nCart cart\n"_s);
+    EXPECT_EQ(model.allText(), u"cart\nstill green, see (http://localhost:3000/a?b=1).\nCart cart\na cart more\n"_s);
+}
+
+TEST(LogSelection, StaysWithItsLines) {
+    using Unit = LogSelection::Unit;
+    Watched watched;
+    LogModel& model = watched.model;
+    LogSelection selection(model);
+    watched.append({u"one"_s, u"at run (src/app.js:3:1)"_s, u"\x1b[31mthree\x1b[0m"_s, u"four"_s});
+    const auto place = [&](int row, qsizetype offset) { return LogSelection::Place{model.serialOf(row), offset}; };
+    const struct {
+        const char* label;
+        LogSelection::Place from, to;
+        Unit unit;
+        QString text;
+    } cases[] = {
+        {"within a line", place(1, 3), place(1, 6), Unit::character, u"run"_s},
+        {"backwards over lines", place(2, 2), place(0, 1), Unit::character, u"ne\nat run (src/app.js:3:1)\nth"_s},
+        {"a path is a word", place(1, 10), place(1, 10), Unit::word, u"src/app.js:3:1"_s},
+        {"words, backwards", place(1, 12), place(1, 4), Unit::word, u"run (src/app.js:3:1"_s},
+        {"lines", place(1, 5), place(2, 0), Unit::line, u"at run (src/app.js:3:1)\nthree"_s},
+        {"a click alone", place(1, 5), place(1, 5), Unit::character, QString()},
+    };
+    for (const auto& it : cases) {
+        selection.begin(it.from, it.unit);
+        selection.extend(it.to);
+        EXPECT_EQ(selection.text(), it.text) << it.label;
+        EXPECT_EQ(selection.isEmpty(), it.text.isEmpty()) << it.label;
+    }
+    EXPECT_EQ(selection.reachedRow(), -1);
+    selection.extendByLines(-1, 3);
+    selection.extendByLines(-1, 3);
+    EXPECT_EQ(selection.text(), u"three\nfour"_s) << "by keys, from the last row";
+    EXPECT_EQ(selection.within(model.serialOf(2), 5), (LogSelection::Range{0, 6})) << "goes on in the next line";
+
+    selection.selectAll();
+    model.setFilterText(u"o"_s);
+    EXPECT_EQ(selection.text(), u"one\nfour"_s) << "without what is filtered out";
+    model.setFilterText({});
+    watched.append(QStringList(18, u"more"_s));
+    EXPECT_EQ(selection.text(), u"three\nfour"_s) << "without what the log has dropped";
+    model.clear();
+    EXPECT_TRUE(selection.isEmpty());
+    EXPECT_EQ(selection.text(), QString());
 }

@@ -36,6 +36,11 @@ FocusScope {
         findBar.focusField();
     }
 
+    function openMenu(place) {
+        menu.active = true;
+        (menu.item as Menu).popup(page.view, place.x, place.y);
+    }
+
     function leaveFind() {
         view.find.active = false;
         view.forceActiveFocus(Qt.OtherFocusReason);
@@ -259,8 +264,7 @@ FocusScope {
             list.renew(page.session);
         }
         function onContextMenuRequested(place) {
-            menu.active = true;
-            (menu.item as Menu).popup(page.view, place.x, place.y);
+            page.openMenu(place);
         }
     }
 
@@ -358,6 +362,12 @@ FocusScope {
     PageShortcut {
         sequences: Keymap.of("terminalSearch")
         onActivated: page.find()
+    }
+
+    PageShortcut {
+        sequences: Keymap.of("terminalMenu")
+        enabled: page.visible && page.view !== null
+        onActivated: page.openMenu(Qt.point(Theme.terminalPaddingX, Theme.terminalPaddingY))
     }
 
     PageShortcut {

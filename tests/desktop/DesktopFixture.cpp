@@ -127,6 +127,13 @@ void Desktop::click(const QString& name) {
     desktop.click(item->place.center());
 }
 
+void Desktop::openTerminal(const QString& project) {
+    desktop.key(u"alt+3"_s);
+    ASSERT_TRUE(shows(u"New terminal in "_s + project)) << seen();
+    desktop.key(u"ctrl+shift+t"_s);
+    ASSERT_TRUE(hides(u"Run things by hand"_s)) << seen();
+}
+
 bool Desktop::clickShows(const QString& name, const QString& expected) {
     click(name);
     return shows(expected);

@@ -240,7 +240,7 @@ FocusScope {
             TerminalNote {
                 id: endedNote
 
-                readonly property TerminalSession ended: page.session !== null && !page.session.isAlive ? page.session : null
+                readonly property TerminalSession ended: page.session !== null && !page.session.isAlive && !page.session.isWaiting ? page.session : null
                 readonly property string fault: ended?.startError ?? ""
                 readonly property bool hasEnded: ended !== null && (fault.length > 0 || ended.exitCode >= 0)
 

@@ -85,12 +85,13 @@ Sheet {
         Label {
             id: note
 
+            readonly property bool isNeeded: Qt.platform.os !== "osx"
+
             anchors.top: search.bottom
-            anchors.topMargin: visible ? Theme.space12 : 0
+            anchors.topMargin: Theme.space12
             x: Theme.space24
             width: parent.width - 2 * x
-            height: visible ? implicitHeight : 0
-            visible: Qt.platform.os !== "osx"
+            visible: isNeeded
             role: Theme.Small
             color: Theme.text3
             wrapMode: Text.Wrap
@@ -101,7 +102,7 @@ Sheet {
         ListView {
             id: list
 
-            anchors.top: note.bottom
+            anchors.top: note.isNeeded ? note.bottom : search.bottom
             anchors.topMargin: Theme.space8
             anchors.bottom: parent.bottom
             anchors.bottomMargin: Theme.hairline

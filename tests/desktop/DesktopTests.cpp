@@ -65,7 +65,7 @@ TEST_F(Desktop, IsDrivenByKeysAlone) {
         const QStringList pins = QJsonDocument::fromJson(file)[u"pinnedProjectIDs"].toVariant().toStringList();
         return pins == QStringList(launcher.tree.path(u"projects/site"_s));
     }));
-    desktop.key(u"ctrl+Return"_s);
+    desktop.key(u"ctrl+shift+period"_s);
     EXPECT_TRUE(hides(address));
     desktop.key(u"ctrl+f"_s);
     desktop.type(u"x"_s);
@@ -172,6 +172,10 @@ TEST_F(Desktop, ComesBackAsItWasLeft) {
     ASSERT_TRUE(clickShows(u"site"_s, u"Parts of site"_s)) << seen();
     openTerminal(u"site"_s);
     ASSERT_FALSE(HasFatalFailure());
+    desktop.key(u"ctrl+shift+slash"_s);
+    ASSERT_TRUE(shows(u"Find a shortcut"_s)) << seen();
+    desktop.key(u"Escape"_s);
+    ASSERT_TRUE(hides(u"Find a shortcut"_s)) << seen();
     desktop.key(u"shift+F6"_s); // out of the terminal, which keeps the next one
     desktop.key(u"alt+2"_s);
     ASSERT_TRUE(shows(u"New task"_s)) << seen();

@@ -1,5 +1,6 @@
 #include "tests/desktop/DesktopFixture.h"
 #include "tests/desktop/NotificationServer.h"
+#include "tests/desktop/TrayHost.h"
 
 #include <algorithm>
 
@@ -86,6 +87,37 @@ TEST_F(DesktopTray, CountsWhatRunsAndTellsOfACrashWhileThereIsNoWindow) {
     EXPECT_TRUE(shows(u"Parts of broken"_s)) << seen();
     close();
     EXPECT_EQ(notifications.shown().size(), 1) << "nobody is told what he did himself";
+}
+
+TEST_F(Desktop, HasAMenuInTheTrayWithAllThatItIsFor) {
+    TrayHost tray(desktop.busAddress());
+    ASSERT_TRUE(tray.isThere());
+    open();
+    const QString panel = u"Quick Panel (Ctrl+Alt+Super+L)"_s;
+    const auto beginsWith = [&](const QString& first) {
+        const QStringList all{first, u"-"_s, panel, u"Open OrvLauncher"_s, u"-"_s, u"Quit"_s};
+        return waitFor([&] { return tray.menu() == all; });
+    };
+    EXPECT_TRUE(beginsWith(u"(Pin projects in OrvLauncher to list them here)"_s))
+        << tray.menu().join(u'|').toStdString();
+    tell({u"pin"_s, u"add"_s, launcher.tree.path(u"projects/site"_s)});
+    ASSERT_TRUE(beginsWith(u"Run site"_s)) << tray.menu().join(u'|').toStdString();
+    EXPECT_TRUE(tray.choose(u"Run site"_s));
+    EXPECT_TRUE(shows(address)) << seen();
+    EXPECT_TRUE(httpGet(port).contains("hello from the site"));
+    EXPECT_TRUE(beginsWith(u"Stop site"_s)) << tray.menu().join(u'|').toStdString();
+    EXPECT_TRUE(tray.choose(u"Stop site"_s));
+    EXPECT_TRUE(waitFor([this] { return httpGet(port).isEmpty(); }));
+    click(u"Close"_s);
+    ASSERT_TRUE(waitFor([this] { return !hasWindow(); })) << seen();
+    EXPECT_TRUE(tray.choose(panel));
+    EXPECT_TRUE(waitFor([this] { return hasPanel(); })) << seen();
+    tray.activate();
+    EXPECT_TRUE(waitFor([this] { return !hasPanel(); })) << "as by a click";
+    EXPECT_TRUE(tray.choose(u"Open OrvLauncher"_s));
+    EXPECT_TRUE(waitFor([this] { return hasWindow(); })) << seen();
+    EXPECT_TRUE(tray.choose(u"Quit"_s));
+    hasEnded();
 }
 
 TEST_F(DesktopTray, HoldsItsKeyWhereTheKeyboardHasItAndNoLonger) {

@@ -3,6 +3,7 @@
 #include "tests/Screens/MainWindow.h"
 
 #include <QClipboard>
+#include <QDir>
 #include <QFile>
 #include <QGuiApplication>
 #include <QSet>
@@ -122,6 +123,19 @@ TEST_F(MainWindow, ShowsSkeletonsUntilTheFirstScanEnds) {
     EXPECT_TRUE(items("EmptyState").isEmpty());
     scan();
     EXPECT_TRUE(test::waitFor([this] { return items("Skeleton").isEmpty() && !items("EmptyState").isEmpty(); }));
+    const auto says = [this](const QString& heading) {
+        return test::waitFor([&] {
+            const QList<QQuickItem*> states = items("EmptyState");
+            return !states.isEmpty() && states.first()->property("heading") == heading;
+        });
+    };
+    EXPECT_TRUE(says(u"Nothing here yet"_s));
+    ASSERT_TRUE(QDir().rmdir(root));
+    scan();
+    EXPECT_TRUE(says(u"The projects folder is missing"_s));
+    ASSERT_TRUE(QDir().mkdir(root));
+    scan();
+    EXPECT_TRUE(says(u"Nothing here yet"_s));
 }
 
 TEST_F(MainWindow, TakesTheColoursOfTheThemeAtOnce) {

@@ -4,8 +4,8 @@
 #include "OrvUI/AppModel.h"
 #include "OrvUI/LogModel.h"
 #include "OrvUI/OnboardingModel.h"
-#include "OrvUI/Screens/Theme.h"
 #include "OrvUI/ServiceLogs.h"
+#include "WidgetPalette.h"
 
 #include <QCoreApplication>
 #include <QFileDialog>
@@ -24,23 +24,7 @@ QString text(const char* words) {
 QFileDialog* newDialog(const QString& title) {
     auto* dialog = new QFileDialog(nullptr, title);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QPalette palette;
-    const Theme& theme = *Theme::instance();
-    for (const auto& [role, color] : {
-             std::pair{QPalette::Window, theme.window()},
-             {QPalette::Base, theme.surface()},
-             {QPalette::AlternateBase, theme.window()},
-             {QPalette::Button, theme.control()},
-             {QPalette::WindowText, theme.text()},
-             {QPalette::Text, theme.text()},
-             {QPalette::ButtonText, theme.text()},
-             {QPalette::PlaceholderText, theme.text3()},
-             {QPalette::Highlight, theme.accent()},
-             {QPalette::HighlightedText, theme.onAccent()},
-         }) {
-        palette.setColor(role, color);
-    }
-    dialog->setPalette(palette);
+    dialog->setPalette(WidgetPalette::ofTheme());
     return dialog;
 }
 

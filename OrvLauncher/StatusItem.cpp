@@ -2,6 +2,7 @@
 
 #include "OrvUI/AppModel.h"
 #include "OrvUI/QuickActions.h"
+#include "WidgetPalette.h"
 
 #ifdef Q_OS_MACOS
 #include "OrvLauncher/platform/macos/MenuBarItem.h"
@@ -200,6 +201,7 @@ void StatusItem::addPinned(QMenu& menu) {
 
 void StatusItem::fillMenu() {
     m_menu->clear();
+    m_menu->setPalette(WidgetPalette::ofTheme()); // of no meaning where the desktop draws it
     addPinned(*m_menu);
 #ifdef Q_OS_MACOS
     m_dockMenu->clear();

@@ -18,6 +18,7 @@
 #include "OrvUI/QuitGuard.h"
 #include "OrvUI/Screens/IllustrationExport.h"
 #include "OrvUI/Screens/InputMode.h"
+#include "OrvUI/Screens/PlaceKeeper.h"
 #include "OrvUI/Screens/PlatformWords.h"
 #include "OrvUI/Screens/Registration.h"
 #include "OrvUI/Screens/SystemLook.h"
@@ -39,7 +40,6 @@
 #include <QClipboard>
 #include <QDeadlineTimer>
 #include <QDesktopServices>
-#include <QFileInfo>
 #include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
@@ -97,7 +97,6 @@ private:
     void followLook();
     void place();
     void remember();
-    void restorePage();
     void saveSoon();
     void saveState();
     void reportFrames();
@@ -127,6 +126,7 @@ private:
     WindowState m_state;
     std::optional<WindowState> m_saved;
     AppModel m_model;
+    PlaceKeeper m_places{m_model};
     SystemLook m_look;
     QQmlApplicationEngine m_engine;
     QQuickWindow* m_window = nullptr;
@@ -137,7 +137,6 @@ private:
     std::optional<StatusItem> m_statusItem;
     std::optional<QuickPanel> m_panel;
     std::optional<HotKey> m_hotKey;
-    bool m_isPageDue = false; ///< that of the last time is not found again yet
     bool m_quitting = false;
 };
 
@@ -196,15 +195,13 @@ bool WindowShell::open() {
     connect(&m_instance, &SingleInstance::called, this, [this](const QByteArray& message) {
         answer(StartWish::ofMessage(message));
     });
+    const QString page = m_wish.page.isEmpty() ? userDefault(u"OrvStartPage"_s) : m_wish.page;
+    const bool isForAnother = !page.isEmpty() || !m_wish.url.isEmpty();
+    m_places.restore(m_state, isForAnother ? PlaceKeeper::Page::another : PlaceKeeper::Page::asItWas);
     if (!m_wish.url.isEmpty()) {
         m_model.handle(QUrl(m_wish.url));
     }
-    const QString page = m_wish.page.isEmpty() ? userDefault(u"OrvStartPage"_s) : m_wish.page;
-    if (page.isEmpty() && m_wish.url.isEmpty()) {
-        restorePage();
-    } else {
-        StartPage::open(m_model, page);
-    }
+    StartPage::open(m_model, page);
     // What the first frame does not need comes after it.
     QMetaObject::invokeMethod(
         &m_look,
@@ -393,8 +390,11 @@ void WindowShell::place() {
     m_settled.setSingleShot(true);
     m_settled.setInterval(500ms);
     connect(&m_settled, &QTimer::timeout, this, [this] {
-        remember();
-        saveState();
+        // What is closed on the way out was open.
+        if (!m_quitting) {
+            remember();
+            saveState();
+        }
     });
     for (const auto signal :
          {&QWindow::xChanged, &QWindow::yChanged, &QWindow::widthChanged, &QWindow::heightChanged}) {
@@ -409,8 +409,7 @@ void WindowShell::saveSoon() {
     connect(m_window, SIGNAL(sidebarHiddenChanged()), &m_settled, SLOT(start()));
     connect(&m_look, &SystemLook::changed, &m_settled, qOverload<>(&QTimer::start));
     connect(TerminalLook::instance(), &TerminalStyle::fontChanged, &m_settled, qOverload<>(&QTimer::start));
-    connect(&m_model, &AppModel::detailTabChanged, &m_settled, qOverload<>(&QTimer::start));
-    connect(&m_model, &AppModel::pageChanged, &m_settled, qOverload<>(&QTimer::start));
+    connect(&m_places, &PlaceKeeper::changed, &m_settled, qOverload<>(&QTimer::start));
 }
 
 void WindowShell::remember() {
@@ -440,35 +439,10 @@ void WindowShell::reportFrames() {
     });
 }
 
-/// That of the last time, unless another one has been opened since.
-void WindowShell::restorePage() {
-    const auto show = [this] {
-        m_isPageDue = false;
-        const AppPage wanted = m_state.page;
-        const bool isGone = wanted.kind == AppPage::Kind::project
-                                ? m_model.project(wanted.id) == nullptr
-                                : !wanted.id.isEmpty() && !QFileInfo(wanted.id).isDir();
-        if (m_model.page() == AppPage() && !isGone) {
-            m_model.setPage(wanted);
-            m_model.setDetailTab(m_state.tab);
-        }
-    };
-    // What it is of is known when it was found again.
-    if (m_state.page.id.isEmpty() || m_model.hasScanned()) {
-        show();
-    } else {
-        m_isPageDue = true;
-        connect(&m_model, &AppModel::hasScannedChanged, this, show, Qt::SingleShotConnection);
-    }
-}
-
 void WindowShell::saveState() {
     m_state.isSidebarHidden = m_window->property("sidebarHidden").toBool();
     m_state.isSystemDark = m_look.isDark();
-    if (!m_isPageDue || m_model.page() != AppPage()) {
-        m_state.page = m_model.page();
-        m_state.tab = m_model.detailTab();
-    }
+    m_places.store(m_state);
     m_state.terminalFontSize = TerminalLook::instance()->fontSize();
     if (m_saved != m_state) {
         m_state.save(m_stateFile);

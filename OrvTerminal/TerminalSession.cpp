@@ -8,6 +8,7 @@
 #include "TermEngine/TextRange.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QPointer>
 #include <QTimer>
@@ -21,6 +22,9 @@
 #include <utility>
 #include <vector>
 
+#ifdef Q_OS_MACOS
+#include <libproc.h>
+#endif
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -84,6 +88,17 @@ std::optional<std::vector<std::string>> environment() {
     return {};
 }
 #endif
+
+/// Where a process is; empty where the system does not say.
+QString folderOf(qint64 process) {
+#ifdef Q_OS_MACOS
+    proc_vnodepathinfo info{};
+    const int size = proc_pidinfo(static_cast<int>(process), PROC_PIDVNODEPATHINFO, 0, &info, sizeof info);
+    return size == sizeof info ? QFile::decodeName(info.pvi_cdir.vip_path) : QString();
+#else
+    return QFile::symLinkTarget(u"/proc/%1/cwd"_s.arg(process));
+#endif
+}
 
 /// The last part of its path; of the root, all of it.
 QString nameOf(const QUrl& directory) {
@@ -256,6 +271,29 @@ void TerminalSession::start(const QString& shell) {
     setAlive(m_process->running());
 }
 
+void TerminalSession::startWhenShown(const QString& shell, const QString& title) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_shell = shell;
+    m_isWaiting = !m_started;
+    setTitle(title);
+}
+
+/// What had the title the last time does not run now.
+void TerminalSession::startAwaited() {
+    if (std::exchange(m_isWaiting, false)) {
+        setTitle(nameOf(m_directory));
+        m_shell.isEmpty() ? start() : start(m_shell);
+        Q_EMIT isAliveChanged();
+    }
+}
+
+QUrl TerminalSession::currentDirectory() const {
+    const std::optional<qint64> shell = shellPID();
+    const QString folder = shell ? folderOf(*shell) : QString();
+    // One that was removed is no place to start in.
+    return QFileInfo(folder).isDir() ? QUrl::fromLocalFile(folder) : m_directory;
+}
+
 void TerminalSession::send(const QString& text) {
     send(QByteArrayView(text.toUtf8()));
 }
@@ -391,6 +429,10 @@ void TerminalSession::setShown(bool isShown) {
         isShown ? term::TerminalVisibility::potentiallyVisible : term::TerminalVisibility::notVisible);
     if (isShown) {
         setHasUnseenBell(false);
+    }
+    if (isShown && m_isWaiting) {
+        // The view that says so is still on its way to its place.
+        QMetaObject::invokeMethod(this, &TerminalSession::startAwaited, Qt::QueuedConnection);
     }
 }
 

@@ -27,6 +27,7 @@ class TerminalSession : public QObject {
     Q_PROPERTY(QUrl directory READ directory CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
     Q_PROPERTY(bool isAlive READ isAlive NOTIFY isAliveChanged)
+    Q_PROPERTY(bool isWaiting READ isWaiting NOTIFY isAliveChanged)
     Q_PROPERTY(bool hasEnded READ hasEnded NOTIFY ended)
     Q_PROPERTY(int exitCode READ exitCodeOrNone NOTIFY ended)
     Q_PROPERTY(QString endSignal READ endSignal NOTIFY ended)
@@ -50,10 +51,14 @@ public:
 
     [[nodiscard]] QUuid id() const { return m_id; }
     [[nodiscard]] QUrl directory() const { return m_directory; }
+    /// Where the shell is now, as far as the system says; else the folder in which it starts.
+    [[nodiscard]] QUrl currentDirectory() const;
     /// The folder's name until a program sets another one.
     [[nodiscard]] QString title() const { return m_title; }
     /// Whether the shell runs.
     [[nodiscard]] bool isAlive() const { return m_isAlive; }
+    /// Whether the shell is yet to start, once the session is shown.
+    [[nodiscard]] bool isWaiting() const { return m_isWaiting; }
     /// Whether its shell is gone, or could not be started.
     [[nodiscard]] bool hasEnded() const { return m_hasEnded; }
     /// Of the shell that ended; 128 and the number of the signal that ended it. Nothing where nobody knows.
@@ -88,6 +93,9 @@ public:
     void start(const QString& shell);
     /// The login shell.
     void start();
+    /// The same once somebody can see the session; `shell` may be empty then. Until it starts the session has this
+    /// title.
+    void startWhenShown(const QString& shell, const QString& title);
     /// Writes the text to the shell's input as it stands: a line is carried out when it ends in "\n".
     void send(const QString& text);
     void send(QByteArrayView bytes);
@@ -150,6 +158,7 @@ private:
     void processEnded(std::optional<int> code);
     void startFailed(const term::LocalProcessError& error);
     void tellOfMissingFolder();
+    void startAwaited();
     [[nodiscard]] winsize windowSize() const;
 
     const QUuid m_id = QUuid::createUuid();
@@ -157,6 +166,7 @@ private:
     QString m_title;
     bool m_started = false;
     bool m_isAlive = false;
+    bool m_isWaiting = false;
     bool m_hasEnded = false;
     std::optional<int> m_exitCode;
     QString m_shell;

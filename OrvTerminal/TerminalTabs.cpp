@@ -26,14 +26,46 @@ TerminalSession* TerminalTabs::open(const QUrl& at) {
 }
 
 TerminalSession* TerminalTabs::insert(qsizetype place, const QUrl& folder) {
-    auto* session = new TerminalSession(folder, m_queue, this);
-    session->setClipboardWrite(m_clipboardWrite);
-    connect(session, &TerminalSession::clipboardWriteRequested, this, &TerminalTabs::clipboardWriteRequested);
-    m_sessions.insert(place, session);
+    TerminalSession* session = make(place, folder);
     Q_EMIT sessionsChanged();
     setSelected(session->id());
     m_shell.isEmpty() ? session->start() : session->start(m_shell);
     return session;
+}
+
+TerminalSession* TerminalTabs::make(qsizetype place, const QUrl& folder) {
+    auto* session = new TerminalSession(folder, m_queue, this);
+    session->setClipboardWrite(m_clipboardWrite);
+    connect(session, &TerminalSession::clipboardWriteRequested, this, &TerminalTabs::clipboardWriteRequested);
+    m_sessions.insert(place, session);
+    return session;
+}
+
+QList<TerminalPlace> TerminalTabs::places() const {
+    QList<TerminalPlace> places;
+    for (const TerminalSession* session : m_sessions) {
+        if (session->isAlive() || session->isWaiting()) {
+            places.append({session->currentDirectory(), session->title(), session->id() == m_selectedID});
+        }
+    }
+    return places;
+}
+
+void TerminalTabs::restore(const QList<TerminalPlace>& places) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (places.isEmpty()) {
+        return;
+    }
+    std::optional<QUuid> selected = m_selectedID;
+    for (const TerminalPlace& place : places) {
+        TerminalSession* session = make(m_sessions.size(), place.folder);
+        session->startWhenShown(m_shell, place.title);
+        if (!selected || place.isSelected) {
+            selected = session->id();
+        }
+    }
+    Q_EMIT sessionsChanged();
+    setSelected(selected);
 }
 
 TerminalSession* TerminalTabs::renew(const QUuid& id) {

@@ -12,6 +12,15 @@
 
 namespace orv {
 
+/// A terminal as it can be opened again.
+struct TerminalPlace {
+    QUrl folder;
+    QString title;
+    bool isSelected = false;
+
+    bool operator==(const TerminalPlace&) const = default;
+};
+
 /// The open terminals, in the order in which they were opened, and the one that is shown. Lives on the main thread.
 class TerminalTabs : public QObject {
     Q_OBJECT
@@ -39,6 +48,10 @@ public:
     void setShell(const QString& path) { m_shell = path; }
     /// In all sessions, those that are opened later too.
     void setClipboardWrite(ClipboardWrite choice);
+    /// Of the sessions whose shell has not ended, each in the folder in which its shell is now.
+    [[nodiscard]] QList<TerminalPlace> places() const;
+    /// Opens them again, behind those that are open. A shell starts when its session is first shown.
+    void restore(const QList<TerminalPlace>& places);
     /// Whether something else than a shell at its prompt runs in any of them.
     [[nodiscard]] bool anyForegroundProgram() const;
 
@@ -50,6 +63,7 @@ Q_SIGNALS:
 
 private:
     TerminalSession* insert(qsizetype place, const QUrl& folder);
+    TerminalSession* make(qsizetype place, const QUrl& folder);
     void setSelected(std::optional<QUuid> id);
 
     std::shared_ptr<MainThreadQueue> m_queue;

@@ -4,6 +4,8 @@
 #include "OrvUI/AppModel.h"
 #include "OrvUI/HomeModels.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 
 namespace orv {
@@ -15,12 +17,18 @@ AppModel* FolderTree::model() const {
 void FolderTree::setModel(AppModel* model) {
     if (model != m_model) {
         m_model = model;
+        connect(model, &AppModel::isScanningChanged, this, &FolderTree::rootLookedAt);
         Q_EMIT modelChanged();
+        Q_EMIT rootLookedAt();
     }
 }
 
 QAbstractListModel* FolderTree::rows() const {
     return m_model ? &m_model->home().folderRows : nullptr;
+}
+
+bool FolderTree::isRootMissing() const {
+    return m_model && !QFileInfo(m_model->scanRootFolder()).isDir();
 }
 
 void FolderTree::setOpen(const QString& path, bool isOpen) {

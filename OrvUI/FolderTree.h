@@ -17,6 +17,8 @@ class FolderTree : public QObject {
     Q_PROPERTY(orv::AppModel* model READ model WRITE setModel NOTIFY modelChanged FINAL)
     /// Empty while the home page shows cards.
     Q_PROPERTY(QAbstractListModel* rows READ rows NOTIFY modelChanged FINAL)
+    /// Whether there was no such folder as the scanned one when it was looked at last.
+    Q_PROPERTY(bool isRootMissing READ isRootMissing NOTIFY rootLookedAt FINAL)
 
 public:
     using QObject::QObject;
@@ -24,6 +26,7 @@ public:
     [[nodiscard]] AppModel* model() const;
     void setModel(AppModel* model);
     [[nodiscard]] QAbstractListModel* rows() const;
+    [[nodiscard]] bool isRootMissing() const;
 
     Q_INVOKABLE void setOpen(const QString& path, bool isOpen);
     /// In the desktop's file manager.
@@ -34,6 +37,7 @@ public:
 
 Q_SIGNALS:
     void modelChanged();
+    void rootLookedAt();
 
 private:
     QPointer<AppModel> m_model;

@@ -260,7 +260,13 @@ void HomeModels::setFolderOpen(const QString& path, bool isOpen) {
     if (m_openFolders.value(path, !isOpen) != isOpen) {
         m_openFolders.insert(path, isOpen);
         update();
+        Q_EMIT openFoldersChanged();
     }
+}
+
+void HomeModels::setOpenFolders(const QHash<QString, bool>& folders) {
+    m_openFolders = folders;
+    updateSoon();
 }
 
 CardRow HomeModels::collection(const ProjectNode& node) const {

@@ -38,6 +38,9 @@ public:
     [[nodiscard]] int shownCount() const { return m_shownCount; }
     /// Of a folder in `folderRows`, by its path.
     void setFolderOpen(const QString& path, bool isOpen);
+    /// Those that were opened or closed, by their paths; others are as the filters want them.
+    [[nodiscard]] const QHash<QString, bool>& openFolders() const { return m_openFolders; }
+    void setOpenFolders(const QHash<QString, bool>& folders);
     /// "3 services running · 5 open tasks"
     [[nodiscard]] const QString& summaryLine() const { return m_summaryLine; }
     /// A service in a word that QML can hand back; empty keys stand for none.
@@ -46,6 +49,7 @@ public:
 
 Q_SIGNALS:
     void summaryChanged();
+    void openFoldersChanged();
     /// Every list has taken over what changed.
     void updated();
 
@@ -69,7 +73,7 @@ private:
     AppModel& m_model;
     QSet<QString> m_startedProjects; ///< that have a service which was started at least once
     QString m_summaryLine;
-    QHash<QString, bool> m_openFolders; ///< those that were opened or closed, by their paths
+    QHash<QString, bool> m_openFolders;
     int m_shownCount = 0;
     bool m_isUpdateDue = false;
 };

@@ -32,40 +32,41 @@ constexpr const char* work = ORV_WORDS("Tasks and AI");
 constexpr std::array table{
     Keymap::Entry{
         "quickPanel", everywhere, ORV_WORDS("Quick panel, from any program"), u"Ctrl+Alt+Meta+L", u"Meta+Alt+Ctrl+L"},
-    Keymap::Entry{"palette", everywhere, ORV_WORDS("Command palette"), u"Ctrl+K|Ctrl+Shift+K", nullptr},
-    Keymap::Entry{"shortcuts", everywhere, ORV_WORDS("All shortcuts"), u"Ctrl+/|Ctrl+?", nullptr},
+    Keymap::Entry{"palette", everywhere, ORV_WORDS("Command palette"), u"Ctrl+K", nullptr, u"Ctrl+Shift+K"},
+    Keymap::Entry{"shortcuts", everywhere, ORV_WORDS("All shortcuts"), u"Ctrl+/", u"Ctrl+/|Ctrl+?", u"Ctrl+Shift+/"},
     Keymap::Entry{"search", everywhere, ORV_WORDS("Search in the page"), u"Ctrl+F", nullptr},
     Keymap::Entry{"nextHit", everywhere, ORV_WORDS("Next hit"), u"F3", u"Ctrl+G"},
     Keymap::Entry{"previousHit", everywhere, ORV_WORDS("Previous hit"), u"Shift+F3", u"Ctrl+Shift+G"},
-    Keymap::Entry{"settings", everywhere, ORV_WORDS("Settings"), u"Ctrl+,", nullptr},
+    Keymap::Entry{"settings", everywhere, ORV_WORDS("Settings"), u"Ctrl+,", nullptr, u"Ctrl+Shift+,"},
     Keymap::Entry{"newFolder", everywhere, ORV_WORDS("New folder"), u"Ctrl+N", nullptr},
     Keymap::Entry{"clone", everywhere, ORV_WORDS("Clone repository"), u"Ctrl+Shift+N", nullptr},
     Keymap::Entry{"refresh", everywhere, ORV_WORDS("Refresh projects"), u"Ctrl+R F5", u"Ctrl+R"},
-    Keymap::Entry{"home", everywhere, ORV_WORDS("Home"), u"Alt+Home", u"Ctrl+Shift+H"},
+    Keymap::Entry{"home", everywhere, ORV_WORDS("Home"), u"Alt+Home", u"Ctrl+Shift+H", u"Ctrl+Shift+H"},
     Keymap::Entry{"filter", everywhere, ORV_WORDS("Filters of the sidebar"), u"Ctrl+1…5", nullptr},
     Keymap::Entry{"tasks", everywhere, ORV_WORDS("Tasks"), u"Ctrl+6", nullptr},
     Keymap::Entry{"ai", everywhere, ORV_WORDS("AI"), u"Ctrl+7", nullptr},
     Keymap::Entry{"back", everywhere, ORV_WORDS("Back"), u"Alt+Left", u"Ctrl+["},
     Keymap::Entry{"forward", everywhere, ORV_WORDS("Forward"), u"Alt+Right", u"Ctrl+]"},
-    Keymap::Entry{"sidebar", everywhere, ORV_WORDS("Show or hide the sidebar"), u"Ctrl+Alt+S", u"Meta+Ctrl+S"},
+    Keymap::Entry{
+        "sidebar", everywhere, ORV_WORDS("Show or hide the sidebar"), u"Ctrl+Alt+S", u"Meta+Ctrl+S", u"Ctrl+Shift+S"},
     Keymap::Entry{"undo", everywhere, ORV_WORDS("Take back a deletion, a pin or a discard"), u"Ctrl+Z", nullptr},
-    Keymap::Entry{"nextRegion", everywhere, ORV_WORDS("Next part of the window"), u"F6", nullptr},
+    Keymap::Entry{"nextRegion", everywhere, ORV_WORDS("Next part of the window"), u"F6", nullptr, u"Ctrl+Shift+F6"},
     Keymap::Entry{"previousRegion", everywhere, ORV_WORDS("Previous part of the window"), u"Shift+F6", nullptr},
     Keymap::Entry{"menu", everywhere, ORV_WORDS("Menu of what has the focus"), u"Shift+F10 Menu", u"Meta+Enter"},
     Keymap::Entry{"closeWindow", everywhere, ORV_WORDS("Close the window"), u"Ctrl+W", nullptr},
-    Keymap::Entry{"quit", everywhere, ORV_WORDS("Quit"), u"Ctrl+Q", nullptr},
+    Keymap::Entry{"quit", everywhere, ORV_WORDS("Quit"), u"Ctrl+Q", nullptr, u"Ctrl+Shift+Q"},
 
     Keymap::Entry{"filters", homePage, ORV_WORDS("Filters"), u"Ctrl+Alt+F", nullptr},
     Keymap::Entry{"view", homePage, ORV_WORDS("Cards or folders"), u"Ctrl+Alt+V", nullptr},
     Keymap::Entry{"unsaved", homePage, ORV_WORDS("Unsaved changes only"), u"Ctrl+Alt+U", nullptr},
 
-    Keymap::Entry{"run", project, ORV_WORDS("Run, or stop"), u"Ctrl+Enter", nullptr},
+    Keymap::Entry{"run", project, ORV_WORDS("Run, or stop"), u"Ctrl+Enter", nullptr, u"Ctrl+Shift+Enter"},
     Keymap::Entry{"chooseRun", project, ORV_WORDS("Choose what to run"), u"Ctrl+Alt+Enter", nullptr},
     Keymap::Entry{"restart", project, ORV_WORDS("Restart"), u"Ctrl+Shift+R", nullptr},
-    Keymap::Entry{"stopAll", project, ORV_WORDS("Stop all services"), u"Ctrl+Shift+.|Ctrl+Shift+> Ctrl+>", nullptr},
+    Keymap::Entry{"stopAll", project, ORV_WORDS("Stop all services"), u"Ctrl+Shift+.", nullptr},
     Keymap::Entry{"browse", project, ORV_WORDS("Open in your browser"), u"Ctrl+O", nullptr},
     Keymap::Entry{"pin", project, ORV_WORDS("Pin"), u"Ctrl+D", nullptr},
-    Keymap::Entry{"ask", project, ORV_WORDS("Ask AI"), u"Ctrl+J", nullptr},
+    Keymap::Entry{"ask", project, ORV_WORDS("Ask AI"), u"Ctrl+J", nullptr, u"Ctrl+Shift+J"},
     Keymap::Entry{"tab", project, ORV_WORDS("Tabs of the page"), u"Alt+1…6", u"Ctrl+Alt+1…6"},
     Keymap::Entry{"fetch", project, ORV_WORDS("Fetch"), u"Ctrl+Shift+F", nullptr},
     Keymap::Entry{"pull", project, ORV_WORDS("Pull"), u"Ctrl+Shift+L", nullptr},
@@ -101,6 +102,7 @@ constexpr std::array table{
         "terminalRight", terminal, ORV_WORDS("Move the terminal to the right"), u"Ctrl+Shift+PgDown",
         u"Ctrl+Shift+Right"},
     Keymap::Entry{"terminal", terminal, ORV_WORDS("Terminals by their number"), u"Ctrl+Shift+1…9", u"Meta+Shift+1…9"},
+    Keymap::Entry{"terminalMenu", terminal, ORV_WORDS("Menu"), u"Ctrl+Shift+F10", nullptr},
     Keymap::Entry{"terminalCopy", terminal, ORV_WORDS("Copy"), u"Ctrl+Shift+C", u"Ctrl+C"},
     Keymap::Entry{"terminalPaste", terminal, ORV_WORDS("Paste"), u"Ctrl+Shift+V", u"Ctrl+V"},
     Keymap::Entry{"terminalSelectAll", terminal, ORV_WORDS("Select all"), u"Ctrl+Shift+A", u"Ctrl+A"},
@@ -200,10 +202,15 @@ QStringList Keymap::shown(const Entry& entry) {
     return sequences(entry).section(u'|', 0, 0).split(u' ');
 }
 
+QString Keymap::inTerminal(const Entry& entry) {
+    return !isMac && entry.terminalKeys != nullptr ? QString::fromUtf16(entry.terminalKeys) : QString();
+}
+
 QVariantList Keymap::of(const QString& id) {
     QVariantList found;
     if (const Entry* entry = find(id)) {
-        for (QString sequence : sequences(*entry).replace(u'|', u' ').split(u' ')) {
+        const QString all = sequences(*entry).replace(u'|', u' ') + u' ' + inTerminal(*entry);
+        for (const QString& sequence : all.split(u' ', Qt::SkipEmptyParts)) {
             // Qt calls Enter that of the keypad only.
             if (sequence.endsWith(u"Enter"_s)) {
                 found.append(QString(sequence).replace(u"Enter"_s, u"Return"_s));

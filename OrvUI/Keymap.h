@@ -21,6 +21,9 @@ public:
         const char* action;      ///< not translated
         const char16_t* keys;    ///< those that do the same, with spaces between them; behind a "|" those not shown
         const char16_t* macKeys; ///< null: the same
+        /// The sequence that does it from a terminal too, which keeps the others for its program; null: none does that
+        /// others do not. On macOS it has no meaning: there a terminal keeps nothing with ⌘.
+        const char16_t* terminalKeys = nullptr;
     };
 
     using QObject::QObject;
@@ -28,6 +31,8 @@ public:
     [[nodiscard]] static std::span<const Entry> entries();
     /// What to show of it, the first one first.
     [[nodiscard]] static QStringList shown(const Entry& entry);
+    /// The sequence for a terminal; empty where it has none of its own.
+    [[nodiscard]] static QString inTerminal(const Entry& entry);
 
     /// All sequences that do it, for a Shortcut.
     Q_INVOKABLE static QVariantList of(const QString& id);

@@ -29,6 +29,15 @@ void OutlineModel::setExpanded(int row, bool isExpanded) {
         m_expanded.remove(path);
     }
     rebuild();
+    Q_EMIT expandedPathsChanged();
+}
+
+void OutlineModel::setExpandedPaths(const QSet<QString>& paths) {
+    if (paths != m_expanded) {
+        m_expanded = paths;
+        rebuild();
+        Q_EMIT expandedPathsChanged();
+    }
 }
 
 void OutlineModel::rebuild() {

@@ -26,6 +26,12 @@ public:
 
     Q_INVOKABLE void toggleExpanded(int row);
     Q_INVOKABLE void setExpanded(int row, bool isExpanded);
+    /// The paths of what is open, whether it can be seen or not.
+    [[nodiscard]] const QSet<QString>& expandedPaths() const { return m_expanded; }
+    void setExpandedPaths(const QSet<QString>& paths);
+
+Q_SIGNALS:
+    void expandedPathsChanged();
 
 private:
     void rebuild();

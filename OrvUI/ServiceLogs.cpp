@@ -88,9 +88,11 @@ void ServiceLogs::update() {
     };
     // From an install that is over to what it was for, unless someone wants to read it.
     const bool isOver = m_shown && AppModel::isInstall(*m_shown) && !m_model.processes().state(*m_shown).isActive();
-    if ((!m_shown || (isOver && !m_isChosen)) && !ids.isEmpty()) {
+    const auto chosen = std::ranges::find(ids, m_chosenKey, &HomeModels::key);
+    const bool isOther = chosen != ids.end() && m_shown != *chosen;
+    if ((!m_shown || (!m_isChosen && (isOver || isOther))) && !ids.isEmpty()) {
         const auto failed = std::ranges::find_if(ids, hasFailed);
-        show(failed != ids.end() ? *failed : ids.first());
+        show(failed != ids.end() ? *failed : chosen != ids.end() ? *chosen : ids.first());
     }
     QList<LogServiceRow> rows;
     for (const ServiceID& id : ids) {
@@ -109,6 +111,8 @@ void ServiceLogs::show(const QString& key) {
     for (auto entry = states.begin(); entry != states.end(); ++entry) {
         if (HomeModels::key(entry.key()) == key) {
             m_isChosen = true;
+            m_chosenKey = key;
+            Q_EMIT chosenKeyChanged();
             show(entry.key());
             update();
             return;

@@ -40,7 +40,7 @@ public:
     explicit ServiceLogs(AppModel& model, QObject* parent = nullptr);
 
     [[nodiscard]] const QString& projectID() const { return m_projectID; }
-    /// Shows the first of its services that failed, else the first.
+    /// Shows the first of its services that failed, else the one that was chosen before, else the first.
     void setProjectID(const QString& projectID);
     [[nodiscard]] QString shownKey() const; ///< empty: none
     [[nodiscard]] QAbstractListModel* services() { return &m_services; }
@@ -49,10 +49,14 @@ public:
     [[nodiscard]] QStringList folders() const;
 
     Q_INVOKABLE void show(const QString& key);
+    /// What was shown last by someone's choice. With its project it is shown again, once there is output of it.
+    [[nodiscard]] const QString& chosenKey() const { return m_chosenKey; }
+    void setChosenKey(const QString& key) { m_chosenKey = key; }
 
 Q_SIGNALS:
     void projectIDChanged();
     void shownChanged();
+    void chosenKeyChanged();
     void lookChanged();
 
 private:
@@ -64,7 +68,8 @@ private:
     std::optional<ServiceID> m_shown;
     bool m_wrap = false;
     bool m_timed = false;
-    bool m_isChosen = false;            ///< by someone
+    bool m_isChosen = false; ///< what is shown is, by someone
+    QString m_chosenKey;
     QHash<ServiceID, qint64> m_before;  ///< lines that its log has no more, or never had
     QHash<ServiceID, qint64> m_cleared; ///< of those that were printed, so many are not to be seen again
     RowModel<LogServiceRow> m_services;

@@ -11,6 +11,7 @@ const std::vector<RowRole<ShortcutRow>>& ShortcutRow::roles() {
         memberRole<&ShortcutRow::group, ShortcutRow>("group"),
         memberRole<&ShortcutRow::action, ShortcutRow>("action"),
         memberRole<&ShortcutRow::keys, ShortcutRow>("keys"),
+        memberRole<&ShortcutRow::terminalKeys, ShortcutRow>("terminalKeys"),
     };
     return table;
 }
@@ -26,8 +27,9 @@ void Shortcuts::setSearchText(const QString& wanted) {
             QString::fromLatin1(entry.id),
             QCoreApplication::translate("Shortcuts", entry.group),
             QCoreApplication::translate("Shortcuts", entry.action),
-            {}};
-        QStringList texts;
+            {},
+            Keymap::keys(Keymap::inTerminal(entry))};
+        QStringList texts{Keymap::textOf(Keymap::inTerminal(entry))};
         for (const QString& sequence : Keymap::shown(entry)) {
             row.keys += row.keys.isEmpty() ? Keymap::keys(sequence) : QStringList(QString()) + Keymap::keys(sequence);
             texts.append(Keymap::textOf(sequence));

@@ -12,6 +12,7 @@ struct ShortcutRow {
     QString group;
     QString action;
     QStringList keys; ///< each for itself ("Ctrl", "Shift", "R"); what can be pressed instead follows an empty one
+    QStringList terminalKeys; ///< those that do it in a terminal, where they are others; each for itself
 
     bool operator==(const ShortcutRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<ShortcutRow>>& roles();

@@ -99,7 +99,31 @@ FocusScope {
         x: Math.round((page.width - width) / 2)
         y: Math.max(cards.headerItem ? cards.headerItem.height + Theme.space16 : 0, Math.round((page.height - height) / 2) - (page.narrowed ? 0 : Theme.space12))
         active: page.model.hasScanned && cards.count === 0
-        sourceComponent: page.model.projectCount === 0 ? noProjects : noResults
+        sourceComponent: page.model.projectCount > 0 ? noResults : folders.isRootMissing ? noFolder : noProjects
+    }
+
+    Component {
+        id: noFolder
+
+        EmptyState {
+            large: true
+            picture: "no-projects"
+            heading: qsTr("The projects folder is missing")
+            text: qsTr("There is no folder %1. Point OrvLauncher at another one, or make it and refresh.").arg(page.model.scanRootText)
+
+            Button {
+                primary: true
+                glyph: "folder-search"
+                text: qsTr("Choose folder…")
+                onClicked: page.folderRequested()
+            }
+
+            Button {
+                glyph: "refresh-cw"
+                text: qsTr("Refresh")
+                onClicked: page.model.refreshNow()
+            }
+        }
     }
 
     Component {

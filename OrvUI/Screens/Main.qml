@@ -10,10 +10,11 @@ Window {
     // The application draws the frame: buttons, edges to resize, and where to take the window.
     required property bool ownFrame
     property bool sidebarHidden: false
-    property string collectionSearch
+    property string pageSearch
     readonly property Navigator navigator: nav
     readonly property int pagePadding: narrow ? Theme.pagePaddingNarrow : Theme.pagePadding
-    readonly property bool searches: pages.isHome || pages.inFolder
+    readonly property bool listsProjects: pages.isHome || pages.inFolder
+    readonly property bool searches: listsProjects || pages.inSettings
     readonly property bool narrow: width < Theme.narrowLimit
     readonly property bool wide: width >= Theme.wideLimit
     // Why the quick panel's key is not this application's; empty where it is.
@@ -73,7 +74,7 @@ Window {
         model: root.model
         onMoved: {
             pages.show();
-            root.collectionSearch = "";
+            root.pageSearch = "";
         }
         onLogsSaveAsked: root.logsSaveAsked()
     }
@@ -118,22 +119,22 @@ Window {
                 target: root
                 crumbs: nav.crumbs
                 searchable: root.searches
-                refreshable: root.searches
-                searchText: pages.isHome ? root.model.searchText : root.collectionSearch
-                searchHint: qsTr("Search projects")
+                refreshable: root.listsProjects
+                searchText: pages.isHome ? root.model.searchText : root.pageSearch
+                searchHint: pages.inSettings ? qsTr("Find a setting") : qsTr("Search projects")
                 narrow: root.narrow
                 busy: root.model.isScanning
                 scrolled: pages.scrolled
                 ownFrame: root.ownFrame
                 padding: root.pagePadding
                 onCrumbChosen: index => nav.openCrumb(index)
-                onSearchEdited: text => pages.isHome ? root.model.searchText = text : root.collectionSearch = text
-                onSearchLeft: pages.focusCards()
+                onSearchEdited: text => pages.isHome ? root.model.searchText = text : root.pageSearch = text
+                onSearchLeft: pages.focusResults()
                 onRefreshRequested: root.model.refreshNow()
 
                 tools: [
                     Button {
-                        visible: root.searches
+                        visible: root.listsProjects
                         // Where there is nothing yet, the page itself has the one next step.
                         primary: root.model.projectCount > 0 || !root.model.hasScanned
                         glyph: "plus"
@@ -198,8 +199,9 @@ Window {
                 narrow: root.narrow
                 wide: root.wide
                 padding: root.pagePadding - Theme.hairline
-                searchText: root.collectionSearch
+                searchText: root.pageSearch
                 onFolderRequested: root.folderAsked()
+                onSearchDropped: root.pageSearch = ""
             }
 
             StatusLines {

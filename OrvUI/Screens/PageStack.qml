@@ -10,9 +10,10 @@ FocusScope {
     required property bool narrow
     required property bool wide
     required property int padding
-    // In a collection or folder.
+    // In a collection, in a folder or among the settings.
     property string searchText
     readonly property bool isHome: nav.page === Navigator.Home
+    readonly property bool inSettings: nav.page === Navigator.Settings
     readonly property bool inFolder: nav.page === Navigator.Collection || nav.page === Navigator.Folder
     // The agent panel stands beside the page, which is narrower for it.
     readonly property bool panelDocked: nav.agentPanel && !narrow
@@ -32,6 +33,7 @@ FocusScope {
             [Navigator.Ai]: "AiPage.qml"
         })
     signal folderRequested
+    signal searchDropped
 
     function show() {
         const source = sources[nav.page] ?? "";
@@ -43,7 +45,7 @@ FocusScope {
                 "narrow": Qt.binding(() => pages.narrow || (pages.panelDocked && !pages.wide)),
                 "padding": Qt.binding(() => pages.padding)
             });
-            if (source === "CollectionPage.qml") {
+            if (source === "CollectionPage.qml" || source === "SettingsPage.qml") {
                 page.item.searchText = Qt.binding(() => pages.searchText);
             }
         } else if (source.length === 0) {
@@ -56,8 +58,14 @@ FocusScope {
         pages.forceActiveFocus(Qt.OtherFocusReason);
     }
 
-    function focusCards() {
-        isHome ? home.focusCards() : (page.item as CollectionPage)?.focusCards();
+    // Where the search in the page leads.
+    function focusResults() {
+        if (isHome) {
+            home.focusCards();
+        } else {
+            (page.item as CollectionPage)?.focusCards();
+            (page.item as SettingsPage)?.focusResults();
+        }
     }
 
     // Comes here when what has the focus is no stop of Tab, which would begin anew in the sidebar.
@@ -107,6 +115,9 @@ FocusScope {
 
         function onFolderRequested() {
             pages.folderRequested();
+        }
+        function onSearchDropped() {
+            pages.searchDropped();
         }
     }
 

@@ -2,25 +2,18 @@ import OrvLauncher.Screens
 import QtQuick
 
 // Settings that belong together: a heading and rows on one card, a hairline between them.
-Column {
+SettingBlock {
     id: group
 
-    property string heading
     default property alias rows: rows.data
 
-    spacing: Theme.space12
-
-    Label {
-        visible: text.length > 0
-        role: Theme.Section
-        text: group.heading
-        Accessible.role: Accessible.Heading
-        Accessible.name: text
-    }
+    // What is hidden has no height any more by which it could be found again.
+    hasHeading: rows.implicitHeight > 0
 
     CardFace {
         width: group.width
         height: rows.height
+        opacity: group.hasHeading ? 1 : 0
         Accessible.role: Accessible.Grouping
         Accessible.name: group.heading
 

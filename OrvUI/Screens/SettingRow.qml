@@ -9,11 +9,15 @@ FocusScope {
     property string text
     property bool code: false
     property int rowHeight: Theme.settingRowHeight
+    // Whether there is such a setting here.
+    property bool offered: true
+    readonly property SettingGroup group: (parent?.parent?.parent as SettingGroup) ?? null
     // The row above has the hairline between them.
     readonly property bool isFirst: y < 1
     default property alias controls: controls.data
 
     width: parent.width
+    visible: offered && (group === null || group.finds(title + "\n" + text))
     implicitHeight: Math.max(row.rowHeight, words.implicitHeight + Theme.space20)
 
     Rectangle {

@@ -7,12 +7,17 @@ Column {
 
     required property AppModel model
     required property SettingsForm form
+    // What is looked for among the settings; empty: everything is shown.
+    property string search
     readonly property AgentModels agents: model.agentModels
 
     spacing: Theme.space28
     Component.onCompleted: agents.refreshAgents()
 
     SettingGroup {
+        id: agentsGroup
+
+        search: section.search
         width: parent.width
         heading: qsTr("Default agent")
 
@@ -35,6 +40,7 @@ Column {
 
                 width: section.width
                 height: words.height
+                visible: agentsGroup.finds(name)
 
                 Radio {
                     x: Theme.space12
@@ -82,14 +88,11 @@ Column {
         }
     }
 
-    Column {
+    SettingBlock {
         width: parent.width
-        spacing: Theme.space12
-
-        Label {
-            role: Theme.Section
-            text: qsTr("Autonomy")
-        }
+        search: section.search
+        heading: qsTr("Autonomy")
+        visible: finds("")
 
         Row {
             id: cards
@@ -111,6 +114,7 @@ Column {
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         heading: qsTr("Work trees")
 

@@ -7,27 +7,30 @@ Column {
 
     required property AppModel model
     required property SettingsForm form
+    // What is looked for among the settings; empty: everything is shown.
+    property string search
 
     spacing: Theme.space28
 
-    Column {
+    SettingBlock {
         width: parent.width
         spacing: Theme.space16
-
-        Label {
-            role: Theme.Section
-            text: qsTr("Mode")
-        }
+        search: section.search
+        heading: qsTr("Mode")
+        also: modes.names.join(" ")
+        visible: finds("")
 
         Row {
             id: modes
+
+            readonly property var names: [qsTr("System"), qsTr("Light"), qsTr("Dark")]
 
             spacing: Theme.space20 + Theme.hairline
             Accessible.role: Accessible.Grouping
             Accessible.name: qsTr("Mode")
 
             Repeater {
-                model: [qsTr("System"), qsTr("Light"), qsTr("Dark")]
+                model: modes.names
 
                 SwatchCard {
                     required property int index
@@ -46,23 +49,26 @@ Column {
         }
     }
 
-    Column {
+    SettingBlock {
         width: parent.width
         spacing: Theme.space16
-
-        Label {
-            role: Theme.Section
-            text: qsTr("Theme")
-        }
+        search: section.search
+        heading: qsTr("Theme")
+        also: themes.names.join(" ")
+        visible: finds("")
 
         Flow {
+            id: themes
+
+            readonly property var names: [qsTr("Ember"), qsTr("Ocean"), qsTr("Forest"), qsTr("Violet"), qsTr("Graphite")]
+
             width: parent.width
             spacing: Theme.space16 + Theme.space2
             Accessible.role: Accessible.Grouping
             Accessible.name: qsTr("Theme")
 
             Repeater {
-                model: [qsTr("Ember"), qsTr("Ocean"), qsTr("Forest"), qsTr("Violet"), qsTr("Graphite")]
+                model: themes.names
 
                 SwatchCard {
                     required property int index
@@ -81,6 +87,7 @@ Column {
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         heading: qsTr("Projects")
 

@@ -7,6 +7,8 @@ Column {
 
     required property AppModel model
     required property SettingsForm form
+    // What is looked for among the settings; empty: everything is shown.
+    property string search
     // Another application holds the quick panel's key.
     property string shortcutNote: (Window.window as Main)?.shortcutNote ?? ""
     // What it gives instead, where the user chooses it there.
@@ -17,6 +19,7 @@ Column {
     Component.onCompleted: model.login.refresh()
 
     SettingGroup {
+        search: section.search
         width: parent.width
         heading: qsTr("Projects folder")
 
@@ -45,12 +48,12 @@ Column {
         spacing: Theme.space8
 
         SettingGroup {
+            search: section.search
             width: parent.width
             heading: qsTr("Window and menu bar")
 
             SettingSwitch {
-                visible: Qt.platform.os === "osx"
-                height: visible ? implicitHeight : 0
+                offered: Qt.platform.os === "osx"
                 title: qsTr("Show in Dock")
                 text: qsTr("Off: OrvLauncher lives in the menu bar only")
                 on: section.form.showDockIcon
@@ -75,15 +78,16 @@ Column {
         }
 
         SettingNote {
-            text: section.model.login.error
+            text: section.search.length === 0 ? section.model.login.error : ""
         }
 
         SettingNote {
-            text: section.shortcutNote
+            text: section.search.length === 0 ? section.shortcutNote : ""
         }
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         heading: qsTr("Files")
 
@@ -104,6 +108,7 @@ Column {
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         heading: qsTr("Terminals")
 
@@ -132,6 +137,7 @@ Column {
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         heading: qsTr("Setup")
 

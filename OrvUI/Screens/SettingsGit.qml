@@ -7,6 +7,8 @@ Column {
 
     required property AppModel model
     required property SettingsForm form
+    // What is looked for among the settings; empty: everything is shown.
+    property string search
 
     spacing: Theme.space28
 
@@ -17,6 +19,7 @@ Column {
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         heading: qsTr("Identity")
 
@@ -56,6 +59,7 @@ Column {
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         heading: qsTr("Repositories")
 

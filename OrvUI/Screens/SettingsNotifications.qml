@@ -7,11 +7,14 @@ Column {
 
     required property AppModel model
     required property SettingsForm form
+    // What is looked for among the settings; empty: everything is shown.
+    property string search
 
     spacing: Theme.space28
     Component.onCompleted: model.refreshNotificationStatus()
 
     SettingGroup {
+        search: section.search
         width: parent.width
 
         SettingSwitch {
@@ -35,6 +38,7 @@ Column {
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         enabled: section.model.notificationsEnabled
         heading: qsTr("Tell me when")
@@ -69,6 +73,7 @@ Column {
     }
 
     SettingGroup {
+        search: section.search
         width: parent.width
         enabled: section.model.notificationsEnabled
         heading: qsTr("When")

@@ -10,6 +10,12 @@ FocusScope {
     required property Navigator nav
     property bool narrow: false
     property int padding: Theme.pagePadding
+    // What is looked for in all sections; empty: nothing is.
+    property string searchText
+    readonly property string search: searchText.trim().replace(/\s+/g, " ")
+    readonly property bool searches: search.length > 0
+    // Those with something of what is looked for.
+    readonly property var found: sections.map((_, index) => parts.count > index && (parts.itemAt(index) as SettingsPart).hasMatches)
     readonly property bool scrolled: view.contentY > Theme.hairline
     readonly property var sections: [
         {
@@ -49,9 +55,16 @@ FocusScope {
         }
     ]
     signal folderRequested
+    signal searchDropped
+
+    // At the first thing that was found.
+    function focusResults() {
+        view.forceActiveFocus(Qt.OtherFocusReason);
+        view.nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
+    }
 
     SettingsForm {
-        id: form
+        id: preferences
 
         model: page.model
     }
@@ -82,8 +95,12 @@ FocusScope {
                 glyph: page.narrow && !strip.hasGlyphs ? "" : modelData.glyph
                 text: modelData.text
                 showsCount: false
-                selected: page.nav.section === index
-                onClicked: page.nav.settings(index)
+                visible: !page.searches || page.found[index]
+                selected: !page.searches && page.nav.section === index
+                onClicked: {
+                    page.nav.settings(index);
+                    page.searchDropped();
+                }
                 Keys.onDownPressed: entry.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
                 Keys.onUpPressed: entry.nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
             }
@@ -95,36 +112,47 @@ FocusScope {
 
         objectName: "view"
         anchors.fill: parent
-        anchors.topMargin: page.narrow ? strip.y + strip.height + Theme.space8 : 0
-        anchors.leftMargin: page.narrow ? 0 : strip.x + strip.width
+        anchors.topMargin: page.narrow ? strip.y + Theme.sidebarRowHeight + Theme.space8 : 0
+        anchors.leftMargin: page.narrow ? 0 : strip.x + Theme.settingsNavWidth
         contentHeight: column.height + Theme.space40
         boundsBehavior: Flickable.StopAtBounds
         clip: true
 
-        Column {
+        Item {
             id: column
+
+            readonly property SettingsPart last: parts.count === page.sections.length ? parts.itemAt(parts.count - 1) as SettingsPart : null
 
             x: page.narrow ? page.padding : Theme.space40
             width: Math.min(Theme.settingsWidth, view.width - x - page.padding)
-            spacing: Theme.space16
+            height: nothing.visible ? nothing.height : last?.below ?? 0
 
-            Label {
-                id: heading
+            // In their places at once: a column would put them there a frame later.
+            Repeater {
+                id: parts
 
-                height: Theme.space40
-                verticalAlignment: Text.AlignVCenter
-                role: Theme.Page
-                text: page.sections[page.nav.section].text
-                Accessible.role: Accessible.Heading
-                Accessible.name: text
+                model: page.sections
+
+                SettingsPart {
+                    readonly property SettingsPart above: index > 0 ? parts.itemAt(index - 1) as SettingsPart : null
+
+                    y: above?.below ?? 0
+                    width: column.width
+                    model: page.model
+                    nav: page.nav
+                    form: preferences
+                    wanted: page.search
+                    onFolderRequested: page.folderRequested()
+                }
             }
 
-            Loader {
-                id: section
+            Label {
+                id: nothing
 
-                width: column.width
-
-                Component.onCompleted: page.show()
+                visible: page.searches && !page.found.includes(true)
+                topPadding: Theme.space8
+                color: Theme.text3
+                text: qsTr("No setting is called that")
             }
         }
 
@@ -136,30 +164,13 @@ FocusScope {
         T.ScrollBar.vertical: ScrollBar {}
     }
 
-    function show() {
-        view.contentY = 0;
-        section.setSource(page.sections[page.nav.section].source, {
-            "model": page.model,
-            "form": form
-        });
-    }
-
     Connections {
         target: page.nav
 
         function onMoved() {
-            if (page.nav.page === Navigator.Settings) {
-                page.show();
-            }
+            view.contentY = 0;
         }
     }
 
-    Connections {
-        target: section.item
-        ignoreUnknownSignals: true
-
-        function onFolderRequested() {
-            page.folderRequested();
-        }
-    }
+    onSearchChanged: view.contentY = 0
 }

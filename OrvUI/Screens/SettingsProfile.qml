@@ -7,10 +7,13 @@ Column {
 
     required property AppModel model
     required property SettingsForm form
+    // What is looked for among the settings; empty: everything is shown.
+    property string search
 
     spacing: Theme.space28
 
     SettingGroup {
+        search: section.search
         width: parent.width
 
         SettingRow {

@@ -7,18 +7,21 @@ Column {
 
     required property AppModel model
     required property SettingsForm form
+    // What is looked for among the settings; empty: everything is shown.
+    property string search
     property string openKey
 
-    topPadding: -Theme.space12
+    topPadding: search.length > 0 ? 0 : -Theme.space12
     spacing: Theme.space12
 
     readonly property OverrideRows rows: OverrideRows {
         model: section.model
-        filter: search.text
+        filter: section.search.length > 0 ? section.search : field.text
     }
 
     Label {
         width: parent.width
+        visible: section.search.length === 0
         color: Theme.text2
         bottomPadding: Theme.space8
         wrapMode: Text.Wrap
@@ -26,9 +29,10 @@ Column {
     }
 
     Field {
-        id: search
+        id: field
 
         width: parent.width
+        visible: section.search.length === 0
         glyph: "search"
         clearable: true
         placeholderText: qsTr("Find a service")
@@ -68,8 +72,8 @@ Column {
     }
 
     Label {
-        visible: list.height === 0
+        visible: list.height === 0 && section.search.length === 0
         color: Theme.text3
-        text: search.text.length > 0 ? qsTr("No service matches.") : qsTr("No services were found yet.")
+        text: field.text.length > 0 ? qsTr("No service matches.") : qsTr("No services were found yet.")
     }
 }

@@ -82,10 +82,27 @@ Sheet {
             Keys.onUpPressed: list.flick(0, Theme.paletteWidth)
         }
 
+        Label {
+            id: note
+
+            readonly property bool isNeeded: Qt.platform.os !== "osx"
+
+            anchors.top: search.bottom
+            anchors.topMargin: Theme.space12
+            x: Theme.space24
+            width: parent.width - 2 * x
+            visible: isNeeded
+            role: Theme.Small
+            color: Theme.text3
+            wrapMode: Text.Wrap
+            elide: Text.ElideNone
+            text: qsTr("A terminal keeps every key for its program, but for those with Ctrl and Shift, Ctrl Tab and Shift F6. Ctrl Shift K reaches everything from there.")
+        }
+
         ListView {
             id: list
 
-            anchors.top: search.bottom
+            anchors.top: note.isNeeded ? note.bottom : search.bottom
             anchors.topMargin: Theme.space8
             anchors.bottom: parent.bottom
             anchors.bottomMargin: Theme.hairline
@@ -117,12 +134,19 @@ Sheet {
 
                 required property string action
                 required property var keys
+                required property var terminalKeys
+                // An empty key stands for the word.
+                readonly property var caps: terminalKeys.length > 0 ? keys.concat([""], terminalKeys) : keys
+
+                function wordAt(index) {
+                    return index === row.keys.length ? qsTr("in a terminal") : qsTr("or");
+                }
 
                 width: ListView.view.width
                 height: Theme.sidebarRowHeight
                 Accessible.role: Accessible.ListItem
                 Accessible.name: action
-                Accessible.description: keys.map(key => key.length === 0 ? qsTr("or") : key).join(" ")
+                Accessible.description: caps.map((key, index) => key.length === 0 ? wordAt(index) : key).join(" ")
 
                 Label {
                     x: Theme.space24
@@ -138,12 +162,13 @@ Sheet {
                     spacing: Theme.space4
 
                     Repeater {
-                        model: row.keys
+                        model: row.caps
 
                         Item {
                             id: key
 
                             required property string modelData
+                            required property int index
 
                             implicitWidth: cap.visible ? cap.implicitWidth : between.implicitWidth
                             implicitHeight: cap.implicitHeight
@@ -162,7 +187,7 @@ Sheet {
                                 visible: !cap.visible
                                 role: Theme.Small
                                 color: Theme.text3
-                                text: qsTr("or")
+                                text: row.wordAt(key.index)
                             }
                         }
                     }

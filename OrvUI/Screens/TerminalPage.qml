@@ -36,6 +36,11 @@ FocusScope {
         findBar.focusField();
     }
 
+    function openMenu(place) {
+        menu.active = true;
+        (menu.item as Menu).popup(page.view, place.x, place.y);
+    }
+
     function leaveFind() {
         view.find.active = false;
         view.forceActiveFocus(Qt.OtherFocusReason);
@@ -235,7 +240,7 @@ FocusScope {
             TerminalNote {
                 id: endedNote
 
-                readonly property TerminalSession ended: page.session !== null && !page.session.isAlive ? page.session : null
+                readonly property TerminalSession ended: page.session !== null && !page.session.isAlive && !page.session.isWaiting ? page.session : null
                 readonly property string fault: ended?.startError ?? ""
                 readonly property string endSignal: ended?.endSignal ?? ""
                 readonly property bool hasEnded: ended !== null && (fault.length > 0 || ended.hasEnded)
@@ -261,8 +266,7 @@ FocusScope {
             list.renew(page.session);
         }
         function onContextMenuRequested(place) {
-            menu.active = true;
-            (menu.item as Menu).popup(page.view, place.x, place.y);
+            page.openMenu(place);
         }
     }
 
@@ -360,6 +364,12 @@ FocusScope {
     PageShortcut {
         sequences: Keymap.of("terminalSearch")
         onActivated: page.find()
+    }
+
+    PageShortcut {
+        sequences: Keymap.of("terminalMenu")
+        enabled: page.visible && page.view !== null
+        onActivated: page.openMenu(Qt.point(Theme.terminalPaddingX, Theme.terminalPaddingY))
     }
 
     PageShortcut {

@@ -11,7 +11,7 @@ T.AbstractButton {
     required property int index
     property int limit: Theme.terminalTabMax
     property bool isSelected: false
-    readonly property bool isEnded: !session.isAlive
+    readonly property bool isEnded: !session.isAlive && !session.isWaiting
     signal closeRequested
 
     implicitWidth: Math.max(Theme.terminalTabMin, Math.min(limit, label.implicitWidth + leftPadding + rightPadding + Theme.iconSmall + Theme.controlMini + 2 * Theme.space8))

@@ -396,7 +396,8 @@ Item {
                                 readonly property bool isRunning: modelData[4]
 
                                 width: Math.floor((cards.width - cards.spacing) / 2)
-                                height: Math.round(small.height / 4)
+                                // What stands at its foot has a line of its own, however small the window is.
+                                height: Math.max(Math.round(small.height / 4), letter.y + letter.height + Theme.space8 + action.height + Theme.space12)
                                 radius: Theme.radiusControl
                                 color: Theme.surface
                                 border.width: Theme.hairline

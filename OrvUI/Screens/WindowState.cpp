@@ -2,11 +2,21 @@
 
 #include <QSettings>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace orv {
 
 namespace {
+
+/// More than anybody has open; a broken file may ask for any number.
+constexpr int mostTerminals = 100;
+
+QStringList sorted(QStringList list) {
+    list.sort();
+    return list;
+}
 
 /// Of an enumeration that ends with `last`; the default where the file holds anything else.
 template <typename Enum>
@@ -22,11 +32,54 @@ double readFontSize(const QSettings& ini) {
     return isOne ? size : TerminalStyle::usualSize;
 }
 
+QHash<QString, bool> readHomeFolders(const QSettings& ini) {
+    QHash<QString, bool> folders;
+    for (const bool isOpen : {false, true}) {
+        for (const QString& path : ini.value(isOpen ? u"homeOpened"_s : u"homeClosed"_s).toStringList()) {
+            folders.insert(path, isOpen);
+        }
+    }
+    return folders;
+}
+
+void writeHomeFolders(QSettings& ini, const QHash<QString, bool>& folders) {
+    ini.setValue(u"homeOpened"_s, sorted(folders.keys(true)));
+    ini.setValue(u"homeClosed"_s, sorted(folders.keys(false)));
+}
+
+QList<TerminalPlace> readTerminals(QSettings& ini) {
+    QList<TerminalPlace> places;
+    const int count = std::min(ini.beginReadArray(u"terminals"_s), mostTerminals);
+    for (int i = 0; i < count; ++i) {
+        ini.setArrayIndex(i);
+        const QString folder = ini.value(u"folder"_s).toString();
+        if (!folder.isEmpty()) {
+            places.append(
+                {QUrl::fromLocalFile(folder), ini.value(u"title"_s).toString(), ini.value(u"selected"_s).toBool()});
+        }
+    }
+    ini.endArray();
+    return places;
+}
+
+void writeTerminals(QSettings& ini, const QList<TerminalPlace>& places) {
+    ini.remove(u"terminals"_s);
+    ini.beginWriteArray(u"terminals"_s, static_cast<int>(places.size()));
+    for (int i = 0; i < places.size(); ++i) {
+        ini.setArrayIndex(i);
+        ini.setValue(u"folder"_s, places[i].folder.toLocalFile());
+        ini.setValue(u"title"_s, places[i].title);
+        ini.setValue(u"selected"_s, places[i].isSelected);
+    }
+    ini.endArray();
+}
+
 } // namespace
 
 WindowState WindowState::load(const QString& file) {
     const WindowState defaults;
-    const QSettings ini(file, QSettings::IniFormat);
+    QSettings ini(file, QSettings::IniFormat);
+    const QStringList outline = ini.value(u"outline"_s).toStringList();
     return {
         .geometry = ini.value(u"geometry"_s).toRect(),
         .isMaximized = ini.value(u"maximized"_s, defaults.isMaximized).toBool(),
@@ -37,6 +90,11 @@ WindowState WindowState::load(const QString& file) {
              read(ini, u"section"_s, SettingsSection::projects, defaults.page.section)},
         .tab = read(ini, u"tab"_s, DetailTab::files, defaults.tab),
         .terminalFontSize = readFontSize(ini),
+        .agentPanelID = ini.value(u"agentPanel"_s).toString(),
+        .logKey = ini.value(u"log"_s).toString(),
+        .outline = QSet<QString>(outline.begin(), outline.end()),
+        .homeFolders = readHomeFolders(ini),
+        .terminals = readTerminals(ini),
     };
 }
 
@@ -51,6 +109,11 @@ void WindowState::save(const QString& file) const {
     ini.setValue(u"section"_s, static_cast<int>(page.section));
     ini.setValue(u"tab"_s, static_cast<int>(tab));
     ini.setValue(u"terminalFontSize"_s, terminalFontSize);
+    ini.setValue(u"agentPanel"_s, agentPanelID);
+    ini.setValue(u"log"_s, logKey);
+    ini.setValue(u"outline"_s, sorted(outline.values()));
+    writeHomeFolders(ini, homeFolders);
+    writeTerminals(ini, terminals);
 }
 
 QRect WindowState::fitted(QRect geometry, const QList<QRect>& screens, QSize minimum) {

@@ -1,14 +1,17 @@
 #pragma once
 
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvTerminal/View/TerminalStyle.h"
 #include "OrvUI/ModelTypes.h"
 
+#include <QHash>
 #include <QRect>
+#include <QSet>
 #include <QString>
 
 namespace orv {
 
-/// How the main window stood when it was last closed: "window.ini" in the support folder.
+/// How the main window stood when it was last closed, and what was open in it: "window.ini" in the support folder.
 struct WindowState {
     QRect geometry; ///< of the window when it is not maximised; empty at the first start
     bool isMaximized = false;
@@ -17,8 +20,14 @@ struct WindowState {
     AppPage page;
     DetailTab tab = DetailTab::overview; ///< of a project's page
     double terminalFontSize = TerminalStyle::usualSize;
+    QString agentPanelID;             ///< the project whose agent panel is open; empty: none
+    QString logKey;                   ///< the service whose output was chosen last, as ServiceLogs has it
+    QSet<QString> outline;            ///< the folders that are open in the sidebar
+    QHash<QString, bool> homeFolders; ///< those that were opened or closed on the home page
+    QList<TerminalPlace> terminals;
 
     bool operator==(const WindowState&) const = default;
+    /// What a file says that nobody could have written is left out.
     [[nodiscard]] static WindowState load(const QString& file);
     void save(const QString& file) const;
     /// The geometry moved and cut so that it is reachable on one of the screens (the first is the preferred one).

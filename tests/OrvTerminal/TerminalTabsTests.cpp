@@ -167,6 +167,36 @@ TEST_F(Terminals, AreSelectedAsTheyComeAndGo) {
     EXPECT_EQ(tabs->selectedID(), std::nullopt);
 }
 
+TEST_F(Terminals, ComeBackWhereTheirShellsWere) {
+    home.add(u"shop/deep/"_s);
+    TerminalSession* moved = open();
+    EXPECT_TRUE(prints(moved, u"cd deep; printf '\\033]0;tit''led\\007'; echo in:${PWD##*/}:"_s, u"in:deep:"_s));
+    EXPECT_TRUE(waitFor([&] { return moved->title() == u"titled"; }));
+    TerminalSession* ended = open();
+    ended->send(u"exit\n"_s);
+    EXPECT_TRUE(waitFor([&] { return !ended->isAlive(); }));
+    open(u"shop"_s);
+    tabs->select(moved->id());
+    const QList<TerminalPlace> places{
+        {QUrl::fromLocalFile(home.path(u"shop/deep"_s)), u"titled"_s, true},
+        {QUrl::fromLocalFile(home.path(u"shop"_s)), u"shop"_s, false}};
+    EXPECT_EQ(tabs->places(), places);
+
+    tabs = std::make_unique<TerminalTabs>();
+    tabs->restore(places);
+    EXPECT_EQ(tabs->places(), places) << "before anybody has looked at them";
+    ASSERT_EQ(tabs->sessions().size(), 2);
+    TerminalSession* shown = tabs->sessions().first();
+    EXPECT_EQ(tabs->selectedID(), shown->id());
+    EXPECT_FALSE(shown->shellPID());
+    shown->setShown(true);
+    EXPECT_TRUE(waitFor([&] { return shown->outputForTesting().contains(u"ready>"); }));
+    EXPECT_TRUE(prints(shown, u"echo in:${PWD##*/}:"_s, u"in:deep:"_s));
+    EXPECT_EQ(shown->title(), u"deep"_s) << "what had the other title does not run";
+    EXPECT_TRUE(tabs->sessions().last()->isWaiting());
+    EXPECT_FALSE(tabs->sessions().last()->shellPID());
+}
+
 TEST_F(Terminals, EndWithTheirJobs) {
     TerminalSession* session = open();
     session->send(u"sh -c 'echo job:$$; exec sleep 1000'\n"_s);

@@ -211,6 +211,9 @@ TEST(Shortcuts, AreFoundByWhatTheyDoAndByTheirKeys) {
     } cases[] = {
         {u"palette"_s, {u"Command palette"_s}},
         {u"ctrl shift r"_s, {u"Restart"_s}},
+#ifndef Q_OS_MACOS
+        {u"ctrl shift k"_s, {u"Command palette"_s}},
+#endif
         {u"HOME PAGE"_s, {u"Filters"_s, u"Cards or folders"_s, u"Unsaved changes only"_s}},
         {u" quit "_s, {u"Quit"_s}},
         {u"nothing such"_s, {}},

@@ -153,12 +153,17 @@ TEST_F(HomeWindow, FindsThingsInThePalette) {
     press(Qt::Key_Slash, Qt::ControlModifier);
     ASSERT_TRUE(test::waitFor([this] { return !items("ShortcutsSheet").isEmpty() || !items("KeyHint").isEmpty(); }));
     type(u"palette"_s);
-    // Only the sheet has a key by itself.
+    // Only the sheet has a key by itself: in the usual sequence, and where it is another one in a terminal's.
+#ifdef Q_OS_MACOS
+    constexpr int sequences = 1;
+#else
+    constexpr int sequences = 2;
+#endif
     const auto keys = [this] {
         const auto all = items("KeyHint");
         return std::ranges::count_if(all, [](const QQuickItem* key) { return key->property("text") == u"K"_s; });
     };
-    EXPECT_TRUE(test::waitFor([&] { return keys() == 1; }));
+    EXPECT_TRUE(test::waitFor([&] { return keys() == sequences; }));
     press(Qt::Key_Escape);
     press(Qt::Key_Escape);
     ASSERT_TRUE(test::waitFor([&] { return keys() == 0; }));

@@ -90,12 +90,32 @@ TEST(WindowState, KeepsTheWindowWithinReach) {
     const QString file = tree.path(u"window.ini"_s);
     EXPECT_EQ(WindowState::load(file), WindowState());
     const WindowState state{
-        QRect(5, 6, 900, 700), true, true, false, {.kind = AppPage::Kind::project, .id = u"/p/shop"_s},
-        DetailTab::logs,       17.5};
+        .geometry = QRect(5, 6, 900, 700),
+        .isMaximized = true,
+        .isSidebarHidden = true,
+        .isSystemDark = false,
+        .page = {.kind = AppPage::Kind::project, .id = u"/p/shop"_s},
+        .tab = DetailTab::logs,
+        .terminalFontSize = 17.5,
+        .agentPanelID = u"/p/shop"_s,
+        .logKey = u"frontend\n/p/shop\nweb, \"two\""_s,
+        .outline = {u"/p"_s, u"/p/a, b"_s},
+        .homeFolders = {{u"/p"_s, true}, {u"/p/c"_s, false}},
+        .terminals = {
+            {QUrl::fromLocalFile(u"/p/shop; 100%"_s), u"vim \u00e4=b"_s, true},
+            {QUrl::fromLocalFile(u"/"_s), u"/"_s, false}}};
     state.save(file);
     EXPECT_EQ(WindowState::load(file), state);
-    tree.add(u"odd.ini"_s, "[General]\npage=99\ntab=-1\nsection=x\nterminalFontSize=nan\n");
-    EXPECT_EQ(WindowState::load(tree.path(u"odd.ini"_s)), WindowState());
+    const QByteArrayView broken[] = {
+        "[General]\npage=99\ntab=-1\nsection=x\nterminalFontSize=nan\noutline=@Invalid()\nlog=@Variant(\\0\\x1)\n",
+        "[terminals]\nsize=2000000000\n1\\title=nowhere\n7\\folder=\n",
+        "[terminals]\nsize=-3\n1\\folder=/\n",
+        "\xff\xfe[[[\n===\n",
+    };
+    for (const QByteArrayView each : broken) {
+        tree.add(u"odd.ini"_s, each.toByteArray());
+        EXPECT_EQ(WindowState::load(tree.path(u"odd.ini"_s)), WindowState()) << each.toByteArray().constData();
+    }
 }
 
 TEST(Tooltips, ComeAfterARestAndThenAtOnceForANeighbour) {

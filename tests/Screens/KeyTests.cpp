@@ -11,6 +11,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -142,6 +143,56 @@ TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
     ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
     press(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(part(), "ProjectPage") << focus();
+}
+
+TEST_F(KeyWindow, IsWithinReachOfATerminal) {
+    const AppPage page{.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
+    model->terminals().open(QUrl::fromLocalFile(root));
+    const auto isInTerminal = [this] {
+        const QQuickItem* focused = window->activeFocusItem();
+        return focused != nullptr && focused->inherits("orv::TerminalView");
+    };
+    const auto goThere = [&] {
+        model->setPage(page);
+        // The page that was left still has its keys until it is gone.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        model->setDetailTab(DetailTab::terminal);
+        return test::waitFor(isInTerminal);
+    };
+    constexpr Qt::KeyboardModifiers both = Qt::ControlModifier | Qt::ShiftModifier;
+    const struct {
+        Qt::Key ofProgram;
+        Qt::KeyboardModifiers modifiers;
+        Qt::Key key; ///< with both
+        std::function<bool()> isThere;
+    } cases[] = {
+        {Qt::Key_Comma, Qt::ControlModifier, Qt::Key_Comma,
+         [&] { return model->page().kind == AppPage::Kind::settings; }},
+        {Qt::Key_Home, Qt::AltModifier, Qt::Key_H, [&] { return model->page() == AppPage(); }},
+        {Qt::Key_F6, {}, Qt::Key_F6, [&] { return part() == "Sidebar"; }},
+        {Qt::Key_J, Qt::ControlModifier, Qt::Key_J, [&] { return part() == "AgentPanel"; }},
+        {Qt::Key_K, Qt::ControlModifier, Qt::Key_K, [&] { return !items("PaletteItem").isEmpty(); }},
+    };
+    for (const auto& it : cases) {
+        ASSERT_TRUE(goThere()) << focus();
+        press(it.ofProgram, it.modifiers);
+        EXPECT_TRUE(isInTerminal() && model->page() == page) << it.ofProgram << " is not the program's: " << focus();
+        press(it.key, both);
+        EXPECT_TRUE(test::waitFor(it.isThere)) << it.key << ' ' << focus();
+        press(Qt::Key_Escape);
+        ASSERT_TRUE(test::waitFor([&] { return items("PaletteItem").isEmpty() && items("AgentPanel").isEmpty(); }))
+            << focus();
+        model->setPage({});
+    }
+    ASSERT_TRUE(goThere()) << focus();
+    press(Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_EQ(part(), "TopBar") << focus();
+    press(Qt::Key_F6);
+    EXPECT_TRUE(isInTerminal()) << "where one was: " << focus();
+    press(Qt::Key_F10, both);
+    EXPECT_TRUE(test::waitFor([this] { return !items("MenuRow").isEmpty(); })) << "its menu";
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(test::waitFor(isInTerminal)) << focus();
 }
 
 TEST_F(KeyWindow, ReadsOutputBackWhileMoreComes) {

@@ -75,7 +75,7 @@ void Desktop::hasEnded() {
     EXPECT_EQ(application.exitCode(), 0);
     EXPECT_TRUE(waitFor([this] { return living().isEmpty(); })) << living().join(u'\n').toStdString();
     const QString said = QString::fromUtf8(application.readAllStandardError());
-    static const QRegularExpression fault(u"qrc:|file:|QML|TypeError|ReferenceError|runtime error|ERROR: "_s);
+    static const QRegularExpression fault(u"qrc:|file:|QML|DelegateModel|TypeError|ReferenceError|runtime error|ERROR: "_s);
     EXPECT_FALSE(said.contains(fault)) << said.toStdString();
 }
 
@@ -125,6 +125,13 @@ void Desktop::click(const QString& name) {
     };
     ASSERT_TRUE(waitFor(isAtRest)) << name.toStdString() << " is not there:\n" << seen();
     desktop.click(item->place.center());
+}
+
+void Desktop::openTerminal(const QString& project) {
+    desktop.key(u"alt+3"_s);
+    ASSERT_TRUE(shows(u"New terminal in "_s + project)) << seen();
+    desktop.key(u"ctrl+shift+t"_s);
+    ASSERT_TRUE(hides(u"Run things by hand"_s)) << seen();
 }
 
 bool Desktop::clickShows(const QString& name, const QString& expected) {

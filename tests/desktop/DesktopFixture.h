@@ -47,6 +47,8 @@ protected:
     /// When it is there, and moves no more.
     void click(const QString& name);
     [[nodiscard]] bool clickShows(const QString& name, const QString& expected);
+    /// From the page of a project, whose name is that of its folder: a new terminal there, in which one can type.
+    void openTerminal(const QString& project);
     /// The window that can be seen on the screen.
     [[nodiscard]] bool hasWindow() const { return !desktop.windows(u"OrvLauncher$"_s).isEmpty(); }
     [[nodiscard]] bool hasPanel() const { return !desktop.windows(u"Quick panel"_s).isEmpty(); }

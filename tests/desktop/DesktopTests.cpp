@@ -65,7 +65,7 @@ TEST_F(Desktop, IsDrivenByKeysAlone) {
         const QStringList pins = QJsonDocument::fromJson(file)[u"pinnedProjectIDs"].toVariant().toStringList();
         return pins == QStringList(launcher.tree.path(u"projects/site"_s));
     }));
-    desktop.key(u"ctrl+Return"_s);
+    desktop.key(u"ctrl+shift+period"_s);
     EXPECT_TRUE(hides(address));
     desktop.key(u"ctrl+f"_s);
     desktop.type(u"x"_s);
@@ -170,6 +170,13 @@ TEST_F(Desktop, ComesBackAsItWasLeft) {
     const QRect small(80, 120, 1100, 700);
     EXPECT_TRUE(waitFor([&] { return place() == small; })) << seen();
     ASSERT_TRUE(clickShows(u"site"_s, u"Parts of site"_s)) << seen();
+    openTerminal(u"site"_s);
+    ASSERT_FALSE(HasFatalFailure());
+    desktop.key(u"ctrl+shift+slash"_s);
+    ASSERT_TRUE(shows(u"Find a shortcut"_s)) << seen();
+    desktop.key(u"Escape"_s);
+    ASSERT_TRUE(hides(u"Find a shortcut"_s)) << seen();
+    desktop.key(u"shift+F6"_s); // out of the terminal, which keeps the next one
     desktop.key(u"alt+2"_s);
     ASSERT_TRUE(shows(u"New task"_s)) << seen();
     const QString state = launcher.tree.path(u"support/window.ini"_s);
@@ -185,6 +192,13 @@ TEST_F(Desktop, ComesBackAsItWasLeft) {
     EXPECT_TRUE(waitFor([&] { return place() == small; })) << seen();
     EXPECT_TRUE(waitFor([&] { return corner() == dark; })) << "the first frame on";
     EXPECT_EQ(json({u"settings"_s})[u"theme"], u"ocean"_s);
+    desktop.key(u"alt+3"_s);
+    EXPECT_TRUE(shows(u"Close site"_s)) << "the terminal's tab: " << seen();
+    desktop.type(u"touch came-back"_s);
+    desktop.key(u"Return"_s);
+    EXPECT_TRUE(waitFor([&] { return QFile::exists(site + u"/came-back"_s); })) << seen();
+    desktop.key(u"ctrl+shift+w"_s);
+    EXPECT_TRUE(shows(u"Run things by hand"_s)) << seen();
     ASSERT_TRUE(clickShows(u"Maximise"_s, u"Restore"_s)) << seen();
     close();
 

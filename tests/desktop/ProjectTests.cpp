@@ -38,10 +38,8 @@ protected:
 
 TEST_F(DesktopProject, IsEditedInATerminalAndCommittedByTheLine) {
     openPage();
-    desktop.key(u"alt+3"_s);
-    ASSERT_TRUE(shows(u"New terminal in site"_s)) << seen();
-    desktop.key(u"ctrl+shift+t"_s);
-    ASSERT_TRUE(hides(u"Run things by hand"_s)) << seen();
+    openTerminal(u"site"_s);
+    ASSERT_FALSE(HasFatalFailure());
     desktop.type(u"echo first >>index.html; echo second >>index.html; sleep 1000"_s);
     desktop.key(u"Return"_s);
     EXPECT_TRUE(waitFor([this] { return living().contains(u"sleep 1000 "_s); })) << seen();

@@ -1,5 +1,6 @@
 #include "tests/desktop/DesktopFixture.h"
 #include "tests/desktop/NotificationServer.h"
+#include "tests/desktop/TrayHost.h"
 
 #include <algorithm>
 
@@ -88,6 +89,37 @@ TEST_F(DesktopTray, CountsWhatRunsAndTellsOfACrashWhileThereIsNoWindow) {
     EXPECT_EQ(notifications.shown().size(), 1) << "nobody is told what he did himself";
 }
 
+TEST_F(Desktop, HasAMenuInTheTrayWithAllThatItIsFor) {
+    TrayHost tray(desktop.busAddress());
+    ASSERT_TRUE(tray.isThere());
+    open();
+    const QString panel = u"Quick Panel (Ctrl+Alt+Super+L)"_s;
+    const auto beginsWith = [&](const QString& first) {
+        const QStringList all{first, u"-"_s, panel, u"Open OrvLauncher"_s, u"-"_s, u"Quit"_s};
+        return waitFor([&] { return tray.menu() == all; });
+    };
+    EXPECT_TRUE(beginsWith(u"(Pin projects in OrvLauncher to list them here)"_s))
+        << tray.menu().join(u'|').toStdString();
+    tell({u"pin"_s, u"add"_s, launcher.tree.path(u"projects/site"_s)});
+    ASSERT_TRUE(beginsWith(u"Run site"_s)) << tray.menu().join(u'|').toStdString();
+    EXPECT_TRUE(tray.choose(u"Run site"_s));
+    EXPECT_TRUE(shows(address)) << seen();
+    EXPECT_TRUE(httpGet(port).contains("hello from the site"));
+    EXPECT_TRUE(beginsWith(u"Stop site"_s)) << tray.menu().join(u'|').toStdString();
+    EXPECT_TRUE(tray.choose(u"Stop site"_s));
+    EXPECT_TRUE(waitFor([this] { return httpGet(port).isEmpty(); }));
+    click(u"Close"_s);
+    ASSERT_TRUE(waitFor([this] { return !hasWindow(); })) << seen();
+    EXPECT_TRUE(tray.choose(panel));
+    EXPECT_TRUE(waitFor([this] { return hasPanel(); })) << seen();
+    tray.activate();
+    EXPECT_TRUE(waitFor([this] { return !hasPanel(); })) << "as by a click";
+    EXPECT_TRUE(tray.choose(u"Open OrvLauncher"_s));
+    EXPECT_TRUE(waitFor([this] { return hasWindow(); })) << seen();
+    EXPECT_TRUE(tray.choose(u"Quit"_s));
+    hasEnded();
+}
+
 TEST_F(DesktopTray, HoldsItsKeyWhereTheKeyboardHasItAndNoLonger) {
     open();
     desktop.key(u"ctrl+comma"_s);
@@ -124,10 +156,8 @@ TEST_F(DesktopTray, AsksWhatBecomesOfWhatRunsBeforeItQuits) {
     open();
     ASSERT_TRUE(clickShows(u"Run Frontend in site"_s, address)) << seen();
     ASSERT_TRUE(clickShows(u"site"_s, u"Parts of site"_s)) << seen();
-    desktop.key(u"alt+3"_s);
-    ASSERT_TRUE(shows(u"New terminal in site"_s)) << seen();
-    desktop.key(u"ctrl+shift+t"_s);
-    ASSERT_TRUE(hides(u"Run things by hand"_s)) << seen();
+    openTerminal(u"site"_s);
+    ASSERT_FALSE(HasFatalFailure());
     desktop.type(u"vim -c \"w made-by-hand\" made-by-hand"_s);
     desktop.key(u"Return"_s);
     const QString folder = launcher.tree.path(u"projects/site"_s);

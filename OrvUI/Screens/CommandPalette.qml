@@ -187,6 +187,7 @@ T.Popup {
             boundsBehavior: Flickable.StopAtBounds
             highlightMoveDuration: 0
             keyNavigationEnabled: false
+            reuseItems: true
             model: popup.commands.results
             section.property: "group"
             Accessible.role: Accessible.List

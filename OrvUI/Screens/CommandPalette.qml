@@ -188,6 +188,8 @@ T.Popup {
             highlightMoveDuration: 0
             keyNavigationEnabled: false
             reuseItems: true
+            // None beside what is seen: each letter would change those too.
+            cacheBuffer: 0
             model: popup.commands.results
             section.property: "group"
             Accessible.role: Accessible.List

@@ -239,8 +239,8 @@ Window {
         target: root
     }
 
-    // What may stand over the pages is made behind the first frame, for its many types take time to read; or at once,
-    // when it is asked for.
+    // What may stand over the pages is made a moment behind the first frame, when the projects are mostly there as well,
+    // for its many types take time to read; or at once, when it is asked for.
     Loader {
         id: sheets
 
@@ -268,8 +268,15 @@ Window {
         target: root
         enabled: sheets.status === Loader.Null
         function onFrameSwapped() {
-            Qt.callLater(sheets.made);
+            sheetsDelay.start();
         }
+    }
+
+    Timer {
+        id: sheetsDelay
+
+        interval: Theme.durationFast
+        onTriggered: sheets.made()
     }
 
     Connections {

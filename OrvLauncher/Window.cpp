@@ -60,6 +60,8 @@ namespace {
 
 /// How long one that is still coming up, or going, may take to answer another start.
 constexpr auto answerLimit = 10s;
+/// For the first frame of a window that may be covered.
+constexpr auto frameLimit = 300ms;
 /// For a desktop that is just coming up.
 constexpr auto trayLimit = 20s;
 
@@ -100,6 +102,7 @@ private:
     void saveSoon();
     void saveState();
     void reportFrames();
+    void startRest();
     void makeTrayItem();
     void awaitTray(QDeadlineTimer limit);
     void applyShortcut();
@@ -202,23 +205,28 @@ bool WindowShell::open() {
         m_model.handle(QUrl(m_wish.url));
     }
     StartPage::open(m_model, page);
-    // What the first frame does not need comes after it.
-    QMetaObject::invokeMethod(
-        &m_look,
-        [this] {
-            m_look.start();
-            if (m_model.notificationsEnabled()) {
-                m_model.refreshNotificationStatus();
-            }
-            makeTrayItem();
-            m_instance.listen();
-            if (m_wish.staysInTray) {
-                awaitTray(QDeadlineTimer(trayLimit));
-            }
-            QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/OrvLauncher/Screens/icons/app-icon.svg"_s));
-        },
-        Qt::QueuedConnection);
+    // What the first frame does not need comes after it. There is none where the window is not to be seen.
+    connect(
+        m_window, &QQuickWindow::frameSwapped, this, &WindowShell::startRest,
+        Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
+    QTimer::singleShot(m_wish.staysInTray ? 0ms : frameLimit, this, &WindowShell::startRest);
     return true;
+}
+
+void WindowShell::startRest() {
+    if (m_panel) {
+        return;
+    }
+    m_look.start();
+    if (m_model.notificationsEnabled()) {
+        m_model.refreshNotificationStatus();
+    }
+    makeTrayItem();
+    m_instance.listen();
+    if (m_wish.staysInTray) {
+        awaitTray(QDeadlineTimer(trayLimit));
+    }
+    QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/OrvLauncher/Screens/icons/app-icon.svg"_s));
 }
 
 void WindowShell::followLook() {

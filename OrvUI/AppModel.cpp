@@ -1,4 +1,5 @@
 #include "OrvCore/Async.h"
+#include "OrvCore/BackgroundThread.h"
 #include "OrvCore/Paths.h"
 #include "OrvCore/StoreWatcher.h"
 #include "OrvCore/WidgetChange.h"
@@ -361,6 +362,7 @@ void AppModel::startScan() {
     scanner.overrides = d->overrides;
     const QString root = d->settings->settings().scanRoot;
     const auto scan = [scanner, root, cancellation = d->scanCancellation] {
+        becomeBackgroundThread(); // its pool is for scans alone
         return scanner.scanTree(root, cancellation.get());
     };
     onFinished(runIn(d->scanPool, scan), this, [this, root](const ScanResult<QList<ProjectNode>>& tree) {

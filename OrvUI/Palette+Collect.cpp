@@ -89,7 +89,7 @@ void Palette::add(Group group, PaletteRow row, std::function<void()> perform, co
         .bonus = 0,
         .perform = std::move(perform)};
     item.title = FuzzyText(item.row.title);
-    item.bonus = bonus(item.row.key);
+    item.bonus = bonus(item.row.what);
     m_items.push_back(std::move(item));
 }
 
@@ -98,7 +98,7 @@ void Palette::collectActions() {
                             const char* name, const QString& title, const char* icon, const char* keys,
                             std::function<void()> perform, const QString& alsoKnownAs = {}) {
         PaletteRow row;
-        row.key = u"action:"_s + QString::fromLatin1(name);
+        row.what = u"action:"_s + QString::fromLatin1(name);
         row.title = title;
         row.icon = QString::fromLatin1(icon);
         row.shortcut = *keys != 0 ? Keymap::text(QString::fromLatin1(keys)) : QString();
@@ -174,7 +174,7 @@ void Palette::collectPlaces() {
                            const QString& name, const QString& title, const QString& icon, const QString& keys,
                            std::function<void()> perform, const QString& detail = {}, const QString& known = {}) {
         PaletteRow row;
-        row.key = u"page:"_s + name;
+        row.what = u"page:"_s + name;
         row.title = title;
         row.detail = detail;
         row.icon = icon;
@@ -241,7 +241,7 @@ void Palette::collectTasks() {
         }
         const Project* project = m_model->project(task.projectID);
         PaletteRow row;
-        row.key = u"task:"_s + task.id.toString(QUuid::WithoutBraces);
+        row.what = u"task:"_s + task.id.toString(QUuid::WithoutBraces);
         row.title = task.title;
         row.detail = project != nullptr ? project->name : QString();
         row.icon = u"list-todo"_s;
@@ -303,7 +303,7 @@ QString Palette::detail(const Project& project, Verb verb) const {
 }
 
 void Palette::performVerb(const PaletteRow& row) {
-    const auto found = std::ranges::find(verbs(), row.key.section(u':', 0, 0), &VerbInfo::name);
+    const auto found = std::ranges::find(verbs(), row.what.section(u':', 0, 0), &VerbInfo::name);
     const Project* known = m_model->project(row.projectID);
     if (found == verbs().end() || known == nullptr) {
         return;

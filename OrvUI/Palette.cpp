@@ -80,7 +80,7 @@ Palette::Palette(QObject* parent)
     : QObject(parent), m_updateSoon(this, [this] {
           if (m_isOpen) {
               collect();
-              search();
+              search(Delegates::follow); // Enter must do what is marked
           }
       }) {}
 
@@ -173,14 +173,26 @@ bool Palette::widen() {
     return true;
 }
 
-void Palette::search() {
+void Palette::search(Delegates delegates) {
     const FuzzyPattern pattern(m_query);
     QList<PaletteRow> rows;
     for (const Hit& hit : pattern.isEmpty() ? suggested() : arranged(found())) {
         rows.append(row(hit, pattern));
     }
+    assignKeys(rows, delegates);
     m_results.setRows(rows);
     Q_EMIT resultsChanged();
+}
+
+/// To make delegates anew for each letter that is typed would take most of a frame.
+void Palette::assignKeys(QList<PaletteRow>& rows, Delegates delegates) {
+    const QList<PaletteRow>& before = m_results.rows();
+    for (qsizetype place = 0; place < rows.size(); ++place) {
+        PaletteRow& row = rows[place];
+        const auto same = delegates == Delegates::follow ? std::ranges::find(before, row.what, &PaletteRow::what)
+                                                         : before.begin() + std::min(place, before.size());
+        row.key = same != before.end() ? same->key : QString::number(m_nextKey++);
+    }
 }
 
 QList<Palette::Hit> Palette::found() const {
@@ -286,7 +298,7 @@ PaletteRow Palette::row(const Hit& hit, const FuzzyPattern& pattern) const {
         text.append(hit.candidate->name);
         text.append(info.after);
         row = {
-            .key = key(hit.candidate->projectID, hit.verb),
+            .what = key(hit.candidate->projectID, hit.verb),
             .group = {},
             .title = text.text,
             .detail = project != nullptr ? detail(*project, static_cast<Verb>(hit.verb)) : QString(),
@@ -320,11 +332,11 @@ void Palette::activate(int row) {
     if (row >= 0 && row < rows().size()) {
         const PaletteRow chosen = rows()[row];
         std::function<void()> perform;
-        if (const auto item = std::ranges::find(m_items, chosen.key, [](const Item& it) { return it.row.key; });
+        if (const auto item = std::ranges::find(m_items, chosen.what, [](const Item& it) { return it.row.what; });
             item != m_items.end()) {
             perform = item->perform;
         }
-        note(chosen.key);
+        note(chosen.what);
         close();
         if (perform) {
             perform();

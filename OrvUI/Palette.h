@@ -22,7 +22,8 @@ class FuzzyPattern;
 struct Project;
 
 struct PaletteRow {
-    QString key;   ///< of what it stands for, the same at every start: "project:/home/sam/shop", "push:/home/sam/shop"
+    QString key{}; ///< of the delegate that shows it
+    QString what;  ///< it stands for, the same at every start: "project:/home/sam/shop", "push:/home/sam/shop"
     QString group; ///< under which heading it stands
     QString title;
     QVariantList hits{}; ///< which letters of the title were found, of maps: start, length
@@ -123,7 +124,10 @@ private:
     void collectPlaces();
     void collectTasks();
     void add(Group group, PaletteRow row, std::function<void()> perform, const QString& alsoKnownAs = {});
-    void search();
+    /// What a delegate goes on to show: whatever comes to its place, or what it showed, wherever that comes.
+    enum class Delegates { keepTheirPlace, follow };
+    void search(Delegates delegates = Delegates::keepTheirPlace);
+    void assignKeys(QList<PaletteRow>& rows, Delegates delegates);
     [[nodiscard]] QList<Hit> found() const;
     [[nodiscard]] QList<Hit> suggested() const;
     [[nodiscard]] static QList<Hit> arranged(QList<Hit> hits);
@@ -143,6 +147,7 @@ private:
     std::vector<Candidate> m_candidates;
     std::vector<Item> m_items;
     RowModel<PaletteRow> m_results;
+    int m_nextKey = 0;
     UpdateSoon m_updateSoon;
 };
 

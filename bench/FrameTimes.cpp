@@ -10,12 +10,30 @@ using namespace std::chrono_literals;
 namespace orv::bench {
 namespace {
 
-constexpr double budget = 16; ///< milliseconds
-
-double cpuMilliseconds() {
+double threadMilliseconds() {
     timespec time{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+struct Summary {
+    double median = 0;
+    double most = 0; ///< what 99 of 100 keep
+    double longest = 0;
+    int over = 0; ///< the budget
+};
+
+Summary summary(const std::vector<FrameTimes::Frame>& frames, double FrameTimes::Frame::* kind) {
+    std::vector<double> times;
+    for (const FrameTimes::Frame& frame : frames) {
+        times.push_back(frame.*kind);
+    }
+    std::ranges::sort(times);
+    return {
+        .median = times[times.size() / 2],
+        .most = times[times.size() * 99 / 100],
+        .longest = times.back(),
+        .over = static_cast<int>(std::ranges::count_if(times, [](double time) { return time > FrameTimes::budget; }))};
 }
 
 } // namespace
@@ -34,8 +52,7 @@ FrameTimes::FrameTimes() {
 }
 
 void FrameTimes::start() {
-    m_wall.clear();
-    m_cpu.clear();
+    m_frames.clear();
     m_stall = 0;
     m_sinceBeat.start();
     m_beat.start();
@@ -43,29 +60,25 @@ void FrameTimes::start() {
 
 void FrameTimes::beginFrame() {
     m_sinceBegin.start();
-    m_cpuAtBegin = cpuMilliseconds();
+    m_ownAtBegin = threadMilliseconds();
 }
 
-void FrameTimes::endFrame() {
-    m_wall.push_back(static_cast<double>(m_sinceBegin.nsecsElapsed()) / 1e6);
-    m_cpu.push_back(cpuMilliseconds() - m_cpuAtBegin);
+FrameTimes::Frame FrameTimes::endFrame() {
+    return m_frames.emplace_back(
+        static_cast<double>(m_sinceBegin.nsecsElapsed()) / 1e6, threadMilliseconds() - m_ownAtBegin);
 }
 
 void FrameTimes::report(const char* part) {
     m_beat.stop();
-    if (m_wall.empty()) {
+    if (m_frames.empty()) {
         std::fprintf(stderr, "%s: no frame\n", part);
         std::exit(1);
     }
-    const auto isOver = [](double time) { return time > budget; };
-    const auto late = std::ranges::count_if(m_wall, isOver);
-    const auto busy = std::ranges::count_if(m_cpu, isOver);
-    std::ranges::sort(m_wall);
-    std::ranges::sort(m_cpu);
+    const Summary wall = summary(m_frames, &Frame::wall);
+    const Summary own = summary(m_frames, &Frame::own);
     std::printf(
-        "| %s | %zu | %.1f | %.1f | %.1f | %d | %.1f | %.1f | %d | %.1f |\n", part, m_wall.size(),
-        m_wall[m_wall.size() / 2], m_wall[m_wall.size() * 99 / 100], m_wall.back(), static_cast<int>(late),
-        m_cpu[m_cpu.size() / 2], m_cpu.back(), static_cast<int>(busy), m_stall);
+        "| %s | %zu | %.1f | %.1f | %.1f | %d | %.1f | %.1f | %d | %.1f |\n", part, m_frames.size(), wall.median,
+        wall.most, wall.longest, wall.over, own.median, own.longest, own.over, m_stall);
 }
 
 } // namespace orv::bench

@@ -11,12 +11,18 @@ namespace orv::bench {
 /// it; and for how long the event loop was kept from a beat that is due every millisecond. Main thread.
 class FrameTimes {
 public:
+    struct Frame {
+        double wall = 0; ///< milliseconds, as all here
+        double own = 0;
+    };
+    static constexpr double budget = 16;
+
     FrameTimes();
 
     /// Forgets what was measured before.
     void start();
     void beginFrame();
-    void endFrame();
+    Frame endFrame();
     /// Prints what was measured since the start, in milliseconds, as a row of the table below `heading`; and ends the
     /// program where no frame came.
     void report(const char* part);
@@ -25,9 +31,8 @@ public:
 
 private:
     QElapsedTimer m_sinceBegin;
-    double m_cpuAtBegin = 0;
-    std::vector<double> m_wall;
-    std::vector<double> m_cpu;
+    double m_ownAtBegin = 0;
+    std::vector<Frame> m_frames;
     QTimer m_beat;
     QElapsedTimer m_sinceBeat;
     double m_stall = 0;

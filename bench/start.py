@@ -4,15 +4,14 @@ From the start of the process, seen from outside, to the first frame that was ha
 with the projects in it ("content"); then memory and wake-ups of both while nothing happens.
 """
 
-import json
 import os
-import shutil
 import subprocess
 import sys
 import time
 from dataclasses import dataclass
 from pathlib import Path
 
+from desktop import add_projects, display, make_support, memory
 from rounds import alternate, median, need, print_table, spread
 
 ROUNDS = 15
@@ -25,31 +24,6 @@ BACKENDS = {"as it comes": {}, "software": {"QT_QUICK_BACKEND": "software"}, "Op
 build = Path(need("ORV_BENCH_BUILD"))
 work = Path(need("ORV_BENCH_WORK"))
 programs = {"empty window": build / "bench" / "orv-bench-start-empty", "OrvLauncher": build / "OrvLauncher" / "orvlauncher"}
-
-
-def prepare():
-    """A folder with the projects and a support folder that points to it."""
-    root = work / f"start-{PROJECTS}"
-    if not root.exists():
-        for number in range(PROJECTS):
-            folder = root / f"group-{number % 10}" / f"project-{number}"
-            (folder / "node_modules").mkdir(parents=True)
-            package = {"name": folder.name, "scripts": {"dev": "vite"}, "dependencies": {"vite": "1"}}
-            (folder / "package.json").write_text(json.dumps(package))
-    support = work / "start-support"
-    shutil.rmtree(support, ignore_errors=True)
-    support.mkdir()
-    settings = {"displayName": "Sam", "scanRoot": root.resolve().as_uri(), "showDockIcon": True, "pinnedProjectIDs": [],
-                "onboardingCompleted": True}
-    (support / "settings.json").write_text(json.dumps(settings))
-    return support
-
-
-def display():
-    """An Xvfb on a free number; the process and the name of its display."""
-    xvfb = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1400x1000x24", "-nolisten", "tcp"],
-                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-    return xvfb, ":" + xvfb.stdout.readline().strip()
 
 
 def times(program, environment):
@@ -92,19 +66,16 @@ def idle(program, environment):
         before, ticks = voluntary_switches(process.pid), cpu_ticks(process.pid)
         time.sleep(IDLE_SECONDS)
         after, later = voluntary_switches(process.pid), cpu_ticks(process.pid)
-        sizes = dict.fromkeys(["Rss:", "Pss:"], 0)
-        for line in Path(f"/proc/{process.pid}/smaps_rollup").read_text().splitlines():
-            words = line.split()
-            if words[0] in sizes:
-                sizes[words[0]] = int(words[1]) / 1024
-        return Idle(sizes["Rss:"], sizes["Pss:"], after - before, (later - ticks) * 1000 / os.sysconf("SC_CLK_TCK"))
+        return Idle(*memory(process.pid), after - before, (later - ticks) * 1000 / os.sysconf("SC_CLK_TCK"))
     finally:
         process.terminate()
         process.wait()
 
 
 def main():
-    support = prepare()
+    root, support = work / f"start-projects-{PROJECTS}", work / "start-support"
+    add_projects(root, PROJECTS)
+    make_support(support, root)
     xvfb, name = display()
     try:
         rows = []

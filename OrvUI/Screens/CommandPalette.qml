@@ -187,6 +187,9 @@ T.Popup {
             boundsBehavior: Flickable.StopAtBounds
             highlightMoveDuration: 0
             keyNavigationEnabled: false
+            reuseItems: true
+            // None beside what is seen: each letter would change those too.
+            cacheBuffer: 0
             model: popup.commands.results
             section.property: "group"
             Accessible.role: Accessible.List

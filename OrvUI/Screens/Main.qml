@@ -31,11 +31,16 @@ Window {
     signal quitAnswered(int choice)
 
     function askToQuit(message, inTray) {
-        sheets.askToQuit(message, inTray);
+        sheets.made().askToQuit(message, inTray);
     }
 
     function copyDiagnostics() {
-        sheets.copyDiagnostics();
+        sheets.made().copyDiagnostics();
+    }
+
+    function openPalette() {
+        sheets.made(); // what is typed behind its key must not be lost
+        paletteModel.open();
     }
 
     // A popup that closes leaves the focus to the window's root, not to the item that had it before.
@@ -94,7 +99,7 @@ Window {
             rail: root.narrow || root.sidebarHidden
             collapsible: !root.narrow
             onToggleRequested: root.sidebarHidden = !root.sidebarHidden
-            onJumpRequested: paletteModel.open()
+            onJumpRequested: root.openPalette()
             nav: nav
         }
 
@@ -142,44 +147,55 @@ Window {
                         Accessible.name: qsTr("Add project")
                         onClicked: nav.addProject(false)
                     },
-                    Segmented {
-                        visible: nav.page === Navigator.Ai
-                        name: qsTr("Which runs")
-                        currentIndex: root.model.agentModels.filterIndex
-                        choices: [
-                            {
-                                "text": qsTr("All")
-                            },
-                            {
-                                "text": qsTr("Running")
-                            },
-                            {
-                                "text": qsTr("Finished")
-                            }
-                        ]
-                        onChosen: index => root.model.agentModels.filterIndex = index
+                    Loader {
+                        active: nav.page === Navigator.Ai
+                        visible: active
+
+                        sourceComponent: Segmented {
+                            name: qsTr("Which runs")
+                            currentIndex: root.model.agentModels.filterIndex
+                            choices: [
+                                {
+                                    "text": qsTr("All")
+                                },
+                                {
+                                    "text": qsTr("Running")
+                                },
+                                {
+                                    "text": qsTr("Finished")
+                                }
+                            ]
+                            onChosen: index => root.model.agentModels.filterIndex = index
+                        }
                     },
-                    Segmented {
-                        visible: pages.tasks !== null
-                        name: qsTr("Which tasks")
-                        currentIndex: pages.tasks?.showsDone ? 1 : 0
-                        choices: [
-                            {
-                                "text": qsTr("Open"),
-                                "count": root.model.taskLists.openCount
-                            },
-                            {
-                                "text": qsTr("Done"),
-                                "count": root.model.taskLists.doneCount
-                            }
-                        ]
-                        onChosen: index => pages.tasks.showsDone = index === 1
+                    Loader {
+                        active: pages.tasks !== null
+                        visible: active
+
+                        sourceComponent: Segmented {
+                            name: qsTr("Which tasks")
+                            currentIndex: (pages.tasks as TasksPage)?.showsDone ? 1 : 0
+                            choices: [
+                                {
+                                    "text": qsTr("Open"),
+                                    "count": root.model.taskLists.openCount
+                                },
+                                {
+                                    "text": qsTr("Done"),
+                                    "count": root.model.taskLists.doneCount
+                                }
+                            ]
+                            onChosen: index => (pages.tasks as TasksPage).showsDone = index === 1
+                        }
                     },
-                    ProjectTools {
-                        visible: nav.page === Navigator.Project
-                        model: root.model
-                        nav: root.navigator
-                        detail: pages.detail
+                    Loader {
+                        active: nav.page === Navigator.Project
+                        visible: active
+                        Component.onCompleted: setSource("ProjectTools.qml", {
+                            "model": root.model,
+                            "nav": root.navigator,
+                            "detail": Qt.binding(() => pages.detail)
+                        })
                     }
                 ]
             }
@@ -227,16 +243,57 @@ Window {
         target: root
     }
 
-    WindowSheets {
+    // What may stand over the pages is made a moment behind the first frame, when the projects are mostly there as well,
+    // for its many types take time to read; or at once, when it is asked for.
+    Loader {
         id: sheets
 
-        model: root.model
-        nav: root.navigator
-        palette: paletteModel
+        function made() {
+            if (status === Loader.Null) {
+                setSource("WindowSheets.qml", {
+                    "model": root.model,
+                    "nav": root.navigator,
+                    "palette": paletteModel,
+                    "target": root,
+                    "ownFrame": root.ownFrame
+                });
+            }
+            return item as WindowSheets;
+        }
+
+        Component.onCompleted: {
+            if (root.model.needsOnboarding) {
+                made();
+            }
+        }
+    }
+
+    Connections {
         target: root
-        ownFrame: root.ownFrame
-        onFolderAsked: root.folderAsked()
-        onQuitAnswered: choice => root.quitAnswered(choice)
+        enabled: sheets.status === Loader.Null
+        function onFrameSwapped() {
+            sheetsDelay.start();
+        }
+    }
+
+    Timer {
+        id: sheetsDelay
+
+        interval: Theme.durationFast
+        onTriggered: sheets.made()
+    }
+
+    Connections {
+        target: sheets.item
+        ignoreUnknownSignals: true
+
+        function onFolderAsked() {
+            root.folderAsked();
+        }
+
+        function onQuitAnswered(choice) {
+            root.quitAnswered(choice);
+        }
     }
 
     TooltipLayer {}
@@ -253,8 +310,8 @@ Window {
         nav: root.navigator
         searches: root.searches
         onSearchAsked: bar.focusSearch()
-        onPaletteAsked: paletteModel.open()
-        onShortcutsAsked: sheets.showShortcuts()
+        onPaletteAsked: root.openPalette()
+        onShortcutsAsked: sheets.made().showShortcuts()
         onRegionAsked: step => regions.go(step)
         onSidebarAsked: root.sidebarHidden = !root.sidebarHidden
         onCloseAsked: root.closeAsked()

@@ -20,8 +20,8 @@ FocusScope {
     readonly property ProjectDetail detail: (page.item as ProjectPage)?.detail ?? null
     readonly property bool scrolled: isHome ? home.scrolled : (page.item as Item)?.scrolled ?? false
     readonly property Item shownPage: isHome ? home : page
-    // Null while another page is shown.
-    readonly property TasksPage tasks: (page.item as TasksPage) ?? null
+    // A TasksPage; null while another page is shown. (As the property's type its file would be read at the start.)
+    readonly property Item tasks: page.item as TasksPage
     // Null while it is closed.
     readonly property Item shownPanel: agentPanel.active ? agentPanel : null
     readonly property var sources: ({
@@ -130,17 +130,23 @@ FocusScope {
         anchors.margins: pages.narrow ? Theme.space8 : 0
         width: pages.wide ? Theme.agentPanelWidthWide : Theme.agentPanelWidth
         active: pages.nav.agentPanel && pages.detail !== null
+        // By its file's name, which is not read before the panel is wanted.
+        Component.onCompleted: setSource("AgentPanel.qml", {
+            "model": pages.model,
+            "projectID": Qt.binding(() => pages.detail?.projectID ?? ""),
+            "projectName": Qt.binding(() => pages.detail?.name ?? ""),
+            "floating": Qt.binding(() => pages.narrow)
+        })
         onLoaded: (item as AgentPanel).focusComposer()
+    }
 
-        sourceComponent: AgentPanel {
-            model: pages.model
-            projectID: pages.detail?.projectID ?? ""
-            projectName: pages.detail?.name ?? ""
-            floating: pages.narrow
-            onCloseAsked: {
-                pages.nav.agentPanel = false;
-                page.forceActiveFocus(Qt.OtherFocusReason);
-            }
+    Connections {
+        target: agentPanel.item
+        ignoreUnknownSignals: true
+
+        function onCloseAsked() {
+            pages.nav.agentPanel = false;
+            page.forceActiveFocus(Qt.OtherFocusReason);
         }
     }
 

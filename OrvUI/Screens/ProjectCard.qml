@@ -107,6 +107,14 @@ T.Control {
         sourceComponent: card.isCollection ? collection : project
     }
 
+    // Made when it is first shown: most cards never show theirs.
+    component Tool: Loader {
+        required property bool shown
+
+        active: shown || item !== null
+        visible: shown
+    }
+
     Component {
         id: collection
 
@@ -172,47 +180,59 @@ T.Control {
                 y: Theme.space12
                 spacing: Theme.space2
 
-                IconButton {
-                    visible: card.cardState === "failed" || card.failedServices.length > 0
-                    glyph: "logs"
-                    text: qsTr("Logs of %1").arg(card.name)
-                    focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
-                    onClicked: card.logsAsked()
-                }
+                Tool {
+                    shown: card.cardState === "failed" || card.failedServices.length > 0
 
-                IconButton {
-                    visible: card.active
-                    glyph: "sparkles"
-                    text: qsTr("Ask AI in %1").arg(card.name)
-                    shortcut: Keymap.text("ask")
-                    focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
-                    onClicked: card.agentAsked()
-                }
-
-                IconButton {
-                    visible: card.pinned || card.active
-                    checkable: true
-                    checked: card.pinned
-                    glyph: card.pinned ? "own-pin-fill" : "pin"
-                    tint: card.pinned ? Theme.accentText : hovered ? Theme.text : Theme.text2
-                    text: card.pinned ? qsTr("Remove pin") : qsTr("Pin %1").arg(card.name)
-                    shortcut: Keymap.text("pin")
-                    focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
-                    Accessible.name: qsTr("Pin %1").arg(card.name)
-                    onClicked: {
-                        checked = Qt.binding(() => card.pinned);
-                        card.pin();
+                    sourceComponent: IconButton {
+                        glyph: "logs"
+                        text: qsTr("Logs of %1").arg(card.name)
+                        focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                        onClicked: card.logsAsked()
                     }
                 }
 
-                IconButton {
-                    id: moreButton
+                Tool {
+                    shown: card.active
 
-                    visible: card.active
-                    glyph: "ellipsis"
-                    text: qsTr("More for %1").arg(card.name)
-                    focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
-                    onClicked: card.more(moreButton)
+                    sourceComponent: IconButton {
+                        glyph: "sparkles"
+                        text: qsTr("Ask AI in %1").arg(card.name)
+                        shortcut: Keymap.text("ask")
+                        focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                        onClicked: card.agentAsked()
+                    }
+                }
+
+                Tool {
+                    shown: card.pinned || card.active
+
+                    sourceComponent: IconButton {
+                        checkable: true
+                        checked: card.pinned
+                        glyph: card.pinned ? "own-pin-fill" : "pin"
+                        tint: card.pinned ? Theme.accentText : hovered ? Theme.text : Theme.text2
+                        text: card.pinned ? qsTr("Remove pin") : qsTr("Pin %1").arg(card.name)
+                        shortcut: Keymap.text("pin")
+                        focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                        Accessible.name: qsTr("Pin %1").arg(card.name)
+                        onClicked: {
+                            checked = Qt.binding(() => card.pinned);
+                            card.pin();
+                        }
+                    }
+                }
+
+                Tool {
+                    shown: card.active
+
+                    sourceComponent: IconButton {
+                        id: moreButton
+
+                        glyph: "ellipsis"
+                        text: qsTr("More for %1").arg(card.name)
+                        focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus
+                        onClicked: card.more(moreButton)
+                    }
                 }
             }
 

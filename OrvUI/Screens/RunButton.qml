@@ -32,13 +32,17 @@ Row {
         onClicked: run.busy ? run.stopped() : run.started()
     }
 
-    SplitPart {
-        id: part
-
+    Loader {
+        active: run.split || item !== null
         visible: run.split
-        primary: run.prominent
-        focusPolicy: run.reachable ? Qt.StrongFocus : Qt.ClickFocus
-        text: qsTr("Choose what to run in %1").arg(run.projectName)
-        onClicked: run.choose(part)
+
+        sourceComponent: SplitPart {
+            id: part
+
+            primary: run.prominent
+            focusPolicy: run.reachable ? Qt.StrongFocus : Qt.ClickFocus
+            text: qsTr("Choose what to run in %1").arg(run.projectName)
+            onClicked: run.choose(part)
+        }
     }
 }

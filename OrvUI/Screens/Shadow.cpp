@@ -298,6 +298,8 @@ void Shadow::componentComplete() {
 void Shadow::itemChange(ItemChange change, const ItemChangeData& value) {
     if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) {
         redraw();
+    } else if (change == ItemVisibleHasChanged && m_dirty) {
+        update();
     }
     QQuickItem::itemChange(change, value);
 }
@@ -316,7 +318,8 @@ QSGNode* Shadow::updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) {
         return nullptr;
     }
     auto* shadow = static_cast<ShadowNode*>(node);
-    if (!m_dirty && shadow != nullptr) {
+    // Qt asks for the pictures of what nobody sees, too.
+    if (!isVisible() || (!m_dirty && shadow != nullptr)) {
         return shadow;
     }
     const qreal ratio = window()->effectiveDevicePixelRatio();
@@ -327,8 +330,9 @@ QSGNode* Shadow::updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) {
         .ratio = ratio};
     // Where the processor paints, fewer pieces that it only copies are worth pictures of their own for each size.
     const QSizeF pixels = size() * ratio;
+    constexpr double largestCopy = 1e6; // pixels; the frame of a long list has hundreds of millions
     const bool copies = window()->rendererInterface()->graphicsApi() == QSGRendererInterface::Software &&
-                        pixels == QSizeF(pixels.toSize());
+                        pixels == QSizeF(pixels.toSize()) && pixels.width() * pixels.height() <= largestCopy;
     const size_t count = copies ? 4 : 8;
     if (shadow == nullptr || shadow->count() != count) {
         delete shadow;

@@ -8,8 +8,11 @@
 #include <QFontMetricsF>
 #include <QJSEngine>
 #include <QPointer>
+#include <QRawFont>
+#include <QResource>
 #include <QtMath>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace Qt::StringLiterals;
@@ -86,16 +89,38 @@ QFont fontOf(const Style& style) {
     return font;
 }
 
+/// Used where it lies in the program: by its name Qt would read it into memory, twice.
+QByteArray fontData(const QString& file) {
+    const QResource font(u":/qt/qml/OrvLauncher/Screens/fonts/"_s + file);
+    Q_ASSERT(font.isValid() && font.compressionAlgorithm() == QResource::NoCompression);
+    return QByteArray::fromRawData(reinterpret_cast<const char*>(font.data()), font.size());
+}
+
+/// Of all faces of a family, by the pixel of their size.
+struct Extent {
+    double ascent = 0;
+    double descent = 0;
+};
+
+/// Not as a QFont: Qt counts each size of each face as 200 KB, and wakes up by a timer to look for what it can drop
+/// once that adds up to more than 4 MB.
+const Extent& extentOf(Family family) {
+    const auto read = [](const QString& file) {
+        constexpr qreal large = 1000;
+        const QRawFont face(fontData(file), large, QFont::PreferNoHinting);
+        return Extent{face.ascent() / large, face.descent() / large};
+    };
+    // In the order of Family.
+    static const std::array extents{
+        read(u"Inter-Regular.ttf"_s), read(u"InterDisplay-SemiBold.ttf"_s), read(u"JetBrainsMono-Regular.ttf"_s)};
+    return extents[size_t(family)];
+}
+
 /// Below the top of the line, so that the face stands in its middle. At the sizes of a screen ascent and descent are
 /// rounded each, which moves the letters of some sizes down by a pixel.
-int baseline(const Style& style, const QFont& font) {
-    constexpr qreal large = 1000;
-    QFont exact = font;
-    exact.setPixelSize(qRound(large));
-    const QFontMetricsF metrics(exact);
-    const double ascent = metrics.ascent() / large * style.size;
-    const double height = (metrics.ascent() + metrics.descent()) / large * style.size;
-    return qFloor((style.line - height) / 2 + ascent);
+int baseline(const Style& style) {
+    const Extent& extent = extentOf(style.family);
+    return qFloor((style.line - (extent.ascent + extent.descent) * style.size) / 2 + extent.ascent * style.size);
 }
 
 } // namespace
@@ -104,7 +129,7 @@ void Theme::loadFonts() {
     static const bool loaded = [] {
         const QDir folder(u":/qt/qml/OrvLauncher/Screens/fonts"_s);
         for (const QString& file : folder.entryList({u"*.otf"_s, u"*.ttf"_s})) {
-            QFontDatabase::addApplicationFont(folder.filePath(file));
+            QFontDatabase::addApplicationFontFromData(fontData(file));
         }
         return true;
     }();
@@ -113,10 +138,7 @@ void Theme::loadFonts() {
 
 Theme::Theme(QObject* parent) : ThemeColors(parent) {
     loadFonts();
-    for (size_t role = 0; role < m_faces.size(); ++role) {
-        const QFont font = fontOf(styles[role]);
-        m_faces[role] = {font, baseline(styles[role], font) - qCeil(QFontMetricsF(font).ascent())};
-    }
+    std::ranges::transform(styles, m_fonts.begin(), fontOf);
 }
 
 Theme* Theme::instance() {
@@ -163,7 +185,7 @@ void Theme::setReducedMotion(bool reduced) {
 }
 
 QFont Theme::font(TextRole role) const {
-    return m_faces[size_t(role)].font;
+    return m_fonts[size_t(role)];
 }
 
 int Theme::lineHeight(TextRole role) const {
@@ -171,7 +193,11 @@ int Theme::lineHeight(TextRole role) const {
 }
 
 int Theme::lead(TextRole role) const {
-    return m_faces[size_t(role)].lead;
+    std::optional<int>& lead = m_leads[size_t(role)];
+    if (!lead) {
+        lead = baseline(styles[role]) - qCeil(QFontMetricsF(m_fonts[size_t(role)]).ascent());
+    }
+    return *lead;
 }
 
 QColor Theme::onFill(const QColor& fill) {

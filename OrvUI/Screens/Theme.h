@@ -6,6 +6,7 @@
 #include <QVariantList>
 
 #include <array>
+#include <optional>
 
 class QJSEngine;
 class QQmlEngine;
@@ -367,12 +368,8 @@ Q_SIGNALS:
     void reducedMotionChanged();
 
 private:
-    struct Face {
-        QFont font;
-        int lead = 0;
-    };
-
-    std::array<Face, Lead + 1> m_faces;
+    std::array<QFont, Lead + 1> m_fonts;
+    mutable std::array<std::optional<int>, Lead + 1> m_leads; ///< of the roles that were asked for
     bool m_reducedMotion = false;
 };
 

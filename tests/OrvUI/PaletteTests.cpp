@@ -115,6 +115,20 @@ TEST_F(PaletteTest, FollowsTheModelWhileItIsOpen) {
     EXPECT_FALSE(state(shop, ServiceKind::backend).isActive()) << "a closed one does nothing";
 }
 
+TEST_F(PaletteTest, ShowsWhatIsTypedInTheSamePlacesAndWhatChangesByItselfWhereItWas) {
+    palette().open();
+    palette().setQuery(u"shop"_s);
+    const QPersistentModelIndex first(palette().results()->index(0, 0));
+    palette().setQuery(u"wharf"_s);
+    ASSERT_TRUE(first.isValid()) << "its delegate was thrown away";
+    EXPECT_EQ(first.row(), 0);
+    palette().setQuery({});
+    const QString marked = palette().rows().first().title;
+    model->togglePinFor(project(u"sketch-pad"_s).id);
+    EXPECT_TRUE(waitFor([&] { return place(u"sketch-pad"_s) == 0; })) << found().toStdString();
+    EXPECT_EQ(palette().rows()[first.row()].title, marked);
+}
+
 TEST_F(PaletteTest, DoesWhatItsRowsSay) {
     const Project shop = project(u"shop"_s);
     const QString harbor = root + u"/client/harbor"_s;

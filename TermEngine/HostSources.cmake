@@ -42,6 +42,7 @@ set(TERM_HOST_HEADERS
     KittyGraphics.h
     LocalProcess.h
     LocalProcessChildReaper.h
+    Locked.h
     MouseEncoder.h
     Notifications.h
     OscPayloads.h

@@ -78,9 +78,7 @@ LocalProcess::LocalProcess(std::weak_ptr<LocalProcessDelegate> delegate, Configu
     : m_delegate(std::move(delegate)), m_configuration(std::move(configuration)) {}
 
 LocalProcess::~LocalProcess() {
-    if (m_phase == LocalProcessPhase::running) {
-        m_session->signal(SIGTERM);
-    }
+    terminate();
     // The pipeline's end goes on for the child: it kills what is still there after a while, and collects it.
 }
 
@@ -105,29 +103,31 @@ void LocalProcess::startProcess(const Program& program) {
     auto session = std::make_shared<Session>(child->pid, weak_from_this(), *this);
     if (child->execError != 0) {
         finishLaunchFailure({LocalProcessError::Reason::exec, child->execError});
-        {
-            const std::scoped_lock lock(m_mutex);
-            m_phase = LocalProcessPhase::exited;
-            m_session = session;
-            m_pipeline.reset();
-        }
+        m_state.with([&](State& state) {
+            state.phase = LocalProcessPhase::exited;
+            state.session = session;
+            state.pipeline.reset();
+        });
         session->reportExit();
         return;
     }
     // The exit report can't be early: it is for this session, which has to be known before.
-    std::unique_lock lock(m_mutex);
-    try {
-        m_pipeline =
-            std::make_shared<TerminalIOPipeline>(std::move(child->masterFd), session, Session::watched(session));
-    } catch (const std::system_error& error) {
-        lock.unlock();
+    const int threadError = m_state.with([&](State& state) {
+        try {
+            state.pipeline =
+                std::make_shared<TerminalIOPipeline>(std::move(child->masterFd), session, Session::watched(session));
+        } catch (const std::system_error& error) {
+            return error.code().value();
+        }
+        state.phase = LocalProcessPhase::running;
+        state.session = session;
+        return 0;
+    });
+    if (threadError != 0) {
         session->signal(SIGKILL);
         session->collect();
-        finishLaunchFailure({LocalProcessError::Reason::thread, error.code().value()});
-        return;
+        finishLaunchFailure({LocalProcessError::Reason::thread, threadError});
     }
-    m_phase = LocalProcessPhase::running;
-    m_session = std::move(session);
 }
 
 void LocalProcess::finishLaunchFailure(const LocalProcessError& error) {
@@ -137,17 +137,17 @@ void LocalProcess::finishLaunchFailure(const LocalProcessError& error) {
 }
 
 void LocalProcess::childDidExit(const Session& session, std::optional<int> status) {
-    std::shared_ptr<TerminalIOPipeline> ended;
-    {
-        const std::scoped_lock lock(m_mutex);
+    auto ended = m_state.with([&](State& state) {
+        std::shared_ptr<TerminalIOPipeline> pipeline;
         // Where a host has started another one meanwhile, as it may when it hears of a failed launch, that one stays.
-        if (m_session.get() == &session) {
-            m_phase = LocalProcessPhase::exited;
-            ended = std::move(m_pipeline);
-            m_lastCounters = ended ? ended->counters() : LocalProcessCounters{};
-            m_endSignal = LocalProcessChildReaper::endSignal(status);
+        if (state.session.get() == &session) {
+            state.phase = LocalProcessPhase::exited;
+            pipeline = std::move(state.pipeline);
+            state.lastCounters = pipeline ? pipeline->counters() : LocalProcessCounters{};
+            state.endSignal = LocalProcessChildReaper::endSignal(status);
         }
-    }
+        return pipeline;
+    });
     ended.reset();
     if (const auto delegate = m_delegate.lock()) {
         delegate->processTerminated(*this, LocalProcessChildReaper::exitCode(status));
@@ -155,8 +155,7 @@ void LocalProcess::childDidExit(const Session& session, std::optional<int> statu
 }
 
 std::shared_ptr<TerminalIOPipeline> LocalProcess::pipeline() const {
-    const std::scoped_lock lock(m_mutex);
-    return m_pipeline;
+    return m_state.with([](const State& state) { return state.pipeline; });
 }
 
 TerminalIOPipeline::SendResult LocalProcess::send(
@@ -166,10 +165,11 @@ TerminalIOPipeline::SendResult LocalProcess::send(
 }
 
 void LocalProcess::terminate() {
-    const std::scoped_lock lock(m_mutex);
-    if (m_phase == LocalProcessPhase::running) {
-        m_session->signal(SIGTERM);
-    }
+    m_state.with([](State& state) {
+        if (state.phase == LocalProcessPhase::running) {
+            state.session->signal(SIGTERM);
+        }
+    });
 }
 
 void LocalProcess::updateWindowSize(const winsize& size) {
@@ -183,13 +183,11 @@ bool LocalProcess::running() const {
 }
 
 LocalProcessPhase LocalProcess::phase() const {
-    const std::scoped_lock lock(m_mutex);
-    return m_phase;
+    return m_state.with([](const State& state) { return state.phase; });
 }
 
 pid_t LocalProcess::shellPid() const {
-    const std::scoped_lock lock(m_mutex);
-    return m_session ? m_session->pid() : 0;
+    return m_state.with([](const State& state) { return state.session ? state.session->pid() : 0; });
 }
 
 int LocalProcess::childfd() const {
@@ -198,8 +196,7 @@ int LocalProcess::childfd() const {
 }
 
 std::optional<int> LocalProcess::endSignal() const {
-    const std::scoped_lock lock(m_mutex);
-    return m_endSignal;
+    return m_state.with([](const State& state) { return state.endSignal; });
 }
 
 pid_t LocalProcess::foregroundProcessGroup() const {
@@ -208,8 +205,8 @@ pid_t LocalProcess::foregroundProcessGroup() const {
 }
 
 LocalProcessCounters LocalProcess::counters() const {
-    const std::scoped_lock lock(m_mutex);
-    return m_pipeline ? m_pipeline->counters() : m_lastCounters;
+    return m_state.with(
+        [](const State& state) { return state.pipeline ? state.pipeline->counters() : state.lastCounters; });
 }
 
 } // namespace term

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TermEngine/DeliveryQueue.h"
+#include "TermEngine/Locked.h"
 #include "TermEngine/Pty.h"
 #include "TermEngine/TerminalIOPipeline.h"
 #include "TermEngine/TerminalOptions.h"
@@ -94,6 +95,13 @@ public:
 
 private:
     class Session;
+    struct State {
+        LocalProcessPhase phase = LocalProcessPhase::notStarted;
+        std::shared_ptr<Session> session{};
+        std::shared_ptr<TerminalIOPipeline> pipeline{};
+        LocalProcessCounters lastCounters{}; ///< of the child that has ended
+        std::optional<int> endSignal{};      ///< of it, too
+    };
 
     LocalProcess(std::weak_ptr<LocalProcessDelegate> delegate, Configuration configuration);
     void finishLaunchFailure(const LocalProcessError& error);
@@ -103,13 +111,7 @@ private:
     const std::weak_ptr<LocalProcessDelegate> m_delegate;
     const Configuration m_configuration;
     std::mutex m_startMutex;
-
-    mutable std::mutex m_mutex;
-    LocalProcessPhase m_phase = LocalProcessPhase::notStarted;
-    std::shared_ptr<Session> m_session;
-    std::shared_ptr<TerminalIOPipeline> m_pipeline;
-    LocalProcessCounters m_lastCounters; ///< of the child that has ended
-    std::optional<int> m_endSignal;
+    Locked<State> m_state;
 };
 
 } // namespace term

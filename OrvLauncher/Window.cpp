@@ -434,14 +434,13 @@ void WindowShell::reportFrames() {
     if (!qEnvironmentVariableIsSet("ORV_BENCH_FIRST_FRAME")) {
         return;
     }
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     connect(m_window, &QQuickWindow::frameSwapped, this, [this, first = true]() mutable {
         if (std::exchange(first, false)) {
             std::puts("frame");
-            std::fflush(stdout);
         }
         if (m_model.hasScanned()) {
             std::puts("content");
-            std::fflush(stdout);
             std::_Exit(0);
         }
     });

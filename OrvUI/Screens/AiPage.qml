@@ -58,38 +58,46 @@ FocusScope {
                     anchors.right: parent.right
                     anchors.verticalCenter: parent.verticalCenter
                     visible: page.narrow
-                    lit: agentsPopover.opened
+                    lit: (agentsPopover.item as Popover)?.opened ?? false
                     glyph: "sparkles"
                     text: qsTr("Agents")
-                    onClicked: agentsPopover.open()
+                    onClicked: {
+                        agentsPopover.active = true;
+                        (agentsPopover.item as Popover).open();
+                    }
 
-                    Popover {
+                    // Its list is made when it is first opened: in a wide window the page has it at its side.
+                    Loader {
                         id: agentsPopover
 
-                        x: agentsButton.width - width
-                        y: agentsButton.height + Theme.space4
-                        width: Theme.agentListWidth + 2 * padding
-                        height: Math.min(implicitHeight, page.height - Theme.space40 - Theme.space16)
-                        contentItem: Flickable {
-                            id: poppedView
+                        active: false
 
-                            implicitHeight: popped.height
-                            contentHeight: popped.height
-                            boundsBehavior: Flickable.StopAtBounds
-                            clip: contentHeight > height
+                        sourceComponent: Popover {
+                            x: agentsButton.width - width
+                            y: agentsButton.height + Theme.space4
+                            width: Theme.agentListWidth + 2 * padding
+                            height: Math.min(implicitHeight, page.height - Theme.space40 - Theme.space16)
+                            contentItem: Flickable {
+                                id: poppedView
 
-                            AgentList {
-                                id: popped
+                                implicitHeight: popped.height
+                                contentHeight: popped.height
+                                boundsBehavior: Flickable.StopAtBounds
+                                clip: contentHeight > height
 
-                                width: Theme.agentListWidth
+                                AgentList {
+                                    id: popped
+
+                                    width: Theme.agentListWidth
+                                }
+
+                                FocusFollower {
+                                    view: poppedView
+                                    margin: Theme.space8
+                                }
+
+                                T.ScrollBar.vertical: ScrollBar {}
                             }
-
-                            FocusFollower {
-                                view: poppedView
-                                margin: Theme.space8
-                            }
-
-                            T.ScrollBar.vertical: ScrollBar {}
                         }
                     }
                 }

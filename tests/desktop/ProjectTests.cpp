@@ -2,6 +2,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace orv::test {
 namespace {
 
@@ -67,6 +69,36 @@ TEST_F(DesktopProject, IsEditedInATerminalAndCommittedByTheLine) {
         desktop.key(u"ctrl+shift+p"_s); // refused while the commit is being finished
         return run({u"--git-dir=../../remote.git log -1 --format=%s main"_s}) == u"Say second";
     })) << seen();
+    close();
+}
+
+TEST_F(DesktopProject, PastesWhatWasSelectedByTheMiddleButton) {
+    launcher.tree.add(u"projects/site/words"_s, R"(stty -echo
+printf '\033[2J\033[Hchosen words\n\033]2;shown\007'
+read -r words
+echo "$words" >pasted
+)");
+    openPage();
+    desktop.key(u"alt+3"_s);
+    ASSERT_TRUE(shows(u"New terminal in site"_s)) << seen();
+    desktop.key(u"ctrl+shift+t"_s);
+    ASSERT_TRUE(hides(u"Run things by hand"_s)) << seen();
+    desktop.type(u". ./words"_s);
+    desktop.key(u"Return"_s);
+    ASSERT_TRUE(shows(u"shown"_s)) << seen();
+    const auto isTerminal = [](const AccessibleTree::Item& item) { return item.role == u"terminal"; };
+    const auto items = accessible->items(u"OrvLauncher"_s);
+    const auto terminal = std::ranges::find_if(items, isTerminal);
+    ASSERT_NE(terminal, items.end()) << seen();
+    // Its first line, from the edge on.
+    const QPoint line = terminal->place.topLeft() + QPoint(2, 24);
+    desktop.drag(line, line + QPoint(400, 0));
+    desktop.click(line + QPoint(400, 0), 2);
+    desktop.key(u"Return"_s);
+    EXPECT_TRUE(waitFor([this] { return readFile(site + u"/pasted"_s) == "chosen words\n"; }))
+        << readFile(site + u"/pasted"_s).toStdString() << seen();
+    desktop.key(u"ctrl+shift+w"_s); // the terminal has all other keys
+    ASSERT_TRUE(shows(u"Run things by hand"_s)) << seen();
     close();
 }
 

@@ -164,8 +164,17 @@ void VirtualDesktop::point(QPoint at) const {
     tool(u"xdotool"_s, {u"mousemove"_s, QString::number(at.x()), QString::number(at.y())});
 }
 
-void VirtualDesktop::click(QPoint at) const {
-    tool(u"xdotool"_s, {u"mousemove"_s, QString::number(at.x()), QString::number(at.y()), u"click"_s, u"1"_s});
+void VirtualDesktop::click(QPoint at, int button) const {
+    point(at);
+    tool(u"xdotool"_s, {u"click"_s, QString::number(button)});
+}
+
+void VirtualDesktop::drag(QPoint from, QPoint to) const {
+    point(from);
+    tool(u"xdotool"_s, {u"mousedown"_s, u"1"_s});
+    point((from + to) / 2);
+    point(to);
+    tool(u"xdotool"_s, {u"mouseup"_s, u"1"_s});
 }
 
 void VirtualDesktop::key(const QString& keys) const {

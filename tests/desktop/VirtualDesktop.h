@@ -41,7 +41,10 @@ public:
     void addProgram(const QString& name, const QByteArray& script) const;
 
     void point(QPoint at) const;
-    void click(QPoint at) const;
+    /// `button` as X numbers them: 2 is the middle one.
+    void click(QPoint at, int button = 1) const;
+    /// With the first button held.
+    void drag(QPoint from, QPoint to) const;
     /// As xdotool names them: "ctrl+d".
     void key(const QString& keys) const;
     void type(const QString& text) const;

@@ -75,7 +75,8 @@ void Desktop::hasEnded() {
     EXPECT_EQ(application.exitCode(), 0);
     EXPECT_TRUE(waitFor([this] { return living().isEmpty(); })) << living().join(u'\n').toStdString();
     const QString said = QString::fromUtf8(application.readAllStandardError());
-    static const QRegularExpression fault(u"qrc:|file:|QML|DelegateModel|TypeError|ReferenceError|runtime error|ERROR: "_s);
+    static const QRegularExpression fault(
+        u"qrc:|file:|QML|DelegateModel|TypeError|ReferenceError|runtime error|ERROR: "_s);
     EXPECT_FALSE(said.contains(fault)) << said.toStdString();
 }
 

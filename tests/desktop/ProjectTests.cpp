@@ -94,6 +94,7 @@ TEST_F(DesktopProject, FollowsAnAgentWhileItWorksAndGoesOnWithIt) {
     EXPECT_TRUE(shows(u"The total keeps its cents now."_s)) << seen();
     ASSERT_TRUE(clickShows(u"Review what Claude Code changed"_s, u"index.html, modified, 1 added, 0 removed"_s))
         << seen();
+    EXPECT_TRUE(shows(u"added, line 2: more"_s)) << seen();
     desktop.key(u"Escape"_s);
     EXPECT_TRUE(hides(u"index.html, modified, 1 added, 0 removed"_s));
     EXPECT_EQ(run({u"diff --numstat"_s}), u"1\t0\tindex.html"_s);

@@ -108,11 +108,15 @@ TEST_F(DesktopProject, FollowsAnAgentWhileItWorksAndGoesOnWithIt) {
     EXPECT_TRUE(readFile(words).contains("5f2c7a90-1d3e-4b52-9a77-0c6d1b2e3f40")) << "the session that it goes on with";
     click(u"Stop Claude Code"_s);
     EXPECT_TRUE(hides(u"Stop Claude Code"_s)) << seen();
+    // Another process knows it once it is stored.
     QStringList states;
-    for (const QJsonValue run : json({u"agent"_s, u"list"_s}).array()) {
-        states.append(run[u"task"].toString() + u' ' + run[u"state"].toString());
-    }
-    EXPECT_EQ(states, QStringList({u"Once more stopped"_s, u"Keep the cents succeeded"_s}));
+    EXPECT_TRUE(waitFor([&] {
+        states.clear();
+        for (const QJsonValue run : json({u"agent"_s, u"list"_s}).array()) {
+            states.append(run[u"task"].toString() + u' ' + run[u"state"].toString());
+        }
+        return states == QStringList({u"Once more stopped"_s, u"Keep the cents succeeded"_s});
+    })) << states.join(u'|').toStdString();
     close();
 }
 

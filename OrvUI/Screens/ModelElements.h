@@ -25,6 +25,7 @@
 #include "OrvUI/ProjectChoice.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/ProjectFiles.h"
+#include "OrvUI/RunReview.h"
 #include "OrvUI/ServiceLogs.h"
 #include "OrvUI/SettingsForm.h"
 #include "OrvUI/Shortcuts.h"
@@ -206,6 +207,12 @@ struct ProjectFilesElement {
     QML_FOREIGN(orv::ProjectFiles)
     QML_NAMED_ELEMENT(FilesModel)
     QML_UNCREATABLE("The project's detail owns it")
+};
+
+struct RunReviewElement {
+    Q_GADGET
+    QML_FOREIGN(orv::RunReview)
+    QML_NAMED_ELEMENT(RunReview)
 };
 
 struct ServiceLogsElement {

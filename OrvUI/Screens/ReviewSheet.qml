@@ -6,7 +6,22 @@ import QtQuick.Templates as T
 Sheet {
     id: sheet
 
+    required property AppModel model
     required property AgentModels agents
+
+    width: Math.min(Theme.settingsWidth, parent.width - Theme.space32)
+    onAboutToShow: {
+        review.runKey = agents.reviewKey;
+        list.currentIndex = 0;
+    }
+    onOpened: list.forceActiveFocus(Qt.PopupFocusReason)
+
+    RunReview {
+        id: review
+
+        model: sheet.model
+        path: (list.currentItem as ReviewFile)?.key ?? ""
+    }
 
     contentItem: Item {
         implicitHeight: column.height
@@ -24,7 +39,7 @@ Sheet {
 
                 Label {
                     anchors.verticalCenter: parent.verticalCenter
-                    role: Theme.Title
+                    role: Theme.SheetTitle
                     text: qsTr("Changes")
                     Accessible.role: Accessible.Heading
                     Accessible.name: text
@@ -57,7 +72,9 @@ Sheet {
 
                     y: Theme.space4
                     width: parent.width
-                    height: Math.min(contentHeight, 8 * Theme.taskRowHeight)
+                    height: Math.min(contentHeight, 5 * Theme.controlRegular)
+                    focus: true
+                    highlightMoveDuration: 0
                     boundsBehavior: Flickable.StopAtBounds
                     clip: true
                     activeFocusOnTab: true
@@ -65,79 +82,78 @@ Sheet {
                     Accessible.name: qsTr("Changed files")
                     model: sheet.agents.reviewFiles
 
-                    delegate: Item {
-                        id: file
-
-                        required property string key
-                        required property string kind
-                        required property int added
-                        required property int removed
-                        required property bool isBinary
-
+                    delegate: ReviewFile {
                         width: ListView.view.width
-                        height: Theme.controlRegular
-                        Accessible.role: Accessible.ListItem
-                        Accessible.name: qsTr("%1, %2, %3 added, %4 removed").arg(key).arg(kind).arg(added).arg(removed)
-
-                        Icon {
-                            id: sign
-
-                            x: Theme.space12
-                            anchors.verticalCenter: parent.verticalCenter
-                            name: file.kind === "added" ? "file-plus-2" : file.kind === "deleted" ? "trash-2" : "file-pen-line"
-                            color: Theme.text2
-                        }
-
-                        Label {
-                            id: path
-
-                            anchors.left: sign.right
-                            anchors.leftMargin: Theme.space8
-                            anchors.right: counts.left
-                            anchors.rightMargin: Theme.space8
-                            anchors.verticalCenter: parent.verticalCenter
-                            role: Theme.MonoPath
-                            elide: Text.ElideMiddle
-                            text: file.key
-
-                            Tip {
-                                text: path.truncated ? path.text : ""
-                            }
-                        }
-
-                        Row {
-                            id: counts
-
-                            anchors.right: parent.right
-                            anchors.rightMargin: Theme.space12
-                            anchors.verticalCenter: parent.verticalCenter
-                            spacing: Theme.space8
-
-                            Label {
-                                visible: file.isBinary
-                                role: Theme.Small
-                                color: Theme.text3
-                                text: qsTr("binary")
-                            }
-
-                            Label {
-                                visible: !file.isBinary
-                                role: Theme.MonoPath
-                                color: Theme.success
-                                text: qsTr("+%1").arg(file.added)
-                            }
-
-                            Label {
-                                visible: !file.isBinary
-                                role: Theme.MonoPath
-                                color: Theme.danger
-                                text: qsTr("−%1").arg(file.removed)
-                            }
+                        current: ListView.isCurrentItem
+                        focused: ListView.isCurrentItem && list.activeFocus
+                        onChosen: {
+                            list.currentIndex = index;
+                            list.forceActiveFocus(Qt.MouseFocusReason);
                         }
                     }
 
                     T.ScrollBar.vertical: ScrollBar {}
                 }
+            }
+
+            Rectangle {
+                width: parent.width - 2 * parent.padding
+                height: lines.height + 2 * Theme.space6
+                visible: lines.count > 0
+                radius: Theme.radiusCard
+                color: Theme.terminalBackground
+                border.width: Theme.hairline
+                border.color: Theme.border
+
+                ListView {
+                    id: lines
+
+                    property int offset: 0
+
+                    x: Theme.hairline
+                    y: Theme.space6
+                    width: parent.width - 2 * x
+                    height: Math.min(contentHeight, Math.max(6, Math.floor((sheet.parent?.height ?? 0) * 0.4 / Theme.space20)) * Theme.space20)
+                    boundsBehavior: Flickable.StopAtBounds
+                    clip: true
+                    activeFocusOnTab: true
+                    keyNavigationEnabled: true
+                    highlightMoveDuration: 0
+                    reuseItems: true
+                    cacheBuffer: 0
+                    model: review.lines
+                    Accessible.role: Accessible.List
+                    Accessible.name: qsTr("Changes of %1").arg(review.path)
+                    Keys.onLeftPressed: offset = Math.max(0, offset - Theme.space40)
+                    Keys.onRightPressed: offset += Theme.space40
+
+                    delegate: DiffLine {
+                        width: lines.width
+                        offset: lines.offset
+                        focused: lines.activeFocus && InputMode.keyboard && ListView.isCurrentItem
+                    }
+
+                    T.ScrollBar.vertical: ScrollBar {}
+                }
+
+                Connections {
+                    target: review
+
+                    function onChanged() {
+                        lines.offset = 0;
+                        lines.currentIndex = 0;
+                        lines.positionViewAtBeginning();
+                    }
+                }
+            }
+
+            Label {
+                visible: list.count > 0 && text.length > 0
+                width: parent.width - 2 * parent.padding
+                color: Theme.text3
+                wrapMode: Text.Wrap
+                elide: Text.ElideNone
+                text: review.note
             }
 
             Row {

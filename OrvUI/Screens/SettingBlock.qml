@@ -14,7 +14,7 @@ Column {
 
     // Whether a setting with these words is among what is looked for: each of the words begins or is within one.
     function finds(words) {
-        const all = [block.heading, block.also, words].join("\n").toLocaleLowerCase();
+        const all = (block.heading + "\n" + block.also + "\n" + words).toLocaleLowerCase();
         return block.search.toLocaleLowerCase().split(" ").every(word => all.includes(word));
     }
 

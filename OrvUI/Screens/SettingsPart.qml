@@ -17,7 +17,7 @@ Column {
     readonly property bool isNeeded: searches || isCurrent
     // By its own name all of it is found.
     readonly property string search: modelData.text.toLocaleLowerCase().includes(wanted.toLocaleLowerCase()) ? "" : wanted
-    readonly property bool hasMatches: section.item !== null && section.item.implicitHeight > 0
+    readonly property bool hasMatches: ((section.item as Item)?.implicitHeight ?? 0) > 0
     // Where the next one stands.
     readonly property real below: visible && height > 0 ? y + height + Theme.space16 : y
     signal folderRequested

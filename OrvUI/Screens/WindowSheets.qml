@@ -50,6 +50,7 @@ Item {
         active: false
 
         sourceComponent: ReviewSheet {
+            model: sheets.model
             agents: sheets.model.agentModels
         }
     }

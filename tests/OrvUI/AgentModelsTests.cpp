@@ -1,6 +1,7 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/ProjectDetail.h"
+#include "OrvUI/RunReview.h"
 #include "OrvUI/TaskLists.h"
 #include "tests/OrvUI/AgentFixture.h"
 
@@ -75,6 +76,18 @@ TEST_F(AgentModelsTest, ShowTheRunsAsTheyComeAndGo) {
     lists().review(first);
     EXPECT_EQ(column(*lists().reviewFiles(), "key"), QStringList{u"a.txt"_s});
     EXPECT_EQ(lists().reviewText(), u"1 file changed, +1 −0."_s);
+    RunReview review;
+    review.setModel(model.get());
+    review.setPath(u"a.txt"_s);
+    review.setRunKey(first);
+    EXPECT_TRUE(waitFor([&] { return review.lines()->added() == 1; })) << review.note().toStdString();
+    EXPECT_EQ(review.note(), QString());
+    review.setPath(u"b.txt"_s);
+    EXPECT_EQ(review.lines()->rowCount(), 0);
+    EXPECT_NE(review.note(), QString()) << "of which nothing is stored";
+    review.setRunKey(at(runs, 0, "key").toString());
+    EXPECT_TRUE(waitFor([&] { return review.note() == u"What this run changed is not known."; }))
+        << review.note().toStdString();
     lists().stop(at(*lists().projectRuns(), 1, "key").toString());
     EXPECT_TRUE(waitFor([&] { return column(runs, "title").size() == 3; }));
     EXPECT_EQ(lists().workingText(), QString());

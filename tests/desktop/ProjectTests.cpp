@@ -126,6 +126,7 @@ TEST_F(DesktopProject, FollowsAnAgentWhileItWorksAndGoesOnWithIt) {
     EXPECT_TRUE(shows(u"The total keeps its cents now."_s)) << seen();
     ASSERT_TRUE(clickShows(u"Review what Claude Code changed"_s, u"index.html, modified, 1 added, 0 removed"_s))
         << seen();
+    EXPECT_TRUE(shows(u"added, line 2: more"_s)) << seen();
     desktop.key(u"Escape"_s);
     EXPECT_TRUE(hides(u"index.html, modified, 1 added, 0 removed"_s));
     EXPECT_EQ(run({u"diff --numstat"_s}), u"1\t0\tindex.html"_s);
@@ -139,11 +140,15 @@ TEST_F(DesktopProject, FollowsAnAgentWhileItWorksAndGoesOnWithIt) {
     EXPECT_TRUE(readFile(words).contains("5f2c7a90-1d3e-4b52-9a77-0c6d1b2e3f40")) << "the session that it goes on with";
     click(u"Stop Claude Code"_s);
     EXPECT_TRUE(hides(u"Stop Claude Code"_s)) << seen();
+    // Another process knows it once it is stored.
     QStringList states;
-    for (const QJsonValue run : json({u"agent"_s, u"list"_s}).array()) {
-        states.append(run[u"task"].toString() + u' ' + run[u"state"].toString());
-    }
-    EXPECT_EQ(states, QStringList({u"Once more stopped"_s, u"Keep the cents succeeded"_s}));
+    EXPECT_TRUE(waitFor([&] {
+        states.clear();
+        for (const QJsonValue run : json({u"agent"_s, u"list"_s}).array()) {
+            states.append(run[u"task"].toString() + u' ' + run[u"state"].toString());
+        }
+        return states == QStringList({u"Once more stopped"_s, u"Keep the cents succeeded"_s});
+    })) << states.join(u'|').toStdString();
     close();
 }
 

@@ -24,6 +24,8 @@ void Buffer::resize(int cols, int rows, std::span<LinePlace> places) {
     m_trimmedCount += static_cast<std::uint64_t>(surplus);
     m_yBase -= surplus;
     m_yDisp = std::clamp(m_yDisp - surplus, 0, m_yBase);
+    // What came back onto the screen is written to.
+    m_coarseEnd = flows ? 0 : std::min(m_coarseEnd, m_trimmedCount + static_cast<std::uint64_t>(m_yBase));
     resetMargins();
     saved.x = std::clamp(saved.x, 0, m_cols - 1);
     saved.y = std::clamp(saved.y, 0, m_rows - 1);

@@ -45,6 +45,7 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options, const Ve
     m_normal->lineObserver = this;
     m_alternate->lineObserver = this;
     m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
+    m_arena->setCoarsening([this](CellArena::Coarsening& coarsening) { coarsen(coarsening); });
     resetState();
     if (m_normal->defaultBidiState != 0) {
         m_normal->clear();
@@ -60,6 +61,13 @@ void Terminal::mark(CellArena::Marker& marker) const {
     marker.markPen(m_pen.bits);
     marker.markPen(m_pen.blank.rawValue);
     marker.markPen(std::uint64_t{m_link} << PackedCell::payloadShift);
+}
+
+void Terminal::coarsen(CellArena::Coarsening& coarsening) {
+    coarsening.keepPen(m_pen.bits);
+    coarsening.keepPen(m_pen.blank.rawValue);
+    m_alternate->coarsen(coarsening);
+    m_normal->coarsen(coarsening);
 }
 
 void Terminal::printScalars(std::span<const char32_t> text) {

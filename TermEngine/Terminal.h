@@ -437,6 +437,7 @@ private:
     [[nodiscard]] KittyKeyboardStack& keyboard() { return m_keyboards[isAlternateActive() ? 1 : 0]; }
     void resetState();
     void mark(CellArena::Marker& marker) const;
+    void coarsen(CellArena::Coarsening& coarsening);
 
     TerminalDelegate& m_delegate;
     TerminalOptions m_options;

@@ -345,11 +345,15 @@ void Terminal::setCursorBlink(bool blink) {
 }
 
 void Terminal::setSynchronizedOutput(bool on) {
+    // A second beginning begins nothing: the time would never be over.
+    if (m_modes.synchronizedOutput == on) {
+        return;
+    }
+    m_modes.synchronizedOutput = on;
     if (on) {
         m_delegate.scheduleSynchronizedOutputTimeout(*this, synchronizedOutputTimeout);
     }
-    if (m_modes.synchronizedOutput != on) {
-        m_modes.synchronizedOutput = on;
+    if (m_modes.synchronizedOutput == on) {
         m_delegate.synchronizedOutputChanged(*this, on);
     }
 }

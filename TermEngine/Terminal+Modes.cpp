@@ -404,7 +404,7 @@ void Terminal::switchTo(Buffer& buffer) {
     buffer.setPendingWrap(from.pendingWrap());
     m_buffer = &buffer;
     m_isPenStale = true;
-    clearSelection();
+    dropSelection();
     m_delegate.bufferActivated(*this);
 }
 

@@ -159,7 +159,7 @@ void Terminal::resize(int cols, int rows) {
     }
     // Only the normal screen flows, and with it what was selected, unless that is a rectangle.
     if (cols != this->cols() && (isAlternateActive() || m_selection.shape() == RangeShape::rectangle)) {
-        clearSelection();
+        dropSelection();
     }
     // Afterwards other text stands above or below a picture.
     cutOverwrittenImages();
@@ -173,6 +173,7 @@ void Terminal::resize(int cols, int rows) {
     m_alternate->resize(cols, rows);
     cutOverwrittenImages();
     dropPassedImages();
+    tellOfChanges();
     m_delegate.sizeChanged(*this);
     if (m_modes.inBandResize) {
         reportSize();
@@ -232,21 +233,39 @@ void Terminal::resetState() {
     }
 }
 
+void Terminal::tellOfChanges() {
+    if (std::exchange(m_imagesHaveChanged, false)) {
+        m_delegate.imagesChanged(*this);
+    }
+    if (std::exchange(m_selectionHasChanged, false)) {
+        m_delegate.selectionChanged(*this);
+    }
+}
+
 void Terminal::reset() {
     m_parser.reset();
     const bool wasAlternate = isAlternateActive();
     const TerminalModes before = m_modes;
-    const bool hadImages = !m_images.placements().empty();
+    m_imagesHaveChanged = m_imagesHaveChanged || !m_images.placements().empty();
     const std::vector<DynamicColor> hadColors = ownDynamicColors();
-    clearSelection();
+    dropSelection();
     resetState();
     m_buffer = m_normal.get();
     m_normal->clearHistory();
     m_normal->clear();
     m_alternate->clear();
+    tellOfChanges();
     if (wasAlternate) {
         m_delegate.bufferActivated(*this);
     }
+    tellOfReset(before);
+    m_delegate.colorChanged(*this, {});
+    for (const DynamicColor which : hadColors) {
+        dynamicColorChanged(which);
+    }
+}
+
+void Terminal::tellOfReset(const TerminalModes& before) {
     if (!before.cursorVisible) {
         m_delegate.showCursor(*this);
     }
@@ -257,13 +276,6 @@ void Terminal::reset() {
         m_delegate.synchronizedOutputChanged(*this, false);
     }
     m_delegate.cursorStyleChanged(*this, m_cursorStyle);
-    if (hadImages) {
-        m_delegate.imagesChanged(*this);
-    }
-    m_delegate.colorChanged(*this, {});
-    for (const DynamicColor which : hadColors) {
-        dynamicColorChanged(which);
-    }
 }
 
 /// What DECSTR resets: VT520 Programmer Information, DECSTR.

@@ -121,19 +121,6 @@ TEST(Terminal, EndsSynchronizedOutputWhenTheTimeIsOver) {
     EXPECT_EQ(session.host.calls, (std::vector<std::string>{"watchdog", "hold", "release"}));
 }
 
-TEST(Terminal, MayBeResizedAndResetByItsHost) {
-    class Meddler final : public RecordingHost {
-    public:
-        void bell(Terminal& source) override { source.resize(source.cols() == 80 ? 3 : 80, 2); }
-        void setTerminalTitle(Terminal& source, const std::string&) override { source.reset(); }
-    } host;
-    Terminal terminal(host);
-    terminal.feed("hello\x07 wide world\x1B]2;x\x07"
-                  "after\x07more\x1B]2;y\x07"
-                  "end");
-    EXPECT_EQ(terminal.lineText(0), "end");
-}
-
 TEST(Terminal, KeepsTextAndAttributesThroughAResizeThereAndBack) {
     TerminalOptions options;
     options.scrollback = 10'000;

@@ -254,6 +254,8 @@ void Terminal::reset() {
     m_normal->clearHistory();
     m_normal->clear();
     m_alternate->clear();
+    // As long as that is what it has.
+    m_modes.columns132 = before.columns132 && cols() == 132;
     tellOfChanges();
     if (wasAlternate) {
         m_delegate.bufferActivated(*this);
@@ -262,6 +264,11 @@ void Terminal::reset() {
     m_delegate.colorChanged(*this, {});
     for (const DynamicColor which : hadColors) {
         dynamicColorChanged(which);
+    }
+    // Like xterm, which leaves the width alone where columns must not be changed.
+    if (before.allowsColumnMode && m_modes.columns132 && m_delegate.allowsResize(*this, 80, rows())) {
+        m_modes.columns132 = false;
+        resize(80, rows());
     }
 }
 

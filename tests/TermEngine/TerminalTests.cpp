@@ -64,6 +64,15 @@ TEST(Terminal, ReportsWhatTheHostKnowsAndAllows) {
     EXPECT_EQ(session.ask("\x1B[>0;1T\x1B[>0t\x1B]2;6869\x07\x1B[>0T\x1B[21t"), "\x1B]lhi\x1B\\");
     EXPECT_EQ(session.ask("\x1B[?2048h"), "\x1B[48;25;80;400;640t");
     EXPECT_EQ(session.ask("\x1B[?40h\x1B[?3h\x1B[18t"), "\x1B[48;25;132;400;1056t\x1B[8;25;132t");
+    // RIS goes back, where columns may be changed; else it is still so.
+    EXPECT_EQ(
+        session.ask("\x1B[?40l\x1B"
+                    "c\x1B[18t\x1B[?3$p"),
+        "\x1B[8;25;132t\x1B[?3;1$y");
+    EXPECT_EQ(
+        session.ask("\x1B[?40h\x1B"
+                    "c\x1B[18t\x1B[?3$p"),
+        "\x1B[8;25;80t\x1B[?3;2$y");
     session.terminal.feed("\x1B[?2031h");
     session.terminal.setColorScheme(ColorScheme::light);
     session.terminal.setColorScheme(ColorScheme::light);

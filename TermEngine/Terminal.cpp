@@ -248,6 +248,8 @@ void Terminal::reset() {
     const TerminalModes before = m_modes;
     m_imagesHaveChanged = m_imagesHaveChanged || !m_images.placements().empty();
     const std::vector<DynamicColor> hadColors = ownDynamicColors();
+    const bool hadPointerShape = !std::exchange(m_pointerShape, {}).empty();
+    const bool showedProgress = std::exchange(m_showsProgress, false);
     dropSelection();
     resetState();
     m_buffer = m_normal.get();
@@ -261,6 +263,12 @@ void Terminal::reset() {
         m_delegate.bufferActivated(*this);
     }
     tellOfReset(before);
+    if (hadPointerShape) {
+        m_delegate.pointerShapeChanged(*this, {});
+    }
+    if (showedProgress) {
+        m_delegate.progressReport(*this, {});
+    }
     m_delegate.colorChanged(*this, {});
     for (const DynamicColor which : hadColors) {
         dynamicColorChanged(which);

@@ -510,6 +510,8 @@ private:
     std::array<bool, 4> m_titleModes{};
     std::string m_directory;
     std::string m_document;
+    std::string m_pointerShape;
+    bool m_showsProgress = false;
     std::string m_xtVersionIdentity;
     ColorScheme m_colorScheme = ColorScheme::dark;
     TerminalVisibility m_visibility = TerminalVisibility::potentiallyVisible;

@@ -76,6 +76,7 @@ void Buffer::reflow(int cols, int rows, std::span<LinePlace> places) {
             lineAt(index).resize(cols);
         }
         m_pendingWrap = m_pendingWrap && m_x == cols - 1;
+        saved.pendingWrap = saved.pendingWrap && saved.x == cols - 1;
         m_x = std::min(m_x, cols - 1);
         return;
     }

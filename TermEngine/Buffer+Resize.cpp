@@ -28,6 +28,8 @@ void Buffer::resize(int newCols, int newRows, std::span<LinePlace> places) {
     m_trimmedCount += static_cast<std::uint64_t>(surplus);
     m_yBase -= surplus;
     m_yDisp = std::clamp(m_yDisp - surplus, 0, m_yBase);
+    // What came back onto the screen is written to.
+    m_coarseEnd = flows ? 0 : std::min(m_coarseEnd, m_trimmedCount + static_cast<std::uint64_t>(m_yBase));
     resetMargins();
     saved.x = std::clamp(saved.x, 0, m_cols - 1);
     saved.y = std::clamp(saved.y, 0, m_rows - 1);
@@ -77,6 +79,7 @@ void Buffer::cutOrExtend(int cols) {
         lineAt(index).resize(cols);
     }
     m_pendingWrap = m_pendingWrap && m_x == cols - 1;
+    saved.pendingWrap = saved.pendingWrap && saved.x == cols - 1;
     m_x = std::min(m_x, cols - 1);
 }
 

@@ -156,4 +156,21 @@ void Buffer::mark(CellArena::Marker& marker) const {
     }
 }
 
+void Buffer::coarsen(CellArena::Coarsening& coarsening) {
+    const int coarseEnd = static_cast<int>(std::max(m_coarseEnd, m_trimmedCount) - m_trimmedCount);
+    int index = lineCount() - 1;
+    for (; index >= coarseEnd && (index >= m_yBase || coarsening.hasRoom()); --index) {
+        coarsening.keep(lineAt(index).usedCells());
+        coarsening.keepPen(lineAt(index).tailBlankCell().rawValue);
+    }
+    m_coarseEnd = std::max(m_coarseEnd, m_trimmedCount + static_cast<std::uint64_t>(index + 1));
+    for (; index >= coarseEnd; --index) {
+        BufferLine& line = lineAt(index);
+        coarsening.spare(line.tailBlankCell());
+        if (coarsening.changes(line.usedCells())) {
+            coarsening.coarsen(line.edit(0, line.usedLength()));
+        }
+    }
+}
+
 } // namespace term

@@ -217,6 +217,8 @@ public:
     void changeHistorySize(int scrollback);
 
     void mark(CellArena::Marker& marker) const;
+    /// The screen is kept.
+    void coarsen(CellArena::Coarsening& coarsening);
     /// The last column of a row: double-width lines have half of them.
     [[nodiscard]] int lastColumn(int row) const { return m_hasDoubleLines ? lastColumn(line(row)) : m_cols - 1; }
     [[nodiscard]] int lastColumn(const BufferLine& line) const {
@@ -283,6 +285,7 @@ private:
     int m_marginRight;
     char32_t m_lastScalar = 0; ///< with `joinsNext`
     std::uint64_t m_trimmedCount = 0;
+    std::uint64_t m_coarseEnd = 0; ///< the lines before this number are coarse
     std::vector<bool> m_tabStops;
 };
 

@@ -94,13 +94,21 @@ std::uint16_t CellArena::intern(const PackedAttributeKey& key) {
     return id;
 }
 
+/// 0: none.
+std::uint16_t CellArena::known(const PackedAttributeKey& key) const {
+    return m_attributeIdentifiers[slotOf(key, hashOf(key))].id;
+}
+
 void CellArena::willIntern(const PackedAttributeKey& key) const {
     __builtin_prefetch(m_attributeIdentifiers.data() + ((hashOf(key) >> 16) & (m_attributeIdentifiers.size() - 1)));
 }
 
 /// `slot` is the free one where it belongs; 0 when there is no room.
 std::uint16_t CellArena::addAttribute(const PackedAttributeKey& key, std::uint64_t hash, std::size_t slot) {
-    const bool hasSwept = sweepWhenDue(isFullOfAttributes() ? Room::none : Room::some);
+    bool isRebuilt = sweepWhenDue(isFullOfAttributes() ? Room::none : Room::some);
+    if (isFullOfAttributes()) {
+        isRebuilt = coarsenWhenDue() || isRebuilt;
+    }
     if (isFullOfAttributes()) {
         return 0;
     }
@@ -117,7 +125,7 @@ std::uint16_t CellArena::addAttribute(const PackedAttributeKey& key, std::uint64
     if (m_attributeCount * 4 > m_attributeIdentifiers.size()) {
         growSlots();
         addToSlots(id);
-    } else if (hasSwept) {
+    } else if (isRebuilt) {
         addToSlots(id);
     } else {
         m_attributeIdentifiers[slot] = {id, tagOf(hash)};
@@ -149,11 +157,23 @@ void CellArena::sweep() {
     m_roots(marker);
     m_graphemes.keepOnly(marker.m_graphemes);
     m_links.keepOnly(marker.m_links);
+    keepAttributes(marker.m_attributes);
+    for (std::size_t id = 0; id < m_coarse.size(); ++id) {
+        m_coarse[id] &= marker.m_attributes[id];
+    }
+    m_newSinceSweep = 0;
+    // Cells are looked at fast; to look at a cluster or a link costs more.
+    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells / 4 + m_graphemes.size() + m_links.size());
+    m_earliestSweep = std::max<std::size_t>(1024, marker.m_cells / 16);
+}
+
+/// Not 0: used. All others are free from now on.
+void CellArena::keepAttributes(const std::vector<std::uint8_t>& used) {
     m_freeAttributes.clear();
     m_attributeCount = 0;
     std::ranges::fill(m_attributeIdentifiers, Slot{});
     for (std::size_t id = m_attributes.size() - 1; id > 0; --id) {
-        if (marker.m_attributes[id] != 0) {
+        if (used[id] != 0) {
             ++m_attributeCount;
             addToSlots(static_cast<std::uint16_t>(id));
         } else {
@@ -161,10 +181,6 @@ void CellArena::sweep() {
         }
     }
     m_attributeCache = {};
-    m_newSinceSweep = 0;
-    // Cells are looked at fast; to look at a cluster or a link costs more.
-    m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells / 4 + m_graphemes.size() + m_links.size());
-    m_earliestSweep = std::max<std::size_t>(1024, marker.m_cells / 16);
 }
 
 CellArena::Marker::Marker(const CellArena& arena)

@@ -77,7 +77,8 @@ private:
 ///
 /// Numbers that no cell uses any more are found by a sweep over all cells, which runs when as many values have come as
 /// there are clusters, links and a quarter of the cells, or earlier when a table is full: its cost is a constant for
-/// each new value, and the tables stay small enough for the processor's caches.
+/// each new value, and the tables stay small enough for the processor's caches. Where all attributes are in use, the
+/// oldest lines give theirs up for coarser ones (`Coarsening`).
 class CellArena {
 public:
     static constexpr std::size_t attributeCapacity = 0xFFFF;
@@ -96,7 +97,7 @@ public:
     /// No two lines of the buffers have the same one.
     [[nodiscard]] RenderIdentity nextLineIdentity() { return ++m_lineIdentities; }
 
-    /// 0, the default attribute, when the table is full.
+    /// 0, the default attribute, when the table is full and nothing can be made coarse.
     [[nodiscard]] std::uint16_t intern(const PackedAttributeKey& key);
     [[nodiscard]] std::uint16_t intern(const Attribute& attribute) { return intern(attribute.packed()); }
     /// Hints that the attribute comes next.
@@ -149,6 +150,44 @@ public:
     void setRoots(std::function<void(Marker&)> roots) { m_roots = std::move(roots); }
     void sweep();
 
+    /// Takes attributes from the lines of longest ago when all are in use: their cells get coarser colours, of which
+    /// there are few. What is shown or written is kept first; then come the lines of the history from the newest to the
+    /// oldest, which are kept while there is room, and made coarse from there on. A coarse line need not be looked at
+    /// again: its attributes stay in use until a sweep.
+    class Coarsening {
+    public:
+        explicit Coarsening(CellArena& arena);
+        void keep(std::span<const PackedCell> cells);
+        void keepPen(std::uint64_t bits) { keep(std::span(reinterpret_cast<const PackedCell*>(&bits), 1)); }
+        /// Whether a further line can be kept. About five of eight attributes are, so that a quarter becomes free.
+        [[nodiscard]] bool hasRoom() const { return m_kept < attributeCapacity / 8 * 5; }
+        /// Whether the cells of a line will look otherwise, or have other numbers.
+        [[nodiscard]] bool changes(std::span<const PackedCell> cells);
+        void coarsen(std::span<PackedCell> cells);
+        /// Of a coarse line, what stays as it is.
+        void spare(PackedCell cell) { m_arena.m_coarse[cell.attributeId()] = 1; }
+
+    private:
+        friend class CellArena;
+        /// How many attributes coarse lines may have, and to how many may be added that take the finer of two steps.
+        static constexpr std::size_t mostCoarse = attributeCapacity / 8;
+        static constexpr std::size_t mostFine = mostCoarse / 4 * 3;
+        static constexpr std::int32_t unknown = -1;
+        [[nodiscard]] std::uint16_t substituteOf(std::uint16_t id);
+        [[nodiscard]] std::uint16_t findSubstitute(std::uint16_t id);
+        [[nodiscard]] bool takesIn(std::uint16_t id, std::size_t limit);
+
+        CellArena& m_arena;
+        std::vector<std::uint8_t> m_isKept;
+        std::vector<std::uint8_t> m_isReplaced;  ///< what stood for another attribute before
+        std::vector<std::int32_t> m_substitutes; ///< of attributes in coarse lines, by identifier
+        std::size_t m_kept = 0;
+        std::size_t m_coarseCount = 0;
+        std::size_t m_cells = 0;
+    };
+    /// Called when all attributes are in use, with what has to be done above.
+    void setCoarsening(std::function<void(Coarsening&)> coarsening) { m_coarsening = std::move(coarsening); }
+
 private:
     struct Snapshot {};
     CellArena(Snapshot, const CellArena& arena);
@@ -164,6 +203,7 @@ private:
         std::uint16_t id = 0;
     };
     [[nodiscard]] std::size_t slotOf(const PackedAttributeKey& key, std::uint64_t hash) const;
+    [[nodiscard]] std::uint16_t known(const PackedAttributeKey& key) const;
     void addToSlots(std::uint16_t id);
     void growSlots();
     [[nodiscard]] bool isFullOfAttributes() const {
@@ -172,6 +212,8 @@ private:
     [[nodiscard]] std::uint16_t addAttribute(const PackedAttributeKey& key, std::uint64_t hash, std::size_t slot);
     enum class Room : std::uint8_t { none, some };
     bool sweepWhenDue(Room room);
+    bool coarsenWhenDue();
+    void keepAttributes(const std::vector<std::uint8_t>& used);
 
     SharedTable<PackedAttributeKey> m_attributes;
     std::vector<std::uint16_t> m_freeAttributes;
@@ -188,6 +230,11 @@ private:
     static constexpr std::size_t leastBetweenSweeps = 4096;
     std::size_t m_nextSweep = leastBetweenSweeps;
     std::size_t m_earliestSweep = 1024;
+
+    std::function<void(Coarsening&)> m_coarsening;
+    std::vector<std::uint8_t> m_coarse; ///< by identifier: lines that were made coarse may have it; empty at first
+    std::size_t m_newSinceCoarsening = 0;
+    std::size_t m_earliestCoarsening = 0;
 };
 
 } // namespace term

@@ -74,7 +74,7 @@ void EscapeSequenceParser::walkGround(ParsingState& at) {
         } else {
             ++p;
             if (byte == 0x19 || byte == 0x7F) {
-                logError(byte);
+                logError(byte, ground);
             } else {
                 dispatchExecute(byte);
             }

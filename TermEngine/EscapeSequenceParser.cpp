@@ -223,12 +223,12 @@ void EscapeSequenceParser::perform(ParserAction action, ParserState next, Parsin
     if ((m_currentState == programStatusEscape || m_currentState == dcsPassthrough) && leaveString(action, next, at)) {
         return;
     }
-    if (action == ParserAction::error) {
-        logError(at.code);
-    }
     // First: a handler that resets the parser has the last word.
     m_currentState = next;
     switch (action) {
+    case ParserAction::error:
+        logError(at.code, before);
+        break;
     case ParserAction::execute:
         dispatchExecute(at.code);
         break;
@@ -259,7 +259,6 @@ void EscapeSequenceParser::perform(ParserAction action, ParserState next, Parsin
         }
         break;
     case ParserAction::ignore:
-    case ParserAction::error:
     case ParserAction::print:
     case ParserAction::oscPut:
     case ParserAction::oscEnd:
@@ -313,10 +312,10 @@ void EscapeSequenceParser::dispatchEsc(std::uint8_t final) {
     }
 }
 
-void EscapeSequenceParser::logError(std::uint8_t byte) {
+void EscapeSequenceParser::logError(std::uint8_t byte, ParserState state) {
     if (m_handler.isLogging()) {
         m_handler.log(
-            detail::logPrefix + "Parsing error, state: " + std::to_string(static_cast<int>(m_currentState)) +
+            detail::logPrefix + "Parsing error, state: " + std::to_string(static_cast<int>(state)) +
             " byte: " + std::to_string(byte));
     }
 }

@@ -163,7 +163,7 @@ private:
     void dispatchApc(Bytes apc);
     void hookDcs(std::uint8_t final);
     void unhookDcs();
-    void logError(std::uint8_t byte);
+    void logError(std::uint8_t byte, ParserState state);
     [[nodiscard]] std::string_view collected() const { return {m_collect.data(), m_collectCount}; }
 
     ParserHandler& m_handler;

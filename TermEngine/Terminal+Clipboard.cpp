@@ -38,9 +38,11 @@ void Terminal::clipboard(std::string_view payload, StringEnd end) {
         sendOsc("52;" + report->selections + ";" + encodeBase64(*content), end);
         return;
     }
-    m_clipboardQuestions.push_back({report->selections, end});
+    const std::uint64_t number = ++m_questionNumber;
+    m_clipboardQuestions.push_back({number, report->selections, end});
     if (!m_delegate.clipboardReadRequest(*this, report->selections)) {
-        m_clipboardQuestions.pop_back();
+        // It may be gone, with a reset or an answer.
+        std::erase_if(m_clipboardQuestions, [number](const auto& question) { return question.number == number; });
     }
 }
 
@@ -76,13 +78,15 @@ void Terminal::kittyClipboard(std::string_view payload, StringEnd end) {
     } else if (
         m_permissions.size() == mostQuestions ||
         (request.isWrite() &&
-         std::ranges::any_of(m_permissions, [](const auto& some) { return some.second.request.isWrite(); }))) {
+         std::ranges::any_of(m_permissions, [](const auto& some) { return some.second->request.isWrite(); }))) {
         refuse(request, KittyClipboardStatus::busy, end);
     } else {
         request.number = ++m_permissionNumber;
         const std::uint64_t number = request.number;
-        const auto& kept = m_permissions.emplace(number, PendingPermission{std::move(request), end}).first->second;
-        switch (m_delegate.kittyClipboardRequestPermission(*this, kept.request)) {
+        // A reset may forget it while the host has it.
+        const auto kept = std::make_shared<PendingPermission>(PendingPermission{std::move(request), end});
+        m_permissions.emplace(number, kept);
+        switch (m_delegate.kittyClipboardRequestPermission(*this, kept->request)) {
         case ClipboardPermission::denied:
             resolveKittyClipboardPermission(number, ClipboardPermission::denied);
             break;
@@ -103,7 +107,7 @@ void Terminal::resolveKittyClipboardPermission(std::uint64_t number, ClipboardPe
     if (pending.empty()) {
         return;
     }
-    PendingPermission& asked = pending.mapped();
+    PendingPermission& asked = *pending.mapped();
     if (permission == ClipboardPermission::granted) {
         grant(std::move(asked.request), asked.end);
     } else {

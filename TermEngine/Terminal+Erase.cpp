@@ -19,7 +19,8 @@ void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
 void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
     Buffer& b = *m_buffer;
     if (what == 3) {
-        if (kind == EraseKind::all && b.hasScrollback()) {
+        // DECSED too, with what is protected, as in xterm.
+        if (b.hasScrollback()) {
             b.clearHistory();
         }
         return;

@@ -36,12 +36,7 @@ std::unique_ptr<DcsHandler> Terminal::sixelHandler(const CsiParameters& paramete
 
 GraphicsContext Terminal::graphicsContext() {
     GraphicsContext context;
-    context.screen = graphicsScreen();
-    context.topRow = lineNumber(0);
-    context.columns = cols();
-    context.rows = rows();
-    context.cursorColumn = m_buffer->x();
-    context.cursorRow = m_buffer->y();
+    // First, for the host may do anything when it is asked.
     if (const std::optional<CellSize> cell = m_delegate.cellSizeInPixels(*this);
         cell && cell->width > 0 && cell->height > 0) {
         context.cellWidth = cell->width;
@@ -49,6 +44,12 @@ GraphicsContext Terminal::graphicsContext() {
     }
     context.mayNameFiles =
         m_options.kittyGraphics.allowsLocalMedia && m_delegate.isProcessTrusted(*this).value_or(true);
+    context.screen = graphicsScreen();
+    context.topRow = lineNumber(0);
+    context.columns = cols();
+    context.rows = rows();
+    context.cursorColumn = m_buffer->x();
+    context.cursorRow = m_buffer->y();
     return context;
 }
 
@@ -135,13 +136,14 @@ void Terminal::showTextImage(RgbaImage image, const TextImageSize& size, AfterTe
         m_images.remove(placement.imageId);
         return;
     }
+    m_imagesHaveChanged = true;
     tellOfImage(placement.imageId);
-    m_delegate.imagesChanged(*this);
 }
 
 void Terminal::tellOfImage(std::uint32_t id) {
     if (const auto image = m_images.images().find(id); image != m_images.images().end()) {
-        m_delegate.createImageFromBitmap(*this, id, image->second.frames.front().pixels);
+        const std::shared_ptr<const RgbaImage> pixels = image->second.frames.front().pixels;
+        m_delegate.createImageFromBitmap(*this, id, pixels);
     }
 }
 
@@ -154,7 +156,7 @@ void Terminal::applyGraphics(const GraphicsResult& result) {
         tellOfImage(result.newImage);
     }
     if (result.hasChanged) {
-        m_delegate.imagesChanged(*this);
+        m_imagesHaveChanged = true;
     }
 }
 
@@ -223,7 +225,7 @@ void Terminal::eraseTextImages(ScreenId screen, std::span<const CellArea> areas)
     }
     if (hasChanged) {
         m_firstLines = {-1, -1}; // what is left of a picture may lie before them
-        m_delegate.imagesChanged(*this);
+        m_imagesHaveChanged = true;
     }
 }
 
@@ -324,7 +326,7 @@ void Terminal::clearImages(ScreenId screen) {
             return placement.screen == screen && !placement.isVirtual && placement.row + placement.rows > top;
         },
         ImageStore::Data::release);
-    m_delegate.imagesChanged(*this);
+    m_imagesHaveChanged = true;
 }
 
 } // namespace term

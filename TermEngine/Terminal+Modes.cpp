@@ -359,11 +359,15 @@ void Terminal::setCursorBlink(bool blink) {
 }
 
 void Terminal::setSynchronizedOutput(bool on) {
+    // A second beginning begins nothing: the time would never be over.
+    if (m_modes.synchronizedOutput == on) {
+        return;
+    }
+    m_modes.synchronizedOutput = on;
     if (on) {
         m_delegate.scheduleSynchronizedOutputTimeout(*this, synchronizedOutputTimeout);
     }
-    if (m_modes.synchronizedOutput != on) {
-        m_modes.synchronizedOutput = on;
+    if (m_modes.synchronizedOutput == on) {
         m_delegate.synchronizedOutputChanged(*this, on);
     }
 }
@@ -414,7 +418,7 @@ void Terminal::switchTo(Buffer& buffer) {
     buffer.setPendingWrap(from.pendingWrap());
     m_buffer = &buffer;
     m_isPenStale = true;
-    clearSelection();
+    dropSelection();
     m_delegate.bufferActivated(*this);
 }
 

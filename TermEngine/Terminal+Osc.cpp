@@ -86,7 +86,8 @@ bool Terminal::actOnOsc(int code, std::string_view text, StringEnd end) {
         notifyOrProgress(text);
         return true;
     case 22:
-        m_delegate.pointerShapeChanged(*this, cleanText(text));
+        m_pointerShape = cleanText(text);
+        m_delegate.pointerShapeChanged(*this, std::string(m_pointerShape));
         return true;
     case 52:
         clipboard(text, end);
@@ -114,6 +115,7 @@ bool Terminal::actOnOsc(int code, std::string_view text, StringEnd end) {
 void Terminal::notifyOrProgress(std::string_view payload) {
     if (payload.starts_with("4;") || payload == "4") {
         if (const std::optional<ProgressReport> report = parseProgress(payload)) {
+            m_showsProgress = report->state != ProgressReport::State::remove;
             m_delegate.progressReport(*this, *report);
         }
         return;

@@ -6,13 +6,20 @@ namespace term {
 
 void Terminal::startSelection(TextPlace place, TextSelection::Unit unit) {
     changeSelection([&] { m_selection.start(*m_buffer, place, unit); });
+    tellOfChanges();
 }
 
 void Terminal::extendSelection(TextPlace place) {
     changeSelection([&] { m_selection.extend(*m_buffer, place); });
+    tellOfChanges();
 }
 
 void Terminal::clearSelection() {
+    dropSelection();
+    tellOfChanges();
+}
+
+void Terminal::dropSelection() {
     changeSelection([&] { m_selection.clear(); });
 }
 
@@ -20,9 +27,7 @@ template <typename Change>
 void Terminal::changeSelection(const Change& change) {
     const std::optional<TextRange> before = m_selection.range();
     change();
-    if (m_selection.range() != before) {
-        m_delegate.selectionChanged(*this);
-    }
+    m_selectionHasChanged = m_selectionHasChanged || m_selection.range() != before;
 }
 
 void Terminal::moveSelectionTo(std::span<const TextPlace> places) {
@@ -39,7 +44,7 @@ void Terminal::dropSelectionWithin(std::int64_t first, std::int64_t last) {
     // A rectangle may have been drawn upwards.
     const auto [top, bottom] = std::minmax(range->start.line, range->end.line);
     if (top <= last && bottom >= first) {
-        clearSelection();
+        dropSelection();
     }
 }
 

@@ -45,6 +45,7 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options, const Ve
     m_normal->lineObserver = this;
     m_alternate->lineObserver = this;
     m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
+    m_arena->setCoarsening([this](CellArena::Coarsening& coarsening) { coarsen(coarsening); });
     resetState();
     if (m_normal->defaultBidiState != 0) {
         m_normal->clear();
@@ -60,6 +61,13 @@ void Terminal::mark(CellArena::Marker& marker) const {
     marker.markPen(m_pen.bits);
     marker.markPen(m_pen.blank.rawValue);
     marker.markPen(std::uint64_t{m_link} << PackedCell::payloadShift);
+}
+
+void Terminal::coarsen(CellArena::Coarsening& coarsening) {
+    coarsening.keepPen(m_pen.bits);
+    coarsening.keepPen(m_pen.blank.rawValue);
+    m_alternate->coarsen(coarsening);
+    m_normal->coarsen(coarsening);
 }
 
 void Terminal::printScalars(std::span<const char32_t> text) {
@@ -151,7 +159,7 @@ void Terminal::resize(int cols, int rows) {
     }
     // Only the normal screen flows, and with it what was selected, unless that is a rectangle.
     if (cols != this->cols() && (isAlternateActive() || m_selection.shape() == RangeShape::rectangle)) {
-        clearSelection();
+        dropSelection();
     }
     // Afterwards other text stands above or below a picture.
     cutOverwrittenImages();
@@ -165,6 +173,7 @@ void Terminal::resize(int cols, int rows) {
     m_alternate->resize(cols, rows);
     cutOverwrittenImages();
     dropPassedImages();
+    tellOfChanges();
     m_delegate.sizeChanged(*this);
     if (m_modes.inBandResize) {
         reportSize();
@@ -224,21 +233,54 @@ void Terminal::resetState() {
     }
 }
 
+void Terminal::tellOfChanges() {
+    if (std::exchange(m_imagesHaveChanged, false)) {
+        m_delegate.imagesChanged(*this);
+    }
+    if (std::exchange(m_selectionHasChanged, false)) {
+        m_delegate.selectionChanged(*this);
+    }
+}
+
 void Terminal::reset() {
     m_parser.reset();
     const bool wasAlternate = isAlternateActive();
     const TerminalModes before = m_modes;
-    const bool hadImages = !m_images.placements().empty();
+    m_imagesHaveChanged = m_imagesHaveChanged || !m_images.placements().empty();
     const std::vector<DynamicColor> hadColors = ownDynamicColors();
-    clearSelection();
+    const bool hadPointerShape = !std::exchange(m_pointerShape, {}).empty();
+    const bool showedProgress = std::exchange(m_showsProgress, false);
+    dropSelection();
     resetState();
     m_buffer = m_normal.get();
     m_normal->clearHistory();
     m_normal->clear();
     m_alternate->clear();
+    // As long as that is what it has.
+    m_modes.columns132 = before.columns132 && cols() == 132;
+    tellOfChanges();
     if (wasAlternate) {
         m_delegate.bufferActivated(*this);
     }
+    tellOfReset(before);
+    if (hadPointerShape) {
+        m_delegate.pointerShapeChanged(*this, {});
+    }
+    if (showedProgress) {
+        m_delegate.progressReport(*this, {});
+    }
+    m_delegate.colorChanged(*this, {});
+    for (const DynamicColor which : hadColors) {
+        dynamicColorChanged(which);
+    }
+    // Like xterm, which leaves the width alone where columns must not be changed.
+    if (before.allowsColumnMode && m_modes.columns132 && m_delegate.allowsResize(*this, 80, rows())) {
+        m_modes.columns132 = false;
+        resize(80, rows());
+    }
+}
+
+void Terminal::tellOfReset(const TerminalModes& before) {
     if (!before.cursorVisible) {
         m_delegate.showCursor(*this);
     }
@@ -249,13 +291,6 @@ void Terminal::reset() {
         m_delegate.synchronizedOutputChanged(*this, false);
     }
     m_delegate.cursorStyleChanged(*this, m_cursorStyle);
-    if (hadImages) {
-        m_delegate.imagesChanged(*this);
-    }
-    m_delegate.colorChanged(*this, {});
-    for (const DynamicColor which : hadColors) {
-        dynamicColorChanged(which);
-    }
 }
 
 /// What DECSTR resets: VT520 Programmer Information, DECSTR.

@@ -58,6 +58,9 @@ public:
         if (m_options.screenReaderMode || !m_echo.empty()) [[unlikely]] {
             echoAndAnnounce();
         }
+        if (m_imagesHaveChanged || m_selectionHasChanged) [[unlikely]] {
+            tellOfChanges();
+        }
     }
     void feed(std::string_view text) { feed(Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())); }
     /// Sizes below 1 are 1; the largest is 10,000 by 10,000.
@@ -355,6 +358,7 @@ private:
 
     // Terminal+Clipboard.cpp
     struct ClipboardQuestion {
+        std::uint64_t number;
         std::string selections;
         StringEnd end;
     };
@@ -381,6 +385,7 @@ private:
     // Terminal+Selection.cpp
     template <typename Change>
     void changeSelection(const Change& change);
+    void dropSelection();
     void moveSelectionTo(std::span<const TextPlace> places);
     void dropSelectionWithin(std::int64_t first, std::int64_t last);
 
@@ -444,7 +449,12 @@ private:
     [[nodiscard]] const KittyKeyboardStack& keyboard() const { return m_keyboards[isAlternateActive() ? 1 : 0]; }
     [[nodiscard]] KittyKeyboardStack& keyboard() { return m_keyboards[isAlternateActive() ? 1 : 0]; }
     void resetState();
+    void tellOfReset(const TerminalModes& before);
+    /// Of what changes in the middle of an operation the host hears when that is whole, since it may reset or resize
+    /// the terminal then.
+    void tellOfChanges();
     void mark(CellArena::Marker& marker) const;
+    void coarsen(CellArena::Coarsening& coarsening);
 
     TerminalDelegate& m_delegate;
     TerminalOptions m_options;
@@ -486,9 +496,12 @@ private:
     std::optional<LoadingFile> m_loadingFile; ///< of OSC 1337, in pieces
     KittyClipboard m_kittyClipboard;
     std::vector<ClipboardQuestion> m_clipboardQuestions;
-    std::map<std::uint64_t, PendingPermission> m_permissions;
+    std::map<std::uint64_t, std::shared_ptr<PendingPermission>> m_permissions;
+    std::uint64_t m_questionNumber = 0;
     std::uint64_t m_permissionNumber = 0;
     TextSelection m_selection;
+    bool m_imagesHaveChanged = false; ///< and the host has not heard of it
+    bool m_selectionHasChanged = false;
     TerminalOscEventDispatcher m_oscEvents;
     int m_programStatusOsc = -1;
     std::vector<std::string> m_programStatus;
@@ -505,6 +518,8 @@ private:
     std::array<bool, 4> m_titleModes{};
     std::string m_directory;
     std::string m_document;
+    std::string m_pointerShape;
+    bool m_showsProgress = false;
     std::string m_xtVersionIdentity;
     ColorScheme m_colorScheme = ColorScheme::dark;
     TerminalVisibility m_visibility = TerminalVisibility::potentiallyVisible;

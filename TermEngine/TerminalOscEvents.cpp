@@ -101,11 +101,12 @@ void TerminalOscEventDispatcher::publish(TerminalOscEvent event) {
     if (m_state->observers.empty()) {
         return;
     }
-    if (m_state->waitingBytes >= maximumWaitingBytes) {
+    const std::size_t bytes = event.payload.size() + State::overheadBytes;
+    if (bytes > maximumWaitingBytes - m_state->waitingBytes) {
         ++m_state->dropped;
         return;
     }
-    m_state->waitingBytes += event.payload.size() + State::overheadBytes;
+    m_state->waitingBytes += bytes;
     m_state->queue->post([state = m_state, event = std::move(event)] { state->deliver(event); });
 }
 

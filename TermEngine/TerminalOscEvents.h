@@ -41,7 +41,7 @@ private:
 class TerminalOscEventDispatcher {
 public:
     using Observer = std::function<void(const TerminalOscEvent&)>;
-    /// While so much waits for slow observers, further events are dropped whole.
+    /// No more waits for slow observers: what does not fit any more is dropped whole.
     static constexpr std::size_t maximumWaitingBytes = 1024 * 1024;
 
     TerminalOscEventDispatcher();

@@ -1,7 +1,7 @@
 // orv-bench-hostile: what the engine does with input that wants to harm it, in time and in memory.
 //
 //     orv-bench-hostile                  every hostile input, with the milliseconds that the processor gave it; fails
-//                                        when one takes over 100
+//                                        when one takes over 100; likewise each piece of colours without end
 //     orv-bench-hostile --soak [MB]      mixed output that never repeats (1000 MB): memory on the way
 
 #include "BenchTerm.h"
@@ -137,6 +137,30 @@ std::vector<Input> inputs() {
     return made;
 }
 
+/// Pieces of 64 KiB, each cell in a colour of its own, above a long history: many times more than there are numbers
+/// for. The milliseconds of the slowest piece.
+double slowestOfColors(int cols, int lines) {
+    constexpr std::size_t piece = 64 * 1024;
+    Host host;
+    term::TerminalOptions options;
+    options.cols = cols;
+    options.scrollback = lines;
+    term::Terminal terminal(host, options);
+    terminal.feed(repeated(lines, std::string(static_cast<std::size_t>(cols), 'x') + "\r\n"));
+    double slowest = 0;
+    std::string text;
+    for (int i = 1; i < 2'000'000; ++i) {
+        text += color(i);
+        if (text.size() >= piece) {
+            const double start = bench::now();
+            terminal.feed(text);
+            slowest = std::max(slowest, (bench::now() - start) * 1e3);
+            text.clear();
+        }
+    }
+    return slowest;
+}
+
 int runInputs() {
     bool isSlow = false;
     for (const auto& [cols, rows] : {std::pair(80, 25), std::pair(300, 100)}) {
@@ -157,6 +181,13 @@ int runInputs() {
                 input.bytes.size(), host.replyBytes, milliseconds > 100 ? "  SLOW" : "");
             isSlow = isSlow || milliseconds > 100;
         }
+    }
+    for (const int lines : {500, 10'000, 100'000}) {
+        const double milliseconds = slowestOfColors(120, lines);
+        std::printf(
+            "  slowest 64 KiB of new colours, %d lines: %.1f%s\n", lines, milliseconds,
+            milliseconds > 100 ? "  SLOW" : "");
+        isSlow = isSlow || milliseconds > 100;
     }
     Host host;
     term::TerminalOptions options;

@@ -45,6 +45,8 @@ TEST(OscObservers, SeeEachStringInOrderOnAThreadOfTheirOwn) {
     {
         const std::scoped_lock closed(gate);
         auto slow = session.terminal.oscEvents().observe([&](const auto&) { const std::scoped_lock wait(gate); });
+        session.terminal.feed(osc("2;" + std::string(TerminalOscEventDispatcher::maximumWaitingBytes, 'x')));
+        EXPECT_EQ(session.terminal.oscEvents().droppedCount(), 1U) << "one that never fits";
         for (int count = 0; count < 1000; ++count) {
             session.terminal.feed(osc("2;" + std::string(4000, 'x')));
         }

@@ -33,6 +33,7 @@ public:
             "progress " + std::to_string(static_cast<int>(report.state)) + " " +
             std::to_string(report.percent.value_or(-1)));
     }
+    void pointerShapeChanged(Terminal&, const std::string& name) override { calls.push_back("pointer [" + name + "]"); }
     void hostCurrentDirectoryUpdated(Terminal& source) override {
         calls.push_back("directory " + source.hostCurrentDirectory());
     }

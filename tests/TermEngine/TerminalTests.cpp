@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <limits>
+#include <map>
 #include <random>
 
 namespace term {
@@ -63,6 +64,15 @@ TEST(Terminal, ReportsWhatTheHostKnowsAndAllows) {
     EXPECT_EQ(session.ask("\x1B[>0;1T\x1B[>0t\x1B]2;6869\x07\x1B[>0T\x1B[21t"), "\x1B]lhi\x1B\\");
     EXPECT_EQ(session.ask("\x1B[?2048h"), "\x1B[48;25;80;400;640t");
     EXPECT_EQ(session.ask("\x1B[?40h\x1B[?3h\x1B[18t"), "\x1B[48;25;132;400;1056t\x1B[8;25;132t");
+    // RIS goes back, where columns may be changed; else it is still so.
+    EXPECT_EQ(
+        session.ask("\x1B[?40l\x1B"
+                    "c\x1B[18t\x1B[?3$p"),
+        "\x1B[8;25;132t\x1B[?3;1$y");
+    EXPECT_EQ(
+        session.ask("\x1B[?40h\x1B"
+                    "c\x1B[18t\x1B[?3$p"),
+        "\x1B[8;25;80t\x1B[?3;2$y");
     session.terminal.feed("\x1B[?2031h");
     session.terminal.setColorScheme(ColorScheme::light);
     session.terminal.setColorScheme(ColorScheme::light);
@@ -118,19 +128,6 @@ TEST(Terminal, EndsSynchronizedOutputWhenTheTimeIsOver) {
     session.terminal.synchronizedOutputTimedOut();
     session.terminal.synchronizedOutputTimedOut();
     EXPECT_EQ(session.host.calls, (std::vector<std::string>{"watchdog", "hold", "release"}));
-}
-
-TEST(Terminal, MayBeResizedAndResetByItsHost) {
-    class Meddler final : public RecordingHost {
-    public:
-        void bell(Terminal& source) override { source.resize(source.cols() == 80 ? 3 : 80, 2); }
-        void setTerminalTitle(Terminal& source, const std::string&) override { source.reset(); }
-    } host;
-    Terminal terminal(host);
-    terminal.feed("hello\x07 wide world\x1B]2;x\x07"
-                  "after\x07more\x1B]2;y\x07"
-                  "end");
-    EXPECT_EQ(terminal.lineText(0), "end");
 }
 
 TEST(Terminal, KeepsTextAndAttributesThroughAResizeThereAndBack) {
@@ -232,6 +229,102 @@ TEST(Terminal, StaysWithinItsBoundsOnHostileInput) {
         EXPECT_LT(session.terminal.arena().linkCount(), 6000U) << test.label;
         EXPECT_LT(session.terminal.title().size(), Terminal::maximumTextBytes + 1) << test.label;
     }
+}
+
+/// A colour of its own for each number.
+Color colorOf(std::uint32_t number) {
+    return Color::fromRaw(1U << 24 | (number * 0x9E3779 & 0xFFFFFF));
+}
+
+/// What has become of a cell's two colours, which its character names: nothing, coarser ones, or the default ones.
+enum class Seen : std::uint8_t { exact, coarse, none, wrong };
+Seen seen(const CellArena& arena, PackedCell cell) {
+    const auto isNear = [](Color a, Color b) {
+        const auto channel = [](Color some, int shift) { return static_cast<int>(some.value() >> shift & 0xFF); };
+        return a.kind() == b.kind() && std::abs(channel(a, 16) - channel(b, 16)) <= 64 &&
+               std::abs(channel(a, 8) - channel(b, 8)) <= 64 && std::abs(channel(a, 0) - channel(b, 0)) <= 64;
+    };
+    const Attribute attribute = arena.attributeOf(cell);
+    const std::uint32_t number = cell.content() - 0xF0000;
+    const Color fg = colorOf(number * 2);
+    const Color bg = colorOf(number * 2 + 1);
+    return attribute.fg == fg && attribute.bg == bg               ? Seen::exact
+           : isNear(attribute.fg, fg) && isNear(attribute.bg, bg) ? Seen::coarse
+           : attribute.fg == Color() && attribute.bg == Color()   ? Seen::none
+                                                                  : Seen::wrong;
+}
+
+/// Pictures of cells with two true colours each, more than there are numbers for.
+TEST(Terminal, TakesColoursFromItsOldestLinesWhenThereAreTooMany) {
+    constexpr int columns = 120;
+    constexpr int rows = 45;
+    Session session({.cols = columns, .rows = rows, .scrollback = 700});
+    Terminal& terminal = session.terminal;
+    struct Drawn {
+        std::uint64_t generation;
+        std::vector<Attribute> attributes;
+    };
+    std::map<std::uint64_t, Drawn> drawn;
+    std::uint32_t number = 0;
+    for (int picture = 0; picture < 24; ++picture) {
+        if (picture == 16) {
+            terminal.resize(columns, rows + 20);
+            terminal.feed("\x1B[H\x1B[J\x1B[?1049h");
+        } else if (picture == 17) {
+            terminal.feed("\x1B[?1049l");
+            terminal.resize(columns + 1, rows);
+        }
+        std::string text;
+        for (int cell = 0; cell < columns * rows; ++cell, ++number) {
+            const auto sgr = [](Color color, const char* ground) {
+                return ground + std::to_string(color.value() >> 16) + ";" + std::to_string(color.value() >> 8 & 0xFF) +
+                       ";" + std::to_string(color.value() & 0xFF);
+            };
+            text += (cell % columns == 0 ? "\x1B[m\r\n\x1B[38;2;" : "\x1B[38;2;") + sgr(colorOf(number * 2), "") + "m" +
+                    "\x1B[" + sgr(colorOf(number * 2 + 1), "48;2;") + "m";
+            unicode::appendUtf8(text, 0xF0000 + number);
+        }
+        terminal.feed(text);
+        std::array<int, 4> counts{};
+        int last = 0;
+        for (int index = 0; index < terminal.buffer().lineCount(); ++index) {
+            const BufferLine& line = terminal.buffer().lineAt(index);
+            Drawn now{line.generation(), {}};
+            for (const PackedCell cell : line.usedCells()) {
+                now.attributes.push_back(terminal.arena().attributeOf(cell));
+                if (cell.content() >= 0xF0000) {
+                    const Seen what = seen(terminal.arena(), cell);
+                    ++counts[static_cast<std::size_t>(what)];
+                    last = what == Seen::exact ? last : index;
+                }
+            }
+            auto& before = drawn[line.renderIdentity()];
+            ASSERT_TRUE(before.generation != now.generation || before.attributes == now.attributes)
+                << "line " << index << ", picture " << picture;
+            before = std::move(now);
+        }
+        ASSERT_EQ(counts[static_cast<std::size_t>(Seen::wrong)], 0) << "picture " << picture;
+        ASSERT_LT(last, std::max(terminal.buffer().yBase() - 5 * rows, 1)) << "picture " << picture;
+        ASSERT_LT(terminal.arena().attributeCount(), CellArena::styleCapacity()) << "picture " << picture;
+        // Whatever the screen has, what comes then is shown as it is said.
+        terminal.feed("\r\n\x1B[0;4;7;31mX\x1B[m");
+        ASSERT_EQ(terminal.attribute(), Attribute()) << "picture " << picture;
+        const Buffer& buffer = terminal.buffer();
+        const PackedCell cell = buffer.line(buffer.y())[0];
+        ASSERT_EQ(terminal.arena().attributeOf(cell).toSgr(), "0;4;7;31") << "picture " << picture;
+    }
+    // Half of what is left of the oldest lines is coloured still.
+    const auto counts = [&](Seen wanted) {
+        std::ptrdiff_t count = 0;
+        for (int index = 0; index < terminal.buffer().lineCount(); ++index) {
+            count += std::ranges::count_if(terminal.buffer().lineAt(index).usedCells(), [&](PackedCell cell) {
+                return cell.content() >= 0xF0000 && seen(terminal.arena(), cell) == wanted;
+            });
+        }
+        return count;
+    };
+    EXPECT_GT(counts(Seen::exact), 0xFFFF / 2);
+    EXPECT_GT(counts(Seen::coarse), counts(Seen::none));
 }
 
 TEST(Terminal, TakesAnyNoiseAndAnySize) {

@@ -47,6 +47,9 @@ public:
 
     /// Bytes that the host feeds from within one of its calls come after those that are being fed.
     void feed(Bytes bytes) {
+        if (!m_parser.isParsing()) [[likely]] {
+            m_images.allowance().renew(bytes.size());
+        }
         m_parser.parseBorrowed(bytes);
         if (!m_images.placements().empty()) [[unlikely]] {
             cutOverwrittenImages();
@@ -338,6 +341,7 @@ private:
     void notifyOrProgress(std::string_view payload);
     void notify(const std::optional<NotificationRequest>& request);
     void iTermCommand(std::string_view payload, StringEnd end);
+    [[nodiscard]] std::optional<RgbaImage> decodedFile(const ITermCommand::File& file, ImageRequest request);
     void showFile(const ITermCommand::File& file);
     void setDirectory(std::string url);
     void setProgramStatus(std::string_view payload);

@@ -161,6 +161,7 @@ void CellArena::sweep() {
         }
     }
     m_attributeCache = {};
+    ++m_sweepCount;
     m_newSinceSweep = 0;
     // Cells are looked at fast; to look at a cluster or a link costs more.
     m_nextSweep = std::max(leastBetweenSweeps, marker.m_cells / 4 + m_graphemes.size() + m_links.size());

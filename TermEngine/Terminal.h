@@ -10,6 +10,7 @@
 #include "TermEngine/KittyClipboard.h"
 #include "TermEngine/KittyGraphics.h"
 #include "TermEngine/KittyKeyboardStack.h"
+#include "TermEngine/RectangleMemory.h"
 #include "TermEngine/RenditionCache.h"
 #include "TermEngine/TerminalDelegate.h"
 #include "TermEngine/TerminalModes.h"
@@ -49,6 +50,7 @@ public:
     void feed(Bytes bytes) {
         if (!m_parser.isParsing()) [[likely]] {
             m_images.allowance().renew(bytes.size());
+            m_rectangles.renewLookups();
         }
         m_parser.parseBorrowed(bytes);
         if (!m_images.placements().empty()) [[unlikely]] {
@@ -466,6 +468,7 @@ private:
     CursorStyle m_cursorStyle;
     int m_conformance = 65;
 
+    RectangleMemory m_rectangles;
     ImageStore m_images;
     KittyGraphics m_graphics;
     std::array<std::int64_t, 2>

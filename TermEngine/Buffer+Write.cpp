@@ -182,6 +182,83 @@ void Buffer::putScalar(char32_t scalar, int width, const Pen& pen) {
     insertCharacter(PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits, state), pen);
 }
 
+void Buffer::repeatScalar(char32_t scalar, int count, const Pen& pen) {
+    m_lastScalar = 0;
+    const int width = unicode::properties(scalar).width();
+    if (width == 0) {
+        // It joins what stands there, as often as there is room.
+        const std::u32string marks(std::min(static_cast<std::size_t>(count), CellArena::maximumClusterScalars), scalar);
+        insertScalarRun(marks, pen, ClusterMode::scalars);
+        return;
+    }
+    const auto state = width == 2 ? WidthState::wide : WidthState::narrow;
+    const PackedCell cell = PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits, state);
+    while (count > 0) {
+        if (m_pendingWrap || m_x + width - 1 > rightLimit(line(m_y))) {
+            count -= scrollAhead(count, width, pen);
+            insertCharacter(cell, pen);
+            // The others would be written over this one.
+            count = wraparound ? count - 1 : 0;
+        } else {
+            count -= fillLine(cell, count, pen);
+        }
+    }
+    m_lastScalar = scalar;
+}
+
+/// Equal characters from the cursor on, as many as fit into the line; how many.
+int Buffer::fillLine(PackedCell cell, int count, const Pen& pen) {
+    BufferLine& target = line(m_y);
+    const int width = cell.isWide() ? 2 : 1;
+    const int right = rightLimit(target);
+    // What is inserted begins at the left margin.
+    const int end = insertMode && m_x < marginLeft() ? std::min(marginLeft(), right + 1) : right + 1;
+    count = std::min(count, (end - m_x) / width);
+    if (count == 0) {
+        insertCharacter(cell, pen);
+        return 1;
+    }
+    const int columns = count * width;
+    if (insertsAtCursor()) {
+        insertCells(columns, right, pen);
+    }
+    tellCut(m_y, m_x);
+    tellCut(m_y, m_x + columns);
+    PackedCell* const cells = target.write(m_x, columns);
+    std::fill_n(cells, columns, cell);
+    if (width == 2) {
+        const PackedCell spacer = PackedCell::make(PackedCell::Kind::scalar, 0, pen.bits, WidthState::spacer);
+        for (int column = 1; column < columns; column += 2) {
+            cells[column] = spacer;
+        }
+        target.noteWide();
+    }
+    m_x += columns;
+    if (m_x > right) {
+        m_x = right;
+        m_pendingWrap = true;
+    }
+    return count;
+}
+
+/// Before so many equal characters wrap at the bottom of a region between margins, where each line that scrolls costs a
+/// copy of all others: they scroll together. How many characters would be gone again at the end.
+int Buffer::scrollAhead(int count, int width, const Pen& pen) {
+    const bool isPart = marginMode && (m_marginLeft > 0 || m_marginRight < m_cols - 1);
+    const int ofLine = (marginRight() - marginLeft() + 1) / width;
+    if (!wraparound || !isPart || m_y != m_scrollBottom || !isInsideMargins() || ofLine == 0) {
+        return 0;
+    }
+    const int height = m_scrollBottom - m_scrollTop + 1;
+    const int lines = (count + ofLine - 1) / ofLine;
+    const int scrolled = std::min(lines, height) - 1;
+    if (scrolled > 0) {
+        scrollUp(scrolled, pen);
+        m_y -= scrolled;
+    }
+    return std::max(lines - height, 0) * ofLine;
+}
+
 void Buffer::insertCharacter(PackedCell cell, const Pen& pen) {
     if (m_pendingWrap && wraparound) {
         wrap(pen);

@@ -181,6 +181,8 @@ public:
     /// The last character that was written, 0 at first.
     [[nodiscard]] char32_t lastScalar() const { return m_lastScalar & ~joinsNext; }
     void forgetLastScalar() { m_lastScalar = 0; }
+    /// REP: none of them joins another one.
+    void repeatScalar(char32_t scalar, int count, const Pen& pen);
 
     // Moving (Buffer+Scroll.cpp).
     /// One row down, scrolling at the bottom margin.
@@ -249,6 +251,8 @@ private:
     [[nodiscard]] bool canWrapWide(int right) const { return wraparound && right > (marginMode ? m_marginLeft : 0); }
     std::size_t insertSimpleScalars(std::span<const char32_t> text, const Pen& pen);
     void putScalar(char32_t scalar, int width, const Pen& pen);
+    int fillLine(PackedCell cell, int count, const Pen& pen);
+    int scrollAhead(int count, int width, const Pen& pen);
     std::size_t putClustered(std::span<const char32_t> text, const Pen& pen, ClusterMode mode);
     [[nodiscard]] int columnBeforeCursor() const;
     void widen(int col, const Pen& pen);

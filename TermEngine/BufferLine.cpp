@@ -162,10 +162,28 @@ void BufferLine::fill(int first, int end, PackedCell cell) {
 }
 
 void BufferLine::fillUnprotected(int first, int end, PackedCell cell) {
+    constexpr std::uint64_t bit = std::uint64_t{1} << PackedCell::protectedShift;
+    // The tail has no protected cells.
+    const int used = std::clamp(m_usedLength, first, std::max(first, end));
+    std::uint64_t all = 0;
+    for (int col = first; col < used; ++col) {
+        all |= m_cells[static_cast<std::size_t>(col)].rawValue;
+    }
+    if ((all & bit) == 0) {
+        fill(first, end, cell);
+        return;
+    }
+    if (!m_hasWide) {
+        for (PackedCell& each : edit(first, used)) {
+            const std::uint64_t keep = std::uint64_t{0} - (each.rawValue >> PackedCell::protectedShift & 1);
+            each.rawValue = (each.rawValue & keep) | (cell.rawValue & ~keep);
+        }
+        fill(used, end, cell);
+        return;
+    }
     while (first < end) {
         const int begin = first;
         while (first < end && !(*this)[first].isProtected()) {
-            // The tail has no protected cells.
             first = first < m_usedLength ? first + 1 : end;
         }
         fill(begin, first, cell);

@@ -181,6 +181,7 @@ void CellArena::keepAttributes(const std::vector<std::uint8_t>& used) {
         }
     }
     m_attributeCache = {};
+    ++m_sweepCount;
 }
 
 CellArena::Marker::Marker(const CellArena& arena)

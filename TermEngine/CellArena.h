@@ -107,6 +107,7 @@ public:
     /// 0 when the table is full.
     [[nodiscard]] TinyAtom internLink(const std::string& link);
 
+    [[nodiscard]] const PackedAttributeKey& keyOf(std::uint16_t id) const { return m_attributes[id]; }
     [[nodiscard]] Attribute attribute(std::uint16_t id) const { return Attribute::unpacked(m_attributes[id]); }
     [[nodiscard]] const std::u32string& grapheme(std::uint32_t id) const { return m_graphemes[id]; }
     [[nodiscard]] const std::string& link(TinyAtom atom) const { return m_links[atom]; }
@@ -149,6 +150,9 @@ public:
     /// Called with a marker when a sweep is due; has to mark all that is in use.
     void setRoots(std::function<void(Marker&)> roots) { m_roots = std::move(roots); }
     void sweep();
+    /// After another one, or when attributes were made coarse, a number that was got before may be that of another
+    /// value, unless a cell has it.
+    [[nodiscard]] std::uint64_t sweepCount() const { return m_sweepCount; }
 
     /// Takes attributes from the lines of longest ago when all are in use: their cells get coarser colours, of which
     /// there are few. What is shown or written is kept first; then come the lines of the history from the newest to the
@@ -226,6 +230,7 @@ private:
 
     std::function<void(Marker&)> m_roots;
     RenderIdentity m_lineIdentities = 0;
+    std::uint64_t m_sweepCount = 0;
     std::size_t m_newSinceSweep = 0;
     static constexpr std::size_t leastBetweenSweeps = 4096;
     std::size_t m_nextSweep = leastBetweenSweeps;

@@ -93,6 +93,7 @@ struct AttributePatch {
     [[nodiscard]] constexpr PackedAttributeKey applied(const PackedAttributeKey& key) const {
         return {(key.word0 & keep.word0) | set.word0, (key.word1 & keep.word1) | set.word1};
     }
+    bool operator==(const AttributePatch&) const = default;
 };
 
 struct Attribute {

@@ -224,7 +224,7 @@ void EscapeSequenceParser::perform(ParserAction action, ParserState next, Parsin
         return;
     }
     // First: a handler that resets the parser has the last word.
-    m_currentState = next;
+    const ParserState before = std::exchange(m_currentState, next);
     switch (action) {
     case ParserAction::error:
         logError(at.code, before);

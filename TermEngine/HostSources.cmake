@@ -47,6 +47,7 @@ set(TERM_HOST_HEADERS
     Notifications.h
     OscPayloads.h
     Palette.h
+    PixelAllowance.h
     ProcessExitSource.h
     Pty.h
     RgbColor.h

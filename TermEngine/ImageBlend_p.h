@@ -2,9 +2,11 @@
 
 #include "TermEngine/RgbaImage.h"
 
-#include <algorithm>
+#include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace term {
 
@@ -26,9 +28,13 @@ enum class BlendMode : uint8_t { over, replace };
 
 /// All pixels of `image` in the colour 0xRRGGBBAA.
 inline void fill(RgbaImage& image, uint32_t rgba) {
-    image.pixels.resize(static_cast<size_t>(image.height) * image.rowBytes());
-    for (size_t at = 0; at < image.pixels.size(); ++at) {
-        image.pixels[at] = static_cast<uint8_t>(rgba >> (24 - 8 * (at & 3U)));
+    const auto part = [rgba](unsigned shift) { return static_cast<uint8_t>(rgba >> shift); };
+    const std::vector<uint32_t> row(
+        static_cast<size_t>(image.width), std::bit_cast<uint32_t>(std::array{part(24), part(16), part(8), part(0)}));
+    image.pixels.clear();
+    image.reserveRows();
+    for (int count = 0; count < image.height; ++count) {
+        image.appendRow(row);
     }
 }
 
@@ -37,6 +43,9 @@ inline void blendPixel(uint8_t* onto, const uint8_t* from) {
     const unsigned alpha = from[3];
     if (alpha == 255) {
         std::memcpy(onto, from, 4);
+        return;
+    }
+    if (alpha == 0) {
         return;
     }
     const unsigned below = onto[3] * (255 - alpha); // of 255 * 255

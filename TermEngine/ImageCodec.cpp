@@ -13,25 +13,28 @@ std::optional<std::vector<uint8_t>> inflateZlib(std::span<const uint8_t> data, s
     if (::inflateInit(&stream) != Z_OK) {
         return std::nullopt;
     }
-    std::vector<uint8_t> out;
-    constexpr size_t step = 256 * 1024;
-    constexpr size_t largestInput = 1U << 30U;
-    stream.next_in = const_cast<Bytef*>(data.data()); // NOLINT: zlib does not write to it
-    stream.avail_in = static_cast<uInt>(std::min(data.size(), largestInput));
-    int result = Z_OK;
+    constexpr size_t largest = 1U << 30U;
+    // No byte becomes more than so many (zlib, "Maximum Expansion Factor").
+    constexpr size_t expansion = 1032;
     // One byte more than the limit tells a stream that goes on from one that is just as long.
-    while (result == Z_OK && out.size() <= limitBytes) {
-        const size_t before = out.size();
-        out.resize(before + std::min(std::max(step, before), limitBytes + 1 - before));
-        stream.next_out = out.data() + before;
-        stream.avail_out = static_cast<uInt>(out.size() - before);
-        result = ::inflate(&stream, Z_NO_FLUSH);
-        const size_t written = out.size() - stream.avail_out;
-        result = result == Z_OK && written == before ? Z_BUF_ERROR : result; // it is cut off
-        out.resize(written);
-    }
+    std::vector<uint8_t> out(std::min({limitBytes + 1, data.size() * expansion, largest}));
+    stream.next_in = const_cast<Bytef*>(data.data()); // NOLINT: zlib does not write to it
+    stream.avail_in = static_cast<uInt>(std::min(data.size(), largest));
+    stream.next_out = out.data();
+    stream.avail_out = static_cast<uInt>(out.size());
+    const int result = ::inflate(&stream, Z_FINISH);
+    out.resize(out.size() - stream.avail_out);
     ::inflateEnd(&stream);
     return result == Z_STREAM_END && out.size() <= limitBytes ? std::optional(std::move(out)) : std::nullopt;
+}
+
+size_t pngPixels(std::span<const uint8_t> data) {
+    // Signature, length and name of the first chunk, which has to be the header: width and height.
+    constexpr size_t start = 16;
+    if (data.size() < start + 8 || ::png_sig_cmp(data.data(), 0, 8) != 0) {
+        return 0;
+    }
+    return size_t{png_get_uint_32(data.data() + start)} * png_get_uint_32(data.data() + start + 4);
 }
 
 std::optional<RgbaImage> decodePng(std::span<const uint8_t> data, size_t limitBytes) {

@@ -14,6 +14,9 @@ namespace term {
 /// broken or longer.
 [[nodiscard]] std::optional<std::vector<uint8_t>> inflateZlib(std::span<const uint8_t> data, size_t limitBytes);
 
+/// How many pixels a file has, if it is PNG.
+[[nodiscard]] size_t pngPixels(std::span<const uint8_t> data);
+
 /// Decodes a PNG file whose pixels take at most `limitBytes` (libpng).
 [[nodiscard]] std::optional<RgbaImage> decodePng(std::span<const uint8_t> data, size_t limitBytes);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TermEngine/ImagePlacement.h"
+#include "TermEngine/PixelAllowance.h"
 #include "TermEngine/RgbaImage.h"
 
 #include <cstddef>
@@ -45,10 +46,12 @@ public:
     static constexpr size_t mostImages = 4096;
     static constexpr size_t mostPlacements = 1024;
 
-    explicit ImageStore(size_t limitBytes) : m_limitBytes(limitBytes) {}
+    explicit ImageStore(size_t limitBytes) : m_limitBytes(limitBytes), m_allowance(limitBytes) {}
 
     [[nodiscard]] size_t usedBytes() const { return m_usedBytes; }
     [[nodiscard]] size_t limitBytes() const { return m_limitBytes; }
+    /// To be asked before pixels are made of what a program sends.
+    [[nodiscard]] PixelAllowance& allowance() { return m_allowance; }
     [[nodiscard]] const std::map<uint32_t, StoredImage>& images() const { return m_images; }
     [[nodiscard]] const std::vector<ImagePlacement>& placements() const { return m_placements; }
 
@@ -104,6 +107,7 @@ private:
     bool takeText(ScreenId screen, const CellArea& area, const Change& change);
 
     const size_t m_limitBytes;
+    PixelAllowance m_allowance;
     size_t m_usedBytes = 0;
     uint64_t m_serial = 0;
     std::map<uint32_t, StoredImage> m_images;

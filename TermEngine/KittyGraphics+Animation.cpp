@@ -12,6 +12,12 @@ constexpr int defaultGapMilliseconds = 40;
 
 } // namespace
 
+/// The whole frame is copied first where a renderer has it.
+bool KittyGraphics::takeForDrawing(const StoredImage::Frame& frame, size_t pixels, BlendMode mode) {
+    const size_t copied = frame.pixels.use_count() > 1 ? frame.pixels->pixels.size() / 4 : 0;
+    return take(copied + pixels * (mode == BlendMode::over ? PixelAllowance::ofBlendedPixel : 1));
+}
+
 KittyGraphics::Outcome<GraphicsResult> KittyGraphics::finishFrame(
     const GraphicsCommand& command, const RgbaImage& data) {
     const auto found = addressed(command);
@@ -31,8 +37,12 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::finishFrame(
     const size_t index = edited != 0 ? edited - 1 : image.frames.size();
     if (edited == 0) {
         RgbaImage canvas{image.width(), image.height(), {}};
-        if (!m_store.hasRoomBeside(image, image.frames.front().pixels->pixels.size())) {
+        const size_t bytes = image.frames.front().pixels->pixels.size();
+        if (!m_store.hasRoomBeside(image, bytes)) {
             return std::unexpected("ENOSPC:no room for the frame");
+        }
+        if (!take(bytes / 4)) {
+            return std::unexpected(tooManyPixels);
         }
         if (basis != 0) {
             canvas = *image.frames[basis - 1].pixels;
@@ -45,6 +55,9 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::finishFrame(
         image.frames[index].gapMilliseconds = defaultGapMilliseconds;
     }
     const auto mode = command.number('X') == 1 ? BlendMode::replace : BlendMode::over;
+    if (!takeForDrawing(image.frames[index], data.pixels.size() / 4, mode)) {
+        return std::unexpected(tooManyPixels);
+    }
     blend(ImageStore::editable(image.frames[index]), target, data, 0, 0, mode);
     if (command.signedNumber('z') != 0) {
         image.frames[index].gapMilliseconds = command.signedNumber('z');
@@ -76,6 +89,9 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::compose(const GraphicsComm
         return std::unexpected("EINVAL:bad areas");
     }
     const auto mode = command.number('C') == 1 ? BlendMode::replace : BlendMode::over;
+    if (!takeForDrawing(image.frames[onto - 1], static_cast<size_t>(width) * static_cast<size_t>(height), mode)) {
+        return std::unexpected(tooManyPixels);
+    }
     RgbaImage& pixels = ImageStore::editable(image.frames[onto - 1]);
     blend(pixels, target, *image.frames[from - 1].pixels, source.x, source.y, mode);
     return GraphicsResult{.hasChanged = onto - 1 == image.currentFrame};

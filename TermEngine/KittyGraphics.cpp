@@ -177,16 +177,29 @@ KittyGraphics::Outcome<std::vector<uint8_t>> KittyGraphics::readMedium(
         command.number('S'), m_store.limitBytes() * 2);
 }
 
-KittyGraphics::Outcome<RgbaImage> KittyGraphics::decode(
-    const GraphicsCommand& command, std::vector<uint8_t> data) const {
+KittyGraphics::Outcome<std::vector<uint8_t>> KittyGraphics::inflate(
+    const GraphicsCommand& command, std::span<const uint8_t> data) {
+    const size_t limit = isPng(command) ? m_store.limitBytes() : rawBytes(command);
+    if (!take(limit / 4, PixelAllowance::ofInflatedPixel)) {
+        return std::unexpected(tooManyPixels);
+    }
+    auto inflated = command.letter('o', 0) == 'z' ? inflateZlib(data, limit) : std::nullopt;
+    return inflated ? Outcome<std::vector<uint8_t>>(std::move(*inflated))
+                    : std::unexpected("EINVAL:bad compressed data");
+}
+
+KittyGraphics::Outcome<RgbaImage> KittyGraphics::decode(const GraphicsCommand& command, std::vector<uint8_t> data) {
     if (command.has('o')) {
-        auto inflated = command.letter('o', 0) == 'z'
-                            ? inflateZlib(data, isPng(command) ? m_store.limitBytes() : rawBytes(command))
-                            : std::nullopt;
+        auto inflated = inflate(command, data);
         if (!inflated) {
-            return std::unexpected("EINVAL:bad compressed data");
+            return std::unexpected(inflated.error());
         }
         data = std::move(*inflated);
+    }
+    // What is too large for the store is refused by its header.
+    if (const size_t pixels = isPng(command) ? pngPixels(data) : 0;
+        pixels <= m_store.limitBytes() / 4 && !take(pixels, PixelAllowance::ofDecodedPixel)) {
+        return std::unexpected(tooManyPixels);
     }
     auto image = isPng(command)
                      ? decodePng(data, m_store.limitBytes())
@@ -255,6 +268,10 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::put(
         const int64_t height = placement.rows * cellHeight;
         placement.columns = ceilDivide(height * placement.sourceWidth, cellWidth * placement.sourceHeight);
     }
+    const bool movesCursor = !placement.isVirtual && !command.has('P') && command.number('C') != 1;
+    if (movesCursor && !take(static_cast<size_t>(placement.rows), PixelAllowance::ofLine)) {
+        return std::unexpected(tooManyPixels);
+    }
     if (command.has('P')) {
         if (const auto outcome = makeRelative(placement, command, context); !outcome) {
             return std::unexpected(outcome.error());
@@ -262,7 +279,7 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::put(
     }
     m_store.place(placement);
     GraphicsResult result{.hasChanged = true};
-    if (!placement.isVirtual && placement.parentSerial == 0 && command.number('C') != 1) {
+    if (movesCursor) {
         result.cursorColumns = placement.columns;
         result.cursorRows = placement.rows - 1;
     }

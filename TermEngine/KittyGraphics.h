@@ -8,10 +8,13 @@
 #include <cstdint>
 #include <expected>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace term {
+
+enum class BlendMode : uint8_t;
 
 /// What a command needs to know of the terminal.
 struct GraphicsContext {
@@ -53,6 +56,7 @@ public:
 
 private:
     using Failure = std::string_view; ///< "ENOENT:no such image"
+    static constexpr Failure tooManyPixels = "ENOSPC:too many pixels at once";
     template <typename T>
     using Outcome = std::expected<T, Failure>;
 
@@ -64,12 +68,15 @@ private:
 
     GraphicsResult run(const GraphicsCommand& command, const GraphicsContext& context);
     GraphicsResult load(const GraphicsCommand& command, const GraphicsContext& context);
-    Outcome<RgbaImage> decode(const GraphicsCommand& command, std::vector<uint8_t> data) const;
+    [[nodiscard]] bool take(size_t pixels, size_t cost = 1) { return m_store.allowance().take(pixels * cost); }
+    Outcome<std::vector<uint8_t>> inflate(const GraphicsCommand& command, std::span<const uint8_t> data);
+    Outcome<RgbaImage> decode(const GraphicsCommand& command, std::vector<uint8_t> data);
     Outcome<std::vector<uint8_t>> readMedium(
         const GraphicsCommand& command, std::vector<uint8_t> payload, const GraphicsContext& context) const;
     Outcome<StoredImage*> addressed(const GraphicsCommand& command);
     Outcome<GraphicsResult> finishImage(
         const GraphicsCommand& command, RgbaImage image, uint32_t& id, const GraphicsContext& context);
+    [[nodiscard]] bool takeForDrawing(const StoredImage::Frame& frame, size_t pixels, BlendMode mode);
     Outcome<GraphicsResult> finishFrame(const GraphicsCommand& command, const RgbaImage& data);
     Outcome<GraphicsResult> put(
         const GraphicsCommand& command, const StoredImage& image, const GraphicsContext& context);

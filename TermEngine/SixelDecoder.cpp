@@ -63,8 +63,11 @@ RgbColor ofHls(int hue, int lightness, int saturation) {
 
 } // namespace
 
-SixelDecoder::SixelDecoder(size_t limitBytes, Background background)
-    : m_limitPixels(limitBytes / 4), m_background(background), m_budget(m_limitPixels * mostLayers) {
+SixelDecoder::SixelDecoder(PixelAllowance& allowance, size_t limitBytes, Background background)
+    : m_allowance(allowance),
+      m_limitPixels(limitBytes / 4),
+      m_background(background),
+      m_budget(m_limitPixels * mostLayers) {
     static const Palette palette = makePalette(Ansi256PaletteStrategy::xterm, BaseColors::xterm());
     m_registers.fill(pixelOf({}));
     std::ranges::transform(palette, m_registers.begin(), pixelOf);
@@ -165,6 +168,19 @@ void SixelDecoder::setRaster() {
     }
 }
 
+bool SixelDecoder::take(size_t pixels) {
+    if (!m_isRefused && !m_allowance.take(pixels)) {
+        m_isRefused = true;
+        drop();
+    }
+    return !m_isRefused;
+}
+
+void SixelDecoder::drop() {
+    m_pixels = {};
+    m_width = m_height = m_stride = 0;
+}
+
 /// Whether the image may be as large; its rows get as long then, and as many.
 bool SixelDecoder::makeRoom(int width, int height) {
     width = std::max(width, m_width);
@@ -178,6 +194,9 @@ bool SixelDecoder::makeRoom(int width, int height) {
         // Twice as long, as long as that is within the limit: so it seldom moves.
         const int mostOfLimit = static_cast<int>(m_limitPixels / static_cast<size_t>(height));
         const int stride = std::min({std::max(widest, m_stride * 2), mostOfLimit, maximumImageSide});
+        if (!take(pixels(stride, height))) {
+            return false;
+        }
         std::vector<Pixel> moved(pixels(stride, height));
         for (int row = 0; row < m_height; ++row) {
             std::copy_n(m_pixels.begin() + row * m_stride, m_width, moved.begin() + row * stride);
@@ -185,6 +204,9 @@ bool SixelDecoder::makeRoom(int width, int height) {
         m_pixels = std::move(moved);
         m_stride = stride;
     } else if (pixels(m_stride, height) > m_pixels.size()) {
+        if (!take(pixels(m_stride, height) - m_pixels.size())) {
+            return false;
+        }
         m_pixels.resize(pixels(m_stride, height));
     }
     m_width = width;
@@ -197,7 +219,8 @@ void SixelDecoder::paint(unsigned bits) {
     const size_t cost = static_cast<size_t>(std::popcount(bits)) * static_cast<size_t>(count);
     const int left = m_x;
     m_x += count;
-    if (bits == 0 || count <= 0 || cost > m_budget || !makeRoom(m_x, m_y + static_cast<int>(std::bit_width(bits)))) {
+    if (bits == 0 || count <= 0 || cost > m_budget || !take(cost) ||
+        !makeRoom(m_x, m_y + static_cast<int>(std::bit_width(bits)))) {
         return;
     }
     m_budget -= cost;
@@ -216,22 +239,25 @@ std::optional<RgbaImage> SixelDecoder::finish() {
         width = m_width;
         height = m_height;
     }
-    if (width == 0 || height == 0) {
+    if (width == 0 || height == 0 || !take(static_cast<size_t>(width) * static_cast<size_t>(height))) {
         return std::nullopt;
     }
-    RgbaImage image{width, height, std::vector<uint8_t>(static_cast<size_t>(width) * static_cast<size_t>(height) * 4)};
+    RgbaImage image{width, height, {}};
     const Pixel background = m_background == Background::filled ? m_registers[0] : 0;
-    std::vector<Pixel> line(static_cast<size_t>(width));
-    for (int row = 0; row < height; ++row) {
-        std::ranges::fill(line, background);
-        for (int column = 0; row < m_height && column < m_width; ++column) {
-            const Pixel painted = m_pixels[static_cast<size_t>(row * m_stride + column)];
-            line[static_cast<size_t>(column)] = painted != 0 ? painted : background;
-        }
-        std::memcpy(image.pixels.data() + static_cast<size_t>(row) * image.rowBytes(), line.data(), image.rowBytes());
+    std::vector<Pixel> line(static_cast<size_t>(width), background);
+    image.reserveRows();
+    for (int row = 0; row < m_height; ++row) {
+        const auto painted = m_pixels.begin() + static_cast<std::ptrdiff_t>(row) * m_stride;
+        std::transform(painted, painted + m_width, line.begin(), [background](Pixel pixel) {
+            return pixel != 0 ? pixel : background;
+        });
+        image.appendRow(line);
     }
-    m_pixels = {};
-    m_width = m_height = m_stride = 0;
+    std::ranges::fill(line, background);
+    for (int row = m_height; row < height; ++row) {
+        image.appendRow(line);
+    }
+    drop();
     return image;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TermEngine/PixelAllowance.h"
 #include "TermEngine/RgbColor.h"
 #include "TermEngine/RgbaImage.h"
 
@@ -15,13 +16,13 @@ namespace term {
 ///
 /// Pixels are square: the aspect ratio is read over, as programs of today expect. What lies outside of
 /// `maximumImageSide` or of the limit is not drawn, and an image that paints its pixels over and over ends where it has
-/// cost enough; so any input takes bounded time and memory.
+/// cost enough. One for which the allowance does not suffice is no image. So any input takes bounded time and memory.
 class SixelDecoder {
 public:
     enum class Background : uint8_t { filled, transparent };
 
     /// `background` is the second parameter of the DCS: 1 leaves what is not painted transparent.
-    SixelDecoder(size_t limitBytes, Background background);
+    SixelDecoder(PixelAllowance& allowance, size_t limitBytes, Background background);
 
     void append(std::string_view data);
     /// The image; nothing where none was painted or announced.
@@ -39,7 +40,11 @@ private:
     void setRaster();
     void paint(unsigned bits);
     [[nodiscard]] bool makeRoom(int width, int height);
+    [[nodiscard]] bool take(size_t pixels);
+    void drop();
 
+    PixelAllowance& m_allowance;
+    bool m_isRefused = false;
     const size_t m_limitPixels;
     const Background m_background;
     size_t m_budget; ///< pixels that may still be painted

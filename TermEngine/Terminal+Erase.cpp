@@ -1,14 +1,17 @@
 #include "TermEngine/Terminal.h"
 
 #include <algorithm>
-#include <array>
 
 namespace term {
 
 void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
     loseTextImages(row, first, end);
     if (kind == EraseKind::unprotected || m_isErasureGuarded) {
-        m_buffer->eraseUnprotected(row, first, end, pen().blank);
+        const RectangleMemory::Filling filling{{first, end}, pen().blank};
+        if (!m_rectangles.isFilled(row, m_buffer->line(row), filling)) {
+            m_buffer->eraseUnprotected(row, first, end, pen().blank);
+            m_rectangles.noteFilled(row, m_buffer->line(row), filling);
+        }
     } else {
         m_buffer->eraseCells(row, first, end, pen().blank);
     }
@@ -130,15 +133,7 @@ void Terminal::cmdRepeatPrecedingCharacter(int count) {
     if (scalar == 0) {
         return;
     }
-    // None of the repeated ones joins the one before.
-    m_buffer->forgetLastScalar();
-    count = std::min(count, m_buffer->cols() * m_buffer->rows());
-    std::array<char32_t, 256> text;
-    text.fill(scalar);
-    for (; count > 0; count -= static_cast<int>(text.size())) {
-        const std::size_t size = std::min(text.size(), static_cast<std::size_t>(count));
-        m_buffer->insertScalarRun(std::span(text).first(size), pen(), ClusterMode::scalars);
-    }
+    m_buffer->repeatScalar(scalar, std::min(count, m_buffer->cols() * m_buffer->rows()), pen());
 }
 
 void Terminal::cmdScreenAlignmentPattern() {
@@ -146,9 +141,14 @@ void Terminal::cmdScreenAlignmentPattern() {
     b.resetMargins();
     m_modes.origin = false;
     for (int row = 0; row < b.rows(); ++row) {
+        const RectangleMemory::Filling filling{{0, b.cols()}, PackedCell::make(PackedCell::Kind::scalar, 'E')};
+        if (m_rectangles.isFilled(row, b.line(row), filling)) {
+            continue;
+        }
         b.eraseCells(row, 0, b.cols(), {});
         b.line(row).setRenderMode(RenderLineMode::single);
-        b.line(row).fill(0, b.cols(), PackedCell::make(PackedCell::Kind::scalar, 'E'));
+        b.line(row).fill(0, b.cols(), filling.second);
+        m_rectangles.noteFilled(row, b.line(row), filling);
     }
     b.setCursor(0, 0);
 }

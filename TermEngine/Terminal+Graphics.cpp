@@ -10,7 +10,7 @@ namespace term {
 class Terminal::SixelPicture final : public DcsHandler {
 public:
     SixelPicture(Terminal& terminal, SixelDecoder::Background background)
-        : m_terminal(terminal), m_decoder(terminal.m_images.limitBytes(), background) {}
+        : m_terminal(terminal), m_decoder(terminal.m_images.allowance(), terminal.m_images.limitBytes(), background) {}
     void put(Bytes data) override { m_decoder.append({reinterpret_cast<const char*>(data.data()), data.size()}); }
     void unhook() override {
         if (std::optional<RgbaImage> image = m_decoder.finish()) {

@@ -197,6 +197,23 @@ void Terminal::iTermCommand(std::string_view payload, StringEnd end) {
     }
 }
 
+/// By the engine, or by the host where it is no PNG; as much as the allowance lets through.
+std::optional<RgbaImage> Terminal::decodedFile(const ITermCommand::File& file, ImageRequest request) {
+    PixelAllowance& allowance = m_images.allowance();
+    constexpr std::size_t cost = PixelAllowance::ofDecodedPixel;
+    if (const std::size_t pixels = pngPixels(file.data);
+        pixels <= m_images.limitBytes() / 4 && !allowance.take(pixels * cost)) {
+        return std::nullopt;
+    }
+    if (std::optional<RgbaImage> image = decodePng(file.data, m_images.limitBytes())) {
+        return image;
+    }
+    request.limitBytes = std::min(m_images.limitBytes(), allowance.left() / cost * 4);
+    std::optional<RgbaImage> image = m_delegate.createImage(*this, file.data, request);
+    const std::size_t pixels = image ? image->pixels.size() / 4 : 0;
+    return allowance.take(pixels * cost) ? std::move(image) : std::nullopt;
+}
+
 /// An image of OSC 1337. What says nothing of its size is as large as it is, but not wider than the screen.
 void Terminal::showFile(const ITermCommand::File& file) {
     using Unit = ITermCommand::File::Extent::Unit;
@@ -218,12 +235,8 @@ void Terminal::showFile(const ITermCommand::File& file) {
         std::min<std::int64_t>(pixelsOf(file.width, context.cellWidth, context.columns), maximumImageSide);
     std::int64_t height =
         std::min<std::int64_t>(pixelsOf(file.height, context.cellHeight, context.rows), maximumImageSide);
-    std::optional<RgbaImage> image = decodePng(file.data, m_images.limitBytes());
-    if (!image) {
-        image = m_delegate.createImage(
-            *this, file.data,
-            {static_cast<int>(width), static_cast<int>(height), file.preservesAspectRatio, m_images.limitBytes()});
-    }
+    std::optional<RgbaImage> image =
+        decodedFile(file, {static_cast<int>(width), static_cast<int>(height), file.preservesAspectRatio, 0});
     if (!image || !image->isValid()) {
         return;
     }

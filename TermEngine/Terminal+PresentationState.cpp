@@ -38,20 +38,6 @@ std::optional<unsigned> bitsOf(std::string_view field) {
     return static_cast<unsigned>(field[0] - bitField);
 }
 
-/// What two attributes have in common.
-Attribute commonOf(const Attribute& one, const Attribute& other) {
-    Attribute common = one;
-    common.fg = one.fg == other.fg ? one.fg : Color();
-    common.bg = one.bg == other.bg ? one.bg : Color();
-    common.style = CharacterStyle(static_cast<std::uint8_t>(one.style.raw() & other.style.raw()));
-    if (one.underlineStyle != other.underlineStyle) {
-        common.underlineStyle = common.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
-    }
-    common.underlineColor = one.underlineColor == other.underlineColor ? one.underlineColor : std::nullopt;
-    common.overline = one.overline && other.overline;
-    return common;
-}
-
 } // namespace
 
 /// DECRQPSR
@@ -150,20 +136,11 @@ void Terminal::restoreTabStops(const std::string& report) {
 /// XTREPORTSGR
 void Terminal::reportRendition(const CsiParameters& parameters) {
     const Rectangle area = rectangle(parameters, 0);
-    std::optional<Attribute> common;
-    PackedCell last;
-    for (int row = area.top; row < area.bottom; ++row) {
-        for (int col = area.left; col < area.right; ++col) {
-            const PackedCell cell = m_buffer->line(row)[col];
-            if (common && cell == last) {
-                continue;
-            }
-            last = cell;
-            const Attribute here = m_arena->attributeOf(cell);
-            common = common ? commonOf(*common, here) : here;
-        }
+    CommonAttribute common;
+    for (int row = area.top; row < area.bottom && !area.isEmpty(); ++row) {
+        common.add(m_rectangles.commonOf(*m_arena, row, m_buffer->line(row), {area.left, area.right}));
     }
-    sendCsi(common.value_or(Attribute()).toSgr() + "m");
+    sendCsi(common.attribute().toSgr() + "m");
 }
 
 /// XTPUSHCOLORS: onto the top, or into one of the ten places, which is the top then.

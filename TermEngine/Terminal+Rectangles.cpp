@@ -68,7 +68,7 @@ void Terminal::eraseRectangle(const CsiParameters& parameters, EraseKind kind) {
 void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) {
     Buffer& b = *m_buffer;
     const Rectangle area = rectangle(parameters, 0);
-    if (area.top >= area.bottom) {
+    if (area.top >= area.bottom || !m_rectangles.mayLookUp()) {
         return;
     }
     CsiParameters change;
@@ -92,54 +92,35 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
             }
         }
     }
-    const AttributePatch patch = reverses ? AttributePatch() : patchOf(change);
-    const auto changed = [&](PackedCell cell) {
-        Attribute attribute = m_arena->attributeOf(cell);
-        if (!reverses) {
-            return m_arena->withAttribute(cell, Attribute::unpacked(patch.applied(attribute.packed())));
-        }
-        attribute.style = CharacterStyle(attribute.style.raw() ^ mask);
-        if (CharacterStyle(mask).has(StyleBit::underline)) {
-            attribute.underlineStyle =
-                attribute.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
-        }
-        return m_arena->withAttribute(cell, attribute);
-    };
+    AttributeChange& made = m_rectangles.change(
+        *m_arena, {reverses ? AttributePatch() : patchOf(change), reverses ? mask : std::uint8_t{0}});
     const int lastColumn = m_modes.origin ? b.marginRight() + 1 : b.cols();
     const int firstColumn = m_modes.origin ? b.marginLeft() : 0;
-    // Neighbours mostly have the same attribute, which then is the same afterwards. It stays in use until another one
-    // is looked for.
-    constexpr std::uint64_t ofText = PackedCell::attributeMask;
-    constexpr std::uint64_t ofBlanks = PackedCell::attributeMask | PackedCell::contentMask | 3;
-    PackedCell before = PackedCell(~std::uint64_t{0});
-    PackedCell after;
     for (int row = area.top; row < area.bottom; ++row) {
         const int left = m_changesRectangles || row == area.top ? area.left : firstColumn;
         const int right = m_changesRectangles || row + 1 == area.bottom ? area.right : lastColumn;
         if (left >= right) {
             continue;
         }
+        const RectangleMemory::Changing changing{{left, right}, made.kind()};
+        if (!reverses && m_rectangles.isChanged(row, b.line(row), changing)) {
+            continue;
+        }
         loseTextImages(row, left, right);
-        for (PackedCell& cell : b.line(row).edit(left, right)) {
-            const std::uint64_t bits = cell.isEmpty() ? ofBlanks : ofText;
-            if (cell.isEmpty() != before.isEmpty() || ((cell.rawValue ^ before.rawValue) & bits) != 0) {
-                before = cell;
-                after = changed(cell);
-            }
-            cell.rawValue = (cell.rawValue & ~bits) | (after.rawValue & bits);
+        made.change(b.line(row).edit(left, right));
+        if (!reverses) {
+            m_rectangles.noteChanged(row, b.line(row), changing);
         }
     }
+    m_rectangles.addLookups(made.takeLookups());
 }
 
 void Terminal::cmdDECRQCRA(const CsiParameters& parameters) {
     const Rectangle area = rectangle(parameters, 2);
     std::uint32_t sum = 0;
     for (int row = area.top; row < area.bottom; ++row) {
-        for (int col = area.left; col < area.right; ++col) {
-            char32_t memory = 0;
-            for (const char32_t scalar : m_arena->scalarValues(m_buffer->line(row)[col], memory)) {
-                sum += scalar;
-            }
+        if (area.left < area.right) {
+            sum += m_rectangles.sumOf(*m_arena, row, m_buffer->line(row), {area.left, area.right});
         }
     }
     std::array<char, 32> text{};

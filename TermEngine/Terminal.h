@@ -10,6 +10,7 @@
 #include "TermEngine/KittyClipboard.h"
 #include "TermEngine/KittyGraphics.h"
 #include "TermEngine/KittyKeyboardStack.h"
+#include "TermEngine/RectangleMemory.h"
 #include "TermEngine/RenditionCache.h"
 #include "TermEngine/TerminalDelegate.h"
 #include "TermEngine/TerminalModes.h"
@@ -47,6 +48,10 @@ public:
 
     /// Bytes that the host feeds from within one of its calls come after those that are being fed.
     void feed(Bytes bytes) {
+        if (!m_parser.isParsing()) [[likely]] {
+            m_images.allowance().renew(bytes.size());
+            m_rectangles.renewLookups();
+        }
         m_parser.parseBorrowed(bytes);
         if (!m_images.placements().empty()) [[unlikely]] {
             cutOverwrittenImages();
@@ -348,6 +353,7 @@ private:
     void notifyOrProgress(std::string_view payload);
     void notify(const std::optional<NotificationRequest>& request);
     void iTermCommand(std::string_view payload, StringEnd end);
+    [[nodiscard]] std::optional<RgbaImage> decodedFile(const ITermCommand::File& file, ImageRequest request);
     void showFile(const ITermCommand::File& file);
     void setDirectory(std::string url);
     void setProgramStatus(std::string_view payload);
@@ -480,6 +486,7 @@ private:
     CursorStyle m_cursorStyle;
     int m_conformance = 65;
 
+    RectangleMemory m_rectangles;
     ImageStore m_images;
     KittyGraphics m_graphics;
     std::array<std::int64_t, 2>

@@ -12,10 +12,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         input.byte() % 2 == 0 ? SixelDecoder::Background::filled : SixelDecoder::Background::transparent;
     const size_t step = input.byte() + size_t{1};
     const std::string_view rest = input.take(size);
-    SixelDecoder whole(limit, background);
+    term::PixelAllowance allowance(limit);
+    SixelDecoder whole(allowance, limit, background);
     whole.append(rest);
     const auto image = whole.finish();
-    SixelDecoder pieces(limit, background);
+    allowance = term::PixelAllowance(limit);
+    SixelDecoder pieces(allowance, limit, background);
     for (std::string_view left = rest; !left.empty(); left.remove_prefix(std::min(step, left.size()))) {
         pieces.append(left.substr(0, step));
     }

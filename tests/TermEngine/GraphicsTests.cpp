@@ -42,7 +42,9 @@ std::string drawn(const RgbaImage& image) {
 std::optional<RgbaImage> sixel(
     std::string_view data, SixelDecoder::Background background = SixelDecoder::Background::transparent,
     size_t limitBytes = 1'000'000) {
-    SixelDecoder decoder(limitBytes, background);
+    PixelAllowance allowance(limitBytes);
+    allowance.renew(data.size());
+    SixelDecoder decoder(allowance, limitBytes, background);
     decoder.append(data);
     return decoder.finish();
 }
@@ -123,7 +125,8 @@ TEST(SixelDecoder, DrawsWhatTheDataSay) {
             row.data.starts_with('"') ? row.data.substr(0, 8) + colors + row.data.substr(8) : data;
         const auto image = sixel(whole);
         EXPECT_EQ(image ? drawn(*image) : "", row.expected) << row.label;
-        SixelDecoder decoder(1'000'000, SixelDecoder::Background::transparent);
+        PixelAllowance allowance(1'000'000);
+        SixelDecoder decoder(allowance, 1'000'000, SixelDecoder::Background::transparent);
         for (const char byte : whole) {
             decoder.append(std::string_view(&byte, 1));
         }
@@ -431,6 +434,30 @@ TEST(KittyGraphics, AnimatesFrames) {
     }
     EXPECT_EQ(reply, "Gi=1;ENOSPC:no room for the frame");
     EXPECT_LE(full.store.usedBytes(), 3000U);
+}
+
+TEST(KittyGraphics, RefusesPixelsBeyondTheAllowance) {
+    const std::string raw(400, 'x');
+    struct Case {
+        const char* keys;
+        std::string data;
+    };
+    for (const Case& test : std::vector<Case>{
+             {"i=1,f=100", png(10, 10, raw)},
+             {"i=1,o=z,s=10,v=10", deflated(raw)},
+             {"a=f,i=1,s=10,v=10", raw},
+             {"a=f,i=1,s=10,v=10,r=1", raw},
+             {"a=c,i=1,r=2,c=1", ""},
+             {"a=p,i=1,r=50", ""}}) {
+        Graphics graphics;
+        graphics.send("i=1,s=10,v=10", raw);
+        graphics.send("a=f,i=1,s=10,v=10", raw);
+        PixelAllowance& allowance = graphics.store.allowance();
+        EXPECT_TRUE(allowance.take(allowance.left() - 40)); // there are 100 pixels, or 50 lines
+        EXPECT_EQ(graphics.send(test.keys, test.data), "Gi=1;ENOSPC:too many pixels at once") << test.keys;
+        allowance.renew(0);
+        EXPECT_EQ(graphics.send(test.keys, test.data), "Gi=1;OK") << test.keys;
+    }
 }
 
 TEST(KittyClipboard, SpeaksTheProtocol) {

@@ -197,6 +197,31 @@ TEST(Images, TellTheHostWhenAnAnimationWantsToMove) {
     EXPECT_EQ(screen.terminal.images().images().begin()->second.loops, 0U);
 }
 
+/// One feed shows as large a picture as there is room for, but none behind a dozen of them; the next one does again.
+TEST(Images, OfOneFeedHaveAnAllowanceOfPixels) {
+    const auto sixel = [](int height) { return "\x1BPq\"1;1;1500;" + std::to_string(height) + "\x1B\\"; };
+    std::string flood;
+    for (int count = 0; count < 20; ++count) {
+        flood += sixel(1599);
+    }
+    const std::string file = encodeBase64(png(1500, 1600));
+    for (const auto& [label, picture] : std::vector<std::pair<const char*, std::string>>{
+             {"sixel", sixel(1600)},
+             {"PNG", "\x1B]1337;File=inline=1:" + file + "\a"},
+             {"decoded by the host", "\x1B]1337;File=inline=1:" + encodeBase64("JPEG 1500x1600") + "\a"}}) {
+        DecodingScreen screen;
+        const auto isShownAfter = [&](const std::string& bytes) {
+            screen.terminal.feed("\x1B[2J");
+            screen.terminal.feed(bytes + picture);
+            return std::ranges::any_of(
+                screen.terminal.images().images(), [](const auto& image) { return image.second.height() == 1600; });
+        };
+        EXPECT_TRUE(isShownAfter("")) << label;
+        EXPECT_FALSE(isShownAfter(flood)) << label;
+        EXPECT_TRUE(isShownAfter("")) << label;
+    }
+}
+
 /// What programs can make up costs little: time, memory, and nothing of it comes back.
 TEST(Images, ThatAreHostileCostLittle) {
     const std::string one = encodeBase64("xxxx");

@@ -1,0 +1,244 @@
+#include "TermEngine/RectangleMemory.h"
+
+#include <algorithm>
+
+namespace term {
+namespace {
+
+/// Written so that it takes several cells at once: what is said of a cell's text stands in its lower half.
+std::uint32_t sumOfCells(const CellArena& arena, std::span<const PackedCell> cells) {
+    constexpr std::uint32_t kindMask = 3;
+    constexpr auto textMask = static_cast<std::uint32_t>(PackedCell::contentMask | kindMask);
+    std::uint32_t sum = 0;
+    std::uint32_t clusters = 0;
+    for (const PackedCell cell : cells) {
+        const auto low = static_cast<std::uint32_t>(cell.rawValue);
+        sum += (low & kindMask) == 0 ? (low & textMask) >> PackedCell::contentShift : 0;
+        clusters += (low & kindMask) == static_cast<std::uint32_t>(PackedCell::Kind::cluster) ? 1 : 0;
+    }
+    for (auto cell = cells.begin(); clusters > 0; ++cell) {
+        if (cell->kind() == PackedCell::Kind::cluster) {
+            --clusters;
+            for (const char32_t scalar : arena.grapheme(cell->content())) {
+                sum += scalar;
+            }
+        }
+    }
+    return sum;
+}
+
+/// The used cells in the columns; all behind them are blank.
+std::span<const PackedCell> usedIn(const BufferLine& line, ColumnRange columns) {
+    const auto used = line.usedCells();
+    const std::size_t end = std::min(used.size(), static_cast<std::size_t>(columns.end));
+    const std::size_t first = std::min(end, static_cast<std::size_t>(columns.first));
+    return used.subspan(first, end - first);
+}
+
+void addCells(CommonAttribute& common, const CellArena& arena, std::span<const PackedCell> cells) {
+    // The content of a blank with a colour of its own is that colour.
+    constexpr std::uint64_t ofText = PackedCell::attributeMask;
+    constexpr std::uint64_t ofBlanks = PackedCell::attributeMask | PackedCell::contentMask | 3;
+    std::optional<std::uint64_t> last;
+    for (const PackedCell cell : cells) {
+        const bool isBlank = (cell.rawValue & 2) != 0;
+        if (const std::uint64_t bits = cell.rawValue & (isBlank ? ofBlanks : ofText); bits != last) {
+            last = bits;
+            common.add(isBlank ? arena.attributeOf(cell).packed() : arena.keyOf(cell.attributeId()));
+        }
+    }
+}
+
+} // namespace
+
+std::uint32_t RectangleMemory::sumOf(const CellArena& arena, int row, const BufferLine& line, ColumnRange columns) {
+    if (const std::uint32_t* const sum = m_sums.find(row, line, columns)) {
+        return *sum;
+    }
+    if (!m_sums.knows(row, line)) {
+        return m_sums.keep(row, line, columns, sumOfCells(arena, usedIn(line, columns)));
+    }
+    // The same cells in other columns: there may come more of them.
+    const std::vector<std::uint32_t>* before = m_sumsBefore.find(row, line, {});
+    if (before == nullptr) {
+        std::vector<std::uint32_t> sums(1);
+        for (const PackedCell& cell : line.usedCells()) {
+            sums.push_back(sums.back() + sumOfCells(arena, {&cell, 1}));
+        }
+        before = &m_sumsBefore.keep(row, line, {}, std::move(sums));
+    }
+    const auto until = [before](int column) {
+        return (*before)[std::min(static_cast<std::size_t>(column), before->size() - 1)];
+    };
+    return until(columns.end) - until(columns.first);
+}
+
+CommonAttribute RectangleMemory::commonOf(
+    const CellArena& arena, int row, const BufferLine& line, ColumnRange columns) {
+    if (const CommonAttribute* const common = m_common.find(row, line, columns)) {
+        return *common;
+    }
+    const std::span<const PackedCell> used = line.usedCells();
+    CommonAttribute common;
+    if (columns.end > line.usedLength()) {
+        addCells(common, arena, std::array{line.tailBlankCell()});
+    }
+    if (!m_common.knows(row, line)) {
+        addCells(common, arena, usedIn(line, columns));
+        return m_common.keep(row, line, columns, common);
+    }
+    // The same cells in other columns: there may come more of them.
+    constexpr std::size_t block = 16;
+    const std::vector<CommonAttribute>* blocks = m_commonBlocks.find(row, line, {});
+    if (blocks == nullptr) {
+        std::vector<CommonAttribute> made(used.size() / block);
+        for (std::size_t i = 0; i < made.size(); ++i) {
+            addCells(made[i], arena, used.subspan(i * block, block));
+        }
+        blocks = &m_commonBlocks.keep(row, line, {}, std::move(made));
+    }
+    const std::size_t end = std::min(used.size(), static_cast<std::size_t>(columns.end));
+    for (auto at = static_cast<std::size_t>(columns.first); at < end;) {
+        const bool isBlock = at % block == 0 && at + block <= end;
+        if (isBlock) {
+            common.add((*blocks)[at / block]);
+        } else {
+            addCells(common, arena, used.subspan(at, 1));
+        }
+        at += isBlock ? block : 1;
+    }
+    return common;
+}
+
+AttributeChange& RectangleMemory::change(CellArena& arena, const AttributeChange::Kind& kind) {
+    constexpr std::size_t mostChanges = 4;
+    const auto found = std::ranges::find(m_changes, kind, &AttributeChange::kind);
+    if (found != m_changes.end()) {
+        std::rotate(found, found + 1, m_changes.end());
+    } else {
+        if (m_changes.size() == mostChanges) {
+            m_changes.erase(m_changes.begin());
+        }
+        m_changes.emplace_back(arena, kind);
+    }
+    return m_changes.back();
+}
+
+void CommonAttribute::add(const CommonAttribute& other) {
+    if (m_isEmpty || other.m_isEmpty) {
+        *this = m_isEmpty ? other : *this;
+        return;
+    }
+    m_differences.word0 |= other.m_differences.word0 | (m_first.word0 ^ other.m_first.word0);
+    m_differences.word1 |= other.m_differences.word1 | (m_first.word1 ^ other.m_first.word1);
+}
+
+Attribute CommonAttribute::attribute() const {
+    Attribute common = Attribute::unpacked(m_first);
+    const Attribute different = [this] {
+        Attribute all;
+        all.style = CharacterStyle(static_cast<std::uint8_t>(m_differences.word1));
+        return all;
+    }();
+    common.fg = static_cast<std::uint32_t>(m_differences.word0) == 0 ? common.fg : Color();
+    common.bg = static_cast<std::uint32_t>(m_differences.word0 >> 32) == 0 ? common.bg : Color();
+    common.style = CharacterStyle(static_cast<std::uint8_t>(common.style.raw() & ~different.style.raw()));
+    if ((m_differences.word1 >> 8 & 0xFF) != 0) {
+        common.underlineStyle = common.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
+    }
+    if (static_cast<std::uint32_t>(m_differences.word1 >> 16) != 0) {
+        common.underlineColor.reset();
+    }
+    common.overline = common.overline && (m_differences.word1 >> 48) == 0;
+    return common;
+}
+
+Attribute AttributeChange::changed(Attribute attribute) const {
+    if (m_kind.reversed == 0) {
+        return Attribute::unpacked(m_kind.patch.applied(attribute.packed()));
+    }
+    attribute.style = CharacterStyle(attribute.style.raw() ^ m_kind.reversed);
+    if (CharacterStyle(m_kind.reversed).has(StyleBit::underline)) {
+        attribute.underlineStyle =
+            attribute.style.has(StyleBit::underline) ? UnderlineStyle::single : UnderlineStyle::none;
+    }
+    return attribute;
+}
+
+/// That of the changed attribute of a cell with text.
+std::uint16_t AttributeChange::identifierOf(PackedCell cell) {
+    const std::size_t before = cell.attributeId();
+    // A sweep takes identifiers back that no cell has any more.
+    if (m_sweeps != m_arena->sweepCount()) {
+        m_identifiers.clear();
+        m_sweeps = m_arena->sweepCount();
+    }
+    if (before < m_identifiers.size() && m_identifiers[before] >= 0) {
+        return static_cast<std::uint16_t>(m_identifiers[before]);
+    }
+    ++m_lookups;
+    const std::uint16_t after = m_arena->intern(changed(m_arena->attributeOf(cell)));
+    if (m_sweeps == m_arena->sweepCount()) {
+        m_identifiers.resize(std::max(m_identifiers.size(), before + 1), -1);
+        m_identifiers[before] = after;
+    }
+    return after;
+}
+
+/// Those at the front that have text and the same attribute; how many.
+std::size_t AttributeChange::changeRun(std::span<PackedCell> cells) {
+    constexpr std::uint64_t mask = PackedCell::attributeMask;
+    constexpr std::uint64_t text = PackedCell::contentMask | 3;
+    constexpr std::size_t block = 32;
+    const std::uint64_t before = cells.front().rawValue;
+    const std::uint64_t change =
+        (before ^ std::uint64_t{identifierOf(cells.front())} << PackedCell::attributeShift) & mask;
+    std::size_t at = 0;
+    const auto isSame = [&](PackedCell cell) { return ((cell.rawValue ^ before) & mask) == 0 && !cell.isEmpty(); };
+    while (at + block <= cells.size() && isSame(cells[at + 1])) {
+        // Without compares, so that it takes several cells at once: a sum goes beyond the mask where there is text.
+        std::uint64_t others = 0;
+        std::uint64_t kinds = 0;
+        std::uint64_t texts = ~std::uint64_t{0};
+        for (std::size_t i = at; i < at + block; ++i) {
+            others |= cells[i].rawValue ^ before;
+            kinds |= cells[i].rawValue;
+            texts &= (cells[i].rawValue & text) + text;
+        }
+        if ((others & mask) != 0 || (kinds & 2) != 0 || (texts & (text + 1)) == 0) {
+            break;
+        }
+        for (std::size_t i = at; i < at + block; ++i) {
+            cells[i].rawValue ^= change;
+        }
+        at += block;
+    }
+    for (; at < cells.size() && isSame(cells[at]); ++at) {
+        cells[at].rawValue ^= change;
+    }
+    return at;
+}
+
+void AttributeChange::change(std::span<PackedCell> cells) {
+    constexpr std::uint64_t ofBlanks = PackedCell::attributeMask | PackedCell::contentMask | 3;
+    // Between two calls its attribute may have gone.
+    m_blank.reset();
+    while (!cells.empty()) {
+        if (!cells.front().isEmpty()) {
+            cells = cells.subspan(changeRun(cells));
+            continue;
+        }
+        const PackedCell blank = cells.front();
+        if (!m_blank || ((m_blank->first.rawValue ^ blank.rawValue) & ofBlanks) != 0) {
+            m_blank = {blank, m_arena->withAttribute(blank, changed(m_arena->attributeOf(blank)))};
+        }
+        const std::uint64_t change = (blank.rawValue ^ m_blank->second.rawValue) & ofBlanks;
+        std::size_t count = 0;
+        while (count < cells.size() && ((cells[count].rawValue ^ blank.rawValue) & ofBlanks) == 0) {
+            cells[count++].rawValue ^= change;
+        }
+        cells = cells.subspan(count);
+    }
+}
+
+} // namespace term

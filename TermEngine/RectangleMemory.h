@@ -1,0 +1,116 @@
+#pragma once
+
+#include "TermEngine/CellArena.h"
+#include "TermEngine/RowMemo.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace term {
+
+/// Columns of a row, the end excluded.
+struct ColumnRange {
+    int first = 0;
+    int end = 0;
+    bool operator==(const ColumnRange&) const = default;
+};
+
+/// What the attributes of cells have in common.
+class CommonAttribute {
+public:
+    void add(const PackedAttributeKey& key) { add(CommonAttribute(key)); }
+    void add(const CommonAttribute& other);
+    /// The default one where there were no cells.
+    [[nodiscard]] Attribute attribute() const;
+    CommonAttribute() = default;
+
+private:
+    explicit CommonAttribute(const PackedAttributeKey& key) : m_first(key), m_isEmpty(false) {}
+    PackedAttributeKey m_first;
+    PackedAttributeKey m_differences{0, 0}; ///< bits in which one differs from the first
+    bool m_isEmpty = true;
+};
+
+/// A change of all attributes, DECCARA's or DECRARA's, with the identifiers that it has given so far.
+class AttributeChange {
+public:
+    struct Kind {
+        AttributePatch patch{};
+        std::uint8_t reversed = 0; ///< styles that it turns round instead
+        bool operator==(const Kind&) const = default;
+    };
+    AttributeChange(CellArena& arena, const Kind& kind) : m_arena(&arena), m_kind(kind) {}
+
+    [[nodiscard]] const Kind& kind() const { return m_kind; }
+    void change(std::span<PackedCell> cells);
+    /// How many attributes had to be looked for since the last call.
+    [[nodiscard]] std::size_t takeLookups() { return std::exchange(m_lookups, 0); }
+
+private:
+    [[nodiscard]] Attribute changed(Attribute attribute) const;
+    [[nodiscard]] std::uint16_t identifierOf(PackedCell cell);
+    std::size_t changeRun(std::span<PackedCell> cells);
+
+    CellArena* m_arena;
+    Kind m_kind;
+    std::size_t m_lookups = 0;
+    std::uint64_t m_sweeps = 0;                               ///< of the arena, since which the identifiers are good
+    std::vector<std::int32_t> m_identifiers;                  ///< by those before; negative: not known
+    std::optional<std::pair<PackedCell, PackedCell>> m_blank; ///< the last empty cell, before and after
+};
+
+/// What a terminal remembers of rectangles: programs ask about them and change them over and over, and a few bytes may
+/// name the whole screen.
+class RectangleMemory {
+public:
+    /// Attributes that one feed may look for with its changes of rectangles, some 50 ns each. Those that come
+    /// afterwards do nothing: they had the whole of a large screen in ever new colours changed dozens of times.
+    static constexpr std::size_t mostLookups = std::size_t{1} << 20;
+    void renewLookups() { m_lookups = 0; }
+    void addLookups(std::size_t count) { m_lookups += count; }
+    [[nodiscard]] bool mayLookUp() const { return m_lookups < mostLookups; }
+
+    /// The sum of all scalars in the columns of a row.
+    [[nodiscard]] std::uint32_t sumOf(const CellArena& arena, int row, const BufferLine& line, ColumnRange columns);
+    [[nodiscard]] CommonAttribute commonOf(
+        const CellArena& arena, int row, const BufferLine& line, ColumnRange columns);
+    /// The one that was used of late, or a new one.
+    [[nodiscard]] AttributeChange& change(CellArena& arena, const AttributeChange::Kind& kind);
+
+    using Filling = std::pair<ColumnRange, PackedCell>;
+    /// Whether the row is as it was left by the same filling (`noteFilled`).
+    [[nodiscard]] bool isFilled(int row, const BufferLine& line, const Filling& filling) const {
+        return m_fillings.find(row, line, filling) != nullptr;
+    }
+    void noteFilled(int row, const BufferLine& line, const Filling& filling) {
+        m_fillings.keep(row, line, filling, {});
+    }
+
+    using Changing = std::pair<ColumnRange, AttributeChange::Kind>;
+    /// The same of a change of attributes, which has to be one that changes nothing the second time.
+    [[nodiscard]] bool isChanged(int row, const BufferLine& line, const Changing& changing) const {
+        return m_changings.find(row, line, changing) != nullptr;
+    }
+    void noteChanged(int row, const BufferLine& line, const Changing& changing) {
+        m_changings.keep(row, line, changing, {});
+    }
+
+private:
+    struct Nothing {
+        bool operator==(const Nothing&) const = default;
+    };
+    std::size_t m_lookups = 0;
+    RowMemo<ColumnRange, std::uint32_t> m_sums;
+    RowMemo<Nothing, std::vector<std::uint32_t>> m_sumsBefore; ///< of all cells before each column
+    RowMemo<ColumnRange, CommonAttribute> m_common;
+    RowMemo<Nothing, std::vector<CommonAttribute>> m_commonBlocks; ///< of all cells, a few columns each
+    RowMemo<Changing, Nothing> m_changings;
+    RowMemo<Filling, Nothing> m_fillings;
+    std::vector<AttributeChange> m_changes; ///< the newest last
+};
+
+} // namespace term

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QUrl>
 
+#include <algorithm>
 #include <tuple>
 
 namespace orv::test {
@@ -70,6 +71,14 @@ TEST_F(Desktop, IsDrivenByKeysAlone) {
     desktop.key(u"ctrl+f"_s);
     desktop.type(u"x"_s);
     EXPECT_TRUE(shows(u"No projects match"_s)) << seen();
+    // The letter of the quick panel's key, by itself.
+    desktop.tool(u"xdotool"_s, {u"keydown"_s, u"l"_s});
+    EXPECT_TRUE(waitFor([this] {
+        const QList<AccessibleTree::Item> items = accessible->items(u"OrvLauncher"_s);
+        return std::ranges::any_of(items, [](const auto& item) { return item.name.contains(u"xlll"); });
+    })) << "is repeated while it is held: "
+        << seen();
+    desktop.tool(u"xdotool"_s, {u"keyup"_s, u"l"_s});
     desktop.key(u"Escape"_s);
     desktop.key(u"ctrl+3"_s);
     EXPECT_TRUE(shows(u"Show all projects"_s)) << "nothing runs";

@@ -8,8 +8,10 @@
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <algorithm>
+#include <functional>
 
 namespace orv {
 namespace {
@@ -114,6 +116,54 @@ TEST_F(MainWindow, ShowsTheProjectsThatComeIntoViewOnTheCardsThatLeaveIt) {
             items("ProjectCard"), [&](const QQuickItem* card) { return tells(card, "projectID", id); });
     };
     EXPECT_TRUE(test::waitFor([&] { return isShown(first) && allTell(); })) << "rows came";
+}
+
+TEST_F(MainWindow, ClosesTheMenuOfAProjectThatIsShownNoMore) {
+    for (int number = 0; number < 60; ++number) {
+        addInstalled(u"p%1"_s.arg(number), "vite", "");
+    }
+    scan();
+    open(QSize(1280, 832));
+    const auto scrollTo = [this](double place) {
+        item("HomePage")->findChild<QQuickItem*>(u"cardGrid"_s)->setProperty("contentY", place);
+    };
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"lent to another project", [&] { scrollTo(1500); }},
+        {"scrolled by the wheel",
+         [this] {
+             const QPointF place(window->width() / 2.0, window->height() / 2.0);
+             QWheelEvent event(
+                 place, window->mapToGlobal(place), {}, QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                 Qt::NoScrollPhase, false);
+             QCoreApplication::sendEvent(window, &event);
+         }},
+        {"gone from the list", [&] { model->setSearchText(u"p59"_s); }},
+        {"another page", [&] { model->setPage({.kind = AppPage::Kind::tasks, .id = {}}); }},
+    };
+    for (const ViewMode mode : {ViewMode::cards, ViewMode::folders}) {
+        model->changeSettings([&](AppSettings& settings) { settings.viewMode = mode; });
+        for (const auto& [way, goes] : ways) {
+            const QByteArray place = mode == ViewMode::cards ? "ProjectCard" : "FolderRow";
+            QQuickItem* card = nullptr;
+            ASSERT_TRUE(test::waitFor([&] {
+                const QList<QQuickItem*> cards = items(place);
+                // The first one is the grid's current one, which keeps its card.
+                const auto second = std::ranges::find_if(
+                    cards, [](const QQuickItem* each) { return each->property("index").toInt() == 1; });
+                card = second != cards.end() ? *second : nullptr;
+                return cards.size() > 1 && card != nullptr;
+            })) << way;
+            const QPointF corner = card->mapToScene(QPointF(card->width() / 2, 8));
+            QTest::mouseClick(window, Qt::RightButton, {}, corner.toPoint());
+            ASSERT_TRUE(test::waitFor([this] { return items("MenuRow").size() > 3; })) << way;
+            goes();
+            EXPECT_TRUE(test::waitFor([this] { return items("MenuRow").isEmpty(); })) << way << ' ' << place.data();
+            model->setPage({});
+            model->setSearchText({});
+            ASSERT_TRUE(test::waitFor([this] { return !items("HomePage").isEmpty(); }));
+            scrollTo(item("HomePage")->findChild<QQuickItem*>(u"cardGrid"_s)->property("originY").toDouble());
+        }
+    }
 }
 
 TEST_F(MainWindow, ShowsSkeletonsUntilTheFirstScanEnds) {

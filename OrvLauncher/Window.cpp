@@ -41,6 +41,7 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QQmlApplicationEngine>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QScreen>
 #include <QTimer>
@@ -480,6 +481,10 @@ void WindowShell::quit() {
     }
     m_quitting = true;
     m_instance.end();
+    // What is being typed is taken over as it is left.
+    if (QQuickItem* focused = m_window->activeFocusItem()) {
+        focused->setFocus(false);
+    }
     if (m_settled.isActive()) {
         remember();
     }

@@ -77,7 +77,7 @@ Column {
                 code: true
                 placeholderText: "mytool --ask \"$ORV_TASK\""
                 text: section.agents.customCommand
-                onEditingFinished: section.agents.customCommand = text
+                onSettled: section.agents.customCommand = text
             }
         }
     }

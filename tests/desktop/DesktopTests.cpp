@@ -207,7 +207,13 @@ TEST_F(Desktop, ComesBackAsItWasLeft) {
     EXPECT_EQ(place().size(), desktop.screen().size()) << "it was only to come to the front";
     ASSERT_TRUE(clickShows(u"Restore"_s, u"Maximise"_s)) << seen();
     EXPECT_TRUE(waitFor([&] { return place() == small; })) << seen();
+    startAgain({u"-OrvStartPage"_s, u"settings"_s});
+    ASSERT_TRUE(clickShows(u"Profile"_s, u"Colour"_s)) << seen();
+    click(u"Name"_s);
+    desktop.key(u"ctrl+a"_s);
+    desktop.type(u"Ada"_s);
     close();
+    EXPECT_EQ(json({u"settings"_s})[u"displayName"], u"Ada"_s) << "what was typed last";
 }
 
 TEST_F(Desktop, IsSetUpByKeysAtItsFirstStart) {

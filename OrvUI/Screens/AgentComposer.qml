@@ -83,6 +83,10 @@ FocusScope {
         border.width: Theme.hairline
         border.color: words.activeFocus ? Theme.focus : Theme.borderStrong
 
+        TapHandler {
+            onTapped: words.forceActiveFocus(Qt.MouseFocusReason)
+        }
+
         Rectangle {
             anchors.fill: parent
             anchors.margins: -Theme.haloWidth

@@ -1,4 +1,5 @@
 #include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/AgentModels.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/Screens/Diagnostics.h"
 #include "tests/OrvGit/GitFixture.h"
@@ -132,6 +133,34 @@ TEST_F(KeyWindow, TakesOverWhatWasTypedInTheSettingsHoweverTheyAreLeft) {
                 << field.hint.toStdString() << " left by " << way.toStdString();
         }
     }
+}
+
+TEST_F(KeyWindow, KeepsATaskForAnAgentThatWasNotSentYet) {
+    const auto words = [this] {
+        const QQuickItem* focused = window->activeFocusItem();
+        return focused != nullptr ? focused->property("text").toString() : QString();
+    };
+    const auto composer = [&] {
+        press(Qt::Key_6, Qt::ControlModifier);
+        EXPECT_TRUE(test::waitFor([&] { return words() == u"Tasks"; })) << "the heading: " << focus();
+        press(Qt::Key_7, Qt::ControlModifier);
+        EXPECT_TRUE(test::waitFor([&] { return words() == u"AI"; })) << "the heading: " << focus();
+        return item("AgentComposer");
+    };
+    QQuickItem* box = composer();
+    const QString project = root + u"/shop"_s;
+    model->agentModels()->setPageProjectID(project);
+    // Below the words, beside the buttons.
+    const QPointF empty = box->mapToScene(QPointF(box->width() / 2, 60));
+    QTest::mouseClick(window, Qt::LeftButton, {}, empty.toPoint());
+    type(u"half a task"_s);
+    EXPECT_EQ(words(), u"half a task"_s) << focus();
+    press(Qt::Key_Home, Qt::AltModifier);
+    ASSERT_TRUE(test::waitFor([this] { return items("AgentComposer").isEmpty(); }));
+    box = composer();
+    EXPECT_EQ(box->property("projectID").toString(), project);
+    click(box);
+    EXPECT_EQ(words(), u"half a task"_s) << focus();
 }
 
 TEST_F(KeyWindow, TakesBackWhatWasDeleted) {

@@ -480,7 +480,7 @@ void WindowShell::quit() {
         return;
     }
     m_quitting = true;
-    m_instance.end();
+    m_instance.leave();
     // What is being typed is taken over as it is left.
     if (QQuickItem* focused = m_window->activeFocusItem()) {
         focused->setFocus(false);
@@ -561,7 +561,8 @@ int runWindow(int argc, char** argv, const StartWish& wish) {
     if (folder.isEmpty()) {
         StartWish message = wish;
         message.activation = takenActivation();
-        switch (instance.begin(message.toMessage(), answerLimit)) {
+        const auto waits = [] { std::fputs("OrvLauncher still stops what ran; it starts after that.\n", stderr); };
+        switch (instance.begin(message.toMessage(), answerLimit, waits)) {
         case SingleInstance::Role::handedOver:
             return exitOk;
         case SingleInstance::Role::unanswered:

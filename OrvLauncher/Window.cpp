@@ -199,10 +199,8 @@ bool WindowShell::open() {
         m_model.handle(QUrl(m_wish.url));
     }
     const QString page = m_wish.page.isEmpty() ? userDefault(u"OrvStartPage"_s) : m_wish.page;
-    if (page.isEmpty() && m_wish.url.isEmpty()) {
+    if (!openStartPage(m_model, page) && m_wish.url.isEmpty()) {
         restorePage();
-    } else {
-        StartPage::open(m_model, page);
     }
     // What the first frame does not need comes after it.
     QMetaObject::invokeMethod(
@@ -339,7 +337,7 @@ void WindowShell::answer(const StartWish& wish) {
     if (!wish.url.isEmpty()) {
         m_model.handle(QUrl(wish.url));
     }
-    StartPage::open(m_model, wish.page);
+    openStartPage(m_model, wish.page);
 }
 
 /// With an icon in the tray the application lives on without its window.

@@ -188,7 +188,7 @@ TEST_F(Desktop, ComesBackAsItWasLeft) {
     application.kill(); // it was kept before
     EXPECT_TRUE(waitFor([this] { return application.state() == QProcess::NotRunning; }));
 
-    start({});
+    start({u"-OrvStartPage"_s, u"no such page"_s});
     EXPECT_TRUE(shows(u"Parts of site"_s)) << seen();
     EXPECT_TRUE(shows(u"New task"_s)) << seen();
     EXPECT_TRUE(waitFor([&] { return place() == small; })) << seen();

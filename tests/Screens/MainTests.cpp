@@ -255,19 +255,21 @@ TEST_F(MainWindow, IsThePagesAgainAsSoonAsASheetCloses) {
 }
 
 TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
+    const QByteArray answer = "All done" + QByteArray("\\n- and this").repeated(60);
     const QString agent = tree.add(
-        u"bin/claude"_s, "#!/bin/sh\necho '{\"type\":\"result\",\"subtype\":\"success\",\"is_error\":false,"
-                         "\"result\":\"All done\",\"session_id\":\"s\",\"total_cost_usd\":0.5}'\n");
+        u"bin/claude"_s,
+        "#!/bin/sh\ncat <<'END'\n{\"type\":\"result\",\"subtype\":\"success\",\"is_error\":false,\"result\":\"" +
+            answer + "\",\"session_id\":\"s\",\"total_cost_usd\":0.5}\nEND\n");
     ASSERT_TRUE(QFile::setPermissions(agent, QFile::ReadOwner | QFile::ExeOwner));
     addInstalled(u"shop"_s, "vite", "");
     scan();
     open(QSize(1280, 832));
     model->setPage({.kind = AppPage::Kind::project, .id = root + u"/shop"_s});
     ASSERT_TRUE(test::waitFor([this] { return !items("ProjectPage").isEmpty(); }));
-    const double whole = item("ProjectPage")->width();
+    const double wide = item("ProjectPage")->width();
     QTest::keyClick(window, Qt::Key_J, Qt::ControlModifier);
     ASSERT_TRUE(test::waitFor([this] { return !items("AgentPanel").isEmpty(); }));
-    EXPECT_EQ(item("ProjectPage")->width(), whole - Theme::agentPanelWidth);
+    EXPECT_EQ(item("ProjectPage")->width(), wide - Theme::agentPanelWidth);
     EXPECT_EQ(model->aiPanelProjectID(), root + u"/shop"_s);
 
     const auto says = [this](const char* words, qsizetype turns) {
@@ -282,7 +284,14 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     };
     ASSERT_TRUE(says("Fix it", 1)) << items("AgentTurn").size() << ' ' << focus() << ' '
                                    << model->agentError().value_or(QString()).toStdString();
-    EXPECT_EQ(item("AgentTurn")->property("answer"), u"All done"_s);
+    const QString whole = QString::fromLatin1(answer).replace(u"\\n"_s, u"\n"_s);
+    EXPECT_EQ(item("AgentTurn")->property("answer"), whole);
+    const double cut = item("AgentAnswer")->height();
+    click(named("IconButton", u"Copy the answer"_s));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), whole);
+    click(named("Button", u"Show all"_s));
+    EXPECT_TRUE(test::waitFor([&] { return item("AgentAnswer")->height() > 1.3 * cut; }));
+    click(item("AgentComposer"));
     EXPECT_EQ(item("AgentTurn")->property("cost"), u"$0.50"_s);
     ASSERT_TRUE(says("More", 2));
     EXPECT_EQ(model->agentRuns().first()->facts().parentID, model->agentRuns().last()->facts().id);

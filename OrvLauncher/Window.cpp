@@ -3,11 +3,9 @@
 #include "Cli.h"
 #include "Dialogs.h"
 #include "Graphics.h"
-#include "HotKeyNote.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
 #include "OrvLauncher/platform/ActivationToken.h"
-#include "OrvLauncher/platform/HotKey.h"
 #include "OrvLauncher/platform/LoginItem.h"
 #include "OrvLauncher/platform/SystemNotifier.h"
 #include "OrvLauncher/platform/UserDefaults.h"
@@ -24,10 +22,9 @@
 #include "OrvUI/Screens/Theme.h"
 #include "OrvUI/Screens/WindowState.h"
 #include "OrvUI/StartPage.h"
-#include "QuickPanel.h"
 #include "SignalWatcher.h"
 #include "SingleInstance.h"
-#include "StatusItem.h"
+#include "StatusBarController.h"
 #include "SystemEvents.h"
 
 #ifdef Q_OS_MACOS
@@ -103,12 +100,10 @@ private:
     void reportFrames();
     void makeTrayItem();
     void awaitTray(QDeadlineTimer limit);
-    void applyShortcut();
     void showShortcut();
     void showWindow();
     void makeVisible();
     void hideWindow();
-    void togglePanel();
     void answer(const StartWish& wish);
     Q_SLOT void windowClosed();
     Q_SLOT void askToQuit();
@@ -134,9 +129,7 @@ private:
     QTimer m_settled;
     SignalWatcher m_signals;
     SystemEvents m_systemEvents;
-    std::optional<StatusItem> m_statusItem;
-    std::optional<QuickPanel> m_panel;
-    std::optional<HotKey> m_hotKey;
+    std::optional<StatusBarController> m_statusBar;
     bool m_isPageDue = false; ///< that of the last time is not found again yet
     bool m_quitting = false;
 };
@@ -243,25 +236,21 @@ void WindowShell::followLook() {
 }
 
 void WindowShell::makeTrayItem() {
-    m_panel.emplace(m_model, m_engine);
-    m_statusItem.emplace(m_model);
-    connect(&*m_statusItem, &StatusItem::panelAsked, this, &WindowShell::togglePanel);
-    connect(&*m_statusItem, &StatusItem::windowAsked, this, &WindowShell::showWindow);
-    connect(&*m_statusItem, &StatusItem::quitAsked, this, &WindowShell::askToQuit);
-    connect(&*m_panel, &QuickPanel::windowAsked, this, &WindowShell::showWindow);
-    connect(&*m_panel, &QuickPanel::quitAsked, this, &WindowShell::askToQuit);
-    connect(&*m_panel, &QuickPanel::settingsAsked, this, [this] {
+    m_statusBar.emplace(m_model, m_engine);
+    connect(&*m_statusBar, &StatusBarController::windowAsked, this, &WindowShell::showWindow);
+    connect(&*m_statusBar, &StatusBarController::quitAsked, this, &WindowShell::askToQuit);
+    connect(&*m_statusBar, &StatusBarController::settingsAsked, this, [this] {
         AppPage page;
         page.kind = AppPage::Kind::settings;
         m_model.setPage(page);
         showWindow();
     });
     // Most panels are dark; those of a desktop that asks for light mostly are not.
-    const auto followPanel = [this] { m_statusItem->setPanelDark(!m_look.prefersLight()); };
+    const auto followPanel = [this] { m_statusBar->setPanelDark(!m_look.prefersLight()); };
     connect(&m_look, &SystemLook::changed, this, followPanel);
     followPanel();
-    connect(&m_model, &AppModel::preferencesChanged, this, &WindowShell::applyShortcut);
-    applyShortcut();
+    connect(&*m_statusBar, &StatusBarController::shortcutChanged, this, &WindowShell::showShortcut);
+    showShortcut();
 }
 
 /// At login the tray may come after the application. Without one there has to be a window.
@@ -276,19 +265,9 @@ void WindowShell::awaitTray(QDeadlineTimer limit) {
     QTimer::singleShot(500ms, this, [this, limit] { awaitTray(limit); });
 }
 
-void WindowShell::applyShortcut() {
-    const bool isWanted = m_model.settings().settings().quickPanelShortcutEnabled;
-    if (!isWanted) {
-        m_hotKey.reset();
-    } else if (!m_hotKey) {
-        m_hotKey.emplace([this] { togglePanel(); }, [this] { showShortcut(); });
-    }
-    showShortcut();
-}
-
 void WindowShell::showShortcut() {
-    m_window->setProperty("shortcutNote", m_hotKey ? HotKeyNote::of(m_hotKey->state()) : QString());
-    m_window->setProperty("shortcutTrigger", m_hotKey ? m_hotKey->trigger() : QString());
+    m_window->setProperty("shortcutNote", m_statusBar->shortcutNote());
+    m_window->setProperty("shortcutTrigger", m_statusBar->shortcutTrigger());
 }
 
 void WindowShell::showWindow() {
@@ -317,16 +296,12 @@ void WindowShell::hideWindow() {
     }
 }
 
-void WindowShell::togglePanel() {
-    m_panel->toggle(m_statusItem->place());
-}
-
 /// What another start was for.
 void WindowShell::answer(const StartWish& wish) {
     {
         const ActivationToken token(wish.activation);
         if (wish.togglesPanel) {
-            togglePanel();
+            m_statusBar->togglePanel();
             return;
         }
         if (wish.staysInTray) {
@@ -342,7 +317,7 @@ void WindowShell::answer(const StartWish& wish) {
 
 /// With an icon in the tray the application lives on without its window.
 void WindowShell::windowClosed() {
-    if (StatusItem::isAvailable() && m_statusItem) {
+    if (StatusItem::isAvailable() && m_statusBar) {
         hideWindow();
     } else {
         askToQuit();

@@ -461,7 +461,13 @@ public:
     // Set by the shell
     void setOpenMainWindowAction(std::function<void()> action); ///< opens or raises the main window
     void setReloadWidgets(std::function<void()> reload);
-    std::function<bool(const QUrl&)> openUrl; ///< false when nothing could open it
+    /// Takes the quick panel's key or lets go of it, and says whether that was done. Called with what the settings say
+    /// now, and whenever they say something else.
+    void setApplyQuickPanelShortcut(std::function<bool(bool isOn)> apply);
+    /// Whether the key is as the settings want it: had, or let go of.
+    [[nodiscard]] bool isQuickPanelShortcutApplied() const;
+    void noteQuickPanelShortcut(bool isApplied); ///< by whoever learns later that it is had, or lost
+    std::function<bool(const QUrl&)> openUrl;    ///< false when nothing could open it
     std::function<void(ActivationPolicy)> setActivationPolicy;
     /// Sets the application's activation policy as the settings want it.
     void applyDockIconPolicy();
@@ -491,6 +497,8 @@ Q_SIGNALS:
     void refreshTokenChanged();
     void openMainWindowActionChanged();
     void reloadWidgetsChanged();
+    void applyQuickPanelShortcutChanged();
+    void quickPanelShortcutAppliedChanged();
     void queuedURLChanged();
     void installCommandOverrideChanged();
     void tasksChanged();
@@ -524,6 +532,7 @@ private:
     void rescan(); ///< what a scan reads has changed
     void scanEnded(const QList<ProjectNode>& tree);
     void takeInSettings();
+    void applyQuickPanelShortcut();
     void processStatesChanged();
     void takeInOutput(const ServiceID& id, qsizetype added);
     void noteAddress(const ServiceID& id);

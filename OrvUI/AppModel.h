@@ -88,6 +88,9 @@ class AppModel : public QObject {
     Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsOngoing READ statusIsOngoing NOTIFY statusMessageChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY statusMessageChanged)
+    Q_PROPERTY(bool hasModal READ hasModal NOTIFY modalChanged)
+    Q_PROPERTY(QString modalTitle READ modalTitle NOTIFY modalChanged)
+    Q_PROPERTY(QString modalBody READ modalBody NOTIFY modalChanged)
     /// What was done last and can be taken back, as a sentence; empty when there is nothing.
     Q_PROPERTY(QString undoText READ undoText NOTIFY undoTextChanged)
     Q_PROPERTY(bool setupActive READ setupActive NOTIFY setupChanged)
@@ -397,6 +400,10 @@ public:
     void setThemeIndex(int index);
     [[nodiscard]] int appearance() const;
     void setAppearance(int mode);
+    [[nodiscard]] bool hasModal() const;
+    [[nodiscard]] QString modalTitle() const;
+    [[nodiscard]] QString modalBody() const;
+    Q_INVOKABLE void dismissModal();
     [[nodiscard]] bool hasStatus() const;
     [[nodiscard]] bool statusIsError() const;
     [[nodiscard]] bool statusIsOngoing() const;

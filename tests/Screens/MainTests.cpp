@@ -166,6 +166,30 @@ TEST_F(MainWindow, ClosesTheMenuOfAProjectThatIsShownNoMore) {
     }
 }
 
+TEST_F(MainWindow, ShowsWhatTheModelWantsToBeReadFirst) {
+    open(QSize(1280, 832));
+    const auto message = [this] {
+        const QList<QQuickItem*> texts = items("Label");
+        QStringList shown;
+        for (const QQuickItem* text : texts) {
+            if (const QString words = text->property("text").toString(); words.startsWith(u"Modal")) {
+                shown.append(words);
+            }
+        }
+        return shown.join(u'|');
+    };
+    for (const QString& title : {u"Modal one"_s, u"Modal two"_s}) {
+        model->setModal(ModalContent{title, u"Modal words"_s});
+        EXPECT_TRUE(test::waitFor([&] { return message() == title + u"|Modal words"_s; })) << message().toStdString();
+        model->setModal(ModalContent{title, u"Modal, other words"_s});
+        EXPECT_TRUE(test::waitFor([&] { return message() == title + u"|Modal, other words"_s; }));
+        EXPECT_TRUE(test::waitFor([this] { return window->activeFocusItem() == button(u"OK"_s); })) << focus();
+        press(title == u"Modal one" ? Qt::Key_Return : Qt::Key_Escape);
+        EXPECT_TRUE(test::waitFor([&] { return message().isEmpty(); })) << message().toStdString();
+        EXPECT_EQ(model->modal(), std::nullopt);
+    }
+}
+
 TEST_F(MainWindow, ShowsSkeletonsUntilTheFirstScanEnds) {
     open(QSize(1280, 832));
     EXPECT_FALSE(items("Skeleton").isEmpty());

@@ -186,6 +186,8 @@ Item {
 
                     AgentEventLine {
                         width: history.width
+                        // Its last words are the answer, which stands below.
+                        visible: kind !== "result" && (card.running || kind === "tool" || text !== card.answer)
                     }
                 }
             }

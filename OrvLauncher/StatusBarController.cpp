@@ -29,13 +29,13 @@ bool StatusBarController::setShortcut(bool isOn) {
     if (isOn) {
         const auto stateChanged = [this] {
             // It may be told before it is there.
-            m_model.noteQuickPanelShortcut(m_hotKey && m_hotKey->isHad());
+            m_model.noteQuickPanelShortcut(m_hotKey && m_hotKey->isRegistered());
             Q_EMIT shortcutChanged();
         };
         m_hotKey.emplace([this] { togglePanel(); }, stateChanged);
     }
     Q_EMIT shortcutChanged();
-    return !isOn || m_hotKey->isHad();
+    return !isOn || m_hotKey->isRegistered();
 }
 
 QString StatusBarController::shortcutNote() const {

@@ -12,7 +12,7 @@
 // All print figures, separated by blanks, on one line.
 
 #include "OrvTerminal/TerminalTabs.h"
-#include "OrvTerminal/View/TerminalHost.h"
+#include "OrvTerminal/View/TerminalHostView.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -64,7 +64,7 @@ protected:
 private:
     TerminalStyle m_style;
     TerminalTabs m_tabs;
-    TerminalHost m_host;
+    TerminalHostView m_host;
 };
 
 void after(std::chrono::milliseconds time, std::function<void()> task) {

@@ -113,7 +113,7 @@ FocusScope {
             onNewRequested: page.newTerminal()
         }
 
-        TerminalHost {
+        TerminalHostView {
             id: host
 
             anchors.top: strip.bottom

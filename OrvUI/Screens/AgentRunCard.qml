@@ -26,7 +26,11 @@ Item {
     property bool open: running
     // How long it has run by now; what ended says so itself.
     property string elapsed
-    readonly property string facts: [projectName, autonomyTitle, running ? elapsed : duration, changes].filter(part => part.length > 0).map(part => "·  " + part).join("  ")
+    readonly property string facts: joined([projectName, autonomyTitle, running ? elapsed : duration, changes])
+
+    function joined(parts) {
+        return parts.filter(part => part.length > 0).map(part => "·  " + part).join("  ");
+    }
 
     implicitHeight: column.height
     Accessible.role: Accessible.Grouping

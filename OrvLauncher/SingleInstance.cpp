@@ -15,6 +15,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -35,6 +36,7 @@ constexpr auto again = 20ms;
 constexpr auto patience = 5s;
 constexpr qsizetype longestMessage = 64 * 1024;
 constexpr QByteArrayView taken("ok\n");
+constexpr QByteArrayView leaving("leaving\n");
 constexpr int waitingCallers = 16;
 
 /// The folder is the user's and nobody else may write there, or it is made so.
@@ -77,12 +79,12 @@ bool writeAll(int fd, QByteArrayView bytes) {
     return true;
 }
 
-/// Whether it was taken; false also where nobody listens.
-bool handOver(const QString& path, const QByteArray& message, std::chrono::milliseconds limit) {
+/// What the first one answers; empty where nobody listens.
+QByteArray handOver(const QString& path, const QByteArray& message, std::chrono::milliseconds limit) {
     sockaddr_un address{};
     const UniqueFd socket = makeSocket();
     if (!setAddress(address, path)) {
-        return false;
+        return {};
     }
     const timeval time{
         static_cast<time_t>(limit / 1s), static_cast<suseconds_t>(std::chrono::microseconds(limit % 1s).count())};
@@ -90,18 +92,18 @@ bool handOver(const QString& path, const QByteArray& message, std::chrono::milli
     ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time);
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         !writeAll(socket.get(), message + '\n')) {
-        return false;
+        return {};
     }
     QByteArray answer;
-    std::array<char, 8> bytes{};
+    std::array<char, 16> bytes{};
     while (!answer.endsWith('\n')) {
         const ssize_t count = ::recv(socket.get(), bytes.data(), bytes.size(), 0);
         if (count <= 0 && errno != EINTR) {
-            return false;
+            return {};
         }
         answer.append(bytes.data(), std::max<ssize_t>(count, 0));
     }
-    return answer == taken;
+    return answer;
 }
 
 } // namespace
@@ -132,8 +134,10 @@ private:
         }
         m_notifier.setEnabled(false);
         if (end >= 0) {
-            Q_EMIT m_instance.called(m_message.first(end));
-            writeAll(m_socket.get(), taken);
+            if (!m_instance.m_isLeaving) {
+                Q_EMIT m_instance.called(m_message.first(end));
+            }
+            writeAll(m_socket.get(), m_instance.m_isLeaving ? leaving : taken);
         }
         deleteLater();
     }
@@ -182,18 +186,27 @@ bool SingleInstance::takeLock() {
     return true;
 }
 
-SingleInstance::Role SingleInstance::begin(const QByteArray& message, std::chrono::milliseconds limit) {
+SingleInstance::Role SingleInstance::begin(
+    const QByteArray& message, std::chrono::milliseconds limit, const std::function<void()>& waits) {
     if (m_place.lock.isEmpty()) {
         return Role::first;
     }
-    const QDeadlineTimer deadline(limit);
+    QDeadlineTimer deadline(limit);
+    bool isAwaited = false;
     while (true) {
         if (takeLock()) {
             return Role::first;
         }
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline.remainingTimeAsDuration());
-        if (handOver(m_place.socket, message, std::max(left, again))) {
+        const QByteArray answer = handOver(m_place.socket, message, std::max(left, again));
+        if (answer == taken) {
             return Role::handedOver;
+        }
+        if (answer == leaving) {
+            deadline.setRemainingTime(limit);
+            if (!std::exchange(isAwaited, true) && waits) {
+                waits();
+            }
         }
         if (deadline.hasExpired()) {
             return Role::unanswered;

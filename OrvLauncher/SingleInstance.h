@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 class QSocketNotifier;
@@ -37,10 +38,14 @@ public:
     explicit SingleInstance(Place place = Place::ofThisUser(), QObject* parent = nullptr);
     ~SingleInstance() override;
 
-    /// Blocks, at most `limit`, while another one starts or ends; needs no event loop.
-    [[nodiscard]] Role begin(const QByteArray& message, std::chrono::milliseconds limit);
+    /// Blocks, at most `limit`, while another one starts or does not answer, and for as long as one says that it is
+    /// leaving, which `waits` is told of once. Needs no event loop.
+    [[nodiscard]] Role begin(
+        const QByteArray& message, std::chrono::milliseconds limit, const std::function<void()>& waits = {});
     /// From now on messages come. Needs an event loop; what was sent since `begin` is not lost.
     void listen();
+    /// From now on no messages come; whoever starts waits for the end.
+    void leave() { m_isLeaving = true; }
     /// The next start is a first one.
     void end();
 
@@ -59,6 +64,7 @@ private:
     const Place m_place;
     UniqueFd m_lock;
     UniqueFd m_socket;
+    bool m_isLeaving = false;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 

@@ -3,11 +3,9 @@
 #include "Cli.h"
 #include "Dialogs.h"
 #include "Graphics.h"
-#include "HotKeyNote.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Paths.h"
 #include "OrvLauncher/platform/ActivationToken.h"
-#include "OrvLauncher/platform/HotKey.h"
 #include "OrvLauncher/platform/LoginItem.h"
 #include "OrvLauncher/platform/SystemNotifier.h"
 #include "OrvLauncher/platform/UserDefaults.h"
@@ -26,10 +24,9 @@
 #include "OrvUI/Screens/Theme.h"
 #include "OrvUI/Screens/WindowState.h"
 #include "OrvUI/StartPage.h"
-#include "QuickPanel.h"
 #include "SignalWatcher.h"
 #include "SingleInstance.h"
-#include "StatusItem.h"
+#include "StatusBarController.h"
 #include "SystemEvents.h"
 
 #ifdef Q_OS_MACOS
@@ -42,6 +39,7 @@
 #include <QDesktopServices>
 #include <QIcon>
 #include <QQmlApplicationEngine>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QScreen>
 #include <QTimer>
@@ -105,12 +103,10 @@ private:
     void startRest();
     void makeTrayItem();
     void awaitTray(QDeadlineTimer limit);
-    void applyShortcut();
     void showShortcut();
     void showWindow();
     void makeVisible();
     void hideWindow();
-    void togglePanel();
     void answer(const StartWish& wish);
     Q_SLOT void windowClosed();
     Q_SLOT void askToQuit();
@@ -137,9 +133,7 @@ private:
     QTimer m_settled;
     SignalWatcher m_signals;
     SystemEvents m_systemEvents;
-    std::optional<StatusItem> m_statusItem;
-    std::optional<QuickPanel> m_panel;
-    std::optional<HotKey> m_hotKey;
+    std::optional<StatusBarController> m_statusBar;
     bool m_quitting = false;
 };
 
@@ -199,12 +193,11 @@ bool WindowShell::open() {
         answer(StartWish::ofMessage(message));
     });
     const QString page = m_wish.page.isEmpty() ? userDefault(u"OrvStartPage"_s) : m_wish.page;
-    const bool isForAnother = !page.isEmpty() || !m_wish.url.isEmpty();
+    const bool isForAnother = openStartPage(m_model, page) || !m_wish.url.isEmpty();
     m_places.restore(m_state, isForAnother ? PlaceKeeper::Page::another : PlaceKeeper::Page::asItWas);
     if (!m_wish.url.isEmpty()) {
         m_model.handle(QUrl(m_wish.url));
     }
-    StartPage::open(m_model, page);
     // What the first frame does not need comes after it. There is none where the window is not to be seen.
     connect(
         m_window, &QQuickWindow::frameSwapped, this, &WindowShell::startRest,
@@ -214,7 +207,7 @@ bool WindowShell::open() {
 }
 
 void WindowShell::startRest() {
-    if (m_panel) {
+    if (m_statusBar) {
         return;
     }
     m_look.start();
@@ -251,25 +244,21 @@ void WindowShell::followLook() {
 }
 
 void WindowShell::makeTrayItem() {
-    m_panel.emplace(m_model, m_engine);
-    m_statusItem.emplace(m_model);
-    connect(&*m_statusItem, &StatusItem::panelAsked, this, &WindowShell::togglePanel);
-    connect(&*m_statusItem, &StatusItem::windowAsked, this, &WindowShell::showWindow);
-    connect(&*m_statusItem, &StatusItem::quitAsked, this, &WindowShell::askToQuit);
-    connect(&*m_panel, &QuickPanel::windowAsked, this, &WindowShell::showWindow);
-    connect(&*m_panel, &QuickPanel::quitAsked, this, &WindowShell::askToQuit);
-    connect(&*m_panel, &QuickPanel::settingsAsked, this, [this] {
+    m_statusBar.emplace(m_model, m_engine);
+    connect(&*m_statusBar, &StatusBarController::windowAsked, this, &WindowShell::showWindow);
+    connect(&*m_statusBar, &StatusBarController::quitAsked, this, &WindowShell::askToQuit);
+    connect(&*m_statusBar, &StatusBarController::settingsAsked, this, [this] {
         AppPage page;
         page.kind = AppPage::Kind::settings;
         m_model.setPage(page);
         showWindow();
     });
     // Most panels are dark; those of a desktop that asks for light mostly are not.
-    const auto followPanel = [this] { m_statusItem->setPanelDark(!m_look.prefersLight()); };
+    const auto followPanel = [this] { m_statusBar->setPanelDark(!m_look.prefersLight()); };
     connect(&m_look, &SystemLook::changed, this, followPanel);
     followPanel();
-    connect(&m_model, &AppModel::preferencesChanged, this, &WindowShell::applyShortcut);
-    applyShortcut();
+    connect(&*m_statusBar, &StatusBarController::shortcutChanged, this, &WindowShell::showShortcut);
+    showShortcut();
 }
 
 /// At login the tray may come after the application. Without one there has to be a window.
@@ -284,19 +273,9 @@ void WindowShell::awaitTray(QDeadlineTimer limit) {
     QTimer::singleShot(500ms, this, [this, limit] { awaitTray(limit); });
 }
 
-void WindowShell::applyShortcut() {
-    const bool isWanted = m_model.settings().settings().quickPanelShortcutEnabled;
-    if (!isWanted) {
-        m_hotKey.reset();
-    } else if (!m_hotKey) {
-        m_hotKey.emplace([this] { togglePanel(); }, [this] { showShortcut(); });
-    }
-    showShortcut();
-}
-
 void WindowShell::showShortcut() {
-    m_window->setProperty("shortcutNote", m_hotKey ? HotKeyNote::of(m_hotKey->state()) : QString());
-    m_window->setProperty("shortcutTrigger", m_hotKey ? m_hotKey->trigger() : QString());
+    m_window->setProperty("shortcutNote", m_statusBar->shortcutNote());
+    m_window->setProperty("shortcutTrigger", m_statusBar->shortcutTrigger());
 }
 
 void WindowShell::showWindow() {
@@ -325,16 +304,12 @@ void WindowShell::hideWindow() {
     }
 }
 
-void WindowShell::togglePanel() {
-    m_panel->toggle(m_statusItem->place());
-}
-
 /// What another start was for.
 void WindowShell::answer(const StartWish& wish) {
     {
         const ActivationToken token(wish.activation);
         if (wish.togglesPanel) {
-            togglePanel();
+            m_statusBar->togglePanel();
             return;
         }
         if (wish.staysInTray) {
@@ -345,12 +320,12 @@ void WindowShell::answer(const StartWish& wish) {
     if (!wish.url.isEmpty()) {
         m_model.handle(QUrl(wish.url));
     }
-    StartPage::open(m_model, wish.page);
+    openStartPage(m_model, wish.page);
 }
 
 /// With an icon in the tray the application lives on without its window.
 void WindowShell::windowClosed() {
-    if (StatusItem::isAvailable() && m_statusItem) {
+    if (StatusItem::isAvailable() && m_statusBar) {
         hideWindow();
     } else {
         askToQuit();
@@ -462,7 +437,11 @@ void WindowShell::quit() {
         return;
     }
     m_quitting = true;
-    m_instance.end();
+    m_instance.leave();
+    // What is being typed is taken over as it is left.
+    if (QQuickItem* focused = m_window->activeFocusItem()) {
+        focused->setFocus(false);
+    }
     if (m_settled.isActive()) {
         remember();
     }
@@ -539,7 +518,8 @@ int runWindow(int argc, char** argv, const StartWish& wish) {
     if (folder.isEmpty()) {
         StartWish message = wish;
         message.activation = takenActivation();
-        switch (instance.begin(message.toMessage(), answerLimit)) {
+        const auto waits = [] { std::fputs("OrvLauncher still stops what ran; it starts after that.\n", stderr); };
+        switch (instance.begin(message.toMessage(), answerLimit, waits)) {
         case SingleInstance::Role::handedOver:
             return exitOk;
         case SingleInstance::Role::unanswered:

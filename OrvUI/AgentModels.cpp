@@ -127,21 +127,6 @@ bool AgentModels::isLoading() const {
 QString AgentModels::error() const {
     return m_model.agentError().value_or(QString());
 }
-QString AgentModels::draftText() const {
-    return m_model.agentDraft() ? m_model.agentDraft()->text : QString();
-}
-QString AgentModels::draftProjectID() const {
-    return m_model.agentDraft() ? m_model.agentDraft()->projectID : QString();
-}
-bool AgentModels::draftWasSent() const {
-    return m_model.agentDraft() && m_model.agentDraft()->sent;
-}
-int AgentModels::draftAgent() const {
-    return draftWasSent() ? static_cast<int>(m_model.agentDraft()->sent->agent) : -1;
-}
-int AgentModels::draftAutonomy() const {
-    return draftWasSent() ? static_cast<int>(m_model.agentDraft()->sent->autonomy) : -1;
-}
 int AgentModels::defaultAgent() const {
     return static_cast<int>(m_model.settings().settings().defaultAgent);
 }
@@ -211,9 +196,16 @@ void AgentModels::forgetDraft(const QString& projectID) {
     }
     m_model.setAgentDraft({});
     const bool isSettled = !projectID.isEmpty() || !draft->sent; // what came back is found in its panel still
-    if (isSettled && !draft->text.isEmpty() && words(draft->projectID) == draft->text) {
-        m_composed[draft->projectID].words.clear();
-        Q_EMIT wordsCame(draft->projectID);
+    if (isSettled && !draft->text.isEmpty()) {
+        dropWords(draft->projectID, draft->text);
+        dropWords({}, draft->text);
+    }
+}
+
+void AgentModels::dropWords(const QString& projectID, const QString& words) {
+    if (this->words(projectID) == words) {
+        m_composed[projectID].words.clear();
+        Q_EMIT wordsCame(projectID);
     }
 }
 
@@ -224,9 +216,22 @@ void AgentModels::takeDraft() {
         const bool isBeside = draft->sent && !words.isEmpty() && words != draft->text;
         words = isBeside ? draft->text + u"\n\n"_s + words : draft->text;
         Q_EMIT wordsCame(draft->projectID);
+        takeDraftOnPage(*draft);
     }
-    Q_EMIT draftChanged();
     Q_EMIT updated();
+}
+
+void AgentModels::takeDraftOnPage(const AgentDraft& draft) {
+    Composed& page = m_composed[QString()];
+    if (!draft.sent || page.words.isEmpty()) {
+        page.words = draft.text;
+        page.projectID = draft.projectID;
+    } else if (page.projectID != draft.projectID || page.words.startsWith(draft.text)) {
+        return; // it waits in the panel of its project
+    } else {
+        page.words.prepend(draft.text + u"\n\n"_s);
+    }
+    Q_EMIT wordsCame({});
 }
 
 QString AgentModels::words(const QString& projectID) const {
@@ -296,6 +301,47 @@ void AgentModels::setPanelAgent(int index) {
 void AgentModels::setPanelAutonomy(int index) {
     if (const auto autonomy = at(allAgentAutonomies, index)) {
         m_composed[panelProjectID()].autonomy = autonomy;
+        Q_EMIT updated();
+    }
+}
+
+int AgentModels::pageAgent() const {
+    const Composed page = m_composed.value(QString());
+    const auto draft = draftOf(page.projectID);
+    return page.agent             ? static_cast<int>(*page.agent)
+           : draft && draft->sent ? static_cast<int>(draft->sent->agent)
+                                  : defaultAgent();
+}
+
+int AgentModels::pageAutonomy() const {
+    const Composed page = m_composed.value(QString());
+    const auto draft = draftOf(page.projectID);
+    return page.autonomy          ? static_cast<int>(*page.autonomy)
+           : draft && draft->sent ? static_cast<int>(draft->sent->autonomy)
+                                  : autonomy();
+}
+
+QString AgentModels::pageProjectID() const {
+    return m_composed.value(QString()).projectID;
+}
+
+void AgentModels::setPageAgent(int index) {
+    if (const auto kind = at(allAgentKinds, index)) {
+        m_composed[QString()].agent = kind;
+        Q_EMIT updated();
+    }
+}
+
+void AgentModels::setPageAutonomy(int index) {
+    if (const auto autonomy = at(allAgentAutonomies, index)) {
+        m_composed[QString()].autonomy = autonomy;
+        Q_EMIT updated();
+    }
+}
+
+void AgentModels::setPageProjectID(const QString& projectID) {
+    if (projectID != pageProjectID()) {
+        m_composed[QString()].projectID = projectID;
         Q_EMIT updated();
     }
 }

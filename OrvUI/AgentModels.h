@@ -29,13 +29,11 @@ class AgentModels : public QObject {
     Q_PROPERTY(QString projectTotalsText READ projectTotalsText NOTIFY updated)
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
     Q_PROPERTY(QString error READ error NOTIFY errorChanged)
-    Q_PROPERTY(QString draftText READ draftText NOTIFY draftChanged)
-    Q_PROPERTY(QString draftProjectID READ draftProjectID NOTIFY draftChanged)
-    Q_PROPERTY(bool draftWasSent READ draftWasSent NOTIFY draftChanged)
-    Q_PROPERTY(int draftAgent READ draftAgent NOTIFY draftChanged)
-    Q_PROPERTY(int draftAutonomy READ draftAutonomy NOTIFY draftChanged)
     Q_PROPERTY(int panelAgent READ panelAgent WRITE setPanelAgent NOTIFY updated)
     Q_PROPERTY(int panelAutonomy READ panelAutonomy WRITE setPanelAutonomy NOTIFY updated)
+    Q_PROPERTY(int pageAgent READ pageAgent WRITE setPageAgent NOTIFY updated)
+    Q_PROPERTY(int pageAutonomy READ pageAutonomy WRITE setPageAutonomy NOTIFY updated)
+    Q_PROPERTY(QString pageProjectID READ pageProjectID WRITE setPageProjectID NOTIFY updated)
     Q_PROPERTY(int defaultAgent READ defaultAgent WRITE setDefaultAgent NOTIFY preferencesChanged)
     Q_PROPERTY(int autonomy READ autonomy WRITE setAutonomy NOTIFY preferencesChanged)
     Q_PROPERTY(QString customCommand READ customCommand WRITE setCustomCommand NOTIFY preferencesChanged)
@@ -65,17 +63,20 @@ public:
     [[nodiscard]] QString projectTotalsText() const; ///< of the project whose agent panel is open
     [[nodiscard]] bool isLoading() const;
     [[nodiscard]] QString error() const;
-    [[nodiscard]] QString draftText() const;
-    [[nodiscard]] QString draftProjectID() const;
-    [[nodiscard]] bool draftWasSent() const; ///< and came back
-    [[nodiscard]] int draftAgent() const;    ///< with which it was sent; -1 of one that was not
-    [[nodiscard]] int draftAutonomy() const; ///< likewise
     /// Of what is said next in the agent panel: as chosen there, else that of the newest run of the conversation.
     [[nodiscard]] int panelAgent() const;
     void setPanelAgent(int index);
     /// As chosen there, else that of the run which it goes on with.
     [[nodiscard]] int panelAutonomy() const;
     void setPanelAutonomy(int index);
+    /// In the composer of the page of all runs: as chosen there, else that with which its task was sent and came back,
+    /// else as the settings have it.
+    [[nodiscard]] int pageAgent() const;
+    void setPageAgent(int index);
+    [[nodiscard]] int pageAutonomy() const;
+    void setPageAutonomy(int index);
+    [[nodiscard]] QString pageProjectID() const; ///< that the task there is for; empty: none is chosen
+    void setPageProjectID(const QString& projectID);
     [[nodiscard]] int defaultAgent() const;
     void setDefaultAgent(int index);
     [[nodiscard]] int autonomy() const;
@@ -97,7 +98,8 @@ public:
     /// In the agent panel, with what is chosen there: goes on with the project's newest run where that is over and of
     /// the same agent, else starts one. False when that could not be done.
     Q_INVOKABLE bool say(const QString& text);
-    /// The words in the agent panel of a project that were not sent yet. They stay while it is closed.
+    /// The words in the agent panel of a project, or with an empty id in the composer of the page of all runs, that
+    /// were not sent yet. They stay while it is closed.
     [[nodiscard]] Q_INVOKABLE QString words(const QString& projectID) const;
     Q_INVOKABLE void keepWords(const QString& projectID, const QString& words);
     /// What is said next in the agent panel goes on with nothing.
@@ -128,7 +130,6 @@ Q_SIGNALS:
     void updated();
     void isLoadingChanged();
     void errorChanged();
-    void draftChanged();
     void wordsCame(const QString& projectID); ///< others than those that were kept
     void preferencesChanged();
     void reviewChanged();
@@ -144,11 +145,14 @@ private:
     [[nodiscard]] const AgentRun* parentOf(const AgentDraft& draft) const;
     [[nodiscard]] std::optional<AgentDraft> draftOf(const QString& projectID) const;
     void takeDraft();
+    void takeDraftOnPage(const AgentDraft& draft);
+    void dropWords(const QString& projectID, const QString& words);
     [[nodiscard]] QString totals(const QString& projectID) const;
 
-    /// What stands in the agent panel of a project and was not sent yet.
+    /// What stands in a composer and was not sent yet.
     struct Composed {
         QString words;
+        QString projectID;              ///< on the page of all runs: that it is for
         std::optional<AgentKind> agent; ///< as chosen there
         std::optional<AgentAutonomy> autonomy;
     };
@@ -163,7 +167,7 @@ private:
     QString m_reviewKey;
     QString m_reviewText;
     QString m_reviewBranch;
-    QHash<QString, Composed> m_composed; ///< by project
+    QHash<QString, Composed> m_composed; ///< by the panel's project; of the page, by an empty id
     QUuid m_leftAlone;                   ///< a run of the agent panel with which nobody goes on
     int m_filter = all;
     bool m_isUpdateDue = false;

@@ -48,6 +48,22 @@ int AppModel::appearance() const {
     return static_cast<int>(d->settings->settings().appearance);
 }
 
+bool AppModel::hasModal() const {
+    return d->modal.has_value();
+}
+
+QString AppModel::modalTitle() const {
+    return d->modal ? d->modal->title : QString();
+}
+
+QString AppModel::modalBody() const {
+    return d->modal ? d->modal->body : QString();
+}
+
+void AppModel::dismissModal() {
+    setModal({});
+}
+
 bool AppModel::hasStatus() const {
     return d->statusMessage.has_value();
 }

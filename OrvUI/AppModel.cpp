@@ -444,6 +444,9 @@ void AppModel::takeInSettings() {
     if (before.scanRoot != now.scanRoot) {
         rescan();
     }
+    if (before.quickPanelShortcutEnabled != now.quickPanelShortcutEnabled) {
+        applyQuickPanelShortcut();
+    }
 }
 
 void AppModel::changeSettings(const std::function<void(AppSettings&)>& change) {
@@ -532,6 +535,26 @@ void AppModel::showMainWindow() {
 void AppModel::setOpenMainWindowAction(std::function<void()> action) {
     d->openMainWindowAction = std::move(action);
     Q_EMIT openMainWindowActionChanged();
+}
+
+void AppModel::setApplyQuickPanelShortcut(std::function<bool(bool isOn)> apply) {
+    d->applyQuickPanelShortcut = std::move(apply);
+    Q_EMIT applyQuickPanelShortcutChanged();
+    applyQuickPanelShortcut();
+}
+
+void AppModel::applyQuickPanelShortcut() {
+    if (d->applyQuickPanelShortcut) {
+        noteQuickPanelShortcut(d->applyQuickPanelShortcut(d->settings->settings().quickPanelShortcutEnabled));
+    }
+}
+
+bool AppModel::isQuickPanelShortcutApplied() const {
+    return d->isQuickPanelShortcutApplied;
+}
+
+void AppModel::noteQuickPanelShortcut(bool isApplied) {
+    assign(this, d->isQuickPanelShortcutApplied, isApplied, &AppModel::quickPanelShortcutAppliedChanged);
 }
 
 void AppModel::setReloadWidgets(std::function<void()> reload) {

@@ -88,6 +88,9 @@ class AppModel : public QObject {
     Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsOngoing READ statusIsOngoing NOTIFY statusMessageChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY statusMessageChanged)
+    Q_PROPERTY(bool hasModal READ hasModal NOTIFY modalChanged)
+    Q_PROPERTY(QString modalTitle READ modalTitle NOTIFY modalChanged)
+    Q_PROPERTY(QString modalBody READ modalBody NOTIFY modalChanged)
     /// What was done last and can be taken back, as a sentence; empty when there is nothing.
     Q_PROPERTY(QString undoText READ undoText NOTIFY undoTextChanged)
     Q_PROPERTY(bool setupActive READ setupActive NOTIFY setupChanged)
@@ -397,6 +400,10 @@ public:
     void setThemeIndex(int index);
     [[nodiscard]] int appearance() const;
     void setAppearance(int mode);
+    [[nodiscard]] bool hasModal() const;
+    [[nodiscard]] QString modalTitle() const;
+    [[nodiscard]] QString modalBody() const;
+    Q_INVOKABLE void dismissModal();
     [[nodiscard]] bool hasStatus() const;
     [[nodiscard]] bool statusIsError() const;
     [[nodiscard]] bool statusIsOngoing() const;
@@ -461,7 +468,13 @@ public:
     // Set by the shell
     void setOpenMainWindowAction(std::function<void()> action); ///< opens or raises the main window
     void setReloadWidgets(std::function<void()> reload);
-    std::function<bool(const QUrl&)> openUrl; ///< false when nothing could open it
+    /// Takes the quick panel's key or lets go of it, and says whether that was done. Called with what the settings say
+    /// now, and whenever they say something else.
+    void setApplyQuickPanelShortcut(std::function<bool(bool isOn)> apply);
+    /// Whether the key is as the settings want it: had, or let go of.
+    [[nodiscard]] bool isQuickPanelShortcutApplied() const;
+    void noteQuickPanelShortcut(bool isApplied); ///< by whoever learns later that it is had, or lost
+    std::function<bool(const QUrl&)> openUrl;    ///< false when nothing could open it
     std::function<void(ActivationPolicy)> setActivationPolicy;
     /// Sets the application's activation policy as the settings want it.
     void applyDockIconPolicy();
@@ -491,6 +504,8 @@ Q_SIGNALS:
     void refreshTokenChanged();
     void openMainWindowActionChanged();
     void reloadWidgetsChanged();
+    void applyQuickPanelShortcutChanged();
+    void quickPanelShortcutAppliedChanged();
     void queuedURLChanged();
     void installCommandOverrideChanged();
     void tasksChanged();
@@ -524,6 +539,7 @@ private:
     void rescan(); ///< what a scan reads has changed
     void scanEnded(const QList<ProjectNode>& tree);
     void takeInSettings();
+    void applyQuickPanelShortcut();
     void processStatesChanged();
     void takeInOutput(const ServiceID& id, qsizetype added);
     void noteAddress(const ServiceID& id);

@@ -81,6 +81,8 @@ struct AppModel::Private {
 
     std::function<void()> openMainWindowAction;
     std::function<void()> reloadWidgets;
+    std::function<bool(bool isOn)> applyQuickPanelShortcut;
+    bool isQuickPanelShortcutApplied = false;
 
     AppSettings lastSettings; ///< as of the last notification
     QString lastGreeting;

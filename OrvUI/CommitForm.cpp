@@ -6,20 +6,37 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-CommitForm::CommitForm(GitModel& git, QObject* parent) : QObject(parent), m_git(git) {
+CommitForm::CommitForm(GitModel& git, GitOverview& overview, QObject* parent)
+    : QObject(parent), m_git(git), m_overview(overview) {
     for (const auto signal : {&GitModel::statusChanged, &GitModel::busyChanged, &GitModel::detailsChanged}) {
         connect(&git, signal, this, &CommitForm::changed);
     }
     connect(this, &CommitForm::changed, this, &CommitForm::submitIfIdentityCame);
     connect(&git, &GitModel::succeeded, this, &CommitForm::actionSucceeded);
-    connect(&git, &GitModel::repositoryChanged, this, [this] { setAmending(false); });
+    connect(&git, &GitModel::repositoryChanged, this, &CommitForm::recall);
+    connect(&overview, &GitOverview::draftDropped, this, [this](const QString& repository) {
+        if (repository == m_git.repository()) {
+            recall();
+        }
+    });
 }
 
-void CommitForm::setMessage(const Message& message) {
+void CommitForm::setMessage(const CommitMessage& message) {
     if (message != m_message) {
         m_message = message;
+        if (!m_isAmending) {
+            m_overview.keepDraft(m_git.repository(), message);
+        }
         Q_EMIT textChanged();
     }
+}
+
+/// What was being written for the repository that is shown now.
+void CommitForm::recall() {
+    m_isAmending = false;
+    m_kept = {};
+    setMessage(m_overview.draft(m_git.repository()));
+    Q_EMIT changed();
 }
 
 void CommitForm::setSummary(const QString& text) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvUI/GitOverview.h"
+
 #include <QObject>
 #include <QString>
 
@@ -7,7 +9,8 @@ namespace orv {
 
 class GitModel;
 
-/// The message that the next commit will have, kept while the user looks at something else. Lives on the main thread.
+/// The message that the next commit will have. What is being written for a repository stays in the overview's drafts
+/// while the user looks at something else. Lives on the main thread.
 class CommitForm : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString summary READ summary WRITE setSummary NOTIFY textChanged)
@@ -18,7 +21,7 @@ class CommitForm : public QObject {
     Q_PROPERTY(QString actionText READ actionText NOTIFY changed)
 
 public:
-    explicit CommitForm(GitModel& git, QObject* parent = nullptr);
+    CommitForm(GitModel& git, GitOverview& overview, QObject* parent = nullptr);
 
     [[nodiscard]] const QString& summary() const { return m_message.summary; }
     void setSummary(const QString& text);
@@ -44,19 +47,15 @@ Q_SIGNALS:
     void identityNeeded();
 
 private:
-    struct Message {
-        QString summary;
-        QString description;
-        bool operator==(const Message&) const = default;
-    };
-
-    void setMessage(const Message& message);
+    void setMessage(const CommitMessage& message);
+    void recall();
     void actionSucceeded(const QString& action);
     void submitIfIdentityCame();
 
     GitModel& m_git;
-    Message m_message;
-    Message m_kept; ///< that was being written when the amendment began
+    GitOverview& m_overview;
+    CommitMessage m_message;
+    CommitMessage m_kept; ///< that was being written when the amendment began
     bool m_isAmending = false;
     enum class Wait { none, forIdentity, forItsReading };
     Wait m_wait = Wait::none;

@@ -56,16 +56,17 @@ void GitIdentityForm::write(const GitIdentity& identity) {
         return;
     }
     const auto tell = [identity] { return GitService().setIdentity(identity, Paths::realHome(), GitScope::global); };
-    onFinished(runIn(m_model->workPool(), tell), this, [this](const GitOutcome<void>& result) {
-        if (!m_model) {
-            return;
-        }
+    // The page that asks may be left before git is done.
+    const auto ended = [model = m_model.data(), form = QPointer(this)](const GitOutcome<void>& result) {
         if (!result) {
-            m_model->report(result.error().text(), true);
+            model->report(result.error().text(), true);
         }
-        m_model->refreshGitIdentity();
-        read();
-    });
+        model->refreshGitIdentity();
+        if (form) {
+            form->read();
+        }
+    };
+    onFinished(runIn(m_model->workPool(), tell), m_model.data(), ended);
 }
 
 } // namespace orv

@@ -266,9 +266,16 @@ void GitModel::discardLines() {
 }
 
 void GitModel::commit(const QString& summary, const QString& description) {
-    act(u"commit"_s, tr("Committing…"), [=](const GitService& service, const QString& repository) {
-        return service.commit(repository, summary, description);
-    });
+    // A hook may take so long that another project is looked at when the commit is made.
+    const auto work = [=, &overview = m_overview](const GitService& service, const QString& repository) {
+        auto done = service.commit(repository, summary, description);
+        if (done) {
+            const auto drop = [=, &overview] { overview.dropDraft(repository, {summary, description}); };
+            QMetaObject::invokeMethod(&overview, drop, Qt::QueuedConnection);
+        }
+        return done;
+    };
+    act(u"commit"_s, tr("Committing…"), work);
 }
 
 void GitModel::amend(const QString& summary, const QString& description) {

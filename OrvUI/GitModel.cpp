@@ -115,7 +115,7 @@ GitModel::GitModel(GitOverview& overview, const Project& project, QObject* paren
       m_overview(overview),
       m_project(project),
       m_reader(overview.service()),
-      m_commitForm(std::make_unique<CommitForm>(*this)) {
+      m_commitForm(std::make_unique<CommitForm>(*this, overview)) {
     ORV_ASSERT_MAIN_THREAD();
     connect(this, &GitModel::selectionChanged, this, &GitModel::updateCurrentRow);
     m_reader.runner.purpose = GitPurpose::background;

@@ -257,6 +257,23 @@ void GitOverview::cancelAction(const QString& projectID) {
     }
 }
 
+void GitOverview::keepDraft(const QString& repository, const CommitMessage& message) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (message == CommitMessage()) {
+        m_drafts.remove(repository);
+    } else if (!repository.isEmpty()) {
+        m_drafts.insert(repository, message);
+    }
+}
+
+void GitOverview::dropDraft(const QString& repository, const CommitMessage& message) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (draft(repository) == message) {
+        m_drafts.remove(repository);
+        Q_EMIT draftDropped(repository);
+    }
+}
+
 std::optional<QFuture<GitOverview::Outcome>> GitOverview::act(
     const QString& projectID, std::function<Outcome(const GitService& service)> work) {
     ORV_ASSERT_MAIN_THREAD();

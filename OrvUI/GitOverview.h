@@ -19,6 +19,13 @@ namespace orv {
 
 struct GitProject;
 
+/// As it is being written.
+struct CommitMessage {
+    QString summary;
+    QString description;
+    bool operator==(const CommitMessage&) const = default;
+};
+
 /// Git, as all projects share it: their badges, kept true by a watch on their repositories; which of them has an action
 /// under way; the pool in which git is run. Lives on the main thread, where nothing of it ever waits for git.
 class GitOverview : public QObject {
@@ -51,6 +58,12 @@ public:
     QFuture<void> refresh(const QString& projectID);
     QFuture<void> refreshIdentity();
 
+    /// What was written for the next commit of a repository, whoever shows it or not.
+    [[nodiscard]] CommitMessage draft(const QString& repository) const { return m_drafts.value(repository); }
+    void keepDraft(const QString& repository, const CommitMessage& message);
+    /// It was committed. A draft that says something else by now stays.
+    void dropDraft(const QString& repository, const CommitMessage& message);
+
     /// The service for what the user asks for; ends with this object.
     [[nodiscard]] const GitService& service() const { return m_service; }
     [[nodiscard]] QThreadPool& pool() { return m_pool; }
@@ -74,6 +87,7 @@ Q_SIGNALS:
     void identityChanged();
     /// HEAD, the index, a ref or what is in progress changed, whoever did it.
     void repositoryChanged(const QString& repository);
+    void draftDropped(const QString& repository);
 
 private:
     void find(const QList<std::shared_ptr<GitProject>>& projects);
@@ -92,6 +106,7 @@ private:
     QHash<QString, GitBadge> m_badges;
     QSet<QString> m_busy;
     QHash<QString, GitCancellation> m_actions; ///< by the project's id
+    QHash<QString, CommitMessage> m_drafts;    ///< by the repository's folder
     bool m_isIdentitySet = true;
     bool m_isWatchDue = false;
     QDeadlineTimer m_young; ///< until what was read last counts as old

@@ -38,33 +38,34 @@ constexpr std::array entries{
 
 } // namespace
 
-void StartPage::open(AppModel& model, const QString& value) {
+bool openStartPage(AppModel& model, const QString& value) {
     const auto entry = std::ranges::find(entries, value, &Entry::value);
     if (entry != entries.end()) {
         entry->open(model);
-        return;
+        return true;
     }
     if (!value.startsWith(u"project"_s)) {
-        return;
+        return false;
     }
     if (!model.hasScanned()) {
-        const auto openThen = [&model, value] { open(model, value); };
+        const auto openThen = [&model, value] { openStartPage(model, value); };
         QObject::connect(
             &model, &AppModel::hasScannedChanged, &model, openThen,
             static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
-        return;
+        return true;
     }
     const QString name = value.contains(u':') ? value.section(u':', 1) : value;
     const QList<Project>& projects = model.projects();
     const auto found = std::ranges::find(projects, name, &Project::name);
     if (found == projects.end()) {
-        return;
+        return true;
     }
     const QString id = found->id;
     model.setPage({.kind = AppPage::Kind::project, .id = id});
     if (value.startsWith(u"project-ai:"_s)) {
         model.setAiPanelProjectID(id);
     }
+    return true;
 }
 
 } // namespace orv

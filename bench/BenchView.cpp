@@ -12,7 +12,7 @@
 
 #include "FrameTimes.h"
 #include "OrvTerminal/TerminalTabs.h"
-#include "OrvTerminal/View/TerminalHost.h"
+#include "OrvTerminal/View/TerminalHostView.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -78,7 +78,7 @@ protected:
 private:
     TerminalStyle m_style;
     TerminalTabs m_tabs;
-    TerminalHost m_host;
+    TerminalHostView m_host;
     bench::FrameTimes* m_times = nullptr;
 };
 

@@ -28,6 +28,7 @@ public:
         unsupported, ///< the desktop gives keys to no application
     };
     [[nodiscard]] State state() const;
+    [[nodiscard]] bool isRegistered() const { return state() == State::registered; }
     /// The key in the desktop's own words, where it may be another one: the user chooses it there. Empty elsewhere.
     [[nodiscard]] QString trigger() const;
 

@@ -12,12 +12,8 @@ FocusScope {
     // In the agent panel: what is said may go on with the newest run there.
     property bool conversing: false
     readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.projectID
-    // As chosen here; -1 while nothing was. The panel's choices are kept with its words.
-    property int chosenAgent: -1
-    property int chosenAutonomy: -1
-    readonly property bool drafted: agents.draftProjectID.length > 0 && agents.draftProjectID === projectID
-    readonly property int agent: conversing ? agents.panelAgent : chosenAgent >= 0 ? chosenAgent : drafted && agents.draftAgent >= 0 ? agents.draftAgent : agents.defaultAgent
-    readonly property int autonomy: conversing ? agents.panelAutonomy : chosenAutonomy >= 0 ? chosenAutonomy : drafted && agents.draftAutonomy >= 0 ? agents.draftAutonomy : agents.autonomy
+    readonly property int agent: conversing ? agents.panelAgent : agents.pageAgent
+    readonly property int autonomy: conversing ? agents.panelAutonomy : agents.pageAutonomy
     readonly property AgentModels agents: model.agentModels
     readonly property var agentRow: agentList.count > agent ? agentList.objectAt(agent) : null
     readonly property var autonomyRow: autonomyList.count > autonomy ? autonomyList.objectAt(autonomy) : null
@@ -38,53 +34,39 @@ FocusScope {
         }
     }
 
-    function takeDraft() {
-        const draft = composer.agents.draftText;
-        if (!composer.conversing && draft.length > 0) {
-            if (!composer.agents.draftWasSent || words.text.length === 0) {
-                words.text = draft;
-            } else if (!composer.drafted) {
-                return; // it waits in the panel of its project
-            } else if (!words.text.startsWith(draft)) {
-                words.insert(0, draft + "\n\n");
-            }
-            if (composer.agents.draftProjectID.length > 0) {
-                project.projectID = composer.agents.draftProjectID;
-            }
-            words.forceActiveFocus(Qt.OtherFocusReason);
-        }
-    }
-
-    // In the agent panel: what was typed there before, or came.
+    // What was typed there before, or came.
     function recall() {
-        if (composer.conversing && composer.agents && composer.fixedProjectID.length > 0 && words.text !== composer.agents.words(composer.fixedProjectID)) {
-            words.text = composer.agents.words(composer.fixedProjectID);
+        if (composer.agents && composer.conversing === composer.fixedProjectID.length > 0) {
+            if (words.text !== composer.agents.words(composer.fixedProjectID)) {
+                words.text = composer.agents.words(composer.fixedProjectID);
+            }
+            if (!composer.conversing) {
+                project.projectID = composer.agents.pageProjectID;
+            }
         }
         words.cursorPosition = words.length;
     }
 
     implicitHeight: frame.height + note.height + Theme.space6
     onFixedProjectIDChanged: recall()
-    Component.onCompleted: {
-        recall();
-        takeDraft();
-    }
+    Component.onCompleted: recall()
 
     ProjectChoice {
         id: project
 
         model: composer.model
+        onChosenChanged: {
+            if (!composer.conversing && projectID.length > 0) {
+                composer.agents.pageProjectID = projectID;
+            }
+        }
     }
 
     Connections {
         target: composer.agents
 
-        function onDraftChanged() {
-            composer.takeDraft();
-        }
-
         function onWordsCame(projectID) {
-            if (composer.conversing && projectID === composer.fixedProjectID) {
+            if (projectID === composer.fixedProjectID) {
                 composer.recall();
                 words.forceActiveFocus(Qt.OtherFocusReason);
             }
@@ -100,6 +82,10 @@ FocusScope {
         color: Theme.surface
         border.width: Theme.hairline
         border.color: words.activeFocus ? Theme.focus : Theme.borderStrong
+
+        TapHandler {
+            onTapped: words.forceActiveFocus(Qt.MouseFocusReason)
+        }
 
         Rectangle {
             anchors.fill: parent
@@ -143,11 +129,7 @@ FocusScope {
                 }
 
                 onTextChanged: {
-                    if (!composer.conversing) {
-                        if (text.length === 0) {
-                            composer.agents.forgetDraft(composer.fixedProjectID);
-                        }
-                    } else if (composer.fixedProjectID.length > 0) {
+                    if (composer.conversing === composer.fixedProjectID.length > 0) {
                         composer.agents.keepWords(composer.fixedProjectID, text);
                     }
                 }
@@ -328,7 +310,7 @@ FocusScope {
 
                 text: name
                 note: notice
-                onTriggered: composer.conversing ? composer.agents.panelAgent = index : composer.chosenAgent = index
+                onTriggered: composer.conversing ? composer.agents.panelAgent = index : composer.agents.pageAgent = index
             }
         }
     }
@@ -350,7 +332,7 @@ FocusScope {
                 required glyph
 
                 text: title
-                onTriggered: composer.conversing ? composer.agents.panelAutonomy = index : composer.chosenAutonomy = index
+                onTriggered: composer.conversing ? composer.agents.panelAutonomy = index : composer.agents.pageAutonomy = index
             }
         }
     }

@@ -61,7 +61,7 @@ Row {
         role: event.kind === "tool" ? Theme.MonoPath : Theme.Body
         color: Theme.text2
         wrapMode: event.kind === "tool" ? Text.NoWrap : Text.Wrap
-        maximumLineCount: event.kind === "tool" ? 1 : 12
+        maximumLineCount: event.kind === "tool" ? 1 : event.text.length + 1
         text: event.text
     }
 }

@@ -133,6 +133,7 @@ FocusScope {
                 AgentTurn {
                     width: turns.width
                     agents: panel.agents
+                    onUnfolding: view.atEnd = false
                 }
             }
         }

@@ -26,7 +26,11 @@ Item {
     property bool open: running
     // How long it has run by now; what ended says so itself.
     property string elapsed
-    readonly property string facts: [projectName, autonomyTitle, running ? elapsed : duration, changes].filter(part => part.length > 0).map(part => "·  " + part).join("  ")
+    readonly property string facts: joined([projectName, autonomyTitle, running ? elapsed : duration, changes])
+
+    function joined(parts) {
+        return parts.filter(part => part.length > 0).map(part => "·  " + part).join("  ");
+    }
 
     implicitHeight: column.height
     Accessible.role: Accessible.Grouping
@@ -186,34 +190,34 @@ Item {
 
                     AgentEventLine {
                         width: history.width
+                        // Its last words are the answer, which stands below.
+                        visible: kind !== "result" && (card.running || kind === "tool" || text !== card.answer)
                     }
                 }
             }
         }
 
-        Label {
+        AgentAnswer {
             x: heading.x
             width: parent.width - x
-            visible: !card.running && card.answer.length > 0
-            color: Theme.text2
-            wrapMode: Text.Wrap
-            maximumLineCount: card.open ? 40 : 4
-            textFormat: Text.StyledText
-            text: CodeText.prose(card.answer, Theme.isDark, Theme.theme)
-            Accessible.role: Accessible.StaticText
-            Accessible.name: card.answer
+            visible: !card.running && text.length > 0
+            lines: 4
+            whole: card.open
+            unfolds: false
+            showsTools: card.open
+            text: card.answer
         }
 
-        Label {
+        AgentAnswer {
             x: heading.x
             width: parent.width - x
-            visible: card.runState === "failed" && card.reason.length > 0
-            color: Theme.danger
-            wrapMode: Text.Wrap
-            maximumLineCount: 4
+            visible: card.runState === "failed" && text.length > 0
+            failure: true
+            lines: 4
+            whole: card.open
+            unfolds: false
+            showsTools: card.open
             text: card.reason
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
         }
 
         Row {

@@ -20,6 +20,8 @@ Column {
     required property bool canReview
     readonly property bool running: runState === "running"
     readonly property bool failed: runState === "failed"
+    // More of it is about to be read.
+    signal unfolding
 
     spacing: Theme.space10
     Accessible.role: Accessible.Grouping
@@ -134,27 +136,20 @@ Column {
         text: turn.attention
     }
 
-    Label {
+    AgentAnswer {
         width: parent.width
-        visible: !turn.running && !turn.failed && turn.answer.length > 0
-        color: Theme.text2
-        wrapMode: Text.Wrap
-        maximumLineCount: 40
-        textFormat: Text.StyledText
-        text: CodeText.prose(turn.answer, Theme.isDark, Theme.theme)
-        Accessible.role: Accessible.StaticText
-        Accessible.name: turn.answer
+        visible: !turn.running && !turn.failed && text.length > 0
+        text: turn.answer
+        onUnfolding: turn.unfolding()
     }
 
-    Label {
+    AgentAnswer {
         width: parent.width
-        visible: turn.failed && turn.reason.length > 0
-        color: Theme.danger
-        wrapMode: Text.Wrap
-        maximumLineCount: 8
+        visible: turn.failed && text.length > 0
+        failure: true
+        lines: 8
         text: turn.reason
-        Accessible.role: Accessible.StaticText
-        Accessible.name: text
+        onUnfolding: turn.unfolding()
     }
 
     Item {

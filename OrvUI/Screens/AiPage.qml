@@ -17,6 +17,7 @@ FocusScope {
         return parts.filter(part => part.length > 0).join(" · ");
     }
 
+    focus: true
     Component.onCompleted: page.agents.refreshAgents()
 
     Shortcut {
@@ -45,6 +46,7 @@ FocusScope {
 
                 Label {
                     anchors.verticalCenter: parent.verticalCenter
+                    focus: true
                     role: Theme.Page
                     text: qsTr("AI")
                     Accessible.role: Accessible.Heading
@@ -105,7 +107,6 @@ FocusScope {
 
             AgentComposer {
                 width: parent.width
-                focus: true
                 model: page.model
             }
 

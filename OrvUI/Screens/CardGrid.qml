@@ -23,6 +23,8 @@ FocusScope {
     property alias count: grid.count
     // A card or a row; both have the same properties and signals.
     readonly property var currentCard: (grid.currentItem as PooledItem)?.item ?? null
+    // That a menu was last opened for.
+    property var menuCard: null
     signal projectChosen(string projectID)
     // The second time as what lies directly in it.
     signal collectionChosen(string path)
@@ -46,15 +48,36 @@ FocusScope {
         return unfolds;
     }
 
+    // What a menu is of, as it was when the menu was opened: the card itself is lent to other rows.
+    function menuSubject(card) {
+        page.menuCard = card;
+        return {
+            projectID: card.projectID,
+            path: card.path,
+            isCollection: card.isCollection,
+            isFlutter: card.isFlutter,
+            pinned: card.pinned,
+            busy: card.busy,
+            actions: card.actions,
+            services: card.services
+        };
+    }
+
+    function closeMenus() {
+        for (const loader of [menu, folderMenu, choice]) {
+            loader.item?.close();
+        }
+    }
+
     function openMenu(card, anchor) {
         if (card.isCollection) {
             folderMenu.active = true;
-            folderMenu.item.card = card;
+            folderMenu.item.subject = page.menuSubject(card);
             folderMenu.item.popup(anchor, anchor.width / 2, anchor.height / 2);
             return;
         }
         menu.active = true;
-        menu.item.card = card;
+        menu.item.subject = page.menuSubject(card);
         menu.item.popup(anchor, anchor === card ? card.width / 2 : anchor.width - menu.item.width, anchor === card ? card.height / 2 : anchor.height + Theme.space4);
     }
 
@@ -62,10 +85,11 @@ FocusScope {
         if (card.actions.length === 0) {
             return;
         }
+        const subject = page.menuSubject(card);
         choice.active = true;
-        choice.item.projectID = card.projectID;
-        choice.item.actions = card.actions;
-        choice.item.choosesDevice = card.isFlutter;
+        choice.item.projectID = subject.projectID;
+        choice.item.actions = subject.actions;
+        choice.item.choosesDevice = subject.isFlutter;
         choice.item.popup(anchor, anchor.width - choice.item.width, anchor.height + Theme.space4);
     }
 
@@ -133,6 +157,8 @@ FocusScope {
             width: page.contentWidth
             height: grid.count * grid.cellHeight
         }
+
+        onMovementStarted: page.closeMenus()
 
         displaced: Transition {
             NumberAnimation {
@@ -232,25 +258,38 @@ FocusScope {
         }
     }
 
+    // It scrolled away, or left the list.
+    Connections {
+        target: page.menuCard
+
+        function onVisibleChanged() {
+            page.closeMenus();
+        }
+
+        function onPathChanged() {
+            page.closeMenus();
+        }
+    }
+
     Loader {
         id: menu
 
         active: false
 
         sourceComponent: CardMenu {
-            onRun: action => page.model.runAction(card.projectID, action)
-            onStop: page.model.stopProject(card.projectID)
-            onRestart: page.model.restartProject(card.projectID)
+            onRun: action => page.model.runAction(subject.projectID, action)
+            onStop: page.model.stopProject(subject.projectID)
+            onRestart: page.model.restartProject(subject.projectID)
             onOpen: key => page.model.openServiceByKey(key)
-            onPin: page.model.togglePinFor(card.projectID)
-            onDeviceAsked: page.model.devices.ask(card.projectID)
-            onLogsAsked: page.nav.project(card.projectID, 3)
-            onTerminalAsked: page.nav.wishFor(card.projectID, 2, "newTerminal")
+            onPin: page.model.togglePinFor(subject.projectID)
+            onDeviceAsked: page.model.devices.ask(subject.projectID)
+            onLogsAsked: page.nav.project(subject.projectID, 3)
+            onTerminalAsked: page.nav.wishFor(subject.projectID, 2, "newTerminal")
             onAgentAsked: {
-                page.nav.project(card.projectID);
+                page.nav.project(subject.projectID);
                 page.nav.agentPanel = true;
             }
-            onFolderAsked: folders.show(card.path)
+            onFolderAsked: folders.show(subject.path)
         }
     }
 
@@ -260,9 +299,9 @@ FocusScope {
         active: false
 
         sourceComponent: FolderMenu {
-            onEntered: page.enter(card)
-            onShown: folders.show(card.path)
-            onTerminalAsked: folders.openTerminal(card.path)
+            onEntered: page.enter(subject)
+            onShown: folders.show(subject.path)
+            onTerminalAsked: folders.openTerminal(subject.path)
         }
     }
 

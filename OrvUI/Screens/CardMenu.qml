@@ -6,8 +6,9 @@ import QtQml
 Menu {
     id: cardMenu
 
-    property var card: null
-    readonly property var services: card ? card.services : []
+    // The project, as it was when this was opened.
+    property var subject: null
+    readonly property var services: subject ? subject.services : []
     readonly property var addresses: services.filter(service => service.address.length > 0)
     signal run(string action)
     signal stop
@@ -21,7 +22,7 @@ Menu {
     signal folderAsked
 
     Instantiator {
-        model: cardMenu.card ? cardMenu.card.actions : []
+        model: cardMenu.subject ? cardMenu.subject.actions : []
         onObjectAdded: (index, object) => cardMenu.insertItem(index, object as MenuRow)
         onObjectRemoved: (index, object) => cardMenu.removeItem(object as MenuRow)
 
@@ -51,7 +52,7 @@ Menu {
     }
 
     MenuRow {
-        visible: cardMenu.card !== null && cardMenu.card.isFlutter
+        visible: cardMenu.subject !== null && cardMenu.subject.isFlutter
         height: visible ? implicitHeight : 0
         glyph: "smartphone"
         text: qsTr("Choose a device…")
@@ -70,15 +71,15 @@ Menu {
         glyph: "own-stop-fill"
         text: qsTr("Stop")
         shortcut: Keymap.text("run")
-        enabled: cardMenu.card !== null && cardMenu.card.busy
+        enabled: cardMenu.subject !== null && cardMenu.subject.busy
         onTriggered: cardMenu.stop()
     }
 
     MenuLine {}
 
     MenuRow {
-        glyph: cardMenu.card && cardMenu.card.pinned ? "own-pin-fill" : "pin"
-        text: cardMenu.card && cardMenu.card.pinned ? qsTr("Remove pin") : qsTr("Pin")
+        glyph: cardMenu.subject && cardMenu.subject.pinned ? "own-pin-fill" : "pin"
+        text: cardMenu.subject && cardMenu.subject.pinned ? qsTr("Remove pin") : qsTr("Pin")
         shortcut: Keymap.text("pin")
         onTriggered: cardMenu.pin()
     }

@@ -18,6 +18,17 @@ T.TextField {
     signal cleared
     // Escape in a field without text.
     signal abandoned
+    // Was typed in, and nobody was told that it is settled.
+    property bool unsettled: false
+    // What was typed is to be taken over: Return, the focus goes, or the field itself with its page.
+    signal settled
+
+    function settle() {
+        if (field.unsettled) {
+            field.unsettled = false;
+            field.settled();
+        }
+    }
 
     implicitHeight: Theme.controlRegular
     leftPadding: glyph.length > 0 ? Theme.space32 : Theme.space10
@@ -32,6 +43,9 @@ T.TextField {
     hoverEnabled: true
     Accessible.role: Accessible.EditableText
     Accessible.name: placeholderText
+    onTextEdited: field.unsettled = true
+    onEditingFinished: field.settle()
+    Component.onDestruction: field.settle()
     Keys.onEscapePressed: event => {
         event.accepted = field.clearable;
         if (field.clearable) {

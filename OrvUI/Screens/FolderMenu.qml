@@ -5,7 +5,7 @@ import QtQuick
 Menu {
     id: menu
 
-    property var card: null
+    property var subject: null
     signal entered
     signal shown
     signal terminalAsked

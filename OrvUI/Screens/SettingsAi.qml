@@ -83,7 +83,7 @@ Column {
                 code: true
                 placeholderText: "mytool --ask \"$ORV_TASK\""
                 text: section.agents.customCommand
-                onEditingFinished: section.agents.customCommand = text
+                onSettled: section.agents.customCommand = text
             }
         }
     }

@@ -102,7 +102,7 @@ Column {
                 placeholderText: "code -g {file}:{line}:{column}"
                 text: section.form.editorCommand
                 Accessible.name: qsTr("Editor")
-                onEditingFinished: section.form.editorCommand = text
+                onSettled: section.form.editorCommand = text
             }
         }
     }

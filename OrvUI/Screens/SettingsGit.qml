@@ -33,7 +33,7 @@ Column {
                 enabled: identity.isRead
                 placeholderText: qsTr("Your name")
                 text: identity.name
-                onEditingFinished: {
+                onSettled: {
                     identity.name = text;
                     text = Qt.binding(() => identity.name);
                 }
@@ -50,7 +50,7 @@ Column {
                 enabled: identity.isRead
                 placeholderText: "you@example.com"
                 text: identity.email
-                onEditingFinished: {
+                onSettled: {
                     identity.email = text;
                     text = Qt.binding(() => identity.email);
                 }
@@ -73,7 +73,7 @@ Column {
                 code: true
                 placeholderText: qsTr("Default branch")
                 text: section.form.defaultBranch
-                onEditingFinished: {
+                onSettled: {
                     section.form.defaultBranch = text;
                     text = Qt.binding(() => section.form.defaultBranch);
                 }

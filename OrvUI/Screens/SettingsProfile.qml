@@ -25,7 +25,7 @@ Column {
                 width: Theme.searchWidth
                 placeholderText: qsTr("Name")
                 text: section.form.displayName
-                onEditingFinished: {
+                onSettled: {
                     section.form.displayName = text;
                     text = Qt.binding(() => section.form.displayName);
                 }

@@ -13,6 +13,8 @@ FocusScope {
     property bool grouped: true
     property int contentWidth: width
     property alias header: top.sourceComponent
+    // What has the focus in the header gets it when the list does.
+    property alias startsAtHeader: top.focus
     property bool recentOpen: true
     readonly property var head: top.item
     readonly property bool isEmpty: rows.count === 0 && (showsDone || recent.count === 0)

@@ -12,6 +12,8 @@ FocusScope {
     property bool showsDone: false
     readonly property bool scrolled: list.scrolled
 
+    focus: true
+
     Wish {
         nav: page.nav
         name: "newTask"
@@ -23,6 +25,7 @@ FocusScope {
 
         anchors.fill: parent
         focus: true
+        startsAtHeader: true
         model: page.model
         lists: page.model.taskLists
         showsDone: page.showsDone
@@ -40,6 +43,7 @@ FocusScope {
             spacing: Theme.space12
 
             Label {
+                focus: true
                 height: Theme.space40
                 verticalAlignment: Text.AlignVCenter
                 role: Theme.Page
@@ -52,7 +56,6 @@ FocusScope {
                 id: composer
 
                 width: parent.width
-                focus: true
                 model: page.model
                 onAdded: (title, projectID) => page.model.taskLists.add(title, "", projectID)
             }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OrvTerminal/TerminalTabs.h"
-#include "OrvTerminal/View/TerminalHost.h"
+#include "OrvTerminal/View/TerminalHostView.h"
 #include "OrvTerminal/View/TerminalView.h"
 
 #include <QtQml/qqml.h>
@@ -49,13 +49,13 @@ struct TerminalViewElement {
     Q_GADGET
     QML_FOREIGN(orv::TerminalView)
     QML_NAMED_ELEMENT(TerminalView)
-    QML_UNCREATABLE("See TerminalHost")
+    QML_UNCREATABLE("See TerminalHostView")
 };
 
 struct TerminalHostElement {
     Q_GADGET
-    QML_FOREIGN(orv::TerminalHost)
-    QML_NAMED_ELEMENT(TerminalHost)
+    QML_FOREIGN(orv::TerminalHostView)
+    QML_NAMED_ELEMENT(TerminalHostView)
 };
 
 } // namespace orv

@@ -118,7 +118,7 @@ FocusScope {
             onNewRequested: page.newTerminal()
         }
 
-        TerminalHost {
+        TerminalHostView {
             id: host
 
             anchors.top: strip.bottom

@@ -131,6 +131,45 @@ Item {
         }
     }
 
+    // What the model wants to be read before anything else.
+    Loader {
+        active: sheets.model.hasModal || item !== null
+
+        sourceComponent: Alert {
+            id: modal
+
+            // The words stay while it fades out.
+            function take() {
+                if (!sheets.model.hasModal) {
+                    modal.close();
+                    return;
+                }
+                modal.message = sheets.model.modalTitle;
+                modal.text = sheets.model.modalBody;
+                modal.open();
+            }
+
+            message: ""
+            text: ""
+            choices: [
+                {
+                    "text": qsTr("OK"),
+                    "primary": true
+                }
+            ]
+            Component.onCompleted: take()
+            onAboutToHide: sheets.model.dismissModal()
+
+            Connections {
+                target: sheets.model
+
+                function onModalChanged() {
+                    modal.take();
+                }
+            }
+        }
+    }
+
     Loader {
         id: quitAlert
 

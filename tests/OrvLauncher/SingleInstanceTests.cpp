@@ -32,10 +32,12 @@ protected:
     /// Another start, which blocks its thread until it is known what it is.
     struct Start {
         explicit Start(const SingleInstance::Place& where, const QByteArray& message)
-            : instance(where), thread([this, message] { role = int(instance.begin(message, 20s)); }) {}
+            : instance(where),
+              thread([this, message] { role = int(instance.begin(message, 20s, [this] { ++waits; })); }) {}
         ~Start() { thread.join(); }
         SingleInstance instance;
         std::atomic<int> role = -1;
+        std::atomic<int> waits = 0;
         std::thread thread;
     };
 };
@@ -85,6 +87,17 @@ TEST_F(SingleInstanceTest, NothingThatIsLeftBehindIsInTheWay) {
     const Start second(place, "two");
     EXPECT_TRUE(waitFor([&] { return second.role == int(Role::handedOver); }));
     EXPECT_EQ(messages, (QList<QByteArray>{"two"}));
+    // One that has still to stop what it started is not joined by another one.
+    first.leave();
+    {
+        const Start next(place, "next");
+        EXPECT_TRUE(waitFor([&] { return next.waits == 1; }));
+        EXPECT_EQ(next.role, -1);
+        first.end();
+        EXPECT_TRUE(waitFor([&] { return next.role == int(Role::first); }));
+        EXPECT_EQ(next.waits, 1);
+    }
+    EXPECT_EQ(messages.size(), 1);
     // Who ends makes room at once, for one that waits, too.
     SingleInstance other(SingleInstance::Place::in(tree.path(), u"/other"_s));
     EXPECT_EQ(other.begin({}, 0ms), Role::first) << "of another support folder";

@@ -2,7 +2,7 @@
 
 #include "OrvTerminal/MainThreadQueue.h"
 #include "OrvTerminal/TerminalSession.h"
-#include "OrvTerminal/View/TerminalHost.h"
+#include "OrvTerminal/View/TerminalHostView.h"
 #include "tests/support/TestSupport.h"
 
 #include <QImage>
@@ -92,7 +92,7 @@ protected:
     std::unique_ptr<TerminalSession> session =
         std::make_unique<TerminalSession>(QUrl::fromLocalFile(home.path()), queue);
     QQuickWindow window;
-    TerminalHost host;
+    TerminalHostView host;
 };
 
 } // namespace orv

@@ -323,7 +323,7 @@ TEST_F(TerminalViews, ClearThemselvesBetweenTwoPiecesOfOutput) {
 TEST_F(TerminalViews, MoveBetweenContainers) {
     TerminalView* before = host.view();
     feed("text");
-    TerminalHost other;
+    TerminalHostView other;
     other.setParentItem(window.contentItem());
     other.setPosition({0, 100});
     other.setSize({400, 100});

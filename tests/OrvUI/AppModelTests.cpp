@@ -127,6 +127,33 @@ TEST_F(AppModelTest, AsksTheShellForTheDockIconThatTheSettingsWant) {
     EXPECT_THAT(policies, ElementsAre(ActivationPolicy::regular, ActivationPolicy::accessory));
 }
 
+TEST_F(AppModelTest, KnowsWhetherTheQuickPanelHasItsKey) {
+    QList<bool> asked;
+    bool isFree = false;
+    int told = 0;
+    QObject::connect(model.get(), &AppModel::quickPanelShortcutAppliedChanged, model.get(), [&] { ++told; });
+    const auto turn = [this](bool isOn) {
+        model->changeSettings([isOn](AppSettings& settings) { settings.quickPanelShortcutEnabled = isOn; });
+    };
+    turn(true);
+    EXPECT_FALSE(model->isQuickPanelShortcutApplied()) << "nobody takes keys";
+    model->setApplyQuickPanelShortcut([&](bool isOn) {
+        asked.append(isOn);
+        return isFree || !isOn;
+    });
+    EXPECT_FALSE(model->isQuickPanelShortcutApplied()) << "another application has it";
+    turn(false);
+    EXPECT_TRUE(model->isQuickPanelShortcutApplied()) << "it was to be let go of";
+    isFree = true;
+    turn(true);
+    EXPECT_TRUE(model->isQuickPanelShortcutApplied());
+    model->changeSettings([](AppSettings& settings) { settings.displayName = u"Ada"_s; });
+    EXPECT_EQ(asked, (QList<bool>{true, false, true})) << "only when it changes";
+    model->noteQuickPanelShortcut(false);
+    EXPECT_FALSE(model->isQuickPanelShortcutApplied());
+    EXPECT_EQ(told, 2);
+}
+
 TEST_F(AppModelTest, TellsOfChangesOnly) {
     int told = 0;
     const auto count = [&] { ++told; };

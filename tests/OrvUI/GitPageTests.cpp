@@ -117,6 +117,27 @@ TEST_F(GitForms, KeepsTheMessageUntilItIsCommitted) {
     EXPECT_EQ(form->summary(), u"Kept"_s);
     git->clearError();
     EXPECT_EQ(git->error(), QString());
+
+    // Nor is it lost by a look at another project, whatever was begun before.
+    const QString other = home.makeRepository(u"other"_s, {{u"a"_s, "1\n"}});
+    form->setDescription(u"because"_s);
+    form->setAmending(true);
+    form->setSummary(u"Of the amendment"_s);
+    open(other);
+    EXPECT_EQ(form->summary(), QString());
+    form->setSummary(u"Elsewhere"_s);
+    open(r);
+    EXPECT_EQ(form->summary() + u'\n' + form->description(), u"Kept\nbecause"_s);
+
+    // One that is committed while the other is looked at is done with.
+    home.add(u"r/.git/hooks/pre-commit"_s, "#!/bin/sh\nuntil [ -e go ]; do sleep 0.05; done\n");
+    form->submit();
+    open(other);
+    EXPECT_EQ(form->summary(), u"Elsewhere"_s);
+    home.add(u"r/go"_s, {});
+    EXPECT_TRUE(waitFor([this] { return overview.draft(r) == CommitMessage(); }));
+    open(r);
+    EXPECT_EQ(form->summary() + git->headSummary(), u"Kept"_s);
 }
 
 TEST_F(GitForms, AsksWhoCommitsBeforeItDoes) {

@@ -43,7 +43,8 @@ TEST_F(StartPageTest, OpensWhatItNames) {
         // From another page, where it is one that the value leads to; and before the projects are known.
         model->setPage(
             page(wanted == home && filter == ProjectFilter::all ? AppPage::Kind::home : AppPage::Kind::tasks));
-        StartPage::open(*model, value);
+        const bool isKnown = wanted != home || filter != ProjectFilter::all || sheet || value.startsWith(u"project"_s);
+        EXPECT_EQ(openStartPage(*model, value), isKnown) << value.toStdString();
         EXPECT_NE(model->page().kind, AppPage::Kind::project);
         scan();
         EXPECT_TRUE(waitFor([&] { return model->page() == wanted; })) << value.toStdString();

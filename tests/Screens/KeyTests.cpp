@@ -1,4 +1,5 @@
 #include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/AgentModels.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/Screens/Diagnostics.h"
 #include "tests/OrvGit/GitFixture.h"
@@ -93,6 +94,73 @@ TEST_F(KeyWindow, DoesWithACardWhatItsPageDoes) {
     EXPECT_TRUE(test::waitFor([this] { return isIn("TaskComposer"); })) << focus();
     EXPECT_EQ(model->detailTab(), DetailTab::tasks);
     EXPECT_EQ(model->page().kind, AppPage::Kind::project);
+}
+
+TEST_F(KeyWindow, TakesOverWhatWasTypedInTheSettingsHoweverTheyAreLeft) {
+    const struct {
+        SettingsSection section;
+        QString hint;
+        QString AppSettings::* member;
+    } fields[] = {
+        {SettingsSection::profile, u"Name"_s, &AppSettings::displayName},
+        {SettingsSection::git, u"Default branch"_s, &AppSettings::defaultBranch},
+        {SettingsSection::ai, u"mytool --ask \"$ORV_TASK\""_s, &AppSettings::customAgentCommand},
+        {SettingsSection::general, u"code -g {file}:{line}:{column}"_s, &AppSettings::editorCommand},
+    };
+    const std::pair<QString, std::function<void()>> ways[] = {
+        {u"back"_s, [this] { press(Qt::Key_Left, Qt::AltModifier); }},
+        {u"home"_s, [this] { press(Qt::Key_Home, Qt::AltModifier); }},
+        {u"section"_s, [this] { model->setPage({AppPage::Kind::settings, {}, SettingsSection::appearance}); }},
+        {u"entered"_s, [this] { press(Qt::Key_Return); }},
+    };
+    for (const auto& field : fields) {
+        for (const auto& [way, leave] : ways) {
+            focusCard();
+            model->setPage({AppPage::Kind::settings, {}, field.section});
+            QQuickItem* place = nullptr;
+            ASSERT_TRUE(test::waitFor([&] {
+                const QList<QQuickItem*> all = items("Field");
+                const auto found = std::ranges::find_if(
+                    all, [&](const QQuickItem* each) { return each->property("placeholderText") == field.hint; });
+                place = found != all.end() ? *found : nullptr;
+                return place != nullptr;
+            })) << field.hint.toStdString();
+            place->forceActiveFocus();
+            press(Qt::Key_A, Qt::ControlModifier);
+            type(way);
+            leave();
+            EXPECT_TRUE(test::waitFor([&] { return model->settings().settings().*field.member == way; }))
+                << field.hint.toStdString() << " left by " << way.toStdString();
+        }
+    }
+}
+
+TEST_F(KeyWindow, KeepsATaskForAnAgentThatWasNotSentYet) {
+    const auto words = [this] {
+        const QQuickItem* focused = window->activeFocusItem();
+        return focused != nullptr ? focused->property("text").toString() : QString();
+    };
+    const auto composer = [&] {
+        press(Qt::Key_6, Qt::ControlModifier);
+        EXPECT_TRUE(test::waitFor([&] { return words() == u"Tasks"; })) << "the heading: " << focus();
+        press(Qt::Key_7, Qt::ControlModifier);
+        EXPECT_TRUE(test::waitFor([&] { return words() == u"AI"; })) << "the heading: " << focus();
+        return item("AgentComposer");
+    };
+    QQuickItem* box = composer();
+    const QString project = root + u"/shop"_s;
+    model->agentModels()->setPageProjectID(project);
+    // Below the words, beside the buttons.
+    const QPointF empty = box->mapToScene(QPointF(box->width() / 2, 60));
+    QTest::mouseClick(window, Qt::LeftButton, {}, empty.toPoint());
+    type(u"half a task"_s);
+    EXPECT_EQ(words(), u"half a task"_s) << focus();
+    press(Qt::Key_Home, Qt::AltModifier);
+    ASSERT_TRUE(test::waitFor([this] { return items("AgentComposer").isEmpty(); }));
+    box = composer();
+    EXPECT_EQ(box->property("projectID").toString(), project);
+    click(box);
+    EXPECT_EQ(words(), u"half a task"_s) << focus();
 }
 
 TEST_F(KeyWindow, TakesBackWhatWasDeleted) {

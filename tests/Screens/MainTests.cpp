@@ -9,8 +9,10 @@
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <algorithm>
+#include <functional>
 
 namespace orv {
 namespace {
@@ -117,6 +119,78 @@ TEST_F(MainWindow, ShowsTheProjectsThatComeIntoViewOnTheCardsThatLeaveIt) {
     EXPECT_TRUE(test::waitFor([&] { return isShown(first) && allTell(); })) << "rows came";
 }
 
+TEST_F(MainWindow, ClosesTheMenuOfAProjectThatIsShownNoMore) {
+    for (int number = 0; number < 60; ++number) {
+        addInstalled(u"p%1"_s.arg(number), "vite", "");
+    }
+    scan();
+    open(QSize(1280, 832));
+    const auto scrollTo = [this](double place) {
+        item("HomePage")->findChild<QQuickItem*>(u"cardGrid"_s)->setProperty("contentY", place);
+    };
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"lent to another project", [&] { scrollTo(1500); }},
+        {"scrolled by the wheel",
+         [this] {
+             const QPointF place(window->width() / 2.0, window->height() / 2.0);
+             QWheelEvent event(
+                 place, window->mapToGlobal(place), {}, QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                 Qt::NoScrollPhase, false);
+             QCoreApplication::sendEvent(window, &event);
+         }},
+        {"gone from the list", [&] { model->setSearchText(u"p59"_s); }},
+        {"another page", [&] { model->setPage({.kind = AppPage::Kind::tasks, .id = {}}); }},
+    };
+    for (const ViewMode mode : {ViewMode::cards, ViewMode::folders}) {
+        model->changeSettings([&](AppSettings& settings) { settings.viewMode = mode; });
+        for (const auto& [way, goes] : ways) {
+            const QByteArray place = mode == ViewMode::cards ? "ProjectCard" : "FolderRow";
+            QQuickItem* card = nullptr;
+            ASSERT_TRUE(test::waitFor([&] {
+                const QList<QQuickItem*> cards = items(place);
+                // The first one is the grid's current one, which keeps its card.
+                const auto second = std::ranges::find_if(
+                    cards, [](const QQuickItem* each) { return each->property("index").toInt() == 1; });
+                card = second != cards.end() ? *second : nullptr;
+                return cards.size() > 1 && card != nullptr;
+            })) << way;
+            const QPointF corner = card->mapToScene(QPointF(card->width() / 2, 8));
+            QTest::mouseClick(window, Qt::RightButton, {}, corner.toPoint());
+            ASSERT_TRUE(test::waitFor([this] { return items("MenuRow").size() > 3; })) << way;
+            goes();
+            EXPECT_TRUE(test::waitFor([this] { return items("MenuRow").isEmpty(); })) << way << ' ' << place.data();
+            model->setPage({});
+            model->setSearchText({});
+            ASSERT_TRUE(test::waitFor([this] { return !items("HomePage").isEmpty(); }));
+            scrollTo(item("HomePage")->findChild<QQuickItem*>(u"cardGrid"_s)->property("originY").toDouble());
+        }
+    }
+}
+
+TEST_F(MainWindow, ShowsWhatTheModelWantsToBeReadFirst) {
+    open(QSize(1280, 832));
+    const auto message = [this] {
+        const QList<QQuickItem*> texts = items("Label");
+        QStringList shown;
+        for (const QQuickItem* text : texts) {
+            if (const QString words = text->property("text").toString(); words.startsWith(u"Modal")) {
+                shown.append(words);
+            }
+        }
+        return shown.join(u'|');
+    };
+    for (const QString& title : {u"Modal one"_s, u"Modal two"_s}) {
+        model->setModal(ModalContent{title, u"Modal words"_s});
+        EXPECT_TRUE(test::waitFor([&] { return message() == title + u"|Modal words"_s; })) << message().toStdString();
+        model->setModal(ModalContent{title, u"Modal, other words"_s});
+        EXPECT_TRUE(test::waitFor([&] { return message() == title + u"|Modal, other words"_s; }));
+        EXPECT_TRUE(test::waitFor([this] { return window->activeFocusItem() == button(u"OK"_s); })) << focus();
+        press(title == u"Modal one" ? Qt::Key_Return : Qt::Key_Escape);
+        EXPECT_TRUE(test::waitFor([&] { return message().isEmpty(); })) << message().toStdString();
+        EXPECT_EQ(model->modal(), std::nullopt);
+    }
+}
+
 TEST_F(MainWindow, ShowsSkeletonsUntilTheFirstScanEnds) {
     open(QSize(1280, 832));
     EXPECT_FALSE(items("Skeleton").isEmpty());
@@ -219,19 +293,21 @@ TEST_F(MainWindow, IsThePagesAgainAsSoonAsASheetCloses) {
 }
 
 TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
+    const QByteArray answer = "All done" + QByteArray("\\n- and this").repeated(60);
     const QString agent = tree.add(
-        u"bin/claude"_s, "#!/bin/sh\necho '{\"type\":\"result\",\"subtype\":\"success\",\"is_error\":false,"
-                         "\"result\":\"All done\",\"session_id\":\"s\",\"total_cost_usd\":0.5}'\n");
+        u"bin/claude"_s,
+        "#!/bin/sh\ncat <<'END'\n{\"type\":\"result\",\"subtype\":\"success\",\"is_error\":false,\"result\":\"" +
+            answer + "\",\"session_id\":\"s\",\"total_cost_usd\":0.5}\nEND\n");
     ASSERT_TRUE(QFile::setPermissions(agent, QFile::ReadOwner | QFile::ExeOwner));
     addInstalled(u"shop"_s, "vite", "");
     scan();
     open(QSize(1280, 832));
     model->setPage({.kind = AppPage::Kind::project, .id = root + u"/shop"_s});
     ASSERT_TRUE(test::waitFor([this] { return !items("ProjectPage").isEmpty(); }));
-    const double whole = item("ProjectPage")->width();
+    const double wide = item("ProjectPage")->width();
     QTest::keyClick(window, Qt::Key_J, Qt::ControlModifier);
     ASSERT_TRUE(test::waitFor([this] { return !items("AgentPanel").isEmpty(); }));
-    EXPECT_EQ(item("ProjectPage")->width(), whole - Theme::agentPanelWidth);
+    EXPECT_EQ(item("ProjectPage")->width(), wide - Theme::agentPanelWidth);
     EXPECT_EQ(model->aiPanelProjectID(), root + u"/shop"_s);
 
     const auto says = [this](const char* words, qsizetype turns) {
@@ -246,7 +322,14 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     };
     ASSERT_TRUE(says("Fix it", 1)) << items("AgentTurn").size() << ' ' << focus() << ' '
                                    << model->agentError().value_or(QString()).toStdString();
-    EXPECT_EQ(item("AgentTurn")->property("answer"), u"All done"_s);
+    const QString whole = QString::fromLatin1(answer).replace(u"\\n"_s, u"\n"_s);
+    EXPECT_EQ(item("AgentTurn")->property("answer"), whole);
+    const double cut = item("AgentAnswer")->height();
+    click(named("IconButton", u"Copy the answer"_s));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), whole);
+    click(named("Button", u"Show all"_s));
+    EXPECT_TRUE(test::waitFor([&] { return item("AgentAnswer")->height() > 1.3 * cut; }));
+    click(item("AgentComposer"));
     EXPECT_EQ(item("AgentTurn")->property("cost"), u"$0.50"_s);
     ASSERT_TRUE(says("More", 2));
     EXPECT_EQ(model->agentRuns().first()->facts().parentID, model->agentRuns().last()->facts().id);

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QUrl>
 
+#include <algorithm>
 #include <tuple>
 
 namespace orv::test {
@@ -70,6 +71,14 @@ TEST_F(Desktop, IsDrivenByKeysAlone) {
     desktop.key(u"ctrl+f"_s);
     desktop.type(u"x"_s);
     EXPECT_TRUE(shows(u"No projects match"_s)) << seen();
+    // The letter of the quick panel's key, by itself.
+    desktop.tool(u"xdotool"_s, {u"keydown"_s, u"l"_s});
+    EXPECT_TRUE(waitFor([this] {
+        const QList<AccessibleTree::Item> items = accessible->items(u"OrvLauncher"_s);
+        return std::ranges::any_of(items, [](const auto& item) { return item.name.contains(u"xlll"); });
+    })) << "is repeated while it is held: "
+        << seen();
+    desktop.tool(u"xdotool"_s, {u"keyup"_s, u"l"_s});
     desktop.key(u"Escape"_s);
     desktop.key(u"ctrl+3"_s);
     EXPECT_TRUE(shows(u"Show all projects"_s)) << "nothing runs";
@@ -186,7 +195,7 @@ TEST_F(Desktop, ComesBackAsItWasLeft) {
     application.kill(); // it was kept before
     EXPECT_TRUE(waitFor([this] { return application.state() == QProcess::NotRunning; }));
 
-    start({});
+    start({u"-OrvStartPage"_s, u"no such page"_s});
     EXPECT_TRUE(shows(u"Parts of site"_s)) << seen();
     EXPECT_TRUE(shows(u"New task"_s)) << seen();
     EXPECT_TRUE(waitFor([&] { return place() == small; })) << seen();
@@ -212,7 +221,13 @@ TEST_F(Desktop, ComesBackAsItWasLeft) {
     EXPECT_EQ(place().size(), desktop.screen().size()) << "it was only to come to the front";
     ASSERT_TRUE(clickShows(u"Restore"_s, u"Maximise"_s)) << seen();
     EXPECT_TRUE(waitFor([&] { return place() == small; })) << seen();
+    startAgain({u"-OrvStartPage"_s, u"settings"_s});
+    ASSERT_TRUE(clickShows(u"Profile"_s, u"Colour"_s)) << seen();
+    click(u"Name"_s);
+    desktop.key(u"ctrl+a"_s);
+    desktop.type(u"Ada"_s);
     close();
+    EXPECT_EQ(json({u"settings"_s})[u"displayName"], u"Ada"_s) << "what was typed last";
 }
 
 TEST_F(Desktop, IsSetUpByKeysAtItsFirstStart) {

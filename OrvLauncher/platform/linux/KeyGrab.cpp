@@ -185,19 +185,19 @@ bool KeyGrab::nativeEventFilter(const QByteArray& type, void* message, qintptr* 
         m_releasedAt = press->time;
         return false;
     }
-    if (kind != XCB_KEY_PRESS) {
+    if (kind != XCB_KEY_PRESS || press->detail != m_place.key) {
         return false;
     }
-    const int locks = XCB_MOD_MASK_LOCK | m_place.numLock;
     // A key that is held is released and pressed again at one time.
-    if (press->detail == m_place.key && press->time == m_releasedAt) {
+    if (m_isHeld && press->time == m_releasedAt) {
         return true;
     }
-    if (press->detail != m_place.key || (press->state & 0xff & ~locks) != modifiers) {
-        return false;
+    const int locks = XCB_MOD_MASK_LOCK | m_place.numLock;
+    m_isHeld = (press->state & 0xff & ~locks) == modifiers;
+    if (m_isHeld) {
+        m_pressed();
     }
-    m_pressed();
-    return true;
+    return m_isHeld;
 }
 
 } // namespace orv

@@ -51,6 +51,7 @@ private:
     uint8_t m_keyboardEvent = 0; ///< of the X keyboard extension; 0 where the server has none
     Place m_place;
     xcb_timestamp_t m_releasedAt = 0;
+    bool m_isHeld = false; ///< the letter's last press was ours; its repetitions are, whatever became of the modifiers
     State m_state = State::noKey;
 };
 

@@ -1,19 +1,19 @@
-#include "OrvTerminal/View/TerminalHost.h"
+#include "OrvTerminal/View/TerminalHostView.h"
 
 #include "OrvCore/Async.h"
 
 namespace orv {
 
-TerminalHost::TerminalHost(QQuickItem* parent) : QQuickItem(parent) {
+TerminalHostView::TerminalHostView(QQuickItem* parent) : QQuickItem(parent) {
     ORV_ASSERT_MAIN_THREAD();
     setFlag(ItemIsFocusScope);
 }
 
-TerminalHost::~TerminalHost() {
+TerminalHostView::~TerminalHostView() {
     setView(nullptr);
 }
 
-void TerminalHost::setSession(TerminalSession* session) {
+void TerminalHostView::setSession(TerminalSession* session) {
     if (session == m_session) {
         return;
     }
@@ -22,7 +22,7 @@ void TerminalHost::setSession(TerminalSession* session) {
     Q_EMIT sessionChanged();
 }
 
-void TerminalHost::setStyle(TerminalStyle* style) {
+void TerminalHostView::setStyle(TerminalStyle* style) {
     if (style != m_style) {
         m_style = style;
         attach();
@@ -30,7 +30,7 @@ void TerminalHost::setStyle(TerminalStyle* style) {
     }
 }
 
-void TerminalHost::setPadding(QSizeF padding) {
+void TerminalHostView::setPadding(QSizeF padding) {
     if (padding != m_padding) {
         m_padding = padding;
         if (TerminalView* shown = view()) {
@@ -40,7 +40,7 @@ void TerminalHost::setPadding(QSizeF padding) {
     }
 }
 
-void TerminalHost::attach() {
+void TerminalHostView::attach() {
     ORV_ASSERT_MAIN_THREAD();
     if (m_session == nullptr || m_style == nullptr) {
         setView(nullptr);
@@ -55,7 +55,7 @@ void TerminalHost::attach() {
     setView(view);
 }
 
-void TerminalHost::setView(TerminalView* view) {
+void TerminalHostView::setView(TerminalView* view) {
     if (m_view != nullptr && m_view != view && m_view->parentItem() == this) {
         m_view->setParentItem(nullptr);
     }
@@ -71,7 +71,7 @@ void TerminalHost::setView(TerminalView* view) {
         // Not before the container is where it is going to be.
         QMetaObject::invokeMethod(
             view,
-            [this, view, host = QPointer<TerminalHost>(this)] {
+            [this, view, host = QPointer<TerminalHostView>(this)] {
                 if (host && view->parentItem() == this && view->window() != nullptr) {
                     view->forceActiveFocus(Qt::OtherFocusReason);
                 }
@@ -83,14 +83,14 @@ void TerminalHost::setView(TerminalView* view) {
     }
 }
 
-void TerminalHost::geometryChange(const QRectF& now, const QRectF& before) {
+void TerminalHostView::geometryChange(const QRectF& now, const QRectF& before) {
     QQuickItem::geometryChange(now, before);
     if (m_view != nullptr && m_view->parentItem() == this) {
         m_view->setSize(now.size());
     }
 }
 
-void TerminalHost::itemChange(ItemChange change, const ItemChangeData& value) {
+void TerminalHostView::itemChange(ItemChange change, const ItemChangeData& value) {
     QQuickItem::itemChange(change, value);
     if (change == ItemChildRemovedChange && value.item == m_view) {
         m_view = nullptr;

@@ -11,15 +11,15 @@ namespace orv {
 
 /// The container that shows a session: it makes the session's view when there is none yet, takes it from whoever showed
 /// it before, and gives it its size and the keyboard. A main-thread item.
-class TerminalHost : public QQuickItem {
+class TerminalHostView : public QQuickItem {
     Q_OBJECT
     Q_PROPERTY(orv::TerminalSession* session READ session WRITE setSession NOTIFY sessionChanged FINAL)
     Q_PROPERTY(orv::TerminalStyle* style READ style WRITE setStyle NOTIFY styleChanged FINAL)
     Q_PROPERTY(orv::TerminalView* view READ view NOTIFY viewChanged FINAL)
     Q_PROPERTY(QSizeF padding READ padding WRITE setPadding NOTIFY paddingChanged FINAL)
 public:
-    explicit TerminalHost(QQuickItem* parent = nullptr);
-    ~TerminalHost() override;
+    explicit TerminalHostView(QQuickItem* parent = nullptr);
+    ~TerminalHostView() override;
 
     [[nodiscard]] TerminalSession* session() const { return m_session; }
     void setSession(TerminalSession* session);

@@ -93,6 +93,40 @@ TEST(CellArena, GivesNumbersBackThatNoCellUses) {
     EXPECT_EQ(arena->grapheme(last.content()).back(), char32_t(0x10000 + 999'999));
 }
 
+TEST(CellArena, KeepsWhatIsWrittenOverACoarseLineThatCameBack) {
+    constexpr int cols = 9000;
+    auto arena = std::make_shared<CellArena>();
+    Buffer buffer(arena, {.cols = cols, .rows = 5, .scrollback = 40, .hasScrollback = true});
+    arena->setRoots([&](CellArena::Marker& marker) { buffer.mark(marker); });
+    arena->setCoarsening([&](CellArena::Coarsening& coarsening) { buffer.coarsen(coarsening); });
+    const auto write = [&](char32_t scalar, Color color) {
+        const Pen pen{std::uint64_t{arena->intern(styled(color))} << PackedCell::attributeShift, {}};
+        buffer.insertCharacter(PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits), pen);
+    };
+    std::uint32_t number = 0;
+    const auto writeMany = [&] {
+        for (int i = 0; i < 14 * cols; ++i) {
+            write('x', Color::fromRaw(1U << 24 | ++number));
+        }
+    };
+    // The screen alone has what is kept at most.
+    writeMany();
+    buffer.resize(cols, 7);
+    buffer.setCursor(0, 0);
+    write('!', Color::palette(9));
+    buffer.setCursor(0, 6);
+    buffer.resize(cols, 5);
+    writeMany();
+    int found = 0;
+    for (int index = 0; index < buffer.lineCount(); ++index) {
+        if (const PackedCell cell = buffer.lineAt(index)[0]; cell.content() == '!') {
+            ++found;
+            EXPECT_EQ(arena->attributeOf(cell).fg, Color::palette(9));
+        }
+    }
+    EXPECT_EQ(found, 1);
+}
+
 TEST(CellArena, LeavesTheDefaultAttributeWhenTheTableIsFull) {
     CellArena arena;
     for (std::uint32_t i = 0; i < 0xFFFF; ++i) {

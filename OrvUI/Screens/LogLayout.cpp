@@ -18,7 +18,8 @@ constexpr qreal endless = 1e6;
 struct Metrics {
     QFont font = Theme::instance()->font(Theme::Console);
     qreal rowHeight = Theme::instance()->lineHeight(Theme::Console);
-    qreal advance = QFontMetricsF(font).horizontalAdvance(u'0');
+    // Of a text: that of a letter has no room between letters.
+    qreal advance = QFontMetricsF(font).horizontalAdvance(QStringLiteral("0"));
     qreal baseline = Theme::instance()->lead(Theme::Console) + QFontMetricsF(font).ascent();
 };
 const Metrics& metrics() {

@@ -7,6 +7,7 @@
 #include "tests/OrvUI/ModelFixture.h"
 
 #include <QDir>
+#include <QSignalSpy>
 #include <QSysInfo>
 
 using namespace Qt::StringLiterals;
@@ -261,8 +262,12 @@ TEST_F(PagesTest, SavesWhatTheSettingsPageChanges) {
     EXPECT_EQ(stored.defaultPullStrategy, PullPreference::rebase) << "there is no fourth";
     EXPECT_EQ(stored.agentAutonomy, AgentAutonomy::plan);
     EXPECT_EQ(stored.terminalClipboard, ClipboardWrite::off);
-    EXPECT_EQ(opened->clipboardWrite(), ClipboardWrite::off) << "in terminals that are open";
-    EXPECT_EQ(model->terminals().open(QUrl(u"file:///"_s))->clipboardWrite(), ClipboardWrite::off) << "and in new ones";
+    const QSignalSpy copied(&model->terminals(), &TerminalTabs::clipboardWriteRequested);
+    for (TerminalSession* session : {opened, model->terminals().open(QUrl(u"file:///"_s))}) {
+        session->terminal().feed("\x1B]52;c;QQ==\a");
+        EXPECT_TRUE(session->programsCopy().isEmpty()) << "in terminals that are open, and in new ones";
+    }
+    EXPECT_TRUE(copied.isEmpty());
     EXPECT_FALSE(stored.notifyCrash);
     EXPECT_EQ(stored.avatarPhotoPath, u"/tmp/me too.png"_s);
     EXPECT_EQ(form.displayName(), u"Ada"_s);

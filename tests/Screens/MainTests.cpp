@@ -324,6 +324,11 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
                                    << model->agentError().value_or(QString()).toStdString();
     const QString whole = QString::fromLatin1(answer).replace(u"\\n"_s, u"\n"_s);
     EXPECT_EQ(item("AgentTurn")->property("answer"), whole);
+    // It is laid out with a frame, and scrolled to with another one.
+    ASSERT_TRUE(test::waitFor([this] {
+        const QQuickItem* more = button(u"Show all"_s);
+        return more != nullptr && more->mapToScene({}).y() < item("AgentComposer")->mapToScene({}).y();
+    }));
     const double cut = item("AgentAnswer")->height();
     click(named("IconButton", u"Copy the answer"_s));
     EXPECT_EQ(QGuiApplication::clipboard()->text(), whole);

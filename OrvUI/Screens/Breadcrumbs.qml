@@ -9,7 +9,7 @@ Row {
     required property var crumbs
     signal chosen(int index)
 
-    spacing: Theme.space6
+    spacing: Theme.crumbGap
     clip: true
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Way to this page")
@@ -24,7 +24,7 @@ Row {
             required property int index
             readonly property bool isLast: index === trail.crumbs.length - 1
 
-            spacing: Theme.space6
+            spacing: Theme.crumbGap
 
             Icon {
                 anchors.verticalCenter: parent.verticalCenter

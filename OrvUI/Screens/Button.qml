@@ -13,10 +13,11 @@ T.AbstractButton {
     // Its words in the colour of danger.
     property bool danger: false
     property string glyph
-    property int glyphSize: Theme.icon
+    property int glyphSize: Theme.iconSmall
     // Behind the words instead of before them.
     property bool glyphLast: false
-    property color glyphColor: labelColor
+    // Quieter than words in the colour of the text or of the accent.
+    property color glyphColor: primary || danger || (lit && text.length === 0) ? labelColor : Theme.text2
     property int controlHeight: Theme.controlRegular
     // Set where another part joins at the right side.
     property bool joined: false

@@ -28,8 +28,9 @@ Item {
             anchors.rightMargin: face.joinedRight ? -radius : 0
             radius: Theme.radiusControl
             color: face.fill
-            border.width: face.primary || face.ghost || face.lit ? 0 : Theme.hairline
-            border.color: Theme.buttonEdge
+            border.width: !face.control.enabled || face.primary || face.ghost || face.lit ? 0 : Theme.hairline
+            // No fill lies below the edge.
+            border.color: Qt.tint(face.fill, Theme.buttonEdge)
 
             Behavior on color {
                 enabled: !face.control.pressed

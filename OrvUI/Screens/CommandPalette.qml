@@ -49,7 +49,7 @@ T.Popup {
         radius: Theme.radiusSheet
         color: Theme.raised
         border.width: Theme.hairline
-        border.color: Theme.borderStrong
+        border.color: Theme.border
 
         Shadow {
             anchors.fill: parent

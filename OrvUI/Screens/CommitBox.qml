@@ -177,7 +177,7 @@ PanelFill {
                     checkable: true
                     checked: box.form.amending
                     glyph: "square-pen"
-                    tint: box.form.amending ? Theme.accentText : hovered ? Theme.text : Theme.text2
+                    tint: box.form.amending ? Theme.accentText : hovered ? Theme.text : Theme.text3
                     text: qsTr("Change the last commit instead")
                     onClicked: {
                         checked = Qt.binding(() => box.form.amending);

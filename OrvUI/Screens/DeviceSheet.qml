@@ -118,7 +118,7 @@ Sheet {
                     anchors.fill: parent
                     visible: !sheet.devices.isLoading
                     name: "refresh-cw"
-                    color: Theme.text2
+                    color: Theme.text3
                 }
 
                 Spinner {

@@ -31,7 +31,7 @@ T.TextField {
     }
 
     implicitHeight: Theme.controlRegular
-    leftPadding: glyph.length > 0 ? Theme.space32 : Theme.space10
+    leftPadding: glyph.length > 0 ? Theme.space28 + Theme.space2 : Theme.space10
     rightPadding: clearable ? Theme.space32 : Theme.space10
     verticalAlignment: TextInput.AlignVCenter
     font: Theme.font(code ? Theme.Mono : Theme.Body)
@@ -81,14 +81,18 @@ T.TextField {
             anchors.verticalCenter: parent.verticalCenter
             visible: field.glyph.length > 0
             name: field.glyph
+            size: Theme.iconSmall
             color: Theme.text3
         }
 
         Label {
+            id: prompt
+
             anchors.left: parent.left
             // Beside the caret, not below it.
             anchors.leftMargin: field.leftPadding + Theme.focusWidth
-            anchors.right: hint.left
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.space8 + (hint.visible ? hint.width + Theme.space8 : 0)
             anchors.verticalCenter: parent.verticalCenter
             visible: field.text.length === 0 && field.preeditText.length === 0
             role: field.code ? Theme.Mono : Theme.Body
@@ -102,7 +106,8 @@ T.TextField {
             anchors.right: parent.right
             anchors.rightMargin: Theme.space8
             anchors.verticalCenter: parent.verticalCenter
-            visible: text.length > 0 && !field.activeFocus && field.text.length === 0
+            // The words go before the keys where there is no room for both.
+            visible: text.length > 0 && !field.activeFocus && field.text.length === 0 && prompt.x + prompt.implicitWidth + width + 2 * Theme.space8 <= field.width
             text: field.shortcut
         }
     }

@@ -12,7 +12,7 @@ T.AbstractButton {
     property int edge: Theme.controlSmall
     property int glyphSize: Theme.icon
     // What the glyph is drawn in when it shows a state; otherwise it follows the pointer.
-    property color tint: hovered || activeFocus ? Theme.text : Theme.text2
+    property color tint: hovered || activeFocus ? Theme.text : Theme.text3
 
     implicitWidth: edge
     implicitHeight: edge

@@ -56,6 +56,11 @@ QByteArray Illustration::svg(const QString& name, const Theme& theme) {
         {"$onAccent", theme.onAccent()}, {"$success", theme.success()},   {"$danger", theme.danger()},
         {"$surface", theme.surface()},
     };
+    // Pictures know no colour with an opacity in it.
+    const QColor soft = theme.accentSoft();
+    svg.replace(
+        "\"$accent24\"",
+        '"' + soft.name().toLatin1() + "\" fill-opacity=\"" + QByteArray::number(soft.alphaF(), 'f', 2) + '"');
     for (const auto& [role, color] : roles) {
         svg.replace('"' + QByteArray(role) + '"', '"' + color.name().toLatin1() + '"');
     }

@@ -19,10 +19,12 @@ T.AbstractButton {
     onPressed: Tooltips.leave(control)
 
     background: Rectangle {
+        id: face
+
         radius: Theme.radiusControl
         color: control.rail ? (control.hovered ? Theme.controlHover : Theme.control) : control.hovered ? Theme.hover : Theme.field
         border.width: Theme.hairline
-        border.color: control.rail ? Theme.buttonEdge : control.hovered ? Theme.borderStrong : Theme.border
+        border.color: control.rail ? Qt.tint(face.color, Theme.buttonEdge) : control.hovered ? Theme.borderStrong : Theme.border
 
         FocusRing {
             control: control

@@ -121,7 +121,7 @@ Row {
         Button {
             lit: tools.follow
             glyph: "arrow-down-to-line"
-            leftPadding: tools.tight ? Theme.space8 : Theme.space12
+            leftPadding: tools.tight ? (Theme.controlRegular - Theme.iconSmall) / 2 : Theme.space12
             text: tools.tight ? "" : qsTr("Follow")
             Accessible.name: qsTr("Follow")
             Accessible.checkable: true
@@ -140,7 +140,7 @@ Row {
             glyph: "list-filter"
             checkable: true
             checked: tools.onlyHits
-            tint: tools.onlyHits ? Theme.accentText : Theme.text2
+            tint: tools.onlyHits ? Theme.accentText : hovered ? Theme.text : Theme.text3
             text: qsTr("Show only lines with a hit")
             onClicked: {
                 checked = Qt.binding(() => tools.onlyHits);
@@ -154,7 +154,7 @@ Row {
             glyph: "triangle-alert"
             checkable: true
             checked: tools.lines.onlyErrors
-            tint: tools.lines.onlyErrors ? Theme.accentText : Theme.text2
+            tint: tools.lines.onlyErrors ? Theme.accentText : hovered ? Theme.text : Theme.text3
             text: qsTr("Show only errors")
             onClicked: {
                 checked = Qt.binding(() => tools.lines.onlyErrors);
@@ -168,7 +168,7 @@ Row {
             glyph: "corner-down-right"
             checkable: true
             checked: tools.wrap
-            tint: tools.wrap ? Theme.accentText : Theme.text2
+            tint: tools.wrap ? Theme.accentText : hovered ? Theme.text : Theme.text3
             text: qsTr("Wrap long lines")
             onClicked: {
                 checked = Qt.binding(() => tools.wrap);
@@ -182,7 +182,7 @@ Row {
             glyph: "own-clock"
             checkable: true
             checked: tools.timed
-            tint: tools.timed ? Theme.accentText : Theme.text2
+            tint: tools.timed ? Theme.accentText : hovered ? Theme.text : Theme.text3
             text: qsTr("Show when each line came")
             onClicked: {
                 checked = Qt.binding(() => tools.timed);

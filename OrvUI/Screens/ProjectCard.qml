@@ -210,7 +210,7 @@ T.Control {
                         checkable: true
                         checked: card.pinned
                         glyph: card.pinned ? "own-pin-fill" : "pin"
-                        tint: card.pinned ? Theme.accentText : hovered ? Theme.text : Theme.text2
+                        tint: card.pinned ? Theme.accentText : hovered ? Theme.text : Theme.text3
                         text: card.pinned ? qsTr("Remove pin") : qsTr("Pin %1").arg(card.name)
                         shortcut: Keymap.text("pin")
                         focusPolicy: card.isCurrent ? Qt.StrongFocus : Qt.ClickFocus

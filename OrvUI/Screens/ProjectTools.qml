@@ -18,7 +18,7 @@ Row {
         checkable: true
         checked: tools.detail?.pinned ?? false
         glyph: checked ? "own-pin-fill" : "pin"
-        tint: checked ? Theme.accentText : Theme.text2
+        tint: checked ? Theme.accentText : hovered ? Theme.text : Theme.text3
         text: checked ? qsTr("Remove pin") : qsTr("Pin %1").arg(tools.detail?.name ?? "")
         shortcut: Keymap.text("pin")
         onClicked: {

@@ -44,9 +44,10 @@ Row {
 
                 Rectangle {
                     visible: part.index > 0
+                    y: Theme.hairline
                     width: Theme.hairline
-                    height: parent.height
-                    color: Theme.borderStrong
+                    height: parent.height - 2 * Theme.hairline
+                    color: Qt.tint(Theme.control, Theme.buttonEdge)
                 }
 
                 FocusRing {

@@ -12,9 +12,23 @@ T.Control {
     required property var choices
     property int currentIndex: 0
     property string name
-    // Equal parts that fill the width it is given.
+    // Parts that fill the width it is given: equal, but for those whose words need more.
     property bool stretched: false
     signal chosen(int index)
+
+    // How wide each part is when all of them fill that width; what rounding leaves goes to the last.
+    function spread(needs, whole) {
+        const equal = Math.floor(whole / Math.max(1, needs.length));
+        const taken = share => needs.reduce((sum, need) => sum + Math.max(need, share), 0);
+        let share = equal;
+        while (share > 0 && taken(share) > whole) {
+            share -= 1;
+        }
+        // Equal too where not even their words have room.
+        const widths = needs.map(need => share > 0 ? Math.max(need, share) : equal);
+        const rest = whole - widths.reduce((sum, width) => sum + width, 0);
+        return widths.map((width, index) => index === widths.length - 1 ? width + rest : width);
+    }
 
     implicitHeight: Theme.controlRegular
     implicitWidth: row.implicitWidth + 2 * Theme.space2
@@ -39,10 +53,16 @@ T.Control {
         Row {
             id: row
 
+            readonly property var widths: segmented.stretched ? segmented.spread(Array.from({
+                "length": parts.count
+            }, (unused, index) => parts.itemAt(index)?.implicitWidth ?? 0), Math.floor(segmented.width) - 2 * Theme.space2) : []
+
             x: Theme.space2
             height: parent.height
 
             Repeater {
+                id: parts
+
                 model: segmented.choices
 
                 T.AbstractButton {
@@ -54,8 +74,8 @@ T.Control {
                     readonly property bool isCurrent: index === segmented.currentIndex
 
                     height: row.height
-                    implicitWidth: Math.ceil(content.implicitWidth) + (modelData.text === undefined ? Theme.space16 : Theme.space24)
-                    width: segmented.stretched ? Math.floor((segmented.width - 2 * Theme.space2) / segmented.choices.length) : implicitWidth
+                    implicitWidth: Math.ceil(content.implicitWidth) + (segmented.stretched ? Theme.space16 + Theme.space20 : modelData.text === undefined ? Theme.space16 : Theme.space24)
+                    width: row.widths[index] ?? implicitWidth
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true
                     Accessible.role: toldRole
@@ -70,7 +90,7 @@ T.Control {
                         radius: Theme.radiusControl - Theme.space2
                         color: segment.isCurrent ? Theme.segOn : segment.hovered ? Theme.hover : "transparent"
                         border.width: segment.isCurrent ? Theme.hairline : 0
-                        border.color: Theme.buttonEdge
+                        border.color: Qt.tint(Theme.segOn, Theme.buttonEdge)
                     }
 
                     Tip {

@@ -187,7 +187,7 @@ Item {
         IconButton {
             glyph: row.active ? "own-stop-fill" : "own-play-fill"
             glyphSize: Theme.iconSmall
-            tint: row.active ? Theme.text2 : Theme.accentText
+            tint: !row.active ? Theme.accentText : hovered ? Theme.text : Theme.text3
             enabled: row.serviceState !== "stopping"
             text: row.active ? qsTr("Stop %1").arg(row.label) : qsTr("Run %1").arg(row.label)
             onClicked: row.active ? row.stopped() : row.started()

@@ -96,7 +96,7 @@ T.Popup {
         radius: Theme.radiusSheet
         color: Theme.raised
         border.width: Theme.hairline
-        border.color: Theme.borderStrong
+        border.color: Theme.border
 
         transform: Translate {
             id: rise

@@ -27,7 +27,7 @@ T.AbstractButton {
 
     background: Rectangle {
         radius: height / 2
-        color: !control.enabled ? Theme.control : control.checked ? (control.hovered ? Theme.accentHover : Theme.accent) : control.hovered ? Theme.controlHover : Theme.control
+        color: !control.enabled ? Theme.control : control.checked ? (control.hovered ? Theme.accentHover : Theme.accent) : control.hovered ? Qt.tint(Theme.borderStrong, Theme.hover) : Theme.borderStrong
         border.width: control.checked ? 0 : Theme.hairline
         border.color: Theme.text3
 

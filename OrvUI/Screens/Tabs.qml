@@ -86,7 +86,7 @@ T.Control {
                             id: content
 
                             anchors.verticalCenter: parent.verticalCenter
-                            spacing: Theme.space8
+                            spacing: Theme.space6
 
                             Label {
                                 anchors.verticalCenter: parent.verticalCenter
@@ -98,7 +98,7 @@ T.Control {
                             Rectangle {
                                 anchors.verticalCenter: parent.verticalCenter
                                 visible: tab.countText.length > 0
-                                implicitHeight: Theme.space16 + Theme.space2
+                                implicitHeight: Theme.space16
                                 implicitWidth: Math.max(implicitHeight, bubble.implicitWidth + Theme.space12)
                                 radius: height / 2
                                 color: Theme.control

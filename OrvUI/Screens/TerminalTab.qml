@@ -33,7 +33,7 @@ T.AbstractButton {
         radius: Theme.radiusControl
         color: tab.isSelected ? Theme.control : tab.hovered ? Theme.hover : "transparent"
         border.width: tab.isSelected ? Theme.hairline : 0
-        border.color: Theme.buttonEdge
+        border.color: Qt.tint(Theme.control, Theme.buttonEdge)
 
         FocusRing {
             control: tab

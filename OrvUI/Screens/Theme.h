@@ -66,6 +66,7 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int defaultHeight MEMBER defaultHeight CONSTANT FINAL)
     Q_PROPERTY(int titleZoneHeight MEMBER titleZoneHeight CONSTANT FINAL)
     Q_PROPERTY(int topBarHeight MEMBER topBarHeight CONSTANT FINAL)
+    Q_PROPERTY(int crumbGap MEMBER crumbGap CONSTANT FINAL)
     Q_PROPERTY(int resizeEdge MEMBER resizeEdge CONSTANT FINAL)
     Q_PROPERTY(int sidebarRowHeight MEMBER sidebarRowHeight CONSTANT FINAL)
     Q_PROPERTY(int outlineRowHeight MEMBER outlineRowHeight CONSTANT FINAL)
@@ -260,7 +261,7 @@ public:
     static constexpr int panelInset = 8, sidebarWidth = 240, sidebarWidthWide = 256, railWidth = 72;
     static constexpr int railButtonWidth = 40, railButtonHeight = 36, narrowLimit = 1000, wideLimit = 1520;
     static constexpr int minimumWidth = 760, minimumHeight = 560, defaultWidth = 1280, defaultHeight = 832;
-    static constexpr int titleZoneHeight = 52, topBarHeight = 48, resizeEdge = 5;
+    static constexpr int titleZoneHeight = 52, topBarHeight = 48, crumbGap = 9, resizeEdge = 5;
     static constexpr int sidebarRowHeight = 32, outlineRowHeight = 28, outlineIndent = 18, menuRowHeight = 32;
     static constexpr int menuWidth = 200, popoverWidth = 280, popoverHeight = 360;
     static constexpr int controlMini = 24, controlSmall = 28, controlRegular = 32, splitWidth = 28;

@@ -463,7 +463,7 @@ Item {
                                     radius: Theme.space6
                                     color: Theme.control
                                     border.width: Theme.hairline
-                                    border.color: Theme.buttonEdge
+                                    border.color: Qt.tint(Theme.control, Theme.buttonEdge)
 
                                     Row {
                                         id: doing

@@ -2,6 +2,7 @@
 #include "tests/Screens/MainWindow.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace orv {
 namespace {
@@ -57,6 +58,16 @@ TEST_F(HomeWindow, NarrowsByThePopoverAndSaysSoInChips) {
     shows("FilterPopover", 0);
     press(Qt::Key_F, Qt::ControlModifier | Qt::AltModifier);
     ASSERT_TRUE(test::waitFor([this] { return !items("ChoiceChip").isEmpty(); }));
+    for (const QQuickItem* choice : items("Segmented")) {
+        const QQuickItem* row = choice->property("contentItem").value<QQuickItem*>()->childItems().value(0);
+        EXPECT_TRUE(test::waitFor([&] {
+            return row->implicitWidth() == std::floor(choice->width()) - 4 &&
+                   std::ranges::all_of(row->childItems(), [](const QQuickItem* part) {
+                       return part->width() >= part->implicitWidth();
+                   });
+        })) << "the parts fill "
+            << choice->width() << ", each with room for its words";
+    }
     click(button(u"Backend"_s));
     becomes("ProjectCard", {u"two"_s});
     EXPECT_TRUE(model->filters().kinds.contains(KindFilter::backend));

@@ -61,6 +61,7 @@ TEST(IllustrationExport, WritesEachPictureInBothColours) {
         }
         EXPECT_GT(colours.size(), 3) << name.toStdString();
         EXPECT_TRUE(name == u"app-icon"_s || light != dark) << name.toStdString();
+        EXPECT_FALSE(Illustration::svg(name, *Theme::instance()).contains('$')) << name.toStdString();
     }
     Theme::instance()->setTheme(0);
     const IllustrationExport hopeless{.folder = u"/proc/nowhere"_s};

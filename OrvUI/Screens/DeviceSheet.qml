@@ -20,12 +20,6 @@ Sheet {
         }
     }
 
-    function hug() {
-        if (search.text.length === 0) {
-            sheet.listed = Math.max(Theme.emptyListHeight, list.contentHeight);
-        }
-    }
-
     function showChosen() {
         list.currentIndex = Math.max(0, Rows.find(sheet.devices.devices, "key", sheet.devices.chosenKey));
     }
@@ -69,6 +63,16 @@ Sheet {
             sequences: [StandardKey.Cancel]
             enabled: sheet.listens
             onActivated: sheet.devices.endAsking()
+        }
+
+        // Not while the list is being laid out, which the new height would begin anew.
+        Binding {
+            target: sheet
+            property: "listed"
+            value: Math.max(Theme.emptyListHeight, list.contentHeight)
+            when: search.text.length === 0
+            delayed: true
+            restoreMode: Binding.RestoreNone
         }
 
         // What is listed later must not take the choice away from what was chosen before.
@@ -174,8 +178,6 @@ Sheet {
             activeFocusOnTab: true
             model: sheet.devices.devices
             section.property: "section"
-            // Not while the list is being laid out, which the new height would begin anew.
-            onContentHeightChanged: Qt.callLater(sheet.hug)
             Keys.onReturnPressed: sheet.go()
             Keys.onEnterPressed: sheet.go()
             Accessible.role: Accessible.List

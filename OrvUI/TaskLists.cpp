@@ -1,6 +1,8 @@
 #include "OrvUI/TaskLists.h"
 
+#include "OrvCore/Agents.h"
 #include "OrvCore/Async.h"
+#include "OrvUI/AgentRows.h"
 #include "OrvUI/AgentRuns.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/RelativeDate.h"
@@ -40,7 +42,7 @@ const std::vector<RowRole<TaskRow>>& TaskRow::roles() {
         memberRole<&TaskRow::tileIndex, TaskRow>("tileIndex"),
         memberRole<&TaskRow::tileLetter, TaskRow>("tileLetter"),
         memberRole<&TaskRow::isDone, TaskRow>("isDone"),
-        memberRole<&TaskRow::isWithAgent, TaskRow>("isWithAgent"),
+        memberRole<&TaskRow::agentName, TaskRow>("agentName"),
         memberRole<&TaskRow::when, TaskRow>("when"),
         memberRole<&TaskRow::groupCount, TaskRow>("groupCount"),
     };
@@ -79,9 +81,12 @@ void TaskLists::update() {
         }
         const Project* project = m_model.project(task.projectID);
         TaskRow made = row(task, project != nullptr ? project->name : task.projectName, now);
-        made.isWithAgent = std::ranges::any_of(m_model.agentRuns(), [&task](const AgentRun* run) {
-            return run->isRunning() && run->facts().linkedTaskID == task.id;
-        });
+        for (const AgentRun* run : m_model.agentRuns()) {
+            if (run->isRunning() && run->facts().linkedTaskID == task.id) {
+                made.agentName = agentText(agentInfo(run->facts().agent).displayName);
+                break;
+            }
+        }
         if (task.doneAt) {
             done.append({*task.doneAt, std::move(made)});
         } else {

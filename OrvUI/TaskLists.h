@@ -18,9 +18,9 @@ struct TaskRow {
     int tileIndex = 0;
     QString tileLetter;
     bool isDone = false;
-    bool isWithAgent = false; ///< one works on it
-    QString when;             ///< it was added, or done: "2 days ago"
-    int groupCount = 0;       ///< rows of its project in this list, for the heading above the first of them
+    QString agentName;  ///< of the one that works on it; empty: none does
+    QString when;       ///< it was added, or done: "2 days ago"
+    int groupCount = 0; ///< rows of its project in this list, for the heading above the first of them
 
     bool operator==(const TaskRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<TaskRow>>& roles();

@@ -16,7 +16,7 @@ Rectangle {
     Label {
         anchors.centerIn: parent
         visible: badge.letters.length > 0
-        role: badge.size > Theme.swatchSize ? Theme.SmallStrong : Theme.TileLetter
+        role: badge.size > Theme.swatchSize ? Theme.SmallStrong : Theme.BadgeLetter
         color: Theme.text2
         text: badge.letters
     }

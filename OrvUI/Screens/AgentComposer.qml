@@ -77,7 +77,7 @@ FocusScope {
         id: frame
 
         width: parent.width
-        height: Math.max(Theme.composerBox, view.contentHeight + Theme.composerHeight + 2 * Theme.space12)
+        height: Math.max(composer.conversing ? Theme.composerBoxPanel : Theme.composerBox, view.contentHeight + Theme.composerHeight + 2 * Theme.space12)
         radius: Theme.radiusCard
         color: Theme.surface
         border.width: Theme.hairline
@@ -157,6 +157,14 @@ FocusScope {
         }
 
         Row {
+            id: choices
+
+            // By how much they would reach into the buttons: the first of them gives way.
+            readonly property int excess: {
+                const first = composer.fixedProjectID.length === 0 ? projectButton.implicitWidth + spacing : 0;
+                return Math.max(0, x + first + agentButton.implicitWidth + spacing + autonomyButton.implicitWidth + Theme.space8 - starts.x);
+            }
+
             x: Theme.space8
             anchors.bottom: parent.bottom
             anchors.bottomMargin: Theme.space8
@@ -166,6 +174,7 @@ FocusScope {
                 id: projectButton
 
                 visible: composer.fixedProjectID.length === 0
+                width: Math.max(besides, implicitWidth - choices.excess)
                 name: qsTr("Project")
                 text: project.name.length > 0 ? project.name : qsTr("Choose a project")
                 onClicked: {
@@ -178,7 +187,7 @@ FocusScope {
                     id: projectTile
 
                     Tile {
-                        size: Theme.tileMini
+                        size: Theme.badge
                         tileIndex: project.tileIndex
                         tileLetter: project.tileLetter
                     }
@@ -201,6 +210,7 @@ FocusScope {
             MenuButton {
                 id: agentButton
 
+                width: composer.fixedProjectID.length === 0 ? implicitWidth : Math.max(besides, implicitWidth - choices.excess)
                 name: qsTr("Agent")
                 badge: composer.agentRow ? agentBadge : null
                 text: composer.agentRow ? composer.agentRow.text : ""
@@ -211,7 +221,7 @@ FocusScope {
                 id: agentBadge
 
                 AgentBadge {
-                    size: Theme.tileMini
+                    size: Theme.badge
                     letters: composer.agentRow?.letters ?? ""
                 }
             }
@@ -227,6 +237,8 @@ FocusScope {
         }
 
         Row {
+            id: starts
+
             anchors.right: parent.right
             anchors.rightMargin: Theme.space8
             anchors.bottom: parent.bottom

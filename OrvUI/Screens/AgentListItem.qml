@@ -17,6 +17,8 @@ Item {
     required property bool isDefault
     // With room for more words, and for the notice on a fill of its own.
     property bool wide: false
+    readonly property int inset: wide ? Theme.space16 : Theme.space12 + Theme.space2
+    readonly property int line: wide ? Theme.space12 : Theme.space16
     signal setUpAsked
 
     implicitHeight: notice.visible ? notice.y + notice.height + Theme.space12 : Theme.settingRowHeight
@@ -36,8 +38,8 @@ Item {
     AgentBadge {
         id: badge
 
-        x: Theme.space12
-        y: Theme.space16
+        x: item.wide ? Theme.space12 : item.inset
+        y: item.line
         letters: item.letters
     }
 
@@ -45,10 +47,10 @@ Item {
         id: words
 
         anchors.left: badge.right
-        anchors.leftMargin: Theme.space10
+        anchors.leftMargin: item.wide ? Theme.space12 : Theme.space10
         anchors.right: right.left
         anchors.rightMargin: Theme.space8
-        y: Theme.space10
+        y: Theme.space12
 
         Label {
             width: parent.width
@@ -81,8 +83,8 @@ Item {
         id: notice
 
         x: badge.x
-        y: Theme.settingRowHeight - Theme.space4
-        width: parent.width - x - Theme.space12
+        y: Theme.settingRowHeight - (item.wide ? 0 : Theme.space4)
+        width: parent.width - x - item.inset
         height: told.height + (item.wide ? Theme.space16 : 0)
         visible: item.notice.length > 0
         radius: Theme.radiusControl
@@ -114,8 +116,8 @@ Item {
         id: right
 
         anchors.right: parent.right
-        anchors.rightMargin: Theme.space12
-        y: Theme.space16
+        anchors.rightMargin: item.inset
+        y: item.line
         spacing: Theme.space8
 
         Pill {

@@ -9,6 +9,9 @@ T.AbstractButton {
     property int toldRole: Accessible.CheckBox
     // A name behind the words, in the letters of code.
     property string code
+    // How its words are written.
+    property int wordsRole: Theme.Body
+    property color wordsColor: Theme.text
 
     implicitWidth: row.implicitWidth
     implicitHeight: Theme.controlMini
@@ -58,7 +61,8 @@ T.AbstractButton {
 
                 Label {
                     anchors.verticalCenter: parent.verticalCenter
-                    color: control.enabled ? Theme.text : Theme.disabled
+                    role: control.wordsRole
+                    color: control.enabled ? control.wordsColor : Theme.disabled
                     text: control.text
                 }
 

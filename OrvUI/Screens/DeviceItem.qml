@@ -39,7 +39,7 @@ T.AbstractButton {
             width: Theme.space32
             height: width
             radius: Theme.radiusControl
-            color: row.isCurrent ? Theme.accentSoft : Theme.control
+            color: row.isCurrent ? "transparent" : Theme.control
 
             Icon {
                 anchors.centerIn: parent
@@ -64,7 +64,7 @@ T.AbstractButton {
             anchors.left: words.left
             anchors.top: words.bottom
             role: Theme.CaptionPlain
-            color: Theme.text2
+            color: Theme.text3
             text: row.detail
         }
 

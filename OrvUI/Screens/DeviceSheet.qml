@@ -8,6 +8,10 @@ Sheet {
 
     required property AppModel model
     readonly property DevicesModel devices: model.devices
+    // All but the list.
+    readonly property real around: list.y + list.bottomMargin + hints.height + foot.height
+    // The height of the whole list. What is looked for in it does not move the sheet under the hand.
+    property real listed: Theme.emptyListHeight
     readonly property DeviceItem current: list.currentItem as DeviceItem
 
     function go() {
@@ -21,7 +25,7 @@ Sheet {
     }
 
     width: Math.min(Theme.deviceSheetWidth, parent.width - Theme.space32)
-    height: Math.min(Theme.paletteWidth, parent.height - Theme.space32)
+    height: Math.min(Theme.deviceSheetLimit, around + listed, parent.height - Theme.space32)
     visible: devices.isAsking
     closePolicy: T.Popup.NoAutoClose
     onAboutToShow: {
@@ -61,6 +65,16 @@ Sheet {
             onActivated: sheet.devices.endAsking()
         }
 
+        // Not while the list is being laid out, which the new height would begin anew.
+        Binding {
+            target: sheet
+            property: "listed"
+            value: Math.max(Theme.emptyListHeight, list.contentHeight)
+            when: search.text.length === 0
+            delayed: true
+            restoreMode: Binding.RestoreNone
+        }
+
         // What is listed later must not take the choice away from what was chosen before.
         Connections {
             target: sheet.devices
@@ -88,7 +102,7 @@ Sheet {
             anchors.left: tile.right
             anchors.leftMargin: Theme.space12
             anchors.right: refresh.left
-            y: tile.y - Theme.space4
+            y: tile.y - Theme.space2
             role: Theme.SheetTitle
             text: qsTr("Run %1").arg(project.name)
             Accessible.role: Accessible.Heading
@@ -106,8 +120,9 @@ Sheet {
             id: refresh
 
             anchors.right: parent.right
-            anchors.rightMargin: Theme.space10
+            anchors.rightMargin: Theme.space20
             anchors.verticalCenter: title.verticalCenter
+            anchors.verticalCenterOffset: Theme.space2
             enabled: !sheet.devices.isLoading
             glyph: "refresh-cw"
             text: qsTr("Look for devices")
@@ -242,12 +257,14 @@ Sheet {
                 x: Theme.space24
                 anchors.verticalCenter: parent.verticalCenter
                 checked: true
+                wordsRole: Theme.Small
+                wordsColor: Theme.text2
                 text: qsTr("Remember")
             }
 
             Row {
                 anchors.right: parent.right
-                anchors.rightMargin: Theme.space12 + Theme.space2
+                anchors.rightMargin: Theme.space24
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: Theme.space8
 

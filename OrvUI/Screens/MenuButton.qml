@@ -12,7 +12,10 @@ T.AbstractButton {
     property string glyph
     property alias badge: picture.sourceComponent
 
-    implicitWidth: row.implicitWidth + Theme.space16
+    // What is not words; a long choice ends in an ellipsis where there is no room for it.
+    readonly property int besides: Theme.space16 + chevron.width + row.spacing + (picture.status === Loader.Ready ? picture.width + row.spacing : 0) + (glyph.length > 0 ? symbol.width + row.spacing : 0)
+
+    implicitWidth: besides + Math.ceil(label.implicitWidth)
     implicitHeight: Theme.controlSmall
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
@@ -46,23 +49,31 @@ T.AbstractButton {
             }
 
             Icon {
+                id: symbol
+
                 anchors.verticalCenter: parent.verticalCenter
                 visible: control.glyph.length > 0
                 name: control.glyph
-                color: Theme.text2
+                size: Theme.iconSmall
+                color: Theme.text3
             }
 
             Label {
+                id: label
+
                 anchors.verticalCenter: parent.verticalCenter
-                role: Theme.BodyStrong
+                width: Math.max(0, Math.min(Math.ceil(implicitWidth), control.width - control.besides))
+                role: Theme.SmallStrong
                 text: control.text
             }
 
             Icon {
+                id: chevron
+
                 anchors.verticalCenter: parent.verticalCenter
                 name: "chevron-down"
                 size: Theme.iconSmall
-                color: Theme.text2
+                color: Theme.text3
             }
         }
     }

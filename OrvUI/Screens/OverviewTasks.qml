@@ -38,7 +38,7 @@ OverviewCard {
             required property int index
             required property string key
             required property string title
-            required property bool isWithAgent
+            required property string agentName
 
             visible: index < card.limit
             width: parent?.width ?? 0
@@ -49,7 +49,8 @@ OverviewCard {
             TaskRound {
                 id: round
 
-                x: -Theme.space2
+                x: -inset
+                ring: Theme.taskRoundSmall
                 anchors.verticalCenter: parent.verticalCenter
                 text: item.title
                 onClicked: {
@@ -62,7 +63,7 @@ OverviewCard {
                 id: words
 
                 anchors.left: round.right
-                anchors.leftMargin: Theme.space6
+                anchors.leftMargin: Theme.space10 - round.inset
                 anchors.right: pill.visible ? pill.left : parent.right
                 anchors.rightMargin: pill.visible ? Theme.space8 : 0
                 anchors.verticalCenter: parent.verticalCenter
@@ -78,7 +79,8 @@ OverviewCard {
 
                 anchors.right: parent.right
                 anchors.verticalCenter: parent.verticalCenter
-                visible: item.isWithAgent
+                visible: item.agentName.length > 0
+                busy: true
                 tint: Theme.accentText
                 fill: Theme.accentSoft
                 text: qsTr("AI")
@@ -89,7 +91,7 @@ OverviewCard {
     Label {
         visible: list.count > card.limit
         height: Theme.space24
-        leftPadding: Theme.space28
+        leftPadding: Theme.taskRoundSmall + Theme.space10
         verticalAlignment: Text.AlignVCenter
         role: Theme.Small
         color: Theme.text3

@@ -9,13 +9,13 @@ Item {
     property int count: 0
 
     width: parent.width
-    height: Theme.controlRegular
+    height: Theme.panelHeadingHeight
 
     Label {
         id: title
 
         x: Theme.space20
-        anchors.verticalCenter: parent.verticalCenter
+        y: Theme.space12
         role: Theme.SmallStrong
         color: Theme.text3
         Accessible.role: Accessible.Heading
@@ -25,7 +25,7 @@ Item {
     Label {
         anchors.left: title.right
         anchors.leftMargin: Theme.space6
-        anchors.verticalCenter: parent.verticalCenter
+        anchors.verticalCenter: title.verticalCenter
         role: Theme.Small
         color: Theme.text3
         text: heading.count

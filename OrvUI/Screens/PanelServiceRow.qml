@@ -41,10 +41,20 @@ Item {
         tileIndex: row.tileIndex
         tileLetter: row.tileLetter
 
-        StatusDot {
-            x: parent.width - width / 2 - Theme.space2
-            y: parent.height - height / 2 - Theme.space2
-            cardState: "running"
+        Rectangle {
+            readonly property int edge: Theme.space2
+
+            x: parent.width - width / 2 - edge
+            y: parent.height - height / 2 - edge
+            width: Theme.dot + 2 * edge
+            height: width
+            radius: width / 2
+            color: Theme.raised
+
+            StatusDot {
+                anchors.centerIn: parent
+                cardState: "running"
+            }
         }
     }
 
@@ -59,7 +69,7 @@ Item {
 
         Label {
             width: Math.min(implicitWidth, row.width / 3)
-            role: Theme.BodyStrong
+            role: Theme.Section
             text: row.name
         }
 

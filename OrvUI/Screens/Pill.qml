@@ -7,10 +7,13 @@ Rectangle {
 
     property alias text: label.text
     property string glyph
+    // Something goes on: a spinner stands before the word.
+    property bool busy: false
+    readonly property int lead: glyph.length > 0 || busy ? Theme.iconMini + Theme.space4 : 0
     property color tint: Theme.text2
     property color fill: Theme.control
 
-    implicitWidth: label.implicitWidth + Theme.space16 + (glyph.length > 0 ? Theme.iconMini + Theme.space4 : 0)
+    implicitWidth: label.implicitWidth + Theme.space16 + lead
     implicitHeight: Theme.space20
     radius: height / 2
     color: fill
@@ -31,11 +34,22 @@ Rectangle {
             color: pill.tint
         }
 
+        Loader {
+            anchors.verticalCenter: parent.verticalCenter
+            active: pill.busy
+            visible: active
+
+            sourceComponent: Spinner {
+                size: Theme.iconMini
+                color: pill.tint
+            }
+        }
+
         Label {
             id: label
 
             anchors.verticalCenter: parent.verticalCenter
-            width: Math.min(implicitWidth, pill.width - Theme.space16 - (pill.glyph.length > 0 ? Theme.iconMini + Theme.space4 : 0))
+            width: Math.min(implicitWidth, pill.width - Theme.space16 - pill.lead)
             role: Theme.Caption
             color: pill.tint
         }

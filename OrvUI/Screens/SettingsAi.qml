@@ -44,7 +44,7 @@ Column {
 
                 Radio {
                     x: Theme.space12
-                    y: Theme.space16 + Theme.space2
+                    y: Theme.space12 + Theme.space2
                     text: row.name
                     checked: row.isDefault
                     onClicked: section.agents.defaultAgent = row.index

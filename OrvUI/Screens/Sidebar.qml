@@ -76,7 +76,7 @@ FocusScope {
         id: filters
 
         anchors.top: jump.bottom
-        anchors.topMargin: Theme.space12
+        anchors.topMargin: sidebar.rail ? Theme.space16 : Theme.space12
         x: sidebar.rail ? Math.round((sidebar.width - Theme.railButtonWidth) / 2) : Theme.space8
         width: sidebar.rail ? Theme.railButtonWidth : sidebar.width - Theme.space16
         spacing: sidebar.rail ? Theme.space4 : 0
@@ -88,6 +88,7 @@ FocusScope {
             width: Theme.railButtonWidth
             height: Theme.railButtonHeight
             glyph: "panel-left"
+            glyphSize: Theme.iconLarge
             text: qsTr("Show the sidebar")
             shortcut: Keymap.text("sidebar")
             onClicked: sidebar.toggleRequested()
@@ -177,7 +178,7 @@ FocusScope {
 
     Loader {
         anchors.top: filters.bottom
-        anchors.topMargin: Theme.space8
+        anchors.topMargin: Theme.space12
         anchors.horizontalCenter: parent.horizontalCenter
         active: sidebar.rail
 
@@ -197,6 +198,7 @@ FocusScope {
                 width: Theme.railButtonWidth
                 height: Theme.railButtonHeight
                 glyph: "folder-tree"
+                glyphSize: Theme.iconLarge
                 text: qsTr("Folders")
                 onClicked: folders.open()
 

@@ -50,7 +50,8 @@ T.AbstractButton {
             x: row.rail ? Math.round((row.width - width) / 2) : Theme.space10
             anchors.verticalCenter: parent.verticalCenter
             visible: row.glyph.length > 0
-            width: visible ? Theme.icon : 0
+            size: row.rail ? Theme.iconLarge : Theme.icon
+            width: visible ? size : 0
             name: row.glyph
             color: row.selected ? Theme.accentText : Theme.text2
         }
@@ -93,8 +94,7 @@ T.AbstractButton {
         }
 
         Rectangle {
-            x: icon.x + Theme.space10
-            y: icon.y - Theme.space8
+            anchors.right: parent.right
             width: Math.max(height, bubble.implicitWidth + Theme.space6)
             height: Theme.bubble
             radius: height / 2

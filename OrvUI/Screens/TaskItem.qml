@@ -10,6 +10,9 @@ FocusScope {
     required property string title
     required property string notes
     required property bool isDone
+    // Of the one that works on it.
+    required property string agentName
+    readonly property string working: agentName.length > 0 ? qsTr("%1 is working").arg(agentName) : ""
     required property string when
     property bool first: index === 0
     property bool editing: false
@@ -39,7 +42,7 @@ FocusScope {
     activeFocusOnTab: true
     Accessible.role: Accessible.ListItem
     Accessible.name: title
-    Accessible.description: isDone ? qsTr("done") : notes
+    Accessible.description: isDone ? qsTr("done") : working.length === 0 ? notes : notes.length === 0 ? working : qsTr("%1, %2").arg(working).arg(notes)
     Keys.onSpacePressed: item.doneToggled(!item.isDone)
     Keys.onReturnPressed: item.edit()
     Keys.onDeletePressed: item.removed()
@@ -81,7 +84,7 @@ FocusScope {
     TaskRound {
         id: round
 
-        x: Theme.space16
+        x: Theme.space16 - inset
         anchors.verticalCenter: parent.verticalCenter
         text: item.title
         checked: item.isDone
@@ -94,8 +97,8 @@ FocusScope {
 
     Column {
         anchors.left: round.right
-        anchors.leftMargin: Theme.space12
-        anchors.right: tools.visible ? tools.left : age.left
+        anchors.leftMargin: Theme.space12 - round.inset
+        anchors.right: tools.visible ? tools.left : pill.visible ? pill.left : age.left
         anchors.rightMargin: Theme.space12
         anchors.verticalCenter: parent.verticalCenter
         visible: !item.editing
@@ -124,7 +127,7 @@ FocusScope {
         id: field
 
         anchors.left: round.right
-        anchors.leftMargin: Theme.space2
+        anchors.leftMargin: Theme.hairline
         anchors.right: keys.left
         anchors.rightMargin: Theme.space12
         anchors.verticalCenter: parent.verticalCenter
@@ -201,12 +204,29 @@ FocusScope {
         }
     }
 
+    Pill {
+        id: pill
+
+        anchors.right: age.left
+        anchors.rightMargin: Theme.space12
+        anchors.verticalCenter: parent.verticalCenter
+        width: Math.min(implicitWidth, item.width / 3)
+        visible: age.visible && item.working.length > 0
+        busy: true
+        tint: Theme.accentText
+        fill: Theme.accentSoft
+        text: item.working
+    }
+
     Label {
         id: age
 
         anchors.right: parent.right
         anchors.rightMargin: Theme.space12
         anchors.verticalCenter: parent.verticalCenter
+        // The pills of all rows end in one line.
+        width: Math.max(implicitWidth, Theme.taskAgeWidth)
+        horizontalAlignment: Text.AlignRight
         visible: !tools.visible && !item.editing
         role: Theme.Small
         color: Theme.text3

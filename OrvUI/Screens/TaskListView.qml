@@ -69,6 +69,7 @@ FocusScope {
                     required property int tileIndex
                     required property string tileLetter
                     required property bool isDone
+                    required property string agentName
                     required property string when
                     required property int groupCount
                     readonly property bool starts: index === 0 || (!page.showsDone && rows.itemAt(index - 1)?.projectID !== projectID)
@@ -82,7 +83,7 @@ FocusScope {
 
                     Item {
                         width: parent.width
-                        height: visible ? Theme.space20 + Theme.controlRegular : 0
+                        height: visible ? Theme.space24 + Theme.controlRegular : 0
                         visible: entry.heads
 
                         Row {
@@ -138,6 +139,7 @@ FocusScope {
                             title: entry.title
                             notes: entry.notes
                             isDone: entry.isDone
+                            agentName: entry.agentName
                             when: entry.when
                             onDoneToggled: done => page.lists.setDone(key, done)
                             onRenamed: title => page.lists.rename(key, title, notes)

@@ -7,6 +7,9 @@ T.AbstractButton {
     id: round
 
     property int toldRole: Accessible.CheckBox
+    property int ring: Theme.taskRound
+    // From its edge to the ring, which is smaller than what takes the click.
+    readonly property int inset: (implicitWidth - ring) / 2
 
     implicitWidth: Theme.controlMini
     implicitHeight: Theme.controlMini
@@ -20,7 +23,7 @@ T.AbstractButton {
     background: Item {
         Rectangle {
             anchors.centerIn: parent
-            width: Theme.taskRound
+            width: round.ring
             height: width
             radius: width / 2
             color: round.checked ? Theme.accent : "transparent"

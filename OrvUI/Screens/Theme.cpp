@@ -51,6 +51,7 @@ constexpr Style styles[] = {
     {Family::code, 11.5, 16, QFont::Normal, 0},       // MonoPath
     {Family::code, 12.5, 20, QFont::Normal, 0},       // Console
     {Family::text, 9, 12, QFont::Bold, 0},            // TileLetter
+    {Family::text, 7.5, 10, QFont::Bold, 0},          // BadgeLetter
     {Family::text, 11, 16, QFont::Normal, 0},         // CaptionPlain
     {Family::display, 32, 40, QFont::DemiBold, -1.5}, // Hero
     {Family::text, 15, 24, QFont::Normal, 0},         // Lead

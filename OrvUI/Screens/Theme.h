@@ -100,6 +100,7 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int dotSmall MEMBER dotSmall CONSTANT FINAL)
     Q_PROPERTY(int dotHalo MEMBER dotHalo CONSTANT FINAL)
     Q_PROPERTY(int tileMini MEMBER tileMini CONSTANT FINAL)
+    Q_PROPERTY(int badge MEMBER badge CONSTANT FINAL)
     Q_PROPERTY(int tileSmall MEMBER tileSmall CONSTANT FINAL)
     Q_PROPERTY(int tile MEMBER tile CONSTANT FINAL)
     Q_PROPERTY(int tileLarge MEMBER tileLarge CONSTANT FINAL)
@@ -131,6 +132,7 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int serviceItemHeight MEMBER serviceItemHeight CONSTANT FINAL)
     Q_PROPERTY(int portFieldWidth MEMBER portFieldWidth CONSTANT FINAL)
     Q_PROPERTY(int panelRowHeight MEMBER panelRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int panelHeadingHeight MEMBER panelHeadingHeight CONSTANT FINAL)
     Q_PROPERTY(int alertWidth MEMBER alertWidth CONSTANT FINAL)
     Q_PROPERTY(int alertIcon MEMBER alertIcon CONSTANT FINAL)
     Q_PROPERTY(int quickPanelWidth MEMBER quickPanelWidth CONSTANT FINAL)
@@ -139,6 +141,7 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int agentPanelWidth MEMBER agentPanelWidth CONSTANT FINAL)
     Q_PROPERTY(int agentPanelWidthWide MEMBER agentPanelWidthWide CONSTANT FINAL)
     Q_PROPERTY(int composerBox MEMBER composerBox CONSTANT FINAL)
+    Q_PROPERTY(int composerBoxPanel MEMBER composerBoxPanel CONSTANT FINAL)
     Q_PROPERTY(int agentListWidth MEMBER agentListWidth CONSTANT FINAL)
     Q_PROPERTY(int autonomyCardHeight MEMBER autonomyCardHeight CONSTANT FINAL)
     Q_PROPERTY(int gutter MEMBER gutter CONSTANT FINAL)
@@ -151,6 +154,8 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int sideWidthWide MEMBER sideWidthWide CONSTANT FINAL)
     Q_PROPERTY(int headerTile MEMBER headerTile CONSTANT FINAL)
     Q_PROPERTY(int taskRound MEMBER taskRound CONSTANT FINAL)
+    Q_PROPERTY(int taskRoundSmall MEMBER taskRoundSmall CONSTANT FINAL)
+    Q_PROPERTY(int taskAgeWidth MEMBER taskAgeWidth CONSTANT FINAL)
     Q_PROPERTY(int listWidthLimit MEMBER listWidthLimit CONSTANT FINAL)
     Q_PROPERTY(int checkbox MEMBER checkbox CONSTANT FINAL)
     Q_PROPERTY(int fieldLarge MEMBER fieldLarge CONSTANT FINAL)
@@ -189,6 +194,8 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int paletteRowHeight MEMBER paletteRowHeight CONSTANT FINAL)
     Q_PROPERTY(int deviceSheetWidth MEMBER deviceSheetWidth CONSTANT FINAL)
     Q_PROPERTY(int deviceRowHeight MEMBER deviceRowHeight CONSTANT FINAL)
+    Q_PROPERTY(int deviceSheetLimit MEMBER deviceSheetLimit CONSTANT FINAL)
+    Q_PROPERTY(int emptyListHeight MEMBER emptyListHeight CONSTANT FINAL)
     Q_PROPERTY(int howToWidth MEMBER howToWidth CONSTANT FINAL)
     Q_PROPERTY(int howToPicture MEMBER howToPicture CONSTANT FINAL)
     Q_PROPERTY(int welcomeWidth MEMBER welcomeWidth CONSTANT FINAL)
@@ -247,6 +254,7 @@ public:
         MonoPath,
         Console,
         TileLetter,
+        BadgeLetter,
         CaptionPlain,
         Hero,
         Lead,
@@ -269,22 +277,23 @@ public:
     static constexpr int sheetWidth = 520, statusLineHeight = 40, statusLineLimit = 560, tooltipHeight = 28;
     static constexpr int tooltipLimit = 420, emptyWidth = 440, emptyLift = 56, illustration = 120;
     static constexpr int iconTiny = 10, iconMini = 12, iconSmall = 14, icon = 16, iconLarge = 18, mark = 20, dot = 8;
-    static constexpr int dotSmall = 6, dotHalo = 14, tileMini = 16, tileSmall = 28, tile = 36, tileLarge = 44,
-                         avatar = 28;
+    static constexpr int dotSmall = 6, dotHalo = 14, tileMini = 16, badge = 18, tileSmall = 28, tile = 36,
+                         tileLarge = 44, avatar = 28;
     static constexpr int swatchSize = 20, progressHeight = 6, scrollBar = 10;
-    static constexpr int focusWidth = 2, focusGap = 2, haloWidth = 3, kindWidth = 60, bubble = 14, sheetFoot = 62,
+    static constexpr int focusWidth = 2, focusGap = 2, haloWidth = 3, kindWidth = 60, bubble = 16, sheetFoot = 62,
                          setupStepHeight = 61, radiusKey = 4, radiusRow = 7, radiusControl = 8;
     static constexpr int terminalStrip = 44, terminalTabMin = 128, terminalTabMax = 216;
     static constexpr int terminalPaddingX = 18, terminalPaddingY = 14;
     static constexpr int agentPanelWidth = 372, agentPanelWidthWide = 420;
-    static constexpr int composerBox = 120, agentListWidth = 296, autonomyCardHeight = 102, addSheetWidth = 528,
-                         gutter = 52, suggestionHeight = 152, suggestionPicture = 104, composerHeight = 44,
-                         taskRowHeight = 44, switchWidth = 36, switchHeight = 20, switchInset = 3,
+    static constexpr int composerBox = 120, composerBoxPanel = 128, agentListWidth = 296, autonomyCardHeight = 102,
+                         addSheetWidth = 528, gutter = 52, suggestionHeight = 152, suggestionPicture = 104,
+                         composerHeight = 44, taskRowHeight = 44, switchWidth = 36, switchHeight = 20, switchInset = 3,
                          settingRowHeight = 60, tabHeight = 40, settingsNavWidth = 172, settingsWidth = 680,
                          serviceRowHeight = 68, serviceItemHeight = 56, alertWidth = 400, panelRowHeight = 52,
-                         alertIcon = 64, quickPanelWidth = 360, quickPanelLimit = 640, portFieldWidth = 112,
-                         overviewOutput = 290, sideWidth = 304, sideWidthWide = 340, headerTile = 48, taskRound = 18,
-                         listWidthLimit = 816, checkbox = 16, fieldLarge = 40, buttonDialog = 36, modeSwatchWidth = 196,
+                         panelHeadingHeight = 34, alertIcon = 64, quickPanelWidth = 360, quickPanelLimit = 640,
+                         portFieldWidth = 112, overviewOutput = 290, sideWidth = 304, sideWidthWide = 340,
+                         headerTile = 48, taskRound = 18, taskRoundSmall = 16, taskAgeWidth = 84, listWidthLimit = 816,
+                         checkbox = 16, fieldLarge = 40, buttonDialog = 36, modeSwatchWidth = 196,
                          modeSwatchHeight = 116, themeSwatchWidth = 112, themeSwatchHeight = 84;
     static constexpr int gitColumn = 308, gitColumnNarrow = 264, gitColumnWide = 340, gitWideLimit = 1240,
                          gitRowHeight = 30, gitHeadingHeight = 36, gitHistoryHeight = 184, gitHistoryLimit = 520,
@@ -294,7 +303,8 @@ public:
     static constexpr int chipHeight = 26, filterWidth = 392, folderRowHeight = 44, folderIndent = 24, tileList = 24;
     static constexpr int paletteWidth = 640, paletteTop = 106, paletteField = 56, paletteListHeight = 424,
                          paletteRowHeight = 40;
-    static constexpr int deviceSheetWidth = 460, deviceRowHeight = 44, howToWidth = 480, howToPicture = 172;
+    static constexpr int deviceSheetWidth = 460, deviceRowHeight = 44, deviceSheetLimit = 640, emptyListHeight = 120,
+                         howToWidth = 480, howToPicture = 172;
     static constexpr int welcomeWidth = 560, welcomePadding = 64, welcomeTop = 88, welcomeMark = 58, sceneWidth = 420,
                          orbitInner = 300, orbitMiddle = 470, orbitOuter = 620, sceneMark = 176, sceneWindowWidth = 560,
                          sceneWindowHeight = 420, progressPill = 20;

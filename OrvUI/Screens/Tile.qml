@@ -16,9 +16,9 @@ Rectangle {
 
     Label {
         anchors.centerIn: parent
-        role: tile.size > Theme.tile ? Theme.SheetTitle : tile.size > Theme.tileSmall ? Theme.Heading
+        role: tile.size > Theme.tile ? Theme.SheetTitle : tile.size > Theme.controlRegular ? Theme.Heading
             : tile.size > Theme.tileList ? Theme.Section
-            : tile.size > Theme.tileMini ? Theme.Caption : Theme.TileLetter
+            : tile.size > Theme.swatchSize ? Theme.Caption : Theme.TileLetter
         color: Theme.tileLetter(tile.tileIndex, Theme.isDark)
         text: tile.tileLetter
     }

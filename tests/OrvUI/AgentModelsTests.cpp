@@ -120,13 +120,13 @@ TEST_F(AgentModelsTest, AreSeenAtTheirProjectAndAtTheTaskThatTheyWorkOn) {
         QStringList titles;
         const QAbstractListModel& open = *model->projectTasks()->open();
         for (int row = 0; row < open.rowCount(); ++row) {
-            if (at(open, row, "isWithAgent").toBool()) {
-                titles.append(at(open, row, "title").toString());
+            if (const QString agent = at(open, row, "agentName").toString(); !agent.isEmpty()) {
+                titles.append(at(open, row, "title").toString() + u" by "_s + agent);
             }
         }
         return titles;
     };
-    EXPECT_TRUE(waitFor([&] { return withAgent() == QStringList{u"Totals"_s}; }));
+    EXPECT_TRUE(waitFor([&] { return withAgent() == QStringList{u"Totals by Codex"_s}; }));
     model->stopAgent(run);
     EXPECT_TRUE(waitFor([&] { return withAgent().isEmpty(); }));
     EXPECT_TRUE(waitFor([&] { return column(*detail.latestRuns(), "runState").first() == u"stopped"; }));

@@ -258,8 +258,9 @@ QColor Theme::terminalColor(int color) const {
 }
 
 QColor Theme::swatch(int theme, bool dark, Swatch role) {
-    // Places in ThemeColors' table: window, sidebar, surface, border, text, text3, accent, success, selection.
-    static constexpr std::array places{0, 1, 2, 5, 8, 10, 12, 17, 22};
+    // Places in ThemeColors' table: window, sidebar, surface, border, text, text3, accent, success, selection,
+    // borderStrong.
+    static constexpr std::array places{0, 1, 2, 5, 8, 10, 12, 17, 22, 6};
     return colorOf(theme, dark, places[size_t(role)]);
 }
 

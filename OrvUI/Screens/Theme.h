@@ -344,6 +344,7 @@ public:
         SwatchAccent,
         SwatchSuccess,
         SwatchSelection,
+        SwatchFaintLine,
     };
     Q_ENUM(Swatch)
     /// A colour of any theme, for its swatch.

@@ -54,8 +54,12 @@ constexpr Style styles[] = {
     {Family::text, 11, 16, QFont::Normal, 0},         // CaptionPlain
     {Family::display, 32, 40, QFont::DemiBold, -1.5}, // Hero
     {Family::text, 15, 24, QFont::Normal, 0},         // Lead
+    {Family::text, 14, 22, QFont::Normal, 0},         // Sentence
+    {Family::text, 14, 20, QFont::Medium, 0},         // LargeButton
+    {Family::text, 8, 10, QFont::Normal, 0},          // Mini
+    {Family::text, 9, 10, QFont::Medium, 0},          // MiniStrong
 };
-static_assert(std::size(styles) == Theme::Lead + 1);
+static_assert(std::size(styles) == Theme::MiniStrong + 1);
 
 QString familyName(Family family) {
     switch (family) {

@@ -58,8 +58,9 @@ constexpr Style styles[] = {
     {Family::text, 14, 20, QFont::Medium, 0},         // LargeButton
     {Family::text, 8, 10, QFont::Normal, 0},          // Mini
     {Family::text, 9, 10, QFont::Medium, 0},          // MiniStrong
+    {Family::text, 11, 16, QFont::DemiBold, 0},       // CaptionStrong
 };
-static_assert(std::size(styles) == Theme::MiniStrong + 1);
+static_assert(std::size(styles) == Theme::CaptionStrong + 1);
 
 QString familyName(Family family) {
     switch (family) {

@@ -256,6 +256,7 @@ public:
         LargeButton,
         Mini,
         MiniStrong,
+        CaptionStrong,
     };
     Q_ENUM(TextRole)
 
@@ -377,8 +378,8 @@ Q_SIGNALS:
     void reducedMotionChanged();
 
 private:
-    std::array<QFont, MiniStrong + 1> m_fonts;
-    mutable std::array<std::optional<int>, MiniStrong + 1> m_leads; ///< of the roles that were asked for
+    std::array<QFont, CaptionStrong + 1> m_fonts;
+    mutable std::array<std::optional<int>, CaptionStrong + 1> m_leads; ///< of the roles that were asked for
     bool m_reducedMotion = false;
 };
 

@@ -64,9 +64,22 @@ Item {
                 scale: sky.scaling
                 Accessible.ignored: true
 
-                Orbit {
-                    width: Theme.orbitOuter
-                    opacity: 0.4
+                // The outer orbit is of dots.
+                Repeater {
+                    model: Math.round(Math.PI * Theme.orbitOuter / Theme.space8)
+
+                    Rectangle {
+                        required property int index
+                        readonly property real angle: 2 * index * Theme.space8 / Theme.orbitOuter
+
+                        x: Theme.orbitOuter / 2 * (1 + Math.cos(angle)) - width / 2
+                        y: Theme.orbitOuter / 2 * (1 + Math.sin(angle)) - height / 2
+                        width: Theme.space2
+                        height: width
+                        radius: width / 2
+                        color: Theme.borderStrong
+                        opacity: 0.7
+                    }
                 }
 
                 Orbit {
@@ -86,7 +99,7 @@ Item {
 
                 Repeater {
                     // The colour of a tile, its letter, which way it lies and how far out.
-                    model: [[5, "S", 217, Theme.orbitMiddle], [1, "A", 325, Theme.orbitMiddle], [3, "F", 170, Theme.orbitMiddle], [0, "P", 30, Theme.orbitMiddle], [7, "B", 92, Theme.orbitMiddle], [6, "D", 268, Theme.orbitOuter], [0, "H", 130, Theme.orbitOuter]]
+                    model: [[5, "S", 220, Theme.orbitMiddle], [1, "A", 325, Theme.orbitMiddle], [3, "F", 170, Theme.orbitMiddle], [0, "P", 30, Theme.orbitMiddle], [7, "B", 92, Theme.orbitMiddle], [6, "D", 268, Theme.orbitOuter], [0, "H", 130, Theme.orbitOuter]]
 
                     Rectangle {
                         id: body

@@ -208,6 +208,7 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int radiusKey MEMBER radiusKey CONSTANT FINAL)
     Q_PROPERTY(int radiusRow MEMBER radiusRow CONSTANT FINAL)
     Q_PROPERTY(int radiusControl MEMBER radiusControl CONSTANT FINAL)
+    Q_PROPERTY(int radiusLarge MEMBER radiusLarge CONSTANT FINAL)
     Q_PROPERTY(int radiusCard MEMBER radiusCard CONSTANT FINAL)
     Q_PROPERTY(int radiusSheet MEMBER radiusSheet CONSTANT FINAL)
 
@@ -306,7 +307,7 @@ public:
                          orbitInner = 300, orbitMiddle = 470, orbitOuter = 620, sceneMark = 176, sceneWindowWidth = 560,
                          sceneWindowHeight = 420, sceneSidebar = 112, sceneCardHeight = 106, sceneIcon = 8,
                          progressPill = 20;
-    static constexpr int radiusCard = 12, radiusSheet = 16;
+    static constexpr int radiusLarge = 10, radiusCard = 12, radiusSheet = 16;
     static constexpr int durationPress = 80, durationFast = 120, durationRing = 600, durationSpin = 900;
     static constexpr int durationPulse = 1200, tooltipDelay = 500;
 

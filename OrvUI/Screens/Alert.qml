@@ -54,13 +54,12 @@ Sheet {
                 height: Theme.space12
             }
 
-            Label {
+            EvenLabel {
                 width: parent.width
                 horizontalAlignment: Text.AlignHCenter
                 role: Theme.Heading
-                wrapMode: Text.Wrap
                 elide: Text.ElideNone
-                text: alert.message
+                heading: alert.message
             }
 
             Label {

@@ -23,6 +23,8 @@ T.AbstractButton {
     property bool joined: false
     // Keys that do the same, shown behind the words.
     property string shortcut
+    property int corner: Theme.radiusControl
+    property int role: controlHeight > Theme.controlSmall ? Theme.BodyStrong : Theme.SmallStrong
     readonly property color labelColor: !enabled ? Theme.disabled : danger ? Theme.danger : primary ? Theme.onAccent : lit ? Theme.accentText : ghost ? Theme.text2 : Theme.text
 
     implicitHeight: controlHeight
@@ -42,9 +44,11 @@ T.AbstractButton {
         ghost: control.ghost
         lit: control.lit
         joinedRight: control.joined
+        corner: control.corner
 
         FocusRing {
             control: control
+            shapeRadius: control.corner
         }
     }
 
@@ -67,7 +71,7 @@ T.AbstractButton {
             Label {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: text.length > 0
-                role: control.controlHeight > Theme.controlSmall ? Theme.BodyStrong : Theme.SmallStrong
+                role: control.role
                 color: control.labelColor
                 text: control.text
             }

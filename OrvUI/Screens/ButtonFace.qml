@@ -12,6 +12,7 @@ Item {
     property bool lit: false
     property bool joinedLeft: false
     property bool joinedRight: false
+    property int corner: Theme.radiusControl
     readonly property color fill: !control.enabled ? (ghost ? "transparent" : Theme.control)
         : primary ? (control.pressed ? Theme.accentPressed : control.hovered ? Theme.accentHover : Theme.accent)
         : lit ? Theme.accentSoft
@@ -26,7 +27,7 @@ Item {
             anchors.fill: parent
             anchors.leftMargin: face.joinedLeft ? -radius : 0
             anchors.rightMargin: face.joinedRight ? -radius : 0
-            radius: Theme.radiusControl
+            radius: face.corner
             color: face.fill
             border.width: !face.control.enabled || face.primary || face.ghost || face.lit ? 0 : Theme.hairline
             // No fill lies below the edge.

@@ -14,6 +14,7 @@ T.TextField {
     property bool wrong: false
     // A tint instead of a frame.
     property bool quiet: false
+    property int corner: Theme.radiusControl
     // A click on the cross, or Escape in a field with text.
     signal cleared
     // Escape in a field without text.
@@ -60,7 +61,7 @@ T.TextField {
     }
 
     background: Rectangle {
-        radius: Theme.radiusControl
+        radius: field.corner
         color: field.quiet ? Theme.hover : field.enabled ? Theme.field : Theme.control
         border.width: field.quiet ? 0 : Theme.hairline
         border.color: field.wrong ? Theme.danger : field.activeFocus ? Theme.focus : Theme.borderStrong

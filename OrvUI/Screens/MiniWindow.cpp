@@ -57,12 +57,16 @@ void MiniWindow::paintLook(QPainter& painter, bool dark) const {
     const qreal line = 4;
     const qreal side = w * (isLarge ? 0.2 : 0.19);
     bar(painter, {7, 7, side, line + 1}, color(Theme::SwatchSelection));
-    bar(painter, {7, 16, side * 0.78, line}, color(Theme::SwatchLine));
-    bar(painter, {7, 24, side * 0.9, line}, color(Theme::SwatchLine));
+    bar(painter, {7, 16, side * 0.78, line}, color(Theme::SwatchFaintLine));
+    bar(painter, {7, 24, side * 0.9, line}, color(Theme::SwatchFaintLine));
 
-    const QRectF panel(side + 16, 6, w - side - 22, h - 12);
+    const qreal edge = 6;
+    const qreal begin = side + (isLarge ? 16 : 12);
+    const QRectF panel(begin, edge, w - begin - edge, h - 2 * edge);
     face(painter, panel, 6, color(Theme::SwatchWindow), color(Theme::SwatchBorder));
-    bar(painter, {panel.left() + 8, panel.top() + 8, panel.width() * 0.39, 5}, color(Theme::SwatchText));
+    QColor title = color(Theme::SwatchText);
+    title.setAlphaF(0.85F);
+    bar(painter, {panel.left() + 8, panel.top() + 8, panel.width() * 0.39, 5}, title);
     const qreal button = 18;
     bar(painter, {panel.right() - button - 6, panel.top() + 7, button, 7}, color(Theme::SwatchAccent));
 

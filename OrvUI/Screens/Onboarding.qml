@@ -163,6 +163,8 @@ T.Popup {
 
                     Button {
                         controlHeight: Theme.buttonDialog
+                        corner: Theme.radiusLarge
+                        role: Theme.LargeButton
                         ghost: true
                         visible: popup.form.step === 0
                         text: qsTr("Skip")
@@ -172,6 +174,8 @@ T.Popup {
 
                     Button {
                         controlHeight: Theme.buttonDialog
+                        corner: Theme.radiusLarge
+                        role: Theme.LargeButton
                         ghost: true
                         visible: popup.form.step > 0
                         text: qsTr("Back")
@@ -180,9 +184,11 @@ T.Popup {
 
                     Button {
                         controlHeight: Theme.buttonDialog
+                        corner: Theme.radiusLarge
+                        role: Theme.LargeButton
                         primary: true
                         enabled: popup.form.canAdvance && !popup.form.isFinishing
-                        leftPadding: Theme.space20
+                        leftPadding: Theme.space16 + Theme.space2
                         rightPadding: leftPadding
                         text: popup.form.step === 0 ? qsTr("Get started") : popup.isLast ? qsTr("Open OrvLauncher") : qsTr("Continue")
                         onClicked: popup.next()

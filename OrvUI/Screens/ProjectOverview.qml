@@ -29,7 +29,7 @@ Item {
             x: overview.padding
             y: Theme.space20
             width: Math.min(view.width - 2 * x, Theme.contentWidthLimit)
-            height: Math.max(output.visible ? output.y + output.height : services.height, side.y + side.height)
+            height: Math.max(output.visible ? output.y + output.height : services.height, agents.visible ? agents.y + agents.height : cards.y + cards.height)
 
             Column {
                 id: services
@@ -91,61 +91,60 @@ Item {
             }
 
             // Beside the services, or below them.
-            Column {
-                id: side
+            Grid {
+                id: cards
 
-                width: content.wide ? content.sideWidth : content.width
-                x: content.width - width
+                readonly property int fullWidth: content.wide ? content.sideWidth : content.width
+                readonly property int cardWidth: (fullWidth - (columns - 1) * spacing) / columns
+                readonly property int tallest: columns > 1 ? Math.max(git.implicitHeight, tasks.implicitHeight) : 0
+
+                x: content.width - fullWidth
                 y: content.wide ? 0 : services.height + Theme.space20
+                columns: content.wide ? 1 : 2
                 spacing: Theme.space16
 
-                Grid {
-                    id: cards
+                OverviewGit {
+                    id: git
 
-                    readonly property int cardWidth: (side.width - (columns - 1) * spacing) / columns
-                    readonly property int tallest: columns > 1 ? Math.max(git.implicitHeight, tasks.implicitHeight) : 0
-
-                    columns: content.wide ? 1 : 2
-                    spacing: Theme.space16
-
-                    OverviewGit {
-                        id: git
-
-                        width: cards.cardWidth
-                        height: Math.max(implicitHeight, cards.tallest)
-                        git: overview.model.git?.projectID === overview.detail.projectID ? overview.model.git : null
-                        narrow: overview.narrow
-                        expected: overview.detail.gitChanges
-                        onOpened: overview.nav.tab = 4
-                    }
-
-                    OverviewTasks {
-                        id: tasks
-
-                        width: cards.cardWidth
-                        height: Math.max(implicitHeight, cards.tallest)
-                        model: overview.model
-                        projectID: overview.detail.projectID
-                        onTasksAsked: overview.nav.tab = 1
-                    }
+                    width: cards.cardWidth
+                    height: Math.max(implicitHeight, cards.tallest)
+                    git: overview.model.git?.projectID === overview.detail.projectID ? overview.model.git : null
+                    narrow: overview.narrow
+                    expected: overview.detail.gitChanges
+                    onOpened: overview.nav.tab = 4
                 }
 
-                OverviewAgents {
-                    width: side.width
-                    detail: overview.detail
-                    onRunsAsked: overview.nav.ai()
+                OverviewTasks {
+                    id: tasks
+
+                    width: cards.cardWidth
+                    height: Math.max(implicitHeight, cards.tallest)
+                    model: overview.model
+                    projectID: overview.detail.projectID
+                    onTasksAsked: overview.nav.tab = 1
                 }
             }
 
             OverviewOutput {
                 id: output
 
-                y: content.wide ? services.height + Theme.space20 : side.y + side.height + Theme.space20
+                y: (content.wide ? services.height : cards.y + cards.height) + Theme.space20
                 width: services.width
                 boxHeight: Math.max(Theme.overviewOutput, view.height - content.y - y - Theme.space28 - Theme.space8 - Theme.space20)
                 model: overview.model
                 projectID: overview.detail.projectID
                 onLogsAsked: overview.nav.tab = 3
+            }
+
+            // Below the cards; in a narrow window the output comes first.
+            OverviewAgents {
+                id: agents
+
+                x: cards.x
+                y: content.wide || !output.visible ? cards.y + cards.height + Theme.space16 : output.y + output.height + Theme.space20
+                width: cards.fullWidth
+                detail: overview.detail
+                onRunsAsked: overview.nav.ai()
             }
         }
 

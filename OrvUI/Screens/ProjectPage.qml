@@ -159,7 +159,7 @@ FocusScope {
                 visible: page.narrow && detail.startable.length > 0
                 projectName: detail.name
                 action: choice.preferred
-                actions: detail.startable
+                actions: detail.actions
                 choosesDevice: detail.isFlutter
                 busy: false
                 onStarted: page.model.runAction(detail.projectID, action)

@@ -1,7 +1,7 @@
 import OrvLauncher.Screens
 import QtQuick
 
-// The menu of what there is to run in a project; made when it is first asked for.
+// The menu of what there is to run and to stop in a project; made when it is first asked for.
 Loader {
     id: choice
 
@@ -18,7 +18,9 @@ Loader {
     function open(anchor) {
         choice.active = true;
         const menu = choice.item as RunMenu;
-        menu.actions = choice.detail.startable;
+        const actions = Array.from(choice.detail.actions);
+        menu.running = actions.filter(action => action.state !== "idle").map(action => action.label);
+        menu.actions = actions.map(action => action.label);
         menu.choosesDevice = choice.detail.isFlutter;
         menu.popup(anchor, anchor.width - menu.width, anchor.height + Theme.space4);
     }
@@ -28,6 +30,7 @@ Loader {
 
     sourceComponent: RunMenu {
         onChosen: action => choice.model.runAction(choice.detail.projectID, action)
+        onStopped: action => choice.detail.stopAction(action)
         onDeviceAsked: choice.model.devices.ask(choice.detail.projectID)
     }
 }

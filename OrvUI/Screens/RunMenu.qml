@@ -2,13 +2,16 @@ import OrvLauncher.Screens
 import QtQuick
 import QtQml
 
-// What there is to run in a project.
+// What there is to run in a project, and to stop.
 Menu {
     id: choice
 
     property var actions: []
+    // Those of them that run or start.
+    property var running: []
     property bool choosesDevice: false
     signal chosen(string action)
+    signal stopped(string action)
     signal deviceAsked
 
     Instantiator {
@@ -18,10 +21,11 @@ Menu {
 
         MenuRow {
             required property string modelData
+            readonly property bool runs: choice.running.includes(modelData)
 
-            glyph: "own-play-fill"
-            text: RunWords.of(modelData)
-            onTriggered: choice.chosen(modelData)
+            glyph: runs ? "own-stop-fill" : "own-play-fill"
+            text: !runs ? RunWords.of(modelData) : modelData === "Both" ? qsTr("Stop frontend and backend") : qsTr("Stop %1").arg(RunWords.of(modelData))
+            onTriggered: runs ? choice.stopped(modelData) : choice.chosen(modelData)
         }
     }
 

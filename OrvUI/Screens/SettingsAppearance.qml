@@ -25,7 +25,7 @@ Column {
 
             readonly property var names: [qsTr("System"), qsTr("Light"), qsTr("Dark")]
 
-            spacing: Theme.space20 + Theme.hairline
+            spacing: Theme.space24
             Accessible.role: Accessible.Grouping
             Accessible.name: qsTr("Mode")
 

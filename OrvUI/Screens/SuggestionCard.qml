@@ -55,15 +55,14 @@ Item {
     Column {
         x: Theme.space16
         y: Theme.space16 - Theme.hairline
-        width: parent.width - Theme.suggestionPicture - Theme.space40
+        width: parent.width - Theme.suggestionPicture - Theme.space24
         spacing: Theme.space4
 
-        Label {
+        EvenLabel {
             width: parent.width
             role: Theme.CardTitle
-            wrapMode: Text.Wrap
             maximumLineCount: 2
-            text: card.headline
+            heading: card.headline
         }
 
         Label {

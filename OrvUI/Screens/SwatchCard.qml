@@ -13,7 +13,7 @@ T.AbstractButton {
     required property int previewHeight
     // Light at the left, dark at the right.
     property bool halved: false
-    readonly property int frame: Theme.focusGap + Theme.focusWidth
+    readonly property int frame: Theme.haloWidth + Theme.focusWidth
 
     implicitWidth: previewWidth
     implicitHeight: previewHeight + name.height + Theme.space12

@@ -55,8 +55,13 @@ constexpr Style styles[] = {
     {Family::text, 11, 16, QFont::Normal, 0},         // CaptionPlain
     {Family::display, 32, 40, QFont::DemiBold, -1.5}, // Hero
     {Family::text, 15, 24, QFont::Normal, 0},         // Lead
+    {Family::text, 14, 22, QFont::Normal, 0},         // Sentence
+    {Family::text, 14, 20, QFont::Medium, 0},         // LargeButton
+    {Family::text, 8, 10, QFont::Normal, 0},          // Mini
+    {Family::text, 9, 10, QFont::Medium, 0},          // MiniStrong
+    {Family::text, 11, 16, QFont::DemiBold, 0},       // CaptionStrong
 };
-static_assert(std::size(styles) == Theme::Lead + 1);
+static_assert(std::size(styles) == Theme::CaptionStrong + 1);
 
 QString familyName(Family family) {
     switch (family) {
@@ -259,8 +264,9 @@ QColor Theme::terminalColor(int color) const {
 }
 
 QColor Theme::swatch(int theme, bool dark, Swatch role) {
-    // Places in ThemeColors' table: window, sidebar, surface, border, text, text3, accent, success, selection.
-    static constexpr std::array places{0, 1, 2, 5, 8, 10, 12, 17, 22};
+    // Places in ThemeColors' table: window, sidebar, surface, border, text, text3, accent, success, selection,
+    // borderStrong.
+    static constexpr std::array places{0, 1, 2, 5, 8, 10, 12, 17, 22, 6};
     return colorOf(theme, dark, places[size_t(role)]);
 }
 

@@ -209,10 +209,14 @@ class Theme : public orv::ThemeColors {
     Q_PROPERTY(int sceneMark MEMBER sceneMark CONSTANT FINAL)
     Q_PROPERTY(int sceneWindowWidth MEMBER sceneWindowWidth CONSTANT FINAL)
     Q_PROPERTY(int sceneWindowHeight MEMBER sceneWindowHeight CONSTANT FINAL)
+    Q_PROPERTY(int sceneSidebar MEMBER sceneSidebar CONSTANT FINAL)
+    Q_PROPERTY(int sceneCardHeight MEMBER sceneCardHeight CONSTANT FINAL)
+    Q_PROPERTY(int sceneIcon MEMBER sceneIcon CONSTANT FINAL)
     Q_PROPERTY(int progressPill MEMBER progressPill CONSTANT FINAL)
     Q_PROPERTY(int radiusKey MEMBER radiusKey CONSTANT FINAL)
     Q_PROPERTY(int radiusRow MEMBER radiusRow CONSTANT FINAL)
     Q_PROPERTY(int radiusControl MEMBER radiusControl CONSTANT FINAL)
+    Q_PROPERTY(int radiusLarge MEMBER radiusLarge CONSTANT FINAL)
     Q_PROPERTY(int radiusCard MEMBER radiusCard CONSTANT FINAL)
     Q_PROPERTY(int radiusSheet MEMBER radiusSheet CONSTANT FINAL)
 
@@ -258,6 +262,11 @@ public:
         CaptionPlain,
         Hero,
         Lead,
+        Sentence,
+        LargeButton,
+        Mini,
+        MiniStrong,
+        CaptionStrong,
     };
     Q_ENUM(TextRole)
 
@@ -307,8 +316,9 @@ public:
                          howToWidth = 480, howToPicture = 172;
     static constexpr int welcomeWidth = 560, welcomePadding = 64, welcomeTop = 88, welcomeMark = 58, sceneWidth = 420,
                          orbitInner = 300, orbitMiddle = 470, orbitOuter = 620, sceneMark = 176, sceneWindowWidth = 560,
-                         sceneWindowHeight = 420, progressPill = 20;
-    static constexpr int radiusCard = 12, radiusSheet = 16;
+                         sceneWindowHeight = 420, sceneSidebar = 112, sceneCardHeight = 106, sceneIcon = 8,
+                         progressPill = 20;
+    static constexpr int radiusLarge = 10, radiusCard = 12, radiusSheet = 16;
     static constexpr int durationPress = 80, durationFast = 120, durationRing = 600, durationSpin = 900;
     static constexpr int durationPulse = 1200, tooltipDelay = 500;
 
@@ -355,6 +365,7 @@ public:
         SwatchAccent,
         SwatchSuccess,
         SwatchSelection,
+        SwatchFaintLine,
     };
     Q_ENUM(Swatch)
     /// A colour of any theme, for its swatch.
@@ -379,8 +390,8 @@ Q_SIGNALS:
     void reducedMotionChanged();
 
 private:
-    std::array<QFont, Lead + 1> m_fonts;
-    mutable std::array<std::optional<int>, Lead + 1> m_leads; ///< of the roles that were asked for
+    std::array<QFont, CaptionStrong + 1> m_fonts;
+    mutable std::array<std::optional<int>, CaptionStrong + 1> m_leads; ///< of the roles that were asked for
     bool m_reducedMotion = false;
 };
 

@@ -15,6 +15,7 @@ WelcomePage {
         Field {
             width: parent.width
             implicitHeight: Theme.fieldLarge
+            corner: Theme.radiusLarge
             focus: true
             placeholderText: qsTr("Name for commits")
             text: page.form.gitName
@@ -29,6 +30,7 @@ WelcomePage {
         Field {
             width: parent.width
             implicitHeight: Theme.fieldLarge
+            corner: Theme.radiusLarge
             placeholderText: qsTr("Email for commits")
             inputMethodHints: Qt.ImhEmailCharactersOnly
             text: page.form.gitEmail

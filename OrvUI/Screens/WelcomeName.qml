@@ -15,6 +15,7 @@ WelcomePage {
         Field {
             width: parent.width
             implicitHeight: Theme.fieldLarge
+            corner: Theme.radiusLarge
             focus: true
             placeholderText: qsTr("Name")
             text: page.form.name

@@ -9,6 +9,7 @@ FocusScope {
     required property OnboardingModel form
     property string title
     property string text
+    property alias spacing: parts.spacing
     default property alias parts: parts.data
 
     implicitHeight: column.height
@@ -28,7 +29,8 @@ FocusScope {
 
         Label {
             width: parent.width
-            topPadding: Theme.space8
+            role: Theme.Sentence
+            topPadding: Theme.space6 + Theme.lead(role)
             color: Theme.text2
             wrapMode: Text.Wrap
             elide: Text.ElideNone

@@ -16,6 +16,7 @@ WelcomePage {
         page.form.scanFolder();
     }
 
+    spacing: Theme.space16
     title: qsTr("Where are your projects?")
     text: qsTr("OrvLauncher looks through this folder for anything it can run. It changes nothing in it.")
     Component.onCompleted: {
@@ -46,6 +47,8 @@ WelcomePage {
             focus: true
             glyph: "folder"
             code: true
+            font: Theme.font(Theme.Console)
+            corner: Theme.radiusLarge
             wrong: !page.form.folderExists
             placeholderText: qsTr("Projects folder")
             onTextEdited: {
@@ -60,7 +63,8 @@ WelcomePage {
 
             anchors.right: parent.right
             controlHeight: Theme.fieldLarge
-            leftPadding: Theme.space20
+            corner: Theme.radiusLarge
+            leftPadding: Theme.space16 + Theme.space2
             rightPadding: leftPadding
             text: qsTr("Choose…")
             Accessible.name: qsTr("Choose the projects folder")
@@ -71,6 +75,7 @@ WelcomePage {
     Button {
         visible: page.form.canMakeFolder && !page.typing
         controlHeight: Theme.fieldLarge
+        corner: Theme.radiusLarge
         text: qsTr("Make this folder")
         onClicked: page.form.makeFolder()
     }
@@ -79,7 +84,7 @@ WelcomePage {
         width: parent.width
         height: Theme.headerTile
         visible: page.form.folderExists
-        radius: Theme.radiusControl
+        radius: Theme.radiusCard
         color: page.found ? Theme.successSoft : Theme.sunken
 
         Row {

@@ -64,9 +64,22 @@ Item {
                 scale: sky.scaling
                 Accessible.ignored: true
 
-                Orbit {
-                    width: Theme.orbitOuter
-                    opacity: 0.4
+                // The outer orbit is of dots.
+                Repeater {
+                    model: Math.round(Math.PI * Theme.orbitOuter / Theme.space8)
+
+                    Rectangle {
+                        required property int index
+                        readonly property real angle: 2 * index * Theme.space8 / Theme.orbitOuter
+
+                        x: Theme.orbitOuter / 2 * (1 + Math.cos(angle)) - width / 2
+                        y: Theme.orbitOuter / 2 * (1 + Math.sin(angle)) - height / 2
+                        width: Theme.space2
+                        height: width
+                        radius: width / 2
+                        color: Theme.borderStrong
+                        opacity: 0.7
+                    }
                 }
 
                 Orbit {
@@ -86,7 +99,7 @@ Item {
 
                 Repeater {
                     // The colour of a tile, its letter, which way it lies and how far out.
-                    model: [[5, "S", 217, Theme.orbitMiddle], [1, "A", 325, Theme.orbitMiddle], [3, "F", 170, Theme.orbitMiddle], [0, "P", 30, Theme.orbitMiddle], [7, "B", 92, Theme.orbitMiddle], [6, "D", 268, Theme.orbitOuter], [0, "H", 130, Theme.orbitOuter]]
+                    model: [[5, "S", 220, Theme.orbitMiddle], [1, "A", 325, Theme.orbitMiddle], [3, "F", 170, Theme.orbitMiddle], [0, "P", 30, Theme.orbitMiddle], [7, "B", 92, Theme.orbitMiddle], [6, "D", 268, Theme.orbitOuter], [0, "H", 130, Theme.orbitOuter]]
 
                     Rectangle {
                         id: body
@@ -305,190 +318,10 @@ Item {
         id: look
 
         Item {
-            Rectangle {
-                id: small
-
+            SceneWindow {
                 anchors.centerIn: parent
-                width: Math.min(Theme.sceneWindowWidth, scene.width - 2 * Theme.space40)
-                height: Math.round(width * Theme.sceneWindowHeight / Theme.sceneWindowWidth)
-                radius: Theme.radiusCard
-                color: Theme.sidebar
-                border.width: Theme.hairline
-                border.color: Theme.borderStrong
-                Accessible.ignored: true
-
-                Shadow {
-                    anchors.fill: parent
-                    z: -1
-                    level: 4
-                    radius: parent.radius
-                }
-
-                Column {
-                    id: rows
-
-                    x: Theme.space8
-                    y: Theme.space28
-                    width: Math.round(small.width / 5)
-
-                    Repeater {
-                        model: scene.model.sidebarFilters
-
-                        Rectangle {
-                            id: row
-
-                            required property int index
-                            required property string title
-
-                            width: rows.width
-                            height: Theme.controlMini
-                            radius: Theme.space6
-                            color: index === 0 ? Theme.selection : "transparent"
-
-                            Label {
-                                x: Theme.space8
-                                anchors.verticalCenter: parent.verticalCenter
-                                width: parent.width - 2 * x
-                                role: Theme.Caption
-                                color: row.index === 0 ? Theme.text : Theme.text2
-                                text: row.title
-                            }
-                        }
-                    }
-                }
-
-                Rectangle {
-                    anchors.fill: parent
-                    anchors.margins: Theme.space6
-                    anchors.leftMargin: rows.width + Theme.space16
-                    radius: Theme.radiusControl
-                    color: Theme.window
-                    border.width: Theme.hairline
-                    border.color: Theme.border
-
-                    Label {
-                        id: hello
-
-                        x: Theme.space16
-                        y: Theme.space16
-                        width: parent.width - 2 * x
-                        role: Theme.Heading
-                        text: scene.model.greeting
-                    }
-
-                    Grid {
-                        id: cards
-
-                        x: Theme.space16
-                        anchors.top: hello.bottom
-                        anchors.topMargin: Theme.space16
-                        width: parent.width - 2 * x
-                        columns: 2
-                        spacing: Theme.space10
-
-                        Repeater {
-                            model: [[5, "S", "shop", "Next.js + FastAPI", true, ""], [1, "A", "atlas-api", "FastAPI", false, qsTr("Backend")], [3, "F", "field-notes", "Django", true, ""], [0, "P", "pocket-flutter", "Flutter", false, qsTr("Flutter")]]
-
-                            Rectangle {
-                                id: mini
-
-                                required property var modelData
-                                readonly property bool isRunning: modelData[4]
-
-                                width: Math.floor((cards.width - cards.spacing) / 2)
-                                // What stands at its foot has a line of its own, however small the window is.
-                                height: Math.max(Math.round(small.height / 4), letter.y + letter.height + Theme.space8 + action.height + Theme.space12)
-                                radius: Theme.radiusControl
-                                color: Theme.surface
-                                border.width: Theme.hairline
-                                border.color: Theme.border
-
-                                Tile {
-                                    id: letter
-
-                                    x: Theme.space12
-                                    y: Theme.space12
-                                    size: Theme.tileList
-                                    tileIndex: mini.modelData[0]
-                                    tileLetter: mini.modelData[1]
-                                }
-
-                                Column {
-                                    anchors.left: letter.right
-                                    anchors.leftMargin: Theme.space8
-                                    anchors.right: parent.right
-                                    anchors.verticalCenter: letter.verticalCenter
-
-                                    Label {
-                                        width: parent.width
-                                        role: Theme.Caption
-                                        text: mini.modelData[2]
-                                    }
-
-                                    Label {
-                                        width: parent.width
-                                        role: Theme.CaptionPlain
-                                        color: Theme.text3
-                                        text: mini.modelData[3]
-                                    }
-                                }
-
-                                StatusDot {
-                                    id: dot
-
-                                    x: Theme.space12
-                                    anchors.verticalCenter: action.verticalCenter
-                                    cardState: mini.isRunning ? "running" : "idle"
-                                }
-
-                                Label {
-                                    anchors.left: dot.right
-                                    anchors.leftMargin: Theme.space4
-                                    anchors.right: action.left
-                                    anchors.rightMargin: Theme.space4
-                                    anchors.verticalCenter: dot.verticalCenter
-                                    role: Theme.CaptionPlain
-                                    color: Theme.text3
-                                    text: mini.isRunning ? qsTr("Running") : qsTr("Not running")
-                                }
-
-                                Rectangle {
-                                    id: action
-
-                                    anchors.right: parent.right
-                                    anchors.bottom: parent.bottom
-                                    anchors.margins: Theme.space12
-                                    width: doing.width + Theme.space16
-                                    height: Theme.swatchSize
-                                    radius: Theme.space6
-                                    color: Theme.control
-                                    border.width: Theme.hairline
-                                    border.color: Qt.tint(Theme.control, Theme.buttonEdge)
-
-                                    Row {
-                                        id: doing
-
-                                        anchors.centerIn: parent
-                                        spacing: Theme.space4
-
-                                        Icon {
-                                            anchors.verticalCenter: parent.verticalCenter
-                                            name: mini.isRunning ? "own-stop-fill" : "own-play-fill"
-                                            size: Theme.iconTiny
-                                            color: mini.isRunning ? Theme.text2 : Theme.accentText
-                                        }
-
-                                        Label {
-                                            anchors.verticalCenter: parent.verticalCenter
-                                            role: Theme.Caption
-                                            text: mini.isRunning ? qsTr("Stop") : mini.modelData[5]
-                                        }
-                                    }
-                                }
-                            }
-                        }
-                    }
-                }
+                scale: Math.max(0, Math.min(1, (scene.width - 2 * Theme.space40) / width))
+                model: scene.model
             }
         }
     }

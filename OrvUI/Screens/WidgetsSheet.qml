@@ -76,9 +76,13 @@ Sheet {
                 height: Theme.howToPicture
                 radius: Theme.radiusCard
                 color: Theme.sunken
+                clip: true
 
+                // As wide again as the picture is high; it ends before the corners.
                 Glow {
-                    anchors.fill: parent
+                    anchors.centerIn: parent
+                    width: 2 * parent.height
+                    height: width
                     color: Theme.accentSoft
                 }
 
@@ -92,7 +96,7 @@ Sheet {
 
             Item {
                 width: Theme.hairline
-                height: Theme.space16
+                height: Theme.space20
             }
 
             Repeater {
@@ -118,7 +122,7 @@ Sheet {
 
                         Label {
                             anchors.centerIn: parent
-                            role: Theme.Caption
+                            role: Theme.CaptionStrong
                             color: Theme.accentText
                             text: step.index + 1
                         }

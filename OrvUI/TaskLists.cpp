@@ -26,6 +26,7 @@ TaskRow row(const ProjectTask& task, const QString& projectName, const QDateTime
         .tileIndex = Tile::index(projectName),
         .tileLetter = Tile::letter(projectName),
         .isDone = task.isDone(),
+        .agentName = {},
         .when = task.doneAt ? RelativeDate::moment(*task.doneAt, now) : RelativeDate::day(task.createdAt, now),
     };
 }

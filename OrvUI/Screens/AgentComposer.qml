@@ -162,7 +162,7 @@ FocusScope {
             // By how much they would reach into the buttons: the first of them gives way.
             readonly property int excess: {
                 const first = composer.fixedProjectID.length === 0 ? projectButton.implicitWidth + spacing : 0;
-                return Math.max(0, x + first + agentButton.implicitWidth + spacing + autonomyButton.implicitWidth + Theme.space8 - starts.x);
+                return Math.max(0, x + first + agentButton.implicitWidth + spacing + autonomyButton.implicitWidth - starts.x);
             }
 
             x: Theme.space8

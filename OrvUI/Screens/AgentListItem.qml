@@ -129,7 +129,7 @@ Item {
         }
 
         Button {
-            visible: item.action === "signIn"
+            visible: item.action === "signIn" && (item.wide || !item.isDefault)
             ghost: !item.wide
             controlHeight: Theme.controlSmall
             text: qsTr("Sign in")

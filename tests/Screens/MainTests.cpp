@@ -1,4 +1,5 @@
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/Screens/PlaceKeeper.h"
 #include "OrvUI/Screens/Theme.h"
 #include "tests/Screens/MainWindow.h"
 
@@ -290,6 +291,30 @@ TEST_F(MainWindow, IsThePagesAgainAsSoonAsASheetCloses) {
     EXPECT_EQ(answers.count(), 1) << "one answer is enough";
     click(named("SidebarRow", u"AI"_s));
     EXPECT_EQ(model->page().kind, AppPage::Kind::ai);
+}
+
+TEST_F(MainWindow, LeavesTheKeyboardWhereOneTypes) {
+    addInstalled(u"shop"_s, "vite", "");
+    open(QSize(1280, 832));
+    PlaceKeeper places(*model);
+    WindowState last;
+    last.page = {.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
+    places.restore(last, PlaceKeeper::Page::asItWas);
+    press(Qt::Key_F, Qt::ControlModifier);
+    type(u"sh"_s);
+    scan();
+    EXPECT_EQ(model->page(), AppPage()) << "what was open the last time comes too late";
+    type(u"op"_s);
+    EXPECT_TRUE(test::waitFor([this] { return model->searchText() == u"shop"; })) << focus();
+
+    press(Qt::Key_K, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return !items("CommandPalette").isEmpty() || focus().contains("Overlay"); }));
+    model->setPage(last.page);
+    ASSERT_TRUE(test::waitFor([this] { return !items("ProjectPage").isEmpty(); }));
+    type(u"set"_s);
+    EXPECT_EQ(window->activeFocusItem()->property("text"), u"set"_s) << focus();
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(test::waitFor([this] { return item("PageStack")->hasActiveFocus(); })) << focus();
 }
 
 TEST_F(MainWindow, TalksToAnAgentBesideThePage) {

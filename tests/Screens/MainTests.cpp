@@ -339,7 +339,8 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
         for (const char* letter = words; *letter != 0; ++letter) {
             QTest::keyClick(window, *letter);
         }
-        QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
+        turns == 1 ? press(Qt::Key_Return, Qt::ControlModifier)
+                   : press(Qt::Key_Enter, Qt::ControlModifier | Qt::KeypadModifier);
         return test::waitFor([this, turns] {
             const QList<QQuickItem*> found = items("AgentTurn");
             return found.size() == turns && found.last()->property("runState") == u"succeeded"_s;
@@ -362,9 +363,17 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     EXPECT_EQ(QGuiApplication::clipboard()->text(), whole);
     EXPECT_TRUE(push(u"Show all"_s));
     EXPECT_TRUE(test::waitFor([&] { return item("AgentAnswer")->height() > 1.3 * cut; }));
+    const auto isAtEnd = [this] {
+        const QList<QQuickItem*> parts = item("AgentPanel")->childItems();
+        return std::ranges::any_of(parts, [](QQuickItem* part) {
+            return part->property("atEnd").toBool() && part->property("atYEnd").toBool();
+        });
+    };
+    EXPECT_FALSE(isAtEnd()) << "it is read from its beginning";
     click(item("AgentComposer"));
     EXPECT_EQ(item("AgentTurn")->property("cost"), u"$0.50"_s);
     ASSERT_TRUE(says("More", 2));
+    EXPECT_TRUE(test::waitFor(isAtEnd)) << "what is said last is looked at";
     EXPECT_EQ(model->agentRuns().first()->facts().parentID, model->agentRuns().last()->facts().id);
 
     // In a narrow window it stands over the page.

@@ -481,7 +481,9 @@ void WindowShell::endWithoutDisplay() {
         return;
     }
     s_open->m_model.endServices(3s);
-    s_open->saveState();
+    if (!s_open->m_quitting) { // else it is saved, and the terminals are closed since
+        s_open->saveState();
+    }
     std::_Exit(exitFailed);
 }
 

@@ -132,6 +132,9 @@ void TerminalTabs::setClipboardWrite(ClipboardWrite choice) {
     m_clipboardWrite = choice;
     for (TerminalSession* session : m_sessions) {
         session->setClipboardWrite(choice);
+        if (choice != ClipboardWrite::ask) { // a question that waits is decided too
+            session->answerProgramsCopy(choice == ClipboardWrite::on);
+        }
     }
 }
 

@@ -20,6 +20,17 @@ auto at(const Table& table, int index) -> std::optional<typename Table::value_ty
     return isThere ? std::optional(table[static_cast<size_t>(index)]) : std::nullopt;
 }
 
+/// Between a task that came into a composer and what was typed there before.
+constexpr QLatin1String gap("\n\n");
+
+bool isAhead(const QString& task, const QString& words) {
+    return words == task || words.startsWith(task + gap);
+}
+
+QString withAhead(const QString& task, const QString& words) {
+    return words.isEmpty() ? task : isAhead(task, words) ? words : task + gap + words;
+}
+
 } // namespace
 
 AgentModels::AgentModels(AppModel& model) : m_model(model) {
@@ -203,18 +214,17 @@ void AgentModels::forgetDraft(const QString& projectID) {
 }
 
 void AgentModels::dropWords(const QString& projectID, const QString& words) {
-    if (this->words(projectID) == words) {
-        m_composed[projectID].words.clear();
+    const QString there = this->words(projectID);
+    if (isAhead(words, there)) {
+        m_composed[projectID].words = there.sliced(std::min(words.size() + gap.size(), there.size()));
         Q_EMIT wordsCame(projectID);
     }
 }
 
 void AgentModels::takeDraft() {
     if (const std::optional<AgentDraft>& draft = m_model.agentDraft(); draft && !draft->text.isEmpty()) {
-        // What came back does not push aside what was typed meanwhile.
         QString& words = m_composed[draft->projectID].words;
-        const bool isBeside = draft->sent && !words.isEmpty() && words != draft->text;
-        words = isBeside ? draft->text + u"\n\n"_s + words : draft->text;
+        words = withAhead(draft->text, words);
         Q_EMIT wordsCame(draft->projectID);
         takeDraftOnPage(*draft);
     }
@@ -223,14 +233,11 @@ void AgentModels::takeDraft() {
 
 void AgentModels::takeDraftOnPage(const AgentDraft& draft) {
     Composed& page = m_composed[QString()];
-    if (!draft.sent || page.words.isEmpty()) {
-        page.words = draft.text;
-        page.projectID = draft.projectID;
-    } else if (page.projectID != draft.projectID || page.words.startsWith(draft.text)) {
+    if (!page.words.isEmpty() && page.projectID != draft.projectID) {
         return; // it waits in the panel of its project
-    } else {
-        page.words.prepend(draft.text + u"\n\n"_s);
     }
+    page.words = withAhead(draft.text, page.words);
+    page.projectID = draft.projectID;
     Q_EMIT wordsCame({});
 }
 

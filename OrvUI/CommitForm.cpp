@@ -16,7 +16,7 @@ CommitForm::CommitForm(GitModel& git, GitOverview& overview, QObject* parent)
     connect(&git, &GitModel::repositoryChanged, this, &CommitForm::recall);
     connect(&overview, &GitOverview::draftDropped, this, [this](const QString& repository) {
         if (repository == m_git.repository()) {
-            recall();
+            takeAway();
         }
     });
 }
@@ -37,6 +37,15 @@ void CommitForm::recall() {
     m_kept = {};
     setMessage(m_overview.draft(m_git.repository()));
     Q_EMIT changed();
+}
+
+/// The message is that of a commit now; an amendment that is being written is another one.
+void CommitForm::takeAway() {
+    if (m_isAmending) {
+        m_kept = {};
+    } else {
+        setMessage({});
+    }
 }
 
 void CommitForm::setSummary(const QString& text) {
@@ -98,9 +107,7 @@ void CommitForm::submit() {
 }
 
 void CommitForm::actionSucceeded(const QString& action) {
-    if (action == "commit"_L1) {
-        setMessage({});
-    } else if (action == "amend"_L1) {
+    if (action == "amend"_L1) {
         setAmending(false);
     } else if (action == "identity"_L1 && m_wait == Wait::forIdentity) {
         m_wait = Wait::forItsReading;

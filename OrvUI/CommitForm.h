@@ -49,6 +49,7 @@ Q_SIGNALS:
 private:
     void setMessage(const CommitMessage& message);
     void recall();
+    void takeAway();
     void actionSucceeded(const QString& action);
     void submitIfIdentityCame();
 

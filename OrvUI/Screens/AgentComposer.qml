@@ -19,12 +19,14 @@ FocusScope {
     readonly property var autonomyRow: autonomyList.count > autonomy ? autonomyList.objectAt(autonomy) : null
     readonly property bool ready: words.text.trim().length > 0 && projectID.length > 0
     readonly property string explanation: autonomyRow ? autonomyRow.explanation : ""
+    signal sent
 
     function start() {
         if (composer.projectID.length === 0) {
             projectButton.clicked();
         } else if (composer.conversing ? composer.agents.say(words.text) : composer.agents.start(composer.agent, words.text, composer.projectID, composer.autonomy)) {
             words.clear();
+            composer.sent();
         }
     }
 
@@ -111,6 +113,13 @@ FocusScope {
             T.TextArea.flickable: T.TextArea {
                 id: words
 
+                function send(event) {
+                    event.accepted = (event.modifiers & Qt.ControlModifier) !== 0;
+                    if (event.accepted) {
+                        event.modifiers & Qt.ShiftModifier ? composer.startInTerminal() : composer.start();
+                    }
+                }
+
                 focus: true
                 padding: 0
                 wrapMode: TextEdit.Wrap
@@ -137,14 +146,10 @@ FocusScope {
                 Keys.onTabPressed: projectButton.visible ? projectButton.forceActiveFocus(Qt.TabFocusReason) : agentButton.forceActiveFocus(Qt.TabFocusReason)
                 // The page below runs the project by the same keys.
                 Keys.onShortcutOverride: event => {
-                    event.accepted = event.key === Qt.Key_Return && (event.modifiers & Qt.ControlModifier) !== 0;
+                    event.accepted = (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) && (event.modifiers & Qt.ControlModifier) !== 0;
                 }
-                Keys.onReturnPressed: event => {
-                    event.accepted = (event.modifiers & Qt.ControlModifier) !== 0;
-                    if (event.accepted) {
-                        event.modifiers & Qt.ShiftModifier ? composer.startInTerminal() : composer.start();
-                    }
-                }
+                Keys.onReturnPressed: event => send(event)
+                Keys.onEnterPressed: event => send(event)
 
                 Label {
                     // Beside the caret, not below it.

@@ -106,6 +106,12 @@ FocusScope {
         // Stays at its end while what is there grows, until one scrolls away from it.
         property bool atEnd: true
 
+        function follow() {
+            atEnd = true;
+            contentY = Math.max(0, contentHeight - height);
+        }
+
+
         anchors.top: head.bottom
         anchors.left: parent.left
         anchors.right: parent.right
@@ -117,6 +123,8 @@ FocusScope {
         onContentHeightChanged: if (atEnd) contentY = Math.max(0, contentHeight - height)
         onHeightChanged: if (atEnd) contentY = Math.max(0, contentHeight - height)
         onMovementEnded: atEnd = atYEnd
+        // However one came there: by the wheel, by the bar, or since an answer became short again.
+        onAtYEndChanged: if (atYEnd) atEnd = true
 
         Column {
             id: turns
@@ -164,5 +172,6 @@ FocusScope {
         model: panel.model
         fixedProjectID: panel.projectID
         conversing: true
+        onSent: view.follow()
     }
 }

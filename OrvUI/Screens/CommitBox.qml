@@ -65,9 +65,9 @@ PanelFill {
                 box.form.summary = text;
             }
             onAccepted: description.forceActiveFocus(Qt.TabFocusReason)
-            Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Return && (event.modifiers & Qt.ControlModifier) !== 0
+            Keys.onShortcutOverride: event => event.accepted = (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) && (event.modifiers & Qt.ControlModifier) !== 0
             Keys.onPressed: event => {
-                if (event.key === Qt.Key_Return && (event.modifiers & Qt.ControlModifier)) {
+                if ((event.key === Qt.Key_Return || event.key === Qt.Key_Enter) && (event.modifiers & Qt.ControlModifier)) {
                     event.accepted = true;
                     box.form.submit();
                 }

@@ -319,14 +319,24 @@ void LogPane::setOffset(int offset) {
 void LogPane::revealMatch() {
     for (const LogLine* line : lines()) {
         for (const LogText::Hit& hit : line->line().hits) {
-            const QList<QRectF> areas = line->layout().areas(hit.start, hit.start + hit.length);
-            const bool isOut = hit.isCurrent && !areas.isEmpty() &&
-                               (areas.first().left() < m_offset || areas.first().right() > m_offset + line->room());
-            if (isOut) {
-                setOffset(static_cast<int>(areas.first().center().x() - line->room() / 2));
+            if (hit.isCurrent) {
+                reveal(*line, hit.start, hit.start + hit.length);
                 return;
             }
         }
+    }
+}
+
+void LogPane::reveal(const LogLine& line, qsizetype start, qsizetype end) {
+    const qreal room = line.room();
+    QList<QRectF> areas = line.layout().areas(start, end);
+    if (areas.isEmpty()) {
+        // Too far to the right to be laid out before one is about there.
+        setOffset(static_cast<int>(static_cast<qreal>(start) * LogLayout::advance() - room / 2));
+        areas = line.layout().areas(start, end);
+    }
+    if (!areas.isEmpty() && (areas.first().left() < m_offset || areas.first().right() > m_offset + room)) {
+        setOffset(static_cast<int>(areas.first().center().x() - room / 2));
     }
 }
 

@@ -83,6 +83,7 @@ private:
         bool operator==(const Hovered&) const = default;
     };
 
+    void reveal(const LogLine& line, qsizetype start, qsizetype end);
     [[nodiscard]] QList<LogLine*> lines() const;
     [[nodiscard]] LogLine* lineAt(QPointF place) const;
     [[nodiscard]] std::optional<LogSelection::Place> placeAt(QPointF place) const;

@@ -50,6 +50,17 @@ Window {
         }
     }
 
+    // What stands over the page keeps the keyboard; the page has it once that has gone.
+    function focusPage() {
+        const item = activeFocusItem;
+        const covered = item !== null ? item !== contentItem && !content.activeFocus : !content.focus && T.Overlay.overlay.visible;
+        if (covered) {
+            pages.focus = true;
+        } else {
+            pages.forceActiveFocus(Qt.OtherFocusReason);
+        }
+    }
+
     title: Qt.application.name
     minimumWidth: Theme.minimumWidth
     minimumHeight: Theme.minimumHeight
@@ -79,6 +90,7 @@ Window {
         model: root.model
         onMoved: {
             pages.show();
+            root.focusPage();
             root.pageSearch = "";
         }
         onLogsSaveAsked: root.logsSaveAsked()

@@ -55,7 +55,6 @@ FocusScope {
         if (pages.Window.window?.visible ?? false) {
             arrival.restart();
         }
-        pages.forceActiveFocus(Qt.OtherFocusReason);
     }
 
     // Where the search in the page leads.

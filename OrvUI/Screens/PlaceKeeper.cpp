@@ -5,9 +5,33 @@
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/ServiceLogs.h"
 
-#include <QFileInfo>
+#include <QGuiApplication>
+#include <QQuickItem>
+
+#include <algorithm>
 
 namespace orv {
+namespace {
+
+bool hasFolder(const QList<ProjectNode>& tree, const QString& path) {
+    return std::ranges::any_of(tree, [&path](const ProjectNode& node) {
+        return (node.path == path && !node.children.isEmpty()) || hasFolder(node.children, path);
+    });
+}
+
+/// Whether the keyboard is in a field, or in what stands over the page.
+bool isTyping() {
+    const auto* item = qobject_cast<QQuickItem*>(QGuiApplication::focusObject());
+    if (item != nullptr && item->flags().testFlag(QQuickItem::ItemAcceptsInputMethod)) {
+        return true;
+    }
+    while (item != nullptr && !item->inherits("QQuickOverlay")) {
+        item = item->parentItem();
+    }
+    return item != nullptr;
+}
+
+} // namespace
 
 PlaceKeeper::PlaceKeeper(AppModel& model, QObject* parent) : QObject(parent), m_model(model) {
     ORV_ASSERT_MAIN_THREAD();
@@ -28,9 +52,8 @@ void PlaceKeeper::restore(const WindowState& last, Page page) {
     m_model.outline()->setExpandedPaths(last.outline);
     m_model.home().setOpenFolders(last.homeFolders);
     m_model.logs()->setChosenKey(last.logKey);
-    QList<TerminalPlace> terminals = last.terminals;
-    terminals.removeIf([](const TerminalPlace& place) { return !QFileInfo(place.folder.toLocalFile()).isDir(); });
-    m_model.terminals().restore(terminals);
+    // Also where a folder is missing, as long as a drive is not there yet: the shell says so.
+    m_model.terminals().restore(last.terminals);
     if (page == Page::another) {
         return;
     }
@@ -47,9 +70,10 @@ void PlaceKeeper::restore(const WindowState& last, Page page) {
 void PlaceKeeper::showPage(const WindowState& last) {
     m_isPageDue = false;
     const AppPage& wanted = last.page;
-    const bool isGone = wanted.kind == AppPage::Kind::project ? m_model.project(wanted.id) == nullptr
-                                                              : !wanted.id.isEmpty() && !QFileInfo(wanted.id).isDir();
-    if (m_model.page() != AppPage() || isGone) {
+    const bool isGone = wanted.kind == AppPage::Kind::project
+                            ? m_model.project(wanted.id) == nullptr
+                            : !wanted.id.isEmpty() && !hasFolder(m_model.tree(), wanted.id);
+    if (m_model.page() != AppPage() || isGone || isTyping()) {
         return;
     }
     m_model.setPage(wanted);

@@ -17,7 +17,8 @@ public:
 
     explicit PlaceKeeper(AppModel& model, QObject* parent = nullptr);
 
-    /// Opens what was open. The page comes once its project is found again, unless another one has been opened by then.
+    /// Opens what was open. The page comes once its project is found again, unless another one has been opened by then
+    /// or somebody types just then.
     void restore(const WindowState& last, Page page);
     /// Puts what is open now into the state.
     void store(WindowState& state) const;

@@ -45,6 +45,13 @@ FocusScope {
         T.TextArea.flickable: T.TextArea {
             id: area
 
+            function submit(event) {
+                event.accepted = (event.modifiers & Qt.ControlModifier) !== 0;
+                if (event.accepted) {
+                    box.submitted();
+                }
+            }
+
             focus: true
             padding: Theme.space8
             leftPadding: Theme.space10
@@ -59,13 +66,9 @@ FocusScope {
             KeyNavigation.priority: KeyNavigation.BeforeItem
             Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
             Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
-            Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Return && (event.modifiers & Qt.ControlModifier) !== 0
-            Keys.onReturnPressed: event => {
-                event.accepted = (event.modifiers & Qt.ControlModifier) !== 0;
-                if (event.accepted) {
-                    box.submitted();
-                }
-            }
+            Keys.onShortcutOverride: event => event.accepted = (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) && (event.modifiers & Qt.ControlModifier) !== 0
+            Keys.onReturnPressed: event => submit(event)
+            Keys.onEnterPressed: event => submit(event)
             onTextChanged: {
                 if (activeFocus) {
                     box.textEdited();

@@ -169,14 +169,19 @@ TEST_F(AgentModelsTest, GoOnInThePanelWithWhatWasSaidLast) {
 
     // A to-do item begins a run of its own, once, and none when its words were taken out.
     const QUuid task = model->addTask(u"Totals"_s, {}, *model->project(shop));
+    lists().keepWords(shop, u"typed"_s);
+    lists().keepWords({}, u"on the page"_s);
+    lists().setPageProjectID(shop);
     model->draftAgentTaskFor(task.toString());
     model->setAiPanelProjectID(shop);
     EXPECT_FALSE(lists().replies());
-    EXPECT_EQ(lists().words(shop), u"Totals"_s);
+    EXPECT_EQ(lists().words(shop), u"Totals\n\ntyped"_s) << "nothing is pushed aside";
+    EXPECT_EQ(lists().words({}), u"Totals\n\non the page"_s);
     const AgentRun* drafted = say(u"Totals, please"_s);
     EXPECT_EQ(drafted->facts().linkedTaskID, task);
     EXPECT_EQ(drafted->facts().parentID, std::nullopt);
     EXPECT_EQ(model->agentDraft(), std::nullopt);
+    EXPECT_EQ(lists().words(shop) + u'|' + lists().words({}), u"|on the page"_s);
     model->draftAgentTaskFor(task.toString());
     lists().forgetDraft(root + u"/plain"_s);
     EXPECT_NE(model->agentDraft(), std::nullopt) << "that of another project";

@@ -140,6 +140,36 @@ TEST_F(GitForms, KeepsTheMessageUntilItIsCommitted) {
     EXPECT_EQ(form->summary() + git->headSummary(), u"Kept"_s);
 }
 
+TEST_F(GitForms, KeepsWhatIsWrittenWhileACommitIsMade) {
+    const QString inner = home.makeRepository(u"r/inner"_s, {{u"a"_s, "1\n"}});
+    home.add(u"r/.git/hooks/pre-commit"_s, "#!/bin/sh\nuntil [ -e ../go ]; do sleep 0.05; done\n");
+    QFile::setPermissions(r + u"/.git/hooks/pre-commit"_s, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    for (const QByteArrayView shown : {"r", "r/inner", "an amendment"}) {
+        QFile::remove(home.path(u"go"_s));
+        home.add(u"r/a"_s, shown.toByteArray());
+        test::git(r, {u"add"_s, u"a"_s});
+        open(r);
+        ASSERT_TRUE(waitFor([this] { return form->isReady(); })) << shown.data();
+        int commits = 0;
+        QObject::connect(git.get(), &GitModel::succeeded, git.get(), [&] { ++commits; });
+        form->setSummary(u"Of a commit"_s);
+        form->submit();
+        if (shown == "r/inner") {
+            git->setRepository(inner);
+            ASSERT_TRUE(waitFor([&] { return git->repository() == inner && git->state() == u"ready"; }));
+        }
+        form->setAmending(shown == "an amendment");
+        form->setSummary(u"The next"_s);
+        home.add(u"go"_s, {});
+        ASSERT_TRUE(waitFor([&] { return commits == 1; })) << shown.data();
+        EXPECT_EQ(form->summary(), u"The next"_s) << shown.data();
+        form->setAmending(false);
+        EXPECT_EQ(form->summary(), shown == "an amendment" ? QString() : u"The next"_s);
+        EXPECT_EQ(overview.draft(r).summary, shown == "r" ? u"The next"_s : QString());
+        form->setSummary({});
+    }
+}
+
 TEST_F(GitForms, AsksWhoCommitsBeforeItDoes) {
     home.add(u"home/.gitconfig"_s, "[user]\n\tuseConfigOnly = true\n");
     home.add(u"r/a"_s, "2\n");

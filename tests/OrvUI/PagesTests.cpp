@@ -253,7 +253,15 @@ TEST_F(PagesTest, SavesWhatTheSettingsPageChanges) {
     form.setPullStrategy(3);
     form.setAutonomy(0);
     TerminalSession* opened = model->terminals().open(QUrl(u"file:///"_s));
-    form.setTerminalClipboard(0);
+    const QSignalSpy copied(&model->terminals(), &TerminalTabs::clipboardWriteRequested);
+    for (const int choice : {int(ClipboardWrite::on), int(ClipboardWrite::off)}) {
+        form.setTerminalClipboard(int(ClipboardWrite::ask));
+        opened->terminal().feed("\x1B]52;c;QQ==\a");
+        ASSERT_TRUE(test::waitFor([&] { return opened->programsCopy() == u"A"; }));
+        form.setTerminalClipboard(choice);
+        EXPECT_TRUE(opened->programsCopy().isEmpty()) << "the question is answered";
+    }
+    EXPECT_EQ(copied.count(), 1);
     form.setTerminalClipboard(3);
     form.setNotifyCrash(false);
     form.setAvatarPhoto(u"file:///tmp/me%20too.png"_s);
@@ -262,12 +270,11 @@ TEST_F(PagesTest, SavesWhatTheSettingsPageChanges) {
     EXPECT_EQ(stored.defaultPullStrategy, PullPreference::rebase) << "there is no fourth";
     EXPECT_EQ(stored.agentAutonomy, AgentAutonomy::plan);
     EXPECT_EQ(stored.terminalClipboard, ClipboardWrite::off);
-    const QSignalSpy copied(&model->terminals(), &TerminalTabs::clipboardWriteRequested);
     for (TerminalSession* session : {opened, model->terminals().open(QUrl(u"file:///"_s))}) {
         session->terminal().feed("\x1B]52;c;QQ==\a");
         EXPECT_TRUE(session->programsCopy().isEmpty()) << "in terminals that are open, and in new ones";
     }
-    EXPECT_TRUE(copied.isEmpty());
+    EXPECT_EQ(copied.count(), 1);
     EXPECT_FALSE(stored.notifyCrash);
     EXPECT_EQ(stored.avatarPhotoPath, u"/tmp/me too.png"_s);
     EXPECT_EQ(form.displayName(), u"Ada"_s);

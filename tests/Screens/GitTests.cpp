@@ -99,7 +99,7 @@ TEST_F(GitWindow, IsWorkedWithTheKeyboardAlone) {
     EXPECT_TRUE(waitFor([this] { return pageModel->stagedCount() == 2; }));
     item("CommitBox")->findChild<QQuickItem*>(u"summary"_s)->forceActiveFocus();
     type(u"Second"_s);
-    QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
+    QTest::keyClick(window, Qt::Key_Enter, Qt::ControlModifier | Qt::KeypadModifier);
     EXPECT_TRUE(waitFor([this] { return pageModel->headSummary() == u"Second"; })) << pageModel->error().toStdString();
     EXPECT_FALSE(model->isRunning(project(u"shop"_s))) << "the same keys run the project elsewhere";
     QTest::keyClick(window, Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier);

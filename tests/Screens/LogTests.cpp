@@ -181,7 +181,7 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
 }
 
 TEST_F(LogWindow, ShowsAllOfALineThatIsTooLong) {
-    const QString text(60'000, u'x');
+    const QString text = QString(50'000, u'x') + u"needle"_s + QString(9'994, u'x');
     show(text.toUtf8() + '\n');
     ASSERT_TRUE(test::waitFor([&] { return line(text) != nullptr; }));
     LogPane* pane = visible<LogPane>(window->contentItem()).value(0);
@@ -190,6 +190,13 @@ TEST_F(LogWindow, ShowsAllOfALineThatIsTooLong) {
     pane->setOffset(1'000'000);
     const qreal widest = 60'000 * LogLayout::advance();
     EXPECT_NEAR(pane->offset(), widest - line(text)->room(), 1);
+    pane->setOffset(0);
+    model->logs()->lines()->setSearchText(u"needle"_s);
+    EXPECT_TRUE(test::waitFor([&] {
+        const QRectF match = line(text)->layout().areas(50'000, 50'006).value(0);
+        return match.isValid() && match.left() >= pane->offset() &&
+               match.right() <= pane->offset() + line(text)->room();
+    })) << pane->offset();
     model->logs()->setProperty("wrap", true);
     const LogLine* wrapped = line(text);
     EXPECT_TRUE(test::waitFor([&] { return wrapped->height() >= 400 * LogLayout::rowHeight(); }));

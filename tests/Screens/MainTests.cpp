@@ -1,4 +1,7 @@
+#include "OrvUI/AgentModels.h"
+#include "OrvUI/AgentRuns.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/Screens/PlaceKeeper.h"
 #include "OrvUI/Screens/Theme.h"
 #include "tests/Screens/MainWindow.h"
 
@@ -6,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QProcess>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
@@ -292,6 +296,30 @@ TEST_F(MainWindow, IsThePagesAgainAsSoonAsASheetCloses) {
     EXPECT_EQ(model->page().kind, AppPage::Kind::ai);
 }
 
+TEST_F(MainWindow, LeavesTheKeyboardWhereOneTypes) {
+    addInstalled(u"shop"_s, "vite", "");
+    open(QSize(1280, 832));
+    PlaceKeeper places(*model);
+    WindowState last;
+    last.page = {.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
+    places.restore(last, PlaceKeeper::Page::asItWas);
+    press(Qt::Key_F, Qt::ControlModifier);
+    type(u"sh"_s);
+    scan();
+    EXPECT_EQ(model->page(), AppPage()) << "what was open the last time comes too late";
+    type(u"op"_s);
+    EXPECT_TRUE(test::waitFor([this] { return model->searchText() == u"shop"; })) << focus();
+
+    press(Qt::Key_K, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return !items("CommandPalette").isEmpty() || focus().contains("Overlay"); }));
+    model->setPage(last.page);
+    ASSERT_TRUE(test::waitFor([this] { return !items("ProjectPage").isEmpty(); }));
+    type(u"set"_s);
+    EXPECT_EQ(window->activeFocusItem()->property("text"), u"set"_s) << focus();
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(test::waitFor([this] { return item("PageStack")->hasActiveFocus(); })) << focus();
+}
+
 TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     const QByteArray answer = "All done" + QByteArray("\\n- and this").repeated(60);
     const QString agent = tree.add(
@@ -314,7 +342,8 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
         for (const char* letter = words; *letter != 0; ++letter) {
             QTest::keyClick(window, *letter);
         }
-        QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
+        turns == 1 ? press(Qt::Key_Return, Qt::ControlModifier)
+                   : press(Qt::Key_Enter, Qt::ControlModifier | Qt::KeypadModifier);
         return test::waitFor([this, turns] {
             const QList<QQuickItem*> found = items("AgentTurn");
             return found.size() == turns && found.last()->property("runState") == u"succeeded"_s;
@@ -337,9 +366,17 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     EXPECT_EQ(QGuiApplication::clipboard()->text(), whole);
     EXPECT_TRUE(push(u"Show all"_s));
     EXPECT_TRUE(test::waitFor([&] { return item("AgentAnswer")->height() > 1.3 * cut; }));
+    const auto isAtEnd = [this] {
+        const QList<QQuickItem*> parts = item("AgentPanel")->childItems();
+        return std::ranges::any_of(parts, [](QQuickItem* part) {
+            return part->property("atEnd").toBool() && part->property("atYEnd").toBool();
+        });
+    };
+    EXPECT_FALSE(isAtEnd()) << "it is read from its beginning";
     click(item("AgentComposer"));
     EXPECT_EQ(item("AgentTurn")->property("cost"), u"$0.50"_s);
     ASSERT_TRUE(says("More", 2));
+    EXPECT_TRUE(test::waitFor(isAtEnd)) << "what is said last is looked at";
     EXPECT_EQ(model->agentRuns().first()->facts().parentID, model->agentRuns().last()->facts().id);
 
     // In a narrow window it stands over the page.
@@ -357,6 +394,33 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     const auto isTyped = [this] { return window->activeFocusItem()->property("text") == u"not sent"_s; };
     EXPECT_TRUE(test::waitFor(isTyped)) << focus();
     EXPECT_EQ(window->activeFocusItem()->property("cursorPosition"), 8) << "one goes on typing";
+}
+
+TEST_F(MainWindow, KeepsTheDecisionOfAReviewInSight) {
+    const QString agent = tree.add(
+        u"bin/claude"_s,
+        "#!/bin/sh\nfor i in 1 2 3 4 5 6 7 8; do seq 40 >$i.txt; done\n"
+        "echo '{\"type\":\"result\",\"subtype\":\"success\",\"is_error\":false,\"result\":\"Done\"}'\n");
+    ASSERT_TRUE(QFile::setPermissions(agent, QFile::ReadOwner | QFile::ExeOwner));
+    addInstalled(u"shop"_s, "vite", "");
+    QProcess git;
+    git.setWorkingDirectory(root + u"/shop"_s);
+    git.start(u"sh"_s, {u"-c"_s, u"git init -q && git add -A && git -c user.name=A -c user.email=a@b commit -qm 1"_s});
+    ASSERT_TRUE(git.waitForFinished() && git.exitCode() == 0) << git.readAllStandardError().constData();
+    ASSERT_TRUE(model->settings().change([](AppSettings& settings) { settings.agentWorktrees = true; }));
+    scan();
+    open(QSize(1000, Theme::minimumHeight));
+    const AgentRun* run = model->startAgent(AgentKind::claude, u"Count"_s, project(u"shop"_s));
+    ASSERT_NE(run, nullptr);
+    ASSERT_TRUE(test::waitFor([&] { return run->changes() && run->changes()->files.size() == 8; }));
+    model->agentModels()->review(run->facts().id.toString(QUuid::WithoutBraces));
+    ASSERT_TRUE(test::waitFor([this] { return items("ReviewFile").size() > 4 && items("DiffLine").size() > 4; }));
+    const QQuickItem* decision = button(u"Throw away"_s);
+    ASSERT_NE(decision, nullptr);
+    EXPECT_TRUE(test::waitFor([&] {
+        const double bottom = decision->mapToScene(QPointF(0, decision->height())).y();
+        return bottom <= Theme::minimumHeight - Theme::space16 - Theme::space24;
+    })) << decision->mapToScene(QPointF()).y();
 }
 
 TEST_F(MainWindow, ShowsEveryPageAndSection) {

@@ -105,18 +105,25 @@ TEST_F(Places, HaveTheOutputThatWasLookedAt) {
     ASSERT_TRUE(test::finishes(model->stop(shop)));
 }
 
-TEST_F(Places, ThatAreGoneDoNotComeBack) {
-    WindowState left;
-    left.page = {.kind = AppPage::Kind::project, .id = root + u"/gone"_s};
-    left.tab = DetailTab::logs;
-    left.agentPanelID = left.page.id;
-    left.terminals = {{QUrl::fromLocalFile(left.page.id), u"gone"_s, true}, {QUrl::fromLocalFile(client), u"client"_s}};
-    startAgain(left);
-    scan();
-    EXPECT_EQ(model->page(), AppPage());
-    EXPECT_FALSE(model->aiPanelProjectID());
-    ASSERT_EQ(model->terminals().sessions().size(), 1);
-    EXPECT_EQ(model->terminals().selectedID(), model->terminals().sessions().first()->id());
+TEST_F(Places, OfWhichNothingIsFoundAgain) {
+    const QString emptied = tree.add(u"projects/emptied/notes"_s).chopped(6);
+    for (const AppPage& page : std::initializer_list<AppPage>{
+             {.kind = AppPage::Kind::project, .id = root + u"/gone"_s},
+             {.kind = AppPage::Kind::collection, .id = root + u"/gone"_s},
+             {.kind = AppPage::Kind::folder, .id = emptied},
+             {.kind = AppPage::Kind::folder, .id = client}}) {
+        WindowState left;
+        left.page = page;
+        left.agentPanelID = root + u"/gone"_s;
+        // Its drive may come a moment later.
+        left.terminals = {
+            {QUrl::fromLocalFile(root + u"/gone"_s), u"gone"_s, true}, {QUrl::fromLocalFile(client), u"client"_s}};
+        startAgain(left);
+        EXPECT_EQ(stored().terminals, left.terminals);
+        scan();
+        EXPECT_EQ(model->page(), page.id == client ? page : AppPage()) << page.id.toStdString();
+        EXPECT_FALSE(model->aiPanelProjectID());
+    }
 }
 
 } // namespace

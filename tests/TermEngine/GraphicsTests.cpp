@@ -460,6 +460,27 @@ TEST(KittyGraphics, RefusesPixelsBeyondTheAllowance) {
     }
 }
 
+TEST(KittyGraphics, DrawsAllThatAProgramSendsAtOnce) {
+    struct Row {
+        const char* label;
+        int count;
+        std::string keys;     ///< of the first
+        std::string nextKeys; ///< of all others
+        std::string data;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"icons", 64, "i=1,f=100,o=z", "i=2,f=100,o=z", deflated(png(10, 10, std::string(400, 'x')))},
+         }) {
+        Graphics graphics(10'000'000);
+        const std::string data = ";" + encodeBase64(row.data);
+        graphics.store.allowance().renew(static_cast<size_t>(row.count) * data.size());
+        for (int i = 0; i < row.count; ++i) {
+            const std::string reply = graphics.reply((i == 0 ? row.keys : row.nextKeys) + data);
+            EXPECT_TRUE(reply.ends_with(";OK")) << row.label << " " << i << ": " << reply;
+        }
+    }
+}
+
 TEST(KittyClipboard, SpeaksTheProtocol) {
     using Replies = std::vector<std::string>;
     const std::string text = encodeBase64("text/plain");

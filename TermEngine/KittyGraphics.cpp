@@ -204,8 +204,8 @@ KittyGraphics::Outcome<RgbaImage> KittyGraphics::decode(const GraphicsCommand& c
         data = std::move(*inflated);
     }
     // What is too large for the store is refused by its header.
-    if (const size_t pixels = isPng(command) ? pngPixels(data) : 0;
-        pixels <= m_store.limitBytes() / 4 && !take(pixels, PixelAllowance::ofDecodedPixel)) {
+    const size_t pixels = isPng(command) ? pngPixels(data) : data.size() / static_cast<size_t>(bytesPerPixel(command));
+    if (pixels <= m_store.limitBytes() / 4 && !take(pixels, isPng(command) ? PixelAllowance::ofDecodedPixel : 1)) {
         return std::unexpected(tooManyPixels);
     }
     auto image = isPng(command)

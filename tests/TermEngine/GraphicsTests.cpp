@@ -476,8 +476,9 @@ TEST(KittyGraphics, RefusesPixelsBeyondTheAllowance) {
         graphics.send("i=1,s=10,v=10", raw);
         graphics.send("a=f,i=1,s=10,v=10", raw);
         PixelAllowance& allowance = graphics.store.allowance();
-        EXPECT_TRUE(allowance.take(allowance.left() - 40)); // there are 100 pixels, or 50 lines
+        EXPECT_TRUE(allowance.take(allowance.left() - 140)); // there are 100 pixels, or 50 lines
         EXPECT_EQ(graphics.send(test.keys, test.data), "Gi=1;ENOSPC:too many pixels at once") << test.keys;
+        EXPECT_EQ(graphics.store.find(1)->frames.size(), 2U) << test.keys;
         allowance.renew(0);
         EXPECT_EQ(graphics.send(test.keys, test.data), "Gi=1;OK") << test.keys;
     }

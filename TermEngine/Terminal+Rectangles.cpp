@@ -68,7 +68,7 @@ void Terminal::eraseRectangle(const CsiParameters& parameters, EraseKind kind) {
 void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) {
     Buffer& b = *m_buffer;
     const Rectangle area = rectangle(parameters, 0);
-    if (area.top >= area.bottom || !m_rectangles.mayLookUp()) {
+    if (area.top >= area.bottom || !m_rectangles.mayChange()) {
         return;
     }
     CsiParameters change;
@@ -112,7 +112,7 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
             m_rectangles.noteChanged(row, b.line(row), changing);
         }
     }
-    m_rectangles.addLookups(made.takeLookups());
+    m_rectangles.addSteps(made.takeSteps());
 }
 
 void Terminal::cmdDECRQCRA(const CsiParameters& parameters) {

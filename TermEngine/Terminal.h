@@ -50,7 +50,7 @@ public:
     void feed(Bytes bytes) {
         if (!m_parser.isParsing()) [[likely]] {
             m_images.allowance().renew(bytes.size());
-            m_rectangles.renewLookups();
+            m_rectangles.renewSteps();
         }
         m_parser.parseBorrowed(bytes);
         if (!m_images.placements().empty()) [[unlikely]] {

@@ -65,9 +65,14 @@ std::string square(int side) {
     return ",s=" + number(side) + ",v=" + number(side);
 }
 
-/// Text in one attribute, in another one in each cell, and in clusters.
+/// Text in one attribute, in two in turn, by ones and by pairs, and in another one in each cell; empty cells in two
+/// colours in turn, wide characters in two, and clusters.
 struct Screens {
     std::string plain = repeated(100, std::string(300, 'x'));
+    std::string inTurn = repeated(15'000, "\x1B[31mA\x1B[32mB");
+    std::string pairs = repeated(7'500, "\x1B[31mAA\x1B[32mBB");
+    std::string blanks = repeated(100, repeated(150, "\x1B[41m\x1B[X\x1B[C\x1B[42m\x1B[X\x1B[C") + "\r\n");
+    std::string wide = repeated(7'500, "\x1B[31m\xE6\xBC\xA2\x1B[32m\xE6\xBC\xA2");
     std::string colored = "\x1B[1m";
     std::string clusters;
     Screens() {
@@ -109,6 +114,7 @@ std::vector<HostileInput> hostileCellFloods() {
               {"DECCARA", "\x1B[;;;;1$r"},
               {"DECCARA, two in turn", "\x1B[;;;;1$r\x1B[;;;;0$r"},
               {"DECRARA", "\x1B[;;;;7$t"},
+              {"DECRARA of all", "\x1B[;;;;$t"},
               {"DECCRA of lines", "\x1B[;;;;;2$v"},
               {"DECCRA of columns", "\x1B[;;;;;;2$v"},
               {"DECALN", "\x1B#8"},
@@ -118,6 +124,13 @@ std::vector<HostileInput> hostileCellFloods() {
     }
     for (const char* once : {"\x1B[*y", "\x1B[;;;2*y\x1B[*y"}) {
         add("DECRQCRA of clusters", screens.clusters, once);
+    }
+    for (const Flood& flood :
+         std::to_array<Flood>({{"DECRARA", "\x1B[;;;;$t"}, {"DECCARA, two in turn", "\x1B[;;;;1$r\x1B[;;;;22$r"}})) {
+        add(std::string(flood.name) + ", two attributes in turn", screens.inTurn, flood.once);
+        add(std::string(flood.name) + ", two attributes by pairs", screens.pairs, flood.once);
+        add(std::string(flood.name) + ", empty cells of two colours", screens.blanks, flood.once);
+        add(std::string(flood.name) + ", wide characters", screens.wide, flood.once);
     }
     add("DECSERA, every other cell protected", repeated(15'000, "\x1B[1\"qx\x1B[0\"qy"), "\x1B[${");
     const std::string margins = "\x1B[?69h\x1B[2;79s\x1B[2;2H";

@@ -158,6 +158,15 @@ std::vector<HostileInput> hostileCellFloods() {
         add(std::string(flood.name) + " between margins", screens.plain + margins + "\x1B[999;2H", flood.once);
     }
     add("ICH", screens.plain, "\x1B[@");
+    const std::string pictures =
+        times(1000, [](int i) { return "\x1B[" + number(1 + i % 25) + ";" + number(1 + i / 25) + "H\x1BPq~\x1B\\"; });
+    for (const Flood& flood : std::to_array<Flood>(
+             {{"DECERA", "\x1B[;76$z"},
+              {"DECFRA", "\x1B[65;;76$x"},
+              {"DECCRA", "\x1B[;75;;76;;;78$v"},
+              {"DECCARA", "\x1B[;76;;;1$r\x1B[;76;;;22$r"}})) {
+        add(flood.name + std::string(" beside 1000 sixels"), pictures, flood.once);
+    }
     return made;
 }
 

@@ -53,8 +53,8 @@ std::string shortPng(int side, Rows rows = Rows::inOrder) {
     return term::encodeBase64("\x89PNG\r\n\x1A\n" + chunk("IHDR", header) + chunk("IDAT", data) + chunk("IEND", ""));
 }
 
-std::string shortPixels(int side) {
-    return term::encodeBase64(zlibOf(std::string(static_cast<std::size_t>(side * side) * 4, '\x7F')));
+std::string shortPixels(int side, int bytesPerPixel = 4) {
+    return term::encodeBase64(zlibOf(std::string(static_cast<std::size_t>(side * side * bytesPerPixel), '\x7F')));
 }
 
 std::string kitty(const std::string& keys, const std::string& data = "") {
@@ -194,6 +194,7 @@ std::vector<HostileInput> hostilePictureFloods() {
     add("PNG by OSC 1337, over the screen", "",
         "\x1B]1337;File=inline=1;width=300;height=100;preserveAspectRatio=0:" + shortPng(1) + "\a");
     add("compressed pixels", "", kitty("a=T,o=z,f=32" + square(fullSide), shortPixels(fullSide)));
+    add("compressed pixels of three bytes", "", kitty("a=T,i=1,o=z,f=24" + square(fullSide), shortPixels(fullSide, 3)));
     add("compressed pixels, too many", "", kitty("a=T,o=z,f=32" + square(1500), shortPixels(fullSide)));
     add("pixels that do not come", "", kitty("a=T,f=32" + square(fullSide), "AAAA"));
     const auto image = [](int side) { return kitty("a=T,i=1,C=1,o=z,f=32" + square(side), shortPixels(side)); };

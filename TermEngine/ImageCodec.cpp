@@ -14,10 +14,8 @@ std::optional<std::vector<uint8_t>> inflateZlib(std::span<const uint8_t> data, s
         return std::nullopt;
     }
     constexpr size_t largest = 1U << 30U;
-    // No byte becomes more than so many (zlib, "Maximum Expansion Factor").
-    constexpr size_t expansion = 1032;
     // One byte more than the limit tells a stream that goes on from one that is just as long.
-    std::vector<uint8_t> out(std::min({limitBytes + 1, data.size() * expansion, largest}));
+    std::vector<uint8_t> out(std::min({limitBytes + 1, mostInflated(data.size()), largest}));
     stream.next_in = const_cast<Bytef*>(data.data()); // NOLINT: zlib does not write to it
     stream.avail_in = static_cast<uInt>(std::min(data.size(), largest));
     stream.next_out = out.data();
@@ -26,6 +24,11 @@ std::optional<std::vector<uint8_t>> inflateZlib(std::span<const uint8_t> data, s
     out.resize(out.size() - stream.avail_out);
     ::inflateEnd(&stream);
     return result == Z_STREAM_END && out.size() <= limitBytes ? std::optional(std::move(out)) : std::nullopt;
+}
+
+size_t mostInflated(size_t bytes) {
+    constexpr size_t expansion = 1032; // zlib, "Maximum Expansion Factor"
+    return bytes * expansion;
 }
 
 size_t pngPixels(std::span<const uint8_t> data) {

@@ -283,6 +283,12 @@ bool ImageStore::moveText(ScreenId screen, const CellArea& area, CellShift by, c
     });
 }
 
+bool ImageStore::hasText(ScreenId screen, const CellArea& area) const {
+    return std::ranges::any_of(m_placements, [&](const ImagePlacement& some) {
+        return some.isText && some.screen == screen && area.intersects(some.area());
+    });
+}
+
 bool ImageStore::eraseText(ScreenId screen, const CellArea& area) {
     return takeText(screen, area, [](const ImagePlacement&) { return std::optional<ImagePlacement>(); });
 }

@@ -93,6 +93,7 @@ public:
     bool moveText(ScreenId screen, const CellArea& area, CellShift by, const CellArea& kept);
     bool eraseText(ScreenId screen, const CellArea& area);
     [[nodiscard]] bool hasText() const { return m_textPlacements > 0; }
+    [[nodiscard]] bool hasText(ScreenId screen, const CellArea& area) const;
     /// To give places new lines and columns; nothing else may change.
     [[nodiscard]] std::vector<ImagePlacement>& movable() { return m_placements; }
     void clear();

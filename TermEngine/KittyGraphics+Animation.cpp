@@ -12,10 +12,12 @@ constexpr int defaultGapMilliseconds = 40;
 
 } // namespace
 
-/// The whole frame is copied first where a renderer has it.
-bool KittyGraphics::takeForDrawing(const StoredImage::Frame& frame, size_t pixels, BlendMode mode) {
-    const size_t copied = frame.pixels.use_count() > 1 ? frame.pixels->pixels.size() / 4 : 0;
-    return take(copied + pixels * (mode == BlendMode::over ? PixelAllowance::ofBlendedPixel : 1));
+/// `frame` is null where it is still to be made. The whole of one is copied first where a renderer has it.
+bool KittyGraphics::takeForDrawing(
+    const StoredImage& image, const StoredImage::Frame* frame, size_t pixels, BlendMode mode) {
+    const bool isMade = frame == nullptr || frame->pixels.use_count() > 1;
+    const size_t made = isMade ? image.frames.front().pixels->pixels.size() / 4 : 0;
+    return take(made + pixels * (mode == BlendMode::over ? PixelAllowance::ofBlendedPixel : 1));
 }
 
 KittyGraphics::Outcome<GraphicsResult> KittyGraphics::finishFrame(
@@ -35,15 +37,15 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::finishFrame(
         return std::unexpected("ENOENT:no such frame");
     }
     const size_t index = edited != 0 ? edited - 1 : image.frames.size();
+    if (edited == 0 && !m_store.hasRoomBeside(image, image.frames.front().pixels->pixels.size())) {
+        return std::unexpected("ENOSPC:no room for the frame");
+    }
+    const auto mode = command.number('X') == 1 ? BlendMode::replace : BlendMode::over;
+    if (!takeForDrawing(image, edited != 0 ? &image.frames[index] : nullptr, data.pixels.size() / 4, mode)) {
+        return std::unexpected(tooManyPixels);
+    }
     if (edited == 0) {
         RgbaImage canvas{image.width(), image.height(), {}};
-        const size_t bytes = image.frames.front().pixels->pixels.size();
-        if (!m_store.hasRoomBeside(image, bytes)) {
-            return std::unexpected("ENOSPC:no room for the frame");
-        }
-        if (!take(bytes / 4)) {
-            return std::unexpected(tooManyPixels);
-        }
         if (basis != 0) {
             canvas = *image.frames[basis - 1].pixels;
         } else {
@@ -53,10 +55,6 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::finishFrame(
             return std::unexpected("ENOSPC:no room for the frame");
         }
         image.frames[index].gapMilliseconds = defaultGapMilliseconds;
-    }
-    const auto mode = command.number('X') == 1 ? BlendMode::replace : BlendMode::over;
-    if (!takeForDrawing(image.frames[index], data.pixels.size() / 4, mode)) {
-        return std::unexpected(tooManyPixels);
     }
     blend(ImageStore::editable(image.frames[index]), target, data, 0, 0, mode);
     if (command.signedNumber('z') != 0) {
@@ -89,7 +87,8 @@ KittyGraphics::Outcome<GraphicsResult> KittyGraphics::compose(const GraphicsComm
         return std::unexpected("EINVAL:bad areas");
     }
     const auto mode = command.number('C') == 1 ? BlendMode::replace : BlendMode::over;
-    if (!takeForDrawing(image.frames[onto - 1], static_cast<size_t>(width) * static_cast<size_t>(height), mode)) {
+    if (!takeForDrawing(
+            image, &image.frames[onto - 1], static_cast<size_t>(width) * static_cast<size_t>(height), mode)) {
         return std::unexpected(tooManyPixels);
     }
     RgbaImage& pixels = ImageStore::editable(image.frames[onto - 1]);

@@ -177,13 +177,20 @@ KittyGraphics::Outcome<std::vector<uint8_t>> KittyGraphics::readMedium(
         command.number('S'), m_store.limitBytes() * 2);
 }
 
+/// What comes out is what it costs. Pixels that are announced have to come, but who knows how long a PNG is.
 KittyGraphics::Outcome<std::vector<uint8_t>> KittyGraphics::inflate(
     const GraphicsCommand& command, std::span<const uint8_t> data) {
-    const size_t limit = isPng(command) ? m_store.limitBytes() : rawBytes(command);
-    if (!take(limit / 4, PixelAllowance::ofInflatedPixel)) {
+    constexpr size_t cost = PixelAllowance::ofInflatedPixel;
+    const size_t limit = std::min(isPng(command) ? m_store.limitBytes() : rawBytes(command), mostInflated(data.size()));
+    const size_t affordable = m_store.allowance().left() / cost * 4;
+    if (!isPng(command) && limit > affordable) {
         return std::unexpected(tooManyPixels);
     }
-    auto inflated = command.letter('o', 0) == 'z' ? inflateZlib(data, limit) : std::nullopt;
+    auto inflated = command.letter('o', 0) == 'z' ? inflateZlib(data, std::min(limit, affordable)) : std::nullopt;
+    const size_t bytes = inflated ? inflated->size() : std::min(limit, affordable);
+    if (!take(bytes / 4, cost) || (!inflated && affordable < limit)) {
+        return std::unexpected(tooManyPixels);
+    }
     return inflated ? Outcome<std::vector<uint8_t>>(std::move(*inflated))
                     : std::unexpected("EINVAL:bad compressed data");
 }
@@ -197,8 +204,8 @@ KittyGraphics::Outcome<RgbaImage> KittyGraphics::decode(const GraphicsCommand& c
         data = std::move(*inflated);
     }
     // What is too large for the store is refused by its header.
-    if (const size_t pixels = isPng(command) ? pngPixels(data) : 0;
-        pixels <= m_store.limitBytes() / 4 && !take(pixels, PixelAllowance::ofDecodedPixel)) {
+    const size_t pixels = isPng(command) ? pngPixels(data) : data.size() / static_cast<size_t>(bytesPerPixel(command));
+    if (pixels <= m_store.limitBytes() / 4 && !take(pixels, isPng(command) ? PixelAllowance::ofDecodedPixel : 1)) {
         return std::unexpected(tooManyPixels);
     }
     auto image = isPng(command)

@@ -76,7 +76,8 @@ private:
     Outcome<StoredImage*> addressed(const GraphicsCommand& command);
     Outcome<GraphicsResult> finishImage(
         const GraphicsCommand& command, RgbaImage image, uint32_t& id, const GraphicsContext& context);
-    [[nodiscard]] bool takeForDrawing(const StoredImage::Frame& frame, size_t pixels, BlendMode mode);
+    [[nodiscard]] bool takeForDrawing(
+        const StoredImage& image, const StoredImage::Frame* frame, size_t pixels, BlendMode mode);
     Outcome<GraphicsResult> finishFrame(const GraphicsCommand& command, const RgbaImage& data);
     Outcome<GraphicsResult> put(
         const GraphicsCommand& command, const StoredImage& image, const GraphicsContext& context);

@@ -9,14 +9,14 @@ namespace term {
 /// name large pictures over and over take bounded time. What is beyond it is refused whole, before it costs anything.
 ///
 /// One feed may always make a picture as large as all memory for pictures, several times over, and more of them as it
-/// is longer itself: no program that wants its pictures to be seen comes near.
+/// is longer itself: as many as a program draws that does not wait until one is seen.
 class PixelAllowance {
 public:
-    static constexpr size_t leastPixels = size_t{16} << 20U;
+    static constexpr size_t leastPixels = size_t{48} << 20U;
     static constexpr size_t pixelsOfByte = 256;
     /// What some things cost, in pixels that are painted.
-    static constexpr size_t ofDecodedPixel = 2;
-    static constexpr size_t ofInflatedPixel = 6;
+    static constexpr size_t ofDecodedPixel = 4;
+    static constexpr size_t ofInflatedPixel = 3;
     static constexpr size_t ofBlendedPixel = 4;
     static constexpr size_t ofLine = 8; ///< that comes onto the screen
 

@@ -5,6 +5,9 @@
 namespace term {
 namespace {
 
+/// What says how an empty cell looks: the content of one with a colour of its own is that colour.
+constexpr std::uint64_t ofBlanks = PackedCell::attributeMask | PackedCell::contentMask | 3;
+
 /// Written so that it takes several cells at once: what is said of a cell's text stands in its lower half.
 std::uint32_t sumOfCells(const CellArena& arena, std::span<const PackedCell> cells) {
     constexpr std::uint32_t kindMask = 3;
@@ -36,9 +39,7 @@ std::span<const PackedCell> usedIn(const BufferLine& line, ColumnRange columns) 
 }
 
 void addCells(CommonAttribute& common, const CellArena& arena, std::span<const PackedCell> cells) {
-    // The content of a blank with a colour of its own is that colour.
     constexpr std::uint64_t ofText = PackedCell::attributeMask;
-    constexpr std::uint64_t ofBlanks = PackedCell::attributeMask | PackedCell::contentMask | 3;
     std::optional<std::uint64_t> last;
     for (const PackedCell cell : cells) {
         const bool isBlank = (cell.rawValue & 2) != 0;
@@ -47,6 +48,30 @@ void addCells(CommonAttribute& common, const CellArena& arena, std::span<const P
             common.add(isBlank ? arena.attributeOf(cell).packed() : arena.keyOf(cell.attributeId()));
         }
     }
+}
+
+/// How many cells are looked at together.
+constexpr std::size_t cellsAtOnce = 32;
+
+/// Whether all have text and the attribute of the cell `before`. Written so that it takes several cells at once,
+/// without compares: a sum goes beyond the mask where there is text.
+template <std::size_t extent>
+bool isTextLike(std::uint64_t before, std::span<PackedCell, extent> cells) {
+    constexpr std::uint64_t text = PackedCell::contentMask | 3;
+    std::uint64_t others = 0;
+    std::uint64_t kinds = 0;
+    std::uint64_t texts = ~std::uint64_t{0};
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        others |= cells[i].rawValue ^ before;
+        kinds |= cells[i].rawValue;
+        texts &= (cells[i].rawValue & text) + text;
+    }
+    return (others & PackedCell::attributeMask) == 0 && (kinds & 2) == 0 && (texts & (text + 1)) != 0;
+}
+
+PackedCell withIdentifier(PackedCell cell, std::uint16_t attribute) {
+    return PackedCell(
+        (cell.rawValue & ~PackedCell::attributeMask) | std::uint64_t{attribute} << PackedCell::attributeShift);
 }
 
 } // namespace
@@ -165,18 +190,23 @@ Attribute AttributeChange::changed(Attribute attribute) const {
     return attribute;
 }
 
+/// A sweep takes identifiers back that no cell has any more.
+void AttributeChange::forgetSwept() {
+    if (m_sweeps != m_arena->sweepCount()) {
+        m_identifiers.clear();
+        m_blanks.fill({});
+        m_sweeps = m_arena->sweepCount();
+    }
+}
+
 /// That of the changed attribute of a cell with text.
 std::uint16_t AttributeChange::identifierOf(PackedCell cell) {
     const std::size_t before = cell.attributeId();
-    // A sweep takes identifiers back that no cell has any more.
-    if (m_sweeps != m_arena->sweepCount()) {
-        m_identifiers.clear();
-        m_sweeps = m_arena->sweepCount();
-    }
+    forgetSwept();
     if (before < m_identifiers.size() && m_identifiers[before] >= 0) {
         return static_cast<std::uint16_t>(m_identifiers[before]);
     }
-    ++m_lookups;
+    m_steps += stepsOfLookup;
     const std::uint16_t after = m_arena->intern(changed(m_arena->attributeOf(cell)));
     if (m_sweeps == m_arena->sweepCount()) {
         m_identifiers.resize(std::max(m_identifiers.size(), before + 1), -1);
@@ -185,57 +215,97 @@ std::uint16_t AttributeChange::identifierOf(PackedCell cell) {
     return after;
 }
 
-/// Those at the front that have text and the same attribute; how many.
+/// Those at the front, in blocks, that have text and the same attribute; how many.
 std::size_t AttributeChange::changeRun(std::span<PackedCell> cells) {
-    constexpr std::uint64_t mask = PackedCell::attributeMask;
-    constexpr std::uint64_t text = PackedCell::contentMask | 3;
-    constexpr std::size_t block = 32;
     const std::uint64_t before = cells.front().rawValue;
+    if (cells.size() < 2 || ((cells[1].rawValue ^ before) & PackedCell::attributeMask) != 0) {
+        return 0;
+    }
     const std::uint64_t change =
-        (before ^ std::uint64_t{identifierOf(cells.front())} << PackedCell::attributeShift) & mask;
-    std::size_t at = 0;
-    const auto isSame = [&](PackedCell cell) { return ((cell.rawValue ^ before) & mask) == 0 && !cell.isEmpty(); };
-    while (at + block <= cells.size() && isSame(cells[at + 1])) {
-        // Without compares, so that it takes several cells at once: a sum goes beyond the mask where there is text.
-        std::uint64_t others = 0;
-        std::uint64_t kinds = 0;
-        std::uint64_t texts = ~std::uint64_t{0};
-        for (std::size_t i = at; i < at + block; ++i) {
-            others |= cells[i].rawValue ^ before;
-            kinds |= cells[i].rawValue;
-            texts &= (cells[i].rawValue & text) + text;
+        (before ^ std::uint64_t{identifierOf(cells.front())} << PackedCell::attributeShift) & PackedCell::attributeMask;
+    const auto changeAll = [=](auto some) {
+        if (!isTextLike(before, some)) {
+            return false;
         }
-        if ((others & mask) != 0 || (kinds & 2) != 0 || (texts & (text + 1)) == 0) {
-            break;
+        for (std::size_t i = 0; i < some.size(); ++i) {
+            some[i].rawValue ^= change;
         }
-        for (std::size_t i = at; i < at + block; ++i) {
-            cells[i].rawValue ^= change;
-        }
-        at += block;
+        return true;
+    };
+    std::span<PackedCell> left = cells;
+    while (left.size() >= cellsAtOnce && changeAll(left.first<cellsAtOnce>())) {
+        left = left.subspan(cellsAtOnce);
     }
-    for (; at < cells.size() && isSame(cells[at]); ++at) {
-        cells[at].rawValue ^= change;
+    if (left.size() < cellsAtOnce && changeAll(left)) {
+        left = {};
     }
-    return at;
+    return cells.size() - left.size();
+}
+
+std::size_t AttributeChange::placeOf(PackedCell blank) {
+    return (blank.rawValue & ofBlanks) * 0x9E3779B97F4A7C15U >> 58U;
+}
+
+/// Those at the front, at most a block, of which it is known what becomes of them.
+std::size_t AttributeChange::changeKnown(std::span<PackedCell> cells) {
+    forgetSwept();
+    std::size_t count = 0;
+    for (PackedCell& cell : cells.first(std::min(cells.size(), cellsAtOnce))) {
+        if (cell.isEmpty()) {
+            const Blank& blank = m_blanks[placeOf(cell)];
+            if (blank.before != (cell.rawValue & ofBlanks)) {
+                break;
+            }
+            cell.rawValue ^= blank.before ^ blank.after;
+        } else {
+            const std::size_t before = cell.attributeId();
+            if (before >= m_identifiers.size() || m_identifiers[before] < 0) {
+                break;
+            }
+            cell = withIdentifier(cell, static_cast<std::uint16_t>(m_identifiers[before]));
+        }
+        ++count;
+    }
+    m_steps += count;
+    return count;
+}
+
+PackedCell AttributeChange::changedBlank(PackedCell blank) {
+    const std::uint64_t before = blank.rawValue & ofBlanks;
+    Blank& known = m_blanks[placeOf(blank)];
+    forgetSwept();
+    if (known.before == before) {
+        return PackedCell(blank.rawValue ^ before ^ known.after);
+    }
+    m_steps += stepsOfLookup;
+    const PackedCell after = m_arena->withAttribute(blank, changed(m_arena->attributeOf(blank)));
+    if (m_sweeps == m_arena->sweepCount()) {
+        known = {before, after.rawValue & ofBlanks};
+    }
+    return after;
+}
+
+/// Those at the front that are empty in the same way.
+std::size_t AttributeChange::changeBlanks(std::span<PackedCell> cells) {
+    const std::uint64_t before = cells.front().rawValue;
+    const std::uint64_t change = (before ^ changedBlank(cells.front()).rawValue) & ofBlanks;
+    std::size_t count = 0;
+    while (count < cells.size() && ((cells[count].rawValue ^ before) & ofBlanks) == 0) {
+        cells[count++].rawValue ^= change;
+    }
+    m_steps += count + 1;
+    return count;
 }
 
 void AttributeChange::change(std::span<PackedCell> cells) {
-    constexpr std::uint64_t ofBlanks = PackedCell::attributeMask | PackedCell::contentMask | 3;
-    // Between two calls its attribute may have gone.
-    m_blank.reset();
     while (!cells.empty()) {
-        if (!cells.front().isEmpty()) {
-            cells = cells.subspan(changeRun(cells));
-            continue;
-        }
-        const PackedCell blank = cells.front();
-        if (!m_blank || ((m_blank->first.rawValue ^ blank.rawValue) & ofBlanks) != 0) {
-            m_blank = {blank, m_arena->withAttribute(blank, changed(m_arena->attributeOf(blank)))};
-        }
-        const std::uint64_t change = (blank.rawValue ^ m_blank->second.rawValue) & ofBlanks;
-        std::size_t count = 0;
-        while (count < cells.size() && ((cells[count].rawValue ^ blank.rawValue) & ofBlanks) == 0) {
-            cells[count++].rawValue ^= change;
+        PackedCell& first = cells.front();
+        const bool isRun = cells.size() > 1 && ((first.rawValue ^ cells[1].rawValue) & ofBlanks) == 0;
+        std::size_t count = !first.isEmpty() ? changeRun(cells) : isRun ? changeBlanks(cells) : 0;
+        count = count == 0 ? changeKnown(cells) : count;
+        if (count == 0) {
+            first = first.isEmpty() ? changedBlank(first) : withIdentifier(first, identifierOf(first));
+            count = 1;
         }
         cells = cells.subspan(count);
     }

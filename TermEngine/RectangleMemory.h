@@ -47,32 +47,43 @@ public:
 
     [[nodiscard]] const Kind& kind() const { return m_kind; }
     void change(std::span<PackedCell> cells);
-    /// How many attributes had to be looked for since the last call.
-    [[nodiscard]] std::size_t takeLookups() { return std::exchange(m_lookups, 0); }
+    /// What it has cost since the last call: 1 for each cell that was changed by itself, and more where an attribute
+    /// had to be looked for.
+    [[nodiscard]] std::size_t takeSteps() { return std::exchange(m_steps, 0); }
 
 private:
+    static constexpr std::size_t stepsOfLookup = 48;
     [[nodiscard]] Attribute changed(Attribute attribute) const;
     [[nodiscard]] std::uint16_t identifierOf(PackedCell cell);
+    [[nodiscard]] PackedCell changedBlank(PackedCell blank);
+    [[nodiscard]] static std::size_t placeOf(PackedCell blank);
+    void forgetSwept();
     std::size_t changeRun(std::span<PackedCell> cells);
+    std::size_t changeKnown(std::span<PackedCell> cells);
+    std::size_t changeBlanks(std::span<PackedCell> cells);
 
     CellArena* m_arena;
     Kind m_kind;
-    std::size_t m_lookups = 0;
-    std::uint64_t m_sweeps = 0;                               ///< of the arena, since which the identifiers are good
-    std::vector<std::int32_t> m_identifiers;                  ///< by those before; negative: not known
-    std::optional<std::pair<PackedCell, PackedCell>> m_blank; ///< the last empty cell, before and after
+    std::size_t m_steps = 0;
+    std::uint64_t m_sweeps = 0;              ///< of the arena, since which the identifiers are good
+    std::vector<std::int32_t> m_identifiers; ///< by those before; negative: not known
+    struct Blank {
+        std::uint64_t before = ~std::uint64_t{0}; ///< no empty cell is that
+        std::uint64_t after = 0;
+    };
+    std::array<Blank, 64> m_blanks; ///< empty cells that came of late, by what their attribute makes of them
 };
 
 /// What a terminal remembers of rectangles: programs ask about them and change them over and over, and a few bytes may
 /// name the whole screen.
 class RectangleMemory {
 public:
-    /// Attributes that one feed may look for with its changes of rectangles, some 50 ns each. Those that come
-    /// afterwards do nothing: they had the whole of a large screen in ever new colours changed dozens of times.
-    static constexpr std::size_t mostLookups = std::size_t{1} << 20;
-    void renewLookups() { m_lookups = 0; }
-    void addLookups(std::size_t count) { m_lookups += count; }
-    [[nodiscard]] bool mayLookUp() const { return m_lookups < mostLookups; }
+    /// What the changes of rectangles of one feed may cost, some 1 ns each. Those that come afterwards do nothing: they
+    /// had the whole of a large screen changed a thousand times, or dozens of times in ever new colours.
+    static constexpr std::size_t mostSteps = std::size_t{48} << 20;
+    void renewSteps() { m_steps = 0; }
+    void addSteps(std::size_t count) { m_steps += count; }
+    [[nodiscard]] bool mayChange() const { return m_steps < mostSteps; }
 
     /// The sum of all scalars in the columns of a row.
     [[nodiscard]] std::uint32_t sumOf(const CellArena& arena, int row, const BufferLine& line, ColumnRange columns);
@@ -103,7 +114,7 @@ private:
     struct Nothing {
         bool operator==(const Nothing&) const = default;
     };
-    std::size_t m_lookups = 0;
+    std::size_t m_steps = 0;
     RowMemo<ColumnRange, std::uint32_t> m_sums;
     RowMemo<Nothing, std::vector<std::uint32_t>> m_sumsBefore; ///< of all cells before each column
     RowMemo<ColumnRange, CommonAttribute> m_common;

@@ -5,7 +5,11 @@
 namespace term {
 
 void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
-    loseTextImages(row, first, end);
+    loseTextImages({row, first, row + 1, end});
+    eraseText(row, first, end, kind);
+}
+
+void Terminal::eraseText(int row, int first, int end, EraseKind kind) {
     if (kind == EraseKind::unprotected || m_isErasureGuarded) {
         const RectangleMemory::Filling filling{{first, end}, pen().blank};
         if (!m_rectangles.isFilled(row, m_buffer->line(row), filling)) {
@@ -161,7 +165,7 @@ void Terminal::setLineMode(RenderLineMode mode) {
     b.setLineMode(b.y(), mode);
     if (mode != RenderLineMode::single) {
         const int columns = b.lastColumn(b.y()) + 1;
-        loseTextImages(b.y(), columns, b.cols());
+        loseTextImages({b.y(), columns, b.y() + 1, b.cols()});
         b.line(b.y()).fill(columns, b.cols(), pen().blank);
         b.setCursor(std::min(b.x(), columns - 1), b.y());
     }

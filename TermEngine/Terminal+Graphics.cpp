@@ -274,6 +274,19 @@ void Terminal::cellsLost(const Buffer& buffer, int row, int first, int end) {
         &buffer == m_normal.get() ? ScreenId::normal : ScreenId::alternate, {{{number, number + 1, first, end}}});
 }
 
+void Terminal::eraseTextImagesIn(const Rectangle& area) {
+    const CellArea lost{lineNumber(area.top), lineNumber(area.bottom), area.left, area.right};
+    // With the halves of wide characters beside it.
+    if (!m_images.hasText(graphicsScreen(), {lost.top, lost.bottom, lost.left - 1, lost.right + 1})) {
+        return;
+    }
+    for (int row = area.top; row < area.bottom; ++row) {
+        m_buffer->tellCut(row, area.left);
+        m_buffer->tellCut(row, area.right);
+    }
+    eraseTextImages(graphicsScreen(), {{lost}});
+}
+
 /// Cells of a row move within margins, to the right where `by` is positive.
 void Terminal::moveTextImages(int top, int bottom, int left, int by) {
     if (m_images.hasText()) [[unlikely]] {

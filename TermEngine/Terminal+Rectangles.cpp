@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <span>
 
 namespace term {
 
@@ -34,10 +35,10 @@ void Terminal::csiCopyRectangularArea(const CsiParameters& parameters) {
     const int left = (origin ? b.marginLeft() : 0) + parameters.atLeastOne(6) - 1;
     const int height = std::min(source.bottom - source.top, (origin ? b.scrollBottom() + 1 : b.rows()) - top);
     const int width = std::min(source.right - source.left, (origin ? b.marginRight() + 1 : b.cols()) - left);
+    loseTextImages({top, left, top + height, left + width});
     for (int i = 0; i < height; ++i) {
         // From the end that is not written over before it is read.
         const int row = top > source.top ? height - 1 - i : i;
-        loseTextImages(top + row, left, left + width);
         b.line(top + row).copyFrom(b.line(source.top + row), source.left, left, width);
     }
 }
@@ -51,16 +52,20 @@ void Terminal::fillRectangle(const CsiParameters& parameters) {
     }
     const char32_t scalar =
         code < 0x80 ? characterIn(m_charset.left, static_cast<std::uint8_t>(code)) : static_cast<char32_t>(code);
+    loseTextImages(area);
     for (int row = area.top; row < area.bottom; ++row) {
-        loseTextImages(row, area.left, area.right);
         m_buffer->line(row).fill(area.left, area.right, PackedCell::make(PackedCell::Kind::scalar, scalar, pen().bits));
     }
 }
 
 void Terminal::eraseRectangle(const CsiParameters& parameters, EraseKind kind) {
     const Rectangle area = rectangle(parameters, 0);
-    for (int row = area.top; row < area.bottom && !area.isEmpty(); ++row) {
-        eraseCells(row, area.left, area.right, kind);
+    if (area.isEmpty()) {
+        return;
+    }
+    loseTextImages(area);
+    for (int row = area.top; row < area.bottom; ++row) {
+        eraseText(row, area.left, area.right, kind);
     }
 }
 
@@ -68,7 +73,7 @@ void Terminal::eraseRectangle(const CsiParameters& parameters, EraseKind kind) {
 void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) {
     Buffer& b = *m_buffer;
     const Rectangle area = rectangle(parameters, 0);
-    if (area.top >= area.bottom || !m_rectangles.mayLookUp()) {
+    if (area.top >= area.bottom || !m_rectangles.mayChange()) {
         return;
     }
     CsiParameters change;
@@ -96,6 +101,15 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
         *m_arena, {reverses ? AttributePatch() : patchOf(change), reverses ? mask : std::uint8_t{0}});
     const int lastColumn = m_modes.origin ? b.marginRight() + 1 : b.cols();
     const int firstColumn = m_modes.origin ? b.marginLeft() : 0;
+    // From its first corner to its last one, in whole rows between.
+    const bool isStream = !m_changesRectangles && area.top + 1 < area.bottom;
+    const std::array<Rectangle, 3> parts{
+        {{area.top, area.left, area.top + 1, lastColumn},
+         {area.top + 1, firstColumn, area.bottom - 1, lastColumn},
+         {area.bottom - 1, firstColumn, area.bottom, area.right}}};
+    for (const Rectangle& part : isStream ? std::span(parts) : std::span(&area, 1)) {
+        loseTextImages(part);
+    }
     for (int row = area.top; row < area.bottom; ++row) {
         const int left = m_changesRectangles || row == area.top ? area.left : firstColumn;
         const int right = m_changesRectangles || row + 1 == area.bottom ? area.right : lastColumn;
@@ -106,13 +120,12 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
         if (!reverses && m_rectangles.isChanged(row, b.line(row), changing)) {
             continue;
         }
-        loseTextImages(row, left, right);
         made.change(b.line(row).edit(left, right));
         if (!reverses) {
             m_rectangles.noteChanged(row, b.line(row), changing);
         }
     }
-    m_rectangles.addLookups(made.takeLookups());
+    m_rectangles.addSteps(made.takeSteps());
 }
 
 void Terminal::cmdDECRQCRA(const CsiParameters& parameters) {

@@ -50,7 +50,7 @@ public:
     void feed(Bytes bytes) {
         if (!m_parser.isParsing()) [[likely]] {
             m_images.allowance().renew(bytes.size());
-            m_rectangles.renewLookups();
+            m_rectangles.renewSteps();
         }
         m_parser.parseBorrowed(bytes);
         if (!m_images.placements().empty()) [[unlikely]] {
@@ -255,6 +255,7 @@ private:
     // Terminal+Erase.cpp
     enum class EraseKind : std::uint8_t { all, unprotected };
     void eraseCells(int row, int first, int end, EraseKind kind);
+    void eraseText(int row, int first, int end, EraseKind kind);
     void cmdEraseInDisplay(int what, EraseKind kind);
     void cmdEraseInLine(int what, EraseKind kind);
     void cmdEraseChars(int count);
@@ -423,14 +424,13 @@ private:
     void moveDown(int count);
     void dropPassedImages();
     void cutOverwrittenImages();
-    /// Before the cells of a row are erased or replaced.
-    void loseTextImages(int row, int first, int end) {
-        if (m_images.hasText()) [[unlikely]] {
-            m_buffer->tellCut(row, first);
-            m_buffer->tellCut(row, end);
-            cellsLost(*m_buffer, row, first, end);
+    /// Before cells are erased or replaced: of a rectangle at once, for a few bytes may name many rows.
+    void loseTextImages(const Rectangle& area) {
+        if (m_images.hasText() && !area.isEmpty()) [[unlikely]] {
+            eraseTextImagesIn(area);
         }
     }
+    void eraseTextImagesIn(const Rectangle& area);
     void moveTextImages(int top, int bottom, int left, int by);
     void eraseTextImages(ScreenId screen, std::span<const CellArea> areas);
     void linesMoved(const Buffer& buffer, Rectangle margins, int by) override;

@@ -3,7 +3,7 @@
 /// The same bytes three times: whole, in pieces from the first bytes, and without vector instructions. The screens,
 /// the cursor, the replies and the calls on the host are the same.
 ///
-/// What a feed has an allowance of (`PixelAllowance`, `RectangleMemory::mostLookups`) pieces get anew: with at most 254
+/// What a feed has an allowance of (`PixelAllowance`, `RectangleMemory::mostSteps`) pieces get anew: with at most 254
 /// bytes a feed, pictures of 12,500 pixels and screens of 3,072 cells, none comes near.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzInput input(data, size);

@@ -53,8 +53,8 @@ std::string shortPng(int side, Rows rows = Rows::inOrder) {
     return term::encodeBase64("\x89PNG\r\n\x1A\n" + chunk("IHDR", header) + chunk("IDAT", data) + chunk("IEND", ""));
 }
 
-std::string shortPixels(int side) {
-    return term::encodeBase64(zlibOf(std::string(static_cast<std::size_t>(side * side) * 4, '\x7F')));
+std::string shortPixels(int side, int bytesPerPixel = 4) {
+    return term::encodeBase64(zlibOf(std::string(static_cast<std::size_t>(side * side * bytesPerPixel), '\x7F')));
 }
 
 std::string kitty(const std::string& keys, const std::string& data = "") {
@@ -65,9 +65,14 @@ std::string square(int side) {
     return ",s=" + number(side) + ",v=" + number(side);
 }
 
-/// Text in one attribute, in another one in each cell, and in clusters.
+/// Text in one attribute, in two in turn, by ones and by pairs, and in another one in each cell; empty cells in two
+/// colours in turn, wide characters in two, and clusters.
 struct Screens {
     std::string plain = repeated(100, std::string(300, 'x'));
+    std::string inTurn = repeated(15'000, "\x1B[31mA\x1B[32mB");
+    std::string pairs = repeated(7'500, "\x1B[31mAA\x1B[32mBB");
+    std::string blanks = repeated(100, repeated(150, "\x1B[41m\x1B[X\x1B[C\x1B[42m\x1B[X\x1B[C") + "\r\n");
+    std::string wide = repeated(7'500, "\x1B[31m\xE6\xBC\xA2\x1B[32m\xE6\xBC\xA2");
     std::string colored = "\x1B[1m";
     std::string clusters;
     Screens() {
@@ -109,6 +114,7 @@ std::vector<HostileInput> hostileCellFloods() {
               {"DECCARA", "\x1B[;;;;1$r"},
               {"DECCARA, two in turn", "\x1B[;;;;1$r\x1B[;;;;0$r"},
               {"DECRARA", "\x1B[;;;;7$t"},
+              {"DECRARA of all", "\x1B[;;;;$t"},
               {"DECCRA of lines", "\x1B[;;;;;2$v"},
               {"DECCRA of columns", "\x1B[;;;;;;2$v"},
               {"DECALN", "\x1B#8"},
@@ -118,6 +124,13 @@ std::vector<HostileInput> hostileCellFloods() {
     }
     for (const char* once : {"\x1B[*y", "\x1B[;;;2*y\x1B[*y"}) {
         add("DECRQCRA of clusters", screens.clusters, once);
+    }
+    for (const Flood& flood :
+         std::to_array<Flood>({{"DECRARA", "\x1B[;;;;$t"}, {"DECCARA, two in turn", "\x1B[;;;;1$r\x1B[;;;;22$r"}})) {
+        add(std::string(flood.name) + ", two attributes in turn", screens.inTurn, flood.once);
+        add(std::string(flood.name) + ", two attributes by pairs", screens.pairs, flood.once);
+        add(std::string(flood.name) + ", empty cells of two colours", screens.blanks, flood.once);
+        add(std::string(flood.name) + ", wide characters", screens.wide, flood.once);
     }
     add("DECSERA, every other cell protected", repeated(15'000, "\x1B[1\"qx\x1B[0\"qy"), "\x1B[${");
     const std::string margins = "\x1B[?69h\x1B[2;79s\x1B[2;2H";
@@ -145,6 +158,15 @@ std::vector<HostileInput> hostileCellFloods() {
         add(std::string(flood.name) + " between margins", screens.plain + margins + "\x1B[999;2H", flood.once);
     }
     add("ICH", screens.plain, "\x1B[@");
+    const std::string pictures =
+        times(1000, [](int i) { return "\x1B[" + number(1 + i % 25) + ";" + number(1 + i / 25) + "H\x1BPq~\x1B\\"; });
+    for (const Flood& flood : std::to_array<Flood>(
+             {{"DECERA", "\x1B[;76$z"},
+              {"DECFRA", "\x1B[65;;76$x"},
+              {"DECCRA", "\x1B[;75;;76;;;78$v"},
+              {"DECCARA", "\x1B[;76;;;1$r\x1B[;76;;;22$r"}})) {
+        add(flood.name + std::string(" beside 1000 sixels"), pictures, flood.once);
+    }
     return made;
 }
 
@@ -172,6 +194,7 @@ std::vector<HostileInput> hostilePictureFloods() {
     add("PNG by OSC 1337, over the screen", "",
         "\x1B]1337;File=inline=1;width=300;height=100;preserveAspectRatio=0:" + shortPng(1) + "\a");
     add("compressed pixels", "", kitty("a=T,o=z,f=32" + square(fullSide), shortPixels(fullSide)));
+    add("compressed pixels of three bytes", "", kitty("a=T,i=1,o=z,f=24" + square(fullSide), shortPixels(fullSide, 3)));
     add("compressed pixels, too many", "", kitty("a=T,o=z,f=32" + square(1500), shortPixels(fullSide)));
     add("pixels that do not come", "", kitty("a=T,f=32" + square(fullSide), "AAAA"));
     const auto image = [](int side) { return kitty("a=T,i=1,C=1,o=z,f=32" + square(side), shortPixels(side)); };

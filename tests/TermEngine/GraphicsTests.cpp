@@ -167,6 +167,29 @@ TEST(SixelDecoder, BoundsWhatAnImageCosts) {
     }
 }
 
+TEST(SixelDecoder, DrawsAllThatAProgramSendsAtOnce) {
+    struct Row {
+        int count;
+        int width;
+        int height;
+    };
+    for (const Row& row : {Row{8, 1920, 1080}, Row{12, 1200, 900}, Row{40, 640, 480}}) {
+        const auto number = [](int value) { return std::to_string(value); };
+        std::string data = "\"1;1;" + number(row.width) + ";" + number(row.height) + "#1;2;9;9;9";
+        for (int y = 0; y < row.height; y += 6) {
+            data +=
+                "#1!" + number(row.width / 2) + "~$#2!" + number(row.width / 2) + "?!" + number(row.width / 2) + "~-";
+        }
+        PixelAllowance allowance(10'000'000);
+        allowance.renew(static_cast<size_t>(row.count) * data.size());
+        for (int i = 0; i < row.count; ++i) {
+            SixelDecoder decoder(allowance, 10'000'000, SixelDecoder::Background::transparent);
+            decoder.append(data);
+            EXPECT_TRUE(decoder.finish()) << i << " of " << row.width;
+        }
+    }
+}
+
 TEST(KittyGraphics, LoadsImagesInEveryFormat) {
     const std::string rg = pixels("rgb.");
     struct Row {
@@ -453,10 +476,43 @@ TEST(KittyGraphics, RefusesPixelsBeyondTheAllowance) {
         graphics.send("i=1,s=10,v=10", raw);
         graphics.send("a=f,i=1,s=10,v=10", raw);
         PixelAllowance& allowance = graphics.store.allowance();
-        EXPECT_TRUE(allowance.take(allowance.left() - 40)); // there are 100 pixels, or 50 lines
+        EXPECT_TRUE(allowance.take(allowance.left() - 140)); // there are 100 pixels, or 50 lines
         EXPECT_EQ(graphics.send(test.keys, test.data), "Gi=1;ENOSPC:too many pixels at once") << test.keys;
+        EXPECT_EQ(graphics.store.find(1)->frames.size(), 2U) << test.keys;
         allowance.renew(0);
         EXPECT_EQ(graphics.send(test.keys, test.data), "Gi=1;OK") << test.keys;
+    }
+}
+
+TEST(KittyGraphics, DrawsAllThatAProgramSendsAtOnce) {
+    struct Row {
+        const char* label;
+        int count;
+        std::string keys;     ///< of the first
+        std::string nextKeys; ///< of all others
+        std::string data;
+    };
+    const auto flat = [](int width, int height, int bytesPerPixel) {
+        return deflated(std::string(static_cast<size_t>(width * height * bytesPerPixel), '\x7F'));
+    };
+    const std::string small = "i=1,o=z,f=32,s=320,v=240";
+    const std::string large = "i=1,o=z,f=32,s=640,v=480";
+    const std::string wide = "i=1,o=z,f=32,s=1280,v=720";
+    const std::string full = "a=T,i=1,o=z,f=24,s=1920,v=1080";
+    for (const Row& row : std::vector<Row>{
+             {"a small animation", 32, small, "a=f," + small, flat(320, 240, 4)},
+             {"an animation", 8, large, "a=f," + large, flat(640, 480, 4)},
+             {"720p, drawn anew", 7, wide, wide, flat(1280, 720, 4)},
+             {"1080p, drawn anew", 7, full, full, flat(1920, 1080, 3)},
+             {"icons", 64, "i=1,f=100,o=z", "i=2,f=100,o=z", deflated(png(10, 10, std::string(400, 'x')))},
+         }) {
+        Graphics graphics(10'000'000);
+        const std::string data = ";" + encodeBase64(row.data);
+        graphics.store.allowance().renew(static_cast<size_t>(row.count) * data.size());
+        for (int i = 0; i < row.count; ++i) {
+            const std::string reply = graphics.reply((i == 0 ? row.keys : row.nextKeys) + data);
+            EXPECT_TRUE(reply.ends_with(";OK")) << row.label << " " << i << ": " << reply;
+        }
     }
 }
 

@@ -197,11 +197,11 @@ TEST(Images, TellTheHostWhenAnAnimationWantsToMove) {
     EXPECT_EQ(screen.terminal.images().images().begin()->second.loops, 0U);
 }
 
-/// One feed shows as large a picture as there is room for, but none behind a dozen of them; the next one does again.
+/// One feed shows as large a picture as there is room for, but none behind dozens of them; the next one does again.
 TEST(Images, OfOneFeedHaveAnAllowanceOfPixels) {
     const auto sixel = [](int height) { return "\x1BPq\"1;1;1500;" + std::to_string(height) + "\x1B\\"; };
     std::string flood;
-    for (int count = 0; count < 20; ++count) {
+    for (int count = 0; count < 40; ++count) {
         flood += sixel(1599);
     }
     const std::string file = encodeBase64(png(1500, 1600));

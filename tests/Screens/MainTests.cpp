@@ -1,3 +1,5 @@
+#include "OrvUI/AgentModels.h"
+#include "OrvUI/AgentRuns.h"
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/Screens/PlaceKeeper.h"
 #include "OrvUI/Screens/Theme.h"
@@ -7,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QProcess>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
@@ -391,6 +394,35 @@ TEST_F(MainWindow, TalksToAnAgentBesideThePage) {
     const auto isTyped = [this] { return window->activeFocusItem()->property("text") == u"not sent"_s; };
     EXPECT_TRUE(test::waitFor(isTyped)) << focus();
     EXPECT_EQ(window->activeFocusItem()->property("cursorPosition"), 8) << "one goes on typing";
+}
+
+TEST_F(MainWindow, KeepsTheDecisionOfAReviewInSight) {
+    const QString agent = tree.add(
+        u"bin/claude"_s,
+        "#!/bin/sh\nfor i in 1 2 3 4 5 6 7 8; do seq 40 >$i.txt; done\n"
+        "echo '{\"type\":\"result\",\"subtype\":\"success\",\"is_error\":false,\"result\":\"Done\"}'\n");
+    ASSERT_TRUE(QFile::setPermissions(agent, QFile::ReadOwner | QFile::ExeOwner));
+    addInstalled(u"shop"_s, "vite", "");
+    QProcess git;
+    git.setWorkingDirectory(root + u"/shop"_s);
+    git.start(u"sh"_s, {u"-c"_s, u"git init -q && git add -A && git -c user.name=A -c user.email=a@b commit -qm 1"_s});
+    ASSERT_TRUE(git.waitForFinished() && git.exitCode() == 0) << git.readAllStandardError().constData();
+    ASSERT_TRUE(model->settings().change([](AppSettings& settings) { settings.agentWorktrees = true; }));
+    scan();
+    open(QSize(1000, Theme::minimumHeight));
+    const AgentRun* run = model->startAgent(AgentKind::claude, u"Count"_s, project(u"shop"_s));
+    ASSERT_NE(run, nullptr);
+    ASSERT_TRUE(test::finishes(model->agentRunner().settled(run)));
+    ASSERT_TRUE(test::waitFor([this] { return !items("WindowSheets").isEmpty(); })) << "the sheets come a moment later";
+    model->agentModels()->review(run->facts().id.toString(QUuid::WithoutBraces));
+    ASSERT_TRUE(test::waitFor([this] { return items("ReviewFile").size() > 4 && items("DiffLine").size() > 4; }))
+        << items("ReviewFile").size() << ' ' << items("DiffLine").size();
+    const QQuickItem* decision = button(u"Throw away"_s);
+    ASSERT_NE(decision, nullptr);
+    EXPECT_TRUE(test::waitFor([&] {
+        const double bottom = decision->mapToScene(QPointF(0, decision->height())).y();
+        return bottom <= Theme::minimumHeight - Theme::space16 - Theme::space24;
+    })) << decision->mapToScene(QPointF()).y();
 }
 
 TEST_F(MainWindow, ShowsEveryPageAndSection) {

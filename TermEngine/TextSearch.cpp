@@ -201,9 +201,8 @@ private:
             m_isDone = true;
             return;
         }
-        if (m_found == m_options.limit) {
+        if (m_isCut) {
             m_isDone = true;
-            m_isCut = true;
             return;
         }
         const int first = firstOfWrapped(buffer, indexOf(buffer, end - 1));

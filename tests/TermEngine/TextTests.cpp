@@ -196,16 +196,19 @@ TEST(Reflow, KeepsTheMarksOfTheShellOnTheirText) {
 std::optional<std::vector<TextRange>> search(
     const Buffer& buffer, std::string_view pattern, const SearchOptions& options = {},
     std::uint64_t steps = 1'000'000) {
-    std::optional<TextSearch> search = TextSearch::of(pattern, options);
-    if (!search) {
+    std::optional<TextSearch> searcher = TextSearch::of(pattern, options);
+    if (!searcher) {
         return {};
     }
     std::vector<TextRange> found;
-    for (search->start(buffer); !search->isDone();) {
-        const std::vector<TextRange> more = search->advance(buffer, steps);
+    for (searcher->start(buffer); !searcher->isDone();) {
+        const std::vector<TextRange> more = searcher->advance(buffer, steps);
         found.insert(found.end(), more.begin(), more.end());
     }
-    EXPECT_EQ(search->isComplete(), found.size() < options.limit) << pattern;
+    SearchOptions further = options;
+    ++further.limit;
+    const bool isAll = found.size() < options.limit || search(buffer, pattern, further)->size() == found.size();
+    EXPECT_EQ(searcher->isComplete(), isAll) << pattern;
     std::ranges::reverse(found);
     return found;
 }
@@ -219,6 +222,7 @@ TEST(TextSearch, FindsOverSoftWrapsInScreenAndHistory) {
     };
     const std::vector<Case> cases = {
         {"needle", {}, {{{0, 2}, {0, 8}}, {{2, 0}, {2, 6}}, {{3, 2}, {3, 8}}, {{4, 0}, {4, 6}}}},
+        {"needle", {.limit = 4}, {{{0, 2}, {0, 8}}, {{2, 0}, {2, 6}}, {{3, 2}, {3, 8}}, {{4, 0}, {4, 6}}}},
         {"Needle", {.ignoresCase = false}, {}},
         {"needle", {.wholeWords = true}, {{{0, 2}, {0, 8}}, {{2, 0}, {2, 6}}, {{3, 2}, {3, 8}}}},
         {"字n", {}, {{{3, 0}, {3, 3}}}},

@@ -152,8 +152,9 @@ void LogPane::hoverEnterEvent(QHoverEvent* event) {
 }
 
 void LogPane::hoverMoveEvent(QHoverEvent* event) {
-    // Qt also tells of a mouse that rests, after a frame, with the keys as they were before the last one changed.
-    if (event->position() != m_pointer) {
+    // Qt may tell of a move late, and of a mouse that rests after each frame, with the keys as they were before the
+    // last one changed.
+    if (!m_knowsCtrl && event->position() != m_pointer) {
         m_isCtrlHeld = event->modifiers().testFlag(Qt::ControlModifier);
     }
     hover(event->position(), m_isCtrlHeld);
@@ -163,7 +164,7 @@ void LogPane::hoverLeaveEvent(QHoverEvent* /*event*/) {
     if (window() != nullptr) {
         window()->removeEventFilter(this);
     }
-    m_isCtrlHeld = false;
+    m_isCtrlHeld = m_knowsCtrl = false;
     setHovered({});
 }
 
@@ -171,9 +172,10 @@ bool LogPane::eventFilter(QObject* watched, QEvent* event) {
     const bool isPress = event->type() == QEvent::KeyPress;
     if ((isPress || event->type() == QEvent::KeyRelease) && isModifierOfLinks(static_cast<QKeyEvent*>(event)->key())) {
         m_isCtrlHeld = isPress;
+        m_knowsCtrl = true;
         hover(m_pointer, isPress);
     } else if (event->type() == QEvent::FocusOut) {
-        m_isCtrlHeld = false;
+        m_isCtrlHeld = m_knowsCtrl = false;
     }
     return QQuickItem::eventFilter(watched, event);
 }
@@ -192,7 +194,8 @@ void LogPane::mousePressEvent(QMouseEvent* event) {
         }
         return;
     }
-    hover(place, event->modifiers().testFlag(Qt::ControlModifier));
+    m_isCtrlHeld = event->modifiers().testFlag(Qt::ControlModifier);
+    hover(place, m_isCtrlHeld);
     m_pressed = m_hovered.line >= 0 ? std::optional(m_hovered) : std::nullopt;
     if (!m_pressed) {
         press(*event);

@@ -110,6 +110,7 @@ private:
     QPointF m_clickPlace;
     bool m_isSelecting = false;
     bool m_isCtrlHeld = false;
+    bool m_knowsCtrl = false; ///< it was pressed or released since the mouse came
     QPointF m_pointer;
     QTimer m_dragTimer;
 };

@@ -59,8 +59,15 @@ FocusScope {
 
     // At the first thing that was found.
     function focusResults() {
-        view.forceActiveFocus(Qt.OtherFocusReason);
-        view.nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
+        const next = view.nextItemInFocusChain();
+        let inside = next;
+        while (inside !== null && inside !== view) {
+            inside = inside.parent;
+        }
+        // Where nothing is found, the next one is outside.
+        if (inside !== null) {
+            next.forceActiveFocus(Qt.TabFocusReason);
+        }
     }
 
     SettingsForm {

@@ -78,8 +78,7 @@ Sheet {
                 sheet.shortcuts.searchText = "";
             }
             onAbandoned: sheet.close()
-            Keys.onDownPressed: list.flick(0, -Theme.paletteWidth)
-            Keys.onUpPressed: list.flick(0, Theme.paletteWidth)
+            Keys.onPressed: event => list.scroll(event)
         }
 
         Label {
@@ -102,6 +101,20 @@ Sheet {
         ListView {
             id: list
 
+            function scroll(event) {
+                const steps = {
+                    [Qt.Key_Down]: Theme.sidebarRowHeight,
+                    [Qt.Key_Up]: -Theme.sidebarRowHeight,
+                    [Qt.Key_PageDown]: height - Theme.sidebarRowHeight,
+                    [Qt.Key_PageUp]: Theme.sidebarRowHeight - height
+                };
+                const step = steps[event.key] ?? 0;
+                if (step !== 0) {
+                    event.accepted = true;
+                    contentY = Math.max(originY, Math.min(contentY + step, originY + contentHeight + bottomMargin - height));
+                }
+            }
+
             anchors.top: note.isNeeded ? note.bottom : search.bottom
             anchors.topMargin: Theme.space8
             anchors.bottom: parent.bottom
@@ -111,6 +124,8 @@ Sheet {
             clip: true
             boundsBehavior: Flickable.StopAtBounds
             activeFocusOnTab: true
+            keyNavigationEnabled: false
+            Keys.onPressed: event => list.scroll(event)
             model: sheet.shortcuts
             section.property: "group"
             Accessible.role: Accessible.List

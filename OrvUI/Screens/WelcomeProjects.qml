@@ -8,9 +8,12 @@ WelcomePage {
     readonly property bool found: form.detectedCount > 0
     // What is typed stays as it is typed.
     property bool typing: false
+    // What is typed is looked through once the typing rests.
+    readonly property bool looking: form.isScanning || rest.running
     signal folderRequested
 
     function take() {
+        rest.stop();
         page.typing = false;
         page.form.folder = field.text;
         page.form.scanFolder();
@@ -22,6 +25,13 @@ WelcomePage {
     Component.onCompleted: {
         field.text = form.folderText;
         form.scanFolder();
+    }
+
+    Timer {
+        id: rest
+
+        interval: 500
+        onTriggered: page.form.scanFolder()
     }
 
     Connections {
@@ -54,6 +64,7 @@ WelcomePage {
             onTextEdited: {
                 page.typing = true;
                 page.form.folder = text;
+                rest.restart();
             }
             onEditingFinished: page.take()
         }
@@ -85,7 +96,7 @@ WelcomePage {
         height: Theme.headerTile
         visible: page.form.folderExists
         radius: Theme.radiusCard
-        color: page.found ? Theme.successSoft : Theme.sunken
+        color: page.found && !page.looking ? Theme.successSoft : Theme.sunken
 
         Row {
             anchors.verticalCenter: parent.verticalCenter
@@ -94,7 +105,7 @@ WelcomePage {
 
             Icon {
                 anchors.verticalCenter: parent.verticalCenter
-                visible: !page.form.isScanning
+                visible: !page.looking
                 name: page.found ? "circle-check" : "folder-search"
                 size: Theme.iconLarge
                 color: page.found ? Theme.success : Theme.text2
@@ -102,20 +113,20 @@ WelcomePage {
 
             Spinner {
                 anchors.verticalCenter: parent.verticalCenter
-                visible: page.form.isScanning
+                visible: page.looking
                 size: Theme.iconLarge
             }
 
             Label {
                 anchors.verticalCenter: parent.verticalCenter
-                visible: page.form.isScanning || !page.found
+                visible: page.looking || !page.found
                 color: Theme.text2
-                text: page.form.isScanning ? qsTr("Looking for projects…") : qsTr("Nothing to run here yet. You can add projects later.")
+                text: page.looking ? qsTr("Looking for projects…") : qsTr("Nothing to run here yet. You can add projects later.")
             }
 
             Row {
                 anchors.verticalCenter: parent.verticalCenter
-                visible: page.found && !page.form.isScanning
+                visible: page.found && !page.looking
                 spacing: Theme.space4
                 Accessible.role: Accessible.StaticText
                 Accessible.name: folders.visible ? qsTr("%1 %2").arg(count.text).arg(folders.text) : count.text

@@ -10,7 +10,8 @@ Row {
     signal chosen(int index)
 
     spacing: Theme.crumbGap
-    clip: true
+    // Else the ring of the focus would be cut.
+    clip: implicitWidth > width
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Way to this page")
 

@@ -33,6 +33,14 @@ Item {
         interactive: contentWidth > width
         boundsBehavior: Flickable.StopAtBounds
         clip: interactive
+        onWidthChanged: {
+            for (let index = 0; index < shown.count; ++index) {
+                const tab = shown.itemAt(index) as TerminalTab;
+                if (tab?.isSelected) {
+                    strip.show(tab);
+                }
+            }
+        }
         Accessible.role: Accessible.PageTabList
         Accessible.name: qsTr("Terminals")
 
@@ -49,6 +57,8 @@ Item {
             }
 
             Repeater {
+                id: shown
+
                 model: strip.list.rows
 
                 TerminalTab {

@@ -326,7 +326,7 @@ std::size_t Buffer::putClustered(std::span<const char32_t> text, const Pen& pen,
             const bool widens = mode == ClusterMode::graphemes && !before.isWide() &&
                                 (scalar == unicode::emojiSelector
                                      ? cluster.size() == 1 && unicode::properties(cluster[0]).takesEmojiSelector()
-                                     : properties.width() == 2 && kind != GraphemeBreak::extend);
+                                     : properties.width() > 0 && kind != GraphemeBreak::regionalIndicator);
             // Marks that follow come into the cluster with it, so that what is interned is the whole.
             std::size_t count = 1;
             while (count < text.size() && isPlainMark(text[count])) {

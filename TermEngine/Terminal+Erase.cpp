@@ -167,7 +167,9 @@ void Terminal::setLineMode(RenderLineMode mode) {
         const int columns = b.lastColumn(b.y()) + 1;
         loseTextImages({b.y(), columns, b.y() + 1, b.cols()});
         b.line(b.y()).fill(columns, b.cols(), pen().blank);
+        const bool wasPending = b.pendingWrap();
         b.setCursor(std::min(b.x(), columns - 1), b.y());
+        b.setPendingWrap(wasPending);
     }
 }
 

@@ -7,6 +7,9 @@
 namespace term {
 namespace {
 
+/// Not a state, but a saving and a restoring.
+constexpr int savedCursorMode = 1048;
+
 template <typename Value>
 struct ModeOf {
     int mode;
@@ -100,7 +103,7 @@ std::optional<bool> Terminal::decPrivateMode(int mode) const {
         return m_buffer->extendedReverseWraparound;
     case 1046:
         return m_modes.allowsAlternateScreen;
-    case 1048:
+    case savedCursorMode:
         return true;
     case 2026:
         return m_modes.synchronizedOutput;
@@ -193,7 +196,7 @@ void Terminal::chooseScreen(int mode, bool on) {
             activateNormal(mode == 1047);
         }
         break;
-    case 1048:
+    case savedCursorMode:
         if (on) {
             cmdSaveCursor();
         } else {
@@ -275,8 +278,11 @@ void Terminal::cmdResetMode(ModeKind kind, const CsiParameters& parameters) {
 
 void Terminal::cmdSavePrivateModes(const CsiParameters& parameters) {
     for (int i = 0; i < parameters.count; ++i) {
-        if (const std::optional<bool> state = decPrivateMode(parameters.at(i))) {
-            m_savedModes[parameters.at(i)] = *state;
+        const int mode = parameters.at(i);
+        if (mode == savedCursorMode) {
+            cmdSaveCursor();
+        } else if (const std::optional<bool> state = decPrivateMode(mode)) {
+            m_savedModes[mode] = *state;
         }
     }
 }
@@ -284,7 +290,9 @@ void Terminal::cmdSavePrivateModes(const CsiParameters& parameters) {
 void Terminal::restorePrivateModes(const CsiParameters& parameters) {
     for (int i = 0; i < parameters.count; ++i) {
         const int mode = parameters.at(i);
-        if (mode == 2500) {
+        if (mode == savedCursorMode) {
+            cmdRestoreCursor();
+        } else if (mode == 2500) {
             m_modes.bidiBoxMirroring = m_options.initialBidiState.mirrorsBoxDrawing;
         } else if (mode == 2501) {
             m_modes.bidiAutodetection = m_options.initialBidiState.autodetectsDirection;

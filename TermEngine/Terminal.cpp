@@ -308,7 +308,6 @@ void Terminal::softReset() {
     m_buffer->reverseWraparound = false;
     m_buffer->extendedReverseWraparound = false;
     m_buffer->resetMargins();
-    m_buffer->setPendingWrap(false);
     m_buffer->saved = {};
     m_attribute = {};
     m_isProtected = false;

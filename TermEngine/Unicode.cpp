@@ -53,6 +53,15 @@ bool continuesCluster(std::span<const char32_t> cluster, char32_t scalar) {
     return !cluster.empty() && !breaker.startsCluster(scalar);
 }
 
+int clusterWidth(std::u32string_view cluster) {
+    int width = 0;
+    for (std::size_t i = 0; i < cluster.size() && width < 2; ++i) {
+        const bool isEmoji = i == 1 && cluster[1] == emojiSelector && properties(cluster[0]).takesEmojiSelector();
+        width += isEmoji ? 1 : properties(cluster[i]).width();
+    }
+    return std::min(width, 2);
+}
+
 char32_t foldCase(char32_t scalar) {
     if (scalar < 0x80) {
         return scalar >= U'A' && scalar <= U'Z' ? scalar + 32 : scalar;

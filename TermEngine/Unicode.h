@@ -81,6 +81,10 @@ private:
 /// Whether a scalar goes on with the cluster that the given scalars are.
 [[nodiscard]] bool continuesCluster(std::span<const char32_t> cluster, char32_t scalar);
 
+/// The columns that a cluster takes: what its first scalar takes, and two when another takes any by itself (a vowel
+/// sign, a skin tone, the second half of a flag) or U+FE0F makes an emoji of it.
+[[nodiscard]] int clusterWidth(std::u32string_view cluster);
+
 /// For comparing without regard to case: simple case folding (CaseFolding.txt, statuses C and S).
 [[nodiscard]] char32_t foldCase(char32_t scalar);
 

@@ -391,7 +391,8 @@ QImage LinePainter::paintText(std::u32string_view text, int cursor) {
             ++end;
         }
         caret = caret < 0 && cursor >= 0 && static_cast<size_t>(cursor) < end ? columns : caret;
-        parts.push_back({text.substr(first, end - first), std::max(1, term::unicode::properties(text[first]).width())});
+        const std::u32string_view cluster = text.substr(first, end - first);
+        parts.push_back({cluster, std::max(1, term::unicode::clusterWidth(cluster))});
         columns += parts.back().columns;
         first = end;
     }

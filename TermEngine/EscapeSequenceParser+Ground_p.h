@@ -10,7 +10,7 @@ namespace term {
 /// The state in which text is written and most sequences are read whole, for one kind of handler: where the compiler
 /// knows it, its functions become a part of the loop.
 template <typename Handler>
-void EscapeSequenceParser::walkGround(ParsingState& at) {
+[[gnu::flatten]] void EscapeSequenceParser::walkGround(ParsingState& at) {
     using enum ParserState;
     auto& handler = static_cast<Handler&>(m_handler);
     if (m_utf8.isPending()) {
@@ -86,7 +86,7 @@ void EscapeSequenceParser::walkGround(ParsingState& at) {
 /// From behind "ESC [": at most a private marker, numbers of up to four digits, semicolons and the final byte, all of
 /// it within 32 bytes; where it ends. Null, and nothing is done, for what is not so plain or not all there.
 template <typename Handler>
-[[gnu::always_inline]] inline const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
+const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
     Handler& handler, const std::uint8_t* p, const std::uint8_t* end) {
     // The last number is read four bytes at a look.
     if (end - p < 1 + detail::sequenceSize + 4) {

@@ -60,11 +60,6 @@ BufferLine::BufferLine(const BufferLine& other)
     return m_cells.get();
 }
 
-void BufferLine::setRenderMode(RenderLineMode mode) {
-    m_generation += m_renderMode != mode ? 1 : 0;
-    m_renderMode = mode;
-}
-
 void BufferLine::setSemanticMark(const SemanticMarks& marks) {
     m_semanticMarks = marks;
     ++m_generation;
@@ -84,15 +79,15 @@ void BufferLine::reserve(int col, int end) {
     }
     if (col > m_usedLength) {
         constexpr int block = 8;
-        PackedCell* at = m_cells.get() + m_usedLength;
-        PackedCell* const last = m_cells.get() + col;
-        if (col + block <= m_capacity) {
-            // Past the last one there is nothing yet that blocks could overwrite.
-            for (; at < last; at += block) {
-                std::fill_n(at, block, m_tailBlankCell);
-            }
-        } else {
-            std::fill(at, last, m_tailBlankCell);
+        const PackedCell blank = m_tailBlankCell; // which no store here can change
+        PackedCell* const cells = m_cells.get();
+        int at = m_usedLength;
+        // Past the last one there is nothing yet that blocks could overwrite.
+        for (; at < col && at + block <= m_capacity; at += block) {
+            std::fill_n(cells + at, block, blank);
+        }
+        for (; at < col; ++at) {
+            cells[at] = blank;
         }
     }
     m_usedLength = std::max(m_usedLength, end);

@@ -68,7 +68,10 @@ public:
         m_isWrapped = wrapped;
     }
     [[nodiscard]] RenderLineMode renderMode() const { return m_renderMode; }
-    void setRenderMode(RenderLineMode mode);
+    void setRenderMode(RenderLineMode mode) {
+        m_generation += m_renderMode != mode ? 1 : 0;
+        m_renderMode = mode;
+    }
     [[nodiscard]] std::uint8_t bidiState() const { return m_bidiState; }
     void setBidiState(std::uint8_t state) {
         m_generation += m_bidiState != state ? 1 : 0;
@@ -136,6 +139,16 @@ public:
     /// Cells to change where they are, without a look at wide characters.
     [[nodiscard]] std::span<PackedCell> edit(int first, int end);
     void fill(int first, int end, PackedCell cell);
+    /// Nothing but blank cells, and nothing that was said of its text or of how it is shown.
+    void clear(PackedCell blank) {
+        m_usedLength = 0;
+        m_tailBlankCell = blank;
+        m_isWrapped = false;
+        m_hasWide = false;
+        m_renderMode = RenderLineMode::single;
+        ++m_generation;
+        forgetPrompt();
+    }
     /// Blank cells between the protected ones.
     void fillUnprotected(int first, int end, PackedCell cell);
     /// Moves the cells of [col, end) to the right by `count`; those that leave it at the end are lost.

@@ -7,20 +7,14 @@
 namespace term {
 namespace {
 
-std::uint64_t hashOf(const PackedAttributeKey& key) {
-    std::uint64_t hash = (key.word0 ^ (key.word1 * 0x9E3779B97F4A7C15ULL)) * 0xD6E8FEB86659FD93ULL;
-    hash ^= hash >> 32;
-    return hash * 0xD6E8FEB86659FD93ULL;
-}
-
 /// Apart from the bits that choose the slot.
 std::uint16_t tagOf(std::uint64_t hash) {
-    return static_cast<std::uint16_t>(hash >> 48);
+    return static_cast<std::uint16_t>(hash >> 28);
 }
 
 } // namespace
 
-CellArena::CellArena() : m_attributeIdentifiers(256) {
+CellArena::CellArena() : m_attributeIdentifiers(std::size_t{1} << initialSlotBits) {
     m_attributes.add({});
 }
 
@@ -43,9 +37,9 @@ bool CellArena::preservesEncoding(const CellArena& snapshot) const {
            m_links.hasValuesOf(snapshot.m_links);
 }
 
-std::size_t CellArena::slotOf(const PackedAttributeKey& key, std::uint64_t hash) const {
+std::size_t CellArena::slotOf(PackedAttributeKey key, std::uint64_t hash) const {
     const std::size_t mask = m_attributeIdentifiers.size() - 1;
-    std::size_t slot = (hash >> 16) & mask;
+    std::size_t slot = firstSlotOf(hash);
     while (m_attributeIdentifiers[slot].id != 0 &&
            (m_attributeIdentifiers[slot].tag != tagOf(hash) || m_attributes[m_attributeIdentifiers[slot].id] != key)) {
         slot = (slot + 1) & mask;
@@ -57,7 +51,7 @@ std::size_t CellArena::slotOf(const PackedAttributeKey& key, std::uint64_t hash)
 void CellArena::addToSlots(std::uint16_t id) {
     const std::uint64_t hash = hashOf(m_attributes[id]);
     const std::size_t mask = m_attributeIdentifiers.size() - 1;
-    std::size_t slot = (hash >> 16) & mask;
+    std::size_t slot = firstSlotOf(hash);
     while (m_attributeIdentifiers[slot].id != 0) {
         slot = (slot + 1) & mask;
     }
@@ -67,6 +61,7 @@ void CellArena::addToSlots(std::uint16_t id) {
 void CellArena::growSlots() {
     const std::vector<Slot> old =
         std::exchange(m_attributeIdentifiers, std::vector<Slot>(m_attributeIdentifiers.size() * 2));
+    --m_slotShift;
     for (const Slot slot : old) {
         if (slot.id != 0) {
             addToSlots(slot.id);
@@ -74,7 +69,7 @@ void CellArena::growSlots() {
     }
 }
 
-std::uint16_t CellArena::intern(const PackedAttributeKey& key) {
+std::uint16_t CellArena::intern(PackedAttributeKey key) {
     if (key == m_attributeCache.key) {
         return m_attributeCache.id;
     }
@@ -99,12 +94,8 @@ std::uint16_t CellArena::known(const PackedAttributeKey& key) const {
     return m_attributeIdentifiers[slotOf(key, hashOf(key))].id;
 }
 
-void CellArena::willIntern(const PackedAttributeKey& key) const {
-    __builtin_prefetch(m_attributeIdentifiers.data() + ((hashOf(key) >> 16) & (m_attributeIdentifiers.size() - 1)));
-}
-
 /// `slot` is the free one where it belongs; 0 when there is no room.
-std::uint16_t CellArena::addAttribute(const PackedAttributeKey& key, std::uint64_t hash, std::size_t slot) {
+std::uint16_t CellArena::addAttribute(PackedAttributeKey key, std::uint64_t hash, std::size_t slot) {
     bool isRebuilt = sweepWhenDue(isFullOfAttributes() ? Room::none : Room::some);
     if (isFullOfAttributes()) {
         isRebuilt = coarsenWhenDue() || isRebuilt;
@@ -169,16 +160,21 @@ void CellArena::sweep() {
 
 /// Not 0: used. All others are free from now on.
 void CellArena::keepAttributes(const std::vector<std::uint8_t>& used) {
-    m_freeAttributes.clear();
+    // Each goes to both lists and stays in one: no branch on which, that nobody can foretell.
+    std::vector<std::uint16_t> kept(m_attributes.size());
+    m_freeAttributes.resize(m_attributes.size());
+    std::size_t freeCount = 0;
     m_attributeCount = 0;
-    std::ranges::fill(m_attributeIdentifiers, Slot{});
     for (std::size_t id = m_attributes.size() - 1; id > 0; --id) {
-        if (used[id] != 0) {
-            ++m_attributeCount;
-            addToSlots(static_cast<std::uint16_t>(id));
-        } else {
-            m_freeAttributes.push_back(static_cast<std::uint16_t>(id));
-        }
+        kept[m_attributeCount] = static_cast<std::uint16_t>(id);
+        m_freeAttributes[freeCount] = static_cast<std::uint16_t>(id);
+        m_attributeCount += used[id] != 0 ? 1 : 0;
+        freeCount += used[id] != 0 ? 0 : 1;
+    }
+    m_freeAttributes.resize(freeCount);
+    std::ranges::fill(m_attributeIdentifiers, Slot{});
+    for (const std::uint16_t id : std::span(kept).first(m_attributeCount)) {
+        addToSlots(id);
     }
     m_attributeCache = {};
     ++m_sweepCount;
@@ -205,7 +201,7 @@ void CellArena::Marker::mark(std::span<const PackedCell> cells) {
     }
 }
 
-PackedCell CellArena::blank(const PackedAttributeKey& key) {
+PackedCell CellArena::blank(PackedAttributeKey key) {
     const Color background = key.background();
     if (background.kind() != Color::Kind::defaultInvertedColor) [[likely]] {
         // By the kind of the colour, without a branch; the content of the default one is 0.

@@ -98,10 +98,12 @@ public:
     [[nodiscard]] RenderIdentity nextLineIdentity() { return ++m_lineIdentities; }
 
     /// 0, the default attribute, when the table is full and nothing can be made coarse.
-    [[nodiscard]] std::uint16_t intern(const PackedAttributeKey& key);
+    [[nodiscard]] std::uint16_t intern(PackedAttributeKey key);
     [[nodiscard]] std::uint16_t intern(const Attribute& attribute) { return intern(attribute.packed()); }
     /// Hints that the attribute comes next.
-    void willIntern(const PackedAttributeKey& key) const;
+    void willIntern(PackedAttributeKey key) const {
+        __builtin_prefetch(m_attributeIdentifiers.data() + firstSlotOf(hashOf(key)));
+    }
     /// 0 when the table is full.
     [[nodiscard]] std::uint32_t intern(std::u32string_view scalars);
     /// 0 when the table is full.
@@ -121,7 +123,7 @@ public:
     [[nodiscard]] std::optional<PackedCell> pack(const CharData& cell);
     [[nodiscard]] CharData unpack(PackedCell cell) const;
     /// The empty cell that an erase with this attribute leaves.
-    [[nodiscard]] PackedCell blank(const PackedAttributeKey& key);
+    [[nodiscard]] PackedCell blank(PackedAttributeKey key);
     [[nodiscard]] PackedCell blank(const Attribute& attribute) { return blank(attribute.packed()); }
     [[nodiscard]] Attribute attributeOf(PackedCell cell) const;
     /// All scalars of a cell, none of an empty one.
@@ -201,19 +203,25 @@ private:
         std::uint16_t id = 0;
         std::uint16_t tag = 0;
     };
+    static constexpr int initialSlotBits = 8;
     /// The last attribute that was interned.
     struct AttributeCacheEntry {
         PackedAttributeKey key;
         std::uint16_t id = 0;
     };
-    [[nodiscard]] std::size_t slotOf(const PackedAttributeKey& key, std::uint64_t hash) const;
+    /// The upper bits depend on all of the attribute.
+    [[nodiscard]] static std::uint64_t hashOf(PackedAttributeKey key) {
+        return (key.word0 * 0x9E3779B97F4A7C15ULL) ^ (key.word1 * 0xD6E8FEB86659FD93ULL);
+    }
+    [[nodiscard]] std::size_t firstSlotOf(std::uint64_t hash) const { return hash >> m_slotShift; }
+    [[nodiscard]] std::size_t slotOf(PackedAttributeKey key, std::uint64_t hash) const;
     [[nodiscard]] std::uint16_t known(const PackedAttributeKey& key) const;
     void addToSlots(std::uint16_t id);
     void growSlots();
     [[nodiscard]] bool isFullOfAttributes() const {
         return m_freeAttributes.empty() && m_attributes.size() > attributeCapacity;
     }
-    [[nodiscard]] std::uint16_t addAttribute(const PackedAttributeKey& key, std::uint64_t hash, std::size_t slot);
+    [[nodiscard]] std::uint16_t addAttribute(PackedAttributeKey key, std::uint64_t hash, std::size_t slot);
     enum class Room : std::uint8_t { none, some };
     bool sweepWhenDue(Room room);
     bool coarsenWhenDue();
@@ -222,6 +230,7 @@ private:
     SharedTable<PackedAttributeKey> m_attributes;
     std::vector<std::uint16_t> m_freeAttributes;
     std::vector<Slot> m_attributeIdentifiers; ///< open addressing
+    int m_slotShift = 64 - initialSlotBits;   ///< from a hash to its first place there
     std::size_t m_attributeCount = 0;
     AttributeCacheEntry m_attributeCache;
 

@@ -66,17 +66,22 @@ public:
         const std::size_t lowest = m_startIndex + std::min(from, to);
         if (const std::size_t begin = lowest >= m_array.size() ? lowest - m_array.size() : lowest;
             begin + (std::max(from, to) - std::min(from, to)) < m_array.size()) {
-            // In one piece.
+            // In one piece. To swap moves an element with a load and a store, an assignment looks at what it replaces.
             const auto first = m_array.begin() + static_cast<std::ptrdiff_t>(begin);
             if (from < to) {
                 const auto last = first + static_cast<std::ptrdiff_t>(to - from);
                 Element moved = std::move(*first);
-                *std::move(first + 1, last + 1, first) = std::move(moved);
+                for (auto at = last; at != first; --at) {
+                    std::swap(moved, *at);
+                }
+                *first = std::move(moved);
             } else {
                 const auto last = first + static_cast<std::ptrdiff_t>(from - to);
                 Element moved = std::move(*last);
-                std::move_backward(first, last, last + 1);
-                *first = std::move(moved);
+                for (auto at = first; at != last; ++at) {
+                    std::swap(moved, *at);
+                }
+                *last = std::move(moved);
             }
             return;
         }

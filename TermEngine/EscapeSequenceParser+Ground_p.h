@@ -10,7 +10,7 @@ namespace term {
 /// The state in which text is written and most sequences are read whole, for one kind of handler: where the compiler
 /// knows it, its functions become a part of the loop.
 template <typename Handler>
-void EscapeSequenceParser::walkGround(ParsingState& at) {
+[[gnu::flatten]] void EscapeSequenceParser::walkGround(ParsingState& at) {
     using enum ParserState;
     auto& handler = static_cast<Handler&>(m_handler);
     if (m_utf8.isPending()) {
@@ -107,23 +107,6 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
     const std::uint8_t* const behind = p + size + 1;
     const std::uint32_t lastBit = ends & (0 - ends);
     const std::uint32_t semicolons = shape.semicolons & (lastBit - 1);
-    if (final == 'm' && markers == 0) {
-        if (detail::beginsTrueColor(p)) {
-            // Many millions of them, most of which do not come again.
-            const std::uint32_t rest = semicolons & ~std::uint32_t{0x1F};
-            const std::uint32_t last = rest & (rest - 1);
-            const int red = std::countr_zero(rest | 0x80000000);
-            const int green = std::countr_zero(last | 0x80000000);
-            if (last != 0 && (last & (last - 1)) == 0 && red <= 9 && green - red <= 5 && size - green <= 5 &&
-                handler.applyTrueColor(
-                    p[0], detail::numberAt(p + 5, red - 5), detail::numberAt(p + red + 1, green - red - 1),
-                    detail::numberAt(p + green + 1, size - green - 1))) {
-                return behind;
-            }
-        } else if (size < 16 && handler.applyKnownRendition(detail::sequenceText(p, size))) {
-            return behind;
-        }
-    }
     std::int32_t* const values = m_pars.values.data();
     int count = 0;
     std::uint32_t separators = semicolons | lastBit;
@@ -136,7 +119,7 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
         }
         const std::uint64_t both = detail::numbersAt(p, first, p + first + 1, second);
         const auto left = static_cast<std::int32_t>(both & 0xFFFF);
-        const auto right = static_cast<std::int32_t>(both >> 32) & ~(second >> 31);
+        const auto right = static_cast<std::int32_t>(both >> 32) | second >> 31;
         if (markers == 0 && handler.dispatchNumbers(static_cast<char>(final), left, right)) [[likely]] {
             return behind;
         }
@@ -144,6 +127,9 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
         values[1] = right;
         count = 2 + (second >> 31);
     } else {
+        if (final == 'm' && markers == 0 && applyLongRendition(handler, p, size, semicolons)) [[likely]] {
+            return behind;
+        }
         int start = 0;
         do {
             const int stop = std::countr_zero(separators);
@@ -161,6 +147,27 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
     m_collectCount = markers;
     dispatchCsi(final);
     return behind;
+}
+
+/// An SGR sequence of three numbers or more, whose parameters are `size` bytes at `p`: whether the handler has done it.
+template <typename Handler>
+bool EscapeSequenceParser::applyLongRendition(
+    Handler& handler, const std::uint8_t* p, int size, std::uint32_t semicolons) {
+    // Colours alone: there are many of them, of which most do not come again.
+    if (detail::beginsTrueColor(p)) {
+        const std::uint32_t rest = semicolons & ~std::uint32_t{0x1F};
+        const std::uint32_t last = rest & (rest - 1);
+        const int red = std::countr_zero(rest | 0x80000000);
+        const int green = std::countr_zero(last | 0x80000000);
+        return last != 0 && (last & (last - 1)) == 0 && red <= 9 && green - red <= 5 && size - green <= 5 &&
+               handler.applyTrueColor(
+                   p[0], detail::numberAt(p + 5, red - 5), detail::numberAt(p + red + 1, green - red - 1),
+                   detail::numberAt(p + green + 1, size - green - 1));
+    }
+    if (detail::beginsPaletteColor(p) && semicolons == 0x14 && size <= 9) {
+        return handler.applyPaletteColor(p[0], detail::numberAt(p + 5, size - 5));
+    }
+    return size < 16 && handler.applyKnownRendition(detail::sequenceText(p, size));
 }
 
 } // namespace term

@@ -54,8 +54,10 @@ public:
     /// Before some SGR sequences that are nothing but one colour of the foreground, '3', or of the background, '4':
     /// true when the handler has done it. Otherwise `dispatchCsi` follows.
     virtual bool applyTrueColor(std::uint8_t /*ground*/, int /*red*/, int /*green*/, int /*blue*/) { return false; }
-    /// Before some sequences with nothing but at most two numbers, 0 where there is none: true when the handler has
-    /// done what the sequence says. Otherwise `dispatchCsi` follows.
+    /// The same for a colour of the palette.
+    virtual bool applyPaletteColor(std::uint8_t /*ground*/, int /*index*/) { return false; }
+    /// Before some sequences with nothing but at most two numbers; the second one is -1 where there is none: true when
+    /// the handler has done what the sequence says. Otherwise `dispatchCsi` follows.
     virtual bool dispatchNumbers(char /*final*/, int /*first*/, int /*second*/) { return false; }
     virtual bool dispatchEsc(std::string_view collected, char final) = 0;
     virtual bool dispatchOsc(int code, Bytes payload, StringEnd end) = 0;
@@ -137,6 +139,8 @@ private:
     void walkTable(ParsingState& at);
     template <typename Handler>
     [[nodiscard]] const std::uint8_t* walkPlainCsi(Handler& handler, const std::uint8_t* p, const std::uint8_t* end);
+    template <typename Handler>
+    [[nodiscard]] bool applyLongRendition(Handler& handler, const std::uint8_t* p, int size, std::uint32_t semicolons);
     void walkCsi(ParsingState& at);
     void scanParameters(ParsingState& at);
     void consumeOscRun(ParsingState& at);

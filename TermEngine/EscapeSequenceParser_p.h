@@ -183,6 +183,11 @@ inline bool beginsTrueColor(const std::uint8_t* p) {
     return p[0] - unsigned{'3'} < 2 && wordAt(p + 1) == 0x3B323B38;
 }
 
+/// Whether "38;5;" or "48;5;" stands there.
+inline bool beginsPaletteColor(const std::uint8_t* p) {
+    return p[0] - unsigned{'3'} < 2 && wordAt(p + 1) == 0x3B353B38;
+}
+
 /// There are sixteen bytes to read.
 inline SequenceText sequenceText(const std::uint8_t* p, int size) {
     SequenceText text;

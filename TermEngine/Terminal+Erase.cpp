@@ -40,11 +40,7 @@ void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
     if (kind == EraseKind::all && !m_isErasureGuarded && !m_images.hasText()) [[likely]] {
         const PackedCell blank = pen().blank;
         for (int row = first; row < end; ++row) {
-            BufferLine& line = b.line(row);
-            line.fill(0, b.cols(), blank);
-            line.setWrapped(false);
-            line.setRenderMode(RenderLineMode::single);
-            line.forgetPrompt();
+            b.line(row).clear(blank);
         }
         // Nothing flows over any more.
         if (first < end && end < b.rows()) {

@@ -25,9 +25,11 @@ void Terminal::printAscii(Bytes text) {
     }
 }
 
-void Terminal::setAttribute(const PackedAttributeKey& attribute) {
+void Terminal::setAttribute(PackedAttributeKey attribute) {
     if (attribute != m_attribute) {
-        m_attribute = attribute;
+        // As they come, word by word: to read both at once would wait until they are in the cache.
+        m_attribute.word0 = attribute.word0;
+        m_attribute.word1 = attribute.word1;
         m_isPenStale = true;
         m_arena->willIntern(attribute);
     }
@@ -43,14 +45,26 @@ bool Terminal::applyKnownRendition(const SequenceText& text) {
     return true;
 }
 
-bool Terminal::applyTrueColor(std::uint8_t ground, int red, int green, int blue) {
+/// Of the foreground, '3', or the background, '4'.
+void Terminal::setColor(std::uint8_t ground, Color color) {
     // No branch on which of the two.
     const int shift = ground == '4' ? 32 : 0;
     PackedAttributeKey made = m_attribute;
-    made.word0 = (made.word0 & ~(std::uint64_t{0xFFFFFFFF} << shift)) |
-                 std::uint64_t{Color::clamped(red, green, blue).raw()} << shift;
+    made.word0 = (made.word0 & ~(std::uint64_t{0xFFFFFFFF} << shift)) | std::uint64_t{color.raw()} << shift;
     m_buffer->forgetLastScalar();
     setAttribute(made);
+}
+
+bool Terminal::applyTrueColor(std::uint8_t ground, int red, int green, int blue) {
+    setColor(ground, Color::clamped(red, green, blue));
+    return true;
+}
+
+bool Terminal::applyPaletteColor(std::uint8_t ground, int index) {
+    if (index > 255) {
+        return false;
+    }
+    setColor(ground, Color::palette(static_cast<std::uint8_t>(index)));
     return true;
 }
 
@@ -104,7 +118,12 @@ bool Terminal::dispatchNumbers(char final, int first, int second) {
         cmdDeleteLines(count);
         break;
     case 'r':
-        cmdSetScrollRegion(first, second);
+        cmdSetScrollRegion(first, std::max(second, 0));
+        break;
+    case 'm':
+        if (!cmdCsiM(first, second)) {
+            return false;
+        }
         break;
     default:
         return false;

@@ -111,6 +111,19 @@ void Terminal::cmdCsiM(const CsiParameters& parameters) {
     setAttribute(patch.applied(m_attribute));
 }
 
+/// Of at most two numbers, the second one -1 where there is none; false for what begins a colour.
+bool Terminal::cmdCsiM(int first, int second) {
+    if (first == 38 || first == 48 || first == 58) {
+        return false;
+    }
+    // What is left of a colour behind another number is none; -1 is past the end of the table.
+    const auto patchFor = [](int code) -> const Patch& {
+        return patches[std::min(static_cast<std::size_t>(code), patches.size() - 1)];
+    };
+    setAttribute(patchFor(second).applied(patchFor(first).applied(m_attribute)));
+    return true;
+}
+
 AttributePatch Terminal::patchOf(const CsiParameters& parameters) {
     Patch all;
     for (int i = 0; i < parameters.count;) {

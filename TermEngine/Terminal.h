@@ -175,6 +175,7 @@ private:
     bool dispatchCsi(char final, const Parameters& parameters, std::string_view collected) override;
     bool applyKnownRendition(const SequenceText& text) override;
     bool applyTrueColor(std::uint8_t ground, int red, int green, int blue) override;
+    bool applyPaletteColor(std::uint8_t ground, int index) override;
     bool dispatchNumbers(char final, int first, int second) override;
     bool dispatchEsc(std::string_view collected, char final) override;
     bool dispatchVt52(std::string_view collected, char final);
@@ -282,7 +283,9 @@ private:
 
     // Terminal+Sgr.cpp
     void cmdCsiM(const Parameters& parameters);
-    void setAttribute(const PackedAttributeKey& attribute);
+    bool cmdCsiM(int first, int second);
+    void setAttribute(PackedAttributeKey attribute);
+    void setColor(std::uint8_t ground, Color color);
     [[nodiscard]] static AttributePatch patchOf(const Parameters& parameters);
     void pushSgr(const Parameters& parameters);
     void popSgr();

@@ -410,8 +410,11 @@ TEST(Terminal, ShowsTheSameByteForByte) {
     const auto number = [&random](unsigned most) { return std::to_string(random() % (most + 1)); };
     const std::vector<std::function<std::string()>> pieces = {
         [&] { return "\x1B[" + number(110) + "m"; },
-        [&] { return "\x1B[" + number(9) + ";" + number(49) + "m"; },
-        [&] { return "\x1B[38;5;" + number(300) + "m"; },
+        [&] { return "\x1B[" + number(60) + ";" + (random() % 4 == 0 ? "" : number(60)) + "m"; },
+        [&] {
+            return "\x1B[" + std::string(random() % 2 == 0 ? "38" : "48") + ";5;" + number(300) +
+                   (random() % 4 == 0 ? ";1m" : "m");
+        },
         [&] { return "\x1B[" + number(1) + ";48;2;" + number(300) + ";" + number(255) + ";" + number(255) + "m"; },
         [&] {
             const std::string green = random() % 5 == 0 ? "" : number(random() % 4 == 0 ? 70000 : 255);

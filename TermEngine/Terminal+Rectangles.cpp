@@ -53,8 +53,11 @@ void Terminal::fillRectangle(const CsiParameters& parameters) {
     const char32_t scalar =
         code < 0x80 ? characterIn(m_charset.left, static_cast<std::uint8_t>(code)) : static_cast<char32_t>(code);
     loseTextImages(area);
+    const PackedCell cell = PackedCell::make(PackedCell::Kind::scalar, scalar, pen().bits);
+    const std::uint32_t sum = scalar * static_cast<std::uint32_t>(area.right - area.left);
     for (int row = area.top; row < area.bottom; ++row) {
-        m_buffer->line(row).fill(area.left, area.right, PackedCell::make(PackedCell::Kind::scalar, scalar, pen().bits));
+        m_buffer->line(row).fill(area.left, area.right, cell);
+        m_rectangles.noteSum(row, m_buffer->line(row), {area.left, area.right}, sum);
     }
 }
 
@@ -73,7 +76,7 @@ void Terminal::eraseRectangle(const CsiParameters& parameters, EraseKind kind) {
 void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) {
     Buffer& b = *m_buffer;
     const Rectangle area = rectangle(parameters, 0);
-    if (area.top >= area.bottom || !m_rectangles.mayChange()) {
+    if (area.top >= area.bottom || !m_rectangles.hasSteps()) {
         return;
     }
     CsiParameters change;
@@ -117,7 +120,7 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
             continue;
         }
         const RectangleMemory::Changing changing{{left, right}, made.kind()};
-        if (!reverses && m_rectangles.isChanged(row, b.line(row), changing)) {
+        if (!reverses && m_rectangles.isChanged(b.line(row), changing)) {
             continue;
         }
         made.change(b.line(row).edit(left, right));
@@ -129,6 +132,9 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
 }
 
 void Terminal::cmdDECRQCRA(const CsiParameters& parameters) {
+    if (!m_rectangles.hasSteps()) {
+        return;
+    }
     const Rectangle area = rectangle(parameters, 2);
     std::uint32_t sum = 0;
     for (int row = area.top; row < area.bottom; ++row) {

@@ -37,6 +37,7 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options, const Ve
       m_buffer(m_normal.get()),
       m_parser(*this, ops, EscapeSequenceParser::groundWalkFor<Terminal>()),
       m_cursorStyle(m_options.cursorStyle),
+      m_rectangles(ops),
       m_images(m_options.kittyGraphics.imageCacheLimitBytes),
       m_graphics(m_options.kittyGraphics, m_images),
       m_colors(m_options.ansi256PaletteStrategy),

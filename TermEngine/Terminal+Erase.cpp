@@ -37,7 +37,8 @@ void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
     }
     const int first = what == 0 ? b.y() + 1 : 0;
     const int end = what == 1 ? b.y() : b.rows();
-    if (kind == EraseKind::all && !m_isErasureGuarded && !m_images.hasText()) [[likely]] {
+    loseTextImages({first, 0, end, b.cols()});
+    if (kind == EraseKind::all && !m_isErasureGuarded) [[likely]] {
         const PackedCell blank = pen().blank;
         for (int row = first; row < end; ++row) {
             BufferLine& line = b.line(row);
@@ -52,7 +53,7 @@ void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
         }
     } else {
         for (int row = first; row < end; ++row) {
-            eraseCells(row, 0, b.cols(), kind);
+            eraseText(row, 0, b.cols(), kind);
             if (kind == EraseKind::all) {
                 b.line(row).setRenderMode(RenderLineMode::single);
                 b.line(row).forgetPrompt();

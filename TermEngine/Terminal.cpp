@@ -47,6 +47,7 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options, const Ve
     m_alternate->lineObserver = this;
     m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
     m_arena->setCoarsening([this](CellArena::Coarsening& coarsening) { coarsen(coarsening); });
+    m_arena->setReleasing([this](CellArena::Releasing& releasing) { release(releasing); });
     resetState();
     if (m_normal->defaultBidiState != 0) {
         m_normal->clear();
@@ -69,6 +70,13 @@ void Terminal::coarsen(CellArena::Coarsening& coarsening) {
     coarsening.keepPen(m_pen.blank.rawValue);
     m_alternate->coarsen(coarsening);
     m_normal->coarsen(coarsening);
+}
+
+void Terminal::release(CellArena::Releasing& releasing) {
+    releasing.keepPen(m_pen.bits);
+    releasing.keepPen(std::uint64_t{m_link} << PackedCell::payloadShift);
+    m_alternate->release(releasing);
+    m_normal->release(releasing);
 }
 
 void Terminal::printScalars(std::span<const char32_t> text) {

@@ -461,6 +461,7 @@ private:
     void tellOfChanges();
     void mark(CellArena::Marker& marker) const;
     void coarsen(CellArena::Coarsening& coarsening);
+    void release(CellArena::Releasing& releasing);
 
     TerminalDelegate& m_delegate;
     TerminalOptions m_options;

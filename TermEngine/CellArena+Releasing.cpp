@@ -17,7 +17,8 @@ bool CellArena::releaseWhenDue(Numbered what) {
     ++m_sweepCount;
     m_lostSinceReleasing = 0;
     // Where the screens need nearly all of them, there may be as little to gain the next time.
-    m_earliestReleasing = releasing.hasRoom() ? 0 : std::max<std::size_t>(1024, releasing.m_cells / 16);
+    const bool isPlenty = releasing.m_kept < releasing.m_capacity / 8 * 7;
+    m_earliestReleasing = isPlenty ? 0 : std::max<std::size_t>(1024, releasing.m_cells / 16);
     return isOfLinks ? !m_links.isFull() : !m_graphemes.isFull();
 }
 
@@ -25,7 +26,7 @@ CellArena::Releasing::Releasing(const CellArena& arena, Numbered what)
     : m_arena(arena),
       m_what(what),
       m_isKept((what == Numbered::links ? arena.m_links.highestNumber() : arena.m_graphemes.highestNumber()) + 1),
-      m_most((what == Numbered::links ? linkCapacity : graphemeCapacity) / 8 * 5) {}
+      m_capacity(what == Numbered::links ? linkCapacity : graphemeCapacity) {}
 
 std::uint32_t CellArena::Releasing::numberOf(PackedCell cell) const {
     if (m_what == Numbered::links) {

@@ -212,7 +212,7 @@ public:
         void keep(std::span<const PackedCell> cells);
         void keepPen(std::uint64_t bits) { keep(std::span(reinterpret_cast<const PackedCell*>(&bits), 1)); }
         /// Whether all of a further line can be kept. About five of eight are, so that a quarter becomes free.
-        [[nodiscard]] bool hasRoom() const { return m_kept < m_most; }
+        [[nodiscard]] bool hasRoom() const { return m_kept < m_capacity / 8 * 5; }
         /// Whether a line has some that are not kept.
         [[nodiscard]] bool changes(std::span<const PackedCell> cells);
         void release(std::span<PackedCell> cells) const;
@@ -225,7 +225,7 @@ public:
         const CellArena& m_arena;
         Numbered m_what;
         std::vector<bool> m_isKept;
-        std::size_t m_most;
+        std::size_t m_capacity;
         std::size_t m_kept = 0;
         std::size_t m_cells = 0;
     };

@@ -6,6 +6,40 @@
 #include <span>
 
 namespace term {
+namespace {
+
+/// What stands behind the four that name the rectangle.
+CsiParameters changeIn(const CsiParameters& parameters) {
+    CsiParameters change;
+    change.count = 0;
+    for (int i = 4; i < parameters.count; ++i) {
+        change.values[static_cast<std::size_t>(change.count++)] = parameters.at(i);
+    }
+    change.count = std::max(change.count, 1);
+    change.colonMask = parameters.colonMask >> 4;
+    return change;
+}
+
+/// Those that DECRARA reverses.
+std::uint8_t stylesIn(const CsiParameters& change) {
+    constexpr std::array<std::pair<int, StyleBit>, 5> bits = {
+        {{1, StyleBit::bold},
+         {4, StyleBit::underline},
+         {5, StyleBit::blink},
+         {7, StyleBit::inverse},
+         {8, StyleBit::invisible}}};
+    CharacterStyle styles;
+    for (int i = 0; i < change.count; ++i) {
+        for (const auto& [code, bit] : bits) {
+            if (change.at(i) == code || (change.at(i) == 0 && code != 8)) {
+                styles.set(bit);
+            }
+        }
+    }
+    return styles.raw();
+}
+
+} // namespace
 
 /// Of the parameters from `first` on: top, left, bottom, right, which count from 1 and from the margins in origin mode.
 Rectangle Terminal::rectangle(const CsiParameters& parameters, int first) const {
@@ -79,29 +113,10 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
     if (area.top >= area.bottom || !m_rectangles.hasSteps()) {
         return;
     }
-    CsiParameters change;
-    change.count = 0;
-    for (int i = 4; i < parameters.count; ++i) {
-        change.values[static_cast<std::size_t>(change.count++)] = parameters.at(i);
-    }
-    change.count = std::max(change.count, 1);
-    change.colonMask = parameters.colonMask >> 4;
-    std::uint8_t mask = 0;
-    for (int i = 0; i < change.count; ++i) {
-        constexpr std::array<std::pair<int, StyleBit>, 5> bits = {
-            {{1, StyleBit::bold},
-             {4, StyleBit::underline},
-             {5, StyleBit::blink},
-             {7, StyleBit::inverse},
-             {8, StyleBit::invisible}}};
-        for (const auto& [code, bit] : bits) {
-            if (change.at(i) == code || (change.at(i) == 0 && code != 8)) {
-                mask = static_cast<std::uint8_t>(mask | static_cast<std::uint8_t>(bit));
-            }
-        }
-    }
+    const CsiParameters change = changeIn(parameters);
     AttributeChange& made = m_rectangles.change(
-        *m_arena, {reverses ? AttributePatch() : patchOf(change), reverses ? mask : std::uint8_t{0}});
+        *m_arena, reverses ? AttributeChange::Kind{.reversed = stylesIn(change)}
+                           : AttributeChange::Kind{.patch = patchOf(change)});
     const int lastColumn = m_modes.origin ? b.marginRight() + 1 : b.cols();
     const int firstColumn = m_modes.origin ? b.marginLeft() : 0;
     // From its first corner to its last one, in whole rows between.

@@ -355,6 +355,7 @@ private:
     void notify(const std::optional<NotificationRequest>& request);
     void iTermCommand(std::string_view payload, StringEnd end);
     [[nodiscard]] std::optional<RgbaImage> decodedFile(const ITermCommand::File& file, ImageRequest request);
+    void takeFile(const ITermCommand& command);
     void showFile(const ITermCommand::File& file);
     void setDirectory(std::string url);
     void setProgramStatus(std::string_view payload);

@@ -228,7 +228,9 @@ bool BufferLine::isFilledWith(int first, int end, PackedCell blank) const {
     if (end > m_usedLength || at(first) != blank || at(end - 1) != blank) {
         return false;
     }
-    return std::all_of(m_cells.get() + first, m_cells.get() + end, [blank](PackedCell cell) { return cell == blank; });
+    // Each is the one before it.
+    const PackedCell* const cells = m_cells.get() + first;
+    return std::memcmp(cells, cells + 1, static_cast<std::size_t>(end - first - 1) * sizeof(PackedCell)) == 0;
 }
 
 void BufferLine::insertPackedCells(int col, int count, int end, PackedCell blank) {

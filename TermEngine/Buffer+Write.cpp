@@ -193,6 +193,7 @@ void Buffer::repeatScalar(char32_t scalar, int count, const Pen& pen) {
     }
     const auto state = width == 2 ? WidthState::wide : WidthState::narrow;
     const PackedCell cell = PackedCell::make(PackedCell::Kind::scalar, scalar, pen.bits, state);
+    count = std::min(count, m_cols * (m_rows + 1) / width);
     while (count > 0) {
         if (m_pendingWrap || m_x + width - 1 > rightLimit(line(m_y))) {
             count -= scrollAhead(count, width, pen);
@@ -225,13 +226,15 @@ int Buffer::fillLine(PackedCell cell, int count, const Pen& pen) {
     tellCut(m_y, m_x);
     tellCut(m_y, m_x + columns);
     PackedCell* const cells = target.write(m_x, columns);
-    std::fill_n(cells, columns, cell);
     if (width == 2) {
         const PackedCell spacer = PackedCell::make(PackedCell::Kind::scalar, 0, pen.bits, WidthState::spacer);
-        for (int column = 1; column < columns; column += 2) {
-            cells[column] = spacer;
+        for (int column = 0; column < columns; column += 2) {
+            cells[column] = cell;
+            cells[column + 1] = spacer;
         }
         target.noteWide();
+    } else {
+        std::fill_n(cells, columns, cell);
     }
     m_x += columns;
     if (m_x > right) {

@@ -164,11 +164,28 @@ void Buffer::coarsen(CellArena::Coarsening& coarsening) {
         coarsening.keepPen(lineAt(index).tailBlankCell().rawValue);
     }
     m_coarseEnd = std::max(m_coarseEnd, m_trimmedCount + static_cast<std::uint64_t>(index + 1));
+    for (int i = index; i >= coarseEnd; --i) {
+        coarsening.keepPlaceholders(lineAt(i).usedCells());
+    }
     for (; index >= coarseEnd; --index) {
         BufferLine& line = lineAt(index);
         coarsening.spare(line.tailBlankCell());
         if (coarsening.changes(line.usedCells())) {
             coarsening.coarsen(line.edit(0, line.usedLength()));
+        }
+    }
+}
+
+void Buffer::release(CellArena::Releasing& releasing) {
+    int index = lineCount() - 1;
+    for (; index >= 0 && (index >= m_yBase || releasing.hasRoom()); --index) {
+        releasing.keep(lineAt(index).usedCells());
+        releasing.keepPen(lineAt(index).tailBlankCell().rawValue);
+    }
+    for (; index >= 0; --index) {
+        BufferLine& line = lineAt(index);
+        if (releasing.changes(line.usedCells())) {
+            releasing.release(line.edit(0, line.usedLength()));
         }
     }
 }

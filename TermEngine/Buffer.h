@@ -221,6 +221,7 @@ public:
     void mark(CellArena::Marker& marker) const;
     /// The screen is kept.
     void coarsen(CellArena::Coarsening& coarsening);
+    void release(CellArena::Releasing& releasing);
     /// The last column of a row: double-width lines have half of them.
     [[nodiscard]] int lastColumn(int row) const { return m_hasDoubleLines ? lastColumn(line(row)) : m_cols - 1; }
     [[nodiscard]] int lastColumn(const BufferLine& line) const {

@@ -16,6 +16,16 @@ PackedCell emptied(PackedCell cell) {
     return PackedCell(cell.rawValue & PackedCell::attributeMask);
 }
 
+/// At the edges of cells that came from elsewhere: half of a wide character is none.
+void emptyHalves(std::span<PackedCell> cells) {
+    if (cells.front().isSpacer()) {
+        cells.front() = emptied(cells.front());
+    }
+    if (cells.back().isWide()) {
+        cells.back() = emptied(cells.back());
+    }
+}
+
 void reportOutside() {
     logDiagnostic("BufferLine: You passed an index out of range, adjusting to prevent crash, but you should debug");
 }
@@ -156,19 +166,38 @@ void BufferLine::fill(int first, int end, PackedCell cell) {
     std::fill(cells, cells + (end - first), cell);
 }
 
+/// Of cells that are used. Written so that it takes several of them at once: both fields stand in the upper half.
+BufferLine::Protection BufferLine::protectionOf(int first, int end) const {
+    constexpr std::uint32_t bit = std::uint32_t{1} << (PackedCell::protectedShift - 32);
+    constexpr int spacerShift = PackedCell::protectedShift - PackedCell::widthShift;
+    const PackedCell* const cells = m_cells.get();
+    const auto upper = [cells](int col) { return static_cast<std::uint32_t>(cells[col].rawValue >> 32); };
+    std::uint32_t all = first < end ? upper(first) : 0;
+    std::uint32_t split = 0;
+    for (int col = first + 1; col < end; ++col) {
+        // Of the two bits of its width a spacer has the upper one alone.
+        const std::uint32_t isSpacer = upper(col) << (spacerShift - 1) & ~(upper(col) << spacerShift);
+        all |= upper(col);
+        split |= isSpacer & (upper(col) ^ upper(col - 1));
+    }
+    return {(all & bit) != 0, (split & bit) != 0};
+}
+
 void BufferLine::fillUnprotected(int first, int end, PackedCell cell) {
-    constexpr std::uint64_t bit = std::uint64_t{1} << PackedCell::protectedShift;
     // The tail has no protected cells.
     const int used = std::clamp(m_usedLength, first, std::max(first, end));
-    std::uint64_t all = 0;
-    for (int col = first; col < used; ++col) {
-        all |= m_cells[static_cast<std::size_t>(col)].rawValue;
-    }
-    if ((all & bit) == 0) {
+    const auto [isProtected, isSplit] = protectionOf(first, used);
+    if (!isProtected) {
         fill(first, end, cell);
         return;
     }
-    if (!m_hasWide) {
+    if (!isSplit) {
+        if (m_hasWide && !(*this)[first].isProtected()) {
+            cutWide(first);
+        }
+        if (m_hasWide && !(*this)[used - 1].isProtected()) {
+            cutWide(used);
+        }
         for (PackedCell& each : edit(first, used)) {
             const std::uint64_t keep = std::uint64_t{0} - (each.rawValue >> PackedCell::protectedShift & 1);
             each.rawValue = (each.rawValue & keep) | (cell.rawValue & ~keep);
@@ -188,9 +217,23 @@ void BufferLine::fillUnprotected(int first, int end, PackedCell cell) {
     }
 }
 
+/// Whether all of these are used and the same blank, so that to move them changes nothing.
+bool BufferLine::isFilledWith(int first, int end, PackedCell blank) const {
+    const auto at = [this](int col) { return m_cells[static_cast<std::size_t>(col)]; };
+    if (end > m_usedLength || at(first) != blank || at(end - 1) != blank) {
+        return false;
+    }
+    // Each is the one before it.
+    const PackedCell* const cells = m_cells.get() + first;
+    return std::memcmp(cells, cells + 1, static_cast<std::size_t>(end - first - 1) * sizeof(PackedCell)) == 0;
+}
+
 void BufferLine::insertPackedCells(int col, int count, int end, PackedCell blank) {
     count = std::min(count, end - col);
     if (count <= 0) {
+        return;
+    }
+    if (isFilledWith(col, end, blank)) {
         return;
     }
     cutWide(col);
@@ -213,6 +256,9 @@ void BufferLine::insertPackedCells(int col, int count, int end, PackedCell blank
 void BufferLine::deleteCells(int col, int count, int end, PackedCell blank) {
     count = std::min(count, end - col);
     if (count <= 0) {
+        return;
+    }
+    if (isFilledWith(col, end, blank)) {
         return;
     }
     cutWide(col);
@@ -243,8 +289,12 @@ void BufferLine::copyFrom(const BufferLine& src, int srcCol, int dstCol, int len
         return;
     }
     if (&src == this) {
-        const BufferLine copy(src);
-        copyFrom(copy, srcCol, dstCol, len);
+        if (isWithin(srcCol, len) && isWithin(dstCol, len)) [[likely]] {
+            moveCells(srcCol, dstCol, len);
+        } else {
+            const BufferLine copy(src);
+            copyFrom(copy, srcCol, dstCol, len);
+        }
         return;
     }
     m_hasWide = m_hasWide || src.m_hasWide;
@@ -257,12 +307,22 @@ void BufferLine::copyFrom(const BufferLine& src, int srcCol, int dstCol, int len
     for (; copied < len; ++copied) {
         cells[copied] = src[srcCol + copied];
     }
-    // A half of a wide character at an edge of the range is none.
-    if (cells[0].isSpacer()) {
-        cells[0] = emptied(cells[0]);
+    emptyHalves({cells, static_cast<std::size_t>(len)});
+}
+
+/// Within the line; both places may overlap.
+void BufferLine::moveCells(int from, int to, int len) {
+    const int copied = std::clamp(m_usedLength - from, 0, len);
+    reserve(to, to + len);
+    PackedCell* const cells = m_cells.get() + to;
+    std::memmove(cells, m_cells.get() + from, static_cast<std::size_t>(copied) * sizeof(PackedCell));
+    std::fill(cells + copied, cells + len, m_tailBlankCell);
+    emptyHalves({cells, static_cast<std::size_t>(len)});
+    if (to > 0 && cells[-1].isWide()) {
+        cells[-1] = emptied(cells[-1]);
     }
-    if (cells[len - 1].isWide()) {
-        cells[len - 1] = emptied(cells[len - 1]);
+    if (to + len < m_usedLength) {
+        dropSpacer(to + len);
     }
 }
 

@@ -192,6 +192,13 @@ private:
     void grow(int capacity);
     void cutWide(int col);
     void dropSpacer(int col);
+    void moveCells(int from, int to, int len);
+    struct Protection {
+        bool isAny = false;
+        bool isSplit = false; ///< one half of a wide character has it, the other one has not
+    };
+    [[nodiscard]] Protection protectionOf(int first, int end) const;
+    [[nodiscard]] bool isFilledWith(int first, int end, PackedCell blank) const;
 
     std::unique_ptr<PackedCell[]> m_cells;
     int m_capacity = 0;

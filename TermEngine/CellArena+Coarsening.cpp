@@ -73,6 +73,14 @@ void CellArena::Coarsening::keep(std::span<const PackedCell> cells) {
     }
 }
 
+void CellArena::Coarsening::keepPlaceholders(std::span<const PackedCell> cells) {
+    for (const PackedCell cell : cells) {
+        if (m_arena.isPlaceholder(cell)) [[unlikely]] {
+            (void)takesIn(cell.attributeId(), mostOfPlaceholders);
+        }
+    }
+}
+
 bool CellArena::Coarsening::changes(std::span<const PackedCell> cells) {
     m_cells += cells.size();
     int changed = 0;
@@ -86,8 +94,14 @@ bool CellArena::Coarsening::changes(std::span<const PackedCell> cells) {
 
 void CellArena::Coarsening::coarsen(std::span<PackedCell> cells) {
     for (PackedCell& cell : cells) {
-        const std::uint64_t rest = cell.rawValue & ~PackedCell::attributeMask;
-        cell = PackedCell(rest | std::uint64_t{substituteOf(cell.attributeId())} << PackedCell::attributeShift);
+        const std::uint16_t before = cell.attributeId();
+        const std::uint16_t after = substituteOf(before);
+        std::uint64_t rest = cell.rawValue & ~PackedCell::attributeMask;
+        if ((after != before || m_isReplaced[before] != 0) && m_arena.isPlaceholder(cell)) [[unlikely]] {
+            // It would show a part of another image.
+            rest = PackedCell::make(PackedCell::Kind::scalar, U' ', rest & ~(PackedCell::contentMask | 3)).rawValue;
+        }
+        cell = PackedCell(rest | std::uint64_t{after} << PackedCell::attributeShift);
     }
 }
 

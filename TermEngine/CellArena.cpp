@@ -126,12 +126,21 @@ std::uint16_t CellArena::addAttribute(PackedAttributeKey key, std::uint64_t hash
 
 std::uint32_t CellArena::intern(std::u32string_view scalars) {
     sweepWhenDue(m_graphemes.isFull() ? Room::none : Room::some);
-    return m_graphemes.intern(std::u32string(scalars.substr(0, maximumClusterScalars))).value_or(0);
+    const std::u32string cluster(scalars.substr(0, maximumClusterScalars));
+    std::optional<std::uint32_t> number = m_graphemes.intern(cluster);
+    if (!number && releaseWhenDue(Numbered::clusters)) {
+        number = m_graphemes.intern(cluster);
+    }
+    return number.value_or(0);
 }
 
 TinyAtom CellArena::internLink(const std::string& link) {
     sweepWhenDue(m_links.isFull() ? Room::none : Room::some);
-    return static_cast<TinyAtom>(m_links.intern(link).value_or(0));
+    std::optional<std::uint32_t> number = m_links.intern(link);
+    if (!number && releaseWhenDue(Numbered::links)) {
+        number = m_links.intern(link);
+    }
+    return static_cast<TinyAtom>(number.value_or(0));
 }
 
 bool CellArena::sweepWhenDue(Room room) {

@@ -78,11 +78,12 @@ private:
 /// Numbers that no cell uses any more are found by a sweep over all cells, which runs when as many values have come as
 /// there are clusters, links and a quarter of the cells, or earlier when a table is full: its cost is a constant for
 /// each new value, and the tables stay small enough for the processor's caches. Where all attributes are in use, the
-/// oldest lines give theirs up for coarser ones (`Coarsening`).
+/// oldest lines give theirs up for coarser ones (`Coarsening`); links and clusters are taken from them (`Releasing`).
 class CellArena {
 public:
     static constexpr std::size_t attributeCapacity = 0xFFFF;
-    static constexpr std::uint32_t graphemeCapacity = 1U << 20;
+    static constexpr std::uint32_t graphemeCapacity = 1U << 17;
+    static constexpr std::uint32_t linkCapacity = 0xFFFF;
     static constexpr std::size_t maximumClusterScalars = 32;
 
     CellArena();
@@ -104,9 +105,9 @@ public:
     void willIntern(PackedAttributeKey key) const {
         __builtin_prefetch(m_attributeIdentifiers.data() + firstSlotOf(hashOf(key)));
     }
-    /// 0 when the table is full.
+    /// 0 when the table is full and nothing can be released.
     [[nodiscard]] std::uint32_t intern(std::u32string_view scalars);
-    /// 0 when the table is full.
+    /// 0 when the table is full and nothing can be released.
     [[nodiscard]] TinyAtom internLink(const std::string& link);
 
     [[nodiscard]] const PackedAttributeKey& keyOf(std::uint16_t id) const { return m_attributes[id]; }
@@ -129,6 +130,12 @@ public:
     /// All scalars of a cell, none of an empty one.
     [[nodiscard]] std::u32string_view scalarValues(PackedCell cell, char32_t& memory) const;
     void appendText(std::string& utf8, PackedCell cell) const;
+    /// Whether the cell shows a part of an image (ImagePlaceholders.h), which its attribute names.
+    [[nodiscard]] bool isPlaceholder(PackedCell cell) const {
+        return (cell.kind() == PackedCell::Kind::scalar && cell.content() == unicode::imagePlaceholder) ||
+               (cell.kind() == PackedCell::Kind::cluster &&
+                grapheme(cell.content()).front() == unicode::imagePlaceholder);
+    }
     /// The cell as it is in this arena, of one that is in another.
     [[nodiscard]] PackedCell adopt(PackedCell cell, const CellArena& from);
     [[nodiscard]] PackedCell withAttribute(PackedCell cell, const Attribute& attribute);
@@ -167,6 +174,9 @@ public:
         void keepPen(std::uint64_t bits) { keep(std::span(reinterpret_cast<const PackedCell*>(&bits), 1)); }
         /// Whether a further line can be kept. About five of eight attributes are, so that a quarter becomes free.
         [[nodiscard]] bool hasRoom() const { return m_kept < attributeCapacity / 8 * 5; }
+        /// To be told of all lines that will be coarse before any of them is: the attributes of cells that show images
+        /// are kept while there are not too many. Beyond that, such cells become blank.
+        void keepPlaceholders(std::span<const PackedCell> cells);
         /// Whether the cells of a line will look otherwise, or have other numbers.
         [[nodiscard]] bool changes(std::span<const PackedCell> cells);
         void coarsen(std::span<PackedCell> cells);
@@ -178,6 +188,7 @@ public:
         /// How many attributes coarse lines may have, and to how many may be added that take the finer of two steps.
         static constexpr std::size_t mostCoarse = attributeCapacity / 8;
         static constexpr std::size_t mostFine = mostCoarse / 4 * 3;
+        static constexpr std::size_t mostOfPlaceholders = mostCoarse / 2;
         static constexpr std::int32_t unknown = -1;
         [[nodiscard]] std::uint16_t substituteOf(std::uint16_t id);
         [[nodiscard]] std::uint16_t findSubstitute(std::uint16_t id);
@@ -193,6 +204,35 @@ public:
     };
     /// Called when all attributes are in use, with what has to be done above.
     void setCoarsening(std::function<void(Coarsening&)> coarsening) { m_coarsening = std::move(coarsening); }
+
+    enum class Numbered : std::uint8_t { links, clusters };
+    /// Takes links, or clusters, from the lines of longest ago when all are in use: their cells have none then, or the
+    /// first scalar of theirs. Here too, what is shown or written is kept first, then the lines from the newest on.
+    class Releasing {
+    public:
+        Releasing(const CellArena& arena, Numbered what);
+        void keep(std::span<const PackedCell> cells);
+        void keepPen(std::uint64_t bits) { keep(std::span(reinterpret_cast<const PackedCell*>(&bits), 1)); }
+        /// Whether all of a further line can be kept. About five of eight are, so that a quarter becomes free.
+        [[nodiscard]] bool hasRoom() const { return m_kept < m_capacity / 8 * 5; }
+        /// Whether a line has some that are not kept.
+        [[nodiscard]] bool changes(std::span<const PackedCell> cells);
+        void release(std::span<PackedCell> cells) const;
+
+    private:
+        friend class CellArena;
+        /// 0 where the cell has none.
+        [[nodiscard]] std::uint32_t numberOf(PackedCell cell) const;
+
+        const CellArena& m_arena;
+        Numbered m_what;
+        std::vector<bool> m_isKept;
+        std::size_t m_capacity;
+        std::size_t m_kept = 0;
+        std::size_t m_cells = 0;
+    };
+    /// Called when all links or clusters are in use.
+    void setReleasing(std::function<void(Releasing&)> releasing) { m_releasing = std::move(releasing); }
 
 private:
     struct Snapshot {};
@@ -225,6 +265,7 @@ private:
     enum class Room : std::uint8_t { none, some };
     bool sweepWhenDue(Room room);
     bool coarsenWhenDue();
+    bool releaseWhenDue(Numbered what);
     void keepAttributes(const std::vector<std::uint8_t>& used);
 
     SharedTable<PackedAttributeKey> m_attributes;
@@ -235,7 +276,7 @@ private:
     AttributeCacheEntry m_attributeCache;
 
     NumberedSet<std::u32string> m_graphemes{graphemeCapacity};
-    NumberedSet<std::string> m_links{0xFFFF};
+    NumberedSet<std::string> m_links{linkCapacity};
 
     std::function<void(Marker&)> m_roots;
     RenderIdentity m_lineIdentities = 0;
@@ -249,6 +290,10 @@ private:
     std::vector<std::uint8_t> m_coarse; ///< by identifier: lines that were made coarse may have it; empty at first
     std::size_t m_newSinceCoarsening = 0;
     std::size_t m_earliestCoarsening = 0;
+
+    std::function<void(Releasing&)> m_releasing;
+    std::size_t m_lostSinceReleasing = 0;
+    std::size_t m_earliestReleasing = 0;
 };
 
 } // namespace term

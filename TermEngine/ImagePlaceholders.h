@@ -11,7 +11,7 @@ namespace term {
 /// Cells of a line that show a row of an image (kitty's graphics protocol, "Unicode placeholders"): the image and its
 /// placement are in the colours of text and underline, the parts in the combining marks of U+10EEEE.
 struct PlaceholderRun {
-    static constexpr char32_t placeholder = 0x10EEEE;
+    static constexpr char32_t placeholder = unicode::imagePlaceholder;
 
     std::uint32_t imageId = 0;
     std::uint32_t placementId = 0; ///< 0: any virtual one of the image

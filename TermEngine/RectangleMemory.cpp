@@ -8,28 +8,6 @@ namespace {
 /// What says how an empty cell looks: the content of one with a colour of its own is that colour.
 constexpr std::uint64_t ofBlanks = PackedCell::attributeMask | PackedCell::contentMask | 3;
 
-/// Written so that it takes several cells at once: what is said of a cell's text stands in its lower half.
-std::uint32_t sumOfCells(const CellArena& arena, std::span<const PackedCell> cells) {
-    constexpr std::uint32_t kindMask = 3;
-    constexpr auto textMask = static_cast<std::uint32_t>(PackedCell::contentMask | kindMask);
-    std::uint32_t sum = 0;
-    std::uint32_t clusters = 0;
-    for (const PackedCell cell : cells) {
-        const auto low = static_cast<std::uint32_t>(cell.rawValue);
-        sum += (low & kindMask) == 0 ? (low & textMask) >> PackedCell::contentShift : 0;
-        clusters += (low & kindMask) == static_cast<std::uint32_t>(PackedCell::Kind::cluster) ? 1 : 0;
-    }
-    for (auto cell = cells.begin(); clusters > 0; ++cell) {
-        if (cell->kind() == PackedCell::Kind::cluster) {
-            --clusters;
-            for (const char32_t scalar : arena.grapheme(cell->content())) {
-                sum += scalar;
-            }
-        }
-    }
-    return sum;
-}
-
 /// The used cells in the columns; all behind them are blank.
 std::span<const PackedCell> usedIn(const BufferLine& line, ColumnRange columns) {
     const auto used = line.usedCells();
@@ -38,16 +16,17 @@ std::span<const PackedCell> usedIn(const BufferLine& line, ColumnRange columns) 
     return used.subspan(first, end - first);
 }
 
-void addCells(CommonAttribute& common, const CellArena& arena, std::span<const PackedCell> cells) {
-    constexpr std::uint64_t ofText = PackedCell::attributeMask;
-    std::optional<std::uint64_t> last;
-    for (const PackedCell cell : cells) {
-        const bool isBlank = (cell.rawValue & 2) != 0;
-        if (const std::uint64_t bits = cell.rawValue & (isBlank ? ofBlanks : ofText); bits != last) {
-            last = bits;
-            common.add(isBlank ? arena.attributeOf(cell).packed() : arena.keyOf(cell.attributeId()));
-        }
-    }
+/// How many columns are summed up together for questions about parts of a row.
+constexpr std::size_t blockColumns = 16;
+
+/// The attribute's words: those of a cell's number, but for the background of a cell that is empty.
+PackedAttributeKey keyOf(const CellArena& arena, PackedCell cell) {
+    const std::uint64_t isBlank = cell.rawValue >> 1 & 1;
+    const std::uint64_t ofBackground = (std::uint64_t{0} - isBlank) << 32;
+    // The kinds of empty cells are in the order of the kinds of colours.
+    const std::uint64_t background = (cell.rawValue & 1) << 24 | cell.content();
+    const PackedAttributeKey& key = arena.keyOf(cell.attributeId());
+    return {(key.word0 & ~ofBackground) | (background << 32 & ofBackground), key.word1};
 }
 
 /// How many cells are looked at together.
@@ -76,31 +55,54 @@ PackedCell withIdentifier(PackedCell cell, std::uint16_t attribute) {
 
 } // namespace
 
+std::uint32_t RectangleMemory::sumOfCells(const CellArena& arena, std::span<const PackedCell> cells) {
+    TextSum sum = m_ops.sumScalars(reinterpret_cast<const std::uint64_t*>(cells.data()), cells.size());
+    m_steps += cells.size() / 4;
+    for (auto cell = cells.begin(); sum.clusters > 0; ++cell) {
+        if (cell->kind() == PackedCell::Kind::cluster) {
+            --sum.clusters;
+            const std::u32string& scalars = arena.grapheme(cell->content());
+            m_steps += 4 + scalars.size();
+            for (const char32_t scalar : scalars) {
+                sum.scalars += scalar;
+            }
+        }
+    }
+    return sum.scalars;
+}
+
 std::uint32_t RectangleMemory::sumOf(const CellArena& arena, int row, const BufferLine& line, ColumnRange columns) {
-    if (const std::uint32_t* const sum = m_sums.find(row, line, columns)) {
+    if (const std::uint32_t* const sum = m_sums.find(line, columns)) {
         return *sum;
     }
-    if (!m_sums.knows(row, line)) {
+    if (!m_sums.knows(line)) {
         return m_sums.keep(row, line, columns, sumOfCells(arena, usedIn(line, columns)));
     }
     // The same cells in other columns: there may come more of them.
-    const std::vector<std::uint32_t>* before = m_sumsBefore.find(row, line, {});
+    const std::span<const PackedCell> used = line.usedCells();
+    const std::vector<std::uint32_t>* before = m_sumsBefore.find(line, {});
     if (before == nullptr) {
-        std::vector<std::uint32_t> sums(1);
-        for (const PackedCell& cell : line.usedCells()) {
-            sums.push_back(sums.back() + sumOfCells(arena, {&cell, 1}));
+        std::vector<std::uint32_t> sums(used.size() / blockColumns + 1);
+        for (std::size_t i = 0; i + 1 < sums.size(); ++i) {
+            sums[i + 1] = sums[i] + sumOfCells(arena, used.subspan(i * blockColumns, blockColumns));
         }
         before = &m_sumsBefore.keep(row, line, {}, std::move(sums));
     }
-    const auto until = [before](int column) {
-        return (*before)[std::min(static_cast<std::size_t>(column), before->size() - 1)];
+    const auto until = [&](int column) {
+        const std::size_t end = std::min(static_cast<std::size_t>(column), used.size());
+        const std::size_t begin = end / blockColumns;
+        return (*before)[begin] + sumOfCells(arena, used.first(end).subspan(begin * blockColumns));
     };
     return until(columns.end) - until(columns.first);
 }
 
+void RectangleMemory::addCells(CommonAttribute& common, const CellArena& arena, std::span<const PackedCell> cells) {
+    m_steps += cells.size() / 4 + common.add(arena, cells);
+}
+
 CommonAttribute RectangleMemory::commonOf(
     const CellArena& arena, int row, const BufferLine& line, ColumnRange columns) {
-    if (const CommonAttribute* const common = m_common.find(row, line, columns)) {
+    if (const CommonAttribute* const common = m_common.find(line, columns)) {
         return *common;
     }
     const std::span<const PackedCell> used = line.usedCells();
@@ -108,29 +110,28 @@ CommonAttribute RectangleMemory::commonOf(
     if (columns.end > line.usedLength()) {
         addCells(common, arena, std::array{line.tailBlankCell()});
     }
-    if (!m_common.knows(row, line)) {
+    if (!m_common.knows(line)) {
         addCells(common, arena, usedIn(line, columns));
         return m_common.keep(row, line, columns, common);
     }
     // The same cells in other columns: there may come more of them.
-    constexpr std::size_t block = 16;
-    const std::vector<CommonAttribute>* blocks = m_commonBlocks.find(row, line, {});
+    const std::vector<CommonAttribute>* blocks = m_commonBlocks.find(line, {});
     if (blocks == nullptr) {
-        std::vector<CommonAttribute> made(used.size() / block);
+        std::vector<CommonAttribute> made(used.size() / blockColumns);
         for (std::size_t i = 0; i < made.size(); ++i) {
-            addCells(made[i], arena, used.subspan(i * block, block));
+            addCells(made[i], arena, used.subspan(i * blockColumns, blockColumns));
         }
         blocks = &m_commonBlocks.keep(row, line, {}, std::move(made));
     }
     const std::size_t end = std::min(used.size(), static_cast<std::size_t>(columns.end));
     for (auto at = static_cast<std::size_t>(columns.first); at < end;) {
-        const bool isBlock = at % block == 0 && at + block <= end;
+        const bool isBlock = at % blockColumns == 0 && at + blockColumns <= end;
         if (isBlock) {
-            common.add((*blocks)[at / block]);
+            common.add((*blocks)[at / blockColumns]);
         } else {
             addCells(common, arena, used.subspan(at, 1));
         }
-        at += isBlock ? block : 1;
+        at += isBlock ? blockColumns : 1;
     }
     return common;
 }
@@ -156,6 +157,40 @@ void CommonAttribute::add(const CommonAttribute& other) {
     }
     m_differences.word0 |= other.m_differences.word0 | (m_first.word0 ^ other.m_first.word0);
     m_differences.word1 |= other.m_differences.word1 | (m_first.word1 ^ other.m_first.word1);
+}
+
+std::size_t CommonAttribute::add(const CellArena& arena, std::span<const PackedCell> cells) {
+    if (cells.empty()) {
+        return 0;
+    }
+    add(CommonAttribute(keyOf(arena, cells.front())));
+    std::uint64_t last = cells.front().rawValue;
+    std::size_t looks = 0;
+    while (!cells.empty()) {
+        const std::span<const PackedCell> some = cells.first(std::min(cells.size(), cellsAtOnce));
+        cells = cells.subspan(some.size());
+        std::uint64_t others = 0;
+        std::uint64_t kinds = last;
+        for (const PackedCell cell : some) {
+            others |= cell.rawValue ^ last;
+            kinds |= cell.rawValue;
+        }
+        // Of text only its attribute counts, of cells that are empty their colour too.
+        if ((others & ((kinds & 2) == 0 ? PackedCell::attributeMask : ofBlanks)) == 0) {
+            continue;
+        }
+        PackedAttributeKey differences{0, 0};
+        for (const PackedCell cell : some) {
+            const PackedAttributeKey key = keyOf(arena, cell);
+            differences.word0 |= key.word0 ^ m_first.word0;
+            differences.word1 |= key.word1 ^ m_first.word1;
+        }
+        m_differences.word0 |= differences.word0;
+        m_differences.word1 |= differences.word1;
+        last = some.back().rawValue;
+        looks += some.size();
+    }
+    return looks;
 }
 
 Attribute CommonAttribute::attribute() const {

@@ -2,6 +2,7 @@
 
 #include "TermEngine/CellArena.h"
 #include "TermEngine/RowMemo.h"
+#include "TermEngine/VectorOps.h"
 
 #include <array>
 #include <cstdint>
@@ -22,11 +23,12 @@ struct ColumnRange {
 /// What the attributes of cells have in common.
 class CommonAttribute {
 public:
-    void add(const PackedAttributeKey& key) { add(CommonAttribute(key)); }
+    CommonAttribute() = default;
     void add(const CommonAttribute& other);
+    /// How many cells were looked at one by one.
+    std::size_t add(const CellArena& arena, std::span<const PackedCell> cells);
     /// The default one where there were no cells.
     [[nodiscard]] Attribute attribute() const;
-    CommonAttribute() = default;
 
 private:
     explicit CommonAttribute(const PackedAttributeKey& key) : m_first(key), m_isEmpty(false) {}
@@ -78,15 +80,22 @@ private:
 /// name the whole screen.
 class RectangleMemory {
 public:
-    /// What the changes of rectangles of one feed may cost, some 1 ns each. Those that come afterwards do nothing: they
-    /// had the whole of a large screen changed a thousand times, or dozens of times in ever new colours.
+    explicit RectangleMemory(const VectorOps& ops) : m_ops(ops) {}
+
+    /// What the rectangles of one feed may cost, some 1 ns each. Changes that come afterwards do nothing, and questions
+    /// have no answer: they had the whole of a large screen changed or looked at a thousand times, or dozens of times
+    /// in ever new colours.
     static constexpr std::size_t mostSteps = std::size_t{48} << 20;
     void renewSteps() { m_steps = 0; }
     void addSteps(std::size_t count) { m_steps += count; }
-    [[nodiscard]] bool mayChange() const { return m_steps < mostSteps; }
+    [[nodiscard]] bool hasSteps() const { return m_steps < mostSteps; }
 
     /// The sum of all scalars in the columns of a row.
     [[nodiscard]] std::uint32_t sumOf(const CellArena& arena, int row, const BufferLine& line, ColumnRange columns);
+    /// Says what `sumOf` would find.
+    void noteSum(int row, const BufferLine& line, ColumnRange columns, std::uint32_t sum) {
+        m_sums.keep(row, line, columns, sum);
+    }
     [[nodiscard]] CommonAttribute commonOf(
         const CellArena& arena, int row, const BufferLine& line, ColumnRange columns);
     /// The one that was used of late, or a new one.
@@ -94,8 +103,8 @@ public:
 
     using Filling = std::pair<ColumnRange, PackedCell>;
     /// Whether the row is as it was left by the same filling (`noteFilled`).
-    [[nodiscard]] bool isFilled(int row, const BufferLine& line, const Filling& filling) const {
-        return m_fillings.find(row, line, filling) != nullptr;
+    [[nodiscard]] bool isFilled(const BufferLine& line, const Filling& filling) const {
+        return m_fillings.find(line, filling) != nullptr;
     }
     void noteFilled(int row, const BufferLine& line, const Filling& filling) {
         m_fillings.keep(row, line, filling, {});
@@ -103,8 +112,8 @@ public:
 
     using Changing = std::pair<ColumnRange, AttributeChange::Kind>;
     /// The same of a change of attributes, which has to be one that changes nothing the second time.
-    [[nodiscard]] bool isChanged(int row, const BufferLine& line, const Changing& changing) const {
-        return m_changings.find(row, line, changing) != nullptr;
+    [[nodiscard]] bool isChanged(const BufferLine& line, const Changing& changing) const {
+        return m_changings.find(line, changing) != nullptr;
     }
     void noteChanged(int row, const BufferLine& line, const Changing& changing) {
         m_changings.keep(row, line, changing, {});
@@ -114,9 +123,13 @@ private:
     struct Nothing {
         bool operator==(const Nothing&) const = default;
     };
+    [[nodiscard]] std::uint32_t sumOfCells(const CellArena& arena, std::span<const PackedCell> cells);
+    void addCells(CommonAttribute& common, const CellArena& arena, std::span<const PackedCell> cells);
+
+    const VectorOps& m_ops;
     std::size_t m_steps = 0;
     RowMemo<ColumnRange, std::uint32_t> m_sums;
-    RowMemo<Nothing, std::vector<std::uint32_t>> m_sumsBefore; ///< of all cells before each column
+    RowMemo<Nothing, std::vector<std::uint32_t>> m_sumsBefore; ///< of all cells before each block
     RowMemo<ColumnRange, CommonAttribute> m_common;
     RowMemo<Nothing, std::vector<CommonAttribute>> m_commonBlocks; ///< of all cells, a few columns each
     RowMemo<Changing, Nothing> m_changings;

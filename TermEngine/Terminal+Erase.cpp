@@ -12,7 +12,7 @@ void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
 void Terminal::eraseText(int row, int first, int end, EraseKind kind) {
     if (kind == EraseKind::unprotected || m_isErasureGuarded) {
         const RectangleMemory::Filling filling{{first, end}, pen().blank};
-        if (!m_rectangles.isFilled(row, m_buffer->line(row), filling)) {
+        if (!m_rectangles.isFilled(m_buffer->line(row), filling)) {
             m_buffer->eraseUnprotected(row, first, end, pen().blank);
             m_rectangles.noteFilled(row, m_buffer->line(row), filling);
         }
@@ -37,7 +37,8 @@ void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
     }
     const int first = what == 0 ? b.y() + 1 : 0;
     const int end = what == 1 ? b.y() : b.rows();
-    if (kind == EraseKind::all && !m_isErasureGuarded && !m_images.hasText()) [[likely]] {
+    loseTextImages({first, 0, end, b.cols()});
+    if (kind == EraseKind::all && !m_isErasureGuarded) [[likely]] {
         const PackedCell blank = pen().blank;
         for (int row = first; row < end; ++row) {
             b.line(row).clear(blank);
@@ -48,7 +49,7 @@ void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
         }
     } else {
         for (int row = first; row < end; ++row) {
-            eraseCells(row, 0, b.cols(), kind);
+            eraseText(row, 0, b.cols(), kind);
             if (kind == EraseKind::all) {
                 b.line(row).setRenderMode(RenderLineMode::single);
                 b.line(row).forgetPrompt();
@@ -133,7 +134,7 @@ void Terminal::cmdRepeatPrecedingCharacter(int count) {
     if (scalar == 0) {
         return;
     }
-    m_buffer->repeatScalar(scalar, std::min(count, m_buffer->cols() * m_buffer->rows()), pen());
+    m_buffer->repeatScalar(scalar, count, pen());
 }
 
 void Terminal::cmdScreenAlignmentPattern() {
@@ -142,7 +143,7 @@ void Terminal::cmdScreenAlignmentPattern() {
     m_modes.origin = false;
     for (int row = 0; row < b.rows(); ++row) {
         const RectangleMemory::Filling filling{{0, b.cols()}, PackedCell::make(PackedCell::Kind::scalar, 'E')};
-        if (m_rectangles.isFilled(row, b.line(row), filling)) {
+        if (m_rectangles.isFilled(b.line(row), filling)) {
             continue;
         }
         b.eraseCells(row, 0, b.cols(), {});

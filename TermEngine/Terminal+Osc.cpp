@@ -170,30 +170,35 @@ void Terminal::iTermCommand(std::string_view payload, StringEnd end) {
         }
         break;
     case ITermCommand::Kind::file:
-        if (command->file.isInline) {
-            showFile(command->file);
-        }
-        break;
     case ITermCommand::Kind::fileBegin:
-        m_loadingFile.emplace(command->file, Base64Decoder(m_options.kittyGraphics.imageCacheLimitBytes));
-        break;
     case ITermCommand::Kind::filePart:
-        if (m_loadingFile) {
-            m_loadingFile->data.append(command->encoded);
-        }
-        break;
     case ITermCommand::Kind::fileEnd:
-        if (auto loaded = std::exchange(m_loadingFile, {})) {
-            auto data = loaded->data.finish();
-            if (data && loaded->file.isInline) {
-                loaded->file.data = std::move(*data);
-                showFile(loaded->file);
-            }
-        }
+        takeFile(*command);
         break;
     case ITermCommand::Kind::remoteHost:
     case ITermCommand::Kind::setUserVariable:
         break;
+    }
+}
+
+/// Whole, or in pieces.
+void Terminal::takeFile(const ITermCommand& command) {
+    if (command.kind == ITermCommand::Kind::file) {
+        if (command.file.isInline) {
+            showFile(command.file);
+        }
+    } else if (command.kind == ITermCommand::Kind::fileBegin) {
+        m_loadingFile.emplace(command.file, Base64Decoder(m_options.kittyGraphics.imageCacheLimitBytes));
+    } else if (command.kind == ITermCommand::Kind::filePart) {
+        if (m_loadingFile) {
+            m_loadingFile->data.append(command.encoded);
+        }
+    } else if (auto loaded = std::exchange(m_loadingFile, {})) {
+        auto data = loaded->data.finish();
+        if (data && loaded->file.isInline) {
+            loaded->file.data = std::move(*data);
+            showFile(loaded->file);
+        }
     }
 }
 

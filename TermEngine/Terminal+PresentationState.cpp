@@ -135,6 +135,9 @@ void Terminal::restoreTabStops(const std::string& report) {
 
 /// XTREPORTSGR
 void Terminal::reportRendition(const CsiParameters& parameters) {
+    if (!m_rectangles.hasSteps()) {
+        return;
+    }
     const Rectangle area = rectangle(parameters, 0);
     CommonAttribute common;
     for (int row = area.top; row < area.bottom && !area.isEmpty(); ++row) {

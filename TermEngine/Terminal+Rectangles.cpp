@@ -6,6 +6,40 @@
 #include <span>
 
 namespace term {
+namespace {
+
+/// What stands behind the four that name the rectangle.
+CsiParameters changeIn(const CsiParameters& parameters) {
+    CsiParameters change;
+    change.count = 0;
+    for (int i = 4; i < parameters.count; ++i) {
+        change.values[static_cast<std::size_t>(change.count++)] = parameters.at(i);
+    }
+    change.count = std::max(change.count, 1);
+    change.colonMask = parameters.colonMask >> 4;
+    return change;
+}
+
+/// Those that DECRARA reverses.
+std::uint8_t stylesIn(const CsiParameters& change) {
+    constexpr std::array<std::pair<int, StyleBit>, 5> bits = {
+        {{1, StyleBit::bold},
+         {4, StyleBit::underline},
+         {5, StyleBit::blink},
+         {7, StyleBit::inverse},
+         {8, StyleBit::invisible}}};
+    CharacterStyle styles;
+    for (int i = 0; i < change.count; ++i) {
+        for (const auto& [code, bit] : bits) {
+            if (change.at(i) == code || (change.at(i) == 0 && code != 8)) {
+                styles.set(bit);
+            }
+        }
+    }
+    return styles.raw();
+}
+
+} // namespace
 
 /// Of the parameters from `first` on: top, left, bottom, right, which count from 1 and from the margins in origin mode.
 Rectangle Terminal::rectangle(const CsiParameters& parameters, int first) const {
@@ -53,8 +87,11 @@ void Terminal::fillRectangle(const CsiParameters& parameters) {
     const char32_t scalar =
         code < 0x80 ? characterIn(m_charset.left, static_cast<std::uint8_t>(code)) : static_cast<char32_t>(code);
     loseTextImages(area);
+    const PackedCell cell = PackedCell::make(PackedCell::Kind::scalar, scalar, pen().bits);
+    const std::uint32_t sum = scalar * static_cast<std::uint32_t>(area.right - area.left);
     for (int row = area.top; row < area.bottom; ++row) {
-        m_buffer->line(row).fill(area.left, area.right, PackedCell::make(PackedCell::Kind::scalar, scalar, pen().bits));
+        m_buffer->line(row).fill(area.left, area.right, cell);
+        m_rectangles.noteSum(row, m_buffer->line(row), {area.left, area.right}, sum);
     }
 }
 
@@ -73,32 +110,13 @@ void Terminal::eraseRectangle(const CsiParameters& parameters, EraseKind kind) {
 void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) {
     Buffer& b = *m_buffer;
     const Rectangle area = rectangle(parameters, 0);
-    if (area.top >= area.bottom || !m_rectangles.mayChange()) {
+    if (area.top >= area.bottom || !m_rectangles.hasSteps()) {
         return;
     }
-    CsiParameters change;
-    change.count = 0;
-    for (int i = 4; i < parameters.count; ++i) {
-        change.values[static_cast<std::size_t>(change.count++)] = parameters.at(i);
-    }
-    change.count = std::max(change.count, 1);
-    change.colonMask = parameters.colonMask >> 4;
-    std::uint8_t mask = 0;
-    for (int i = 0; i < change.count; ++i) {
-        constexpr std::array<std::pair<int, StyleBit>, 5> bits = {
-            {{1, StyleBit::bold},
-             {4, StyleBit::underline},
-             {5, StyleBit::blink},
-             {7, StyleBit::inverse},
-             {8, StyleBit::invisible}}};
-        for (const auto& [code, bit] : bits) {
-            if (change.at(i) == code || (change.at(i) == 0 && code != 8)) {
-                mask = static_cast<std::uint8_t>(mask | static_cast<std::uint8_t>(bit));
-            }
-        }
-    }
+    const CsiParameters change = changeIn(parameters);
     AttributeChange& made = m_rectangles.change(
-        *m_arena, {reverses ? AttributePatch() : patchOf(change), reverses ? mask : std::uint8_t{0}});
+        *m_arena, reverses ? AttributeChange::Kind{.reversed = stylesIn(change)}
+                           : AttributeChange::Kind{.patch = patchOf(change)});
     const int lastColumn = m_modes.origin ? b.marginRight() + 1 : b.cols();
     const int firstColumn = m_modes.origin ? b.marginLeft() : 0;
     // From its first corner to its last one, in whole rows between.
@@ -117,7 +135,7 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
             continue;
         }
         const RectangleMemory::Changing changing{{left, right}, made.kind()};
-        if (!reverses && m_rectangles.isChanged(row, b.line(row), changing)) {
+        if (!reverses && m_rectangles.isChanged(b.line(row), changing)) {
             continue;
         }
         made.change(b.line(row).edit(left, right));
@@ -129,6 +147,9 @@ void Terminal::changeAttributes(const CsiParameters& parameters, bool reverses) 
 }
 
 void Terminal::cmdDECRQCRA(const CsiParameters& parameters) {
+    if (!m_rectangles.hasSteps()) {
+        return;
+    }
     const Rectangle area = rectangle(parameters, 2);
     std::uint32_t sum = 0;
     for (int row = area.top; row < area.bottom; ++row) {

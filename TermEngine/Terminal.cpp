@@ -37,6 +37,7 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options, const Ve
       m_buffer(m_normal.get()),
       m_parser(*this, ops, EscapeSequenceParser::groundWalkFor<Terminal>()),
       m_cursorStyle(m_options.cursorStyle),
+      m_rectangles(ops),
       m_images(m_options.kittyGraphics.imageCacheLimitBytes),
       m_graphics(m_options.kittyGraphics, m_images),
       m_colors(m_options.ansi256PaletteStrategy),
@@ -46,6 +47,7 @@ Terminal::Terminal(TerminalDelegate& delegate, TerminalOptions options, const Ve
     m_alternate->lineObserver = this;
     m_arena->setRoots([this](CellArena::Marker& marker) { mark(marker); });
     m_arena->setCoarsening([this](CellArena::Coarsening& coarsening) { coarsen(coarsening); });
+    m_arena->setReleasing([this](CellArena::Releasing& releasing) { release(releasing); });
     resetState();
     if (m_normal->defaultBidiState != 0) {
         m_normal->clear();
@@ -68,6 +70,13 @@ void Terminal::coarsen(CellArena::Coarsening& coarsening) {
     coarsening.keepPen(m_pen.blank.rawValue);
     m_alternate->coarsen(coarsening);
     m_normal->coarsen(coarsening);
+}
+
+void Terminal::release(CellArena::Releasing& releasing) {
+    releasing.keepPen(m_pen.bits);
+    releasing.keepPen(std::uint64_t{m_link} << PackedCell::payloadShift);
+    m_alternate->release(releasing);
+    m_normal->release(releasing);
 }
 
 void Terminal::printScalars(std::span<const char32_t> text) {

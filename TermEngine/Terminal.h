@@ -358,6 +358,7 @@ private:
     void notify(const std::optional<NotificationRequest>& request);
     void iTermCommand(std::string_view payload, StringEnd end);
     [[nodiscard]] std::optional<RgbaImage> decodedFile(const ITermCommand::File& file, ImageRequest request);
+    void takeFile(const ITermCommand& command);
     void showFile(const ITermCommand::File& file);
     void setDirectory(std::string url);
     void setProgramStatus(std::string_view payload);
@@ -464,6 +465,7 @@ private:
     void tellOfChanges();
     void mark(CellArena::Marker& marker) const;
     void coarsen(CellArena::Coarsening& coarsening);
+    void release(CellArena::Releasing& releasing);
 
     TerminalDelegate& m_delegate;
     TerminalOptions m_options;

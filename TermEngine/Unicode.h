@@ -11,6 +11,8 @@
 namespace term::unicode {
 
 inline constexpr char32_t replacement = 0xFFFD;
+/// Of a cell that shows a part of an image (kitty's graphics protocol, "Unicode placeholders").
+inline constexpr char32_t imagePlaceholder = 0x10EEEE;
 inline constexpr char32_t zeroWidthJoiner = 0x200D;
 inline constexpr char32_t textSelector = 0xFE0E;
 inline constexpr char32_t emojiSelector = 0xFE0F;

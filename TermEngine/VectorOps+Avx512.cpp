@@ -272,14 +272,15 @@ bool hasAvx512() {
            __builtin_cpu_supports("bmi2");
 }
 
-VectorOps avx512Ops() {
+VectorOps avx512Ops(const VectorOps& slower) {
     return {
         .name = "avx512",
         .asciiRun = asciiRun,
         .expandAscii = expandAscii,
         .decodeUtf8 = decodeUtf8,
         .expandScalars = expandScalars,
-        .decodeBase64 = decodeBase64};
+        .decodeBase64 = decodeBase64,
+        .sumScalars = slower.sumScalars};
 }
 
 } // namespace term::detail

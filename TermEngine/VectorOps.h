@@ -17,7 +17,12 @@ struct ExpandedText {
     bool hasWide = false;
 };
 
-/// The loops over the bytes of a text that use vector instructions, for one set of instructions.
+struct TextSum {
+    std::uint32_t scalars = 0;
+    std::uint32_t clusters = 0; ///< how many cells have one
+};
+
+/// The loops over the bytes of a text and over cells that use vector instructions, for one set of instructions.
 struct VectorOps {
     /// Scalars that `decodeUtf8` may write behind those that it reports.
     static constexpr std::size_t decodeSlack = 16;
@@ -37,6 +42,8 @@ struct VectorOps {
     /// Base64 (RFC 4648) in whole groups of four characters, up to the first group with another character in it, into
     /// three bytes each; how many characters. `out` has room for all groups.
     std::size_t (*decodeBase64)(const std::uint8_t* text, std::size_t size, std::uint8_t* out);
+    /// Of the cells that have one scalar.
+    TextSum (*sumScalars)(const std::uint64_t* cells, std::size_t size);
 };
 
 /// All that this processor can carry out, the plain one first, the fastest last.

@@ -53,7 +53,8 @@ std::size_t decodeBase64Plain(const std::uint8_t* text, std::size_t size, std::u
 
 #if defined(__x86_64__)
 [[nodiscard]] bool hasAvx512();
-[[nodiscard]] VectorOps avx512Ops();
+/// With what `slower` has of its own.
+[[nodiscard]] VectorOps avx512Ops(const VectorOps& slower);
 #endif
 
 } // namespace term::detail

@@ -104,9 +104,9 @@ std::vector<Figure> measureResizes() {
     return figures;
 }
 
-/// The slowest of pieces of 64 KiB, each cell in a colour of its own, above a long history: many times more colours
+/// The slowest of pieces of 64 KiB, each cell with a value of its own, above a long history: many times more of them
 /// than there are numbers for.
-Figure measureColors(int lines) {
+Figure measureNew(const char* name, std::string (*one)(int), int lines) {
     constexpr std::size_t piece = 64 * 1024;
     constexpr int cols = 120;
     Host host;
@@ -115,10 +115,10 @@ Figure measureColors(int lines) {
     options.scrollback = lines;
     term::Terminal terminal(host, options);
     terminal.feed(bench::repeated(lines, std::string(cols, 'x') + "\r\n"));
-    Figure figure{.name = "new colours, " + std::to_string(lines) + " lines", .bytes = piece};
+    Figure figure{.name = name + std::string(", ") + std::to_string(lines) + " lines", .bytes = piece};
     std::string text;
     for (int i = 1; i < 2'000'000; ++i) {
-        text += bench::color(i);
+        text += one(i);
         if (text.size() >= piece) {
             const double start = bench::now();
             terminal.feed(text);
@@ -133,7 +133,9 @@ Figure measureColors(int lines) {
 std::vector<Figure> measureHistories() {
     std::vector<Figure> figures = measureResizes();
     for (const int lines : {500, 10'000, 100'000}) {
-        figures.push_back(measureColors(lines));
+        figures.push_back(measureNew("new colours", bench::color, lines));
+        figures.push_back(measureNew("new links", bench::link, lines));
+        figures.push_back(measureNew("new clusters", bench::cluster, lines));
     }
     return figures;
 }

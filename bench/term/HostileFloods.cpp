@@ -66,13 +66,15 @@ std::string square(int side) {
 }
 
 /// Text in one attribute, in two in turn, by ones and by pairs, and in another one in each cell; empty cells in two
-/// colours in turn, wide characters in two, and clusters.
+/// colours in turn, wide characters in two, and clusters; characters of one column and two, every other one protected.
 struct Screens {
     std::string plain = repeated(100, std::string(300, 'x'));
     std::string inTurn = repeated(15'000, "\x1B[31mA\x1B[32mB");
     std::string pairs = repeated(7'500, "\x1B[31mAA\x1B[32mBB");
     std::string blanks = repeated(100, repeated(150, "\x1B[41m\x1B[X\x1B[C\x1B[42m\x1B[X\x1B[C") + "\r\n");
     std::string wide = repeated(7'500, "\x1B[31m\xE6\xBC\xA2\x1B[32m\xE6\xBC\xA2");
+    std::string guarded = repeated(15'000, "\x1B[1\"qx\x1B[0\"qy");
+    std::string guardedWide = repeated(7'500, "\x1B[1\"q\xE6\xBC\xA2\x1B[0\"q\xE6\xBC\xA2");
     std::string colored = "\x1B[1m";
     std::string clusters;
     Screens() {
@@ -125,6 +127,24 @@ std::vector<HostileInput> hostileCellFloods() {
     for (const char* once : {"\x1B[*y", "\x1B[;;;2*y\x1B[*y"}) {
         add("DECRQCRA of clusters", screens.clusters, once);
     }
+    // Where each line has changed a little, or is elsewhere.
+    for (const auto& [change, name] : std::to_array<std::pair<const char*, const char*>>(
+             {{"\x1B[65;;5;;5$x", "a column written anew"}, {"\x1B[ @", "all shifted"}, {"\x1B[S", "scrolled"}})) {
+        const auto addAfter = [&](const char* function, const char* once, const char* of, const std::string& screen) {
+            add(function + std::string(" of ") + of + ", " + name, screen, once + std::string(change));
+        };
+        for (const Flood& flood : std::to_array<Flood>(
+                 {{"DECRQCRA", "\x1B[*y"}, {"DECRQCRA of two", "\x1B[;;;2*y\x1B[*y"}, {"XTREPORTSGR", "\x1B[#|"}})) {
+            addAfter(flood.name, flood.once, "text", screens.plain);
+            addAfter(flood.name, flood.once, "all colours", screens.colored);
+            addAfter(flood.name, flood.once, "clusters", screens.clusters);
+            addAfter(flood.name, flood.once, "empty cells", screens.blanks);
+        }
+        for (const Flood& flood : std::to_array<Flood>({{"DECSERA", "\x1B[${"}, {"DECSED", "\x1B[?2J"}})) {
+            addAfter(flood.name, flood.once, "what is protected by turns", screens.guarded);
+            addAfter(flood.name, flood.once, "wide characters protected by turns", screens.guardedWide);
+        }
+    }
     for (const Flood& flood :
          std::to_array<Flood>({{"DECRARA", "\x1B[;;;;$t"}, {"DECCARA, two in turn", "\x1B[;;;;1$r\x1B[;;;;22$r"}})) {
         add(std::string(flood.name) + ", two attributes in turn", screens.inTurn, flood.once);
@@ -132,7 +152,7 @@ std::vector<HostileInput> hostileCellFloods() {
         add(std::string(flood.name) + ", empty cells of two colours", screens.blanks, flood.once);
         add(std::string(flood.name) + ", wide characters", screens.wide, flood.once);
     }
-    add("DECSERA, every other cell protected", repeated(15'000, "\x1B[1\"qx\x1B[0\"qy"), "\x1B[${");
+    add("DECSERA, every other cell protected", screens.guarded, "\x1B[${");
     const std::string margins = "\x1B[?69h\x1B[2;79s\x1B[2;2H";
     for (const auto& [name, before] : std::to_array<std::pair<const char*, std::string>>(
              {{"REP", ""},
@@ -140,9 +160,10 @@ std::vector<HostileInput> hostileCellFloods() {
               {"REP between margins", margins},
               {"REP in two columns", "\x1B[?69h\x1B[2;3s\x1B[2;2H"},
               {"REP without wrapping", "\x1B[?7l"}})) {
+        const std::string repeat = "\x1B[65535b";
         for (const char* character : {"x", "\xC3\xA9", "\xE6\xBC\xA2", "\xF0\x9F\x98\x80", "\xF0\x9F\x87\xA6"}) {
             made.push_back(
-                {name + std::string(" of ") + character, before, character + piecesOf("\x1B[9999b").substr(8)});
+                {name + std::string(" of ") + character, before, character + piecesOf(repeat).substr(repeat.size())});
         }
     }
     // What moves all lines of a region.

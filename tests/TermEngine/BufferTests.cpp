@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -207,6 +208,63 @@ TEST(CellArena, ChangesTheTextOfACellAndNothingElse) {
         EXPECT_EQ(changed, arena.pack(row.after)) << row.label;
         CellArena other;
         EXPECT_EQ(other.unpack(other.adopt(changed, arena)).graphemeScalarValues, row.after.graphemeScalarValues);
+    }
+}
+
+/// Text of one column and two, some of it protected, that may end before the line does.
+BufferLine mixedLine(std::mt19937& random) {
+    BufferLine line(24, PackedCell::make(PackedCell::Kind::paletteBlank, 3));
+    for (int col = 0, end = static_cast<int>(random() % 24); col < end; ++col) {
+        const std::uint64_t guard = std::uint64_t{random() % 3 == 0} << PackedCell::protectedShift;
+        const auto scalar = static_cast<std::uint32_t>('a' + col);
+        if (random() % 2 == 0) {
+            PackedCell* const cells = line.write(col++, 2);
+            cells[0] = PackedCell::make(PackedCell::Kind::scalar, scalar, guard, WidthState::wide);
+            cells[1] = PackedCell::make(PackedCell::Kind::scalar, 0, guard, WidthState::spacer);
+            line.noteWide();
+        } else {
+            line.set(col, PackedCell::make(PackedCell::Kind::scalar, scalar, guard));
+        }
+    }
+    return line;
+}
+
+TEST(BufferLine, CopiesWithinItselfAndMovesAsFromAnotherLine) {
+    std::mt19937 random(11);
+    const auto upTo = [&random](int most) { return static_cast<int>(random() % static_cast<unsigned>(most + 1)); };
+    for (int round = 0; round < 3000; ++round) {
+        const BufferLine line = mixedLine(random);
+        const int len = 1 + upTo(23);
+        const int from = upTo(24 - len);
+        const int to = upTo(24 - len);
+        BufferLine expected(line);
+        expected.copyFrom(line, from, to, len);
+        BufferLine copied(line);
+        copied.copyFrom(copied, from, to, len);
+        for (int col = 0; col < 24; ++col) {
+            ASSERT_EQ(copied[col], expected[col]) << from << " to " << to << ", " << len << ": " << col;
+        }
+    }
+}
+
+TEST(BufferLine, ErasesAllThatIsNotProtected) {
+    std::mt19937 random(12);
+    for (int round = 0; round < 3000; ++round) {
+        const BufferLine line = mixedLine(random);
+        const int first = static_cast<int>(random() % 12);
+        const int end = first + static_cast<int>(random() % 12);
+        const PackedCell blank = PackedCell::make(PackedCell::Kind::paletteBlank, 1);
+        BufferLine expected(line);
+        for (int col = first; col < end; ++col) {
+            if (!line[col].isProtected()) {
+                expected.set(col, blank);
+            }
+        }
+        BufferLine erased(line);
+        erased.fillUnprotected(first, end, blank);
+        for (int col = 0; col < 24; ++col) {
+            ASSERT_EQ(erased[col], expected[col]) << first << " to " << end << ": " << col;
+        }
     }
 }
 

@@ -1,3 +1,4 @@
+#include "TermEngine/ImagePlaceholders.h"
 #include "TermEngine/TextRange.h"
 #include "TerminalFixture.h"
 
@@ -322,6 +323,69 @@ TEST(Terminal, TakesColoursFromItsOldestLinesWhenThereAreTooMany) {
         const Buffer& buffer = terminal.buffer();
         const PackedCell cell = buffer.line(buffer.y())[0];
         ASSERT_EQ(terminal.arena().attributeOf(cell).toSgr(), "0;4;7;31") << "picture " << picture;
+    }
+}
+
+/// More links than there are numbers for, each on a cell that names it.
+TEST(Terminal, TakesLinksFromItsOldestLinesWhenThereAreTooMany) {
+    Session session({.cols = 120, .rows = 30, .scrollback = 2000});
+    Terminal& terminal = session.terminal;
+    constexpr std::uint32_t names = 60'000;
+    std::string text = "\x1B]8;;of:all\x1B\\!";
+    for (std::uint32_t i = 0; i < 100'000; ++i) {
+        text += "\x1B]8;;" + std::to_string(i / names) + ":" + std::to_string(i % names) + "\x1B\\";
+        unicode::appendUtf8(text, 0xF0000 + i % names);
+    }
+    terminal.feed(text + "\x1B]8;;of:all\x1B\\!");
+    const Buffer& buffer = terminal.buffer();
+    std::array<int, 2> counts{};
+    bool isLinked = false;
+    for (int index = 0; index < buffer.lineCount(); ++index) {
+        for (const PackedCell cell : buffer.lineAt(index).usedCells()) {
+            ASSERT_FALSE(isLinked && cell.payload() == 0) << "line " << index << " has lost links, older ones have not";
+            isLinked = cell.payload() != 0 && cell.content() != '!';
+            ++counts[isLinked ? 1 : 0];
+            if (isLinked) {
+                const std::string end = ":" + std::to_string(cell.content() - 0xF0000);
+                ASSERT_TRUE(terminal.arena().link(cell.payload()).ends_with(end)) << "line " << index;
+            }
+        }
+    }
+    EXPECT_GT(counts[1], 0xFFFF / 2);
+    EXPECT_GT(counts[0], 0xFFFF / 8);
+    EXPECT_TRUE(terminal.arena().link(buffer.line(buffer.y())[buffer.x() - 1].payload()).ends_with("of:all"));
+}
+
+/// The colours of such cells say which image they show.
+TEST(Terminal, ShowsNoOtherImagesWhenColoursAreTakenFromItsOldestLines) {
+    struct Row {
+        const char* label;
+        std::uint32_t images;
+        bool keepsAll;
+    };
+    for (const Row& row : std::to_array<Row>({{"some", 3000, true}, {"too many", 20'000, false}})) {
+        Session session({.cols = 100, .rows = 40, .scrollback = 1500});
+        Terminal& terminal = session.terminal;
+        const auto idOf = [](std::uint32_t i) { return 0x010203 + i * 0x21; };
+        std::string text;
+        for (std::uint32_t i = 0; i < row.images; ++i) {
+            const std::uint32_t id = idOf(i);
+            text += "\x1B[38;2;" + std::to_string(id >> 16) + ";" + std::to_string(id >> 8 & 0xFF) + ";" +
+                    std::to_string(id & 0xFF) + "m\U0010EEEE\u0305\u0305";
+        }
+        terminal.feed(text + "\x1B[m\r\n");
+        for (std::uint32_t picture = 0; picture < 20; ++picture) {
+            terminal.feed(pictureOf(picture * 4000, 100, 40));
+        }
+        std::uint32_t shown = 0;
+        for (int index = 0; index < terminal.buffer().lineCount(); ++index) {
+            for (const PlaceholderRun& run : placeholdersIn(terminal.buffer().lineAt(index), terminal.arena())) {
+                ++shown;
+                const auto place = static_cast<std::uint32_t>(index * 100 + run.column);
+                ASSERT_TRUE(run.imageId == idOf(place) && run.count == 1) << row.label << ", image " << place;
+            }
+        }
+        EXPECT_TRUE(row.keepsAll ? shown == row.images : shown > 1000 && shown < row.images) << row.label << shown;
     }
 }
 

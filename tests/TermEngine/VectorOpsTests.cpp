@@ -193,6 +193,25 @@ TEST(VectorOps, DecodeBase64UpToWhatIsNone) {
     }
 }
 
+TEST(VectorOps, SumTheScalarsOfCells) {
+    std::mt19937_64 random(7);
+    for (std::size_t size = 0; size < 60; ++size) {
+        std::vector<std::uint64_t> cells(size);
+        std::ranges::generate(cells, random);
+        std::uint32_t scalars = 0;
+        std::uint32_t clusters = 0;
+        for (const std::uint64_t raw : cells) {
+            const PackedCell cell(raw);
+            scalars += cell.kind() == PackedCell::Kind::scalar ? cell.content() : 0;
+            clusters += cell.kind() == PackedCell::Kind::cluster ? 1 : 0;
+        }
+        for (const VectorOps& ops : availableVectorOps()) {
+            const TextSum sum = ops.sumScalars(cells.data(), size);
+            ASSERT_TRUE(sum.scalars == scalars && sum.clusters == clusters) << ops.name << ", " << size;
+        }
+    }
+}
+
 TEST(VectorOps, TellDigitsAndSemicolons) {
     for (int byte = 0; byte < 256; ++byte) {
         for (std::size_t at = 0; at < detail::sequenceSize; ++at) {

@@ -221,6 +221,7 @@ TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThre
     : QObject(parent),
       m_directory(directory),
       m_title(nameOf(directory)),
+      m_lastDirectory(directory),
       m_delegate(std::make_unique<Delegate>(*this)),
       m_processDelegate(std::make_shared<ProcessDelegate>(*this)) {
     ORV_ASSERT_MAIN_THREAD();
@@ -448,6 +449,10 @@ void TerminalSession::lookForPrograms() {
     if (isBusy != m_isBusy) {
         m_isBusy = isBusy;
         Q_EMIT isBusyChanged();
+    }
+    if (const QUrl directory = m_isAlive ? currentDirectory() : m_lastDirectory; directory != m_lastDirectory) {
+        m_lastDirectory = directory;
+        Q_EMIT currentDirectoryChanged();
     }
 }
 

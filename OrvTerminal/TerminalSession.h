@@ -123,6 +123,8 @@ Q_SIGNALS:
     void isAliveChanged();
     void ended();
     void startErrorChanged();
+    /// As it was shortly after the last output: a shell that goes elsewhere prints a prompt, if nothing else.
+    void currentDirectoryChanged();
     void terminalViewChanged();
     /// The terminal took in output, once a piece of up to 64 KiB.
     void outputReceived();
@@ -172,6 +174,7 @@ private:
     QString m_shell;
     QString m_startError;
     bool m_isBusy = false;
+    QUrl m_lastDirectory; ///< in which the shell was last seen
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
     ClipboardWrite m_clipboardWrite = ClipboardWrite::ask;

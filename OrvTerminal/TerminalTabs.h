@@ -58,6 +58,7 @@ public:
 Q_SIGNALS:
     void sessionsChanged();
     void selectedIDChanged();
+    void currentDirectoryChanged(); ///< of one of the sessions
     /// What a program in one of the sessions copies, and may.
     void clipboardWriteRequested(const QString& text, bool isPrimary);
 

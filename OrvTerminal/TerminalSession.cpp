@@ -406,6 +406,15 @@ void TerminalSession::setProgramsCopy(const QString& text) {
     if (text != m_programsCopy) {
         m_programsCopy = text;
         Q_EMIT programsCopyChanged();
+        updateQuestion();
+    }
+}
+
+void TerminalSession::updateQuestion() {
+    const bool hasQuestion = !m_programsCopy.isEmpty() && !m_isShown;
+    if (hasQuestion != m_hasUnseenQuestion) {
+        m_hasUnseenQuestion = hasQuestion;
+        Q_EMIT hasUnseenQuestionChanged();
     }
 }
 
@@ -431,6 +440,7 @@ void TerminalSession::setShown(bool isShown) {
     if (isShown) {
         setHasUnseenBell(false);
     }
+    updateQuestion();
     if (isShown && m_isWaiting) {
         // The view that says so is still on its way to its place.
         QMetaObject::invokeMethod(this, &TerminalSession::startAwaited, Qt::QueuedConnection);

@@ -117,7 +117,9 @@ TEST_F(RunCommand, EndsWhatAKilledOneHasLeft) {
     auto next = launcher.start({u"run"_s, folder});
     ASSERT_TRUE(next->waitFor(isUp)) << next->end().err.data();
     next->signal(SIGINT);
-    EXPECT_EQ(next->end().exitCode, 0);
+    const Ended ended = next->end();
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_TRUE(ended.err.startsWith("Stopping what an earlier run has left…\n")) << ended.err.data();
     EXPECT_EQ(launcher.leftBehind(), QStringList());
 }
 

@@ -1,12 +1,12 @@
 #include "OrvGit/DiscardedWork.h"
 
 #include "GitWords_p.h"
+#include "OrvCore/ScratchFolder.h"
 #include "OrvGit/GitLimits_p.h"
 #include "OrvGit/GitPath.h"
 #include "OrvGit/WorkTreeFiles_p.h"
 
 #include <QFile>
-#include <QTemporaryDir>
 
 #include <algorithm>
 
@@ -46,7 +46,7 @@ GitOutcome<QByteArray> ask(
 
 /// The tree of the work tree's files: that of the index with what was changed as it is, and without what was removed.
 GitOutcome<QByteArray> treeWith(GitRunner runner, const QByteArray& indexTree, const DiscardedWork& kept) {
-    const QTemporaryDir folder;
+    const ScratchFolder folder;
     if (!folder.isValid()) {
         return std::unexpected(GitError::refused(folder.errorString()));
     }
@@ -77,7 +77,7 @@ GitOutcome<QByteArray> treeOfIndex(
         runner.extraEnvironment.insert(u"GIT_LITERAL_PATHSPECS"_s, u"1"_s);
         entries = runner.run(words, repository, GitLimits::local);
     }
-    const QTemporaryDir folder;
+    const ScratchFolder folder;
     if (!entries || !folder.isValid()) {
         return entries ? std::unexpected(GitError::refused(folder.errorString())) : entries;
     }

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "Console.h"
+#include "OrvCore/ScratchFolder.h"
 #include "OrvUI/AppModel.h"
 #include "SignalWatcher.h"
 
 #include <QFuture>
 #include <QObject>
 #include <QPromise>
-#include <QTemporaryDir>
 
 #include <memory>
 
@@ -22,7 +22,7 @@ public:
     [[nodiscard]] AgentRuns& runs() { return m_model->agentRunner(); }
 
 private:
-    QTemporaryDir m_snapshots; ///< of the model, whose projects are not scanned
+    ScratchFolder m_snapshots; ///< of the model, whose projects are not scanned
     std::unique_ptr<AppModel> m_model;
 };
 

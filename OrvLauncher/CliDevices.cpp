@@ -1,11 +1,11 @@
 #include "CliSupport.h"
+#include "OrvCore/ScratchFolder.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/DevicesModel.h"
 #include "TextLayout.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 
@@ -53,7 +53,7 @@ int print(const Invocation& call, const DevicesModel& devices) {
 }
 
 /// The desktop's widgets show what the window runs, which such a model does not know.
-AppModel::Options besideTheWidgets(const QTemporaryDir& widgets) {
+AppModel::Options besideTheWidgets(const ScratchFolder& widgets) {
     AppModel::Options options;
     options.snapshotDirectory = widgets.path();
     return options;
@@ -61,7 +61,7 @@ AppModel::Options besideTheWidgets(const QTemporaryDir& widgets) {
 
 /// Lists them for a project, whose choice is marked; an empty id: for none.
 QFuture<int> listFor(Invocation& call, const QString& projectID) {
-    const auto widgets = std::make_shared<QTemporaryDir>();
+    const auto widgets = std::make_shared<ScratchFolder>();
     auto* model = new AppModel(besideTheWidgets(*widgets), call.context);
     auto* progress = new Progress(call.console.err, u"Asking for devices…"_s, call.context);
     model->devices()->setProjectID(projectID);
@@ -105,7 +105,7 @@ QFuture<int> list(Invocation& call) {
 }
 
 int chooseDevice(const Invocation& call, const Project& project, const QString& key) {
-    const QTemporaryDir widgets;
+    const ScratchFolder widgets;
     AppModel model(besideTheWidgets(widgets));
     if (const StoreResult saved = model.devices()->choose(project.id, key); !saved) {
         return call.failure(saved.error().text());
@@ -145,7 +145,7 @@ QFuture<int> boot(Invocation& call) {
     if (!isKey(call.words.first())) {
         return noKey(call, call.words.first());
     }
-    const auto widgets = std::make_shared<QTemporaryDir>();
+    const auto widgets = std::make_shared<ScratchFolder>();
     auto* model = new AppModel(besideTheWidgets(*widgets), call.context);
     auto* progress = new Progress(call.console.err, u"Starting it…"_s, call.context);
     const auto promise = std::make_shared<QPromise<int>>();

@@ -1,8 +1,7 @@
 #include "CliSupport.h"
+#include "OrvCore/ScratchFolder.h"
 #include "RunSession.h"
 #include "WidgetUpdate.h"
-
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 
@@ -29,7 +28,7 @@ public:
     }
 
 private:
-    QTemporaryDir m_snapshots; ///< of this run alone
+    ScratchFolder m_snapshots; ///< of this run alone
     WidgetUpdate m_widgets;
     std::unique_ptr<AppModel> m_model;
     std::unique_ptr<RunSession> m_session;

@@ -1,4 +1,5 @@
 #include "CliSupport.h"
+#include "OrvCore/ScratchFolder.h"
 #include "OrvLauncher/platform/LoginItem.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/CTA.h"
@@ -7,7 +8,6 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 
@@ -38,7 +38,7 @@ int print(const Invocation& call, const QList<SuggestionRow>& rows) {
 QFuture<int> list(Invocation& call) {
     reportBrokenStores(call);
     // The desktop's widgets show what the window runs, which this model does not know.
-    const auto widgets = std::make_shared<QTemporaryDir>();
+    const auto widgets = std::make_shared<ScratchFolder>();
     AppModel::Options options;
     options.login = makeLoginItem();
     options.snapshotDirectory = widgets->path();

@@ -3,6 +3,7 @@
 #include "CliSupport.h"
 #include "OrvCore/CommandBuilder.h"
 #include "OrvProcess/PortParser.h"
+#include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ServicePhase.h"
 
 #include <QLocale>
@@ -46,6 +47,14 @@ RunSession::RunSession(
         logAppended(id, added);
     });
     connect(&m_model, &AppModel::addressChanged, this, [this](const ServiceID& id) { sayAddress(id, false); });
+    connect(m_model.orphans(), &OrphanedWork::changed, this, [this] {
+        const QList<ServiceID> ids = m_shown.keys();
+        if (!m_saidOrphans &&
+            std::ranges::any_of(ids, [this](const auto& id) { return m_model.orphans()->isEnding(id); })) {
+            m_saidOrphans = true;
+            say(u"Stopping what an earlier run has left…"_s);
+        }
+    });
     connect(&m_signals, &SignalWatcher::stopAsked, this, &RunSession::stopAsked);
 }
 

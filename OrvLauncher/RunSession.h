@@ -83,7 +83,8 @@ private:
     int m_labelWidth = 0;
     bool m_wasLaunched = false; ///< nothing more will be started
     bool m_isStopping = false;
-    bool m_wasGivenUp = false; ///< interrupted before anything of the project was started
+    bool m_saidOrphans = false; ///< that what an earlier run has left is ended first
+    bool m_wasGivenUp = false;  ///< interrupted before anything of the project was started
     bool m_hasFailed = false;
     bool m_hasEnded = false;
 };

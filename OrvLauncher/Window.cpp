@@ -13,6 +13,7 @@
 #include "OrvTerminal/View/ProgramsClipboard.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/OnboardingModel.h"
+#include "OrvUI/OrphanedWork.h"
 #include "OrvUI/QuitGuard.h"
 #include "OrvUI/Screens/IllustrationExport.h"
 #include "OrvUI/Screens/InputMode.h"
@@ -88,6 +89,7 @@ public:
           m_model(modelOptions()) {
         // The scan runs while the window is being made.
         m_model.refresh();
+        m_model.orphans()->look();
     }
 
     [[nodiscard]] bool open();

@@ -3,6 +3,7 @@
 #include "OrvCore/AgentCommandBuilder.h"
 #include "OrvCore/Async.h"
 #include "OrvCore/Pipe.h"
+#include "OrvProcess/ChildRecords.h"
 
 #include <QLocale>
 #include <QPointer>
@@ -43,9 +44,11 @@ QString cutNote(qsizetype limitBytes) {
         QLocale::c().formattedDataSize(limitBytes, 0));
 }
 
-EnvironmentEntries environment(const QString& task) {
+EnvironmentEntries environment(const AgentProcess::Request& request) {
+    EnvironmentEntries entries = ChildRecords::environment(request.mark);
     // A variable ends at the first zero character.
-    return {{AgentCommandBuilder::taskVariable, QString(task).remove(QChar(u'\0'))}};
+    entries.insert(AgentCommandBuilder::taskVariable, QString(request.task).remove(QChar(u'\0')));
+    return entries;
 }
 
 } // namespace
@@ -56,7 +59,7 @@ std::expected<std::unique_ptr<AgentProcess>, SpawnError> AgentProcess::start(con
     if (!pipe) {
         return std::unexpected(pipe.error());
     }
-    auto process = ProcessSpawner::spawn(request.command, request.directory, environment(request.task));
+    auto process = ProcessSpawner::spawn(request.command, request.directory, environment(request));
     if (!process) {
         return std::unexpected(process.error());
     }

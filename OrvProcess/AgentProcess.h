@@ -28,6 +28,7 @@ public:
         QString command; ///< of AgentCommandBuilder
         QString directory;
         QString task;
+        QString mark = {};  ///< of ChildRecords
         QString outputFile; ///< gets what the agent prints, as it is, as far as the disk takes it; empty: nowhere
         /// More is not written: a last line in its place says so.
         qsizetype outputFileLimitBytes = qsizetype{64} * 1024 * 1024;

@@ -2,6 +2,7 @@
 
 #include "OrvCore/Async.h"
 #include "OrvCore/CommandBuilder.h"
+#include "OrvProcess/ChildRecords.h"
 #include "OrvProcess/DeliveryTurns.h"
 #include "OrvProcess/GroupTermination.h"
 #include "OrvProcess/LimitedCommand.h"
@@ -29,6 +30,7 @@ namespace {
 struct Run {
     ProcessReader* reader = nullptr;
     PortWatch* ports = nullptr;
+    std::shared_ptr<ChildRecords::Note> note;
 };
 
 QString exitMessage(int code, const LogBuffer& log) {
@@ -58,8 +60,15 @@ struct ProcessManager::Private {
     QHash<ServiceID, int> fixedPorts;
     QSet<ServiceID> stopRequested;
     QSet<ServiceID> userStopped;
+    ChildRecords records;
     QThreadPool portPool;
     DeliveryTurns turns;
+
+    [[nodiscard]] std::expected<SpawnedProcess, SpawnError> spawn(const ServiceTarget& target, const QString& mark);
+    [[nodiscard]] std::shared_ptr<ChildRecords::Note> note(
+        const ServiceTarget& target, const QString& projectID, const QString& mark, pid_t pid) const;
+    /// Takes a Docker service's stack down; finished at once for any other.
+    [[nodiscard]] QFuture<void> stackStop(ServiceKind kind, const QString& folder);
 
     /// False when the manager is gone afterwards.
     bool setState(const ServiceID& id, const ServiceState& state);
@@ -165,8 +174,8 @@ void ProcessManager::start(const ServiceTarget& target, const QString& projectID
         d->setState(service, ServiceState::failed(tr("Folder not found: %1").arg(target.directory)));
         return;
     }
-    auto process = ProcessSpawner::spawn(
-        target.command, target.directory, ProcessSpawner::pipeEnvironment(QProcessEnvironment::systemEnvironment()));
+    const QString mark = ChildRecords::newMark();
+    auto process = d->spawn(target, mark);
     if (!process) {
         d->setState(service, ServiceState::failed(tr("Could not start: %1").arg(process.error().text())));
         return;
@@ -185,8 +194,64 @@ void ProcessManager::start(const ServiceTarget& target, const QString& projectID
         d->handleExit(service, reader, code);
     });
     connect(ports, &PortWatch::portsChanged, this, [this, service] { Q_EMIT listeningPortsChanged(service); });
-    d->runs.insert(service, {reader, ports});
+    d->runs.insert(service, {reader, ports, d->note(target, projectID, mark, reader->pid())});
     d->setState(service, ServiceState::starting());
+}
+
+std::expected<SpawnedProcess, SpawnError> ProcessManager::Private::spawn(
+    const ServiceTarget& target, const QString& mark) {
+    EnvironmentEntries entries = ProcessSpawner::pipeEnvironment(QProcessEnvironment::systemEnvironment());
+    entries.insert(ChildRecords::environment(mark));
+    return ProcessSpawner::spawn(target.command, target.directory, entries);
+}
+
+/// A service of which nothing can be written runs all the same.
+std::shared_ptr<ChildRecords::Note> ProcessManager::Private::note(
+    const ServiceTarget& target, const QString& projectID, const QString& mark, pid_t pid) const {
+    const auto note = records.note(
+        {.projectID = projectID,
+         .directory = target.directory,
+         .kind = target.kind,
+         .command = target.command,
+         .mark = mark},
+        pid);
+    if (!note) {
+        qWarning("%s", qUtf8Printable(note.error().text()));
+    }
+    return note.value_or(nullptr);
+}
+
+QFuture<void> ProcessManager::Private::stackStop(ServiceKind kind, const QString& folder) {
+    return kind == ServiceKind::docker ? runLimited(dockerStopCommand(folder), folder, dockerLimit, turns, q)
+                                       : finishedFuture();
+}
+
+void ProcessManager::setRecords(const ChildRecords& records) {
+    ORV_ASSERT_MAIN_THREAD();
+    d->records = records;
+}
+
+const ChildRecords& ProcessManager::records() const {
+    ORV_ASSERT_MAIN_THREAD();
+    return d->records;
+}
+
+QFuture<void> ProcessManager::endOrphan(const ChildRecord& child) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (!ChildRecords::isAlive(child)) {
+        d->records.remove(child);
+        return finishedFuture();
+    }
+    // It is looked before each signal: a number may come to be another's at any time, for this is no child of ours.
+    auto* termination =
+        new GroupTermination(child.leader.pid, d->killTimeout, [child] { return !ChildRecords::isAlive(child); }, this);
+    connect(termination, &GroupTermination::ended, this, [this, child](bool gone) {
+        if (gone) {
+            d->records.remove(child);
+        }
+    });
+    termination->begin();
+    return termination->lookAfter(d->stackStop(child.kind.value_or(ServiceKind::app), child.directory));
 }
 
 bool ProcessManager::Private::setState(const ServiceID& id, const ServiceState& state) {
@@ -290,10 +355,7 @@ QFuture<void> ProcessManager::stop(const ServiceID& id) {
     });
     reader->setStopping();
     termination->begin();
-    return termination->lookAfter(
-        id.kind == ServiceKind::docker
-            ? runLimited(d->dockerStopCommand(id.directory), id.directory, d->dockerLimit, d->turns, this)
-            : finishedFuture());
+    return termination->lookAfter(d->stackStop(id.kind, id.directory));
 }
 
 bool ProcessManager::isStopping(const ServiceID& id) const {

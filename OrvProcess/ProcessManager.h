@@ -12,6 +12,9 @@
 
 namespace orv {
 
+class ChildRecords;
+struct ChildRecord;
+
 /// One service of one project.
 struct ServiceID {
     QString projectID;
@@ -70,6 +73,13 @@ public:
     [[nodiscard]] bool isStopping(const ServiceID& id) const;
     /// Stops every service that has a live process, all at once, and waits for the stops that are under way.
     QFuture<void> stopAll();
+
+    /// Where it is written down what runs, from now on.
+    void setRecords(const ChildRecords& records);
+    [[nodiscard]] const ChildRecords& records() const;
+    /// Ends what an application that is gone has left running, as a service is stopped. Finishes when nothing of it
+    /// lives, or when the escalation has ended.
+    QFuture<void> endOrphan(const ChildRecord& child);
 
     /// The TCP ports on which a process of the service's session really listens, ascending, as last looked up: by
     /// itself while the service comes up, later only when asked.

@@ -1,6 +1,8 @@
 #include "OrvCore/UniqueFd.h"
 #include "OrvProcess/ProcessTable_p.h"
 
+#include <QFile>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -9,7 +11,18 @@
 #include <dirent.h>
 #include <fcntl.h>
 
+using namespace Qt::StringLiterals;
+
 namespace orv {
+
+ProcessEntry processEntry(pid_t pid) {
+    char path[32];
+    std::snprintf(path, sizeof path, "/proc/%d/stat", pid);
+    const UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC));
+    char text[512]; // the fields that matter come first
+    const ssize_t size = file.isValid() ? ::read(file.get(), text, sizeof text) : -1;
+    return size > 0 ? processEntry(QByteArrayView(text, size)) : ProcessEntry();
+}
 
 QList<ProcessEntry> processTable() {
     QList<ProcessEntry> table;
@@ -22,22 +35,24 @@ QList<ProcessEntry> processTable() {
         if (pid <= 0) {
             continue;
         }
-        char path[32];
-        std::snprintf(path, sizeof path, "/proc/%d/stat", pid);
-        const UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC));
-        if (!file.isValid() && (errno == EMFILE || errno == ENFILE)) {
-            return {};
-        }
-        char text[512]; // the fields that matter come first
-        const ssize_t size = file.isValid() ? ::read(file.get(), text, sizeof text) : -1;
-        if (size <= 0) {
-            continue;
-        }
-        if (const ProcessEntry found = processEntry(QByteArrayView(text, size)); found.pid != 0) {
+        errno = 0;
+        if (const ProcessEntry found = processEntry(pid); found.pid != 0) {
             table.append(found);
+        } else if (errno == EMFILE || errno == ENFILE) {
+            return {};
         }
     }
     return table;
+}
+
+bool hasVariable(pid_t pid, QByteArrayView variable) {
+    QFile file(u"/proc/%1/environ"_s.arg(pid));
+    return file.open(QIODevice::ReadOnly) && file.readAll().split('\0').contains(variable.toByteArray());
+}
+
+QByteArray bootIdentity() {
+    QFile file(u"/proc/sys/kernel/random/boot_id"_s);
+    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
 }
 
 } // namespace orv

@@ -221,6 +221,7 @@ TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThre
     : QObject(parent),
       m_directory(directory),
       m_title(nameOf(directory)),
+      m_lastDirectory(directory),
       m_delegate(std::make_unique<Delegate>(*this)),
       m_processDelegate(std::make_shared<ProcessDelegate>(*this)) {
     ORV_ASSERT_MAIN_THREAD();
@@ -405,6 +406,15 @@ void TerminalSession::setProgramsCopy(const QString& text) {
     if (text != m_programsCopy) {
         m_programsCopy = text;
         Q_EMIT programsCopyChanged();
+        updateQuestion();
+    }
+}
+
+void TerminalSession::updateQuestion() {
+    const bool hasQuestion = !m_programsCopy.isEmpty() && !m_isShown;
+    if (hasQuestion != m_hasUnseenQuestion) {
+        m_hasUnseenQuestion = hasQuestion;
+        Q_EMIT hasUnseenQuestionChanged();
     }
 }
 
@@ -430,6 +440,7 @@ void TerminalSession::setShown(bool isShown) {
     if (isShown) {
         setHasUnseenBell(false);
     }
+    updateQuestion();
     if (isShown && m_isWaiting) {
         // The view that says so is still on its way to its place.
         QMetaObject::invokeMethod(this, &TerminalSession::startAwaited, Qt::QueuedConnection);
@@ -448,6 +459,10 @@ void TerminalSession::lookForPrograms() {
     if (isBusy != m_isBusy) {
         m_isBusy = isBusy;
         Q_EMIT isBusyChanged();
+    }
+    if (const QUrl directory = m_isAlive ? currentDirectory() : m_lastDirectory; directory != m_lastDirectory) {
+        m_lastDirectory = directory;
+        Q_EMIT currentDirectoryChanged();
     }
 }
 

@@ -34,6 +34,7 @@ class TerminalSession : public QObject {
     Q_PROPERTY(QString startError READ startError NOTIFY startErrorChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
     Q_PROPERTY(bool hasUnseenBell READ hasUnseenBell NOTIFY hasUnseenBellChanged)
+    Q_PROPERTY(bool hasUnseenQuestion READ hasUnseenQuestion NOTIFY hasUnseenQuestionChanged)
     Q_PROPERTY(int progressState READ progressState NOTIFY progressChanged)
     Q_PROPERTY(int progressPercent READ progressPercent NOTIFY progressChanged)
     Q_PROPERTY(QObject* terminalView READ terminalView NOTIFY terminalViewChanged)
@@ -73,6 +74,8 @@ public:
     [[nodiscard]] bool isBusy() const { return m_isBusy; }
     /// A bell rang while the session was not shown.
     [[nodiscard]] bool hasUnseenBell() const { return m_hasUnseenBell; }
+    /// A program wants to copy, while the session is not shown.
+    [[nodiscard]] bool hasUnseenQuestion() const { return m_hasUnseenQuestion; }
     /// What the program says of its progress (OSC 9;4): a `term::ProgressReport::State`, and 0 to 100 or -1.
     [[nodiscard]] int progressState() const { return static_cast<int>(m_progress.state); }
     [[nodiscard]] int progressPercent() const { return m_progress.percent.value_or(-1); }
@@ -123,6 +126,8 @@ Q_SIGNALS:
     void isAliveChanged();
     void ended();
     void startErrorChanged();
+    /// As it was shortly after the last output: a shell that goes elsewhere prints a prompt, if nothing else.
+    void currentDirectoryChanged();
     void terminalViewChanged();
     /// The terminal took in output, once a piece of up to 64 KiB.
     void outputReceived();
@@ -131,6 +136,7 @@ Q_SIGNALS:
     /// The lines lie otherwise than before.
     void resized();
     void hasUnseenBellChanged();
+    void hasUnseenQuestionChanged();
     void progressChanged();
     void selectionChanged();
     /// A program begins to draw what is to be seen only as a whole. Comes while the terminal takes in output, before
@@ -153,6 +159,7 @@ private:
     void setHasUnseenBell(bool hasBell);
     void takeProgramsCopy(const QString& text, bool isPrimary);
     void setProgramsCopy(const QString& text);
+    void updateQuestion();
     void ring();
     void lookForPrograms();
     void processEnded(std::optional<int> code);
@@ -172,8 +179,10 @@ private:
     QString m_shell;
     QString m_startError;
     bool m_isBusy = false;
+    QUrl m_lastDirectory; ///< in which the shell was last seen
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
+    bool m_hasUnseenQuestion = false;
     ClipboardWrite m_clipboardWrite = ClipboardWrite::ask;
     QString m_programsCopy;
     bool m_isProgramsCopyPrimary = false;

@@ -37,6 +37,10 @@ TerminalSession* TerminalTabs::make(qsizetype place, const QUrl& folder) {
     auto* session = new TerminalSession(folder, m_queue, this);
     session->setClipboardWrite(m_clipboardWrite);
     connect(session, &TerminalSession::clipboardWriteRequested, this, &TerminalTabs::clipboardWriteRequested);
+    connect(session, &TerminalSession::currentDirectoryChanged, this, &TerminalTabs::currentDirectoryChanged);
+    for (const auto signal : {&TerminalSession::hasUnseenBellChanged, &TerminalSession::hasUnseenQuestionChanged}) {
+        connect(session, signal, this, &TerminalTabs::hasUnseenChanged);
+    }
     m_sessions.insert(place, session);
     return session;
 }
@@ -121,6 +125,12 @@ void TerminalTabs::select(const QUuid& id) {
     if (session(id) != nullptr) {
         setSelected(id);
     }
+}
+
+bool TerminalTabs::hasUnseen() const {
+    return std::ranges::any_of(m_sessions, [](const TerminalSession* session) {
+        return session->hasUnseenBell() || session->hasUnseenQuestion();
+    });
 }
 
 bool TerminalTabs::anyForegroundProgram() const {

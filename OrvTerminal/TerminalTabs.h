@@ -55,9 +55,14 @@ public:
     /// Whether something else than a shell at its prompt runs in any of them.
     [[nodiscard]] bool anyForegroundProgram() const;
 
+    /// Whether any of them has something that nobody saw: a bell, a question.
+    [[nodiscard]] bool hasUnseen() const;
+
 Q_SIGNALS:
     void sessionsChanged();
+    void hasUnseenChanged(); ///< perhaps
     void selectedIDChanged();
+    void currentDirectoryChanged(); ///< of one of the sessions
     /// What a program in one of the sessions copies, and may.
     void clipboardWriteRequested(const QString& text, bool isPrimary);
 

@@ -252,11 +252,13 @@ void AgentRuns::prepared(const QUuid& id, const std::expected<AgentWork::Ready, 
 
 bool AgentRuns::launch(AgentRun* run, Active& active) {
     const QUuid id = run->facts().id;
+    const QString mark = ChildRecords::newMark();
     auto process = AgentProcess::start(
         {.kind = run->facts().agent,
          .command = active.command,
          .directory = run->facts().projectRoot,
          .task = run->facts().task,
+         .mark = mark,
          .outputFile = active.ready.hold ? m_options.files.outputFile(id) : QString()});
     if (!process) {
         giveUp(run, process.error().text());
@@ -264,10 +266,24 @@ bool AgentRuns::launch(AgentRun* run, Active& active) {
     }
     active.process = *std::move(process);
     run->setPid(active.process->pid());
+    const auto note = m_options.children.note(
+        {.projectID = run->facts().projectID,
+         .directory = run->facts().projectRoot,
+         .kind = {},
+         .command = active.command,
+         .mark = mark},
+        active.process->pid());
+    if (!note) {
+        qWarning("%s", qUtf8Printable(note.error().text()));
+    }
+    active.note = note.value_or(nullptr);
     connect(active.process.get(), &AgentProcess::linesRead, this, [this, run](const QList<AgentLine>& lines) {
         heard(run, lines);
     });
-    connect(active.process.get(), &AgentProcess::exited, this, [this, run](int code) { ended(run, code); });
+    connect(active.process.get(), &AgentProcess::exited, this, [this, run, &active](int code) {
+        active.note.reset();
+        ended(run, code);
+    });
     Q_EMIT runChanged(run);
     return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvProcess/ChildRecords.h"
 #include "OrvUI/AgentPlan.h"
 #include "OrvUI/AgentWork.h"
 
@@ -35,6 +36,7 @@ public:
         AgentRunFiles files;
         QString worktreeFolder; ///< in which runs get work trees of their own
         std::function<AppSettings()> settings;
+        ChildRecords children; ///< where it is written down which agents run
         std::chrono::milliseconds stopGrace = std::chrono::seconds(3);
         /// Silence after which it is looked whether a question stands at the end of the output.
         std::chrono::milliseconds questionTime = std::chrono::seconds(10);

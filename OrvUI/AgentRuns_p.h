@@ -14,6 +14,7 @@ struct AgentRuns::Active {
     QString words; ///< what the user said
     AgentWork::Ready ready;
     std::unique_ptr<AgentProcess> process;
+    std::shared_ptr<ChildRecords::Note> note; ///< until it is reaped
     std::optional<QString> storedSession;
     QTimer question;
     QTimer quiet;

@@ -25,6 +25,12 @@ struct PreparedTarget {
     QString installBody;
 };
 
+/// What there is to know before a run.
+struct Preparation {
+    QList<PreparedTarget> targets;
+    QList<ChildRecord> orphans;
+};
+
 /// Looks at the disk.
 QList<PreparedTarget> prepare(const RunRequest& request, InstallRecord& installs) {
     const auto& [project, kinds, flutterDevice] = request.wanted;
@@ -171,13 +177,16 @@ QFuture<void> AppModel::run(const RunRequest& request) {
         completion.finish();
         return completion.future();
     }
-    const auto look = [request, installs = d->installs] { return prepare(request, *installs); };
-    onFinished(runIn(d->workPool, look), this, [this, request, completion](const QList<PreparedTarget>& prepared) {
+    const auto look = [request, installs = d->installs, records = d->processes->records()] {
+        return Preparation{prepare(request, *installs), records.orphans()};
+    };
+    onFinished(runIn(d->workPool, look), this, [this, request, completion](const Preparation& preparation) {
         const QString& projectID = request.wanted.project.id;
+        d->orphans->takeIn(preparation.orphans);
         QList<ServiceTarget> uninstalled;
         QStringList bodies;
         QList<ServiceTarget> ready;
-        for (const auto& [target, installBody] : prepared) {
+        for (const auto& [target, installBody] : preparation.targets) {
             if (d->stops.isOff(ProcessManager::id(target, projectID), request.since)) {
                 continue;
             }
@@ -200,7 +209,8 @@ QFuture<void> AppModel::run(const RunRequest& request) {
     return completion.future();
 }
 
-/// A service that is being stopped can't be started until it is gone, and a stack not until it is down.
+/// A service that is being stopped can't be started until it is gone, and a stack not until it is down. What an
+/// application that was killed has left of it holds its port.
 void AppModel::startWhenGone(
     const RunRequest& request, const QList<ServiceTarget>& targets, const Completion& completion) {
     QList<QFuture<void>> stops;
@@ -208,6 +218,8 @@ void AppModel::startWhenGone(
         if (const ServiceID id = ProcessManager::id(target, request.wanted.project.id); d->processes->isStopping(id)) {
             stops.append(d->processes->stop(id));
         }
+        stops.append(d->orphans->stop(ProcessManager::id(target, request.wanted.project.id)));
+        stops.append(d->orphans->stop(installID(target, request.wanted.project.id)));
     }
     onFinished(whenAll(stops, this), this, [this, request, targets, completion] {
         // Whoever stopped the project has ended its setup too.
@@ -272,7 +284,8 @@ QFuture<void> AppModel::stop(const Project& project) {
     if (isInstalling(project.id)) {
         stopSetup();
     }
-    return stopServices(services(project));
+    const QFuture<void> orphans = d->orphans->stopProject(project.id);
+    return whenAll({stopServices(services(project)), orphans}, this);
 }
 
 QFuture<void> AppModel::stopService(const ServiceID& id) {
@@ -281,7 +294,8 @@ QFuture<void> AppModel::stopService(const ServiceID& id) {
     if (d->setupRunner != nullptr && d->setupRunner->currentStep() == id) {
         stopSetup();
     }
-    return stopServices({id});
+    const QFuture<void> orphans = d->orphans->stop(id);
+    return whenAll({stopServices({id}), orphans}, this);
 }
 
 QFuture<void> AppModel::stopServices(const QList<ServiceID>& ids) {
@@ -297,6 +311,10 @@ QFuture<void> AppModel::stopAllServices() {
     d->stops.noteAll();
     stopSetup();
     return publishAfter(d->processes->stopAll());
+}
+
+OrphanedWork* AppModel::orphans() const {
+    return d->orphans.get();
 }
 
 QFuture<void> AppModel::publishAfter(const QFuture<void>& stops) {

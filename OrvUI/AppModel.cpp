@@ -3,6 +3,7 @@
 #include "OrvCore/Paths.h"
 #include "OrvCore/StoreWatcher.h"
 #include "OrvCore/WidgetChange.h"
+#include "OrvProcess/ChildRecords.h"
 #include "OrvUI/AppModel_p.h"
 #include "OrvUI/GitModel.h"
 #include "OrvUI/NewProject.h"
@@ -69,7 +70,11 @@ AppModel::Private::Private(Options options)
                                                 : AgentRuns::Options{
                                                       .files = AgentRunFiles(support + u"/agents"_s),
                                                       .worktreeFolder = support + u"/worktrees"_s,
-                                                      .settings = {}};
+                                                      .settings = {},
+                                                      .children = ChildRecords()};
+    const ChildRecords children(support + u"/running"_s);
+    processes->setRecords(children);
+    runs.children = children;
     runs.settings = [this] { return settings->settings(); };
     agentRuns = std::make_unique<AgentRuns>(std::move(runs));
 }
@@ -296,6 +301,7 @@ void AppModel::makeParts() {
     d->suggestions = std::make_unique<Suggestions>(*this);
     d->onboarding = std::make_unique<OnboardingModel>(*this);
     d->logs = std::make_unique<ServiceLogs>(*this);
+    d->orphans = std::make_unique<OrphanedWork>(*this);
     d->terminalNotices = std::make_unique<TerminalNotices>(*this, *d->terminals, d->appIsActive);
     d->terminals->setClipboardWrite(d->lastSettings.terminalClipboard);
     connect(this, &AppModel::pageChanged, this, &AppModel::takeInPage);

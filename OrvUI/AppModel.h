@@ -33,6 +33,7 @@ Q_MOC_INCLUDE("OrvUI/FilterBar.h")
 Q_MOC_INCLUDE("OrvUI/GitModel.h")
 Q_MOC_INCLUDE("OrvUI/NewProject.h")
 Q_MOC_INCLUDE("OrvUI/OnboardingModel.h")
+Q_MOC_INCLUDE("OrvUI/OrphanedWork.h")
 Q_MOC_INCLUDE("OrvUI/AgentModels.h")
 Q_MOC_INCLUDE("OrvUI/OutlineModel.h")
 Q_MOC_INCLUDE("OrvUI/ServiceLogs.h")
@@ -52,6 +53,7 @@ class GitOverview;
 class HomeModels;
 class NewProject;
 class OnboardingModel;
+class OrphanedWork;
 class OutlineModel;
 class ServiceLogs;
 class Suggestions;
@@ -125,6 +127,7 @@ class AppModel : public QObject {
     Q_PROPERTY(orv::OnboardingModel* onboarding READ onboarding CONSTANT)
     Q_PROPERTY(orv::DevicesModel* devices READ devices CONSTANT)
     Q_PROPERTY(orv::ServiceLogs* logs READ logs CONSTANT)
+    Q_PROPERTY(orv::OrphanedWork* orphans READ orphans CONSTANT)
     Q_PROPERTY(orv::LaunchAtLogin* login READ login CONSTANT)
     Q_PROPERTY(bool needsOnboarding READ needsOnboarding NOTIFY preferencesChanged)
     Q_PROPERTY(bool notificationsEnabled READ notificationsEnabled NOTIFY preferencesChanged)
@@ -253,6 +256,7 @@ public:
     QFuture<void> stop(const Project& project);
     QFuture<void> stopService(const ServiceID& id);
     QFuture<void> stopAllServices();
+    [[nodiscard]] OrphanedWork* orphans() const; ///< what an application that was killed has left
     /// Kills what has a live process, agents too, without giving it time. Their states follow.
     void killServices();
     /// Asks them to end, and kills what is left after `grace`. Blocks, and needs no event loop: their states do not

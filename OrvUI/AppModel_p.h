@@ -8,6 +8,7 @@
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/InstallRecord.h"
 #include "OrvUI/OnboardingModel.h"
+#include "OrvUI/OrphanedWork.h"
 #include "OrvUI/Pool_p.h"
 #include "OrvUI/RunChoices.h"
 #include "OrvUI/RunRequest_p.h"
@@ -124,6 +125,7 @@ struct AppModel::Private {
     std::unique_ptr<Suggestions> suggestions;
     std::unique_ptr<OnboardingModel> onboarding;
     std::unique_ptr<ServiceLogs> logs;
+    std::unique_ptr<OrphanedWork> orphans;
 
     // Last, so that what runs in them ends before what it uses goes.
     QThreadPool scanPool;

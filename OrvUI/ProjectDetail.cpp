@@ -5,6 +5,7 @@
 #include "OrvUI/AgentRuns.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ProjectFiles.h"
 #include "OrvUI/ServicePhase.h"
 #include "OrvUI/ServiceTitle.h"
@@ -82,6 +83,7 @@ void ProjectDetail::takeModel() {
         connect(m_model, signal, this, &ProjectDetail::updateSoon);
     }
     connect(m_model, &AppModel::addressChanged, this, &ProjectDetail::updateSoon);
+    connect(m_model->orphans(), &OrphanedWork::changed, this, &ProjectDetail::updateSoon);
     // The page may have named the project before the model.
     m_files->setRoot(m_id, m_model->settings().settings().scanRoot);
     connect(m_model, &AppModel::refreshTokenChanged, this, [this] {
@@ -127,8 +129,11 @@ void ProjectDetail::updateSoon() {
 QString ProjectDetail::state(const ServiceID& id) const {
     const ProcessManager& processes = m_model->processes();
     const ServiceState state = processes.state(id);
-    if (state.isActive() && processes.isStopping(id)) {
+    if ((state.isActive() && processes.isStopping(id)) || m_model->orphans()->isEnding(id)) {
         return u"stopping"_s;
+    }
+    if (!state.isActive() && m_model->orphans()->holds(id)) {
+        return u"orphaned"_s;
     }
     return state.phase == ServiceState::Phase::stopped ? u"idle"_s : rawValue(state.phase);
 }
@@ -196,7 +201,7 @@ void ProjectDetail::update() {
     }
     m_services.setRows(rows);
     m_busy = m_model->isInstalling(m_id) || std::ranges::any_of(rows, [](const DetailServiceRow& service) {
-                 return service.state == u"running" || service.state == u"starting" || service.state == u"stopping";
+                 return service.state != u"idle" && service.state != u"failed";
              });
 
     QList<AgentRunRow> runs;

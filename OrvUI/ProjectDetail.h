@@ -25,7 +25,7 @@ struct DetailServiceRow {
     QString framework;
     QString folder; ///< within the project; "." for its root
     QString command;
-    QString state; ///< "idle", "starting", "running", "stopping", "failed"
+    QString state; ///< "idle", "starting", "running", "stopping", "failed", "orphaned" (it is left from last time)
     QString message;
     QString address;
     bool isPortListening = true;

@@ -74,6 +74,7 @@ Window {
         if (active) {
             model.updateGreeting();
             model.lookAtGit();
+            model.orphans.lookAgain();
         }
     }
     onActiveFocusItemChanged: returnFocus()

@@ -19,6 +19,7 @@
 #include "OrvUI/Navigator.h"
 #include "OrvUI/NewProject.h"
 #include "OrvUI/OnboardingModel.h"
+#include "OrvUI/OrphanedWork.h"
 #include "OrvUI/OutlineModel.h"
 #include "OrvUI/OverrideRows.h"
 #include "OrvUI/Palette.h"
@@ -168,6 +169,13 @@ struct OnboardingModelElement {
     Q_GADGET
     QML_FOREIGN(orv::OnboardingModel)
     QML_NAMED_ELEMENT(OnboardingModel)
+    QML_UNCREATABLE("The application's model owns it")
+};
+
+struct OrphanedWorkElement {
+    Q_GADGET
+    QML_FOREIGN(orv::OrphanedWork)
+    QML_NAMED_ELEMENT(OrphanedWork)
     QML_UNCREATABLE("The application's model owns it")
 };
 

@@ -45,6 +45,7 @@ PlaceKeeper::PlaceKeeper(AppModel& model, QObject* parent) : QObject(parent), m_
     // Not for titles: a program may set one many times a second.
     connect(&model.terminals(), &TerminalTabs::sessionsChanged, this, &PlaceKeeper::changed);
     connect(&model.terminals(), &TerminalTabs::selectedIDChanged, this, &PlaceKeeper::changed);
+    connect(&model.terminals(), &TerminalTabs::currentDirectoryChanged, this, &PlaceKeeper::changed);
 }
 
 void PlaceKeeper::restore(const WindowState& last, Page page) {

@@ -230,6 +230,7 @@ FocusScope {
         {
             "text": qsTr("Terminal"),
             "count": terminals.count,
+            "note": terminals.hasUnseen ? qsTr("wants to be looked at") : "",
             "source": "ProjectTerminal.qml"
         },
         {

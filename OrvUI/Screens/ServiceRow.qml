@@ -17,6 +17,8 @@ Item {
     required property string address
     required property bool portListening
     readonly property bool active: serviceState === "running" || serviceState === "starting"
+    // By an application that was killed: it can be stopped, and is when it is started anew.
+    readonly property bool orphaned: serviceState === "orphaned"
     readonly property var look: ({
             "idle": {
                 "text": qsTr("Not running"),
@@ -37,6 +39,11 @@ Item {
                 "text": qsTr("Running"),
                 "tint": Theme.success,
                 "fill": Theme.successSoft
+            },
+            "orphaned": {
+                "text": qsTr("Left running"),
+                "tint": Theme.warning,
+                "fill": Theme.warningSoft
             },
             "failed": {
                 "text": qsTr("Failed"),
@@ -171,7 +178,7 @@ Item {
         spacing: Theme.space2
 
         IconButton {
-            visible: row.serviceState !== "idle"
+            visible: row.serviceState !== "idle" && !row.orphaned
             glyph: "logs"
             text: qsTr("Output of %1").arg(row.label)
             onClicked: row.logsAsked()
@@ -182,6 +189,15 @@ Item {
             glyph: "rotate-cw"
             text: qsTr("Restart %1").arg(row.label)
             onClicked: row.restarted()
+        }
+
+        IconButton {
+            visible: row.orphaned
+            glyph: "own-stop-fill"
+            glyphSize: Theme.iconSmall
+            tint: hovered ? Theme.text : Theme.text3
+            text: qsTr("Stop %1").arg(row.label)
+            onClicked: row.stopped()
         }
 
         IconButton {

@@ -35,7 +35,7 @@ Rectangle {
 
         Icon {
             anchors.verticalCenter: parent.verticalCenter
-            visible: pill.serviceState === "failed"
+            visible: pill.serviceState === "failed" || pill.serviceState === "orphaned"
             name: "circle-alert"
             size: Theme.iconMini
             color: pill.tint

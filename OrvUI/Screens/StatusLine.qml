@@ -9,6 +9,8 @@ Item {
     required property string text
     required property bool isError
     required property bool isOngoing
+    property string glyph: isError ? "circle-alert" : "circle-check"
+    property color tint: isError ? Theme.danger : Theme.success
     property int limit: Theme.statusLineLimit
     // What can be done about it, in a word; empty: nothing.
     property string action
@@ -69,8 +71,8 @@ Item {
         Icon {
             anchors.verticalCenter: parent.verticalCenter
             visible: !line.isOngoing
-            name: line.isError ? "circle-alert" : "circle-check"
-            color: line.isError ? Theme.danger : Theme.success
+            name: line.glyph
+            color: line.tint
         }
 
         Label {

@@ -22,6 +22,18 @@ Column {
         onDismissed: lines.model.dismissUndo()
     }
 
+    Line {
+        shown: lines.model.orphans.text.length > 0
+        text: lines.model.orphans.text
+        isError: false
+        isOngoing: lines.model.orphans.stopping
+        glyph: "circle-alert"
+        tint: Theme.warning
+        action: lines.model.orphans.stopping ? "" : qsTr("Stop")
+        onActed: lines.model.orphans.stop()
+        onDismissed: lines.model.orphans.dismiss()
+    }
+
     Repeater {
         model: errors.rows
 

@@ -7,7 +7,7 @@ T.Control {
     id: tabs
 
     property int toldRole: Accessible.PageTabList
-    // One record each: text, count (nothing: no bubble).
+    // One record each: text, count (nothing: no bubble), note (in a word, why it has a sign; nothing: it has none).
     required property var choices
     property int currentIndex: 0
     property string name
@@ -57,6 +57,7 @@ T.Control {
                     hoverEnabled: true
                     Accessible.role: toldRole
                     Accessible.name: modelData.text
+                    Accessible.description: modelData.note ?? ""
                     Accessible.selected: isCurrent
                     onClicked: tabs.chosen(index)
 
@@ -102,6 +103,15 @@ T.Control {
                                 implicitWidth: Math.max(implicitHeight, bubble.implicitWidth + Theme.space12)
                                 radius: height / 2
                                 color: Theme.control
+
+                                Rectangle {
+                                    anchors.right: parent.right
+                                    visible: tab.Accessible.description.length > 0
+                                    width: Theme.space6
+                                    height: width
+                                    radius: width / 2
+                                    color: Theme.accent
+                                }
 
                                 Label {
                                     id: bubble

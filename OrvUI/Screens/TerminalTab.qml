@@ -24,7 +24,7 @@ T.AbstractButton {
     Accessible.role: toldRole
     Accessible.name: text
     Accessible.selected: isSelected
-    Accessible.description: isEnded ? qsTr("ended") : session.isBusy ? qsTr("a program runs") : session.hasUnseenBell ? qsTr("rang") : ""
+    Accessible.description: isEnded ? qsTr("ended") : session.hasUnseenQuestion ? qsTr("asks whether it may copy") : session.isBusy ? qsTr("a program runs") : session.hasUnseenBell ? qsTr("rang") : ""
     Keys.onReturnPressed: tab.clicked()
     Keys.onEnterPressed: tab.clicked()
     Keys.onDeletePressed: tab.closeRequested()
@@ -71,7 +71,7 @@ T.AbstractButton {
         }
 
         StatusMark {
-            visible: tab.session.hasUnseenBell
+            visible: tab.session.hasUnseenBell || tab.session.hasUnseenQuestion
         }
 
         Label {
@@ -110,7 +110,7 @@ T.AbstractButton {
         text: label.truncated ? tab.text : ""
     }
 
-    // A bell that nobody saw.
+    // A bell that nobody saw, or a question.
     component StatusMark: Rectangle {
         x: Theme.iconSmall - width / 2
         y: Theme.space6

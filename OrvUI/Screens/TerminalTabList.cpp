@@ -26,6 +26,7 @@ void TerminalTabList::setTabs(TerminalTabs* tabs) {
     if (tabs != nullptr) {
         connect(tabs, &TerminalTabs::sessionsChanged, this, &TerminalTabList::follow);
         connect(tabs, &TerminalTabs::selectedIDChanged, this, &TerminalTabList::selectedChanged);
+        connect(tabs, &TerminalTabs::hasUnseenChanged, this, &TerminalTabList::hasUnseenChanged);
     }
     follow();
     Q_EMIT tabsChanged();
@@ -39,6 +40,7 @@ void TerminalTabList::follow() {
             rows.append({session->id().toString(), session});
         }
     }
+    Q_EMIT hasUnseenChanged();
     const qsizetype before = m_rows.rowCount();
     m_rows.setRows(rows);
     if (m_closing != nullptr && (m_tabs == nullptr || !m_tabs->sessions().contains(m_closing.data()))) {

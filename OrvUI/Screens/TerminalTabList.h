@@ -23,6 +23,7 @@ class TerminalTabList : public QObject {
     Q_PROPERTY(orv::TerminalTabs* tabs READ tabs WRITE setTabs NOTIFY tabsChanged FINAL)
     Q_PROPERTY(QAbstractListModel* rows READ rows CONSTANT FINAL)
     Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
+    Q_PROPERTY(bool hasUnseen READ hasUnseen NOTIFY hasUnseenChanged FINAL)
     Q_PROPERTY(orv::TerminalSession* selected READ selected NOTIFY selectedChanged FINAL)
     Q_PROPERTY(orv::TerminalSession* closing READ closing NOTIFY closingChanged FINAL)
 public:
@@ -32,6 +33,8 @@ public:
     void setTabs(TerminalTabs* tabs);
     [[nodiscard]] QAbstractListModel* rows() { return &m_rows; }
     [[nodiscard]] int count() const { return m_rows.rowCount(); }
+    /// Whether there is something in any of them that nobody saw.
+    [[nodiscard]] bool hasUnseen() const { return m_tabs != nullptr && m_tabs->hasUnseen(); }
     [[nodiscard]] TerminalSession* selected() const;
     /// A tab that is to be closed although a program runs in it, as long as nobody has said so again and the program
     /// runs. Another one may be selected meanwhile.
@@ -56,6 +59,7 @@ public:
 Q_SIGNALS:
     void tabsChanged();
     void countChanged();
+    void hasUnseenChanged();
     void selectedChanged();
     void closingChanged();
 

@@ -1,5 +1,9 @@
 #include "OrvUI/Screens/WindowState.h"
 
+#include "OrvCore/StoreFile.h"
+
+#include <QDir>
+#include <QFile>
 #include <QSettings>
 
 #include <algorithm>
@@ -74,6 +78,24 @@ void writeTerminals(QSettings& ini, const QList<TerminalPlace>& places) {
     ini.endArray();
 }
 
+void write(const WindowState& state, const QString& file) {
+    QSettings ini(file, QSettings::IniFormat);
+    ini.setValue(u"geometry"_s, state.geometry);
+    ini.setValue(u"maximized"_s, state.isMaximized);
+    ini.setValue(u"sidebarHidden"_s, state.isSidebarHidden);
+    ini.setValue(u"systemDark"_s, state.isSystemDark);
+    ini.setValue(u"page"_s, static_cast<int>(state.page.kind));
+    ini.setValue(u"pageID"_s, state.page.id);
+    ini.setValue(u"section"_s, static_cast<int>(state.page.section));
+    ini.setValue(u"tab"_s, static_cast<int>(state.tab));
+    ini.setValue(u"terminalFontSize"_s, state.terminalFontSize);
+    ini.setValue(u"agentPanel"_s, state.agentPanelID);
+    ini.setValue(u"log"_s, state.logKey);
+    ini.setValue(u"outline"_s, sorted(state.outline.values()));
+    writeHomeFolders(ini, state.homeFolders);
+    writeTerminals(ini, state.terminals);
+}
+
 } // namespace
 
 WindowState WindowState::load(const QString& file) {
@@ -99,21 +121,20 @@ WindowState WindowState::load(const QString& file) {
 }
 
 void WindowState::save(const QString& file) const {
-    QSettings ini(file, QSettings::IniFormat);
-    ini.setValue(u"geometry"_s, geometry);
-    ini.setValue(u"maximized"_s, isMaximized);
-    ini.setValue(u"sidebarHidden"_s, isSidebarHidden);
-    ini.setValue(u"systemDark"_s, isSystemDark);
-    ini.setValue(u"page"_s, static_cast<int>(page.kind));
-    ini.setValue(u"pageID"_s, page.id);
-    ini.setValue(u"section"_s, static_cast<int>(page.section));
-    ini.setValue(u"tab"_s, static_cast<int>(tab));
-    ini.setValue(u"terminalFontSize"_s, terminalFontSize);
-    ini.setValue(u"agentPanel"_s, agentPanelID);
-    ini.setValue(u"log"_s, logKey);
-    ini.setValue(u"outline"_s, sorted(outline.values()));
-    writeHomeFolders(ini, homeFolders);
-    writeTerminals(ini, terminals);
+    // QSettings leaves a lock file and an unfinished copy where it is killed, and waits for a lock whose holder seems
+    // to live: in a folder of their own they are nobody's.
+    const QString scratch = file + u".made"_s;
+    const QString made = scratch + u"/window.ini"_s;
+    QDir(scratch).removeRecursively();
+    QDir().mkpath(scratch);
+    write(*this, made);
+    QFile content(made);
+    if (content.open(QIODevice::ReadOnly)) {
+        if (const StoreResult written = StoreIO::write(file, content.readAll()); !written) {
+            qWarning("%s", qUtf8Printable(written.error().text()));
+        }
+    }
+    QDir(scratch).removeRecursively();
 }
 
 QRect WindowState::fitted(QRect geometry, const QList<QRect>& screens, QSize minimum) {

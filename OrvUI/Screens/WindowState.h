@@ -29,6 +29,7 @@ struct WindowState {
     bool operator==(const WindowState&) const = default;
     /// What a file says that nobody could have written is left out.
     [[nodiscard]] static WindowState load(const QString& file);
+    /// A writer that is killed leaves the old file or the new one, whole. One writes at a time.
     void save(const QString& file) const;
     /// The geometry moved and cut so that it is reachable on one of the screens (the first is the preferred one).
     [[nodiscard]] static QRect fitted(QRect geometry, const QList<QRect>& screens, QSize minimum);

@@ -1,13 +1,58 @@
 #include "OrvCore/LoginShell.h"
 #include "OrvCore/Paths.h"
+#include "OrvCore/ScratchFolder.h"
 #include "OrvCore/Settings.h"
 #include "OrvCore/WidgetSnapshot.h"
 #include "tests/support/TestSupport.h"
 
+#include <QDir>
+#include <QFile>
+
 #include <gtest/gtest.h>
+
+#include <array>
+#include <optional>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 using namespace orv;
 using namespace Qt::StringLiterals;
+
+TEST(ScratchFolder, TakesAwayWhatAKilledProcessHasLeft) {
+    const test::TemporaryTree tree;
+    const test::ScopedEnvironment place("TMPDIR", QFile::encodeName(tree.path()).constData());
+    const QDir folders(tree.path());
+    const auto names = [&] { return folders.entryList(QDir::Dirs | QDir::NoDotAndDotDot); };
+    std::optional<ScratchFolder> inUse(std::in_place);
+    ASSERT_TRUE(inUse->isValid()) << inUse->errorString().toStdString();
+    const QString used = names().value(0);
+    const auto makeOld = [&](const QString& name) {
+        const std::array<timespec, 2> longAgo{};
+        EXPECT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(folders.filePath(name)), longAgo.data(), 0), 0);
+    };
+    // As a killed one leaves them: with a lock that nobody holds, or killed before it made one.
+    const QStringList left{used + u"-early"_s, used + u"-killed"_s};
+    for (const QString& name : left) {
+        ASSERT_TRUE(folders.mkdir(name));
+    }
+    ASSERT_TRUE(QFile::copy(inUse->filePath(u"lock"_s), folders.filePath(left.last() + u"/lock"_s)));
+    {
+        const ScratchFolder next;
+        EXPECT_TRUE(next.isValid() && names().contains(left.first()) && names().contains(left.last()))
+            << "they may just be made";
+    }
+    for (const QString& name : left + QStringList{used}) {
+        makeOld(name);
+    }
+    {
+        const ScratchFolder next;
+        EXPECT_EQ(names().size(), 2) << names().join(u' ').toStdString();
+        EXPECT_TRUE(names().contains(used)) << "it is in use";
+    }
+    inUse.reset();
+    EXPECT_EQ(names(), QStringList());
+}
 
 TEST(Paths, AFileUrlStandsForAPathAndNothingElseDoes) {
     struct Case {

@@ -104,6 +104,25 @@ TEST_F(RunCommand, KillsWhatDoesNotStopAtOnceOnASecondSignal) {
     EXPECT_TRUE(waitFor([&] { return launcher.leftBehind().isEmpty(); }));
 }
 
+TEST_F(RunCommand, EndsWhatAKilledOneHasLeft) {
+    const int port = freePort();
+    const QString folder = server(port);
+    const QByteArray isUp = "app is up at http://localhost:" + QByteArray::number(port);
+    auto killed = launcher.start({u"run"_s, folder});
+    ASSERT_TRUE(killed->waitFor(isUp)) << killed->end().err.data();
+    killed->signal(SIGKILL);
+    EXPECT_NE(killed->end().exitCode, 0);
+    EXPECT_NE(launcher.leftBehind(), QStringList()) << "it holds the port";
+
+    auto next = launcher.start({u"run"_s, folder});
+    ASSERT_TRUE(next->waitFor(isUp)) << next->end().err.data();
+    next->signal(SIGINT);
+    const Ended ended = next->end();
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_TRUE(ended.err.startsWith("Stopping what an earlier run has left…\n")) << ended.err.data();
+    EXPECT_EQ(launcher.leftBehind(), QStringList());
+}
+
 TEST_F(RunCommand, SaysWhereAServiceReallyListens) {
     struct Case {
         const char* label;

@@ -47,6 +47,9 @@ TEST(ListeningPorts, ReadsTheSystemsTables) {
     const std::array rows{
         Row{"plain", "42 (node) S 7 40 40 0 -1", {42, 7, 40, 40}},
         Row{"a name with blanks and parentheses", "42 (a) R (b c) S 7 40 39 0", {42, 7, 40, 39}},
+        Row{"with the time at which it started",
+            "42 (node) S 7 40 39 0 -1 4194560 1 2 3 4 5 6 7 8 20 0 11 0 987654321 12 13",
+            {42, 7, 40, 39, true, 987654321}},
         Row{"ended, not waited for", "42 (node) Z 7 40 39 0", {42, 7, 40, 39, false}},
         Row{"a process that ended meanwhile", "", {}},
         Row{"cut short", "42 (node) S 7", {}},

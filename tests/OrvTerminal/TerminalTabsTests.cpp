@@ -170,8 +170,10 @@ TEST_F(Terminals, AreSelectedAsTheyComeAndGo) {
 TEST_F(Terminals, ComeBackWhereTheirShellsWere) {
     home.add(u"shop/deep/"_s);
     TerminalSession* moved = open();
+    QSignalSpy moves(tabs.get(), &TerminalTabs::currentDirectoryChanged);
     EXPECT_TRUE(prints(moved, u"cd deep; printf '\\033]0;tit''led\\007'; echo in:${PWD##*/}:"_s, u"in:deep:"_s));
     EXPECT_TRUE(waitFor([&] { return moved->title() == u"titled"; }));
+    EXPECT_TRUE(waitFor([&] { return moves.count() == 1; })) << "though nobody looks at it";
     TerminalSession* ended = open();
     ended->send(u"exit\n"_s);
     EXPECT_TRUE(waitFor([&] { return !ended->isAlive(); }));

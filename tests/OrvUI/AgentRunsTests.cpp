@@ -196,7 +196,10 @@ TEST_F(AgentRunsTest, AreSeenAndStoppedByAnotherProcess) {
     AgentRun* run = start(u"plain"_s);
     ASSERT_TRUE(isUp(run));
     AgentRuns other(
-        {.files = files(), .worktreeFolder = tree.path(u"w"_s), .settings = [] { return AppSettings::defaults(); }});
+        {.files = files(),
+         .worktreeFolder = tree.path(u"w"_s),
+         .settings = [] { return AppSettings::defaults(); },
+         .children = ChildRecords()});
     ASSERT_TRUE(waitFor([&] { return !other.runs().isEmpty(); }));
     AgentRun* seen = other.runs().first();
     EXPECT_EQ(seen->owner(), AgentRun::Owner::elsewhere);
@@ -357,6 +360,7 @@ TEST_F(AgentRunsTest, SaysWhenARunWaitsOrIsSilent) {
         {.files = files(),
          .worktreeFolder = {},
          .settings = [] { return AppSettings::defaults(); },
+         .children = ChildRecords(),
          .questionTime = 20ms,
          .quietTime = 300ms});
     const struct {

@@ -1,6 +1,12 @@
+#include "OrvProcess/ChildRecords.h"
+#include "OrvProcess/ProcessSpawner.h"
+#include "OrvUI/OrphanedWork.h"
+#include "OrvUI/ProjectDetail.h"
 #include "OrvUI/QuitGuard.h"
 #include "tests/OrvUI/ModelFixture.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 
 #include <gmock/gmock.h>
@@ -161,6 +167,48 @@ TEST_F(RunTest, WaitsForAStackToBeDown) {
         tree.add(u"projects/stack/go"_s);
         ASSERT_TRUE(finishes(end)) << label;
         EXPECT_TRUE(waitFor([&] { return seen() == expected; })) << label << ": " << seen().constData();
+    }
+}
+
+TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
+    scan();
+    const Project shop = project(u"shop"_s);
+    const QDir records(QFileInfo(model->settings().filePath()).path() + u"/running"_s);
+    std::vector<SpawnedProcess> left;
+    for (const std::optional<ServiceKind> kind : {std::optional(ServiceKind::backend), {}}) {
+        const QString folder = id(shop, ServiceKind::backend).directory;
+        left.push_back(*ProcessSpawner::spawn(u"exec sleep 600"_s, folder, {}));
+        const auto note = model->processes().records().note(
+            {.projectID = shop.id, .directory = folder, .kind = kind, .command = u"x"_s}, left.back().pid);
+        ASSERT_TRUE(note);
+        const QString file = records.filePath(records.entryList({u"%1-*"_s.arg(left.back().pid)}).value(0));
+        const QByteArray content = readFile(file).replace(
+            "\"pid\": " + QByteArray::number(QCoreApplication::applicationPid()), "\"pid\": 1073741823");
+        QFile kept(file + u".kept.json"_s);
+        ASSERT_TRUE(kept.open(QIODevice::WriteOnly) && kept.write(content) == content.size());
+    }
+    OrphanedWork& orphans = *model->orphans();
+    ASSERT_TRUE(finishes(orphans.look()));
+    EXPECT_EQ(orphans.text(), u"1 service and 1 AI agent from last time are still running."_s);
+    ProjectDetail detail;
+    detail.setModel(model.get());
+    detail.setProjectID(shop.id);
+    const QAbstractListModel& rows = *detail.services();
+    const auto stateOf = [&](int row) {
+        return rows.data(rows.index(row), rows.roleNames().key("serviceState")).toString();
+    };
+    EXPECT_THAT((QStringList{stateOf(0), stateOf(1)}), ElementsAre(u"idle"_s, u"orphaned"_s));
+    EXPECT_TRUE(detail.busy()) << "it can be stopped";
+    orphans.dismiss();
+    EXPECT_EQ(orphans.text(), QString());
+
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::backend})));
+    EXPECT_TRUE(state(shop, ServiceKind::backend).isActive());
+    EXPECT_TRUE(waitFor([&] { return orphans.all().size() == 1; })) << "the agent works on";
+    ASSERT_TRUE(finishes(model->stop(shop)));
+    EXPECT_TRUE(waitFor([&] { return orphans.all().isEmpty() && !detail.busy(); }));
+    for (const SpawnedProcess& process : left) {
+        ProcessSpawner::discard(process.pid);
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QImage>
+#include <QLockFile>
 #include <QSet>
 
 #include <gtest/gtest.h>
@@ -105,8 +106,13 @@ TEST(WindowState, KeepsTheWindowWithinReach) {
         .terminals = {
             {QUrl::fromLocalFile(u"/p/shop; 100%"_s), u"vim \u00e4=b"_s, true},
             {QUrl::fromLocalFile(u"/"_s), u"/"_s, false}}};
+    tree.add(u"window.ini.made/window.ini.lock"_s, "of a writer that was killed");
+    QLockFile other(file + u".lock"_s);
+    ASSERT_TRUE(other.lock());
     state.save(file);
+    other.unlock();
     EXPECT_EQ(WindowState::load(file), state);
+    EXPECT_EQ(QDir(tree.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"window.ini"_s});
     const QByteArrayView broken[] = {
         "[General]\npage=99\ntab=-1\nsection=x\nterminalFontSize=nan\noutline=@Invalid()\nlog=@Variant(\\0\\x1)\n",
         "[terminals]\nsize=2000000000\n1\\title=nowhere\n7\\folder=\n",

@@ -1,0 +1,132 @@
+#include "OrvProcess/ChildRecords.h"
+
+#include "OrvProcess/ProcessTable_p.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QUuid>
+
+#include <algorithm>
+#include <chrono>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace orv {
+namespace {
+
+constexpr QLatin1StringView markVariable("ORV_CHILD");
+/// After which what is only half there is not being written any more.
+constexpr auto writingTime = 60s;
+
+using Table = QList<ProcessEntry>;
+
+const ProcessEntry* entryOf(pid_t pid, const Table& table) {
+    const auto found = std::ranges::find(table, pid, &ProcessEntry::pid);
+    return found == table.end() ? nullptr : &*found;
+}
+
+ProcessIdentity identityOf(const ProcessEntry& entry) {
+    return {entry.pid, QString::number(entry.startTime)};
+}
+
+bool lives(const ProcessIdentity& process, const Table& table) {
+    const ProcessEntry* entry = entryOf(process.pid, table);
+    return entry != nullptr && entry->isAlive && identityOf(*entry) == process;
+}
+
+bool isGroupAlive(const ChildRecord& child, const Table& table) {
+    const pid_t group = child.leader.pid;
+    const ProcessEntry* leader = entryOf(group, table);
+    if (group <= 1 || (leader != nullptr && identityOf(*leader) != child.leader)) {
+        return false;
+    }
+    const QByteArray mark = (markVariable + u'=' + child.mark).toUtf8();
+    return std::ranges::any_of(table, [&](const ProcessEntry& entry) {
+        return entry.isAlive && entry.group == group && entry.session == group &&
+               (leader != nullptr || hasVariable(entry.pid, mark));
+    });
+}
+
+std::optional<ChildRecord> readRecord(const QString& path) {
+    const StoredBytes stored = StoreIO::read(path);
+    const QJsonDocument document = QJsonDocument::fromJson(stored.bytes);
+    const auto child = ChildRecord::fromJson(document.object());
+    return child ? std::optional(*child) : std::nullopt;
+}
+
+} // namespace
+
+ChildRecords::Note::~Note() {
+    QFile::remove(m_path);
+}
+
+EnvironmentEntries ChildRecords::environment(const QString& mark) {
+    return {{markVariable, mark}};
+}
+
+QString ChildRecords::newMark() {
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
+}
+
+QString ChildRecords::path(const ProcessIdentity& leader) const {
+    return m_folder + u"/%1-%2.json"_s.arg(leader.pid).arg(leader.startTime);
+}
+
+std::expected<std::shared_ptr<ChildRecords::Note>, StoreError> ChildRecords::note(ChildRecord child, pid_t pid) const {
+    if (m_folder.isEmpty()) {
+        return nullptr;
+    }
+    child.leader = identityOf(processEntry(pid));
+    child.owner = identityOf(processEntry(::getpid()));
+    child.boot = QString::fromLatin1(bootIdentity());
+    const QString file = path(child.leader);
+    if (const StoreResult written = StoreIO::write(file, QJsonDocument(child.toJson()).toJson()); !written) {
+        return std::unexpected(written.error());
+    }
+    return std::make_shared<Note>(file);
+}
+
+QList<ChildRecord> ChildRecords::orphans() const {
+    QList<ChildRecord> found;
+    const QFileInfoList files = m_folder.isEmpty() ? QFileInfoList() : QDir(m_folder).entryInfoList(QDir::Files);
+    const Table table = files.isEmpty() ? Table() : processTable();
+    if (table.isEmpty()) {
+        return found;
+    }
+    const QString boot = QString::fromLatin1(bootIdentity());
+    for (const QFileInfo& file : files) {
+        const std::optional<ChildRecord> child = readRecord(file.filePath());
+        if (!child) {
+            if (file.lastModified() < QDateTime::currentDateTime().addDuration(-writingTime)) {
+                QFile::remove(file.filePath());
+            }
+            continue;
+        }
+        if (child->boot != boot) {
+            QFile::remove(file.filePath());
+        } else if (lives(child->owner, table)) {
+            continue;
+        } else if (isGroupAlive(*child, table)) {
+            found.append(*child);
+        } else {
+            QFile::remove(file.filePath());
+        }
+    }
+    return found;
+}
+
+bool ChildRecords::isAlive(const ChildRecord& child) {
+    return ChildProcess::groupExists(child.leader.pid) && child.boot == QString::fromLatin1(bootIdentity()) &&
+           isGroupAlive(child, processTable());
+}
+
+void ChildRecords::remove(const ChildRecord& child) const {
+    QFile::remove(path(child.leader));
+}
+
+} // namespace orv

@@ -1,0 +1,131 @@
+#include "OrvUI/OrphanedWork.h"
+
+#include "OrvCore/Async.h"
+#include "OrvProcess/ChildRecords.h"
+#include "OrvUI/AppModel.h"
+#include "OrvUI/Pool_p.h"
+
+#include <algorithm>
+
+namespace orv {
+namespace {
+
+bool isService(const ChildRecord& child, const ServiceID& id) {
+    return child.kind == id.kind && child.projectID == id.projectID && child.directory == id.directory;
+}
+
+} // namespace
+
+OrphanedWork::OrphanedWork(AppModel& model) : m_model(model) {}
+
+QFuture<void> OrphanedWork::look() {
+    ORV_ASSERT_MAIN_THREAD();
+    const Completion completion;
+    const auto find = [records = m_model.processes().records()] { return records.orphans(); };
+    onFinished(runIn(m_model.workPool(), find), this, [this, completion](const QList<ChildRecord>& found) {
+        takeIn(found);
+        completion.finish();
+    });
+    return completion.future();
+}
+
+void OrphanedWork::lookAgain() {
+    if (!m_all.isEmpty()) {
+        look();
+    }
+}
+
+void OrphanedWork::takeIn(const QList<ChildRecord>& found) {
+    ORV_ASSERT_MAIN_THREAD();
+    const auto wasKnown = [this](const ChildRecord& child) { return m_all.contains(child); };
+    if (found.size() == m_all.size() && std::ranges::all_of(found, wasKnown)) {
+        return;
+    }
+    m_isDismissed = m_isDismissed && std::ranges::all_of(found, wasKnown);
+    m_all = found;
+    Q_EMIT changed();
+}
+
+QString OrphanedWork::text() const {
+    if (m_isDismissed || m_all.isEmpty()) {
+        return {};
+    }
+    if (isStopping()) {
+        return tr("Stopping what is left from last time…");
+    }
+    const auto agents = std::ranges::count_if(m_all, [](const ChildRecord& child) { return !child.kind; });
+    const auto services = m_all.size() - agents;
+    const QString someServices = services == 1 ? tr("1 service") : tr("%1 services").arg(services);
+    const QString someAgents = agents == 1 ? tr("1 AI agent") : tr("%1 AI agents").arg(agents);
+    const QString those = agents == 0     ? someServices
+                          : services == 0 ? someAgents
+                                          : tr("%1 and %2").arg(someServices, someAgents);
+    return (m_all.size() == 1 ? tr("%1 from last time is still running.") : tr("%1 from last time are still running."))
+        .arg(those);
+}
+
+bool OrphanedWork::isStopping() const {
+    return !m_all.isEmpty() &&
+           std::ranges::all_of(m_all, [this](const ChildRecord& child) { return m_ends.contains(child.leader.pid); });
+}
+
+bool OrphanedWork::holds(const ServiceID& id) const {
+    return std::ranges::any_of(m_all, [&id](const ChildRecord& child) { return isService(child, id); });
+}
+
+bool OrphanedWork::isEnding(const ServiceID& id) const {
+    return std::ranges::any_of(
+        m_all, [&](const ChildRecord& child) { return isService(child, id) && m_ends.contains(child.leader.pid); });
+}
+
+void OrphanedWork::stop() {
+    stopThose([](const ChildRecord&) { return true; });
+}
+
+QFuture<void> OrphanedWork::stop(const ServiceID& id) {
+    return stopThose([&id](const ChildRecord& child) { return isService(child, id); });
+}
+
+QFuture<void> OrphanedWork::stopProject(const QString& projectID) {
+    return stopThose(
+        [&projectID](const ChildRecord& child) { return AppModel::projectID({child.projectID, {}, {}}) == projectID; });
+}
+
+void OrphanedWork::dismiss() {
+    ORV_ASSERT_MAIN_THREAD();
+    m_isDismissed = true;
+    Q_EMIT changed();
+}
+
+QFuture<void> OrphanedWork::stopThose(const std::function<bool(const ChildRecord&)>& isMeant) {
+    ORV_ASSERT_MAIN_THREAD();
+    QList<QFuture<void>> ends;
+    for (const ChildRecord& child : std::as_const(m_all)) {
+        if (!isMeant(child)) {
+            continue;
+        }
+        if (!m_ends.contains(child.leader.pid)) {
+            const QFuture<void> end = m_model.processes().endOrphan(child);
+            m_ends.insert(child.leader.pid, end);
+            onFinished(end, this, [this, child] { ended(child); });
+        }
+        ends.append(m_ends.value(child.leader.pid));
+    }
+    if (!ends.isEmpty()) {
+        Q_EMIT changed();
+    }
+    return whenAll(ends, this);
+}
+
+void OrphanedWork::ended(const ChildRecord& child) {
+    m_ends.remove(child.leader.pid);
+    if (ChildRecords::isAlive(child)) {
+        m_model.report(
+            tr("What was left of %1 can't be stopped.").arg(m_model.projectName({child.projectID, {}, {}})), true);
+    } else {
+        m_all.removeOne(child);
+    }
+    Q_EMIT changed();
+}
+
+} // namespace orv

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "OrvCore/ChildRecord.h"
+#include "OrvProcess/ProcessManager.h"
+
+#include <QFuture>
+#include <QHash>
+#include <QObject>
+
+#include <functional>
+
+namespace orv {
+
+class AppModel;
+
+/// Services and agents that an application which was killed has left running, as far as they were found. Lives on the
+/// main thread.
+class OrphanedWork : public QObject {
+    Q_OBJECT
+    /// What there is to say of them, as a sentence; empty when there are none, or when it was read.
+    Q_PROPERTY(QString text READ text NOTIFY changed FINAL)
+    Q_PROPERTY(bool stopping READ isStopping NOTIFY changed FINAL) ///< all of them
+
+public:
+    explicit OrphanedWork(AppModel& model);
+
+    /// Looks for them, off the main thread.
+    QFuture<void> look();
+    /// Looks whether those that were found are still there.
+    Q_INVOKABLE void lookAgain();
+    /// Takes the place of what was found before.
+    void takeIn(const QList<ChildRecord>& found);
+
+    [[nodiscard]] const QList<ChildRecord>& all() const { return m_all; }
+    [[nodiscard]] QString text() const;
+    [[nodiscard]] bool isStopping() const;
+    /// Whether the service, an install too, is one of them.
+    [[nodiscard]] bool holds(const ServiceID& id) const;
+    [[nodiscard]] bool isEnding(const ServiceID& id) const;
+
+    /// Ends all of them.
+    Q_INVOKABLE void stop();
+    /// Ends what of them is the service, and waits for it.
+    QFuture<void> stop(const ServiceID& id);
+    /// Ends those of a project, an agent and an install too.
+    QFuture<void> stopProject(const QString& projectID);
+    /// Nothing more is said of those that are known now.
+    Q_INVOKABLE void dismiss();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    QFuture<void> stopThose(const std::function<bool(const ChildRecord&)>& isMeant);
+    void ended(const ChildRecord& child);
+
+    AppModel& m_model;
+    QList<ChildRecord> m_all;
+    QHash<int, QFuture<void>> m_ends; ///< under way, by the group
+    bool m_isDismissed = false;
+};
+
+} // namespace orv

@@ -163,6 +163,26 @@ TEST_F(KeyWindow, KeepsATaskForAnAgentThatWasNotSentYet) {
     EXPECT_EQ(words(), u"half a task"_s) << focus();
 }
 
+TEST_F(KeyWindow, SettlesASheetByReturnFromWhateverIsNoButton) {
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return focusedHint() == u"Name of the folder"; })) << focus();
+    press(Qt::Key_Return);
+    type(u"fresh"_s);
+    item("CheckBox")->forceActiveFocus();
+    press(Qt::Key_Space);
+    button(u"Cancel"_s)->forceActiveFocus();
+    press(Qt::Key_Return);
+    EXPECT_TRUE(test::waitFor([this] { return items("FormField").isEmpty(); })) << "by its own button";
+    EXPECT_FALSE(QFileInfo::exists(root + u"/fresh"_s));
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return focusedHint() == u"Name of the folder"; })) << focus();
+    type(u"fresh"_s);
+    item("CheckBox")->forceActiveFocus();
+    press(Qt::Key_Return);
+    EXPECT_TRUE(test::waitFor([this] { return QFileInfo::exists(root + u"/fresh"_s); })) << focus();
+    EXPECT_TRUE(test::waitFor([this] { return items("FormField").isEmpty(); }));
+}
+
 TEST_F(KeyWindow, TakesBackWhatWasDeleted) {
     const QString id = root + u"/shop"_s;
     model->togglePinFor(id);

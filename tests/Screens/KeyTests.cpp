@@ -144,10 +144,24 @@ TEST_F(KeyWindow, KeepsATaskForAnAgentThatWasNotSentYet) {
         press(Qt::Key_6, Qt::ControlModifier);
         EXPECT_TRUE(test::waitFor([&] { return words() == u"Tasks"; })) << "the heading: " << focus();
         press(Qt::Key_7, Qt::ControlModifier);
-        EXPECT_TRUE(test::waitFor([&] { return words() == u"AI"; })) << "the heading: " << focus();
+        EXPECT_TRUE(test::waitFor([&] { return isIn("AgentComposer"); })) << focus();
         return item("AgentComposer");
     };
     QQuickItem* box = composer();
+    type(u"by"_s);
+    EXPECT_EQ(words(), u"by"_s) << "at once: " << focus();
+    press(Qt::Key_Tab);
+    EXPECT_NE(words(), u"by"_s) << focus();
+    type(u"hand"_s);
+    EXPECT_EQ(words(), u"byhand"_s) << "what no button takes: " << focus();
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_Delete);
+    press(Qt::Key_6, Qt::ControlModifier);
+    EXPECT_TRUE(test::waitFor([&] { return words() == u"Tasks"; })) << focus();
+    type(u"Call"_s);
+    EXPECT_EQ(words(), u"Call"_s) << focus();
+    focusCard();
+    box = composer();
     const QString project = root + u"/shop"_s;
     model->agentModels()->setPageProjectID(project);
     // Below the words, beside the buttons.

@@ -31,7 +31,7 @@ FocusScope {
     signal folderChosen(string path)
 
     function focusCards() {
-        grid.forceActiveFocus(Qt.TabFocusReason);
+        (page.currentCard ?? grid).forceActiveFocus(Qt.TabFocusReason);
     }
 
     function enter(card) {
@@ -122,7 +122,8 @@ FocusScope {
         bottomMargin: Theme.shelfGap
         boundsBehavior: Flickable.StopAtBounds
         focus: true
-        activeFocusOnTab: true
+        // Tab comes to the current card, behind what stands above the cards.
+        activeFocusOnTab: false
         keyNavigationWraps: false
         highlightMoveDuration: 0
         cacheBuffer: Theme.cardHeight

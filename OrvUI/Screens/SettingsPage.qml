@@ -103,6 +103,7 @@ FocusScope {
         }
     }
 
+    focus: true
     Keys.enabled: page.searches
     Keys.onDownPressed: page.goFrom(Window.activeFocusItem, true)
     Keys.onUpPressed: {
@@ -150,6 +151,7 @@ FocusScope {
                 showsCount: false
                 visible: !page.searches || page.found[index]
                 selected: !page.searches && page.nav.section === index
+                focus: selected
                 onClicked: {
                     page.nav.settings(index);
                     page.searchDropped();

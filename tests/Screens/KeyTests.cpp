@@ -232,11 +232,13 @@ TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
     }
     press(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(part(), "HomePage") << focus();
-    for (const DetailTab tab : {DetailTab::overview, DetailTab::logs}) {
+    for (const DetailTab tab : {DetailTab::overview, DetailTab::git}) {
         model->setPage({});
         model->setPage({.kind = AppPage::Kind::project, .id = root + u"/shop"_s});
         model->setDetailTab(tab);
-        ASSERT_TRUE(test::waitFor([this] { return part() == "ProjectPage"; })) << focus();
+        ASSERT_TRUE(test::waitFor([&, shown = tab] {
+            return part() == "ProjectPage" && (shown == DetailTab::overview || isIn("GitChanges"));
+        })) << focus();
         press(Qt::Key_Tab);
         EXPECT_EQ(part(), "ProjectPage") << "Tab goes on where one has come to, from " << focus();
     }
@@ -245,6 +247,53 @@ TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
     ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
     press(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(part(), "ProjectPage") << focus();
+}
+
+TEST_F(KeyWindow, HasNothingInTheWayOfTab) {
+    const auto focused = [this](const char* property) {
+        return window->activeFocusItem()->property(property).toString();
+    };
+    focusCard();
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(focused("text") != u"" && isIn("ProjectCard")) << "into the card: " << focus();
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_TRUE(focused("name") == u"shop" && isIn("ProjectCard")) << focus();
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(focused("name"), u"Show projects as"_s) << "what stands above it: " << focus();
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(focused("name") == u"shop" && isIn("ProjectCard")) << focus();
+    const std::pair<DetailTab, QByteArray> tabs[] = {
+        {DetailTab::git, "GitChanges"},
+        {DetailTab::files, "FileTreeItem"},
+        {DetailTab::tasks, "TaskComposer"},
+        {DetailTab::logs, "RunButton"}};
+    for (const auto& [tab, component] : tabs) {
+        model->setPage({.kind = AppPage::Kind::project, .id = root + u"/shop"_s});
+        model->setDetailTab(tab);
+        EXPECT_TRUE(test::waitFor([&, name = component] { return isIn(name); })) << component.data() << ' ' << focus();
+        model->setPage({});
+    }
+    model->setPage({AppPage::Kind::settings, {}, SettingsSection::git});
+    EXPECT_TRUE(test::waitFor([&] { return focused("text") == u"Git"; })) << focus();
+}
+
+TEST_F(KeyWindow, GoesOnToTheNextTaskWhenOneGoes) {
+    for (const QString& title : {u"One"_s, u"Two"_s, u"Three"_s}) {
+        model->addTask(title, {}, *model->project(root + u"/shop"_s));
+    }
+    model->setPage({AppPage::Kind::tasks, {}, {}});
+    ASSERT_TRUE(test::waitFor([this] { return items("TaskItem").size() == 3; }));
+    items("TaskItem").at(1)->forceActiveFocus();
+    const auto title = [this] { return window->activeFocusItem()->property("title").toString(); };
+    const std::pair<Qt::Key, QString> steps[] = {
+        {Qt::Key_Delete, u"Three"_s}, {Qt::Key_Space, u"One"_s}, {Qt::Key_Delete, {}}};
+    for (const auto& [key, next] : steps) {
+        press(key);
+        EXPECT_TRUE(test::waitFor([&, wanted = next] {
+            return wanted.isEmpty() ? isIn("TaskComposer") : title() == wanted;
+        })) << next.toStdString()
+            << ": " << focus();
+    }
 }
 
 TEST_F(KeyWindow, IsWithinReachOfATerminal) {

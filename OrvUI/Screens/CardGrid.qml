@@ -128,6 +128,7 @@ FocusScope {
         highlightMoveDuration: 0
         cacheBuffer: Theme.cardHeight
         model: cardPool.model
+        Window.onActiveFocusItemChanged: abandoned.restart()
         Keys.onReturnPressed: page.enter(page.currentCard)
         Keys.onEnterPressed: page.enter(page.currentCard)
         Keys.onRightPressed: event => event.accepted = page.unfold(page.currentCard, true) || page.listed
@@ -176,6 +177,18 @@ FocusScope {
             parent: page
             x: page.width - width
             height: page.height
+        }
+    }
+
+    // What had the focus above the cards may go. Cards that are made anew take it themselves.
+    Timer {
+        id: abandoned
+
+        interval: 0
+        onTriggered: {
+            if (grid.Window.activeFocusItem === grid) {
+                page.focusCards();
+            }
         }
     }
 

@@ -262,6 +262,11 @@ TEST_F(KeyWindow, HasNothingInTheWayOfTab) {
     EXPECT_EQ(focused("name"), u"Show projects as"_s) << "what stands above it: " << focus();
     press(Qt::Key_Tab);
     EXPECT_TRUE(focused("name") == u"shop" && isIn("ProjectCard")) << focus();
+    model->togglePinFor(root + u"/shop"_s);
+    ASSERT_TRUE(test::waitFor([this] { return !items("PinnedItem").isEmpty(); }));
+    items("PinnedItem").first()->forceActiveFocus();
+    model->togglePinFor(root + u"/shop"_s);
+    EXPECT_TRUE(test::waitFor([&] { return items("PinnedItem").isEmpty() && isIn("ProjectCard"); })) << focus();
     const std::pair<DetailTab, QByteArray> tabs[] = {
         {DetailTab::git, "GitChanges"},
         {DetailTab::files, "FileTreeItem"},

@@ -92,6 +92,18 @@ public:
         }
     }
 
+    /// More letters stand here and there than somebody means who leaves letters out.
+    [[nodiscard]] bool isScattered(qsizetype end) const {
+        qsizetype loose = 0;
+        qsizetype place = end;
+        for (qsizetype letter = m_word.size() - 1; letter >= 0; --letter) {
+            const qsizetype previous = letter > 0 ? before(letter, place) : -2;
+            loose += previous + 1 != place && m_text.starts[place] == 0 ? 1 : 0;
+            place = previous;
+        }
+        return loose > std::max<qsizetype>(1, m_word.size() / 3);
+    }
+
 private:
     using Row = std::array<short, longestText>;
 
@@ -169,7 +181,8 @@ void FuzzyText::clear() {
 }
 
 FuzzyPattern::FuzzyPattern(const QString& typed)
-    : m_words(folded(typed.normalized(QString::NormalizationForm_C)).simplified().split(u' ', Qt::SkipEmptyParts)) {
+    : m_typed(folded(typed.normalized(QString::NormalizationForm_C)).simplified()),
+      m_words(m_typed.split(u' ', Qt::SkipEmptyParts)) {
     for (const QString& word : std::as_const(m_words)) {
         m_letters |= lettersOf(word);
     }
@@ -192,7 +205,7 @@ std::optional<int> FuzzyPattern::score(const FuzzyText& text) const {
     for (const QString& word : m_words) {
         const Placement placement(word, text);
         const qsizetype end = placement.end();
-        if (end < 0) {
+        if (end < 0 || placement.isScattered(end)) {
             return {};
         }
         sum += placement.score(end);
@@ -202,6 +215,20 @@ std::optional<int> FuzzyPattern::score(const FuzzyText& text) const {
     return text.folded.isEmpty()
                ? sum
                : sum + static_cast<int>(std::min<qsizetype>(forCoverage, forCoverage * found / text.folded.size()));
+}
+
+FuzzyFit FuzzyPattern::fit(const FuzzyText& text) const {
+    if (text.folded.startsWith(m_typed)) {
+        return text.folded.size() == m_typed.size() ? FuzzyFit::whole : FuzzyFit::beginning;
+    }
+    const bool areWords = std::ranges::all_of(m_words, [&](const QString& word) {
+        qsizetype place = text.folded.indexOf(word);
+        while (place >= 0 && text.starts[place] == 0) {
+            place = text.folded.indexOf(word, place + 1);
+        }
+        return place >= 0;
+    });
+    return areWords ? FuzzyFit::words : FuzzyFit::letters;
 }
 
 QList<FuzzyRun> FuzzyPattern::hits(const FuzzyText& text) const {

@@ -32,10 +32,20 @@ struct FuzzyRun {
     bool operator==(const FuzzyRun&) const = default;
 };
 
+/// How well a text fits, coarsely: what is chosen often comes first among those that fit alike, not before better ones.
+enum class FuzzyFit {
+    letters,   ///< here and there
+    words,     ///< each word that was typed begins one of the text
+    beginning, ///< the text begins with all that was typed
+    whole,     ///< and is nothing else
+};
+
 /// What somebody typed to find one of many texts: words, each of whose letters stand in the text in that order. The
 /// words may stand in any order.
 ///
-/// Letters that follow each other count most, then those that begin a word of the text; gaps cost a little.
+/// Letters that follow each other count most, then those that begin a word of the text; gaps cost a little. A text does
+/// not fit where more than a third of a word's letters, and more than one, neither follow another one nor begin a word:
+/// in a long text most words can be found so.
 class FuzzyPattern {
 public:
     explicit FuzzyPattern(const QString& typed);
@@ -46,13 +56,16 @@ public:
     [[nodiscard]] bool mayBeIn(QStringView text) const;
     /// The higher the better the text fits; absent when it does not.
     [[nodiscard]] std::optional<int> score(const FuzzyText& text) const;
+    /// Of a text that fits.
+    [[nodiscard]] FuzzyFit fit(const FuzzyText& text) const;
     /// What of a longer text is not looked at lies behind this many letters.
     static constexpr qsizetype longestText = 160;
     /// Where its letters stand in a text that fits, in order.
     [[nodiscard]] QList<FuzzyRun> hits(const FuzzyText& text) const;
 
 private:
-    QStringList m_words; ///< folded
+    QString m_typed; ///< folded, with single spaces
+    QStringList m_words;
     quint64 m_letters = 0;
 };
 

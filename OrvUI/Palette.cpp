@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <limits>
+#include <utility>
 
 namespace orv {
 
@@ -23,9 +23,14 @@ constexpr std::array suggestedOf{5, 5, 4, 0};
 constexpr int forProjects = 11; ///< of two that fit alike, the project
 constexpr int forNamed = 8;     ///< of an action, when all that was typed is in the name of its project
 
-/// What was often chosen comes before what fits a little better, not before what fits well.
+/// Of two that fit alike (Palette::Hit::quality), what was often chosen comes before what fits a little better.
 int bonusOf(double count) {
     return std::min(20, static_cast<int>(6 * std::log2(1 + count)));
+}
+
+/// A project whose name was typed comes before whatever else fits as well, however often that is chosen.
+int quality(FuzzyFit fit, bool isProject) {
+    return 2 * static_cast<int>(fit) + (isProject && fit >= FuzzyFit::words ? 1 : 0);
 }
 
 } // namespace
@@ -216,19 +221,25 @@ QList<Palette::Hit> Palette::found() const {
             text.append(info.after);
             if (const std::optional<int> score = pattern.score(text)) {
                 const int bonus = candidate.bonus[static_cast<size_t>(verb)] + (verb == show ? forProjects : forName);
-                hits.append({*score + bonus, info.group, &candidate, verb, {}});
+                hits.append(
+                    {quality(pattern.fit(text), verb == show), *score + bonus, info.group, &candidate, verb, {}});
             }
         }
     }
+    if (!m_scope.isEmpty()) {
+        return hits;
+    }
     constexpr int forOtherWords = 6;
     for (const Item& item : m_items) {
-        std::optional<int> score = m_scope.isEmpty() ? pattern.score(item.title) : std::nullopt;
-        const std::optional<int> other = m_scope.isEmpty() ? pattern.score(item.alsoKnownAs) : std::nullopt;
-        if (other && (!score || *other - forOtherWords > *score)) {
-            score = *other - forOtherWords;
-        }
-        if (score) {
-            hits.append({*score + item.bonus, item.group, {}, 0, &item});
+        if (const auto score = pattern.score(item.title)) {
+            const int fit = quality(pattern.fit(item.title), false);
+            hits.append({fit, *score + item.bonus, item.group, {}, 0, &item});
+        } else if (const auto other = pattern.score(item.alsoKnownAs)) {
+            // Long lists of words have the letters of nearly everything.
+            if (pattern.fit(item.alsoKnownAs) >= FuzzyFit::words) {
+                const int fit = quality(FuzzyFit::words, false);
+                hits.append({fit, *other - forOtherWords + item.bonus, item.group, {}, 0, &item});
+            }
         }
     }
     return hits;
@@ -236,15 +247,16 @@ QList<Palette::Hit> Palette::found() const {
 
 /// The best of each group, and the groups by the best in them.
 QList<Palette::Hit> Palette::arranged(QList<Hit> hits) {
-    std::ranges::stable_sort(hits, std::greater(), &Hit::score);
+    const auto worth = [](const Hit& hit) { return std::pair(hit.quality, hit.score); };
+    std::ranges::stable_sort(hits, std::greater(), worth);
     std::array<QList<Hit>, shownOf.size()> groups;
     for (const Hit& hit : std::as_const(hits)) {
         if (groups[hit.group].size() < shownOf[hit.group]) {
             groups[hit.group].append(hit);
         }
     }
-    std::ranges::stable_sort(groups, std::greater(), [](const QList<Hit>& group) {
-        return group.isEmpty() ? std::numeric_limits<int>::min() : group.first().score;
+    std::ranges::stable_sort(groups, std::greater(), [&](const QList<Hit>& group) {
+        return group.isEmpty() ? std::pair(-1, 0) : worth(group.first());
     });
     QList<Hit> result;
     for (const QList<Hit>& group : groups) {
@@ -267,7 +279,7 @@ QList<Palette::Hit> Palette::suggested() const {
             const Group group = verbs()[static_cast<size_t>(verb)].group;
             if (isWanted) {
                 groups[group].append(
-                    {bonus * 10 + (verb == show ? candidate.nearness : 0), group, &candidate, verb, {}});
+                    {0, bonus * 10 + (verb == show ? candidate.nearness : 0), group, &candidate, verb, {}});
             }
         }
     }
@@ -275,7 +287,7 @@ QList<Palette::Hit> Palette::suggested() const {
         return groups[projects] + groups[actions] + groups[places];
     }
     for (const Item& item : m_items) {
-        groups[item.group].append({item.bonus * 10, item.group, {}, 0, &item});
+        groups[item.group].append({0, item.bonus * 10, item.group, {}, 0, &item});
     }
     QList<Hit> result;
     for (size_t group = 0; group < groups.size(); ++group) {

@@ -35,13 +35,14 @@ struct Palette::Item {
     PaletteRow row;
     Group group = actions;
     FuzzyText title;
-    FuzzyText alsoKnownAs; ///< finds it too, for a little less
+    FuzzyText alsoKnownAs; ///< finds it by whole words and their beginnings, for a little less
     int bonus = 0;
     std::function<void()> perform;
 };
 
 struct Palette::Hit {
-    int score = 0;
+    int quality = 0; ///< before any score
+    int score = 0;   ///< what is often chosen has more
     Group group = projects;
     const Candidate* candidate = nullptr;
     int verb = 0;               ///< of the candidate

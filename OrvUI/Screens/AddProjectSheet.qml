@@ -57,6 +57,9 @@ Sheet {
         implicitHeight: column.implicitHeight
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
+        // What has the focus takes it first, where it is a button.
+        Keys.onReturnPressed: sheet.go()
+        Keys.onEnterPressed: sheet.go()
 
         Shortcut {
             sequences: [StandardKey.Cancel]
@@ -148,7 +151,6 @@ Sheet {
                                 nameField.text = sheet.making.nameOf(text.trim());
                             }
                         }
-                        onAccepted: sheet.go()
                     }
                 }
 
@@ -179,7 +181,6 @@ Sheet {
                                 sheet.namedByHand = text.length > 0;
                                 sheet.making.clearError();
                             }
-                            onAccepted: sheet.go()
                         }
                     }
 

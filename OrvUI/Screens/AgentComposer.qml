@@ -36,6 +36,13 @@ FocusScope {
         }
     }
 
+    // Goes on with what is typed elsewhere, where nothing takes it.
+    function type(text) {
+        words.forceActiveFocus(Qt.OtherFocusReason);
+        words.cursorPosition = words.length;
+        words.insert(words.length, text);
+    }
+
     // What was typed there before, or came.
     function recall() {
         if (composer.agents && composer.conversing === composer.fixedProjectID.length > 0) {

@@ -19,6 +19,12 @@ FocusScope {
 
     focus: true
     Component.onCompleted: page.agents.refreshAgents()
+    Keys.onPressed: event => {
+        event.accepted = InputMode.writes(event.text, event.modifiers);
+        if (event.accepted) {
+            composer.type(event.text);
+        }
+    }
 
     Shortcut {
         sequences: Keymap.of("stopRun")
@@ -46,7 +52,6 @@ FocusScope {
 
                 Label {
                     anchors.verticalCenter: parent.verticalCenter
-                    focus: true
                     role: Theme.Page
                     text: qsTr("AI")
                     Accessible.role: Accessible.Heading
@@ -106,7 +111,10 @@ FocusScope {
             }
 
             AgentComposer {
+                id: composer
+
                 width: parent.width
+                focus: true
                 model: page.model
             }
 

@@ -31,7 +31,7 @@ FocusScope {
     signal folderChosen(string path)
 
     function focusCards() {
-        grid.forceActiveFocus(Qt.TabFocusReason);
+        (page.currentCard ?? grid).forceActiveFocus(Qt.TabFocusReason);
     }
 
     function enter(card) {
@@ -122,11 +122,13 @@ FocusScope {
         bottomMargin: Theme.shelfGap
         boundsBehavior: Flickable.StopAtBounds
         focus: true
-        activeFocusOnTab: true
+        // Tab comes to the current card, behind what stands above the cards.
+        activeFocusOnTab: false
         keyNavigationWraps: false
         highlightMoveDuration: 0
         cacheBuffer: Theme.cardHeight
         model: cardPool.model
+        Window.onActiveFocusItemChanged: abandoned.restart()
         Keys.onReturnPressed: page.enter(page.currentCard)
         Keys.onEnterPressed: page.enter(page.currentCard)
         Keys.onRightPressed: event => event.accepted = page.unfold(page.currentCard, true) || page.listed
@@ -175,6 +177,18 @@ FocusScope {
             parent: page
             x: page.width - width
             height: page.height
+        }
+    }
+
+    // What had the focus above the cards may go. Cards that are made anew take it themselves.
+    Timer {
+        id: abandoned
+
+        interval: 0
+        onTriggered: {
+            if (grid.Window.activeFocusItem === grid) {
+                page.focusCards();
+            }
         }
     }
 

@@ -58,6 +58,9 @@ Sheet {
     contentItem: FocusScope {
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
+        // What has the focus takes it first, where it is a button.
+        Keys.onReturnPressed: sheet.go()
+        Keys.onEnterPressed: sheet.go()
 
         Shortcut {
             sequences: [StandardKey.Cancel]
@@ -159,7 +162,6 @@ Sheet {
                 sheet.devices.searchText = text;
                 list.currentIndex = 0;
             }
-            onAccepted: sheet.go()
             Keys.onDownPressed: list.incrementCurrentIndex()
             Keys.onUpPressed: list.decrementCurrentIndex()
         }
@@ -178,8 +180,6 @@ Sheet {
             activeFocusOnTab: true
             model: sheet.devices.devices
             section.property: "section"
-            Keys.onReturnPressed: sheet.go()
-            Keys.onEnterPressed: sheet.go()
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Devices")
 

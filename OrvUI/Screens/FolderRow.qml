@@ -45,6 +45,8 @@ T.Control {
     signal entered
 
     hoverEnabled: true
+    // Qt lets nothing that has the focus be no stop of Tab any more.
+    activeFocusOnTab: row.isCurrent || row.activeFocus
     Accessible.role: toldRole
     Accessible.name: name
     Accessible.description: isCollection ? qsTr("%1 projects, %2 running").arg(members.length).arg(runningMembers) : qsTr("%1, %2").arg(stackLine).arg(state.text)

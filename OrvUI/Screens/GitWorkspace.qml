@@ -64,7 +64,6 @@ FocusScope {
             x: Theme.space12 - Theme.hairline
             y: Theme.space12
             width: parent.width - 2 * Theme.space12
-            focus: true
             git: page.git
             open: branches.item?.opened ?? false
             onChosen: page.showBranches(false)
@@ -172,6 +171,7 @@ FocusScope {
             anchors.bottom: busy.top
             width: parent.width
             visible: !page.ofCommit
+            focus: true
             git: page.git
             onDiscardAsked: (path, name, letter) => page.askToDiscard(path, name, letter)
             onStashDropAsked: (stash, message) => page.ask(qsTr("Drop this stash?"), message, [qsTr("Drop")], () => page.git.stashDrop(stash))

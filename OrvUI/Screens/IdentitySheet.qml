@@ -25,6 +25,8 @@ Sheet {
     function save() {
         if (sheet.ready) {
             sheet.git.setIdentity(nameField.text, mailField.text, sheet.everywhere);
+        } else if (!sheet.git.isBusy) {
+            (nameField.text.trim().length > 0 ? mailField : nameField).forceActiveFocus(Qt.TabFocusReason);
         }
     }
 
@@ -70,6 +72,9 @@ Sheet {
         implicitHeight: column.implicitHeight
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
+        // What has the focus takes it first, where it is a button.
+        Keys.onReturnPressed: sheet.save()
+        Keys.onEnterPressed: sheet.save()
 
         Shortcut {
             sequences: [StandardKey.Cancel]
@@ -127,7 +132,6 @@ Sheet {
                         width: parent.width
                         placeholderText: qsTr("Your name")
                         onTextEdited: sheet.edited = true
-                        onAccepted: mailField.forceActiveFocus(Qt.TabFocusReason)
                     }
                 }
 
@@ -142,7 +146,6 @@ Sheet {
                         width: parent.width
                         placeholderText: "you@example.com"
                         onTextEdited: sheet.edited = true
-                        onAccepted: sheet.save()
                     }
                 }
 

@@ -9,6 +9,11 @@ void InputMode::watch(QObject* window) {
     window->installEventFilter(this);
 }
 
+bool InputMode::writes(const QString& text, int modifiers) {
+    const bool isCommand = (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0;
+    return !isCommand && !text.isEmpty() && text[0].isPrint() && !text[0].isSpace();
+}
+
 bool InputMode::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();

@@ -16,6 +16,8 @@ public:
     using QObject::QObject;
 
     [[nodiscard]] bool keyboard() const { return m_keyboard; }
+    /// Whether a key of that text and those modifiers writes letters, not a space alone, which presses things.
+    Q_INVOKABLE static bool writes(const QString& text, int modifiers);
     /// Watches the keys and presses of a window.
     void watch(QObject* window);
     bool eventFilter(QObject* watched, QEvent* event) override;

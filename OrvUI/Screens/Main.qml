@@ -135,7 +135,10 @@ Window {
 
                 width: parent.width
                 target: root
-                crumbs: nav.crumbs
+                // What is found there is of any section.
+                crumbs: pages.inSettings && root.pageSearch.trim().length > 0 ? Array.from(nav.crumbs).slice(0, -1).concat({
+                    "title": qsTr("Search")
+                }) : nav.crumbs
                 searchable: root.searches
                 refreshable: root.listsProjects
                 searchText: pages.isHome ? root.model.searchText : root.pageSearch
@@ -231,6 +234,7 @@ Window {
                 searchText: root.pageSearch
                 onFolderRequested: root.folderAsked()
                 onSearchDropped: root.pageSearch = ""
+                onSearchWanted: bar.focusSearch()
             }
 
             StatusLines {

@@ -34,6 +34,7 @@ FocusScope {
         })
     signal folderRequested
     signal searchDropped
+    signal searchWanted
 
     function show() {
         const source = sources[nav.page] ?? "";
@@ -117,6 +118,9 @@ FocusScope {
         }
         function onSearchDropped() {
             pages.searchDropped();
+        }
+        function onSearchWanted() {
+            pages.searchWanted();
         }
     }
 

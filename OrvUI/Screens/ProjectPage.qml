@@ -277,6 +277,7 @@ FocusScope {
             "narrow": Qt.binding(() => page.narrow),
             "padding": Qt.binding(() => page.padding)
         });
+        (body.item as Item).focus = true;
         if (hadFocus) {
             body.forceActiveFocus(Qt.OtherFocusReason);
         }

@@ -32,6 +32,7 @@ FocusScope {
         model: page.model
         lists: page.model.projectTasks
         grouped: false
+        startsAtHeader: true
         onHandedToAi: key => {
             page.model.draftAgentTaskFor(key);
             page.nav.agentPanel = true;

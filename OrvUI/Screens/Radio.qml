@@ -15,8 +15,6 @@ T.AbstractButton {
     Accessible.role: toldRole
     Accessible.name: text
     Accessible.checked: checked
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
 
     background: Item {}
 

@@ -9,6 +9,13 @@ Sheet {
     required property AppModel model
     required property AgentModels agents
 
+    function merge() {
+        if (sheet.agents.reviewBranch.length > 0) {
+            sheet.agents.mergeBack(sheet.agents.reviewKey);
+            sheet.close();
+        }
+    }
+
     width: Math.min(Theme.settingsWidth, parent.width - Theme.space32)
     onAboutToShow: {
         review.runKey = agents.reviewKey;
@@ -23,8 +30,11 @@ Sheet {
         path: (list.currentItem as ReviewFile)?.key ?? ""
     }
 
-    contentItem: Item {
+    contentItem: FocusScope {
         implicitHeight: column.height + foot.height
+        // What has the focus takes it first, where it is a button.
+        Keys.onReturnPressed: sheet.merge()
+        Keys.onEnterPressed: sheet.merge()
 
         // In a low window it scrolls; what is to be decided stays in sight.
         Flickable {
@@ -209,10 +219,7 @@ Sheet {
                 Button {
                     primary: true
                     text: qsTr("Merge %1").arg(sheet.agents.reviewBranch)
-                    onClicked: {
-                        sheet.agents.mergeBack(sheet.agents.reviewKey);
-                        sheet.close();
-                    }
+                    onClicked: sheet.merge()
                 }
             }
         }

@@ -19,8 +19,15 @@ Row {
     signal choose(Item anchor)
 
     visible: busy || action.length > 0
+    onActiveFocusChanged: {
+        if (activeFocus) {
+            button.forceActiveFocus(Qt.TabFocusReason);
+        }
+    }
 
     Button {
+        id: button
+
         text: run.busy ? qsTr("Stop") : RunWords.of(run.action)
         glyph: run.busy ? "own-stop-fill" : "own-play-fill"
         glyphSize: Theme.iconMini

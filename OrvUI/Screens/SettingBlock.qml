@@ -7,6 +7,8 @@ Column {
 
     property string heading
     property bool hasHeading: true
+    // It is one setting, not several.
+    property bool single: true
     // What is looked for; empty: everything is shown.
     property string search
     // By what they are found besides their own names.
@@ -26,5 +28,12 @@ Column {
         text: block.heading
         Accessible.role: Accessible.Heading
         Accessible.name: text
+
+        SettingHit {
+            anchors.margins: -Theme.space6
+            visible: block.single
+            home: block
+            name: block.heading
+        }
     }
 }

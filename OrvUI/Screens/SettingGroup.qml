@@ -9,6 +9,7 @@ SettingBlock {
 
     // What is hidden has no height any more by which it could be found again.
     hasHeading: rows.implicitHeight > 0
+    single: false
 
     CardFace {
         width: group.width

@@ -17,7 +17,7 @@ FocusScope {
     default property alias controls: controls.data
 
     width: parent.width
-    visible: offered && (group === null || group.finds(title + "\n" + text))
+    visible: offered && (group === null || group.finds(row.title + "\n" + row.text))
     implicitHeight: Math.max(row.rowHeight, words.implicitHeight + Theme.space20)
 
     Rectangle {
@@ -25,6 +25,10 @@ FocusScope {
         width: parent.width
         height: Theme.hairline
         color: Theme.border
+    }
+
+    SettingHit {
+        name: row.title
     }
 
     Column {

@@ -42,6 +42,10 @@ Column {
                 height: words.height
                 visible: agentsGroup.finds(name)
 
+                SettingHit {
+                    name: row.name
+                }
+
                 Radio {
                     x: Theme.space12
                     y: Theme.space12 + Theme.space2

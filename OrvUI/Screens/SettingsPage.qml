@@ -54,21 +54,66 @@ FocusScope {
             "source": "SettingsProjects.qml"
         }
     ]
+    // What was found and is to be shown once all of its section is in its place.
+    property SettingHit wanted
     signal folderRequested
     signal searchDropped
+    signal searchWanted
 
     // At the first thing that was found.
     function focusResults() {
-        const next = view.nextItemInFocusChain();
-        let inside = next;
-        while (inside !== null && inside !== view) {
-            inside = inside.parent;
-        }
-        // Where nothing is found, the next one is outside.
-        if (inside !== null) {
-            next.forceActiveFocus(Qt.TabFocusReason);
+        // What can't be changed now takes no focus.
+        if (!page.goFrom(view, true) && page.found.includes(true)) {
+            entries.itemAt(page.found.indexOf(true)).forceActiveFocus(Qt.TabFocusReason);
         }
     }
+
+    function isInside(item, place) {
+        while (item !== null && item !== place) {
+            item = item.parent;
+        }
+        return item !== null;
+    }
+
+    // To the next of what was found, or the one before; false where there is none.
+    function goFrom(item, forward) {
+        let next = item.nextItemInFocusChain(forward);
+        while (next !== null && page.isInside(next, view)) {
+            if ((next as SettingHit) !== null || (next.parent as OverrideItem) !== null) {
+                next.forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
+                return true;
+            }
+            next = next.nextItemInFocusChain(forward);
+        }
+        return false;
+    }
+
+    // Where a setting that was found is at home: what changes it gets the focus.
+    function show(hit) {
+        page.wanted = hit;
+        page.nav.settings(hit.part.index);
+        page.searchDropped();
+    }
+
+    function take(event) {
+        const hit = Window.activeFocusItem as SettingHit;
+        event.accepted = hit !== null;
+        if (hit !== null) {
+            page.show(hit);
+        }
+    }
+
+    focus: true
+    Keys.enabled: page.searches
+    Keys.onDownPressed: page.goFrom(Window.activeFocusItem, true)
+    Keys.onUpPressed: {
+        if (!page.goFrom(Window.activeFocusItem, false)) {
+            page.searchWanted();
+        }
+    }
+    Keys.onReturnPressed: event => page.take(event)
+    Keys.onEnterPressed: event => page.take(event)
+    Keys.onEscapePressed: page.searchWanted()
 
     SettingsForm {
         id: preferences
@@ -90,6 +135,8 @@ FocusScope {
         Accessible.name: qsTr("Sections")
 
         Repeater {
+            id: entries
+
             model: page.sections
 
             SidebarRow {
@@ -104,6 +151,7 @@ FocusScope {
                 showsCount: false
                 visible: !page.searches || page.found[index]
                 selected: !page.searches && page.nav.section === index
+                focus: selected
                 onClicked: {
                     page.nav.settings(index);
                     page.searchDropped();
@@ -176,6 +224,19 @@ FocusScope {
 
         function onMoved() {
             view.contentY = 0;
+        }
+    }
+
+    Connections {
+        target: page.Window.window
+        enabled: page.wanted !== null
+
+        function onAfterAnimating() {
+            const control = page.wanted.nextItemInFocusChain(true);
+            if (page.isInside(control, page.wanted.home)) {
+                control.forceActiveFocus(Qt.TabFocusReason);
+            }
+            page.wanted = null;
         }
     }
 

@@ -37,7 +37,7 @@ Column {
     visible: isNeeded
     spacing: Theme.space16
     Component.onCompleted: show()
-    onIsNeededChanged: show()
+    onIsNeededChanged: isNeeded ? show() : leaving.restart()
 
     Label {
         visible: !part.searches || part.hasMatches
@@ -53,6 +53,14 @@ Column {
         id: section
 
         width: parent.width
+    }
+
+    // A search ends before the page is told its section: what both need stays.
+    Timer {
+        id: leaving
+
+        interval: 0
+        onTriggered: part.show()
     }
 
     Connections {

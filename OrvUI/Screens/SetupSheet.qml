@@ -16,6 +16,12 @@ Sheet {
     property string failedCommand
     signal outputAsked(string projectID)
 
+    function go() {
+        if (!sheet.running) {
+            sheet.model.confirmSetup();
+        }
+    }
+
     visible: model.setupActive
     // While something runs only the button ends it.
     closePolicy: T.Popup.NoAutoClose
@@ -35,6 +41,9 @@ Sheet {
         implicitHeight: column.implicitHeight
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
+        // What has the focus takes it first, where it is a button.
+        Keys.onReturnPressed: sheet.go()
+        Keys.onEnterPressed: sheet.go()
 
         // Works at once; the focus comes only when the sheet has come in.
         Shortcut {
@@ -227,7 +236,6 @@ Sheet {
                     Accessible.name: qsTr("Install command")
                     text: sheet.model.installCommandOverrideText
                     onTextEdited: sheet.model.installCommandOverrideText = text
-                    onAccepted: sheet.model.confirmSetup()
                 }
 
                 Label {
@@ -286,7 +294,7 @@ Sheet {
                         primary: true
                         glyph: sheet.failed ? "rotate-cw" : ""
                         text: sheet.failed ? qsTr("Try again") : qsTr("Install and run")
-                        onClicked: sheet.model.confirmSetup()
+                        onClicked: sheet.go()
                     }
                 }
             }

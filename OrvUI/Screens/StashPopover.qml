@@ -21,6 +21,9 @@ Popover {
 
     contentItem: Column {
         spacing: Theme.space10
+        // What has the focus takes it first, where it is a button.
+        Keys.onReturnPressed: popover.save()
+        Keys.onEnterPressed: popover.save()
 
         Label {
             role: Theme.Section
@@ -32,7 +35,6 @@ Popover {
 
             width: parent.width
             placeholderText: qsTr("A name for it, if you like")
-            onAccepted: popover.save()
             Keys.onEscapePressed: popover.close()
         }
 

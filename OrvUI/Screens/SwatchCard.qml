@@ -22,8 +22,6 @@ T.AbstractButton {
     Accessible.role: toldRole
     Accessible.name: text
     Accessible.checked: checked
-    Keys.onReturnPressed: card.clicked()
-    Keys.onEnterPressed: card.clicked()
 
     background: Item {
         Rectangle {

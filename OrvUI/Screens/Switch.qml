@@ -2,16 +2,11 @@ import OrvLauncher.Screens
 import QtQuick
 import QtQuick.Templates as T
 
-// On or off, at once. What it stands for is its name.
+// On or off, at once, by Space: Return is for the button that a sheet is settled with. What it stands for is its name.
 T.AbstractButton {
     id: control
 
     property int toldRole: Accessible.CheckBox
-
-    function flip() {
-        control.toggle();
-        control.clicked();
-    }
 
     implicitWidth: Theme.switchWidth
     implicitHeight: Theme.switchHeight
@@ -22,8 +17,6 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked
-    Keys.onReturnPressed: control.flip()
-    Keys.onEnterPressed: control.flip()
 
     background: Rectangle {
         radius: height / 2

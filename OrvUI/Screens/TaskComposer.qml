@@ -17,6 +17,12 @@ FocusScope {
         field.forceActiveFocus(Qt.ShortcutFocusReason);
     }
 
+    // Goes on with what is typed elsewhere, where nothing takes it.
+    function type(text) {
+        composer.focusField();
+        field.insert(field.length, text);
+    }
+
     function add() {
         if (ready) {
             composer.added(field.text.trim(), composer.projectID);

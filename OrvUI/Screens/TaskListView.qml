@@ -29,6 +29,33 @@ FocusScope {
         rows.itemAt(row)?.take();
     }
 
+    // Where the row was that had the focus when it went; -1: in neither list.
+    property int wentFromRows: -1
+    property int wentFromRecent: -1
+
+    function hasFocus(item) {
+        let at = Window.activeFocusItem;
+        while (at !== null && at !== item) {
+            at = at.parent;
+        }
+        return at !== null;
+    }
+
+    // The row that comes to the place of the one that went takes the focus, else the field above.
+    Timer {
+        id: successor
+
+        interval: 0
+        onTriggered: {
+            const next = page.wentFromRows >= 0 ? rows.itemAt(Math.min(page.wentFromRows, rows.count - 1))?.row : recent.itemAt(Math.min(page.wentFromRecent, recent.count - 1));
+            if (page.Window.activeFocusItem === page) {
+                next ? next.forceActiveFocus(Qt.TabFocusReason) : page.focusField();
+            }
+            page.wentFromRows = -1;
+            page.wentFromRecent = -1;
+        }
+    }
+
     Component.onCompleted: page.lists.refresh()
 
     Flickable {
@@ -56,6 +83,12 @@ FocusScope {
                 id: rows
 
                 model: page.showsDone ? page.lists.done : page.lists.open
+                onItemRemoved: (index, item) => {
+                    if (page.hasFocus(item)) {
+                        page.wentFromRows = index;
+                        successor.restart();
+                    }
+                }
 
                 Column {
                     id: entry
@@ -74,6 +107,8 @@ FocusScope {
                     required property int groupCount
                     readonly property bool starts: index === 0 || (!page.showsDone && rows.itemAt(index - 1)?.projectID !== projectID)
                     readonly property bool heads: page.grouped && !page.showsDone && starts
+
+                    readonly property TaskItem row: item
 
                     function take() {
                         item.forceActiveFocus(Qt.TabFocusReason);
@@ -183,6 +218,12 @@ FocusScope {
                         id: recent
 
                         model: page.lists.recentlyDone
+                        onItemRemoved: (index, item) => {
+                            if (page.hasFocus(item)) {
+                                page.wentFromRecent = index;
+                                successor.restart();
+                            }
+                        }
 
                         TaskItem {
                             width: column.width

@@ -41,6 +41,12 @@ FocusScope {
             }
 
             spacing: Theme.space12
+            Keys.onPressed: event => {
+                event.accepted = InputMode.writes(event.text, event.modifiers);
+                if (event.accepted) {
+                    composer.type(event.text);
+                }
+            }
 
             Label {
                 focus: true

@@ -9,12 +9,18 @@ T.AbstractButton {
     property int toldRole: Accessible.PageTab
     required property TerminalSession session
     required property int index
+    // Among those of the same title; empty where there is no other one.
+    required property string place
+    // In which such a one's shell is, where the title does not say it.
+    required property string folder
     property int limit: Theme.terminalTabMax
     property bool isSelected: false
     readonly property bool isEnded: !session.isAlive && !session.isWaiting
+    // Unlike that of any other tab.
+    readonly property string name: place.length === 0 ? text : folder.length === 0 ? qsTr("%1, %2").arg(text).arg(place) : qsTr("%1, %2, in %3").arg(text).arg(place).arg(folder)
     signal closeRequested
 
-    implicitWidth: Math.max(Theme.terminalTabMin, Math.min(limit, label.implicitWidth + leftPadding + rightPadding + Theme.iconSmall + Theme.controlMini + 2 * Theme.space8))
+    implicitWidth: Math.max(Theme.terminalTabMin, Math.min(limit, label.implicitWidth + (folder.length > 0 ? where.implicitWidth : 0) + leftPadding + rightPadding + Theme.iconSmall + Theme.controlMini + 2 * Theme.space8))
     implicitHeight: Theme.controlRegular
     leftPadding: Theme.space12
     rightPadding: Theme.space4
@@ -22,7 +28,7 @@ T.AbstractButton {
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
     Accessible.role: toldRole
-    Accessible.name: text
+    Accessible.name: name
     Accessible.selected: isSelected
     Accessible.description: isEnded ? qsTr("ended") : session.hasUnseenQuestion ? qsTr("asks whether it may copy") : session.isBusy ? qsTr("a program runs") : session.hasUnseenBell ? qsTr("rang") : ""
     Keys.onReturnPressed: tab.clicked()
@@ -79,11 +85,24 @@ T.AbstractButton {
 
             anchors.left: parent.left
             anchors.leftMargin: Theme.iconSmall + Theme.space8
-            anchors.right: close.left
             anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(Math.ceil(implicitWidth), close.x - x - where.width)
             role: tab.isSelected ? Theme.SmallStrong : Theme.Small
             color: tab.isSelected ? Theme.text : Theme.text2
             text: tab.text
+        }
+
+        Label {
+            id: where
+
+            anchors.left: label.right
+            anchors.verticalCenter: parent.verticalCenter
+            width: visible ? Math.min(Math.ceil(implicitWidth), Math.round((close.x - label.x) / 2)) : 0
+            visible: text.length > 0
+            leftPadding: Theme.space6
+            role: Theme.Small
+            color: Theme.text3
+            text: tab.folder
         }
 
         IconButton {
@@ -96,7 +115,7 @@ T.AbstractButton {
             glyph: "x"
             glyphSize: Theme.iconSmall
             focusPolicy: Qt.NoFocus
-            text: qsTr("Close %1").arg(tab.text)
+            text: qsTr("Close %1").arg(tab.name)
             onClicked: tab.closeRequested()
         }
     }
@@ -107,7 +126,7 @@ T.AbstractButton {
     }
 
     Tip {
-        text: label.truncated ? tab.text : ""
+        text: label.truncated || where.truncated || tab.place.length > 0 ? tab.name : ""
     }
 
     // A bell that nobody saw, or a question.

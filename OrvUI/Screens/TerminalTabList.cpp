@@ -2,11 +2,17 @@
 
 #include "OrvCore/Async.h"
 
+#include <QHash>
+
+#include <utility>
+
 namespace orv {
 
 const std::vector<RowRole<TerminalTab>>& TerminalTab::roles() {
     static const std::vector<RowRole<TerminalTab>> table{
-        {"session", [](const TerminalTab& tab) { return QVariant::fromValue(tab.session); }},
+        memberRole<&TerminalTab::session, TerminalTab>("session"),
+        memberRole<&TerminalTab::place, TerminalTab>("place"),
+        memberRole<&TerminalTab::folder, TerminalTab>("folder"),
     };
     return table;
 }
@@ -27,6 +33,8 @@ void TerminalTabList::setTabs(TerminalTabs* tabs) {
         connect(tabs, &TerminalTabs::sessionsChanged, this, &TerminalTabList::follow);
         connect(tabs, &TerminalTabs::selectedIDChanged, this, &TerminalTabList::selectedChanged);
         connect(tabs, &TerminalTabs::hasUnseenChanged, this, &TerminalTabList::hasUnseenChanged);
+        // A shell that is left may stand in another folder than when it was come to.
+        connect(tabs, &TerminalTabs::selectedIDChanged, this, &TerminalTabList::listRows);
     }
     follow();
     Q_EMIT tabsChanged();
@@ -34,6 +42,23 @@ void TerminalTabList::setTabs(TerminalTabs* tabs) {
 }
 
 void TerminalTabList::follow() {
+    const qsizetype before = m_rows.rowCount();
+    listRows();
+    if (m_tabs != nullptr) {
+        for (TerminalSession* session : m_tabs->sessions()) {
+            connect(session, &TerminalSession::titleChanged, this, &TerminalTabList::listRows, Qt::UniqueConnection);
+            connect(session, &TerminalSession::isBusyChanged, this, &TerminalTabList::listRows, Qt::UniqueConnection);
+        }
+    }
+    if (m_closing != nullptr && (m_tabs == nullptr || !m_tabs->sessions().contains(m_closing.data()))) {
+        setClosing(nullptr);
+    }
+    if (before != m_rows.rowCount()) {
+        Q_EMIT countChanged();
+    }
+}
+
+void TerminalTabList::listRows() {
     QList<TerminalTab> rows;
     if (m_tabs != nullptr) {
         for (TerminalSession* session : m_tabs->sessions()) {
@@ -41,13 +66,23 @@ void TerminalTabList::follow() {
         }
     }
     Q_EMIT hasUnseenChanged();
-    const qsizetype before = m_rows.rowCount();
+    tellApart(rows);
     m_rows.setRows(rows);
-    if (m_closing != nullptr && (m_tabs == nullptr || !m_tabs->sessions().contains(m_closing.data()))) {
-        setClosing(nullptr);
+}
+
+void TerminalTabList::tellApart(QList<TerminalTab>& rows) const {
+    QHash<QString, int> counts;
+    for (const TerminalTab& row : std::as_const(rows)) {
+        ++counts[row.session->title()];
     }
-    if (before != rows.size()) {
-        Q_EMIT countChanged();
+    QHash<QString, int> places;
+    for (TerminalTab& row : rows) {
+        const QString title = row.session->title();
+        if (counts[title] > 1) {
+            row.place = tr("%1 of %2").arg(++places[title]).arg(counts[title]);
+            const QString folder = row.session->currentDirectory().fileName();
+            row.folder = folder != row.session->directory().fileName() ? folder : QString();
+        }
     }
 }
 
@@ -118,7 +153,11 @@ void TerminalTabList::lookAtClosing() {
 void TerminalTabList::setClosing(TerminalSession* session) {
     if (session != m_closing) {
         if (m_closing != nullptr) {
-            m_closing->disconnect(this);
+            for (const auto signal :
+                 {&TerminalSession::outputReceived, &TerminalSession::isBusyChanged,
+                  &TerminalSession::isAliveChanged}) {
+                disconnect(m_closing, signal, this, &TerminalTabList::lookAtClosing);
+            }
         }
         m_closing = session;
         if (session != nullptr) {

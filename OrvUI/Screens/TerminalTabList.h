@@ -12,6 +12,9 @@ namespace orv {
 struct TerminalTab {
     QString key; ///< the session's id
     TerminalSession* session = nullptr;
+    /// Among those with the same title: "2 of 3"; empty where there is no other one.
+    QString place{};
+    QString folder{}; ///< in which such a one's shell is, where the title does not say it
 
     [[nodiscard]] static const std::vector<RowRole<TerminalTab>>& roles();
 };
@@ -65,6 +68,9 @@ Q_SIGNALS:
 
 private:
     void follow();
+    void listRows();
+    /// What tells tabs of one title apart.
+    void tellApart(QList<TerminalTab>& rows) const;
     void lookAtClosing();
     void setClosing(TerminalSession* session);
 

@@ -69,6 +69,14 @@ FocusScope {
             onAbandoned: bar.searchLeft()
             Keys.onDownPressed: bar.searchLeft()
             Keys.onReturnPressed: bar.searchLeft()
+            Keys.onEnterPressed: bar.searchLeft()
+            // Where nothing else stands in the bar, what was found comes next.
+            Keys.onTabPressed: event => {
+                event.accepted = text.length > 0 && !bar.refreshable;
+                if (event.accepted) {
+                    bar.searchLeft();
+                }
+            }
         }
 
         IconButton {

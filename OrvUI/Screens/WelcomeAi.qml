@@ -28,6 +28,7 @@ WelcomePage {
                 required property string notice
 
                 width: page.width
+                focus: page.form.defaultAgent === row.index
                 title: row.name
                 text: row.notice.length > 0 ? qsTr("%1. %2").arg(row.status).arg(row.notice) : row.status
                 rowHeight: Theme.serviceItemHeight
@@ -37,6 +38,7 @@ WelcomePage {
                 }
 
                 Radio {
+                    focus: true
                     anchors.verticalCenter: parent.verticalCenter
                     text: row.name
                     checked: page.form.defaultAgent === row.index

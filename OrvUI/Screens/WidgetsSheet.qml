@@ -26,6 +26,9 @@ Sheet {
         implicitHeight: column.implicitHeight
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
+        // What has the focus takes it first, where it is a button.
+        Keys.onReturnPressed: added.clicked()
+        Keys.onEnterPressed: added.clicked()
 
         Shortcut {
             sequences: [StandardKey.Cancel]

@@ -42,6 +42,10 @@ TEST(FuzzyMatch, MarksTheLettersThatPeopleMean) {
         {"spaces around", u"  shop  "_s, u"shop"_s, u"[shop]"_s},
         {"the first letter far from the rest", u"sxx"_s, u"s-a-b-c-d-e-xx"_s, u"[s]-a-b-c-d-e-[xx]"_s},
         {"composed as typed", u"o\u0308l"_s, u"öl"_s, u"[öl]"_s},
+        {"letters left out", u"sttngs"_s, u"Settings"_s, u"[S]e[tt]i[ngs]"_s},
+        {"letters here and there", u"port"_s, u"Projects folder, start at login"_s, {}},
+        {"beginnings of words here and there", u"pfsl"_s, u"Projects folder, start at login"_s,
+         u"[P]rojects [f]older, [s]tart at [l]ogin"_s},
         {"nothing typed", u" "_s, u"shop"_s, u"shop"_s},
         {"no text", u"a"_s, {}, {}},
         {"a text longer than is looked at", u"z"_s, QString(500, u'a') + u'z', {}},
@@ -59,7 +63,7 @@ TEST(FuzzyMatch, PrefersWhatIsMeant) {
     } cases[] = {
         {u"shop"_s, u"shop"_s, u"shop-admin"_s},
         {u"shop"_s, u"shop-admin"_s, u"old-shop"_s},
-        {u"sa"_s, u"shop-admin"_s, u"mustache"_s},
+        {u"sa"_s, u"shop-admin"_s, u"old-mosaic-tiles"_s},
         {u"shp"_s, u"shop"_s, u"Show projects as folders"_s},
         {u"set"_s, u"Settings"_s, u"Reset the port"_s},
         {u"git"_s, u"Settings: Git"_s, u"Begin title"_s},
@@ -73,6 +77,24 @@ TEST(FuzzyMatch, PrefersWhatIsMeant) {
         const auto worse = pattern.score(FuzzyText(it.worse));
         ASSERT_TRUE(better && worse) << it.typed.toStdString();
         EXPECT_GT(*better, *worse) << it.typed.toStdString() << " in " << it.better.toStdString();
+    }
+}
+
+TEST(FuzzyMatch, TellsHowATextFits) {
+    const struct {
+        QString typed, text;
+        FuzzyFit expected;
+    } cases[] = {
+        {u" SHOP"_s, u"shop"_s, FuzzyFit::whole},
+        {u"new  term"_s, u"New terminal in shop"_s, FuzzyFit::beginning},
+        {u"shop new"_s, u"New terminal in shop"_s, FuzzyFit::words},
+        {u"sketch pad"_s, u"sketch-pad"_s, FuzzyFit::words},
+        {u"he"_s, u"the-old-helm"_s, FuzzyFit::words},
+        {u"op"_s, u"shop"_s, FuzzyFit::letters},
+        {u"shp"_s, u"shop"_s, FuzzyFit::letters},
+    };
+    for (const auto& it : cases) {
+        EXPECT_EQ(FuzzyPattern(it.typed).fit(FuzzyText(it.text)), it.expected) << it.typed.toStdString();
     }
 }
 

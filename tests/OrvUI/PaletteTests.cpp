@@ -90,7 +90,10 @@ TEST_F(PaletteTest, FindsProjectsAndWhatCanBeDoneWithThem) {
     EXPECT_EQ(found(), QString());
     palette().setQuery(u"email"_s);
     EXPECT_EQ(found(1), u"Go to: Settings: Git"_s) << "by what is set there";
-    palette().setQuery(u"client"_s);
+    for (const QString& typed : {u"port"_s, u"sale"_s, u"client"_s}) {
+        palette().setQuery(typed);
+        EXPECT_FALSE(found().contains(u"Settings: General"_s)) << "it only has these letters: " << typed.toStdString();
+    }
     EXPECT_EQ(found(1), u"Go to: client"_s);
     palette().setQuery(u"no such thing"_s);
     EXPECT_EQ(palette().resultCount(), 0);
@@ -203,6 +206,8 @@ TEST_F(PaletteTest, PutsWhatIsOftenChosenFirst) {
     palette().close();
     for (int times = 0; times < 4; ++times) {
         choose(u"shop"_s, u"shop"_s);
+        choose(u"logs shop"_s, u"Logs of shop"_s);
+        choose(u"logs sketch"_s, u"Logs of sketch-pad"_s);
         choose(u"theme"_s, u"Theme: Ocean"_s);
         choose(u"theme"_s, u"Theme: Ember"_s);
     }
@@ -212,10 +217,22 @@ TEST_F(PaletteTest, PutsWhatIsOftenChosenFirst) {
     palette().open();
     EXPECT_EQ(palette().rows().first().title, u"shop"_s) << "before anything is typed";
     EXPECT_LT(place(u"Theme: Ocean"_s), place(u"Tasks"_s));
-    palette().setQuery(u"h"_s);
-    EXPECT_EQ(found(1), u"Projects: shop"_s) << "more often chosen than what begins with it";
-    palette().setQuery(u"harb"_s);
-    EXPECT_EQ(found(1), u"Projects: harbor"_s) << "it fits far better";
+    const struct {
+        QString typed, first;
+    } cases[] = {
+        {u"s"_s, u"Projects: shop"_s},        // as well as sketch-pad, and more often chosen
+        {u"h"_s, u"Projects: harbor"_s},      // begins with it, unlike what is often chosen
+        {u"sho"_s, u"Projects: shop"_s},      // rather than its log
+        {u"sk"_s, u"Projects: sketch-pad"_s}, // which was never chosen, unlike its log
+        {u"sketch pad"_s, u"Projects: sketch-pad"_s},
+        {u"pad"_s, u"Projects: sketch-pad"_s},
+        {u"logs"_s, u"Go to: Logs of shop"_s},
+        {u"settings"_s, u"Go to: Settings"_s},
+    };
+    for (const auto& it : cases) {
+        palette().setQuery(it.typed);
+        EXPECT_EQ(found(1), it.first) << it.typed.toStdString();
+    }
 }
 
 TEST(Shortcuts, AreFoundByWhatTheyDoAndByTheirKeys) {

@@ -144,10 +144,24 @@ TEST_F(KeyWindow, KeepsATaskForAnAgentThatWasNotSentYet) {
         press(Qt::Key_6, Qt::ControlModifier);
         EXPECT_TRUE(test::waitFor([&] { return words() == u"Tasks"; })) << "the heading: " << focus();
         press(Qt::Key_7, Qt::ControlModifier);
-        EXPECT_TRUE(test::waitFor([&] { return words() == u"AI"; })) << "the heading: " << focus();
+        EXPECT_TRUE(test::waitFor([&] { return isIn("AgentComposer"); })) << focus();
         return item("AgentComposer");
     };
     QQuickItem* box = composer();
+    type(u"by"_s);
+    EXPECT_EQ(words(), u"by"_s) << "at once: " << focus();
+    press(Qt::Key_Tab);
+    EXPECT_NE(words(), u"by"_s) << focus();
+    type(u"hand"_s);
+    EXPECT_EQ(words(), u"byhand"_s) << "what no button takes: " << focus();
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_Delete);
+    press(Qt::Key_6, Qt::ControlModifier);
+    EXPECT_TRUE(test::waitFor([&] { return words() == u"Tasks"; })) << focus();
+    type(u"Call"_s);
+    EXPECT_EQ(words(), u"Call"_s) << focus();
+    focusCard();
+    box = composer();
     const QString project = root + u"/shop"_s;
     model->agentModels()->setPageProjectID(project);
     // Below the words, beside the buttons.
@@ -161,6 +175,26 @@ TEST_F(KeyWindow, KeepsATaskForAnAgentThatWasNotSentYet) {
     EXPECT_EQ(box->property("projectID").toString(), project);
     click(box);
     EXPECT_EQ(words(), u"half a task"_s) << focus();
+}
+
+TEST_F(KeyWindow, SettlesASheetByReturnFromWhateverIsNoButton) {
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return focusedHint() == u"Name of the folder"; })) << focus();
+    press(Qt::Key_Return);
+    type(u"fresh"_s);
+    item("CheckBox")->forceActiveFocus();
+    press(Qt::Key_Space);
+    button(u"Cancel"_s)->forceActiveFocus();
+    press(Qt::Key_Return);
+    EXPECT_TRUE(test::waitFor([this] { return items("FormField").isEmpty(); })) << "by its own button";
+    EXPECT_FALSE(QFileInfo::exists(root + u"/fresh"_s));
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return focusedHint() == u"Name of the folder"; })) << focus();
+    type(u"fresh"_s);
+    item("CheckBox")->forceActiveFocus();
+    press(Qt::Key_Return);
+    EXPECT_TRUE(test::waitFor([this] { return QFileInfo::exists(root + u"/fresh"_s); })) << focus();
+    EXPECT_TRUE(test::waitFor([this] { return items("FormField").isEmpty(); }));
 }
 
 TEST_F(KeyWindow, TakesBackWhatWasDeleted) {
@@ -198,11 +232,13 @@ TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
     }
     press(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(part(), "HomePage") << focus();
-    for (const DetailTab tab : {DetailTab::overview, DetailTab::logs}) {
+    for (const DetailTab tab : {DetailTab::overview, DetailTab::git}) {
         model->setPage({});
         model->setPage({.kind = AppPage::Kind::project, .id = root + u"/shop"_s});
         model->setDetailTab(tab);
-        ASSERT_TRUE(test::waitFor([this] { return part() == "ProjectPage"; })) << focus();
+        ASSERT_TRUE(test::waitFor([&, shown = tab] {
+            return part() == "ProjectPage" && (shown == DetailTab::overview || isIn("GitChanges"));
+        })) << focus();
         press(Qt::Key_Tab);
         EXPECT_EQ(part(), "ProjectPage") << "Tab goes on where one has come to, from " << focus();
     }
@@ -211,6 +247,58 @@ TEST_F(KeyWindow, GoesRoundThePartsOfTheWindow) {
     ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
     press(Qt::Key_F6, Qt::ShiftModifier);
     EXPECT_EQ(part(), "ProjectPage") << focus();
+}
+
+TEST_F(KeyWindow, HasNothingInTheWayOfTab) {
+    const auto focused = [this](const char* property) {
+        return window->activeFocusItem()->property(property).toString();
+    };
+    focusCard();
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(focused("text") != u"" && isIn("ProjectCard")) << "into the card: " << focus();
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_TRUE(focused("name") == u"shop" && isIn("ProjectCard")) << focus();
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(focused("name"), u"Show projects as"_s) << "what stands above it: " << focus();
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(focused("name") == u"shop" && isIn("ProjectCard")) << focus();
+    model->togglePinFor(root + u"/shop"_s);
+    ASSERT_TRUE(test::waitFor([this] { return !items("PinnedItem").isEmpty(); }));
+    items("PinnedItem").first()->forceActiveFocus();
+    model->togglePinFor(root + u"/shop"_s);
+    EXPECT_TRUE(test::waitFor([&] { return items("PinnedItem").isEmpty() && isIn("ProjectCard"); })) << focus();
+    const std::pair<DetailTab, QByteArray> tabs[] = {
+        {DetailTab::git, "GitChanges"},
+        {DetailTab::files, "FileTreeItem"},
+        {DetailTab::tasks, "TaskComposer"},
+        {DetailTab::logs, "RunButton"}};
+    for (const auto& [tab, component] : tabs) {
+        model->setPage({.kind = AppPage::Kind::project, .id = root + u"/shop"_s});
+        model->setDetailTab(tab);
+        EXPECT_TRUE(test::waitFor([&, name = component] { return isIn(name); })) << component.data() << ' ' << focus();
+        model->setPage({});
+    }
+    model->setPage({AppPage::Kind::settings, {}, SettingsSection::git});
+    EXPECT_TRUE(test::waitFor([&] { return focused("text") == u"Git"; })) << focus();
+}
+
+TEST_F(KeyWindow, GoesOnToTheNextTaskWhenOneGoes) {
+    for (const QString& title : {u"One"_s, u"Two"_s, u"Three"_s}) {
+        model->addTask(title, {}, *model->project(root + u"/shop"_s));
+    }
+    model->setPage({AppPage::Kind::tasks, {}, {}});
+    ASSERT_TRUE(test::waitFor([this] { return items("TaskItem").size() == 3; }));
+    items("TaskItem").at(1)->forceActiveFocus();
+    const auto title = [this] { return window->activeFocusItem()->property("title").toString(); };
+    const std::pair<Qt::Key, QString> steps[] = {
+        {Qt::Key_Delete, u"Three"_s}, {Qt::Key_Space, u"One"_s}, {Qt::Key_Delete, {}}};
+    for (const auto& [key, next] : steps) {
+        press(key);
+        EXPECT_TRUE(test::waitFor([&, wanted = next] {
+            return wanted.isEmpty() ? isIn("TaskComposer") : title() == wanted;
+        })) << next.toStdString()
+            << ": " << focus();
+    }
 }
 
 TEST_F(KeyWindow, IsWithinReachOfATerminal) {

@@ -490,52 +490,6 @@ TEST_F(MainWindow, ShowsEveryPageAndSection) {
     shows("HomeHeader");
 }
 
-TEST_F(MainWindow, FindsASettingInWhateverSectionItIs) {
-    addInstalled(u"harbor"_s, "vite", "");
-    scan();
-    open(QSize(1280, 832));
-    const auto titles = [this](const QByteArray& component, const char* property) {
-        QStringList found;
-        for (const QQuickItem* each : items(component, item("SettingsPage"))) {
-            found.append(each->property(property).toString());
-        }
-        return found;
-    };
-    const auto seen = [&] {
-        return QStringList{
-            titles("SidebarRow", "text").join(u','),
-            (titles("SettingRow", "title") + titles("SettingSwitch", "title")).join(u','),
-            titles("SwatchCard", "text").join(u','), titles("OverrideItem", "project").join(u',')};
-    };
-    model->setPage({.kind = AppPage::Kind::settings, .id = {}, .section = SettingsSection::profile});
-    ASSERT_TRUE(test::waitFor([&] { return seen().at(1) == u"Name,Colour"; })) << seen().join(u'|').toStdString();
-    const QStringList before = seen();
-    press(Qt::Key_F, Qt::ControlModifier);
-    const std::pair<QString, QStringList> cases[] = {
-        {u"CLIPB"_s, {u"General"_s, u"Programs may copy"_s, {}, {}}},
-        {u"at  login"_s, {u"General"_s, u"Start at login"_s, {}, {}}},
-        {u"graphite"_s, {u"Appearance"_s, {}, u"Ember,Ocean,Forest,Violet,Graphite"_s, {}}},
-        {u"repositories"_s, {u"Git"_s, u"Default branch,Pull"_s, {}, {}}},
-        {u"harb"_s, {u"Projects"_s, {}, {}, u"harbor"_s}},
-        {u"nothing such"_s, {{}, {}, {}, {}}},
-    };
-    for (const auto& [typed, expected] : cases) {
-        press(Qt::Key_A, Qt::ControlModifier);
-        type(typed);
-        EXPECT_TRUE(test::waitFor([&, wanted = expected] { return seen() == wanted; }))
-            << typed.toStdString() << ": " << seen().join(u'|').toStdString() << ' ' << focus();
-    }
-    press(Qt::Key_Escape);
-    EXPECT_TRUE(test::waitFor([&] { return seen() == before; })) << seen().join(u'|').toStdString();
-    press(Qt::Key_F, Qt::ControlModifier);
-    type(u"login"_s);
-    ASSERT_TRUE(test::waitFor([&] { return seen().at(0) == u"General"; })) << seen().join(u'|').toStdString();
-    click(items("SidebarRow", item("SettingsPage")).first());
-    EXPECT_TRUE(test::waitFor([&] { return seen().at(1).contains(u"Welcome tour"_s); }))
-        << "all of the section: " << seen().join(u'|').toStdString();
-    EXPECT_EQ(seen().at(0), before.at(0));
-}
-
 TEST_F(MainWindow, CopiesWhatHelpsOthersToHelpAndNamesNobody) {
     addInstalled(u"client/confidential"_s, "vite", "");
     scan();

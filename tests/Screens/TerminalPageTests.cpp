@@ -163,6 +163,19 @@ TEST_F(TerminalPage, OpensTerminalsAndClosesThem) {
     QTest::keyClick(window, Qt::Key_Tab, Qt::ControlModifier);
     EXPECT_EQ(tabs.selectedID(), session->id());
     EXPECT_TRUE(waitFor([&] { return view->hasActiveFocus(); }));
+    const auto names = [this] {
+        QStringList all;
+        for (const QQuickItem* tab : items("TerminalTab")) {
+            all.append(tab->property("name").toString());
+        }
+        return all.join(u'|');
+    };
+    EXPECT_TRUE(waitFor([&] { return names() == u"tmp, 1 of 2|tmp, 2 of 2"; })) << names().toStdString();
+    session->send(u"cd /usr\n"_s);
+    ASSERT_TRUE(waitFor([&] { return session->currentDirectory() == QUrl(u"file:///usr"_s); }));
+    tabs.select(tabs.sessions().at(1)->id());
+    EXPECT_EQ(names(), u"tmp, 1 of 2, in usr|tmp, 2 of 2"_s);
+    tabs.select(session->id());
 
     // A program that runs is asked about; Escape keeps it.
     session->send(u"cat\n"_s);
@@ -198,6 +211,7 @@ TEST_F(TerminalPage, OpensTerminalsAndClosesThem) {
     ask();
     QTest::keyClick(window, Qt::Key_Return);
     EXPECT_EQ(tabs.sessions().size(), 1);
+    EXPECT_EQ(names(), u"tmp"_s) << "there is no other one";
 }
 
 TEST_F(TerminalPage, AsksFindsAndStartsAgain) {

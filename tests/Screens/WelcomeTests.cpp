@@ -105,18 +105,24 @@ TEST_F(WelcomeWindow, GoesThroughItsPagesByKeyboardAndSetsWhatWasChosen) {
     type(u"Kim Doe"_s);
     press(Qt::Key_Return);
     shows("WelcomeLook");
-    click(named("SwatchCard", u"Violet"_s));
+    named("SwatchCard", u"Violet"_s)->forceActiveFocus();
+    press(Qt::Key_Space);
     press(Qt::Key_Return);
-    EXPECT_EQ(model->onboarding()->step(), 4) << "on a swatch it chooses";
-    click(named("Button", u"Continue"_s));
     shows("WelcomeAi");
-    click(named("Button", u"Continue"_s));
+    ASSERT_TRUE(test::waitFor([this] { return focused("text") == u"Claude Code"_s; })) << focus();
+    named("Button", u"Back"_s)->forceActiveFocus();
+    press(Qt::Key_Return);
+    shows("WelcomeLook");
+    press(Qt::Key_Return);
+    shows("WelcomeAi");
+    press(Qt::Key_Return);
     shows("WelcomeExtras");
     for (QQuickItem* item : items("Switch")) {
-        click(item);
+        item->forceActiveFocus();
+        press(Qt::Key_Space);
     }
     EXPECT_EQ(model->settings().settings().theme, ThemeID::ember) << "nothing is written before the end";
-    click(named("Button", u"Open OrvLauncher"_s));
+    press(Qt::Key_Return);
     EXPECT_TRUE(test::waitFor([this] { return items("WelcomeExtras").isEmpty(); }));
     const AppSettings& settings = model->settings().settings();
     EXPECT_EQ(settings.displayName, u"Kim"_s);
@@ -231,6 +237,7 @@ TEST_F(WelcomeWindow, AsksOnWhichDeviceToRun) {
     type(u"lin"_s);
     EXPECT_TRUE(test::waitFor([this] { return items("DeviceItem").size() == 1; }));
     EXPECT_NE(named("Button", u"Run on Linux"_s), nullptr);
+    named("CheckBox", u"Remember"_s)->forceActiveFocus();
     press(Qt::Key_Return);
     EXPECT_FALSE(model->devices()->isAsking());
     EXPECT_EQ(model->devices()->chosen(pocket.id), u"flutter:linux"_s);

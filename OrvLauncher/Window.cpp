@@ -12,6 +12,7 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvTerminal/View/ProgramsClipboard.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/DraftKeeper.h"
 #include "OrvUI/OnboardingModel.h"
 #include "OrvUI/QuitGuard.h"
 #include "OrvUI/Screens/IllustrationExport.h"
@@ -125,6 +126,7 @@ private:
     WindowState m_state;
     std::optional<WindowState> m_saved;
     AppModel m_model;
+    DraftKeeper m_drafts{m_model};
     PlaceKeeper m_places{m_model};
     SystemLook m_look;
     QQmlApplicationEngine m_engine;
@@ -484,6 +486,7 @@ void WindowShell::endWithoutDisplay() {
     if (!s_open->m_quitting) { // else it is saved, and the terminals are closed since
         s_open->saveState();
     }
+    s_open->m_drafts.flush();
     std::_Exit(exitFailed);
 }
 

@@ -216,15 +216,14 @@ void AgentModels::forgetDraft(const QString& projectID) {
 void AgentModels::dropWords(const QString& projectID, const QString& words) {
     const QString there = this->words(projectID);
     if (isAhead(words, there)) {
-        m_composed[projectID].words = there.sliced(std::min(words.size() + gap.size(), there.size()));
+        setWords(projectID, there.sliced(std::min(words.size() + gap.size(), there.size())));
         Q_EMIT wordsCame(projectID);
     }
 }
 
 void AgentModels::takeDraft() {
     if (const std::optional<AgentDraft>& draft = m_model.agentDraft(); draft && !draft->text.isEmpty()) {
-        QString& words = m_composed[draft->projectID].words;
-        words = withAhead(draft->text, words);
+        setWords(draft->projectID, withAhead(draft->text, words(draft->projectID)));
         Q_EMIT wordsCame(draft->projectID);
         takeDraftOnPage(*draft);
     }
@@ -232,23 +231,30 @@ void AgentModels::takeDraft() {
 }
 
 void AgentModels::takeDraftOnPage(const AgentDraft& draft) {
-    Composed& page = m_composed[QString()];
-    if (!page.words.isEmpty() && page.projectID != draft.projectID) {
+    const QString there = words({});
+    if (!there.isEmpty() && pageProjectID() != draft.projectID) {
         return; // it waits in the panel of its project
     }
-    page.words = withAhead(draft.text, page.words);
-    page.projectID = draft.projectID;
+    m_composed[QString()].projectID = draft.projectID;
+    setWords({}, withAhead(draft.text, there));
     Q_EMIT wordsCame({});
 }
 
-QString AgentModels::words(const QString& projectID) const {
-    return m_composed.value(projectID).words;
+QString AgentModels::words(const QString& place) const {
+    return m_composed.value(place).words;
 }
 
-void AgentModels::keepWords(const QString& projectID, const QString& words) {
-    m_composed[projectID].words = words;
+void AgentModels::setWords(const QString& place, const QString& words) {
+    if (words != this->words(place)) {
+        m_composed[place].words = words;
+        Q_EMIT wordsChanged(place);
+    }
+}
+
+void AgentModels::keepWords(const QString& place, const QString& words) {
+    setWords(place, words);
     if (words.isEmpty()) {
-        forgetDraft(projectID);
+        forgetDraft(place);
     }
 }
 
@@ -349,6 +355,7 @@ void AgentModels::setPageAutonomy(int index) {
 void AgentModels::setPageProjectID(const QString& projectID) {
     if (projectID != pageProjectID()) {
         m_composed[QString()].projectID = projectID;
+        Q_EMIT wordsChanged({});
         Q_EMIT updated();
     }
 }
@@ -361,6 +368,7 @@ bool AgentModels::say(const QString& text) {
                             : start(panelAgent(), text, projectID, panelAutonomy());
     if (isSaid) {
         m_composed.remove(projectID);
+        Q_EMIT wordsChanged(projectID);
         Q_EMIT updated();
     }
     return isSaid;
@@ -395,7 +403,11 @@ AgentRun* AgentModels::run(const QString& key) const {
 
 bool AgentModels::continueRun(const QString& key, const QString& message) {
     AgentRun* parent = run(key);
-    return parent != nullptr && m_model.continueAgent(*parent, message) != nullptr;
+    const bool isSent = parent != nullptr && m_model.continueAgent(*parent, message) != nullptr;
+    if (isSent) {
+        setWords(key, {});
+    }
+    return isSent;
 }
 
 bool AgentModels::retry(const QString& key) {

@@ -11,7 +11,7 @@ FocusScope {
     property string fixedProjectID
     // In the agent panel: what is said may go on with the newest run there.
     property bool conversing: false
-    readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.projectID
+    readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.name.length > 0 ? project.projectID : ""
     readonly property int agent: conversing ? agents.panelAgent : agents.pageAgent
     readonly property int autonomy: conversing ? agents.panelAutonomy : agents.pageAutonomy
     readonly property AgentModels agents: model.agentModels

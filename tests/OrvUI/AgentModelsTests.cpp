@@ -234,9 +234,10 @@ TEST_F(AgentModelsTest, ShowTheEventsOfARunWithTheOneAtWork) {
     AgentRun run(AgentRun::Facts{}, {.events = 3, .textLength = 1000}, nullptr);
     auto* events = new AgentEventsModel(&run);
     const QAbstractItemModelTester tester(events);
-    const auto append = [&run](const QList<AgentEvent>& added) {
-        run.append({AgentLine{.type = {}, .events = added, .sessionID = {}}});
+    const auto appendTo = [](AgentRun& grown, const QList<AgentEvent>& added) {
+        grown.append({AgentLine{.type = {}, .events = added, .sessionID = {}}});
     };
+    const auto append = [&](const QList<AgentEvent>& added) { appendTo(run, added); };
     append({AgentText{u"I look"_s}, AgentTool{u"Grep"_s, u"cart"_s}});
     EXPECT_EQ(column(*events, "icon"), (QStringList{u"message-square"_s, u"search"_s}));
     EXPECT_EQ(column(*events, "isCurrent"), (QStringList{u"false"_s, u"true"_s}));
@@ -249,6 +250,25 @@ TEST_F(AgentModelsTest, ShowTheEventsOfARunWithTheOneAtWork) {
     EXPECT_EQ(column(*events, "icon").last(), u"circle-alert"_s);
     run.finish(1, QDateTime::currentDateTimeUtc());
     EXPECT_EQ(column(*events, "isCurrent"), (QStringList{u"false"_s, u"false"_s, u"false"_s}));
+
+    // A plan that is written anew is one row until something else comes, also when the oldest go.
+    AgentRun planned(AgentRun::Facts{}, {.events = 4, .textLength = 1000}, nullptr);
+    const AgentTool plan{u"TodoWrite"_s, {}};
+    appendTo(planned, {plan});
+    auto* plans = new AgentEventsModel(&planned);
+    const QAbstractItemModelTester plansTester(plans);
+    const std::pair<QList<AgentEvent>, QString> steps[]{
+        {{plan}, u"TodoWrite"_s},
+        {{AgentText{u"Now"_s}, plan}, u"TodoWrite||TodoWrite"_s},
+        {{plan}, u"TodoWrite||TodoWrite"_s},
+        {{AgentTool{u"Bash"_s, u"ls"_s}}, u"|TodoWrite|Bash"_s},
+        {{plan, plan, plan}, u"Bash|TodoWrite"_s},
+        {{plan, plan}, u"TodoWrite"_s}};
+    for (const auto& [added, names] : steps) {
+        appendTo(planned, added);
+        EXPECT_EQ(column(*plans, "name").join(u'|'), names);
+        EXPECT_EQ(column(*plans, "isCurrent").last(), u"true"_s) << names.toStdString();
+    }
 }
 
 TEST_F(AgentModelsTest, ShowTheAgentsAndChangeTheSettings) {

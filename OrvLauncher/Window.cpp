@@ -1,5 +1,6 @@
 #include "Window.h"
 
+#include "BrokenStores.h"
 #include "Cli.h"
 #include "Dialogs.h"
 #include "Graphics.h"
@@ -125,6 +126,7 @@ private:
     QString m_stateFile;
     WindowState m_state;
     std::optional<WindowState> m_saved;
+    const QStringList m_broken = brokenStores(); ///< before the model writes over one
     AppModel m_model;
     DraftKeeper m_drafts{m_model};
     PlaceKeeper m_places{m_model};
@@ -217,6 +219,9 @@ void WindowShell::startRest() {
         m_model.refreshNotificationStatus();
     }
     makeTrayItem();
+    if (!m_broken.isEmpty()) {
+        m_model.setModal(ModalContent{tr("Not everything could be read"), m_broken.join(u"\n\n"_s)});
+    }
     m_instance.listen();
     if (m_wish.staysInTray) {
         awaitTray(QDeadlineTimer(trayLimit));

@@ -23,8 +23,12 @@ Sheet {
         path: (list.currentItem as ReviewFile)?.key ?? ""
     }
 
-    contentItem: Item {
+    contentItem: FocusScope {
+        property bool toldModal: sheet.modal
+
         implicitHeight: column.height + foot.height
+        Accessible.role: Accessible.Dialog
+        Accessible.name: title.text
 
         // In a low window it scrolls; what is to be decided stays in sight.
         Flickable {
@@ -56,6 +60,8 @@ Sheet {
                     height: Theme.controlRegular
 
                     Label {
+                        id: title
+
                         anchors.verticalCenter: parent.verticalCenter
                         role: Theme.SheetTitle
                         text: qsTr("Changes")

@@ -118,7 +118,7 @@ Item {
                     text: card.agentName
                 }
 
-                Label {
+                Figures {
                     anchors.verticalCenter: parent.verticalCenter
                     role: Theme.Small
                     color: Theme.text3

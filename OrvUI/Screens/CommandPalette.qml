@@ -276,7 +276,7 @@ T.Popup {
                 }
             }
 
-            Label {
+            Figures {
                 anchors.right: parent.right
                 anchors.rightMargin: Theme.space20
                 anchors.verticalCenter: parent.verticalCenter

@@ -249,7 +249,7 @@ Sheet {
                 width: parent.width
                 height: Theme.sheetFoot
 
-                Label {
+                Figures {
                     x: Theme.space24
                     anchors.verticalCenter: parent.verticalCenter
                     visible: !sheet.failed

@@ -103,7 +103,7 @@ T.Control {
                                 radius: height / 2
                                 color: Theme.control
 
-                                Label {
+                                Figures {
                                     id: bubble
 
                                     anchors.centerIn: parent

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvUI/AgentPlan.h"
+#include "OrvUI/AgentPrograms.h"
 #include "OrvUI/AgentRows.h"
 
 #include <QHash>
@@ -124,6 +125,10 @@ public:
     Q_INVOKABLE void discardWorktree(const QString& key, bool force);
     Q_INVOKABLE void signIn(int agent);
     Q_INVOKABLE void refreshAgents();
+    /// Whether they are there still, for whoever is about to start one: cheap.
+    Q_INVOKABLE void lookForAgents() { m_programs.lookIfOld(); }
+    /// What to say of an agent that is not there, in words for the user; empty: it is, as far as is known.
+    [[nodiscard]] Q_INVOKABLE QString whyMissing(int agent) const;
 
 Q_SIGNALS:
     void filterChanged();
@@ -149,6 +154,8 @@ private:
     void takeDraftOnPage(const AgentDraft& draft);
     void setWords(const QString& place, const QString& words);
     void dropWords(const QString& projectID, const QString& words);
+    void takePrograms();
+    [[nodiscard]] bool refusesMissing(AgentKind kind);
     [[nodiscard]] QString totals(const QString& projectID) const;
 
     /// What stands in a composer and was not sent yet.
@@ -160,6 +167,7 @@ private:
     };
 
     AppModel& m_model;
+    AgentPrograms m_programs;
     RowModel<AgentRunRow> m_runs;
     RowModel<AgentRunRow> m_projectRuns;
     RowModel<AgentRow> m_agents;

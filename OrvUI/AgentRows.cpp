@@ -219,6 +219,7 @@ const std::vector<RowRole<AgentRow>>& AgentRow::roles() {
         memberRole<&Row::action, Row>("action"),
         memberRole<&Row::isInstalled, Row>("isInstalled"),
         memberRole<&Row::isDefault, Row>("isDefault"),
+        memberRole<&Row::isMissing, Row>("isMissing"),
     };
     return table;
 }

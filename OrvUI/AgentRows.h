@@ -55,6 +55,7 @@ struct AgentRow {
     QString action; ///< what the user can do about it: "signIn", "copyInstall", "setUp" or nothing
     bool isInstalled = false;
     bool isDefault = false;
+    bool isMissing = false; ///< a run would not find it; false as long as nothing is known
 
     bool operator==(const AgentRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<AgentRow>>& roles();

@@ -230,6 +230,34 @@ TEST_F(AgentModelsTest, GiveBackTheWordsOfWhatCouldNotStart) {
     EXPECT_TRUE(settles(next));
 }
 
+TEST_F(AgentModelsTest, RefuseAnAgentThatIsNotThere) {
+    constexpr int gemini = 2;
+    EXPECT_EQ(lists().whyMissing(gemini), QString()) << "nothing is known yet";
+    lists().lookForAgents();
+    ASSERT_TRUE(waitFor([this] { return at(*lists().agents(), gemini, "isMissing").toBool(); }));
+    EXPECT_EQ(lists().whyMissing(0) + lists().whyMissing(1), QString());
+    model->setAiPanelProjectID(shop);
+    lists().setPanelAgent(gemini);
+    const std::pair<const char*, std::function<bool()>> ways[]{
+        {"start", [this] { return lists().start(gemini, u"x"_s, shop, 0); }},
+        {"say", [this] { return lists().say(u"x"_s); }},
+        {"in a terminal", [this] { return lists().startInTerminal(gemini, u"x"_s, shop); }}};
+    for (const auto& [label, way] : ways) {
+        model->setAgentError({});
+        EXPECT_FALSE(way()) << label;
+        EXPECT_TRUE(lists().error().contains(u"npm install -g @google/gemini-cli")) << label;
+    }
+    EXPECT_TRUE(model->agentRuns().isEmpty() && model->terminals().sessions().isEmpty());
+    lists().setPanelAgent(0);
+    EXPECT_EQ(lists().error(), QString()) << "it was said of the other one";
+
+    // Installed meanwhile: a press or two later it is found.
+    EXPECT_FALSE(lists().start(gemini, u"x"_s, shop, 0));
+    ASSERT_TRUE(QFile::link(sourcePath(u"tests/agents/agent"_s), tree.path(u"bin/gemini"_s)));
+    ASSERT_TRUE(waitFor([this] { return lists().start(gemini, u"x"_s, shop, 0); }));
+    EXPECT_TRUE(settles(model->agentRuns().first()));
+}
+
 TEST_F(AgentModelsTest, ShowTheEventsOfARunWithTheOneAtWork) {
     AgentRun run(AgentRun::Facts{}, {.events = 3, .textLength = 1000}, nullptr);
     auto* events = new AgentEventsModel(&run);

@@ -1,5 +1,6 @@
 #include "AgentSession.h"
 #include "CliSupport.h"
+#include "OrvUI/AgentPrograms.h"
 #include "OrvUI/AgentRows.h"
 #include "TextLayout.h"
 
@@ -7,6 +8,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QPointer>
 
 #include <algorithm>
 
@@ -14,6 +16,8 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
+
+const QString goneText = u"that run is not there any more."_s;
 
 QFuture<int> now(int exitCode) {
     return QtFuture::makeReadyFuture(int(exitCode));
@@ -153,6 +157,45 @@ QFuture<int> follow(Invocation& call, AgentDesk& desk, const std::expected<Agent
     return session->follow(*started, AgentSession::Ownership::own);
 }
 
+/// Starts it, unless that would be a run that only fails, and is stored.
+QFuture<int> unlessMissing(
+    const Invocation& call, AgentDesk& desk, AgentKind kind, const std::function<QFuture<int>()>& start) {
+    AppModel& model = desk.model();
+    auto* programs = new AgentPrograms(
+        {.shell = {},
+         .antigravityApp = model.agents().antigravityApp(),
+         .customCommand = [&model] { return model.settings().settings().customAgentCommand; }},
+        &desk);
+    auto promise = std::make_shared<QPromise<int>>();
+    promise->start();
+    const auto finish = [promise](int exitCode) {
+        promise->addResult(exitCode);
+        promise->finish();
+    };
+    onFinished(programs->look(), &desk, [&call, programs, kind, start, finish] {
+        if (programs->isMissing(kind)) {
+            finish(call.failure(AgentPrograms::missingText(kind)));
+        } else {
+            onFinished(start(), call.context, finish);
+        }
+    });
+    return promise->future();
+}
+
+QFuture<int> begin(Invocation& call, AgentDesk& desk, const AgentRuns::Start& wish, const Project& project) {
+    AppModel& model = desk.model();
+    AgentRun* started = model.startAgent(wish, project);
+    if (const std::optional<QString>& error = model.agentError()) {
+        return now(call.failure(*error));
+    }
+    if (started == nullptr) {
+        // The desktop's agent was opened, which reports nothing back.
+        call.note(model.statusText());
+        return now(exitOk);
+    }
+    return follow(call, desk, started);
+}
+
 /// The to-do item of that project that the option names, if it does.
 std::expected<std::optional<QUuid>, int> linkedTask(const Invocation& call, const QString& projectID) {
     if (!call.isSet(u"task"_s)) {
@@ -191,28 +234,17 @@ QFuture<int> run(Invocation& call) {
                 finish(task.error());
                 return;
             }
-            AppModel& model = desk.model();
-            AgentRun* started = model.startAgent(
-                {.agent = agent->value_or(model.settings().settings().defaultAgent),
-                 .task = call.words[1],
-                 .projectID = project->id,
-                 .projectName = project->name,
-                 .projectRoot = project->root,
-                 .linkedTask = *task,
-                 .autonomy = *autonomy,
-                 .ownWorktree = call.isSet(u"worktree"_s) ? std::optional(true) : std::nullopt},
-                *project);
-            if (const std::optional<QString>& error = model.agentError()) {
-                finish(call.failure(*error));
-                return;
-            }
-            if (started == nullptr) {
-                // The desktop's agent was opened, which reports nothing back.
-                call.note(model.statusText());
-                finish(exitOk);
-                return;
-            }
-            onFinished(follow(call, desk, started), call.context, finish);
+            const AgentRuns::Start wish{
+                .agent = agent->value_or(desk.model().settings().settings().defaultAgent),
+                .task = call.words[1],
+                .projectID = project->id,
+                .projectName = project->name,
+                .projectRoot = project->root,
+                .linkedTask = *task,
+                .autonomy = *autonomy,
+                .ownWorktree = call.isSet(u"worktree"_s) ? std::optional(true) : std::nullopt};
+            const auto start = [&call, &desk, wish, meant = *project] { return begin(call, desk, wish, meant); };
+            onFinished(unlessMissing(call, desk, wish.agent, start), call.context, finish);
         });
         return promise->future();
     });
@@ -228,16 +260,28 @@ QFuture<int> goOn(Invocation& call) {
         if (parent->isRunning()) {
             return now(call.failure(u"that run goes on still."_s));
         }
-        return follow(
-            call, desk, desk.runs().goOn(*parent, call.words[1], facts.projectID, facts.projectName, autonomy));
+        return unlessMissing(call, desk, facts.agent, [&call, &desk, parent = QPointer(parent), autonomy] {
+            if (!parent) {
+                return now(call.failure(goneText));
+            }
+            const AgentRun::Facts& of = parent->facts();
+            return follow(call, desk, desk.runs().goOn(*parent, call.words[1], of.projectID, of.projectName, autonomy));
+        });
     });
 }
 
 QFuture<int> retry(Invocation& call) {
     return withRun(call, [&call](AgentDesk& desk, AgentRun* run) {
-        const AgentRun::Facts& facts = run->facts();
-        return run->isRunning() ? now(call.failure(u"that run goes on still."_s))
-                                : follow(call, desk, desk.runs().retry(*run, facts.projectID, facts.projectName));
+        if (run->isRunning()) {
+            return now(call.failure(u"that run goes on still."_s));
+        }
+        return unlessMissing(call, desk, run->facts().agent, [&call, &desk, run = QPointer(run)] {
+            if (!run) {
+                return now(call.failure(goneText));
+            }
+            const AgentRun::Facts& facts = run->facts();
+            return follow(call, desk, desk.runs().retry(*run, facts.projectID, facts.projectName));
+        });
     });
 }
 

@@ -1,4 +1,5 @@
 #include "CliGit_p.h"
+#include "OrvUI/GitIdentityForm.h"
 #include "TextLayout.h"
 
 #include <QJsonArray>
@@ -247,8 +248,12 @@ QFuture<int> gitIdentity(Invocation& call) {
         }
         return found;
     };
-    return runGit(call, u"Asking git…"_s, work, [&call, isGlobal](const Identities& found) -> int {
+    const bool isDoubtful = wanted.email && !GitIdentityForm::isLikelyEmail(*wanted.email);
+    return runGit(call, u"Asking git…"_s, work, [&call, isGlobal, isDoubtful](const Identities& found) -> int {
         Stream& out = call.console.out;
+        if (isDoubtful) {
+            call.note(u"This is no e-mail address: it has no @ between two parts. It is set all the same."_s);
+        }
         if (call.json) {
             const auto toJson = [](const GitIdentity& identity) {
                 return QJsonObject{{u"name"_s, orNull(identity.name)}, {u"email"_s, orNull(identity.email)}};

@@ -2,12 +2,15 @@
 #include "OrvGit/GitPath.h"
 #include "TextLayout.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
 #include <algorithm>
 #include <array>
+
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -160,6 +163,15 @@ GitOutcome<QList<FileDiff>> diffsOf(
     const auto status = service.status(repository);
     if (!status) {
         return std::unexpected(status.error());
+    }
+    for (const QString& path : paths) {
+        const bool isChanged = std::ranges::any_of(status->changes, [&path](const FileChange& change) {
+            return isBelow(change.path, {path}) || isBelow(change.originalPath, {path});
+        });
+        struct stat entry{};
+        if (!isChanged && ::lstat((QFile::encodeName(repository) + '/' + GitPath::toBytes(path)).constData(), &entry)) {
+            return std::unexpected(GitError::refused(u"there is no '%1', and no change of it."_s.arg(printable(path))));
+        }
     }
     QList<FileDiff> files;
     for (const FileChange& change : status->changes) {

@@ -1,5 +1,6 @@
 #include "CliSupport.h"
 
+#include "BrokenStores.h"
 #include "CliHelp.h"
 #include "OrvCore/Paths.h"
 #include "OrvCore/ProjectScanner.h"
@@ -169,19 +170,27 @@ FoundProject projectNamed(
 
 } // namespace
 
-void reportBrokenStores(const Invocation& call) {
+QStringList brokenStores() {
+    QStringList texts;
     for (const Store& store : stores) {
         const QString path = store.path();
         const StoredBytes stored = StoreIO::read(path);
         if (stored.state == StoredBytes::State::unreadable) {
-            call.note(u"%1 can't be read and does not count."_s.arg(shortPath(path)));
+            texts.append(u"%1 can't be read and does not count."_s.arg(shortPath(path)));
         } else if (stored.state != StoredBytes::State::absent) {
             if (const QString error = contentError(store, stored); !error.isEmpty()) {
-                call.note(
+                texts.append(
                     u"%1 is broken and does not count: %2. It is kept as %3.corrupt when something is saved."_s.arg(
                         shortPath(path), error, QFileInfo(path).fileName()));
             }
         }
+    }
+    return texts;
+}
+
+void reportBrokenStores(const Invocation& call) {
+    for (const QString& text : brokenStores()) {
+        call.note(text);
     }
 }
 

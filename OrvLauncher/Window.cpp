@@ -1,5 +1,6 @@
 #include "Window.h"
 
+#include "BrokenStores.h"
 #include "Cli.h"
 #include "Dialogs.h"
 #include "Graphics.h"
@@ -12,6 +13,7 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvTerminal/View/ProgramsClipboard.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/DraftKeeper.h"
 #include "OrvUI/OnboardingModel.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/QuitGuard.h"
@@ -126,7 +128,9 @@ private:
     QString m_stateFile;
     WindowState m_state;
     std::optional<WindowState> m_saved;
+    const QStringList m_broken = brokenStores(); ///< before the model writes over one
     AppModel m_model;
+    DraftKeeper m_drafts{m_model};
     PlaceKeeper m_places{m_model};
     SystemLook m_look;
     QQmlApplicationEngine m_engine;
@@ -217,6 +221,9 @@ void WindowShell::startRest() {
         m_model.refreshNotificationStatus();
     }
     makeTrayItem();
+    if (!m_broken.isEmpty()) {
+        m_model.setModal(ModalContent{tr("Not everything could be read"), m_broken.join(u"\n\n"_s)});
+    }
     m_instance.listen();
     if (m_wish.staysInTray) {
         awaitTray(QDeadlineTimer(trayLimit));
@@ -486,6 +493,7 @@ void WindowShell::endWithoutDisplay() {
     if (!s_open->m_quitting) { // else it is saved, and the terminals are closed since
         s_open->saveState();
     }
+    s_open->m_drafts.flush();
     std::_Exit(exitFailed);
 }
 

@@ -33,7 +33,12 @@ QString withAhead(const QString& task, const QString& words) {
 
 } // namespace
 
-AgentModels::AgentModels(AppModel& model) : m_model(model) {
+AgentModels::AgentModels(AppModel& model)
+    : m_model(model),
+      m_programs({.shell = {}, .antigravityApp = model.agents().antigravityApp(), .customCommand = [&model] {
+                      return model.settings().settings().customAgentCommand;
+                  }}) {
+    connect(&m_programs, &AgentPrograms::changed, this, &AgentModels::takePrograms);
     AgentRuns& runs = model.agentRunner();
     connect(&runs, &AgentRuns::runsChanged, this, &AgentModels::updateSoon);
     connect(&runs, &AgentRuns::runChanged, this, &AgentModels::updateSoon);
@@ -81,6 +86,7 @@ void AgentModels::update() {
     QList<AgentRow> agents;
     for (const AgentKind kind : allAgentKinds) {
         agents.append(AgentRow::of(kind, m_model.agents(), settings.defaultAgent));
+        agents.last().isMissing = m_programs.isMissing(kind);
     }
     m_agents.setRows(agents);
     QList<AutonomyRow> autonomies;
@@ -181,10 +187,36 @@ const AgentRun* AgentModels::parentOf(const AgentDraft& draft) const {
     return parent != nullptr && !parent->isRunning() ? parent : nullptr;
 }
 
+void AgentModels::takePrograms() {
+    for (const AgentKind kind : allAgentKinds) {
+        if (!m_programs.isMissing(kind) && error() == AgentPrograms::missingText(kind)) {
+            m_model.setAgentError({}); // no longer true
+        }
+    }
+    refreshAgents();
+    updateSoon();
+}
+
+QString AgentModels::whyMissing(int agent) const {
+    const auto kind = at(allAgentKinds, agent);
+    return kind && m_programs.isMissing(*kind) ? AgentPrograms::missingText(*kind) : QString();
+}
+
+/// It would be a run that fails, and is kept. Somebody may have installed it just now: the next press finds that.
+bool AgentModels::refusesMissing(AgentKind kind) {
+    // What a custom agent lacks is said where it is to be started.
+    const bool isMissing = kind != AgentKind::custom && m_programs.isMissing(kind);
+    if (isMissing) {
+        m_programs.look();
+        m_model.setAgentError(AgentPrograms::missingText(kind));
+    }
+    return isMissing;
+}
+
 bool AgentModels::start(int agent, const QString& task, const QString& projectID, int autonomy) {
     const auto kind = at(allAgentKinds, agent);
     const Project* project = m_model.project(projectID);
-    if (!kind || project == nullptr) {
+    if (!kind || project == nullptr || refusesMissing(*kind)) {
         return false;
     }
     const std::optional<AgentDraft> draft = draftOf(projectID);
@@ -216,15 +248,14 @@ void AgentModels::forgetDraft(const QString& projectID) {
 void AgentModels::dropWords(const QString& projectID, const QString& words) {
     const QString there = this->words(projectID);
     if (isAhead(words, there)) {
-        m_composed[projectID].words = there.sliced(std::min(words.size() + gap.size(), there.size()));
+        setWords(projectID, there.sliced(std::min(words.size() + gap.size(), there.size())));
         Q_EMIT wordsCame(projectID);
     }
 }
 
 void AgentModels::takeDraft() {
     if (const std::optional<AgentDraft>& draft = m_model.agentDraft(); draft && !draft->text.isEmpty()) {
-        QString& words = m_composed[draft->projectID].words;
-        words = withAhead(draft->text, words);
+        setWords(draft->projectID, withAhead(draft->text, words(draft->projectID)));
         Q_EMIT wordsCame(draft->projectID);
         takeDraftOnPage(*draft);
     }
@@ -232,23 +263,30 @@ void AgentModels::takeDraft() {
 }
 
 void AgentModels::takeDraftOnPage(const AgentDraft& draft) {
-    Composed& page = m_composed[QString()];
-    if (!page.words.isEmpty() && page.projectID != draft.projectID) {
+    const QString there = words({});
+    if (!there.isEmpty() && pageProjectID() != draft.projectID) {
         return; // it waits in the panel of its project
     }
-    page.words = withAhead(draft.text, page.words);
-    page.projectID = draft.projectID;
+    m_composed[QString()].projectID = draft.projectID;
+    setWords({}, withAhead(draft.text, there));
     Q_EMIT wordsCame({});
 }
 
-QString AgentModels::words(const QString& projectID) const {
-    return m_composed.value(projectID).words;
+QString AgentModels::words(const QString& place) const {
+    return m_composed.value(place).words;
 }
 
-void AgentModels::keepWords(const QString& projectID, const QString& words) {
-    m_composed[projectID].words = words;
+void AgentModels::setWords(const QString& place, const QString& words) {
+    if (words != this->words(place)) {
+        m_composed[place].words = words;
+        Q_EMIT wordsChanged(place);
+    }
+}
+
+void AgentModels::keepWords(const QString& place, const QString& words) {
+    setWords(place, words);
     if (words.isEmpty()) {
-        forgetDraft(projectID);
+        forgetDraft(place);
     }
 }
 
@@ -301,6 +339,7 @@ int AgentModels::panelAutonomy() const {
 void AgentModels::setPanelAgent(int index) {
     if (const auto kind = at(allAgentKinds, index)) {
         m_composed[panelProjectID()].agent = kind;
+        m_model.setAgentError({}); // it may have been said of the other one
         Q_EMIT updated();
     }
 }
@@ -335,6 +374,7 @@ QString AgentModels::pageProjectID() const {
 void AgentModels::setPageAgent(int index) {
     if (const auto kind = at(allAgentKinds, index)) {
         m_composed[QString()].agent = kind;
+        m_model.setAgentError({});
         Q_EMIT updated();
     }
 }
@@ -349,6 +389,7 @@ void AgentModels::setPageAutonomy(int index) {
 void AgentModels::setPageProjectID(const QString& projectID) {
     if (projectID != pageProjectID()) {
         m_composed[QString()].projectID = projectID;
+        Q_EMIT wordsChanged({});
         Q_EMIT updated();
     }
 }
@@ -356,11 +397,15 @@ void AgentModels::setPageProjectID(const QString& projectID) {
 bool AgentModels::say(const QString& text) {
     const QString projectID = panelProjectID();
     const AgentRun* run = draftOf(projectID) ? nullptr : repliedTo();
+    if (run != nullptr && refusesMissing(run->facts().agent)) {
+        return false;
+    }
     const bool isSaid = run != nullptr
                             ? m_model.continueAgent(*run, text, at(allAgentAutonomies, panelAutonomy())) != nullptr
                             : start(panelAgent(), text, projectID, panelAutonomy());
     if (isSaid) {
         m_composed.remove(projectID);
+        Q_EMIT wordsChanged(projectID);
         Q_EMIT updated();
     }
     return isSaid;
@@ -378,7 +423,7 @@ void AgentModels::beginAnew() {
 bool AgentModels::startInTerminal(int agent, const QString& task, const QString& projectID) {
     const auto kind = at(allAgentKinds, agent);
     const Project* project = m_model.project(projectID);
-    if (!kind || project == nullptr) {
+    if (!kind || project == nullptr || refusesMissing(*kind)) {
         return false;
     }
     m_model.startAgentInTerminal(*kind, task, *project);
@@ -395,12 +440,17 @@ AgentRun* AgentModels::run(const QString& key) const {
 
 bool AgentModels::continueRun(const QString& key, const QString& message) {
     AgentRun* parent = run(key);
-    return parent != nullptr && m_model.continueAgent(*parent, message) != nullptr;
+    const bool isSent = parent != nullptr && !refusesMissing(parent->facts().agent) &&
+                        m_model.continueAgent(*parent, message) != nullptr;
+    if (isSent) {
+        setWords(key, {});
+    }
+    return isSent;
 }
 
 bool AgentModels::retry(const QString& key) {
     const AgentRun* failed = run(key);
-    return failed != nullptr && m_model.retryAgent(*failed) != nullptr;
+    return failed != nullptr && !refusesMissing(failed->facts().agent) && m_model.retryAgent(*failed) != nullptr;
 }
 
 void AgentModels::stop(const QString& key) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvUI/AgentPlan.h"
+#include "OrvUI/AgentPrograms.h"
 #include "OrvUI/AgentRows.h"
 
 #include <QHash>
@@ -98,10 +99,10 @@ public:
     /// In the agent panel, with what is chosen there: goes on with the project's newest run where that is over and of
     /// the same agent, else starts one. False when that could not be done.
     Q_INVOKABLE bool say(const QString& text);
-    /// The words in the agent panel of a project, or with an empty id in the composer of the page of all runs, that
-    /// were not sent yet. They stay while it is closed.
-    [[nodiscard]] Q_INVOKABLE QString words(const QString& projectID) const;
-    Q_INVOKABLE void keepWords(const QString& projectID, const QString& words);
+    /// The words in the agent panel of a project, in the reply to the run of a key, or with an empty place in the
+    /// composer of the page of all runs, that were not sent yet. They stay while it is closed.
+    [[nodiscard]] Q_INVOKABLE QString words(const QString& place) const;
+    Q_INVOKABLE void keepWords(const QString& place, const QString& words);
     /// What is said next in the agent panel goes on with nothing.
     Q_INVOKABLE void beginAnew();
     /// Its words are gone from the composer: what is started next is not that to-do item. Empty: whichever it is of.
@@ -124,13 +125,18 @@ public:
     Q_INVOKABLE void discardWorktree(const QString& key, bool force);
     Q_INVOKABLE void signIn(int agent);
     Q_INVOKABLE void refreshAgents();
+    /// Whether they are there still, for whoever is about to start one: cheap.
+    Q_INVOKABLE void lookForAgents() { m_programs.lookIfOld(); }
+    /// What to say of an agent that is not there, in words for the user; empty: it is, as far as is known.
+    [[nodiscard]] Q_INVOKABLE QString whyMissing(int agent) const;
 
 Q_SIGNALS:
     void filterChanged();
     void updated();
     void isLoadingChanged();
     void errorChanged();
-    void wordsCame(const QString& projectID); ///< others than those that were kept
+    void wordsCame(const QString& place);    ///< others than those that were kept
+    void wordsChanged(const QString& place); ///< by whatever way; or, on the page of all runs, the project
     void preferencesChanged();
     void reviewChanged();
 
@@ -146,7 +152,10 @@ private:
     [[nodiscard]] std::optional<AgentDraft> draftOf(const QString& projectID) const;
     void takeDraft();
     void takeDraftOnPage(const AgentDraft& draft);
+    void setWords(const QString& place, const QString& words);
     void dropWords(const QString& projectID, const QString& words);
+    void takePrograms();
+    [[nodiscard]] bool refusesMissing(AgentKind kind);
     [[nodiscard]] QString totals(const QString& projectID) const;
 
     /// What stands in a composer and was not sent yet.
@@ -158,6 +167,7 @@ private:
     };
 
     AppModel& m_model;
+    AgentPrograms m_programs;
     RowModel<AgentRunRow> m_runs;
     RowModel<AgentRunRow> m_projectRuns;
     RowModel<AgentRow> m_agents;
@@ -167,7 +177,7 @@ private:
     QString m_reviewKey;
     QString m_reviewText;
     QString m_reviewBranch;
-    QHash<QString, Composed> m_composed; ///< by the panel's project; of the page, by an empty id
+    QHash<QString, Composed> m_composed; ///< by their place, as in `words`
     QUuid m_leftAlone;                   ///< a run of the agent panel with which nobody goes on
     int m_filter = all;
     bool m_isUpdateDue = false;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 using namespace Qt::StringLiterals;
 
@@ -55,6 +56,10 @@ QString iconOf(const QString& tool) {
     };
     const auto found = std::ranges::find(icons, tool, &Entry::tool);
     return found == icons.end() ? u"settings"_s : QString(found->icon);
+}
+
+bool isPlan(const AgentEventRow& row) {
+    return row.kind == "tool"_L1 && row.name == "TodoWrite"_L1;
 }
 
 QString attentionText(AgentRun::Attention attention) {
@@ -214,6 +219,7 @@ const std::vector<RowRole<AgentRow>>& AgentRow::roles() {
         memberRole<&Row::action, Row>("action"),
         memberRole<&Row::isInstalled, Row>("isInstalled"),
         memberRole<&Row::isDefault, Row>("isDefault"),
+        memberRole<&Row::isMissing, Row>("isMissing"),
     };
     return table;
 }
@@ -257,10 +263,7 @@ AgentEventRow AgentEventRow::of(const AgentEvent& event) {
 }
 
 AgentEventsModel::AgentEventsModel(AgentRun* run) : QAbstractListModel(run), m_run(*run) {
-    for (const AgentEvent& event : run->events()) {
-        m_rows.push_back(AgentEventRow::of(event));
-    }
-    m_current = run->isRunning() ? rowCount() - 1 : -1;
+    follow(static_cast<qsizetype>(run->events().size()), 0);
     connect(run, &AgentRun::eventsAppended, this, &AgentEventsModel::follow);
     connect(run, &AgentRun::changed, this, &AgentEventsModel::updateCurrent);
 }
@@ -273,7 +276,7 @@ QVariant AgentEventsModel::data(const QModelIndex& index, int role) const {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) {
         return {};
     }
-    const AgentEventRow& row = m_rows[static_cast<size_t>(index.row())];
+    const AgentEventRow& row = m_rows[static_cast<size_t>(index.row())].row;
     switch (role) {
     case kindRole:
         return row.kind;
@@ -298,24 +301,47 @@ QHash<int, QByteArray> AgentEventsModel::roleNames() const {
 }
 
 void AgentEventsModel::follow(qsizetype added, qsizetype dropped) {
+    drop(dropped);
     // Those that came and went at once are never rows.
     const qsizetype kept = std::min<qsizetype>(added, static_cast<qsizetype>(m_run.events().size()));
-    const int gone = static_cast<int>(std::min<qsizetype>(dropped, static_cast<qsizetype>(m_rows.size())));
+    bool isLastNewer = false;
+    std::deque<Shown> fresh;
+    for (auto event = m_run.events().end() - kept; event != m_run.events().end(); ++event) {
+        AgentEventRow row = AgentEventRow::of(*event);
+        std::deque<Shown>& rows = fresh.empty() ? m_rows : fresh;
+        if (isPlan(row) && !rows.empty() && isPlan(rows.back().row)) {
+            rows.back() = {std::move(row), rows.back().events + 1};
+            isLastNewer = isLastNewer || fresh.empty();
+        } else {
+            fresh.push_back({std::move(row)});
+        }
+    }
+    if (isLastNewer) {
+        Q_EMIT dataChanged(index(rowCount() - 1), index(rowCount() - 1));
+    }
+    if (!fresh.empty()) {
+        beginInsertRows({}, rowCount(), rowCount() + static_cast<int>(fresh.size()) - 1);
+        std::ranges::move(fresh, std::back_inserter(m_rows));
+        endInsertRows();
+    }
+    updateCurrent();
+}
+
+void AgentEventsModel::drop(qsizetype events) {
+    int gone = 0;
+    while (events > 0 && gone < rowCount()) {
+        Shown& oldest = m_rows[static_cast<size_t>(gone)];
+        const qsizetype taken = std::min(events, oldest.events);
+        oldest.events -= taken;
+        events -= taken;
+        gone += oldest.events == 0 ? 1 : 0;
+    }
     if (gone > 0) {
         beginRemoveRows({}, 0, gone - 1);
         m_rows.erase(m_rows.begin(), m_rows.begin() + gone);
         m_current -= std::min(gone, m_current + 1);
         endRemoveRows();
     }
-    if (kept > 0) {
-        const int first = rowCount();
-        beginInsertRows({}, first, first + static_cast<int>(kept) - 1);
-        for (auto event = m_run.events().end() - kept; event != m_run.events().end(); ++event) {
-            m_rows.push_back(AgentEventRow::of(*event));
-        }
-        endInsertRows();
-    }
-    updateCurrent();
 }
 
 void AgentEventsModel::updateCurrent() {

@@ -55,6 +55,7 @@ struct AgentRow {
     QString action; ///< what the user can do about it: "signIn", "copyInstall", "setUp" or nothing
     bool isInstalled = false;
     bool isDefault = false;
+    bool isMissing = false; ///< a run would not find it; false as long as nothing is known
 
     bool operator==(const AgentRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<AgentRow>>& roles();
@@ -95,7 +96,8 @@ struct AgentEventRow {
     [[nodiscard]] static AgentEventRow of(const AgentEvent& event);
 };
 
-/// The events of one run, oldest first, as far as the run keeps them. Follows the run, which it belongs to.
+/// The events of one run, oldest first, as far as the run keeps them. Follows the run, which it belongs to. An agent
+/// writes its whole plan anew with each step of it: as long as nothing else comes between, that is one row.
 class AgentEventsModel : public QAbstractListModel {
     Q_OBJECT
 public:
@@ -109,11 +111,17 @@ public:
 private:
     enum Role { kindRole = Qt::UserRole, iconRole, nameRole, textRole, successRole, currentRole };
 
+    struct Shown {
+        AgentEventRow row;
+        qsizetype events = 1; ///< that it stands for
+    };
+
     void follow(qsizetype added, qsizetype dropped);
+    void drop(qsizetype events);
     void updateCurrent();
 
     AgentRun& m_run;
-    std::deque<AgentEventRow> m_rows;
+    std::deque<Shown> m_rows;
     int m_current = -1; ///< the row that was last told to be the current one
 };
 

@@ -49,6 +49,12 @@ void GitIdentityForm::setEmail(const QString& email) {
     }
 }
 
+bool GitIdentityForm::isLikelyEmail(const QString& text) {
+    const QString email = text.trimmed();
+    const qsizetype at = email.indexOf(u'@');
+    return at > 0 && at + 1 < email.size();
+}
+
 void GitIdentityForm::write(const GitIdentity& identity) {
     ORV_ASSERT_MAIN_THREAD();
     Q_EMIT changed();
@@ -57,9 +63,12 @@ void GitIdentityForm::write(const GitIdentity& identity) {
     }
     const auto tell = [identity] { return GitService().setIdentity(identity, Paths::realHome(), GitScope::global); };
     // The page that asks may be left before git is done.
-    const auto ended = [model = m_model.data(), form = QPointer(this)](const GitOutcome<void>& result) {
+    const bool isDoubtful = identity.email && !isLikelyEmail(*identity.email);
+    const auto ended = [model = m_model.data(), form = QPointer(this), isDoubtful](const GitOutcome<void>& result) {
         if (!result) {
             model->report(result.error().text(), true);
+        } else if (isDoubtful) {
+            model->report(tr("Your commits carry what is no e-mail address: it has no @ between two parts."), true);
         }
         model->refreshGitIdentity();
         if (form) {

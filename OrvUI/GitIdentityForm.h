@@ -33,6 +33,8 @@ public:
     /// again.
     void setName(const QString& name);
     void setEmail(const QString& email);
+    /// git takes any text; one without an "@" between two parts is hardly meant.
+    [[nodiscard]] static bool isLikelyEmail(const QString& text);
 
 Q_SIGNALS:
     void modelChanged();

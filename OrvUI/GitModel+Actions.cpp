@@ -1,3 +1,4 @@
+#include "OrvUI/GitIdentityForm.h"
 #include "OrvUI/GitModel.h"
 #include "OrvUI/Pool_p.h"
 
@@ -394,6 +395,10 @@ void GitModel::readIdentities() {
             Q_EMIT identitiesChanged();
         }
     });
+}
+
+bool GitModel::isLikelyEmail(const QString& text) {
+    return GitIdentityForm::isLikelyEmail(text);
 }
 
 void GitModel::setIdentity(const QString& name, const QString& email, bool everywhere) {

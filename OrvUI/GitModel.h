@@ -221,6 +221,8 @@ public:
     /// What is set for all repositories, and for this one alone: "globalName", "globalEmail", "ownName", "ownEmail".
     /// Empty until it was asked for.
     [[nodiscard]] const QVariantMap& identities() const { return m_identities; }
+    /// As GitIdentityForm has it.
+    [[nodiscard]] Q_INVOKABLE static bool isLikelyEmail(const QString& text);
     Q_INVOKABLE void setIdentity(const QString& name, const QString& email, bool everywhere);
 
 Q_SIGNALS:

@@ -259,17 +259,21 @@ void GitOverview::cancelAction(const QString& projectID) {
 
 void GitOverview::keepDraft(const QString& repository, const CommitMessage& message) {
     ORV_ASSERT_MAIN_THREAD();
+    if (repository.isEmpty() || message == draft(repository)) {
+        return;
+    }
     if (message == CommitMessage()) {
         m_drafts.remove(repository);
-    } else if (!repository.isEmpty()) {
+    } else {
         m_drafts.insert(repository, message);
     }
+    Q_EMIT draftChanged(repository);
 }
 
 void GitOverview::dropDraft(const QString& repository, const CommitMessage& message) {
     ORV_ASSERT_MAIN_THREAD();
     if (draft(repository) == message) {
-        m_drafts.remove(repository);
+        keepDraft(repository, {});
         Q_EMIT draftDropped(repository);
     }
 }

@@ -87,6 +87,7 @@ Q_SIGNALS:
     void identityChanged();
     /// HEAD, the index, a ref or what is in progress changed, whoever did it.
     void repositoryChanged(const QString& repository);
+    void draftChanged(const QString& repository);
     void draftDropped(const QString& repository);
 
 private:

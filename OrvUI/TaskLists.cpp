@@ -131,6 +131,14 @@ bool TaskLists::add(const QString& title, const QString& notes, const QString& p
     return true;
 }
 
+void TaskLists::keepWords(const QString& place, const QString& title, const QString& projectID) {
+    Unadded unadded{title, projectID};
+    if (unadded != m_unadded.value(place)) {
+        m_unadded.insert(place, std::move(unadded));
+        Q_EMIT wordsChanged(place);
+    }
+}
+
 void TaskLists::setDone(const QString& key, bool isDone) {
     m_model.setTaskDone(QUuid::fromString(key), isDone);
 }

@@ -3,6 +3,7 @@
 #include "OrvUI/RowModel.h"
 #include "OrvUI/UpdateSoon_p.h"
 
+#include <QHash>
 #include <QObject>
 
 namespace orv {
@@ -54,6 +55,13 @@ public:
 
     /// False, and nothing happens, for a blank title or a project that is not there.
     Q_INVOKABLE bool add(const QString& title, const QString& notes, const QString& projectID);
+    /// What is typed for a new item in the list of a project, or with an empty place in the list of all, and was not
+    /// added yet. It stays while the list is closed.
+    [[nodiscard]] Q_INVOKABLE QString words(const QString& place) const { return m_unadded.value(place).title; }
+    [[nodiscard]] Q_INVOKABLE QString wordsProjectID(const QString& place) const {
+        return m_unadded.value(place).projectID;
+    }
+    Q_INVOKABLE void keepWords(const QString& place, const QString& title, const QString& projectID);
     Q_INVOKABLE void setDone(const QString& key, bool isDone);
     /// A blank title leaves the old one.
     Q_INVOKABLE void rename(const QString& key, const QString& title, const QString& notes);
@@ -64,12 +72,20 @@ public:
 Q_SIGNALS:
     void projectIDChanged();
     void changed();
+    void wordsChanged(const QString& place);
 
 private:
     void update();
 
+    struct Unadded {
+        QString title;
+        QString projectID; ///< that it is for
+        bool operator==(const Unadded&) const = default;
+    };
+
     AppModel& m_model;
     QString m_projectID;
+    QHash<QString, Unadded> m_unadded; ///< by its place, as in `words`
     RowModel<TaskRow> m_open;
     RowModel<TaskRow> m_recentlyDone;
     RowModel<TaskRow> m_done;

@@ -11,14 +11,15 @@ FocusScope {
     property string fixedProjectID
     // In the agent panel: what is said may go on with the newest run there.
     property bool conversing: false
-    readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.projectID
+    readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.name.length > 0 ? project.projectID : ""
     readonly property int agent: conversing ? agents.panelAgent : agents.pageAgent
     readonly property int autonomy: conversing ? agents.panelAutonomy : agents.pageAutonomy
     readonly property AgentModels agents: model.agentModels
     readonly property var agentRow: agentList.count > agent ? agentList.objectAt(agent) : null
     readonly property var autonomyRow: autonomyList.count > autonomy ? autonomyList.objectAt(autonomy) : null
     readonly property bool ready: words.text.trim().length > 0 && projectID.length > 0
-    readonly property string explanation: autonomyRow ? autonomyRow.explanation : ""
+    readonly property bool missing: agentRow?.isMissing ?? false
+    readonly property string explanation: missing ? agents.whyMissing(agent) : autonomyRow ? autonomyRow.explanation : ""
     signal sent
 
     function start() {
@@ -56,9 +57,23 @@ FocusScope {
         words.cursorPosition = words.length;
     }
 
-    implicitHeight: frame.height + note.height + Theme.space6
+    implicitHeight: frame.height + note.height + Theme.space6 + (ways.visible ? ways.height + Theme.space8 : 0)
     onFixedProjectIDChanged: recall()
-    Component.onCompleted: recall()
+    Component.onCompleted: {
+        recall();
+        agents.lookForAgents();
+    }
+
+    Connections {
+        target: composer.Window.window
+
+        // It may have been installed meanwhile.
+        function onActiveChanged() {
+            if (composer.Window.active) {
+                composer.agents.lookForAgents();
+            }
+        }
+    }
 
     ProjectChoice {
         id: project
@@ -299,10 +314,34 @@ FocusScope {
         x: Theme.space4
         width: parent.width - 2 * x
         role: Theme.Small
-        color: composer.agents.error.length > 0 ? Theme.danger : Theme.text3
+        color: composer.agents.error.length > 0 ? Theme.danger : composer.missing ? Theme.warning : Theme.text3
         wrapMode: Text.Wrap
         maximumLineCount: 3
         text: composer.agents.error.length > 0 ? composer.agents.error : composer.explanation
+    }
+
+    Row {
+        id: ways
+
+        anchors.top: note.bottom
+        anchors.topMargin: Theme.space8
+        x: Theme.space4
+        visible: composer.missing
+        spacing: Theme.space8
+
+        Button {
+            visible: (composer.agentRow?.key ?? "custom") !== "custom"
+            controlHeight: Theme.controlSmall
+            glyph: "copy"
+            text: qsTr("Copy install command")
+            onClicked: Clipboard.copy(composer.agentRow.installHint)
+        }
+
+        Button {
+            controlHeight: Theme.controlSmall
+            text: qsTr("Choose another agent")
+            onClicked: agentButton.clicked()
+        }
     }
 
     Menu {
@@ -331,9 +370,13 @@ FocusScope {
                 required property string name
                 required property string letters
                 required property string notice
+                required property string status
+                required property string key
+                required property string installHint
+                required property bool isMissing
 
                 text: name
-                note: notice
+                note: !isMissing ? notice : notice.length === 0 ? status : qsTr("%1. %2").arg(status).arg(notice)
                 onTriggered: composer.conversing ? composer.agents.panelAgent = index : composer.agents.pageAgent = index
             }
         }

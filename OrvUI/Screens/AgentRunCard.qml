@@ -118,7 +118,7 @@ Item {
                     text: card.agentName
                 }
 
-                Label {
+                Figures {
                     anchors.verticalCenter: parent.verticalCenter
                     role: Theme.Small
                     color: Theme.text3
@@ -232,6 +232,8 @@ Item {
                 width: parent.width - go.width - parent.spacing - (review.visible ? review.width + parent.spacing : 0)
                 glyph: "corner-down-right"
                 placeholderText: qsTr("Reply to continue")
+                text: card.agents.words(card.key)
+                onTextEdited: card.agents.keepWords(card.key, text)
                 onAccepted: go.clicked()
             }
 

@@ -88,7 +88,7 @@ Column {
             }
         }
 
-        Label {
+        Figures {
             id: cost
 
             anchors.right: parent.right

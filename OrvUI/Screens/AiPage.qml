@@ -130,7 +130,7 @@ FocusScope {
                     Accessible.name: text
                 }
 
-                Label {
+                Figures {
                     anchors.verticalCenter: parent.verticalCenter
                     role: Theme.Small
                     color: Theme.text3

@@ -24,6 +24,8 @@ Sheet {
     }
 
     contentItem: FocusScope {
+        property bool toldModal: alert.modal
+
         implicitHeight: column.implicitHeight
         Accessible.role: Accessible.AlertMessage
         Accessible.name: alert.message

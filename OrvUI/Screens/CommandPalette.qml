@@ -60,6 +60,8 @@ T.Popup {
     }
 
     contentItem: FocusScope {
+        property bool toldModal: popup.modal
+
         focus: true
         Accessible.role: Accessible.Dialog
         Accessible.name: qsTr("Command palette")
@@ -274,7 +276,7 @@ T.Popup {
                 }
             }
 
-            Label {
+            Figures {
                 anchors.right: parent.right
                 anchors.rightMargin: Theme.space20
                 anchors.verticalCenter: parent.verticalCenter

@@ -73,7 +73,7 @@ PanelFill {
                 }
             }
 
-            Label {
+            Figures {
                 anchors.right: parent.right
                 anchors.rightMargin: Theme.space8
                 anchors.verticalCenter: parent.verticalCenter

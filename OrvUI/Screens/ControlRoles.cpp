@@ -11,15 +11,15 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-#if QT_VERSION < QT_VERSION_CHECK(6, 5, 0)
-
 namespace {
 
-/// What Qt says of a control, but for the role, and for texts in it that its name says already. Qt's own interface is
-/// looked up by its number, for nobody knows in which order the two of a control are deleted.
-class ControlInterface : public QAccessibleInterface {
+constexpr QLatin1StringView controlClass("QQuickControl");
+
+/// What Qt says of an item, but for what is told, and of a control for texts in it that its name says already. Qt's own
+/// interface is looked up by its number, for nobody knows in which order the two of an item are deleted.
+class ToldInterface : public QAccessibleInterface {
 public:
-    explicit ControlInterface(QAccessibleInterface& qt) : m_object(qt.object()), m_id(QAccessible::uniqueId(&qt)) {}
+    explicit ToldInterface(QAccessibleInterface& qt) : m_object(qt.object()), m_id(QAccessible::uniqueId(&qt)) {}
 
     [[nodiscard]] QAccessible::Role role() const override {
         if (m_object.isNull()) {
@@ -57,7 +57,11 @@ public:
         ask(&QAccessibleInterface::setText, kind, text);
     }
     [[nodiscard]] QRect rect() const override { return ask(&QAccessibleInterface::rect); }
-    [[nodiscard]] QAccessible::State state() const override { return ask(&QAccessibleInterface::state); }
+    [[nodiscard]] QAccessible::State state() const override {
+        QAccessible::State state = ask(&QAccessibleInterface::state);
+        state.modal = !m_object.isNull() && m_object->property("toldModal").toBool();
+        return state;
+    }
     [[nodiscard]] QColor foregroundColor() const override { return ask(&QAccessibleInterface::foregroundColor); }
     [[nodiscard]] QColor backgroundColor() const override { return ask(&QAccessibleInterface::backgroundColor); }
     void* interface_cast(QAccessible::InterfaceType type) override {
@@ -66,12 +70,13 @@ public:
 
 private:
     [[nodiscard]] QList<QAccessibleInterface*> children() const {
-        const QString name = text(QAccessible::Name);
+        const bool isControl = !m_object.isNull() && m_object->inherits(controlClass.data());
+        const QString name = isControl ? text(QAccessible::Name) : QString();
         QList<QAccessibleInterface*> found;
         const int count = ask(&QAccessibleInterface::childCount);
         for (int i = 0; i < count; ++i) {
             QAccessibleInterface* child = ask(&QAccessibleInterface::child, i);
-            const bool isSaid = child != nullptr && child->role() == QAccessible::StaticText &&
+            const bool isSaid = isControl && child != nullptr && child->role() == QAccessible::StaticText &&
                                 name.contains(child->text(QAccessible::Name));
             if (!isSaid) {
                 found.append(child);
@@ -96,13 +101,15 @@ private:
 QAccessibleInterface* interfaceOf(const QString& className, QObject* object) {
     // Asked in turn for each class of the object, the innermost first.
     static bool isAskingQt = false;
-    if (isAskingQt || className != "QQuickControl"_L1) {
+    const bool isControl = QT_VERSION < QT_VERSION_CHECK(6, 5, 0) && className == controlClass;
+    const bool isSheet = className == "QQuickFocusScope"_L1 && object->property("toldModal").isValid();
+    if (isAskingQt || (!isControl && !isSheet)) {
         return nullptr;
     }
     isAskingQt = true;
     QAccessibleInterface* qt = QAccessible::queryAccessibleInterface(object);
     isAskingQt = false;
-    return qt != nullptr ? new ControlInterface(*qt) : nullptr;
+    return qt != nullptr ? new ToldInterface(*qt) : nullptr;
 }
 
 } // namespace
@@ -110,11 +117,5 @@ QAccessibleInterface* interfaceOf(const QString& className, QObject* object) {
 void tellRolesOfControls() {
     QAccessible::installFactory(interfaceOf); // it takes each once
 }
-
-#else
-
-void tellRolesOfControls() {}
-
-#endif
 
 } // namespace orv

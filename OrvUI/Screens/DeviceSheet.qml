@@ -56,6 +56,8 @@ Sheet {
     }
 
     contentItem: FocusScope {
+        property bool toldModal: sheet.modal
+
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
         // What has the focus takes it first, where it is a button.

@@ -47,7 +47,7 @@ T.AbstractButton {
                 text: control.text
             }
 
-            Label {
+            Figures {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: control.count > 0
                 role: Theme.Small

@@ -64,7 +64,7 @@ T.AbstractButton {
                 text: control.text
             }
 
-            Label {
+            Figures {
                 visible: control.count > 0
                 role: Theme.Small
                 color: control.enabled ? Theme.text3 : Theme.disabled

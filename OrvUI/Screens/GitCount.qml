@@ -16,7 +16,7 @@ Row {
         color: Theme.text3
     }
 
-    Label {
+    Figures {
         role: Theme.Small
         color: Theme.text3
         text: parent.count

@@ -82,7 +82,7 @@ T.AbstractButton {
                 text: item.titles[item.section] ?? ""
             }
 
-            Label {
+            Figures {
                 role: Theme.Small
                 color: Theme.text3
                 text: item.count

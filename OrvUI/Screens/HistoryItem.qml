@@ -123,7 +123,7 @@ T.AbstractButton {
                 text: item.author
             }
 
-            Label {
+            Figures {
                 anchors.verticalCenter: parent.verticalCenter
                 width: Theme.historyAuthorWidth
                 role: Theme.Small

@@ -13,6 +13,9 @@ Sheet {
     // The fields show what is set until somebody types.
     property bool edited: false
     readonly property bool ready: nameField.text.trim().length > 0 && mailField.text.trim().length > 0 && !git.isBusy
+    readonly property bool mailDoubtful: mailField.text.trim().length > 0 && !sheet.git.isLikelyEmail(mailField.text)
+    // Somebody has typed to the end, or wanted to save. Whoever means it saves once more.
+    property bool doubtTold: false
     signal left(bool saved)
 
     function fill() {
@@ -23,7 +26,9 @@ Sheet {
     }
 
     function save() {
-        if (sheet.ready) {
+        if (sheet.ready && sheet.mailDoubtful && !sheet.doubtTold) {
+            sheet.doubtTold = true;
+        } else if (sheet.ready) {
             sheet.git.setIdentity(nameField.text, mailField.text, sheet.everywhere);
         } else if (!sheet.git.isBusy) {
             (nameField.text.trim().length > 0 ? mailField : nameField).forceActiveFocus(Qt.TabFocusReason);
@@ -41,6 +46,7 @@ Sheet {
     onEverywhereChanged: fill()
     onAboutToShow: {
         edited = false;
+        doubtTold = false;
         git.clearError();
         git.readIdentities();
         everywhere = !(known.ownName?.length > 0);
@@ -69,6 +75,8 @@ Sheet {
     }
 
     contentItem: FocusScope {
+        property bool toldModal: sheet.modal
+
         implicitHeight: column.implicitHeight
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
@@ -139,13 +147,17 @@ Sheet {
                     width: parent.width
                     label: qsTr("E-mail")
                     error: sheet.git.error
+                    caution: sheet.mailDoubtful && sheet.doubtTold ? qsTr("This is no e-mail address: it has no @ between two parts. Save once more to use it all the same.") : ""
 
                     Field {
                         id: mailField
 
                         width: parent.width
                         placeholderText: "you@example.com"
-                        onTextEdited: sheet.edited = true
+                        onTextEdited: {
+                            sheet.edited = true;
+                            sheet.doubtTold = false;
+                        }
                     }
                 }
 

@@ -83,7 +83,7 @@ Row {
             anchors.verticalCenter: parent.verticalCenter
             visible: tools.lines.searchText.length > 0
 
-            Label {
+            Figures {
                 anchors.verticalCenter: parent.verticalCenter
                 rightPadding: Theme.space4
                 role: Theme.Small

@@ -47,6 +47,8 @@ T.Popup {
     }
 
     contentItem: FocusScope {
+        property bool toldModal: popup.modal
+
         focus: true
         Accessible.role: Accessible.Dialog
         Accessible.name: qsTr("Welcome")

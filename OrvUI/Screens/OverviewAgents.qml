@@ -85,7 +85,7 @@ OverviewCard {
                     text: run.title
                 }
 
-                Label {
+                Figures {
                     width: parent.width
                     role: Theme.Small
                     color: Theme.text2

@@ -22,7 +22,7 @@ Item {
         Accessible.name: text
     }
 
-    Label {
+    Figures {
         anchors.left: title.right
         anchors.leftMargin: Theme.space6
         anchors.verticalCenter: title.verticalCenter

@@ -45,7 +45,7 @@ Rectangle {
             }
         }
 
-        Label {
+        Figures {
             id: label
 
             anchors.verticalCenter: parent.verticalCenter

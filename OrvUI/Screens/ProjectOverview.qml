@@ -49,7 +49,7 @@ Item {
                         Accessible.name: text
                     }
 
-                    Label {
+                    Figures {
                         anchors.verticalCenter: parent.verticalCenter
                         role: Theme.Small
                         color: Theme.text3

@@ -52,6 +52,7 @@ FocusScope {
                 width: parent.width
                 focus: true
                 model: page.model
+                lists: page.model.projectTasks
                 fixedProjectID: page.detail.projectID
                 onAdded: (title, projectID) => page.model.projectTasks.add(title, "", projectID)
             }

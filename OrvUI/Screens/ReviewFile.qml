@@ -79,14 +79,14 @@ Item {
             text: qsTr("binary")
         }
 
-        Label {
+        Figures {
             visible: !file.isBinary
             role: Theme.MonoPath
             color: Theme.success
             text: qsTr("+%1").arg(file.added)
         }
 
-        Label {
+        Figures {
             visible: !file.isBinary
             role: Theme.MonoPath
             color: Theme.danger

@@ -31,7 +31,11 @@ Sheet {
     }
 
     contentItem: FocusScope {
+        property bool toldModal: sheet.modal
+
         implicitHeight: column.height + foot.height
+        Accessible.role: Accessible.Dialog
+        Accessible.name: title.text
         // What has the focus takes it first, where it is a button.
         Keys.onReturnPressed: sheet.merge()
         Keys.onEnterPressed: sheet.merge()
@@ -66,6 +70,8 @@ Sheet {
                     height: Theme.controlRegular
 
                     Label {
+                        id: title
+
                         anchors.verticalCenter: parent.verticalCenter
                         role: Theme.SheetTitle
                         text: qsTr("Changes")

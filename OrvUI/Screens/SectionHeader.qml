@@ -23,7 +23,7 @@ Item {
         Accessible.name: text
     }
 
-    Label {
+    Figures {
         anchors.left: title.right
         anchors.leftMargin: Theme.space8
         anchors.baseline: title.baseline

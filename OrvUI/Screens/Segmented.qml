@@ -130,7 +130,7 @@ T.Control {
                                 text: segment.modelData.text ?? ""
                             }
 
-                            Label {
+                            Figures {
                                 anchors.verticalCenter: parent.verticalCenter
                                 visible: text.length > 0
                                 color: Theme.text3

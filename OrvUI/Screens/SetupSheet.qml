@@ -38,6 +38,8 @@ Sheet {
     }
 
     contentItem: FocusScope {
+        property bool toldModal: sheet.modal
+
         implicitHeight: column.implicitHeight
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
@@ -255,7 +257,7 @@ Sheet {
                 width: parent.width
                 height: Theme.sheetFoot
 
-                Label {
+                Figures {
                     x: Theme.space24
                     anchors.verticalCenter: parent.verticalCenter
                     visible: !sheet.failed

@@ -26,6 +26,8 @@ Sheet {
     }
 
     contentItem: FocusScope {
+        property bool toldModal: sheet.modal
+
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
 

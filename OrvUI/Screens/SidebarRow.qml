@@ -70,7 +70,7 @@ T.AbstractButton {
             text: row.text
         }
 
-        Label {
+        Figures {
             id: number
 
             anchors.right: parent.right

@@ -113,7 +113,7 @@ T.Control {
                                     color: Theme.accent
                                 }
 
-                                Label {
+                                Figures {
                                     id: bubble
 
                                     anchors.centerIn: parent

@@ -7,9 +7,10 @@ FocusScope {
     id: composer
 
     required property AppModel model
+    required property TaskLists lists
     // Given: the project whose list this is.
     property string fixedProjectID
-    readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.projectID
+    readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.name.length > 0 ? project.projectID : ""
     readonly property bool ready: field.text.trim().length > 0 && projectID.length > 0
     signal added(string title, string projectID)
 
@@ -32,7 +33,19 @@ FocusScope {
         }
     }
 
+    // What was typed there before.
+    function recall() {
+        project.projectID = composer.lists.wordsProjectID(composer.fixedProjectID);
+        field.text = composer.lists.words(composer.fixedProjectID);
+    }
+
+    function keep() {
+        composer.lists.keepWords(composer.fixedProjectID, field.text, project.projectID);
+    }
+
     implicitHeight: Theme.composerHeight
+    onFixedProjectIDChanged: recall()
+    Component.onCompleted: recall()
 
     Rectangle {
         anchors.fill: parent
@@ -68,6 +81,7 @@ FocusScope {
         selectByMouse: true
         Accessible.role: Accessible.EditableText
         Accessible.name: qsTr("New task")
+        onTextChanged: composer.keep()
         onAccepted: composer.add()
         Keys.onEscapePressed: event => {
             event.accepted = text.length > 0;
@@ -177,7 +191,10 @@ FocusScope {
             x: button.width - width
             y: button.height + Theme.space4
             choice: project
-            onChosen: field.forceActiveFocus(Qt.OtherFocusReason)
+            onChosen: {
+                composer.keep();
+                field.forceActiveFocus(Qt.OtherFocusReason);
+            }
         }
     }
 }

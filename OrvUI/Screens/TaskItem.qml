@@ -218,7 +218,7 @@ FocusScope {
         text: item.working
     }
 
-    Label {
+    Figures {
         id: age
 
         anchors.right: parent.right

@@ -63,6 +63,7 @@ FocusScope {
 
                 width: parent.width
                 model: page.model
+                lists: page.model.taskLists
                 onAdded: (title, projectID) => page.model.taskLists.add(title, "", projectID)
             }
 

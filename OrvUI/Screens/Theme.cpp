@@ -95,6 +95,15 @@ QFont fontOf(const Style& style) {
     return font;
 }
 
+/// Qt asks no font for its features before 6.7: the faces of figures have no others than tabular ones, and some
+/// letters.
+QFont figuresOf(const Style& style, QFont font) {
+    if (style.family == Family::text) {
+        font.setFamilies({u"Orv Figures"_s, familyName(style.family)});
+    }
+    return font;
+}
+
 /// Used where it lies in the program: by its name Qt would read it into memory, twice.
 QByteArray fontData(const QString& file) {
     const QResource font(u":/qt/qml/OrvLauncher/Screens/fonts/"_s + file);
@@ -145,6 +154,7 @@ void Theme::loadFonts() {
 Theme::Theme(QObject* parent) : ThemeColors(parent) {
     loadFonts();
     std::ranges::transform(styles, m_fonts.begin(), fontOf);
+    std::ranges::transform(styles, m_fonts, m_figures.begin(), figuresOf);
 }
 
 Theme* Theme::instance() {
@@ -192,6 +202,10 @@ void Theme::setReducedMotion(bool reduced) {
 
 QFont Theme::font(TextRole role) const {
     return m_fonts[size_t(role)];
+}
+
+QFont Theme::figures(TextRole role) const {
+    return m_figures[size_t(role)];
 }
 
 int Theme::lineHeight(TextRole role) const {

@@ -342,6 +342,8 @@ public:
     void setReducedMotion(bool reduced);
 
     [[nodiscard]] Q_INVOKABLE QFont font(orv::Theme::TextRole role) const;
+    /// The same, with figures that are all as wide as each other: for counts, ports, times and costs.
+    [[nodiscard]] Q_INVOKABLE QFont figures(orv::Theme::TextRole role) const;
     [[nodiscard]] Q_INVOKABLE int lineHeight(orv::Theme::TextRole role) const;
     /// How far the glyphs of a role stand below the top of their line, so that they are centred in it.
     [[nodiscard]] Q_INVOKABLE int lead(orv::Theme::TextRole role) const;
@@ -391,6 +393,7 @@ Q_SIGNALS:
 
 private:
     std::array<QFont, CaptionStrong + 1> m_fonts;
+    std::array<QFont, CaptionStrong + 1> m_figures;
     mutable std::array<std::optional<int>, CaptionStrong + 1> m_leads; ///< of the roles that were asked for
     bool m_reducedMotion = false;
 };

@@ -60,7 +60,7 @@ T.AbstractButton {
                 radius: height / 2
                 color: Theme.accent
 
-                Label {
+                Figures {
                     id: number
 
                     anchors.centerIn: parent

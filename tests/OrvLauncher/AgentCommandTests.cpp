@@ -41,6 +41,16 @@ protected:
 
 } // namespace
 
+TEST_F(AgentCommand, StartsNoneThatIsNotThere) {
+    for (const auto& [agent, hint] :
+         {std::pair{u"gemini"_s, "Install it with “npm install -g"}, {u"custom"_s, "Set the custom agent's command"}}) {
+        const Ended ended = call({u"agent"_s, u"run"_s, shop, u"x"_s, u"--agent"_s, agent});
+        EXPECT_EQ(ended.exitCode, 1);
+        EXPECT_TRUE(ended.err.contains(hint)) << ended.err.constData();
+    }
+    EXPECT_TRUE(runs().isEmpty()) << "nothing is stored";
+}
+
 TEST_F(AgentCommand, RunsShowsContinuesAndComparesTasks) {
     play(u"echo 2 >>a.txt; printf '\\033[2J{'"_s);
     Ended ended = call({u"agent"_s, u"run"_s, shop, u"Keep the cents"_s});

@@ -242,6 +242,10 @@ TEST_F(GitCommands, SayWhoCommits) {
     const QJsonObject global = identity({u"--global"_s, u"--email"_s, u"ada@example.org"_s});
     EXPECT_EQ(global[u"name"_s], before[u"name"_s]);
     EXPECT_EQ(gitText(home.path(), {u"config"_s, u"--global"_s, u"user.email"_s}), u"ada@example.org"_s);
+    const Ended doubtful = inShop(u"git identity --email ada"_s);
+    EXPECT_EQ(doubtful.exitCode, 0);
+    EXPECT_TRUE(doubtful.err.contains("no @ between two parts")) << doubtful.err.constData();
+    EXPECT_TRUE(doubtful.out.contains("ada  (this repository)")) << "it is said, and set";
 }
 
 TEST_F(GitCommands, ReadABareRepository) {
@@ -264,6 +268,9 @@ TEST_F(GitCommands, SayWhyNot) {
         {"no such path", u"git stage no"_s, 1, "did not match any files"},
         {"neither paths nor all", u"git stage"_s, 2, "name paths, or say --all"},
         {"both", u"git unstage --all x"_s, 2, "either name paths"},
+        {"no such path to compare", u"git diff no"_s, 1, "there is no 'no', and no change of it"},
+        {"nor among the staged", u"git diff --staged no"_s, 1, "there is no 'no', and no change of it"},
+        {"a path without a change", u"git diff package.json"_s, 0, ""},
         {"nothing staged", u"git commit x"_s, 1, "There are no staged changes to commit."},
         {"no summary", u"git commit ' '"_s, 1, "Enter a commit summary first."},
         {"no branch of that name", u"git switch a..b"_s, 1, "is not a name for a branch"},

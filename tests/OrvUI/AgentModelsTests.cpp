@@ -230,13 +230,42 @@ TEST_F(AgentModelsTest, GiveBackTheWordsOfWhatCouldNotStart) {
     EXPECT_TRUE(settles(next));
 }
 
+TEST_F(AgentModelsTest, RefuseAnAgentThatIsNotThere) {
+    constexpr int gemini = 2;
+    EXPECT_EQ(lists().whyMissing(gemini), QString()) << "nothing is known yet";
+    lists().lookForAgents();
+    ASSERT_TRUE(waitFor([this] { return at(*lists().agents(), gemini, "isMissing").toBool(); }));
+    EXPECT_EQ(lists().whyMissing(0) + lists().whyMissing(1), QString());
+    model->setAiPanelProjectID(shop);
+    lists().setPanelAgent(gemini);
+    const std::pair<const char*, std::function<bool()>> ways[]{
+        {"start", [this] { return lists().start(gemini, u"x"_s, shop, 0); }},
+        {"say", [this] { return lists().say(u"x"_s); }},
+        {"in a terminal", [this] { return lists().startInTerminal(gemini, u"x"_s, shop); }}};
+    for (const auto& [label, way] : ways) {
+        model->setAgentError({});
+        EXPECT_FALSE(way()) << label;
+        EXPECT_TRUE(lists().error().contains(u"npm install -g @google/gemini-cli")) << label;
+    }
+    EXPECT_TRUE(model->agentRuns().isEmpty() && model->terminals().sessions().isEmpty());
+    lists().setPanelAgent(0);
+    EXPECT_EQ(lists().error(), QString()) << "it was said of the other one";
+
+    // Installed meanwhile: a press or two later it is found.
+    EXPECT_FALSE(lists().start(gemini, u"x"_s, shop, 0));
+    ASSERT_TRUE(QFile::link(sourcePath(u"tests/agents/agent"_s), tree.path(u"bin/gemini"_s)));
+    ASSERT_TRUE(waitFor([this] { return lists().start(gemini, u"x"_s, shop, 0); }));
+    EXPECT_TRUE(settles(model->agentRuns().first()));
+}
+
 TEST_F(AgentModelsTest, ShowTheEventsOfARunWithTheOneAtWork) {
     AgentRun run(AgentRun::Facts{}, {.events = 3, .textLength = 1000}, nullptr);
     auto* events = new AgentEventsModel(&run);
     const QAbstractItemModelTester tester(events);
-    const auto append = [&run](const QList<AgentEvent>& added) {
-        run.append({AgentLine{.type = {}, .events = added, .sessionID = {}}});
+    const auto appendTo = [](AgentRun& grown, const QList<AgentEvent>& added) {
+        grown.append({AgentLine{.type = {}, .events = added, .sessionID = {}}});
     };
+    const auto append = [&](const QList<AgentEvent>& added) { appendTo(run, added); };
     append({AgentText{u"I look"_s}, AgentTool{u"Grep"_s, u"cart"_s}});
     EXPECT_EQ(column(*events, "icon"), (QStringList{u"message-square"_s, u"search"_s}));
     EXPECT_EQ(column(*events, "isCurrent"), (QStringList{u"false"_s, u"true"_s}));
@@ -249,6 +278,25 @@ TEST_F(AgentModelsTest, ShowTheEventsOfARunWithTheOneAtWork) {
     EXPECT_EQ(column(*events, "icon").last(), u"circle-alert"_s);
     run.finish(1, QDateTime::currentDateTimeUtc());
     EXPECT_EQ(column(*events, "isCurrent"), (QStringList{u"false"_s, u"false"_s, u"false"_s}));
+
+    // A plan that is written anew is one row until something else comes, also when the oldest go.
+    AgentRun planned(AgentRun::Facts{}, {.events = 4, .textLength = 1000}, nullptr);
+    const AgentTool plan{u"TodoWrite"_s, {}};
+    appendTo(planned, {plan});
+    auto* plans = new AgentEventsModel(&planned);
+    const QAbstractItemModelTester plansTester(plans);
+    const std::pair<QList<AgentEvent>, QString> steps[]{
+        {{plan}, u"TodoWrite"_s},
+        {{AgentText{u"Now"_s}, plan}, u"TodoWrite||TodoWrite"_s},
+        {{plan}, u"TodoWrite||TodoWrite"_s},
+        {{AgentTool{u"Bash"_s, u"ls"_s}}, u"|TodoWrite|Bash"_s},
+        {{plan, plan, plan}, u"Bash|TodoWrite"_s},
+        {{plan, plan}, u"TodoWrite"_s}};
+    for (const auto& [added, names] : steps) {
+        appendTo(planned, added);
+        EXPECT_EQ(column(*plans, "name").join(u'|'), names);
+        EXPECT_EQ(column(*plans, "isCurrent").last(), u"true"_s) << names.toStdString();
+    }
 }
 
 TEST_F(AgentModelsTest, ShowTheAgentsAndChangeTheSettings) {

@@ -53,6 +53,7 @@ protected:
 
     bool wantsBrackets = false;
     QStringList faults;
+    QStringList modal; ///< the screens with something that takes the keyboard alone, and says so
     test::GitHome home;
 
 private:
@@ -76,6 +77,9 @@ private:
             const bool isAbstract = role == QAccessible::NoRole || role == QAccessible::Client;
             const int given = QQmlProperty::read(item, u"Accessible.role"_s, qmlContext(item)).toInt();
             const bool isOther = told != nullptr && given != QAccessible::NoRole && given != role;
+            if (told != nullptr && told->state().modal) {
+                modal.append(screen);
+            }
             if (takesFocus || isControl(role)) {
                 ++seen;
                 const QString name = told != nullptr ? told->text(QAccessible::Name).trimmed() : QString();
@@ -222,6 +226,7 @@ void AccessibleWindow::walk() {
 TEST_F(AccessibleWindow, NamesWhateverCanBeUsed) {
     walk();
     EXPECT_EQ(faults, QStringList()) << faults.join(u'\n').toStdString();
+    EXPECT_EQ(modal.join(u", "_s), u"palette, new folder, clone, shortcuts, widgets, setup, question"_s);
 }
 
 TEST_F(AccessibleWindow, SpeaksTheLanguageOfTheUser) {

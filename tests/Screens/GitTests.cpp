@@ -178,7 +178,14 @@ TEST_F(GitWindow, AsksForTheIdentityAndShowsCommits) {
     ASSERT_TRUE(waitFor([this] { return itemWith("Button", "text", u"Save"_s) != nullptr; }));
     EXPECT_FALSE(itemWith("Button", "text", u"Save"_s)->isEnabled()) << "there is no e-mail yet";
     ASSERT_TRUE(waitFor([this] { return focusedHint() == u"you@example.com"; }));
-    type(u"sam@example.com"_s);
+    const auto doubt = [this] { return itemWith("FormField", "label", u"E-mail"_s)->property("caution").toString(); };
+    type(u"sam@"_s);
+    EXPECT_EQ(doubt(), QString()) << "not to the end yet";
+    QTest::keyClick(window, Qt::Key_Return);
+    EXPECT_TRUE(doubt().contains(u"no @ between two parts")) << doubt().toStdString();
+    EXPECT_FALSE(pageModel->isBusy());
+    type(u"example.com"_s);
+    EXPECT_EQ(doubt(), QString());
     QTest::keyClick(window, Qt::Key_Return);
     EXPECT_TRUE(waitFor([this] { return pageModel->headSummary() == u"Second"; })) << pageModel->error().toStdString();
     EXPECT_EQ(gitText(folder, {u"config"_s, u"--global"_s, u"user.email"_s}), u"sam@example.com"_s);

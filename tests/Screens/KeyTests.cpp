@@ -165,15 +165,18 @@ TEST_F(KeyWindow, KeepsATaskForAnAgentThatWasNotSentYet) {
     const QString project = root + u"/shop"_s;
     model->agentModels()->setPageProjectID(project);
     // Below the words, beside the buttons.
-    const QPointF empty = box->mapToScene(QPointF(box->width() / 2, 60));
-    QTest::mouseClick(window, Qt::LeftButton, {}, empty.toPoint());
+    const auto clickBelowTheWords = [&] {
+        const QPointF empty = box->mapToScene(QPointF(box->width() / 2, 60));
+        QTest::mouseClick(window, Qt::LeftButton, {}, empty.toPoint());
+    };
+    clickBelowTheWords();
     type(u"half a task"_s);
     EXPECT_EQ(words(), u"half a task"_s) << focus();
     press(Qt::Key_Home, Qt::AltModifier);
     ASSERT_TRUE(test::waitFor([this] { return items("AgentComposer").isEmpty(); }));
     box = composer();
     EXPECT_EQ(box->property("projectID").toString(), project);
-    click(box);
+    clickBelowTheWords();
     EXPECT_EQ(words(), u"half a task"_s) << focus();
 }
 

@@ -3,6 +3,7 @@
 #include "OrvUI/Screens/Theme.h"
 #include "tests/support/TestSupport.h"
 
+#include <QFontMetricsF>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMetaProperty>
@@ -55,6 +56,23 @@ TEST(Theme, HasTheColoursOfTheTokens) {
         }
     }
     EXPECT_GT(compared, 350);
+}
+
+TEST(Theme, HasFiguresOfOneWidthAndTheSameLetters) {
+    const Theme theme(nullptr);
+    for (const auto role : {Theme::Body, Theme::BodyStrong, Theme::Section, Theme::Small, Theme::Caption}) {
+        const QFontMetricsF letters(theme.font(role));
+        const QFontMetricsF figures(theme.figures(role));
+        EXPECT_NE(letters.horizontalAdvance(u"1"_s), letters.horizontalAdvance(u"0"_s)) << "else there is no need";
+        for (const QChar digit : u"0123456789"_s) {
+            EXPECT_EQ(figures.horizontalAdvance(digit), figures.horizontalAdvance(u'0')) << role << digit.toLatin1();
+        }
+        EXPECT_EQ(figures.horizontalAdvance(u"1 file, 1 of 8"_s), figures.horizontalAdvance(u"8 file, 8 of 1"_s));
+        EXPECT_EQ(figures.horizontalAdvance(u"files of АБВ"_s), letters.horizontalAdvance(u"files of АБВ"_s)) << role;
+        EXPECT_EQ(figures.ascent(), letters.ascent()) << role;
+        EXPECT_EQ(figures.descent(), letters.descent()) << role;
+    }
+    EXPECT_EQ(theme.figures(Theme::Mono), theme.font(Theme::Mono)) << "whose figures are of one width";
 }
 
 TEST(Theme, KeepsTextReadableOnWhatItStandsOn) {

@@ -86,19 +86,44 @@ TEST(TextRange, FindsWordsAndLinesOverSoftWraps) {
     EXPECT_EQ(textIn(screen.buffer(), lineAt(screen.buffer(), {1, 4})), "see http://a.b/cdef gh (漢字)");
 }
 
-TEST(TextRange, FollowsTheMarksOfTheShell) {
+TEST(TextRange, FindsThePartsThatTheShellMarked) {
+    const std::string prompt = "\x1B]133;A\x07$ \x1B]133;B\x07";
+    const auto ran = [&](const std::string& output) {
+        return prompt + "ls\x1B]133;C\x07\r\n" + output + "\x1B]133;D;3\x07" + prompt;
+    };
+    struct Case {
+        const char* label;
+        std::string bytes;
+        TextPlace place;
+        const char* text;
+    };
+    const std::vector<Case> cases = {
+        {"prompt", ran("out\r\n"), {0, 0}, "$ "},
+        {"input", ran("out\r\n"), {0, 3}, "ls"},
+        {"output", ran("out\r\nmore\r\n"), {1, 1}, "out\nmore"},
+        {"behind its end", ran("out\r\nmore\r\n"), {2, 9}, "none"},
+        {"behind one of its lines", ran("out\r\nmore\r\n"), {1, 9}, "out\nmore"},
+        {"over tabs", ran("a\tb\r\n\tc\r\n"), {1, 0}, "a       b\n        c"},
+        {"on a tab", ran("a\tb\r\n\tc\r\n"), {2, 1}, "a       b\n        c"},
+        {"on a tab behind the input", ran("\tb\r\n"), {1, 1}, "        b"},
+        {"over what was skipped, erased and inserted", ran("a\x1B[2Cb\x1B[2D\x1B[X\x1B[@"), {1, 0}, "a   b"},
+        {"an empty line", ran("a\r\n\r\nb\r\n"), {2, 0}, "a\n\nb"},
+        {"up to text that is no part", prompt + "ls\x1B]133;C\x07\r\na\r\n\x1B]133;D\x07x", {1, 0}, "a"},
+        {"of two prompts the first", prompt + "\r\n" + prompt, {0, 1}, "$ "},
+        {"of two prompts the second", prompt + "\r\n" + prompt, {1, 0}, "$ "},
+    };
+    for (const Case& test : cases) {
+        const Screen screen(test.bytes, 20, 6);
+        const auto range = semanticRangeAt(screen.buffer(), test.place);
+        EXPECT_EQ(range ? textIn(screen.buffer(), *range) : "none", test.text) << test.label;
+    }
+}
+
+TEST(TextRange, GoesFromPromptToPrompt) {
     const Screen screen(
         "\x1B]133;A\x07$ \x1B]133;B\x07ls\x1B]133;C\x07\r\nout\r\nmore\r\n\x1B]133;D;3\x07\x1B]133;A\x07$ "
         "\x1B]133;B\x07");
     const Buffer& buffer = screen.buffer();
-    const auto part = [&](std::int64_t line, int col) {
-        const auto range = semanticRangeAt(buffer, {line, col});
-        return range ? textIn(buffer, *range) : "none";
-    };
-    EXPECT_EQ(part(0, 0), "$ ");
-    EXPECT_EQ(part(0, 3), "ls");
-    EXPECT_EQ(part(1, 1), "out\nmore");
-    EXPECT_EQ(part(2, 9), "none");
     EXPECT_EQ(promptFrom(buffer, 3, -1), 0);
     EXPECT_EQ(promptFrom(buffer, 0, 1), 3);
     EXPECT_EQ(promptFrom(buffer, 3, 1), std::nullopt);

@@ -1,5 +1,6 @@
 #include "TermEngine/RegularExpression_p.h"
 #include "TermEngine/Unicode.h"
+#include "TermEngine/UnicodeTables_p.h"
 
 #include <algorithm>
 
@@ -7,6 +8,8 @@ namespace term {
 namespace {
 
 constexpr char32_t lastScalar = 0x10FFFF;
+constexpr char32_t longS = 0x17F;
+constexpr char32_t kelvinSign = 0x212A;
 /// That are passed over because no match begins with them.
 constexpr std::size_t scalarsAStep = 4;
 
@@ -221,20 +224,28 @@ private:
     }
 
     Piece ofSet(Set set) {
+        set.normalize();
         if (m_folds) {
-            // The text is folded: what a range holds stands there in its folded form.
-            const auto given = set.ranges;
-            for (const auto& [first, last] : given) {
-                for (char32_t scalar = first; scalar <= std::min<char32_t>(last, first + 0x2000); ++scalar) {
-                    if (const char32_t folded = unicode::foldCase(scalar); folded != scalar) {
-                        set.ranges.emplace_back(folded, folded);
-                    }
+            addFolded(set);
+            set.normalize();
+        }
+        m_sets.push_back(std::move(set));
+        return {{.op = Op::set, .value = static_cast<char32_t>(m_sets.size() - 1)}};
+    }
+
+    /// The text is folded: what a set holds stands there in its folded form.
+    static void addFolded(Set& set) {
+        const auto given = set.ranges;
+        for (const auto& [first, last] : given) {
+            for (const unicode::FoldingRun& run : unicode::foldingRuns) {
+                const auto step = static_cast<char32_t>(run.step);
+                const char32_t skipped = first > run.first ? (first - run.first + step - 1) / step : 0;
+                for (char32_t scalar = run.first + skipped * step; scalar <= std::min(last, run.last); scalar += step) {
+                    const auto folded = static_cast<char32_t>(static_cast<std::int32_t>(scalar) + run.distance);
+                    set.ranges.emplace_back(folded, folded);
                 }
             }
         }
-        set.normalize();
-        m_sets.push_back(std::move(set));
-        return {{.op = Op::set, .value = static_cast<char32_t>(m_sets.size() - 1)}};
     }
 
     /// \d, \w, \s and their opposites.
@@ -250,6 +261,10 @@ private:
             break;
         case U'w':
             set.ranges = {{U'0', U'9'}, {U'A', U'Z'}, {U'_', U'_'}, {U'a', U'z'}};
+            if (m_folds) {
+                // They fold to letters of ASCII (ECMAScript, WordCharacters).
+                set.ranges.insert(set.ranges.end(), {{longS, longS}, {kelvinSign, kelvinSign}});
+            }
             break;
         case U's':
             set.ranges = {{0x09, 0x0D},     {U' ', U' '},     {0xA0, 0xA0},     {0x1680, 0x1680}, {0x2000, 0x200A},

@@ -301,7 +301,7 @@ TEST(TextSearch, GoesOnWhileLinesComeAndGo) {
 }
 
 TEST(TextSearch, FoldsAllLettersAndCountsWholeCharacters) {
-    const Screen screen("STRASSE Ärger ΣΑΣ e\xCC\x81x │ab│ abé漢ab", 40, 2);
+    const Screen screen("STRASSE Ärger ΣΑΣ e\xCC\x81x │ab│ abé漢ab Å", 40, 2);
     struct Case {
         const char* pattern;
         SearchOptions options;
@@ -312,6 +312,9 @@ TEST(TextSearch, FoldsAllLettersAndCountsWholeCharacters) {
         {"äRG", {.ignoresCase = false}, {}},
         {"σας", {}, {{{0, 14}, {0, 17}}}},
         {"[α-ω]+", {.isRegularExpression = true}, {{{0, 14}, {0, 17}}}},
+        {"[\\W][rt]", {.isRegularExpression = true}, {{{0, 8}, {0, 10}}}},
+        {"[^\\W_]{5}", {.isRegularExpression = true}, {{{0, 0}, {0, 5}}}},
+        {"[\\u0100-\\u212B]$", {.isRegularExpression = true}, {{{0, 34}, {0, 35}}}},
         {"e", {.ignoresCase = false}, {{{0, 11}, {0, 12}}, {{0, 18}, {0, 19}}}},
         {"\xCC\x81x", {}, {{{0, 18}, {0, 20}}}},
         {"ab", {.wholeWords = true}, {{{0, 22}, {0, 24}}, {{0, 31}, {0, 33}}}},

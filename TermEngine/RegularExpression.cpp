@@ -25,6 +25,13 @@ bool isWordEdge(std::u32string_view text, std::size_t at) {
 
 } // namespace
 
+bool isWithinWord(std::u32string_view text, std::size_t at) {
+    const auto classAt = [text](std::size_t index) {
+        return text[index] == U'_' ? unicode::WordClass::joining : unicode::wordClass(text[index]);
+    };
+    return at > 0 && at < text.size() && areOneWord(classAt(at - 1), classAt(at));
+}
+
 /// Recursive descent; each part is a piece of program whose jumps are relative, so that it can be moved and repeated.
 class RegularExpressionParser {
 public:
@@ -36,10 +43,18 @@ public:
     RegularExpressionParser(std::u32string_view pattern, CaseMatching matching)
         : m_pattern(pattern), m_folds(matching == CaseMatching::folded) {}
 
-    std::optional<Expression> parse() {
-        Piece program = alternatives();
+    std::optional<Expression> parse(WordMatching words) {
+        Piece program;
+        const bool isOfWords = words == WordMatching::wholeWords;
+        if (isOfWords) {
+            program.push_back({.op = Op::outsideWord});
+        }
+        append(program, alternatives());
         if (m_failed || m_at < m_pattern.size()) {
             return {};
+        }
+        if (isOfWords) {
+            program.push_back({.op = Op::outsideWord});
         }
         program.push_back({});
         Expression made;
@@ -406,16 +421,32 @@ bool RegularExpression::Set::contains(char32_t scalar) const {
     return found != isNegated;
 }
 
-std::optional<RegularExpression> RegularExpression::compile(std::u32string_view pattern, CaseMatching matching) {
+std::optional<RegularExpression> RegularExpression::compile(
+    std::u32string_view pattern, CaseMatching matching, WordMatching words) {
     if (pattern.size() > largestProgram) {
         return {};
     }
-    return RegularExpressionParser(pattern, matching).parse();
+    return RegularExpressionParser(pattern, matching).parse(words);
 }
 
 bool RegularExpression::accepts(const Instruction& instruction, char32_t scalar) const {
     return instruction.op == Op::scalar ? instruction.value == scalar
                                         : instruction.op == Op::set && m_sets[instruction.value].contains(scalar);
+}
+
+bool RegularExpression::isMet(Op condition, std::u32string_view text, std::size_t at) {
+    switch (condition) {
+    case Op::textStart:
+        return at == 0;
+    case Op::textEnd:
+        return at == text.size();
+    case Op::wordEdge:
+        return isWordEdge(text, at);
+    case Op::noWordEdge:
+        return !isWordEdge(text, at);
+    default:
+        return !isWithinWord(text, at);
+    }
 }
 
 /// Adds what a way comes to without taking a scalar, the preferred first.
@@ -440,9 +471,8 @@ void RegularExpression::follow(Threads& threads, Thread thread, std::u32string_v
         case Op::textEnd:
         case Op::wordEdge:
         case Op::noWordEdge:
-            if (instruction.op == Op::textStart ? at == 0
-                : instruction.op == Op::textEnd ? at == text.size()
-                                                : isWordEdge(text, at) == (instruction.op == Op::wordEdge)) {
+        case Op::outsideWord:
+            if (isMet(instruction.op, text, at)) {
                 m_stack.push_back(here + 1);
             }
             break;

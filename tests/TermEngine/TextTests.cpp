@@ -239,7 +239,7 @@ std::optional<std::vector<TextRange>> search(
 }
 
 TEST(TextSearch, FindsOverSoftWrapsInScreenAndHistory) {
-    const Screen screen("a needle in\r\nNEEDLE 漢字needle\r\nneedles\r\nx\r\ny\r\nz");
+    const Screen screen("a needle in\r\nNEEDLE 漢字needle\r\nneedles\r\nx\r\ny\r\nzz-z-z");
     struct Case {
         const char* pattern;
         SearchOptions options;
@@ -251,6 +251,8 @@ TEST(TextSearch, FindsOverSoftWrapsInScreenAndHistory) {
         {"Needle", {.ignoresCase = false}, {}},
         {"needle", {.wholeWords = true}, {{{0, 2}, {0, 8}}, {{2, 0}, {2, 6}}, {{3, 2}, {3, 8}}}},
         {"字n", {}, {{{3, 0}, {3, 3}}}},
+        {"needle|needles", {.isRegularExpression = true, .wholeWords = true, .limit = 1}, {{{4, 0}, {4, 7}}}},
+        {"z-z", {.wholeWords = true}, {{{7, 3}, {7, 6}}}},
         {"n[a-z]+s$", {.isRegularExpression = true}, {{{4, 0}, {4, 7}}}},
         {"x*", {.isRegularExpression = true}, {{{5, 0}, {5, 1}}}},
         {"e", {.limit = 3}, {{{4, 1}, {4, 2}}, {{4, 2}, {4, 3}}, {{4, 5}, {4, 6}}}},

@@ -93,6 +93,10 @@ public:
     /// Takes rows until the steps are used up.
     void read(const Buffer& buffer, std::uint64_t& steps) {
         const auto trimmed = static_cast<std::int64_t>(buffer.trimmedCount());
+        if (m_next < trimmed) {
+            // Rows that have left the history in between; what is left of the line begins behind them.
+            begin(buffer, std::min(trimmed, m_end), m_end);
+        }
         const auto isThere = [&] {
             return m_next >= trimmed && m_next < std::min(m_end, trimmed + buffer.lineCount());
         };

@@ -300,6 +300,13 @@ TEST(TextSearch, GoesOnWhileLinesComeAndGo) {
     search.start(screen.buffer(), 7);
     EXPECT_EQ(search.advance(screen.buffer(), 1000), (std::vector<TextRange>{{{7, 0}, {7, 1}}}));
     EXPECT_TRUE(search.isComplete());
+
+    Screen full("x-12345678x-12345678x-1234\r\ny", 10, 2, 3);
+    search.start(full.buffer());
+    EXPECT_TRUE(search.advance(full.buffer(), 2).empty()) << "the last line, and nothing of the one above";
+    full.terminal.feed("\r\n\r\n");
+    EXPECT_EQ(full.buffer().trimmedCount(), 1U);
+    EXPECT_EQ(search.advance(full.buffer(), 1000), (std::vector<TextRange>{{{2, 0}, {2, 1}}, {{1, 0}, {1, 1}}}));
 }
 
 TEST(TextSearch, FoldsAllLettersAndCountsWholeCharacters) {

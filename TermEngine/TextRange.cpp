@@ -157,6 +157,11 @@ int firstOfWrapped(const Buffer& buffer, int index) {
 
 std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shape) {
     std::string text;
+    const std::int64_t endLine = firstLine(buffer) + buffer.lineCount();
+    if (std::max(range.start.line, range.end.line) < firstLine(buffer) ||
+        std::min(range.start.line, range.end.line) >= endLine) {
+        return text;
+    }
     if (shape == RangeShape::rectangle) {
         const auto [left, right] = std::minmax(range.start.col, range.end.col);
         const int first = indexOf(buffer, std::min(range.start.line, range.end.line));
@@ -175,7 +180,7 @@ std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shap
     for (int index = first; index <= last; ++index) {
         const int from = index == first && range.start.line >= firstLine(buffer) ? range.start.col : 0;
         const int length = textLength(buffer, index);
-        const int end = index == last ? std::min(range.end.col, length) : length;
+        const int end = index == last && range.end.line < endLine ? std::min(range.end.col, length) : length;
         text += buffer.lineAt(index).translateToString(buffer.cellArena(), false, from, std::max(end, 0));
         if (index < last && !flowsOver(buffer, index)) {
             text += '\n';

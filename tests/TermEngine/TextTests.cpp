@@ -35,6 +35,10 @@ TEST(TextRange, GivesTextWithoutPaddingAndWithSoftWrapsJoined) {
         {"a rectangle", {{2, 3}, {0, 1}}, RangeShape::rectangle, "ne\n\n t"},
         {"before the first line", {{-5, 3}, {0, 2}}, RangeShape::flowing, "on"},
         {"nothing", {{2, 3}, {2, 3}}, RangeShape::flowing, ""},
+        {"above all", {{-3, 0}, {-1, 3}}, RangeShape::flowing, ""},
+        {"a rectangle above all", {{-3, 0}, {-1, 3}}, RangeShape::rectangle, ""},
+        {"below all", {{7, 0}, {9, 3}}, RangeShape::flowing, ""},
+        {"beyond the last line", {{4, 0}, {9, 1}}, RangeShape::flowing, "字x\n"},
         {"past the end of a line", {{2, 8}, {3, 2}}, RangeShape::flowing, "\n漢"},
     };
     for (const Case& test : cases) {

@@ -204,11 +204,17 @@ std::optional<ClipboardReport> parseClipboard(std::string_view payload, size_t l
         report.kind = ClipboardReport::Kind::query;
         return report;
     }
-    Base64Decoder decoder(limitBytes);
-    if (decoder.append(encoded) == Base64Decoder::Error::tooLong) {
+    // Only the end of what is not padded shows its last bytes.
+    constexpr size_t mostBytesOfEnd = 2;
+    Base64Decoder decoder(limitBytes + mostBytesOfEnd);
+    if (decoder.append(encoded) == Base64Decoder::Error::tooLong || decoder.size() > limitBytes) {
         return std::nullopt;
     }
-    if (auto data = decoder.finish(); data && !data->empty()) {
+    auto data = decoder.finish();
+    if (data && data->size() > limitBytes) {
+        return std::nullopt;
+    }
+    if (data && !data->empty()) {
         report.kind = ClipboardReport::Kind::write;
         report.data = std::move(*data);
     }

@@ -218,7 +218,9 @@ TEST(OscPayloads, ReadsProgressAndClipboard) {
     EXPECT_EQ(parseClipboard(";?", 3), Clipboard({"s0", Kind::query, {}}));
     EXPECT_EQ(parseClipboard("pcxp;!", 3), Clipboard({"cp", Kind::clear, {}}));
     EXPECT_EQ(parseClipboard("c;", 3), Clipboard({"c", Kind::clear, {}}));
-    EXPECT_EQ(parseClipboard("c;QUJDRA==", 3), std::nullopt);
+    for (const char* tooLong : {"c;QUJDRA==", "c;QUJDRA", "c;QUJDREU", "c;QUJDREVG"}) {
+        EXPECT_EQ(parseClipboard(tooLong, 3), std::nullopt) << tooLong;
+    }
     EXPECT_EQ(parseClipboard("QUJD", 3), std::nullopt);
 }
 

@@ -281,6 +281,9 @@ TEST(Notifications, ComeTogetherFromTheirPieces) {
     EXPECT_EQ(assembler.append("i=1:e=1:unknown;bG8="), Request({"1", "Hello", "B", false, true}));
     EXPECT_EQ(assembler.append("i=a\x1b]b;x\x07y"), Request({"ab", "xy", ""})) << "what is sent back is harmless";
     EXPECT_EQ(assembler.append("i=1:e=1;!"), std::nullopt);
+    EXPECT_EQ(assembler.append("i=1:d=0;T"), std::nullopt);
+    EXPECT_EQ(assembler.append("i=1:e=1:p=body;!"), Request({"1", "T", ""})) << "what came before it counts";
+    EXPECT_EQ(assembler.append("e=1;" + std::string(8000, 'V'))->title.size(), 4096U) << "cut, as plain text is";
     EXPECT_EQ(assembler.append("i=1"), std::nullopt);
     EXPECT_EQ(assembler.append("i=1;"), std::nullopt);
     for (int number = 0; number < 1000; ++number) {

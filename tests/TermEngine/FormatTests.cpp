@@ -235,6 +235,8 @@ TEST(OscPayloads, ReadsITermCommandsThatDoNoHarm) {
         {"SetMark", ITermCommand{.kind = Kind::setMark}},
         {"CurrentDir=/tmp/a=b\x1b", ITermCommand{.kind = Kind::currentDirectory, .value = "/tmp/a=b"}},
         {"CurrentDir=/" + std::string(4096, 'a'), {}},
+        {"CurrentDir=/" + std::string(4096, '\x01'), {}},
+        {"File=" + std::string(20'000, ';') + ":QUJD", {}},
         {"CursorShape=2", ITermCommand{.kind = Kind::cursorShape, .value = "2"}},
         {"CursorShape=3", {}},
         {"SetUserVar=a=QUJD", ITermCommand{.kind = Kind::setUserVariable, .name = "a", .value = "ABC"}},

@@ -1,6 +1,7 @@
 # What the engine has for its host, and needs no screen for: the pseudo-terminal, input and string formats.
 set(TERM_HOST_SOURCES
     Base64.cpp
+    ColorNames.cpp
     DeliveryQueue.cpp
     GraphicsCommand.cpp
     ImageCodec.cpp

@@ -79,8 +79,8 @@ constexpr std::array keypadKeys{
     KeypadKey{keypadDelete, 0, 0, deleteForward},
 };
 
-/// What ctrl makes of the characters that are no letters (kitty's keyboard protocol, "Legacy ctrl mapping of ASCII
-/// keys"); 0xFF where it makes nothing.
+/// What ctrl makes of a character (kitty's keyboard protocol, "Legacy ctrl mapping of ASCII keys", and of those above
+/// the capitals what xterm does); 0xFF where it makes nothing.
 constexpr uint8_t noControl = 0xFF;
 constexpr auto controls = [] {
     std::array<uint8_t, 128> table{};
@@ -93,24 +93,9 @@ constexpr auto controls = [] {
         char key;
         uint8_t control;
     };
-    for (const Entry entry :
-         {Entry{' ', 0},
-          {'@', 0},
-          {'2', 0},
-          {'3', 27},
-          {'[', 27},
-          {'4', 28},
-          {'\\', 28},
-          {'5', 29},
-          {']', 29},
-          {'6', 30},
-          {'^', 30},
-          {'~', 30},
-          {'7', 31},
-          {'/', 31},
-          {'_', 31},
-          {'8', 127},
-          {'?', 127}}) {
+    for (const Entry entry : {Entry{' ', 0}, {'@', 0},   {'`', 0},  {'2', 0},  {'3', 27}, {'[', 27},  {'{', 27},
+                              {'4', 28},     {'\\', 28}, {'|', 28}, {'5', 29}, {']', 29}, {'}', 29},  {'6', 30},
+                              {'^', 30},     {'~', 30},  {'7', 31}, {'/', 31}, {'_', 31}, {'8', 127}, {'?', 127}}) {
         table[static_cast<uint8_t>(entry.key)] = entry.control;
     }
     return table;
@@ -174,7 +159,8 @@ private:
                 m_modes.vt52 ? static_cast<void>(m_out += "\x1b?") : ss3();
                 m_out.push_back(keypad->application);
             } else if (keypad->text != 0) {
-                encodeLegacyText(static_cast<char32_t>(keypad->text), {});
+                // Modifiers change nothing in it, and ctrl makes no control of a digit.
+                m_out.push_back(keypad->text);
             } else {
                 encodeLegacy(keypad->plain);
             }
@@ -239,11 +225,16 @@ private:
         const bool hasCtrl = has(KeyModifiers::ctrl);
         const bool hasAlt = has(KeyModifiers::alt | KeyModifiers::meta);
         const bool isModified = hasShift || hasCtrl || hasAlt;
-        const bool isShiftedTab = key == tab && hasShift && !hasCtrl && !hasAlt;
-        const bool isWellKnown = key == backspace || key == escape || isShiftedTab;
-        if (m_modes.modifyOtherKeys == 3 ||
-            (isModified && (m_modes.modifyOtherKeys == 2 || (m_modes.modifyOtherKeys == 1 && !isWellKnown)))) {
-            encodeOther(static_cast<char32_t>(key));
+        const bool hasOnlyCtrl = hasCtrl && !hasShift && !hasAlt;
+        const bool hasOnlyShift = hasShift && !hasCtrl && !hasAlt;
+        const bool isWellKnown = key == backspace || key == escape || (key == tab && hasShift);
+        const bool isAlwaysKnown = (key == backspace && hasOnlyCtrl) || (key == tab && hasOnlyShift);
+        const char32_t code = key != backspace                             ? static_cast<char32_t>(key)
+                              : m_modes.backarrowSendsBackspace != hasCtrl ? U'\b'
+                                                                           : U'\x7f';
+        if (m_modes.modifyOtherKeys == 3 || (isModified && ((m_modes.modifyOtherKeys == 2 && !isAlwaysKnown) ||
+                                                            (m_modes.modifyOtherKeys == 1 && !isWellKnown)))) {
+            encodeOther(code);
             return;
         }
         if (key == tab && hasShift) {
@@ -252,10 +243,8 @@ private:
             }
             csi();
             m_out.push_back('Z');
-        } else if (key == backspace) {
-            appendWithAlt(m_modes.backarrowSendsBackspace != hasCtrl ? U'\b' : U'\x7f');
         } else {
-            appendWithAlt(static_cast<char32_t>(key));
+            appendWithAlt(code);
             if (key == enter && m_modes.enterSendsLineFeed) {
                 m_out.push_back('\n');
             }
@@ -277,24 +266,34 @@ private:
         return code >= 'a' && code <= 'z' ? code - 0x20 : code;
     }
 
+    /// Of the characters that shift alone makes, xterm encodes those of which ctrl makes controls, and the blank.
+    [[nodiscard]] bool encodesShifted(char32_t written) const {
+        return m_modes.modifyOtherKeys == 2 && m_modes.kitty.bits == 0 && has(KeyModifiers::shift) &&
+               (written == U' ' || (written >= U'@' && written < U'\x7f'));
+    }
+
     void encodeLegacyText(char32_t code, std::string_view text) {
         const char32_t shifted = shiftedCode(code, text);
         const bool isEncoded = m_modes.modifyOtherKeys == 3 && m_event.key == character;
         if (code == 0 || (!has(otherThanShift) && !isEncoded)) {
-            text.empty() ? appendUtf8(m_out, shifted) : static_cast<void>(m_out += text);
+            const char32_t written = text.empty() ? shifted : text.size() == 1 ? static_cast<uint8_t>(text[0]) : 0;
+            if (code != 0 && encodesShifted(written)) {
+                encodeOther(written);
+            } else {
+                text.empty() ? appendUtf8(m_out, shifted) : static_cast<void>(m_out += text);
+            }
             return;
         }
-        // Shift may be what makes the character that ctrl wants, as in ctrl+shift+2 for ctrl+@.
         uint8_t control = noControl;
         if (has(KeyModifiers::ctrl)) {
             control = shifted < controls.size() ? controls[shifted] : noControl;
-            control = control == noControl && code < controls.size() ? controls[code] : control;
             // A layout of another script has the same controls on the same keys.
             const bool isForeign = control == noControl && code >= controls.size();
             control = isForeign && m_event.base < controls.size() ? controls[m_event.base] : control;
         }
-        const bool hasUnknownCtrl = has(KeyModifiers::ctrl) && control == noControl;
-        if (m_modes.modifyOtherKeys >= 2 || (m_modes.modifyOtherKeys == 1 && hasUnknownCtrl)) {
+        // DEL is what the program asked to tell from what deletes.
+        const bool isOther = has(KeyModifiers::ctrl) && (control == noControl || shifted == U'?');
+        if (m_modes.modifyOtherKeys >= 2 || (m_modes.modifyOtherKeys == 1 && isOther)) {
             encodeOther(shifted);
             return;
         }

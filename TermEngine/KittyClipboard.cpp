@@ -11,6 +11,8 @@ namespace term {
 namespace {
 
 constexpr size_t longestWord = 256;
+/// More than all fields with their longest words take.
+constexpr size_t longestMetadata = 4096;
 constexpr size_t mostTypesOfRead = 64;
 /// Before it is encoded.
 constexpr size_t pieceBytes = 4096;
@@ -106,7 +108,11 @@ KittyClipboard::KittyClipboard(const TerminalOptions& options)
       m_mostAliases(static_cast<size_t>(std::max(options.kittyClipboardMaximumAliases, 0))) {}
 
 KittyClipboard::Outcome KittyClipboard::handle(std::string_view payload) {
-    const Metadata metadata(takeField(payload, ';'));
+    const std::string_view fields = takeField(payload, ';');
+    if (fields.size() > longestMetadata) {
+        return {};
+    }
+    const Metadata metadata(fields);
     if (metadata.type == "read") {
         return beginRead(metadata, payload);
     }

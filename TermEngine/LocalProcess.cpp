@@ -4,7 +4,9 @@
 #include "TermEngine/ProcessExitSource.h"
 #include "TermEngine/TerminalEnvironment.h"
 
+#include <cerrno>
 #include <csignal>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -66,6 +68,24 @@ private:
     const bool m_directDelivery;
 };
 
+/// A child on its way to be watched.
+struct LocalProcess::Launch {
+    pid_t pid = 0;
+    std::shared_ptr<Session> session{};
+
+    /// Nobody would read from it, nor hear of its end.
+    void end() const {
+        if (session) {
+            session->signal(SIGKILL);
+            session->collect();
+        } else if (pid != 0) {
+            LocalProcessChildReaper reaper(pid);
+            reaper.signal(SIGKILL);
+            reaper.wait();
+        }
+    }
+};
+
 std::shared_ptr<LocalProcess> LocalProcess::create(
     std::weak_ptr<LocalProcessDelegate> delegate, Configuration configuration) {
     if (!configuration.queue) {
@@ -87,6 +107,25 @@ void LocalProcess::startProcess(const Program& program) {
     if (running()) {
         return;
     }
+    Launch made;
+    std::optional<LocalProcessError> error;
+    try {
+        error = launch(program, made);
+    } catch (const std::bad_alloc&) {
+        error = {LocalProcessError::Reason::allocation, ENOMEM};
+    } catch (const std::system_error& failure) {
+        const int code = failure.code().value();
+        const bool isFull = code == EMFILE || code == ENFILE;
+        error = {isFull ? LocalProcessError::Reason::pipe : LocalProcessError::Reason::thread, code};
+    }
+    if (error) {
+        made.end();
+        finishLaunchFailure(*error);
+    }
+}
+
+/// `made` is what there is of the child, also when an exception leaves nobody to care for it.
+std::optional<LocalProcessError> LocalProcess::launch(const Program& program, Launch& made) {
     const auto delegate = m_delegate.lock();
     const winsize size = delegate ? delegate->getWindowSize() : winsize{25, 80, 0, 0};
     PseudoTerminalHelpers::Command command{
@@ -97,10 +136,11 @@ void LocalProcess::startProcess(const Program& program) {
     command.args.insert(command.args.end(), program.args.begin(), program.args.end());
     auto child = PseudoTerminalHelpers::fork(command, size);
     if (!child) {
-        finishLaunchFailure(child.error());
-        return;
+        return child.error();
     }
-    auto session = std::make_shared<Session>(child->pid, weak_from_this(), *this);
+    made.pid = child->pid;
+    const auto session = std::make_shared<Session>(child->pid, weak_from_this(), *this);
+    made.session = session;
     if (child->execError != 0) {
         finishLaunchFailure({LocalProcessError::Reason::exec, child->execError});
         m_state.with([&](State& state) {
@@ -109,25 +149,16 @@ void LocalProcess::startProcess(const Program& program) {
             state.pipeline.reset();
         });
         session->reportExit();
-        return;
+        return {};
     }
     // The exit report can't be early: it is for this session, which has to be known before.
-    const int threadError = m_state.with([&](State& state) {
-        try {
-            state.pipeline =
-                std::make_shared<TerminalIOPipeline>(std::move(child->masterFd), session, Session::watched(session));
-        } catch (const std::system_error& error) {
-            return error.code().value();
-        }
+    m_state.with([&](State& state) {
+        state.pipeline =
+            std::make_shared<TerminalIOPipeline>(std::move(child->masterFd), session, Session::watched(session));
         state.phase = LocalProcessPhase::running;
         state.session = session;
-        return 0;
     });
-    if (threadError != 0) {
-        session->signal(SIGKILL);
-        session->collect();
-        finishLaunchFailure({LocalProcessError::Reason::thread, threadError});
-    }
+    return {};
 }
 
 void LocalProcess::finishLaunchFailure(const LocalProcessError& error) {

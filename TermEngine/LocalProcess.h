@@ -95,6 +95,7 @@ public:
 
 private:
     class Session;
+    struct Launch;
     struct State {
         LocalProcessPhase phase = LocalProcessPhase::notStarted;
         std::shared_ptr<Session> session{};
@@ -104,6 +105,7 @@ private:
     };
 
     LocalProcess(std::weak_ptr<LocalProcessDelegate> delegate, Configuration configuration);
+    [[nodiscard]] std::optional<LocalProcessError> launch(const Program& program, Launch& made);
     void finishLaunchFailure(const LocalProcessError& error);
     void childDidExit(const Session& session, std::optional<int> status);
     [[nodiscard]] std::shared_ptr<TerminalIOPipeline> pipeline() const;

@@ -11,6 +11,8 @@ namespace term {
 namespace {
 
 constexpr size_t mostUnfinished = 16;
+/// Of base64, that hold as much as a text may keep.
+constexpr size_t mostGroups = maximumTextBytes / 3 + 1;
 
 void setActions(NotificationRequest& request, std::string_view actions) {
     while (!actions.empty()) {
@@ -59,11 +61,8 @@ std::optional<NotificationRequest> NotificationAssembler::append(std::string_vie
     std::string_view text = payload.substr(semicolon + 1);
     std::vector<uint8_t> decoded;
     if (isBase64) {
-        auto bytes = decodeBase64(text, maximumTextBytes);
-        if (!bytes) {
-            return std::nullopt;
-        }
-        decoded = std::move(*bytes);
+        // What is no base64 is no text, but may be the last piece; of a long one the front is kept.
+        decoded = decodeBase64(text.substr(0, mostGroups * 4), mostGroups * 3).value_or(std::vector<uint8_t>());
         text = {reinterpret_cast<const char*>(decoded.data()), decoded.size()};
     }
     auto request = std::ranges::find(m_unfinished, identifier, &NotificationRequest::identifier);

@@ -69,6 +69,9 @@ ITermCommand::File::Extent parseExtent(std::string_view text) {
     return {isPixels ? pixels : isPercent ? percent : cells, std::min(*number, largest)};
 }
 
+/// More than a name in base64 and a few numbers take.
+constexpr size_t longestArguments = 4 * maximumTextBytes;
+
 ITermCommand::File parseFileArguments(std::string_view arguments) {
     ITermCommand::File file;
     while (!arguments.empty()) {
@@ -91,7 +94,7 @@ ITermCommand::File parseFileArguments(std::string_view arguments) {
 }
 
 std::optional<ITermCommand> parseFile(std::string_view payload, size_t limitBytes) {
-    const size_t colon = payload.find(':');
+    const size_t colon = payload.substr(0, longestArguments + 1).find(':');
     if (colon == std::string_view::npos) {
         return std::nullopt;
     }
@@ -204,11 +207,17 @@ std::optional<ClipboardReport> parseClipboard(std::string_view payload, size_t l
         report.kind = ClipboardReport::Kind::query;
         return report;
     }
-    Base64Decoder decoder(limitBytes);
-    if (decoder.append(encoded) == Base64Decoder::Error::tooLong) {
+    // Only the end of what is not padded shows its last bytes.
+    constexpr size_t mostBytesOfEnd = 2;
+    Base64Decoder decoder(limitBytes + mostBytesOfEnd);
+    if (decoder.append(encoded) == Base64Decoder::Error::tooLong || decoder.size() > limitBytes) {
         return std::nullopt;
     }
-    if (auto data = decoder.finish(); data && !data->empty()) {
+    auto data = decoder.finish();
+    if (data && data->size() > limitBytes) {
+        return std::nullopt;
+    }
+    if (data && !data->empty()) {
         report.kind = ClipboardReport::Kind::write;
         report.data = std::move(*data);
     }
@@ -244,7 +253,7 @@ std::optional<ITermCommand> parseITermCommand(std::string_view payload, size_t f
     case Kind::file:
         return parseFile(payload, fileLimitBytes);
     case Kind::fileBegin:
-        command.file = parseFileArguments(payload);
+        command.file = parseFileArguments(payload.substr(0, longestArguments));
         return command;
     case Kind::filePart:
         command.encoded = payload;
@@ -260,6 +269,9 @@ std::optional<ITermCommand> parseITermCommand(std::string_view payload, size_t f
     }
     case Kind::currentDirectory:
         // Cut, it would be another folder.
+        if (payload.size() > maximumTextBytes) {
+            return std::nullopt;
+        }
         command.value = wholeText(payload);
         return command.value.size() <= maximumTextBytes ? std::optional(command) : std::nullopt;
     case Kind::cursorShape:

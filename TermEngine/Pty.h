@@ -16,8 +16,8 @@ namespace term {
 /// Why a launch failed.
 struct LocalProcessError {
     enum class Reason : uint8_t {
-        allocation, ///< no memory for the arguments
-        pipe,       ///< no descriptors left
+        allocation, ///< no memory for the arguments, or to read from it
+        pipe,       ///< no descriptors left, also to read from it
         fork,       ///< no pseudo-terminal or no process
         exec,       ///< the program can't be run; its process has ended with status 127
         thread,     ///< no thread to read from it

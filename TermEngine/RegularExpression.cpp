@@ -1,5 +1,6 @@
 #include "TermEngine/RegularExpression_p.h"
 #include "TermEngine/Unicode.h"
+#include "TermEngine/UnicodeTables_p.h"
 
 #include <algorithm>
 
@@ -7,6 +8,8 @@ namespace term {
 namespace {
 
 constexpr char32_t lastScalar = 0x10FFFF;
+constexpr char32_t longS = 0x17F;
+constexpr char32_t kelvinSign = 0x212A;
 /// That are passed over because no match begins with them.
 constexpr std::size_t scalarsAStep = 4;
 
@@ -22,6 +25,13 @@ bool isWordEdge(std::u32string_view text, std::size_t at) {
 
 } // namespace
 
+bool isWithinWord(std::u32string_view text, std::size_t at) {
+    const auto classAt = [text](std::size_t index) {
+        return text[index] == U'_' ? unicode::WordClass::joining : unicode::wordClass(text[index]);
+    };
+    return at > 0 && at < text.size() && areOneWord(classAt(at - 1), classAt(at));
+}
+
 /// Recursive descent; each part is a piece of program whose jumps are relative, so that it can be moved and repeated.
 class RegularExpressionParser {
 public:
@@ -33,10 +43,18 @@ public:
     RegularExpressionParser(std::u32string_view pattern, CaseMatching matching)
         : m_pattern(pattern), m_folds(matching == CaseMatching::folded) {}
 
-    std::optional<Expression> parse() {
-        Piece program = alternatives();
+    std::optional<Expression> parse(WordMatching words) {
+        Piece program;
+        const bool isOfWords = words == WordMatching::wholeWords;
+        if (isOfWords) {
+            program.push_back({.op = Op::outsideWord});
+        }
+        append(program, alternatives());
         if (m_failed || m_at < m_pattern.size()) {
             return {};
+        }
+        if (isOfWords) {
+            program.push_back({.op = Op::outsideWord});
         }
         program.push_back({});
         Expression made;
@@ -221,20 +239,28 @@ private:
     }
 
     Piece ofSet(Set set) {
+        set.normalize();
         if (m_folds) {
-            // The text is folded: what a range holds stands there in its folded form.
-            const auto given = set.ranges;
-            for (const auto& [first, last] : given) {
-                for (char32_t scalar = first; scalar <= std::min<char32_t>(last, first + 0x2000); ++scalar) {
-                    if (const char32_t folded = unicode::foldCase(scalar); folded != scalar) {
-                        set.ranges.emplace_back(folded, folded);
-                    }
+            addFolded(set);
+            set.normalize();
+        }
+        m_sets.push_back(std::move(set));
+        return {{.op = Op::set, .value = static_cast<char32_t>(m_sets.size() - 1)}};
+    }
+
+    /// The text is folded: what a set holds stands there in its folded form.
+    static void addFolded(Set& set) {
+        const auto given = set.ranges;
+        for (const auto& [first, last] : given) {
+            for (const unicode::FoldingRun& run : unicode::foldingRuns) {
+                const auto step = static_cast<char32_t>(run.step);
+                const char32_t skipped = first > run.first ? (first - run.first + step - 1) / step : 0;
+                for (char32_t scalar = run.first + skipped * step; scalar <= std::min(last, run.last); scalar += step) {
+                    const auto folded = static_cast<char32_t>(static_cast<std::int32_t>(scalar) + run.distance);
+                    set.ranges.emplace_back(folded, folded);
                 }
             }
         }
-        set.normalize();
-        m_sets.push_back(std::move(set));
-        return {{.op = Op::set, .value = static_cast<char32_t>(m_sets.size() - 1)}};
     }
 
     /// \d, \w, \s and their opposites.
@@ -250,6 +276,10 @@ private:
             break;
         case U'w':
             set.ranges = {{U'0', U'9'}, {U'A', U'Z'}, {U'_', U'_'}, {U'a', U'z'}};
+            if (m_folds) {
+                // They fold to letters of ASCII (ECMAScript, WordCharacters).
+                set.ranges.insert(set.ranges.end(), {{longS, longS}, {kelvinSign, kelvinSign}});
+            }
             break;
         case U's':
             set.ranges = {{0x09, 0x0D},     {U' ', U' '},     {0xA0, 0xA0},     {0x1680, 0x1680}, {0x2000, 0x200A},
@@ -391,16 +421,32 @@ bool RegularExpression::Set::contains(char32_t scalar) const {
     return found != isNegated;
 }
 
-std::optional<RegularExpression> RegularExpression::compile(std::u32string_view pattern, CaseMatching matching) {
+std::optional<RegularExpression> RegularExpression::compile(
+    std::u32string_view pattern, CaseMatching matching, WordMatching words) {
     if (pattern.size() > largestProgram) {
         return {};
     }
-    return RegularExpressionParser(pattern, matching).parse();
+    return RegularExpressionParser(pattern, matching).parse(words);
 }
 
 bool RegularExpression::accepts(const Instruction& instruction, char32_t scalar) const {
     return instruction.op == Op::scalar ? instruction.value == scalar
                                         : instruction.op == Op::set && m_sets[instruction.value].contains(scalar);
+}
+
+bool RegularExpression::isMet(Op condition, std::u32string_view text, std::size_t at) {
+    switch (condition) {
+    case Op::textStart:
+        return at == 0;
+    case Op::textEnd:
+        return at == text.size();
+    case Op::wordEdge:
+        return isWordEdge(text, at);
+    case Op::noWordEdge:
+        return !isWordEdge(text, at);
+    default:
+        return !isWithinWord(text, at);
+    }
 }
 
 /// Adds what a way comes to without taking a scalar, the preferred first.
@@ -425,9 +471,8 @@ void RegularExpression::follow(Threads& threads, Thread thread, std::u32string_v
         case Op::textEnd:
         case Op::wordEdge:
         case Op::noWordEdge:
-            if (instruction.op == Op::textStart ? at == 0
-                : instruction.op == Op::textEnd ? at == text.size()
-                                                : isWordEdge(text, at) == (instruction.op == Op::wordEdge)) {
+        case Op::outsideWord:
+            if (isMet(instruction.op, text, at)) {
                 m_stack.push_back(here + 1);
             }
             break;

@@ -11,6 +11,10 @@
 namespace term {
 
 enum class CaseMatching : std::uint8_t { exact, folded };
+enum class WordMatching : std::uint8_t { anywhere, wholeWords };
+
+/// Whether the scalars on both sides of a place are of one word.
+[[nodiscard]] bool isWithinWord(std::u32string_view text, std::size_t at);
 
 /// A regular expression in the grammar of ECMAScript, without what needs a text to be tried again: references to groups
 /// and looking ahead or behind. All ways are followed at once, so that the time is at most the length of the text by
@@ -28,9 +32,11 @@ public:
         bool operator==(const Match&) const = default;
     };
 
-    /// Nothing where the text is no expression, or too large a one.
+    /// Nothing where the text is no expression, or too large a one. With whole words, no match begins or ends within
+    /// one.
     [[nodiscard]] static std::optional<RegularExpression> compile(
-        std::u32string_view pattern, CaseMatching matching = CaseMatching::exact);
+        std::u32string_view pattern, CaseMatching matching = CaseMatching::exact,
+        WordMatching words = WordMatching::anywhere);
 
     /// The first match from a place on that is not empty: of those that begin there, the one that the order of the
     /// alternatives prefers. What stands before `from` counts for ^ and \b. Each step takes one from `budget`; when it
@@ -42,7 +48,18 @@ public:
 
 private:
     friend class RegularExpressionParser;
-    enum class Op : std::uint8_t { scalar, set, split, jump, textStart, textEnd, wordEdge, noWordEdge, match };
+    enum class Op : std::uint8_t {
+        scalar,
+        set,
+        split,
+        jump,
+        textStart,
+        textEnd,
+        wordEdge,
+        noWordEdge,
+        outsideWord,
+        match
+    };
     struct Instruction {
         Op op = Op::match;
         char32_t value = 0; ///< the scalar, or the number of the set
@@ -67,6 +84,7 @@ private:
     };
 
     [[nodiscard]] bool accepts(const Instruction& instruction, char32_t scalar) const;
+    [[nodiscard]] static bool isMet(Op condition, std::u32string_view text, std::size_t at);
     void follow(Threads& threads, Thread thread, std::u32string_view text, std::size_t at);
     void takeScalar(std::u32string_view text);
     void findStarts();

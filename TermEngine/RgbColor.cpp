@@ -1,5 +1,7 @@
 #include "TermEngine/RgbColor.h"
 
+#include "TermEngine/ColorNames_p.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -7,66 +9,6 @@
 
 namespace term {
 namespace {
-
-struct NamedColor {
-    std::string_view name;
-    RgbColor color;
-};
-
-/// In the order of their names.
-constexpr std::array namedColors{
-    NamedColor{"aqua", {0, 255, 255}},
-    NamedColor{"beige", {245, 245, 220}},
-    NamedColor{"black", {0, 0, 0}},
-    NamedColor{"blue", {0, 0, 255}},
-    NamedColor{"brown", {165, 42, 42}},
-    NamedColor{"chocolate", {210, 105, 30}},
-    NamedColor{"coral", {255, 127, 80}},
-    NamedColor{"crimson", {220, 20, 60}},
-    NamedColor{"cyan", {0, 255, 255}},
-    NamedColor{"darkblue", {0, 0, 139}},
-    NamedColor{"darkgray", {169, 169, 169}},
-    NamedColor{"darkgreen", {0, 100, 0}},
-    NamedColor{"darkgrey", {169, 169, 169}},
-    NamedColor{"darkorange", {255, 140, 0}},
-    NamedColor{"darkred", {139, 0, 0}},
-    NamedColor{"fuchsia", {255, 0, 255}},
-    NamedColor{"gold", {255, 215, 0}},
-    NamedColor{"gray", {190, 190, 190}},
-    NamedColor{"green", {0, 255, 0}},
-    NamedColor{"grey", {190, 190, 190}},
-    NamedColor{"indigo", {75, 0, 130}},
-    NamedColor{"ivory", {255, 255, 240}},
-    NamedColor{"khaki", {240, 230, 140}},
-    NamedColor{"lavender", {230, 230, 250}},
-    NamedColor{"lightblue", {173, 216, 230}},
-    NamedColor{"lightgray", {211, 211, 211}},
-    NamedColor{"lightgreen", {144, 238, 144}},
-    NamedColor{"lightgrey", {211, 211, 211}},
-    NamedColor{"lime", {0, 255, 0}},
-    NamedColor{"magenta", {255, 0, 255}},
-    NamedColor{"maroon", {176, 48, 96}},
-    NamedColor{"navy", {0, 0, 128}},
-    NamedColor{"olive", {128, 128, 0}},
-    NamedColor{"orange", {255, 165, 0}},
-    NamedColor{"orchid", {218, 112, 214}},
-    NamedColor{"pink", {255, 192, 203}},
-    NamedColor{"plum", {221, 160, 221}},
-    NamedColor{"purple", {160, 32, 240}},
-    NamedColor{"red", {255, 0, 0}},
-    NamedColor{"salmon", {250, 128, 114}},
-    NamedColor{"sienna", {160, 82, 45}},
-    NamedColor{"silver", {192, 192, 192}},
-    NamedColor{"tan", {210, 180, 140}},
-    NamedColor{"teal", {0, 128, 128}},
-    NamedColor{"tomato", {255, 99, 71}},
-    NamedColor{"turquoise", {64, 224, 208}},
-    NamedColor{"violet", {238, 130, 238}},
-    NamedColor{"wheat", {245, 222, 179}},
-    NamedColor{"white", {255, 255, 255}},
-    NamedColor{"yellow", {255, 255, 0}},
-};
-static_assert(std::ranges::is_sorted(namedColors, {}, &NamedColor::name));
 
 std::optional<uint32_t> hexadecimal(std::string_view digits) {
     uint32_t value = 0;
@@ -77,8 +19,8 @@ std::optional<uint32_t> hexadecimal(std::string_view digits) {
 
 /// A part after "rgb:", which is a fraction of the largest number of as many digits.
 std::optional<uint8_t> scaledPart(std::string_view digits) {
-    const auto value = hexadecimal(digits);
-    if (!value || digits.size() > 4) {
+    const auto value = digits.size() <= 4 ? hexadecimal(digits) : std::nullopt;
+    if (!value) {
         return std::nullopt;
     }
     const uint32_t largest = (1U << (4 * digits.size())) - 1;
@@ -138,29 +80,53 @@ std::optional<RgbColor> sharp(std::string_view digits) {
     return RgbColor{parts[0], parts[1], parts[2]};
 }
 
-std::optional<RgbColor> named(std::string_view text) {
-    constexpr size_t longestName = 16;
+/// In small letters and without blanks, as names of colours are compared; nothing where it is too long for one.
+std::optional<std::string> plainName(std::string_view text) {
+    constexpr size_t longestName = 64;
+    if (text.size() > longestName) {
+        return std::nullopt;
+    }
     std::string name;
-    for (const char letter : text.substr(0, longestName)) {
+    for (const char letter : text) {
         if (letter != ' ') {
             name.push_back(letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 0x20) : letter);
         }
     }
-    const auto* found = std::ranges::lower_bound(namedColors, name, {}, &NamedColor::name);
-    const bool isKnown = text.size() <= longestName && found != namedColors.end() && found->name == name;
-    return isKnown ? std::optional(found->color) : std::nullopt;
+    return name;
+}
+
+std::optional<RgbColor> named(std::string_view text) {
+    std::optional<std::string> name = plainName(text);
+    if (!name) {
+        return std::nullopt;
+    }
+    if (const size_t at = name->find("grey"); at != std::string::npos) {
+        name->replace(at, 4, "gray");
+    }
+    const auto* found = std::ranges::lower_bound(namedColors, *name, {}, &NamedColor::name);
+    if (found == namedColors.end() || found->name != *name) {
+        return std::nullopt;
+    }
+    return RgbColor{
+        static_cast<uint8_t>(found->rgb >> 16U), static_cast<uint8_t>(found->rgb >> 8U & 0xFFU),
+        static_cast<uint8_t>(found->rgb & 0xFFU)};
 }
 
 } // namespace
 
 std::optional<RgbColor> parseColorSpec(std::string_view text) {
-    if (text.starts_with("rgb:")) {
-        return threeParts(text.substr(4), scaledPart);
+    if (text.starts_with('#')) {
+        return sharp(text.substr(1));
     }
-    if (text.starts_with("rgbi:")) {
-        return threeParts(text.substr(5), intensityPart);
+    const size_t colon = text.find(':');
+    if (colon == std::string_view::npos) {
+        return named(text);
     }
-    return text.starts_with('#') ? sharp(text.substr(1)) : named(text);
+    const std::optional<std::string> space = plainName(text.substr(0, colon));
+    if (space == "rgb" && colon == 3) {
+        return threeParts(text.substr(colon + 1), scaledPart);
+    }
+    return space == "rgbi" && colon == 4 ? threeParts(text.substr(colon + 1), intensityPart) : std::nullopt;
 }
 
 std::string formatColorSpec(RgbColor color) {

@@ -16,7 +16,7 @@ struct RgbColor {
 };
 
 /// A colour as XParseColor(3) takes it: "rgb:" with one to four hexadecimal digits a part, "rgbi:" with parts from 0 to
-/// 1, "#" and three to twelve digits, or one of the common names of X11.
+/// 1, "#" and three to twelve digits, or one of the names of X11.
 [[nodiscard]] std::optional<RgbColor> parseColorSpec(std::string_view text);
 
 /// "rgb:ffff/8080/0000", as a terminal answers a question for a colour.

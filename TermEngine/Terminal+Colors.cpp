@@ -12,6 +12,8 @@ namespace {
 
 /// Answers to one string; all there are to ask fit. Whatever a string asks beyond would multiply its length.
 constexpr int mostAnswers = 512;
+/// Of one string are read; four times as many as there are colours.
+constexpr int mostEntries = 1024;
 
 } // namespace
 
@@ -51,7 +53,7 @@ bool Terminal::dispatchColors(int code, std::string_view payload, StringEnd end)
 void Terminal::paletteColors(int code, std::string_view payload, StringEnd end) {
     const int first = code == 4 ? 0 : ColorTable::paletteSize;
     int answers = 0;
-    while (!payload.empty()) {
+    for (int entry = 0; entry < mostEntries && !payload.empty(); ++entry) {
         const std::optional<int> given = numberOf(cutAt(payload, ';'));
         const std::string_view notation = cutAt(payload, ';');
         if (!given || *given < 0 || *given >= ColorTable::paletteSize + ColorTable::specialCount - first) {
@@ -82,7 +84,7 @@ void Terminal::resetPalette(int code, std::string_view payload) {
     }
     // By their numbers the special colours can be reset with either, as they can be set.
     count = ColorTable::paletteSize + ColorTable::specialCount - first;
-    while (!payload.empty()) {
+    for (int entry = 0; entry < mostEntries && !payload.empty(); ++entry) {
         if (const std::optional<int> given = numberOf(cutAt(payload, ';')); given && *given >= 0 && *given < count) {
             m_colors.set(first + *given, {});
             m_delegate.colorChanged(*this, first + *given);
@@ -156,7 +158,7 @@ void Terminal::kittyColors(std::string_view payload, StringEnd end) {
         }
         answers += ";" + std::string(key) + "=" + (color ? formatColorSpec(*color) : "");
     };
-    while (!payload.empty()) {
+    for (int entry = 0; entry < mostEntries && !payload.empty(); ++entry) {
         std::string_view value = cutAt(payload, ';');
         const std::string_view name = cutAt(value, '=');
         const std::optional<RgbColor> color = parseColorSpec(value);

@@ -180,6 +180,7 @@ void Terminal::resize(int cols, int rows) {
     moveImagesTo(std::span(places).first(imageCount));
     moveSelectionTo(std::span(places).subspan(imageCount));
     m_alternate->resize(cols, rows);
+    rememberSelection();
     cutOverwrittenImages();
     dropPassedImages();
     tellOfChanges();

@@ -58,7 +58,7 @@ public:
             dropPassedImages();
         }
         if (m_selection.range()) [[unlikely]] {
-            dropSelectionWithin(0, static_cast<std::int64_t>(m_buffer->trimmedCount()) - 1);
+            checkSelection();
         }
         if (m_options.screenReaderMode || !m_echo.empty()) [[unlikely]] {
             echoAndAnnounce();
@@ -144,7 +144,7 @@ public:
     void resolveKittyClipboardPermission(std::uint64_t number, ClipboardPermission permission);
 
     /// What the user has selected on the screen that is shown (Terminal+Selection.cpp). It follows a change of the
-    /// width, and ends when its text moves otherwise or goes.
+    /// width, and ends when its text moves otherwise or is another one after a feed.
     [[nodiscard]] const TextSelection& selection() const { return m_selection; }
     void startSelection(TextPlace place, TextSelection::Unit unit);
     void extendSelection(TextPlace place);
@@ -394,6 +394,21 @@ private:
     }
 
     // Terminal+Selection.cpp
+    /// The selection in the lines that programs could write to when it was looked at.
+    struct SelectedText {
+        struct Line {
+            RenderIdentity identity = 0;
+            std::uint64_t generation = 0;
+            bool operator==(const Line&) const = default;
+        };
+        std::int64_t firstLine = 0;
+        std::vector<Line> lines{};
+        std::string text{};
+    };
+    void rememberSelection();
+    [[nodiscard]] std::string selectedTextFrom(std::int64_t firstLine) const;
+    [[nodiscard]] SelectedText::Line selectedLine(std::int64_t line) const;
+    void checkSelection();
     template <typename Change>
     void changeSelection(const Change& change);
     void dropSelection();
@@ -512,6 +527,7 @@ private:
     std::uint64_t m_questionNumber = 0;
     std::uint64_t m_permissionNumber = 0;
     TextSelection m_selection;
+    SelectedText m_selectedText;
     bool m_imagesHaveChanged = false; ///< and the host has not heard of it
     bool m_selectionHasChanged = false;
     TerminalOscEventDispatcher m_oscEvents;

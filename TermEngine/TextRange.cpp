@@ -80,6 +80,60 @@ private:
     int m_col = 0;
 };
 
+/// A cell that a shell's marks made part of something.
+struct SemanticCell {
+    int index = 0;
+    int col = 0;
+    std::uint8_t code = 0;
+};
+
+/// The next cell with text from column `col` of a line on, or back from it, and over lines up to where a prompt begins.
+std::optional<SemanticCell> nextWritten(const Buffer& buffer, int index, int col, int step) {
+    for (int at = index; at >= 0 && at < buffer.lineCount(); at += step) {
+        const bool beginsPrompt = buffer.lineAt(at).semanticMarks().promptStart;
+        if (at != index && step > 0 && beginsPrompt) {
+            break;
+        }
+        const std::span<const PackedCell> cells = buffer.lineAt(at).usedCells();
+        const int length = static_cast<int>(cells.size());
+        const int from = at == index ? col : step > 0 ? 0 : length - 1;
+        for (int i = step > 0 ? from : std::min(from, length - 1); i >= 0 && i < length; i += step) {
+            const PackedCell cell = cells[static_cast<std::size_t>(i)];
+            if (!cell.isBlank()) {
+                return SemanticCell{at, i, cell.semanticCode()};
+            }
+        }
+        if (step < 0 && beginsPrompt) {
+            break;
+        }
+    }
+    return {};
+}
+
+/// What the cell at a place belongs to. Of one that nobody wrote, which tabs and motions of the cursor leave, what
+/// stands behind it in its line decides, or else what stands before and behind it, when that is the same.
+std::optional<SemanticCell> semanticCellAround(const Buffer& buffer, int index, int col) {
+    const std::optional<SemanticCell> behind = nextWritten(buffer, index, col, 1);
+    if (!behind || behind->index != index) {
+        const std::optional<SemanticCell> before = nextWritten(buffer, index, col, -1);
+        if (!before || !behind || before->code != behind->code) {
+            return {};
+        }
+    }
+    return behind->code == 0 ? std::nullopt : behind;
+}
+
+/// The last cell in a direction of the part that a cell belongs to. Cells that nobody wrote do not end it.
+SemanticCell lastOfPart(const Buffer& buffer, SemanticCell cell, int step) {
+    SemanticCell last = cell;
+    std::optional<SemanticCell> next = cell;
+    while (next && next->code == cell.code) {
+        last = *next;
+        next = nextWritten(buffer, last.index, last.col + step, step);
+    }
+    return last;
+}
+
 } // namespace
 
 int indexOf(const Buffer& buffer, std::int64_t line) {
@@ -103,6 +157,11 @@ int firstOfWrapped(const Buffer& buffer, int index) {
 
 std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shape) {
     std::string text;
+    const std::int64_t endLine = firstLine(buffer) + buffer.lineCount();
+    if (std::max(range.start.line, range.end.line) < firstLine(buffer) ||
+        std::min(range.start.line, range.end.line) >= endLine) {
+        return text;
+    }
     if (shape == RangeShape::rectangle) {
         const auto [left, right] = std::minmax(range.start.col, range.end.col);
         const int first = indexOf(buffer, std::min(range.start.line, range.end.line));
@@ -121,7 +180,7 @@ std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shap
     for (int index = first; index <= last; ++index) {
         const int from = index == first && range.start.line >= firstLine(buffer) ? range.start.col : 0;
         const int length = textLength(buffer, index);
-        const int end = index == last ? std::min(range.end.col, length) : length;
+        const int end = index == last && range.end.line < endLine ? std::min(range.end.col, length) : length;
         text += buffer.lineAt(index).translateToString(buffer.cellArena(), false, from, std::max(end, 0));
         if (index < last && !flowsOver(buffer, index)) {
             text += '\n';
@@ -163,26 +222,16 @@ TextRange wordAt(const Buffer& buffer, TextPlace place, std::string_view alsoInW
 
 std::optional<TextRange> semanticRangeAt(const Buffer& buffer, TextPlace place) {
     const int index = indexOf(buffer, place.line);
-    const std::uint8_t wanted = buffer.lineAt(index)[place.col].semanticCode();
-    if (wanted == 0) {
+    const std::optional<SemanticCell> found = semanticCellAround(buffer, index, std::max(place.col, 0));
+    if (!found) {
         return {};
     }
-    // The part ends where another one begins; what was never written does not count.
-    const auto extent = [&](int step) {
-        TextPlace last = {firstLine(buffer) + index, place.col};
-        for (int at = index, col = place.col; at >= 0 && at < buffer.lineCount(); at += step) {
-            const int length = buffer.lineAt(at).getTrimmedLength();
-            for (col = at == index ? col : step > 0 ? 0 : length - 1; col >= 0 && col < length; col += step) {
-                if (buffer.lineAt(at)[col].semanticCode() != wanted) {
-                    return last;
-                }
-                last = {firstLine(buffer) + at, col};
-            }
-        }
-        return last;
-    };
-    const TextPlace end = extent(1);
-    return TextRange{extent(-1), {end.line, end.col + 1}};
+    const SemanticCell first = lastOfPart(buffer, *found, -1);
+    const SemanticCell last = lastOfPart(buffer, *found, 1);
+    // What indents its first line belongs to it.
+    const std::optional<SemanticCell> before = nextWritten(buffer, first.index, first.col - 1, -1);
+    const int col = before && before->index == first.index ? first.col : 0;
+    return TextRange{{firstLine(buffer) + first.index, col}, {firstLine(buffer) + last.index, last.col + 1}};
 }
 
 std::optional<std::int64_t> promptFrom(const Buffer& buffer, std::int64_t line, int direction) {

@@ -25,7 +25,8 @@ struct TextRange {
 
 enum class RangeShape : std::uint8_t { flowing, rectangle };
 
-/// UTF-8: soft wraps joined, other lines parted by LF, no blanks that nobody wrote at the ends of lines.
+/// UTF-8: soft wraps joined, other lines parted by LF, no blanks that nobody wrote at the ends of lines. What
+/// has left the history has no text any more.
 [[nodiscard]] std::string textIn(const Buffer& buffer, const TextRange& range, RangeShape shape = RangeShape::flowing);
 
 /// Up to where cells of a line count: all of one that flows over, but for the last one where a wide character did not

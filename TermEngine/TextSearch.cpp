@@ -16,7 +16,8 @@ using Match = RegularExpression::Match;
 /// A plain text (Knuth, Morris, Pratt: the time is that of reading both once, whatever they are).
 class PlainText {
 public:
-    explicit PlainText(std::u32string text) : m_text(std::move(text)), m_border(m_text.size() + 1) {
+    PlainText(std::u32string text, WordMatching words)
+        : m_text(std::move(text)), m_words(words), m_border(m_text.size() + 1) {
         std::size_t border = 0;
         for (std::size_t i = 1; i < m_text.size(); ++i) {
             border = extended(border, m_text[i]);
@@ -38,10 +39,17 @@ public:
             }
             for (const std::size_t end = std::min(text.size(), m_at + scalarsAStep); m_at < end;) {
                 m_matched = extended(m_matched, text[m_at++]);
-                if (m_matched == m_text.size()) {
-                    --budget;
-                    return Match{m_at - m_matched, m_at};
+                if (m_matched < m_text.size()) {
+                    continue;
                 }
+                const Match match{m_at - m_matched, m_at};
+                if (m_words == WordMatching::anywhere ||
+                    (!isWithinWord(text, match.first) && !isWithinWord(text, match.end))) {
+                    --budget;
+                    return match;
+                }
+                // The next one may begin within this one.
+                m_matched = m_border[m_matched];
             }
         }
         return {};
@@ -60,6 +68,7 @@ private:
     }
 
     std::u32string m_text;
+    WordMatching m_words;
     std::vector<std::size_t> m_border; ///< of each beginning: how long an end of it is a beginning too
     std::size_t m_at = 0;
     std::size_t m_matched = 0; ///< of the text, at the end of what was read
@@ -84,6 +93,10 @@ public:
     /// Takes rows until the steps are used up.
     void read(const Buffer& buffer, std::uint64_t& steps) {
         const auto trimmed = static_cast<std::int64_t>(buffer.trimmedCount());
+        if (m_next < trimmed) {
+            // Rows that have left the history in between; what is left of the line begins behind them.
+            begin(buffer, std::min(trimmed, m_end), m_end);
+        }
         const auto isThere = [&] {
             return m_next >= trimmed && m_next < std::min(m_end, trimmed + buffer.lineCount());
         };
@@ -143,16 +156,6 @@ private:
     std::u32string m_text;
     std::vector<std::uint32_t> m_cells; ///< of each scalar, from the first of the line on
 };
-
-bool isWholeWord(std::u32string_view text, const Match& match) {
-    const auto isCut = [text](std::size_t at) {
-        const auto classAt = [text](std::size_t index) {
-            return text[index] == U'_' ? unicode::WordClass::joining : unicode::wordClass(text[index]);
-        };
-        return at > 0 && at < text.size() && areOneWord(classAt(at - 1), classAt(at));
-    };
-    return !isCut(match.first) && !isCut(match.end);
-}
 
 } // namespace
 
@@ -230,9 +233,7 @@ private:
                 return true;
             }
             m_from = match->end;
-            if (!m_options.wholeWords || isWholeWord(text, *match)) {
-                add(m_line.range(*match));
-            }
+            add(m_line.range(*match));
         }
         return false;
     }
@@ -264,10 +265,11 @@ TextSearch& TextSearch::operator=(TextSearch&&) noexcept = default;
 TextSearch::~TextSearch() = default;
 
 std::optional<TextSearch> TextSearch::of(std::string_view pattern, const SearchOptions& options) {
+    const WordMatching words = options.wholeWords ? WordMatching::wholeWords : WordMatching::anywhere;
     const CaseMatching matching = options.ignoresCase ? CaseMatching::folded : CaseMatching::exact;
     std::u32string wanted = unicode::fromUtf8(pattern);
     if (options.isRegularExpression) {
-        std::optional<RegularExpression> expression = RegularExpression::compile(wanted, matching);
+        std::optional<RegularExpression> expression = RegularExpression::compile(wanted, matching, words);
         return expression
                    ? std::optional(TextSearch(std::make_unique<Searcher>(*std::move(expression), matching, options)))
                    : std::nullopt;
@@ -275,7 +277,7 @@ std::optional<TextSearch> TextSearch::of(std::string_view pattern, const SearchO
     if (options.ignoresCase) {
         std::ranges::transform(wanted, wanted.begin(), unicode::foldCase);
     }
-    return TextSearch(std::make_unique<Searcher>(PlainText(std::move(wanted)), matching, options));
+    return TextSearch(std::make_unique<Searcher>(PlainText(std::move(wanted), words), matching, options));
 }
 
 void TextSearch::start(const Buffer& buffer, std::int64_t oldest) {

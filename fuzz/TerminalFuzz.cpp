@@ -22,6 +22,19 @@ uint64_t digestOf(const term::ScreenSnapshot& snapshot) {
     return digest;
 }
 
+/// What a person does with the mouse.
+void select(term::Terminal& terminal, int index) {
+    const term::Buffer& buffer = terminal.buffer();
+    const int64_t line = static_cast<int64_t>(buffer.trimmedCount()) + index;
+    terminal.clickPrompt({line, 3});
+    if (index >= buffer.lineCount()) {
+        return;
+    }
+    terminal.startSelection({line, 1}, static_cast<term::TextSelection::Unit>(line % 4));
+    terminal.extendSelection({line - 2, 9});
+    static_cast<void>(term::semanticRangeAt(buffer, {line, 2}));
+}
+
 } // namespace
 
 /// A terminal of a size and options from the first bytes; then pieces of a program's output, and what a host does
@@ -62,7 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             require(digestOf(snapshot) == drawnDigest);
             snapshot = term::takeSnapshot(terminal, &snapshot);
             drawnDigest = digestOf(snapshot);
-            terminal.clickPrompt({static_cast<int64_t>(terminal.buffer().trimmedCount()) + input.byte() % 32, 3});
+            select(terminal, input.byte() % 32);
             break;
         case 0xFF:
             terminal.buffer().setYDisp(input.byte());

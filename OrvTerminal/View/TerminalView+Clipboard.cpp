@@ -56,12 +56,15 @@ void TerminalView::selectOutput() {
     const int step = isScrolled ? 1 : -1;
     for (std::int64_t line = isScrolled ? firstLine() : end - 1; line >= first && line < end; line += step) {
         const term::BufferLine& cells = buffer.lineAt(static_cast<int>(line - first));
-        const bool isOutput = cells.getTrimmedLength() > 0 &&
-                              cells[0].semanticCode() == static_cast<std::uint8_t>(term::SemanticContent::output);
+        const auto written = cells.usedCells();
+        const auto begin = std::ranges::find_if_not(written, &term::PackedCell::isBlank);
+        const bool isOutput =
+            begin != written.end() && begin->semanticCode() == static_cast<std::uint8_t>(term::SemanticContent::output);
         if (!isOutput) {
             continue;
         }
-        if (const auto range = term::semanticRangeAt(buffer, {line, 0})) {
+        const int col = static_cast<int>(begin - written.begin());
+        if (const auto range = term::semanticRangeAt(buffer, {line, col})) {
             terminal.startSelection(range->start, term::TextSelection::Unit::character);
             terminal.extendSelection(range->end);
         }

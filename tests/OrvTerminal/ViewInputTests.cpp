@@ -342,7 +342,7 @@ TEST_F(TerminalViews, ScrollThroughTheHistoryAndBack) {
     for (int command = 0; command < 5; ++command) {
         terminal().feed("\x1b]133;A\x07$ \x1b]133;B\x07run\r\n\x1b]133;C\x07");
         for (int line = 0; line < 12; ++line) {
-            terminal().feed("output " + std::to_string(line) + "\r\n");
+            terminal().feed("\toutput " + std::to_string(line) + "\r\n");
         }
         terminal().feed("\x1b]133;D;1\x07");
     }

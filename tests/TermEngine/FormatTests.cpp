@@ -39,6 +39,14 @@ TEST(RgbColor, ReadsColoursAsXParseColorDoes) {
         {"#ffff80000100", RgbColor{255, 128, 1}},
         {"Dark Orange", RgbColor{255, 140, 0}},
         {"yellow", RgbColor{255, 255, 0}},
+        {"RGB:11/22/33", RgbColor{0x11, 0x22, 0x33}},
+        {"gray50", RgbColor{127, 127, 127}},
+        {"navy blue", RgbColor{0, 0, 128}},
+        {"DARK SLATE GREY", RgbColor{0x2F, 0x4F, 0x4F}},
+        {"green4", RgbColor{0, 0x8B, 0}},
+        {"light goldenrod yellow", RgbColor{0xFA, 0xFA, 0xD2}},
+        {"darkgrey42", {}},
+        {"r gb:11/22/33", {}},
         {"", {}},
         {"rgb:", {}},
         {"rgb:ff/ff", {}},
@@ -210,7 +218,9 @@ TEST(OscPayloads, ReadsProgressAndClipboard) {
     EXPECT_EQ(parseClipboard(";?", 3), Clipboard({"s0", Kind::query, {}}));
     EXPECT_EQ(parseClipboard("pcxp;!", 3), Clipboard({"cp", Kind::clear, {}}));
     EXPECT_EQ(parseClipboard("c;", 3), Clipboard({"c", Kind::clear, {}}));
-    EXPECT_EQ(parseClipboard("c;QUJDRA==", 3), std::nullopt);
+    for (const char* tooLong : {"c;QUJDRA==", "c;QUJDRA", "c;QUJDREU", "c;QUJDREVG"}) {
+        EXPECT_EQ(parseClipboard(tooLong, 3), std::nullopt) << tooLong;
+    }
     EXPECT_EQ(parseClipboard("QUJD", 3), std::nullopt);
 }
 
@@ -225,6 +235,8 @@ TEST(OscPayloads, ReadsITermCommandsThatDoNoHarm) {
         {"SetMark", ITermCommand{.kind = Kind::setMark}},
         {"CurrentDir=/tmp/a=b\x1b", ITermCommand{.kind = Kind::currentDirectory, .value = "/tmp/a=b"}},
         {"CurrentDir=/" + std::string(4096, 'a'), {}},
+        {"CurrentDir=/" + std::string(4096, '\x01'), {}},
+        {"File=" + std::string(20'000, ';') + ":QUJD", {}},
         {"CursorShape=2", ITermCommand{.kind = Kind::cursorShape, .value = "2"}},
         {"CursorShape=3", {}},
         {"SetUserVar=a=QUJD", ITermCommand{.kind = Kind::setUserVariable, .name = "a", .value = "ABC"}},
@@ -271,6 +283,9 @@ TEST(Notifications, ComeTogetherFromTheirPieces) {
     EXPECT_EQ(assembler.append("i=1:e=1:unknown;bG8="), Request({"1", "Hello", "B", false, true}));
     EXPECT_EQ(assembler.append("i=a\x1b]b;x\x07y"), Request({"ab", "xy", ""})) << "what is sent back is harmless";
     EXPECT_EQ(assembler.append("i=1:e=1;!"), std::nullopt);
+    EXPECT_EQ(assembler.append("i=1:d=0;T"), std::nullopt);
+    EXPECT_EQ(assembler.append("i=1:e=1:p=body;!"), Request({"1", "T", ""})) << "what came before it counts";
+    EXPECT_EQ(assembler.append("e=1;" + std::string(8000, 'V'))->title.size(), 4096U) << "cut, as plain text is";
     EXPECT_EQ(assembler.append("i=1"), std::nullopt);
     EXPECT_EQ(assembler.append("i=1;"), std::nullopt);
     for (int number = 0; number < 1000; ++number) {

@@ -227,6 +227,9 @@ TEST(LocalProcess, TellsAFailedLaunchFromAnExit) {
         const auto attempt = starved->start({.executable = "/bin/true"});
         ::setrlimit(RLIMIT_NOFILE, &before);
         EXPECT_TRUE(eventually([&] { return starved->failure() || starved->ends() > 0; })) << spare;
+        const auto failure = starved->failure();
+        EXPECT_FALSE(failure && failure->reason == LocalProcessError::Reason::thread)
+            << spare << " " << failure->text();
     }
     EXPECT_TRUE(eventually([&] { return entries("/proc/self/fd") == open; }));
 

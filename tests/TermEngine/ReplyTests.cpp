@@ -133,7 +133,7 @@ TEST(Replies, HoldNothingThatAProgramChose) {
     }
 }
 
-TEST(Replies, ToOneStringAreBounded) {
+TEST(Replies, ToOneStringAreBoundedAndSoAreItsEffects) {
     for (const auto& [begin, question] :
          {std::pair("4", ";7;?"), std::pair("21", ";7=?"), std::pair("21", ";cursor=?")}) {
         std::string string = std::string("\x1B]") + begin;
@@ -143,6 +143,19 @@ TEST(Replies, ToOneStringAreBounded) {
         Session session;
         const std::string replies = session.ask(string + "\a");
         EXPECT_EQ(std::ranges::count(replies, ':'), 512) << begin << question; // one in each "rgb:"
+    }
+    for (const std::string change : {"\x1B]4;1;red", "\x1B]21;1=red", "\x1B]104;1"}) {
+        Session session;
+        session.terminal.feed("\x1B]4;2;rgb:1/2/3\a");
+        const std::string entry = change.substr(change.find(';'));
+        std::string last = entry;
+        last[1] = '2';
+        std::string string = change;
+        for (int i = 0; i < 2000; ++i) {
+            string += entry;
+        }
+        EXPECT_EQ(session.ask(string + last + "\a\x1B]4;2;?\a"), "\x1B]4;2;rgb:1111/2222/3333\a") << change;
+        EXPECT_NE(session.ask(change + last + "\a\x1B]4;2;?\a"), "\x1B]4;2;rgb:1111/2222/3333\a") << change;
     }
 }
 

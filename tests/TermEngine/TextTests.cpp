@@ -35,6 +35,10 @@ TEST(TextRange, GivesTextWithoutPaddingAndWithSoftWrapsJoined) {
         {"a rectangle", {{2, 3}, {0, 1}}, RangeShape::rectangle, "ne\n\n t"},
         {"before the first line", {{-5, 3}, {0, 2}}, RangeShape::flowing, "on"},
         {"nothing", {{2, 3}, {2, 3}}, RangeShape::flowing, ""},
+        {"above all", {{-3, 0}, {-1, 3}}, RangeShape::flowing, ""},
+        {"a rectangle above all", {{-3, 0}, {-1, 3}}, RangeShape::rectangle, ""},
+        {"below all", {{7, 0}, {9, 3}}, RangeShape::flowing, ""},
+        {"beyond the last line", {{4, 0}, {9, 1}}, RangeShape::flowing, "字x\n"},
         {"past the end of a line", {{2, 8}, {3, 2}}, RangeShape::flowing, "\n漢"},
     };
     for (const Case& test : cases) {
@@ -86,19 +90,44 @@ TEST(TextRange, FindsWordsAndLinesOverSoftWraps) {
     EXPECT_EQ(textIn(screen.buffer(), lineAt(screen.buffer(), {1, 4})), "see http://a.b/cdef gh (漢字)");
 }
 
-TEST(TextRange, FollowsTheMarksOfTheShell) {
+TEST(TextRange, FindsThePartsThatTheShellMarked) {
+    const std::string prompt = "\x1B]133;A\x07$ \x1B]133;B\x07";
+    const auto ran = [&](const std::string& output) {
+        return prompt + "ls\x1B]133;C\x07\r\n" + output + "\x1B]133;D;3\x07" + prompt;
+    };
+    struct Case {
+        const char* label;
+        std::string bytes;
+        TextPlace place;
+        const char* text;
+    };
+    const std::vector<Case> cases = {
+        {"prompt", ran("out\r\n"), {0, 0}, "$ "},
+        {"input", ran("out\r\n"), {0, 3}, "ls"},
+        {"output", ran("out\r\nmore\r\n"), {1, 1}, "out\nmore"},
+        {"behind its end", ran("out\r\nmore\r\n"), {2, 9}, "none"},
+        {"behind one of its lines", ran("out\r\nmore\r\n"), {1, 9}, "out\nmore"},
+        {"over tabs", ran("a\tb\r\n\tc\r\n"), {1, 0}, "a       b\n        c"},
+        {"on a tab", ran("a\tb\r\n\tc\r\n"), {2, 1}, "a       b\n        c"},
+        {"on a tab behind the input", ran("\tb\r\n"), {1, 1}, "        b"},
+        {"over what was skipped, erased and inserted", ran("a\x1B[2Cb\x1B[2D\x1B[X\x1B[@"), {1, 0}, "a   b"},
+        {"an empty line", ran("a\r\n\r\nb\r\n"), {2, 0}, "a\n\nb"},
+        {"up to text that is no part", prompt + "ls\x1B]133;C\x07\r\na\r\n\x1B]133;D\x07x", {1, 0}, "a"},
+        {"of two prompts the first", prompt + "\r\n" + prompt, {0, 1}, "$ "},
+        {"of two prompts the second", prompt + "\r\n" + prompt, {1, 0}, "$ "},
+    };
+    for (const Case& test : cases) {
+        const Screen screen(test.bytes, 20, 6);
+        const auto range = semanticRangeAt(screen.buffer(), test.place);
+        EXPECT_EQ(range ? textIn(screen.buffer(), *range) : "none", test.text) << test.label;
+    }
+}
+
+TEST(TextRange, GoesFromPromptToPrompt) {
     const Screen screen(
         "\x1B]133;A\x07$ \x1B]133;B\x07ls\x1B]133;C\x07\r\nout\r\nmore\r\n\x1B]133;D;3\x07\x1B]133;A\x07$ "
         "\x1B]133;B\x07");
     const Buffer& buffer = screen.buffer();
-    const auto part = [&](std::int64_t line, int col) {
-        const auto range = semanticRangeAt(buffer, {line, col});
-        return range ? textIn(buffer, *range) : "none";
-    };
-    EXPECT_EQ(part(0, 0), "$ ");
-    EXPECT_EQ(part(0, 3), "ls");
-    EXPECT_EQ(part(1, 1), "out\nmore");
-    EXPECT_EQ(part(2, 9), "none");
     EXPECT_EQ(promptFrom(buffer, 3, -1), 0);
     EXPECT_EQ(promptFrom(buffer, 0, 1), 3);
     EXPECT_EQ(promptFrom(buffer, 3, 1), std::nullopt);
@@ -214,7 +243,7 @@ std::optional<std::vector<TextRange>> search(
 }
 
 TEST(TextSearch, FindsOverSoftWrapsInScreenAndHistory) {
-    const Screen screen("a needle in\r\nNEEDLE 漢字needle\r\nneedles\r\nx\r\ny\r\nz");
+    const Screen screen("a needle in\r\nNEEDLE 漢字needle\r\nneedles\r\nx\r\ny\r\nzz-z-z");
     struct Case {
         const char* pattern;
         SearchOptions options;
@@ -226,6 +255,8 @@ TEST(TextSearch, FindsOverSoftWrapsInScreenAndHistory) {
         {"Needle", {.ignoresCase = false}, {}},
         {"needle", {.wholeWords = true}, {{{0, 2}, {0, 8}}, {{2, 0}, {2, 6}}, {{3, 2}, {3, 8}}}},
         {"字n", {}, {{{3, 0}, {3, 3}}}},
+        {"needle|needles", {.isRegularExpression = true, .wholeWords = true, .limit = 1}, {{{4, 0}, {4, 7}}}},
+        {"z-z", {.wholeWords = true}, {{{7, 3}, {7, 6}}}},
         {"n[a-z]+s$", {.isRegularExpression = true}, {{{4, 0}, {4, 7}}}},
         {"x*", {.isRegularExpression = true}, {{{5, 0}, {5, 1}}}},
         {"e", {.limit = 3}, {{{4, 1}, {4, 2}}, {{4, 2}, {4, 3}}, {{4, 5}, {4, 6}}}},
@@ -273,10 +304,17 @@ TEST(TextSearch, GoesOnWhileLinesComeAndGo) {
     search.start(screen.buffer(), 7);
     EXPECT_EQ(search.advance(screen.buffer(), 1000), (std::vector<TextRange>{{{7, 0}, {7, 1}}}));
     EXPECT_TRUE(search.isComplete());
+
+    Screen full("x-12345678x-12345678x-1234\r\ny", 10, 2, 3);
+    search.start(full.buffer());
+    EXPECT_TRUE(search.advance(full.buffer(), 2).empty()) << "the last line, and nothing of the one above";
+    full.terminal.feed("\r\n\r\n");
+    EXPECT_EQ(full.buffer().trimmedCount(), 1U);
+    EXPECT_EQ(search.advance(full.buffer(), 1000), (std::vector<TextRange>{{{2, 0}, {2, 1}}, {{1, 0}, {1, 1}}}));
 }
 
 TEST(TextSearch, FoldsAllLettersAndCountsWholeCharacters) {
-    const Screen screen("STRASSE Ärger ΣΑΣ e\xCC\x81x │ab│ abé漢ab", 40, 2);
+    const Screen screen("STRASSE Ärger ΣΑΣ e\xCC\x81x │ab│ abé漢ab Å", 40, 2);
     struct Case {
         const char* pattern;
         SearchOptions options;
@@ -287,6 +325,9 @@ TEST(TextSearch, FoldsAllLettersAndCountsWholeCharacters) {
         {"äRG", {.ignoresCase = false}, {}},
         {"σας", {}, {{{0, 14}, {0, 17}}}},
         {"[α-ω]+", {.isRegularExpression = true}, {{{0, 14}, {0, 17}}}},
+        {"[\\W][rt]", {.isRegularExpression = true}, {{{0, 8}, {0, 10}}}},
+        {"[^\\W_]{5}", {.isRegularExpression = true}, {{{0, 0}, {0, 5}}}},
+        {"[\\u0100-\\u212B]$", {.isRegularExpression = true}, {{{0, 34}, {0, 35}}}},
         {"e", {.ignoresCase = false}, {{{0, 11}, {0, 12}}, {{0, 18}, {0, 19}}}},
         {"\xCC\x81x", {}, {{{0, 18}, {0, 20}}}},
         {"ab", {.wholeWords = true}, {{{0, 22}, {0, 24}}, {{0, 31}, {0, 33}}}},

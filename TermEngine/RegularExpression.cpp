@@ -8,8 +8,6 @@ namespace term {
 namespace {
 
 constexpr char32_t lastScalar = 0x10FFFF;
-constexpr char32_t longS = 0x17F;
-constexpr char32_t kelvinSign = 0x212A;
 /// That are passed over because no match begins with them.
 constexpr std::size_t scalarsAStep = 4;
 
@@ -248,7 +246,8 @@ private:
         return {{.op = Op::set, .value = static_cast<char32_t>(m_sets.size() - 1)}};
     }
 
-    /// The text is folded: what a set holds stands there in its folded form.
+    /// The text is folded: what a set holds stands there in its folded form. Nobody who writes a range beyond ASCII
+    /// means the s and the k, to which the long s and the Kelvin sign fold.
     static void addFolded(Set& set) {
         const auto given = set.ranges;
         for (const auto& [first, last] : given) {
@@ -257,7 +256,9 @@ private:
                 const char32_t skipped = first > run.first ? (first - run.first + step - 1) / step : 0;
                 for (char32_t scalar = run.first + skipped * step; scalar <= std::min(last, run.last); scalar += step) {
                     const auto folded = static_cast<char32_t>(static_cast<std::int32_t>(scalar) + run.distance);
-                    set.ranges.emplace_back(folded, folded);
+                    if (folded >= 0x80 || scalar < 0x80 || first == last) {
+                        set.ranges.emplace_back(folded, folded);
+                    }
                 }
             }
         }
@@ -276,10 +277,6 @@ private:
             break;
         case U'w':
             set.ranges = {{U'0', U'9'}, {U'A', U'Z'}, {U'_', U'_'}, {U'a', U'z'}};
-            if (m_folds) {
-                // They fold to letters of ASCII (ECMAScript, WordCharacters).
-                set.ranges.insert(set.ranges.end(), {{longS, longS}, {kelvinSign, kelvinSign}});
-            }
             break;
         case U's':
             set.ranges = {{0x09, 0x0D},     {U' ', U' '},     {0xA0, 0xA0},     {0x1680, 0x1680}, {0x2000, 0x200A},

@@ -327,6 +327,7 @@ TEST(TextSearch, FoldsAllLettersAndCountsWholeCharacters) {
         {"[α-ω]+", {.isRegularExpression = true}, {{{0, 14}, {0, 17}}}},
         {"[\\W][rt]", {.isRegularExpression = true}, {{{0, 8}, {0, 10}}}},
         {"[^\\W_]{5}", {.isRegularExpression = true}, {{{0, 0}, {0, 5}}}},
+        {"[\\x80-\\uFFFF][rt]", {.isRegularExpression = true}, {{{0, 8}, {0, 10}}}},
         {"[\\u0100-\\u212B]$", {.isRegularExpression = true}, {{{0, 34}, {0, 35}}}},
         {"e", {.ignoresCase = false}, {{{0, 11}, {0, 12}}, {{0, 18}, {0, 19}}}},
         {"\xCC\x81x", {}, {{{0, 18}, {0, 20}}}},

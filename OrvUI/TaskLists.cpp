@@ -121,6 +121,15 @@ void TaskLists::update() {
     Q_EMIT changed();
 }
 
+void TaskLists::keepWords(const QString& projectID, const QString& words) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (words.isEmpty()) {
+        m_words.remove(projectID);
+    } else {
+        m_words.insert(projectID, words);
+    }
+}
+
 bool TaskLists::add(const QString& title, const QString& notes, const QString& projectID) {
     const Project* project = m_model.project(projectID);
     const QString shown = title.simplified();

@@ -3,6 +3,7 @@
 #include "OrvUI/RowModel.h"
 #include "OrvUI/UpdateSoon_p.h"
 
+#include <QHash>
 #include <QObject>
 
 namespace orv {
@@ -36,6 +37,8 @@ class TaskLists : public QObject {
     Q_PROPERTY(QAbstractListModel* done READ done CONSTANT)
     Q_PROPERTY(int openCount READ openCount NOTIFY changed)
     Q_PROPERTY(int doneCount READ doneCount NOTIFY changed)
+    /// On the page of all projects: that the next task is for, as it was chosen; empty: none was.
+    Q_PROPERTY(QString chosenProjectID MEMBER m_chosenProjectID NOTIFY chosenProjectIDChanged)
 
 public:
     static constexpr int recentDays = 7;
@@ -52,6 +55,10 @@ public:
     [[nodiscard]] int openCount() const { return m_open.rowCount(); }
     [[nodiscard]] int doneCount() const { return m_done.rowCount(); }
 
+    /// What is written for the next task of a project, or with an empty id on the page of all of them. It stays while
+    /// other pages are looked at.
+    [[nodiscard]] Q_INVOKABLE QString words(const QString& projectID) const { return m_words.value(projectID); }
+    Q_INVOKABLE void keepWords(const QString& projectID, const QString& words);
     /// False, and nothing happens, for a blank title or a project that is not there.
     Q_INVOKABLE bool add(const QString& title, const QString& notes, const QString& projectID);
     Q_INVOKABLE void setDone(const QString& key, bool isDone);
@@ -63,6 +70,7 @@ public:
 
 Q_SIGNALS:
     void projectIDChanged();
+    void chosenProjectIDChanged();
     void changed();
 
 private:
@@ -70,6 +78,8 @@ private:
 
     AppModel& m_model;
     QString m_projectID;
+    QString m_chosenProjectID;
+    QHash<QString, QString> m_words;
     RowModel<TaskRow> m_open;
     RowModel<TaskRow> m_recentlyDone;
     RowModel<TaskRow> m_done;

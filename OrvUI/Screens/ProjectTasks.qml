@@ -51,8 +51,8 @@ FocusScope {
                 width: parent.width
                 focus: true
                 model: page.model
+                lists: page.model.projectTasks
                 fixedProjectID: page.detail.projectID
-                onAdded: (title, projectID) => page.model.projectTasks.add(title, "", projectID)
             }
 
             Label {

@@ -7,11 +7,11 @@ FocusScope {
     id: composer
 
     required property AppModel model
+    required property TaskLists lists
     // Given: the project whose list this is.
     property string fixedProjectID
     readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.projectID
     readonly property bool ready: field.text.trim().length > 0 && projectID.length > 0
-    signal added(string title, string projectID)
 
     function focusField() {
         field.forceActiveFocus(Qt.ShortcutFocusReason);
@@ -19,14 +19,16 @@ FocusScope {
 
     function add() {
         if (ready) {
-            composer.added(field.text.trim(), composer.projectID);
-            field.clear();
+            if (composer.lists.add(field.text, "", composer.projectID)) {
+                field.clear();
+            }
         } else if (projectID.length === 0) {
             button.clicked();
         }
     }
 
     implicitHeight: Theme.composerHeight
+    onFixedProjectIDChanged: field.takeWords()
 
     Rectangle {
         anchors.fill: parent
@@ -48,6 +50,10 @@ FocusScope {
     T.TextField {
         id: field
 
+        function takeWords() {
+            text = composer.lists.words(composer.fixedProjectID);
+        }
+
         anchors.left: plus.right
         anchors.leftMargin: Theme.space8
         anchors.right: right.left
@@ -62,6 +68,8 @@ FocusScope {
         selectByMouse: true
         Accessible.role: Accessible.EditableText
         Accessible.name: qsTr("New task")
+        Component.onCompleted: takeWords()
+        onTextChanged: composer.lists.keepWords(composer.fixedProjectID, text)
         onAccepted: composer.add()
         Keys.onEscapePressed: event => {
             event.accepted = text.length > 0;
@@ -159,6 +167,8 @@ FocusScope {
         id: project
 
         model: composer.model
+        projectID: composer.lists.chosenProjectID
+        onChosenChanged: composer.lists.chosenProjectID = projectID
     }
 
     Loader {

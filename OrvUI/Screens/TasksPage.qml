@@ -57,7 +57,7 @@ FocusScope {
 
                 width: parent.width
                 model: page.model
-                onAdded: (title, projectID) => page.model.taskLists.add(title, "", projectID)
+                lists: page.model.taskLists
             }
 
             Label {

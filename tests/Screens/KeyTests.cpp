@@ -2,6 +2,7 @@
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/Screens/Diagnostics.h"
+#include "OrvUI/TaskLists.h"
 #include "tests/OrvGit/GitFixture.h"
 #include "tests/Screens/MainWindow.h"
 
@@ -161,6 +162,39 @@ TEST_F(KeyWindow, KeepsATaskForAnAgentThatWasNotSentYet) {
     EXPECT_EQ(box->property("projectID").toString(), project);
     click(box);
     EXPECT_EQ(words(), u"half a task"_s) << focus();
+}
+
+TEST_F(KeyWindow, KeepsATaskOfEachProjectThatWasNotAddedYet) {
+    addInstalled(u"site"_s, "vite", "");
+    scan();
+    const AppPage shop{.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
+    const AppPage site{.kind = AppPage::Kind::project, .id = root + u"/site"_s};
+    const AppPage all{.kind = AppPage::Kind::tasks, .id = {}};
+    const auto stands = [this](const QString& text) {
+        return test::waitFor([&] {
+            const QQuickItem* focused = window->activeFocusItem();
+            return isIn("TaskComposer") && focused->property("text") == text;
+        });
+    };
+    model->setDetailTab(DetailTab::tasks);
+    for (const AppPage& page : {shop, site, all}) {
+        model->setPage(page);
+        press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier);
+        ASSERT_TRUE(stands({})) << page.id.toStdString() << ' ' << focus();
+        type(u"for "_s + page.id.section(u'/', -1));
+    }
+    model->taskLists()->setProperty("chosenProjectID", site.id);
+    for (const AppPage& page : {shop, site, all}) {
+        model->setPage(page);
+        model->setDetailTab(DetailTab::git);
+        model->setDetailTab(DetailTab::tasks);
+        press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier);
+        EXPECT_TRUE(stands(u"for "_s + page.id.section(u'/', -1))) << page.id.toStdString() << ' ' << focus();
+    }
+    press(Qt::Key_Return);
+    EXPECT_TRUE(stands({})) << focus();
+    EXPECT_EQ(model->tasks(*model->project(site.id)).size(), 1) << "for the project that was chosen there";
+    EXPECT_EQ(model->tasks(*model->project(shop.id)).size(), 0);
 }
 
 TEST_F(KeyWindow, TakesBackWhatWasDeleted) {

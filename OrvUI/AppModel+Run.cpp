@@ -154,7 +154,7 @@ QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QStri
             dismissStatusMessage();
         }
         if (!device) {
-            report(device.error(), true);
+            refuse(device.error());
             completion.finish();
             return;
         }
@@ -230,7 +230,7 @@ void AppModel::start(const RunRequest& request, const QList<ServiceTarget>& targ
             continue;
         }
         if (d->processes->state(id).isActive() && d->processes->wasUserStopped(id)) {
-            report(tr("%1 has not stopped yet. Try again in a moment.").arg(project.name), true);
+            refuse(tr("%1 has not stopped yet. Try again in a moment.").arg(project.name));
             return;
         }
         wanted.append(target);

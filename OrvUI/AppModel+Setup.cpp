@@ -40,7 +40,7 @@ void AppModel::askForInstall(
         if (d->setup->project.id == pending.project.id) {
             showMainWindow(); // it is being installed already
         } else {
-            report(tr("Finish setting up %1 first.").arg(d->setup->project.name), true);
+            refuse(tr("Finish setting up %1 first.").arg(d->setup->project.name));
         }
         return;
     }

@@ -306,7 +306,7 @@ void AppModel::makeParts() {
         d->notifier->projectClicked = [this](const QString& id) { openFromNotification(id); };
         d->notifier->addressClicked = [this](const QUrl& address) {
             if (!openUrl || !openUrl(address)) {
-                report(tr("Could not open %1: no browser was found.").arg(address.toString()), true);
+                refuse(tr("Could not open %1: no browser was found.").arg(address.toString()));
             }
         };
     }

@@ -376,6 +376,8 @@ public:
 
     /// Shows the message for 8 seconds, unless a newer one takes its place.
     void report(const QString& text, bool isError);
+    /// Why nothing comes of what the user has just asked for, perhaps in the quick panel: the window shows itself.
+    void refuse(const QString& text);
     void dismissStatusMessage();
 
     // What can be taken back: a task's deletion, an unpinning, what was discarded in git. One at a time, for 10

@@ -176,9 +176,12 @@ TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
     addNode(u"other"_s, "vite", up(4001));
     addInstalled(u"ready"_s, "vite", up(4002));
     scan();
+    int raised = 0;
+    model->setOpenMainWindowAction([&] { ++raised; });
     ASSERT_TRUE(finishes(model->run(project(u"shop"_s), {ServiceKind::frontend})));
     model->confirmInstall();
     ASSERT_TRUE(finishes(model->run(project(u"other"_s), {ServiceKind::frontend})));
+    EXPECT_EQ(raised, 2) << "who asked in the quick panel sees why nothing comes of it";
     ASSERT_TRUE(model->statusMessage());
     EXPECT_EQ(model->statusMessage()->text, u"Finish setting up shop first."_s);
     EXPECT_TRUE(model->statusMessage()->isError);

@@ -303,7 +303,9 @@ void AppModel::makeParts() {
         post(ProjectAdded{name, path, cloned});
     });
     if (d->notifier) {
-        d->notifier->projectClicked = [this](const QString& id) { openFromNotification(id); };
+        d->notifier->projectClicked = [this](const QString& id, const NotificationPart& part) {
+            openFromNotification(id, part);
+        };
         d->notifier->addressClicked = [this](const QUrl& address) {
             if (!openUrl || !openUrl(address)) {
                 refuse(tr("Could not open %1: no browser was found.").arg(address.toString()));

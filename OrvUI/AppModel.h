@@ -281,8 +281,8 @@ public:
     void post(const NotificationEvent& event);
     /// The same, whatever the settings say.
     void notify(const NotificationRequest& request);
-    /// Shows the project's page in the window.
-    Q_INVOKABLE void openFromNotification(const QString& projectID);
+    /// Shows the project's page in the window, there what the notification was about.
+    void openFromNotification(const QString& projectID, const NotificationPart& part = {});
     [[nodiscard]] const NotificationStatus& notificationStatus() const;
     /// Turning them on asks the system whether it shows them. Finishes with its answer.
     Q_INVOKABLE QFuture<void> setNotificationsEnabled(bool isOn);

@@ -129,6 +129,9 @@ QList<RunAction> AppModel::startableActions(const Project& project) const {
 QFuture<void> AppModel::run(
     const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice) {
     ORV_ASSERT_MAIN_THREAD();
+    if (refusesWork()) {
+        return finishedFuture();
+    }
     const RunRequest request{.wanted = {project, kinds, flutterDevice}, .since = d->stops.now()};
     const bool needsDevice =
         !flutterDevice && kinds.contains(ServiceKind::flutter) && hasTarget(project, ServiceKind::flutter);
@@ -167,7 +170,7 @@ QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QStri
 
 QFuture<void> AppModel::run(const RunRequest& request) {
     const Completion completion;
-    if (request.targets().isEmpty()) {
+    if (request.targets().isEmpty() || d->isQuitting) {
         completion.finish();
         return completion.future();
     }
@@ -254,7 +257,7 @@ void AppModel::start(const RunRequest& request, const QList<ServiceTarget>& targ
 
 QFuture<void> AppModel::restart(const Project& project, const QList<ServiceID>& services) {
     ORV_ASSERT_MAIN_THREAD();
-    if (services.isEmpty()) {
+    if (services.isEmpty() || refusesWork()) {
         return finishedFuture();
     }
     RunRequest request{
@@ -297,6 +300,22 @@ QFuture<void> AppModel::stopAllServices() {
     d->stops.noteAll();
     stopSetup();
     return publishAfter(d->processes->stopAll());
+}
+
+QFuture<void> AppModel::quit() {
+    assign(this, d->isQuitting, true, &AppModel::isQuittingChanged);
+    return whenAll({stopAllServices(), stopAllAgents()}, this);
+}
+
+bool AppModel::isQuitting() const {
+    return d->isQuitting;
+}
+
+bool AppModel::refusesWork() {
+    if (d->isQuitting) {
+        refuse(tr("OrvLauncher is quitting."));
+    }
+    return d->isQuitting;
 }
 
 QFuture<void> AppModel::publishAfter(const QFuture<void>& stops) {

@@ -68,6 +68,9 @@ void AppModel::askForInstall(
 
 QFuture<void> AppModel::confirmInstall() {
     ORV_ASSERT_MAIN_THREAD();
+    if (refusesWork()) {
+        return finishedFuture();
+    }
     if (d->setupCompletion) {
         return d->setupCompletion->future();
     }

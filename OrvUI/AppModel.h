@@ -84,6 +84,7 @@ class AppModel : public QObject {
     Q_PROPERTY(QUrl supportUrl READ supportUrl CONSTANT)
     Q_PROPERTY(int themeIndex READ themeIndex WRITE setThemeIndex NOTIFY preferencesChanged)
     Q_PROPERTY(int appearance READ appearance WRITE setAppearance NOTIFY preferencesChanged)
+    Q_PROPERTY(bool isQuitting READ isQuitting NOTIFY isQuittingChanged)
     Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsOngoing READ statusIsOngoing NOTIFY statusMessageChanged)
@@ -360,7 +361,9 @@ public:
     QFuture<void> stopAgent(AgentRun* run);
     /// Those of this process: what another one has started is that one's to stop.
     QFuture<void> stopAllAgents();
-    QFuture<void> stopEverything(); ///< services and agents
+    /// Stops services and agents; from now on nothing new is started.
+    QFuture<void> quit();
+    [[nodiscard]] bool isQuitting() const;
     void startAgentInTerminal(AgentKind kind, const QString& task, const Project& project);
     /// Opens a terminal with the agent's own sign-in in it.
     void signIn(AgentKind kind);
@@ -488,6 +491,7 @@ Q_SIGNALS:
     void treeChanged();
     void isScanningChanged();
     void hasScannedChanged();
+    void isQuittingChanged();
     void searchTextChanged();
     void filterChanged();
     void filtersChanged();
@@ -546,6 +550,7 @@ private:
     void takeInOutput(const ServiceID& id, qsizetype added);
     void noteAddress(const ServiceID& id);
     void showMainWindow();
+    [[nodiscard]] bool refusesWork(); ///< while it quits; says so
     void reportFailure(const StoreResult& result);
     void reloadTasks();
     void makeParts();

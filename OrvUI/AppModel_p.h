@@ -56,6 +56,7 @@ struct AppModel::Private {
     QList<ProjectNode> tree;
     bool isScanning = false;
     bool hasScanned = false;
+    bool isQuitting = false;
     QString searchText;
     ProjectFilter filter = ProjectFilter::all;
     std::optional<PendingInstall> pendingInstall;

@@ -50,6 +50,32 @@ FocusScope {
         }
     }
 
+    // The line of the panel in which an item is.
+    function lineOf(item) {
+        let line = item;
+        while (line !== null && line.parent !== lists && line !== foot) {
+            line = line.parent;
+        }
+        return line;
+    }
+
+    // To the first control of the next line, or of the one before; from the last line to the first.
+    function go(forward) {
+        const start = Window.activeFocusItem;
+        if (panel.quitting || start === null) {
+            return;
+        }
+        const from = panel.lineOf(start);
+        let item = start.nextItemInFocusChain(forward);
+        while (item !== start && panel.lineOf(item) === from) {
+            item = item.nextItemInFocusChain(forward);
+        }
+        for (let ahead = item; !forward && panel.lineOf(ahead) === panel.lineOf(item) && ahead !== start; ahead = ahead.nextItemInFocusChain(false)) {
+            item = ahead;
+        }
+        item.forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
+    }
+
     function open(row) {
         if (found.itemAt(row)?.visible) {
             panel.leave(() => {
@@ -78,6 +104,8 @@ FocusScope {
     height: implicitHeight
     focus: true
     Keys.onEscapePressed: panel.closeAsked()
+    Keys.onDownPressed: panel.go(true)
+    Keys.onUpPressed: panel.go(false)
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Quick panel")
 
@@ -131,8 +159,8 @@ FocusScope {
                 onCleared: panel.find("")
                 onAbandoned: panel.closeAsked()
                 onAccepted: panel.finding ? panel.open(panel.current) : panel.leave(() => panel.windowAsked())
-                Keys.onDownPressed: panel.step(panel.current, 1)
-                Keys.onUpPressed: panel.step(panel.current, -1)
+                Keys.onDownPressed: panel.finding ? panel.step(panel.current, 1) : panel.go(true)
+                Keys.onUpPressed: panel.finding ? panel.step(panel.current, -1) : panel.go(false)
             }
 
             Item {

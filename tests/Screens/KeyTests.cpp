@@ -20,6 +20,8 @@ using namespace Qt::StringLiterals;
 namespace orv {
 namespace {
 
+using test::MainWindow;
+
 /// The window on a project of a repository, whose card has the focus.
 class KeyWindow : public test::MainWindow {
 protected:
@@ -95,6 +97,35 @@ TEST_F(KeyWindow, DoesWithACardWhatItsPageDoes) {
     EXPECT_TRUE(test::waitFor([this] { return isIn("TaskComposer"); })) << focus();
     EXPECT_EQ(model->detailTab(), DetailTab::tasks);
     EXPECT_EQ(model->page().kind, AppPage::Kind::project);
+}
+
+TEST_F(MainWindow, GoesThroughTheLinesOfTheQuickPanelUntilItQuits) {
+    for (const QString& name : {u"blog"_s, u"shop"_s}) {
+        addInstalled(name, "vite", "");
+    }
+    scan();
+    for (const QString& name : {u"blog"_s, u"shop"_s}) {
+        model->togglePin(project(name));
+    }
+    model->addTask(u"Upgrade"_s, {}, project(u"shop"_s));
+    openPanel();
+    const auto focused = [this] {
+        const QQuickItem* at = window->activeFocusItem();
+        return at->inherits("QQuickTextInput") ? u"field"_s : at->property("text").toString();
+    };
+    ASSERT_TRUE(test::waitFor([&] { return focused() == u"field"; })) << focus();
+    const std::pair<Qt::Key, QString> steps[] = {{Qt::Key_Down, u"Run blog"_s}, {Qt::Key_Down, u"Run shop"_s},
+                                                 {Qt::Key_Down, u"Upgrade"_s},  {Qt::Key_Down, u"Open OrvLauncher"_s},
+                                                 {Qt::Key_Down, u"field"_s},    {Qt::Key_Up, u"Open OrvLauncher"_s},
+                                                 {Qt::Key_Up, u"Upgrade"_s},    {Qt::Key_Up, u"Run shop"_s}};
+    for (const auto& [key, expected] : steps) {
+        press(key);
+        EXPECT_EQ(focused(), expected) << focus();
+    }
+    ASSERT_TRUE(test::finishes(model->quit()));
+    EXPECT_TRUE(test::waitFor([this] { return button(u"Run shop"_s) == nullptr && button(u"Quit"_s) == nullptr; }));
+    EXPECT_NE(named("Label", u"OrvLauncher is quitting"_s), nullptr);
+    press(Qt::Key_Down);
 }
 
 TEST_F(KeyWindow, TakesOverWhatWasTypedInTheSettingsHoweverTheyAreLeft) {

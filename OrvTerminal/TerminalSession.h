@@ -126,6 +126,8 @@ Q_SIGNALS:
     void terminalViewChanged();
     /// The terminal took in output, once a piece of up to 64 KiB.
     void outputReceived();
+    /// What was entered may have been carried out: a moment after a line, and again when the shell is back.
+    void commandSettled();
     void bellRang();
     void isBusyChanged();
     /// The lines lie otherwise than before.
@@ -155,6 +157,7 @@ private:
     void setProgramsCopy(const QString& text);
     void ring();
     void lookForPrograms();
+    void noteInput(QByteArrayView bytes);
     void processEnded(std::optional<int> code);
     void startFailed(const term::LocalProcessError& error);
     void tellOfMissingFolder();
@@ -172,6 +175,7 @@ private:
     QString m_shell;
     QString m_startError;
     bool m_isBusy = false;
+    int m_looksLeft = 0; ///< at what the line that was entered last does
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
     ClipboardWrite m_clipboardWrite = ClipboardWrite::ask;

@@ -37,6 +37,9 @@ TerminalSession* TerminalTabs::make(qsizetype place, const QUrl& folder) {
     auto* session = new TerminalSession(folder, m_queue, this);
     session->setClipboardWrite(m_clipboardWrite);
     connect(session, &TerminalSession::clipboardWriteRequested, this, &TerminalTabs::clipboardWriteRequested);
+    connect(session, &TerminalSession::commandSettled, this, [this, session] {
+        Q_EMIT commandSettled(session->currentDirectory());
+    });
     m_sessions.insert(place, session);
     return session;
 }

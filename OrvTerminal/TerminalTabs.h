@@ -60,6 +60,8 @@ Q_SIGNALS:
     void selectedIDChanged();
     /// What a program in one of the sessions copies, and may.
     void clipboardWriteRequested(const QString& text, bool isPrimary);
+    /// As a session says it; the folder is where its shell is.
+    void commandSettled(const QUrl& folder);
 
 private:
     TerminalSession* insert(qsizetype place, const QUrl& folder);

@@ -560,6 +560,8 @@ private:
     QFuture<void> runOnChosenDevice(const RunRequest& request, const QString& key);
 
     void setUpGit();
+    void lookAtGitOf(const QString& folder);
+    void lookAtGitOfPage();
     void takeInNewProject(const QString& name, const QString& path, bool cloned);
     void followAgents();
     void agentFinished(AgentRun* run);

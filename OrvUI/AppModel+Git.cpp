@@ -180,15 +180,20 @@ void AppModel::takeInNewProject(const QString& name, const QString& path, bool c
     rescan();
     // As the scan names it, which follows symbolic links.
     const QString canonical = QFileInfo(path).canonicalFilePath();
-    onFinished(refresh(), this, [this, name, path = canonical.isEmpty() ? path : canonical, cloned] {
+    const bool isAside = d->newProject->isAside();
+    onFinished(refresh(), this, [this, name, path = canonical.isEmpty() ? path : canonical, cloned, isAside] {
         const auto found = std::ranges::find(d->projects, path, &Project::root);
         const bool isProject = found != d->projects.end();
-        setPage(isProject ? AppPage{.kind = AppPage::Kind::project, .id = found->id} : AppPage());
-        setSheet({});
+        if (!isAside) {
+            setPage(isProject ? AppPage{.kind = AppPage::Kind::project, .id = found->id} : AppPage());
+            setSheet({});
+        }
         if (!isProject) {
             report(
                 tr("%1 is in your projects folder. It is listed as soon as there is something to run in it.").arg(name),
                 false);
+        } else if (isAside) {
+            report(tr("%1 was cloned.").arg(name), false);
         }
         Q_EMIT projectAdded(name, path, cloned);
     });

@@ -262,6 +262,8 @@ void AppModel::setPendingInstall(const std::optional<PendingInstall>& pending) {
     assign(this, d->pendingInstall, pending, &AppModel::pendingInstallChanged);
 }
 void AppModel::setSetup(const std::optional<SetupSession>& setup) {
+    // One that asks, or is over, is nothing to be put aside.
+    d->isSetupAside = d->isSetupAside && setup && setup->phase.kind != SetupSession::Phase::Kind::confirm;
     assign(this, d->setup, setup, &AppModel::setupChanged);
     Q_EMIT setupLastLineChanged();
 }

@@ -95,6 +95,7 @@ class AppModel : public QObject {
     /// What was done last and can be taken back, as a sentence; empty when there is nothing.
     Q_PROPERTY(QString undoText READ undoText NOTIFY undoTextChanged)
     Q_PROPERTY(bool setupActive READ setupActive NOTIFY setupChanged)
+    Q_PROPERTY(bool setupAside READ isSetupAside WRITE setSetupAside NOTIFY setupChanged)
     Q_PROPERTY(QString setupPhase READ setupPhase NOTIFY setupChanged)
     Q_PROPERTY(QString setupProjectID READ setupProjectID NOTIFY setupChanged)
     Q_PROPERTY(QString setupTitle READ setupTitle NOTIFY setupChanged)
@@ -414,6 +415,9 @@ public:
     [[nodiscard]] bool statusIsOngoing() const;
     [[nodiscard]] QString statusText() const;
     [[nodiscard]] bool setupActive() const;
+    /// It runs, or has failed, behind what the user looks at.
+    [[nodiscard]] bool isSetupAside() const;
+    void setSetupAside(bool isAside);
     [[nodiscard]] QString setupPhase() const; ///< "", "confirm", "running", "failed"
     [[nodiscard]] QString setupProjectID() const;
     [[nodiscard]] QString setupTitle() const;

@@ -61,6 +61,7 @@ struct AppModel::Private {
     ProjectFilter filter = ProjectFilter::all;
     std::optional<PendingInstall> pendingInstall;
     std::optional<SetupSession> setup;
+    bool isSetupAside = false;
     std::optional<QString> installCommandOverride;
     AppPage page;
     std::optional<AppSheet> sheet;

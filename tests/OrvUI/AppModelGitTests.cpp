@@ -236,6 +236,15 @@ TEST_F(AppModelGit, MakesNewProjects) {
     EXPECT_EQ(model->page(), (AppPage{.kind = AppPage::Kind::project, .id = project(u"cloned"_s).id}));
     EXPECT_FALSE(lines.filter(u" objects: "_s).isEmpty()) << lines.join(u'\n').toStdString();
 
+    // Whoever has put it aside stays where he is.
+    const AppPage elsewhere{.kind = AppPage::Kind::tasks, .id = {}};
+    model->setPage(elsewhere);
+    made.clone(u"file://"_s + seed, u"aside"_s, root);
+    made.setAside(true);
+    EXPECT_TRUE(waitFor([&] { return added.size() == 3; }));
+    EXPECT_EQ(model->page(), elsewhere);
+    EXPECT_EQ(model->statusText(), u"aside was cloned."_s);
+
     made.clone(u"file:///no/such"_s, u"failed"_s, root);
     EXPECT_TRUE(waitFor([&] { return !made.isBusy(); }));
     EXPECT_TRUE(made.error().contains(u"does not appear to be a git repository"_s)) << made.error().toStdString();

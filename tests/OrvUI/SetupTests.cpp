@@ -191,6 +191,30 @@ TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
         << "one without an install runs";
 }
 
+TEST_F(SetupTest, CanBePutAsideOnceItRuns) {
+    addScript(u"shop/web"_s, u"npm-install.sh"_s, "until [ -e go ]; do sleep 0.02; done; exit 3\n");
+    scan();
+    const Project shop = project(u"shop"_s);
+    const auto putAside = [this] {
+        model->setSetupAside(true);
+        return model->isSetupAside();
+    };
+    EXPECT_FALSE(putAside()) << "there is none";
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    EXPECT_FALSE(putAside()) << "it asks";
+    const QFuture<void> end = model->confirmInstall();
+    EXPECT_TRUE(putAside());
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    EXPECT_FALSE(model->isSetupAside()) << "somebody asks for what it is for";
+    EXPECT_TRUE(putAside());
+    tree.add(u"projects/shop/web/go"_s);
+    ASSERT_TRUE(finishes(end));
+    EXPECT_EQ(model->setupPhase(), u"failed"_s);
+    EXPECT_TRUE(model->isSetupAside()) << "nobody is disturbed";
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    EXPECT_FALSE(model->isSetupAside()) << "it asks anew";
+}
+
 TEST_F(SetupTest, UsesTheCommandThatWasTyped) {
     addNode(u"it's here"_s, "vite", up(4001));
     install(u"it's here"_s, {ServiceKind::frontend}, u"echo mine >installed.txt && mkdir node_modules"_s);

@@ -27,7 +27,7 @@ public:
         }
         const bool isTest = m_call.isSet(u"test"_s);
         if (isTest) {
-            m_notifier->projectClicked = [this](const QString&) { clicked(u"open"_s); };
+            m_notifier->projectClicked = [this](const QString&, const NotificationPart&) { clicked(u"open"_s); };
             m_notifier->addressClicked = [this](const QUrl&) { clicked(u"open-browser"_s); };
             m_notifier->post(testRequest);
         }

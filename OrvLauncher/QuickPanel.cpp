@@ -2,8 +2,10 @@
 
 #include "OrvLauncher/platform/Compositing.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/Screens/InputMode.h"
 
 #include <QGuiApplication>
+#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
@@ -63,6 +65,7 @@ void QuickPanel::make() {
     if (root == nullptr) {
         return;
     }
+    m_engine.singletonInstance<InputMode*>(qmlTypeId("OrvLauncher.Screens", 1, 0, "InputMode"))->watch(m_view.get());
     connect(root, SIGNAL(windowAsked()), this, SIGNAL(windowAsked()));
     connect(root, SIGNAL(settingsAsked()), this, SIGNAL(settingsAsked()));
     connect(root, SIGNAL(quitAsked()), this, SIGNAL(quitAsked()));

@@ -89,6 +89,7 @@ StatusItem::StatusItem(AppModel& model, QObject* parent)
     m_dockMenu->setAsDockMenu();
     connect(m_menu.get(), &QMenu::aboutToShow, this, &StatusItem::fillMenu);
     connect(&model, &AppModel::servicesChanged, this, &StatusItem::update);
+    connect(&model, &AppModel::isQuittingChanged, this, &StatusItem::tellOfQuitting);
     // The Dock shows its menu as it was left: nobody asks for it to be filled.
     for (const auto signal : {&AppModel::projectsChanged, &AppModel::pinsChanged, &AppModel::servicesChanged}) {
         connect(&model, signal, this, &StatusItem::fillMenu);
@@ -124,6 +125,7 @@ StatusItem::StatusItem(AppModel& model, QObject* parent)
         }
     });
     connect(&model, &AppModel::servicesChanged, this, &StatusItem::update);
+    connect(&model, &AppModel::isQuittingChanged, this, &StatusItem::tellOfQuitting);
     fillMenu();
     m_icon->setContextMenu(m_menu.get());
     update();
@@ -170,9 +172,16 @@ void StatusItem::update() {
     }
     showCount(count);
     showToolTip(
-        count == 0   ? QGuiApplication::applicationDisplayName()
-        : count == 1 ? tr("%1: 1 service running").arg(QGuiApplication::applicationDisplayName())
-                     : tr("%1: %2 services running").arg(QGuiApplication::applicationDisplayName()).arg(count));
+        m_model.isQuitting() ? tr("%1 is quitting").arg(QGuiApplication::applicationDisplayName())
+        : count == 0         ? QGuiApplication::applicationDisplayName()
+        : count == 1         ? tr("%1: 1 service running").arg(QGuiApplication::applicationDisplayName())
+                             : tr("%1: %2 services running").arg(QGuiApplication::applicationDisplayName()).arg(count));
+}
+
+void StatusItem::tellOfQuitting() {
+    m_shownCount = -1;
+    update();
+    fillMenu();
 }
 
 /// The pinned projects and the quick panel: what the Dock's menu has, and the icon's begins with. The Dock shows
@@ -202,11 +211,17 @@ void StatusItem::addPinned(QMenu& menu) {
 void StatusItem::fillMenu() {
     m_menu->clear();
     m_menu->setPalette(WidgetPalette::ofTheme()); // of no meaning where the desktop draws it
+    if (m_dockMenu) {
+        m_dockMenu->clear();
+    }
+    if (m_model.isQuitting()) {
+        m_menu->addAction(tr("OrvLauncher is quitting"))->setEnabled(false);
+        return;
+    }
     addPinned(*m_menu);
-#ifdef Q_OS_MACOS
-    m_dockMenu->clear();
-    addPinned(*m_dockMenu);
-#endif
+    if (m_dockMenu) {
+        addPinned(*m_dockMenu);
+    }
     m_menu->addAction(tr("Open OrvLauncher"), this, [this] { Q_EMIT windowAsked(); });
     m_menu->addSeparator();
     m_menu->addAction(tr("Quit"), this, [this] { Q_EMIT quitAsked(); });

@@ -37,6 +37,7 @@ private:
     void update();
     void showCount(int count);
     void showToolTip(const QString& text);
+    void tellOfQuitting();
     void fillMenu();
     void addPinned(QMenu& menu);
 

@@ -288,6 +288,9 @@ void WindowShell::showShortcut() {
 }
 
 void WindowShell::showWindow() {
+    if (m_quitting) {
+        return;
+    }
     makeVisible();
     m_window->raise();
     m_window->requestActivate();
@@ -457,7 +460,7 @@ void WindowShell::quit() {
     hideWindow();
     saveState();
     m_model.terminals().closeAll();
-    onFinished(m_model.stopEverything(), this, [this] { leave(); });
+    onFinished(m_model.quit(), this, [this] { leave(); });
 }
 
 /// Whoever asks a second time does not wait for a stack of containers to come down.

@@ -39,6 +39,8 @@ std::span<const uint8_t> bytesOf(QByteArrayView text) {
 constexpr std::chrono::milliseconds programCheckDelay{150};
 /// A shell may take longer to start what it has echoed, on a busy machine: it is looked again, ever later, up to this.
 constexpr std::chrono::milliseconds lastProgramCheck{9600};
+/// The shell may not have begun at the first.
+constexpr int looksAtALine = 2;
 
 #ifdef Q_OS_LINUX
 /// What a desktop session gives its programs and no profile can set again.
@@ -119,7 +121,10 @@ public:
         });
     }
 
-    void send(term::Terminal& /*source*/, term::Bytes data) override { m_session.m_process->send(data); }
+    void send(term::Terminal& /*source*/, term::Bytes data) override {
+        m_session.noteInput(QByteArrayView(data));
+        m_session.m_process->send(data);
+    }
     void reply(term::Terminal& /*source*/, term::Bytes data) override {
         m_session.m_process->send(data, term::TerminalIOPipeline::SendOrigin::reply);
     }
@@ -301,6 +306,7 @@ void TerminalSession::send(const QString& text) {
 
 void TerminalSession::send(QByteArrayView bytes) {
     ORV_ASSERT_MAIN_THREAD();
+    noteInput(bytes);
     m_process->send(bytesOf(bytes));
 }
 
@@ -456,6 +462,7 @@ void TerminalSession::setTheme(const term::BaseColors& colors, term::ColorScheme
 
 void TerminalSession::lookForPrograms() {
     const bool isBusy = hasForegroundProgram();
+    const bool hasEnded = m_isBusy && !isBusy;
     if (isBusy != m_isBusy) {
         m_isBusy = isBusy;
         Q_EMIT isBusyChanged();
@@ -463,6 +470,16 @@ void TerminalSession::lookForPrograms() {
     if (const QUrl directory = m_isAlive ? currentDirectory() : m_lastDirectory; directory != m_lastDirectory) {
         m_lastDirectory = directory;
         Q_EMIT currentDirectoryChanged();
+    }
+    if (m_looksLeft > 0 || hasEnded) {
+        m_looksLeft = std::max(0, m_looksLeft - 1);
+        Q_EMIT commandSettled();
+    }
+}
+
+void TerminalSession::noteInput(QByteArrayView bytes) {
+    if (bytes.contains('\r') || bytes.contains('\n')) {
+        m_looksLeft = looksAtALine;
     }
 }
 

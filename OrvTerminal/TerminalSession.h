@@ -131,6 +131,8 @@ Q_SIGNALS:
     void terminalViewChanged();
     /// The terminal took in output, once a piece of up to 64 KiB.
     void outputReceived();
+    /// What was entered may have been carried out: a moment after a line, and again when the shell is back.
+    void commandSettled();
     void bellRang();
     void isBusyChanged();
     /// The lines lie otherwise than before.
@@ -162,6 +164,7 @@ private:
     void updateQuestion();
     void ring();
     void lookForPrograms();
+    void noteInput(QByteArrayView bytes);
     void processEnded(std::optional<int> code);
     void startFailed(const term::LocalProcessError& error);
     void tellOfMissingFolder();
@@ -180,6 +183,7 @@ private:
     QString m_startError;
     bool m_isBusy = false;
     QUrl m_lastDirectory; ///< in which the shell was last seen
+    int m_looksLeft = 0; ///< at what the line that was entered last does
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
     bool m_hasUnseenQuestion = false;

@@ -41,6 +41,9 @@ TerminalSession* TerminalTabs::make(qsizetype place, const QUrl& folder) {
     for (const auto signal : {&TerminalSession::hasUnseenBellChanged, &TerminalSession::hasUnseenQuestionChanged}) {
         connect(session, signal, this, &TerminalTabs::hasUnseenChanged);
     }
+    connect(session, &TerminalSession::commandSettled, this, [this, session] {
+        Q_EMIT commandSettled(session->currentDirectory());
+    });
     m_sessions.insert(place, session);
     return session;
 }

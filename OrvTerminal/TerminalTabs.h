@@ -65,6 +65,8 @@ Q_SIGNALS:
     void currentDirectoryChanged(); ///< of one of the sessions
     /// What a program in one of the sessions copies, and may.
     void clipboardWriteRequested(const QString& text, bool isPrimary);
+    /// As a session says it; the folder is where its shell is.
+    void commandSettled(const QUrl& folder);
 
 private:
     TerminalSession* insert(qsizetype place, const QUrl& folder);

@@ -118,10 +118,10 @@ QFuture<void> AppModel::openAddress(const ServiceID& id) {
             url.setHost(u"localhost"_s);
             url.setPort(*port);
             if (!openUrl(url)) {
-                report(tr("Could not open %1: no browser was found.").arg(url.toString()), true);
+                refuse(tr("Could not open %1: no browser was found.").arg(url.toString()));
             }
         } else if (!port) {
-            report(tr("%1 has not said yet where it can be opened.").arg(projectName(id)), true);
+            refuse(tr("%1 has not said yet where it can be opened.").arg(projectName(id)));
         }
         completion.finish();
     });

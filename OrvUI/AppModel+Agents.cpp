@@ -90,6 +90,9 @@ AgentRun* AppModel::startAgent(
 
 AgentRun* AppModel::startAgent(const AgentRuns::Start& wish, const Project& project) {
     ORV_ASSERT_MAIN_THREAD();
+    if (refusesWork()) {
+        return nullptr;
+    }
     const bool isApplication = wish.agent == AgentKind::antigravity && QFileInfo::exists(d->agents->antigravityApp());
     if (isApplication && !wish.task.trimmed().isEmpty()) {
         openInAntigravity(project, wish.task.trimmed());
@@ -101,7 +104,7 @@ AgentRun* AppModel::startAgent(const AgentRuns::Start& wish, const Project& proj
 AgentRun* AppModel::continueAgent(
     const AgentRun& run, const QString& message, const std::optional<AgentAutonomy>& autonomy) {
     ORV_ASSERT_MAIN_THREAD();
-    if (message.trimmed().isEmpty()) {
+    if (message.trimmed().isEmpty() || refusesWork()) {
         return nullptr;
     }
     const Project* project = this->project(run.facts().projectID);
@@ -113,6 +116,9 @@ AgentRun* AppModel::continueAgent(
 
 AgentRun* AppModel::retryAgent(const AgentRun& run) {
     ORV_ASSERT_MAIN_THREAD();
+    if (refusesWork()) {
+        return nullptr;
+    }
     const Project* project = this->project(run.facts().projectID);
     return taken(
         project == nullptr ? std::unexpected(goneText(run)) : d->agentRuns->retry(run, project->root, project->name));
@@ -144,10 +150,6 @@ QFuture<void> AppModel::stopAllAgents() {
     return d->agentRuns->stopAll();
 }
 
-QFuture<void> AppModel::stopEverything() {
-    return whenAll({stopAllServices(), stopAllAgents()}, this);
-}
-
 void AppModel::openInAntigravity(const Project& project, const QString& task) {
     const auto open = openApplication ? openApplication : openByName;
     if (!open(d->agents->antigravityApp(), project.root)) {
@@ -163,6 +165,9 @@ void AppModel::openInAntigravity(const Project& project, const QString& task) {
 
 void AppModel::startAgentInTerminal(AgentKind kind, const QString& task, const Project& project) {
     ORV_ASSERT_MAIN_THREAD();
+    if (refusesWork()) {
+        return;
+    }
     const QString trimmed = task.trimmed();
     const auto command = AgentCommandBuilder::interactiveCommand(kind, trimmed);
     if (trimmed.isEmpty() || !command) {

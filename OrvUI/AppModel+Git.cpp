@@ -37,6 +37,12 @@ void AppModel::setUpGit() {
     connect(d->git.get(), &GitOverview::busyChanged, this, &AppModel::gitBusyChanged);
     connect(d->git.get(), &GitOverview::identityChanged, this, &AppModel::gitIdentitySetChanged);
     connect(d->newProject.get(), &NewProject::added, this, &AppModel::takeInNewProject);
+    connect(d->terminals.get(), &TerminalTabs::commandSettled, this, [this](const QUrl& folder) {
+        lookAtGitOf(folder.toLocalFile());
+    });
+    for (const auto signal : {&AppModel::pageChanged, &AppModel::detailTabChanged}) {
+        connect(this, signal, this, &AppModel::lookAtGitOfPage);
+    }
 }
 
 const QHash<QString, GitBadge>& AppModel::gitBadges() const {
@@ -78,6 +84,30 @@ void AppModel::lookAtGit() {
     d->git->refreshIfOld();
     if (d->gitModel) {
         d->gitModel->refresh();
+    }
+}
+
+/// Of the project in whose folder something may have been done, and of the one that is looked at.
+void AppModel::lookAtGitOf(const QString& folder) {
+    QSet<QString> projects;
+    if (const std::optional<QString> around = innermostProject(folder, d->projects)) {
+        projects.insert(*around);
+    }
+    if (d->page.kind == AppPage::Kind::project) {
+        projects.insert(d->page.id);
+    }
+    for (const QString& id : std::as_const(projects)) {
+        d->git->refresh(id);
+    }
+    if (d->gitModel && projects.contains(d->gitModel->projectID())) {
+        d->gitModel->refresh();
+    }
+}
+
+/// An edited file is told of by nobody.
+void AppModel::lookAtGitOfPage() {
+    if (d->page.kind == AppPage::Kind::project) {
+        d->git->refreshIfOld(d->page.id);
     }
 }
 
@@ -150,15 +180,20 @@ void AppModel::takeInNewProject(const QString& name, const QString& path, bool c
     rescan();
     // As the scan names it, which follows symbolic links.
     const QString canonical = QFileInfo(path).canonicalFilePath();
-    onFinished(refresh(), this, [this, name, path = canonical.isEmpty() ? path : canonical, cloned] {
+    const bool isAside = d->newProject->isAside();
+    onFinished(refresh(), this, [this, name, path = canonical.isEmpty() ? path : canonical, cloned, isAside] {
         const auto found = std::ranges::find(d->projects, path, &Project::root);
         const bool isProject = found != d->projects.end();
-        setPage(isProject ? AppPage{.kind = AppPage::Kind::project, .id = found->id} : AppPage());
-        setSheet({});
+        if (!isAside) {
+            setPage(isProject ? AppPage{.kind = AppPage::Kind::project, .id = found->id} : AppPage());
+            setSheet({});
+        }
         if (!isProject) {
             report(
                 tr("%1 is in your projects folder. It is listed as soon as there is something to run in it.").arg(name),
                 false);
+        } else if (isAside) {
+            report(tr("%1 was cloned.").arg(name), false);
         }
         Q_EMIT projectAdded(name, path, cloned);
     });

@@ -36,10 +36,28 @@ void AppModel::postTransitions() {
     }
 }
 
-void AppModel::openFromNotification(const QString& projectID) {
+void AppModel::openFromNotification(const QString& projectID, const NotificationPart& part) {
     ORV_ASSERT_MAIN_THREAD();
     if (project(projectID) != nullptr) {
         setPage({.kind = AppPage::Kind::project, .id = projectID});
+        switch (part.kind) {
+        case NotificationPart::Kind::overview:
+            setDetailTab(DetailTab::overview);
+            break;
+        case NotificationPart::Kind::logs:
+            setDetailTab(DetailTab::logs);
+            d->logs->show(part.key);
+            break;
+        case NotificationPart::Kind::agents:
+            setAiPanelProjectID(projectID);
+            break;
+        case NotificationPart::Kind::terminal:
+            setDetailTab(DetailTab::terminal);
+            d->terminals->select(QUuid(part.key));
+            break;
+        }
+    } else if (part.kind == NotificationPart::Kind::agents) {
+        setPage({.kind = AppPage::Kind::ai, .id = {}}); // where the runs of a project that is gone are, too
     }
     showMainWindow();
 }

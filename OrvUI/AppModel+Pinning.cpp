@@ -123,6 +123,11 @@ void AppModel::report(const QString& text, bool isError) {
     });
 }
 
+void AppModel::refuse(const QString& text) {
+    report(text, true);
+    showMainWindow();
+}
+
 void AppModel::dismissStatusMessage() {
     ORV_ASSERT_MAIN_THREAD();
     setStatusMessage({});

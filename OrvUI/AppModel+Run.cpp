@@ -135,6 +135,9 @@ QList<RunAction> AppModel::startableActions(const Project& project) const {
 QFuture<void> AppModel::run(
     const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice) {
     ORV_ASSERT_MAIN_THREAD();
+    if (refusesWork()) {
+        return finishedFuture();
+    }
     const RunRequest request{.wanted = {project, kinds, flutterDevice}, .since = d->stops.now()};
     const bool needsDevice =
         !flutterDevice && kinds.contains(ServiceKind::flutter) && hasTarget(project, ServiceKind::flutter);
@@ -160,7 +163,7 @@ QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QStri
             dismissStatusMessage();
         }
         if (!device) {
-            report(device.error(), true);
+            refuse(device.error());
             completion.finish();
             return;
         }
@@ -173,7 +176,7 @@ QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QStri
 
 QFuture<void> AppModel::run(const RunRequest& request) {
     const Completion completion;
-    if (request.targets().isEmpty()) {
+    if (request.targets().isEmpty() || d->isQuitting) {
         completion.finish();
         return completion.future();
     }
@@ -242,7 +245,7 @@ void AppModel::start(const RunRequest& request, const QList<ServiceTarget>& targ
             continue;
         }
         if (d->processes->state(id).isActive() && d->processes->wasUserStopped(id)) {
-            report(tr("%1 has not stopped yet. Try again in a moment.").arg(project.name), true);
+            refuse(tr("%1 has not stopped yet. Try again in a moment.").arg(project.name));
             return;
         }
         wanted.append(target);
@@ -266,7 +269,7 @@ void AppModel::start(const RunRequest& request, const QList<ServiceTarget>& targ
 
 QFuture<void> AppModel::restart(const Project& project, const QList<ServiceID>& services) {
     ORV_ASSERT_MAIN_THREAD();
-    if (services.isEmpty()) {
+    if (services.isEmpty() || refusesWork()) {
         return finishedFuture();
     }
     RunRequest request{
@@ -315,6 +318,22 @@ QFuture<void> AppModel::stopAllServices() {
 
 OrphanedWork* AppModel::orphans() const {
     return d->orphans.get();
+}
+
+QFuture<void> AppModel::quit() {
+    assign(this, d->isQuitting, true, &AppModel::isQuittingChanged);
+    return whenAll({stopAllServices(), stopAllAgents()}, this);
+}
+
+bool AppModel::isQuitting() const {
+    return d->isQuitting;
+}
+
+bool AppModel::refusesWork() {
+    if (d->isQuitting) {
+        refuse(tr("OrvLauncher is quitting."));
+    }
+    return d->isQuitting;
 }
 
 QFuture<void> AppModel::publishAfter(const QFuture<void>& stops) {

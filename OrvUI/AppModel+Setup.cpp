@@ -38,9 +38,10 @@ void AppModel::askForInstall(
     const PendingInstall& pending = request.wanted;
     if (d->setup && d->setup->phase.kind == SetupSession::Phase::Kind::running) {
         if (d->setup->project.id == pending.project.id) {
+            setSetupAside(false);
             showMainWindow(); // it is being installed already
         } else {
-            report(tr("Finish setting up %1 first.").arg(d->setup->project.name), true);
+            refuse(tr("Finish setting up %1 first.").arg(d->setup->project.name));
         }
         return;
     }
@@ -68,6 +69,9 @@ void AppModel::askForInstall(
 
 QFuture<void> AppModel::confirmInstall() {
     ORV_ASSERT_MAIN_THREAD();
+    if (refusesWork()) {
+        return finishedFuture();
+    }
     if (d->setupCompletion) {
         return d->setupCompletion->future();
     }
@@ -148,6 +152,15 @@ void AppModel::runInstalled(const RunRequest& request, const Completion& complet
         }
         onFinished(run(again), this, [completion] { completion.finish(); });
     });
+}
+
+bool AppModel::isSetupAside() const {
+    return d->isSetupAside;
+}
+
+void AppModel::setSetupAside(bool isAside) {
+    const bool canBeAside = d->setup && d->setup->phase.kind != SetupSession::Phase::Kind::confirm;
+    assign(this, d->isSetupAside, isAside && canBeAside, &AppModel::setupChanged);
 }
 
 void AppModel::stopSetup() {

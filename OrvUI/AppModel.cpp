@@ -267,6 +267,8 @@ void AppModel::setPendingInstall(const std::optional<PendingInstall>& pending) {
     assign(this, d->pendingInstall, pending, &AppModel::pendingInstallChanged);
 }
 void AppModel::setSetup(const std::optional<SetupSession>& setup) {
+    // One that asks, or is over, is nothing to be put aside.
+    d->isSetupAside = d->isSetupAside && setup && setup->phase.kind != SetupSession::Phase::Kind::confirm;
     assign(this, d->setup, setup, &AppModel::setupChanged);
     Q_EMIT setupLastLineChanged();
 }
@@ -309,10 +311,12 @@ void AppModel::makeParts() {
         post(ProjectAdded{name, path, cloned});
     });
     if (d->notifier) {
-        d->notifier->projectClicked = [this](const QString& id) { openFromNotification(id); };
+        d->notifier->projectClicked = [this](const QString& id, const NotificationPart& part) {
+            openFromNotification(id, part);
+        };
         d->notifier->addressClicked = [this](const QUrl& address) {
             if (!openUrl || !openUrl(address)) {
-                report(tr("Could not open %1: no browser was found.").arg(address.toString()), true);
+                refuse(tr("Could not open %1: no browser was found.").arg(address.toString()));
             }
         };
     }

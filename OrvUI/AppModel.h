@@ -86,6 +86,7 @@ class AppModel : public QObject {
     Q_PROPERTY(QUrl supportUrl READ supportUrl CONSTANT)
     Q_PROPERTY(int themeIndex READ themeIndex WRITE setThemeIndex NOTIFY preferencesChanged)
     Q_PROPERTY(int appearance READ appearance WRITE setAppearance NOTIFY preferencesChanged)
+    Q_PROPERTY(bool isQuitting READ isQuitting NOTIFY isQuittingChanged)
     Q_PROPERTY(bool hasStatus READ hasStatus NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsError READ statusIsError NOTIFY statusMessageChanged)
     Q_PROPERTY(bool statusIsOngoing READ statusIsOngoing NOTIFY statusMessageChanged)
@@ -96,6 +97,7 @@ class AppModel : public QObject {
     /// What was done last and can be taken back, as a sentence; empty when there is nothing.
     Q_PROPERTY(QString undoText READ undoText NOTIFY undoTextChanged)
     Q_PROPERTY(bool setupActive READ setupActive NOTIFY setupChanged)
+    Q_PROPERTY(bool setupAside READ isSetupAside WRITE setSetupAside NOTIFY setupChanged)
     Q_PROPERTY(QString setupPhase READ setupPhase NOTIFY setupChanged)
     Q_PROPERTY(QString setupProjectID READ setupProjectID NOTIFY setupChanged)
     Q_PROPERTY(QString setupTitle READ setupTitle NOTIFY setupChanged)
@@ -285,8 +287,8 @@ public:
     void post(const NotificationEvent& event);
     /// The same, whatever the settings say.
     void notify(const NotificationRequest& request);
-    /// Shows the project's page in the window.
-    Q_INVOKABLE void openFromNotification(const QString& projectID);
+    /// Shows the project's page in the window, there what the notification was about.
+    void openFromNotification(const QString& projectID, const NotificationPart& part = {});
     [[nodiscard]] const NotificationStatus& notificationStatus() const;
     /// Turning them on asks the system whether it shows them. Finishes with its answer.
     Q_INVOKABLE QFuture<void> setNotificationsEnabled(bool isOn);
@@ -364,7 +366,9 @@ public:
     QFuture<void> stopAgent(AgentRun* run);
     /// Those of this process: what another one has started is that one's to stop.
     QFuture<void> stopAllAgents();
-    QFuture<void> stopEverything(); ///< services and agents
+    /// Stops services and agents; from now on nothing new is started.
+    QFuture<void> quit();
+    [[nodiscard]] bool isQuitting() const;
     void startAgentInTerminal(AgentKind kind, const QString& task, const Project& project);
     /// Opens a terminal with the agent's own sign-in in it.
     void signIn(AgentKind kind);
@@ -380,6 +384,8 @@ public:
 
     /// Shows the message for 8 seconds, unless a newer one takes its place.
     void report(const QString& text, bool isError);
+    /// Why nothing comes of what the user has just asked for, perhaps in the quick panel: the window shows itself.
+    void refuse(const QString& text);
     void dismissStatusMessage();
 
     // What can be taken back: a task's deletion, an unpinning, what was discarded in git. One at a time, for 10
@@ -413,6 +419,9 @@ public:
     [[nodiscard]] bool statusIsOngoing() const;
     [[nodiscard]] QString statusText() const;
     [[nodiscard]] bool setupActive() const;
+    /// It runs, or has failed, behind what the user looks at.
+    [[nodiscard]] bool isSetupAside() const;
+    void setSetupAside(bool isAside);
     [[nodiscard]] QString setupPhase() const; ///< "", "confirm", "running", "failed"
     [[nodiscard]] QString setupProjectID() const;
     [[nodiscard]] QString setupTitle() const;
@@ -490,6 +499,7 @@ Q_SIGNALS:
     void treeChanged();
     void isScanningChanged();
     void hasScannedChanged();
+    void isQuittingChanged();
     void searchTextChanged();
     void filterChanged();
     void filtersChanged();
@@ -548,6 +558,7 @@ private:
     void takeInOutput(const ServiceID& id, qsizetype added);
     void noteAddress(const ServiceID& id);
     void showMainWindow();
+    [[nodiscard]] bool refusesWork(); ///< while it quits; says so
     void reportFailure(const StoreResult& result);
     void reloadTasks();
     void makeParts();
@@ -557,6 +568,8 @@ private:
     QFuture<void> runOnChosenDevice(const RunRequest& request, const QString& key);
 
     void setUpGit();
+    void lookAtGitOf(const QString& folder);
+    void lookAtGitOfPage();
     void takeInNewProject(const QString& name, const QString& path, bool cloned);
     void followAgents();
     void agentFinished(AgentRun* run);

@@ -57,10 +57,12 @@ struct AppModel::Private {
     QList<ProjectNode> tree;
     bool isScanning = false;
     bool hasScanned = false;
+    bool isQuitting = false;
     QString searchText;
     ProjectFilter filter = ProjectFilter::all;
     std::optional<PendingInstall> pendingInstall;
     std::optional<SetupSession> setup;
+    bool isSetupAside = false;
     std::optional<QString> installCommandOverride;
     AppPage page;
     std::optional<AppSheet> sheet;

@@ -15,6 +15,7 @@ namespace {
 constexpr int mostCommands = 4;
 constexpr qsizetype projectsAtOnce = 32;
 constexpr auto youngTime = std::chrono::seconds(5);
+constexpr auto youngTimeOfOne = std::chrono::seconds(1);
 
 } // namespace
 
@@ -28,9 +29,11 @@ struct GitProject {
     QList<std::function<void()>> next = {};    ///< for one more, asked for while another one ran
     bool isKnown = false;
     bool isGone = false;
+    QDeadlineTimer young = {}; ///< until what was read last counts as old
 
     /// True when the reading is to begin now.
     bool begin(std::function<void()> whenRead) {
+        young.setRemainingTime(youngTimeOfOne);
         (isReading ? next : waiting).append(std::move(whenRead));
         return !std::exchange(isReading, true);
     }
@@ -137,6 +140,13 @@ QFuture<void> GitOverview::refresh(const QString& projectID) {
         find({project});
     }
     return end.future();
+}
+
+void GitOverview::refreshIfOld(const QString& projectID) {
+    const auto project = m_projects.constFind(projectID);
+    if (project != m_projects.cend() && (*project)->young.hasExpired()) {
+        refresh(projectID);
+    }
 }
 
 void GitOverview::find(const QList<std::shared_ptr<GitProject>>& projects) {

@@ -56,6 +56,7 @@ public:
     void refreshIfOld();
     /// Of one project.
     QFuture<void> refresh(const QString& projectID);
+    void refreshIfOld(const QString& projectID);
     QFuture<void> refreshIdentity();
 
     /// What was written for the next commit of a repository, whoever shows it or not.

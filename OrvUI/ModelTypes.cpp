@@ -76,6 +76,17 @@ QString stackLine(const Project& project) {
     return names.join(u" + "_s);
 }
 
+std::optional<QString> innermostProject(const QString& folder, const QList<Project>& projects) {
+    std::optional<QString> found;
+    for (const Project& project : projects) {
+        const bool isWithin = folder == project.id || folder.startsWith(project.id + u'/');
+        if (isWithin && (!found || project.id.size() > found->size())) {
+            found = project.id;
+        }
+    }
+    return found;
+}
+
 QString title(ProjectFilter filter) {
     return QCoreApplication::translate("ModelTypes", filterRows[static_cast<size_t>(filter)].title);
 }

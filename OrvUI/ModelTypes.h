@@ -61,6 +61,8 @@ struct ModalContent {
 
 /// "Next.js + FastAPI": what a project is made of, each once; what is unknown is called by its kind.
 [[nodiscard]] QString stackLine(const Project& project);
+/// The id of the project in whose folder, or below it, the folder is; of several the innermost.
+[[nodiscard]] std::optional<QString> innermostProject(const QString& folder, const QList<Project>& projects);
 
 /// The sidebar's filter.
 enum class ProjectFilter { all, pinned, running, fullStack, flutter };

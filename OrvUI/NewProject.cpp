@@ -98,6 +98,8 @@ void NewProject::start(Kind kind, const QString& name, const QString& parentFold
     if (!m_error.isEmpty()) {
         return;
     }
+    m_name = name;
+    setAside(false);
     GitService service = m_overview.service();
     m_cancellation.emplace();
     service.runner.cancellation = m_cancellation;
@@ -136,6 +138,12 @@ void NewProject::cancel() {
     ORV_ASSERT_MAIN_THREAD();
     if (m_cancellation) {
         m_cancellation->cancel();
+    }
+}
+
+void NewProject::setAside(bool isAside) {
+    if (std::exchange(m_isAside, isAside) != isAside) {
+        Q_EMIT asideChanged();
     }
 }
 

@@ -9,6 +9,9 @@ namespace orv {
 class NewProject : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY progressChanged)
+    /// Nobody looks at what is being made.
+    Q_PROPERTY(bool aside READ isAside WRITE setAside NOTIFY asideChanged)
+    Q_PROPERTY(QString name READ name NOTIFY progressChanged)
     Q_PROPERTY(double fraction READ fraction NOTIFY progressChanged)
     Q_PROPERTY(QString progressLine READ progressLine NOTIFY progressChanged)
     Q_PROPERTY(QString error READ error NOTIFY errorChanged)
@@ -29,6 +32,9 @@ public:
     Q_INVOKABLE void clearError();
 
     [[nodiscard]] bool isBusy() const { return m_cancellation.has_value(); }
+    [[nodiscard]] bool isAside() const { return m_isAside; }
+    void setAside(bool isAside);
+    [[nodiscard]] const QString& name() const { return m_name; } ///< of what is made, or was made last
     /// Of the clone, 0 to 1; -1 while it is not known.
     [[nodiscard]] double fraction() const { return m_fraction; }
     /// "Receiving objects: 64% (1833/2864), 12.40 MiB | 5.21 MiB/s"
@@ -39,6 +45,7 @@ public:
 Q_SIGNALS:
     void progressChanged();
     void errorChanged();
+    void asideChanged();
     void added(const QString& name, const QString& path, bool cloned);
     void cancelled();
 
@@ -53,6 +60,8 @@ private:
 
     GitOverview& m_overview;
     std::optional<GitCancellation> m_cancellation; ///< of what runs
+    bool m_isAside = false;
+    QString m_name;
     double m_fraction = -1;
     QString m_progressLine;
     QString m_error;

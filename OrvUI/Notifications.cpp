@@ -1,5 +1,7 @@
 #include "OrvUI/Notifications.h"
 
+#include "OrvUI/HomeModels.h"
+
 #include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
@@ -36,8 +38,11 @@ struct Planner {
             return {};
         }
         return NotificationRequest{
-            Words::tr("%1 stopped unexpectedly").arg(event.project), title(event.id.kind) + u": "_s + event.reason,
-            event.id.projectID, std::nullopt};
+            Words::tr("%1 stopped unexpectedly").arg(event.project),
+            title(event.id.kind) + u": "_s + event.reason,
+            event.id.projectID,
+            std::nullopt,
+            {NotificationPart::Kind::logs, HomeModels::key(event.id)}};
     }
     std::optional<NotificationRequest> operator()(const ProjectAdded& event) const {
         if (!prefs.added) {
@@ -55,8 +60,11 @@ struct Planner {
         const QString withoutSummary =
             event.success ? Words::tr("The task is done.") : Words::tr("It stopped before finishing.");
         return NotificationRequest{
-            heading.arg(event.agent, event.project), event.summary.isEmpty() ? withoutSummary : event.summary,
-            event.projectID, std::nullopt};
+            heading.arg(event.agent, event.project),
+            event.summary.isEmpty() ? withoutSummary : event.summary,
+            event.projectID,
+            std::nullopt,
+            {NotificationPart::Kind::agents, {}}};
     }
 };
 

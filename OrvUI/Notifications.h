@@ -60,11 +60,21 @@ struct NotificationPrefs {
     [[nodiscard]] static NotificationPrefs of(const AppSettings& settings);
 };
 
+/// What of a project's page a notification is about.
+struct NotificationPart {
+    enum class Kind { overview, logs, agents, terminal };
+    Kind kind = Kind::overview;
+    QString key; ///< of the service, or the terminal's id
+
+    bool operator==(const NotificationPart&) const = default;
+};
+
 struct NotificationRequest {
     QString title;
     QString body;
     std::optional<QString> projectID; ///< whose page a click shows
     std::optional<QString> openURL;   ///< what its button opens in the browser
+    NotificationPart part = {};
 
     bool operator==(const NotificationRequest&) const = default;
 };
@@ -97,7 +107,7 @@ public:
     virtual void findStatus(Ask ask, std::function<void(const NotificationStatus&)> answer) = 0;
 
     /// Called on the main thread with what was clicked.
-    std::function<void(const QString& projectID)> projectClicked;
+    std::function<void(const QString& projectID, const NotificationPart& part)> projectClicked;
     std::function<void(const QUrl& address)> addressClicked;
 };
 

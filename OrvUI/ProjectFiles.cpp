@@ -109,6 +109,7 @@ void ProjectFiles::setRoot(const QString& folder, const QString& scanRoot) {
     select({});
     rebuild();
     Q_EMIT countChanged();
+    Q_EMIT rootChanged();
 }
 
 void ProjectFiles::refresh() {

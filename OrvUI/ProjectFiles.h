@@ -96,6 +96,7 @@ public:
     [[nodiscard]] Q_INVOKABLE QString textOf(int first, int last) const;
 
 Q_SIGNALS:
+    void rootChanged();
     void findTextChanged();
     void countChanged();
     void treeChanged();

@@ -19,8 +19,17 @@ struct Words {
 
 RunningWork RunningWork::of(AppModel& model) {
     const auto isOurs = [](const AgentRun* run) { return run->isRunning() && run->owner() == AgentRun::Owner::here; };
+    int services = 0;
+    bool isInstalling = false;
+    const auto& states = model.processes().states();
+    for (auto entry = states.begin(); entry != states.end(); ++entry) {
+        const bool isInstall = AppModel::isInstall(entry.key());
+        services += entry->isActive() && !isInstall ? 1 : 0;
+        isInstalling = isInstalling || (entry->isActive() && isInstall);
+    }
     return {
-        .services = static_cast<int>(std::ranges::count_if(model.processes().states(), &ServiceState::isActive)),
+        .services = services,
+        .isInstalling = isInstalling,
         .isProgramInTerminal = model.terminals().anyForegroundProgram(),
         .agents = static_cast<int>(std::ranges::count_if(model.agentRuns(), isOurs))};
 }
@@ -31,6 +40,9 @@ QString RunningWork::message() const {
         parts.append(
             services == 1 ? Words::tr("1 service still running")
                           : Words::tr("%1 services still running").arg(services));
+    }
+    if (isInstalling) {
+        parts.append(Words::tr("an install is still running"));
     }
     if (isProgramInTerminal) {
         parts.append(Words::tr("a program is still running in a terminal"));

@@ -6,22 +6,6 @@
 
 namespace orv {
 
-namespace {
-
-/// The project in whose folder, or below it, the folder is; the innermost of several.
-std::optional<QString> projectOf(const QString& folder, const QList<Project>& projects) {
-    std::optional<QString> found;
-    for (const Project& project : projects) {
-        const bool isWithin = folder == project.id || folder.startsWith(project.id + u'/');
-        if (isWithin && (!found || project.id.size() > found->size())) {
-            found = project.id;
-        }
-    }
-    return found;
-}
-
-} // namespace
-
 TerminalNotices::TerminalNotices(AppModel& model, TerminalTabs& terminals, std::function<bool()> appIsActive)
     : m_model(model), m_terminals(terminals), m_appIsActive(std::move(appIsActive)) {
     connect(&terminals, &TerminalTabs::sessionsChanged, this, &TerminalNotices::follow);
@@ -54,8 +38,9 @@ void TerminalNotices::take(const TerminalSession& session, const QString& title,
     m_model.notify(
         {.title = (hasBoth ? title : session.title()).trimmed().left(titleLength),
          .body = text.trimmed().left(bodyLength),
-         .projectID = projectOf(session.directory().toLocalFile(), m_model.projects()),
-         .openURL = {}});
+         .projectID = innermostProject(session.directory().toLocalFile(), m_model.projects()),
+         .openURL = {},
+         .part = {NotificationPart::Kind::terminal, session.id().toString()}});
 }
 
 } // namespace orv

@@ -28,28 +28,43 @@ Sheet {
         }
     }
 
+    // A clone goes on without the sheet.
     function leave() {
-        sheet.busy ? sheet.making.cancel() : sheet.nav.closeSheet();
+        if (sheet.busy && !sheet.cloning) {
+            return;
+        }
+        sheet.making.aside = sheet.busy;
+        sheet.nav.closeSheet();
     }
 
     width: Math.min(Theme.addSheetWidth, parent.width - Theme.space32)
     visible: nav.sheet === "addProject" || nav.sheet === "clone"
     closePolicy: T.Popup.NoAutoClose
     onAboutToShow: {
+        if (making.aside) {
+            making.aside = false;
+            nav.addProject(true);
+            return;
+        }
         making.clearError();
         address.text = "";
         nameField.text = "";
         place.folder = model.scanRootFolder;
         namedByHand = false;
     }
-    onOpened: (cloning ? address : nameField).forceActiveFocus(Qt.PopupFocusReason)
+    onOpened: {
+        if (busy) {
+            hide.forceActiveFocus(Qt.PopupFocusReason);
+        } else {
+            (cloning ? address : nameField).forceActiveFocus(Qt.PopupFocusReason);
+        }
+    }
 
     T.Overlay.modal: Rectangle {
         color: Theme.scrim
 
         TapHandler {
-            enabled: !sheet.busy
-            onTapped: sheet.nav.closeSheet()
+            onTapped: sheet.leave()
         }
     }
 
@@ -65,12 +80,13 @@ Sheet {
 
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: sheet.listens && !sheet.busy
-            onActivated: sheet.nav.closeSheet()
+            enabled: sheet.listens
+            onActivated: sheet.leave()
         }
 
         Connections {
             target: sheet.making
+            enabled: sheet.visible
 
             function onAdded() {
                 sheet.nav.closeSheet();
@@ -301,6 +317,14 @@ Sheet {
 
                     Button {
                         text: qsTr("Cancel")
+                        onClicked: sheet.busy ? sheet.making.cancel() : sheet.leave()
+                    }
+
+                    Button {
+                        id: hide
+
+                        visible: sheet.busy && sheet.cloning
+                        text: qsTr("Hide")
                         onClicked: sheet.leave()
                     }
 

@@ -243,6 +243,7 @@ Window {
                 anchors.bottomMargin: Theme.space20
                 model: root.model
                 room: panel.width - Theme.space32
+                onCloneAsked: nav.addProject(true)
             }
         }
     }

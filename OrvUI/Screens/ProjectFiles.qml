@@ -29,6 +29,16 @@ FocusScope {
     Component.onCompleted: page.files.refresh()
 
     Connections {
+        target: page.files
+
+        // The page stays where it is when another project comes into it.
+        function onRootChanged() {
+            tree.followed = "";
+            page.files.refresh();
+        }
+    }
+
+    Connections {
         target: page.Window.window
 
         function onActiveChanged() {

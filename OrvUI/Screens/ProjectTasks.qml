@@ -54,7 +54,6 @@ FocusScope {
                 model: page.model
                 lists: page.model.projectTasks
                 fixedProjectID: page.detail.projectID
-                onAdded: (title, projectID) => page.model.projectTasks.add(title, "", projectID)
             }
 
             Label {

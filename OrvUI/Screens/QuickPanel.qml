@@ -14,6 +14,8 @@ FocusScope {
     readonly property int shownServices: 5
     readonly property int shownTasks: 3
     readonly property bool finding: search.text.length > 0
+    readonly property bool quitting: model.isQuitting
+    readonly property bool listing: !finding && !quitting
     readonly property bool isActive: Window.active
     // Of what was found; -1: nothing was.
     property int current: -1
@@ -48,6 +50,32 @@ FocusScope {
         }
     }
 
+    // The line of the panel in which an item is.
+    function lineOf(item) {
+        let line = item;
+        while (line !== null && line.parent !== lists && line !== foot) {
+            line = line.parent;
+        }
+        return line;
+    }
+
+    // To the first control of the next line, or of the one before; from the last line to the first.
+    function go(forward) {
+        const start = Window.activeFocusItem;
+        if (panel.quitting || start === null) {
+            return;
+        }
+        const from = panel.lineOf(start);
+        let item = start.nextItemInFocusChain(forward);
+        while (item !== start && panel.lineOf(item) === from) {
+            item = item.nextItemInFocusChain(forward);
+        }
+        for (let ahead = item; !forward && panel.lineOf(ahead) === panel.lineOf(item) && ahead !== start; ahead = ahead.nextItemInFocusChain(false)) {
+            item = ahead;
+        }
+        item.forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
+    }
+
     function open(row) {
         if (found.itemAt(row)?.visible) {
             panel.leave(() => {
@@ -60,7 +88,9 @@ FocusScope {
     onIsActiveChanged: {
         if (isActive) {
             panel.find("");
-            if (panel.empty) {
+            if (panel.quitting) {
+                panel.forceActiveFocus(Qt.OtherFocusReason);
+            } else if (panel.empty) {
                 openButton.forceActiveFocus(Qt.OtherFocusReason);
             } else {
                 search.forceActiveFocus(Qt.OtherFocusReason);
@@ -69,11 +99,13 @@ FocusScope {
     }
 
     implicitWidth: Theme.quickPanelWidth
-    implicitHeight: Math.min(Theme.quickPanelLimit, lists.height + foot.height + 2 * Theme.hairline)
+    implicitHeight: Math.min(Theme.quickPanelLimit, lists.height + (foot.visible ? foot.height : 0) + 2 * Theme.hairline)
     width: implicitWidth
     height: implicitHeight
     focus: true
     Keys.onEscapePressed: panel.closeAsked()
+    Keys.onDownPressed: panel.go(true)
+    Keys.onUpPressed: panel.go(false)
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Quick panel")
 
@@ -100,7 +132,7 @@ FocusScope {
 
         anchors.fill: parent
         anchors.margins: Theme.hairline
-        anchors.bottomMargin: foot.height
+        anchors.bottomMargin: foot.visible ? foot.height : Theme.hairline
         contentHeight: lists.height
         boundsBehavior: Flickable.StopAtBounds
         clip: true
@@ -117,7 +149,7 @@ FocusScope {
 
                 x: Theme.space8
                 width: parent.width - 2 * x
-                visible: !panel.empty
+                visible: !panel.empty && !panel.quitting
                 glyph: "search"
                 clearable: true
                 quiet: true
@@ -127,8 +159,8 @@ FocusScope {
                 onCleared: panel.find("")
                 onAbandoned: panel.closeAsked()
                 onAccepted: panel.finding ? panel.open(panel.current) : panel.leave(() => panel.windowAsked())
-                Keys.onDownPressed: panel.step(panel.current, 1)
-                Keys.onUpPressed: panel.step(panel.current, -1)
+                Keys.onDownPressed: panel.finding ? panel.step(panel.current, 1) : panel.go(true)
+                Keys.onUpPressed: panel.finding ? panel.step(panel.current, -1) : panel.go(false)
             }
 
             Item {
@@ -140,7 +172,7 @@ FocusScope {
             Repeater {
                 id: found
 
-                model: panel.finding ? finder.results : null
+                model: panel.finding && !panel.quitting ? finder.results : null
 
                 PaletteItem {
                     x: Theme.space8
@@ -153,7 +185,7 @@ FocusScope {
             }
 
             Label {
-                visible: panel.finding && panel.current < 0
+                visible: panel.finding && !panel.quitting && panel.current < 0
                 width: parent.width
                 topPadding: Theme.space16
                 bottomPadding: Theme.space16
@@ -164,7 +196,7 @@ FocusScope {
 
             Column {
                 width: parent.width
-                visible: panel.empty
+                visible: panel.empty || panel.quitting
                 topPadding: Theme.space28
                 bottomPadding: Theme.space20
                 spacing: Theme.space8
@@ -190,7 +222,7 @@ FocusScope {
                     width: parent.width
                     horizontalAlignment: Text.AlignHCenter
                     role: Theme.Heading
-                    text: qsTr("Nothing running, pinned or to do")
+                    text: panel.quitting ? qsTr("OrvLauncher is quitting") : qsTr("Nothing running, pinned or to do")
                 }
 
                 Label {
@@ -200,12 +232,12 @@ FocusScope {
                     color: Theme.text2
                     wrapMode: Text.Wrap
                     elide: Text.ElideNone
-                    text: qsTr("Pin projects or add tasks in OrvLauncher to see them here.")
+                    text: panel.quitting ? qsTr("It ends as soon as what still runs has stopped.") : qsTr("Pin projects or add tasks in OrvLauncher to see them here.")
                 }
             }
 
             PanelHeading {
-                visible: running.count > 0 && !panel.finding
+                visible: running.count > 0 && panel.listing
                 text: qsTr("Running")
                 count: running.count
             }
@@ -217,7 +249,7 @@ FocusScope {
 
                 PanelServiceRow {
                     width: lists.width
-                    visible: index < panel.shownServices && !panel.finding
+                    visible: index < panel.shownServices && panel.listing
                     onOpened: panel.leave(() => panel.model.openServiceByKey(key))
                     onStopped: panel.model.stopServiceByKey(key)
                 }
@@ -225,12 +257,12 @@ FocusScope {
 
             PanelMore {
                 count: running.count - panel.shownServices
-                visible: count > 0 && !panel.finding
+                visible: count > 0 && panel.listing
                 onClicked: panel.leave(() => panel.windowAsked())
             }
 
             PanelHeading {
-                visible: pinned.count > 0 && !panel.finding
+                visible: pinned.count > 0 && panel.listing
                 text: qsTr("Pinned")
                 count: pinned.count
             }
@@ -242,19 +274,19 @@ FocusScope {
 
                 PanelProjectRow {
                     width: lists.width
-                    visible: index < panel.shownPins && !panel.finding
+                    visible: index < panel.shownPins && panel.listing
                     onToggled: panel.model.toggleProject(projectID)
                 }
             }
 
             PanelMore {
                 count: pinned.count - panel.shownPins
-                visible: count > 0 && !panel.finding
+                visible: count > 0 && panel.listing
                 onClicked: panel.leave(() => panel.windowAsked())
             }
 
             PanelHeading {
-                visible: tasks.count > 0 && !panel.finding
+                visible: tasks.count > 0 && panel.listing
                 text: qsTr("Tasks")
                 count: tasks.count
             }
@@ -266,14 +298,14 @@ FocusScope {
 
                 PanelTaskRow {
                     width: lists.width
-                    visible: index < panel.shownTasks && !panel.finding
+                    visible: index < panel.shownTasks && panel.listing
                     onFinished: panel.model.taskLists.setDone(key, true)
                 }
             }
 
             PanelMore {
                 count: tasks.count - panel.shownTasks
-                visible: count > 0 && !panel.finding
+                visible: count > 0 && panel.listing
                 onClicked: panel.leave(() => panel.windowAsked())
             }
         }
@@ -289,6 +321,7 @@ FocusScope {
     Item {
         id: foot
 
+        visible: !panel.quitting
         anchors.bottom: parent.bottom
         width: parent.width
         height: Theme.pinnedItemHeight

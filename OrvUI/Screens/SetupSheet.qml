@@ -22,18 +22,29 @@ Sheet {
         }
     }
 
-    visible: model.setupActive
+    // Of the two buttons at the right one is there at a time.
+    function takeFocus(button) {
+        if (sheet.opened && button.visible) {
+            button.forceActiveFocus(Qt.PopupFocusReason);
+        }
+    }
+
+    // What runs goes on without the sheet.
+    function leave() {
+        running ? sheet.model.setupAside = true : sheet.model.cancelSetup();
+    }
+
+    visible: model.setupActive && !model.setupAside
     // While something runs only the button ends it.
     closePolicy: T.Popup.NoAutoClose
     onAboutToShow: otherCommand = false
-    onOpened: primary.forceActiveFocus(Qt.PopupFocusReason)
+    onOpened: takeFocus(running ? hide : primary)
 
     T.Overlay.modal: Rectangle {
         color: Theme.scrim
 
         TapHandler {
-            enabled: !sheet.running
-            onTapped: sheet.model.cancelSetup()
+            onTapped: sheet.leave()
         }
     }
 
@@ -50,8 +61,8 @@ Sheet {
         // Works at once; the focus comes only when the sheet has come in.
         Shortcut {
             sequences: [StandardKey.Cancel]
-            enabled: sheet.listens && !sheet.running
-            onActivated: sheet.model.cancelSetup()
+            enabled: sheet.listens
+            onActivated: sheet.leave()
         }
 
         Column {
@@ -289,6 +300,15 @@ Sheet {
                     }
 
                     Button {
+                        id: hide
+
+                        visible: sheet.running
+                        text: qsTr("Hide")
+                        onVisibleChanged: sheet.takeFocus(hide)
+                        onClicked: sheet.leave()
+                    }
+
+                    Button {
                         id: primary
 
                         visible: !sheet.running
@@ -296,6 +316,7 @@ Sheet {
                         primary: true
                         glyph: sheet.failed ? "rotate-cw" : ""
                         text: sheet.failed ? qsTr("Try again") : qsTr("Install and run")
+                        onVisibleChanged: sheet.takeFocus(primary)
                         onClicked: sheet.go()
                     }
                 }

@@ -15,14 +15,15 @@ Item {
     // What can be done about it, in a word; empty: nothing.
     property string action
     property string actionKeys
+    property bool dismissible: true
     signal acted
     signal dismissed
 
-    // Still there while the line fades.
+    // Still there while the line fades; what a tool says in several lines as one.
     property string kept
     onTextChanged: {
         if (text.length > 0) {
-            kept = text;
+            kept = text.replace(/\s+/g, " ");
         }
     }
 
@@ -109,6 +110,7 @@ Item {
 
         IconButton {
             anchors.verticalCenter: parent.verticalCenter
+            visible: line.dismissible
             edge: Theme.controlMini
             glyph: "x"
             glyphSize: Theme.iconSmall

@@ -8,6 +8,7 @@ Column {
     required property AppModel model
     // The room that a line has.
     required property int room
+    signal cloneAsked
 
     spacing: Theme.space8
 
@@ -32,6 +33,35 @@ Column {
         action: lines.model.orphans.stopping ? "" : qsTr("Stop")
         onActed: lines.model.orphans.stop()
         onDismissed: lines.model.orphans.dismiss()
+    }
+
+    // What was put aside goes on, and stays until somebody has read how it failed.
+    Line {
+        readonly property bool failed: lines.model.setupPhase === "failed"
+
+        shown: lines.model.setupAside
+        text: !shown ? "" : failed ? qsTr("Setting up %1 stopped: %2").arg(lines.model.setupTitle).arg(lines.model.setupReason)
+            : qsTr("Setting up %1… %2 of %3 done").arg(lines.model.setupTitle).arg(lines.model.setupDoneCount).arg(lines.model.setupStepCount)
+        isError: failed
+        isOngoing: !failed
+        action: qsTr("Show")
+        dismissible: failed
+        onActed: lines.model.setupAside = false
+        onDismissed: lines.model.cancelSetup()
+    }
+
+    Line {
+        readonly property NewProject making: lines.model.newProject
+
+        shown: making.aside && (making.isBusy || making.error.length > 0)
+        text: !shown ? "" : !making.isBusy ? qsTr("%1 was not cloned: %2").arg(making.name).arg(making.error)
+            : making.fraction < 0 ? qsTr("Cloning %1…").arg(making.name) : qsTr("Cloning %1… %2%").arg(making.name).arg(Math.round(making.fraction * 100))
+        isError: !making.isBusy
+        isOngoing: making.isBusy
+        action: qsTr("Show")
+        dismissible: !making.isBusy
+        onActed: lines.cloneAsked()
+        onDismissed: making.clearError()
     }
 
     Repeater {

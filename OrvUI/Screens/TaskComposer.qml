@@ -12,7 +12,6 @@ FocusScope {
     property string fixedProjectID
     readonly property string projectID: fixedProjectID.length > 0 ? fixedProjectID : project.name.length > 0 ? project.projectID : ""
     readonly property bool ready: field.text.trim().length > 0 && projectID.length > 0
-    signal added(string title, string projectID)
 
     function focusField() {
         field.forceActiveFocus(Qt.ShortcutFocusReason);
@@ -26,8 +25,9 @@ FocusScope {
 
     function add() {
         if (ready) {
-            composer.added(field.text.trim(), composer.projectID);
-            field.clear();
+            if (composer.lists.add(field.text, "", composer.projectID)) {
+                field.clear();
+            }
         } else if (projectID.length === 0) {
             button.clicked();
         }

@@ -64,7 +64,6 @@ FocusScope {
                 width: parent.width
                 model: page.model
                 lists: page.model.taskLists
-                onAdded: (title, projectID) => page.model.taskLists.add(title, "", projectID)
             }
 
             Label {

@@ -69,7 +69,8 @@ namespace {
 
 const NotificationRequest ready{
     u"shop is ready"_s, u"Frontend <b> & \u0007co"_s, u"/p/shop"_s, u"http://localhost:80"_s};
-const NotificationRequest crashed{u"shop stopped"_s, u"boom"_s, u"/p/shop"_s, {}};
+const NotificationRequest crashed{
+    u"shop stopped"_s, u"boom"_s, u"/p/shop"_s, {}, {NotificationPart::Kind::logs, u"web"_s}};
 
 /// What the notifier says of the system; empty while it has said nothing.
 QString statusOf(DesktopNotifier& notifier) {
@@ -86,8 +87,8 @@ TEST(DesktopNotifier, ShowsWhatTheServerCanShowAndHearsClicks) {
     StandInServer server(bus, StandInServer::Kind::full);
     DesktopNotifier notifier(bus.address);
     QStringList clicks;
-    notifier.projectClicked = [&](const QString& id) {
-        clicks.append(id + u" by "_s + qEnvironmentVariable("XDG_ACTIVATION_TOKEN"));
+    notifier.projectClicked = [&](const QString& id, const NotificationPart& part) {
+        clicks.append(id + u" of "_s + part.key + u" by "_s + qEnvironmentVariable("XDG_ACTIVATION_TOKEN"));
     };
     notifier.addressClicked = [&](const QUrl& url) { clicks.append(url.toString()); };
     notifier.post(ready);
@@ -107,7 +108,7 @@ TEST(DesktopNotifier, ShowsWhatTheServerCanShowAndHearsClicks) {
     Q_EMIT server.ActivationToken(2, u"front"_s);
     Q_EMIT server.ActionInvoked(2, u"default"_s);
     ASSERT_TRUE(waitFor([&] { return clicks.size() == 2; }));
-    EXPECT_EQ(clicks, (QStringList{u"http://localhost:80"_s, u"/p/shop by front"_s}));
+    EXPECT_EQ(clicks, (QStringList{u"http://localhost:80"_s, u"/p/shop of web by front"_s}));
     EXPECT_FALSE(qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN")) << "no service gets it";
 }
 

@@ -135,7 +135,7 @@ TEST_F(AgentRunsTest, StopsWhateverARunHasStarted) {
         AgentRun* two = start(u"shop"_s);
         ASSERT_TRUE(isUp(one) && isUp(two));
         const pid_t groups[]{one->pid(), two->pid()};
-        EXPECT_TRUE(finishes(model->stopEverything()));
+        EXPECT_TRUE(finishes(model->stopAllAgents()));
         for (const AgentRun* run : {one, two}) {
             EXPECT_EQ(run->status().kind, AgentRunState::stopped);
             EXPECT_TRUE(run->changes() && run->changes()->isShared);

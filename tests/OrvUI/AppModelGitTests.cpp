@@ -1,3 +1,4 @@
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/GitModel.h"
 #include "OrvUI/NewProject.h"
 #include "tests/OrvGit/GitFixture.h"
@@ -76,6 +77,27 @@ TEST_F(AppModelGit, KeepsBadgesOnTheCards) {
     ASSERT_TRUE(QDir(shop).removeRecursively());
     scan();
     EXPECT_TRUE(model->gitBadges().isEmpty());
+}
+
+TEST_F(AppModelGit, LooksAgainAfterWorkInATerminalAndAtAnotherTab) {
+    const QString shop = addClone(u"shop"_s, u"shop"_s);
+    scan();
+    ASSERT_TRUE(waitFor([this] { return badge(u"shop"_s).has_value(); }));
+    const auto changes = [this](int count) { return waitFor([&] { return badge(u"shop"_s)->changes == count; }); };
+    model->terminals().setShell(u"/bin/sh"_s);
+    TerminalSession* session = model->terminals().open(QUrl::fromLocalFile(shop));
+    session->send(u"touch one\n"_s);
+    EXPECT_TRUE(changes(1));
+    session->send(u"cat; touch two\n"_s);
+    ASSERT_TRUE(waitFor([&] { return session->isBusy(); }));
+    session->send(u"\x04"_s);
+    EXPECT_TRUE(changes(2)) << "when the shell is back";
+    model->setPage({.kind = AppPage::Kind::project, .id = project(u"shop"_s).id});
+    tree.add(u"projects/shop/three"_s, "x");
+    EXPECT_TRUE(waitFor([&] {
+        model->setDetailTab(model->detailTab() == DetailTab::git ? DetailTab::files : DetailTab::git);
+        return badge(u"shop"_s)->changes == 3;
+    })) << "unless it was looked at just now";
 }
 
 TEST_F(AppModelGit, CountsOfASharedRepositoryWhatIsTheProjects) {
@@ -213,6 +235,15 @@ TEST_F(AppModelGit, MakesNewProjects) {
     EXPECT_EQ(added, (QStringList{u"new created"_s, u"cloned cloned"_s}));
     EXPECT_EQ(model->page(), (AppPage{.kind = AppPage::Kind::project, .id = project(u"cloned"_s).id}));
     EXPECT_FALSE(lines.filter(u" objects: "_s).isEmpty()) << lines.join(u'\n').toStdString();
+
+    // Whoever has put it aside stays where he is.
+    const AppPage elsewhere{.kind = AppPage::Kind::tasks, .id = {}};
+    model->setPage(elsewhere);
+    made.clone(u"file://"_s + seed, u"aside"_s, root);
+    made.setAside(true);
+    EXPECT_TRUE(waitFor([&] { return added.size() == 3; }));
+    EXPECT_EQ(model->page(), elsewhere);
+    EXPECT_EQ(model->statusText(), u"aside was cloned."_s);
 
     made.clone(u"file:///no/such"_s, u"failed"_s, root);
     EXPECT_TRUE(waitFor([&] { return !made.isBusy(); }));

@@ -1,3 +1,4 @@
+#include "OrvUI/HomeModels.h"
 #include "OrvUI/Notifications.h"
 #include "tests/support/TestSupport.h"
 
@@ -11,11 +12,14 @@ namespace {
 const ServiceID web{u"/p/shop"_s, ServiceKind::frontend, u"/p/shop/web"_s};
 const ServiceID api{u"/p/shop"_s, ServiceKind::backend, u"/p/shop/api"_s};
 
-/// "title / body / project / url".
+const QStringList parts{u""_s, u", logs "_s, u", agents"_s, u", terminal "_s};
+
+/// "title / body / project / url, part".
 QString shown(const std::optional<NotificationRequest>& request) {
     return request
                ? QStringList{request->title, request->body, request->projectID.value_or(u"-"_s), request->openURL.value_or(u"-"_s)}
-                     .join(u" / "_s)
+                         .join(u" / "_s) +
+                     parts.at(static_cast<qsizetype>(request->part.kind)) + request->part.key
                : u"nothing"_s;
 }
 
@@ -33,17 +37,18 @@ TEST(NotificationPlanner, TellsWhatIsWanted) {
         {ServiceReady{u"shop"_s, api, {}}, &NotificationPrefs::ready,
          u"shop is ready / Backend is running. / /p/shop / -"_s},
         {ServiceCrashed{u"shop"_s, api, u"Exited with code 1: boom"_s}, &NotificationPrefs::crash,
-         u"shop stopped unexpectedly / Backend: Exited with code 1: boom / /p/shop / -"_s},
+         u"shop stopped unexpectedly / Backend: Exited with code 1: boom / /p/shop / -, logs "_s +
+             HomeModels::key(api)},
         {ProjectAdded{u"shop"_s, u"/p/shop"_s, true}, &NotificationPrefs::added,
          u"shop was cloned / It's in your projects folder, ready to open. / /p/shop / -"_s},
         {ProjectAdded{u"shop"_s, u"/p/shop"_s, false}, &NotificationPrefs::added,
          u"shop was created / It's in your projects folder, ready to open. / /p/shop / -"_s},
         {AgentFinished{u"shop"_s, u"/p/shop"_s, u"Codex"_s, true, u"All set"_s}, &NotificationPrefs::agents,
-         u"Codex finished in shop / All set / /p/shop / -"_s},
+         u"Codex finished in shop / All set / /p/shop / -, agents"_s},
         {AgentFinished{u"shop"_s, u"/p/shop"_s, u"Codex"_s, true, {}}, &NotificationPrefs::agents,
-         u"Codex finished in shop / The task is done. / /p/shop / -"_s},
+         u"Codex finished in shop / The task is done. / /p/shop / -, agents"_s},
         {AgentFinished{u"shop"_s, u"/p/shop"_s, u"Codex"_s, false, {}}, &NotificationPrefs::agents,
-         u"Codex couldn't finish in shop / It stopped before finishing. / /p/shop / -"_s},
+         u"Codex couldn't finish in shop / It stopped before finishing. / /p/shop / -, agents"_s},
     };
     for (const Case& row : cases) {
         AppSettings settings;

@@ -1,6 +1,7 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/DevicesModel.h"
 #include "OrvUI/FilterBar.h"
+#include "OrvUI/HomeModels.h"
 #include "OrvUI/ProjectChoice.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/RelativeDate.h"
@@ -212,9 +213,37 @@ TEST_F(PartsTest, NotificationsTellWhatHappenedBehindTheUsersBack) {
 
     bool isOpen = false;
     model->setOpenMainWindowAction([&] { isOpen = true; });
-    notifier->projectClicked(shop.id);
-    EXPECT_TRUE(isOpen);
-    EXPECT_EQ(model->page().id, shop.id);
+    const QString service = HomeModels::key(id(shop, ServiceKind::backend));
+    const TerminalSession* terminal = model->terminals().open(QUrl::fromLocalFile(root));
+    model->terminals().open(QUrl::fromLocalFile(root));
+    const AppPage page{.kind = AppPage::Kind::project, .id = shop.id};
+    const AppPage all{.kind = AppPage::Kind::ai, .id = {}};
+    using Part = NotificationPart::Kind;
+    const struct {
+        QString project;
+        NotificationPart part;
+        AppPage page;
+        DetailTab tab;
+        std::optional<QString> panel;
+    } clicks[] = {
+        {shop.id, {Part::terminal, terminal->id().toString()}, page, DetailTab::terminal, {}},
+        {shop.id, {}, page, DetailTab::overview, {}},
+        {shop.id, {Part::logs, service}, page, DetailTab::logs, {}},
+        {u"/gone"_s, {Part::logs, service}, AppPage(), DetailTab::logs, {}},
+        {u"/gone"_s, {Part::agents, {}}, all, DetailTab::logs, {}},
+        {shop.id, {Part::agents, {}}, page, DetailTab::logs, shop.id},
+    };
+    for (const auto& it : clicks) {
+        model->setPage({});
+        isOpen = false;
+        notifier->projectClicked(it.project, it.part);
+        EXPECT_TRUE(isOpen);
+        EXPECT_EQ(model->page(), it.page) << static_cast<int>(it.part.kind);
+        EXPECT_EQ(model->detailTab(), it.tab) << static_cast<int>(it.part.kind);
+        EXPECT_EQ(model->aiPanelProjectID(), it.panel) << static_cast<int>(it.part.kind);
+    }
+    EXPECT_EQ(model->terminals().selectedID(), terminal->id());
+    EXPECT_EQ(model->logs()->shownKey(), service);
     QUrl opened;
     model->openUrl = [&](const QUrl& url) {
         opened = url;

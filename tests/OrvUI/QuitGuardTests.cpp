@@ -15,6 +15,7 @@ TEST(QuitGuard, SaysWhatWouldEnd) {
         {{.services = 1}, u"1 service still running"_s},
         {{.services = 2, .agents = 1}, u"2 services still running and 1 AI agent is still working"_s},
         {{.isProgramInTerminal = true}, u"A program is still running in a terminal"_s},
+        {{.services = 10, .isInstalling = true}, u"10 services still running and an install is still running"_s},
         {{.services = 1, .isProgramInTerminal = true, .agents = 3},
          u"1 service still running and a program is still running in a terminal and 3 AI agents are still working"_s},
     };

@@ -2,6 +2,7 @@
 #include "OrvProcess/ProcessSpawner.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ProjectDetail.h"
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/QuitGuard.h"
 #include "tests/OrvUI/ModelFixture.h"
 
@@ -10,6 +11,8 @@
 #include <QFile>
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace orv;
@@ -73,6 +76,36 @@ TEST_F(RunTest, IsOffWhenAStopComesFirst) {
         ASSERT_TRUE(finishes(run)) << isAll;
         EXPECT_TRUE(model->processes().states().isEmpty()) << isAll;
     }
+}
+
+TEST_F(RunTest, StartsNothingOnceItQuits) {
+    addNode(u"fresh"_s, "vite", up(3002));
+    scan();
+    const Project shop = project(u"shop"_s);
+    const Project fresh = project(u"fresh"_s);
+    ASSERT_TRUE(finishes(model->run(fresh, {ServiceKind::frontend})));
+    ASSERT_TRUE(model->pendingInstall());
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::backend})));
+    const QFuture<void> end = model->quit();
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"a run", [&] { model->run(shop, both); }},
+        {"a restart", [&] { model->restart(shop, {id(shop, ServiceKind::backend)}); }},
+        {"a toggle", [&] { model->toggleRun(fresh); }},
+        {"an address", [&] { model->handle(QUrl(u"orvlauncher://run?project="_s + shop.id)); }},
+        {"an install", [&] { model->confirmInstall(); }},
+        {"an agent", [&] { model->startAgent(AgentKind::claude, u"Tidy up"_s, shop); }},
+        {"an agent in a terminal", [&] { model->startAgentInTerminal(AgentKind::claude, u"Tidy up"_s, shop); }},
+    };
+    for (const auto& [label, act] : cases) {
+        model->dismissStatusMessage();
+        act();
+        EXPECT_EQ(model->statusText(), u"OrvLauncher is quitting."_s) << label;
+    }
+    ASSERT_TRUE(finishes(end));
+    // Whatever was still to come would be there before this.
+    ASSERT_TRUE(finishes(model->refresh()));
+    EXPECT_TRUE(std::ranges::none_of(model->processes().states(), &ServiceState::isActive));
+    EXPECT_TRUE(model->agentRuns().isEmpty() && model->terminals().sessions().isEmpty());
 }
 
 TEST_F(RunTest, WaitsForWhatIsStillStopping) {

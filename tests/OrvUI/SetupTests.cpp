@@ -116,7 +116,8 @@ TEST_F(SetupTest, EndsWhenItIsStoppedOrCancelled) {
         const QFuture<void> end = model->confirmInstall();
         const auto isAsFar = [&] { return !hasBegun || !readFile(root + u"/shop/web/begun.txt"_s).isEmpty(); };
         ASSERT_TRUE(waitFor(isAsFar)) << label;
-        EXPECT_TRUE(!hasBegun || RunningWork::of(*model).isAny()) << label << ": quitting would end it";
+        EXPECT_TRUE(!hasBegun || RunningWork::of(*model) == RunningWork{.isInstalling = true})
+            << label << ": quitting would end it, and no service";
         stop();
         ASSERT_TRUE(finishes(end)) << label;
         EXPECT_EQ(session(), expected) << label;
@@ -175,9 +176,12 @@ TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
     addNode(u"other"_s, "vite", up(4001));
     addInstalled(u"ready"_s, "vite", up(4002));
     scan();
+    int raised = 0;
+    model->setOpenMainWindowAction([&] { ++raised; });
     ASSERT_TRUE(finishes(model->run(project(u"shop"_s), {ServiceKind::frontend})));
     model->confirmInstall();
     ASSERT_TRUE(finishes(model->run(project(u"other"_s), {ServiceKind::frontend})));
+    EXPECT_EQ(raised, 2) << "who asked in the quick panel sees why nothing comes of it";
     ASSERT_TRUE(model->statusMessage());
     EXPECT_EQ(model->statusMessage()->text, u"Finish setting up shop first."_s);
     EXPECT_TRUE(model->statusMessage()->isError);
@@ -185,6 +189,30 @@ TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
     ASSERT_TRUE(finishes(model->run(project(u"ready"_s), {ServiceKind::frontend})));
     EXPECT_TRUE(waitForPhase(project(u"ready"_s), ServiceKind::frontend, Phase::running))
         << "one without an install runs";
+}
+
+TEST_F(SetupTest, CanBePutAsideOnceItRuns) {
+    addScript(u"shop/web"_s, u"npm-install.sh"_s, "until [ -e go ]; do sleep 0.02; done; exit 3\n");
+    scan();
+    const Project shop = project(u"shop"_s);
+    const auto putAside = [this] {
+        model->setSetupAside(true);
+        return model->isSetupAside();
+    };
+    EXPECT_FALSE(putAside()) << "there is none";
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    EXPECT_FALSE(putAside()) << "it asks";
+    const QFuture<void> end = model->confirmInstall();
+    EXPECT_TRUE(putAside());
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    EXPECT_FALSE(model->isSetupAside()) << "somebody asks for what it is for";
+    EXPECT_TRUE(putAside());
+    tree.add(u"projects/shop/web/go"_s);
+    ASSERT_TRUE(finishes(end));
+    EXPECT_EQ(model->setupPhase(), u"failed"_s);
+    EXPECT_TRUE(model->isSetupAside()) << "nobody is disturbed";
+    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    EXPECT_FALSE(model->isSetupAside()) << "it asks anew";
 }
 
 TEST_F(SetupTest, UsesTheCommandThatWasTyped) {

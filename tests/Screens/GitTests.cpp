@@ -222,6 +222,16 @@ TEST_F(GitWindow, FindsAndReadsFiles) {
         const QQuickItem* source = itemWith("FileTreeItem", "path", u"src"_s);
         return source != nullptr && !source->property("expanded").toBool();
     })) << "the folder is closed";
+
+    addInstalled(u"site"_s, "vite", "");
+    scan();
+    for (const auto& [id, count] : {std::pair(root + u"/site"_s, 3), {folder, 6}}) {
+        model->setPage({.kind = AppPage::Kind::project, .id = id});
+        EXPECT_TRUE(waitFor([&, rows = count] {
+            return files()->tree()->rowCount() == rows && files()->countText() == u"%1 files"_s.arg(rows);
+        })) << id.toStdString()
+            << ' ' << files()->tree()->rowCount() << ' ' << files()->countText().toStdString();
+    }
 }
 
 TEST_F(GitWindow, LosesRowsThatWouldStillBeMade) {

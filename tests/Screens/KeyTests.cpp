@@ -2,6 +2,7 @@
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/Screens/Diagnostics.h"
+#include "OrvUI/TaskLists.h"
 #include "tests/OrvGit/GitFixture.h"
 #include "tests/Screens/MainWindow.h"
 
@@ -18,6 +19,8 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 namespace {
+
+using test::MainWindow;
 
 /// The window on a project of a repository, whose card has the focus.
 class KeyWindow : public test::MainWindow {
@@ -94,6 +97,35 @@ TEST_F(KeyWindow, DoesWithACardWhatItsPageDoes) {
     EXPECT_TRUE(test::waitFor([this] { return isIn("TaskComposer"); })) << focus();
     EXPECT_EQ(model->detailTab(), DetailTab::tasks);
     EXPECT_EQ(model->page().kind, AppPage::Kind::project);
+}
+
+TEST_F(MainWindow, GoesThroughTheLinesOfTheQuickPanelUntilItQuits) {
+    for (const QString& name : {u"blog"_s, u"shop"_s}) {
+        addInstalled(name, "vite", "");
+    }
+    scan();
+    for (const QString& name : {u"blog"_s, u"shop"_s}) {
+        model->togglePin(project(name));
+    }
+    model->addTask(u"Upgrade"_s, {}, project(u"shop"_s));
+    openPanel();
+    const auto focused = [this] {
+        const QQuickItem* at = window->activeFocusItem();
+        return at->inherits("QQuickTextInput") ? u"field"_s : at->property("text").toString();
+    };
+    ASSERT_TRUE(test::waitFor([&] { return focused() == u"field"; })) << focus();
+    const std::pair<Qt::Key, QString> steps[] = {{Qt::Key_Down, u"Run blog"_s}, {Qt::Key_Down, u"Run shop"_s},
+                                                 {Qt::Key_Down, u"Upgrade"_s},  {Qt::Key_Down, u"Open OrvLauncher"_s},
+                                                 {Qt::Key_Down, u"field"_s},    {Qt::Key_Up, u"Open OrvLauncher"_s},
+                                                 {Qt::Key_Up, u"Upgrade"_s},    {Qt::Key_Up, u"Run shop"_s}};
+    for (const auto& [key, expected] : steps) {
+        press(key);
+        EXPECT_EQ(focused(), expected) << focus();
+    }
+    ASSERT_TRUE(test::finishes(model->quit()));
+    EXPECT_TRUE(test::waitFor([this] { return button(u"Run shop"_s) == nullptr && button(u"Quit"_s) == nullptr; }));
+    EXPECT_NE(named("Label", u"OrvLauncher is quitting"_s), nullptr);
+    press(Qt::Key_Down);
 }
 
 TEST_F(KeyWindow, TakesOverWhatWasTypedInTheSettingsHoweverTheyAreLeft) {
@@ -198,6 +230,39 @@ TEST_F(KeyWindow, SettlesASheetByReturnFromWhateverIsNoButton) {
     press(Qt::Key_Return);
     EXPECT_TRUE(test::waitFor([this] { return QFileInfo::exists(root + u"/fresh"_s); })) << focus();
     EXPECT_TRUE(test::waitFor([this] { return items("FormField").isEmpty(); }));
+}
+
+TEST_F(KeyWindow, KeepsATaskOfEachProjectThatWasNotAddedYet) {
+    addInstalled(u"site"_s, "vite", "");
+    scan();
+    const AppPage shop{.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
+    const AppPage site{.kind = AppPage::Kind::project, .id = root + u"/site"_s};
+    const AppPage all{.kind = AppPage::Kind::tasks, .id = {}};
+    const auto stands = [this](const QString& text) {
+        return test::waitFor([&] {
+            const QQuickItem* focused = window->activeFocusItem();
+            return isIn("TaskComposer") && focused->property("text") == text;
+        });
+    };
+    model->setDetailTab(DetailTab::tasks);
+    for (const AppPage& page : {shop, site, all}) {
+        model->setPage(page);
+        press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier);
+        ASSERT_TRUE(stands({})) << page.id.toStdString() << ' ' << focus();
+        type(u"for "_s + page.id.section(u'/', -1));
+    }
+    model->taskLists()->keepWords({}, model->taskLists()->words({}), site.id);
+    for (const AppPage& page : {shop, site, all}) {
+        model->setPage(page);
+        model->setDetailTab(DetailTab::git);
+        model->setDetailTab(DetailTab::tasks);
+        press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier);
+        EXPECT_TRUE(stands(u"for "_s + page.id.section(u'/', -1))) << page.id.toStdString() << ' ' << focus();
+    }
+    press(Qt::Key_Return);
+    EXPECT_TRUE(stands({})) << focus();
+    EXPECT_EQ(model->tasks(*model->project(site.id)).size(), 1) << "for the project that was chosen there";
+    EXPECT_EQ(model->tasks(*model->project(shop.id)).size(), 0);
 }
 
 TEST_F(KeyWindow, TakesBackWhatWasDeleted) {

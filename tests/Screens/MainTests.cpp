@@ -1,6 +1,7 @@
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/AgentRuns.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/NewProject.h"
 #include "OrvUI/Screens/PlaceKeeper.h"
 #include "OrvUI/Screens/Theme.h"
 #include "tests/Screens/MainWindow.h"
@@ -266,6 +267,74 @@ TEST_F(MainWindow, SetsTheFocusIntoTheSheetAndBack) {
     EXPECT_FALSE(model->setupActive());
     EXPECT_TRUE(test::waitFor([this] { return item("ProjectCard")->hasActiveFocus(); }))
         << "the focus is at " << window->activeFocusItem()->metaObject()->className();
+}
+
+TEST_F(MainWindow, PutsAsideWhatTakesItsTime) {
+    addNode(u"shop"_s, "vite", test::up(4001));
+    const QString server =
+        tree.add(u"server"_s, "#!/bin/sh\nuntil [ -e " + tree.path(u"go"_s).toUtf8() + " ]; do sleep 0.02; done\n");
+    ASSERT_TRUE(QFile::setPermissions(server, QFile::ReadOwner | QFile::ExeOwner));
+    addScript(u"shop"_s, u"npm-install.sh"_s, "echo down; " + server.toUtf8() + "; exit 3\n");
+    const test::ScopedEnvironment ssh("GIT_SSH_COMMAND", server.toUtf8().constData());
+    scan();
+    open(QSize(1280, 832));
+    const auto says = [this](const QString& words) {
+        return test::waitFor([&] {
+            return std::ranges::any_of(items("Line"), [&](const QQuickItem* line) {
+                return line->property("text").toString().startsWith(words);
+            });
+        });
+    };
+    const auto isShown = [this](const QByteArray& part, bool isExpected) {
+        return test::waitFor([&] { return items(part).isEmpty() != isExpected; });
+    };
+    const auto lineFor = [this](const QString& name) {
+        for (QQuickItem* line : items("Line")) {
+            if (line->property("text").toString().contains(name)) {
+                return line;
+            }
+        }
+        return window->contentItem();
+    };
+    ASSERT_TRUE(isShown("ProjectCard", true));
+    press(Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return window->activeFocusItem() == button(u"Install and run"_s); })) << focus();
+    press(Qt::Key_Return);
+    ASSERT_TRUE(test::waitFor([this] { return window->activeFocusItem() == button(u"Hide"_s); })) << focus();
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(says(u"Setting up shop… 0 of 1 done"_s));
+    EXPECT_TRUE(isShown("SetupStep", false));
+    press(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_TRUE(isShown("FormField", true));
+    ASSERT_TRUE(test::waitFor([this] { return window->activeFocusItem()->inherits("QQuickTextInput"); })) << focus();
+    type(u"ssh://host/site"_s);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(test::waitFor([this] { return model->newProject()->isBusy(); }));
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(says(u"Cloning site…"_s));
+    EXPECT_TRUE(isShown("FormField", false));
+    // Both come back as they were.
+    click(button(u"Show"_s, lineFor(u"site"_s)));
+    EXPECT_TRUE(isShown("FormField", true));
+    EXPECT_TRUE(test::waitFor([this] { return window->activeFocusItem() == button(u"Hide"_s); })) << focus();
+    press(Qt::Key_Return);
+    EXPECT_TRUE(isShown("FormField", false));
+    click(button(u"Show"_s, lineFor(u"shop"_s)));
+    EXPECT_TRUE(isShown("SetupStep", true));
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(isShown("SetupStep", false));
+    const QQuickItem* before = window->activeFocusItem();
+    tree.add(u"go"_s);
+    EXPECT_TRUE(says(u"Setting up shop stopped: Exited with code 3: down"_s));
+    EXPECT_TRUE(says(u"site was not cloned: "_s));
+    EXPECT_EQ(window->activeFocusItem(), before) << "nobody is disturbed: " << focus();
+    click(button(u"Show"_s, lineFor(u"site"_s)));
+    EXPECT_TRUE(isShown("FormField", true));
+    EXPECT_FALSE(model->newProject()->error().isEmpty()) << "it still says why";
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(isShown("FormField", false));
+    click(button(u"Show"_s, lineFor(u"shop"_s)));
+    EXPECT_TRUE(test::waitFor([this] { return window->activeFocusItem() == button(u"Try again"_s); })) << focus();
 }
 
 TEST_F(MainWindow, IsThePagesAgainAsSoonAsASheetCloses) {

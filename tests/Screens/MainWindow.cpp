@@ -27,6 +27,7 @@ MainWindow::MainWindow() {
 }
 
 MainWindow::~MainWindow() {
+    m_panel.reset();
     m_engine.reset();
     qInstallMessageHandler(m_before);
     EXPECT_EQ(warnings, QStringList());
@@ -40,6 +41,18 @@ void MainWindow::open(QSize size) {
     ASSERT_FALSE(m_engine->rootObjects().isEmpty()) << warnings.join(u'\n').toStdString();
     window = qobject_cast<QQuickWindow*>(m_engine->rootObjects().constFirst());
     window->resize(size);
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+}
+
+void MainWindow::openPanel() {
+    m_engine = std::make_unique<QQmlApplicationEngine>();
+    registerScreens(*m_engine);
+    m_panel = std::make_unique<QQuickView>(m_engine.get(), nullptr);
+    m_panel->setInitialProperties({{u"model"_s, QVariant::fromValue(model.get())}});
+    m_panel->setSource(QUrl(u"qrc:/qt/qml/OrvLauncher/Screens/QuickPanel.qml"_s));
+    ASSERT_NE(m_panel->rootObject(), nullptr) << warnings.join(u'\n').toStdString();
+    window = m_panel.get();
     window->show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window));
 }

@@ -4,7 +4,7 @@
 
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
-#include <QQuickWindow>
+#include <QQuickView>
 #include <QTest>
 
 namespace orv::test {
@@ -16,6 +16,8 @@ protected:
     ~MainWindow() override;
 
     void open(QSize size);
+    /// The quick panel in its place.
+    void openPanel();
     /// The visible items of a component.
     [[nodiscard]] QList<QQuickItem*> items(const QByteArray& component, QQuickItem* below = nullptr) const;
     [[nodiscard]] QQuickItem* item(const QByteArray& component) const;
@@ -77,6 +79,7 @@ protected:
 private:
     QtMessageHandler m_before = nullptr;
     std::unique_ptr<QQmlApplicationEngine> m_engine;
+    std::unique_ptr<QQuickView> m_panel;
 };
 
 } // namespace orv::test

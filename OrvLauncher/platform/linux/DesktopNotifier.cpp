@@ -172,7 +172,7 @@ void DesktopNotifier::act(uint id, const QString& action, const QDBusMessage& me
     if (action == browserAction && request.openURL && addressClicked) {
         addressClicked(QUrl(*request.openURL));
     } else if (action == openAction && projectClicked) {
-        projectClicked(request.projectID.value_or(QString()));
+        projectClicked(request.projectID.value_or(QString()), request.part);
     }
 }
 

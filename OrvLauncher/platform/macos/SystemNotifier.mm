@@ -10,6 +10,8 @@ NSString* const readyCategory = @"orvlauncher.ready";
 NSString* const browserAction = @"orvlauncher.open-browser";
 NSString* const projectKey = @"projectID";
 NSString* const addressKey = @"openURL";
+NSString* const partKindKey = @"part";
+NSString* const partKey = @"partKey";
 
 void onMainThread(std::function<void()> work) {
     QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(work), Qt::QueuedConnection);
@@ -36,16 +38,19 @@ void onMainThread(std::function<void()> work) {
     NSDictionary* facts = response.notification.request.content.userInfo;
     const QString project = QString::fromNSString(facts[projectKey] ?: @"");
     const QString address = QString::fromNSString(facts[addressKey] ?: @"");
+    const orv::NotificationPart part{
+        static_cast<orv::NotificationPart::Kind>([facts[partKindKey] intValue]),
+        QString::fromNSString(facts[partKey] ?: @"")};
     const bool opensBrowser = [response.actionIdentifier isEqualToString:browserAction];
     const bool isDismissed = [response.actionIdentifier isEqualToString:UNNotificationDismissActionIdentifier];
-    onMainThread([self, project, address, opensBrowser, isDismissed] {
+    onMainThread([self, project, part, address, opensBrowser, isDismissed] {
         if (self.notifier == nullptr || isDismissed) {
             return;
         }
         if (opensBrowser && self.notifier->addressClicked) {
             self.notifier->addressClicked(QUrl(address));
         } else if (self.notifier->projectClicked) {
-            self.notifier->projectClicked(project);
+            self.notifier->projectClicked(project, part);
         }
     });
     completion();
@@ -96,6 +101,8 @@ public:
         if (request.projectID) {
             facts[projectKey] = request.projectID->toNSString();
         }
+        facts[partKindKey] = @(static_cast<int>(request.part.kind));
+        facts[partKey] = request.part.key.toNSString();
         if (request.openURL) {
             facts[addressKey] = request.openURL->toNSString();
             content.categoryIdentifier = readyCategory;

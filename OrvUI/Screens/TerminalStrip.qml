@@ -18,6 +18,11 @@ Item {
         return button.leftPadding + button.glyphSize + Theme.space6 + Math.ceil(metrics.advanceWidth(text)) + button.rightPadding;
     }
 
+    // No room stays empty beside tabs that have become narrower, be they still on their way.
+    function settle() {
+        tabs.contentX = Math.max(0, Math.min(tabs.contentX, tabs.contentWidth - tabs.width));
+    }
+
     // Brings a tab into view.
     function show(tab) {
         if (tab.x < tabs.contentX) {
@@ -25,6 +30,7 @@ Item {
         } else if (tab.x + tab.width > tabs.contentX + tabs.width) {
             tabs.contentX = tab.x + tab.width - tabs.width;
         }
+        strip.settle();
     }
 
     FontMetrics {
@@ -48,7 +54,9 @@ Item {
         interactive: contentWidth > width
         boundsBehavior: Flickable.StopAtBounds
         clip: interactive
+        onContentWidthChanged: strip.settle()
         onWidthChanged: {
+            strip.settle();
             for (let index = 0; index < shown.count; ++index) {
                 const tab = shown.itemAt(index) as TerminalTab;
                 if (tab?.isSelected) {

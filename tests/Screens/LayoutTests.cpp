@@ -23,6 +23,23 @@ protected:
     }
 
     void fill();
+    void project(const QString& name, DetailTab tab) const {
+        model->setPage({AppPage::Kind::project, root + u'/' + name, {}});
+        model->setDetailTab(tab);
+        // The tab that was left still has its keys until it is gone.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    void settings(SettingsSection section) const {
+        AppPage page;
+        page.kind = AppPage::Kind::settings;
+        page.section = section;
+        model->setPage(page);
+    }
+    void sheet(int key, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) const {
+        model->setPage({});
+        press(key, modifiers);
+    }
+    void fitsAtEverySize(const char* label) const;
     /// What is wrong with the texts and controls of the window: cut, or one over the other.
     [[nodiscard]] QStringList faults() const;
     /// Of a sheet, which covers what is below it; null: there is none.
@@ -50,6 +67,17 @@ private:
         QStringList faults;
     };
     void collect(const QQuickItem* below, const QRectF& clip, Screen& screen) const;
+    /// A delegate that its list keeps for later, and does not paint.
+    [[nodiscard]] static bool isSpare(const QQuickItem* item) {
+        QQuickItem* view = item->parentItem() != nullptr ? item->parentItem()->parentItem() : nullptr;
+        const QVariant index = item->property("index");
+        if (view == nullptr || !view->inherits("QQuickItemView") || !index.isValid()) {
+            return false;
+        }
+        QQuickItem* shown = nullptr;
+        QMetaObject::invokeMethod(view, "itemAtIndex", Q_RETURN_ARG(QQuickItem*, shown), Q_ARG(int, index.toInt()));
+        return shown != item;
+    }
     [[nodiscard]] static QString told(const QQuickItem* item) {
         QString names;
         for (const QQuickItem* at = item; at != nullptr; at = at->parentItem()) {
@@ -87,13 +115,18 @@ void FullWindow::fill() {
     test::git(
         shop, {u"init"_s, u"-q"_s, u"-b"_s,
                u"feature/a-branch-whose-name-tells-everything-about-the-change-and-its-number"_s});
+    test::git(root + u'/' + longName, {u"init"_s, u"-q"_s});
+    test::git(root + u'/' + longName, {u"commit"_s, u"-q"_s, u"--allow-empty"_s, u"-m"_s, u"First"_s});
+    for (int i = 0; i < 30; ++i) {
+        test::git(
+            root + u'/' + longName, {u"branch"_s, u"topic/%1-a-branch-whose-name-tells-everything-about-it"_s.arg(i)});
+    }
     scan();
-    const Project project = *model->project(shop);
+    const Project full = *model->project(shop);
     for (int i = 0; i < 40; ++i) {
         model->addTask(
             u"Task %1 that says in many words what there is to be done, and then goes on for a while"_s.arg(i),
-            u"Notes that go on for longer than one line of any window can hold, so that they have to be cut"_s,
-            project);
+            u"Notes that go on for longer than one line of any window can hold, so that they have to be cut"_s, full);
     }
     model->toggleProject(shop);
     ASSERT_TRUE(waitFor([&] { return model->home().running.rowCount() == 9; }, std::chrono::minutes(1)));
@@ -102,7 +135,7 @@ void FullWindow::fill() {
 void FullWindow::collect(const QQuickItem* below, const QRectF& clip, Screen& screen) const {
     const QRectF all(QPointF(), window->size());
     for (const QQuickItem* item : below->childItems()) {
-        if (!item->isVisible() || item->opacity() == 0) {
+        if (!item->isVisible() || item->opacity() == 0 || isSpare(item)) {
             continue;
         }
         const QRectF whole = item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
@@ -153,28 +186,23 @@ QStringList FullWindow::faults() const {
     return screen.faults;
 }
 
+void FullWindow::fitsAtEverySize(const char* label) const {
+    for (const QSize size : {QSize(820, 560), QSize(900, 720), QSize(1280, 832), QSize(1720, 1000)}) {
+        window->resize(size);
+        EXPECT_TRUE(waitFor([&] { return window->contentItem()->size().toSize() == size && faults().isEmpty(); }))
+            << label << ' ' << size.width() << " wide:\n"
+            << faults().join(u'\n').toStdString();
+    }
+}
+
 TEST_F(FullWindow, CutsAndCoversNothing) {
     fill();
     open(QSize(1280, 832));
-    const auto project = [this](const QString& name, DetailTab tab) {
-        model->setPage({AppPage::Kind::project, root + u'/' + name, {}});
-        model->setDetailTab(tab);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    };
-    const auto settings = [this](SettingsSection section) {
-        AppPage page;
-        page.kind = AppPage::Kind::settings;
-        page.section = section;
-        model->setPage(page);
-    };
-    const auto sheet = [this](int key, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) {
-        model->setPage({});
-        press(key, modifiers);
-    };
     const struct {
         const char* label;
         QByteArray component; ///< is there when the screen is
         std::function<void()> show;
+        bool isSheet = false;
     } screens[] = {
         {"home", "RunningItem", [&] { model->setPage({}); }},
         {"overview", "OverviewOutput", [&] { project(u"shop"_s, DetailTab::overview); }},
@@ -199,20 +227,37 @@ TEST_F(FullWindow, CutsAndCoversNothing) {
         {"notifications", "SettingsNotifications", [&] { settings(SettingsSection::notifications); }},
         {"general settings", "SettingsGeneral", [&] { settings(SettingsSection::general); }},
         {"corrections", "OverrideItem", [&] { settings(SettingsSection::projects); }},
-        {"new folder", "FormField", [&] { sheet(Qt::Key_N); }},
-        {"clone", "FormField", [&] { sheet(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier); }},
-        {"shortcuts", "KeyHint", [&] { sheet(Qt::Key_Slash); }},
-        {"setup", "SetupStep", [&] { model->toggleProject(root + u"/fresh"_s); }},
+        {"new folder", "FormField", [&] { sheet(Qt::Key_N); }, true},
+        {"clone", "FormField", [&] { sheet(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier); }, true},
+        {"palette", "PaletteItem", [&] { sheet(Qt::Key_K); }, true},
+        {"branches", "BranchItem",
+         [&] {
+             project(longName, DetailTab::git);
+             EXPECT_TRUE(waitFor([this] { return !items("GitBranchBar").isEmpty(); }));
+             press(Qt::Key_B, Qt::ControlModifier);
+         },
+         true},
+        {"identity", "Segmented",
+         [&] {
+             EXPECT_TRUE(waitFor([this] { return !items("CommitBox").isEmpty(); }));
+             QMetaObject::invokeMethod(item("CommitBox"), "identityAsked");
+         },
+         true},
+        {"widgets", "Button",
+         [&] {
+             model->setSheet(AppSheet{AppSheet::Kind::widgetsHowTo, {}});
+             EXPECT_TRUE(waitFor([this] { return button(u"I added it"_s) != nullptr; }));
+         },
+         true},
+        {"shortcuts", "KeyHint", [&] { sheet(Qt::Key_Slash); }, true},
+        {"setup", "SetupStep", [&] { model->toggleProject(root + u"/fresh"_s); }, true},
     };
     for (const auto& screen : screens) {
         screen.show();
-        EXPECT_TRUE(waitFor([&] { return !items(screen.component).isEmpty(); })) << screen.label;
-        for (const QSize size : {QSize(820, 560), QSize(900, 720), QSize(1280, 832), QSize(1720, 1000)}) {
-            window->resize(size);
-            EXPECT_TRUE(waitFor([&] { return window->contentItem()->size().toSize() == size && faults().isEmpty(); }))
-                << screen.label << ' ' << size.width() << " wide:\n"
-                << faults().join(u'\n').toStdString();
-        }
+        EXPECT_TRUE(waitFor([&] {
+            return !items(screen.component).isEmpty() && (overlay() != nullptr) == screen.isSheet;
+        })) << screen.label;
+        fitsAtEverySize(screen.label);
         press(Qt::Key_Escape);
         EXPECT_TRUE(waitFor([this] { return overlay() == nullptr; })) << screen.label;
     }

@@ -121,7 +121,7 @@ Item {
                 role: Theme.Small
                 color: Theme.text3
                 elide: Text.ElideMiddle
-                text: [entry.framework.length > 0 ? entry.framework : entry.kindLabel, entry.folder].filter(part => part.length > 0).join(" · ")
+                text: (entry.framework.length > 0 ? entry.framework : entry.kindLabel) + (entry.folder.length > 0 ? " · " + entry.folder : "")
 
                 Tip {
                     text: place.truncated ? place.text : ""

@@ -46,7 +46,7 @@ FocusScope {
         width: parent.width
         framed: true
         name: qsTr("Service")
-        text: [choice.shownText, choice.shown?.note ?? ""].join(" ").trim()
+        text: choice.shown?.note?.length > 0 ? choice.shownText + " " + choice.shown.note : choice.shownText
         badge: choice.dots ? dot : null
         Keys.onLeftPressed: choice.show(list.shown - 1)
         Keys.onRightPressed: choice.show(list.shown + 1)
@@ -90,7 +90,7 @@ FocusScope {
 
                     cardState: phase === "stopped" ? "idle" : phase
                     chosen: isShown
-                    text: [label, port].join(" ").trim()
+                    text: port.length > 0 ? label + " " + port : label
                     onTriggered: choice.logs.show(key)
                 }
             }

@@ -53,8 +53,9 @@ FocusScope {
         onClicked: {
             menu.active = true;
             const entries = menu.item as Menu;
-            entries.currentIndex = -1;
             entries.popup(button, 0, button.height + Theme.space4);
+            // In sight where there are more than fit into the window.
+            entries.currentIndex = list.shown;
         }
 
         Component {

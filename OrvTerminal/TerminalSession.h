@@ -183,7 +183,7 @@ private:
     QString m_startError;
     bool m_isBusy = false;
     QUrl m_lastDirectory; ///< in which the shell was last seen
-    int m_looksLeft = 0; ///< at what the line that was entered last does
+    int m_looksLeft = 0;  ///< at what the line that was entered last does
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
     bool m_hasUnseenQuestion = false;

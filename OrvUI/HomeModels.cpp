@@ -327,7 +327,8 @@ HomeModels::Activity HomeModels::activity(const Project& project) const {
 QVariantMap HomeModels::shown(const ServiceID& id) const {
     return {
         {u"kind"_s, rawValue(id.kind)},
-        {u"label"_s, serviceTitle(id, m_model.project(id.projectID))},
+        {u"label"_s, shortServiceTitle(id, m_model.project(id.projectID))},
+        {u"title"_s, serviceTitle(id, m_model.project(id.projectID))},
         {u"phase"_s, rawValue(m_model.processes().state(id).phase)},
         {u"port"_s, m_model.addressPort(id).value_or(0)},
         {u"address"_s, address(id)},
@@ -340,7 +341,8 @@ QVariantMap HomeModels::failed(const ServiceID& id, const QString& message) cons
     const std::optional<RunAction> action = runActionFrom({id.kind});
     return {
         {u"kind"_s, rawValue(id.kind)},
-        {u"label"_s, serviceTitle(id, m_model.project(id.projectID))},
+        {u"label"_s, shortServiceTitle(id, m_model.project(id.projectID))},
+        {u"title"_s, serviceTitle(id, m_model.project(id.projectID))},
         {u"message"_s, message},
         {u"action"_s, rawValue(*action)},
         {u"key"_s, key(id)},

@@ -1,7 +1,10 @@
 #include "OrvUI/OverrideRows.h"
 
 #include "OrvUI/AppModel.h"
+#include "OrvUI/ServiceTitle.h"
 #include "OrvUI/Tile.h"
+
+#include <QDir>
 
 #include <algorithm>
 
@@ -37,6 +40,7 @@ const std::vector<RowRole<OverrideRow>>& OverrideRow::roles() {
         {"project", [](const OverrideRow& row) { return QVariant(row.project); }},
         {"kindLabel", [](const OverrideRow& row) { return QVariant(row.kindLabel); }},
         {"framework", [](const OverrideRow& row) { return QVariant(row.framework); }},
+        {"folder", [](const OverrideRow& row) { return QVariant(row.folder); }},
         {"tileIndex", [](const OverrideRow& row) { return QVariant(row.tileIndex); }},
         {"tileLetter", [](const OverrideRow& row) { return QVariant(row.tileLetter); }},
         {"isChanged", [](const OverrideRow& row) { return QVariant(row.isChanged); }},
@@ -79,11 +83,13 @@ void OverrideRows::update() {
             const auto changed = values.constFind(key);
             const bool isChanged = changed != values.constEnd();
             const Override value = isChanged ? *changed : Override{};
+            const QString folder = QDir(project.id).relativeFilePath(target.directory);
             OverrideRow row{
                 .key = key,
                 .project = project.name,
-                .kindLabel = title(target.kind),
+                .kindLabel = serviceTitle({project.id, target.kind, target.directory}, &project),
                 .framework = target.framework.value_or(QString()),
+                .folder = folder == u"." ? QString() : folder,
                 .tileIndex = Tile::index(project.name),
                 .tileLetter = Tile::letter(project.name),
                 .isChanged = isChanged,
@@ -92,7 +98,7 @@ void OverrideRows::update() {
                 .port = value.port ? QString::number(*value.port) : QString(),
                 .kind = static_cast<int>(target.kind),
             };
-            const QString words = row.project + u' ' + row.kindLabel + u' ' + row.framework;
+            const QString words = row.project + u' ' + row.kindLabel + u' ' + row.framework + u' ' + row.folder;
             if (words.contains(m_filter, Qt::CaseInsensitive)) {
                 rows.append(std::move(row));
             }

@@ -15,8 +15,9 @@ class AppModel;
 struct OverrideRow {
     QString key; ///< of its override
     QString project;
-    QString kindLabel;
+    QString kindLabel; ///< "Backend"; of one of several in its project "Backend · api"
     QString framework;
+    QString folder; ///< in the project; empty: the project's own
     int tileIndex = 0;
     QString tileLetter;
     bool isChanged = false;
@@ -33,7 +34,7 @@ struct OverrideRow {
 class OverrideRows : public RowModel<OverrideRow> {
     Q_OBJECT
     Q_PROPERTY(orv::AppModel* model READ model WRITE setModel NOTIFY modelChanged FINAL)
-    /// Keeps those with this in the project's name, the kind or the framework.
+    /// Keeps those with this in the project's name, the kind, the framework or the folder.
     Q_PROPERTY(QString filter READ filter WRITE setFilter NOTIFY filterChanged FINAL)
 
 public:

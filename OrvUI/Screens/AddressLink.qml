@@ -8,14 +8,15 @@ T.AbstractButton {
 
     property int toldRole: Accessible.Link
     property bool listening: true
+    readonly property string warning: qsTr("The service named this address, but does not listen on it")
 
-    implicitWidth: row.implicitWidth
+    implicitWidth: Math.ceil(words.implicitWidth) + row.spacing + sign.width
     implicitHeight: Theme.controlMini
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.role: toldRole
     Accessible.name: qsTr("Open %1 in your browser").arg(text)
-    Accessible.description: tip.text
+    Accessible.description: listening ? "" : warning
     Keys.onReturnPressed: link.clicked()
     Keys.onEnterPressed: link.clicked()
 
@@ -26,8 +27,13 @@ T.AbstractButton {
             anchors.verticalCenter: parent.verticalCenter
             spacing: Theme.space4
 
+            // Without room for all of it, its port is what has to be read.
             Label {
+                id: words
+
+                width: Math.max(0, Math.min(Math.ceil(implicitWidth), link.width - row.spacing - sign.width))
                 role: Theme.Mono
+                elide: Text.ElideLeft
                 color: link.listening ? Theme.text : Theme.warning
                 text: link.text
 
@@ -41,6 +47,8 @@ T.AbstractButton {
             }
 
             Icon {
+                id: sign
+
                 anchors.verticalCenter: parent.verticalCenter
                 name: link.listening ? "arrow-up-right" : "circle-alert"
                 size: Theme.iconMini
@@ -57,8 +65,6 @@ T.AbstractButton {
     }
 
     Tip {
-        id: tip
-
-        text: link.listening ? "" : qsTr("The service named this address, but does not listen on it")
+        text: !link.listening ? warning : words.truncated ? link.text : ""
     }
 }

@@ -7,15 +7,30 @@ Row {
     id: trail
 
     required property var crumbs
+    // How wide the longest parts may be, so that all of them have room.
+    readonly property real share: {
+        const wants = Array.from({
+            "length": parts.count
+        }, (unused, index) => parts.itemAt(index)?.wanted ?? 0).sort((a, b) => a - b);
+        let rest = trail.width - (wants.length - 1) * (Theme.iconSmall + 2 * Theme.crumbGap);
+        for (let i = 0; i < wants.length; ++i) {
+            const even = rest / (wants.length - i);
+            if (wants[i] > even) {
+                return Math.max(0, Math.floor(even));
+            }
+            rest -= wants[i];
+        }
+        return Infinity;
+    }
     signal chosen(int index)
 
     spacing: Theme.crumbGap
-    // Else the ring of the focus would be cut.
-    clip: implicitWidth > width
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Way to this page")
 
     Repeater {
+        id: parts
+
         model: trail.crumbs
 
         Row {
@@ -23,6 +38,7 @@ Row {
 
             required property var modelData
             required property int index
+            readonly property real wanted: Math.ceil(label.implicitWidth)
             readonly property bool isLast: index === trail.crumbs.length - 1
 
             spacing: Theme.crumbGap
@@ -35,13 +51,18 @@ Row {
                 color: Theme.text3
             }
 
+            // The last one takes no pointer itself.
+            Tip {
+                text: label.truncated ? crumb.text : ""
+            }
+
             T.AbstractButton {
                 id: crumb
 
                 property int toldRole: part.isLast ? Accessible.Heading : Accessible.Link
 
                 enabled: !part.isLast
-                implicitWidth: label.implicitWidth
+                implicitWidth: Math.min(part.wanted, trail.share)
                 implicitHeight: Theme.controlMini
                 focusPolicy: part.isLast ? Qt.NoFocus : Qt.StrongFocus
                 hoverEnabled: true
@@ -64,7 +85,9 @@ Row {
                         id: label
 
                         anchors.verticalCenter: parent.verticalCenter
+                        width: crumb.width
                         role: Theme.BodyStrong
+                        elide: Text.ElideMiddle
                         color: part.isLast || crumb.hovered ? Theme.text : Theme.text2
                         text: crumb.text
                     }

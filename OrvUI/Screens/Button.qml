@@ -25,10 +25,15 @@ T.AbstractButton {
     property string shortcut
     property int corner: Theme.radiusControl
     property int role: controlHeight > Theme.controlSmall ? Theme.BodyStrong : Theme.SmallStrong
+    // Its words where there was no room for all of them.
+    property string tip: truncated ? text : ""
+    readonly property bool truncated: words.truncated
+    // What is not its words; those end in an ellipsis where the button is narrower than they need.
+    readonly property real besides: leftPadding + rightPadding + (glyph.length > 0 ? glyphSize : 0) + (glyph.length > 0 && text.length > 0 ? row.spacing : 0) + (shortcut.length > 0 ? keys.implicitWidth + row.spacing : 0)
     readonly property color labelColor: !enabled ? Theme.disabled : danger ? Theme.danger : primary ? Theme.onAccent : lit ? Theme.accentText : ghost ? Theme.text2 : Theme.text
 
     implicitHeight: controlHeight
-    implicitWidth: Math.ceil(row.implicitWidth) + leftPadding + rightPadding
+    implicitWidth: Math.ceil(besides + (text.length > 0 ? words.implicitWidth : 0))
     leftPadding: controlHeight > Theme.controlSmall ? Theme.space12 : Theme.space10
     rightPadding: leftPadding
     focusPolicy: Qt.StrongFocus
@@ -69,7 +74,10 @@ T.AbstractButton {
             }
 
             Label {
+                id: words
+
                 anchors.verticalCenter: parent.verticalCenter
+                width: Math.max(0, Math.min(Math.ceil(implicitWidth), control.width - control.besides))
                 visible: text.length > 0
                 role: control.role
                 color: control.labelColor
@@ -77,6 +85,8 @@ T.AbstractButton {
             }
 
             Label {
+                id: keys
+
                 anchors.verticalCenter: parent.verticalCenter
                 visible: text.length > 0
                 role: Theme.Small
@@ -85,5 +95,10 @@ T.AbstractButton {
                 text: control.shortcut
             }
         }
+    }
+
+    Tip {
+        enabled: control.tip.length > 0
+        text: control.tip
     }
 }

@@ -88,6 +88,7 @@ FocusScope {
                 anchors.right: parent.right
                 anchors.verticalCenter: tile.verticalCenter
                 glyph: "square-terminal"
+                width: Math.min(implicitWidth, Math.floor(page.width / 3))
                 text: page.narrow ? qsTr("New terminal") : qsTr("New terminal in %1").arg(folder.name)
                 Accessible.name: qsTr("New terminal in %1").arg(folder.name)
                 onClicked: cards.folders.openTerminal(folder.path)

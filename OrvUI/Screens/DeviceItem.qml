@@ -57,7 +57,12 @@ T.AbstractButton {
             anchors.rightMargin: Theme.space8
             y: Theme.space4
             role: Theme.BodyStrong
+            elide: Text.ElideMiddle
             text: row.title
+
+            Tip {
+                text: words.truncated ? words.text : ""
+            }
         }
 
         Label {

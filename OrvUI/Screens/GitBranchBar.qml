@@ -111,6 +111,7 @@ Column {
                 anchors.right: chevrons.left
                 anchors.rightMargin: Theme.space8
                 anchors.verticalCenter: parent.verticalCenter
+                visible: width > Theme.space40
                 horizontalAlignment: Text.AlignRight
                 elide: Text.ElideMiddle
                 role: Theme.Small

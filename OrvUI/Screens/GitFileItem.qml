@@ -170,6 +170,7 @@ T.AbstractButton {
 
                 anchors.verticalCenter: parent.verticalCenter
                 width: Math.min(implicitWidth, words.width)
+                elide: Text.ElideMiddle
                 color: item.kind === "more" ? Theme.text3 : Theme.text
                 text: item.kind === "more" ? qsTr("%1 more").arg(item.count) : item.name
             }
@@ -181,6 +182,7 @@ T.AbstractButton {
                 anchors.leftMargin: Theme.space4
                 anchors.right: parent.right
                 anchors.verticalCenter: parent.verticalCenter
+                visible: width > Theme.space20
                 role: Theme.Small
                 color: Theme.text3
                 text: item.folder

@@ -16,6 +16,8 @@ Row {
     property bool follow: true
     property bool wrap: false
     property bool timed: false
+    // Beside which nothing of it is missing: five buttons.
+    readonly property int leastWidth: 5 * Theme.controlRegular + 4 * spacing
     readonly property bool tight: room < Theme.logToolsWidth
     // Nothing else has room beside the search.
     readonly property bool covers: tight && opened

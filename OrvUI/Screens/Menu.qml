@@ -54,6 +54,8 @@ T.Menu {
         currentIndex: menu.currentIndex
         interactive: contentHeight > height
         clip: interactive
+
+        T.ScrollBar.vertical: ScrollBar {}
     }
 
     background: PopoverFace {}

@@ -9,14 +9,16 @@ T.AbstractButton {
     property int toldRole: Accessible.ButtonMenu
     // What the choice is of, for those who do not see it.
     required property string name
+    // In the frame of a button, beside other ones.
+    property bool framed: false
     property string glyph
     property alias badge: picture.sourceComponent
 
     // What is not words; a long choice ends in an ellipsis where there is no room for it.
-    readonly property int besides: Theme.space16 + chevron.width + row.spacing + (picture.status === Loader.Ready ? picture.width + row.spacing : 0) + (glyph.length > 0 ? symbol.width + row.spacing : 0)
+    readonly property int besides: (framed ? 2 * Theme.space10 : Theme.space16) + chevron.width + row.spacing + (picture.status === Loader.Ready ? picture.width + row.spacing : 0) + (glyph.length > 0 ? symbol.width + row.spacing : 0)
 
     implicitWidth: besides + Math.ceil(label.implicitWidth)
-    implicitHeight: Theme.controlSmall
+    implicitHeight: framed ? Theme.controlRegular : Theme.controlSmall
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.role: toldRole
@@ -25,12 +27,18 @@ T.AbstractButton {
     Keys.onEnterPressed: control.clicked()
 
     background: Rectangle {
-        radius: Theme.radiusRow
-        color: control.pressed ? Theme.pressed : control.hovered ? Theme.hover : "transparent"
+        radius: control.framed ? Theme.radiusControl : Theme.radiusRow
+        color: control.framed ? "transparent" : control.pressed ? Theme.pressed : control.hovered ? Theme.hover : "transparent"
+
+        ButtonFace {
+            anchors.fill: parent
+            visible: control.framed
+            control: control
+        }
 
         FocusRing {
             control: control
-            shapeRadius: Theme.radiusRow
+            shapeRadius: control.framed ? Theme.radiusControl : Theme.radiusRow
         }
     }
 
@@ -63,7 +71,7 @@ T.AbstractButton {
 
                 anchors.verticalCenter: parent.verticalCenter
                 width: Math.max(0, Math.min(Math.ceil(implicitWidth), control.width - control.besides))
-                role: Theme.SmallStrong
+                role: control.framed ? Theme.BodyStrong : Theme.SmallStrong
                 text: control.text
             }
 
@@ -76,5 +84,9 @@ T.AbstractButton {
                 color: Theme.text3
             }
         }
+    }
+
+    Tip {
+        text: label.truncated ? control.text : ""
     }
 }

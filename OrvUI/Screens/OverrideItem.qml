@@ -11,6 +11,7 @@ Item {
     required property string project
     required property string kindLabel
     required property string framework
+    required property string folder
     required property int tileIndex
     required property string tileLetter
     required property bool isChanged
@@ -79,30 +80,57 @@ Item {
 
                 anchors.left: tile.right
                 anchors.leftMargin: Theme.space12
+                anchors.right: marks.left
+                anchors.rightMargin: Theme.space12
                 y: Theme.space8 + Theme.hairline
                 spacing: Theme.space4
 
                 Label {
-                    width: Math.min(implicitWidth, head.width / 2)
+                    id: project
+
+                    width: Math.min(implicitWidth, names.width / 2)
                     role: Theme.BodyStrong
+                    elide: Text.ElideMiddle
                     text: entry.project
+
+                    Tip {
+                        text: project.truncated ? project.text : ""
+                    }
                 }
 
                 Label {
+                    id: title
+
+                    width: Math.max(0, Math.min(implicitWidth, names.width - x))
                     color: Theme.text2
+                    elide: Text.ElideMiddle
                     text: entry.kindLabel
+
+                    Tip {
+                        text: title.truncated ? title.text : ""
+                    }
                 }
             }
 
             Label {
+                id: place
+
                 anchors.left: names.left
+                anchors.right: names.right
                 anchors.top: names.bottom
                 role: Theme.Small
                 color: Theme.text3
-                text: entry.framework.length > 0 ? entry.framework : entry.kindLabel
+                elide: Text.ElideMiddle
+                text: (entry.framework.length > 0 ? entry.framework : entry.kindLabel) + (entry.folder.length > 0 ? " · " + entry.folder : "")
+
+                Tip {
+                    text: place.truncated ? place.text : ""
+                }
             }
 
             Row {
+                id: marks
+
                 anchors.right: parent.right
                 anchors.rightMargin: Theme.space16
                 anchors.verticalCenter: parent.verticalCenter

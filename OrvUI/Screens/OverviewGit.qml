@@ -6,7 +6,7 @@ OverviewCard {
     id: card
 
     required property GitModel git
-    // Names without their folders.
+    // Names without their folders, but where two of them are the same.
     property bool narrow: false
     readonly property bool ready: git !== null && git.state === "ready"
     readonly property int changes: ready ? git.ownChangeCount : 0
@@ -72,6 +72,8 @@ OverviewCard {
             id: row
 
             required property var modelData
+            readonly property string whole: modelData.folder + modelData.name
+            readonly property bool ambiguous: card.first.filter(change => change.name === modelData.name).length > 1
 
             width: parent?.width ?? 0
             height: letter.height + Theme.space8
@@ -87,15 +89,29 @@ OverviewCard {
 
                 anchors.left: letter.right
                 anchors.leftMargin: Theme.space8
-                anchors.right: parent.right
+                width: Math.min(implicitWidth, row.width - x)
                 anchors.verticalCenter: letter.verticalCenter
                 role: Theme.Small
                 elide: Text.ElideMiddle
-                text: card.narrow ? row.modelData.name : row.modelData.folder + row.modelData.name
+                text: card.narrow ? row.modelData.name : row.whole
+                Accessible.name: row.whole
 
                 Tip {
-                    text: path.truncated || card.narrow ? row.modelData.folder + row.modelData.name : ""
+                    text: path.truncated || card.narrow ? row.whole : ""
                 }
+            }
+
+            Label {
+                anchors.left: path.right
+                anchors.leftMargin: Theme.space8
+                anchors.right: parent.right
+                anchors.baseline: path.baseline
+                visible: card.narrow && row.ambiguous && width > Theme.space40
+                role: Theme.Small
+                color: Theme.text3
+                elide: Text.ElideLeft
+                text: row.modelData.folder
+                Accessible.ignored: true
             }
         }
     }

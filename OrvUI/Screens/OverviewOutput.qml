@@ -24,6 +24,8 @@ Column {
         height: Theme.space28
 
         Label {
+            id: heading
+
             anchors.verticalCenter: parent.verticalCenter
             role: Theme.Section
             text: qsTr("Latest output")
@@ -41,6 +43,7 @@ Column {
             ports: false
             dots: false
             logs: output.model.logs
+            room: more.x - Theme.space12 - heading.width - Theme.space16
         }
 
         Button {

@@ -81,6 +81,7 @@ T.AbstractButton {
             anchors.right: keys.left
             anchors.rightMargin: Theme.space12
             anchors.verticalCenter: parent.verticalCenter
+            visible: width > Theme.space20
             role: Theme.Small
             color: Theme.text2
             text: row.detail

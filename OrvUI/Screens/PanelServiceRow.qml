@@ -65,19 +65,35 @@ Item {
         anchors.leftMargin: Theme.space12
         anchors.top: tile.top
         anchors.topMargin: -Theme.space2
+        anchors.right: buttons.left
+        anchors.rightMargin: Theme.space8
         spacing: Theme.space4
 
         Label {
+            id: project
+
             width: Math.min(implicitWidth, row.width / 3)
             role: Theme.Section
             text: row.name
+
+            Tip {
+                text: project.truncated ? project.text : ""
+            }
         }
 
         Label {
+            id: kind
+
             anchors.verticalCenter: parent.verticalCenter
+            width: Math.max(0, Math.min(implicitWidth, title.width - x))
             role: Theme.Small
             color: Theme.text2
+            elide: Text.ElideMiddle
             text: row.kindLabel
+
+            Tip {
+                text: kind.truncated ? kind.text : ""
+            }
         }
     }
 
@@ -85,13 +101,17 @@ Item {
         id: state
 
         anchors.left: title.left
+        anchors.right: title.right
         anchors.top: title.bottom
         role: Theme.Small
         color: Theme.text2
+        elide: Text.ElideMiddle
         text: row.address.length > 0 ? qsTr("Running · %1").arg(row.address) : qsTr("Running")
     }
 
     Row {
+        id: buttons
+
         anchors.right: parent.right
         anchors.rightMargin: Theme.space16
         anchors.verticalCenter: parent.verticalCenter

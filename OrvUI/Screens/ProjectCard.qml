@@ -331,7 +331,7 @@ T.Control {
 
                         service: card.lines[index] ?? {}
                         alone: card.lines.length === 1
-                        limit: action.x - Theme.space24
+                        limit: action.x - Theme.space24 + Theme.space4
                         reachable: card.isCurrent
                         onOpened: key => card.open(key)
                     }

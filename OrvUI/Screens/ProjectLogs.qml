@@ -36,6 +36,7 @@ FocusScope {
 
             visible: page.hasServices && !tools.covers
             logs: page.logs
+            room: bar.width - tools.leastWidth - Theme.space12
         }
 
         LogTools {

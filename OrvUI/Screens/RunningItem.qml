@@ -75,9 +75,15 @@ T.AbstractButton {
             width: Math.min(implicitWidth, item.width / 2 - tile.width)
             role: Theme.Section
             text: item.name
+
+            Tip {
+                text: title.truncated ? title.text : ""
+            }
         }
 
         Label {
+            id: kind
+
             anchors.left: title.right
             anchors.leftMargin: Theme.space6
             anchors.right: logs.left
@@ -85,13 +91,19 @@ T.AbstractButton {
             anchors.baseline: title.baseline
             role: Theme.Small
             color: Theme.text3
+            elide: Text.ElideMiddle
             text: item.kindLabel
+
+            Tip {
+                text: kind.truncated ? kind.text : ""
+            }
         }
 
         AddressLink {
             anchors.left: title.left
             anchors.top: parent.verticalCenter
             anchors.topMargin: -Theme.space2
+            width: Math.min(implicitWidth, logs.x - title.x)
             visible: item.address.length > 0
             text: item.address
             listening: item.portListening

@@ -73,8 +73,12 @@ T.Control {
                     required property int index
                     readonly property bool isCurrent: index === segmented.currentIndex
 
+                    // Beside its words; those end in an ellipsis where it is narrower than they need.
+                    readonly property real besides: (modelData.state !== undefined ? dot.width + content.spacing : 0) + (modelData.glyph !== undefined ? sign.width + content.spacing : 0) + (number.text.length > 0 ? number.implicitWidth + content.spacing : 0) + (hint.text.length > 0 ? hint.implicitWidth + content.spacing : 0)
+                    readonly property real wanted: words.text.length > 0 ? besides + words.implicitWidth : besides - content.spacing
+
                     height: row.height
-                    implicitWidth: Math.ceil(content.implicitWidth) + (segmented.stretched ? Theme.space16 + Theme.space20 : modelData.text === undefined ? Theme.space16 : Theme.space24)
+                    implicitWidth: Math.ceil(wanted) + (segmented.stretched ? Theme.space16 + Theme.space20 : modelData.text === undefined ? Theme.space16 : Theme.space24)
                     width: row.widths[index] ?? implicitWidth
                     focusPolicy: Qt.NoFocus
                     hoverEnabled: true
@@ -94,12 +98,12 @@ T.Control {
                     }
 
                     Tip {
-                        text: segment.modelData.name ?? ""
+                        text: words.truncated ? words.text : segment.modelData.name ?? ""
                         shortcut: segment.modelData.shortcut ?? ""
                     }
 
                     contentItem: Item {
-                        implicitWidth: content.implicitWidth
+                        implicitWidth: segment.wanted
 
                         Row {
                             id: content
@@ -108,6 +112,8 @@ T.Control {
                             spacing: Theme.space6
 
                             StatusDot {
+                                id: dot
+
                                 anchors.verticalCenter: parent.verticalCenter
                                 width: Theme.dot
                                 visible: segment.modelData.state !== undefined
@@ -116,6 +122,8 @@ T.Control {
                             }
 
                             Icon {
+                                id: sign
+
                                 anchors.verticalCenter: parent.verticalCenter
                                 visible: segment.modelData.glyph !== undefined
                                 name: segment.modelData.glyph ?? ""
@@ -123,7 +131,10 @@ T.Control {
                             }
 
                             Label {
+                                id: words
+
                                 anchors.verticalCenter: parent.verticalCenter
+                                width: Math.max(0, Math.min(Math.ceil(implicitWidth), segment.width - segment.besides - Theme.space16))
                                 visible: text.length > 0
                                 role: Theme.BodyStrong
                                 color: segment.isCurrent ? Theme.text : Theme.text2
@@ -131,6 +142,8 @@ T.Control {
                             }
 
                             Figures {
+                                id: number
+
                                 anchors.verticalCenter: parent.verticalCenter
                                 visible: text.length > 0
                                 color: Theme.text3
@@ -138,6 +151,8 @@ T.Control {
                             }
 
                             Label {
+                                id: hint
+
                                 anchors.verticalCenter: parent.verticalCenter
                                 visible: text.length > 0
                                 role: Theme.MonoPath

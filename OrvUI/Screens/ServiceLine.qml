@@ -23,15 +23,28 @@ Row {
     }
 
     Label {
+        id: kind
+
+        // What the address leaves it; of a failure, whose reason is shortened, what it needs.
+        readonly property real room: line.limit - x - line.spacing - (address.visible ? address.implicitWidth : 0)
+
         anchors.verticalCenter: parent.verticalCenter
-        width: line.alone ? implicitWidth : Math.max(Theme.kindWidth, Math.min(implicitWidth, 2 * Theme.kindWidth))
+        width: line.alone ? implicitWidth : Math.max(Theme.kindWidth, Math.min(implicitWidth, 2 * Theme.kindWidth, room))
         role: Theme.Small
+        elide: Text.ElideMiddle
         color: line.failed ? Theme.danger : line.running ? Theme.text2 : Theme.warning
         text: !line.alone ? line.service.label ?? "" : line.running ? qsTr("Running") : qsTr("Starting…")
         rightPadding: Theme.space2
+
+        Tip {
+            text: kind.truncated ? line.service.title ?? kind.text : ""
+        }
     }
 
     AddressLink {
+        id: address
+
+        width: Math.max(0, Math.min(implicitWidth, line.limit - x))
         anchors.verticalCenter: parent.verticalCenter
         visible: text.length > 0
         focusPolicy: line.reachable ? Qt.StrongFocus : Qt.ClickFocus

@@ -94,17 +94,29 @@ Item {
         anchors.left: tile.right
         anchors.leftMargin: Theme.space12 + Theme.space2
         y: tile.y
+        width: line.width
         height: Theme.space20
         spacing: Theme.space8
 
         Label {
+            id: name
+
             anchors.verticalCenter: parent.verticalCenter
+            width: Math.max(0, Math.min(implicitWidth, title.width - (kind.visible ? kind.width + title.spacing : 0)))
             role: Theme.CardTitle
+            elide: Text.ElideMiddle
             text: row.label
+
+            Tip {
+                text: name.truncated ? name.text : ""
+            }
         }
 
         Pill {
+            id: kind
+
             anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(implicitWidth, title.width / 3)
             visible: row.framework.length > 0
             text: row.framework
         }
@@ -116,17 +128,23 @@ Item {
         anchors.left: title.left
         anchors.top: title.bottom
         anchors.topMargin: Theme.space2
-        width: Math.max(0, state.x - title.x - Theme.space12)
+        width: Math.max(0, state.x - x - Theme.space12)
         spacing: Theme.space6
-        clip: true
 
+        // The command is the same for many.
         Label {
             id: folder
 
+            width: Math.max(0, Math.min(Math.ceil(implicitWidth), line.width - Math.min(command.implicitWidth + line.spacing, line.width / 3)))
             visible: text.length > 0
+            elide: Text.ElideMiddle
             role: Theme.MonoPath
             color: Theme.text3
             text: row.folder
+
+            Tip {
+                text: folder.truncated ? folder.text : ""
+            }
         }
 
         Label {
@@ -162,6 +180,7 @@ Item {
 
         AddressLink {
             anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(implicitWidth, row.width / 3)
             visible: row.address.length > 0
             text: row.address
             listening: row.portListening

@@ -37,7 +37,11 @@ Sheet {
     visible: model.setupActive && !model.setupAside
     // While something runs only the button ends it.
     closePolicy: T.Popup.NoAutoClose
-    onAboutToShow: otherCommand = false
+    onAboutToShow: {
+        otherCommand = false;
+        view.current = null;
+        view.contentY = 0;
+    }
     onOpened: takeFocus(running ? hide : primary)
 
     T.Overlay.modal: Rectangle {
@@ -51,7 +55,7 @@ Sheet {
     contentItem: FocusScope {
         property bool toldModal: sheet.modal
 
-        implicitHeight: column.implicitHeight
+        implicitHeight: head.height + steps.height + 2 * Theme.hairline + rest.height
         Accessible.role: Accessible.Dialog
         Accessible.name: title.text
         // What has the focus takes it first, where it is a button.
@@ -65,81 +69,120 @@ Sheet {
             onActivated: sheet.leave()
         }
 
-        Column {
-            id: column
+        Item {
+            id: head
 
             width: parent.width
+            height: Math.max(tile.y + tile.height, sentence.y + sentence.height) + Theme.space20 + Theme.space2
 
-            Item {
-                width: parent.width
-                height: Math.max(tile.y + tile.height, sentence.y + sentence.height) + Theme.space20 + Theme.space2
+            Tile {
+                id: tile
 
-                Tile {
-                    id: tile
-
-                    x: Theme.space24
-                    y: Theme.space24
-                    size: Theme.tileLarge
-                    tileIndex: sheet.model.setupTileIndex
-                    tileLetter: sheet.model.setupTileLetter
-                }
-
-                Label {
-                    id: title
-
-                    anchors.left: tile.right
-                    anchors.leftMargin: Theme.space12 + Theme.space2
-                    anchors.right: parent.right
-                    anchors.rightMargin: Theme.space24
-                    y: tile.y - Theme.hairline
-                    role: Theme.SheetTitle
-                    text: qsTr("Set up %1").arg(sheet.model.setupTitle)
-                }
-
-                Label {
-                    id: sentence
-
-                    anchors.left: title.left
-                    anchors.right: title.right
-                    anchors.top: title.bottom
-                    anchors.topMargin: Theme.space2
-                    color: Theme.text2
-                    wrapMode: Text.Wrap
-                    elide: Text.ElideNone
-                    text: sheet.model.setupText
-                }
+                x: Theme.space24
+                y: Theme.space24
+                size: Theme.tileLarge
+                tileIndex: sheet.model.setupTileIndex
+                tileLetter: sheet.model.setupTileLetter
             }
 
-            Rectangle {
-                x: Theme.space24
-                width: parent.width - 2 * Theme.space24
-                height: steps.height + 2 * Theme.hairline
-                radius: Theme.radiusCard
-                color: Theme.sunken
-                border.width: Theme.hairline
-                border.color: Theme.border
+            Label {
+                id: title
+
+                anchors.left: tile.right
+                anchors.leftMargin: Theme.space12 + Theme.space2
+                anchors.right: parent.right
+                anchors.rightMargin: Theme.space24
+                y: tile.y - Theme.hairline
+                role: Theme.SheetTitle
+                text: qsTr("Set up %1").arg(sheet.model.setupTitle)
+            }
+
+            Label {
+                id: sentence
+
+                anchors.left: title.left
+                anchors.right: title.right
+                anchors.top: title.bottom
+                anchors.topMargin: Theme.space2
+                color: Theme.text2
+                wrapMode: Text.Wrap
+                elide: Text.ElideNone
+                text: sheet.model.setupText
+            }
+        }
+
+        Rectangle {
+            anchors.top: head.bottom
+            anchors.bottom: rest.top
+            x: Theme.space24
+            width: parent.width - 2 * Theme.space24
+            radius: Theme.radiusCard
+            color: Theme.sunken
+            border.width: Theme.hairline
+            border.color: Theme.border
+
+            // Many steps scroll; what is to be decided stays in sight.
+            Flickable {
+                id: view
+
+                // The step that runs, or that failed.
+                property SetupStep current: null
+
+                function reveal() {
+                    if (current !== null) {
+                        contentY = Math.max(0, Math.min(Math.max(Math.min(contentY, current.y), current.y + current.height - height), contentHeight - height));
+                    }
+                }
+
+                anchors.fill: parent
+                anchors.margins: Theme.hairline
+                contentHeight: steps.height
+                boundsBehavior: Flickable.StopAtBounds
+                interactive: contentHeight > height
+                clip: true
+                onCurrentChanged: reveal()
+                onHeightChanged: reveal()
 
                 Column {
                     id: steps
 
-                    x: Theme.hairline
-                    y: Theme.hairline
-                    width: parent.width - 2 * Theme.hairline
+                    width: parent.width
 
                     Repeater {
                         model: sheet.model.setupSteps
 
                         SetupStep {
+                            id: step
+
                             width: steps.width
+                            onRunningChanged: {
+                                if (running) {
+                                    view.current = step;
+                                }
+                            }
                             onFailedChanged: {
                                 if (failed) {
                                     sheet.failedCommand = command;
+                                    view.current = step;
                                 }
                             }
                         }
                     }
                 }
+
+                T.ScrollBar.vertical: ScrollBar {}
             }
+        }
+
+        FocusFollower {
+            view: view
+        }
+
+        Column {
+            id: rest
+
+            anchors.bottom: parent.bottom
+            width: parent.width
 
             Disclosure {
                 visible: sheet.confirming

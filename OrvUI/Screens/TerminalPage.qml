@@ -65,6 +65,7 @@ FocusScope {
         Button {
             primary: true
             focus: true
+            width: Math.min(implicitWidth, page.width - 2 * Theme.space24)
             glyph: "plus"
             text: qsTr("New terminal in %1").arg(page.folderName)
             onClicked: page.newTerminal()

@@ -7,7 +7,21 @@ Item {
 
     required property TerminalTabList list
     required property string folderName
+    readonly property string newText: qsTr("New terminal in %1").arg(folderName)
+    // What the button may take when each tab has as much as it needs.
+    readonly property real spare: width - 2 * Theme.space12 - Theme.space4 - list.count * (Theme.terminalTabMin + Theme.space4)
+    // Of the strip, for a folder with a long name.
+    readonly property int buttonLimit: Math.floor(width / 3)
     signal newRequested
+
+    function buttonWidth(text) {
+        return button.leftPadding + button.glyphSize + Theme.space6 + Math.ceil(metrics.advanceWidth(text)) + button.rightPadding;
+    }
+
+    // No room stays empty beside tabs that have become narrower, be they still on their way.
+    function settle() {
+        tabs.contentX = Math.max(0, Math.min(tabs.contentX, tabs.contentWidth - tabs.width));
+    }
 
     // Brings a tab into view.
     function show(tab) {
@@ -16,13 +30,20 @@ Item {
         } else if (tab.x + tab.width > tabs.contentX + tabs.width) {
             tabs.contentX = tab.x + tab.width - tabs.width;
         }
+        strip.settle();
+    }
+
+    FontMetrics {
+        id: metrics
+
+        font: Theme.font(button.role)
     }
 
     Flickable {
         id: tabs
 
         // The tabs share what the button leaves them.
-        readonly property int room: strip.width - 2 * Theme.space12 - button.implicitWidth - Theme.space4
+        readonly property int room: strip.width - 2 * Theme.space12 - button.width - Theme.space4
         readonly property int share: Math.floor(room / Math.max(1, strip.list.count)) - Theme.space4
 
         x: Theme.space12
@@ -33,7 +54,9 @@ Item {
         interactive: contentWidth > width
         boundsBehavior: Flickable.StopAtBounds
         clip: interactive
+        onContentWidthChanged: strip.settle()
         onWidthChanged: {
+            strip.settle();
             for (let index = 0; index < shown.count; ++index) {
                 const tab = shown.itemAt(index) as TerminalTab;
                 if (tab?.isSelected) {
@@ -105,10 +128,13 @@ Item {
         anchors.left: tabs.right
         anchors.leftMargin: Theme.space4
         anchors.verticalCenter: parent.verticalCenter
+        width: Math.min(implicitWidth, strip.buttonLimit)
         ghost: true
         controlHeight: Theme.controlSmall
         glyph: "plus"
-        text: qsTr("New terminal in %1").arg(strip.folderName)
+        text: strip.spare >= Math.min(strip.buttonWidth(strip.newText), strip.buttonLimit) ? strip.newText : strip.spare >= strip.buttonWidth(qsTr("New terminal")) ? qsTr("New terminal") : ""
+        tip: truncated || text !== strip.newText ? strip.newText : ""
+        Accessible.name: strip.newText
         onClicked: strip.newRequested()
     }
 }

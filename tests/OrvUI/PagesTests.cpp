@@ -244,6 +244,28 @@ TEST_F(PagesTest, CorrectsAService) {
     EXPECT_TRUE(model->overrides().values().isEmpty());
 }
 
+TEST_F(PagesTest, TellsServicesOfOneKindApartWhereTheyAreCorrected) {
+    for (const QString& part : {u"mall/web"_s, u"mall/services/orders"_s, u"mall/services/search"_s}) {
+        addInstalled(part, part.endsWith(u"web") ? "vite" : "express", test::up(4310));
+    }
+    scan();
+    OverrideRows rows;
+    rows.setModel(model.get());
+    const auto shown = [&] {
+        QStringList list;
+        for (int row = 0; row < rows.rowCount(); ++row) {
+            if (at(&rows, row, "project") == u"mall"_s) {
+                list.append(at(&rows, row, "kindLabel").toString() + u", "_s + at(&rows, row, "folder").toString());
+            }
+        }
+        return list;
+    };
+    const QString search = u"Backend · search, services/search"_s;
+    EXPECT_EQ(shown(), (QStringList{u"Backend · orders, services/orders"_s, search, u"Frontend, web"_s}));
+    rows.setFilter(u"services/sea"_s);
+    EXPECT_EQ(shown(), QStringList{search});
+}
+
 TEST_F(PagesTest, SavesWhatTheSettingsPageChanges) {
     SettingsForm form;
     form.setModel(model.get());

@@ -1,8 +1,8 @@
 #include "OrvProcess/ChildRecords.h"
 #include "OrvProcess/ProcessSpawner.h"
+#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ProjectDetail.h"
-#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/QuitGuard.h"
 #include "tests/OrvUI/ModelFixture.h"
 

@@ -150,7 +150,7 @@ void FullWindow::collect(const QQuickItem* below, const QRectF& clip, Screen& sc
                 screen.faults.append(u"cut at a side: "_s + told(item));
             }
             // Nothing that scrolls would bring it back.
-            if (clip == all && !all.contains(whole)) {
+            if (clip == all && whole.width() > 0 && !all.contains(whole)) {
                 screen.faults.append(u"out of the window: "_s + told(item));
             }
             if (!seen.isEmpty()) {

@@ -143,17 +143,7 @@ void BufferLine::fill(int first, int end, PackedCell cell) {
         return;
     }
     if (end >= m_cols && cell.isEmpty()) {
-        // The whole rest: it becomes the tail, unless there is another blank before it.
-        if (m_hasWide) {
-            cutWide(first);
-        }
-        if (first > m_usedLength && cell != m_tailBlankCell) {
-            reserve(first, first);
-        }
-        m_usedLength = std::min(m_usedLength, first);
-        m_tailBlankCell = cell;
-        m_hasWide = m_hasWide && m_usedLength > 0;
-        ++m_generation;
+        fillRest(first, cell);
         return;
     }
     PackedCell* const cells = write(first, end - first);

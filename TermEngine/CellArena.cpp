@@ -70,19 +70,20 @@ void CellArena::growSlots() {
 }
 
 std::uint16_t CellArena::intern(PackedAttributeKey key) {
+    // Programs go to and fro between an attribute and the default one.
+    if (key == PackedAttributeKey{}) {
+        return 0;
+    }
     if (key == m_attributeCache.key) {
         return m_attributeCache.id;
     }
-    std::uint16_t id = 0;
-    if (key != PackedAttributeKey{}) {
-        const std::uint64_t hash = hashOf(key);
-        const std::size_t slot = slotOf(key, hash);
-        id = m_attributeIdentifiers[slot].id;
+    const std::uint64_t hash = hashOf(key);
+    const std::size_t slot = slotOf(key, hash);
+    std::uint16_t id = m_attributeIdentifiers[slot].id;
+    if (id == 0) {
+        id = addAttribute(key, hash, slot);
         if (id == 0) {
-            id = addAttribute(key, hash, slot);
-            if (id == 0) {
-                return 0;
-            }
+            return 0;
         }
     }
     m_attributeCache = {key, id};

@@ -126,8 +126,18 @@ std::uint16_t CellArena::addAttribute(PackedAttributeKey key, std::uint64_t hash
 }
 
 std::uint32_t CellArena::intern(std::u32string_view scalars) {
-    sweepWhenDue(m_graphemes.isFull() ? Room::none : Room::some);
-    return m_graphemes.intern(std::u32string(scalars.substr(0, maximumClusterScalars))).value_or(0);
+    scalars = scalars.substr(0, maximumClusterScalars);
+    std::uint32_t hash = 0;
+    for (const char32_t scalar : scalars) {
+        hash = (hash ^ scalar) * 0x9E3779B1U;
+    }
+    std::uint32_t& recent = m_recentGraphemes[hash >> (32 - recentGraphemeBits)];
+    // A number that was given back belongs to no cluster, or to another one.
+    if (recent == 0 || m_graphemes[recent] != scalars) {
+        sweepWhenDue(m_graphemes.isFull() ? Room::none : Room::some);
+        recent = m_graphemes.intern(std::u32string(scalars)).value_or(0);
+    }
+    return recent;
 }
 
 TinyAtom CellArena::internLink(const std::string& link) {

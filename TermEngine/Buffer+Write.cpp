@@ -1,6 +1,7 @@
 #include "TermEngine/Buffer.h"
 
 #include <algorithm>
+#include <array>
 
 namespace term {
 
@@ -308,45 +309,64 @@ int Buffer::columnBeforeCursor() const {
     return col > 0 && line(m_y)[col].isSpacer() ? col - 1 : col;
 }
 
+/// Of a text, how much joins the character at `col`, which stands before the cursor.
+std::size_t Buffer::joinCluster(std::span<const char32_t> text, int col, const Pen& pen, ClusterMode mode) {
+    BufferLine& target = line(m_y);
+    const PackedCell before = target[col];
+    std::array<char32_t, CellArena::maximumClusterScalars> cluster;
+    char32_t memory = 0;
+    std::size_t size = m_cellArena->scalarValues(before, memory).copy(cluster.data(), cluster.size());
+    if (size == 0) {
+        cluster[size++] = U' ';
+    }
+    unicode::GraphemeBreaker breaker;
+    for (std::size_t i = 0; i < size; ++i) {
+        breaker.startsCluster(cluster[i]);
+    }
+    const char32_t scalar = text.front();
+    const Properties properties = unicode::properties(scalar);
+    const GraphemeBreak kind = properties.graphemeBreak();
+    const bool starts = breaker.startsCluster(scalar);
+    if (mode == ClusterMode::graphemes
+            ? starts
+            : kind == GraphemeBreak::control || kind == GraphemeBreak::cr || kind == GraphemeBreak::lf) {
+        return 0;
+    }
+    const bool widens =
+        mode == ClusterMode::graphemes && !before.isWide() &&
+        (scalar == unicode::emojiSelector ? size == 1 && unicode::properties(cluster[0]).takesEmojiSelector()
+                                          : properties.width() > 0 && kind != GraphemeBreak::regionalIndicator);
+    // What follows into the cluster comes with it, so that what is interned is the whole: marks, and behind a wide
+    // character, which nothing widens, all that joins it.
+    const bool takesAll = mode == ClusterMode::graphemes && before.isWide() && !before.isEmpty();
+    std::size_t count = 1;
+    for (; count < text.size(); ++count) {
+        const bool joins = !breaker.startsCluster(text[count]) && takesAll && size + count < cluster.size();
+        if (!joins && !isPlainMark(text[count])) {
+            break;
+        }
+    }
+    if (const std::size_t added = std::min(count, cluster.size() - size); added > 0) {
+        std::copy_n(text.data(), added, cluster.data() + size);
+        if (const std::uint32_t id = m_cellArena->intern({cluster.data(), size + added}); id != 0) {
+            const std::uint64_t rest = before.isEmpty() ? pen.bits : before.rawValue & ~(PackedCell::contentMask | 3);
+            target.replace(col, PackedCell::make(PackedCell::Kind::cluster, id, rest));
+        }
+    }
+    if (widens) {
+        widen(col, pen);
+    }
+    return count;
+}
+
 /// Of a text that begins with what may join the character before it: how much of it was written.
 std::size_t Buffer::putClustered(std::span<const char32_t> text, const Pen& pen, ClusterMode mode) {
     const char32_t scalar = text.front();
     const Properties properties = unicode::properties(scalar);
     const GraphemeBreak kind = properties.graphemeBreak();
-    const int col = columnBeforeCursor();
-    if (col >= 0 && (mode == ClusterMode::graphemes || properties.width() == 0)) {
-        BufferLine& target = line(m_y);
-        const PackedCell before = target[col];
-        char32_t memory = 0;
-        std::u32string cluster(m_cellArena->scalarValues(before, memory));
-        if (cluster.empty()) {
-            cluster.assign(1, U' ');
-        }
-        const bool joins = mode == ClusterMode::graphemes ? unicode::continuesCluster(cluster, scalar)
-                                                          : kind != GraphemeBreak::control &&
-                                                                kind != GraphemeBreak::cr && kind != GraphemeBreak::lf;
-        if (joins) {
-            const bool widens = mode == ClusterMode::graphemes && !before.isWide() &&
-                                (scalar == unicode::emojiSelector
-                                     ? cluster.size() == 1 && unicode::properties(cluster[0]).takesEmojiSelector()
-                                     : properties.width() > 0 && kind != GraphemeBreak::regionalIndicator);
-            // Marks that follow come into the cluster with it, so that what is interned is the whole.
-            std::size_t count = 1;
-            while (count < text.size() && isPlainMark(text[count])) {
-                ++count;
-            }
-            if (const std::size_t room = CellArena::maximumClusterScalars - cluster.size(); room > 0) {
-                cluster.append(text.data(), std::min(count, room));
-                if (const std::uint32_t id = m_cellArena->intern(cluster); id != 0) {
-                    const std::uint64_t rest =
-                        before.isEmpty() ? pen.bits : before.rawValue & ~(PackedCell::contentMask | 3);
-                    target.replace(col, PackedCell::make(PackedCell::Kind::cluster, id, rest));
-                }
-            }
-            if (widens) {
-                widen(col, pen);
-            }
-            return count;
+    if (const int col = columnBeforeCursor(); col >= 0 && (mode == ClusterMode::graphemes || properties.width() == 0)) {
+        if (const std::size_t joined = joinCluster(text, col, pen, mode); joined > 0) {
+            return joined;
         }
     }
     int width = properties.width();

@@ -255,6 +255,7 @@ private:
     int fillLine(PackedCell cell, int count, const Pen& pen);
     int scrollAhead(int count, int width, const Pen& pen);
     std::size_t putClustered(std::span<const char32_t> text, const Pen& pen, ClusterMode mode);
+    std::size_t joinCluster(std::span<const char32_t> text, int col, const Pen& pen, ClusterMode mode);
     [[nodiscard]] int columnBeforeCursor() const;
     void widen(int col, const Pen& pen);
     void pushLine(int above, PackedCell blank);

@@ -75,7 +75,7 @@ void BufferLine::setSemanticMark(const SemanticMarks& marks) {
     ++m_generation;
 }
 
-void BufferLine::grow(int capacity) {
+[[gnu::cold]] void BufferLine::grow(int capacity) {
     auto cells = std::make_unique_for_overwrite<PackedCell[]>(static_cast<std::size_t>(capacity));
     std::copy_n(m_cells.get(), m_usedLength, cells.get());
     m_cells = std::move(cells);
@@ -88,13 +88,17 @@ void BufferLine::reserve(int col, int end) {
         grow(std::max(m_cols, end));
     }
     if (col > m_usedLength) {
-        constexpr int block = 8;
+        // In large blocks, of which there is mostly one: how many there are nobody can foretell. Past the last cell
+        // there is nothing yet that they could overwrite.
+        constexpr int block = 32;
         const PackedCell blank = m_tailBlankCell; // which no store here can change
         PackedCell* const cells = m_cells.get();
+        const int lastBlock = m_capacity - block;
         int at = m_usedLength;
-        // Past the last one there is nothing yet that blocks could overwrite.
-        for (; at < col && at + block <= m_capacity; at += block) {
-            std::fill_n(cells + at, block, blank);
+        if (at <= lastBlock) {
+            for (; at < col; at += block) {
+                std::fill_n(cells + std::min(at, lastBlock), block, blank);
+            }
         }
         for (; at < col; ++at) {
             cells[at] = blank;
@@ -149,17 +153,7 @@ void BufferLine::fill(int first, int end, PackedCell cell) {
         return;
     }
     if (end >= m_cols && cell.isEmpty()) {
-        // The whole rest: it becomes the tail, unless there is another blank before it.
-        if (m_hasWide) {
-            cutWide(first);
-        }
-        if (first > m_usedLength && cell != m_tailBlankCell) {
-            reserve(first, first);
-        }
-        m_usedLength = std::min(m_usedLength, first);
-        m_tailBlankCell = cell;
-        m_hasWide = m_hasWide && m_usedLength > 0;
-        ++m_generation;
+        fillRest(first, cell);
         return;
     }
     PackedCell* const cells = write(first, end - first);

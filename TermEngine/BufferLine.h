@@ -139,6 +139,20 @@ public:
     /// Cells to change where they are, without a look at wide characters.
     [[nodiscard]] std::span<PackedCell> edit(int first, int end);
     void fill(int first, int end, PackedCell cell);
+    /// From a column of the line to its end, with an empty cell: it becomes the tail, unless there is another blank
+    /// before it.
+    void fillRest(int first, PackedCell blank) {
+        if (m_hasWide) {
+            cutWide(first);
+        }
+        if (first > m_usedLength && blank != m_tailBlankCell) {
+            reserve(first, first);
+        }
+        m_usedLength = std::min(m_usedLength, first);
+        m_tailBlankCell = blank;
+        m_hasWide = m_hasWide && m_usedLength > 0;
+        ++m_generation;
+    }
     /// Nothing but blank cells, and nothing that was said of its text or of how it is shown.
     void clear(PackedCell blank) {
         m_usedLength = 0;

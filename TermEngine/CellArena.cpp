@@ -70,19 +70,20 @@ void CellArena::growSlots() {
 }
 
 std::uint16_t CellArena::intern(PackedAttributeKey key) {
+    // Programs go to and fro between an attribute and the default one.
+    if (key == PackedAttributeKey{}) {
+        return 0;
+    }
     if (key == m_attributeCache.key) {
         return m_attributeCache.id;
     }
-    std::uint16_t id = 0;
-    if (key != PackedAttributeKey{}) {
-        const std::uint64_t hash = hashOf(key);
-        const std::size_t slot = slotOf(key, hash);
-        id = m_attributeIdentifiers[slot].id;
+    const std::uint64_t hash = hashOf(key);
+    const std::size_t slot = slotOf(key, hash);
+    std::uint16_t id = m_attributeIdentifiers[slot].id;
+    if (id == 0) {
+        id = addAttribute(key, hash, slot);
         if (id == 0) {
-            id = addAttribute(key, hash, slot);
-            if (id == 0) {
-                return 0;
-            }
+            return 0;
         }
     }
     m_attributeCache = {key, id};
@@ -125,13 +126,23 @@ std::uint16_t CellArena::addAttribute(PackedAttributeKey key, std::uint64_t hash
 }
 
 std::uint32_t CellArena::intern(std::u32string_view scalars) {
-    sweepWhenDue(m_graphemes.isFull() ? Room::none : Room::some);
-    const std::u32string cluster(scalars.substr(0, maximumClusterScalars));
-    std::optional<std::uint32_t> number = m_graphemes.intern(cluster);
-    if (!number && releaseWhenDue(Numbered::clusters)) {
-        number = m_graphemes.intern(cluster);
+    scalars = scalars.substr(0, maximumClusterScalars);
+    std::uint32_t hash = 0;
+    for (const char32_t scalar : scalars) {
+        hash = (hash ^ scalar) * 0x9E3779B1U;
     }
-    return number.value_or(0);
+    std::uint32_t& recent = m_recentGraphemes[hash >> (32 - recentGraphemeBits)];
+    // A number that was given back belongs to no cluster, or to another one.
+    if (recent == 0 || m_graphemes[recent] != scalars) {
+        sweepWhenDue(m_graphemes.isFull() ? Room::none : Room::some);
+        const std::u32string cluster(scalars);
+        std::optional<std::uint32_t> number = m_graphemes.intern(cluster);
+        if (!number && releaseWhenDue(Numbered::clusters)) {
+            number = m_graphemes.intern(cluster);
+        }
+        recent = number.value_or(0);
+    }
+    return recent;
 }
 
 TinyAtom CellArena::internLink(const std::string& link) {

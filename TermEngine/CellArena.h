@@ -3,6 +3,7 @@
 #include "TermEngine/PackedCell.h"
 #include "TermEngine/SharedTable.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -105,7 +106,7 @@ public:
     void willIntern(PackedAttributeKey key) const {
         __builtin_prefetch(m_attributeIdentifiers.data() + firstSlotOf(hashOf(key)));
     }
-    /// 0 when the table is full and nothing can be released.
+    /// Of a cluster of at least one scalar; 0 when the table is full and nothing can be released.
     [[nodiscard]] std::uint32_t intern(std::u32string_view scalars);
     /// 0 when the table is full and nothing can be released.
     [[nodiscard]] TinyAtom internLink(const std::string& link);
@@ -276,6 +277,9 @@ private:
     AttributeCacheEntry m_attributeCache;
 
     NumberedSet<std::u32string> m_graphemes{graphemeCapacity};
+    static constexpr int recentGraphemeBits = 8;
+    /// By a hash of their scalars, those that were interned last: a program's clusters are mostly few. 0: none.
+    std::array<std::uint32_t, std::size_t{1} << recentGraphemeBits> m_recentGraphemes{};
     NumberedSet<std::string> m_links{linkCapacity};
 
     std::function<void(Marker&)> m_roots;

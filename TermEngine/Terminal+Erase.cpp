@@ -69,7 +69,15 @@ void Terminal::cmdEraseInLine(int what, EraseKind kind) {
     if (what < 0 || what > 2) {
         return;
     }
-    // zsh goes on in a line and erases it before it writes there: both are still one.
+    if (what == 0 && kind == EraseKind::all && !m_isErasureGuarded && !m_images.hasText()) [[likely]] {
+        // What programs do most. zsh goes on in a line and erases it before it writes there: both are still one.
+        b.line(b.y()).fillRest(b.x(), pen().blank);
+        if (b.y() + 1 < b.rows()) {
+            b.line(b.y() + 1).setWrapped(false);
+        }
+        b.setPendingWrap(false);
+        return;
+    }
     const bool continues = what == 0 && b.line(b.y()).isWrapped();
     eraseCells(b.y(), what == 0 ? b.x() : 0, what == 1 ? b.x() + 1 : b.cols(), kind);
     if (continues) {

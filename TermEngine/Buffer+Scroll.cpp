@@ -120,27 +120,41 @@ void Buffer::scrollRegionDown(int top, int bottom, int count, PackedCell blank) 
     }
 }
 
+/// Whether a row has been found to be so, and has not changed since.
+bool Buffer::isBlank(int row, const BlankColumns& columns) {
+    return m_blankColumns.find(line(row), columns) != nullptr;
+}
+
 /// The cells between the left and right margins; up for a positive count.
 void Buffer::moveColumnsVertically(int top, int bottom, int count, PackedCell blank) {
     const int left = marginLeft();
-    const int width = marginRight() - left + 1;
+    const int right = marginRight() + 1;
     const int height = bottom - top + 1;
     const int step = count > 0 ? 1 : -1;
+    // Rather than cells, lines give each other what they have, and take back what is beside the margins.
+    const bool isMost = (right - left) * 3 > m_cols * 2;
+    const BlankColumns columns{left, right, blank};
     for (int row = top; tellsLosses && row <= bottom; ++row) {
         tellCut(row, left);
-        tellCut(row, left + width);
+        tellCut(row, right);
     }
     for (int i = 0; i < height; ++i) {
         const int row = count > 0 ? top + i : bottom - i;
         const int source = row + count;
-        line(row).setWrapped(false);
-        if (i + step * count < height) {
-            line(row).copyFrom(line(source), left, left, width);
-        } else {
-            line(row).fill(left, left + width, blank);
+        BufferLine& target = line(row);
+        target.setWrapped(false);
+        if (i + step * count < height && !isBlank(source, columns)) {
+            if (isMost) {
+                target.swapCells(line(source), left, right);
+            } else {
+                target.copyFrom(line(source), left, left, right - left);
+            }
+        } else if (!isBlank(row, columns)) {
+            target.fill(left, right, blank);
+            m_blankColumns.keep(m_rows - 1, target, columns, {});
         }
     }
-    tellMoved(top, bottom, left, left + width - 1, -count);
+    tellMoved(top, bottom, left, right - 1, -count);
 }
 
 void Buffer::insertLines(int count, const Pen& pen) {
@@ -169,18 +183,30 @@ void Buffer::deleteLines(int count, const Pen& pen) {
     setCursor(marginLeft(), m_y);
 }
 
-void Buffer::insertColumns(int col, int count, const Pen& pen) {
+template <typename Move>
+void Buffer::moveColumns(int col, PackedCell blank, const Move& move) {
+    const int end = marginRight() + 1;
+    const BlankColumns columns{col, end, blank};
     for (int row = m_scrollTop; row <= m_scrollBottom; ++row) {
-        line(row).insertPackedCells(col, count, marginRight() + 1, pen.blank);
-        line(row).setWrapped(false);
+        BufferLine& target = line(row);
+        target.setWrapped(false);
+        if (isBlank(row, columns)) {
+            continue;
+        }
+        if (col < end && target.isFilledWith(col, end, blank)) {
+            m_blankColumns.keep(m_rows - 1, target, columns, {});
+        } else {
+            move(target, end);
+        }
     }
 }
 
+void Buffer::insertColumns(int col, int count, const Pen& pen) {
+    moveColumns(col, pen.blank, [&](BufferLine& line, int end) { line.insertPackedCells(col, count, end, pen.blank); });
+}
+
 void Buffer::deleteColumns(int col, int count, const Pen& pen) {
-    for (int row = m_scrollTop; row <= m_scrollBottom; ++row) {
-        line(row).deleteCells(col, count, marginRight() + 1, pen.blank);
-        line(row).setWrapped(false);
-    }
+    moveColumns(col, pen.blank, [&](BufferLine& line, int end) { line.deleteCells(col, count, end, pen.blank); });
 }
 
 } // namespace term

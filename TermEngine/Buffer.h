@@ -3,6 +3,7 @@
 #include "TermEngine/BufferLine.h"
 #include "TermEngine/Charsets.h"
 #include "TermEngine/CircularList.h"
+#include "TermEngine/RowMemo.h"
 #include "TermEngine/SemanticPrompt.h"
 #include "TermEngine/TerminalOptions.h"
 #include "TermEngine/VectorOps.h"
@@ -262,6 +263,16 @@ private:
     void scrollRegionUp(int top, int bottom, int count, PackedCell blank);
     void scrollRegionDown(int top, int bottom, int count, PackedCell blank);
     void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);
+    /// Columns, the end excluded, and the empty cell that all of them are.
+    struct BlankColumns {
+        int left = 0;
+        int right = 0;
+        PackedCell blank;
+        bool operator==(const BlankColumns&) const = default;
+    };
+    [[nodiscard]] bool isBlank(int row, const BlankColumns& columns);
+    template <typename Move>
+    void moveColumns(int col, PackedCell blank, const Move& move);
     void tellWideLost(int row, int col);
     void tellMoved(int top, int bottom, int left, int right, int by);
     void cutOrExtend(int cols);
@@ -293,6 +304,8 @@ private:
     std::uint64_t m_trimmedCount = 0;
     std::uint64_t m_coarseEnd = 0; ///< the lines before this number are coarse
     std::vector<bool> m_tabStops;
+    struct Nothing {};
+    RowMemo<BlankColumns, Nothing> m_blankColumns; ///< as margins left them
 };
 
 } // namespace term

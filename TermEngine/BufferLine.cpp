@@ -211,7 +211,6 @@ void BufferLine::fillUnprotected(int first, int end, PackedCell cell) {
     }
 }
 
-/// Whether all of these are used and the same blank, so that to move them changes nothing.
 bool BufferLine::isFilledWith(int first, int end, PackedCell blank) const {
     const auto at = [this](int col) { return m_cells[static_cast<std::size_t>(col)]; };
     if (end > m_usedLength || at(first) != blank || at(end - 1) != blank) {
@@ -302,6 +301,22 @@ void BufferLine::copyFrom(const BufferLine& src, int srcCol, int dstCol, int len
         cells[copied] = src[srcCol + copied];
     }
     emptyHalves({cells, static_cast<std::size_t>(len)});
+}
+
+void BufferLine::swapCells(BufferLine& other, int first, int end) {
+    const int used = std::max({m_usedLength, other.m_usedLength, end});
+    m_hasWide = other.m_hasWide = m_hasWide || other.m_hasWide;
+    for (BufferLine* line : {this, &other}) {
+        line->reserve(used, used);
+        if (m_hasWide) {
+            line->cutWide(first);
+            line->cutWide(end);
+        }
+    }
+    std::swap(m_cells, other.m_cells);
+    std::swap(m_capacity, other.m_capacity);
+    std::swap_ranges(m_cells.get(), m_cells.get() + first, other.m_cells.get());
+    std::swap_ranges(m_cells.get() + end, m_cells.get() + used, other.m_cells.get() + end);
 }
 
 /// Within the line; both places may overlap.

@@ -168,7 +168,11 @@ public:
     /// Moves the cells of [col, end) to the right by `count`; those that leave it at the end are lost.
     void insertPackedCells(int col, int count, int end, PackedCell blank);
     void deleteCells(int col, int count, int end, PackedCell blank);
+    /// Whether all of these are used and the same blank, so that to move them changes nothing.
+    [[nodiscard]] bool isFilledWith(int first, int end, PackedCell blank) const;
     void copyFrom(const BufferLine& src, int srcCol, int dstCol, int len);
+    /// Of two lines, the cells from `first` to `end` take each other's places. Fast where these are most of the line.
+    void swapCells(BufferLine& other, int first, int end);
     /// As new, for another place.
     void recycle(int cols, PackedCell blank, RenderIdentity identity) {
         m_cols = cols;
@@ -212,7 +216,6 @@ private:
         bool isSplit = false; ///< one half of a wide character has it, the other one has not
     };
     [[nodiscard]] Protection protectionOf(int first, int end) const;
-    [[nodiscard]] bool isFilledWith(int first, int end, PackedCell blank) const;
 
     std::unique_ptr<PackedCell[]> m_cells;
     int m_capacity = 0;

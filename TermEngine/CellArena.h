@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TermEngine/PackedCell.h"
+#include "TermEngine/SecretHash.h"
 #include "TermEngine/SharedTable.h"
 
 #include <array>
@@ -70,7 +71,7 @@ private:
 
     std::uint32_t m_limit;
     SharedTable<Value> m_values;
-    std::unordered_map<Value, std::uint32_t> m_numbers;
+    std::unordered_map<Value, std::uint32_t, SecretHash> m_numbers;
     std::vector<std::uint32_t> m_free;
 };
 
@@ -250,10 +251,7 @@ private:
         PackedAttributeKey key;
         std::uint16_t id = 0;
     };
-    /// The upper bits depend on all of the attribute.
-    [[nodiscard]] static std::uint64_t hashOf(PackedAttributeKey key) {
-        return (key.word0 * 0x9E3779B97F4A7C15ULL) ^ (key.word1 * 0xD6E8FEB86659FD93ULL);
-    }
+    [[nodiscard]] static std::uint64_t hashOf(PackedAttributeKey key) { return mixedHash(key.word0, key.word1); }
     [[nodiscard]] std::size_t firstSlotOf(std::uint64_t hash) const { return hash >> m_slotShift; }
     [[nodiscard]] std::size_t slotOf(PackedAttributeKey key, std::uint64_t hash) const;
     [[nodiscard]] std::uint16_t known(const PackedAttributeKey& key) const;

@@ -6,6 +6,7 @@ set(TERM_HOST_SOURCES
     GraphicsCommand.cpp
     ImageCodec.cpp
     ImagePlacement.cpp
+    ImageStore+Moving.cpp
     ImageStore.cpp
     InputEncoder.cpp
     KeyEncoder.cpp

@@ -147,25 +147,25 @@ void ImageStore::place(ImagePlacement placement) {
     placement.serial = ++m_serial;
     placement.originRow = placement.row;
     placement.originColumn = placement.column;
-    if (placement.placementId != 0) {
-        const auto isReplaced = [&placement](const ImagePlacement& other) {
-            return other.imageId == placement.imageId && other.placementId == placement.placementId;
-        };
-        if (const auto before = std::ranges::find_if(m_placements, isReplaced); before != m_placements.end()) {
-            for (ImagePlacement& child : m_placements) {
-                child.parentSerial = child.parentSerial == before->serial ? placement.serial : child.parentSerial;
-            }
+    const auto isReplaced = [&placement](const ImagePlacement& other) {
+        return other.imageId == placement.imageId && other.placementId == placement.placementId;
+    };
+    if (placement.placementId != 0 && std::ranges::any_of(m_placements, isReplaced)) {
+        forgetDrift();
+        const uint64_t before = std::ranges::find_if(m_placements, isReplaced)->serial;
+        for (ImagePlacement& child : m_placements) {
+            child.parentSerial = child.parentSerial == before ? placement.serial : child.parentSerial;
         }
         std::erase_if(m_placements, isReplaced);
         countText();
     }
     append(placement);
-    settleRelative();
+    settleNewest();
 }
 
 const ImagePlacement* ImageStore::findPlacement(ScreenId screen, uint32_t imageId, uint32_t placementId) const {
     const ImagePlacement* newest = nullptr;
-    for (const ImagePlacement& some : m_placements) {
+    for (const ImagePlacement& some : placements()) {
         const bool isWanted = some.imageId == imageId && (placementId == 0 || some.placementId == placementId);
         if (isWanted && some.screen == screen && !some.isText && !some.isVirtual) {
             newest = &some;
@@ -175,46 +175,15 @@ const ImagePlacement* ImageStore::findPlacement(ScreenId screen, uint32_t imageI
 }
 
 const ImagePlacement* ImageStore::parentOf(const ImagePlacement& placement) const {
-    const auto found = std::ranges::find(m_placements, placement.parentSerial, &ImagePlacement::serial);
+    const auto found = std::ranges::find(placements(), placement.parentSerial, &ImagePlacement::serial);
     return placement.parentSerial == 0 || found == m_placements.end() ? nullptr : &*found;
 }
 
-void ImageStore::settleRelative() {
-    const auto isRelative = [](const ImagePlacement& some) { return some.parentSerial != 0; };
-    if (std::ranges::none_of(m_placements, isRelative)) {
-        return;
-    }
-    std::vector<std::pair<uint64_t, size_t>> bySerial;
-    for (size_t index = 0; index < m_placements.size(); ++index) {
-        bySerial.emplace_back(m_placements[index].serial, index);
-    }
-    std::ranges::sort(bySerial);
-    const auto withSerial = [&](uint64_t serial) -> const ImagePlacement* {
-        const auto found = std::ranges::lower_bound(bySerial, std::pair(serial, size_t{0}));
-        const bool isThere = found != bySerial.end() && found->first == serial;
-        return isThere ? &m_placements[found->second] : nullptr;
-    };
-    std::set<uint64_t> orphans;
-    for (ImagePlacement& placement : m_placements) {
-        int64_t row = 0;
-        int column = 0;
-        const ImagePlacement* root = &placement;
-        while (root != nullptr && isRelative(*root)) {
-            row += root->parentRows;
-            column += root->parentColumns;
-            root = withSerial(root->parentSerial);
-        }
-        if (root == nullptr) {
-            orphans.insert(placement.serial);
-        } else if (isRelative(placement)) {
-            placement.moveTo(root->originRow + row, root->originColumn + column);
-        }
-    }
-    std::erase_if(m_placements, [&](const ImagePlacement& some) { return orphans.contains(some.serial); });
-}
-
 void ImageStore::append(const ImagePlacement& placement) {
+    catchUp();
+    m_drift.last.reset();
     if (m_placements.size() >= mostPlacements) {
+        forgetDrift();
         m_placements.erase(m_placements.begin(), m_placements.begin() + mostPlacements / 4);
         countText();
     }
@@ -224,6 +193,7 @@ void ImageStore::append(const ImagePlacement& placement) {
 
 void ImageStore::removePlacements(const Condition& condition, Data data) {
     std::set<uint32_t> ids;
+    catchUp();
     std::erase_if(m_placements, [&](const ImagePlacement& placement) {
         const bool goes = condition(placement);
         if (goes) {
@@ -234,6 +204,7 @@ void ImageStore::removePlacements(const Condition& condition, Data data) {
     if (ids.empty()) {
         return;
     }
+    forgetDrift();
     countText();
     settleRelative();
     if (data == Data::release) {
@@ -241,63 +212,20 @@ void ImageStore::removePlacements(const Condition& condition, Data data) {
     }
 }
 
-void ImageStore::scroll(ScreenId screen, const CellArea& area, int64_t by, const CellArea& kept) {
-    std::set<uint32_t> ids;
-    std::erase_if(m_placements, [&](ImagePlacement& placement) {
-        const bool isElsewhere = placement.screen != screen || placement.isVirtual || placement.isText;
-        if (isElsewhere || placement.parentSerial != 0 || !area.contains(placement.area())) {
-            return false;
-        }
-        placement.moveTo(placement.row + by, placement.column);
-        const auto part = partOf(placement, kept);
-        placement = part.value_or(placement);
-        if (!part) {
-            ids.insert(placement.imageId);
-        }
-        return !part;
-    });
-    settleRelative();
-    if (!ids.empty()) {
-        dropUnplaced(ids);
-    }
-    moveText(screen, area, {.rows = by}, kept);
-}
-
-void ImageStore::renumber(ScreenId screen, int64_t line, int64_t by, int64_t top) {
-    for (ImagePlacement& placement : m_placements) {
-        if (placement.screen == screen && !placement.isVirtual && !placement.isText && placement.row >= top &&
-            placement.row + placement.rows > line) {
-            placement.moveTo(placement.row + by, placement.column);
-        }
-    }
-    settleRelative();
-    constexpr CellArea all = CellArea::everything();
-    moveText(screen, {line, all.bottom, all.left, all.right}, {.rows = by}, all);
-}
-
-bool ImageStore::moveText(ScreenId screen, const CellArea& area, CellShift by, const CellArea& kept) {
-    return takeText(screen, area, [&](ImagePlacement part) {
-        part.row += by.rows;
-        part.column += by.columns;
-        return partOf(part, kept);
-    });
-}
-
 bool ImageStore::hasText(ScreenId screen, const CellArea& area) const {
-    return std::ranges::any_of(m_placements, [&](const ImagePlacement& some) {
+    if (m_drift.last && m_drift.last->screen == screen && !m_drift.touches(area)) {
+        return false;
+    }
+    return std::ranges::any_of(placements(), [&](const ImagePlacement& some) {
         return some.isText && some.screen == screen && area.intersects(some.area());
     });
 }
 
 bool ImageStore::eraseText(ScreenId screen, const CellArea& area) {
-    return takeText(screen, area, [](const ImagePlacement&) { return std::optional<ImagePlacement>(); });
-}
-
-template <typename Change>
-bool ImageStore::takeText(ScreenId screen, const CellArea& area, const Change& change) {
-    if (!hasText()) {
+    if (!hasText(screen, area)) {
         return false;
     }
+    forgetDrift();
     std::vector<ImagePlacement> parts;
     std::set<uint32_t> ids;
     std::erase_if(m_placements, [&](const ImagePlacement& placement) {
@@ -308,16 +236,8 @@ bool ImageStore::takeText(ScreenId screen, const CellArea& area, const Change& c
         for (const ImagePlacement& part : partsAround(placement, area)) {
             parts.push_back(part);
         }
-        if (const auto inside = partOf(placement, area)) {
-            if (const auto changed = change(*inside)) {
-                parts.push_back(*changed);
-            }
-        }
         return true;
     });
-    if (ids.empty()) {
-        return false;
-    }
     countText();
     for (const ImagePlacement& part : parts) {
         append(part);
@@ -328,7 +248,9 @@ bool ImageStore::takeText(ScreenId screen, const CellArea& area, const Change& c
 
 void ImageStore::clear() {
     m_images.clear();
+    forgetDrift();
     m_placements.clear();
+    m_ties.clear();
     m_textPlacements = 0;
     m_usedBytes = 0;
 }

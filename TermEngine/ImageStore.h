@@ -53,7 +53,11 @@ public:
     /// To be asked before pixels are made of what a program sends.
     [[nodiscard]] PixelAllowance& allowance() { return m_allowance; }
     [[nodiscard]] const std::map<uint32_t, StoredImage>& images() const { return m_images; }
-    [[nodiscard]] const std::vector<ImagePlacement>& placements() const { return m_placements; }
+    [[nodiscard]] const std::vector<ImagePlacement>& placements() const {
+        catchUp();
+        return m_placements;
+    }
+    [[nodiscard]] bool hasPlacements() const { return !m_placements.empty(); }
 
     [[nodiscard]] StoredImage* find(uint32_t id);
     [[nodiscard]] StoredImage* findNewest(uint32_t number);
@@ -89,13 +93,17 @@ public:
     /// The lines from `line` on have got numbers that are larger by `by`. What reaches below `line` goes with them,
     /// unless it begins above `top`.
     void renumber(ScreenId screen, int64_t line, int64_t by, int64_t top);
-    /// The part in `area` of what belongs to the text. Whether there was something of it.
-    bool moveText(ScreenId screen, const CellArea& area, CellShift by, const CellArea& kept);
+    /// The part in `area` of what belongs to the text.
+    void moveText(ScreenId screen, const CellArea& area, CellShift by, const CellArea& kept);
+    /// Whether there was something of it.
     bool eraseText(ScreenId screen, const CellArea& area);
     [[nodiscard]] bool hasText() const { return m_textPlacements > 0; }
     [[nodiscard]] bool hasText(ScreenId screen, const CellArea& area) const;
     /// To give places new lines and columns; nothing else may change.
-    [[nodiscard]] std::vector<ImagePlacement>& movable() { return m_placements; }
+    [[nodiscard]] std::vector<ImagePlacement>& movable() {
+        forgetDrift();
+        return m_placements;
+    }
     void clear();
 
 private:
@@ -104,15 +112,59 @@ private:
     void dropData(uint32_t id);
     void dropUnplaced(const std::set<uint32_t>& ids);
     void countText();
-    template <typename Change>
-    bool takeText(ScreenId screen, const CellArea& area, const Change& change);
+
+    /// What moves with the text, and how; `top` is only that of what gets other numbers.
+    struct Move {
+        enum class Kind : uint8_t { lines, text, numbers };
+        Kind kind;
+        ScreenId screen;
+        CellArea area;
+        CellShift by;
+        CellArea kept;
+        int64_t top = 0;
+    };
+    /// The placements that moved last. As long as they go on moving together, none of them cut and nothing else with
+    /// them, it is enough to add up by how much.
+    struct Drift {
+        std::optional<Move> last{};     ///< none: each has to be looked at
+        CellShift by{};                 ///< that is not in their places yet
+        std::optional<CellArea> box{};  ///< around those that move, where they are now, but for relative ones
+        std::optional<CellArea> rest{}; ///< around all others of the screen
+        std::vector<uint8_t> moves{};   ///< by place among the placements
+
+        [[nodiscard]] bool touches(const CellArea& area) const {
+            return (box && area.intersects(*box)) || (rest && area.intersects(*rest));
+        }
+    };
+    /// Of a relative placement and the one that stands by itself at the end of its parents, their places among all.
+    struct Tie {
+        size_t child;
+        size_t root;
+        int64_t rows;
+        int columns;
+    };
+    enum class Fate : uint8_t { stays, moves, goes };
+    void move(const Move& move);
+    [[nodiscard]] bool joinsDrift(const Move& move);
+    [[nodiscard]] static bool isConcerned(const ImagePlacement& placement, const Move& move);
+    [[nodiscard]] static Fate moveOne(ImagePlacement& placement, const Move& move, std::vector<ImagePlacement>& parts);
+    [[nodiscard]] bool isTied(const Tie& tie) const { return tie.root < m_placements.size(); }
+    void moveTied(const Tie& tie);
+    template <typename IndexOf>
+    [[nodiscard]] Tie tieOf(size_t index, const IndexOf& indexOf) const;
+    void settleNewest();
+    void catchUp() const;
+    void forgetDrift();
 
     const size_t m_limitBytes;
     PixelAllowance m_allowance;
     size_t m_usedBytes = 0;
     uint64_t m_serial = 0;
     std::map<uint32_t, StoredImage> m_images;
-    std::vector<ImagePlacement> m_placements;
+    mutable std::vector<ImagePlacement> m_placements; ///< but for what is still to be added of the drift
+    mutable Drift m_drift;
+    std::vector<Tie> m_ties;     ///< of all relative ones
+    bool m_tiesAreKnown = false; ///< none has come to stand elsewhere among them
     size_t m_textPlacements = 0;
 };
 

@@ -3,6 +3,14 @@
 #include <algorithm>
 
 namespace term {
+namespace {
+
+/// DECALN.
+RectangleMemory::Filling alignmentPattern(const Buffer& buffer) {
+    return {{0, buffer.cols()}, PackedCell::make(PackedCell::Kind::scalar, 'E')};
+}
+
+} // namespace
 
 void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
     loseTextImages({row, first, row + 1, end});
@@ -12,9 +20,12 @@ void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
 void Terminal::eraseText(int row, int first, int end, EraseKind kind) {
     if (kind == EraseKind::unprotected || m_isErasureGuarded) {
         const RectangleMemory::Filling filling{{first, end}, pen().blank};
-        if (!m_rectangles.isFilled(m_buffer->line(row), filling)) {
+        BufferLine& line = m_buffer->line(row);
+        if (m_rectangles.isFilled(line, alignmentPattern(*m_buffer))) {
+            line.fill(first, end, pen().blank);
+        } else if (!m_rectangles.isFilled(line, filling)) {
             m_buffer->eraseUnprotected(row, first, end, pen().blank);
-            m_rectangles.noteFilled(row, m_buffer->line(row), filling);
+            m_rectangles.noteFilled(row, line, filling);
         }
     } else {
         m_buffer->eraseCells(row, first, end, pen().blank);
@@ -150,7 +161,7 @@ void Terminal::cmdScreenAlignmentPattern() {
     b.resetMargins();
     m_modes.origin = false;
     for (int row = 0; row < b.rows(); ++row) {
-        const RectangleMemory::Filling filling{{0, b.cols()}, PackedCell::make(PackedCell::Kind::scalar, 'E')};
+        const RectangleMemory::Filling filling = alignmentPattern(b);
         if (m_rectangles.isFilled(b.line(row), filling)) {
             continue;
         }

@@ -166,10 +166,12 @@ std::int64_t Terminal::lineNumber(int row) const {
 
 /// Images whose lines have left the history, or the alternate screen.
 void Terminal::dropPassedImages() {
+    // Whoever reads them when the input is done changes nothing.
+    static_cast<void>(m_images.placements());
     const std::array<std::int64_t, 2> first{
         static_cast<std::int64_t>(m_normal->trimmedCount()),
         static_cast<std::int64_t>(m_alternate->trimmedCount()) + m_alternate->yBase()};
-    if (m_images.placements().empty() || first == m_firstLines) {
+    if (!m_images.hasPlacements() || first == m_firstLines) {
         return;
     }
     m_firstLines = first;
@@ -236,7 +238,7 @@ void Terminal::linesMoved(const Buffer& buffer, Rectangle margins, int by) {
     if (m_selection.range() && &buffer == m_buffer) [[unlikely]] {
         dropSelectionWithin(top + margins.top, top + margins.bottom - 1);
     }
-    if (m_images.placements().empty()) {
+    if (!m_images.hasPlacements()) {
         return;
     }
     constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
@@ -256,7 +258,7 @@ void Terminal::rowsRenumbered(const Buffer& buffer, int row, int by) {
     if (m_selection.range() && &buffer == m_buffer) [[unlikely]] {
         dropSelectionWithin(top + row, top + buffer.rows() - 1);
     }
-    if (!m_images.placements().empty()) {
+    if (m_images.hasPlacements()) {
         m_images.renumber(&buffer == m_normal.get() ? ScreenId::normal : ScreenId::alternate, top + row, by, top);
     }
 }
@@ -329,7 +331,7 @@ std::optional<std::int64_t> Terminal::advanceAnimations(std::int64_t nowMillisec
 }
 
 void Terminal::clearImages(ScreenId screen) {
-    if (m_images.placements().empty()) {
+    if (!m_images.hasPlacements()) {
         return;
     }
     const Buffer& buffer = screen == ScreenId::normal ? *m_normal : *m_alternate;

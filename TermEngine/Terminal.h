@@ -53,7 +53,7 @@ public:
             m_rectangles.renewSteps();
         }
         m_parser.parseBorrowed(bytes);
-        if (!m_images.placements().empty()) [[unlikely]] {
+        if (m_images.hasPlacements()) [[unlikely]] {
             cutOverwrittenImages();
             dropPassedImages();
         }

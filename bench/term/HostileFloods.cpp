@@ -87,6 +87,33 @@ struct Screens {
     }
 };
 
+/// What moves pictures with the text, back and forth, so that none leaves the screen; on the alternate one, lines that
+/// scroll go nowhere else.
+std::vector<HostileInput> movedPictures() {
+    const auto at = [](int i) { return "\x1B[" + number(1 + i % 25) + ";" + number(1 + i / 25) + "H"; };
+    const std::string sixels = times(1000, [&](int i) { return at(i) + "\x1BPq~\x1B\\"; });
+    const std::string pixel = kitty("a=t,i=1,f=24,s=1,v=1", "AAAA");
+    const std::string places = pixel + times(1000, [&](int i) { return at(i) + "\x1B_Ga=p,i=1,q=2\x1B\\"; });
+    const std::string relative =
+        pixel + "\x1B[5H" + kitty("a=p,i=1,p=1,C=1") +
+        times(1000, [](int i) { return kitty("a=p,i=1,P=1,Q=1,H=" + number(i % 20) + ",V=" + number(i % 15)); }) +
+        "\x1B[999H";
+    const std::string regions = "\x1B[;9r\x1B[T\x1B[9r\x1B[T\x1B[;9r\x1B[S\x1B[9r\x1B[S";
+    std::vector<HostileInput> made;
+    for (const auto& [name, before] : std::to_array<std::pair<std::string, std::string>>(
+             {{"1000 sixels", sixels}, {"1000 places of a picture", places}, {"1000 relative places", relative}})) {
+        made.push_back({"SD and a line feed beside " + name, before, piecesOf("\x1B[T\n")});
+        made.push_back({"SD and SU beside " + name, "\x1B[?1049h" + before, piecesOf("\x1B[T\x1B[S")});
+        made.push_back({"two regions in turn beside " + name, "\x1B[?1049h" + before, piecesOf(regions)});
+        made.push_back({"line feeds above " + name, before + "\x1B[;2r\x1B[2H", piecesOf("\n")});
+        made.push_back({"SL and SR beside " + name, before, piecesOf("\x1B[ @\x1B[ A")});
+        made.push_back({"a sixel and SR beside " + name, before, piecesOf("\x1BPq~\x1B\\\x1B[ A")});
+        made.push_back({"another place beside " + name, before, piecesOf("\x1B_Ga=p,i=1,P=1,q=2\x1B\\")});
+    }
+    made.push_back({"a sixel written over, inserting", "\x1B[4h", piecesOf("\x1BPq~\x1B\\\x1B[Hx")});
+    return made;
+}
+
 } // namespace
 
 std::vector<HostileInput> hostileCellFloods() {
@@ -178,6 +205,20 @@ std::vector<HostileInput> hostileCellFloods() {
         add(flood.name, screens.plain + "\x1B[H", flood.once);
         add(std::string(flood.name) + " between margins", screens.plain + margins + "\x1B[999;2H", flood.once);
     }
+    for (const Flood& flood : std::to_array<Flood>(
+             {{"DECFI and a line feed", "\x1B"
+                                        "9\n"},
+              {"NEL and a line feed", "\x1B"
+                                      "E\n"},
+              {"a character and a line feed", "x\n"},
+              {"SD", "\x1B[T"}})) {
+        add(flood.name + std::string(" between margins far apart"), screens.plain + "\x1B[?69h\x1B[2;299s\x1B[99;2H",
+            flood.once);
+    }
+    add("DECBI", screens.plain,
+        "\x1B"
+        "6");
+    add("DECSED and DECALN, all colours", screens.colored, "\x1B[?0J\x1B#8");
     add("ICH", screens.plain, "\x1B[@");
     const std::string pictures =
         times(1000, [](int i) { return "\x1B[" + number(1 + i % 25) + ";" + number(1 + i / 25) + "H\x1BPq~\x1B\\"; });
@@ -192,7 +233,7 @@ std::vector<HostileInput> hostileCellFloods() {
 }
 
 std::vector<HostileInput> hostilePictureFloods() {
-    std::vector<HostileInput> made;
+    std::vector<HostileInput> made = movedPictures();
     const auto add = [&made](const char* name, const std::string& before, const std::string& once) {
         made.push_back({name, before, piecesOf(once)});
     };

@@ -377,6 +377,79 @@ TEST(KittyGraphics, PlacesImagesRelativeToOthers) {
     }
 }
 
+/// What goes on moving together is only added up, which nobody may see.
+TEST(ImageStore, MovesWhatIsNotLookedAtInBetweenAsWhatIs) {
+    uint32_t seed = 1;
+    const auto random = [&seed](int below) {
+        seed = seed * 1664525 + 1013904223;
+        return static_cast<int>((seed >> 8U) % static_cast<uint32_t>(below));
+    };
+    for (int round = 0; round < 400; ++round) {
+        ImageStore unseen(1'000'000);
+        ImageStore seen(1'000'000);
+        const auto onBoth = [&](const auto& change) {
+            change(unseen);
+            change(seen);
+            static_cast<void>(seen.movable());
+        };
+        const auto place = [&] {
+            ImagePlacement some{.imageId = 1, .row = random(16), .column = random(8), .sourceWidth = 12};
+            some.placementId = static_cast<uint32_t>(random(3));
+            some.sourceHeight = 12;
+            some.columns = 1 + random(2);
+            some.rows = 1 + random(2);
+            some.isText = random(2) == 0;
+            const ImagePlacement* parent = seen.findPlacement(ScreenId::normal, 1, 0);
+            if (!some.isText && some.placementId == 0 && parent != nullptr && random(2) == 0) {
+                some.parentSerial = parent->serial;
+                some.parentRows = random(3);
+            }
+            onBoth([&](ImageStore& store) { store.place(some); });
+        };
+        onBoth([](ImageStore& store) { EXPECT_TRUE(store.add(1, 0, {12, 12, std::vector<uint8_t>(576)})); });
+        for (int count = random(4); count >= 0; --count) {
+            place();
+        }
+        int64_t top = 0;
+        int kind = 0;
+        CellArea area{};
+        for (int step = 0; step < 30; ++step) {
+            // Often the same again, as line feeds do; sometimes elsewhere.
+            if (step == 0 || random(4) == 0) {
+                kind = random(4);
+                area.top = top + random(10);
+                area.bottom = area.top + 1 + random(10);
+                area.left = random(3) == 0 ? random(6) : 0;
+                area.right = random(3) == 0 ? area.left + 1 + random(4) : 99;
+            }
+            const int by = random(5) == 0 ? 1 : -1;
+            onBoth([&](ImageStore& store) {
+                if (kind == 0) {
+                    store.scroll(ScreenId::normal, area, by, area);
+                } else if (kind == 1) {
+                    store.renumber(ScreenId::normal, area.top, 1, top);
+                } else if (kind == 2) {
+                    store.moveText(ScreenId::normal, area, {.columns = by}, area);
+                } else {
+                    const CellArea lost{area.top + 2, area.top + 3, 1, 2};
+                    const bool hadText = store.hasText(ScreenId::normal, lost);
+                    ASSERT_EQ(store.eraseText(ScreenId::normal, lost), hadText);
+                }
+            });
+            if (kind == 1) {
+                ++top;
+                ++area.top;
+                ++area.bottom;
+            }
+            if (random(10) == 0) {
+                place();
+            }
+            ASSERT_EQ(seen.hasPlacements(), unseen.hasPlacements());
+        }
+        ASSERT_EQ(seen.placements(), unseen.placements()) << round;
+    }
+}
+
 TEST(KittyGraphics, EvictsWhatIsNotShownAndThenTheOldest) {
     Graphics graphics(10'000);
     const auto add = [&](const std::string& id) {

@@ -12,7 +12,7 @@ Sheet {
     readonly property bool running: phase === "running"
     readonly property bool failed: phase === "failed"
     property bool otherCommand: false
-    // Of the step that failed.
+    // Of the step that failed, unless another one was typed.
     property string failedCommand
     signal outputAsked(string projectID)
 
@@ -25,7 +25,10 @@ Sheet {
     visible: model.setupActive
     // While something runs only the button ends it.
     closePolicy: T.Popup.NoAutoClose
-    onAboutToShow: otherCommand = false
+    onAboutToShow: {
+        otherCommand = false;
+        failedCommand = "";
+    }
     onOpened: primary.forceActiveFocus(Qt.PopupFocusReason)
 
     T.Overlay.modal: Rectangle {
@@ -121,7 +124,7 @@ Sheet {
                         SetupStep {
                             width: steps.width
                             onFailedChanged: {
-                                if (failed) {
+                                if (failed && sheet.model.installCommandOverrideText.length === 0) {
                                     sheet.failedCommand = command;
                                 }
                             }
@@ -241,9 +244,11 @@ Sheet {
                 }
 
                 Label {
+                    width: parent.width
                     role: Theme.Small
                     color: Theme.text3
-                    text: sheet.failed ? qsTr("Replaces the command above for this try.") : qsTr("Replaces the command of each step.")
+                    wrapMode: Text.Wrap
+                    text: sheet.failed ? qsTr("Runs instead of the command of each step that is not done, in that step's folder.") : qsTr("Runs instead of the command of each step, in that step's folder.")
                 }
             }
 

@@ -1,6 +1,5 @@
-#include "OrvUI/AgentModels.h"
-
 #include "OrvCore/Async.h"
+#include "OrvUI/AgentModels_p.h"
 #include "OrvUI/AgentRuns.h"
 #include "OrvUI/AppModel.h"
 
@@ -13,23 +12,6 @@ namespace {
 
 constexpr std::array autonomyIcons{u"eye", u"file-pen-line", u"zap"};
 static_assert(autonomyIcons.size() == allAgentAutonomies.size());
-
-template <typename Table>
-auto at(const Table& table, int index) -> std::optional<typename Table::value_type> {
-    const bool isThere = index >= 0 && index < static_cast<int>(table.size());
-    return isThere ? std::optional(table[static_cast<size_t>(index)]) : std::nullopt;
-}
-
-/// Between a task that came into a composer and what was typed there before.
-constexpr QLatin1String gap("\n\n");
-
-bool isAhead(const QString& task, const QString& words) {
-    return words == task || words.startsWith(task + gap);
-}
-
-QString withAhead(const QString& task, const QString& words) {
-    return words.isEmpty() ? task : isAhead(task, words) ? words : task + gap + words;
-}
 
 } // namespace
 
@@ -49,6 +31,7 @@ AgentModels::AgentModels(AppModel& model)
     connect(&model, &AppModel::aiPanelProjectIDChanged, this, &AgentModels::updateSoon);
     connect(&model, &AppModel::agentErrorChanged, this, &AgentModels::errorChanged);
     connect(&model, &AppModel::agentDraftChanged, this, &AgentModels::takeDraft);
+    connect(&model, &AppModel::tasksChanged, this, &AgentModels::updateSoon); // the names of those that are linked
     update();
 }
 
@@ -174,19 +157,6 @@ void AgentModels::setUsesWorktrees(bool isOn) {
     m_model.changeSettings([isOn](AppSettings& settings) { settings.agentWorktrees = isOn; });
 }
 
-std::optional<AgentDraft> AgentModels::draftOf(const QString& projectID) const {
-    const std::optional<AgentDraft>& draft = m_model.agentDraft();
-    const bool isOfProject = draft && draft->projectID == projectID && !draft->text.isEmpty();
-    return isOfProject ? draft : std::nullopt;
-}
-
-/// The run that it went on with when it was sent, and can go on with still.
-const AgentRun* AgentModels::parentOf(const AgentDraft& draft) const {
-    const AgentRun* parent =
-        draft.sent && draft.sent->parentID ? m_model.agentRunner().run(*draft.sent->parentID) : nullptr;
-    return parent != nullptr && !parent->isRunning() ? parent : nullptr;
-}
-
 void AgentModels::takePrograms() {
     for (const AgentKind kind : allAgentKinds) {
         if (!m_programs.isMissing(kind) && error() == AgentPrograms::missingText(kind)) {
@@ -211,227 +181,6 @@ bool AgentModels::refusesMissing(AgentKind kind) {
         m_model.setAgentError(AgentPrograms::missingText(kind));
     }
     return isMissing;
-}
-
-bool AgentModels::start(int agent, const QString& task, const QString& projectID, int autonomy) {
-    const auto kind = at(allAgentKinds, agent);
-    const Project* project = m_model.project(projectID);
-    if (!kind || project == nullptr || refusesMissing(*kind)) {
-        return false;
-    }
-    const std::optional<AgentDraft> draft = draftOf(projectID);
-    const AgentRun* parent = draft ? parentOf(*draft) : nullptr;
-    const auto freedom = at(allAgentAutonomies, autonomy);
-    const AgentRun* started =
-        parent != nullptr && parent->facts().agent == kind
-            ? m_model.continueAgent(*parent, task, freedom)
-            : m_model.startAgent(*kind, task, *project, draft ? draft->taskID : std::nullopt, freedom);
-    if (started != nullptr) {
-        forgetDraft(projectID);
-    }
-    return started != nullptr;
-}
-
-void AgentModels::forgetDraft(const QString& projectID) {
-    const std::optional<AgentDraft> draft = m_model.agentDraft();
-    if (!draft || (!projectID.isEmpty() && draft->projectID != projectID)) {
-        return;
-    }
-    m_model.setAgentDraft({});
-    const bool isSettled = !projectID.isEmpty() || !draft->sent; // what came back is found in its panel still
-    if (isSettled && !draft->text.isEmpty()) {
-        dropWords(draft->projectID, draft->text);
-        dropWords({}, draft->text);
-    }
-}
-
-void AgentModels::dropWords(const QString& projectID, const QString& words) {
-    const QString there = this->words(projectID);
-    if (isAhead(words, there)) {
-        setWords(projectID, there.sliced(std::min(words.size() + gap.size(), there.size())));
-        Q_EMIT wordsCame(projectID);
-    }
-}
-
-void AgentModels::takeDraft() {
-    if (const std::optional<AgentDraft>& draft = m_model.agentDraft(); draft && !draft->text.isEmpty()) {
-        setWords(draft->projectID, withAhead(draft->text, words(draft->projectID)));
-        Q_EMIT wordsCame(draft->projectID);
-        takeDraftOnPage(*draft);
-    }
-    Q_EMIT updated();
-}
-
-void AgentModels::takeDraftOnPage(const AgentDraft& draft) {
-    const QString there = words({});
-    if (!there.isEmpty() && pageProjectID() != draft.projectID) {
-        return; // it waits in the panel of its project
-    }
-    m_composed[QString()].projectID = draft.projectID;
-    setWords({}, withAhead(draft.text, there));
-    Q_EMIT wordsCame({});
-}
-
-QString AgentModels::words(const QString& place) const {
-    return m_composed.value(place).words;
-}
-
-void AgentModels::setWords(const QString& place, const QString& words) {
-    if (words != this->words(place)) {
-        m_composed[place].words = words;
-        Q_EMIT wordsChanged(place);
-    }
-}
-
-void AgentModels::keepWords(const QString& place, const QString& words) {
-    setWords(place, words);
-    if (words.isEmpty()) {
-        forgetDraft(place);
-    }
-}
-
-QString AgentModels::panelProjectID() const {
-    return m_model.aiPanelProjectID().value_or(QString());
-}
-
-/// Of the conversation in the agent panel that is not left alone.
-const AgentRun* AgentModels::newestOfPanel() const {
-    for (const AgentRun* run : m_model.agentRuns()) {
-        if (run->facts().projectID == m_model.aiPanelProjectID()) {
-            return run->facts().id == m_leftAlone ? nullptr : run;
-        }
-    }
-    return nullptr;
-}
-
-const AgentRun* AgentModels::repliedTo() const {
-    const AgentRun* run = newestOfPanel();
-    // A to-do item is work of its own, not an answer.
-    if (const auto draft = draftOf(panelProjectID())) {
-        run = parentOf(*draft);
-    }
-    const bool isOpen = run != nullptr && !run->isRunning();
-    return isOpen && static_cast<int>(run->facts().agent) == panelAgent() ? run : nullptr;
-}
-
-int AgentModels::panelAgent() const {
-    if (const auto chosen = m_composed.value(panelProjectID()).agent) {
-        return static_cast<int>(*chosen);
-    }
-    if (const auto draft = draftOf(panelProjectID()); draft && draft->sent) {
-        return static_cast<int>(draft->sent->agent);
-    }
-    const AgentRun* newest = newestOfPanel();
-    return newest != nullptr ? static_cast<int>(newest->facts().agent) : defaultAgent();
-}
-
-int AgentModels::panelAutonomy() const {
-    if (const auto chosen = m_composed.value(panelProjectID()).autonomy) {
-        return static_cast<int>(*chosen);
-    }
-    if (const auto draft = draftOf(panelProjectID()); draft && draft->sent) {
-        return static_cast<int>(draft->sent->autonomy);
-    }
-    const AgentRun* run = repliedTo();
-    return run != nullptr ? static_cast<int>(run->facts().autonomy) : autonomy();
-}
-
-void AgentModels::setPanelAgent(int index) {
-    if (const auto kind = at(allAgentKinds, index)) {
-        m_composed[panelProjectID()].agent = kind;
-        m_model.setAgentError({}); // it may have been said of the other one
-        Q_EMIT updated();
-    }
-}
-
-void AgentModels::setPanelAutonomy(int index) {
-    if (const auto autonomy = at(allAgentAutonomies, index)) {
-        m_composed[panelProjectID()].autonomy = autonomy;
-        Q_EMIT updated();
-    }
-}
-
-int AgentModels::pageAgent() const {
-    const Composed page = m_composed.value(QString());
-    const auto draft = draftOf(page.projectID);
-    return page.agent             ? static_cast<int>(*page.agent)
-           : draft && draft->sent ? static_cast<int>(draft->sent->agent)
-                                  : defaultAgent();
-}
-
-int AgentModels::pageAutonomy() const {
-    const Composed page = m_composed.value(QString());
-    const auto draft = draftOf(page.projectID);
-    return page.autonomy          ? static_cast<int>(*page.autonomy)
-           : draft && draft->sent ? static_cast<int>(draft->sent->autonomy)
-                                  : autonomy();
-}
-
-QString AgentModels::pageProjectID() const {
-    return m_composed.value(QString()).projectID;
-}
-
-void AgentModels::setPageAgent(int index) {
-    if (const auto kind = at(allAgentKinds, index)) {
-        m_composed[QString()].agent = kind;
-        m_model.setAgentError({});
-        Q_EMIT updated();
-    }
-}
-
-void AgentModels::setPageAutonomy(int index) {
-    if (const auto autonomy = at(allAgentAutonomies, index)) {
-        m_composed[QString()].autonomy = autonomy;
-        Q_EMIT updated();
-    }
-}
-
-void AgentModels::setPageProjectID(const QString& projectID) {
-    if (projectID != pageProjectID()) {
-        m_composed[QString()].projectID = projectID;
-        Q_EMIT wordsChanged({});
-        Q_EMIT updated();
-    }
-}
-
-bool AgentModels::say(const QString& text) {
-    const QString projectID = panelProjectID();
-    const AgentRun* run = draftOf(projectID) ? nullptr : repliedTo();
-    if (run != nullptr && refusesMissing(run->facts().agent)) {
-        return false;
-    }
-    const bool isSaid = run != nullptr
-                            ? m_model.continueAgent(*run, text, at(allAgentAutonomies, panelAutonomy())) != nullptr
-                            : start(panelAgent(), text, projectID, panelAutonomy());
-    if (isSaid) {
-        m_composed.remove(projectID);
-        Q_EMIT wordsChanged(projectID);
-        Q_EMIT updated();
-    }
-    return isSaid;
-}
-
-void AgentModels::beginAnew() {
-    if (const AgentRun* newest = repliedTo()) {
-        m_leftAlone = newest->facts().id;
-        m_composed[panelProjectID()].agent.reset();
-        m_composed[panelProjectID()].autonomy.reset();
-        Q_EMIT updated();
-    }
-}
-
-bool AgentModels::startInTerminal(int agent, const QString& task, const QString& projectID) {
-    const auto kind = at(allAgentKinds, agent);
-    const Project* project = m_model.project(projectID);
-    if (!kind || project == nullptr || refusesMissing(*kind)) {
-        return false;
-    }
-    m_model.startAgentInTerminal(*kind, task, *project);
-    if (!error().isEmpty()) {
-        return false;
-    }
-    forgetDraft(projectID);
-    return true;
 }
 
 AgentRun* AgentModels::run(const QString& key) const {

@@ -43,6 +43,8 @@ class AgentModels : public QObject {
     Q_PROPERTY(QString reviewText READ reviewText NOTIFY reviewChanged)
     Q_PROPERTY(QString reviewBranch READ reviewBranch NOTIFY reviewChanged)
     Q_PROPERTY(bool replies READ replies NOTIFY updated)
+    Q_PROPERTY(QString panelTask READ panelTask NOTIFY updated)
+    Q_PROPERTY(QString pageTask READ pageTask NOTIFY updated)
 public:
     enum Filter { all, running, finished };
     Q_ENUM(Filter)
@@ -92,9 +94,11 @@ public:
     [[nodiscard]] const QString& reviewBranch() const { return m_reviewBranch; }
     /// What is said in the agent panel now goes on with its newest run.
     [[nodiscard]] bool replies() const { return repliedTo() != nullptr; }
+    /// The to-do item that is done with what is started next in the agent panel; empty: none is.
+    [[nodiscard]] QString panelTask() const;
+    [[nodiscard]] QString pageTask() const; ///< in the composer of the page of all runs
 
-    /// False when it could not be started: `error` says why. The draft's to-do item is linked when the draft is of
-    /// that project.
+    /// In the composer of the page of all runs. False when it could not be started: `error` says why.
     Q_INVOKABLE bool start(int agent, const QString& task, const QString& projectID, int autonomy);
     /// In the agent panel, with what is chosen there: goes on with the project's newest run where that is over and of
     /// the same agent, else starts one. False when that could not be done.
@@ -105,8 +109,14 @@ public:
     Q_INVOKABLE void keepWords(const QString& place, const QString& words);
     /// What is said next in the agent panel goes on with nothing.
     Q_INVOKABLE void beginAnew();
-    /// Its words are gone from the composer: what is started next is not that to-do item. Empty: whichever it is of.
-    Q_INVOKABLE void forgetDraft(const QString& projectID);
+    /// What the words at a place came from, as long as they have something of it.
+    [[nodiscard]] std::optional<AgentDraft> draftAt(const QString& place) const;
+    /// Of the words that are kept there already.
+    void keepDraft(const QString& place, const AgentDraft& draft);
+    /// Its words are gone from a place: what is started next is not that to-do item.
+    void forgetDraft(const QString& place);
+    /// The words at a place stay, but are no to-do item any more.
+    Q_INVOKABLE void unlinkTask(const QString& place);
     /// Whether it was; if not, `error` says why.
     Q_INVOKABLE bool startInTerminal(int agent, const QString& task, const QString& projectID);
     Q_INVOKABLE bool continueRun(const QString& key, const QString& message);
@@ -141,6 +151,15 @@ Q_SIGNALS:
     void reviewChanged();
 
 private:
+    /// What stands in a composer and was not sent yet.
+    struct Composed {
+        QString words;
+        std::optional<AgentDraft> draft; ///< what came there last; the words may have nothing of it any more
+        QString projectID;               ///< on the page of all runs: that it is for
+        std::optional<AgentKind> agent;  ///< as chosen there
+        std::optional<AgentAutonomy> autonomy;
+    };
+
     void updateSoon();
     void update();
     [[nodiscard]] bool isShown(const AgentRun& run) const;
@@ -149,22 +168,18 @@ private:
     [[nodiscard]] const AgentRun* newestOfPanel() const;
     [[nodiscard]] const AgentRun* repliedTo() const;
     [[nodiscard]] const AgentRun* parentOf(const AgentDraft& draft) const;
-    [[nodiscard]] std::optional<AgentDraft> draftOf(const QString& projectID) const;
+    [[nodiscard]] QString linkedTitle(const QString& place) const;
+    [[nodiscard]] bool startAt(
+        const QString& place, int agent, const QString& task, const QString& projectID, int autonomy);
+    void settle(const AgentDraft& draft);
     void takeDraft();
-    void takeDraftOnPage(const AgentDraft& draft);
+    void takeDraftAt(const QString& place, const AgentDraft& draft);
+    [[nodiscard]] bool makesRoomOnPage(const AgentDraft& draft);
+    void moveToPanel(const Composed& page);
     void setWords(const QString& place, const QString& words);
-    void dropWords(const QString& projectID, const QString& words);
     void takePrograms();
     [[nodiscard]] bool refusesMissing(AgentKind kind);
     [[nodiscard]] QString totals(const QString& projectID) const;
-
-    /// What stands in a composer and was not sent yet.
-    struct Composed {
-        QString words;
-        QString projectID;              ///< on the page of all runs: that it is for
-        std::optional<AgentKind> agent; ///< as chosen there
-        std::optional<AgentAutonomy> autonomy;
-    };
 
     AppModel& m_model;
     AgentPrograms m_programs;

@@ -55,7 +55,8 @@ const std::optional<QString>& AppModel::agentError() const {
     return d->agentError;
 }
 void AppModel::setAgentDraft(const std::optional<AgentDraft>& draft) {
-    assign(this, d->agentDraft, draft, &AppModel::agentDraftChanged);
+    d->agentDraft = draft;
+    Q_EMIT agentDraftChanged(); // by the same once more, too: it comes again
 }
 void AppModel::setAgentError(const std::optional<QString>& error) {
     assign(this, d->agentError, error, &AppModel::agentErrorChanged);

@@ -16,15 +16,33 @@ namespace {
 
 constexpr qsizetype outputLines = 6;
 
-/// As a person would type it in the project's folder: "cd web && npm install".
-QString shownCommand(const Project& project, const CommandBuilder::InstallPlace& place) {
-    if (place.folder == project.root) {
-        return place.command;
+/// From the project's folder to one in it: "cd web && "; empty when it is that.
+QString changeTo(const Project& project, const QString& wanted) {
+    if (wanted == project.root) {
+        return {};
     }
     static const QRegularExpression plain(u"^[A-Za-z0-9._/@-]+$"_s);
-    const QString folder = QDir(project.root).relativeFilePath(place.folder);
+    const QString folder = QDir(project.root).relativeFilePath(wanted);
     const bool isPlain = plain.match(folder).hasMatch();
-    return u"cd "_s + (isPlain ? folder : CommandBuilder::quote(folder)) + u" && "_s + place.command;
+    return u"cd "_s + (isPlain ? folder : CommandBuilder::quote(folder)) + u" && "_s;
+}
+
+/// As a person would type it in the project's folder: "cd web && npm install".
+QString shownCommand(const Project& project, const CommandBuilder::InstallPlace& place) {
+    return changeTo(project, place.folder) + place.command;
+}
+
+/// What is typed runs in the folder of each step. Whoever typed it as it is shown has the folder in it: without it
+/// then.
+std::optional<QString> withoutFolder(
+    const Project& project, const QList<CommandBuilder::InstallPlace>& places, const QString& typed) {
+    for (const CommandBuilder::InstallPlace& place : places) {
+        const QString change = changeTo(project, place.folder);
+        if (!change.isEmpty() && typed.startsWith(change)) {
+            return typed.sliced(change.size());
+        }
+    }
+    return {};
 }
 
 } // namespace
@@ -60,6 +78,7 @@ void AppModel::askForInstall(
             {installID(targets[i], pending.project.id), title(targets[i].kind), shownCommand(pending.project, place),
              SetupStep::Status::pending});
     }
+    plan.places = places;
     d->setupPlan = plan;
     setInstallCommandOverride({});
     setPendingInstall(pending);
@@ -82,15 +101,30 @@ QFuture<void> AppModel::confirmInstall() {
     setPendingInstall({});
     SetupSession session = *d->setup;
     session.phase = {SetupSession::Phase::Kind::running, {}};
+    const std::optional<QString>& typed = d->installCommandOverride;
+    const auto inPlace = typed ? withoutFolder(session.project, d->setupPlan->places, *typed) : std::nullopt;
     QList<SetupRunner::Step> steps;
     for (qsizetype i = 0; i < session.steps.size(); ++i) {
-        session.steps[i].status = SetupStep::Status::pending;
-        steps.append({session.steps[i].id, d->setupPlan->targets[i]});
+        SetupStep& step = session.steps[i];
+        const QList<ServiceTarget>& targets = d->setupPlan->targets[i];
+        const QString folder = targets.constFirst().directory;
+        CommandBuilder::InstallPlace place = d->setupPlan->places[i];
+        std::optional<QString> override;
+        if (typed) {
+            place = {inPlace ? place.folder : folder, inPlace.value_or(*typed)};
+            const bool isElsewhere = place.folder != folder;
+            override = isElsewhere ? u"cd "_s + CommandBuilder::quote(place.folder) + u" && "_s + place.command
+                                   : place.command;
+        }
+        if (std::exchange(step.status, SetupStep::Status::pending) != SetupStep::Status::done) {
+            step.command = shownCommand(session.project, place);
+        }
+        steps.append({step.id, targets, override});
     }
     d->setupPlan->request.since = d->stops.now();
     setSetup(session);
     d->setupCompletion.emplace();
-    d->setupRunner = new SetupRunner({*d->processes, d->installs, d->workPool}, steps, d->installCommandOverride, this);
+    d->setupRunner = new SetupRunner({*d->processes, d->installs, d->workPool}, steps, this);
     connect(d->setupRunner, &SetupRunner::stepChanged, this, [this](qsizetype index, SetupStep::Status status) {
         SetupSession changed = *d->setup;
         changed.steps[index].status = status;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvCore/CommandBuilder.h"
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/AppModel.h"
@@ -30,7 +31,8 @@ namespace orv {
 /// A project's install between the question and the run that it was for.
 struct SetupPlan {
     RunRequest request;
-    QList<QList<ServiceTarget>> targets; ///< of each step of the session: what it installs for
+    QList<QList<ServiceTarget>> targets;             ///< of each step of the session: what it installs for
+    QList<CommandBuilder::InstallPlace> places = {}; ///< and by what, unless another command is typed
 };
 
 /// Where a service in this state is best reached.

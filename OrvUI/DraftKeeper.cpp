@@ -34,8 +34,12 @@ struct Member {
     QString Draft::* value;
 };
 constexpr std::array members{
-    Member{"place"_L1, &Draft::place}, Member{"text"_L1, &Draft::text}, Member{"description"_L1, &Draft::description},
-    Member{"project"_L1, &Draft::projectID}};
+    Member{"place"_L1, &Draft::place},
+    Member{"text"_L1, &Draft::text},
+    Member{"description"_L1, &Draft::description},
+    Member{"project"_L1, &Draft::projectID},
+    Member{"task"_L1, &Draft::taskID},
+    Member{"handed"_L1, &Draft::handed}};
 
 QByteArray encode(const QList<Draft>& drafts) {
     QJsonArray array;
@@ -119,6 +123,10 @@ void DraftKeeper::restore(AppModel& model) const {
             if (draft.place.isEmpty()) {
                 model.agentModels()->setPageProjectID(draft.projectID);
             }
+            if (const QUuid task(draft.taskID); !task.isNull()) {
+                model.agentModels()->keepDraft(
+                    draft.place, {draft.place.isEmpty() ? draft.projectID : draft.place, draft.handed, task});
+            }
             break;
         case Draft::Kind::task:
             (draft.place.isEmpty() ? model.taskLists() : model.projectTasks())
@@ -140,11 +148,16 @@ void DraftKeeper::follow(AppModel& model) {
     });
     AgentModels& agents = *model.agentModels();
     connect(&agents, &AgentModels::wordsChanged, this, [this, &agents](const QString& place) {
+        const std::optional<AgentDraft> from = agents.draftAt(place);
+        // What was sent once is one's own: as a task that was handed over it would make way for the next.
+        const bool isTask = from && from->taskID && !from->sent;
         note(
             {.kind = Draft::Kind::agent,
              .place = place,
              .text = agents.words(place),
-             .projectID = place.isEmpty() ? agents.pageProjectID() : QString()});
+             .projectID = place.isEmpty() ? agents.pageProjectID() : QString(),
+             .taskID = isTask ? from->taskID->toString(QUuid::WithoutBraces) : QString(),
+             .handed = isTask ? from->text : QString()});
     });
     follow(*model.taskLists());
     follow(*model.projectTasks());
@@ -165,6 +178,7 @@ void DraftKeeper::note(Draft draft) {
     if (!draft.text.isEmpty() || !draft.description.isEmpty()) {
         cut(draft.text);
         cut(draft.description);
+        cut(draft.handed);
         m_drafts.prepend(std::move(draft));
         m_drafts.resize(std::min(m_drafts.size(), limit));
     }

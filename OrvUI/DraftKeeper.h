@@ -20,6 +20,8 @@ struct Draft {
     QString text = {};
     QString description = {}; ///< of a commit
     QString projectID = {};   ///< on a page of all: the project that it is for
+    QString taskID = {};      ///< the to-do item that an agent is told to do
+    QString handed = {};      ///< its words as they came
 
     bool operator==(const Draft&) const = default;
 };

@@ -9,13 +9,12 @@ namespace orv {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-SetupRunner::SetupRunner(Parts parts, QList<Step> steps, std::optional<QString> override, QObject* parent)
+SetupRunner::SetupRunner(Parts parts, QList<Step> steps, QObject* parent)
     : QObject(parent),
       m_processes(parts.processes),
       m_installs(std::move(parts.installs)),
       m_pool(parts.pool),
-      m_steps(std::move(steps)),
-      m_override(std::move(override)) {
+      m_steps(std::move(steps)) {
     m_timer.setInterval(50ms);
     connect(&m_timer, &QTimer::timeout, this, &SetupRunner::poll);
 }
@@ -87,7 +86,7 @@ void SetupRunner::launch() {
     ServiceTarget install = step.targets.constFirst();
     install.port.reset();
     install.command =
-        u"cd "_s + CommandBuilder::quote(install.directory) + u" && "_s + m_override.value_or(m_installBody);
+        u"cd "_s + CommandBuilder::quote(install.directory) + u" && "_s + step.override.value_or(m_installBody);
     m_processes.start(install, step.id.projectID);
     m_timer.start();
 }

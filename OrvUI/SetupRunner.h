@@ -17,6 +17,7 @@ public:
     struct Step {
         ServiceID id;                 ///< under which the install runs
         QList<ServiceTarget> targets; ///< what is installed for: by the command of the first, which is that of all
+        std::optional<QString> override = {}; ///< in place of that, in the folder of the first
     };
     struct Parts {
         ProcessManager& processes;
@@ -24,8 +25,7 @@ public:
         QThreadPool& pool; ///< for looks at the disk
     };
 
-    /// `override` takes the place of every step's own command.
-    SetupRunner(Parts parts, QList<Step> steps, std::optional<QString> override, QObject* parent);
+    SetupRunner(Parts parts, QList<Step> steps, QObject* parent);
 
     void start();
     /// Stops the install that runs, and begins no other; `finished` follows when it is gone.
@@ -57,7 +57,6 @@ private:
     const std::shared_ptr<InstallRecord> m_installs;
     QThreadPool& m_pool;
     const QList<Step> m_steps;
-    const std::optional<QString> m_override;
     qsizetype m_index = 0;
     QList<Begun> m_begun;  ///< by the step that runs
     QString m_installBody; ///< of its first target, without an override

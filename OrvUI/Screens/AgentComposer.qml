@@ -19,6 +19,7 @@ FocusScope {
     readonly property var autonomyRow: autonomyList.count > autonomy ? autonomyList.objectAt(autonomy) : null
     readonly property bool ready: words.text.trim().length > 0 && projectID.length > 0
     readonly property bool missing: agentRow?.isMissing ?? false
+    readonly property string taskTitle: conversing ? agents.panelTask : agents.pageTask
     readonly property string explanation: missing ? agents.whyMissing(agent) : autonomyRow ? autonomyRow.explanation : ""
     signal sent
 
@@ -101,7 +102,7 @@ FocusScope {
         id: frame
 
         width: parent.width
-        height: Math.max(composer.conversing ? Theme.composerBoxPanel : Theme.composerBox, view.contentHeight + Theme.composerHeight + 2 * Theme.space12)
+        height: Math.max(composer.conversing ? Theme.composerBoxPanel : Theme.composerBox, view.y + view.contentHeight + Theme.composerHeight + Theme.space12)
         radius: Theme.radiusCard
         color: Theme.surface
         border.width: Theme.hairline
@@ -122,11 +123,25 @@ FocusScope {
             border.color: Theme.focusSoft
         }
 
+        LinkedTask {
+            id: link
+
+            x: Theme.space12
+            y: Theme.space12
+            width: Math.min(implicitWidth, parent.width - 2 * x)
+            visible: title.length > 0
+            title: composer.taskTitle
+            onRemoved: {
+                composer.agents.unlinkTask(composer.fixedProjectID);
+                words.forceActiveFocus(Qt.OtherFocusReason);
+            }
+        }
+
         Flickable {
             id: view
 
             x: Theme.space16
-            y: Theme.space12
+            y: link.visible ? link.y + link.height + Theme.space8 : Theme.space12
             width: parent.width - 2 * x
             height: Math.min(Math.max(contentHeight, Theme.space24), 8 * Theme.space20)
             contentHeight: words.implicitHeight

@@ -12,7 +12,7 @@ Sheet {
     readonly property bool running: phase === "running"
     readonly property bool failed: phase === "failed"
     property bool otherCommand: false
-    // Of the step that failed.
+    // Of the step that failed, unless another one was typed.
     property string failedCommand
     signal outputAsked(string projectID)
 
@@ -39,6 +39,9 @@ Sheet {
     closePolicy: T.Popup.NoAutoClose
     onAboutToShow: {
         otherCommand = false;
+        if (confirming) {
+            failedCommand = "";
+        }
         view.current = null;
         view.contentY = 0;
     }
@@ -162,8 +165,10 @@ Sheet {
                             }
                             onFailedChanged: {
                                 if (failed) {
-                                    sheet.failedCommand = command;
                                     view.current = step;
+                                }
+                                if (failed && sheet.model.installCommandOverrideText.length === 0) {
+                                    sheet.failedCommand = command;
                                 }
                             }
                         }
@@ -295,9 +300,11 @@ Sheet {
                 }
 
                 Label {
+                    width: parent.width
                     role: Theme.Small
                     color: Theme.text3
-                    text: sheet.failed ? qsTr("Replaces the command above for this try.") : qsTr("Replaces the command of each step.")
+                    wrapMode: Text.Wrap
+                    text: sheet.failed ? qsTr("Runs instead of the command of each step that is not done, in that step's folder.") : qsTr("Runs instead of the command of each step, in that step's folder.")
                 }
             }
 

@@ -7,6 +7,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QDir>
+#include <QFileInfo>
 
 using namespace orv;
 using namespace orv::test;
@@ -185,7 +186,7 @@ TEST_F(AgentModelsTest, GoOnInThePanelWithWhatWasSaidLast) {
     model->draftAgentTaskFor(task.toString());
     lists().forgetDraft(root + u"/plain"_s);
     EXPECT_NE(model->agentDraft(), std::nullopt) << "that of another project";
-    lists().forgetDraft(shop);
+    lists().keepWords(shop, {});
     lists().beginAnew();
     EXPECT_EQ(say(u"Else"_s)->facts().linkedTaskID, std::nullopt);
 
@@ -199,6 +200,94 @@ TEST_F(AgentModelsTest, GoOnInThePanelWithWhatWasSaidLast) {
     EXPECT_EQ(lists().reviewBranch(), QString());
     lists().review(u"none"_s);
     EXPECT_EQ(lists().reviewKey(), QString());
+}
+
+TEST_F(AgentModelsTest, FillEachComposerWithWhatWasHandedToItLast) {
+    const QString plain = root + u"/plain"_s;
+    const auto task = [this](const QString& title, const QString& projectID) {
+        return model->addTask(title, {}, *model->project(projectID)).toString();
+    };
+    const QString first = task(u"Round the totals"_s, shop);
+    const QString second = task(u"Sort the cart"_s, shop);
+    const QString other = task(u"Log less"_s, plain);
+    // "p:" is what is typed on the page, "s:" in the panel of the first project; the others are handed over.
+    struct Step {
+        QStringList steps;
+        QString page; ///< its project, linked item and words
+        QString panel;
+        QString otherPanel;
+    };
+    const QString firstOnly = u"Round the totals=Round the totals"_s;
+    const QString otherOnly = u"Log less=Log less"_s;
+    const Step table[]{
+        {{first, other}, u"plain "_s + otherOnly, firstOnly, otherOnly},
+        {{first, second}, u"shop Sort the cart=Sort the cart"_s, u"Sort the cart=Sort the cart"_s, u"="_s},
+        {{first, u"p:Round totals up"_s, other},
+         u"plain "_s + otherOnly,
+         u"Round the totals=Round totals up"_s,
+         otherOnly},
+        {{first, u"p:Mine"_s, other}, u"plain "_s + otherOnly, u"=Mine"_s, otherOnly},
+        {{first, u"s:Round the totals\n\nand mine"_s, second},
+         u"shop Sort the cart=Sort the cart"_s,
+         u"Sort the cart=Sort the cart\n\nand mine"_s,
+         u"="_s},
+        {{first, u"s:Total of the cart"_s}, u"shop "_s + firstOnly, u"Round the totals=Total of the cart"_s, u"="_s},
+        {{first, u"s:Write the docs"_s}, u"shop "_s + firstOnly, u"=Write the docs"_s, u"="_s},
+        {{first, u"s:Write the docs"_s, first},
+         u"shop "_s + firstOnly,
+         u"Round the totals=Round the totals\n\nWrite the docs"_s,
+         u"="_s},
+        {{first, u"s:"_s}, u"shop ="_s, u"="_s, u"="_s},
+        {{first, u"unlink"_s}, u"shop "_s + firstOnly, u"=Round the totals"_s, u"="_s},
+    };
+    const auto shown = [this](const QString& place) {
+        model->setAiPanelProjectID(place);
+        return (place.isEmpty() ? lists().pageTask() : lists().panelTask()) + u'=' + lists().words(place);
+    };
+    for (const auto& [steps, page, panel, otherPanel] : table) {
+        const std::string label = steps.join(u" > "_s).toStdString();
+        for (const QString& place : {shop, plain, QString()}) {
+            lists().keepWords(place, {});
+        }
+        lists().setPageProjectID({});
+        for (const QString& step : steps) {
+            model->setAgentError(u"Describe the task first."_s);
+            if (step == u"unlink") {
+                lists().unlinkTask(shop);
+                continue;
+            }
+            if (step.startsWith(u"p:") || step.startsWith(u"s:")) {
+                lists().keepWords(step.startsWith(u'p') ? QString() : shop, step.sliced(2));
+            } else {
+                model->draftAgentTaskFor(step);
+            }
+            EXPECT_EQ(lists().error(), QString()) << "it was said of what stood there: " << label;
+        }
+        EXPECT_EQ(QFileInfo(lists().pageProjectID()).fileName() + u' ' + shown({}), page) << label;
+        EXPECT_EQ(shown(shop), panel) << label;
+        EXPECT_EQ(shown(plain), otherPanel) << label;
+    }
+
+    // Each starts with its own item, whichever was handed over last.
+    play("true");
+    const auto itemOf = [this](bool isStarted) {
+        EXPECT_TRUE(isStarted) << lists().error().toStdString();
+        EXPECT_TRUE(settles(model->agentRuns().first()));
+        return model->agentRuns().first()->facts().linkedTaskID.value_or(QUuid()).toString();
+    };
+    model->draftAgentTaskFor(first);
+    model->draftAgentTaskFor(other);
+    EXPECT_EQ(itemOf(lists().start(1, lists().words({}), plain, 0)), other);
+    EXPECT_EQ(shown({}) + shown(plain), u"=="_s);
+    model->setAiPanelProjectID(shop);
+    lists().setPanelAgent(1);
+    EXPECT_EQ(itemOf(lists().say(lists().words(shop))), first);
+    model->draftAgentTaskFor(second);
+    EXPECT_FALSE(lists().replies());
+    lists().keepWords(shop, u"Thanks, and now?"_s);
+    EXPECT_TRUE(lists().replies()) << "nothing of the item is left";
+    EXPECT_EQ(itemOf(lists().say(u"Thanks, and now?"_s)), QUuid().toString());
+    EXPECT_TRUE(model->agentRuns().first()->facts().parentID);
 }
 
 TEST_F(AgentModelsTest, GiveBackTheWordsOfWhatCouldNotStart) {

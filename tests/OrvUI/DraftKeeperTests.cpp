@@ -60,6 +60,25 @@ TEST_F(Drafts, AreThereAfterARestartUntilTheyAreDoneWith) {
     EXPECT_EQ(model->gitOverview().draft(shop), CommitMessage());
 }
 
+TEST_F(Drafts, OfAgentsAreTheirTasksStill) {
+    addNode(u"shop"_s, "vite", "true\n");
+    scan();
+    const QUuid task = model->addTask(u"Totals"_s, u"Rounded"_s, *model->project(shop));
+    model->draftAgentTaskFor(task.toString());
+    model->agentModels()->keepWords({}, u"The totals, late"_s);
+    startAgain();
+    for (const QString& place : {shop, QString()}) {
+        const std::optional<AgentDraft> draft = model->agentModels()->draftAt(place);
+        EXPECT_EQ(draft, (AgentDraft{shop, u"Totals\n\nRounded"_s, task})) << place.toStdString();
+    }
+    EXPECT_EQ(model->agentModels()->pageTask(), u"Totals"_s);
+    model->agentModels()->unlinkTask(shop);
+    model->agentModels()->keepWords({}, u"Else"_s);
+    startAgain();
+    EXPECT_EQ(model->agentModels()->words({}), u"Else"_s);
+    EXPECT_FALSE(model->agentModels()->draftAt({}) || model->agentModels()->draftAt(shop));
+}
+
 TEST_F(Drafts, AreWrittenWhileTheApplicationRuns) {
     model->agentModels()->keepWords(shop, u"half a thought"_s);
     EXPECT_TRUE(test::waitFor([this] { return stored().contains("half a thought"); }));

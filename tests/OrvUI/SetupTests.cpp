@@ -221,6 +221,24 @@ TEST_F(SetupTest, UsesTheCommandThatWasTyped) {
     EXPECT_EQ(installs(u"it's here"_s), u"mine"_s);
     EXPECT_TRUE(waitForPhase(project(u"it's here"_s), ServiceKind::frontend, Phase::running));
     EXPECT_EQ(model->installCommandOverride(), std::nullopt) << "it was for this time only";
+
+    // As it is shown, with its folder, it is the command of every step that is not done, and each shows what it runs.
+    addNode(u"shop/api"_s, "express", up(8000));
+    QDir(root + u"/shop/api/node_modules"_s).removeRecursively();
+    const QString typed = u"cd web && echo two >installed.txt; test -e ../ok && mkdir node_modules"_s;
+    install(u"shop"_s, kinds(RunAction::both), typed);
+    const QString body = typed.sliced(u"cd web && "_s.size());
+    EXPECT_EQ(
+        session(),
+        u"failed: Exited with code 1; Backend `cd api && %1` failed; Frontend `cd web && %1` pending"_s.arg(body));
+    tree.add(u"projects/shop/ok"_s);
+    model->setInstallCommandOverride({});
+    addScript(u"shop/api"_s, u"npm-install.sh"_s, "exit 1\n");
+    ASSERT_TRUE(finishes(model->confirmInstall()));
+    EXPECT_TRUE(session().contains(u"Backend `cd api && npm install` failed"_s)) << session().toStdString();
+    model->setInstallCommandOverride(typed);
+    ASSERT_TRUE(finishes(model->confirmInstall()));
+    EXPECT_EQ(session() + installs(u"shop/api"_s) + installs(u"shop/web"_s), u"nonetwotwo"_s);
 }
 
 TEST_F(SetupTest, AsksOnceForAnInstallThatLeavesNoMarker) {

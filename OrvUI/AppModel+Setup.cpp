@@ -112,6 +112,7 @@ void AppModel::setupEnded(const QString& reason) {
         cancelInstall(); // stopped when its last step was done already
         return;
     }
+    request.isSetup = true;
     for (const QList<ServiceTarget>& targets : std::as_const(d->setupPlan->targets)) {
         for (const ServiceTarget& target : targets) {
             request.installed.insert(installID(target, request.wanted.project.id));

@@ -163,8 +163,8 @@ void AppModel::cancelInstall() {
     ORV_ASSERT_MAIN_THREAD();
     if (SetupRunner* runner = std::exchange(d->setupRunner, nullptr)) {
         runner->disconnect(this);
+        connect(runner, &SetupRunner::finished, runner, &QObject::deleteLater);
         runner->stop();
-        runner->deleteLater();
     }
     if (d->setup && isInstalling(d->setup->project.id)) {
         d->stops.noteProject(d->setup->project.id);

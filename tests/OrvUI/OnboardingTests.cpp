@@ -34,7 +34,7 @@ TEST_F(OnboardingTest, OnboardingWritesEverythingAtOnceAtItsEnd) {
     EXPECT_FALSE(pages.canAdvance());
     EXPECT_TRUE(finishes(pages.scanFolder()));
     EXPECT_EQ(pages.detectedCount(), std::nullopt);
-    pages.setFolder(u"/"_s);
+    pages.setFolder(tree.path());
     const QFuture<void> whole = pages.scanFolder();
     EXPECT_TRUE(pages.isScanning());
     pages.setFolder(QUrl::fromLocalFile(root + u'/').toString());

@@ -110,14 +110,19 @@ std::optional<DetectedStack> stack(ServiceKind kind, const QString& folder, cons
     return stackAmong(StackDetector::detect(folder, Fallbacks::allowed), kind, framework);
 }
 
-bool needsInstall(const ServiceTarget& target) {
+QStringList installMarkers(const ServiceTarget& target) {
     const auto found = stackOf(target);
     if (!found || !found->install || !found->installMarker) {
-        return false;
+        return {};
     }
     const QString& marker = *found->installMarker;
+    return marker == ".venv"_L1 ? QStringList{marker, u"venv"_s} : QStringList{marker};
+}
+
+bool needsInstall(const ServiceTarget& target) {
+    const QStringList markers = installMarkers(target);
     const auto isThere = [&](const QString& name) { return QFile::exists(target.directory + u'/' + name); };
-    return !isThere(marker) && !(marker == ".venv"_L1 && isThere(u"venv"_s));
+    return !markers.isEmpty() && std::ranges::none_of(markers, isThere);
 }
 
 QString installBody(const ServiceTarget& target) {

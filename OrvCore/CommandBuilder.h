@@ -35,7 +35,10 @@ namespace CommandBuilder {
 [[nodiscard]] std::optional<DetectedStack> stack(
     ServiceKind kind, const QString& folder, const std::optional<QString>& framework);
 
+/// True when none of `installMarkers` is in the folder, and there is one to look for.
 [[nodiscard]] bool needsInstall(const ServiceTarget& target);
+/// What an install leaves in the target's folder, by name: one of them is enough. Empty where there is none.
+[[nodiscard]] QStringList installMarkers(const ServiceTarget& target);
 [[nodiscard]] QString installBody(const ServiceTarget& target);
 /// "cd " + quoted folder + " && " + the install command.
 [[nodiscard]] QString install(const ServiceTarget& target);

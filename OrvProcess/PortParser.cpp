@@ -86,10 +86,14 @@ std::optional<int> debuggerPort(const QString& line) {
 
 bool isDebuggerDefault(int port) {
     constexpr std::array defaults{
-        9229, // Node
-        5005, // Java
-        5678, // debugpy
-        2345, // Delve
+        9229,  // Node
+        5005,  // Java
+        5678,  // debugpy
+        2345,  // Delve
+        5858,  // Node before 8
+        24678, // Vite tells pages of changes there
+        35729, // LiveReload
+        6499,  // Bun
     };
     return std::ranges::find(defaults, port) != defaults.end();
 }

@@ -15,7 +15,7 @@ namespace orv::PortParser {
 [[nodiscard]] std::optional<int> port(const QString& line);
 /// The port that a line says a debugger listens on: one that a browser has no use for.
 [[nodiscard]] std::optional<int> debuggerPort(const QString& line);
-/// Whether debuggers and inspectors listen there when they are told nothing else.
+/// Whether debuggers, inspectors and reloaders of pages listen there when they are told nothing else.
 [[nodiscard]] bool isDebuggerDefault(int port);
 /// `port`, but not of a line by which a debugger says where it listens.
 [[nodiscard]] std::optional<int> servicePort(const QString& line);

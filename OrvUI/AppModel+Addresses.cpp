@@ -49,7 +49,7 @@ std::optional<int> AppModel::addressPort(const ServiceID& id) const {
     if (const auto known = d->addresses.constFind(id); known != d->addresses.cend() && known->state == state) {
         return known->port;
     }
-    KnownAddress address{state, state.port, {}};
+    KnownAddress address{.state = state, .port = state.port, .choice = {}};
     const QList<int> listening = state.isActive() ? d->processes->listeningPorts(id) : QList<int>();
     const bool isAnnouncedGood = state.port && listening.contains(*state.port);
     if (!listening.isEmpty() && !isAnnouncedGood) {
@@ -60,6 +60,7 @@ std::optional<int> AppModel::addressPort(const ServiceID& id) const {
         address.port = lastMentioned(listening, log, log.size());
         if (!address.port) {
             address.port = best.isEmpty() ? state.port : best.first();
+            address.isGuess = !best.isEmpty();
         }
         if (listening.size() > 1 || !state.port) {
             address.choice = listening;
@@ -86,8 +87,9 @@ void AppModel::takeInOutput(const ServiceID& id, qsizetype added) {
         return;
     }
     const auto port = lastMentioned(known->choice, log, added);
-    if (port && port != known->port) {
+    if (port && (port != known->port || known->isGuess)) {
         known->port = port;
+        known->isGuess = false;
         noteAddress(id);
     }
 }

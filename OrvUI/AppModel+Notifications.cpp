@@ -1,9 +1,18 @@
 #include "OrvCore/Async.h"
 #include "OrvUI/AppModel_p.h"
 
-#include <algorithm>
+#include <QTimer>
 
 namespace orv {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// For so long a port that no output names may still turn out to be a tool's, and not the service's.
+constexpr std::chrono::milliseconds untilTrusted = 3s;
+
+} // namespace
 
 void AppModel::post(const NotificationEvent& event) {
     ORV_ASSERT_MAIN_THREAD();
@@ -20,18 +29,36 @@ void AppModel::notify(const NotificationRequest& request) {
     }
 }
 
-/// An install that ends is part of a run that the user looks at, and no event of its own.
+/// An install that ends is part of a run that the user looks at, and no event of its own. A port that was only found
+/// listening is told when nothing better has come for a while; if it comes later, that is told as well.
 void AppModel::postTransitions() {
     QList<ServiceTransitions::Look> looks;
+    QList<NotificationEvent> corrections;
     const auto& states = d->processes->states();
     for (auto entry = states.begin(); entry != states.end(); ++entry) {
-        if (!isInstall(entry.key())) {
-            looks.append(
-                {entry.key(), *entry, projectName(entry.key()), addressPort(entry.key()),
-                 d->processes->wasUserStopped(entry.key())});
+        const ServiceID& id = entry.key();
+        if (isInstall(id)) {
+            continue;
         }
+        PortGuesses::Verdict verdict;
+        if (entry->isActive()) {
+            const std::optional<int> port = addressPort(id);
+            verdict = d->portGuesses.look(id, port, d->addresses.value(id).isGuess);
+            if (verdict.isToBeTrusted) {
+                QTimer::singleShot(untilTrusted, this, [this, id, port] {
+                    d->portGuesses.trust(id, *port);
+                    postTransitions();
+                });
+            }
+        } else {
+            d->portGuesses.forget(id);
+        }
+        if (verdict.isCorrection) {
+            corrections.append(ServiceReady{projectName(id), id, verdict.port});
+        }
+        looks.append({id, *entry, projectName(id), verdict.port, d->processes->wasUserStopped(id)});
     }
-    for (const NotificationEvent& event : d->transitions.update(looks)) {
+    for (const NotificationEvent& event : d->transitions.update(looks) + corrections) {
         post(event);
     }
 }

@@ -138,21 +138,25 @@ QFuture<void> AppModel::run(
     if (refusesWork()) {
         return finishedFuture();
     }
-    const RunRequest request{.wanted = {project, kinds, flutterDevice}, .since = d->stops.now()};
+    RunRequest request{.wanted = {project, kinds, flutterDevice}, .since = d->stops.now()};
     const bool needsDevice =
         !flutterDevice && kinds.contains(ServiceKind::flutter) && hasTarget(project, ServiceKind::flutter);
     if (const auto chosen = needsDevice ? d->devices.chosen(project.id) : std::nullopt) {
-        return runOnChosenDevice(request, *chosen);
+        request.wanted.flutterDevice = DevicesModel::deviceID(*chosen);
+        request.deviceToBoot = DevicesModel::needsBoot(*chosen) ? *chosen : QString();
     }
     return run(request);
 }
 
-/// Which may have to be booted first; that takes its time, and says so.
+/// That takes its time, and says so. Nothing else waits for it: a setup session that was for this run is over.
 QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QString& key) {
     const Completion completion;
+    if (request.isSetup) {
+        endSetup();
+    }
     const auto& devices = d->devices.rows();
     const auto row = std::ranges::find(devices, key, &DeviceRow::key);
-    const QString title = row != devices.end() ? row->title : DeviceParsers::displayName(key.section(u':', 1));
+    const QString title = row != devices.end() ? row->title : DeviceParsers::displayName(DevicesModel::deviceID(key));
     const StatusMessage starting{.text = tr("Getting %1 ready…").arg(title), .isOngoing = true};
     const QFuture<DeviceTools::Booted> ready = d->devices.ready(key);
     if (!ready.isFinished()) {
@@ -168,6 +172,8 @@ QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QStri
             return;
         }
         RunRequest onDevice = request;
+        onDevice.isSetup = false;
+        onDevice.deviceToBoot.clear();
         onDevice.wanted.flutterDevice = *device;
         onFinished(run(onDevice), this, [completion] { completion.finish(); });
     });
@@ -200,10 +206,15 @@ QFuture<void> AppModel::run(const RunRequest& request) {
             }
         }
         if (uninstalled.isEmpty()) {
-            startWhenGone(request, ready, completion);
+            if (request.deviceToBoot.isEmpty() || ready.isEmpty()) {
+                startWhenGone(request, ready, completion);
+            } else {
+                const QFuture<void> end = runOnChosenDevice(request, request.deviceToBoot);
+                onFinished(end, this, [completion] { completion.finish(); });
+            }
             return;
         }
-        if (request.isAfterInstall()) {
+        if (request.isSetup) {
             endSetup();
         }
         askForInstall(request, uninstalled, bodies);
@@ -227,7 +238,7 @@ void AppModel::startWhenGone(
     onFinished(whenAll(stops, this), this, [this, request, targets, completion] {
         // Whoever stopped the project has ended its setup too.
         if (!d->stops.isOff(request.wanted.project.id, request.since)) {
-            if (request.isAfterInstall()) {
+            if (request.isSetup) {
                 endSetup();
             }
             start(request, targets);

@@ -150,6 +150,7 @@ void AppModel::setupEnded(const QString& reason) {
         cancelInstall(); // stopped when its last step was done already
         return;
     }
+    request.isSetup = true;
     for (const QList<ServiceTarget>& targets : std::as_const(d->setupPlan->targets)) {
         for (const ServiceTarget& target : targets) {
             request.installed.insert(installID(target, request.wanted.project.id));
@@ -209,8 +210,8 @@ void AppModel::cancelInstall() {
     ORV_ASSERT_MAIN_THREAD();
     if (SetupRunner* runner = std::exchange(d->setupRunner, nullptr)) {
         runner->disconnect(this);
+        connect(runner, &SetupRunner::finished, runner, &QObject::deleteLater);
         runner->stop();
-        runner->deleteLater();
     }
     if (d->setup && isInstalling(d->setup->project.id)) {
         d->stops.noteProject(d->setup->project.id);

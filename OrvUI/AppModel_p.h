@@ -11,6 +11,7 @@
 #include "OrvUI/OnboardingModel.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/Pool_p.h"
+#include "OrvUI/PortGuesses.h"
 #include "OrvUI/RunChoices.h"
 #include "OrvUI/RunRequest_p.h"
 #include "OrvUI/ServiceLogs.h"
@@ -39,7 +40,8 @@ struct SetupPlan {
 struct KnownAddress {
     ServiceState state;
     std::optional<int> port;
-    QList<int> choice; ///< the ports among which a line of its output decides; empty when there is nothing to decide
+    QList<int> choice;    ///< the ports among which a line of its output decides; empty when there is nothing to decide
+    bool isGuess = false; ///< no line of the output names the port
 };
 
 struct AppModel::Private {
@@ -121,6 +123,7 @@ struct AppModel::Private {
     NotificationStatus notificationStatus;
     std::unique_ptr<TerminalNotices> terminalNotices;
     ServiceTransitions transitions;
+    PortGuesses portGuesses;
     LaunchAtLogin login;
     DevicesModel devices;
     std::unique_ptr<FilterBar> filterBar;

@@ -218,10 +218,18 @@ void DevicesModel::takeInChoices() {
     Q_EMIT chosenChanged();
 }
 
+bool DevicesModel::needsBoot(const QString& key) {
+    return key.startsWith(emulatorKey) || key.startsWith(simulatorKey);
+}
+
+QString DevicesModel::deviceID(const QString& key) {
+    return needsBoot(key) || key.startsWith(flutterKey) ? key.section(u':', 1) : key;
+}
+
 QFuture<DeviceTools::Booted> DevicesModel::ready(const QString& key) {
     ORV_ASSERT_MAIN_THREAD();
-    const QString id = key.section(u':', 1);
-    if (key.startsWith(emulatorKey) || key.startsWith(simulatorKey)) {
+    const QString id = deviceID(key);
+    if (needsBoot(key)) {
         const auto boot = key.startsWith(emulatorKey) ? &DeviceTools::bootEmulator : &DeviceTools::bootSimulator;
         QFuture<DeviceTools::Booted>& last = m_boots[key];
         if (!last.isValid() || last.isFinished()) {
@@ -229,7 +237,7 @@ QFuture<DeviceTools::Booted> DevicesModel::ready(const QString& key) {
         }
         return last;
     }
-    return readyFuture(DeviceTools::Booted(key.startsWith(flutterKey) ? id : key));
+    return readyFuture(DeviceTools::Booted(id));
 }
 
 } // namespace orv

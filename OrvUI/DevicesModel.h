@@ -72,6 +72,9 @@ public:
     /// An empty key takes the choice back.
     StoreResult choose(const QString& projectID, const QString& key);
     void takeInChoices(); ///< they are others, by another process
+    /// Whether a chosen device may have to be started, which is more than to name it.
+    [[nodiscard]] static bool needsBoot(const QString& key);
+    [[nodiscard]] static QString deviceID(const QString& key); ///< by its own tool: "chrome", "Pixel_9"
     /// Boots the device where it has to be, once for all who wait for it; what "flutter run -d" takes, or why there is
     /// none, as a sentence.
     QFuture<DeviceTools::Booted> ready(const QString& key);

@@ -28,6 +28,20 @@ QString key(const QString& framework) {
     return u"framework:"_s + framework;
 }
 
+/// Says of what: as a chip it stands by itself.
+QString chipTitle(CollectionMode mode) {
+    switch (mode) {
+    case CollectionMode::expand:
+        return FilterBar::tr("Apps of collections");
+    case CollectionMode::hide:
+        return FilterBar::tr("Collections hidden");
+    case CollectionMode::show:
+    case CollectionMode::only:
+        break;
+    }
+    return title(mode);
+}
+
 QStringList titles(const auto& values) {
     QStringList found;
     for (const auto value : values) {
@@ -84,7 +98,7 @@ void FilterBar::update() {
         chipRows.append({pinnedKey, tr("Only pinned"), true});
     }
     if (filters.collections != CollectionMode::show) {
-        chipRows.append({collectionsKey, title(filters.collections), true});
+        chipRows.append({collectionsKey, chipTitle(filters.collections), true});
     }
     m_kinds.setRows(kindRows);
     m_frameworks.setRows(frameworkRows);

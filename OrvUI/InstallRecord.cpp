@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <array>
 
 namespace orv {
@@ -32,10 +33,36 @@ constexpr std::array manifestFiles{
 
 using Commands = QMap<QString, Manifests>;
 
-/// What stands for an install that has begun: no file has such a name.
-const Manifests& unfinished() {
-    static const Manifests mark{{u"/"_s, {}}};
-    return mark;
+/// What stands for an install that has begun: no file has such a name. Its time is that of the newest change when it
+/// was over; none while it runs, and when nobody was there any more to note it.
+const QString unfinishedMark = u"/"_s;
+
+bool isUnfinished(const std::optional<Manifests>& record) {
+    return record && record->contains(unfinishedMark);
+}
+
+qint64 modified(const QFileInfo& info) {
+    return info.lastModified().toMSecsSinceEpoch();
+}
+
+/// When something was last put into or taken out of what an install makes in the target's folder. Tools note in a file
+/// at its top that they are done; of a Python environment the packages lie deeper. A lock file may just as well have
+/// come with a pull.
+qint64 newestChange(const ServiceTarget& target) {
+    constexpr qint64 longAgo = 1; // 0 stands for no time
+    qint64 newest = longAgo;
+    for (const QString& marker : CommandBuilder::installMarkers(target)) {
+        const QString path = target.directory + u'/' + marker;
+        QFileInfoList looked = QDir(path).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        for (const QString& python : QDir(path + u"/lib"_s).entryList({u"python*"_s}, QDir::Dirs)) {
+            looked.append(QFileInfo(path + u"/lib/"_s + python + u"/site-packages"_s));
+        }
+        looked.append(QFileInfo(path));
+        for (const QFileInfo& info : std::as_const(looked)) {
+            newest = info.exists() ? std::max(newest, modified(info)) : newest;
+        }
+    }
+    return newest;
 }
 
 template <typename Value>
@@ -105,7 +132,7 @@ void addStamps(const QString& directory, bool areLocks, Manifests& manifests) {
         const QString name = QString::fromUtf16(file.name);
         const QFileInfo info(directory + u'/' + name);
         if (file.isLock == areLocks && info.exists()) {
-            manifests[name] = {info.lastModified().toMSecsSinceEpoch(), info.size()};
+            manifests[name] = {modified(info), info.size()};
         }
     }
 }
@@ -125,7 +152,17 @@ bool InstallRecord::isInstallNeeded(const ServiceTarget& target) {
         return false;
     }
     const std::optional<Manifests> record = recorded(target.directory, body);
-    return record == unfinished() || (CommandBuilder::needsInstall(target) && record != manifests(target.directory));
+    if (CommandBuilder::needsInstall(target)) {
+        return record != manifests(target.directory);
+    }
+    if (!isUnfinished(record)) {
+        return false;
+    }
+    if (record->value(unfinishedMark).modified == 0) {
+        (void)abandon(target, body); // where that can't be written nothing settles it but another install
+        return true;
+    }
+    return newestChange(target) <= record->value(unfinishedMark).modified;
 }
 
 Manifests InstallRecord::manifests(const QString& directory) {
@@ -149,8 +186,18 @@ bool InstallRecord::covers(const QString& directory, const QString& installComma
 }
 
 StoreResult InstallRecord::begin(const QString& directory, const QString& installCommand) {
-    return m_file.change(
-        [directory, installCommand](Values& values) { values[directory].insert(installCommand, unfinished()); });
+    return m_file.change([directory, installCommand](Values& values) {
+        values[directory].insert(installCommand, {{unfinishedMark, {}}});
+    });
+}
+
+StoreResult InstallRecord::abandon(const ServiceTarget& target, const QString& installCommand) {
+    const Manifests ended{{unfinishedMark, {newestChange(target), 0}}};
+    return m_file.change([directory = target.directory, installCommand, ended](Values& values) {
+        if (isUnfinished(values.value(directory).value(installCommand))) {
+            values[directory].insert(installCommand, ended);
+        }
+    });
 }
 
 StoreResult InstallRecord::remember(const QString& directory, const QString& installCommand, const Manifests& before) {

@@ -24,8 +24,9 @@ public:
     explicit InstallRecord(const QString& filePath);
     [[nodiscard]] static QString defaultPath(); ///< in the support folder
 
-    /// True when its marker is missing or was made by an install that did not end well, and no such install is on
-    /// record.
+    /// True when its marker is missing and no install that ended well is on record, or when the marker is still as
+    /// an install left it that did not end well. One that did not end at all left it as it is found by the first look
+    /// after it, which is noted.
     [[nodiscard]] bool isInstallNeeded(const ServiceTarget& target);
     /// To be taken before an install begins: what is edited while it runs may have come too late for it.
     [[nodiscard]] static Manifests manifests(const QString& directory);
@@ -33,12 +34,14 @@ public:
     /// the ones that it was made from.
     [[nodiscard]] bool covers(const QString& directory, const QString& installCommand);
     /// Notes that an install begins. Until `remember` or `forget` follows, what it makes does not count: a killed one
-    /// may have made its marker, and nothing in it.
+    /// may have made its marker, and nothing in it. What is changed after `abandon` is somebody else's work, and does.
     StoreResult begin(const QString& directory, const QString& installCommand);
     /// Lock files count as they are now, since it is the install that writes them. Also forgets the folders that are
     /// gone.
     StoreResult remember(const QString& directory, const QString& installCommand, const Manifests& before);
     StoreResult forget(const QString& directory, const QString& installCommand);
+    /// Notes that an install that began has ended without success, if nothing else is known of it.
+    StoreResult abandon(const ServiceTarget& target, const QString& installCommand);
 
 private:
     /// By folder, then by install command.

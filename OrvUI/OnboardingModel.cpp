@@ -1,6 +1,7 @@
 #include "OrvUI/OnboardingModel.h"
 
 #include "OrvCore/Async.h"
+#include "OrvCore/BackgroundThread.h"
 #include "OrvCore/Paths.h"
 #include "OrvCore/ProjectScanner.h"
 #include "OrvGit/GitService.h"
@@ -40,7 +41,14 @@ const std::vector<RowRole<FoundProjectRow>>& FoundProjectRow::roles() {
 }
 
 OnboardingModel::OnboardingModel(AppModel& model, QObject* parent)
-    : QObject(parent), m_model(model), m_form(OnboardingForm::from(model.settings().settings())) {}
+    : QObject(parent), m_model(model), m_form(OnboardingForm::from(model.settings().settings())) {
+    m_pool.setObjectName(u"orv-look"_s);
+    m_pool.setMaxThreadCount(1);
+}
+
+OnboardingModel::~OnboardingModel() {
+    cancelScan();
+}
 
 QFuture<void> OnboardingModel::loadExisting() {
     ORV_ASSERT_MAIN_THREAD();
@@ -122,19 +130,22 @@ QFuture<void> OnboardingModel::scanFolder() {
         completion.finish();
         return completion.future();
     }
-    ++m_scans;
+    cancelScan();
+    m_scan = std::make_shared<ScanCancellation>();
     Q_EMIT detectedChanged();
-    const auto scan = [folder = m_form.folder] { return ProjectScanner().scanTree(folder); };
-    onFinished(
-        runIn(m_model.workPool(), scan), this,
-        [this, completion, folder = m_form.folder](const ScanResult<QList<ProjectNode>>& tree) {
-            --m_scans;
-            if (folder == m_form.folder) {
-                takeFound(tree ? *tree : QList<ProjectNode>());
-            }
+    const auto scan = [folder = m_form.folder, cancellation = m_scan] {
+        becomeBackgroundThread(); // its pool is for these alone
+        return ProjectScanner().scanTree(folder, cancellation.get());
+    };
+    const auto take = [this, completion, cancellation = m_scan](const ScanResult<QList<ProjectNode>>& tree) {
+        if (cancellation == m_scan) {
+            m_scan.reset();
+            takeFound(tree ? *tree : QList<ProjectNode>());
             Q_EMIT detectedChanged();
-            completion.finish();
-        });
+        }
+        completion.finish();
+    };
+    onFinished(runIn(m_pool, scan), this, take);
     return completion.future();
 }
 
@@ -156,7 +167,15 @@ void OnboardingModel::takeFound(const QList<ProjectNode>& tree) {
     m_found.setRows(rows);
 }
 
+void OnboardingModel::cancelScan() {
+    if (m_scan) {
+        m_scan->cancel();
+        m_scan.reset();
+    }
+}
+
 void OnboardingModel::forgetFound() {
+    cancelScan();
     m_detectedCount.reset();
     m_detectedFolders = 0;
     m_found.setRows({});

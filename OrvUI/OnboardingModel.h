@@ -6,10 +6,14 @@
 
 #include <QFuture>
 #include <QObject>
+#include <QThreadPool>
+
+#include <memory>
 
 namespace orv {
 
 class AppModel;
+class ScanCancellation;
 struct ProjectNode;
 
 /// A project that was found in the folder, as a foretaste.
@@ -53,6 +57,7 @@ public:
     static constexpr int foundLimit = 6;
 
     explicit OnboardingModel(AppModel& model, QObject* parent = nullptr);
+    ~OnboardingModel() override;
 
     [[nodiscard]] const OnboardingForm& form() const { return m_form; }
     [[nodiscard]] int step() const { return static_cast<int>(m_form.step); }
@@ -90,7 +95,7 @@ public:
     [[nodiscard]] const std::optional<int>& detectedCount() const { return m_detectedCount; }
     [[nodiscard]] int detectedCountOrNone() const { return m_detectedCount.value_or(-1); }
     [[nodiscard]] int detectedFolders() const { return m_detectedFolders; } ///< that hold several projects
-    [[nodiscard]] bool isScanning() const { return m_scans > 0; }
+    [[nodiscard]] bool isScanning() const { return m_scan != nullptr; }
     [[nodiscard]] bool isFinishing() const { return m_isFinishing; }
     [[nodiscard]] QAbstractListModel* found() { return &m_found; } ///< the first `foundLimit`
 
@@ -99,6 +104,7 @@ public:
     Q_INVOKABLE QFuture<void> loadExisting();
     Q_INVOKABLE void next();
     Q_INVOKABLE void back();
+    /// Takes the place of a look that is under way.
     Q_INVOKABLE QFuture<void> scanFolder();
     /// Writes everything. What goes wrong is said in the status line, and the rest is done.
     Q_INVOKABLE QFuture<void> finish();
@@ -124,6 +130,7 @@ private:
     }
     void takeFound(const QList<ProjectNode>& tree);
     void forgetFound();
+    void cancelScan();
     [[nodiscard]] QFuture<void> tellGit();
 
     AppModel& m_model;
@@ -131,9 +138,10 @@ private:
     GitIdentity m_knownToGit;
     std::optional<int> m_detectedCount;
     int m_detectedFolders = 0;
-    int m_scans = 0; ///< under way
+    std::shared_ptr<ScanCancellation> m_scan; ///< of the look that is under way
     bool m_isFinishing = false;
     RowModel<FoundProjectRow> m_found;
+    QThreadPool m_pool; ///< of its own: a huge folder, or one that answers slowly, holds up nothing else
 };
 
 } // namespace orv

@@ -104,11 +104,10 @@ void SetupRunner::end(const ServiceState& state) {
     const bool isStopped = m_isStopped || m_processes.wasUserStopped(step.id);
     const bool isDone = !isStopped && state.phase == ServiceState::Phase::stopped;
     const auto settle = [begun = m_begun, installs = m_installs, isDone] {
-        if (!isDone) {
-            return; // stays unfinished
-        }
         for (const auto& [target, body, before] : begun) {
-            if (CommandBuilder::needsInstall(target)) {
+            if (!isDone) {
+                (void)installs->abandon(target, body);
+            } else if (CommandBuilder::needsInstall(target)) {
                 (void)installs->remember(target.directory, body, before);
             } else {
                 (void)installs->forget(target.directory, body);

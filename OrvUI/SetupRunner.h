@@ -28,7 +28,7 @@ public:
     SetupRunner(Parts parts, QList<Step> steps, QObject* parent);
 
     void start();
-    /// Stops the install that runs, and begins no other; `finished` follows when it is gone.
+    /// Stops the install that runs, and begins no other; `finished` follows when it is gone and that is noted.
     void stop();
     /// The service of the step that runs, or failed.
     [[nodiscard]] std::optional<ServiceID> currentStep() const;

@@ -131,14 +131,21 @@ void Suggestions::perform(const QString& key) {
     }
 }
 
-/// The one changed project's git page, or the list of several.
+/// The one changed project's git page, or the list of several, without what else would keep one of them out of it.
 void Suggestions::review() {
     const QStringList changed = m_model.projectsWithChanges();
     if (changed.size() == 1) {
         m_model.setDetailTab(DetailTab::git);
         m_model.setPage({.kind = AppPage::Kind::project, .id = changed.first()});
     } else if (!changed.isEmpty()) {
+        ProjectFilterSet filters;
+        if (m_model.filters().collections == CollectionMode::expand) {
+            filters.collections = CollectionMode::expand;
+        }
         m_model.setPage({});
+        m_model.setSearchText({});
+        m_model.setFilter(ProjectFilter::all);
+        m_model.setFilters(filters);
         m_model.setShowOnlyUncommitted(true);
     }
 }

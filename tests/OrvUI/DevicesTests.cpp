@@ -12,8 +12,9 @@ using DevicesTest = PartsTest;
 
 TEST_F(DevicesTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) {
     addTool(
-        u"bin/flutter"_s, "if [ \"$1\" = devices ]; then cat '" + tree.path(u"devices.json"_s).toUtf8() +
-                              "'; else echo \"on $3\"; exec sleep 100; fi\n");
+        u"bin/flutter"_s,
+        "if [ \"$1\" = devices ]; then cat '" + tree.path(u"devices.json"_s).toUtf8() +
+            "'; elif [ \"$1\" = pub ]; then mkdir .dart_tool; else echo \"on $3\"; exec sleep 100; fi\n");
     tree.add(u"devices.json"_s, R"([{"id": "chrome", "name": "Chrome"}, {"id": "U2", "name": "iPhone 16"}])");
     addTool(u"tools/xcrun"_s, R"(echo '{"devices": {"r.iOS-17-2": [{"udid": "U1", "name": "iPhone 15"}],
         "r.iOS-18-2": [{"udid": "U2", "name": "iPhone 16", "state": "Booted"}]}}')");
@@ -26,7 +27,6 @@ TEST_F(DevicesTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) 
                                          "case $* in devices) printf 'List\\nemulator-5554\\tdevice\\n';; *name) "
                                          "printf 'Pixel_9\\nOK\\n';; *) echo 1;; esac\n");
     tree.add(u"projects/pocket/pubspec.yaml"_s, "name: pocket\ndependencies:\n  flutter:\n    sdk: flutter\n");
-    tree.add(u"projects/pocket/.dart_tool/"_s);
     scan();
     DevicesModel& devices = *model->devices();
     const Project pocket = project(u"pocket"_s);
@@ -45,6 +45,10 @@ TEST_F(DevicesTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) 
     scan();
     EXPECT_EQ(model->devices()->chosen(pocket.id), u"avd:Pixel_9"_s);
     EXPECT_TRUE(finishes(model->run(pocket, {ServiceKind::flutter})));
+    EXPECT_EQ(model->pendingInstall(), (PendingInstall{pocket, {ServiceKind::flutter}, u"Pixel_9"_s}));
+    EXPECT_FALSE(QFile::exists(tree.path(u"booted"_s))) << "who is asked first may say no";
+    EXPECT_TRUE(finishes(model->confirmInstall()));
+    EXPECT_FALSE(model->setup());
     EXPECT_TRUE(waitFor([&] { return logText(id(pocket, ServiceKind::flutter)) == u"on emulator-5554"_s; }))
         << logText(id(pocket, ServiceKind::flutter)).toStdString();
 

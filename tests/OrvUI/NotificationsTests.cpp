@@ -1,5 +1,6 @@
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/Notifications.h"
+#include "OrvUI/PortGuesses.h"
 #include "tests/support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -108,5 +109,38 @@ TEST(ServiceTransitions, TellOncePerStartThatAServiceIsReadyAndOfEveryCrash) {
             EXPECT_EQ(ready ? ready->id : std::get<ServiceCrashed>(event).id, web);
         }
         EXPECT_EQ(events.join(u", "_s), step.events) << step.label;
+    }
+}
+
+TEST(PortGuesses, HoldBackWhatNoOutputNames) {
+    using Port = std::optional<int>;
+    struct Step {
+        const char* label;
+        Port port;
+        bool isGuess;
+        Port trusted; ///< before the look
+        PortGuesses::Verdict verdict;
+    };
+    const std::vector<Step> steps{
+        {"nothing is known", {}, false, {}, {}},
+        {"something listens", 30000, true, {}, {{}, true, false}},
+        {"still", 30000, true, {}, {{}, false, false}},
+        {"something else does, too", 3311, true, {}, {{}, true, false}},
+        {"the first one's time is over", 3311, true, 30000, {{}, false, false}},
+        {"that of this one", 3311, true, 3311, {3311, false, false}},
+        {"lost for a moment", {}, false, {}, {}},
+        {"and found again", 3311, true, {}, {3311, false, false}},
+        {"the output names another", 3312, false, {}, {3312, false, true}},
+        {"and names it again", 3312, false, {}, {3312, false, false}},
+        {"lost once more, then found", 3313, true, {}, {{}, true, false}},
+        {"named in time", 3313, false, {}, {3313, false, false}},
+        {"whose time comes after that", 3313, false, 3313, {3313, false, false}},
+    };
+    PortGuesses guesses;
+    for (const auto& [label, port, isGuess, trusted, verdict] : steps) {
+        if (trusted) {
+            guesses.trust(web, *trusted);
+        }
+        EXPECT_EQ(guesses.look(web, port, isGuess), verdict) << label;
     }
 }

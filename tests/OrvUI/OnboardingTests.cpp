@@ -34,8 +34,14 @@ TEST_F(OnboardingTest, OnboardingWritesEverythingAtOnceAtItsEnd) {
     EXPECT_FALSE(pages.canAdvance());
     EXPECT_TRUE(finishes(pages.scanFolder()));
     EXPECT_EQ(pages.detectedCount(), std::nullopt);
+    pages.setFolder(tree.path());
+    const QFuture<void> whole = pages.scanFolder();
+    EXPECT_TRUE(pages.isScanning());
     pages.setFolder(QUrl::fromLocalFile(root + u'/').toString());
+    EXPECT_FALSE(pages.isScanning()) << "nobody wants to know any more";
+    const QFuture<void> first = pages.scanFolder();
     EXPECT_TRUE(finishes(pages.scanFolder()));
+    EXPECT_TRUE(finishes(whole) && finishes(first));
     EXPECT_EQ(pages.detectedCount(), 3);
     EXPECT_EQ(pages.detectedFolders(), 1);
     becomes(*pages.found(), {"name", "stackLine"}, u"one|Express; two|Vite; shop|Vite"_s);

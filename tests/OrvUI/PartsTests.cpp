@@ -67,7 +67,7 @@ TEST_F(PartsTest, FiltersNarrowTheProjectsAndSayWhatIsChosen) {
     becomes(*model->homeCards(), roles, u"alone|false; two|false"_s);
     bar.setCollections(2);
     becomes(*model->homeCards(), roles, u"alone|false"_s);
-    EXPECT_EQ(text(*bar.chips(), {"title"}), u"Frontend; Vite; Hide"_s);
+    EXPECT_EQ(text(*bar.chips(), {"title"}), u"Frontend; Vite; Collections hidden"_s);
     EXPECT_EQ(bar.activeCount(), 3);
     bar.toggle(u"collections"_s);
     bar.toggle(u"kind:Frontend"_s);
@@ -93,6 +93,16 @@ TEST_F(PartsTest, FiltersNarrowTheProjectsAndSayWhatIsChosen) {
     model->suggestions()->perform(u"uncommitted"_s);
     EXPECT_EQ(model->page().id, root + u"/alone"_s);
     EXPECT_EQ(model->detailTab(), DetailTab::git);
+
+    ASSERT_EQ(QProcess::execute(u"git"_s, {u"-C"_s, root + u"/clients/one"_s, u"init"_s, u"-q"_s}), 0);
+    EXPECT_TRUE(finishes(model->refreshGitBadges()));
+    bar.setCollections(2);
+    bar.setOnlyRunning(true);
+    model->setFilter(ProjectFilter::running);
+    model->setSearchText(u"nothing"_s);
+    model->suggestions()->perform(u"uncommitted"_s);
+    EXPECT_EQ(model->page(), AppPage());
+    becomes(*model->homeCards(), roles, u"alone|false; clients|true"_s);
 }
 
 TEST_F(PartsTest, TasksStandByProject) {

@@ -296,6 +296,45 @@ TEST_F(SetupTest, DoesNotTakeAnInstallThatFailedForDoneBecauseItsMarkerIsThere) 
     EXPECT_FALSE(model->setup()) << "one that ended well does";
 }
 
+TEST_F(SetupTest, CountsWhatWasInstalledByHandAfterAnInstallThatDidNotEndWell) {
+    scan();
+    const Project shop = project(u"shop"_s);
+    const auto asks = [&] {
+        EXPECT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+        return model->setup().has_value();
+    };
+    const struct {
+        const char* label;
+        QByteArray install;
+        bool hasEnd;
+    } cases[] = {
+        {"it failed", "mkdir node_modules; exit 7\n", true},
+        {"it failed before it had made anything", "exit 7\n", true},
+        {"it was killed with the application", "mkdir node_modules; echo $$ >begun.txt; exec sleep 100\n", false},
+    };
+    for (const auto& [label, script, hasEnd] : cases) {
+        SCOPED_TRACE(label);
+        ASSERT_TRUE(finishes(model->stopAllServices()));
+        QDir(root + u"/shop/web/node_modules"_s).removeRecursively();
+        addScript(u"shop/web"_s, u"npm-install.sh"_s, script);
+        ASSERT_TRUE(asks());
+        const QFuture<void> end = model->confirmInstall();
+        ASSERT_TRUE(
+            hasEnd ? finishes(end) : waitFor([&] { return !readFile(root + u"/shop/web/begun.txt"_s).isEmpty(); }));
+        makeModel();
+        scan();
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_TRUE(asks());
+            model->cancelInstall();
+        }
+        QFile mended(tree.add(u"projects/shop/web/node_modules/.package-lock.json"_s, "by hand"));
+        ASSERT_TRUE(mended.open(QIODevice::ReadWrite));
+        mended.setFileTime(QDateTime::currentDateTime().addSecs(60), QFileDevice::FileModificationTime);
+        EXPECT_FALSE(asks());
+        EXPECT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
+    }
+}
+
 TEST_F(SetupTest, InstallsAWorkspaceOnce) {
     const struct {
         QString name;

@@ -104,6 +104,8 @@ Item {
         onActivated: keys.model.undo()
     }
 
+    UndoKey {}
+
     Shortcut {
         sequences: Keymap.of("nextRegion")
         onActivated: keys.regionAsked(1)

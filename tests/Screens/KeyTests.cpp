@@ -367,6 +367,16 @@ TEST_F(KeyWindow, GoesOnToTheNextTaskWhenOneGoes) {
         })) << next.toStdString()
             << ": " << focus();
     }
+    // The field that has the focus now has nothing of its own to take back, until something is typed in it.
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(model->undoText(), QString()) << focus();
+    EXPECT_EQ(model->tasks().size(), 2) << "with the one that is done";
+    model->deleteTask(model->tasks().first().id);
+    type(u"x"_s);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_NE(model->undoText(), QString()) << "what was typed goes first";
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(model->undoText(), QString());
 }
 
 TEST_F(KeyWindow, IsWithinReachOfATerminal) {

@@ -15,7 +15,9 @@ constexpr int atWordStart = 8;
 constexpr int inRun = 10; ///< directly behind the letter before
 constexpr int atTextStart = 4;
 constexpr int wholeText = 12;
-constexpr int forCoverage = 16; ///< of a text that is nothing else; of a longer one its part
+constexpr qsizetype shortText = 24; ///< as names and titles are
+constexpr int perLooseWord = -24;   ///< an abbreviation comes last
+constexpr int forCoverage = 16;     ///< of a text that is nothing else; of a longer one its part
 constexpr int none = -10'000;
 
 quint64 bit(char16_t letter) {
@@ -94,6 +96,24 @@ public:
 
     /// More letters stand here and there than somebody means who leaves letters out.
     [[nodiscard]] bool isScattered(qsizetype end) const {
+        return looseLetters(end) > std::max<qsizetype>(1, m_word.size() / 3);
+    }
+
+    /// As people shorten a name: "bknd" for "backend".
+    [[nodiscard]] bool isAbbreviation(qsizetype end) const {
+        if (m_text.folded.size() > shortText) {
+            return false;
+        }
+        qsizetype place = end;
+        for (qsizetype letter = m_word.size() - 1; letter > 0; --letter) {
+            place = before(letter, place);
+        }
+        return m_text.starts[place] != 0;
+    }
+
+private:
+    /// Those that neither follow another one nor begin a word.
+    [[nodiscard]] qsizetype looseLetters(qsizetype end) const {
         qsizetype loose = 0;
         qsizetype place = end;
         for (qsizetype letter = m_word.size() - 1; letter >= 0; --letter) {
@@ -101,10 +121,9 @@ public:
             loose += previous + 1 != place && m_text.starts[place] == 0 ? 1 : 0;
             place = previous;
         }
-        return loose > std::max<qsizetype>(1, m_word.size() / 3);
+        return loose;
     }
 
-private:
     using Row = std::array<short, longestText>;
 
     [[nodiscard]] int at(qsizetype letter, qsizetype place) const {
@@ -205,10 +224,11 @@ std::optional<int> FuzzyPattern::score(const FuzzyText& text) const {
     for (const QString& word : m_words) {
         const Placement placement(word, text);
         const qsizetype end = placement.end();
-        if (end < 0 || placement.isScattered(end)) {
+        const bool isScattered = end >= 0 && placement.isScattered(end);
+        if (end < 0 || (isScattered && !placement.isAbbreviation(end))) {
             return {};
         }
-        sum += placement.score(end);
+        sum += placement.score(end) + (isScattered ? perLooseWord : 0);
         found += word.size();
     }
     // Of two that fit, the one of which more was typed.

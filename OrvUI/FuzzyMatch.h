@@ -45,7 +45,8 @@ enum class FuzzyFit {
 ///
 /// Letters that follow each other count most, then those that begin a word of the text; gaps cost a little. A text does
 /// not fit where more than a third of a word's letters, and more than one, neither follow another one nor begin a word:
-/// in a long text most words can be found so.
+/// in a long text most words can be found so. In a short one, as a name is, a word whose first letter begins one fits
+/// even then, for less.
 class FuzzyPattern {
 public:
     explicit FuzzyPattern(const QString& typed);

@@ -43,6 +43,9 @@ TEST(FuzzyMatch, MarksTheLettersThatPeopleMean) {
         {"the first letter far from the rest", u"sxx"_s, u"s-a-b-c-d-e-xx"_s, u"[s]-a-b-c-d-e-[xx]"_s},
         {"composed as typed", u"o\u0308l"_s, u"öl"_s, u"[öl]"_s},
         {"letters left out", u"sttngs"_s, u"Settings"_s, u"[S]e[tt]i[ngs]"_s},
+        {"a short name abbreviated", u"stgs"_s, u"Settings"_s, u"[S]et[t]in[gs]"_s},
+        {"one of its words abbreviated", u"bknd"_s, u"shop-backend"_s, u"shop-[b]ac[k]e[nd]"_s},
+        {"not from the beginning of a word", u"acnd"_s, u"backend"_s, {}},
         {"letters here and there", u"port"_s, u"Projects folder, start at login"_s, {}},
         {"beginnings of words here and there", u"pfsl"_s, u"Projects folder, start at login"_s,
          u"[P]rojects [f]older, [s]tart at [l]ogin"_s},
@@ -69,6 +72,7 @@ TEST(FuzzyMatch, PrefersWhatIsMeant) {
         {u"git"_s, u"Settings: Git"_s, u"Begin title"_s},
         {u"pusho"_s, u"Push shop"_s, u"pump-us-home"_s},
         {u"api"_s, u"api"_s, u"a-p-i"_s},
+        {u"bknd"_s, u"old book nodes of demo"_s, u"backend"_s},
         {u"log"_s, u"Logs of shop"_s, u"Stop all services long ago"_s},
     };
     for (const auto& it : cases) {

@@ -239,7 +239,12 @@ void AppModel::setPage(const AppPage& page) {
     assign(this, d->page, page, &AppModel::pageChanged);
 }
 void AppModel::setSheet(const std::optional<AppSheet>& sheet) {
-    assign(this, d->sheet, sheet, &AppModel::sheetChanged);
+    // A clone that was put aside comes back, whatever was to be added.
+    std::optional<AppSheet> shown = sheet;
+    if (shown && shown->kind == AppSheet::Kind::addProject && d->newProject->isAside()) {
+        shown->mode = AddProjectMode::clone;
+    }
+    assign(this, d->sheet, shown, &AppModel::sheetChanged);
 }
 void AppModel::setModal(const std::optional<ModalContent>& modal) {
     assign(this, d->modal, modal, &AppModel::modalChanged);

@@ -130,8 +130,11 @@ void NewProject::end(Kind kind, const Outcome& outcome, const QString& path) {
     } else if (outcome.error().kind == GitError::Kind::cancelled) {
         Q_EMIT cancelled();
     } else {
+        // It stays aside until somebody has read that.
         setError(outcome.error().text());
+        return;
     }
+    setAside(false);
 }
 
 void NewProject::cancel() {
@@ -149,6 +152,9 @@ void NewProject::setAside(bool isAside) {
 
 void NewProject::clearError() {
     setError({});
+    if (!isBusy()) {
+        setAside(false);
+    }
 }
 
 void NewProject::setProgress(double fraction, const QString& line) {

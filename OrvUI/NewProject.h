@@ -9,7 +9,7 @@ namespace orv {
 class NewProject : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY progressChanged)
-    /// Nobody looks at what is being made.
+    /// Nobody looks at what is being made, or was not made and why; over when there is nothing of it to be seen.
     Q_PROPERTY(bool aside READ isAside WRITE setAside NOTIFY asideChanged)
     Q_PROPERTY(QString name READ name NOTIFY progressChanged)
     Q_PROPERTY(double fraction READ fraction NOTIFY progressChanged)

@@ -43,7 +43,6 @@ Sheet {
     onAboutToShow: {
         if (making.aside) {
             making.aside = false;
-            nav.addProject(true);
             return;
         }
         making.clearError();

@@ -244,10 +244,21 @@ TEST_F(AppModelGit, MakesNewProjects) {
     EXPECT_TRUE(waitFor([&] { return added.size() == 3; }));
     EXPECT_EQ(model->page(), elsewhere);
     EXPECT_EQ(model->statusText(), u"aside was cloned."_s);
+    EXPECT_FALSE(made.isAside()) << "there is nothing left of it";
 
+    const auto addFolder = [this] {
+        model->setSheet(AppSheet{AppSheet::Kind::addProject, AddProjectMode::newFolder});
+        return model->sheet()->mode;
+    };
     made.clone(u"file:///no/such"_s, u"failed"_s, root);
+    made.setAside(true);
+    EXPECT_EQ(addFolder(), AddProjectMode::clone) << "that comes back";
     EXPECT_TRUE(waitFor([&] { return !made.isBusy(); }));
+    EXPECT_TRUE(made.isAside()) << "until it is read";
     EXPECT_TRUE(made.error().contains(u"does not appear to be a git repository"_s)) << made.error().toStdString();
+    made.clearError();
+    EXPECT_FALSE(made.isAside());
+    EXPECT_EQ(addFolder(), AddProjectMode::newFolder);
 }
 
 TEST_F(AppModelGit, LeavesNothingOfACloneThatIsGivenUp) {

@@ -15,7 +15,6 @@ Item {
     // What can be done about it, in a word; empty: nothing.
     property string action
     property string actionKeys
-    property bool dismissible: true
     signal acted
     signal dismissed
 
@@ -110,7 +109,6 @@ Item {
 
         IconButton {
             anchors.verticalCenter: parent.verticalCenter
-            visible: line.dismissible
             edge: Theme.controlMini
             glyph: "x"
             glyphSize: Theme.iconSmall

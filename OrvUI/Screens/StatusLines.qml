@@ -38,30 +38,36 @@ Column {
     // What was put aside goes on, and stays until somebody has read how it failed.
     Line {
         readonly property bool failed: lines.model.setupPhase === "failed"
+        readonly property bool aside: lines.model.setupAside
+        // Dismissed while it ran; to run the project brings it back.
+        property bool quiet: false
 
-        shown: lines.model.setupAside
+        shown: aside && (failed || !quiet)
         text: !shown ? "" : failed ? qsTr("Setting up %1 stopped: %2").arg(lines.model.setupTitle).arg(lines.model.setupReason)
             : qsTr("Setting up %1… %2 of %3 done").arg(lines.model.setupTitle).arg(lines.model.setupDoneCount).arg(lines.model.setupStepCount)
         isError: failed
         isOngoing: !failed
         action: qsTr("Show")
-        dismissible: failed
+        onAsideChanged: quiet = false
         onActed: lines.model.setupAside = false
-        onDismissed: lines.model.cancelSetup()
+        onDismissed: failed ? lines.model.cancelSetup() : quiet = true
     }
 
     Line {
         readonly property NewProject making: lines.model.newProject
+        readonly property bool aside: making.aside
+        // Dismissed while it ran; to add a project brings it back.
+        property bool quiet: false
 
-        shown: making.aside && (making.isBusy || making.error.length > 0)
+        shown: aside && (making.isBusy ? !quiet : making.error.length > 0)
         text: !shown ? "" : !making.isBusy ? qsTr("%1 was not cloned: %2").arg(making.name).arg(making.error)
             : making.fraction < 0 ? qsTr("Cloning %1…").arg(making.name) : qsTr("Cloning %1… %2%").arg(making.name).arg(Math.round(making.fraction * 100))
         isError: !making.isBusy
         isOngoing: making.isBusy
         action: qsTr("Show")
-        dismissible: !making.isBusy
+        onAsideChanged: quiet = false
         onActed: lines.cloneAsked()
-        onDismissed: making.clearError()
+        onDismissed: making.isBusy ? quiet = true : making.clearError()
     }
 
     Repeater {

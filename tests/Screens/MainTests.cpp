@@ -323,6 +323,19 @@ TEST_F(MainWindow, PutsAsideWhatTakesItsTime) {
     EXPECT_TRUE(isShown("SetupStep", true));
     press(Qt::Key_Escape);
     ASSERT_TRUE(isShown("SetupStep", false));
+    // What is in the way goes, and comes back with what is asked for; an end is told all the same.
+    const auto dismisses = [&](const QString& name) {
+        click(button(u"Dismiss"_s, lineFor(name)));
+        return test::waitFor([&] { return lineFor(name) == window->contentItem(); });
+    };
+    EXPECT_TRUE(dismisses(u"site"_s));
+    press(Qt::Key_N, Qt::ControlModifier);
+    EXPECT_TRUE(test::waitFor([this] { return window->activeFocusItem() == button(u"Hide"_s); })) << focus();
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(says(u"Cloning site…"_s));
+    EXPECT_TRUE(isShown("FormField", false));
+    EXPECT_TRUE(dismisses(u"shop"_s));
+    EXPECT_TRUE(model->newProject()->isBusy());
     const QQuickItem* before = window->activeFocusItem();
     tree.add(u"go"_s);
     EXPECT_TRUE(says(u"Setting up shop stopped: Exited with code 3: down"_s));

@@ -163,7 +163,9 @@ void AgentModels::settle(const AgentDraft& draft) {
         }
         composed->draft.reset();
         const QString left = besides(draft.text, composed->words);
-        if (left != composed->words) {
+        if (left == composed->words) {
+            Q_EMIT wordsChanged(place); // they stay, without what they came from
+        } else {
             setWords(place, left);
             Q_EMIT wordsCame(place);
         }

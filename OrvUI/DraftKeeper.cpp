@@ -63,9 +63,12 @@ std::expected<QList<Draft>, QString> decode(const QByteArray& bytes) {
     }
     QList<Draft> drafts;
     for (const QJsonValue json : document.array()) {
+        if (!json["kind"_L1].isString()) {
+            return std::unexpected(u"kind: a string was expected"_s);
+        }
         const auto kind = std::ranges::find(kinds, json["kind"_L1].toString(), &decltype(kinds)::value_type::second);
         if (kind == kinds.end()) {
-            return std::unexpected(u"kind: commit, agent or task was expected"_s);
+            continue; // of another version; the others are read still
         }
         Draft draft{.kind = kind->first};
         for (const auto& [name, value] : members) {

@@ -77,6 +77,15 @@ TEST_F(Drafts, OfAgentsAreTheirTasksStill) {
     startAgain();
     EXPECT_EQ(model->agentModels()->words({}), u"Else"_s);
     EXPECT_FALSE(model->agentModels()->draftAt({}) || model->agentModels()->draftAt(shop));
+    // What was made of it in the other place stays there, and is of no task any more.
+    model->agentModels()->keepWords({}, {});
+    model->agentModels()->keepWords(shop, {});
+    model->draftAgentTaskFor(task.toString());
+    model->agentModels()->keepWords({}, u"The totals, late"_s);
+    model->agentModels()->forgetDraft(shop);
+    startAgain();
+    EXPECT_EQ(model->agentModels()->words({}), u"The totals, late"_s);
+    EXPECT_FALSE(model->agentModels()->draftAt({}) || model->agentModels()->draftAt(shop));
 }
 
 TEST_F(Drafts, AreWrittenWhileTheApplicationRuns) {
@@ -102,7 +111,7 @@ TEST_F(Drafts, AreTheNewestAndNotEndless) {
 
 TEST_F(Drafts, OfWhichTheFileIsBroken) {
     for (const QByteArray& broken :
-         {QByteArray("["), QByteArray(R"([{"kind": "poem", "text": "x"}])"),
+         {QByteArray("["), QByteArray(R"([{"kind": 1, "text": "x"}])"),
           QByteArray(R"([{"kind": "agent", "text": 1}])")}) {
         keeper.reset();
         tree.add(u"support/drafts.json"_s, broken);
@@ -112,6 +121,10 @@ TEST_F(Drafts, OfWhichTheFileIsBroken) {
         EXPECT_EQ(model->agentModels()->words(shop), u"new"_s) << broken.data();
     }
     EXPECT_TRUE(QFile::exists(file + u".corrupt"_s));
+    keeper.reset();
+    tree.add(u"support/drafts.json"_s, R"([{"kind": "poem"}, {"kind": "agent", "text": "still"}])");
+    startAgain();
+    EXPECT_EQ(model->agentModels()->words({}), u"still"_s) << "beside a kind that is not known";
 }
 
 } // namespace

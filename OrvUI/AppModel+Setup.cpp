@@ -63,6 +63,10 @@ void AppModel::askForInstall(
         }
         return;
     }
+    if (d->isSetupAside && d->setup->project.id != pending.project.id) {
+        // Nobody has read it yet.
+        report(tr("Setting up %1 stopped: %2").arg(d->setup->project.name, d->setup->phase.reason), true);
+    }
     SetupSession session{pending.project, {}, {}};
     SetupPlan plan{request, {}};
     QList<CommandBuilder::InstallPlace> places;

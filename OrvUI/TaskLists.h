@@ -37,7 +37,6 @@ class TaskLists : public QObject {
     Q_PROPERTY(QAbstractListModel* done READ done CONSTANT)
     Q_PROPERTY(int openCount READ openCount NOTIFY changed)
     Q_PROPERTY(int doneCount READ doneCount NOTIFY changed)
-    /// On the page of all projects: that the next task is for, as it was chosen; empty: none was.
 
 public:
     static constexpr int recentDays = 7;

@@ -41,9 +41,10 @@ Sheet {
         otherCommand = false;
         if (confirming) {
             failedCommand = "";
+            view.current = null;
         }
-        view.current = null;
         view.contentY = 0;
+        view.reveal();
     }
     onOpened: takeFocus(running ? hide : primary)
 

@@ -193,6 +193,7 @@ TEST_F(SetupTest, KeepsAnotherProjectWaiting) {
 
 TEST_F(SetupTest, CanBePutAsideOnceItRuns) {
     addScript(u"shop/web"_s, u"npm-install.sh"_s, "until [ -e go ]; do sleep 0.02; done; exit 3\n");
+    addNode(u"pad"_s, "vite", up(4001));
     scan();
     const Project shop = project(u"shop"_s);
     const auto putAside = [this] {
@@ -211,8 +212,10 @@ TEST_F(SetupTest, CanBePutAsideOnceItRuns) {
     ASSERT_TRUE(finishes(end));
     EXPECT_EQ(model->setupPhase(), u"failed"_s);
     EXPECT_TRUE(model->isSetupAside()) << "nobody is disturbed";
-    ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::frontend})));
+    ASSERT_TRUE(finishes(model->run(project(u"pad"_s), {ServiceKind::frontend})));
     EXPECT_FALSE(model->isSetupAside()) << "it asks anew";
+    EXPECT_TRUE(model->statusText().startsWith(u"Setting up shop stopped: Exited with code 3"_s))
+        << model->statusText().toStdString();
 }
 
 TEST_F(SetupTest, UsesTheCommandThatWasTyped) {

@@ -7,6 +7,7 @@
 #include "OrvCore/Settings.h"
 #include "OrvCore/StoreFile.h"
 #include "OrvCore/Tasks.h"
+#include "OrvUI/DraftKeeper.h"
 #include "TextLayout.h"
 
 #include <QDir>
@@ -55,6 +56,14 @@ QString tasksError(const QJsonDocument& json) {
     return {};
 }
 
+QString draftsPath() {
+    return DraftKeeper::filePath(SettingsStore::defaultPath());
+}
+
+QString draftsError(const QJsonDocument& json) {
+    return DraftKeeper::problem(json.toJson());
+}
+
 struct Store {
     QString (*path)();
     bool isArray;
@@ -64,6 +73,7 @@ constexpr std::array stores{
     Store{SettingsStore::defaultPath, false, settingsError},
     Store{OverrideStore::defaultPath, false, overridesError},
     Store{TaskStore::defaultPath, true, tasksError},
+    Store{draftsPath, true, draftsError},
 };
 
 /// Why what the store's file holds does not count.

@@ -96,7 +96,7 @@ void cut(QString& text) {
 DraftKeeper::DraftKeeper(AppModel& model, QObject* parent)
     : QObject(parent),
       m_file(
-          QFileInfo(model.settings().filePath()).path() + u"/drafts.json"_s,
+          filePath(model.settings().filePath()),
           {.encode = encode, .decode = decode, .fallback = [] { return QList<Draft>(); }}),
       m_drafts(m_file.record()) {
     ORV_ASSERT_MAIN_THREAD();
@@ -113,6 +113,15 @@ DraftKeeper::~DraftKeeper() {
     if (const StoreResult saved = m_file.flush(); !saved) {
         qWarning("%s", qUtf8Printable(saved.error().text()));
     }
+}
+
+QString DraftKeeper::filePath(const QString& settingsPath) {
+    return QFileInfo(settingsPath).path() + u"/drafts.json"_s;
+}
+
+QString DraftKeeper::problem(const QByteArray& bytes) {
+    const std::expected<QList<Draft>, QString> drafts = decode(bytes);
+    return drafts ? QString() : drafts.error();
 }
 
 void DraftKeeper::restore(AppModel& model) const {

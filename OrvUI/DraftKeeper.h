@@ -2,6 +2,7 @@
 
 #include "OrvCore/StoreFile.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 #include <QThreadPool>
@@ -33,6 +34,11 @@ class DraftKeeper : public QObject {
 public:
     static constexpr qsizetype limit = 50;          ///< drafts that are kept: those that were changed last
     static constexpr qsizetype longest = 64 * 1024; ///< characters of a text; the rest is not kept
+
+    /// Of those that belong to settings in that file.
+    [[nodiscard]] static QString filePath(const QString& settingsPath);
+    /// Why such a file can't be understood; empty: it can.
+    [[nodiscard]] static QString problem(const QByteArray& bytes);
 
     /// Puts what was left by the last run back into the model.
     explicit DraftKeeper(AppModel& model, QObject* parent = nullptr);

@@ -357,11 +357,13 @@ TEST_F(CommandLine, SaysWhenNothingShowsNotifications) {
 TEST_F(CommandLine, SaysWhatIsWrongWithBrokenStoresAndKeepsThem) {
     launcher.tree.add(u"support/settings.json"_s, "{\"displayName\": 3}");
     launcher.tree.add(u"support/tasks.json"_s, "[{\"id\"");
+    launcher.tree.add(u"support/drafts.json"_s, R"([{"kind": "agent", "text": 1}])");
     const Ended listed = launcher.call({u"settings"_s});
     EXPECT_EQ(listed.exitCode, 0);
     EXPECT_TRUE(listed.err.contains("settings.json is broken") && listed.err.contains("displayName"))
         << listed.err.data();
     EXPECT_TRUE(listed.err.contains("tasks.json is broken") && listed.err.contains("at byte")) << listed.err.data();
+    EXPECT_TRUE(listed.err.contains("drafts.json is broken")) << listed.err.data();
     EXPECT_EQ(launcher.call({u"settings"_s, u"set"_s, u"theme"_s, u"ocean"_s}).exitCode, 0);
     EXPECT_EQ(json({u"settings"_s, u"list"_s}).object()[u"theme"_s], u"ocean"_s);
     EXPECT_EQ(readFile(launcher.tree.path(u"support/settings.json.corrupt"_s)), "{\"displayName\": 3}");

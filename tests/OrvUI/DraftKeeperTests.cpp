@@ -80,6 +80,7 @@ TEST_F(Drafts, OfAgentsAreTheirTasksStill) {
     // What was made of it in the other place stays there, and is of no task any more.
     model->agentModels()->keepWords({}, {});
     model->agentModels()->keepWords(shop, {});
+    scan();
     model->draftAgentTaskFor(task.toString());
     model->agentModels()->keepWords({}, u"The totals, late"_s);
     model->agentModels()->forgetDraft(shop);

@@ -1,6 +1,7 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/GitModel.h"
 #include "OrvUI/NewProject.h"
+#include "OrvUI/QuitGuard.h"
 #include "tests/OrvGit/GitFixture.h"
 #include "tests/OrvUI/ModelFixture.h"
 
@@ -271,6 +272,7 @@ TEST_F(AppModelGit, LeavesNothingOfACloneThatIsGivenUp) {
     QObject::connect(&made, &NewProject::cancelled, &made, [&] { isCancelled = true; });
     made.clone(u"ssh://host/x"_s, u"half"_s, root);
     EXPECT_TRUE(waitFor([&] { return QFileInfo::exists(root + u"/half/.git"_s); }));
+    EXPECT_EQ(RunningWork::of(*model), RunningWork{.isMakingProject = true});
     made.clone(u"ssh://host/x"_s, u"second"_s, root);
     made.cancel();
     EXPECT_TRUE(waitFor([&] { return isCancelled; }));

@@ -121,8 +121,12 @@ QList<ChildRecord> ChildRecords::orphans() const {
 }
 
 bool ChildRecords::isAlive(const ChildRecord& child) {
-    return ChildProcess::groupExists(child.leader.pid) && child.boot == QString::fromLatin1(bootIdentity()) &&
-           isGroupAlive(child, processTable());
+    if (!ChildProcess::groupExists(child.leader.pid) || child.boot != QString::fromLatin1(bootIdentity())) {
+        return false;
+    }
+    // The whole table costs a file of each process: it is for groups whose leader is gone.
+    const QList<ProcessEntry> leader{processEntry(child.leader.pid)};
+    return isGroupAlive(child, lives(child.leader, leader) ? leader : processTable());
 }
 
 void ChildRecords::remove(const ChildRecord& child) const {

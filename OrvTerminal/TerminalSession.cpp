@@ -471,8 +471,17 @@ void TerminalSession::lookForPrograms() {
         m_lastDirectory = directory;
         Q_EMIT currentDirectoryChanged();
     }
-    if (m_looksLeft > 0 || hasEnded) {
-        m_looksLeft = std::max(0, m_looksLeft - 1);
+    if (isBusy) {
+        m_looksLeft = 0; // what was entered is the program's
+        return;
+    }
+    if (hasEnded) {
+        // The shell may have more to carry out: it is looked at anew, as after a line.
+        m_looksLeft = looksAtALine;
+        m_programCheck.setInterval(programCheckDelay);
+    }
+    if (m_looksLeft > 0 && (--m_looksLeft == 0 || !m_isAlive)) {
+        m_looksLeft = 0;
         Q_EMIT commandSettled();
     }
 }

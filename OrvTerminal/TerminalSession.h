@@ -131,7 +131,8 @@ Q_SIGNALS:
     void terminalViewChanged();
     /// The terminal took in output, once a piece of up to 64 KiB.
     void outputReceived();
-    /// What was entered may have been carried out: a moment after a line, and again when the shell is back.
+    /// What was entered may have been carried out, and the shell has the foreground: once a moment after the last line,
+    /// or after the program that was started is over. What is entered into a program is not told of.
     void commandSettled();
     void bellRang();
     void isBusyChanged();
@@ -183,7 +184,7 @@ private:
     QString m_startError;
     bool m_isBusy = false;
     QUrl m_lastDirectory; ///< in which the shell was last seen
-    int m_looksLeft = 0;  ///< at what the line that was entered last does
+    int m_looksLeft = 0;  ///< at what the line that was entered last does, until it counts as carried out
     bool m_isShown = false;
     bool m_hasUnseenBell = false;
     bool m_hasUnseenQuestion = false;

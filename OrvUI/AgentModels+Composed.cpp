@@ -134,7 +134,8 @@ bool AgentModels::startAt(
 bool AgentModels::startInTerminal(int agent, const QString& task, const QString& projectID) {
     const auto kind = at(allAgentKinds, agent);
     const Project* project = m_model.project(projectID);
-    if (!kind || project == nullptr || refusesMissing(*kind)) {
+    // A terminal's shell may find what the one that was asked does not (an alias, a path set for interactive ones).
+    if (!kind || project == nullptr) {
         return false;
     }
     m_model.startAgentInTerminal(*kind, task, *project);

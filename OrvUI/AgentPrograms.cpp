@@ -94,9 +94,11 @@ bool AgentPrograms::isMissing(AgentKind kind) const {
 
 QString AgentPrograms::missingText(AgentKind kind) {
     const AgentInfo& info = agentInfo(kind);
-    return kind == AgentKind::custom ? tr("Set the custom agent's command in Settings \u2192 AI first.")
-                                     : tr("%1 is not installed. Install it with “%2”, or choose another agent.")
-                                           .arg(agentText(info.displayName), agentText(info.installHint));
+    return kind == AgentKind::custom
+               ? tr("Set the custom agent's command in Settings \u2192 AI first.")
+               : tr("%1 was not found by the login shell. Install it with “%2”, or choose another "
+                    "agent.")
+                     .arg(agentText(info.displayName), agentText(info.installHint));
 }
 
 } // namespace orv

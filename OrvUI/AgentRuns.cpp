@@ -162,9 +162,16 @@ std::expected<AgentRun*, QString> AgentRuns::start(Start wish) {
             m_options.worktreeFolder, settings.worktreeCopies(wish.projectID),
             wish.ownWorktree ? AgentWork::WorktreeWish::Need::must : AgentWork::WorktreeWish::Need::ifPossible};
     }
-    onFinished(
-        runIn(m_workPool, [request] { return AgentWork::prepare(request); }), this,
-        [this, id](const std::expected<AgentWork::Ready, QString>& ready) { prepared(id, ready); });
+    const auto prepare = [this, id, request] {
+        onFinished(
+            runIn(m_workPool, [request] { return AgentWork::prepare(request); }), this,
+            [this, id](const std::expected<AgentWork::Ready, QString>& ready) { prepared(id, ready); });
+    };
+    if (wish.anew != nullptr && m_options.endLeft) {
+        onFinished(m_options.endLeft(*wish.anew), this, prepare);
+    } else {
+        prepare();
+    }
     return run;
 }
 
@@ -202,6 +209,7 @@ std::expected<AgentRun*, QString> AgentRuns::goOn(
          .linkedTask = {},
          .autonomy = autonomy.value_or(facts.autonomy),
          .replyingTo = &run,
+         .anew = &run,
          .words = message.trimmed()});
 }
 
@@ -222,6 +230,7 @@ std::expected<AgentRun*, QString> AgentRuns::retry(
          .linkedTask = facts.linkedTaskID,
          .autonomy = facts.autonomy,
          .replyingTo = parent,
+         .anew = &run,
          .ownWorktree = run.worktree() ? std::optional(true) : std::nullopt,
          .words = parent != nullptr ? AgentCommandBuilder::followUpMessage(facts.task) : QString()});
 }

@@ -37,6 +37,8 @@ public:
         QString worktreeFolder; ///< in which runs get work trees of their own
         std::function<AppSettings()> settings;
         ChildRecords children; ///< where it is written down which agents run
+        /// Ends what an application that was killed has left of a run; finished where that is nothing.
+        std::function<QFuture<void>(const AgentRun& run)> endLeft = {};
         std::chrono::milliseconds stopGrace = std::chrono::seconds(3);
         /// Silence after which it is looked whether a question stands at the end of the output.
         std::chrono::milliseconds questionTime = std::chrono::seconds(10);
@@ -68,6 +70,7 @@ public:
         std::optional<QUuid> linkedTask = {};
         std::optional<AgentAutonomy> autonomy = {};
         const AgentRun* replyingTo = nullptr;
+        const AgentRun* anew = nullptr; ///< which is gone before this one begins
         /// Absent: as the settings say, where the project can have one.
         std::optional<bool> ownWorktree = {};
         QString words = {}; ///< what the user said, where the task says more; else empty

@@ -100,7 +100,8 @@ void AppModel::lookAtGitOf(const QString& folder) {
         d->git->refresh(id);
     }
     if (d->gitModel && projects.contains(d->gitModel->projectID())) {
-        d->gitModel->refresh();
+        d->isGitModelOld = true;
+        lookAtShownGit();
     }
 }
 
@@ -108,6 +109,16 @@ void AppModel::lookAtGitOf(const QString& folder) {
 void AppModel::lookAtGitOfPage() {
     if (d->page.kind == AppPage::Kind::project) {
         d->git->refreshIfOld(d->page.id);
+    }
+    lookAtShownGit();
+}
+
+/// Reading all of a repository takes several processes, which is too much for every line in a terminal: of what is
+/// shown beside one, the badge is enough. A commit or another branch is told of by the watch.
+void AppModel::lookAtShownGit() {
+    const bool isHidden = d->page.kind == AppPage::Kind::project && d->detailTab == DetailTab::terminal;
+    if (d->gitModel && !isHidden && std::exchange(d->isGitModelOld, false)) {
+        d->gitModel->refresh();
     }
 }
 

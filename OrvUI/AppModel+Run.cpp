@@ -333,7 +333,7 @@ OrphanedWork* AppModel::orphans() const {
 
 QFuture<void> AppModel::quit() {
     assign(this, d->isQuitting, true, &AppModel::isQuittingChanged);
-    return whenAll({stopAllServices(), stopAllAgents()}, this);
+    return whenAll({stopAllServices(), stopAllAgents(), d->orphans->ends()}, this);
 }
 
 bool AppModel::isQuitting() const {

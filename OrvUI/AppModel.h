@@ -570,6 +570,7 @@ private:
     void setUpGit();
     void lookAtGitOf(const QString& folder);
     void lookAtGitOfPage();
+    void lookAtShownGit();
     void takeInNewProject(const QString& name, const QString& path, bool cloned);
     void followAgents();
     void agentFinished(AgentRun* run);

@@ -112,6 +112,7 @@ struct AppModel::Private {
 
     std::unique_ptr<GitOverview> git;
     std::unique_ptr<GitModel> gitModel; ///< of the project whose git page is open
+    bool isGitModelOld = false;         ///< something may have been done since it was read
     std::unique_ptr<NewProject> newProject;
 
     std::unique_ptr<HomeModels> home;

@@ -14,6 +14,10 @@ bool isService(const ChildRecord& child, const ServiceID& id) {
     return child.kind == id.kind && child.projectID == id.projectID && child.directory == id.directory;
 }
 
+bool isOf(const ChildRecord& child, const QString& projectID) {
+    return AppModel::projectID({child.projectID, {}, {}}) == projectID;
+}
+
 } // namespace
 
 OrphanedWork::OrphanedWork(AppModel& model) : m_model(model) {}
@@ -73,6 +77,10 @@ bool OrphanedWork::holds(const ServiceID& id) const {
     return std::ranges::any_of(m_all, [&id](const ChildRecord& child) { return isService(child, id); });
 }
 
+bool OrphanedWork::holdsOf(const QString& projectID) const {
+    return std::ranges::any_of(m_all, [&projectID](const ChildRecord& child) { return isOf(child, projectID); });
+}
+
 bool OrphanedWork::isEnding(const ServiceID& id) const {
     return std::ranges::any_of(
         m_all, [&](const ChildRecord& child) { return isService(child, id) && m_ends.contains(child.leader.pid); });
@@ -87,8 +95,22 @@ QFuture<void> OrphanedWork::stop(const ServiceID& id) {
 }
 
 QFuture<void> OrphanedWork::stopProject(const QString& projectID) {
-    return stopThose(
-        [&projectID](const ChildRecord& child) { return AppModel::projectID({child.projectID, {}, {}}) == projectID; });
+    return stopThose([&projectID](const ChildRecord& child) { return isOf(child, projectID); });
+}
+
+QFuture<void> OrphanedWork::stopAgents(const QString& projectID, const QString& folder) {
+    const Completion completion;
+    onFinished(look(), this, [this, projectID, folder, completion] {
+        const QFuture<void> ends = stopThose([&](const ChildRecord& child) {
+            return !child.kind && child.projectID == projectID && child.directory == folder;
+        });
+        onFinished(ends, this, [completion] { completion.finish(); });
+    });
+    return completion.future();
+}
+
+QFuture<void> OrphanedWork::ends() {
+    return whenAll(m_ends.values(), this);
 }
 
 void OrphanedWork::dismiss() {

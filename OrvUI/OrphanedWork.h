@@ -36,14 +36,20 @@ public:
     [[nodiscard]] bool isStopping() const;
     /// Whether the service, an install too, is one of them.
     [[nodiscard]] bool holds(const ServiceID& id) const;
+    /// Whether something of the project, an agent and an install too, is one of them.
+    [[nodiscard]] bool holdsOf(const QString& projectID) const;
     [[nodiscard]] bool isEnding(const ServiceID& id) const;
 
     /// Ends all of them.
     Q_INVOKABLE void stop();
     /// Ends what of them is the service, and waits for it.
     QFuture<void> stop(const ServiceID& id);
+    /// Looks for agents of the project that work in the folder, ends them, and waits for it.
+    QFuture<void> stopAgents(const QString& projectID, const QString& folder);
     /// Ends those of a project, an agent and an install too.
     QFuture<void> stopProject(const QString& projectID);
+    /// Finishes when those that are being ended are gone.
+    QFuture<void> ends();
     /// Nothing more is said of those that are known now.
     Q_INVOKABLE void dismiss();
 

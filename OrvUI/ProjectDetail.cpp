@@ -200,7 +200,8 @@ void ProjectDetail::update() {
         }
     }
     m_services.setRows(rows);
-    m_busy = m_model->isInstalling(m_id) || std::ranges::any_of(rows, [](const DetailServiceRow& service) {
+    m_busy = m_model->isInstalling(m_id) || m_model->orphans()->holdsOf(m_id) ||
+             std::ranges::any_of(rows, [](const DetailServiceRow& service) {
                  return service.state != u"idle" && service.state != u"failed";
              });
 

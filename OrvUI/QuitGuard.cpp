@@ -2,6 +2,7 @@
 
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/NewProject.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -30,6 +31,7 @@ RunningWork RunningWork::of(AppModel& model) {
     return {
         .services = services,
         .isInstalling = isInstalling,
+        .isMakingProject = model.newProject()->isBusy(),
         .isProgramInTerminal = model.terminals().anyForegroundProgram(),
         .agents = static_cast<int>(std::ranges::count_if(model.agentRuns(), isOurs))};
 }
@@ -43,6 +45,9 @@ QString RunningWork::message() const {
     }
     if (isInstalling) {
         parts.append(Words::tr("an install is still running"));
+    }
+    if (isMakingProject) {
+        parts.append(Words::tr("a project is still being added"));
     }
     if (isProgramInTerminal) {
         parts.append(Words::tr("a program is still running in a terminal"));

@@ -329,14 +329,17 @@ TEST_F(AgentModelsTest, RefuseAnAgentThatIsNotThere) {
     lists().setPanelAgent(gemini);
     const std::pair<const char*, std::function<bool()>> ways[]{
         {"start", [this] { return lists().start(gemini, u"x"_s, shop, 0); }},
-        {"say", [this] { return lists().say(u"x"_s); }},
-        {"in a terminal", [this] { return lists().startInTerminal(gemini, u"x"_s, shop); }}};
+        {"say", [this] { return lists().say(u"x"_s); }}};
     for (const auto& [label, way] : ways) {
         model->setAgentError({});
         EXPECT_FALSE(way()) << label;
         EXPECT_TRUE(lists().error().contains(u"npm install -g @google/gemini-cli")) << label;
     }
-    EXPECT_TRUE(model->agentRuns().isEmpty() && model->terminals().sessions().isEmpty());
+    EXPECT_TRUE(model->agentRuns().isEmpty());
+    model->setAgentError({});
+    model->terminals().setShell(u"/bin/sh"_s);
+    EXPECT_TRUE(lists().startInTerminal(gemini, u"x"_s, shop) && lists().error().isEmpty()) << "its shell says so";
+    EXPECT_FALSE(lists().start(gemini, u"x"_s, shop, 0));
     lists().setPanelAgent(0);
     EXPECT_EQ(lists().error(), QString()) << "it was said of the other one";
 

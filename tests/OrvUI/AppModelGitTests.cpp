@@ -1,6 +1,7 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/GitModel.h"
 #include "OrvUI/NewProject.h"
+#include "OrvUI/QuitGuard.h"
 #include "tests/OrvGit/GitFixture.h"
 #include "tests/OrvUI/ModelFixture.h"
 
@@ -86,13 +87,24 @@ TEST_F(AppModelGit, LooksAgainAfterWorkInATerminalAndAtAnotherTab) {
     const auto changes = [this](int count) { return waitFor([&] { return badge(u"shop"_s)->changes == count; }); };
     model->terminals().setShell(u"/bin/sh"_s);
     TerminalSession* session = model->terminals().open(QUrl::fromLocalFile(shop));
+    bool looksInProgram = false;
+    QObject::connect(session, &TerminalSession::commandSettled, session, [&] { looksInProgram |= session->isBusy(); });
     session->send(u"touch one\n"_s);
     EXPECT_TRUE(changes(1));
     session->send(u"cat; touch two\n"_s);
     ASSERT_TRUE(waitFor([&] { return session->isBusy(); }));
     session->send(u"\x04"_s);
     EXPECT_TRUE(changes(2)) << "when the shell is back";
+    EXPECT_FALSE(looksInProgram);
+    model->openGit(project(u"shop"_s).id);
+    ASSERT_TRUE(waitFor([this] { return model->gitModel()->changeCount() == 2; }));
     model->setPage({.kind = AppPage::Kind::project, .id = project(u"shop"_s).id});
+    model->setDetailTab(DetailTab::terminal);
+    session->send(u"rm two\n"_s);
+    EXPECT_TRUE(changes(1));
+    model->setDetailTab(DetailTab::overview);
+    EXPECT_TRUE(waitFor([this] { return model->gitModel()->changeCount() == 1; }));
+    tree.add(u"projects/shop/two"_s, "x");
     tree.add(u"projects/shop/three"_s, "x");
     EXPECT_TRUE(waitFor([&] {
         model->setDetailTab(model->detailTab() == DetailTab::git ? DetailTab::files : DetailTab::git);
@@ -271,6 +283,7 @@ TEST_F(AppModelGit, LeavesNothingOfACloneThatIsGivenUp) {
     QObject::connect(&made, &NewProject::cancelled, &made, [&] { isCancelled = true; });
     made.clone(u"ssh://host/x"_s, u"half"_s, root);
     EXPECT_TRUE(waitFor([&] { return QFileInfo::exists(root + u"/half/.git"_s); }));
+    EXPECT_EQ(RunningWork::of(*model), RunningWork{.isMakingProject = true});
     made.clone(u"ssh://host/x"_s, u"second"_s, root);
     made.cancel();
     EXPECT_TRUE(waitFor([&] { return isCancelled; }));

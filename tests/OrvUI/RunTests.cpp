@@ -1,6 +1,7 @@
 #include "OrvProcess/ChildRecords.h"
 #include "OrvProcess/ProcessSpawner.h"
 #include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/AgentRun.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/QuitGuard.h"
@@ -208,8 +209,10 @@ TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
     const Project shop = project(u"shop"_s);
     const QDir records(QFileInfo(model->settings().filePath()).path() + u"/running"_s);
     std::vector<SpawnedProcess> left;
-    for (const std::optional<ServiceKind> kind : {std::optional(ServiceKind::backend), {}}) {
-        const QString folder = id(shop, ServiceKind::backend).directory;
+    const QString api = id(shop, ServiceKind::backend).directory;
+    const std::pair<std::optional<ServiceKind>, QString> works[]{
+        {ServiceKind::backend, api}, {{}, api}, {{}, shop.root}};
+    for (const auto& [kind, folder] : works) {
         left.push_back(*ProcessSpawner::spawn(u"exec sleep 600"_s, folder, {}));
         const auto note = model->processes().records().note(
             {.projectID = shop.id, .directory = folder, .kind = kind, .command = u"x"_s}, left.back().pid);
@@ -222,7 +225,7 @@ TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
     }
     OrphanedWork& orphans = *model->orphans();
     ASSERT_TRUE(finishes(orphans.look()));
-    EXPECT_EQ(orphans.text(), u"1 service and 1 AI agent from last time are still running."_s);
+    EXPECT_EQ(orphans.text(), u"1 service and 2 AI agents from last time are still running."_s);
     ProjectDetail detail;
     detail.setModel(model.get());
     detail.setProjectID(shop.id);
@@ -237,9 +240,22 @@ TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
 
     ASSERT_TRUE(finishes(model->run(shop, {ServiceKind::backend})));
     EXPECT_TRUE(state(shop, ServiceKind::backend).isActive());
-    EXPECT_TRUE(waitFor([&] { return orphans.all().size() == 1; })) << "the agent works on";
-    ASSERT_TRUE(finishes(model->stop(shop)));
-    EXPECT_TRUE(waitFor([&] { return orphans.all().isEmpty() && !detail.busy(); }));
+    EXPECT_TRUE(waitFor([&] { return orphans.all().size() == 2; })) << "the agents work on";
+    ASSERT_TRUE(model->settings().change([](AppSettings& settings) { settings.customAgentCommand = u"true"_s; }));
+    AgentRun::Facts facts;
+    facts.agent = AgentKind::custom;
+    facts.projectID = shop.id;
+    facts.projectRoot = api;
+    facts.task = u"x"_s;
+    const AgentRun* again = model->retryAgent(AgentRun(facts, {}, nullptr));
+    ASSERT_TRUE(again && waitFor([&] { return !again->isRunning(); }));
+    EXPECT_EQ(orphans.all().size(), 1) << "it began when the one of its folder was gone";
+    ASSERT_TRUE(finishes(model->stopService(id(shop, ServiceKind::backend))));
+    EXPECT_TRUE(waitFor([&] { return stateOf(1) == u"idle"_s; }) && detail.busy()) << "the agent can be stopped";
+    const QFuture<void> stop = model->stop(shop);
+    ASSERT_TRUE(finishes(model->quit()));
+    EXPECT_TRUE(orphans.all().isEmpty()) << "what is being ended is waited for";
+    EXPECT_TRUE(waitFor([&] { return stop.isFinished() && !detail.busy(); }));
     for (const SpawnedProcess& process : left) {
         ProcessSpawner::discard(process.pid);
     }

@@ -107,11 +107,11 @@ QList<ChildRecord> ChildRecords::orphans() const {
             }
             continue;
         }
-        if (child->boot != boot) {
-            QFile::remove(file.filePath());
-        } else if (lives(child->owner, table)) {
+        const bool isOfThisStart = child->boot == boot;
+        if (isOfThisStart && lives(child->owner, table)) {
             continue;
-        } else if (isGroupAlive(*child, table)) {
+        }
+        if (isOfThisStart && isGroupAlive(*child, table)) {
             found.append(*child);
         } else {
             QFile::remove(file.filePath());

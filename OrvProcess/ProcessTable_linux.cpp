@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -15,13 +16,25 @@ using namespace Qt::StringLiterals;
 
 namespace orv {
 
-ProcessEntry processEntry(pid_t pid) {
+namespace {
+
+/// Nothing where no descriptor is left to look with.
+std::optional<ProcessEntry> readEntry(pid_t pid) {
     char path[32];
     std::snprintf(path, sizeof path, "/proc/%d/stat", pid);
     const UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC));
+    if (!file.isValid()) {
+        return errno == EMFILE || errno == ENFILE ? std::nullopt : std::optional(ProcessEntry());
+    }
     char text[512]; // the fields that matter come first
-    const ssize_t size = file.isValid() ? ::read(file.get(), text, sizeof text) : -1;
+    const ssize_t size = ::read(file.get(), text, sizeof text);
     return size > 0 ? processEntry(QByteArrayView(text, size)) : ProcessEntry();
+}
+
+} // namespace
+
+ProcessEntry processEntry(pid_t pid) {
+    return readEntry(pid).value_or(ProcessEntry());
 }
 
 QList<ProcessEntry> processTable() {
@@ -35,11 +48,12 @@ QList<ProcessEntry> processTable() {
         if (pid <= 0) {
             continue;
         }
-        errno = 0;
-        if (const ProcessEntry found = processEntry(pid); found.pid != 0) {
-            table.append(found);
-        } else if (errno == EMFILE || errno == ENFILE) {
+        const std::optional<ProcessEntry> found = readEntry(pid);
+        if (!found) {
             return {};
+        }
+        if (found->pid != 0) {
+            table.append(*found);
         }
     }
     return table;

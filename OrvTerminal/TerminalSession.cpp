@@ -71,11 +71,11 @@ std::optional<std::vector<std::string>> environment() {
     const auto isUsers = [](const QByteArray& entry) {
         return entry.startsWith("LANG=") || entry.startsWith("LC_") ||
                std::ranges::any_of(sessionVariables, [&](const char* name) {
-                   return entry.startsWith(name) && entry.at(qstrlen(name)) == '=';
+                   return entry.startsWith(name) && entry.at(static_cast<qsizetype>(qstrlen(name))) == '=';
                });
     };
     for (char** entry = environ; *entry != nullptr; ++entry) {
-        const QByteArray text = QByteArray::fromRawData(*entry, qstrlen(*entry));
+        const QByteArray text = QByteArray::fromRawData(*entry, static_cast<qsizetype>(qstrlen(*entry)));
         if (!isUsers(text)) {
             continue;
         }
@@ -353,7 +353,7 @@ QString TerminalSession::endSignal() const {
 
 QString TerminalSession::outputForTesting() const {
     const term::Buffer& buffer = m_terminal->buffer();
-    const std::int64_t first = buffer.trimmedCount();
+    const auto first = static_cast<std::int64_t>(buffer.trimmedCount());
     const std::int64_t last = first + buffer.yBase() + buffer.rows() - 1;
     const std::string text = term::textIn(buffer, {{first, 0}, {last, buffer.cols()}});
     return QString::fromStdString(text);

@@ -21,7 +21,7 @@ AgentModels::AgentModels(AppModel& model)
                       return model.settings().settings().customAgentCommand;
                   }}) {
     connect(&m_programs, &AgentPrograms::changed, this, &AgentModels::takePrograms);
-    AgentRuns& runs = model.agentRunner();
+    const AgentRuns& runs = model.agentRunner();
     connect(&runs, &AgentRuns::runsChanged, this, &AgentModels::updateSoon);
     connect(&runs, &AgentRuns::runChanged, this, &AgentModels::updateSoon);
     connect(&model.agents(), &AgentCatalog::statusesChanged, this, &AgentModels::updateSoon);

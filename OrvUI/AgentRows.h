@@ -98,7 +98,7 @@ struct AgentEventRow {
 
 /// The events of one run, oldest first, as far as the run keeps them. Follows the run, which it belongs to. An agent
 /// writes its whole plan anew with each step of it: as long as nothing else comes between, that is one row.
-class AgentEventsModel : public QAbstractListModel {
+class AgentEventsModel final : public QAbstractListModel {
     Q_OBJECT
 public:
     explicit AgentEventsModel(AgentRun* run);

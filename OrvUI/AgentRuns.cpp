@@ -115,7 +115,7 @@ void AgentRuns::updateRunningCount() {
     }
 }
 
-std::expected<AgentRun*, QString> AgentRuns::start(Start wish) {
+std::expected<AgentRun*, QString> AgentRuns::start(const Start& wish) {
     ORV_ASSERT_MAIN_THREAD();
     const AppSettings settings = m_options.settings();
     const AgentRun* parent = wish.replyingTo;

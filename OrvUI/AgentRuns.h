@@ -76,7 +76,7 @@ public:
         QString words = {}; ///< what the user said, where the task says more; else empty
     };
     /// Or why not, in words for the user. What comes out later (`failed`) takes the run away again.
-    std::expected<AgentRun*, QString> start(Start wish);
+    std::expected<AgentRun*, QString> start(const Start& wish);
     /// A run that goes on where this one ended; in its work tree, as long as that is there. Without an autonomy that of
     /// the run holds.
     std::expected<AgentRun*, QString> goOn(

@@ -285,8 +285,7 @@ void BufferLine::copyFrom(const BufferLine& src, int srcCol, int dstCol, int len
         if (isWithin(srcCol, len) && isWithin(dstCol, len)) [[likely]] {
             moveCells(srcCol, dstCol, len);
         } else {
-            const BufferLine copy(src);
-            copyFrom(copy, srcCol, dstCol, len);
+            copyFrom(BufferLine(src), srcCol, dstCol, len);
         }
         return;
     }

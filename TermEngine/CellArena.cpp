@@ -284,7 +284,7 @@ CharData CellArena::unpack(PackedCell cell) const {
         made.code = static_cast<std::int32_t>(made.graphemeScalarValues.front());
     }
     made.widthStateCode = cell.widthState();
-    made.width = cell.isWide() ? 2 : cell.isSpacer() ? 0 : 1;
+    made.width = static_cast<std::int8_t>(cell.isWide() ? 2 : cell.isSpacer() ? 0 : 1);
     made.payload = cell.payload();
     made.semanticContentCode = static_cast<SemanticContent>(cell.semanticCode());
     made.isProtected = cell.isProtected();

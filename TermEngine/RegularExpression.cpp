@@ -229,7 +229,10 @@ private:
         }
         Piece made = alternatives();
         --m_depth;
-        return take(U")") ? made : fail();
+        if (!take(U")")) {
+            return fail();
+        }
+        return made;
     }
 
     Piece ofScalar(char32_t scalar) {

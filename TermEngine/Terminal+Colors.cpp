@@ -94,12 +94,12 @@ void Terminal::resetPalette(int code, std::string_view payload) {
 
 /// OSC 10 to 19: each further colour is for the next number.
 void Terminal::dynamicColors(int code, std::string_view payload, StringEnd end) {
-    for (; code <= 19 && !payload.empty(); ++code) {
+    for (int index = code - 10; index < ColorTable::dynamicCount && !payload.empty(); ++index) {
         const std::string_view notation = cutAt(payload, ';');
-        const auto which = static_cast<DynamicColor>(code - 10);
+        const auto which = static_cast<DynamicColor>(index);
         if (notation == "?") {
             if (const std::optional<RgbColor> color = themedColors().color(which)) {
-                sendOsc(std::to_string(code) + ";" + formatColorSpec(*color), end);
+                sendOsc(std::to_string(10 + index) + ";" + formatColorSpec(*color), end);
             }
         } else if (const std::optional<RgbColor> color = parseColorSpec(notation)) {
             m_colors.set(which, color);
@@ -167,7 +167,7 @@ void Terminal::kittyColors(std::string_view payload, StringEnd end) {
                 answer(std::to_string(*index), themedColors().color(*index));
             } else if (color || value.empty()) {
                 m_colors.set(*index, color);
-                m_delegate.colorChanged(*this, *index);
+                m_delegate.colorChanged(*this, index);
             }
             continue;
         }

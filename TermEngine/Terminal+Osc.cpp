@@ -153,7 +153,7 @@ void Terminal::iTermCommand(std::string_view payload, StringEnd end) {
         break;
     case ITermCommand::Kind::cursorShape:
         // Block, bar, underline; DECSCUSR has another order.
-        if (const std::optional<int> shape = detail::numberOf(command->value); shape && *shape >= 0 && *shape <= 2) {
+        if (const std::optional<int> shape = numberOf(command->value); shape && *shape >= 0 && *shape <= 2) {
             cmdSetCursorStyle(*shape == 0 ? 1 : *shape == 1 ? 5 : 3);
         }
         break;

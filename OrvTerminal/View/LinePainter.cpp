@@ -267,7 +267,7 @@ void LinePainter::drawCharacter(QImage& image, const Line& line, const Cell& cel
     GlyphCache::Box box{static_cast<std::uint8_t>(cell.columns), 1, 1};
     box.stretchX = static_cast<std::uint8_t>(stretchX(mode));
     box.stretchY = isDoubleHeight(mode) ? 2 : 1;
-    QRect clip = image.rect();
+    const QRect clip = image.rect();
     if (cell.columns == 1 && mayReachOver(scalars.front()) && next != nullptr && next->cell.isEmpty() &&
         next->style.background == cell.style.background) {
         box.columns = 2;
@@ -347,9 +347,10 @@ void LinePainter::drawLines(QImage& image, const Style& style, term::RenderLineM
         const qreal middle = std::min<qreal>(bottom + thick / 2.0, height - reach - thick / 2.0);
         const qreal half = cellWidth / 2.0;
         QPainterPath wave(QPointF(left, middle));
-        for (qreal x = left; x < left + width; x += 2 * half) {
+        for (int start = left; start < left + width; start += cellWidth) {
+            const qreal x = start;
             wave.quadTo(x + half / 2, middle - 2 * reach, x + half, middle);
-            wave.quadTo(x + half * 1.5, middle + 2 * reach, x + 2 * half, middle);
+            wave.quadTo(x + half * 1.5, middle + 2 * reach, x + cellWidth, middle);
         }
         painter.drawPath(wave);
         break;

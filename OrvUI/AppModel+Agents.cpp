@@ -140,6 +140,7 @@ void AppModel::agentFinished(AgentRun* run) {
         .success = hasSucceeded,
         .summary = run->answer().value_or(QString())};
     post(event);
+    lookAtGitOf(facts.projectRoot); // what it has edited
     Q_EMIT agentRunEnded(event);
 }
 

@@ -109,6 +109,7 @@ void AppModel::lookAtGitOf(const QString& folder) {
 void AppModel::lookAtGitOfPage() {
     if (d->page.kind == AppPage::Kind::project) {
         d->git->refreshIfOld(d->page.id);
+        d->isGitModelOld = d->isGitModelOld || d->detailTab == DetailTab::git;
     }
     lookAtShownGit();
 }

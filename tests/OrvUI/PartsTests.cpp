@@ -102,7 +102,7 @@ TEST_F(PartsTest, FiltersNarrowTheProjectsAndSayWhatIsChosen) {
     model->setSearchText(u"nothing"_s);
     model->suggestions()->perform(u"uncommitted"_s);
     EXPECT_EQ(model->page(), AppPage());
-    becomes(*model->homeCards(), roles, u"alone|false; clients|true"_s);
+    becomes(*model->homeCards(), roles, u"alone|false; one|false"_s);
 }
 
 TEST_F(PartsTest, TasksStandByProject) {

@@ -1,5 +1,6 @@
 #include "SessionFixture.h"
 #include "TermEngine/Base64.h"
+#include "TermEngine/KittyClipboard.h"
 
 #include <gtest/gtest.h>
 
@@ -129,6 +130,87 @@ TEST(Clipboard, SpeaksKittysProtocol) {
         session.terminal.feed(read);
     }
     EXPECT_EQ(session.host.requests.size(), 10U) << "eight wait";
+}
+
+TEST(KittyClipboard, SpeaksTheProtocol) {
+    using Replies = std::vector<std::string>;
+    const std::string text = encodeBase64("text/plain");
+    KittyClipboard clipboard({.kittyClipboardMaximumRepresentations = 2, .kittyClipboardMaximumAliases = 2});
+    auto outcome = clipboard.handle(
+        "type=read:id=a\x07"
+        "b:loc=primary;" +
+        encodeBase64(". text/plain image/png"));
+    ASSERT_TRUE(outcome.read);
+    EXPECT_EQ(
+        *outcome.read, (KittyClipboardRead{
+                           .id = "ab",
+                           .location = ClipboardLocation::primary,
+                           .wantsTypes = true,
+                           .mimeTypes = {"text/plain", "image/png"}}));
+    EXPECT_EQ(
+        KittyClipboard::answer(*outcome.read, {"text/plain", "x/y"}, {{"text/plain", {'h', 'i'}}}),
+        (Replies{
+            "5522;type=read:status=OK:id=ab", "5522;type=read:status=DATA:id=ab:mime=Lg==;dGV4dC9wbGFpbiB4L3k=",
+            "5522;type=read:status=DATA:id=ab:mime=" + text + ";aGk=", "5522;type=read:status=DONE:id=ab"}));
+    EXPECT_EQ(KittyClipboard::answer({}, {}, {{"a", std::vector<uint8_t>(10'000)}}).size(), 5U) << "in pieces of 4 KiB";
+    EXPECT_EQ(clipboard.handle("type=read;").replies, (Replies{"5522;type=read:status=EINVAL"}));
+    EXPECT_EQ(
+        KittyClipboard::pasteEvent(ClipboardLocation::primary, {"a"}),
+        (Replies{
+            "5522;type=read:status=OK:loc=primary",
+            "5522;type=read:status=DATA:mime=Lg==:loc=primary;YQ==", "5522;type=read:status=DONE:loc=primary"}));
+
+    const auto write = [&](const std::vector<std::string>& pieces) {
+        KittyClipboard::Outcome last;
+        for (const std::string& piece : pieces) {
+            last = clipboard.handle(piece);
+        }
+        return last;
+    };
+    outcome = write(
+        {"type=write:id=7", "type=wdata:mime=" + text + ";aGVs", "type=wdata:mime=" + text + ";bG8=",
+         "type=walias:mime=" + text + ";" + encodeBase64("text/html STRING"), "type=wdata"});
+    ASSERT_TRUE(outcome.write);
+    EXPECT_EQ(
+        *outcome.write, (KittyClipboardWrite{
+                            .id = "7",
+                            .data = {{"text/plain", {'h', 'e', 'l', 'l', 'o'}}},
+                            .aliases = {{"text/html", "text/plain"}, {"STRING", "text/plain"}}}));
+    EXPECT_EQ(KittyClipboard::answer(*outcome.write, KittyClipboardStatus::done), "5522;type=write:status=DONE:id=7");
+
+    struct Row {
+        const char* label;
+        std::vector<std::string> pieces;
+        Replies expected;
+    };
+    const std::string big = encodeBase64(std::string(3000, 'x'));
+    for (const Row& row :
+         {Row{"no base64", {"type=write", "type=wdata:mime=YQ==;!"}, {"5522;type=write:status=EINVAL"}},
+          Row{"too many types",
+              {"type=write", "type=wdata:mime=YQ==;YQ==", "type=wdata:mime=Yg==;YQ==", "type=wdata:mime=Yw==;YQ=="},
+              {"5522;type=write:status=EIO"}},
+          Row{"too many aliases",
+              {"type=write", "type=walias:mime=YQ==;" + encodeBase64("a b c")},
+              {"5522;type=write:status=EIO"}},
+          Row{"a type twice",
+              {"type=write", "type=wdata:mime=YQ==;YQ==", "type=wdata:mime=Yg==;YQ==", "type=wdata:mime=YQ==;YQ=="},
+              {"5522;type=write:status=EINVAL"}},
+          Row{"once only", {"type=write", "type=wdata:mime=YQ==;!", "type=wdata:mime=YQ==;!", "type=wdata"}, {}},
+          Row{"without a beginning", {"type=wdata:mime=YQ==;YQ=="}, {}}, Row{"unknown", {"type=other;"}, {}}}) {
+        clipboard.reset();
+        EXPECT_EQ(write(row.pieces).replies, row.expected) << row.label;
+    }
+    KittyClipboard small({.kittyClipboardWriteLimitBytes = 1}); // 4096
+    small.handle("type=write");
+    EXPECT_TRUE(small.handle("type=wdata:mime=YQ==;" + big).replies.empty());
+    EXPECT_EQ(small.handle("type=wdata:mime=Yg==;" + big).replies, (Replies{"5522;type=write:status=EIO"}));
+    KittyClipboard closed({.kittyClipboardPolicy = KittyClipboardPolicy::deny});
+    EXPECT_EQ(closed.handle("type=read;Lg==").replies, (Replies{"5522;type=read:status=EPERM"}));
+    EXPECT_EQ(closed.handle("type=write").replies, (Replies{"5522;type=write:status=EPERM"}));
+    KittyClipboard half({.kittyClipboardPolicy = KittyClipboardPolicy::writeOnly});
+    EXPECT_EQ(half.handle("type=read;Lg==").replies, (Replies{"5522;type=read:status=EPERM"}));
+    half.handle("type=write");
+    EXPECT_FALSE(half.handle("type=wdata").write->needsPermission);
 }
 
 } // namespace term

@@ -33,7 +33,7 @@ void AppModel::notify(const NotificationRequest& request) {
 /// listening is told when nothing better has come for a while; if it comes later, that is told as well.
 void AppModel::postTransitions() {
     QList<ServiceTransitions::Look> looks;
-    QList<NotificationEvent> corrections;
+    QList<ServiceReady> corrections;
     const auto& states = d->processes->states();
     for (auto entry = states.begin(); entry != states.end(); ++entry) {
         const ServiceID& id = entry.key();
@@ -54,12 +54,15 @@ void AppModel::postTransitions() {
             d->portGuesses.forget(id);
         }
         if (verdict.isCorrection) {
-            corrections.append(ServiceReady{projectName(id), id, verdict.port});
+            corrections.append({projectName(id), id, verdict.port});
         }
         looks.append({id, *entry, projectName(id), verdict.port, d->processes->wasUserStopped(id)});
     }
-    for (const NotificationEvent& event : d->transitions.update(looks) + corrections) {
+    for (const NotificationEvent& event : d->transitions.update(looks)) {
         post(event);
+    }
+    for (const ServiceReady& correction : corrections) {
+        post(correction);
     }
 }
 

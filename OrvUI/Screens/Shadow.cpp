@@ -151,11 +151,24 @@ std::array<Piece, 8> pieces(const Patch& patch, QSizeF shape, qreal ratio) {
     return found;
 }
 
-/// The shadow of one size of shape as four pictures that need no stretching: above, below, left and right of it.
+/// The shadow of one size of shape as pictures that need no stretching: above, below, left and right of it, the last
+/// two in pieces.
 struct Strips {
-    std::array<QImage, 4> images;
-    std::array<QRectF, 4> places;
+    std::vector<QImage> images;
+    std::vector<QRectF> places;
 };
+
+/// Below what Qt's painter shares with the threads of the global pool, and then waits for them: on busy cores that
+/// takes longer than the frame. It counts the rows of what it can't copy as a whole, and from 96 on it shares them.
+constexpr qreal highestPiece = 64;
+
+void addInPieces(std::vector<QRectF>& places, const QRectF& strip, qreal ratio) {
+    const auto count = qMax(1, qCeil(strip.height() * ratio / highestPiece));
+    const qreal height = qCeil(strip.height() * ratio / count) / ratio;
+    for (qreal top = strip.top(); top < strip.bottom(); top += height) {
+        places.emplace_back(strip.left(), top, strip.width(), qMin(height, strip.bottom() - top));
+    }
+}
 
 Strips cut(const Patch& patch, QSizeF shape, qreal ratio) {
     const QPointF origin(patch.margin, patch.margin);
@@ -173,10 +186,11 @@ Strips cut(const Patch& patch, QSizeF shape, qreal ratio) {
     // The pieces lie row by row; the first and the last three are the rows above and below.
     const QRectF above = around[0].to | around[2].to;
     const QRectF below = around[5].to | around[7].to;
-    Strips strips{.images = {}, .places = {above, below, around[3].to, around[4].to}};
-    for (size_t place = 0; place < strips.places.size(); ++place) {
-        const QRectF& to = strips.places[place];
-        strips.images[place] = picture.copy(QRectF((to.topLeft() + origin) * ratio, to.size() * ratio).toRect());
+    Strips strips{.images = {}, .places = {above, below}};
+    addInPieces(strips.places, around[3].to, ratio);
+    addInPieces(strips.places, around[4].to, ratio);
+    for (const QRectF& to : strips.places) {
+        strips.images.push_back(picture.copy(QRectF((to.topLeft() + origin) * ratio, to.size() * ratio).toRect()));
     }
     return strips;
 }
@@ -333,13 +347,14 @@ QSGNode* Shadow::updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) {
     constexpr double largestCopy = 1e6; // pixels; the frame of a long list has hundreds of millions
     const bool copies = window()->rendererInterface()->graphicsApi() == QSGRendererInterface::Software &&
                         pixels == QSizeF(pixels.toSize()) && pixels.width() * pixels.height() <= largestCopy;
-    const size_t count = copies ? 4 : 8;
+    const Strips strips = copies ? stripsOf(look, size()) : Strips();
+    const size_t count = copies ? strips.places.size() : 8;
     if (shadow == nullptr || shadow->count() != count) {
         delete shadow;
         shadow = new ShadowNode(window(), count);
     }
     if (copies) {
-        shadow->set(window(), stripsOf(look, size()));
+        shadow->set(window(), strips);
     } else {
         shadow->set(window(), patchOf(look, size()), size(), ratio);
     }

@@ -1,5 +1,6 @@
 #include "OrvGit/GitBadges.h"
 
+#include "OrvCore/BackgroundThread.h"
 #include "OrvGit/GitService.h"
 #include "OrvGit/ProjectRepositories.h"
 
@@ -31,10 +32,19 @@ GitBadges::~GitBadges() {
     m_pool.waitForDone();
 }
 
+void GitBadges::start(std::function<void()> work, int priority) {
+    m_pool.start(
+        [work = std::move(work)] {
+            becomeBackgroundThread();
+            work();
+        },
+        priority);
+}
+
 QFuture<GitBadge> GitBadges::read(const QString& projectRoot) {
     const auto reading = std::make_shared<Reading>();
     reading->promise.start();
-    m_pool.start([this, reading, projectRoot] {
+    start([this, reading, projectRoot] {
         begin(
             reading, m_runner.cancellation->isCancelled() ? QStringList() : GitService::findRepos(projectRoot),
             projectRoot);
@@ -45,7 +55,7 @@ QFuture<GitBadge> GitBadges::read(const QString& projectRoot) {
 QFuture<QList<QStringList>> GitBadges::repositories(const QStringList& projectRoots, const QString& scanRoot) {
     const auto promise = std::make_shared<QPromise<QList<QStringList>>>();
     promise->start();
-    m_pool.start([this, promise, projectRoots, scanRoot] {
+    start([this, promise, projectRoots, scanRoot] {
         QList<QStringList> found;
         const QList<ProjectRepositories> each = ProjectRepositories::ofEach(m_runner, projectRoots, scanRoot);
         for (const ProjectRepositories& repositories : each) {
@@ -100,7 +110,8 @@ void GitBadges::startNext(const QString& repository) {
         }
     };
     // Before the projects whose folders are still to be searched: each of them is complete the sooner.
-    m_pool.start(work, 1);
+    constexpr int beforeSearches = 1;
+    start(work, beforeSearches);
 }
 
 void GitBadges::finish(Reading& reading) const {

@@ -34,6 +34,8 @@ public:
 
 private:
     struct Reading;
+    /// Behind the threads of others, and so is git.
+    void start(std::function<void()> work, int priority = 0);
     void begin(const std::shared_ptr<Reading>& reading, const QStringList& repositories, const QString& projectRoot);
     void finish(Reading& reading) const;
     void readRepository(const std::shared_ptr<Reading>& reading, const QString& repository, const QString& below) const;

@@ -351,6 +351,7 @@ bool Bench::run() {
 
 int main(int argc, char** argv) {
     const std::chrono::seconds time(argc > 1 ? std::max(1, std::atoi(argv[1])) : 10);
+    qputenv("QT_QPA_UPDATE_IDLE_TIME", "0"); // as the application has it
     QGuiApplication application(argc, argv);
     Bench bench(time, argc > 2 ? QString::fromLocal8Bit(argv[2]) : QString());
     return bench.open() && bench.run() ? 0 : 1;

@@ -90,6 +90,10 @@ void OrphanedWork::stop() {
     stopThose([](const ChildRecord&) { return true; });
 }
 
+void OrphanedWork::stopServices() {
+    stopThose([](const ChildRecord& child) { return child.kind.has_value(); });
+}
+
 QFuture<void> OrphanedWork::stop(const ServiceID& id) {
     return stopThose([&id](const ChildRecord& child) { return isService(child, id); });
 }

@@ -42,6 +42,8 @@ public:
 
     /// Ends all of them.
     Q_INVOKABLE void stop();
+    /// Ends those that are services, installs too; the agents work on.
+    void stopServices();
     /// Ends what of them is the service, and waits for it.
     QFuture<void> stop(const ServiceID& id);
     /// Looks for agents of the project that work in the folder, ends them, and waits for it.

@@ -5,6 +5,7 @@
 #include "OrvUI/FolderTree.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/Palette_p.h"
+#include "OrvUI/QuitGuard.h"
 #include "OrvUI/Tile.h"
 
 #include <QCoreApplication>
@@ -113,8 +114,10 @@ void Palette::collectActions() {
         model.setSheet(AppSheet{AppSheet::Kind::addProject, AddProjectMode::clone});
     });
     action("refresh", tr("Refresh projects"), "refresh-cw", "refresh", [&model] { model.refreshNow(); }, tr("Scan"));
-    if (model.runningCount() > 0) {
-        action("stop-all", tr("Stop all services"), "own-stop-fill", "", [&model] { model.stopAll(); });
+    if (const int services = RunningWork::of(model).services; services > 0) {
+        const QString title = services == 1 ? tr("Stop the only service that runs")
+                                            : tr("Stop all %1 services of all projects").arg(services);
+        action("stop-all", title, "own-stop-fill", "", [&model] { model.stopAll(); }, tr("Stop all services"));
     }
     action(
         "shortcuts", tr("Show all shortcuts"), "square-terminal", "shortcuts", [this] { Q_EMIT shortcutsAsked(); },

@@ -102,6 +102,25 @@ QFuture<void> OrphanedWork::stopProject(const QString& projectID) {
     return stopThose([&projectID](const ChildRecord& child) { return isOf(child, projectID); });
 }
 
+bool OrphanedWork::holdsFolder(const ChildRecord& child) const {
+    const Project* project = child.kind ? nullptr : m_model.project(child.projectID);
+    return project != nullptr && child.directory == project->root;
+}
+
+QStringList OrphanedWork::agentProjects() const {
+    QStringList found;
+    for (const ChildRecord& child : m_all) {
+        if (holdsFolder(child) && !m_ends.contains(child.leader.pid)) {
+            found.append(child.projectID);
+        }
+    }
+    return found;
+}
+
+void OrphanedWork::stopAgentsOf(const QString& projectID) {
+    stopThose([&](const ChildRecord& child) { return child.projectID == projectID && holdsFolder(child); });
+}
+
 QFuture<void> OrphanedWork::stopAgents(const QString& projectID, const QString& folder) {
     const Completion completion;
     onFinished(look(), this, [this, projectID, folder, completion] {

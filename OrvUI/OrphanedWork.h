@@ -20,6 +20,8 @@ class OrphanedWork : public QObject {
     /// What there is to say of them, as a sentence; empty when there are none, or when it was read.
     Q_PROPERTY(QString text READ text NOTIFY changed FINAL)
     Q_PROPERTY(bool stopping READ isStopping NOTIFY changed FINAL) ///< all of them
+    /// Of the projects in whose folder an agent works on.
+    Q_PROPERTY(QStringList agentProjects READ agentProjects NOTIFY changed FINAL)
 
 public:
     explicit OrphanedWork(AppModel& model);
@@ -39,6 +41,7 @@ public:
     /// Whether something of the project, an agent and an install too, is one of them.
     [[nodiscard]] bool holdsOf(const QString& projectID) const;
     [[nodiscard]] bool isEnding(const ServiceID& id) const;
+    [[nodiscard]] QStringList agentProjects() const;
 
     /// Ends all of them.
     Q_INVOKABLE void stop();
@@ -48,6 +51,8 @@ public:
     QFuture<void> stop(const ServiceID& id);
     /// Looks for agents of the project that work in the folder, ends them, and waits for it.
     QFuture<void> stopAgents(const QString& projectID, const QString& folder);
+    /// Ends the agents that work in the project's folder.
+    Q_INVOKABLE void stopAgentsOf(const QString& projectID);
     /// Ends those of a project, an agent and an install too.
     QFuture<void> stopProject(const QString& projectID);
     /// Finishes when those that are being ended are gone.
@@ -59,6 +64,8 @@ Q_SIGNALS:
     void changed();
 
 private:
+    /// An agent, in the folder of its project and not in a work tree of its own.
+    [[nodiscard]] bool holdsFolder(const ChildRecord& child) const;
     QFuture<void> stopThose(const std::function<bool(const ChildRecord&)>& isMeant);
     void ended(const ChildRecord& child);
 

@@ -20,7 +20,7 @@ FocusScope {
     readonly property bool ready: words.text.trim().length > 0 && projectID.length > 0
     readonly property bool missing: agentRow?.isMissing ?? false
     // An agent from last time still works in the project's folder.
-    readonly property bool held: projectID.length > 0 && model.orphans.agentProjects.indexOf(projectID) >= 0
+    readonly property bool held: projectID.length > 0 && Array.from(model.orphans.agentProjects).includes(projectID)
     readonly property string taskTitle: conversing ? agents.panelTask : agents.pageTask
     readonly property string explanation: missing ? agents.whyMissing(agent) : autonomyRow ? autonomyRow.explanation : ""
     signal sent

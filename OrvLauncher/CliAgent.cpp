@@ -2,6 +2,7 @@
 #include "CliSupport.h"
 #include "OrvUI/AgentPrograms.h"
 #include "OrvUI/AgentRows.h"
+#include "OrvUI/OrphanedWork.h"
 #include "TextLayout.h"
 
 #include <QFile>
@@ -182,6 +183,16 @@ QFuture<int> unlessMissing(
     return promise->future();
 }
 
+/// An agent of an application that was killed, in the same folder.
+void sayWhatIsLeft(const Invocation& call, const OrphanedWork& left, const AgentRuns::Start& wish) {
+    for (const ChildRecord& child : left.all()) {
+        if (!child.kind && child.directory == wish.projectRoot) {
+            call.note(u"An AI agent from an earlier run is still working in this folder; 'kill -- -%1' stops it."_s.arg(
+                child.leader.pid));
+        }
+    }
+}
+
 QFuture<int> begin(Invocation& call, AgentDesk& desk, const AgentRuns::Start& wish, const Project& project) {
     AppModel& model = desk.model();
     AgentRun* started = model.startAgent(wish, project);
@@ -244,7 +255,10 @@ QFuture<int> run(Invocation& call) {
                 .autonomy = *autonomy,
                 .ownWorktree = call.isSet(u"worktree"_s) ? std::optional(true) : std::nullopt};
             const auto start = [&call, &desk, wish, meant = *project] { return begin(call, desk, wish, meant); };
-            onFinished(unlessMissing(call, desk, wish.agent, start), call.context, finish);
+            onFinished(desk.model().orphans()->look(), &desk, [&call, &desk, wish, start, finish] {
+                sayWhatIsLeft(call, *desk.model().orphans(), wish);
+                onFinished(unlessMissing(call, desk, wish.agent, start), call.context, finish);
+            });
         });
         return promise->future();
     });

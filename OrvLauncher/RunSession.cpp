@@ -5,6 +5,7 @@
 #include "OrvProcess/PortParser.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ServicePhase.h"
+#include "OrvUI/ServiceTitle.h"
 
 #include <QLocale>
 
@@ -65,10 +66,24 @@ QFuture<int> RunSession::start() {
             deferredToInstall();
         } else {
             m_wasLaunched = true;
+            sayWhatIsLeft();
             endIfOver();
         }
     });
     return m_exit.future();
+}
+
+/// Of the project's other services, which are let be.
+void RunSession::sayWhatIsLeft() {
+    QStringList left;
+    for (const ServiceID& id : m_model.orphans()->services(m_project.id)) {
+        if (!m_model.processes().state(id).isActive()) {
+            left.append(serviceTitle(id, &m_project));
+        }
+    }
+    if (!left.isEmpty()) {
+        say(u"Still running from an earlier run: %1."_s.arg(left.join(u", "_s)), Style::yellow);
+    }
 }
 
 bool RunSession::isAnyActive() const {

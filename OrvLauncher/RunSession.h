@@ -63,6 +63,7 @@ private:
     void stateChanged(const ServiceID& id);
     void linesSkipped(const ServiceID& id, qsizetype count);
     void logAppended(const ServiceID& id, qsizetype added);
+    void sayWhatIsLeft();
     void sayAddress(const ServiceID& id, bool hasWaited);
     void waitForAddress(const ServiceID& id, std::chrono::milliseconds limit);
     void stopAsked();

@@ -166,16 +166,24 @@ void StatusItem::setPanelDark(bool isDark) {
 }
 
 void StatusItem::update() {
-    const int count = m_model.runningCount();
-    if (std::exchange(m_shownCount, count) == count) {
+    const int left = m_model.leftCount();
+    const int count = m_model.runningCount() + left;
+    const bool isShown = m_shownCount == count && m_shownLeft == left;
+    m_shownCount = count;
+    m_shownLeft = left;
+    if (isShown) {
         return;
     }
     showCount(count);
+    const QString name = QGuiApplication::applicationDisplayName();
+    const QString counted =
+        count == 1 ? tr("%1: 1 service running").arg(name) : tr("%1: %2 services running").arg(name).arg(count);
     showToolTip(
-        m_model.isQuitting() ? tr("%1 is quitting").arg(QGuiApplication::applicationDisplayName())
-        : count == 0         ? QGuiApplication::applicationDisplayName()
-        : count == 1         ? tr("%1: 1 service running").arg(QGuiApplication::applicationDisplayName())
-                             : tr("%1: %2 services running").arg(QGuiApplication::applicationDisplayName()).arg(count));
+        m_model.isQuitting() ? tr("%1 is quitting").arg(name)
+        : count == 0         ? name
+        : left == 0          ? counted
+        : left == count      ? tr("%1 from last time").arg(counted)
+                             : tr("%1, %2 from last time").arg(counted).arg(left));
 }
 
 void StatusItem::tellOfQuitting() {

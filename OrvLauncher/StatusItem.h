@@ -51,6 +51,7 @@ private:
 #endif
     bool m_isPanelDark = true;
     int m_shownCount = -1;
+    int m_shownLeft = 0; ///< of them
 };
 
 } // namespace orv

@@ -39,17 +39,43 @@ bool lives(const ProcessIdentity& process, const Table& table) {
     return entry != nullptr && entry->isAlive && identityOf(*entry) == process;
 }
 
-bool isGroupAlive(const ChildRecord& child, const Table& table) {
+/// Of those of the group that live one; 0 when there is none.
+pid_t memberOf(const ChildRecord& child, const Table& table) {
     const pid_t group = child.leader.pid;
     const ProcessEntry* leader = entryOf(group, table);
     if (group <= 1 || (leader != nullptr && identityOf(*leader) != child.leader)) {
-        return false;
+        return 0;
     }
     const QByteArray mark = (markVariable + u'=' + child.mark).toUtf8();
-    return std::ranges::any_of(table, [&](const ProcessEntry& entry) {
+    const auto member = std::ranges::find_if(table, [&](const ProcessEntry& entry) {
         return entry.isAlive && entry.group == group && entry.session == group &&
                (leader != nullptr || hasVariable(entry.pid, mark));
     });
+    return member == table.end() ? 0 : member->pid;
+}
+
+pid_t memberOf(const ChildRecord& child) {
+    if (!ChildProcess::groupExists(child.leader.pid) || child.boot != QString::fromLatin1(bootIdentity())) {
+        return 0;
+    }
+    // The whole table costs a file of each process: it is for groups whose leader is gone.
+    const QList<ProcessEntry> leader{processEntry(child.leader.pid)};
+    return memberOf(child, lives(child.leader, leader) ? leader : processTable());
+}
+
+/// False when no process of the group was there to be watched.
+bool addMember(const ChildRecord& child, ExitWatch& watch) {
+    pid_t member = memberOf(child);
+    while (member != 0) {
+        const bool isGone = watch.add(member) == ExitWatch::Added::gone;
+        // A number that was another's by then is none of the group's.
+        const pid_t now = memberOf(child);
+        if (!isGone && now == member) {
+            return true;
+        }
+        member = now;
+    }
+    return false;
 }
 
 std::optional<ChildRecord> readRecord(const QString& path) {
@@ -111,7 +137,7 @@ QList<ChildRecord> ChildRecords::orphans() const {
         if (isOfThisStart && lives(child->owner, table)) {
             continue;
         }
-        if (isOfThisStart && isGroupAlive(*child, table)) {
+        if (isOfThisStart && memberOf(*child, table) != 0) {
             found.append(*child);
         } else {
             QFile::remove(file.filePath());
@@ -121,12 +147,13 @@ QList<ChildRecord> ChildRecords::orphans() const {
 }
 
 bool ChildRecords::isAlive(const ChildRecord& child) {
-    if (!ChildProcess::groupExists(child.leader.pid) || child.boot != QString::fromLatin1(bootIdentity())) {
-        return false;
-    }
-    // The whole table costs a file of each process: it is for groups whose leader is gone.
-    const QList<ProcessEntry> leader{processEntry(child.leader.pid)};
-    return isGroupAlive(child, lives(child.leader, leader) ? leader : processTable());
+    return memberOf(child) != 0;
+}
+
+ExitWatch ChildRecords::watch(QList<ChildRecord>& children) {
+    ExitWatch watch;
+    children.removeIf([&watch](const ChildRecord& child) { return !addMember(child, watch); });
+    return watch;
 }
 
 void ChildRecords::remove(const ChildRecord& child) const {

@@ -2,6 +2,7 @@
 
 #include "OrvCore/ChildProcess.h"
 #include "OrvCore/ChildRecord.h"
+#include "OrvCore/ExitWatch.h"
 #include "OrvCore/StoreFile.h"
 
 #include <QList>
@@ -43,6 +44,8 @@ public:
     /// Whether a process of the group lives. False once the number may be another's: the leader's is, when it did not
     /// start at that time; without a leader, those of the group have to bear the mark.
     [[nodiscard]] static bool isAlive(const ChildRecord& child);
+    /// Becomes readable once one of the children may be gone; those that are gone already are taken out of the list.
+    [[nodiscard]] static ExitWatch watch(QList<ChildRecord>& children);
     void remove(const ChildRecord& child) const;
 
 private:

@@ -2,6 +2,8 @@
 #include "OrvUI/AppModel_p.h"
 #include "OrvUI/NameSearch.h"
 
+#include <algorithm>
+
 namespace orv {
 
 bool AppModel::keeps(ProjectFilter filter, const Project& project) const {
@@ -11,7 +13,7 @@ bool AppModel::keeps(ProjectFilter filter, const Project& project) const {
     case ProjectFilter::pinned:
         return isPinned(project);
     case ProjectFilter::running:
-        return isRunning(project);
+        return isRunning(project) || std::ranges::count(d->orphans->services(), project.id, &ServiceID::projectID) > 0;
     case ProjectFilter::fullStack:
         return project.isFullStack();
     case ProjectFilter::flutter:
@@ -35,9 +37,9 @@ void AppModel::clearFilters() {
 
 bool AppModel::passesFilters(const Project& project) const {
     const std::optional<GitBadge> badge = gitBadge(project);
+    const bool isUp = keeps(ProjectFilter::running, project);
     return (!d->showOnlyUncommitted || (badge && badge->changes > 0)) &&
-           orv::passesFilters(
-               d->filters, project, {.badge = badge, .isRunning = isRunning(project), .isPinned = isPinned(project)});
+           orv::passesFilters(d->filters, project, {.badge = badge, .isRunning = isUp, .isPinned = isPinned(project)});
 }
 
 QStringList AppModel::availableFrameworks() const {

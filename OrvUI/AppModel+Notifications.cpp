@@ -30,7 +30,7 @@ void AppModel::notify(const NotificationRequest& request) {
 }
 
 /// An install that ends is part of a run that the user looks at, and no event of its own. A port that was only found
-/// listening is told when nothing better has come for a while; if it comes later, that is told as well.
+/// listening is told when nothing better has come for a while; if it comes later, that is told in its place.
 void AppModel::postTransitions() {
     QList<ServiceTransitions::Look> looks;
     QList<ServiceReady> corrections;
@@ -54,7 +54,7 @@ void AppModel::postTransitions() {
             d->portGuesses.forget(id);
         }
         if (verdict.isCorrection) {
-            corrections.append({projectName(id), id, verdict.port});
+            corrections.append({projectName(id), id, verdict.port, true});
         }
         looks.append({id, *entry, projectName(id), verdict.port, d->processes->wasUserStopped(id)});
     }

@@ -28,7 +28,7 @@ struct PreparedTarget {
 /// What there is to know before a run.
 struct Preparation {
     QList<PreparedTarget> targets;
-    QList<ChildRecord> orphans;
+    OrphanedWork::Found orphans;
 };
 
 /// Looks at the disk.
@@ -187,7 +187,7 @@ QFuture<void> AppModel::run(const RunRequest& request) {
         return completion.future();
     }
     const auto look = [request, installs = d->installs, records = d->processes->records()] {
-        return Preparation{prepare(request, *installs), records.orphans()};
+        return Preparation{prepare(request, *installs), OrphanedWork::find(records)};
     };
     onFinished(runIn(d->workPool, look), this, [this, request, completion](const Preparation& preparation) {
         const QString& projectID = request.wanted.project.id;
@@ -333,6 +333,7 @@ OrphanedWork* AppModel::orphans() const {
 
 QFuture<void> AppModel::quit() {
     assign(this, d->isQuitting, true, &AppModel::isQuittingChanged);
+    d->orphans->stop();
     return whenAll({stopAllServices(), stopAllAgents(), d->orphans->ends()}, this);
 }
 

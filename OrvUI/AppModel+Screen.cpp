@@ -284,7 +284,7 @@ void AppModel::togglePinFor(const QString& projectID) {
 }
 
 void AppModel::stopAll() {
-    d->orphans->stop();
+    d->orphans->stopServices();
     stopAllServices();
 }
 

@@ -131,6 +131,8 @@ AppModel::AppModel(Options options, QObject* parent)
     });
     setUpGit();
     followAgents();
+    d->orphans = std::make_unique<OrphanedWork>(*this);
+    connect(d->orphans.get(), &OrphanedWork::changed, this, &AppModel::servicesChanged);
     d->home = std::make_unique<HomeModels>(*this);
     d->agentModels = std::make_unique<AgentModels>(*this);
     connect(d->home.get(), &HomeModels::summaryChanged, this, &AppModel::summaryChanged);
@@ -290,8 +292,12 @@ int AppModel::runningCount() const {
     return count;
 }
 
+int AppModel::leftCount() const {
+    return static_cast<int>(d->orphans->services().size());
+}
+
 QString AppModel::menuBarTitle() const {
-    const int count = runningCount();
+    const int count = runningCount() + leftCount();
     return count > 0 ? QString::number(count) : QString();
 }
 
@@ -311,7 +317,6 @@ void AppModel::makeParts() {
     d->suggestions = std::make_unique<Suggestions>(*this);
     d->onboarding = std::make_unique<OnboardingModel>(*this);
     d->logs = std::make_unique<ServiceLogs>(*this);
-    d->orphans = std::make_unique<OrphanedWork>(*this);
     d->terminalNotices = std::make_unique<TerminalNotices>(*this, *d->terminals, d->appIsActive);
     d->terminals->setClipboardWrite(d->lastSettings.terminalClipboard);
     connect(this, &AppModel::pageChanged, this, &AppModel::takeInPage);

@@ -204,6 +204,7 @@ public:
 
     // Derived
     [[nodiscard]] int runningCount() const; ///< running services, installs not counted
+    [[nodiscard]] int leftCount() const;    ///< services that still run from last time
     [[nodiscard]] QString menuBarTitle() const;
     [[nodiscard]] bool shouldConfirmQuit() const;
     [[nodiscard]] QString greeting() const;

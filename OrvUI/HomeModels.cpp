@@ -1,6 +1,7 @@
 #include "OrvUI/HomeModels.h"
 
 #include "OrvUI/AppModel.h"
+#include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ServicePhase.h"
 #include "OrvUI/ServiceTitle.h"
 #include "OrvUI/Tile.h"
@@ -113,6 +114,11 @@ void HomeModels::updateRunning() {
             ids.append(entry.key());
         }
     }
+    for (const ServiceID& id : m_model.orphans()->services()) {
+        if (!states.value(id).isActive()) {
+            ids.append(id);
+        }
+    }
     std::ranges::sort(ids, {}, [this](const ServiceID& id) {
         return std::tuple(m_model.projectName(id).toUtf8(), rawValue(id.kind), id.projectID, id.directory);
     });
@@ -120,7 +126,8 @@ void HomeModels::updateRunning() {
         const QString name = m_model.projectName(id);
         rows.append(
             {key(id), id.projectID, name, serviceTitle(id, m_model.project(id.projectID)), address(id),
-             m_model.isAddressListening(id), Tile::index(name), Tile::letter(name)});
+             m_model.isAddressListening(id), Tile::index(name), Tile::letter(name),
+             states.value(id).isActive() ? u"running"_s : m_model.orphans()->state(id)});
     }
     running.setRows(rows);
 }
@@ -134,6 +141,9 @@ void HomeModels::updateSummary(int shownBefore) {
     } else {
         if (const int count = m_model.runningCount(); count > 0) {
             parts.append(counted(count, tr("1 service running"), tr("%1 services running")));
+        }
+        if (const int count = m_model.leftCount(); count > 0) {
+            parts.append(counted(count, tr("1 running from last time"), tr("%1 running from last time")));
         }
         const qsizetype unsaved =
             std::ranges::count_if(m_model.gitBadges(), [](const GitBadge& badge) { return badge.changes > 0; });
@@ -278,7 +288,7 @@ CardRow HomeModels::collection(const ProjectNode& node) const {
     row.cardState = u"idle"_s;
     for (const Project& app : node.apps()) {
         const QString state = activity(app).state;
-        row.runningMembers += state == u"running"_s || state == u"starting"_s ? 1 : 0;
+        row.runningMembers += state == u"running"_s || state == u"starting"_s || state == u"orphaned"_s ? 1 : 0;
         row.members.append(QVariantMap{
             {u"projectID"_s, app.id},
             {u"name"_s, app.name},
@@ -296,6 +306,7 @@ HomeModels::Activity HomeModels::activity(const Project& project) const {
     bool isInstalling = m_model.setup() && m_model.setup()->project.id == project.id &&
                         m_model.setup()->phase.kind == SetupSession::Phase::Kind::running;
     bool isRunning = false;
+    bool isActive = false;
     if (m_startedProjects.contains(project.id)) {
         for (const ServiceID& id : m_model.services(project)) {
             const ServiceState state = m_model.processes().state(id);
@@ -305,6 +316,7 @@ HomeModels::Activity HomeModels::activity(const Project& project) const {
             }
             if (state.isActive()) {
                 isRunning = isRunning || state.isRunning();
+                isActive = true;
                 now.services.append(shown(id));
             } else if (state.phase == ServiceState::Phase::failed) {
                 now.message = now.message.isEmpty() ? state.message : now.message;
@@ -312,12 +324,19 @@ HomeModels::Activity HomeModels::activity(const Project& project) const {
             }
         }
     }
+    for (const ServiceID& id : m_model.orphans()->services(project.id)) {
+        if (!m_model.processes().state(id).isActive()) {
+            now.services.append(shown(id));
+        }
+    }
     if (isRunning) {
         now.state = u"running"_s;
-    } else if (!now.services.isEmpty()) {
+    } else if (isActive) {
         now.state = u"starting"_s;
     } else if (isInstalling) {
         now.state = u"installing"_s;
+    } else if (!now.services.isEmpty()) {
+        now.state = u"orphaned"_s;
     } else if (!now.message.isEmpty()) {
         now.state = u"failed"_s;
     }
@@ -325,11 +344,13 @@ HomeModels::Activity HomeModels::activity(const Project& project) const {
 }
 
 QVariantMap HomeModels::shown(const ServiceID& id) const {
+    const ServiceState state = m_model.processes().state(id);
+    const bool isInstall = AppModel::isInstall(id);
     return {
         {u"kind"_s, rawValue(id.kind)},
-        {u"label"_s, shortServiceTitle(id, m_model.project(id.projectID))},
-        {u"title"_s, serviceTitle(id, m_model.project(id.projectID))},
-        {u"phase"_s, rawValue(m_model.processes().state(id).phase)},
+        {u"label"_s, isInstall ? tr("Install") : shortServiceTitle(id, m_model.project(id.projectID))},
+        {u"title"_s, isInstall ? tr("Install") : serviceTitle(id, m_model.project(id.projectID))},
+        {u"phase"_s, state.isActive() ? rawValue(state.phase) : m_model.orphans()->state(id)},
         {u"port"_s, m_model.addressPort(id).value_or(0)},
         {u"address"_s, address(id)},
         {u"portListening"_s, m_model.isAddressListening(id)},
@@ -363,6 +384,11 @@ std::optional<ServiceID> HomeModels::service(const QString& wanted) const {
     for (auto entry = states.begin(); entry != states.end(); ++entry) {
         if (key(entry.key()) == wanted) {
             return entry.key();
+        }
+    }
+    for (const ChildRecord& child : m_model.orphans()->all()) {
+        if (child.kind && key({child.projectID, *child.kind, child.directory}) == wanted) {
+            return ServiceID{child.projectID, *child.kind, child.directory};
         }
     }
     return {};

@@ -45,6 +45,7 @@ const std::vector<RowRole<RunningRow>>& RunningRow::roles() {
         memberRole<&RunningRow::isPortListening, RunningRow>("portListening"),
         memberRole<&RunningRow::tileIndex, RunningRow>("tileIndex"),
         memberRole<&RunningRow::tileLetter, RunningRow>("tileLetter"),
+        memberRole<&RunningRow::state, RunningRow>("serviceState"),
     };
     return table;
 }

@@ -22,7 +22,8 @@ struct CardRow {
     QStringList actions;   ///< those that would start something now
     QString defaultAction; ///< of them; when there is none, the one that an idle project would have
     bool isFlutter = false;
-    QVariantList services;       ///< that run or start, of maps: kind, label, phase, port, address, portListening, key
+    QVariantList
+        services; ///< that run, start or are left, of maps: kind, label, phase, port, address, portListening, key
     QVariantList failedServices; ///< of maps: kind, label, message, action, key
     int gitRepositories = -1;    ///< -1 until it is known
     QString gitBranch;           ///< of the only repository
@@ -52,6 +53,7 @@ struct RunningRow {
     bool isPortListening = true;
     int tileIndex = 0;
     QString tileLetter;
+    QString state; ///< "running", "orphaned" (from last time), "stopping" (from last time, too)
 
     bool operator==(const RunningRow&) const = default;
     [[nodiscard]] static const std::vector<RowRole<RunningRow>>& roles();

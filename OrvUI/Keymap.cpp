@@ -63,7 +63,7 @@ constexpr std::array table{
     Keymap::Entry{"run", project, ORV_WORDS("Run, or stop"), u"Ctrl+Enter", nullptr, u"Ctrl+Shift+Enter"},
     Keymap::Entry{"chooseRun", project, ORV_WORDS("Choose what to run"), u"Ctrl+Alt+Enter", nullptr},
     Keymap::Entry{"restart", project, ORV_WORDS("Restart"), u"Ctrl+Shift+R", nullptr},
-    Keymap::Entry{"stopAll", project, ORV_WORDS("Stop all services"), u"Ctrl+Shift+.", nullptr},
+    Keymap::Entry{"stopAll", project, ORV_WORDS("Stop all services of the project"), u"Ctrl+Shift+.", nullptr},
     Keymap::Entry{"browse", project, ORV_WORDS("Open in your browser"), u"Ctrl+O", nullptr},
     Keymap::Entry{"pin", project, ORV_WORDS("Pin"), u"Ctrl+D", nullptr},
     Keymap::Entry{"ask", project, ORV_WORDS("Ask AI"), u"Ctrl+J", nullptr, u"Ctrl+Shift+J"},

@@ -31,6 +31,8 @@ struct Planner {
             request.body = Words::tr("%1 is running on %2.").arg(kind, address);
             request.openURL = u"http://"_s + address;
         }
+        request.subject = HomeModels::key(event.id);
+        request.replaces = event.isCorrection;
         return request;
     }
     std::optional<NotificationRequest> operator()(const ServiceCrashed& event) const {

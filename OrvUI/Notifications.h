@@ -14,6 +14,7 @@ struct ServiceReady {
     QString project; ///< its name
     ServiceID id;
     std::optional<int> port;
+    bool isCorrection = false; ///< another port was told before
 
     bool operator==(const ServiceReady&) const = default;
 };
@@ -75,6 +76,8 @@ struct NotificationRequest {
     std::optional<QString> projectID; ///< whose page a click shows
     std::optional<QString> openURL;   ///< what its button opens in the browser
     NotificationPart part = {};
+    QString subject = {};  ///< what it is about; empty where no other one is to take its place
+    bool replaces = false; ///< takes the place of the last one of its subject, where that is still shown
 
     bool operator==(const NotificationRequest&) const = default;
 };

@@ -7,11 +7,17 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orv {
 namespace {
 
 bool isService(const ChildRecord& child, const ServiceID& id) {
     return child.kind == id.kind && child.projectID == id.projectID && child.directory == id.directory;
+}
+
+ServiceID serviceOf(const ChildRecord& child) {
+    return {child.projectID, *child.kind, child.directory};
 }
 
 bool isOf(const ChildRecord& child, const QString& projectID) {
@@ -22,11 +28,17 @@ bool isOf(const ChildRecord& child, const QString& projectID) {
 
 OrphanedWork::OrphanedWork(AppModel& model) : m_model(model) {}
 
+OrphanedWork::Found OrphanedWork::find(const ChildRecords& records) {
+    QList<ChildRecord> children = records.orphans();
+    auto exits = children.isEmpty() ? nullptr : std::make_shared<ExitWatch>(ChildRecords::watch(children));
+    return {std::move(children), std::move(exits)};
+}
+
 QFuture<void> OrphanedWork::look() {
     ORV_ASSERT_MAIN_THREAD();
     const Completion completion;
-    const auto find = [records = m_model.processes().records()] { return records.orphans(); };
-    onFinished(runIn(m_model.workPool(), find), this, [this, completion](const QList<ChildRecord>& found) {
+    const auto search = [records = m_model.processes().records()] { return find(records); };
+    onFinished(runIn(m_model.workPool(), search), this, [this, completion](const Found& found) {
         takeIn(found);
         completion.finish();
     });
@@ -39,15 +51,35 @@ void OrphanedWork::lookAgain() {
     }
 }
 
-void OrphanedWork::takeIn(const QList<ChildRecord>& found) {
+void OrphanedWork::takeIn(const Found& found) {
     ORV_ASSERT_MAIN_THREAD();
+    follow(found.exits);
+    QList<ChildRecord> all = found.children;
+    // Whoever waits for an end waits for more than the processes: a stack has to be down.
+    for (const ChildRecord& child : std::as_const(m_all)) {
+        if (m_ends.contains(child.leader.pid) && !all.contains(child)) {
+            all.append(child);
+        }
+    }
     const auto wasKnown = [this](const ChildRecord& child) { return m_all.contains(child); };
-    if (found.size() == m_all.size() && std::ranges::all_of(found, wasKnown)) {
+    if (all.size() == m_all.size() && std::ranges::all_of(all, wasKnown)) {
         return;
     }
-    m_isDismissed = m_isDismissed && std::ranges::all_of(found, wasKnown);
-    m_all = found;
+    m_isDismissed = m_isDismissed && std::ranges::all_of(all, wasKnown);
+    m_all = all;
     Q_EMIT changed();
+}
+
+void OrphanedWork::follow(const std::shared_ptr<ExitWatch>& exits) {
+    m_exitNotifier.reset();
+    m_exits = exits;
+    if (m_exits) {
+        m_exitNotifier = std::make_unique<QSocketNotifier>(m_exits->descriptor(), QSocketNotifier::Read);
+        connect(m_exitNotifier.get(), &QSocketNotifier::activated, this, [this] {
+            m_exitNotifier->setEnabled(false);
+            look();
+        });
+    }
 }
 
 QString OrphanedWork::text() const {
@@ -73,6 +105,30 @@ bool OrphanedWork::isStopping() const {
            std::ranges::all_of(m_all, [this](const ChildRecord& child) { return m_ends.contains(child.leader.pid); });
 }
 
+QList<ServiceID> OrphanedWork::services() const {
+    QList<ServiceID> found;
+    for (const ChildRecord& child : m_all) {
+        if (child.kind && !AppModel::isInstall(serviceOf(child))) {
+            found.append(serviceOf(child));
+        }
+    }
+    return found;
+}
+
+QList<ServiceID> OrphanedWork::services(const QString& projectID) const {
+    QList<ServiceID> found;
+    for (const ChildRecord& child : m_all) {
+        if (child.kind && isOf(child, projectID)) {
+            found.append(serviceOf(child));
+        }
+    }
+    return found;
+}
+
+QString OrphanedWork::state(const ServiceID& id) const {
+    return !holds(id) ? QString() : isEnding(id) ? u"stopping"_s : u"orphaned"_s;
+}
+
 bool OrphanedWork::holds(const ServiceID& id) const {
     return std::ranges::any_of(m_all, [&id](const ChildRecord& child) { return isService(child, id); });
 }
@@ -90,12 +146,35 @@ void OrphanedWork::stop() {
     stopThose([](const ChildRecord&) { return true; });
 }
 
+void OrphanedWork::stopServices() {
+    stopThose([](const ChildRecord& child) { return child.kind.has_value(); });
+}
+
 QFuture<void> OrphanedWork::stop(const ServiceID& id) {
     return stopThose([&id](const ChildRecord& child) { return isService(child, id); });
 }
 
 QFuture<void> OrphanedWork::stopProject(const QString& projectID) {
     return stopThose([&projectID](const ChildRecord& child) { return isOf(child, projectID); });
+}
+
+bool OrphanedWork::holdsFolder(const ChildRecord& child) const {
+    const Project* project = child.kind ? nullptr : m_model.project(child.projectID);
+    return project != nullptr && child.directory == project->root;
+}
+
+QStringList OrphanedWork::agentProjects() const {
+    QStringList found;
+    for (const ChildRecord& child : m_all) {
+        if (holdsFolder(child) && !m_ends.contains(child.leader.pid)) {
+            found.append(child.projectID);
+        }
+    }
+    return found;
+}
+
+void OrphanedWork::stopAgentsOf(const QString& projectID) {
+    stopThose([&](const ChildRecord& child) { return child.projectID == projectID && holdsFolder(child); });
 }
 
 QFuture<void> OrphanedWork::stopAgents(const QString& projectID, const QString& folder) {

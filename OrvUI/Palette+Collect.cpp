@@ -4,7 +4,9 @@
 #include "OrvUI/AppModel.h"
 #include "OrvUI/FolderTree.h"
 #include "OrvUI/Keymap.h"
+#include "OrvUI/OrphanedWork.h"
 #include "OrvUI/Palette_p.h"
+#include "OrvUI/QuitGuard.h"
 #include "OrvUI/Tile.h"
 
 #include <QCoreApplication>
@@ -48,6 +50,9 @@ void Palette::collectProjects() {
                 reachable.insert(entry.key().projectID);
             }
         }
+    }
+    for (const ServiceID& id : m_model->orphans()->services()) {
+        active.insert(id.projectID);
     }
     QHash<QString, size_t> indices;
     m_candidates.reserve(static_cast<size_t>(m_model->projects().size()));
@@ -113,8 +118,10 @@ void Palette::collectActions() {
         model.setSheet(AppSheet{AppSheet::Kind::addProject, AddProjectMode::clone});
     });
     action("refresh", tr("Refresh projects"), "refresh-cw", "refresh", [&model] { model.refreshNow(); }, tr("Scan"));
-    if (model.runningCount() > 0) {
-        action("stop-all", tr("Stop all services"), "own-stop-fill", "", [&model] { model.stopAll(); });
+    if (const int services = RunningWork::of(model).services; services > 0) {
+        const QString title = services == 1 ? tr("Stop the only service that runs")
+                                            : tr("Stop all %1 services of all projects").arg(services);
+        action("stop-all", title, "own-stop-fill", "", [&model] { model.stopAll(); }, tr("Stop all services"));
     }
     action(
         "shortcuts", tr("Show all shortcuts"), "square-terminal", "shortcuts", [this] { Q_EMIT shortcutsAsked(); },
@@ -264,11 +271,15 @@ QString Palette::detail(const Project& project, Verb verb) const {
         return action ? QCoreApplication::translate("RunAction", rawValue(*action).toUtf8().constData()) : QString();
     }
     case stop: {
-        const QList<ServiceID> services = m_model->services(project);
-        const auto count = std::ranges::count_if(services, [this](const ServiceID& id) {
+        const auto isActive = [this](const ServiceID& id) {
             return !AppModel::isInstall(id) && m_model->processes().state(id).isActive();
-        });
-        return count == 1 ? tr("1 service") : tr("%1 services").arg(count);
+        };
+        const auto own = std::ranges::count_if(m_model->services(project), isActive);
+        const auto left = std::ranges::count(m_model->orphans()->services(), project.id, &ServiceID::projectID);
+        const QString count = own + left == 1 ? tr("1 service") : tr("%1 services").arg(own + left);
+        return left == 0  ? count
+               : own == 0 ? tr("%1 from last time").arg(count)
+                          : tr("%1, %2 from last time").arg(count).arg(left);
     }
     case browse: {
         for (const ServiceID& id : m_model->services(project)) {

@@ -43,7 +43,8 @@ QString bodyOf(const ServiceTarget& target) {
     return target.command.startsWith(way) ? target.command.sliced(way.size()) : target.command;
 }
 
-/// The state of several services as one: up when all are, under way when none is idle.
+/// The state of several services as one: up when all are, left when all are up and some only that, under way when none
+/// is idle.
 QString together(const QStringList& states) {
     const auto isOneOf = [](const QStringList& wanted) {
         return [wanted](const QString& state) { return wanted.contains(state); };
@@ -51,7 +52,11 @@ QString together(const QStringList& states) {
     if (std::ranges::all_of(states, isOneOf({u"running"_s}))) {
         return u"running"_s;
     }
-    return std::ranges::all_of(states, isOneOf({u"running"_s, u"starting"_s})) ? u"starting"_s : u"idle"_s;
+    if (std::ranges::all_of(states, isOneOf({u"running"_s, u"orphaned"_s}))) {
+        return u"orphaned"_s;
+    }
+    const QStringList active{u"running"_s, u"starting"_s, u"orphaned"_s};
+    return std::ranges::all_of(states, isOneOf(active)) ? u"starting"_s : u"idle"_s;
 }
 
 } // namespace
@@ -177,6 +182,7 @@ void ProjectDetail::update() {
 
     m_frameworks.clear();
     m_runningCount = 0;
+    m_leftCount = 0;
     QList<DetailServiceRow> rows;
     QHash<ServiceKind, QStringList> states;
     QList<ServiceTarget> targets = project->targets;
@@ -188,14 +194,16 @@ void ProjectDetail::update() {
             m_frameworks.append(framework);
         }
         m_runningCount += service.state == u"running" ? 1 : 0;
+        m_leftCount += service.state == u"orphaned" ? 1 : 0;
         states[target.kind].append(service.state);
         rows.append(service);
     }
     // What was started and has since been taken out of the project still runs, or has something to say.
-    for (const ServiceID& id : m_model->services(*project)) {
+    for (const ServiceID& id : m_model->services(*project) + m_model->orphans()->services(m_id)) {
         const QString key = HomeModels::key(id);
-        const bool isTarget = std::ranges::find(rows, key, &DetailServiceRow::key) != rows.end();
-        if (!isTarget && !AppModel::isInstall(id) && m_model->processes().state(id).isActive()) {
+        const bool isListed = std::ranges::find(rows, key, &DetailServiceRow::key) != rows.end();
+        const bool isActive = m_model->processes().state(id).isActive() || m_model->orphans()->holds(id);
+        if (!isListed && !AppModel::isInstall(id) && isActive) {
             rows.append(row({id.kind, id.directory, {}, {}, {}}, id));
         }
     }
@@ -235,7 +243,7 @@ std::optional<ServiceID> ProjectDetail::service(const QString& key) const {
     if (project == nullptr) {
         return {};
     }
-    QList<ServiceID> ids = m_model->services(*project);
+    QList<ServiceID> ids = m_model->services(*project) + m_model->orphans()->services(m_id);
     for (const ServiceTarget& target : project->targets) {
         ids.append(ProcessManager::id(target, m_id));
     }
@@ -265,8 +273,9 @@ void ProjectDetail::stopAction(const QString& label) {
     if (project == nullptr || !action) {
         return;
     }
-    for (const ServiceID& id : m_model->services(*project)) {
-        if (kinds(*action).contains(id.kind) && m_model->processes().state(id).isActive()) {
+    for (const ServiceID& id : m_model->services(*project) + m_model->orphans()->services(m_id)) {
+        const bool isActive = m_model->processes().state(id).isActive() || m_model->orphans()->holds(id);
+        if (kinds(*action).contains(id.kind) && isActive) {
             m_model->stopService(id);
         }
     }

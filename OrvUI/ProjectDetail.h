@@ -51,6 +51,7 @@ class ProjectDetail : public orv::ModelPart {
     Q_PROPERTY(bool isFlutter READ isFlutter NOTIFY changed FINAL)
     Q_PROPERTY(bool busy READ busy NOTIFY changed FINAL) ///< something runs, starts or is installed
     Q_PROPERTY(int runningCount READ runningCount NOTIFY changed FINAL)
+    Q_PROPERTY(int leftCount READ leftCount NOTIFY changed FINAL) ///< services that still run from last time
     Q_PROPERTY(int openTaskCount READ openTaskCount NOTIFY changed FINAL)
     Q_PROPERTY(int gitChanges READ gitChanges NOTIFY changed FINAL) ///< files that are not committed
     /// What can be run, of maps: label, state (as of a service; of several the least).
@@ -80,6 +81,7 @@ public:
     [[nodiscard]] bool isFlutter() const { return m_isFlutter; }
     [[nodiscard]] bool busy() const { return m_busy; }
     [[nodiscard]] int runningCount() const { return m_runningCount; }
+    [[nodiscard]] int leftCount() const { return m_leftCount; }
     [[nodiscard]] int openTaskCount() const { return m_openTaskCount; }
     [[nodiscard]] int gitChanges() const { return m_gitChanges; }
     [[nodiscard]] const QVariantList& actions() const { return m_actions; }
@@ -93,7 +95,7 @@ public:
     Q_INVOKABLE void startService(const QString& key);
     Q_INVOKABLE void stopService(const QString& key);
     Q_INVOKABLE void restartService(const QString& key);
-    /// Those of an action that run or start.
+    /// Those of an action that run, start or are left.
     Q_INVOKABLE void stopAction(const QString& label);
 
 Q_SIGNALS:
@@ -116,6 +118,7 @@ private:
     bool m_isFlutter = false;
     bool m_busy = false;
     int m_runningCount = 0;
+    int m_leftCount = 0;
     int m_openTaskCount = 0;
     int m_gitChanges = 0;
     QVariantList m_actions;

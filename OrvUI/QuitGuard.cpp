@@ -3,6 +3,7 @@
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/NewProject.h"
+#include "OrvUI/OrphanedWork.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -28,12 +29,20 @@ RunningWork RunningWork::of(AppModel& model) {
         services += entry->isActive() && !isInstall ? 1 : 0;
         isInstalling = isInstalling || (entry->isActive() && isInstall);
     }
+    // They are shown as running, and quitting ends them, too.
+    int agents = static_cast<int>(std::ranges::count_if(model.agentRuns(), isOurs));
+    for (const ChildRecord& child : model.orphans()->all()) {
+        const bool isInstall = child.kind && AppModel::isInstall({child.projectID, *child.kind, child.directory});
+        agents += child.kind ? 0 : 1;
+        services += child.kind && !isInstall ? 1 : 0;
+        isInstalling = isInstalling || isInstall;
+    }
     return {
         .services = services,
         .isInstalling = isInstalling,
         .isMakingProject = model.newProject()->isBusy(),
         .isProgramInTerminal = model.terminals().anyForegroundProgram(),
-        .agents = static_cast<int>(std::ranges::count_if(model.agentRuns(), isOurs))};
+        .agents = agents};
 }
 
 QString RunningWork::message() const {

@@ -6,7 +6,7 @@ namespace orv {
 
 class AppModel;
 
-/// What would end with the application: what other processes run goes on without it.
+/// What would end with the application, what is left from last time too: what other processes run goes on without it.
 struct RunningWork {
     int services = 0;                 ///< running or coming up
     bool isInstalling = false;        ///< what some project needs

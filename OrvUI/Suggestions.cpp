@@ -42,7 +42,7 @@ CTAContext context(AppModel& model) {
         .gitIdentitySet = model.gitIdentitySet(),
         .projectsWithChanges = static_cast<int>(model.projectsWithChanges().size()),
         .lastRunName = last != nullptr ? std::optional(last->name) : std::nullopt,
-        .anythingRunning = model.runningCount() > 0,
+        .anythingRunning = model.runningCount() + model.leftCount() > 0,
         .themeChanged = settings.theme != AppSettings().theme,
         .widgetsConfirmed = settings.widgetsConfirmed || !hasWidgets,
         // Where the system has no such list there is nothing to suggest.

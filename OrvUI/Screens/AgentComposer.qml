@@ -19,6 +19,8 @@ FocusScope {
     readonly property var autonomyRow: autonomyList.count > autonomy ? autonomyList.objectAt(autonomy) : null
     readonly property bool ready: words.text.trim().length > 0 && projectID.length > 0
     readonly property bool missing: agentRow?.isMissing ?? false
+    // An agent from last time still works in the project's folder.
+    readonly property bool held: projectID.length > 0 && Array.from(model.orphans.agentProjects).includes(projectID)
     readonly property string taskTitle: conversing ? agents.panelTask : agents.pageTask
     readonly property string explanation: missing ? agents.whyMissing(agent) : autonomyRow ? autonomyRow.explanation : ""
     signal sent
@@ -58,7 +60,7 @@ FocusScope {
         words.cursorPosition = words.length;
     }
 
-    implicitHeight: frame.height + note.height + Theme.space6 + (ways.visible ? ways.height + Theme.space8 : 0)
+    implicitHeight: frame.y + frame.height + note.height + Theme.space6 + (ways.visible ? ways.height + Theme.space8 : 0)
     onFixedProjectIDChanged: recall()
     Component.onCompleted: {
         recall();
@@ -98,9 +100,59 @@ FocusScope {
         }
     }
 
+    Loader {
+        id: heldNote
+
+        active: composer.held
+        visible: active
+        width: parent.width
+
+        sourceComponent: Row {
+            id: heldRow
+
+            spacing: Theme.space8
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: heldText.text
+
+            Icon {
+                id: heldIcon
+
+                anchors.verticalCenter: parent.verticalCenter
+                name: "circle-alert"
+                size: Theme.iconSmall
+                color: Theme.warning
+            }
+
+            Label {
+                id: heldText
+
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, heldNote.width - heldIcon.width - stopHeld.width - 2 * heldRow.spacing)
+                role: Theme.Small
+                color: Theme.warning
+                wrapMode: Text.Wrap
+                maximumLineCount: 3
+                text: qsTr("An AI agent from last time is still working in this folder.")
+            }
+
+            Button {
+                id: stopHeld
+
+                anchors.verticalCenter: parent.verticalCenter
+                controlHeight: Theme.controlMini
+                text: qsTr("Stop it")
+                onClicked: {
+                    composer.model.orphans.stopAgentsOf(composer.projectID);
+                    words.forceActiveFocus(Qt.OtherFocusReason);
+                }
+            }
+        }
+    }
+
     Rectangle {
         id: frame
 
+        y: heldNote.visible ? heldNote.height + Theme.space8 : 0
         width: parent.width
         height: Math.max(composer.conversing ? Theme.composerBoxPanel : Theme.composerBox, view.y + view.contentHeight + Theme.composerHeight + Theme.space12)
         radius: Theme.radiusCard

@@ -11,6 +11,8 @@ FocusScope {
     required property Navigator nav
     required property var cards
     property int padding: Theme.pagePadding
+    // At the bottom, by what stands over the page: the last cards can be scrolled out from below it.
+    property real covered: 0
     property bool listed: false
     property alias folders: folders
     property alias header: grid.header
@@ -119,7 +121,8 @@ FocusScope {
         width: page.contentWidth + Theme.gridGap
         cellWidth: page.listed ? width : Math.floor(width / page.columns)
         cellHeight: page.listed ? Theme.folderRowHeight : Theme.cardHeight + Theme.gridGap
-        bottomMargin: Theme.shelfGap
+        bottomMargin: Theme.shelfGap + page.covered
+        onBottomMarginChanged: returnToBounds()
         boundsBehavior: Flickable.StopAtBounds
         focus: true
         // Tab comes to the current card, behind what stands above the cards.

@@ -63,7 +63,7 @@ Menu {
         glyph: "rotate-cw"
         text: qsTr("Restart")
         shortcut: Keymap.text("restart")
-        enabled: cardMenu.services.length > 0
+        enabled: cardMenu.services.some(service => service.phase === "running" || service.phase === "starting")
         onTriggered: cardMenu.restart()
     }
 

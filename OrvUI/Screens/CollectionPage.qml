@@ -9,6 +9,7 @@ FocusScope {
     required property Navigator nav
     property bool narrow: false
     property int padding: Theme.pagePadding
+    property real covered: 0
     property string searchText
     readonly property bool scrolled: cards.scrolled
 
@@ -34,6 +35,7 @@ FocusScope {
         nav: page.nav
         cards: folder.cards
         padding: page.padding
+        covered: page.covered
         onProjectChosen: projectID => page.nav.project(projectID)
         onCollectionChosen: path => page.nav.folder(path)
 

@@ -176,13 +176,7 @@ T.Control {
                     width: Math.min(implicitWidth, Math.max(0, row.width / 3))
                     role: Theme.Small
                     color: row.cardState === "failed" ? Theme.danger : row.cardState === "running" ? Theme.text2 : Theme.warning
-                    text: row.isCollection ? qsTr("%1 running").arg(row.runningMembers)
-                        : ({
-                            "running": qsTr("Running"),
-                            "starting": qsTr("Starting…"),
-                            "installing": qsTr("Installing…"),
-                            "failed": row.message
-                        })[row.cardState] ?? qsTr("Not running")
+                    text: row.isCollection ? qsTr("%1 running").arg(row.runningMembers) : row.cardState === "failed" ? row.message : RunWords.ofState(row.cardState) || qsTr("Not running")
 
                     Tip {
                         text: state.truncated ? state.text : ""

@@ -108,7 +108,8 @@ Column {
             controlHeight: Theme.controlSmall
             glyph: "own-stop-fill"
             glyphSize: Theme.iconMini
-            text: qsTr("Stop all")
+            text: running.count === 1 ? qsTr("Stop all") : qsTr("Stop all %1").arg(running.count)
+            Accessible.name: running.count === 1 ? qsTr("Stop the only service that runs") : qsTr("Stop all %1 services of all projects").arg(running.count)
             onClicked: header.model.stopAll()
         }
 

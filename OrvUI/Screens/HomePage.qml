@@ -8,6 +8,7 @@ FocusScope {
     required property AppModel model
     required property Navigator nav
     property int padding: Theme.pagePadding
+    property real covered: 0
     readonly property bool scrolled: cards.scrolled
     readonly property int columns: cards.columns
     readonly property FilterBar bar: model.filterBar
@@ -53,6 +54,7 @@ FocusScope {
         listed: settings.viewMode === 1
         cards: listed ? folders.rows : page.model.homeCards
         padding: page.padding
+        covered: page.covered
         onProjectChosen: projectID => page.projectChosen(projectID)
         onCollectionChosen: path => page.collectionChosen(path)
         onFolderChosen: path => page.folderChosen(path)

@@ -231,6 +231,7 @@ Window {
                 narrow: root.narrow
                 wide: root.wide
                 padding: root.pagePadding - Theme.hairline
+                covered: lines.covered
                 searchText: root.pageSearch
                 onFolderRequested: root.folderAsked()
                 onSearchDropped: root.pageSearch = ""
@@ -238,6 +239,8 @@ Window {
             }
 
             StatusLines {
+                id: lines
+
                 anchors.horizontalCenter: parent.horizontalCenter
                 anchors.bottom: parent.bottom
                 anchors.bottomMargin: Theme.space20

@@ -20,7 +20,7 @@ T.AbstractButton {
     required property string cardState
     required property int gitChanges
     property bool selected: false
-    readonly property string stateText: cardState === "idle" ? "" : cardState
+    readonly property string stateText: RunWords.ofState(cardState)
     signal chosen
     signal expandedSet(bool value)
 

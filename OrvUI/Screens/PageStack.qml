@@ -10,6 +10,8 @@ FocusScope {
     required property bool narrow
     required property bool wide
     required property int padding
+    // At the bottom, by what stands over the pages.
+    property real covered: 0
     // In a collection, in a folder or among the settings.
     property string searchText
     readonly property bool isHome: nav.page === Navigator.Home
@@ -46,6 +48,9 @@ FocusScope {
                 "narrow": Qt.binding(() => pages.narrow || (pages.panelDocked && !pages.wide)),
                 "padding": Qt.binding(() => pages.padding)
             });
+            if (source === "CollectionPage.qml") {
+                page.item.covered = Qt.binding(() => pages.covered);
+            }
             if (source === "CollectionPage.qml" || source === "SettingsPage.qml") {
                 page.item.searchText = Qt.binding(() => pages.searchText);
             }
@@ -90,6 +95,7 @@ FocusScope {
         model: pages.model
         nav: pages.nav
         padding: pages.padding
+        covered: pages.covered
         onFolderRequested: pages.folderRequested()
         onAddRequested: clones => pages.nav.addProject(clones)
         onProjectChosen: projectID => pages.nav.project(projectID)

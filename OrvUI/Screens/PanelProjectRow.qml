@@ -11,13 +11,13 @@ Item {
     required property string cardState
     required property int tileIndex
     required property string tileLetter
-    readonly property bool busy: cardState === "running" || cardState === "starting" || cardState === "installing"
+    readonly property bool busy: cardState !== "idle" && cardState !== "failed"
     signal toggled
 
     height: visible ? Theme.space40 : 0
     Accessible.role: Accessible.ListItem
     Accessible.name: name
-    Accessible.description: cardState === "running" ? qsTr("Running") : word.text
+    Accessible.description: RunWords.ofState(cardState)
 
     Rectangle {
         anchors.fill: parent
@@ -59,7 +59,7 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         role: Theme.Small
         color: row.cardState === "failed" ? Theme.danger : Theme.warning
-        text: row.cardState === "failed" ? qsTr("Failed") : row.cardState === "starting" ? qsTr("Starting…") : row.cardState === "installing" ? qsTr("Installing…") : ""
+        text: row.cardState === "running" ? "" : RunWords.ofState(row.cardState)
     }
 
     IconButton {

@@ -10,6 +10,7 @@ Item {
     required property string name
     required property string kindLabel
     required property string address
+    required property string serviceState
     required property int tileIndex
     required property string tileLetter
     signal opened
@@ -53,7 +54,7 @@ Item {
 
             StatusDot {
                 anchors.centerIn: parent
-                cardState: "running"
+                cardState: row.serviceState
             }
         }
     }
@@ -104,9 +105,9 @@ Item {
         anchors.right: title.right
         anchors.top: title.bottom
         role: Theme.Small
-        color: Theme.text2
+        color: row.serviceState === "running" ? Theme.text2 : Theme.warning
         elide: Text.ElideMiddle
-        text: row.address.length > 0 ? qsTr("Running · %1").arg(row.address) : qsTr("Running")
+        text: row.address.length > 0 ? qsTr("Running · %1").arg(row.address) : RunWords.ofState(row.serviceState)
     }
 
     Row {
@@ -124,6 +125,7 @@ Item {
         }
 
         IconButton {
+            enabled: row.serviceState !== "stopping"
             glyph: "own-stop-fill"
             glyphSize: Theme.iconSmall
             text: qsTr("Stop %1 of %2").arg(row.kindLabel).arg(row.name)

@@ -17,7 +17,7 @@ T.AbstractButton {
     implicitHeight: Theme.pinnedItemHeight
     Accessible.role: Accessible.Button
     Accessible.name: name
-    Accessible.description: cardState === "running" ? qsTr("Running") : cardState === "failed" ? qsTr("Failed") : cardState === "starting" ? qsTr("Starting…") : cardState === "installing" ? qsTr("Installing…") : ""
+    Accessible.description: RunWords.ofState(cardState)
 
     hoverEnabled: true
     text: name

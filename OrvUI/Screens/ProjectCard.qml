@@ -64,7 +64,7 @@ T.Control {
     Accessible.focusable: true
 
     readonly property string stateText: services.length > 0
-        ? services.map(service => service.address.length > 0 ? qsTr("running on %1").arg(service.address) : service.phase).join(", ")
+        ? services.map(service => service.address.length > 0 ? qsTr("running on %1").arg(service.address) : RunWords.ofState(service.phase)).join(", ")
         : cardState === "failed" ? message : cardState === "installing" ? qsTr("installing") : qsTr("not running")
 
     // The edge of the next one peeks out behind a folder.

@@ -11,6 +11,8 @@ Item {
     required property ProjectDetail detail
     property bool narrow: false
     property int padding: Theme.pagePadding
+    readonly property int upCount: detail.runningCount + detail.leftCount
+    readonly property string runningText: qsTr("%1 of %2 running").arg(upCount).arg(list.count)
 
     Flickable {
         id: view
@@ -53,7 +55,7 @@ Item {
                         anchors.verticalCenter: parent.verticalCenter
                         role: Theme.Small
                         color: Theme.text3
-                        text: overview.detail.runningCount > 0 ? qsTr("%1 of %2 running").arg(overview.detail.runningCount).arg(list.count) : qsTr("%1, none running").arg(list.count)
+                        text: overview.upCount === 0 ? qsTr("%1, none running").arg(list.count) : overview.runningText + (overview.detail.leftCount > 0 ? qsTr(", %1 from last time").arg(overview.detail.leftCount) : "")
                     }
                 }
 

@@ -193,6 +193,11 @@ FocusScope {
                     text: qsTr("Stop")
                     Accessible.name: qsTr("Stop %1").arg(detail.name)
                     onClicked: page.model.stopProject(detail.projectID)
+
+                    Tip {
+                        text: qsTr("Stop all services of %1").arg(detail.name)
+                        shortcut: Keymap.text("stopAll")
+                    }
                 }
             }
         }

@@ -11,6 +11,7 @@ T.AbstractButton {
     required property string name
     required property string kindLabel
     required property string address
+    required property string serviceState
     required property bool portListening
     required property int tileIndex
     required property string tileLetter
@@ -21,7 +22,7 @@ T.AbstractButton {
     implicitHeight: Theme.runningItemHeight
     Accessible.role: Accessible.Button
     Accessible.name: qsTr("%1, %2").arg(name).arg(kindLabel)
-    Accessible.description: address.length > 0 ? qsTr("Running on %1").arg(address) : qsTr("Running")
+    Accessible.description: address.length > 0 ? qsTr("Running on %1").arg(address) : RunWords.ofState(serviceState)
 
     hoverEnabled: true
     text: name
@@ -55,12 +56,9 @@ T.AbstractButton {
                 radius: width / 2
                 color: Theme.surface
 
-                Rectangle {
+                StatusDot {
                     anchors.centerIn: parent
-                    width: Theme.dot
-                    height: width
-                    radius: width / 2
-                    color: Theme.success
+                    cardState: item.serviceState
                 }
             }
         }
@@ -116,8 +114,8 @@ T.AbstractButton {
             anchors.topMargin: Theme.space2
             visible: item.address.length === 0
             role: Theme.Small
-            color: Theme.text2
-            text: qsTr("No address")
+            color: item.serviceState === "running" ? Theme.text2 : Theme.warning
+            text: item.serviceState === "running" ? qsTr("No address") : RunWords.ofState(item.serviceState)
         }
 
         IconButton {
@@ -125,6 +123,7 @@ T.AbstractButton {
 
             anchors.right: stop.left
             anchors.verticalCenter: parent.verticalCenter
+            visible: item.serviceState === "running"
             glyph: "logs"
             text: qsTr("Logs of %1").arg(item.kindLabel)
             Accessible.name: qsTr("Logs of %1 of %2").arg(item.kindLabel).arg(item.name)
@@ -137,6 +136,7 @@ T.AbstractButton {
             anchors.right: parent.right
             anchors.rightMargin: Theme.space10
             anchors.verticalCenter: parent.verticalCenter
+            enabled: item.serviceState !== "stopping"
             glyph: "own-stop-fill"
             glyphSize: Theme.iconSmall
             text: qsTr("Stop %1").arg(item.kindLabel)

@@ -11,6 +11,7 @@ Row {
     property real limit: Infinity
     readonly property bool failed: (service.message ?? "").length > 0
     readonly property bool running: service.phase === "running"
+    readonly property bool leftOver: service.phase === "orphaned"
     signal opened(string key)
 
     spacing: Theme.space6
@@ -33,11 +34,11 @@ Row {
         role: Theme.Small
         elide: Text.ElideMiddle
         color: line.failed ? Theme.danger : line.running ? Theme.text2 : Theme.warning
-        text: !line.alone ? line.service.label ?? "" : line.running ? qsTr("Running") : qsTr("Starting…")
+        text: !line.alone ? line.service.label ?? "" : RunWords.ofState(line.service.phase ?? "")
         rightPadding: Theme.space2
 
         Tip {
-            text: kind.truncated ? line.service.title ?? kind.text : ""
+            text: !line.alone && line.leftOver ? qsTr("%1: %2").arg(line.service.title).arg(RunWords.ofState("orphaned")) : kind.truncated ? line.service.title ?? kind.text : ""
         }
     }
 
@@ -51,6 +52,15 @@ Row {
         text: line.service.address ?? ""
         listening: line.service.portListening ?? true
         onClicked: line.opened(line.service.key)
+    }
+
+    Label {
+        anchors.verticalCenter: parent.verticalCenter
+        visible: line.leftOver && !line.alone
+        width: Math.max(0, Math.min(implicitWidth, line.limit - x))
+        role: Theme.Small
+        color: Theme.warning
+        text: qsTr("from last time")
     }
 
     Label {

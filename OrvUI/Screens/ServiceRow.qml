@@ -41,7 +41,7 @@ Item {
                 "fill": Theme.successSoft
             },
             "orphaned": {
-                "text": qsTr("Left running"),
+                "text": qsTr("Running from last time"),
                 "tint": Theme.warning,
                 "fill": Theme.warningSoft
             },

@@ -25,17 +25,21 @@ Rectangle {
         spacing: Theme.space4 + Theme.hairline
 
         Rectangle {
+            readonly property bool leftOver: pill.serviceState === "orphaned"
+
             anchors.verticalCenter: parent.verticalCenter
-            visible: pill.serviceState === "running"
+            visible: leftOver || pill.serviceState === "running"
             width: Theme.space6
             height: width
-            radius: width / 2
+            radius: leftOver ? Theme.hairline : width / 2
+            rotation: leftOver ? 45 : 0
+            antialiasing: true
             color: pill.tint
         }
 
         Icon {
             anchors.verticalCenter: parent.verticalCenter
-            visible: pill.serviceState === "failed" || pill.serviceState === "orphaned"
+            visible: pill.serviceState === "failed"
             name: "circle-alert"
             size: Theme.iconMini
             color: pill.tint

@@ -1,7 +1,8 @@
 import OrvLauncher.Screens
 import QtQuick
 
-// The state of a service or a card as a dot: hollow when nothing runs, a spinner while something starts.
+// The state of a service or a card as a dot: hollow when nothing runs, a spinner while something starts, on its corner
+// when it still runs from last time.
 Item {
     id: dot
 
@@ -9,8 +10,9 @@ Item {
     // A soft ring around the dot of what runs or failed.
     property bool halo: false
     property int size: Theme.dot
-    readonly property bool busy: cardState === "starting" || cardState === "installing"
-    readonly property color tint: cardState === "running" ? Theme.success : cardState === "failed" ? Theme.danger : Theme.text3
+    readonly property bool busy: cardState === "starting" || cardState === "installing" || cardState === "stopping"
+    readonly property bool leftOver: cardState === "orphaned"
+    readonly property color tint: cardState === "running" ? Theme.success : cardState === "failed" ? Theme.danger : leftOver ? Theme.warning : Theme.text3
 
     implicitWidth: Theme.dotHalo
     implicitHeight: Theme.dotHalo
@@ -20,15 +22,17 @@ Item {
         width: Theme.dotHalo
         height: Theme.dotHalo
         radius: width / 2
-        color: dot.cardState === "failed" ? Theme.dangerSoft : Theme.successSoft
-        visible: dot.halo && (dot.cardState === "running" || dot.cardState === "failed")
+        color: dot.leftOver ? Theme.warningSoft : dot.cardState === "failed" ? Theme.dangerSoft : Theme.successSoft
+        visible: dot.halo && (dot.leftOver || dot.cardState === "running" || dot.cardState === "failed")
     }
 
     Rectangle {
         anchors.centerIn: parent
         width: dot.size
         height: dot.size
-        radius: width / 2
+        radius: dot.leftOver ? Theme.hairline : width / 2
+        rotation: dot.leftOver ? 45 : 0
+        antialiasing: true
         visible: !dot.busy
         color: dot.cardState === "idle" ? "transparent" : dot.tint
         border.width: dot.cardState === "idle" ? Theme.focusWidth : 0

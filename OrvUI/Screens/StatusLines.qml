@@ -8,6 +8,8 @@ Column {
     required property AppModel model
     // The room that a line has.
     required property int room
+    // What they cover of the page below them; nothing while none is shown.
+    readonly property real covered: height > 0 ? height + Theme.space20 : 0
     signal cloneAsked
 
     spacing: Theme.space8

@@ -45,11 +45,16 @@ public Q_SLOTS:
         return u"stand-in"_s;
     }
     uint Notify(
-        const QString& application, uint, const QString&, const QString& title, const QString& body,
+        const QString& application, uint replaced, const QString&, const QString& title, const QString& body,
         const QStringList& actions, const QVariantMap& hints, int) {
         EXPECT_EQ(application, u"OrvLauncher"_s);
         EXPECT_EQ(hints[u"desktop-entry"_s], u"orvlauncher"_s);
-        shown.append(QStringList{title, body, actions.join(u'+')}.join(u" / "_s));
+        const QString text = QStringList{title, body, actions.join(u'+')}.join(u" / "_s);
+        if (replaced != 0) {
+            shown[replaced - 1] = text;
+            return replaced;
+        }
+        shown.append(text);
         return static_cast<uint>(shown.size());
     }
 
@@ -110,6 +115,33 @@ TEST(DesktopNotifier, ShowsWhatTheServerCanShowAndHearsClicks) {
     ASSERT_TRUE(waitFor([&] { return clicks.size() == 2; }));
     EXPECT_EQ(clicks, (QStringList{u"http://localhost:80"_s, u"/p/shop of web by front"_s}));
     EXPECT_FALSE(qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN")) << "no service gets it";
+}
+
+TEST(DesktopNotifier, CorrectsInPlaceWhatIsStillShown) {
+    const PrivateBus bus;
+    StandInServer server(bus, StandInServer::Kind::plain);
+    DesktopNotifier notifier(bus.address);
+    NotificationRequest first = ready;
+    first.subject = u"web"_s;
+    NotificationRequest second = first;
+    second.body = u"corrected"_s;
+    second.replaces = true;
+    EXPECT_EQ(statusOf(notifier), u"Shown by stand-in"_s);
+    notifier.post(first);
+    notifier.post(second); // before it is known as what the first one is shown
+    notifier.post(crashed);
+    const QStringList expected{u"shop is ready / corrected / "_s, u"shop stopped / boom / "_s};
+    EXPECT_TRUE(waitFor([&] { return server.shown == expected; })) << server.shown.join(u'\n').toStdString();
+    second.body = u"again"_s;
+    notifier.post(second);
+    EXPECT_TRUE(waitFor([&] { return server.shown.value(0).contains(u"again"); }));
+    Q_EMIT server.NotificationClosed(1, 2);
+    second.body = u"once more"_s;
+    notifier.post(first); // until it is answered, the end of the other one has been heard of
+    notifier.post(second);
+    EXPECT_TRUE(waitFor([&] { return server.shown.value(2).contains(u"once more"); }));
+    EXPECT_TRUE(server.shown.value(0).contains(u"again")) << "it was closed";
+    EXPECT_EQ(server.shown.size(), 3);
 }
 
 TEST(DesktopNotifier, FollowsTheServerThatIsThere) {

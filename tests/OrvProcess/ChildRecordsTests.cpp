@@ -12,6 +12,7 @@
 #include <array>
 #include <csignal>
 
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -148,10 +149,16 @@ TEST_F(Orphans, AreEndedAsAServiceIsStopped) {
             started.pop_back();
         }
         const QString file = write(child);
-        EXPECT_EQ(records.orphans(), row.isMarked ? QList{child} : QList<ChildRecord>()) << row.label;
+        QList<ChildRecord> children{child};
+        EXPECT_EQ(records.orphans(), row.isMarked ? children : QList<ChildRecord>()) << row.label;
+        const ExitWatch watch = ChildRecords::watch(children);
+        EXPECT_EQ(children.isEmpty(), !row.isMarked) << row.label;
+        pollfd exits{.fd = watch.descriptor(), .events = POLLIN, .revents = 0};
+        EXPECT_EQ(::poll(&exits, 1, 0), 0) << row.label << ": nothing has ended yet";
         const QFuture<void> end = manager->endOrphan(child);
         EXPECT_TRUE(waitFor([&] { return end.isFinished(); })) << row.label;
         EXPECT_EQ(isRunning(child.leader.pid), !row.isMarked) << row.label;
+        EXPECT_EQ(::poll(&exits, 1, 0), row.isMarked ? 1 : 0) << row.label;
         EXPECT_FALSE(QFile::exists(file)) << row.label;
         ProcessSpawner::signalGroup(child.leader.pid, SIGKILL);
     }

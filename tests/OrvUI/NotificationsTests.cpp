@@ -65,6 +65,11 @@ TEST(NotificationPlanner, TellsWhatIsWanted) {
         EXPECT_EQ(NotificationPlanner::request(row.event, without, false), std::nullopt) << row.request.toStdString();
         EXPECT_EQ(NotificationPlanner::request(row.event, {}, false), std::nullopt) << row.request.toStdString();
     }
+    const auto first = NotificationPlanner::request(ServiceReady{u"shop"_s, web, 80}, on, false);
+    const auto corrected = NotificationPlanner::request(ServiceReady{u"shop"_s, web, 81, true}, on, false);
+    ASSERT_TRUE(first && corrected);
+    EXPECT_EQ(first->subject, corrected->subject);
+    EXPECT_TRUE(corrected->replaces && !first->replaces);
 }
 
 TEST(ServiceTransitions, TellOncePerStartThatAServiceIsReadyAndOfEveryCrash) {

@@ -2,6 +2,7 @@
 #include "OrvProcess/ProcessSpawner.h"
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AgentRun.h"
+#include "OrvUI/HomeModels.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/QuitGuard.h"
@@ -14,6 +15,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 using namespace orv;
@@ -31,6 +33,27 @@ protected:
         addInstalled(u"shop/web"_s, "vite", up(3000));
         addInstalled(u"shop/api"_s, "express", "echo starting; exec sleep 100\n");
     }
+    ~RunTest() override {
+        for (const SpawnedProcess& process : left) {
+            ProcessSpawner::discard(process.pid);
+        }
+    }
+
+    /// As an application that was killed would have left it; without a kind an agent.
+    void leave(const Project& project, const std::optional<ServiceKind>& kind, const QString& folder) {
+        const QDir records(QFileInfo(model->settings().filePath()).path() + u"/running"_s);
+        left.push_back(*ProcessSpawner::spawn(u"exec sleep 600"_s, folder, {}));
+        const auto note = model->processes().records().note(
+            {.projectID = project.id, .directory = folder, .kind = kind, .command = u"x"_s}, left.back().pid);
+        ASSERT_TRUE(note);
+        const QString file = records.filePath(records.entryList({u"%1-*"_s.arg(left.back().pid)}).value(0));
+        const QByteArray content = readFile(file).replace(
+            "\"pid\": " + QByteArray::number(QCoreApplication::applicationPid()), "\"pid\": 1073741823");
+        QFile kept(file + u".kept.json"_s);
+        ASSERT_TRUE(kept.open(QIODevice::WriteOnly) && kept.write(content) == content.size());
+    }
+
+    std::vector<SpawnedProcess> left;
 };
 
 } // namespace
@@ -207,21 +230,11 @@ TEST_F(RunTest, WaitsForAStackToBeDown) {
 TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
     scan();
     const Project shop = project(u"shop"_s);
-    const QDir records(QFileInfo(model->settings().filePath()).path() + u"/running"_s);
-    std::vector<SpawnedProcess> left;
     const QString api = id(shop, ServiceKind::backend).directory;
     const std::pair<std::optional<ServiceKind>, QString> works[]{
         {ServiceKind::backend, api}, {{}, api}, {{}, shop.root}};
     for (const auto& [kind, folder] : works) {
-        left.push_back(*ProcessSpawner::spawn(u"exec sleep 600"_s, folder, {}));
-        const auto note = model->processes().records().note(
-            {.projectID = shop.id, .directory = folder, .kind = kind, .command = u"x"_s}, left.back().pid);
-        ASSERT_TRUE(note);
-        const QString file = records.filePath(records.entryList({u"%1-*"_s.arg(left.back().pid)}).value(0));
-        const QByteArray content = readFile(file).replace(
-            "\"pid\": " + QByteArray::number(QCoreApplication::applicationPid()), "\"pid\": 1073741823");
-        QFile kept(file + u".kept.json"_s);
-        ASSERT_TRUE(kept.open(QIODevice::WriteOnly) && kept.write(content) == content.size());
+        leave(shop, kind, folder);
     }
     OrphanedWork& orphans = *model->orphans();
     ASSERT_TRUE(finishes(orphans.look()));
@@ -256,9 +269,58 @@ TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
     ASSERT_TRUE(finishes(model->quit()));
     EXPECT_TRUE(orphans.all().isEmpty()) << "what is being ended is waited for";
     EXPECT_TRUE(waitFor([&] { return stop.isFinished() && !detail.busy(); }));
-    for (const SpawnedProcess& process : left) {
-        ProcessSpawner::discard(process.pid);
+}
+
+TEST_F(RunTest, ShowsWhatIsLeftUntilItEnds) {
+    scan();
+    const Project shop = project(u"shop"_s);
+    const ServiceID api = id(shop, ServiceKind::backend);
+    OrphanedWork& orphans = *model->orphans();
+    const auto shown = [&] {
+        const QAbstractItemModel& running = model->home().running;
+        const CardRow card = model->home().card(shop);
+        QStringList words{card.cardState, model->menuBarTitle(), RunningWork::of(*model).message()};
+        for (int row = 0; row < running.rowCount(); ++row) {
+            words.append(running.index(row, 0).data(running.roleNames().key("serviceState")).toString());
+        }
+        for (const PinnedEntry& entry : model->pinnedEntries()) {
+            words.append(entry.title);
+        }
+        return words.join(u" | "_s);
+    };
+    model->togglePin(shop);
+    const QString idle = u"idle |  |  | Run shop"_s;
+    const struct {
+        const char* label;
+        std::function<void()> end;
+    } cases[] = {
+        {"ends by itself", [&] { ::kill(left.back().pid, SIGKILL); }},
+        {"is stopped on its own", [&] { model->stopServiceByKey(HomeModels::key(api)); }},
+        {"is stopped with the project", [&] { model->toggleProject(shop.id); }},
+        {"is stopped with all", [&] { model->stopAll(); }},
+    };
+    for (const auto& [label, end] : cases) {
+        ASSERT_TRUE(waitFor([&] { return shown() == idle; })) << label << ": " << shown().toStdString();
+        leave(shop, ServiceKind::backend, api.directory);
+        ASSERT_TRUE(finishes(orphans.look()));
+        const QString up = u"orphaned | 1 | 1 service still running | orphaned | Stop shop"_s;
+        EXPECT_TRUE(waitFor([&] { return shown() == up; })) << label << ": " << shown().toStdString();
+        EXPECT_TRUE(model->keeps(ProjectFilter::running, shop)) << label;
+        end();
+        EXPECT_TRUE(waitFor([&] { return shown() == idle && orphans.text().isEmpty(); }))
+            << label << ": " << shown().toStdString();
     }
+
+    leave(shop, {}, shop.root);
+    leave(shop, {}, api.directory);
+    ASSERT_TRUE(finishes(orphans.look()));
+    EXPECT_EQ(orphans.agentProjects(), QStringList{shop.id}) << "the other one has a folder of its own";
+    model->stopAll();
+    EXPECT_FALSE(orphans.isStopping()) << "agents are no services";
+    orphans.stopAgentsOf(shop.id);
+    EXPECT_EQ(orphans.agentProjects(), QStringList());
+    EXPECT_TRUE(waitFor([&] { return orphans.all().size() == 1; }));
+    EXPECT_EQ(RunningWork::of(*model).message(), u"1 AI agent is still working"_s);
 }
 
 TEST_F(RunTest, GivesTheDeviceToFlutterAlone) {

@@ -52,6 +52,34 @@ protected:
     }
 };
 
+TEST_F(HomeWindow, LetsTheLastCardsOutFromBelowTheStatusLine) {
+    open(QSize(900, 560));
+    becomes("ProjectCard", {u"alone"_s, u"clients"_s});
+    auto* grid = window->findChild<QQuickItem*>(u"cardGrid"_s);
+    ASSERT_NE(grid, nullptr);
+    const auto lowest = [this] {
+        qreal bottom = 0;
+        for (const QQuickItem* card : items("ProjectCard")) {
+            bottom = std::max(bottom, card->mapRectToScene(card->boundingRect()).bottom());
+        }
+        return bottom;
+    };
+    const auto atEnd = [&] {
+        const auto its = [grid](const char* name) { return grid->property(name).toReal(); };
+        grid->setProperty("contentY", its("originY") + its("contentHeight") + its("bottomMargin") - grid->height());
+        return lowest();
+    };
+    const qreal usual = atEnd();
+    model->setStatusMessage(StatusMessage{.text = u"Something happened."_s});
+    EXPECT_TRUE(test::waitFor([&] {
+        return std::ranges::any_of(items("Label"), [&](const QQuickItem* label) {
+            return label->property("text") == u"Something happened."_s && atEnd() < label->mapToScene({}).y();
+        });
+    })) << lowest();
+    model->setStatusMessage({});
+    EXPECT_TRUE(test::waitFor([&] { return lowest() == usual; })) << lowest() << ", not " << usual;
+}
+
 TEST_F(HomeWindow, NarrowsByThePopoverAndSaysSoInChips) {
     open(QSize(1280, 832));
     becomes("ProjectCard", {u"alone"_s, u"clients"_s});

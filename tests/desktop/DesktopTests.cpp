@@ -42,7 +42,7 @@ TEST_F(Desktop, InstallsAStackAndRunsItUntilItAnswers) {
     click(u"Open localhost:%1 in your browser"_s.arg(backPort));
     EXPECT_TRUE(waitFor([&] { return readFile(opened) == "http://localhost:" + QByteArray::number(backPort) + '\n'; }))
         << readFile(opened).toStdString();
-    ASSERT_TRUE(clickShows(u"Stop all"_s, u"Run Both in shop"_s)) << seen();
+    ASSERT_TRUE(clickShows(u"Stop all 2 services of all projects"_s, u"Run Both in shop"_s)) << seen();
     EXPECT_TRUE(waitFor([&] { return httpGet(frontPort).isEmpty() && httpGet(backPort).isEmpty(); }));
     // What runs when it is closed ends with it.
     ASSERT_TRUE(clickShows(u"Run Frontend in site"_s, address)) << seen();

@@ -106,7 +106,24 @@ void DesktopNotifier::settle(const std::optional<Server>& server) {
     }
 }
 
+/// 0, which replaces none, when what it would take the place of is not shown any more.
+uint DesktopNotifier::replacedBy(const NotificationRequest& request) const {
+    const auto isMeant = [&](const Shown& one) {
+        return one.owner == m_server->owner && one.request.subject == request.subject;
+    };
+    const auto found = std::find_if(m_shown.rbegin(), m_shown.rend(), isMeant);
+    return request.replaces && found != m_shown.rend() ? found->id : 0;
+}
+
 void DesktopNotifier::send(const NotificationRequest& request) {
+    if (const auto sent = m_sent.find(request.subject); request.replaces && sent != m_sent.end()) {
+        sent->next = request;
+        return;
+    }
+    const int number = ++m_lastSent;
+    if (!request.subject.isEmpty()) {
+        m_sent.insert(request.subject, {number, std::nullopt});
+    }
     QStringList actions;
     if (m_server->hasActions) {
         actions << openAction << tr("Open OrvLauncher");
@@ -114,29 +131,38 @@ void DesktopNotifier::send(const NotificationRequest& request) {
             actions << browserAction << tr("Open in browser");
         }
     }
-    const uint replacesNone = 0;
     const int asLongAsUsual = -1;
     const QVariantMap hints{{u"desktop-entry"_s, u"orvlauncher"_s}};
     const QVariantList arguments{
         u"OrvLauncher"_s,
-        replacesNone,
+        replacedBy(request),
         u"orvlauncher"_s,
         bodyText(request.title, false),
         bodyText(request.body, m_server->readsMarkup),
         actions,
         hints,
         asLongAsUsual};
-    call(u"Notify"_s, arguments, [this, request](const QDBusMessage& reply) {
+    call(u"Notify"_s, arguments, [this, request, number](const QDBusMessage& reply) {
         if (reply.type() != QDBusMessage::ReplyMessage || !m_server || reply.service() != m_server->owner) {
             m_server.reset(); // gone, or another one has come: the next time it is asked again
         }
         if (reply.type() == QDBusMessage::ReplyMessage) {
-            m_shown.push_back({reply.arguments().value(0).toUInt(), reply.service(), request, {}});
-            if (m_shown.size() > shownLimit) {
-                m_shown.pop_front();
+            takeSent(reply.arguments().value(0).toUInt(), reply.service(), request);
+        }
+        if (m_sent.value(request.subject).number == number) {
+            if (const auto next = m_sent.take(request.subject).next) {
+                post(*next);
             }
         }
     });
+}
+
+void DesktopNotifier::takeSent(uint id, const QString& owner, const NotificationRequest& request) {
+    std::erase_if(m_shown, [&](const Shown& one) { return one.id == id && one.owner == owner; });
+    m_shown.push_back({id, owner, request, {}});
+    if (m_shown.size() > shownLimit) {
+        m_shown.pop_front();
+    }
 }
 
 std::deque<DesktopNotifier::Shown>::iterator DesktopNotifier::shown(uint id, const QDBusMessage& message) {

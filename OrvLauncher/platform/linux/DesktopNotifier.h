@@ -4,6 +4,7 @@
 #include "OrvUI/Notifications.h"
 
 #include <QDBusMessage>
+#include <QHash>
 #include <QObject>
 
 #include <chrono>
@@ -50,6 +51,10 @@ private:
         NotificationRequest request;
         QString activation; ///< of the click that is about to be told of
     };
+    struct Sent {
+        int number = 0;
+        std::optional<NotificationRequest> next; ///< takes its place once that is known
+    };
     using Answer = std::function<void(const NotificationStatus&)>;
 
     void takeBus(bool isOpen);
@@ -60,6 +65,8 @@ private:
     void send(const NotificationRequest& request);
     void afterReplies(std::function<void()> work);
     void act(uint id, const QString& action, const QDBusMessage& message);
+    void takeSent(uint id, const QString& owner, const NotificationRequest& request);
+    [[nodiscard]] uint replacedBy(const NotificationRequest& request) const;
     [[nodiscard]] std::deque<Shown>::iterator shown(uint id, const QDBusMessage& message);
 
     BusConnection m_bus;
@@ -68,6 +75,9 @@ private:
     std::deque<NotificationRequest> m_waiting;
     std::deque<Answer> m_answers;
     std::deque<Shown> m_shown;
+    /// By their subjects the last ones that the server has not answered to yet.
+    QHash<QString, Sent> m_sent;
+    int m_lastSent = 0;
 };
 
 } // namespace orv

@@ -108,7 +108,9 @@ public:
             content.categoryIdentifier = readyCategory;
         }
         content.userInfo = facts;
-        [centre() addNotificationRequest:[UNNotificationRequest requestWithIdentifier:NSUUID.UUID.UUIDString
+        // The last one of the same identifier is replaced.
+        NSString* const identifier = request.subject.isEmpty() ? NSUUID.UUID.UUIDString : request.subject.toNSString();
+        [centre() addNotificationRequest:[UNNotificationRequest requestWithIdentifier:identifier
                                                                               content:content
                                                                               trigger:nil]
                    withCompletionHandler:nil];

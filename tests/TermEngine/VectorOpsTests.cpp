@@ -275,6 +275,23 @@ TEST(VectorOps, ReadShortSequencesAsByteByByte) {
     EXPECT_GT(found, 50'000);
 }
 
+TEST(VectorOps, FillTheGapBeforeARun) {
+    constexpr std::uint64_t blank = 0x123456789;
+    const std::vector<std::uint8_t> text(20, 'x');
+    for (const VectorOps& ops : availableVectorOps()) {
+        for (std::ptrdiff_t gap = -40; ops.expandAsciiBehind != nullptr && gap < 200; ++gap) {
+            const std::size_t size = static_cast<std::size_t>(gap + 40) % text.size();
+            std::vector<std::uint64_t> expected(300, untouched);
+            std::vector<std::uint64_t> cells = expected;
+            std::fill_n(
+                expected.begin() + 210 - std::max<std::ptrdiff_t>(gap, 0), std::max<std::ptrdiff_t>(gap, 0), blank);
+            std::fill_n(expected.begin() + 210, size, PackedCell::make(PackedCell::Kind::scalar, 'x', pen).rawValue);
+            ops.expandAsciiBehind(cells.data() + 210, gap, blank, text.data(), size, pen);
+            ASSERT_EQ(cells, expected) << ops.name << ", " << gap;
+        }
+    }
+}
+
 TEST(VectorOps, FindAndExpandRunsOfEveryLength) {
     for (const VectorOps& ops : availableVectorOps()) {
         for (std::size_t size = 0; size < 140; ++size) {

@@ -163,9 +163,16 @@ public:
         if (isPlain && text.size() - 1 < static_cast<std::size_t>(m_cols - 1 - m_x)) [[likely]] {
             m_lastScalar = text.back();
             const int columns = static_cast<int>(text.size());
-            std::uint64_t* const cells = &line(m_y).write(m_x, columns)->rawValue;
+            BufferLine& target = line(m_y);
+            const int x = m_x;
             m_x += columns;
-            m_ops.expandAscii(cells, text.data(), text.size(), pen.bits);
+            if (x == target.usedLength() || m_ops.expandAsciiBehind == nullptr) {
+                m_ops.expandAscii(&target.write(x, columns)->rawValue, text.data(), text.size(), pen.bits);
+                return;
+            }
+            const auto [cells, gap] = target.writeBehindGap(x, columns);
+            m_ops.expandAsciiBehind(
+                &cells->rawValue, gap, target.tailBlankCell().rawValue, text.data(), text.size(), pen.bits);
             return;
         }
         insertWrappingAscii(text, pen);

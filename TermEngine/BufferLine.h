@@ -4,6 +4,7 @@
 #include "TermEngine/PackedCell.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -107,6 +108,20 @@ public:
             reserve(col, col + count);
         }
         return m_cells.get() + col;
+    }
+    /// The same, for a caller that also makes the `gap` cells in front of them the tail blank, where that is positive.
+    struct RoomBehindGap {
+        PackedCell* cells;
+        std::ptrdiff_t gap;
+    };
+    RoomBehindGap writeBehindGap(int col, int count) {
+        const int used = m_usedLength;
+        if (m_hasWide || !isWithin(col, count) || col + count > m_capacity) [[unlikely]] {
+            return {write(col, count), 0};
+        }
+        ++m_generation;
+        m_usedLength = std::max(used, col + count);
+        return {m_cells.get() + col, col - used};
     }
     /// All cells from `col` on, to write a run whose end shows only later: `endRun` has to follow.
     PackedCell* beginRun(int col) {

@@ -69,11 +69,7 @@ void CellArena::growSlots() {
     }
 }
 
-std::uint16_t CellArena::intern(PackedAttributeKey key) {
-    // Programs go to and fro between an attribute and the default one.
-    if (key == PackedAttributeKey{}) {
-        return 0;
-    }
+std::uint16_t CellArena::internOther(PackedAttributeKey key) {
     if (key == m_attributeCache.key) {
         return m_attributeCache.id;
     }
@@ -221,14 +217,7 @@ void CellArena::Marker::mark(std::span<const PackedCell> cells) {
     }
 }
 
-PackedCell CellArena::blank(PackedAttributeKey key) {
-    const Color background = key.background();
-    if (background.kind() != Color::Kind::defaultInvertedColor) [[likely]] {
-        // By the kind of the colour, without a branch; the content of the default one is 0.
-        static constexpr std::array kinds = {
-            PackedCell::Kind::paletteBlank, PackedCell::Kind::trueColorBlank, PackedCell::Kind::scalar};
-        return PackedCell::make(kinds[static_cast<std::size_t>(background.kind())], background.value());
-    }
+PackedCell CellArena::blankOfInverted(Color background) {
     Attribute blank;
     blank.bg = background;
     return PackedCell(std::uint64_t{intern(blank)} << PackedCell::attributeShift);

@@ -101,7 +101,10 @@ public:
     [[nodiscard]] RenderIdentity nextLineIdentity() { return ++m_lineIdentities; }
 
     /// 0, the default attribute, when the table is full and nothing can be made coarse.
-    [[nodiscard]] std::uint16_t intern(PackedAttributeKey key);
+    [[nodiscard]] std::uint16_t intern(PackedAttributeKey key) {
+        // Programs go to and fro between an attribute and the default one.
+        return key == PackedAttributeKey{} ? std::uint16_t{0} : internOther(key);
+    }
     [[nodiscard]] std::uint16_t intern(const Attribute& attribute) { return intern(attribute.packed()); }
     /// Hints that the attribute comes next.
     void willIntern(PackedAttributeKey key) const {
@@ -126,7 +129,16 @@ public:
     [[nodiscard]] std::optional<PackedCell> pack(const CharData& cell);
     [[nodiscard]] CharData unpack(PackedCell cell) const;
     /// The empty cell that an erase with this attribute leaves.
-    [[nodiscard]] PackedCell blank(PackedAttributeKey key);
+    [[nodiscard]] PackedCell blank(PackedAttributeKey key) {
+        const Color background = key.background();
+        if (background.kind() == Color::Kind::defaultInvertedColor) [[unlikely]] {
+            return blankOfInverted(background);
+        }
+        // By the kind of the colour, without a branch; the content of the default one is 0.
+        static constexpr std::array kinds = {
+            PackedCell::Kind::paletteBlank, PackedCell::Kind::trueColorBlank, PackedCell::Kind::scalar};
+        return PackedCell::make(kinds[static_cast<std::size_t>(background.kind())], background.value());
+    }
     [[nodiscard]] PackedCell blank(const Attribute& attribute) { return blank(attribute.packed()); }
     [[nodiscard]] Attribute attributeOf(PackedCell cell) const;
     /// All scalars of a cell, none of an empty one.
@@ -261,6 +273,8 @@ private:
         return m_freeAttributes.empty() && m_attributes.size() > attributeCapacity;
     }
     [[nodiscard]] std::uint16_t addAttribute(PackedAttributeKey key, std::uint64_t hash, std::size_t slot);
+    [[nodiscard]] std::uint16_t internOther(PackedAttributeKey key);
+    [[nodiscard]] PackedCell blankOfInverted(Color background);
     enum class Room : std::uint8_t { none, some };
     bool sweepWhenDue(Room room);
     bool coarsenWhenDue();

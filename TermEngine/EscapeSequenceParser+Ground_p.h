@@ -3,6 +3,7 @@
 #include "TermEngine/EscapeSequenceParser.h"
 #include "TermEngine/EscapeSequenceParser_p.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace term {
@@ -22,17 +23,26 @@ template <typename Handler>
     const auto stopAt = [&](const std::uint8_t* place) {
         at.position = static_cast<std::size_t>(place - at.bytes.data());
     };
+    // Before here, what stands at the front can be read without a look at the end.
+    const std::uint8_t* const roomy = end - std::min<std::ptrdiff_t>(end - p, detail::sequenceRoom);
     while (p != end) {
         const std::uint8_t byte = *p;
         if (byte - 0x20U < 0x5F) {
-            const auto left = static_cast<std::size_t>(end - p);
-            std::size_t run = detail::asciiRun16(p, left);
-            if (run == 16 || left < 16) {
-                run = m_ops.asciiRun(p, left);
+            std::size_t run = p < roomy ? detail::asciiRun16(p) : 16;
+            if (run == 16) {
+                run = m_ops.asciiRun(p, static_cast<std::size_t>(end - p));
             }
             handler.printAscii(Bytes(p, run));
             p += run;
-        } else if (byte == 0x1B) {
+            continue;
+        }
+        if (p < roomy && detail::beginsCsi(p) && !m_isVt52) {
+            if (const std::uint8_t* const behind = walkPlainCsi(handler, p + 2); behind != nullptr) [[likely]] {
+                p = behind;
+                continue;
+            }
+        }
+        if (byte == 0x1B) {
             if (end - p == 1) {
                 clear();
                 m_currentState = escape;
@@ -41,11 +51,7 @@ template <typename Handler>
             }
             const std::uint8_t next = p[1];
             p += 2;
-            if (next == '[' && !m_isVt52) [[likely]] {
-                if (const std::uint8_t* const behind = walkPlainCsi(handler, p, end); behind != nullptr) [[likely]] {
-                    p = behind;
-                    continue;
-                }
+            if (next == '[' && !m_isVt52) {
                 clear();
                 m_currentState = csiEntry;
                 stopAt(p);
@@ -83,14 +89,14 @@ template <typename Handler>
     stopAt(p);
 }
 
-/// From behind "ESC [": at most a private marker, numbers of up to four digits, semicolons and the final byte, all of
-/// it within 32 bytes; where it ends. Null, and nothing is done, for what is not so plain or not all there.
+/// From behind "ESC [", with `sequenceRoom` to read: at most a private marker, numbers of up to four digits, semicolons
+/// and the final byte, all of it within 32 bytes; where it ends. Null, and nothing is done, for what is not so plain.
 template <typename Handler>
-const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
-    Handler& handler, const std::uint8_t* p, const std::uint8_t* end) {
-    // The last number is read four bytes at a look.
-    if (end - p < 1 + detail::sequenceSize + 4) {
-        return nullptr;
+const std::uint8_t* EscapeSequenceParser::walkPlainCsi(Handler& handler, const std::uint8_t* p) {
+    if (detail::ShortSequence sequence;
+        detail::readShortSequence(p, sequence) &&
+        handler.dispatchNumbers(static_cast<char>(sequence.final), sequence.first, sequence.second)) [[likely]] {
+        return p + sequence.size;
     }
     std::size_t markers = 0;
     if ((*p & 0xFC) == 0x3C) {
@@ -107,40 +113,22 @@ const std::uint8_t* EscapeSequenceParser::walkPlainCsi(
     const std::uint8_t* const behind = p + size + 1;
     const std::uint32_t lastBit = ends & (0 - ends);
     const std::uint32_t semicolons = shape.semicolons & (lastBit - 1);
-    std::int32_t* const values = m_pars.values.data();
-    int count = 0;
+    if (final == 'm' && markers == 0 && (semicolons & (semicolons - 1)) != 0 &&
+        applyLongRendition(handler, p, size, semicolons)) [[likely]] {
+        return behind;
+    }
     std::uint32_t separators = semicolons | lastBit;
-    if ((semicolons & (semicolons - 1)) == 0) [[likely]] {
-        // One number or two: without a branch on how many, which nobody can foretell.
-        const int first = std::countr_zero(separators);
-        const int second = size - first - 1; // -1 when there is none
-        if (first > 4 || second > 4) {
+    int count = 0;
+    int start = 0;
+    do {
+        const int stop = std::countr_zero(separators);
+        separators &= separators - 1;
+        if (stop - start > 4 || count == CsiParameters::maximumCount) {
             return nullptr;
         }
-        const std::uint64_t both = detail::numbersAt(p, first, p + first + 1, second);
-        const auto left = static_cast<std::int32_t>(both & 0xFFFF);
-        const auto right = static_cast<std::int32_t>(both >> 32) | second >> 31;
-        if (markers == 0 && handler.dispatchNumbers(static_cast<char>(final), left, right)) [[likely]] {
-            return behind;
-        }
-        values[0] = left;
-        values[1] = right;
-        count = 2 + (second >> 31);
-    } else {
-        if (final == 'm' && markers == 0 && applyLongRendition(handler, p, size, semicolons)) [[likely]] {
-            return behind;
-        }
-        int start = 0;
-        do {
-            const int stop = std::countr_zero(separators);
-            separators &= separators - 1;
-            if (stop - start > 4 || count == CsiParameters::maximumCount) {
-                return nullptr;
-            }
-            values[count++] = detail::numberAt(p + start, stop - start);
-            start = stop + 1;
-        } while (separators != 0);
-    }
+        m_pars.values[static_cast<std::size_t>(count++)] = detail::numberAt(p + start, stop - start);
+        start = stop + 1;
+    } while (separators != 0);
     m_pars.count = count;
     m_pars.colonMask = 0;
     m_pars.limitExceeded = false;

@@ -138,7 +138,7 @@ private:
     void walkText(ParsingState& at);
     void walkTable(ParsingState& at);
     template <typename Handler>
-    [[nodiscard]] const std::uint8_t* walkPlainCsi(Handler& handler, const std::uint8_t* p, const std::uint8_t* end);
+    [[nodiscard]] const std::uint8_t* walkPlainCsi(Handler& handler, const std::uint8_t* p);
     template <typename Handler>
     [[nodiscard]] bool applyLongRendition(Handler& handler, const std::uint8_t* p, int size, std::uint32_t semicolons);
     void walkCsi(ParsingState& at);

@@ -38,6 +38,18 @@ inline std::uint32_t wordAt(const std::uint8_t* p) {
     return std::endian::native == std::endian::little ? word : __builtin_bswap32(word);
 }
 
+/// The next eight bytes, the first one lowest.
+inline std::uint64_t longWordAt(const std::uint8_t* p) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, p, sizeof word);
+    return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
+}
+
+/// A byte eight times.
+constexpr std::uint64_t everyByte(std::uint8_t byte) {
+    return byte * std::uint64_t{0x0101010101010101};
+}
+
 /// Neither too long an encoding nor a surrogate.
 inline bool isThreeByteSequence(std::uint32_t word) {
     const std::uint32_t top = (word & 0x0F) << 1 | (word >> 13 & 1); // the scalar's upper five bits
@@ -85,6 +97,9 @@ inline int decodeSequence(const std::uint8_t* p, std::uint32_t word, char32_t& s
 
 inline constexpr int sequenceSize = 32;
 
+/// From the ESC on, with a marker; the last number is read four bytes at a look.
+inline constexpr int sequenceRoom = 2 + 1 + sequenceSize + 4;
+
 /// Of the bytes of a control sequence, a bit each, the first one lowest. Those behind its end may be left out.
 struct SequenceShape {
     std::uint32_t others = 0; ///< no digits
@@ -101,9 +116,9 @@ inline SequenceShape sequenceShapePlain(const std::uint8_t* p) {
 }
 
 /// How many bytes at the front are printable ASCII, of sixteen at most.
-inline std::size_t asciiRun16Plain(const std::uint8_t* p, std::size_t size) {
+inline std::size_t asciiRun16Plain(const std::uint8_t* p) {
     std::size_t at = 0;
-    while (at < 16 && at < size && p[at] >= 0x20 && p[at] < 0x7F) {
+    while (at < 16 && p[at] >= 0x20 && p[at] < 0x7F) {
         ++at;
     }
     return at;
@@ -122,10 +137,7 @@ inline SequenceShape sequenceShape16(const std::uint8_t* p) {
         static_cast<std::uint32_t>(_mm_movemask_epi8(semicolons))};
 }
 
-inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
-    if (size < 16) [[unlikely]] {
-        return asciiRun16Plain(p, size);
-    }
+inline std::size_t asciiRun16(const std::uint8_t* p) {
     const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     // Signed: what is above 0x7F is below 0x20 too.
     const __m128i bad =
@@ -148,10 +160,7 @@ inline SequenceShape sequenceShape16(const std::uint8_t* p) {
         bitsOfNeon(vceqq_u8(text, vdupq_n_u8(';')))};
 }
 
-inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
-    if (size < 16) {
-        return asciiRun16Plain(p, size);
-    }
+inline std::size_t asciiRun16(const std::uint8_t* p) {
     const uint8x16_t bad = vcgeq_u8(vsubq_u8(vld1q_u8(p), vdupq_n_u8(0x20)), vdupq_n_u8(0x5F));
     return static_cast<std::size_t>(std::countr_zero(bitsOfNeon(bad) | 0x10000U));
 }
@@ -163,8 +172,8 @@ inline SequenceShape sequenceShape16(const std::uint8_t* p) {
     return {shape.others & 0xFFFF, shape.semicolons & 0xFFFF};
 }
 
-inline std::size_t asciiRun16(const std::uint8_t* p, std::size_t size) {
-    return asciiRun16Plain(p, size);
+inline std::size_t asciiRun16(const std::uint8_t* p) {
+    return asciiRun16Plain(p);
 }
 
 #endif
@@ -176,6 +185,11 @@ inline SequenceShape sequenceShape(const std::uint8_t* p) {
         shape = {shape.others | rest.others << 16, shape.semicolons | rest.semicolons << 16};
     }
     return shape;
+}
+
+/// Whether "ESC [" stands there.
+inline bool beginsCsi(const std::uint8_t* p) {
+    return p[0] == 0x1B && p[1] == '[';
 }
 
 /// Whether "38;2;" or "48;2;" stands there.
@@ -210,13 +224,48 @@ inline SequenceText sequenceText(const std::uint8_t* p, int size) {
     return text;
 }
 
-/// Two numbers of up to four digits each; there are four bytes to read at either. The first one is in the lower half.
-inline std::uint64_t numbersAt(const std::uint8_t* first, int firstCount, const std::uint8_t* second, int secondCount) {
-    const std::uint64_t low = std::uint64_t{wordAt(first) ^ 0x30303030} << (32 - 8 * firstCount);
-    const std::uint64_t high = std::uint64_t{wordAt(second) ^ 0x30303030} << (32 - 8 * secondCount);
-    std::uint64_t word = (low & 0xFFFFFFFF) | high << 32;
-    word = (word * 10 + (word >> 8)) & 0x00FF00FF00FF00FF;
-    return (word * 100 + (word >> 16)) & 0x0000FFFF0000FFFF;
+/// Of the four digits in either half, the last one highest.
+inline std::uint64_t sumOfDigits(std::uint64_t digits) {
+    digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
+    return (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
+}
+
+/// Of a control sequence, from behind "ESC [": at most two numbers of up to four digits each, and the final byte.
+struct ShortSequence {
+    int size = 0;           ///< with the final byte
+    std::uint8_t final = 0; ///< what is none, where the sequence is none or longer
+    std::int32_t first = 0;
+    std::int32_t second = 0; ///< -1 where there is none
+
+    bool operator==(const ShortSequence&) const = default;
+};
+
+/// Whether all before the final byte is so, of the eight bytes at `p`. As one number these show within few steps where
+/// the sequence ends, on which all that follows has to wait; and there is no branch on how many digits there are.
+inline bool readShortSequence(const std::uint8_t* p, ShortSequence& sequence) {
+    const std::uint64_t word = longWordAt(p);
+    // Of a sequence the final byte alone has this bit; the last byte ends the search. Places are counted in bits.
+    const int end = std::countr_zero((word & everyByte(0x40)) | std::uint64_t{1} << 63) & ~7;
+    sequence.size = (end >> 3) + 1;
+    sequence.final = static_cast<std::uint8_t>(word >> end);
+    const std::uint64_t endBit = std::uint64_t{1} << end;
+    const std::uint64_t text = (word ^ everyByte('0')) & (endBit - 1);
+    const std::uint64_t others = (text + everyByte(0x76)) & everyByte(0x80); // no digits, of bytes below 16
+    if (((others & (others - 1)) | (text & everyByte(0xF0))) != 0) {
+        return false;
+    }
+    const int separator = std::countr_zero(others | endBit) & ~7;
+    constexpr unsigned nothingOrSemicolon = 1U | 1U << (';' - '0');
+    if (separator > 32 || end - separator > 40 || (nothingOrSemicolon >> (text >> separator & 0xF) & 1) == 0) {
+        return false;
+    }
+    // Either number's last digit comes to stand highest in its half, with zeros in front.
+    const auto low = static_cast<std::uint32_t>(text << (32 - separator));
+    const std::uint64_t high = text >> separator >> 8 << (40 - end + separator);
+    const std::uint64_t both = sumOfDigits(low | high << 32);
+    sequence.first = static_cast<std::int32_t>(both & 0xFFFF);
+    sequence.second = static_cast<std::int32_t>(both >> 32) | -static_cast<std::int32_t>(separator == end);
+    return true;
 }
 
 /// The number that up to four digits are; there are four bytes to read.

@@ -133,6 +133,11 @@ bool Terminal::applyTabledMode(int mode, bool on) {
 }
 
 void Terminal::applyDECPrivateMode(int mode, bool on) {
+    if (mode == 25) {
+        // What programs change most, around all that they draw.
+        setCursorVisible(on);
+        return;
+    }
     if (applyTabledMode(mode, on)) {
         return;
     }
@@ -152,9 +157,6 @@ void Terminal::applyDECPrivateMode(int mode, bool on) {
         break;
     case 12:
         setCursorBlink(on);
-        break;
-    case 25:
-        setCursorVisible(on);
         break;
     case 45:
         m_buffer->reverseWraparound = on;

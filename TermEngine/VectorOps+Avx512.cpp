@@ -50,6 +50,25 @@ TERM_AVX512 void expandAscii(std::uint64_t* cells, const std::uint8_t* bytes, st
     }
 }
 
+/// Whether there is a gap, and how long it is, nobody can foretell: for up to 64 cells there is no branch on it.
+TERM_AVX512 void expandAsciiBehind(
+    std::uint64_t* cells, std::ptrdiff_t gap, std::uint64_t blank, const std::uint8_t* bytes, std::size_t size,
+    std::uint64_t pen) {
+    const __m512i blanks = _mm512_set1_epi64(static_cast<long long>(blank));
+    const std::size_t count = gap < 0 ? 0 : static_cast<std::size_t>(gap);
+    std::uint64_t* const from = cells - count;
+    const std::uint64_t which = below(count < 64 ? count : 64);
+#pragma GCC unroll 8
+    for (unsigned at = 0; at < 64; at += 8) {
+        _mm512_mask_storeu_epi64(from + at, static_cast<__mmask8>(which >> at), blanks);
+    }
+    for (std::size_t at = 64; at < count; at += 8) {
+        const auto some = static_cast<__mmask8>(below(count - at < 8 ? count - at : 8));
+        _mm512_mask_storeu_epi64(from + at, some, blanks);
+    }
+    expandAscii(cells, bytes, size, pen);
+}
+
 /// A column of the table of sequences, by the upper five bits of a lead byte.
 template <typename Field>
 constexpr std::array<std::uint32_t, 32> column(Field field) {
@@ -277,6 +296,7 @@ VectorOps avx512Ops(const VectorOps& slower) {
         .name = "avx512",
         .asciiRun = asciiRun,
         .expandAscii = expandAscii,
+        .expandAsciiBehind = expandAsciiBehind,
         .decodeUtf8 = decodeUtf8,
         .expandScalars = expandScalars,
         .decodeBase64 = decodeBase64,

@@ -263,6 +263,7 @@ const std::vector<VectorOps>& all() {
             {.name = "plain",
              .asciiRun = asciiRunPlain,
              .expandAscii = expandAsciiPlain,
+             .expandAsciiBehind = nullptr,
              .decodeUtf8 = decodeUtf8Plain,
              .expandScalars = expandScalarsPlain,
              .decodeBase64 = detail::decodeBase64Plain,

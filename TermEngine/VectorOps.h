@@ -32,6 +32,11 @@ struct VectorOps {
     std::size_t (*asciiRun)(const std::uint8_t* bytes, std::size_t size);
     /// cells[i] = bytes[i] << 2 | pen
     void (*expandAscii)(std::uint64_t* cells, const std::uint8_t* bytes, std::size_t size, std::uint64_t pen);
+    /// The same, and the `gap` cells in front of `cells` become `blank`, none if that is negative. Null where it is
+    /// faster to fill the gap first.
+    void (*expandAsciiBehind)(
+        std::uint64_t* cells, std::ptrdiff_t gap, std::uint64_t blank, const std::uint8_t* bytes, std::size_t size,
+        std::uint64_t pen);
     /// Whole sequences at the front, ASCII among them; never a control, or what is no UTF-8. It may stop anywhere
     /// between two of them, and does before much ASCII. `scalars` has room for `size` and the slack.
     DecodedText (*decodeUtf8)(const std::uint8_t* bytes, std::size_t size, char32_t* scalars);

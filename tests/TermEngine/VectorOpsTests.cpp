@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -225,8 +227,67 @@ TEST(VectorOps, TellDigitsAndSemicolons) {
             }
             const bool isPrintable = byte >= 0x20 && byte < 0x7F;
             const std::size_t run = isPrintable || at >= 16 ? 16 : at;
-            ASSERT_EQ(detail::asciiRun16(text.data(), text.size()), run) << byte;
-            ASSERT_EQ(detail::asciiRun16(text.data(), std::min<std::size_t>(at, 15)), std::min<std::size_t>(at, 15));
+            ASSERT_EQ(detail::asciiRun16(text.data()), run) << byte;
+        }
+    }
+}
+
+/// The same byte by byte; nothing for what is not so short.
+std::optional<detail::ShortSequence> shortSequence(const std::array<std::uint8_t, 8>& bytes) {
+    std::vector<std::string> numbers(1);
+    for (std::size_t at = 0; at < bytes.size(); ++at) {
+        const std::uint8_t byte = bytes[at];
+        if (byte >= 0x40 && byte < 0x7F && numbers.size() <= 2) {
+            const auto valueOf = [](const std::string& digits) { return digits.empty() ? 0 : std::stoi(digits); };
+            return detail::ShortSequence{
+                static_cast<int>(at) + 1, byte, valueOf(numbers[0]), numbers.size() == 2 ? valueOf(numbers[1]) : -1};
+        }
+        if (byte == ';') {
+            numbers.emplace_back();
+        } else if (byte >= '0' && byte <= '9' && numbers.back().size() < 4) {
+            numbers.back() += static_cast<char>(byte);
+        } else {
+            return {};
+        }
+    }
+    return {};
+}
+
+TEST(VectorOps, ReadShortSequencesAsByteByByte) {
+    static constexpr std::string_view bytes = "000123456789;;;;HmK@~:</?! \x1B\x7F\x80\xB1\xC8\xFF";
+    std::mt19937 random(5);
+    int found = 0;
+    for (int round = 0; round < 200'000; ++round) {
+        std::array<std::uint8_t, 8> text{};
+        // Often digits and semicolons alone up to the end.
+        const std::size_t kinds = round % 2 == 0 ? bytes.size() : bytes.find('K');
+        std::ranges::generate(text, [&] { return static_cast<std::uint8_t>(bytes[random() % kinds]); });
+        const auto expected = shortSequence(text);
+        detail::ShortSequence read;
+        const bool isShort = detail::readShortSequence(text.data(), read) && read.final >= 0x40 && read.final < 0x7F;
+        const std::string shown(text.begin(), text.end());
+        ASSERT_EQ(isShort, expected.has_value()) << testing::PrintToString(shown);
+        if (expected) {
+            ++found;
+            ASSERT_TRUE(read == *expected) << testing::PrintToString(shown);
+        }
+    }
+    EXPECT_GT(found, 50'000);
+}
+
+TEST(VectorOps, FillTheGapBeforeARun) {
+    constexpr std::uint64_t blank = 0x123456789;
+    const std::vector<std::uint8_t> text(20, 'x');
+    for (const VectorOps& ops : availableVectorOps()) {
+        for (std::ptrdiff_t gap = -40; ops.expandAsciiBehind != nullptr && gap < 200; ++gap) {
+            const std::size_t size = static_cast<std::size_t>(gap + 40) % text.size();
+            std::vector<std::uint64_t> expected(300, untouched);
+            std::vector<std::uint64_t> cells = expected;
+            std::fill_n(
+                expected.begin() + 210 - std::max<std::ptrdiff_t>(gap, 0), std::max<std::ptrdiff_t>(gap, 0), blank);
+            std::fill_n(expected.begin() + 210, size, PackedCell::make(PackedCell::Kind::scalar, 'x', pen).rawValue);
+            ops.expandAsciiBehind(cells.data() + 210, gap, blank, text.data(), size, pen);
+            ASSERT_EQ(cells, expected) << ops.name << ", " << gap;
         }
     }
 }

@@ -20,7 +20,7 @@ FocusScope {
     readonly property bool ready: words.text.trim().length > 0 && projectID.length > 0
     readonly property bool missing: agentRow?.isMissing ?? false
     readonly property string taskTitle: conversing ? agents.panelTask : agents.pageTask
-    readonly property string explanation: missing ? agents.whyMissing(agent) : autonomyRow ? autonomyRow.explanation : ""
+    readonly property string explanation: missing ? agents.whyMissing(agent) : agents.autonomyExplanation(agent, autonomy)
     signal sent
 
     function start() {
@@ -204,7 +204,7 @@ FocusScope {
             // By how much they would reach into the buttons: the first of them gives way.
             readonly property int excess: {
                 const first = composer.fixedProjectID.length === 0 ? projectButton.implicitWidth + spacing : 0;
-                return Math.max(0, x + first + agentButton.implicitWidth + spacing + autonomyButton.implicitWidth - starts.x);
+                return Math.max(0, x + first + agentButton.implicitWidth + (autonomyButton.visible ? spacing + autonomyButton.implicitWidth : 0) - starts.x);
             }
 
             x: Theme.space8
@@ -271,6 +271,7 @@ FocusScope {
             MenuButton {
                 id: autonomyButton
 
+                visible: composer.agents.hasAutonomy(composer.agent)
                 name: qsTr("Autonomy")
                 glyph: composer.autonomyRow ? composer.autonomyRow.glyph : ""
                 text: composer.autonomyRow ? composer.autonomyRow.text : ""
@@ -410,10 +411,10 @@ FocusScope {
             MenuRow {
                 required property int index
                 required property string title
-                required property string explanation
                 required glyph
 
                 text: title
+                note: composer.agents.autonomyExplanation(composer.agent, index)
                 onTriggered: composer.conversing ? composer.agents.panelAutonomy = index : composer.agents.pageAutonomy = index
             }
         }

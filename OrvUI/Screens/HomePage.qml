@@ -7,6 +7,8 @@ FocusScope {
 
     required property AppModel model
     required property Navigator nav
+    // What another look for projects would find.
+    property string news
     property int padding: Theme.pagePadding
     readonly property bool scrolled: cards.scrolled
     readonly property int columns: cards.columns
@@ -60,6 +62,7 @@ FocusScope {
         header: HomeHeader {
             width: cards.contentWidth
             model: page.model
+            news: page.news
             columns: cards.columns
             narrowed: page.narrowed
             onProjectChosen: projectID => page.projectChosen(projectID)

@@ -6,6 +6,7 @@ FocusScope {
     id: pages
 
     required property AppModel model
+    property string news
     required property Navigator nav
     required property bool narrow
     required property bool wide
@@ -89,6 +90,7 @@ FocusScope {
         focus: visible
         model: pages.model
         nav: pages.nav
+        news: pages.news
         padding: pages.padding
         onFolderRequested: pages.folderRequested()
         onAddRequested: clones => pages.nav.addProject(clones)

@@ -285,9 +285,12 @@ TEST_F(SetupTest, AsksOnceForAnInstallThatLeavesNoMarker) {
 }
 
 TEST_F(SetupTest, DoesNotTakeAnInstallThatFailedForDoneBecauseItsMarkerIsThere) {
-    addScript(u"shop/web"_s, u"npm-install.sh"_s, "mkdir -p node_modules; echo 'no network' >&2; exit 7\n");
+    addScript(
+        u"shop/web"_s, u"npm-install.sh"_s,
+        "mkdir -p node_modules; echo 'getaddrinfo EAI_AGAIN here' >&2; echo log; exit 7\n");
     install(u"shop"_s, {ServiceKind::frontend});
     EXPECT_EQ(model->setupPhase(), u"failed"_s);
+    EXPECT_EQ(model->setupReason(), u"The network could not be reached: getaddrinfo EAI_AGAIN here"_s);
     model->cancelInstall();
     makeModel(); // nor after a restart
     addScript(u"shop/web"_s, u"npm-install.sh"_s, "echo installing >>installed.txt\n");

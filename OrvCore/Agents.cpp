@@ -1,5 +1,7 @@
 #include "OrvCore/Agents.h"
 
+#include <algorithm>
+
 namespace orv {
 
 namespace {
@@ -43,7 +45,8 @@ constexpr std::array agents{
         .binary = {},
         .signInCommand = {},
         .installHint = u"" QT_TRANSLATE_NOOP("Agents", "Any command-line agent; set its command in Settings \u2192 AI"),
-        .notice = {}},
+        .notice = {},
+        .hasAutonomy = false},
 };
 
 constexpr std::array autonomies{
@@ -56,6 +59,32 @@ constexpr std::array autonomies{
     AutonomyInfo{
         AgentAutonomy::full, u"" QT_TRANSLATE_NOOP("Agents", "Full auto"),
         u"" QT_TRANSLATE_NOOP("Agents", "Edits files and runs any command without asking. Use with care.")},
+};
+
+struct OwnHold {
+    AgentKind kind;
+    AgentAutonomy autonomy;
+    QStringView explanation;
+};
+constexpr QStringView heldByItsLine =
+    u"" QT_TRANSLATE_NOOP("Agents", "Its own command line says what it may do. Nothing else holds it back.");
+constexpr std::array ownHolds{
+    OwnHold{
+        AgentKind::codex, AgentAutonomy::plan,
+        u"" QT_TRANSLATE_NOOP("Agents", "Runs in a sandbox in which it reads everything and writes nothing.")},
+    OwnHold{
+        AgentKind::codex, AgentAutonomy::edit,
+        u"" QT_TRANSLATE_NOOP(
+            "Agents", "Edits files and runs commands without asking, in a sandbox: it writes only in the project and "
+                      "has no network.")},
+    OwnHold{
+        AgentKind::gemini, AgentAutonomy::plan,
+        u"" QT_TRANSLATE_NOOP(
+            "Agents", "Is not told to plan: what would change something needs an approval, and nobody is there to "
+                      "give it.")},
+    OwnHold{AgentKind::custom, AgentAutonomy::plan, heldByItsLine},
+    OwnHold{AgentKind::custom, AgentAutonomy::edit, heldByItsLine},
+    OwnHold{AgentKind::custom, AgentAutonomy::full, heldByItsLine},
 };
 
 /// Whether each row stands at the place of its case.
@@ -79,6 +108,12 @@ const AgentInfo& agentInfo(AgentKind kind) {
 
 const AutonomyInfo& autonomyInfo(AgentAutonomy autonomy) {
     return autonomies[static_cast<size_t>(autonomy)];
+}
+
+QStringView autonomyExplanation(AgentKind kind, AgentAutonomy autonomy) {
+    const auto own = std::ranges::find_if(
+        ownHolds, [&](const OwnHold& each) { return each.kind == kind && each.autonomy == autonomy; });
+    return own != ownHolds.end() ? own->explanation : autonomyInfo(autonomy).explanation;
 }
 
 } // namespace orv

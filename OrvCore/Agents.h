@@ -47,6 +47,7 @@ struct AgentInfo {
     QStringView installHint;    ///< a shell line; of a custom agent, a sentence
     QStringView notice;         ///< a caution beside the agent in pickers
     bool keepsSessions = false; ///< a later run can go on where an earlier one ended
+    bool hasAutonomy = true;    ///< its command line is made for each level; a custom one's is as the user wrote it
 };
 [[nodiscard]] const AgentInfo& agentInfo(AgentKind kind);
 
@@ -56,6 +57,8 @@ struct AutonomyInfo {
     QStringView explanation;
 };
 [[nodiscard]] const AutonomyInfo& autonomyInfo(AgentAutonomy autonomy);
+/// What holds this agent to the level, where that is not what the level says of itself.
+[[nodiscard]] QStringView autonomyExplanation(AgentKind kind, AgentAutonomy autonomy);
 
 /// An assignment of the shell that puts the user's own executables, where installers of agents put them, first.
 inline constexpr QLatin1StringView agentLocalBinPath("PATH=\"$HOME/.local/bin:$PATH\"");

@@ -254,6 +254,9 @@ QFuture<int> run(Invocation& call) {
                 .linkedTask = *task,
                 .autonomy = *autonomy,
                 .ownWorktree = call.isSet(u"worktree"_s) ? std::optional(true) : std::nullopt};
+            if (wish.autonomy && !agentInfo(wish.agent).hasAutonomy) {
+                call.note(agentText(autonomyExplanation(wish.agent, *wish.autonomy)));
+            }
             const auto start = [&call, &desk, wish, meant = *project] { return begin(call, desk, wish, meant); };
             onFinished(desk.model().orphans()->look(), &desk, [&call, &desk, wish, start, finish] {
                 sayWhatIsLeft(call, *desk.model().orphans(), wish);
@@ -334,11 +337,11 @@ void printRun(const Invocation& call, const AgentRun& run) {
     const AgentRunRow row = AgentRunRow::of(run);
     const bool hasColor = out.hasColor();
     out.writeLine(painted(printable(row.task.simplified()), Style::bold, hasColor));
-    out.writeLine(painted(
-        u"%1 in %2 · %3 · %4 · %5"_s.arg(
-            row.agentName, printable(row.projectName), row.autonomyTitle,
-            row.startedAt.toLocalTime().toString(u"yyyy-MM-dd hh:mm"_s), shortID(run)),
-        Style::dim, hasColor));
+    QStringList facts{
+        u"%1 in %2"_s.arg(row.agentName, printable(row.projectName)), row.autonomyTitle,
+        row.startedAt.toLocalTime().toString(u"yyyy-MM-dd hh:mm"_s), shortID(run)};
+    facts.removeAll(QString());
+    out.writeLine(painted(facts.join(u" · "_s), Style::dim, hasColor));
     for (const AgentEvent& event : run.events()) {
         out.writeLine(eventText(event, hasColor));
     }
@@ -521,7 +524,7 @@ Command agentCommand() {
           2,
           u"hands a task to an agent and shows its work until it ends"_s,
           {{u"agent"_s, u"AGENT"_s, u"claude, codex, gemini, antigravity or custom; else that of the settings"_s},
-           {u"autonomy"_s, u"LEVEL"_s, u"plan, edit or full; else that of the settings"_s},
+           {u"autonomy"_s, u"LEVEL"_s, u"plan, edit or full; else that of the settings. Means nothing to custom"_s},
            {u"worktree"_s, {}, u"in a git work tree of its own"_s},
            {u"task"_s, u"ID"_s, u"the to-do item that is done when the agent has succeeded"_s}},
           run},

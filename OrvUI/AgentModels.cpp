@@ -172,6 +172,17 @@ QString AgentModels::whyMissing(int agent) const {
     return kind && m_programs.isMissing(*kind) ? AgentPrograms::missingText(*kind) : QString();
 }
 
+bool AgentModels::hasAutonomy(int agent) const {
+    const auto kind = at(allAgentKinds, agent);
+    return kind && agentInfo(*kind).hasAutonomy;
+}
+
+QString AgentModels::autonomyExplanation(int agent, int autonomy) const {
+    const auto kind = at(allAgentKinds, agent);
+    const auto level = at(allAgentAutonomies, autonomy);
+    return kind && level ? agentText(orv::autonomyExplanation(*kind, *level)) : QString();
+}
+
 /// It would be a run that fails, and is kept. Somebody may have installed it just now: the next press finds that.
 bool AgentModels::refusesMissing(AgentKind kind) {
     // What a custom agent lacks is said where it is to be started.
@@ -292,6 +303,7 @@ void AgentModels::signIn(int agent) {
 
 void AgentModels::refreshAgents() {
     m_model.agents().refresh();
+    m_programs.look();
 }
 
 } // namespace orv

@@ -139,6 +139,10 @@ public:
     Q_INVOKABLE void lookForAgents() { m_programs.lookIfOld(); }
     /// What to say of an agent that is not there, in words for the user; empty: it is, as far as is known.
     [[nodiscard]] Q_INVOKABLE QString whyMissing(int agent) const;
+    /// Whether the levels of autonomy mean anything to it.
+    [[nodiscard]] Q_INVOKABLE bool hasAutonomy(int agent) const;
+    /// What it may do at that level, and what holds it to that.
+    [[nodiscard]] Q_INVOKABLE QString autonomyExplanation(int agent, int autonomy) const;
 
 Q_SIGNALS:
     void filterChanged();

@@ -130,7 +130,7 @@ AgentRunRow AgentRunRow::of(const AgentRun& run) {
         .agentLetters = lettersOf(facts.agent),
         .projectID = facts.projectID,
         .projectName = facts.projectName,
-        .autonomyTitle = agentText(autonomyInfo(facts.autonomy).title),
+        .autonomyTitle = agentInfo(facts.agent).hasAutonomy ? agentText(autonomyInfo(facts.autonomy).title) : QString(),
         .state = rawValue(run.status().kind),
         .reason = run.status().reason,
         .answer = run.answer().value_or(QString()),
@@ -196,7 +196,8 @@ AgentRow AgentRow::of(AgentKind kind, const AgentCatalog& catalog, AgentKind def
         .installHint = agentText(info.installHint),
         .action = isCustom ? u"setUp"_s : u"copyInstall"_s,
         .isInstalled = status.installed,
-        .isDefault = kind == defaultAgent};
+        .isDefault = kind == defaultAgent,
+        .hasAutonomy = info.hasAutonomy};
     if (status.installed) {
         const QString installed = isCustom ? Words::tr("Command set") : Words::tr("Installed");
         row.status = row.version.isEmpty() ? installed : installed + u" · "_s + numberIn(row.version);
@@ -219,6 +220,7 @@ const std::vector<RowRole<AgentRow>>& AgentRow::roles() {
         memberRole<&Row::action, Row>("action"),
         memberRole<&Row::isInstalled, Row>("isInstalled"),
         memberRole<&Row::isDefault, Row>("isDefault"),
+        memberRole<&Row::hasAutonomy, Row>("hasAutonomy"),
         memberRole<&Row::isMissing, Row>("isMissing"),
     };
     return table;

@@ -22,9 +22,9 @@ struct AgentRunRow {
     QString agentLetters;
     QString projectID;
     QString projectName;
-    QString autonomyTitle;
-    QString state;  ///< "running", "succeeded", "stopped", "failed"
-    QString reason; ///< of a failed one
+    QString autonomyTitle; ///< empty where none of ours holds the agent
+    QString state;         ///< "running", "succeeded", "stopped", "failed"
+    QString reason;        ///< of a failed one
     QString answer;
     QString duration;  ///< "6 min"; of one that goes on, empty
     QString cost;      ///< "$0.42"; empty when none was reported
@@ -55,6 +55,7 @@ struct AgentRow {
     QString action; ///< what the user can do about it: "signIn", "copyInstall", "setUp" or nothing
     bool isInstalled = false;
     bool isDefault = false;
+    bool hasAutonomy = true;
     bool isMissing = false; ///< a run would not find it; false as long as nothing is known
 
     bool operator==(const AgentRow&) const = default;

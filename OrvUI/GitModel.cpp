@@ -4,6 +4,7 @@
 #include "OrvUI/CommitForm.h"
 #include "OrvUI/Pool_p.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -98,6 +99,7 @@ struct GitModel::Found {
     QString repository;
     QList<RepositoryRow> repositories;
     RepoStatus status;
+    QByteArray mark;
     int changes = 0;
     QString ownFolder;
     int ownChanges = 0;
@@ -118,6 +120,8 @@ GitModel::GitModel(GitOverview& overview, const Project& project, QObject* paren
       m_commitForm(std::make_unique<CommitForm>(*this, overview)) {
     ORV_ASSERT_MAIN_THREAD();
     connect(this, &GitModel::selectionChanged, this, &GitModel::updateCurrentRow);
+    m_nextLook.setSingleShot(true);
+    connect(&m_nextLook, &QTimer::timeout, this, &GitModel::look);
     m_reader.runner.purpose = GitPurpose::background;
     m_reader.runner.cancellation.emplace();
     connect(&overview, &GitOverview::busyChanged, this, &GitModel::busyChanged);
@@ -184,6 +188,7 @@ QFuture<void> GitModel::refresh() {
         return m_next->future();
     }
     m_loading = std::make_unique<Completion>();
+    m_nextLook.stop();
     const QFuture<void> end = m_loading->future();
     load();
     return end;
@@ -206,7 +211,9 @@ void GitModel::load() {
     const int length = std::max(historyPage, m_history.rowCount());
     const auto work = [reader = m_reader, project = m_project, scanRoot = m_overview.scanRoot(), wanted = m_wanted,
                        length] { return find(reader, project, scanRoot, wanted, length); };
-    onFinished(runIn(m_overview.pool(), work), this, [this, at = m_generation](const Found& found) {
+    QElapsedTimer clock;
+    clock.start();
+    onFinished(runIn(m_overview.pool(), work), this, [this, clock, at = m_generation](const Found& found) {
         if (at == m_generation) {
             takeIn(found);
         }
@@ -214,6 +221,7 @@ void GitModel::load() {
         if (m_loading) {
             load();
         }
+        restAfterReading(std::chrono::milliseconds(clock.elapsed()));
         ended->finish();
     });
 }
@@ -255,6 +263,8 @@ GitModel::Found GitModel::find(
         found.status.hasCommits = !found.history.isEmpty();
     } else if (auto status = service.status(found.repository)) {
         found.state = State::ready;
+        // Before a diff is read: what is edited meanwhile makes another mark.
+        found.mark = markOf(found.repository, *status);
         found.lists = ChangeLists::of(status->changes);
         found.ownChanges = static_cast<int>(std::ranges::count_if(
             status->changes, [&](const FileChange& each) { return each.path.startsWith(found.ownFolder); }));
@@ -313,6 +323,7 @@ void GitModel::takeInState(const Found& found) {
     m_ownFolder = found.ownFolder;
     m_ownChangeCount = found.ownChanges;
     m_state = found.state;
+    m_mark = found.mark;
     m_problem = found.problem;
     m_note = found.note;
     m_status = found.status;

@@ -7,8 +7,11 @@
 #include "OrvUI/GitOverview.h"
 #include "OrvUI/GitRows.h"
 
+#include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
+
+#include <chrono>
 
 Q_MOC_INCLUDE("OrvUI/CommitForm.h")
 
@@ -72,6 +75,7 @@ class GitModel : public QObject {
     Q_PROPERTY(QString identityName READ identityName NOTIFY detailsChanged)
     Q_PROPERTY(QString identityEmail READ identityEmail NOTIFY detailsChanged)
     Q_PROPERTY(QVariantMap identities READ identities NOTIFY identitiesChanged)
+    Q_PROPERTY(bool lookedAt READ isLookedAt WRITE setLookedAt NOTIFY lookedAtChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
     Q_PROPERTY(QString busyText READ busyText NOTIFY busyChanged)
     Q_PROPERTY(QString busyWith READ busyWith NOTIFY busyChanged)
@@ -87,6 +91,13 @@ public:
     /// Reads everything again. While that goes on, this is the end of the next time.
     QFuture<void> refresh();
     Q_INVOKABLE void refreshNow() { refresh(); }
+
+    /// While somebody looks at the page, a status is taken again and again, and everything is read anew when files were
+    /// edited. There is no timer otherwise.
+    [[nodiscard]] bool isLookedAt() const { return m_isLookedAt; }
+    void setLookedAt(bool isLookedAt);
+    std::chrono::milliseconds lookInterval =
+        std::chrono::seconds(2); ///< between two looks; longer where they take long
 
     [[nodiscard]] const QString& projectID() const { return m_project.id; }
     [[nodiscard]] RowModel<RepositoryRow>* repositories() { return &m_repositories; }
@@ -235,6 +246,7 @@ Q_SIGNALS:
     void selectionChanged();
     void fileChanged();
     void historyChanged();
+    void lookedAtChanged();
     void detailsChanged();
     void identitiesChanged();
     void busyChanged();
@@ -261,6 +273,12 @@ private:
     [[nodiscard]] static Found find(
         const GitService& service, const Project& project, const QString& scanRoot, const QString& wanted,
         int historyLength);
+    /// Of everything that a status tells, and of the changed files as they are: when it is the same, nothing was
+    /// edited.
+    [[nodiscard]] static QByteArray markOf(const QString& repository, const RepoStatus& status);
+    void look();
+    void lookLater();
+    void restAfterReading(std::chrono::milliseconds time);
     void load();
     void takeIn(const Found& found);
     void takeInState(const Found& found);
@@ -317,8 +335,13 @@ private:
 
     std::unique_ptr<Completion> m_loading; ///< the reading that runs
     std::unique_ptr<Completion> m_next;    ///< asked for while another one ran
-    int m_generation = 0;                  ///< of the repository that is shown
-    int m_fileGeneration = 0;              ///< of the file or commit that is shown
+    QTimer m_nextLook;
+    bool m_isLookedAt = false;
+    bool m_isLooking = false;
+    QByteArray m_mark;                   ///< of what was read
+    std::chrono::milliseconds m_rest{0}; ///< until the next look, by what the last one or a reading took
+    int m_generation = 0;                ///< of the repository that is shown
+    int m_fileGeneration = 0;            ///< of the file or commit that is shown
     bool m_hasMoreHistory = false;
     bool m_isLoadingHistory = false;
 

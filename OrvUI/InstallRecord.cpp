@@ -45,6 +45,22 @@ qint64 modified(const QFileInfo& info) {
     return info.lastModified().toMSecsSinceEpoch();
 }
 
+/// Beside or in node_modules, what npm, pnpm and Yarn write there when they are done. Other tools keep caches in that
+/// folder, so the folder itself says nothing.
+constexpr std::array nodeMarks{
+    u"/.package-lock.json", u"/.modules.yaml", u"/.yarn-integrity", u"/.yarn-state.yml", u"/../.yarn/install-state.gz"};
+
+/// The files that tell of an install into the folder; empty where only the folder does, as of Bun.
+QStringList marksIn(const ServiceTarget& target, const QString& folder) {
+    QStringList marks;
+    if (folder.endsWith(u"node_modules"_s) && !CommandBuilder::installBody(target).contains(u"bun "_s)) {
+        for (const char16_t* mark : nodeMarks) {
+            marks.append(folder + QString::fromUtf16(mark));
+        }
+    }
+    return marks;
+}
+
 /// When something was last put into or taken out of what an install makes in the target's folder. Tools note in a file
 /// at its top that they are done; of a Python environment the packages lie deeper. A lock file may just as well have
 /// come with a pull.
@@ -53,6 +69,14 @@ qint64 newestChange(const ServiceTarget& target) {
     qint64 newest = longAgo;
     for (const QString& marker : CommandBuilder::installMarkers(target)) {
         const QString path = target.directory + u'/' + marker;
+        const QStringList marks = marksIn(target, path);
+        if (!marks.isEmpty()) {
+            for (const QString& mark : marks) {
+                const QFileInfo info(mark);
+                newest = info.exists() ? std::max(newest, modified(info)) : newest;
+            }
+            continue;
+        }
         QFileInfoList looked = QDir(path).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
         for (const QString& python : QDir(path + u"/lib"_s).entryList({u"python*"_s}, QDir::Dirs)) {
             looked.append(QFileInfo(path + u"/lib/"_s + python + u"/site-packages"_s));

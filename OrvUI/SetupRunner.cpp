@@ -2,12 +2,46 @@
 
 #include "OrvCore/Async.h"
 #include "OrvCore/CommandBuilder.h"
+#include "OrvProcess/PortParser.h"
 #include "OrvUI/Pool_p.h"
+
+#include <algorithm>
+#include <array>
 
 namespace orv {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+
+namespace {
+
+/// What the resolvers and sockets of Node, Python, Go, Rust, PHP and Ruby say without a network; the last line of their
+/// output often says something else.
+constexpr std::array networkWords{
+    "EAI_AGAIN"_L1,
+    "ENOTFOUND"_L1,
+    "ENETUNREACH"_L1,
+    "Temporary failure in name resolution"_L1,
+    "Could not resolve host"_L1,
+    "dns error"_L1,
+    "no such host"_L1,
+    "Network is unreachable"_L1,
+    "nodename nor servname provided"_L1};
+
+/// Why an install failed, where its end doesn't tell.
+QString reasonOf(const ServiceState& state, const LogBuffer& log) {
+    constexpr int linesLookedAt = 100;
+    int left = linesLookedAt;
+    for (auto line = log.rbegin(); line != log.rend() && left > 0; ++line, --left) {
+        if (std::ranges::any_of(networkWords, [&](QLatin1StringView words) { return line->contains(words); })) {
+            return SetupRunner::tr("The network could not be reached: %1")
+                .arg(PortParser::stripANSI(*line).simplified());
+        }
+    }
+    return state.message;
+}
+
+} // namespace
 
 SetupRunner::SetupRunner(Parts parts, QList<Step> steps, QObject* parent)
     : QObject(parent),
@@ -119,7 +153,7 @@ void SetupRunner::end(const ServiceState& state) {
             advance();
             return;
         }
-        fail(isStopped ? tr("Stopped.") : state.message);
+        fail(isStopped ? tr("Stopped.") : reasonOf(state, m_processes.log(m_steps[m_index].id)));
     });
 }
 

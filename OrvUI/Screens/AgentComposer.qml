@@ -22,7 +22,7 @@ FocusScope {
     // An agent from last time still works in the project's folder.
     readonly property bool held: projectID.length > 0 && Array.from(model.orphans.agentProjects).includes(projectID)
     readonly property string taskTitle: conversing ? agents.panelTask : agents.pageTask
-    readonly property string explanation: missing ? agents.whyMissing(agent) : autonomyRow ? autonomyRow.explanation : ""
+    readonly property string explanation: missing ? agents.whyMissing(agent) : agents.autonomyExplanation(agent, autonomy)
     signal sent
 
     function start() {
@@ -256,7 +256,7 @@ FocusScope {
             // By how much they would reach into the buttons: the first of them gives way.
             readonly property int excess: {
                 const first = composer.fixedProjectID.length === 0 ? projectButton.implicitWidth + spacing : 0;
-                return Math.max(0, x + first + agentButton.implicitWidth + spacing + autonomyButton.implicitWidth - starts.x);
+                return Math.max(0, x + first + agentButton.implicitWidth + (autonomyButton.visible ? spacing + autonomyButton.implicitWidth : 0) - starts.x);
             }
 
             x: Theme.space8
@@ -323,6 +323,7 @@ FocusScope {
             MenuButton {
                 id: autonomyButton
 
+                visible: composer.agents.hasAutonomy(composer.agent)
                 name: qsTr("Autonomy")
                 glyph: composer.autonomyRow ? composer.autonomyRow.glyph : ""
                 text: composer.autonomyRow ? composer.autonomyRow.text : ""
@@ -462,10 +463,10 @@ FocusScope {
             MenuRow {
                 required property int index
                 required property string title
-                required property string explanation
                 required glyph
 
                 text: title
+                note: composer.agents.autonomyExplanation(composer.agent, index)
                 onTriggered: composer.conversing ? composer.agents.panelAutonomy = index : composer.agents.pageAutonomy = index
             }
         }

@@ -84,6 +84,7 @@ Column {
                 anchors.verticalCenter: parent.verticalCenter
                 width: Math.min(implicitWidth, parent.width - x)
                 color: Theme.text3
+                visible: turn.autonomyTitle.length > 0
                 text: qsTr("· %1").arg(turn.autonomyTitle)
             }
         }

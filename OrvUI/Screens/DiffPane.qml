@@ -171,7 +171,8 @@ FocusScope {
         EmptyState {
             anchors.centerIn: parent
             width: Math.min(Theme.emptyWidth, parent.width - Theme.space32)
-            visible: view.shown === 0 && !pane.git.isLoadingDiff
+            // What was said stays while the same is read again.
+            visible: view.shown === 0 && (!pane.git.isLoadingDiff || pane.git.diffNote.length > 0)
             picture: "uncommitted"
             heading: pane.git.state === "failed" ? qsTr("Git can't read this repository") : pane.git.selectedPath.length > 0 || pane.ofCommit ? pane.git.diffNote : pane.git.changeCount > 0 ? qsTr("Choose a file to see what changed in it") : pane.git.hasCommits ? qsTr("Nothing to commit") : qsTr("Nothing here yet")
             text: pane.git.state === "failed" ? pane.git.problem : pane.git.selectedPath.length > 0 || pane.ofCommit ? "" : pane.git.changeCount > 0 ? qsTr("Space stages it, and a drag over lines chooses some of them.") : pane.git.hasCommits ? qsTr("Everything is in the last commit.") : qsTr("Files that you add to the folder show up here.")

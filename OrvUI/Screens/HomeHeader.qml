@@ -9,6 +9,7 @@ Column {
     required property int columns
     // A search or a filter shows its result alone.
     required property bool narrowed
+    property string news
     signal projectChosen(string projectID)
     signal logsChosen(string projectID, string key)
     required property SettingsForm form
@@ -49,6 +50,7 @@ Column {
         }
 
         Row {
+            height: summary.height
             spacing: Theme.space8
 
             Loader {
@@ -64,10 +66,24 @@ Column {
             Label {
                 id: summary
 
-                width: Math.min(implicitWidth, header.width)
+                width: Math.min(implicitWidth, header.width - (changed.visible ? changed.width + Theme.space8 : 0))
                 color: Theme.text2
                 text: !header.model.hasScanned ? qsTr("Looking for projects…")
                     : header.model.projectCount === 0 ? qsTr("No projects in %1 yet").arg(header.model.scanRootText) : header.model.summaryLine
+            }
+
+            // The list stays as it is until somebody wants the new one.
+            Button {
+                id: changed
+
+                anchors.verticalCenter: parent.verticalCenter
+                visible: header.news.length > 0 && !header.model.isScanning
+                ghost: true
+                controlHeight: Theme.controlMini
+                glyph: "refresh-cw"
+                glyphSize: Theme.iconMini
+                text: qsTr("Refresh: %1").arg(header.news)
+                onClicked: header.model.refreshNow()
             }
         }
     }

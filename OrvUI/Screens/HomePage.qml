@@ -7,6 +7,8 @@ FocusScope {
 
     required property AppModel model
     required property Navigator nav
+    // What another look for projects would find.
+    property string news
     property int padding: Theme.pagePadding
     property real covered: 0
     readonly property bool scrolled: cards.scrolled
@@ -62,6 +64,7 @@ FocusScope {
         header: HomeHeader {
             width: cards.contentWidth
             model: page.model
+            news: page.news
             columns: cards.columns
             narrowed: page.narrowed
             onProjectChosen: projectID => page.projectChosen(projectID)

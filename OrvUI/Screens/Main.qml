@@ -75,9 +75,16 @@ Window {
             model.updateGreeting();
             model.lookAtGit();
             model.orphans.lookAgain();
+            folder.lookIfBlind();
         }
     }
     onActiveFocusItemChanged: returnFocus()
+
+    ScanWatch {
+        id: folder
+
+        model: root.model
+    }
 
     PaletteModel {
         id: paletteModel
@@ -145,6 +152,7 @@ Window {
                 searchHint: pages.inSettings ? qsTr("Find a setting") : qsTr("Search projects")
                 narrow: root.narrow
                 busy: root.model.isScanning
+                news: folder.news
                 scrolled: pages.scrolled
                 ownFrame: root.ownFrame
                 padding: root.pagePadding
@@ -226,6 +234,7 @@ Window {
                 anchors.margins: Theme.hairline
                 anchors.topMargin: 0
                 focus: true
+                news: folder.news
                 model: root.model
                 nav: root.navigator
                 narrow: root.narrow

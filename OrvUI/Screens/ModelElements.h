@@ -27,6 +27,7 @@
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/ProjectFiles.h"
 #include "OrvUI/RunReview.h"
+#include "OrvUI/ScanWatch.h"
 #include "OrvUI/ServiceLogs.h"
 #include "OrvUI/SettingsForm.h"
 #include "OrvUI/Shortcuts.h"
@@ -196,6 +197,12 @@ struct PaletteElement {
     Q_GADGET
     QML_FOREIGN(orv::Palette)
     QML_NAMED_ELEMENT(PaletteModel)
+};
+
+struct ScanWatchElement {
+    Q_GADGET
+    QML_FOREIGN(orv::ScanWatch)
+    QML_NAMED_ELEMENT(ScanWatch)
 };
 
 struct ProjectChoiceElement {

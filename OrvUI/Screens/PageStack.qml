@@ -6,6 +6,7 @@ FocusScope {
     id: pages
 
     required property AppModel model
+    property string news
     required property Navigator nav
     required property bool narrow
     required property bool wide
@@ -94,6 +95,7 @@ FocusScope {
         focus: visible
         model: pages.model
         nav: pages.nav
+        news: pages.news
         padding: pages.padding
         covered: pages.covered
         onFolderRequested: pages.folderRequested()

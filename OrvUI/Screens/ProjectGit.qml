@@ -14,6 +14,15 @@ FocusScope {
     // Where there are several repositories, another one can be chosen beside one that can't be read.
     readonly property string shown: git === null || git.state === "loading" ? "loading" : git.state === "none" || (git.state === "failed" && repositories.count < 2) ? git.state : "ready"
 
+    // Others work on the same files, so the page follows them as long as somebody may read it.
+    readonly property bool followed: visible && Window.active
+
+    function follow() {
+        if (page.git) {
+            page.git.lookedAt = page.followed;
+        }
+    }
+
     Instantiator {
         id: repositories
 
@@ -21,7 +30,14 @@ FocusScope {
         delegate: QtObject {}
     }
 
+    onFollowedChanged: follow()
+    onGitChanged: follow()
     Component.onCompleted: page.git?.refreshNow()
+    Component.onDestruction: {
+        if (page.git) {
+            page.git.lookedAt = false;
+        }
+    }
 
     Loader {
         anchors.fill: parent

@@ -115,6 +115,15 @@ Column {
                 }
             }
         }
+
+        Label {
+            width: parent.width
+            visible: section.agents.customCommand.length > 0
+            role: Theme.Small
+            color: Theme.text3
+            wrapMode: Text.Wrap
+            text: qsTr("A custom agent is held by its own command line alone.")
+        }
     }
 
     SettingGroup {

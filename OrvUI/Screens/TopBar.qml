@@ -14,6 +14,8 @@ FocusScope {
     property bool refreshable: true
     property bool narrow: false
     property bool busy: false
+    // What another look for projects would find.
+    property string news
     property bool scrolled: false
     property bool ownFrame: true
     property int padding: Theme.pagePadding
@@ -84,7 +86,7 @@ FocusScope {
             visible: bar.refreshable
             edge: Theme.controlRegular
             glyph: "refresh-cw"
-            text: qsTr("Refresh projects")
+            text: bar.news.length > 0 ? qsTr("Refresh projects: %1").arg(bar.news) : qsTr("Refresh projects")
             shortcut: Keymap.text("refresh")
             enabled: !bar.busy
             onClicked: bar.refreshRequested()
@@ -94,7 +96,7 @@ FocusScope {
                     anchors.fill: parent
                     visible: !bar.busy
                     name: "refresh-cw"
-                    color: Theme.text2
+                    color: bar.news.length > 0 ? Theme.accentText : Theme.text2
                 }
 
                 Spinner {

@@ -50,6 +50,7 @@ WelcomePage {
 
     Column {
         width: parent.width
+        visible: page.agents.hasAutonomy(page.form.defaultAgent)
         spacing: Theme.space8
 
         Label {

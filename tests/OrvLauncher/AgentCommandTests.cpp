@@ -44,9 +44,10 @@ protected:
 TEST_F(AgentCommand, StartsNoneThatIsNotThere) {
     for (const auto& [agent, hint] :
          {std::pair{u"gemini"_s, "Install it with “npm install -g"}, {u"custom"_s, "Set the custom agent's command"}}) {
-        const Ended ended = call({u"agent"_s, u"run"_s, shop, u"x"_s, u"--agent"_s, agent});
+        const Ended ended = call({u"agent"_s, u"run"_s, shop, u"x"_s, u"--agent"_s, agent, u"--autonomy"_s, u"plan"_s});
         EXPECT_EQ(ended.exitCode, 1);
         EXPECT_TRUE(ended.err.contains(hint)) << ended.err.constData();
+        EXPECT_EQ(ended.err.contains("Nothing else holds it back"), agent == u"custom") << ended.err.constData();
     }
     EXPECT_TRUE(runs().isEmpty()) << "nothing is stored";
 }

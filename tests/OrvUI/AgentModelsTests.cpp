@@ -412,6 +412,25 @@ TEST_F(AgentModelsTest, ShowTheAgentsAndChangeTheSettings) {
     const AppSettings& settings = model->settings().settings();
     EXPECT_TRUE(settings.defaultAgent == AgentKind::codex && settings.agentWorktrees);
     EXPECT_EQ(lists().customCommand(), u"mytool"_s);
+
+    // What holds an agent to a level is not the same for all of them, and nothing of ours holds a custom one.
+    const struct {
+        int agent, autonomy;
+        QString words;
+    } held[]{
+        {0, 0, u"Changes nothing."_s},    {1, 0, u"sandbox"_s},     {1, 1, u"no network"_s},
+        {2, 0, u"Is not told to plan"_s}, {2, 1, u"are refused"_s}, {4, 0, u"command line"_s},
+        {4, 2, u"command line"_s},
+    };
+    for (const auto& [agent, autonomy, words] : held) {
+        EXPECT_TRUE(lists().autonomyExplanation(agent, autonomy).contains(words)) << agent << ", " << autonomy;
+    }
+    EXPECT_EQ(column(*lists().agents(), "hasAutonomy").last(), u"false"_s);
+    lists().setCustomCommand(u"true"_s);
+    ASSERT_TRUE(lists().start(4, u"x"_s, shop, 0));
+    ASSERT_TRUE(settles(model->agentRuns().first()));
+    ASSERT_TRUE(waitFor([this] { return lists().runs()->rowCount() == 1; }));
+    EXPECT_EQ(column(*lists().runs(), "autonomyTitle"), QStringList{QString()});
 }
 
 TEST_F(AgentModelsTest, TypeTasksAndSignInsIntoTerminals) {

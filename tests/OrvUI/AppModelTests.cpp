@@ -1,5 +1,8 @@
 #include "OrvUI/NameSearch.h"
+#include "OrvUI/ScanWatch.h"
 #include "tests/OrvUI/ModelFixture.h"
+
+#include <QDir>
 
 #include <gmock/gmock.h>
 
@@ -301,4 +304,50 @@ TEST_F(AppModelTest, TakesAReportAwayUnlessANewerOneCame) {
     model->report(u"two"_s, true);
     EXPECT_TRUE(model->statusIsError());
     EXPECT_TRUE(waitFor([&] { return !model->hasStatus(); }));
+}
+
+TEST_F(AppModelTest, TellsWhatAnotherScanWouldFind) {
+    addInstalled(u"shop"_s, "vite", up(4001));
+    tree.add(u"projects/notes/a.txt"_s);
+    scan();
+    const auto move = [this](const QString& from, const QString& to) {
+        return QDir().rename(tree.path(from), tree.path(to));
+    };
+    addInstalled(u"../aside/moved"_s, "vite", up(4002));
+    struct Step {
+        const char* label;
+        std::function<void()> change;
+        QString news;
+    };
+    const QList<Step> steps{
+        {"made where a plain folder was", [&] { addInstalled(u"notes"_s, "vite", up(4003)); }, u"notes is new"_s},
+        {"moved in", [&] { EXPECT_TRUE(move(u"aside/moved"_s, u"projects/moved"_s)); }, u"2 projects are new"_s},
+        {"another service", [&] { addInstalled(u"shop/api"_s, "express", up(4004)); }, u"2 projects are new"_s},
+        {"moved away again", [&] { EXPECT_TRUE(move(u"projects/moved"_s, u"aside/moved"_s)); }, u"notes is new"_s},
+        {"removed", [&] { EXPECT_TRUE(QDir(root + u"/shop"_s).removeRecursively()); }, u"notes is new, shop is gone"_s},
+    };
+    for (const int limit : {256, 1}) {
+        ScanWatch watch;
+        watch.settleTime = std::chrono::milliseconds(1);
+        watch.mostFolders = limit;
+        watch.setModel(model.get());
+        for (const auto& [label, change, news] : steps) {
+            change();
+            // What can't be watched is looked at when the window is come to.
+            EXPECT_TRUE(waitFor([&] {
+                watch.lookIfBlind();
+                return watch.news() == news;
+            })) << label
+                << ", " << limit << ": " << watch.news().toStdString();
+            EXPECT_EQ(model->projects().size(), 1) << "nothing is listed unasked";
+        }
+        scan();
+        EXPECT_EQ(watch.news(), QString());
+        EXPECT_NE(model->project(root + u"/notes"_s), nullptr);
+        // As before.
+        EXPECT_TRUE(QDir(root + u"/notes"_s).removeRecursively());
+        addInstalled(u"shop"_s, "vite", up(4001));
+        tree.add(u"projects/notes/a.txt"_s);
+        scan();
+    }
 }

@@ -451,6 +451,38 @@ TEST_F(GitPage, DropsWhatIsStale) {
     EXPECT_EQ(gitText(r, {u"log"_s, u"-1"_s, u"--format=%s"_s}), u"Last"_s);
 }
 
+TEST_F(GitPage, FollowsEditsWhileItIsLookedAt) {
+    home.add(u"r/a"_s, "changed\n" + numbered(40));
+    open(r);
+    select(u"a"_s, false);
+    model->diff()->setSelected(1, true);
+    ASSERT_TRUE(model->diff()->hasSelection());
+    model->lookInterval = std::chrono::milliseconds(1);
+    model->setLookedAt(true);
+    // A file that was clean, the shown one once more, and one that is gone again: none of it touches .git.
+    home.add(u"r/sub/b"_s, "edited\n");
+    EXPECT_TRUE(waitFor([this] { return changes() == u" | M a; M b | "; })) << changes().toStdString();
+    EXPECT_TRUE(model->diff()->hasSelection()) << "its diff is the same";
+    home.add(u"r/a"_s, "changes\n" + numbered(40));
+    EXPECT_TRUE(
+        waitFor([this] { return model->diff()->diff().text(model->diff()->diff().hunks[0].lines[0]) == "changes"; }));
+    home.add(u"r/sub/b"_s, "two\n");
+    EXPECT_TRUE(waitFor([this] { return changes() == u" | M a | "; })) << changes().toStdString();
+    EXPECT_EQ(model->selectedPath(), u"a");
+    EXPECT_TRUE(waitFor([this] { return overview.badge(r).value_or(GitBadge()).changes == 1; }));
+    // Without a change nothing is read again, and so nothing is told.
+    overview.pool().waitForDone();
+    EXPECT_TRUE(waitFor([this] { return !model->isLoadingDiff(); }));
+    model->diff()->setSelected(1, true);
+    int told = 0;
+    QObject::connect(model.get(), &GitModel::statusChanged, model.get(), [&told] { ++told; });
+    const QString trace = home.path(u"trace"_s);
+    git(r, {u"config"_s, u"--global"_s, u"trace2.eventTarget"_s, trace});
+    EXPECT_TRUE(waitFor([&] { return readFile(trace).count("\"name\":\"status\"") >= 3; })) << "looks went on";
+    EXPECT_EQ(told, 0);
+    EXPECT_TRUE(model->diff()->hasSelection());
+}
+
 TEST_F(GitPage, RunsOneStatusOfARepositoryAtATime) {
     const QString trace = home.path(u"trace"_s);
     git(r, {u"config"_s, u"--global"_s, u"trace2.eventTarget"_s, trace});

@@ -285,9 +285,12 @@ TEST_F(SetupTest, AsksOnceForAnInstallThatLeavesNoMarker) {
 }
 
 TEST_F(SetupTest, DoesNotTakeAnInstallThatFailedForDoneBecauseItsMarkerIsThere) {
-    addScript(u"shop/web"_s, u"npm-install.sh"_s, "mkdir -p node_modules; echo 'no network' >&2; exit 7\n");
+    addScript(
+        u"shop/web"_s, u"npm-install.sh"_s,
+        "mkdir -p node_modules; echo 'getaddrinfo EAI_AGAIN here' >&2; echo log; exit 7\n");
     install(u"shop"_s, {ServiceKind::frontend});
     EXPECT_EQ(model->setupPhase(), u"failed"_s);
+    EXPECT_EQ(model->setupReason(), u"The network could not be reached: getaddrinfo EAI_AGAIN here"_s);
     model->cancelInstall();
     makeModel(); // nor after a restart
     addScript(u"shop/web"_s, u"npm-install.sh"_s, "echo installing >>installed.txt\n");
@@ -310,12 +313,14 @@ TEST_F(SetupTest, CountsWhatWasInstalledByHandAfterAnInstallThatDidNotEndWell) {
         const char* label;
         QByteArray install;
         bool hasEnd;
+        QString mark; ///< of who installs by hand
     } cases[] = {
-        {"it failed", "mkdir node_modules; exit 7\n", true},
-        {"it failed before it had made anything", "exit 7\n", true},
-        {"it was killed with the application", "mkdir node_modules; echo $$ >begun.txt; exec sleep 100\n", false},
+        {"it failed", "mkdir node_modules; exit 7\n", true, u"node_modules/.package-lock.json"_s},
+        {"it failed before it had made anything", "exit 7\n", true, u"node_modules/.modules.yaml"_s},
+        {"it was killed with the application", "mkdir node_modules; echo $$ >begun.txt; exec sleep 100\n", false,
+         u".yarn/install-state.gz"_s},
     };
-    for (const auto& [label, script, hasEnd] : cases) {
+    for (const auto& [label, script, hasEnd, mark] : cases) {
         SCOPED_TRACE(label);
         ASSERT_TRUE(finishes(model->stopAllServices()));
         QDir(root + u"/shop/web/node_modules"_s).removeRecursively();
@@ -330,10 +335,17 @@ TEST_F(SetupTest, CountsWhatWasInstalledByHandAfterAnInstallThatDidNotEndWell) {
             EXPECT_TRUE(asks());
             model->cancelInstall();
         }
-        QFile mended(tree.add(u"projects/shop/web/node_modules/.package-lock.json"_s, "by hand"));
-        ASSERT_TRUE(mended.open(QIODevice::ReadWrite));
-        mended.setFileTime(QDateTime::currentDateTime().addSecs(60), QFileDevice::FileModificationTime);
+        const auto writeLater = [this](const QString& name) {
+            QFile file(tree.add(u"projects/shop/web/"_s + name, "by hand"));
+            ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+            file.setFileTime(QDateTime::currentDateTime().addSecs(60), QFileDevice::FileModificationTime);
+        };
+        writeLater(u"node_modules/.vite"_s);
+        EXPECT_TRUE(asks()) << "what was started with half of it keeps a cache there";
+        model->cancelInstall();
+        writeLater(mark);
         EXPECT_FALSE(asks());
+        QDir(root + u"/shop/web/.yarn"_s).removeRecursively();
         EXPECT_TRUE(waitForPhase(shop, ServiceKind::frontend, Phase::running));
     }
 }

@@ -100,8 +100,7 @@ void Buffer::clear(PackedCell blank) {
     m_yBase = 0;
     m_yDisp = 0;
     for (int row = 0; row < m_rows; ++row) {
-        line(row).recycle(m_cols, blank, nextIdentity());
-        line(row).setBidiState(defaultBidiState);
+        renew(line(row), blank);
     }
     resetMargins();
     setCursor(0, 0);

@@ -260,6 +260,11 @@ private:
     [[nodiscard]] int columnBeforeCursor() const;
     void widen(int col, const Pen& pen);
     void pushLine(int above, PackedCell blank);
+    /// As a new line.
+    void renew(BufferLine& line, PackedCell blank) {
+        line.recycle(m_cols, blank, nextIdentity());
+        line.setBidiState(defaultBidiState);
+    }
     void scrollRegionUp(int top, int bottom, int count, PackedCell blank);
     void scrollRegionDown(int top, int bottom, int count, PackedCell blank);
     void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);

@@ -207,6 +207,8 @@ std::vector<HostileInput> hostileCellFloods() {
               {"SU", "\x1B[S"},
               {"SD", "\x1B[T"},
               {"IL", "\x1B[L"},
+              {"SD of many lines", "\x1B[98T"},
+              {"IL of many lines", "\x1B[98L"},
               {"DECIC", "\x1B['}"},
               {"DECDC", "\x1B['~"},
               {"SL", "\x1B[ @"}})) {

@@ -260,6 +260,9 @@ TEST(KittyGraphics, LoadsImagesInEveryFormat) {
     EXPECT_EQ(graphics.send("I=7,s=1,v=1", pixels("g")), "Gi=2147483646,I=7;OK");
     EXPECT_EQ(graphics.reply("a=p,I=7,p=3"), "Gi=2147483646,I=7,p=3;OK") << "the newest of the number";
     EXPECT_EQ(graphics.reply("a=p,i=5"), "Gi=5;ENOENT:no such image");
+    EXPECT_EQ(graphics.reply("a=d,d=I,i=2147483647"), "");
+    EXPECT_EQ(graphics.send("I=8,s=1,v=1", pixels("b")), "Gi=2147483647,I=8;OK") << "an id that is free again";
+    EXPECT_EQ(graphics.send("I=9,s=1,v=1", pixels("b")), "Gi=2147483645,I=9;OK");
 }
 
 TEST(KittyGraphics, ReadsLocalMediaWhereItMay) {

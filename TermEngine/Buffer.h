@@ -282,6 +282,7 @@ private:
     void tellMoved(int top, int bottom, int left, int right, int by);
     void cutOrExtend(int cols);
     void reflow(int cols, int rows, std::span<LinePlace> places);
+    [[nodiscard]] std::int64_t roomFor(int rows) const;
     [[nodiscard]] int linesWithoutRoom(int cols, int rows, int last) const;
     void resizeRows(int rows);
     void resizeTabStops(int cols);

@@ -55,10 +55,15 @@ int Buffer::lastLineInUse() const {
     return last;
 }
 
+/// More lines than this are sure not to stay when the rows change.
+std::int64_t Buffer::roomFor(int rows) const {
+    return std::int64_t{rows} + m_rows + m_setup.scrollback;
+}
+
 /// How many of the oldest lines are sure to go when the columns change: what comes below them is more than there will
 /// be room for. (A history of 100,000 lines makes eight million rows of one column.)
 int Buffer::linesWithoutRoom(int cols, int rows, int last) const {
-    const std::int64_t room = std::int64_t{rows} + m_rows + m_setup.scrollback;
+    const std::int64_t room = roomFor(rows);
     std::int64_t made = 0;
     int first = last + 1;
     while (first > 0 && made < room) {
@@ -109,19 +114,25 @@ void Buffer::reflow(int cols, int rows, std::span<LinePlace> places) {
     for (const LinePlace& place : places) {
         wanted.push_back({static_cast<int>(std::clamp<std::int64_t>(place.line - trimmed, -1, last + 1)), place.col});
     }
-    Reflow reflow(cols, std::move(wanted), [this] { return getBlankLine({}); });
+    const Reflow::History history{m_yBase, static_cast<int>(roomFor(rows))};
+    Reflow reflow(cols, history, std::move(wanted), [this] { return getBlankLine({}); });
     lines = reflow.run(std::move(lines));
-    const auto& anchors = reflow.anchors();
+    const int passed = reflow.passedRows();
+    std::vector<Reflow::Anchor> anchors = reflow.anchors();
 
     const int count = static_cast<int>(lines.size());
     for (std::size_t i = 0; i < places.size(); ++i) {
         // What stands above the history or below all text keeps its distance from it.
         const std::int64_t line = places[i].line - trimmed;
         if (line > last) {
-            places[i].line += count - 1 - last;
+            places[i].line += passed + count - 1 - last;
         } else if (line >= 0) {
             places[i] = {trimmed + anchors[ownAnchors + i].line, anchors[ownAnchors + i].col};
         }
+    }
+    m_trimmedCount += static_cast<std::uint64_t>(passed);
+    for (Reflow::Anchor& anchor : std::span(anchors).first(ownAnchors)) {
+        anchor.line = std::max(anchor.line - passed, 0);
     }
     m_lines.assign(std::move(lines));
     m_lines.setMaxLength(std::max(m_lines.size(), m_lines.maxLength()) + static_cast<std::size_t>(m_rows));

@@ -32,9 +32,7 @@ void Buffer::reverseIndex(const Pen& pen) {
 void Buffer::pushLine(int above, PackedCell blank) {
     const bool follows = m_yDisp == m_yBase;
     if (m_lines.isFull()) {
-        BufferLine& oldest = *m_lines.turn();
-        oldest.recycle(m_cols, blank, nextIdentity());
-        oldest.setBidiState(defaultBidiState);
+        renew(*m_lines.turn(), blank);
         ++m_trimmedCount;
         m_yDisp = follows ? m_yBase : std::max(m_yDisp - 1, 0);
     } else {
@@ -91,11 +89,15 @@ void Buffer::scrollDown(int count, const Pen& pen) {
 }
 
 void Buffer::scrollRegionUp(int top, int bottom, int count, PackedCell blank) {
-    for (int i = 0; i < count; ++i) {
-        m_lines.moveElement(static_cast<std::size_t>(m_yBase + top), static_cast<std::size_t>(m_yBase + bottom));
-        BufferLine& fresh = line(bottom);
-        fresh.recycle(m_cols, blank, nextIdentity());
-        fresh.setBidiState(defaultBidiState);
+    const auto first = static_cast<std::size_t>(m_yBase + top);
+    const auto last = static_cast<std::size_t>(m_yBase + bottom);
+    if (count == 1) [[likely]] {
+        m_lines.moveElement(first, last);
+    } else {
+        m_lines.rotate(first, first + static_cast<std::size_t>(count), last + 1);
+    }
+    for (int row = bottom - count + 1; row <= bottom; ++row) {
+        renew(line(row), blank);
     }
     tellMoved(top, bottom, 0, m_cols - 1, -count);
     line(top).setWrapped(false);
@@ -105,11 +107,15 @@ void Buffer::scrollRegionUp(int top, int bottom, int count, PackedCell blank) {
 }
 
 void Buffer::scrollRegionDown(int top, int bottom, int count, PackedCell blank) {
-    for (int i = 0; i < count; ++i) {
-        m_lines.moveElement(static_cast<std::size_t>(m_yBase + bottom), static_cast<std::size_t>(m_yBase + top));
-        BufferLine& fresh = line(top);
-        fresh.recycle(m_cols, blank, nextIdentity());
-        fresh.setBidiState(defaultBidiState);
+    const auto first = static_cast<std::size_t>(m_yBase + top);
+    const auto last = static_cast<std::size_t>(m_yBase + bottom);
+    if (count == 1) [[likely]] {
+        m_lines.moveElement(last, first);
+    } else {
+        m_lines.rotate(first, last + 1 - static_cast<std::size_t>(count), last + 1);
+    }
+    for (int row = top; row < top + count; ++row) {
+        renew(line(row), blank);
     }
     tellMoved(top, bottom, 0, m_cols - 1, count);
     if (top + count <= bottom) {

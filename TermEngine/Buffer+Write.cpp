@@ -235,7 +235,7 @@ int Buffer::fillLine(PackedCell cell, int count, const Pen& pen) {
         }
         target.noteWide();
     } else {
-        std::fill_n(cells, columns, cell);
+        fillCells(cells, columns, cell);
     }
     m_x += columns;
     if (m_x > right) {

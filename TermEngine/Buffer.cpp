@@ -95,12 +95,12 @@ void Buffer::clearHistory() {
 
 void Buffer::clear(PackedCell blank) {
     m_trimmedCount += static_cast<std::uint64_t>(m_yBase);
-    m_lines.dropOldest(m_lines.size());
+    m_lines.dropOldest(static_cast<std::size_t>(m_yBase));
     m_hasDoubleLines = false;
     m_yBase = 0;
     m_yDisp = 0;
-    while (lineCount() < m_rows) {
-        m_lines.push(getBlankLine(blank));
+    for (int row = 0; row < m_rows; ++row) {
+        renew(line(row), blank);
     }
     resetMargins();
     setCursor(0, 0);

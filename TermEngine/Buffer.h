@@ -267,6 +267,11 @@ private:
     [[nodiscard]] int columnBeforeCursor() const;
     void widen(int col, const Pen& pen);
     void pushLine(int above, PackedCell blank);
+    /// As a new line.
+    void renew(BufferLine& line, PackedCell blank) {
+        line.recycle(m_cols, blank, nextIdentity());
+        line.setBidiState(defaultBidiState);
+    }
     void scrollRegionUp(int top, int bottom, int count, PackedCell blank);
     void scrollRegionDown(int top, int bottom, int count, PackedCell blank);
     void moveColumnsVertically(int top, int bottom, int count, PackedCell blank);
@@ -284,6 +289,7 @@ private:
     void tellMoved(int top, int bottom, int left, int right, int by);
     void cutOrExtend(int cols);
     void reflow(int cols, int rows, std::span<LinePlace> places);
+    [[nodiscard]] std::int64_t roomFor(int rows) const;
     [[nodiscard]] int linesWithoutRoom(int cols, int rows, int last) const;
     void resizeRows(int rows);
     void resizeTabStops(int cols);

@@ -156,8 +156,7 @@ void BufferLine::fill(int first, int end, PackedCell cell) {
         fillRest(first, cell);
         return;
     }
-    PackedCell* const cells = write(first, end - first);
-    std::fill(cells, cells + (end - first), cell);
+    fillCells(write(first, end - first), end - first, cell);
 }
 
 /// Of cells that are used. Written so that it takes several of them at once: both fields stand in the upper half.
@@ -243,7 +242,7 @@ void BufferLine::insertPackedCells(int col, int count, int end, PackedCell blank
     reserve(end, end);
     PackedCell* const cells = m_cells.get();
     std::memmove(cells + col + count, cells + col, static_cast<std::size_t>(end - col - count) * sizeof(PackedCell));
-    std::fill(cells + col, cells + col + count, blank);
+    fillCells(cells + col, count, blank);
 }
 
 void BufferLine::deleteCells(int col, int count, int end, PackedCell blank) {
@@ -273,7 +272,7 @@ void BufferLine::deleteCells(int col, int count, int end, PackedCell blank) {
     if (shortens) {
         m_usedLength = end - count;
     } else {
-        std::fill(cells + end - count, cells + end, blank);
+        fillCells(cells + end - count, count, blank);
     }
 }
 
@@ -324,7 +323,7 @@ void BufferLine::moveCells(int from, int to, int len) {
     reserve(to, to + len);
     PackedCell* const cells = m_cells.get() + to;
     std::memmove(cells, m_cells.get() + from, static_cast<std::size_t>(copied) * sizeof(PackedCell));
-    std::fill(cells + copied, cells + len, m_tailBlankCell);
+    fillCells(cells + copied, len - copied, m_tailBlankCell);
     emptyHalves({cells, static_cast<std::size_t>(len)});
     if (to > 0 && cells[-1].isWide()) {
         cells[-1] = emptied(cells[-1]);

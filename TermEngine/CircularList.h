@@ -94,6 +94,12 @@ public:
         }
         (*this)[to] = std::move(moved);
     }
+    /// As std::rotate: what stands from `middle` to `end` comes before what stands from `first` to `middle`.
+    void rotate(std::size_t first, std::size_t middle, std::size_t end) {
+        reverse(first, middle);
+        reverse(middle, end);
+        reverse(first, end);
+    }
     void assign(std::vector<Element> elements) {
         m_array = std::move(elements);
         m_count = m_array.size();
@@ -104,6 +110,11 @@ private:
     [[nodiscard]] std::size_t physical(std::size_t index) const {
         const std::size_t at = m_startIndex + index;
         return at >= m_array.size() ? at - m_array.size() : at;
+    }
+    void reverse(std::size_t first, std::size_t end) {
+        for (; first + 1 < end; ++first) {
+            std::swap((*this)[first], (*this)[--end]);
+        }
     }
     void setCapacity(std::size_t capacity) {
         std::vector<Element> array(capacity);

@@ -20,12 +20,12 @@ StoredImage* ImageStore::findNewest(uint32_t number) {
     return newest;
 }
 
-uint32_t ImageStore::unusedId() const {
-    uint32_t id = 0x7FFFFFFF;
-    for (auto at = m_images.upper_bound(id); at != m_images.begin() && std::prev(at)->first == id; --at) {
-        --id;
+uint32_t ImageStore::unusedId() {
+    for (auto at = m_images.upper_bound(m_unusedId); at != m_images.begin() && std::prev(at)->first == m_unusedId;
+         --at) {
+        --m_unusedId;
     }
-    return id;
+    return m_unusedId;
 }
 
 bool ImageStore::makeRoom(size_t bytes, uint32_t keptId) {
@@ -119,6 +119,7 @@ void ImageStore::dropData(uint32_t id) {
     if (const auto found = m_images.find(id); found != m_images.end()) {
         m_usedBytes -= found->second.costBytes;
         m_images.erase(found);
+        m_unusedId = id <= highestOwnId ? std::max(m_unusedId, id) : m_unusedId;
     }
 }
 
@@ -248,6 +249,7 @@ bool ImageStore::eraseText(ScreenId screen, const CellArea& area) {
 
 void ImageStore::clear() {
     m_images.clear();
+    m_unusedId = highestOwnId;
     forgetDrift();
     m_placements.clear();
     m_ties.clear();

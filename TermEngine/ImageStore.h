@@ -62,7 +62,7 @@ public:
     [[nodiscard]] StoredImage* find(uint32_t id);
     [[nodiscard]] StoredImage* findNewest(uint32_t number);
     /// An id that no program chooses: from the upper half down.
-    [[nodiscard]] uint32_t unusedId() const;
+    [[nodiscard]] uint32_t unusedId();
     /// Takes the place of an image with the same id and of its placements. False where it does not fit.
     bool add(uint32_t id, uint32_t number, RgbaImage pixels);
     /// A new frame, or in place of the one at `index`. False where it does not fit.
@@ -161,6 +161,8 @@ private:
     size_t m_usedBytes = 0;
     uint64_t m_serial = 0;
     std::map<uint32_t, StoredImage> m_images;
+    static constexpr uint32_t highestOwnId = 0x7FFFFFFF;
+    uint32_t m_unusedId = highestOwnId;               ///< those above it, up to the highest own one, are in use
     mutable std::vector<ImagePlacement> m_placements; ///< but for what is still to be added of the drift
     mutable Drift m_drift;
     std::vector<Tie> m_ties;     ///< of all relative ones

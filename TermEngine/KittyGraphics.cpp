@@ -102,7 +102,7 @@ GraphicsResult KittyGraphics::run(const GraphicsCommand& command, const Graphics
             return answered(std::unexpected("EFBIG:too much data"), command.number('i'));
         }
         m_loading.emplace(command.withoutPayload(), Base64Decoder(limit));
-        m_loading->data.reserve(isDirect && isRaw ? rawBytes(command) : 0);
+        m_loading->data.reserve(isDirect && isRaw && !command.has('o') ? rawBytes(command) : 0);
         m_loading->data.append(command.payload());
         return command.number('m') != 0 ? GraphicsResult{} : load(command, context);
     }

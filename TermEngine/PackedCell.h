@@ -3,6 +3,7 @@
 #include "TermEngine/CharData.h"
 #include "TermEngine/Unicode.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace term {
@@ -88,5 +89,18 @@ public:
     std::uint64_t rawValue = 0;
 };
 static_assert(sizeof(PackedCell) == 8);
+
+/// Equal cells, in blocks that compilers write by vector instructions; a plain loop they leave as it is, depending on
+/// what stands around it.
+inline void fillCells(PackedCell* cells, int count, PackedCell cell) {
+    constexpr int block = 8;
+    int at = 0;
+    for (; at + block <= count; at += block) {
+        std::fill_n(cells + at, block, cell);
+    }
+    for (; at < count; ++at) {
+        cells[at] = cell;
+    }
+}
 
 } // namespace term

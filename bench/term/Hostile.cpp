@@ -104,6 +104,59 @@ std::vector<Figure> measureResizes() {
     return figures;
 }
 
+/// All of the history is one line that goes on.
+std::vector<Figure> measureParagraphs() {
+    std::vector<Figure> figures;
+    for (const char* character : {"x", "\xE6\xBC\xA2"}) {
+        Host host;
+        term::TerminalOptions options;
+        options.cols = 300;
+        options.rows = 100;
+        options.scrollback = 100'000;
+        term::Terminal terminal(host, options);
+        for (int i = 0; i < 1001; ++i) {
+            terminal.feed(bench::repeated(15'000 * (character[1] == 0 ? 2 : 1), character));
+        }
+        for (const int cols : {340, 300, 150, 300, 2, 300}) {
+            const double start = bench::now();
+            terminal.resize(cols, 100);
+            const std::string name = "resize to " + std::to_string(cols) + ", a paragraph of " + character;
+            figures.push_back({name, (bench::now() - start) * 1e3, 0, 0, 0, false});
+        }
+    }
+    return figures;
+}
+
+/// What could look at all lines of a large history, or at what stands in it.
+std::vector<Figure> measureBehindHistory() {
+    constexpr int lines = 100'000;
+    std::vector<Figure> figures;
+    for (const auto& [name, once] : std::to_array<std::pair<const char*, const char*>>(
+             {{"ED 3", "\x1B[3J\n"},
+              {"RIS", "\x1B"
+                      "c\n"},
+              {"alternate screens", "\x1B[?1049hx\x1B[?1049l"},
+              {"marks", "\x1B]133;A\a$ \x1B]133;C\ao\r\n\x1B]133;D;1\a"},
+              {"sixels", "\x1BPq~\x1B\\\n"},
+              {"pictures", "\x1B_Ga=T,q=2,f=24,s=1,v=1;AAAA\x1B\\\n"}})) {
+        Host host;
+        term::TerminalOptions options;
+        options.scrollback = lines;
+        term::Terminal terminal(host, options);
+        terminal.feed(bench::repeated(lines, std::string(79, 'x') + "\r\n"));
+        const std::string bytes = bench::piecesOf(once);
+        Figure figure{.name = name + std::string(", 100,000 lines"), .bytes = bytes.size()};
+        // The second time behind what the first one left.
+        for (int round = 0; round < 2; ++round) {
+            const double start = bench::now();
+            terminal.feed(bytes);
+            figure.milliseconds = std::max(figure.milliseconds, (bench::now() - start) * 1e3);
+        }
+        figures.push_back(figure);
+    }
+    return figures;
+}
+
 /// The slowest of pieces of 64 KiB, each cell with a value of its own, above a long history: many times more of them
 /// than there are numbers for.
 Figure measureNew(const char* name, std::string (*one)(int), int lines) {
@@ -132,6 +185,9 @@ Figure measureNew(const char* name, std::string (*one)(int), int lines) {
 /// What one input on an empty screen does not show.
 std::vector<Figure> measureHistories() {
     std::vector<Figure> figures = measureResizes();
+    for (const auto& more : {measureParagraphs(), measureBehindHistory()}) {
+        figures.insert(figures.end(), more.begin(), more.end());
+    }
     for (const int lines : {500, 10'000, 100'000}) {
         figures.push_back(measureNew("new colours", bench::color, lines));
         figures.push_back(measureNew("new links", bench::link, lines));

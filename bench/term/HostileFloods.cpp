@@ -147,7 +147,11 @@ std::vector<HostileInput> hostileCellFloods() {
               {"DECCRA of lines", "\x1B[;;;;;2$v"},
               {"DECCRA of columns", "\x1B[;;;;;;2$v"},
               {"DECALN", "\x1B#8"},
-              {"DECALN and ED", "\x1B#8\x1B[J"}})) {
+              {"DECALN and ED", "\x1B#8\x1B[J"},
+              {"RIS and DECFRA", "\x1B"
+                                 "c\x1B[65$x"},
+              {"RIS and DECALN", "\x1B"
+                                 "c\x1B#8"}})) {
         add(flood.name, screens.plain, flood.once);
         add(std::string(flood.name) + ", all colours", screens.colored, flood.once);
     }
@@ -185,12 +189,16 @@ std::vector<HostileInput> hostileCellFloods() {
              {{"REP", ""},
               {"REP, inserting", "\x1B[4h"},
               {"REP between margins", margins},
+              {"REP between margins far apart", "\x1B[?69h\x1B[2;299s\x1B[2;2H"},
               {"REP in two columns", "\x1B[?69h\x1B[2;3s\x1B[2;2H"},
               {"REP without wrapping", "\x1B[?7l"}})) {
         const std::string repeat = "\x1B[65535b";
         for (const char* character : {"x", "\xC3\xA9", "\xE6\xBC\xA2", "\xF0\x9F\x98\x80", "\xF0\x9F\x87\xA6"}) {
             made.push_back(
                 {name + std::string(" of ") + character, before, character + piecesOf(repeat).substr(repeat.size())});
+            made.push_back(
+                {name + std::string(" of ") + character + " behind CUP", before,
+                 piecesOf(std::string("\x1B[H") + character + repeat)});
         }
     }
     // What moves all lines of a region.
@@ -199,6 +207,8 @@ std::vector<HostileInput> hostileCellFloods() {
               {"SU", "\x1B[S"},
               {"SD", "\x1B[T"},
               {"IL", "\x1B[L"},
+              {"SD of many lines", "\x1B[98T"},
+              {"IL of many lines", "\x1B[98L"},
               {"DECIC", "\x1B['}"},
               {"DECDC", "\x1B['~"},
               {"SL", "\x1B[ @"}})) {

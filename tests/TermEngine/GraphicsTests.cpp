@@ -199,10 +199,25 @@ TEST(KittyGraphics, LoadsImagesInEveryFormat) {
         std::string expected; ///< empty: no image
     };
     const std::string pngData = png(2, 2, rg);
+    // More than is inflated at once, of four bytes a pixel and of three.
+    std::string many;
+    std::string manyInRows;
+    std::string manyOpaque;
+    for (int i = 0; i < 150 * 155; ++i) {
+        const char letter = "rgb"[i * i / 7 % 3];
+        many += pixels({&letter, 1});
+        manyOpaque += many.substr(many.size() - 4, 3);
+        manyInRows += std::string(1, letter) + (i % 150 == 149 ? "\n" : "");
+    }
+    std::string wrongSum = deflated(many);
+    wrongSum.back() ^= 1;
     const std::vector<Row> rows{
         {"RGBA", "i=1,s=2,v=2", rg, "Gi=1;OK", "rg\nb.\n"},
         {"RGB", "i=1,s=2,v=1,f=24", std::string("\xff\0\0\0\xff\0", 6), "Gi=1;OK", "rg\n"},
         {"deflated", "i=1,s=2,v=2,o=z", deflated(rg), "Gi=1;OK", "rg\nb.\n"},
+        {"many, deflated", "i=1,s=150,v=155,o=z", deflated(many), "Gi=1;OK", manyInRows},
+        {"many, deflated RGB", "i=1,s=150,v=155,o=z,f=24", deflated(manyOpaque), "Gi=1;OK", manyInRows},
+        {"a wrong sum", "i=1,s=150,v=155,o=z", wrongSum, "Gi=1;EINVAL:bad compressed data", ""},
         {"PNG", "i=1,f=100", pngData, "Gi=1;OK", "rg\nb.\n"},
         {"deflated PNG", "i=1,f=100,o=z,S=99", deflated(pngData), "Gi=1;OK", "rg\nb.\n"},
         {"quiet", "i=1,q=1,s=2,v=2", rg, "", "rg\nb.\n"},
@@ -245,6 +260,9 @@ TEST(KittyGraphics, LoadsImagesInEveryFormat) {
     EXPECT_EQ(graphics.send("I=7,s=1,v=1", pixels("g")), "Gi=2147483646,I=7;OK");
     EXPECT_EQ(graphics.reply("a=p,I=7,p=3"), "Gi=2147483646,I=7,p=3;OK") << "the newest of the number";
     EXPECT_EQ(graphics.reply("a=p,i=5"), "Gi=5;ENOENT:no such image");
+    EXPECT_EQ(graphics.reply("a=d,d=I,i=2147483647"), "");
+    EXPECT_EQ(graphics.send("I=8,s=1,v=1", pixels("b")), "Gi=2147483647,I=8;OK") << "an id that is free again";
+    EXPECT_EQ(graphics.send("I=9,s=1,v=1", pixels("b")), "Gi=2147483645,I=9;OK");
 }
 
 TEST(KittyGraphics, ReadsLocalMediaWhereItMay) {

@@ -155,7 +155,8 @@ TEST(Terminal, KeepsTheNewestOfWhatANarrowWidthMakesTooLong) {
     for (int round = 0; round < 60; ++round) {
         std::string text;
         for (int line = 0; line < 60; ++line) {
-            for (std::size_t n = random() % 40; n > 0; --n) {
+            // One makes more rows of few columns than there is room for.
+            for (std::size_t n = line == 55 ? 200 + random() % 150 : random() % 40; n > 0; --n) {
                 text += random() % 5 == 0 ? "\u6f22" : std::string(1, static_cast<char>('a' + random() % 26));
             }
             text += random() % 9 == 0 ? "\x1B#6\r\n" : "\r\n";
@@ -178,6 +179,49 @@ TEST(Terminal, KeepsTheNewestOfWhatANarrowWidthMakesTooLong) {
         };
         // With room for everything nothing is left out.
         EXPECT_EQ(rowsAfter(40), rowsAfter(100'000)) << "round " << round << ", " << cols << " by " << rows;
+    }
+}
+
+/// Lines exchange what they have where the margins are most of the screen, and copy it where they are not.
+TEST(Terminal, MovesLinesBetweenMarginsTheSameHoweverWideTheScreenIs) {
+    std::mt19937 random(12);
+    const auto upTo = [&random](int most) { return 1 + static_cast<int>(random() % static_cast<unsigned>(most)); };
+    const auto place = [](int row, int col) { return "\x1B[" + std::to_string(row) + ";" + std::to_string(col) + "H"; };
+    for (int round = 0; round < 300; ++round) {
+        std::string text;
+        for (int row = 1; row <= 8; ++row) {
+            const bool isDouble = upTo(5) == 1;
+            text +=
+                place(row, 1) + (upTo(4) == 1 ? "\x1B]133;A\a" : "") + place(row, upTo(2)) + (isDouble ? "\x1B#6" : "");
+            for (int left = isDouble ? 12 : upTo(28); left > 1; left -= 2) {
+                const int kind = upTo(4);
+                text += "\x1B]8;;" + std::string(kind == 1 ? "a:" + std::to_string(row) : "") + "\a" +
+                        (kind == 2      ? std::string("xy")
+                         : upTo(9) == 1 ? std::string("z\u0301 ")
+                                        : "\u6f22");
+            }
+        }
+        text += "\x1B[?69h\x1B[3;28s\x1B[2;7r";
+        for (int step = upTo(5); step > 0; --step) {
+            const std::vector<std::string> moves = {"[2S", "[S", "[T", "[3T", "[2L", "[M", "M", "D", "E", "6", "9"};
+            text += "\x1B[4" + std::to_string(upTo(9)) + "m" + place(1 + upTo(6), upTo(3) == 1 ? 28 : 2 + upTo(2)) +
+                    "\x1B" + moves[static_cast<std::size_t>(upTo(11) - 1)];
+        }
+        RecordingHost host;
+        Terminal narrow(host, {.cols = 30, .rows = 8});
+        Terminal wide(host, {.cols = 60, .rows = 8});
+        narrow.feed(text);
+        wide.feed(text);
+        for (int row = 0; row < 8; ++row) {
+            const BufferLine& line = narrow.buffer().line(row);
+            const BufferLine& other = wide.buffer().line(row);
+            EXPECT_EQ(line.semanticMarks(), other.semanticMarks()) << "round " << round << ", row " << row;
+            EXPECT_EQ(line.renderMode(), other.renderMode()) << "round " << round << ", row " << row;
+            for (int col = 0; col < 30; ++col) {
+                ASSERT_EQ(narrow.arena().unpack(line[col]), wide.arena().unpack(other[col]))
+                    << "round " << round << ", row " << row << ", column " << col;
+            }
+        }
     }
 }
 

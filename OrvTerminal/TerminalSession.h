@@ -51,6 +51,7 @@ public:
     ~TerminalSession() override;
 
     [[nodiscard]] QUuid id() const { return m_id; }
+    /// For which it was opened. The shell starts there unless something else is said.
     [[nodiscard]] QUrl directory() const { return m_directory; }
     /// Where the shell is now, as far as the system says; else the folder in which it starts.
     [[nodiscard]] QUrl currentDirectory() const;
@@ -96,9 +97,9 @@ public:
     void start(const QString& shell);
     /// The login shell.
     void start();
-    /// The same once somebody can see the session; `shell` may be empty then. Until it starts the session has this
-    /// title.
-    void startWhenShown(const QString& shell, const QString& title);
+    /// The same once somebody can see the session, in that folder; `shell` may be empty then. Until it starts the
+    /// session has this title.
+    void startWhenShown(const QString& shell, const QUrl& folder, const QString& title);
     /// Writes the text to the shell's input as it stands: a line is carried out when it ends in "\n".
     void send(const QString& text);
     void send(QByteArrayView bytes);
@@ -174,6 +175,7 @@ private:
 
     const QUuid m_id = QUuid::createUuid();
     const QUrl m_directory;
+    QUrl m_startFolder; ///< in which the shell starts
     QString m_title;
     bool m_started = false;
     bool m_isAlive = false;

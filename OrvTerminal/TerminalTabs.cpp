@@ -52,7 +52,8 @@ QList<TerminalPlace> TerminalTabs::places() const {
     QList<TerminalPlace> places;
     for (const TerminalSession* session : m_sessions) {
         if (session->isAlive() || session->isWaiting()) {
-            places.append({session->currentDirectory(), session->title(), session->id() == m_selectedID});
+            places.append(
+                {session->directory(), session->currentDirectory(), session->title(), session->id() == m_selectedID});
         }
     }
     return places;
@@ -65,8 +66,8 @@ void TerminalTabs::restore(const QList<TerminalPlace>& places) {
     }
     std::optional<QUuid> selected = m_selectedID;
     for (const TerminalPlace& place : places) {
-        TerminalSession* session = make(m_sessions.size(), place.folder);
-        session->startWhenShown(m_shell, place.title);
+        TerminalSession* session = make(m_sessions.size(), place.directory);
+        session->startWhenShown(m_shell, place.folder, place.title);
         if (!selected || place.isSelected) {
             selected = session->id();
         }

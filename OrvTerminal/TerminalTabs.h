@@ -14,7 +14,8 @@ namespace orv {
 
 /// A terminal as it can be opened again.
 struct TerminalPlace {
-    QUrl folder;
+    QUrl directory; ///< for which it was opened
+    QUrl folder;    ///< in which its shell is
     QString title;
     bool isSelected = false;
 

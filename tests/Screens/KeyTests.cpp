@@ -429,6 +429,41 @@ TEST_F(KeyWindow, IsWithinReachOfATerminal) {
     EXPECT_TRUE(test::waitFor(isInTerminal)) << focus();
 }
 
+TEST_F(KeyWindow, GoesToThePartOfAProjectThatItsKeyShows) {
+    const AppPage shop{.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
+    model->setPage(shop);
+    ASSERT_TRUE(test::waitFor([this] { return !items("ProjectPage").isEmpty(); }));
+    // The page that was left still has its keys until it is gone.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    for (int tab = 0; tab < 6; ++tab) {
+        item("Sidebar")->forceActiveFocus();
+        press(Qt::Key_1 + tab, Qt::AltModifier);
+        EXPECT_EQ(part(), "ProjectPage") << tab << ' ' << focus();
+        EXPECT_EQ(static_cast<int>(model->detailTab()), tab);
+    }
+    EXPECT_TRUE(test::waitFor([this] {
+        return std::ranges::any_of(
+            items("FileTreeItem"), [](const QQuickItem* row) { return row->property("focused").toBool(); });
+    })) << "a file, though none was chosen: "
+        << focus();
+    focusCard();
+    press(Qt::Key_4, Qt::AltModifier);
+    EXPECT_TRUE(test::waitFor([&] { return model->detailTab() == DetailTab::logs && part() == "ProjectPage"; }))
+        << focus();
+    EXPECT_EQ(model->page(), shop);
+    press(Qt::Key_J, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
+    press(Qt::Key_5, Qt::AltModifier);
+    EXPECT_EQ(part(), "ProjectPage") << focus();
+    item("AgentComposer")->forceActiveFocus();
+    press(Qt::Key_7, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return isIn("AiPage"); })) << focus();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    press(Qt::Key_5, Qt::AltModifier);
+    EXPECT_EQ(window->activeFocusItem()->property("text"), QString()) << "it is no figure";
+    EXPECT_TRUE(model->statusText().contains(u"5"_s));
+}
+
 TEST_F(KeyWindow, ReadsOutputBackWhileMoreComes) {
     addInstalled(u"talk"_s, "vite", "seq 200; while [ ! -e more ]; do sleep 0.01; done; echo last; sleep 100");
     scan();

@@ -80,6 +80,8 @@ public:
     /// What the program says of its progress (OSC 9;4): a `term::ProgressReport::State`, and 0 to 100 or -1.
     [[nodiscard]] int progressState() const { return static_cast<int>(m_progress.state); }
     [[nodiscard]] int progressPercent() const { return m_progress.percent.value_or(-1); }
+    /// Either of them.
+    [[nodiscard]] bool hasUnseen() const { return m_hasUnseenBell || m_hasUnseenQuestion; }
     /// Whether somebody can see the session.
     void setShown(bool isShown);
     [[nodiscard]] bool isShown() const { return m_isShown; }

@@ -215,6 +215,8 @@ FocusScope {
         id: terminals
 
         tabs: page.model.terminalTabs
+        model: page.model
+        projectID: detail.projectID
     }
 
     readonly property var tabs: [

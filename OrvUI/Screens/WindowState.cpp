@@ -61,7 +61,7 @@ QList<TerminalPlace> readTerminals(QSettings& ini) {
             const QString directory = ini.value(u"directory"_s, folder).toString();
             places.append(
                 {QUrl::fromLocalFile(directory), QUrl::fromLocalFile(folder), ini.value(u"title"_s).toString(),
-                 ini.value(u"selected"_s).toBool()});
+                 ini.value(u"use"_s).toInt()});
         }
     }
     ini.endArray();
@@ -76,7 +76,7 @@ void writeTerminals(QSettings& ini, const QList<TerminalPlace>& places) {
         ini.setValue(u"directory"_s, places[i].directory.toLocalFile());
         ini.setValue(u"folder"_s, places[i].folder.toLocalFile());
         ini.setValue(u"title"_s, places[i].title);
-        ini.setValue(u"selected"_s, places[i].isSelected);
+        ini.setValue(u"use"_s, places[i].lastUse);
     }
     ini.endArray();
 }

@@ -181,7 +181,7 @@ TEST_F(Terminals, ComeBackWhereTheirShellsWere) {
     tabs->select(moved->id());
     const QUrl shop = QUrl::fromLocalFile(home.path(u"shop"_s));
     const QList<TerminalPlace> places{
-        {shop, QUrl::fromLocalFile(home.path(u"shop/deep"_s)), u"titled"_s, true}, {shop, shop, u"shop"_s, false}};
+        {shop, QUrl::fromLocalFile(home.path(u"shop/deep"_s)), u"titled"_s, 2}, {shop, shop, u"shop"_s, 1}};
     EXPECT_EQ(tabs->places(), places);
 
     tabs = std::make_unique<TerminalTabs>();

@@ -117,7 +117,7 @@ TEST_F(Places, OfWhichNothingIsFoundAgain) {
         left.agentPanelID = root + u"/gone"_s;
         // Its drive may come a moment later.
         const QUrl gone = QUrl::fromLocalFile(root + u"/gone"_s), found = QUrl::fromLocalFile(client);
-        left.terminals = {{gone, gone, u"gone"_s, true}, {found, gone, u"client"_s}};
+        left.terminals = {{gone, gone, u"gone"_s, 1}, {found, gone, u"client"_s}};
         startAgain(left);
         EXPECT_EQ(stored().terminals, left.terminals);
         scan();

@@ -32,6 +32,7 @@ FocusScope {
         folder: page.detail.folderUrl
         folderName: page.detail.name
         onProjectAsked: projectID => page.nav.project(projectID, 2)
+        onHinted: text => page.model.showStatus(text, false)
         onLinkActivated: link => page.nav.followLink(link)
         onFileActivated: (path, line, column) => page.model.openFile(path, line, column)
     }

@@ -26,6 +26,8 @@ FocusScope {
     }
     // One of its terminals was chosen, which is selected there.
     signal projectAsked(string projectID)
+    // What is to be said of a key that did nothing.
+    signal hinted(string text)
     signal linkActivated(url link)
     signal fileActivated(string path, int line, int column)
 
@@ -288,6 +290,9 @@ FocusScope {
         }
         function onFileActivated(path, line, column) {
             page.fileActivated(path, line, column);
+        }
+        function onMarksMissed() {
+            page.hinted(qsTr("Needs a shell that marks its prompts (OSC 133): see the README."));
         }
         function onRenewRequested() {
             list.renew(page.session);

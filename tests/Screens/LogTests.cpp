@@ -162,6 +162,13 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
     press(Qt::Key_Escape);
     EXPECT_TRUE(model->logs()->selection()->isEmpty());
 
+    press(Qt::Key_F, Qt::ControlModifier);
+    type(u"ready"_s);
+    EXPECT_EQ(model->logs()->lines()->searchText(), u"ready"_s);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(model->logs()->lines()->searchText(), QString());
+    EXPECT_FALSE(window->activeFocusItem()->inherits("QQuickTextInput")) << "it goes back to the lines: " << focus();
+
     // Links are to be seen, and opened with Ctrl alone.
     LogPane* pane = visible<LogPane>(window->contentItem()).value(0);
     ASSERT_NE(pane, nullptr);

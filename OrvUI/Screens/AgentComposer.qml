@@ -355,7 +355,7 @@ FocusScope {
         role: Theme.Small
         color: composer.agents.error.length > 0 ? Theme.danger : composer.missing ? Theme.warning : Theme.text3
         wrapMode: Text.Wrap
-        maximumLineCount: 3
+        maximumLineCount: 4
         text: composer.agents.error.length > 0 ? composer.agents.error : composer.explanation
     }
 

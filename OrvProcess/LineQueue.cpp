@@ -129,7 +129,7 @@ LineQueue::Taken LineQueue::take(const Slice& slice) {
         while (block.lines > 0 && result.lines.size() < slice.lines && bytes < slice.bytes && !timeIsUp) {
             const qsizetype end = view.indexOf('\n', block.taken);
             const QByteArrayView line = view.sliced(block.taken, end - block.taken);
-            result.lines.append(TerminalLine::text(line));
+            result.lines.append(TerminalLine::text(line, TerminalLine::Links::keep));
             if (isSearched && mayAnnounce(line)) {
                 const std::optional<int> port = PortParser::servicePort(result.lines.constLast());
                 result.port = port ? port : result.port;

@@ -12,7 +12,7 @@ namespace orv::PortParser {
 namespace {
 
 struct Patterns {
-    QRegularExpression ansi{u"\x1b\\[[0-9;?]*[ -/]*[@-~]"_s};
+    QRegularExpression ansi{u"\x1b\\[[0-9;?]*[ -/]*[@-~]|\x1b\\]8;[^\x1b]*\x1b\\\\"_s};
     QRegularExpression address{uR"((?:localhost|127\.0\.0\.1|0\.0\.0\.0|\[::1?\]):(\d{2,5}))"_s};
     QRegularExpression keyword{uR"(port\s+(\d{2,5}))"_s, QRegularExpression::CaseInsensitiveOption};
     /// Node and browsers; Dart; the Java debug wire protocol; Delve.

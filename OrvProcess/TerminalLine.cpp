@@ -4,6 +4,7 @@
 #include <QList>
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 namespace orv {
@@ -16,6 +17,8 @@ constexpr qint64 farthestBlankColumn = 1000;
 /// what is left over of input that ends within one is bounded.
 constexpr qsizetype longestStringSequence = 4096;
 constexpr qsizetype longestSequence = 256;
+constexpr QByteArrayView linkIntroducer = "\x1b]8;;";
+constexpr QByteArrayView stringTerminator = "\x1b\\";
 /// No colour takes a longer parameter; and what a character is written with is bounded.
 constexpr qsizetype longestParameter = 24;
 /// Combining marks beyond this begin a cell of their own, so that a line can be cut between cells.
@@ -112,14 +115,14 @@ int parameter(QByteArrayView parameters, int index) {
 
 } // namespace
 
-QString TerminalLine::text(QByteArrayView raw) {
+QString TerminalLine::text(QByteArrayView raw, Links links) {
     while (raw.endsWith('\r')) {
         raw.chop(1);
     }
     if (!isRewritten(raw)) {
         return QString::fromUtf8(raw);
     }
-    return QString::fromUtf8(TerminalLine(raw, Input::whole).take(PTRDIFF_MAX));
+    return QString::fromUtf8(TerminalLine(raw, Input::whole).take(PTRDIFF_MAX, links));
 }
 
 bool TerminalLine::isRewritten(QByteArrayView raw) {
@@ -188,7 +191,7 @@ void TerminalLine::write(Slice text) {
     if (m_column >= m_cells.size()) {
         m_cells.resize(m_column + 1);
     }
-    m_cells[m_column++] = {text, m_pen};
+    m_cells[m_column++] = {text, m_pen, m_link};
 }
 
 void TerminalLine::moveTo(qint64 column) {
@@ -222,11 +225,15 @@ qsizetype TerminalLine::escape(qsizetype at, Input input) {
     if (QByteArrayView("]PX^_").contains(introducer)) {
         const qsizetype stringLimit = std::min(m_raw.size(), at + longestStringSequence);
         for (qsizetype i = at + 1; i < stringLimit; ++i) {
-            if (m_raw[i] == '\a') {
-                return i + 1;
+            const bool isString = m_raw[i] == '\a' || (m_raw[i] == '\x1b' && i + 1 < m_raw.size());
+            if (isString && m_raw[i] == '\x1b' && m_raw[i + 1] != '\\') {
+                return at + 1;
             }
-            if (m_raw[i] == '\x1b' && i + 1 < m_raw.size()) {
-                return m_raw[i + 1] == '\\' ? i + 2 : at + 1;
+            if (isString) {
+                if (introducer == ']') {
+                    link(m_raw.sliced(at + 1, i - at - 1), at + 1);
+                }
+                return m_raw[i] == '\a' ? i + 1 : i + 2;
             }
         }
         return stringLimit == m_raw.size() ? unfinished(at + 1) : at + 1;
@@ -287,6 +294,22 @@ void TerminalLine::erase(int mode) {
     }
 }
 
+/// "8;parameters;address"; any other string is none.
+void TerminalLine::link(QByteArrayView parameters, qsizetype at) {
+    constexpr std::array<QByteArrayView, 4> schemes{"http://", "https://", "file://", "mailto:"};
+    if (!parameters.startsWith("8;")) {
+        return;
+    }
+    const qsizetype first = parameters.indexOf(';', 2) + 1;
+    const QByteArrayView address = parameters.sliced(first);
+    const auto isOf = [&address](QByteArrayView scheme) {
+        return address.size() > scheme.size() && address.first(scheme.size()).compare(scheme, Qt::CaseInsensitive) == 0;
+    };
+    const auto isPrintable = [](char byte) { return byte > ' ' && byte < 0x7f; };
+    const bool isLink = first > 0 && std::ranges::any_of(schemes, isOf) && std::ranges::all_of(address, isPrintable);
+    m_link = isLink ? Slice{static_cast<uint32_t>(at + first), static_cast<uint32_t>(address.size())} : Slice{};
+}
+
 void TerminalLine::colour(QByteArrayView parameters, qsizetype at) {
     Pen pen = m_pens[m_pen];
     qsizetype from = 0;
@@ -340,7 +363,13 @@ void TerminalLine::appendPen(QByteArray& out, uint32_t pen) const {
     out += 'm';
 }
 
-QByteArray TerminalLine::take(qsizetype limitBytes) {
+void TerminalLine::appendLink(QByteArray& out, Slice address) const {
+    out += linkIntroducer;
+    out += m_raw.sliced(address.start, address.length);
+    out += stringTerminator;
+}
+
+QByteArray TerminalLine::take(qsizetype limitBytes, Links links) {
     const auto isBlank = [this](const Cell& cell) {
         return cell.pen == 0 && (cell.text.length == 0 || (cell.text.length == 1 && m_raw[cell.text.start] == ' '));
     };
@@ -351,9 +380,18 @@ QByteArray TerminalLine::take(qsizetype limitBytes) {
     m_lastTaken = m_first;
     QByteArray out;
     uint32_t pen = 0;
+    Slice link;
+    // Cells that were written over may part a link into many, each with its address.
+    qsizetype linkBytes = links == Links::keep ? m_raw.size() : 0;
     while (m_first < end && out.size() < limitBytes) {
         const Cell& cell = m_cells[m_first];
         const qsizetype before = out.size();
+        const Slice linkBefore = link;
+        if (cell.link != link && (link.length > 0 || cell.link.length <= linkBytes)) {
+            link = cell.link.length <= linkBytes ? cell.link : Slice{};
+            linkBytes -= link.length;
+            appendLink(out, link);
+        }
         if (cell.pen != pen) {
             if (pen != 0) {
                 out += "\x1b[m";
@@ -369,6 +407,7 @@ QByteArray TerminalLine::take(qsizetype limitBytes) {
         }
         if (out.size() > limitBytes && before > 0) {
             out.truncate(before);
+            link = linkBefore;
             break;
         }
         pen = cell.pen;
@@ -380,6 +419,9 @@ QByteArray TerminalLine::take(qsizetype limitBytes) {
     if (pen != 0) {
         out += "\x1b[m";
     }
+    if (link.length > 0) {
+        appendLink(out, {});
+    }
     return out;
 }
 
@@ -388,6 +430,9 @@ QByteArray TerminalLine::position() const {
     QByteArray out = "\x1b[" + QByteArray::number(static_cast<qulonglong>(column + 1)) + 'G';
     if (m_pen != 0) {
         appendPen(out, m_pen);
+    }
+    if (m_link.length > 0) {
+        appendLink(out, m_link);
     }
     return out;
 }

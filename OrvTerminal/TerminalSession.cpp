@@ -225,6 +225,7 @@ private:
 TerminalSession::TerminalSession(const QUrl& directory, std::shared_ptr<MainThreadQueue> queue, QObject* parent)
     : QObject(parent),
       m_directory(directory),
+      m_startFolder(directory),
       m_title(nameOf(directory)),
       m_lastDirectory(directory),
       m_delegate(std::make_unique<Delegate>(*this)),
@@ -273,13 +274,14 @@ void TerminalSession::start(const QString& shell) {
         {.executable = shell.toStdString(),
          .args = {"-l"},
          .environment = environment(),
-         .currentDirectory = m_directory.toLocalFile().toStdString()});
+         .currentDirectory = m_startFolder.toLocalFile().toStdString()});
     setAlive(m_process->running());
 }
 
-void TerminalSession::startWhenShown(const QString& shell, const QString& title) {
+void TerminalSession::startWhenShown(const QString& shell, const QUrl& folder, const QString& title) {
     ORV_ASSERT_MAIN_THREAD();
     m_shell = shell;
+    m_startFolder = m_lastDirectory = folder;
     m_isWaiting = !m_started;
     setTitle(title);
 }
@@ -297,7 +299,7 @@ QUrl TerminalSession::currentDirectory() const {
     const std::optional<qint64> shell = shellPID();
     const QString folder = shell ? folderOf(*shell) : QString();
     // One that was removed is no place to start in.
-    return QFileInfo(folder).isDir() ? QUrl::fromLocalFile(folder) : m_directory;
+    return QFileInfo(folder).isDir() ? QUrl::fromLocalFile(folder) : m_startFolder;
 }
 
 void TerminalSession::send(const QString& text) {
@@ -501,7 +503,7 @@ void TerminalSession::startFailed(const term::LocalProcessError& error) {
 
 /// What is typed in the belief of being elsewhere may do harm.
 void TerminalSession::tellOfMissingFolder() {
-    const QString folder = m_directory.toLocalFile();
+    const QString folder = m_startFolder.toLocalFile();
     if (const QFileInfo info(folder); info.isDir() && info.isExecutable()) {
         return;
     }

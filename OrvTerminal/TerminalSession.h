@@ -51,6 +51,7 @@ public:
     ~TerminalSession() override;
 
     [[nodiscard]] QUuid id() const { return m_id; }
+    /// For which it was opened. The shell starts there unless something else is said.
     [[nodiscard]] QUrl directory() const { return m_directory; }
     /// Where the shell is now, as far as the system says; else the folder in which it starts.
     [[nodiscard]] QUrl currentDirectory() const;
@@ -79,6 +80,8 @@ public:
     /// What the program says of its progress (OSC 9;4): a `term::ProgressReport::State`, and 0 to 100 or -1.
     [[nodiscard]] int progressState() const { return static_cast<int>(m_progress.state); }
     [[nodiscard]] int progressPercent() const { return m_progress.percent.value_or(-1); }
+    /// Either of them.
+    [[nodiscard]] bool hasUnseen() const { return m_hasUnseenBell || m_hasUnseenQuestion; }
     /// Whether somebody can see the session.
     void setShown(bool isShown);
     [[nodiscard]] bool isShown() const { return m_isShown; }
@@ -96,9 +99,9 @@ public:
     void start(const QString& shell);
     /// The login shell.
     void start();
-    /// The same once somebody can see the session; `shell` may be empty then. Until it starts the session has this
-    /// title.
-    void startWhenShown(const QString& shell, const QString& title);
+    /// The same once somebody can see the session, in that folder; `shell` may be empty then. Until it starts the
+    /// session has this title.
+    void startWhenShown(const QString& shell, const QUrl& folder, const QString& title);
     /// Writes the text to the shell's input as it stands: a line is carried out when it ends in "\n".
     void send(const QString& text);
     void send(QByteArrayView bytes);
@@ -174,6 +177,7 @@ private:
 
     const QUuid m_id = QUuid::createUuid();
     const QUrl m_directory;
+    QUrl m_startFolder; ///< in which the shell starts
     QString m_title;
     bool m_started = false;
     bool m_isAlive = false;

@@ -3,7 +3,12 @@
 #include "OrvCore/Async.h"
 #include "OrvTerminal/MainThreadQueue.h"
 
+#include <QHash>
+#include <QMap>
+
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace orv {
 
@@ -28,8 +33,9 @@ TerminalSession* TerminalTabs::open(const QUrl& at) {
 TerminalSession* TerminalTabs::insert(qsizetype place, const QUrl& folder) {
     TerminalSession* session = make(place, folder);
     Q_EMIT sessionsChanged();
-    setSelected(session->id());
+    use(session->id());
     m_shell.isEmpty() ? session->start() : session->start(m_shell);
+    Q_EMIT opened(session);
     return session;
 }
 
@@ -49,11 +55,19 @@ TerminalSession* TerminalTabs::make(qsizetype place, const QUrl& folder) {
 }
 
 QList<TerminalPlace> TerminalTabs::places() const {
-    QList<TerminalPlace> places;
-    for (const TerminalSession* session : m_sessions) {
-        if (session->isAlive() || session->isWaiting()) {
-            places.append({session->currentDirectory(), session->title(), session->id() == m_selectedID});
+    QList<TerminalSession*> kept;
+    std::ranges::copy_if(m_sessions, std::back_inserter(kept), [](const TerminalSession* session) {
+        return session->isAlive() || session->isWaiting();
+    });
+    QHash<QUuid, int> uses;
+    for (const QUuid& id : m_used) {
+        if (kept.contains(session(id))) {
+            uses.insert(id, static_cast<int>(uses.size()) + 1);
         }
+    }
+    QList<TerminalPlace> places;
+    for (const TerminalSession* session : std::as_const(kept)) {
+        places.append({session->directory(), session->currentDirectory(), session->title(), uses.value(session->id())});
     }
     return places;
 }
@@ -63,16 +77,19 @@ void TerminalTabs::restore(const QList<TerminalPlace>& places) {
     if (places.isEmpty()) {
         return;
     }
-    std::optional<QUuid> selected = m_selectedID;
+    QMap<int, QUuid> uses;
     for (const TerminalPlace& place : places) {
-        TerminalSession* session = make(m_sessions.size(), place.folder);
-        session->startWhenShown(m_shell, place.title);
-        if (!selected || place.isSelected) {
-            selected = session->id();
+        TerminalSession* session = make(m_sessions.size(), place.directory);
+        session->startWhenShown(m_shell, place.folder, place.title);
+        if (place.lastUse > 0) {
+            uses.insert(place.lastUse, session->id());
         }
     }
+    m_used += uses.values();
     Q_EMIT sessionsChanged();
-    setSelected(selected);
+    if (const TerminalSession* last = lastUsed(m_sessions)) {
+        setSelected(last->id());
+    }
 }
 
 TerminalSession* TerminalTabs::renew(const QUuid& id) {
@@ -103,6 +120,7 @@ void TerminalTabs::close(const QUuid& id) {
     }
     closed->terminate();
     m_sessions.removeOne(closed);
+    m_used.removeOne(id);
     // It may be the one whose signal led here.
     closed->deleteLater();
     Q_EMIT sessionsChanged();
@@ -116,6 +134,7 @@ void TerminalTabs::closeAll() {
     const QList<TerminalSession*> closed = m_sessions;
     std::ranges::for_each(closed, &TerminalSession::terminate);
     m_sessions.clear();
+    m_used.clear();
     std::ranges::for_each(closed, &TerminalSession::deleteLater);
     if (!closed.isEmpty()) {
         Q_EMIT sessionsChanged();
@@ -126,14 +145,14 @@ void TerminalTabs::closeAll() {
 void TerminalTabs::select(const QUuid& id) {
     ORV_ASSERT_MAIN_THREAD();
     if (session(id) != nullptr) {
-        setSelected(id);
+        use(id);
     }
 }
 
-bool TerminalTabs::hasUnseen() const {
-    return std::ranges::any_of(m_sessions, [](const TerminalSession* session) {
-        return session->hasUnseenBell() || session->hasUnseenQuestion();
-    });
+TerminalSession* TerminalTabs::lastUsed(const QList<TerminalSession*>& sessions) const {
+    const auto use = [this](const TerminalSession* session) { return m_used.indexOf(session->id()); };
+    const auto last = std::ranges::max_element(sessions, {}, use);
+    return last == sessions.cend() ? nullptr : *last;
 }
 
 bool TerminalTabs::anyForegroundProgram() const {
@@ -156,6 +175,12 @@ void TerminalTabs::setSelected(std::optional<QUuid> id) {
         m_selectedID = id;
         Q_EMIT selectedIDChanged();
     }
+}
+
+void TerminalTabs::use(const QUuid& id) {
+    m_used.removeOne(id);
+    m_used.append(id);
+    setSelected(id);
 }
 
 } // namespace orv

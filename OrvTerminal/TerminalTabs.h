@@ -14,9 +14,10 @@ namespace orv {
 
 /// A terminal as it can be opened again.
 struct TerminalPlace {
-    QUrl folder;
+    QUrl directory; ///< for which it was opened
+    QUrl folder;    ///< in which its shell is
     QString title;
-    bool isSelected = false;
+    int lastUse = 0; ///< counts up: the greatest was selected last; 0: none knows
 
     bool operator==(const TerminalPlace&) const = default;
 };
@@ -40,6 +41,8 @@ public:
     void close(const QUuid& id);
     void closeAll();
     void select(const QUuid& id);
+    /// Of these the one that was selected last, or the first; null of none.
+    [[nodiscard]] TerminalSession* lastUsed(const QList<TerminalSession*>& sessions) const;
     /// Puts the session at another place; the others close up.
     void move(const QUuid& id, int place);
     /// Closes a session, and starts a new one in its folder at its place. Null where there is no such session.
@@ -55,14 +58,12 @@ public:
     /// Whether something else than a shell at its prompt runs in any of them.
     [[nodiscard]] bool anyForegroundProgram() const;
 
-    /// Whether any of them has something that nobody saw: a bell, a question.
-    [[nodiscard]] bool hasUnseen() const;
-
 Q_SIGNALS:
     void sessionsChanged();
-    void hasUnseenChanged(); ///< perhaps
+    void hasUnseenChanged(); ///< perhaps, of one of the sessions
     void selectedIDChanged();
-    void currentDirectoryChanged(); ///< of one of the sessions
+    void opened(orv::TerminalSession* session); ///< now, by whoever did
+    void currentDirectoryChanged();             ///< of one of the sessions
     /// What a program in one of the sessions copies, and may.
     void clipboardWriteRequested(const QString& text, bool isPrimary);
     /// As a session says it; the folder is where its shell is.
@@ -72,10 +73,12 @@ private:
     TerminalSession* insert(qsizetype place, const QUrl& folder);
     TerminalSession* make(qsizetype place, const QUrl& folder);
     void setSelected(std::optional<QUuid> id);
+    void use(const QUuid& id);
 
     std::shared_ptr<MainThreadQueue> m_queue;
     QList<TerminalSession*> m_sessions;
     std::optional<QUuid> m_selectedID;
+    QList<QUuid> m_used; ///< as they were selected, the last one behind the others
     QString m_shell;
     ClipboardWrite m_clipboardWrite = ClipboardWrite::ask;
 };

@@ -1,6 +1,7 @@
 #include "OrvUI/AgentPrograms.h"
 
 #include "OrvCore/Async.h"
+#include "OrvCore/LoginShell.h"
 #include "OrvUI/AgentRows.h"
 #include "OrvUI/Pool_p.h"
 
@@ -94,11 +95,13 @@ bool AgentPrograms::isMissing(AgentKind kind) const {
 
 QString AgentPrograms::missingText(AgentKind kind) {
     const AgentInfo& info = agentInfo(kind);
+    const QString shell = loginShell();
+    const QString profile = shell.endsWith(u"/zsh") ? u"~/.zprofile"_s : u"~/.profile"_s;
     return kind == AgentKind::custom
                ? tr("Set the custom agent's command in Settings \u2192 AI first.")
-               : tr("%1 was not found by the login shell. Install it with “%2”, or choose another "
-                    "agent.")
-                     .arg(agentText(info.displayName), agentText(info.installHint));
+               : tr("%1 was not found by the login shell (%2, whose PATH %3 sets). Install it with “%4”, or choose "
+                    "another agent.")
+                     .arg(agentText(info.displayName), shell, profile, agentText(info.installHint));
 }
 
 } // namespace orv

@@ -178,9 +178,7 @@ void AppModel::startAgentInTerminal(AgentKind kind, const QString& task, const P
         return;
     }
     setAgentError({});
-    typeWhenReady(d->terminals->open(QUrl::fromLocalFile(project.root)), *command);
-    setPage({.kind = AppPage::Kind::project, .id = project.id});
-    setDetailTab(DetailTab::terminal);
+    typeWhenReady(openTerminal(*this, project.root), *command);
 }
 
 void AppModel::signIn(AgentKind kind) {
@@ -197,11 +195,7 @@ void AppModel::signIn(AgentKind kind) {
             true);
         return;
     }
-    typeWhenReady(d->terminals->open(QUrl::fromLocalFile(d->settings->settings().scanRoot)), command.toString());
-    if (d->page.kind != AppPage::Kind::project || project(d->page.id) == nullptr) {
-        setPage({.kind = AppPage::Kind::project, .id = d->projects.first().id});
-    }
-    setDetailTab(DetailTab::terminal);
+    typeWhenReady(openTerminal(*this, d->settings->settings().scanRoot), command.toString());
 }
 
 void AppModel::draftAgentTaskFor(const QString& taskID) {

@@ -329,8 +329,7 @@ void AppModel::openFile(const QString& path, int line, int column) {
     }
     const QString command = EditorCommand::of(editor, {path, line, column});
     if (EditorCommand::needsTerminal(editor)) {
-        typeWhenReady(d->terminals->open(QUrl::fromLocalFile(QFileInfo(path).path())), command);
-        setDetailTab(DetailTab::terminal);
+        typeWhenReady(openTerminal(*this, QFileInfo(path).path()), command);
         return;
     }
     const QString program = EditorCommand::program(editor);

@@ -2,6 +2,7 @@
 #include "OrvCore/CommandBuilder.h"
 #include "OrvProcess/PortParser.h"
 #include "OrvUI/AppModel_p.h"
+#include "OrvUI/ServiceTitle.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -79,8 +80,9 @@ void AppModel::askForInstall(
         places.append(place);
         plan.targets.append({targets[i]});
         session.steps.append(
-            {installID(targets[i], pending.project.id), title(targets[i].kind), shownCommand(pending.project, place),
-             SetupStep::Status::pending});
+            {installID(targets[i], pending.project.id),
+             serviceTitle({pending.project.id, targets[i].kind, targets[i].directory}, &pending.project),
+             shownCommand(pending.project, place), SetupStep::Status::pending});
     }
     plan.places = places;
     d->setupPlan = plan;

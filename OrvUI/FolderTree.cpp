@@ -1,12 +1,10 @@
 #include "OrvUI/FolderTree.h"
 
-#include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/TerminalTyping.h"
 
 #include <QFileInfo>
-
-#include <algorithm>
 
 namespace orv {
 
@@ -40,20 +38,7 @@ void FolderTree::show(const QString& path) {
 }
 
 void FolderTree::openTerminal(const QString& path) {
-    openTerminal(*m_model, path);
-}
-
-void FolderTree::openTerminal(AppModel& model, const QString& path) {
-    model.terminals().open(QUrl::fromLocalFile(path));
-    // Terminals are on the pages of projects.
-    const auto isThere = [&path](const Project& project) {
-        return project.root == path || project.root.startsWith(path + u'/');
-    };
-    const auto found = std::ranges::find_if(model.projects(), isThere);
-    if (found != model.projects().end()) {
-        model.setPage({.kind = AppPage::Kind::project, .id = found->id});
-    }
-    model.setDetailTab(DetailTab::terminal);
+    orv::openTerminal(*m_model, path);
 }
 
 } // namespace orv

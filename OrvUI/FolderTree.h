@@ -32,8 +32,6 @@ public:
     /// In the desktop's file manager.
     Q_INVOKABLE void show(const QString& path);
     Q_INVOKABLE void openTerminal(const QString& path);
-    /// A new terminal in the folder, on the page of its project or of the first one below it.
-    static void openTerminal(AppModel& model, const QString& path);
 
 Q_SIGNALS:
     void modelChanged();

@@ -405,7 +405,7 @@ QList<int> LogModel::errorRows() const {
 LogText LogModel::content(Serial serial) const {
     const Line known = lineOf(serial);
     StyledText::Line styled = StyledText::parse(raw(serial), known.pen);
-    LogText content{serial, std::move(styled.text), std::move(styled.runs), {}, known.error};
+    LogText content{serial, std::move(styled.text), std::move(styled.runs), std::move(styled.links), {}, known.error};
     const auto matches = std::ranges::equal_range(m_matches, serial, {}, &Match::line);
     for (auto match = matches.begin(); match != matches.end(); ++match) {
         content.hits.append({match->start, m_searchText.size(), match - m_matches.begin() == m_current});

@@ -24,6 +24,7 @@ struct LogText {
     qint64 line = -1; ///< LogModel's serial of it
     QString text;     ///< without controls
     QList<TextRun> runs;
+    QList<LinkRun> links;
     QList<Hit> hits; ///< what a search found
     ErrorLines::Place error = ErrorLines::Place::none;
 

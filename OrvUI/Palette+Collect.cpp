@@ -2,11 +2,11 @@
 #include "OrvCore/Tasks.h"
 #include "OrvUI/AgentRows.h"
 #include "OrvUI/AppModel.h"
-#include "OrvUI/FolderTree.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/Palette_p.h"
 #include "OrvUI/QuitGuard.h"
+#include "OrvUI/TerminalTyping.h"
 #include "OrvUI/Tile.h"
 
 #include <QCoreApplication>
@@ -339,7 +339,7 @@ void Palette::performVerb(const PaletteRow& row) {
     case fetch:
         return m_model->quickGitFor(project.id, found->name);
     case terminal:
-        return FolderTree::openTerminal(*m_model, project.root);
+        return static_cast<void>(openTerminal(*m_model, project.root));
     case ask:
         m_model->setAgentDraft(AgentDraft{project.id, {}, {}});
         return m_model->setPage(AppPage{AppPage::Kind::ai, {}, {}});

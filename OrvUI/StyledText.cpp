@@ -16,8 +16,23 @@ struct Sequence {
     qsizetype end = 0;
 };
 
+/// A link or its end, as `TerminalLine` leaves them: final ']', the address as the parameters.
+Sequence linkAt(QStringView line, qsizetype at) {
+    constexpr QStringView introducer = u"]8;;";
+    constexpr QStringView terminator = u"\x1b\\";
+    const qsizetype first = at + 1 + introducer.size();
+    const qsizetype end = line.indexOf(terminator, at + 1);
+    if (!line.sliced(at + 1).startsWith(introducer) || end < first) {
+        return {{}, 0, at + 1};
+    }
+    return {line.sliced(first, end - first), u']', end + terminator.size()};
+}
+
 Sequence sequenceAt(QStringView line, qsizetype at) {
     qsizetype end = at + 1;
+    if (end < line.size() && line[end] == u']') {
+        return linkAt(line, at);
+    }
     if (end >= line.size() || line[end] != u'[') {
         return {{}, 0, end};
     }
@@ -171,9 +186,10 @@ void apply(QStringView text, TextPen& pen) {
     }
 }
 
-/// Calls `onText` with every stretch between the sequences and `onSgr` with the parameters of each SGR.
-template <typename OnText, typename OnSgr>
-void walk(QStringView line, OnText onText, OnSgr onSgr) {
+/// Calls `onText` with every stretch between the sequences, `onSgr` with the parameters of each SGR and `onLink` with
+/// the address of each link, which is empty where one ends.
+template <typename OnText, typename OnSgr, typename OnLink>
+void walk(QStringView line, OnText onText, OnSgr onSgr, OnLink onLink) {
     qsizetype at = 0;
     while (at < line.size()) {
         qsizetype next = line.indexOf(escape, at);
@@ -187,6 +203,8 @@ void walk(QStringView line, OnText onText, OnSgr onSgr) {
         const Sequence sequence = sequenceAt(line, next);
         if (sequence.final == u'm') {
             onSgr(sequence.parameters);
+        } else if (sequence.final == u']') {
+            onLink(sequence.parameters);
         }
         at = sequence.end;
     }
@@ -195,13 +213,22 @@ void walk(QStringView line, OnText onText, OnSgr onSgr) {
 } // namespace
 
 Line parse(const QString& line, const TextPen& pen) {
-    Line result{{}, {}, pen};
+    Line result{{}, {}, {}, pen};
+    QString url;
     result.text.reserve(line.size());
     walk(
         line,
         [&](QStringView text) {
             const qsizetype start = result.text.size();
             result.text += text;
+            if (!url.isEmpty()) {
+                if (!result.links.isEmpty() && result.links.last().url == url &&
+                    result.links.last().start + result.links.last().length == start) {
+                    result.links.last().length += text.size();
+                } else {
+                    result.links.append({start, text.size(), url});
+                }
+            }
             if (result.end == TextPen()) {
                 return;
             }
@@ -212,7 +239,8 @@ Line parse(const QString& line, const TextPen& pen) {
                 result.runs.append({start, text.size(), result.end});
             }
         },
-        [&](QStringView parameters) { apply(parameters, result.end); });
+        [&](QStringView parameters) { apply(parameters, result.end); },
+        [&](QStringView address) { url = address.toString(); });
     return result;
 }
 
@@ -222,7 +250,9 @@ QString plain(const QString& line, TextPen& pen) {
     }
     QString text;
     text.reserve(line.size());
-    walk(line, [&](QStringView stretch) { text += stretch; }, [&](QStringView parameters) { apply(parameters, pen); });
+    walk(
+        line, [&](QStringView stretch) { text += stretch; }, [&](QStringView parameters) { apply(parameters, pen); },
+        [](QStringView /*address*/) {});
     return text;
 }
 

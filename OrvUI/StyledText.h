@@ -31,13 +31,23 @@ struct TextRun {
     bool operator==(const TextRun&) const = default;
 };
 
+/// Of characters under which a program has put a link (OSC 8).
+struct LinkRun {
+    qsizetype start = 0;
+    qsizetype length = 0;
+    QString url;
+
+    bool operator==(const LinkRun&) const = default;
+};
+
 /// Lines of output as text and looks. Pure; any thread.
 namespace StyledText {
 
 struct Line {
-    QString text;        ///< without control sequences
-    QList<TextRun> runs; ///< those that look otherwise than plain text, ascending
-    TextPen end;         ///< the look that goes on in the next line
+    QString text;         ///< without control sequences
+    QList<TextRun> runs;  ///< those that look otherwise than plain text, ascending
+    QList<LinkRun> links; ///< ascending
+    TextPen end;          ///< the look that goes on in the next line
 };
 
 /// `pen` is the look at the beginning.

@@ -1,10 +1,12 @@
 #include "OrvUI/TerminalTyping.h"
 
 #include "OrvCore/Async.h"
-#include "OrvTerminal/TerminalSession.h"
+#include "OrvTerminal/TerminalTabs.h"
+#include "OrvUI/AppModel.h"
 
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace Qt::StringLiterals;
@@ -50,6 +52,23 @@ private:
 };
 
 } // namespace
+
+TerminalSession* openTerminal(AppModel& model, const QString& folder) {
+    ORV_ASSERT_MAIN_THREAD();
+    const QList<Project>& projects = model.projects();
+    const std::optional<QString> around = innermostProject(folder, projects);
+    const bool isOnOne = model.page().kind == AppPage::Kind::project && model.project(model.page().id) != nullptr;
+    if (around) {
+        model.setPage({.kind = AppPage::Kind::project, .id = *around});
+    } else if (!isOnOne && !projects.isEmpty()) {
+        const auto isBelow = [&folder](const Project& one) { return one.root.startsWith(folder + u'/'); };
+        const auto below = std::ranges::find_if(projects, isBelow);
+        model.setPage(
+            {.kind = AppPage::Kind::project, .id = below != projects.cend() ? below->id : projects.constFirst().id});
+    }
+    model.setDetailTab(DetailTab::terminal);
+    return model.terminals().open(QUrl::fromLocalFile(folder));
+}
 
 void typeWhenReady(TerminalSession* session, const QString& line) {
     ORV_ASSERT_MAIN_THREAD();

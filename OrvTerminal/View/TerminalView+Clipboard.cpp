@@ -70,6 +70,7 @@ void TerminalView::selectOutput() {
         }
         return;
     }
+    tellOfMissingMarks();
 }
 
 int TerminalView::pasteLines() const {

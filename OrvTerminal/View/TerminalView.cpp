@@ -292,6 +292,15 @@ void TerminalView::scrollToPrompt(int direction) {
     } else if (direction > 0) {
         scrollToBottom();
     }
+    tellOfMissingMarks();
+}
+
+void TerminalView::tellOfMissingMarks() {
+    const term::Buffer& buffer = m_session.terminal().buffer();
+    const std::int64_t end = static_cast<std::int64_t>(buffer.trimmedCount()) + buffer.lineCount();
+    if (!term::promptFrom(buffer, end, -1) && !term::promptFrom(buffer, 0, 1)) {
+        Q_EMIT marksMissed();
+    }
 }
 
 void TerminalView::clear() {

@@ -136,6 +136,8 @@ Q_SIGNALS:
     void contextMenuRequested(const QPointF& place);
     /// Return was pressed after the shell had ended.
     void renewRequested();
+    /// Someone looked for a prompt, or for the output of a command, and the shell has marked none (OSC 133).
+    void marksMissed();
 
 protected:
     void geometryChange(const QRectF& now, const QRectF& before) override;
@@ -191,6 +193,7 @@ private:
     void applyColors();
     void followScroll();
     void scrollToBottom();
+    void tellOfMissingMarks();
     [[nodiscard]] std::int64_t firstLine() const;
     /// Whether somebody can see it: a window that is hidden or minimized shows nothing.
     [[nodiscard]] bool isShown() const;

@@ -253,11 +253,13 @@ FocusScope {
         Row {
             id: choices
 
-            // By how much they would reach into the buttons: the first of them gives way.
-            readonly property int excess: {
+            // Where they would end.
+            readonly property int needed: {
                 const first = composer.fixedProjectID.length === 0 ? projectButton.implicitWidth + spacing : 0;
-                return Math.max(0, x + first + agentButton.implicitWidth + (autonomyButton.visible ? spacing + autonomyButton.implicitWidth : 0) - starts.x);
+                return x + first + agentButton.implicitWidth + (autonomyButton.visible ? spacing + autonomyButton.implicitWidth : 0);
             }
+            // By how much they would reach into the buttons: the first of them gives way.
+            readonly property int excess: Math.max(0, needed - starts.x)
 
             x: Theme.space8
             anchors.bottom: parent.bottom
@@ -334,6 +336,9 @@ FocusScope {
         Row {
             id: starts
 
+            // Beside which the choices have all the room they need: the keys go before words do.
+            readonly property bool hasRoomForKeys: choices.needed + terminalButton.implicitWidth + spacing + start.plainWidth + start.keysWidth + Theme.space8 <= frame.width
+
             anchors.right: parent.right
             anchors.rightMargin: Theme.space8
             anchors.bottom: parent.bottom
@@ -341,6 +346,8 @@ FocusScope {
             spacing: Theme.space8
 
             Button {
+                id: terminalButton
+
                 visible: !composer.conversing
                 ghost: true
                 controlHeight: Theme.controlSmall
@@ -352,11 +359,16 @@ FocusScope {
 
             Row {
                 Button {
+                    id: start
+
+                    readonly property real plainWidth: Math.ceil(leftPadding + rightPadding + startMetrics.advanceWidth(text))
+                    readonly property real keysWidth: Math.ceil(Theme.space6 + keyMetrics.advanceWidth(Keymap.text("start")))
+
                     primary: true
                     joined: composer.conversing
                     controlHeight: Theme.controlSmall
                     text: qsTr("Start")
-                    shortcut: composer.conversing || !words.activeFocus ? "" : Keymap.text("start")
+                    shortcut: composer.conversing || !words.activeFocus || !starts.hasRoomForKeys ? "" : Keymap.text("start")
                     onClicked: composer.start()
                 }
 
@@ -374,6 +386,18 @@ FocusScope {
         }
     }
 
+    FontMetrics {
+        id: startMetrics
+
+        font: Theme.font(Theme.SmallStrong)
+    }
+
+    FontMetrics {
+        id: keyMetrics
+
+        font: Theme.font(Theme.Small)
+    }
+
     Label {
         id: note
 
@@ -384,7 +408,7 @@ FocusScope {
         role: Theme.Small
         color: composer.agents.error.length > 0 ? Theme.danger : composer.missing ? Theme.warning : Theme.text3
         wrapMode: Text.Wrap
-        maximumLineCount: 3
+        maximumLineCount: 4
         text: composer.agents.error.length > 0 ? composer.agents.error : composer.explanation
     }
 

@@ -341,6 +341,7 @@ FocusScope {
         nav: page.nav
         projectID: page.currentCard?.projectID ?? ""
         onChoiceAsked: page.openChoice(page.currentCard, page.currentCard)
+        onTabAsked: index => page.nav.project(projectID, index)
         onAgentAsked: {
             page.nav.project(projectID);
             page.nav.agentPanel = true;

@@ -1,5 +1,6 @@
 #include "OrvUI/Screens/Diagnostics.h"
 
+#include "OrvCore/LoginShell.h"
 #include "OrvUI/AgentCatalog.h"
 
 #include <QGuiApplication>
@@ -56,7 +57,7 @@ QString Diagnostics::text(AppModel* shown) {
              qEnvironmentVariable("XDG_CURRENT_DESKTOP", u"?"_s), qEnvironmentVariable("XDG_SESSION_TYPE", u"?"_s))},
         {u"Displays"_s, displays()},
         {u"Renderer"_s, qEnvironmentVariable("QT_QUICK_BACKEND", u"Qt's choice"_s)},
-        {u"Shell"_s, qEnvironmentVariable("SHELL", u"?"_s)},
+        {u"Shell"_s, u"%1 ($SHELL: %2)"_s.arg(loginShell(), qEnvironmentVariable("SHELL", u"?"_s))},
         {u"Language"_s, QLocale::system().name()},
         {u"Projects"_s, u"%1 with %2 services, %3 active"_s.arg(model.projects().size()).arg(targets).arg(services)},
         {u"Agents"_s, agents(model)},

@@ -171,7 +171,7 @@ FocusScope {
                 role: Theme.MonoPath
                 color: Theme.text2
                 elide: Text.ElideMiddle
-                text: pane.hoveredLink
+                text: pane.hoveredLink.length === 0 || pane.opensLink ? pane.hoveredLink : qsTr("%1 click opens %2").arg(Qt.platform.os === "osx" ? "⌘" : "Ctrl").arg(pane.hoveredLink)
             }
         }
 

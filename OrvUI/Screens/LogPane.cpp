@@ -28,6 +28,10 @@ bool isModifierOfLinks(int key) {
     return key == Qt::Key_Control || key == Qt::Key_Meta;
 }
 
+TextLink linkOf(const LinkRun& named) {
+    return {named.start, named.start + named.length, named.url};
+}
+
 } // namespace
 
 LogPane::LogPane(QQuickItem* parent) : QQuickItem(parent) {
@@ -111,6 +115,11 @@ TextLink LogPane::linkUnder(QPointF place) const {
         return {};
     }
     const qsizetype character = line->layout().characterAt(line->inText(mapToItem(line, place)));
+    for (const LinkRun& named : line->line().links) {
+        if (character >= named.start && character < named.start + named.length) {
+            return linkOf(named);
+        }
+    }
     const auto link = character >= 0 ? linkAt(line->line().text, character) : std::nullopt;
     return link ? existing(*link).value_or(TextLink()) : TextLink();
 }
@@ -123,9 +132,9 @@ void LogPane::activate(const TextLink& link) {
     }
 }
 
-void LogPane::hover(QPointF place, bool looks) {
+void LogPane::hover(QPointF place) {
     m_pointer = place;
-    const LogLine* line = looks ? lineAt(place) : nullptr;
+    const LogLine* line = lineAt(place);
     const TextLink link = line != nullptr ? linkUnder(place) : TextLink();
     setHovered(link == TextLink() ? Hovered() : Hovered{line->line().line, link});
 }
@@ -139,7 +148,18 @@ void LogPane::setHovered(const Hovered& hovered) {
         const bool isIt = hovered.line >= 0 && line->line().line == hovered.line;
         line->setLink(isIt ? LogLayout::Mark{hovered.link.first, hovered.link.end} : LogLayout::Mark());
     }
-    setCursor(hovered.line >= 0 ? Qt::PointingHandCursor : Qt::IBeamCursor);
+    showPointer();
+}
+
+void LogPane::setCtrlHeld(bool isHeld) {
+    if (isHeld != m_isCtrlHeld) {
+        m_isCtrlHeld = isHeld;
+        showPointer();
+    }
+}
+
+void LogPane::showPointer() {
+    setCursor(opensLink() ? Qt::PointingHandCursor : Qt::IBeamCursor);
     Q_EMIT hoveredLinkChanged();
 }
 
@@ -155,27 +175,28 @@ void LogPane::hoverMoveEvent(QHoverEvent* event) {
     // Qt may tell of a move late, and of a mouse that rests after each frame, with the keys as they were before the
     // last one changed.
     if (!m_knowsCtrl && event->position() != m_pointer) {
-        m_isCtrlHeld = event->modifiers().testFlag(Qt::ControlModifier);
+        setCtrlHeld(event->modifiers().testFlag(Qt::ControlModifier));
     }
-    hover(event->position(), m_isCtrlHeld);
+    hover(event->position());
 }
 
 void LogPane::hoverLeaveEvent(QHoverEvent* /*event*/) {
     if (window() != nullptr) {
         window()->removeEventFilter(this);
     }
-    m_isCtrlHeld = m_knowsCtrl = false;
+    m_knowsCtrl = false;
+    setCtrlHeld(false);
     setHovered({});
 }
 
 bool LogPane::eventFilter(QObject* watched, QEvent* event) {
     const bool isPress = event->type() == QEvent::KeyPress;
     if ((isPress || event->type() == QEvent::KeyRelease) && isModifierOfLinks(static_cast<QKeyEvent*>(event)->key())) {
-        m_isCtrlHeld = isPress;
         m_knowsCtrl = true;
-        hover(m_pointer, isPress);
+        setCtrlHeld(isPress);
     } else if (event->type() == QEvent::FocusOut) {
-        m_isCtrlHeld = m_knowsCtrl = false;
+        m_knowsCtrl = false;
+        setCtrlHeld(false);
     }
     return QQuickItem::eventFilter(watched, event);
 }
@@ -194,10 +215,11 @@ void LogPane::mousePressEvent(QMouseEvent* event) {
         }
         return;
     }
-    m_isCtrlHeld = event->modifiers().testFlag(Qt::ControlModifier);
-    hover(place, m_isCtrlHeld);
-    m_pressed = m_hovered.line >= 0 ? std::optional(m_hovered) : std::nullopt;
+    setCtrlHeld(event->modifiers().testFlag(Qt::ControlModifier));
+    hover(place);
+    m_pressed = opensLink() ? std::optional(m_hovered) : std::nullopt;
     if (!m_pressed) {
+        setHovered({});
         press(*event);
     }
 }
@@ -354,9 +376,11 @@ void LogPane::askMenu() {
             line = each;
         }
     }
-    TextLink first;
+    const QList<LinkRun>& named = line->line().links;
+    TextLink first = named.isEmpty() ? TextLink() : linkOf(named.first());
     for (const TextLink& link : linksIn(line->line().text)) {
-        if (const auto found = existing(link)) {
+        const auto found = existing(link);
+        if (found && (named.isEmpty() || found->first < first.first)) {
             first = *found;
             break;
         }

@@ -25,8 +25,10 @@ class LogPane : public QQuickItem {
     Q_PROPERTY(QStringList folders MEMBER m_folders NOTIFY foldersChanged FINAL)
     /// How far the text is moved to the left; no further than the widest line that is to be seen asks for.
     Q_PROPERTY(int offset READ offset WRITE setOffset NOTIFY offsetChanged FINAL)
-    /// Where the link that would be opened leads; empty: there is none.
+    /// Where the link below the mouse leads; empty: there is none.
     Q_PROPERTY(QString hoveredLink READ hoveredLink NOTIFY hoveredLinkChanged FINAL)
+    /// Whether a click opens it.
+    Q_PROPERTY(bool opensLink READ opensLink NOTIFY hoveredLinkChanged FINAL)
     /// The same of the link that the menu is for.
     Q_PROPERTY(QString menuLink READ menuLink NOTIFY menuAsked FINAL)
     Q_PROPERTY(QString menuLine READ menuLine NOTIFY menuAsked FINAL)
@@ -37,6 +39,7 @@ public:
     [[nodiscard]] int offset() const { return m_offset; }
     void setOffset(int offset);
     [[nodiscard]] QString hoveredLink() const { return target(m_hovered.link); }
+    [[nodiscard]] bool opensLink() const { return m_hovered.line >= 0 && m_isCtrlHeld; }
     [[nodiscard]] QString menuLink() const { return target(m_menuLink); }
     [[nodiscard]] const QString& menuLine() const { return m_menuLine; }
 
@@ -91,7 +94,9 @@ private:
     [[nodiscard]] std::optional<TextLink> existing(TextLink link) const;
     [[nodiscard]] static QString target(const TextLink& link);
     void activate(const TextLink& link);
-    void hover(QPointF place, bool looks);
+    void hover(QPointF place);
+    void setCtrlHeld(bool isHeld);
+    void showPointer();
     void setHovered(const Hovered& hovered);
     void press(const QMouseEvent& event);
     void drag(QPointF place);

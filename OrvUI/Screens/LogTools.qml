@@ -71,7 +71,10 @@ Row {
         text: tools.lines.searchText
         onTextEdited: tools.lines.searchFrom(text, tools.topRow)
         onCleared: tools.lines.searchText = ""
-        onAbandoned: tools.searchLeft()
+        Keys.onEscapePressed: event => {
+            event.accepted = true;
+            tools.searchLeft();
+        }
         onActiveFocusChanged: tools.opened = activeFocus || text.length > 0
         Keys.onReturnPressed: event => tools.step(event.modifiers & Qt.ShiftModifier ? -1 : 1)
         Keys.onDownPressed: tools.step(1)

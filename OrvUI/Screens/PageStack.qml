@@ -149,6 +149,12 @@ FocusScope {
             "floating": Qt.binding(() => pages.narrow)
         })
         onLoaded: (item as AgentPanel).focusComposer()
+        // What was in it has nowhere to go.
+        onActiveChanged: {
+            if (!active && focus && pages.activeFocus) {
+                pages.shownPage.forceActiveFocus(Qt.OtherFocusReason);
+            }
+        }
     }
 
     Connections {

@@ -86,6 +86,13 @@ FocusScope {
                 return tree.currentItem as FileTreeItem;
             }
 
+            // Whoever comes here by the keys sees where.
+            function settle() {
+                if (activeFocus && currentIndex < 0 && count > 0) {
+                    currentIndex = 0;
+                }
+            }
+
             function open(item) {
                 if (item === null) {
                     return;
@@ -109,6 +116,8 @@ FocusScope {
             // None ahead of need: Qt goes on asking for those whose rows have gone.
             cacheBuffer: 0
             model: page.files.tree
+            onActiveFocusChanged: settle()
+            onCountChanged: settle()
             Accessible.role: Accessible.Tree
             Accessible.name: qsTr("Files of %1").arg(page.detail.name)
             Keys.onPressed: event => {

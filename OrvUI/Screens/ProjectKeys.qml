@@ -12,6 +12,19 @@ Item {
     property bool inTerminal: false
     signal choiceAsked
     signal agentAsked
+    signal tabAsked(int index)
+
+    Instantiator {
+        model: 6
+
+        Shortcut {
+            required property int index
+
+            enabled: keys.enabled
+            sequence: Keymap.nth("tab", index)
+            onActivated: keys.tabAsked(index)
+        }
+    }
 
     Shortcut {
         enabled: keys.enabled

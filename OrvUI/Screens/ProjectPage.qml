@@ -220,6 +220,8 @@ FocusScope {
         id: terminals
 
         tabs: page.model.terminalTabs
+        model: page.model
+        projectID: detail.projectID
     }
 
     readonly property var tabs: [
@@ -311,16 +313,9 @@ FocusScope {
         inTerminal: page.nav.tab === 2
         onChoiceAsked: choice.open(controls)
         onAgentAsked: page.nav.agentPanel = !page.nav.agentPanel
-    }
-
-    Instantiator {
-        model: page.tabs.length
-
-        Shortcut {
-            required property int index
-
-            sequence: Keymap.nth("tab", index)
-            onActivated: page.nav.tab = index
+        onTabAsked: index => {
+            page.nav.tab = index;
+            page.forceActiveFocus(Qt.ShortcutFocusReason);
         }
     }
 }

@@ -27,8 +27,12 @@ FocusScope {
         anchors.bottomMargin: Theme.space20
         focus: true
         tabs: page.model.terminalTabs
+        model: page.model
+        projectID: page.detail.projectID
         folder: page.detail.folderUrl
         folderName: page.detail.name
+        onProjectAsked: projectID => page.nav.project(projectID, 2)
+        onHinted: text => page.model.showStatus(text, false)
         onLinkActivated: link => page.nav.followLink(link)
         onFileActivated: (path, line, column) => page.model.openFile(path, line, column)
     }

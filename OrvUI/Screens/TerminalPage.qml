@@ -9,6 +9,9 @@ FocusScope {
     // Where new ones are opened, and what that is called.
     required property url folder
     required property string folderName
+    // Of the project whose terminals these are, as the model knows it; without a model all are.
+    property AppModel model: null
+    property string projectID
     readonly property TerminalSession session: list.selected
     readonly property TerminalView view: host.view
     onViewChanged: {
@@ -21,6 +24,10 @@ FocusScope {
             view.Accessible.description = Qt.binding(() => selection.spoken);
         }
     }
+    // One of its terminals was chosen, which is selected there.
+    signal projectAsked(string projectID)
+    // What is to be said of a key that did nothing.
+    signal hinted(string text)
     signal linkActivated(url link)
     signal fileActivated(string path, int line, int column)
 
@@ -41,6 +48,13 @@ FocusScope {
         (menu.item as Menu).popup(page.view, place.x, place.y);
     }
 
+    function choose(session, projectID) {
+        list.select(session);
+        if (projectID.length > 0) {
+            page.projectAsked(projectID);
+        }
+    }
+
     function leaveFind() {
         view.find.active = false;
         view.forceActiveFocus(Qt.OtherFocusReason);
@@ -50,6 +64,8 @@ FocusScope {
         id: list
 
         tabs: page.tabs
+        model: page.model
+        projectID: page.projectID
     }
 
     EmptyState {
@@ -73,11 +89,22 @@ FocusScope {
     }
 
     KeyHint {
+        id: emptyKey
+
         anchors.horizontalCenter: empty.horizontalCenter
         anchors.top: empty.bottom
         anchors.topMargin: Theme.space12
         visible: empty.visible
         text: Keymap.text("newTerminal")
+    }
+
+    OtherTerminals {
+        anchors.horizontalCenter: empty.horizontalCenter
+        anchors.top: emptyKey.bottom
+        anchors.topMargin: Theme.space24
+        visible: empty.visible && list.otherCount > 0
+        list: list
+        onChosen: (session, projectID) => page.choose(session, projectID)
     }
 
     Rectangle {
@@ -117,6 +144,7 @@ FocusScope {
             list: list
             folderName: page.folderName
             onNewRequested: page.newTerminal()
+            onOtherChosen: (session, projectID) => page.choose(session, projectID)
         }
 
         TerminalHostView {
@@ -262,6 +290,9 @@ FocusScope {
         }
         function onFileActivated(path, line, column) {
             page.fileActivated(path, line, column);
+        }
+        function onMarksMissed() {
+            page.hinted(qsTr("Needs a shell that marks its prompts (OSC 133): see the README."));
         }
         function onRenewRequested() {
             list.renew(page.session);

@@ -1,7 +1,7 @@
 import OrvLauncher.Screens
 import QtQuick
 
-// The tabs of the terminals, and the button behind them that opens another one.
+// The tabs of the terminals, the button behind them that opens another one, and what is open elsewhere.
 Item {
     id: strip
 
@@ -9,10 +9,11 @@ Item {
     required property string folderName
     readonly property string newText: qsTr("New terminal in %1").arg(folderName)
     // What the button may take when each tab has as much as it needs.
-    readonly property real spare: width - 2 * Theme.space12 - Theme.space4 - list.count * (Theme.terminalTabMin + Theme.space4)
+    readonly property real spare: width - 2 * Theme.space12 - Theme.space4 - others.room - list.count * (Theme.terminalTabMin + Theme.space4)
     // Of the strip, for a folder with a long name.
     readonly property int buttonLimit: Math.floor(width / 3)
     signal newRequested
+    signal otherChosen(var session, string projectID)
 
     function buttonWidth(text) {
         return button.leftPadding + button.glyphSize + Theme.space6 + Math.ceil(metrics.advanceWidth(text)) + button.rightPadding;
@@ -43,7 +44,7 @@ Item {
         id: tabs
 
         // The tabs share what the button leaves them.
-        readonly property int room: strip.width - 2 * Theme.space12 - button.width - Theme.space4
+        readonly property int room: strip.width - 2 * Theme.space12 - button.width - Theme.space4 - others.room
         readonly property int share: Math.floor(room / Math.max(1, strip.list.count)) - Theme.space4
 
         x: Theme.space12
@@ -136,5 +137,18 @@ Item {
         tip: truncated || text !== strip.newText ? strip.newText : ""
         Accessible.name: strip.newText
         onClicked: strip.newRequested()
+    }
+
+    OtherTerminals {
+        id: others
+
+        readonly property real room: visible ? width + Theme.space4 : 0
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.space12
+        anchors.verticalCenter: parent.verticalCenter
+        visible: strip.list.otherCount > 0
+        list: strip.list
+        onChosen: (session, projectID) => strip.otherChosen(session, projectID)
     }
 }

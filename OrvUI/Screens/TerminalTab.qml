@@ -13,11 +13,13 @@ T.AbstractButton {
     required property string place
     // In which such a one's shell is, where the title does not say it.
     required property string folder
+    // Of no project, and here for the time being.
+    required property bool isGuest
     property int limit: Theme.terminalTabMax
     property bool isSelected: false
     readonly property bool isEnded: !session.isAlive && !session.isWaiting
     // Unlike that of any other tab.
-    readonly property string name: place.length === 0 ? text : folder.length === 0 ? qsTr("%1, %2").arg(text).arg(place) : qsTr("%1, %2, in %3").arg(text).arg(place).arg(folder)
+    readonly property string name: isGuest ? (folder.length === 0 ? qsTr("%1, of no project").arg(text) : qsTr("%1, in %2, of no project").arg(text).arg(folder)) : place.length === 0 ? text : folder.length === 0 ? qsTr("%1, %2").arg(text).arg(place) : qsTr("%1, %2, in %3").arg(text).arg(place).arg(folder)
     signal closeRequested
 
     implicitWidth: Math.max(Theme.terminalTabMin, Math.min(limit, label.implicitWidth + (folder.length > 0 ? where.implicitWidth : 0) + leftPadding + rightPadding + Theme.iconSmall + Theme.controlMini + 2 * Theme.space8))
@@ -43,6 +45,16 @@ T.AbstractButton {
 
         FocusRing {
             control: tab
+        }
+
+        // Apart from those of the project.
+        Rectangle {
+            x: -Theme.space2 - width
+            anchors.verticalCenter: parent.verticalCenter
+            visible: tab.isGuest && tab.index > 0
+            width: Theme.hairline
+            height: Theme.space16
+            color: Theme.borderStrong
         }
 
         // How far the program says that it is.
@@ -76,7 +88,9 @@ T.AbstractButton {
             color: Theme.text2
         }
 
-        StatusMark {
+        UnseenMark {
+            x: Theme.iconSmall - width / 2
+            y: Theme.space6
             visible: tab.session.hasUnseenBell || tab.session.hasUnseenQuestion
         }
 
@@ -126,16 +140,6 @@ T.AbstractButton {
     }
 
     Tip {
-        text: label.truncated || where.truncated || tab.place.length > 0 ? tab.name : ""
-    }
-
-    // A bell that nobody saw, or a question.
-    component StatusMark: Rectangle {
-        x: Theme.iconSmall - width / 2
-        y: Theme.space6
-        width: Theme.space6
-        height: width
-        radius: width / 2
-        color: Theme.accent
+        text: label.truncated || where.truncated || tab.place.length > 0 || tab.isGuest ? tab.name : ""
     }
 }

@@ -1,9 +1,12 @@
 #include "OrvUI/Screens/TerminalTabList.h"
 
 #include "OrvCore/Async.h"
+#include "OrvCore/Paths.h"
+#include "OrvUI/AppModel.h"
 
 #include <QHash>
 
+#include <algorithm>
 #include <utility>
 
 namespace orv {
@@ -13,12 +16,27 @@ const std::vector<RowRole<TerminalTab>>& TerminalTab::roles() {
         memberRole<&TerminalTab::session, TerminalTab>("session"),
         memberRole<&TerminalTab::place, TerminalTab>("place"),
         memberRole<&TerminalTab::folder, TerminalTab>("folder"),
+        memberRole<&TerminalTab::isGuest, TerminalTab>("isGuest"),
+    };
+    return table;
+}
+
+const std::vector<RowRole<OtherTerminal>>& OtherTerminal::roles() {
+    static const std::vector<RowRole<OtherTerminal>> table{
+        memberRole<&OtherTerminal::session, OtherTerminal>("session"),
+        memberRole<&OtherTerminal::text, OtherTerminal>("text"),
+        memberRole<&OtherTerminal::projectID, OtherTerminal>("projectID"),
+        memberRole<&OtherTerminal::hasUnseen, OtherTerminal>("hasUnseen"),
     };
     return table;
 }
 
 TerminalTabList::TerminalTabList(QObject* parent) : QObject(parent) {
     ORV_ASSERT_MAIN_THREAD();
+    connect(this, &TerminalTabList::projectIDChanged, this, [this] {
+        m_guest = nullptr;
+        follow();
+    });
 }
 
 void TerminalTabList::setTabs(TerminalTabs* tabs) {
@@ -31,43 +49,124 @@ void TerminalTabList::setTabs(TerminalTabs* tabs) {
     m_tabs = tabs;
     if (tabs != nullptr) {
         connect(tabs, &TerminalTabs::sessionsChanged, this, &TerminalTabList::follow);
-        connect(tabs, &TerminalTabs::selectedIDChanged, this, &TerminalTabList::selectedChanged);
-        connect(tabs, &TerminalTabs::hasUnseenChanged, this, &TerminalTabList::hasUnseenChanged);
+        connect(tabs, &TerminalTabs::hasUnseenChanged, this, &TerminalTabList::listRows);
+        connect(tabs, &TerminalTabs::opened, this, &TerminalTabList::takeIn);
         // A shell that is left may stand in another folder than when it was come to.
-        connect(tabs, &TerminalTabs::selectedIDChanged, this, &TerminalTabList::listRows);
+        connect(tabs, &TerminalTabs::selectedIDChanged, this, [this] {
+            TerminalSession* chosen = m_tabs->selectedID() ? m_tabs->session(*m_tabs->selectedID()) : nullptr;
+            if (chosen != nullptr && ownerOf(*chosen) == Owner::project) {
+                m_guest = nullptr;
+            }
+            follow();
+        });
     }
     follow();
     Q_EMIT tabsChanged();
-    Q_EMIT selectedChanged();
+}
+
+AppModel* TerminalTabList::model() const {
+    return m_model;
+}
+
+void TerminalTabList::setModel(AppModel* model) {
+    if (model == m_model) {
+        return;
+    }
+    if (m_model != nullptr) {
+        m_model->disconnect(this);
+    }
+    m_model = model;
+    if (model != nullptr) {
+        connect(model, &AppModel::projectsChanged, this, &TerminalTabList::follow);
+    }
+    follow();
+    Q_EMIT modelChanged();
+}
+
+std::optional<QString> TerminalTabList::projectOf(const TerminalSession& session) const {
+    return m_model != nullptr ? innermostProject(session.directory().toLocalFile(), m_model->projects()) : m_projectID;
+}
+
+TerminalTabList::Owner TerminalTabList::ownerOf(const TerminalSession& session) const {
+    const std::optional<QString> project = projectOf(session);
+    return !project ? Owner::none : *project == m_projectID ? Owner::project : Owner::another;
+}
+
+QList<TerminalSession*> TerminalTabList::own() const {
+    QList<TerminalSession*> found;
+    for (TerminalSession* session : m_tabs != nullptr ? m_tabs->sessions() : QList<TerminalSession*>()) {
+        if (ownerOf(*session) == Owner::project) {
+            found.append(session);
+        }
+    }
+    return found;
+}
+
+/// What was opened, or asked for, is shown here unless another page has it.
+void TerminalTabList::takeIn(TerminalSession* session) {
+    if (const Owner owner = ownerOf(*session); owner != Owner::another) {
+        m_guest = owner == Owner::none ? session : nullptr;
+        follow();
+    }
 }
 
 void TerminalTabList::follow() {
-    const qsizetype before = m_rows.rowCount();
-    listRows();
-    if (m_tabs != nullptr) {
-        for (TerminalSession* session : m_tabs->sessions()) {
-            connect(session, &TerminalSession::titleChanged, this, &TerminalTabList::listRows, Qt::UniqueConnection);
-            connect(session, &TerminalSession::isBusyChanged, this, &TerminalTabList::listRows, Qt::UniqueConnection);
-        }
+    const auto connectTo = [this](TerminalSession* session) {
+        connect(session, &TerminalSession::titleChanged, this, &TerminalTabList::listRows, Qt::UniqueConnection);
+        connect(session, &TerminalSession::isBusyChanged, this, &TerminalTabList::listRows, Qt::UniqueConnection);
+    };
+    const QList<TerminalSession*> all = m_tabs != nullptr ? m_tabs->sessions() : QList<TerminalSession*>();
+    std::ranges::for_each(all, connectTo);
+    if (m_guest != nullptr && (!all.contains(m_guest.data()) || ownerOf(*m_guest) != Owner::none)) {
+        m_guest = nullptr;
     }
-    if (m_closing != nullptr && (m_tabs == nullptr || !m_tabs->sessions().contains(m_closing.data()))) {
+    if (m_closing != nullptr && !all.contains(m_closing.data())) {
         setClosing(nullptr);
     }
-    if (before != m_rows.rowCount()) {
-        Q_EMIT countChanged();
-    }
+    listRows();
+    Q_EMIT countChanged();
+    Q_EMIT selectedChanged();
 }
 
 void TerminalTabList::listRows() {
     QList<TerminalTab> rows;
-    if (m_tabs != nullptr) {
-        for (TerminalSession* session : m_tabs->sessions()) {
-            rows.append({session->id().toString(), session});
+    QList<OtherTerminal> others;
+    const QList<TerminalSession*> shown = own();
+    for (TerminalSession* session : shown) {
+        rows.append({session->id().toString(), session});
+    }
+    for (TerminalSession* session : m_tabs != nullptr ? m_tabs->sessions() : QList<TerminalSession*>()) {
+        if (session != m_guest && !shown.contains(session)) {
+            others.append(otherRow(*session));
         }
     }
-    Q_EMIT hasUnseenChanged();
     tellApart(rows);
+    if (m_guest != nullptr) {
+        const QString folder = m_guest->directory().fileName();
+        rows.append({m_guest->id().toString(), m_guest, {}, folder != m_guest->title() ? folder : QString(), true});
+    }
     m_rows.setRows(rows);
+    m_others.setRows(others);
+    Q_EMIT hasUnseenChanged();
+}
+
+OtherTerminal TerminalTabList::otherRow(TerminalSession& session) const {
+    const std::optional<QString> id = projectOf(session);
+    const Project* project = id ? m_model->project(*id) : nullptr;
+    const QString place = project != nullptr ? project->name : Paths::shortened(session.directory().toLocalFile());
+    const QString title = session.title();
+    const bool isNamed = title == place || title == session.directory().fileName();
+    return {
+        session.id().toString(), &session, isNamed ? place : tr("%1: %2").arg(place, title), id.value_or(QString()),
+        session.hasUnseen()};
+}
+
+bool TerminalTabList::hasUnseen() const {
+    return std::ranges::any_of(m_rows.rows(), [](const TerminalTab& row) { return row.session->hasUnseen(); });
+}
+
+bool TerminalTabList::hasUnseenElsewhere() const {
+    return std::ranges::any_of(m_others.rows(), &OtherTerminal::hasUnseen);
 }
 
 void TerminalTabList::tellApart(QList<TerminalTab>& rows) const {
@@ -87,7 +186,7 @@ void TerminalTabList::tellApart(QList<TerminalTab>& rows) const {
 }
 
 TerminalSession* TerminalTabList::selected() const {
-    return m_tabs != nullptr && m_tabs->selectedID() ? m_tabs->session(*m_tabs->selectedID()) : nullptr;
+    return m_guest != nullptr ? m_guest.data() : m_tabs != nullptr ? m_tabs->lastUsed(own()) : nullptr;
 }
 
 void TerminalTabList::open(const QUrl& folder) {
@@ -96,17 +195,19 @@ void TerminalTabList::open(const QUrl& folder) {
 
 void TerminalTabList::select(TerminalSession* session) {
     m_tabs->select(session->id());
+    takeIn(session);
 }
 
 void TerminalTabList::selectAt(int place) {
     if (place >= 0 && place < count()) {
-        select(m_tabs->sessions().at(place));
+        select(m_rows.rows().at(place).session);
     }
 }
 
 void TerminalTabList::step(int direction) {
+    const auto isSelected = [session = selected()](const TerminalTab& row) { return row.session == session; };
     if (count() > 0) {
-        const auto place = static_cast<int>(m_tabs->sessions().indexOf(selected()));
+        const auto place = static_cast<int>(std::ranges::find_if(m_rows.rows(), isSelected) - m_rows.rows().begin());
         selectAt((place + direction + count()) % count());
     }
 }
@@ -116,9 +217,11 @@ void TerminalTabList::moveTo(TerminalSession* session, TerminalSession* other) {
 }
 
 void TerminalTabList::moveSelected(int direction) {
-    if (const TerminalSession* session = selected()) {
-        const auto place = static_cast<int>(m_tabs->sessions().indexOf(session));
-        m_tabs->move(session->id(), place + direction);
+    const QList<TerminalSession*> sessions = own();
+    const qsizetype place = sessions.indexOf(selected());
+    const qsizetype next = place + direction;
+    if (place >= 0 && next >= 0 && next < sessions.size()) {
+        moveTo(sessions[place], sessions[next]);
     }
 }
 
@@ -127,7 +230,7 @@ void TerminalTabList::close(TerminalSession* session) {
         select(session);
         setClosing(session);
     } else {
-        m_tabs->close(session->id());
+        closeNow(*session);
     }
 }
 
@@ -135,7 +238,16 @@ void TerminalTabList::answerClosing(bool isWanted) {
     TerminalSession* session = m_closing;
     setClosing(nullptr);
     if (isWanted && session != nullptr) {
-        m_tabs->close(session->id());
+        closeNow(*session);
+    }
+}
+
+/// Behind the one that was shown comes the last one that is left.
+void TerminalTabList::closeNow(TerminalSession& session) {
+    const bool wasShown = &session == selected();
+    m_tabs->close(session.id());
+    if (const QList<TerminalSession*> left = own(); wasShown && !left.isEmpty()) {
+        select(left.constLast());
     }
 }
 

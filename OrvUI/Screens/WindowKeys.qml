@@ -53,6 +53,19 @@ Item {
         }
     }
 
+    // A field would take them for a figure.
+    Instantiator {
+        model: 6
+
+        Shortcut {
+            required property int index
+
+            enabled: [Navigator.Tasks, Navigator.Ai, Navigator.Settings].includes(keys.nav.page)
+            sequence: Keymap.nth("tab", index)
+            onActivated: keys.model.showStatus(qsTr("%1 shows a part of a project: open one first.").arg(Keymap.nthText("tab", index)), false)
+        }
+    }
+
     Shortcut {
         sequences: Keymap.of("newFolder")
         onActivated: keys.nav.addProject(false)

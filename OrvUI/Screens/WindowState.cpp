@@ -58,8 +58,10 @@ QList<TerminalPlace> readTerminals(QSettings& ini) {
         ini.setArrayIndex(i);
         const QString folder = ini.value(u"folder"_s).toString();
         if (!folder.isEmpty()) {
+            const QString directory = ini.value(u"directory"_s, folder).toString();
             places.append(
-                {QUrl::fromLocalFile(folder), ini.value(u"title"_s).toString(), ini.value(u"selected"_s).toBool()});
+                {QUrl::fromLocalFile(directory), QUrl::fromLocalFile(folder), ini.value(u"title"_s).toString(),
+                 ini.value(u"use"_s).toInt()});
         }
     }
     ini.endArray();
@@ -71,9 +73,10 @@ void writeTerminals(QSettings& ini, const QList<TerminalPlace>& places) {
     ini.beginWriteArray(u"terminals"_s, static_cast<int>(places.size()));
     for (int i = 0; i < places.size(); ++i) {
         ini.setArrayIndex(i);
+        ini.setValue(u"directory"_s, places[i].directory.toLocalFile());
         ini.setValue(u"folder"_s, places[i].folder.toLocalFile());
         ini.setValue(u"title"_s, places[i].title);
-        ini.setValue(u"selected"_s, places[i].isSelected);
+        ini.setValue(u"use"_s, places[i].lastUse);
     }
     ini.endArray();
 }

@@ -107,6 +107,37 @@ TEST(TerminalLine, ShowsALineAsATerminalWould) {
     for (const Row& row : rows) {
         EXPECT_EQ(TerminalLine::text(row.raw), row.expected) << row.label;
     }
+    const QByteArray far = "\x1b]8;;http://" + QByteArray(2000, 'x') + "\x1b\\";
+    const QString farLink = QString::fromLatin1(far), end = u"\x1b]8;;\x1b\\"_s;
+    const std::array links{
+        Row{"a link", "a\x1b]8;id=1;http://x/y\x07the\x1b[1m words\x1b[m\x1b]8;;\x07.",
+            u"a\x1b]8;;http://x/y\x1b\\the\x1b[1m words"_s + end + u"\x1b[m."_s},
+        Row{"no end before the line's", "\x1b]8;;mailto:a@b\x1b\\mail", u"\x1b]8;;mailto:a@b\x1b\\mail"_s + end},
+        Row{"another behind it",
+            "\x1b]8;;HTTPS://x\x07"
+            "a\x1b]8;;file:///y\x07"
+            "b",
+            u"\x1b]8;;HTTPS://x\x1b\\a\x1b]8;;file:///y\x1b\\b"_s + end},
+        Row{"of a kind that nobody opens",
+            "\x1b]8;;javascript:x\x07"
+            "a\x1b]8;;http://\x07"
+            "b",
+            u"ab"_s},
+        Row{"no address",
+            "\x1b]8;;http://x y\x07"
+            "a\x1b]8;http://x\x07"
+            "b",
+            u"ab"_s},
+        Row{"moves with its words",
+            "\x1b]8;;http://x\x07"
+            "abc\x1b]8;;\x07\rX",
+            u"X\x1b]8;;http://x\x1b\\bc"_s + end},
+        Row{"is not written more often than it came", far + "abcde\x1b]8;;\x07\x1b[2GX\x1b[4GX",
+            farLink + u"a"_s + end + u"XcXe"_s},
+    };
+    for (const Row& row : links) {
+        EXPECT_EQ(TerminalLine::text(row.raw, TerminalLine::Links::keep), row.expected) << row.label;
+    }
 }
 
 TEST(LineAssembler, MakesTheSameLinesHoweverTheOutputIsCut) {

@@ -179,9 +179,9 @@ TEST_F(Terminals, ComeBackWhereTheirShellsWere) {
     EXPECT_TRUE(waitFor([&] { return !ended->isAlive(); }));
     open(u"shop"_s);
     tabs->select(moved->id());
+    const QUrl shop = QUrl::fromLocalFile(home.path(u"shop"_s));
     const QList<TerminalPlace> places{
-        {QUrl::fromLocalFile(home.path(u"shop/deep"_s)), u"titled"_s, true},
-        {QUrl::fromLocalFile(home.path(u"shop"_s)), u"shop"_s, false}};
+        {shop, QUrl::fromLocalFile(home.path(u"shop/deep"_s)), u"titled"_s, 2}, {shop, shop, u"shop"_s, 1}};
     EXPECT_EQ(tabs->places(), places);
 
     tabs = std::make_unique<TerminalTabs>();
@@ -194,7 +194,7 @@ TEST_F(Terminals, ComeBackWhereTheirShellsWere) {
     shown->setShown(true);
     EXPECT_TRUE(waitFor([&] { return shown->outputForTesting().contains(u"ready>"); }));
     EXPECT_TRUE(prints(shown, u"echo in:${PWD##*/}:"_s, u"in:deep:"_s));
-    EXPECT_EQ(shown->title(), u"deep"_s) << "what had the other title does not run";
+    EXPECT_EQ(shown->title(), u"shop"_s) << "what had the other title does not run";
     EXPECT_TRUE(tabs->sessions().last()->isWaiting());
     EXPECT_FALSE(tabs->sessions().last()->shellPID());
 }

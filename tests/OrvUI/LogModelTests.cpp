@@ -137,6 +137,9 @@ TEST(StyledText, PartsTextFromItsLook) {
         EXPECT_EQ(StyledText::plain(line, end), plain);
         EXPECT_EQ(end, parsed.end) << line.toStdString();
     }
+    const QString linked = u"a\x1b]8;;http://x\x1b\\b\x1b[1mc\x1b]8;;http://y\x1b\\d\x1b]8;;\x1b\\e"_s;
+    EXPECT_EQ(StyledText::plain(linked), u"abcde"_s);
+    EXPECT_EQ(StyledText::parse(linked, {}).links, (QList<LinkRun>{{1, 2, u"http://x"_s}, {3, 1, u"http://y"_s}}));
     TextPen green;
     green.foreground = 2;
     EXPECT_EQ(text(StyledText::parse(u"on\x1b[m off"_s, green).runs), u"0-2 fg2"_s) << "goes on from the line before";

@@ -80,8 +80,8 @@ TEST_F(SetupTest, StaysOnScreenWhenItFailsAndCanBeTriedAgain) {
     QDir(root + u"/shop/api/node_modules"_s).removeRecursively();
     install(u"shop"_s, kinds(RunAction::both));
     EXPECT_EQ(
-        session(), u"failed: Exited with code 3: no network; Backend `cd api && npm install` done; "
-                   "Frontend `cd web && npm install` failed; Backend `cd worker && npm install` pending"_s);
+        session(), u"failed: Exited with code 3: no network; Backend · api `cd api && npm install` done; "
+                   "Frontend `cd web && npm install` failed; Backend · worker `cd worker && npm install` pending"_s);
     EXPECT_EQ(model->setupOutput(), (QStringList{u"fetching"_s, u"no network"_s}));
     EXPECT_EQ(model->runningCount(), 0);
 
@@ -395,5 +395,6 @@ TEST_F(SetupTest, RunsTheProjectAsItIsAfterTheInstall) {
     const QByteArray manifest = readFile(root + u"/grows/package.json"_s);
     tree.add(u"projects/grows/other"_s, manifest);
     install(u"grows"_s, {ServiceKind::frontend}, u"mkdir -p node_modules admin && cp other admin/package.json"_s);
-    EXPECT_EQ(session(), u"confirm; Frontend `cd admin && npm install` pending"_s) << "what came with the install";
+    EXPECT_EQ(session(), u"confirm; Frontend · admin `cd admin && npm install` pending"_s)
+        << "what came with the install";
 }

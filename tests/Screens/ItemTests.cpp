@@ -104,8 +104,8 @@ TEST(WindowState, KeepsTheWindowWithinReach) {
         .outline = {u"/p"_s, u"/p/a, b"_s},
         .homeFolders = {{u"/p"_s, true}, {u"/p/c"_s, false}},
         .terminals = {
-            {QUrl::fromLocalFile(u"/p/shop; 100%"_s), u"vim \u00e4=b"_s, true},
-            {QUrl::fromLocalFile(u"/"_s), u"/"_s, false}}};
+            {QUrl::fromLocalFile(u"/p/shop; 100%"_s), QUrl::fromLocalFile(u"/p"_s), u"vim \u00e4=b"_s, 2},
+            {QUrl::fromLocalFile(u"/"_s), QUrl::fromLocalFile(u"/"_s), u"/"_s, 0}}};
     tree.add(u"window.ini.made/window.ini.lock"_s, "of a writer that was killed");
     QLockFile other(file + u".lock"_s);
     ASSERT_TRUE(other.lock());

@@ -1,8 +1,10 @@
 #include "OrvTerminal/TerminalTabs.h"
+#include "OrvTerminal/View/TerminalView.h"
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/Screens/Diagnostics.h"
 #include "OrvUI/TaskLists.h"
+#include "OrvUI/TerminalTyping.h"
 #include "tests/OrvGit/GitFixture.h"
 #include "tests/Screens/MainWindow.h"
 
@@ -381,7 +383,7 @@ TEST_F(KeyWindow, GoesOnToTheNextTaskWhenOneGoes) {
 
 TEST_F(KeyWindow, IsWithinReachOfATerminal) {
     const AppPage page{.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
-    model->terminals().open(QUrl::fromLocalFile(root));
+    model->terminals().open(QUrl::fromLocalFile(page.id));
     const auto isInTerminal = [this] {
         const QQuickItem* focused = window->activeFocusItem();
         return focused != nullptr && focused->inherits("orv::TerminalView");
@@ -427,6 +429,88 @@ TEST_F(KeyWindow, IsWithinReachOfATerminal) {
     EXPECT_TRUE(test::waitFor([this] { return !items("MenuRow").isEmpty(); })) << "its menu";
     press(Qt::Key_Escape);
     EXPECT_TRUE(test::waitFor(isInTerminal)) << focus();
+}
+
+TEST_F(KeyWindow, GoesToThePartOfAProjectThatItsKeyShows) {
+    const AppPage shop{.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
+    model->setPage(shop);
+    ASSERT_TRUE(test::waitFor([this] { return !items("ProjectPage").isEmpty(); }));
+    // The page that was left still has its keys until it is gone.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    for (int tab = 0; tab < 6; ++tab) {
+        item("Sidebar")->forceActiveFocus();
+        press(Qt::Key_1 + tab, Qt::AltModifier);
+        EXPECT_EQ(part(), "ProjectPage") << tab << ' ' << focus();
+        EXPECT_EQ(static_cast<int>(model->detailTab()), tab);
+    }
+    EXPECT_TRUE(test::waitFor([this] {
+        return std::ranges::any_of(
+            items("FileTreeItem"), [](const QQuickItem* row) { return row->property("focused").toBool(); });
+    })) << "a file, though none was chosen: "
+        << focus();
+    focusCard();
+    press(Qt::Key_4, Qt::AltModifier);
+    EXPECT_TRUE(test::waitFor([&] { return model->detailTab() == DetailTab::logs && part() == "ProjectPage"; }))
+        << focus();
+    EXPECT_EQ(model->page(), shop);
+    press(Qt::Key_J, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return part() == "AgentPanel"; })) << focus();
+    press(Qt::Key_5, Qt::AltModifier);
+    EXPECT_EQ(part(), "ProjectPage") << focus();
+    item("AgentComposer")->forceActiveFocus();
+    press(Qt::Key_7, Qt::ControlModifier);
+    ASSERT_TRUE(test::waitFor([this] { return isIn("AiPage"); })) << focus();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    press(Qt::Key_5, Qt::AltModifier);
+    EXPECT_EQ(window->activeFocusItem()->property("text"), QString()) << "it is no figure";
+    EXPECT_TRUE(model->statusText().contains(u"5"_s));
+}
+
+TEST_F(KeyWindow, ShowsEachProjectItsOwnTerminals) {
+    addInstalled(u"blog"_s, "vite", "");
+    scan();
+    const AppPage shop{.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
+    const AppPage blog{.kind = AppPage::Kind::project, .id = root + u"/blog"_s};
+    TerminalTabs& terminals = model->terminals();
+    const TerminalSession* first = terminals.open(QUrl::fromLocalFile(shop.id));
+    terminals.open(QUrl::fromLocalFile(shop.id));
+    terminals.select(first->id());
+    const auto go = [this](const AppPage& page) {
+        model->setPage(page);
+        // The page that was left still has its keys until it is gone.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        item("Sidebar")->forceActiveFocus();
+        press(Qt::Key_3, Qt::AltModifier);
+    };
+    const auto shows = [this](const TerminalSession* session, qsizetype tabs) {
+        return test::waitFor([&] {
+            const auto* view = qobject_cast<TerminalView*>(window->activeFocusItem());
+            return view != nullptr && view->session() == session && items("TerminalTab").size() == tabs;
+        });
+    };
+    go(blog);
+    ASSERT_TRUE(test::waitFor([this] {
+        const QQuickItem* button = this->button(u"New terminal in blog"_s);
+        return button != nullptr && button->hasActiveFocus();
+    })) << focus();
+    press(Qt::Key_Return);
+    const TerminalSession* third = terminals.sessions().constLast();
+    EXPECT_TRUE(shows(third, 1)) << focus();
+    go(shop);
+    EXPECT_TRUE(shows(first, 2)) << "the one that was used last: " << focus();
+    click(button(u"1 elsewhere"_s));
+    ASSERT_TRUE(test::waitFor([this] { return button(u"blog"_s) != nullptr; }));
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(shows(third, 1)) << focus();
+    EXPECT_EQ(model->page(), blog);
+    const TerminalSession* loose = openTerminal(*model, root);
+    EXPECT_TRUE(shows(loose, 2)) << "of no project, and a guest where it was opened: " << focus();
+    go(shop);
+    EXPECT_TRUE(shows(first, 2)) << focus();
+    EXPECT_NE(button(u"2 elsewhere"_s), nullptr);
+    go(blog);
+    EXPECT_TRUE(shows(third, 1)) << focus();
 }
 
 TEST_F(KeyWindow, ReadsOutputBackWhileMoreComes) {

@@ -17,7 +17,7 @@ namespace {
 
 LogText parsed(const QString& raw) {
     StyledText::Line line = StyledText::parse(raw, {});
-    return {0, line.text, line.runs, {}, ErrorLines::Place::none};
+    return {0, line.text, line.runs, line.links, {}, ErrorLines::Place::none};
 }
 
 TEST(LogLayout, KnowsWhereEachCharacterStands) {
@@ -136,8 +136,9 @@ protected:
 TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
     const QString trace = u"  File \"src/app.py\", line 3, in main"_s;
     const QString address = u"ready on http://localhost:4400/a"_s;
+    const QString named = u"the docs"_s;
     tree.add(u"projects/shop/src/app.py"_s);
-    show(trace.toUtf8() + '\n' + address.toUtf8() + "\n\tafter\n");
+    show(trace.toUtf8() + '\n' + address.toUtf8() + "\n\tafter\n\x1b]8;;https://docs.example/a\x07the docs\n");
     QList<QUrl> opened;
     model->openUrl = [&](const QUrl& url) {
         opened.append(url);
@@ -161,23 +162,36 @@ TEST_F(LogWindow, SelectsCopiesAndOpensWhatIsPrinted) {
     press(Qt::Key_Escape);
     EXPECT_TRUE(model->logs()->selection()->isEmpty());
 
-    // Links, with Ctrl alone.
+    press(Qt::Key_F, Qt::ControlModifier);
+    type(u"ready"_s);
+    EXPECT_EQ(model->logs()->lines()->searchText(), u"ready"_s);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(model->logs()->lines()->searchText(), QString());
+    EXPECT_FALSE(window->activeFocusItem()->inherits("QQuickTextInput")) << "it goes back to the lines: " << focus();
+
+    // Links are to be seen, and opened with Ctrl alone.
     LogPane* pane = visible<LogPane>(window->contentItem()).value(0);
     ASSERT_NE(pane, nullptr);
     const QPoint file = place(line(trace), 10);
     QTest::mouseMove(window, file);
     const QString target = root + u"/shop/src/app.py:3"_s;
-    EXPECT_EQ(pane->hoveredLink(), QString());
+    EXPECT_TRUE(test::waitFor([&] { return pane->hoveredLink() == target; }));
+    EXPECT_FALSE(pane->opensLink());
     QTest::keyPress(window, Qt::Key_Control);
-    EXPECT_TRUE(test::waitFor([&] { return pane->hoveredLink() == target; })) << "while the mouse rests";
+    EXPECT_TRUE(test::waitFor([&] { return pane->opensLink(); })) << "while the mouse rests";
     QTest::keyRelease(window, Qt::Key_Control, Qt::ControlModifier);
-    EXPECT_TRUE(test::waitFor([&] { return pane->hoveredLink().isEmpty(); }));
+    EXPECT_TRUE(test::waitFor([&] { return !pane->opensLink(); }));
+    QTest::mouseClick(window, Qt::LeftButton, {}, file);
     QTest::mouseClick(window, Qt::LeftButton, Qt::ControlModifier, file);
     EXPECT_EQ(pane->hoveredLink(), target);
     QTest::mouseClick(window, Qt::LeftButton, Qt::ControlModifier, place(line(address), 12));
     QTest::mouseClick(window, Qt::LeftButton, Qt::ControlModifier, place(line(address), 2));
+    ASSERT_NE(line(named), nullptr);
+    QTest::mouseClick(window, Qt::LeftButton, Qt::ControlModifier, place(line(named), 6));
     EXPECT_EQ(
-        opened, (QList<QUrl>{QUrl::fromLocalFile(root + u"/shop/src/app.py"_s), QUrl(u"http://localhost:4400/a"_s)}));
+        opened, (QList<QUrl>{
+                    QUrl::fromLocalFile(root + u"/shop/src/app.py"_s), QUrl(u"http://localhost:4400/a"_s),
+                    QUrl(u"https://docs.example/a"_s)}));
 }
 
 TEST_F(LogWindow, ShowsAllOfALineThatIsTooLong) {

@@ -116,8 +116,8 @@ TEST_F(Places, OfWhichNothingIsFoundAgain) {
         left.page = page;
         left.agentPanelID = root + u"/gone"_s;
         // Its drive may come a moment later.
-        left.terminals = {
-            {QUrl::fromLocalFile(root + u"/gone"_s), u"gone"_s, true}, {QUrl::fromLocalFile(client), u"client"_s}};
+        const QUrl gone = QUrl::fromLocalFile(root + u"/gone"_s), found = QUrl::fromLocalFile(client);
+        left.terminals = {{gone, gone, u"gone"_s, 1}, {found, gone, u"client"_s}};
         startAgain(left);
         EXPECT_EQ(stored().terminals, left.terminals);
         scan();

@@ -36,6 +36,7 @@ Window {
     id: root
 
     required property TerminalTabs tabs
+    property string hint
 
     width: 800
     height: 500
@@ -47,6 +48,7 @@ Window {
         tabs: root.tabs
         folder: "file:///tmp"
         folderName: "shop"
+        onHinted: text => root.hint = text
     }
 }
 )";
@@ -284,6 +286,15 @@ TEST_F(TerminalPage, SaysHowToGoOnWithoutTheMouse) {
     QTest::keyClick(window, Qt::Key_Space, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_NE(shown(u"Arrows move, with Shift they select. Enter copies, Esc ends it."_s), nullptr);
     QTest::keyClick(window, Qt::Key_Escape);
+    const auto hints = [&](Qt::Key key) {
+        window->setProperty("hint", QString());
+        QTest::keyClick(window, key, Qt::ControlModifier | Qt::ShiftModifier);
+        return window->property("hint").toString().contains(u"OSC 133"_s);
+    };
+    EXPECT_TRUE(hints(Qt::Key_Z)) << "there is no prompt to go to";
+    EXPECT_TRUE(hints(Qt::Key_O)) << "and no output";
+    session->terminal().feed("\r\n\x1b]133;A\x07$ ");
+    EXPECT_FALSE(hints(Qt::Key_Z));
     session->terminal().feed("\r\nhttps://a.example ");
     QTest::keyClick(window, Qt::Key_E, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_NE(shown(u"Type the letters of a link to open it, with Shift to copy it. Esc ends it."_s), nullptr);

@@ -51,10 +51,10 @@ TEST(NotificationPlanner, TellsWhatIsWanted) {
         {AgentFinished{u"shop"_s, u"/p/shop"_s, u"Codex"_s, false, {}}, &NotificationPrefs::agents,
          u"Codex couldn't finish in shop / It stopped before finishing. / /p/shop / -, agents"_s},
     };
+    AppSettings settings;
+    settings.notificationsEnabled = true;
+    const NotificationPrefs on = NotificationPrefs::of(settings);
     for (const Case& row : cases) {
-        AppSettings settings;
-        settings.notificationsEnabled = true;
-        const NotificationPrefs on = NotificationPrefs::of(settings);
         EXPECT_EQ(shown(NotificationPlanner::request(row.event, on, false)), row.request);
         EXPECT_EQ(NotificationPlanner::request(row.event, on, true), std::nullopt) << row.request.toStdString();
         NotificationPrefs always = on;

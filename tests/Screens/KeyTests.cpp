@@ -1,10 +1,8 @@
 #include "OrvTerminal/TerminalTabs.h"
-#include "OrvTerminal/View/TerminalView.h"
 #include "OrvUI/AgentModels.h"
 #include "OrvUI/Keymap.h"
 #include "OrvUI/Screens/Diagnostics.h"
 #include "OrvUI/TaskLists.h"
-#include "OrvUI/TerminalTyping.h"
 #include "tests/OrvGit/GitFixture.h"
 #include "tests/Screens/MainWindow.h"
 
@@ -464,53 +462,6 @@ TEST_F(KeyWindow, GoesToThePartOfAProjectThatItsKeyShows) {
     press(Qt::Key_5, Qt::AltModifier);
     EXPECT_EQ(window->activeFocusItem()->property("text"), QString()) << "it is no figure";
     EXPECT_TRUE(model->statusText().contains(u"5"_s));
-}
-
-TEST_F(KeyWindow, ShowsEachProjectItsOwnTerminals) {
-    addInstalled(u"blog"_s, "vite", "");
-    scan();
-    const AppPage shop{.kind = AppPage::Kind::project, .id = root + u"/shop"_s};
-    const AppPage blog{.kind = AppPage::Kind::project, .id = root + u"/blog"_s};
-    TerminalTabs& terminals = model->terminals();
-    const TerminalSession* first = terminals.open(QUrl::fromLocalFile(shop.id));
-    terminals.open(QUrl::fromLocalFile(shop.id));
-    terminals.select(first->id());
-    const auto go = [this](const AppPage& page) {
-        model->setPage(page);
-        // The page that was left still has its keys until it is gone.
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        item("Sidebar")->forceActiveFocus();
-        press(Qt::Key_3, Qt::AltModifier);
-    };
-    const auto shows = [this](const TerminalSession* session, qsizetype tabs) {
-        return test::waitFor([&] {
-            const auto* view = qobject_cast<TerminalView*>(window->activeFocusItem());
-            return view != nullptr && view->session() == session && items("TerminalTab").size() == tabs;
-        });
-    };
-    go(blog);
-    ASSERT_TRUE(test::waitFor([this] {
-        const QQuickItem* button = this->button(u"New terminal in blog"_s);
-        return button != nullptr && button->hasActiveFocus();
-    })) << focus();
-    press(Qt::Key_Return);
-    const TerminalSession* third = terminals.sessions().constLast();
-    EXPECT_TRUE(shows(third, 1)) << focus();
-    go(shop);
-    EXPECT_TRUE(shows(first, 2)) << "the one that was used last: " << focus();
-    click(button(u"1 elsewhere"_s));
-    ASSERT_TRUE(test::waitFor([this] { return button(u"blog"_s) != nullptr; }));
-    press(Qt::Key_Down);
-    press(Qt::Key_Return);
-    EXPECT_TRUE(shows(third, 1)) << focus();
-    EXPECT_EQ(model->page(), blog);
-    const TerminalSession* loose = openTerminal(*model, root);
-    EXPECT_TRUE(shows(loose, 2)) << "of no project, and a guest where it was opened: " << focus();
-    go(shop);
-    EXPECT_TRUE(shows(first, 2)) << focus();
-    EXPECT_NE(button(u"2 elsewhere"_s), nullptr);
-    go(blog);
-    EXPECT_TRUE(shows(third, 1)) << focus();
 }
 
 TEST_F(KeyWindow, ReadsOutputBackWhileMoreComes) {

@@ -1,8 +1,8 @@
+#include "DrawnPixels.h"
 #include "TermEngine/Base64.h"
 #include "TermEngine/ImageCodec.h"
 #include "TermEngine/ImageStore.h"
 #include "TermEngine/KittyGraphics.h"
-#include "tests/TermEngine/DrawnPixels.h"
 
 #include <gtest/gtest.h>
 

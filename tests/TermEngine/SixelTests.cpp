@@ -1,5 +1,5 @@
+#include "DrawnPixels.h"
 #include "TermEngine/SixelDecoder.h"
-#include "tests/TermEngine/DrawnPixels.h"
 
 #include <gtest/gtest.h>
 

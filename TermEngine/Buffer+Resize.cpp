@@ -83,9 +83,10 @@ void Buffer::cutOrExtend(int cols) {
     for (int index = 0; index < lineCount(); ++index) {
         lineAt(index).resize(cols);
     }
-    m_pendingWrap = m_pendingWrap && m_x == cols - 1;
-    saved.pendingWrap = saved.pendingWrap && saved.x == cols - 1;
-    m_x = std::min(m_x, cols - 1);
+    const int last = lastColumn(m_y);
+    m_pendingWrap = m_pendingWrap && m_x == last;
+    saved.pendingWrap = saved.pendingWrap && saved.x == lastColumn(saved.y);
+    m_x = std::min(m_x, last);
 }
 
 void Buffer::reflow(int cols, int rows, std::span<LinePlace> places) {
@@ -145,8 +146,12 @@ void Buffer::reflow(int cols, int rows, std::span<LinePlace> places) {
         m_lines.pop();
     }
     m_y = anchors[0].line - m_yBase;
-    m_pendingWrap = anchors[0].col >= cols;
-    m_x = std::min(anchors[0].col, cols - 1);
+    const int lastCol = lastColumn(m_y);
+    const bool isDouble = line(m_y).renderMode() != RenderLineMode::single;
+    // A line of double width is cut, and the cursor with it, unless it stands right behind its text.
+    m_pendingWrap = anchors[0].col > lastCol &&
+                    (!isDouble || (anchors[0].col == lastCol + 1 && line(m_y).getTrimmedLength() == anchors[0].col));
+    m_x = std::min(anchors[0].col, lastCol);
     saved.y = std::clamp(anchors[1].line - m_yBase, 0, m_rows - 1);
     saved.pendingWrap = anchors[1].col >= cols;
     saved.x = std::min(anchors[1].col, cols - 1);

@@ -130,6 +130,19 @@ void ImageStore::remove(uint32_t id) {
     }
 }
 
+bool ImageStore::remove(uint32_t firstId, uint32_t lastId) {
+    bool hasRemoved = false;
+    for (auto next = m_images.lower_bound(firstId); next != m_images.end() && next->first <= lastId;) {
+        dropData((next++)->first);
+        hasRemoved = true;
+    }
+    if (hasRemoved) {
+        removePlacements(
+            [=](const ImagePlacement& some) { return some.imageId >= firstId && some.imageId <= lastId; }, Data::keep);
+    }
+    return hasRemoved;
+}
+
 void ImageStore::dropUnplaced(const std::set<uint32_t>& ids) {
     std::set<uint32_t> unplaced = ids;
     for (const auto& placement : m_placements) {

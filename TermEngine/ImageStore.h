@@ -73,6 +73,8 @@ public:
     [[nodiscard]] static RgbaImage& editable(StoredImage::Frame& frame);
     void removeFrame(StoredImage& image, size_t index);
     void remove(uint32_t id);
+    /// All from the first id to the last one; whether there was one.
+    bool remove(uint32_t firstId, uint32_t lastId);
 
     /// In place of the one with the same two ids, where it has a placement id. What is placed relative to that one goes
     /// with the new one.

@@ -71,6 +71,9 @@ GraphicsResult KittyGraphics::erase(const GraphicsCommand& command, const Graphi
     } else if (lower == 'r') {
         const uint32_t first = command.number('x');
         const uint32_t last = command.number('y');
+        if (isUpper) {
+            return {.hasChanged = m_store.remove(first, last)};
+        }
         condition = [=](const ImagePlacement& some) { return some.imageId >= first && some.imageId <= last; };
     } else if (auto isPlaced = placedWhere(lower, command, context)) {
         condition = [isPlaced = std::move(isPlaced), context](const ImagePlacement& placement) {

@@ -89,7 +89,11 @@ struct LocalProcess::Launch {
 std::shared_ptr<LocalProcess> LocalProcess::create(
     std::weak_ptr<LocalProcessDelegate> delegate, Configuration configuration) {
     if (!configuration.queue) {
-        configuration.queue = SerialQueue::shared();
+        try {
+            configuration.queue = SerialQueue::shared();
+        } catch (const std::system_error&) {
+            // startProcess tells of it.
+        }
     }
     return std::shared_ptr<LocalProcess>(new LocalProcess(std::move(delegate), std::move(configuration)));
 }
@@ -105,6 +109,10 @@ LocalProcess::~LocalProcess() {
 void LocalProcess::startProcess(const Program& program) {
     const std::scoped_lock startLock(m_startMutex);
     if (running()) {
+        return;
+    }
+    if (!m_configuration.queue) {
+        finishLaunchFailure({LocalProcessError::Reason::thread, EAGAIN});
         return;
     }
     Launch made;
@@ -162,7 +170,12 @@ std::optional<LocalProcessError> LocalProcess::launch(const Program& program, La
 }
 
 void LocalProcess::finishLaunchFailure(const LocalProcessError& error) {
-    if (m_configuration.onLaunchFailure) {
+    if (!m_configuration.onLaunchFailure) {
+        return;
+    }
+    if (!m_configuration.queue) {
+        m_configuration.onLaunchFailure(error);
+    } else {
         m_configuration.queue->post([notify = m_configuration.onLaunchFailure, error] { notify(error); });
     }
 }

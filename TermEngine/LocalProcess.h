@@ -51,8 +51,8 @@ public:
         std::shared_ptr<DeliveryQueue> queue{}; ///< absent: SerialQueue::shared()
         TerminalOptions options{};
         bool directDelivery = false; ///< dataReceived is called on the pipeline's own thread
-        /// A failed launch, on the delivery queue. A program that could not be run is also reported as terminated with
-        /// code 127.
+        /// A failed launch, on the delivery queue; from within startProcess where the system has no thread for
+        /// SerialQueue::shared(). A program that could not be run is also reported as terminated with code 127.
         std::function<void(const LocalProcessError&)> onLaunchFailure{};
     };
     struct Program {
@@ -91,6 +91,7 @@ public:
     /// Of the child that runs or ran last.
     [[nodiscard]] LocalProcessCounters counters() const;
     [[nodiscard]] const TerminalOptions& options() const { return m_configuration.options; }
+    /// Absent where the system had no thread for SerialQueue::shared(): then no start succeeds.
     [[nodiscard]] const std::shared_ptr<DeliveryQueue>& effectiveDeliveryQueue() const { return m_configuration.queue; }
 
 private:

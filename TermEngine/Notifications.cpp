@@ -11,6 +11,8 @@ namespace term {
 namespace {
 
 constexpr size_t mostUnfinished = 16;
+/// More than all keys with their longest values take.
+constexpr size_t longestMetadata = 4096;
 /// Of base64, that hold as much as a text may keep.
 constexpr size_t mostGroups = maximumTextBytes / 3 + 1;
 
@@ -35,7 +37,7 @@ void appendText(std::string& whole, std::string_view piece) {
 
 std::optional<NotificationRequest> NotificationAssembler::append(std::string_view payload) {
     const size_t semicolon = payload.find(';');
-    if (semicolon == std::string_view::npos) {
+    if (semicolon == std::string_view::npos || semicolon > longestMetadata) {
         return std::nullopt;
     }
     std::string identifier = "0";

@@ -110,6 +110,9 @@ std::optional<ITermCommand> parseFile(std::string_view payload, size_t limitByte
 } // namespace
 
 std::string cleanText(std::string_view text, size_t limitBytes) {
+    // One of nothing but control characters would be looked at to its end.
+    constexpr size_t looked = 16;
+    text = text.substr(0, looked * limitBytes);
     std::string out;
     while (!text.empty()) {
         const char32_t scalar = takeUtf8(text);
@@ -149,13 +152,13 @@ std::optional<DirectoryReport> parseDirectoryReport(std::string_view payload) {
 
 std::optional<HyperlinkReport> parseHyperlink(std::string_view payload) {
     const size_t semicolon = payload.find(';');
-    if (semicolon == std::string_view::npos) {
+    if (semicolon == std::string_view::npos || semicolon > maximumTextBytes) {
         return std::nullopt;
     }
     HyperlinkReport link;
     const std::string_view uri = payload.substr(semicolon + 1);
-    const bool isPlain = std::ranges::all_of(uri, [](char letter) { return letter >= 0x20 && letter < 0x7F; });
-    if (uri.size() > maximumTextBytes || !isPlain) {
+    const auto isPlain = [](char letter) { return letter >= 0x20 && letter < 0x7F; };
+    if (uri.size() > maximumTextBytes || !std::ranges::all_of(uri, isPlain)) {
         return std::nullopt;
     }
     link.uri = uri;

@@ -37,6 +37,9 @@ constexpr std::array clickModes = std::to_array<Named<SemanticClickMode>>({
     {"w", SemanticClickMode::smartVertical},
 });
 
+/// More than a command line and all other options take.
+constexpr std::size_t longestMark = 64 * 1024;
+
 template <typename Table>
 const auto* entryOf(const Table& table, std::string_view name) {
     const auto found = std::ranges::find(table, name, [](const auto& entry) { return entry.name; });
@@ -46,6 +49,7 @@ const auto* entryOf(const Table& table, std::string_view name) {
 } // namespace
 
 std::optional<SemanticReport> parseSemanticPrompt(std::string_view payload) {
+    payload = payload.substr(0, longestMark);
     const auto* const kind = entryOf(kinds, cutAt(payload, ';'));
     if (kind == nullptr) {
         return {};

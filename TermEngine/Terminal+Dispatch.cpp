@@ -327,6 +327,7 @@ bool Terminal::dispatchIntermediateCsi(std::string_view collected, char final, c
         cmdSetCursorStyle(first);
     } else if (function == "\"q") {
         m_isProtected = first == 1;
+        m_isErasureGuarded = false;
         m_isPenStale = true;
     } else if (function == " @" || function == " A") {
         shiftColumns(final == '@' ? count : -count);

@@ -14,11 +14,11 @@ RectangleMemory::Filling alignmentPattern(const Buffer& buffer) {
 
 void Terminal::eraseCells(int row, int first, int end, EraseKind kind) {
     loseTextImages({row, first, row + 1, end});
-    eraseText(row, first, end, kind);
+    eraseText(row, first, end, m_isErasureGuarded ? EraseKind::unprotected : kind);
 }
 
 void Terminal::eraseText(int row, int first, int end, EraseKind kind) {
-    if (kind == EraseKind::unprotected || m_isErasureGuarded) {
+    if (kind == EraseKind::unprotected) {
         const RectangleMemory::Filling filling{{first, end}, pen().blank};
         BufferLine& line = m_buffer->line(row);
         if (m_rectangles.isFilled(line, alignmentPattern(*m_buffer))) {
@@ -60,7 +60,7 @@ void Terminal::cmdEraseInDisplay(int what, EraseKind kind) {
         }
     } else {
         for (int row = first; row < end; ++row) {
-            eraseText(row, 0, b.cols(), kind);
+            eraseText(row, 0, b.cols(), EraseKind::unprotected);
             if (kind == EraseKind::all) {
                 b.line(row).setRenderMode(RenderLineMode::single);
                 b.line(row).forgetPrompt();

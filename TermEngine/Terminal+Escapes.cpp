@@ -46,7 +46,7 @@ bool Terminal::dispatchEsc(std::string_view collected, char final) {
         return true;
     case 'V':
     case 'W':
-        // SPA and EPA of ISO 6429: all erasing spares what is written between them.
+        // SPA and EPA of ISO 6429: all erasing spares what is written between them, until a DECSCA.
         m_isProtected = final == 'V';
         m_isErasureGuarded = m_isErasureGuarded || final == 'V';
         m_isPenStale = true;

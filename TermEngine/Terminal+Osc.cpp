@@ -299,8 +299,9 @@ void Terminal::setProgramStatus(std::string_view payload) {
 }
 
 void Terminal::setTitles(int code, std::string_view payload) {
-    // What is not kept of a long one is not copied.
-    const std::optional<std::string> decoded = m_titleModes[0] ? fromHex(payload) : std::string();
+    // What is not kept of a long one is not copied, and of one in digits not decoded.
+    constexpr std::size_t mostDigits = 32 * maximumTextBytes;
+    const std::optional<std::string> decoded = m_titleModes[0] ? fromHex(payload.substr(0, mostDigits)) : std::string();
     if (!decoded) {
         return;
     }

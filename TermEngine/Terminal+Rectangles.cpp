@@ -101,8 +101,10 @@ void Terminal::eraseRectangle(const CsiParameters& parameters, EraseKind kind) {
         return;
     }
     loseTextImages(area);
+    // What SPA protects holds against the other functions only, as in xterm.
+    const EraseKind made = m_isErasureGuarded ? EraseKind::all : kind;
     for (int row = area.top; row < area.bottom; ++row) {
-        eraseText(row, area.left, area.right, kind);
+        eraseText(row, area.left, area.right, made);
     }
 }
 

@@ -496,7 +496,7 @@ private:
     RenditionCache m_renditions;
     std::vector<SavedAttribute> m_attributeStack;
     bool m_isProtected = false;
-    bool m_isErasureGuarded = false; ///< SPA and EPA: erasing spares what is protected
+    bool m_isErasureGuarded = false; ///< by SPA: erasing spares what is protected
     TinyAtom m_link = 0;
     Pen m_pen;
     bool m_isPenStale = false;

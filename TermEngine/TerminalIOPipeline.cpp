@@ -119,7 +119,7 @@ void TerminalIOPipeline::Core::start() {
                 (self.get()->*body)();
                 self->closeDescriptorsIfNeeded();
             }).detach();
-        } catch (const std::system_error&) {
+        } catch (...) { // no thread, or no memory for one
             requestShutdown();
             closeDescriptorsIfNeeded();
             throw;

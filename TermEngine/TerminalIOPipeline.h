@@ -59,7 +59,7 @@ public:
 
     /// Owns `master` from now on and closes it when both threads have left. Without `process`, the end of the terminal
     /// is the end; with it, the end is when the child has ended and all it wrote was read. Throws std::system_error
-    /// where there are no threads or descriptors.
+    /// where there are no threads or descriptors, std::bad_alloc where there is no memory.
     TerminalIOPipeline(UniqueFd master, std::shared_ptr<TerminalIOSink> sink, Process process);
     TerminalIOPipeline(UniqueFd master, std::shared_ptr<TerminalIOSink> sink);
     /// Shuts down.

@@ -214,10 +214,16 @@ public:
 
     /// `input` is what the command gets, in the pieces between NUL bytes.
     int run(const std::shared_ptr<Session>& self, std::string_view input) {
-        m_process = term::LocalProcess::create(self, {.directDelivery = true});
+        m_process = term::LocalProcess::create(
+            self, {.directDelivery = true, .onLaunchFailure = [weak = std::weak_ptr(self)](const auto& error) {
+                       if (const auto session = weak.lock()) {
+                           session->launchFailed(error);
+                       }
+                   }});
         m_process->startProcess(
             {.executable = "/usr/bin/env", .args = m_options.command, .environment = environment()});
         std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_failure || m_process->phase() != term::LocalProcessPhase::notStarted; });
         const auto deadline = Clock::now() + m_options.timeout;
         m_lastOutput = Clock::now();
         m_sizes.push_back({0, m_options.size});
@@ -252,6 +258,10 @@ public:
                 }
             }
             m_changed.wait_until(lock, std::min(deadline, Clock::now() >= quietAt ? deadline : quietAt));
+        }
+        if (m_failure) {
+            std::cerr << "termdump: " << m_failure->text() << '\n';
+            return 1;
         }
         const bool found = m_options.wait.empty() || isShown(m_options.wait);
         print(m_terminal, m_options.format);
@@ -336,6 +346,12 @@ private:
         m_hasWritten = true;
         m_changed.notify_all();
     }
+    void launchFailed(const term::LocalProcessError& error) {
+        const std::lock_guard lock(m_mutex);
+        m_failure = error;
+        m_hasEnded = true;
+        m_changed.notify_all();
+    }
     void processTerminated(term::LocalProcess&, std::optional<int>) override {
         const std::lock_guard lock(m_mutex);
         m_hasEnded = true;
@@ -351,6 +367,7 @@ private:
     Clock::time_point m_lastOutput;
     bool m_hasWritten = false;
     bool m_hasEnded = false;
+    std::optional<term::LocalProcessError> m_failure;
     std::string m_recorded;
     std::vector<SizeChange> m_sizes;
 };

@@ -91,6 +91,12 @@ std::vector<HostileInput> hostileInputs() {
     add("palette questions", "\x1B]4;" + repeated(1'000'000, "0;?;") + "\a");
     add("colour questions", "\x1B]21;" + repeated(1'000'000, "0=?;") + "\a");
     add("termcap", "\x1BP+q" + repeated(50'000, "544E;") + "\x1B\\");
+    const std::string many(60'000'000, ';');
+    add("options of a mark", "\x1B]133;A" + many + "\a");
+    add("parameters of a link", "\x1B]8;" + std::string(many.size(), ':') + ";http://x\a");
+    add("keys of a notification", "\x1B]99;" + std::string(many.size(), ':') + ";x\a");
+    add("actions of a notification", "\x1B]99;a=" + std::string(many.size(), ',') + ";x\a");
+    add("title in digits", "\x1B[>0t\x1B]2;" + repeated(30'000'000, "41") + "\a");
     add("marks", repeated(30'000, "\x1B]133;A\a$ \x1B]133;C\ao\r\n\x1B]133;D;1\a"));
     add("clipboard", "\x1B]52;c;" + std::string(10'000'000, 'A') + "\a");
     add("sixel size", repeated(20, "\x1BPq\"1;1;65535;65535#0;2;9;9;9!65535~\x1B\\"));

@@ -178,6 +178,8 @@ TEST(OscPayloads, CleansTexts) {
         "a[31mb");
     EXPECT_EQ(cleanText("\xffx\xe6\x97\xc3\xa9\xed\xa0\x80"), "\ufffdx\ufffd\ufffdé\ufffd\ufffd\ufffd");
     EXPECT_EQ(cleanText("日本語", 7), "日本") << "no character is cut";
+    EXPECT_EQ(cleanText(std::string(1000, '\x7f') + "a"), "a");
+    EXPECT_EQ(cleanText(std::string(100'000, '\x7f') + "a"), "");
 }
 
 TEST(OscPayloads, ReadsFoldersAndLinks) {
@@ -198,6 +200,7 @@ TEST(OscPayloads, ReadsFoldersAndLinks) {
     EXPECT_EQ(parseHyperlink(";http://\x1b"), std::nullopt);
     EXPECT_EQ(parseHyperlink(";http://ü"), std::nullopt);
     EXPECT_EQ(parseHyperlink(";" + std::string(4097, 'a')), std::nullopt);
+    EXPECT_EQ(parseHyperlink(std::string(4097, ':') + ";u"), std::nullopt);
 }
 
 TEST(OscPayloads, ReadsProgressAndClipboard) {
@@ -287,6 +290,9 @@ TEST(Notifications, ComeTogetherFromTheirPieces) {
     EXPECT_EQ(assembler.append("i=1:e=1:p=body;!"), Request({"1", "T", ""})) << "what came before it counts";
     EXPECT_EQ(assembler.append("e=1;" + std::string(8000, 'V'))->title.size(), 4096U) << "cut, as plain text is";
     EXPECT_EQ(assembler.append("i=1"), std::nullopt);
+    for (const char letter : {':', ','}) {
+        EXPECT_EQ(assembler.append("a=" + std::string(5000, letter) + ";x"), std::nullopt) << letter;
+    }
     EXPECT_EQ(assembler.append("i=1;"), std::nullopt);
     for (int number = 0; number < 1000; ++number) {
         EXPECT_EQ(assembler.append("d=0:i=" + std::to_string(number) + ";" + std::string(9000, 'x')), std::nullopt);

@@ -225,7 +225,14 @@ TEST(KittyGraphics, PlacesScrollsAndDeletes) {
     deletes("a=d,d=I,i=2147483647", 2, 2);
     deletes("a=d,d=n,I=93", 2, 3);
     deletes("a=d,d=R,x=1,y=2147483646", 1, 1);
+    deletes("a=d,d=r,x=1,y=2147483646", 1, 3);
     deletes("a=d,d=?", 3, 3);
+    graphics.send("i=5,s=1,v=1", pixels("r"));
+    graphics.send("i=6,s=1,v=1", pixels("r"));
+    EXPECT_TRUE(graphics.kitty.handle("a=d,d=R,x=2,y=5", graphics.context).hasChanged);
+    EXPECT_EQ(graphics.store.find(5), nullptr) << "without a placement";
+    EXPECT_NE(graphics.store.find(6), nullptr);
+    EXPECT_FALSE(graphics.kitty.handle("a=d,d=R,x=6,y=5", graphics.context).hasChanged);
 }
 
 TEST(KittyGraphics, PlacesImagesRelativeToOthers) {

@@ -6,15 +6,39 @@
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <mutex>
+#include <new>
 #include <numeric>
 #include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+
+namespace {
+
+/// So many more allocations of this thread succeed, then one fails. -1: none does.
+thread_local int allocationsLeft = -1;
+
+} // namespace
+
+// Inlined, their parts would look mismatched to the compiler.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    void* const memory = allocationsLeft >= 0 && allocationsLeft-- == 0 ? nullptr : std::malloc(size);
+    return memory != nullptr ? memory : throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
 
 namespace term {
 namespace {
@@ -28,7 +52,7 @@ public:
     std::function<void(std::span<const uint8_t>)> onData;
     std::function<void()> onFailure;
 
-    std::shared_ptr<LocalProcess> start(LocalProcess::Program program, LocalProcess::Configuration configuration = {}) {
+    std::shared_ptr<LocalProcess> prepare(LocalProcess::Configuration configuration = {}) {
         configuration.onLaunchFailure = [weak = weak_from_this()](const LocalProcessError& error) {
             // Whoever waits for the failure may be done with the host as soon as it is there.
             const std::shared_ptr<Host> host = weak.lock();
@@ -43,7 +67,10 @@ public:
                 host->onFailure();
             }
         };
-        auto process = LocalProcess::create(weak_from_this(), std::move(configuration));
+        return LocalProcess::create(weak_from_this(), std::move(configuration));
+    }
+    std::shared_ptr<LocalProcess> start(LocalProcess::Program program, LocalProcess::Configuration configuration = {}) {
+        auto process = prepare(std::move(configuration));
         process->startProcess(program);
         return process;
     }
@@ -252,6 +279,32 @@ TEST(LocalProcess, TellsAFailedLaunchFromAnExit) {
     EXPECT_TRUE(eventually([&] { return retrying->ends() == 2; }, 10s));
     EXPECT_EQ(retrying->waitForEnd(), 6);
     EXPECT_EQ(retried->phase(), LocalProcessPhase::exited);
+}
+
+TEST(LocalProcess, TellsOfALaunchForWhichThereIsNoMemory) {
+    static_cast<void>(SerialQueue::shared());
+    const auto open = entries("/proc/self/fd");
+    const auto threads = entries("/proc/self/task");
+    int failures = 0;
+    for (int allocation = 0;; ++allocation) {
+        const auto host = std::make_shared<Host>();
+        const auto process = host->prepare();
+        const LocalProcess::Program program{.executable = "/bin/true"};
+        allocationsLeft = allocation;
+        process->startProcess(program);
+        const bool hasFailed = std::exchange(allocationsLeft, -1) < 0;
+        ASSERT_TRUE(eventually([&] { return host->failure() || host->ends() > 0; })) << allocation;
+        EXPECT_EQ(host->failure().has_value(), hasFailed) << allocation;
+        if (!hasFailed) {
+            break;
+        }
+        EXPECT_EQ(host->failure()->reason, LocalProcessError::Reason::allocation) << allocation;
+        ++failures;
+    }
+    EXPECT_GT(failures, 10);
+    EXPECT_TRUE(eventually([=] { return entries("/proc/self/fd") <= open; }))
+        << entries("/proc/self/fd") << " " << open;
+    EXPECT_TRUE(eventually([=] { return entries("/proc/self/task") <= threads; }));
 }
 
 TEST(LocalProcess, HoldsTheChildBackWhileTheHostDoesNotTake) {

@@ -53,6 +53,9 @@ TEST(SemanticPrompt, ReadsTheOptionsOfAMark) {
              {"D;7;aid=x", SemanticReport{.kind = Kind::end, .exitCode = 7, .applicationId = "x"}},
              {"D;aid=x;7", SemanticReport{.kind = Kind::end, .applicationId = "x"}},
              {"D;many", SemanticReport{.kind = Kind::end}},
+             {"C;cmdline=" + std::string(20'000, 'x') + ";aid=x",
+              SemanticReport{.kind = Kind::output, .applicationId = "x"}},
+             {"A" + std::string(100'000, ';') + "aid=x", SemanticReport{.kind = Kind::prompt}},
              {"Z", {}},
              {"AB", {}},
              {"", {}}}) {

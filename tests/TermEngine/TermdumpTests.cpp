@@ -124,6 +124,17 @@ TEST_F(TermdumpTest, AnswersWhatAProgramAsksAndSaysHowItEnded) {
         EXPECT_EQ(failed.exitCode, 1) << options;
     }
     EXPECT_EQ(run("termdump --replay /dev/null --size 3x1").text, "\n");
+    // Without descriptors; without threads, for which there is no room.
+    for (const auto& [limit, reason] :
+         {std::pair("-n 7", "No descriptors to start the program: Too many open files"),
+          std::pair("-s 200000000000", "No thread to read from the program: Resource temporarily unavailable")}) {
+        const std::string start = "(exec 3>&- 4>&- 5>&- 6>&-; ulimit " + std::string(limit) + "; termdump ";
+        for (const std::string& options : {std::string(), "--wait hi --record " + folder + "/none"}) {
+            const Output failed = run(start + options + " -- echo hi) 2>&1");
+            EXPECT_EQ(failed.text, "termdump: " + std::string(reason) + "\n") << options;
+            EXPECT_EQ(failed.exitCode, 1) << options;
+        }
+    }
 }
 
 } // namespace

@@ -54,6 +54,7 @@ TEST(Unicode, MeasuresScalars) {
         {"last of plane 2", 0x2FFFD, 2},
         {"fullwidth A", 0xFF21, 2},
         {"halfwidth katakana", 0xFF76, 1},
+        {"circled ten on a black square", 0x3248, 2},
         {"joiner", zeroWidthJoiner, 0},
         {"selector", emojiSelector, 0},
         {"heart, text by default", U'❤', 1},

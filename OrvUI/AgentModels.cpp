@@ -100,7 +100,7 @@ int AgentModels::workingCount() const {
 }
 QString AgentModels::workingText() const {
     const int count = workingCount();
-    return count > 0 ? u"%1 working"_s.arg(count) : QString();
+    return count > 0 ? tr("%1 working").arg(count) : QString();
 }
 
 QString AgentModels::totals(const QString& projectID) const {

@@ -8,11 +8,11 @@
 namespace orv {
 namespace {
 
-/// One that comes up, or is installed to be run, counts: toggling stops it.
+/// One that comes up, is installed to be run, or waits for its device counts: toggling stops it.
 bool isUp(const AppModel& model, const ProcessManager& processes, const Project& project) {
-    return model.isInstalling(project.id) || std::ranges::any_of(model.services(project), [&](const ServiceID& id) {
-               return processes.state(id).isActive();
-           });
+    return model.isInstalling(project.id) || model.devices()->isAwaited(project.id) ||
+           std::ranges::any_of(
+               model.services(project), [&](const ServiceID& id) { return processes.state(id).isActive(); });
 }
 
 } // namespace

@@ -28,6 +28,10 @@ Sheet {
         }
     }
 
+    function focusFirst() {
+        (cloning ? address : nameField).forceActiveFocus(Qt.PopupFocusReason);
+    }
+
     // A clone goes on without the sheet.
     function leave() {
         if (sheet.busy && !sheet.cloning) {
@@ -55,15 +59,7 @@ Sheet {
         if (busy) {
             hide.forceActiveFocus(Qt.PopupFocusReason);
         } else {
-            (cloning ? address : nameField).forceActiveFocus(Qt.PopupFocusReason);
-        }
-    }
-
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-
-        TapHandler {
-            onTapped: sheet.leave()
+            focusFirst();
         }
     }
 
@@ -147,6 +143,7 @@ Sheet {
                         sheet.making.clearError();
                         sheet.nav.addProject(index === 1);
                     }
+                        sheet.focusFirst();
                 }
 
                 FormField {

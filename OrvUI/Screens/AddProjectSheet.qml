@@ -55,6 +55,7 @@ Sheet {
         place.folder = model.scanRootFolder;
         namedByHand = false;
     }
+    onTappedBeside: sheet.leave()
     onOpened: {
         if (busy) {
             hide.forceActiveFocus(Qt.PopupFocusReason);
@@ -142,8 +143,8 @@ Sheet {
                     onChosen: index => {
                         sheet.making.clearError();
                         sheet.nav.addProject(index === 1);
-                    }
                         sheet.focusFirst();
+                    }
                 }
 
                 FormField {

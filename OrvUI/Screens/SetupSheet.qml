@@ -48,14 +48,7 @@ Sheet {
     }
     onOpened: takeFocus(running ? hide : primary)
 
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-
-        TapHandler {
-            onTapped: sheet.leave()
-        }
-    }
-
+    onTappedBeside: sheet.leave()
     contentItem: FocusScope {
         property bool toldModal: sheet.modal
 

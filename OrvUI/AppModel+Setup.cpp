@@ -63,8 +63,12 @@ void AppModel::askForInstall(
         }
         return;
     }
-    if (d->isSetupAside && d->setup->project.id != pending.project.id) {
-        // Nobody has read it yet.
+    if (d->setup && d->setup->project.id != pending.project.id) {
+        if (d->setup->phase.kind == SetupSession::Phase::Kind::confirm) {
+            refuse(tr("Finish setting up %1 first.").arg(d->setup->project.name)); // it asks still, or cancel it
+            return;
+        }
+        // Nobody has read it yet, or it is taken from under the eyes.
         report(tr("Setting up %1 stopped: %2").arg(d->setup->project.name, d->setup->phase.reason), true);
     }
     SetupSession session{pending.project, {}, {}};

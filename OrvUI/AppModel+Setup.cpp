@@ -145,11 +145,20 @@ QFuture<void> AppModel::confirmInstall() {
 }
 
 void AppModel::setupEnded(const QString& reason) {
-    std::exchange(d->setupRunner, nullptr)->deleteLater();
+    SetupRunner* runner = std::exchange(d->setupRunner, nullptr);
+    runner->deleteLater();
     if (!reason.isEmpty()) {
         SetupSession session = *d->setup;
         session.phase = {SetupSession::Phase::Kind::failed, reason};
         setSetup(session);
+        if (!runner->isStopped() && d->tellsFailure(d->isSetupAside, &AppSettings::notifyCrash)) {
+            notify(
+                {.title = tr("Setting up %1 stopped").arg(session.project.name),
+                 .body = reason,
+                 .projectID = session.project.id,
+                 .openURL = {},
+                 .part = {NotificationPart::Kind::logs, HomeModels::key(*runner->currentStep())}});
+        }
         std::exchange(d->setupCompletion, {})->finish();
         return;
     }

@@ -65,7 +65,7 @@ void AppModel::askForInstall(
     }
     if (d->setup && d->setup->project.id != pending.project.id) {
         if (d->setup->phase.kind == SetupSession::Phase::Kind::confirm) {
-            refuse(tr("Finish setting up %1 first.").arg(d->setup->project.name)); // it asks still, or cancel it
+            refuse(tr("Finish setting up %1 first.").arg(d->setup->project.name));
             return;
         }
         // Nobody has read it yet, or it is taken from under the eyes.

@@ -125,6 +125,8 @@ Sheet {
                 bottomPadding: Theme.space20
 
                 Segmented {
+                    id: ways
+
                     width: parent.width
                     stretched: true
                     enabled: !sheet.busy
@@ -143,7 +145,10 @@ Sheet {
                     onChosen: index => {
                         sheet.making.clearError();
                         sheet.nav.addProject(index === 1);
-                        sheet.focusFirst();
+                        // The arrows stay where they are.
+                        if (!ways.activeFocus) {
+                            sheet.focusFirst();
+                        }
                     }
                 }
 

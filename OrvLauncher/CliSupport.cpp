@@ -10,6 +10,7 @@
 #include "OrvUI/DraftKeeper.h"
 #include "TextLayout.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -64,6 +65,11 @@ QString draftsError(const QJsonDocument& json) {
     return DraftKeeper::problem(json.toJson());
 }
 
+/// The window shows these as well.
+QString text(const char* words) {
+    return QCoreApplication::translate("BrokenStores", words);
+}
+
 struct Store {
     QString (*path)();
     bool isArray;
@@ -81,10 +87,11 @@ QString contentError(const Store& store, const StoredBytes& stored) {
     QJsonParseError error;
     const QJsonDocument json = QJsonDocument::fromJson(stored.bytes, &error);
     if (error.error != QJsonParseError::NoError) {
-        return u"%1, at byte %2"_s.arg(error.errorString()).arg(error.offset);
+        return text(QT_TRANSLATE_NOOP("BrokenStores", "%1, at byte %2")).arg(error.errorString()).arg(error.offset);
     }
     if (json.isArray() != store.isArray) {
-        return store.isArray ? u"a list was expected"_s : u"an object was expected"_s;
+        return store.isArray ? text(QT_TRANSLATE_NOOP("BrokenStores", "a list was expected"))
+                             : text(QT_TRANSLATE_NOOP("BrokenStores", "an object was expected"));
     }
     return store.error(json);
 }
@@ -186,12 +193,14 @@ QStringList brokenStores() {
         const QString path = store.path();
         const StoredBytes stored = StoreIO::read(path);
         if (stored.state == StoredBytes::State::unreadable) {
-            texts.append(u"%1 can't be read and does not count."_s.arg(shortPath(path)));
+            texts.append(
+                text(QT_TRANSLATE_NOOP("BrokenStores", "%1 can't be read and does not count.")).arg(shortPath(path)));
         } else if (stored.state != StoredBytes::State::absent) {
             if (const QString error = contentError(store, stored); !error.isEmpty()) {
-                texts.append(
-                    u"%1 is broken and does not count: %2. It is kept as %3.corrupt when something is saved."_s.arg(
-                        shortPath(path), error, QFileInfo(path).fileName()));
+                const QString broken = text(QT_TRANSLATE_NOOP(
+                    "BrokenStores",
+                    "%1 is broken and does not count: %2. It is kept as %3.corrupt when something is saved."));
+                texts.append(broken.arg(shortPath(path), error, QFileInfo(path).fileName()));
             }
         }
     }

@@ -86,8 +86,8 @@ public:
     WindowShell(SingleInstance& instance, const StartWish& wish)
         : m_instance(instance),
           m_wish(wish),
-          m_stateFile(Paths::supportDirectory() + u"/window.ini"_s),
-          m_state(WindowState::load(m_stateFile)),
+          m_stored(Paths::supportDirectory() + u"/window.ini"_s),
+          m_state(WindowState::load(m_stored.file())),
           m_model(modelOptions()) {
         // The scan runs while the window is being made.
         m_model.refresh();
@@ -125,9 +125,8 @@ private:
     static WindowShell* s_open; ///< while the application runs
     SingleInstance& m_instance;
     const StartWish m_wish;
-    QString m_stateFile;
+    WindowStateWriter m_stored;
     WindowState m_state;
-    std::optional<WindowState> m_saved;
     const QStringList m_broken = brokenStores(); ///< before the model writes over one
     AppModel m_model;
     DraftKeeper m_drafts{m_model};
@@ -438,10 +437,7 @@ void WindowShell::saveState() {
     m_state.isSystemDark = m_look.isDark();
     m_places.store(m_state);
     m_state.terminalFontSize = TerminalLook::instance()->fontSize();
-    if (m_saved != m_state) {
-        m_state.save(m_stateFile);
-        m_saved = m_state;
-    }
+    m_stored.write(m_state);
 }
 
 void WindowShell::quit() {
@@ -496,6 +492,7 @@ void WindowShell::endWithoutDisplay() {
     if (!s_open->m_quitting) { // else it is saved, and the terminals are closed since
         s_open->saveState();
     }
+    s_open->m_stored.flush();
     s_open->m_drafts.flush();
     std::_Exit(exitFailed);
 }

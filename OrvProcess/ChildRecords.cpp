@@ -9,7 +9,9 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <cstdio>
 
 #include <unistd.h>
 
@@ -78,6 +80,25 @@ bool addMember(const ChildRecord& child, ExitWatch& watch) {
     return false;
 }
 
+/// Whole or not at all for who reads it, as long as the system runs; after its next start nobody asks. A child does not
+/// wait for the disk.
+StoreResult writeUntilRestart(const QString& path, const QByteArray& bytes) {
+    if (StoreResult made = StoreIO::makeFolder(QFileInfo(path).path()); !made) {
+        return made;
+    }
+    QFile fresh(path + u".new"_s);
+    const bool isWritten =
+        fresh.open(QIODevice::WriteOnly, QFile::ReadOwner | QFile::WriteOwner) && fresh.write(bytes) == bytes.size();
+    fresh.close();
+    const QByteArray from = QFile::encodeName(fresh.fileName());
+    if (!isWritten || fresh.error() != QFile::NoError || ::rename(from, QFile::encodeName(path)) != 0) {
+        const QString why = fresh.error() != QFile::NoError ? fresh.errorString() : qt_error_string(errno);
+        fresh.remove();
+        return std::unexpected(StoreError{StoreError::Kind::unwritable, path, why});
+    }
+    return {};
+}
+
 std::optional<ChildRecord> readRecord(const QString& path) {
     const StoredBytes stored = StoreIO::read(path);
     const QJsonDocument document = QJsonDocument::fromJson(stored.bytes);
@@ -111,7 +132,7 @@ std::expected<std::shared_ptr<ChildRecords::Note>, StoreError> ChildRecords::not
     child.owner = identityOf(processEntry(::getpid()));
     child.boot = QString::fromLatin1(bootIdentity());
     const QString file = path(child.leader);
-    if (const StoreResult written = StoreIO::write(file, QJsonDocument(child.toJson()).toJson()); !written) {
+    if (const StoreResult written = writeUntilRestart(file, QJsonDocument(child.toJson()).toJson()); !written) {
         return std::unexpected(written.error());
     }
     return std::make_shared<Note>(file);

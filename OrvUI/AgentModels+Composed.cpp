@@ -200,6 +200,8 @@ void AgentModels::takeDraft() {
             m_composed[QString()].projectID = draft->projectID;
             takeDraftAt({}, *draft);
         }
+    } else if (draft) {
+        Q_EMIT wordsCame(draft->projectID); // none, but they are about to be typed
     }
     Q_EMIT updated();
 }

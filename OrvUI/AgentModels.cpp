@@ -100,7 +100,7 @@ int AgentModels::workingCount() const {
 }
 QString AgentModels::workingText() const {
     const int count = workingCount();
-    return count > 0 ? u"%1 working"_s.arg(count) : QString();
+    return count > 0 ? tr("%1 working").arg(count) : QString();
 }
 
 QString AgentModels::totals(const QString& projectID) const {
@@ -163,6 +163,7 @@ void AgentModels::takePrograms() {
             m_model.setAgentError({}); // no longer true
         }
     }
+    Q_EMIT refused({}, {});
     refreshAgents();
     updateSoon();
 }
@@ -198,19 +199,40 @@ AgentRun* AgentModels::run(const QString& key) const {
     return m_model.agentRunner().run(QUuid::fromString(key));
 }
 
+/// Its agent is the one that it was: there is no other to be chosen.
+bool AgentModels::refuses(const AgentRun& run) {
+    const AgentKind kind = run.facts().agent;
+    const bool isMissing = refusesMissing(kind);
+    if (isMissing) {
+        const AgentInfo& info = agentInfo(kind);
+        m_model.setAgentError(tr("%1 was not found by the login shell. Install it with “%2”, then try again.")
+                                  .arg(agentText(info.displayName), agentText(info.installHint)));
+    }
+    return isMissing;
+}
+
+/// Where it was asked for, and not in the composer, which may be far away.
+bool AgentModels::tell(const QString& key, bool isDone) {
+    const QString reason = isDone ? QString() : error();
+    if (!isDone) {
+        m_model.setAgentError({});
+    }
+    Q_EMIT refused(key, reason);
+    return isDone;
+}
+
 bool AgentModels::continueRun(const QString& key, const QString& message) {
     AgentRun* parent = run(key);
-    const bool isSent = parent != nullptr && !refusesMissing(parent->facts().agent) &&
-                        m_model.continueAgent(*parent, message) != nullptr;
+    const bool isSent = parent != nullptr && !refuses(*parent) && m_model.continueAgent(*parent, message) != nullptr;
     if (isSent) {
         setWords(key, {});
     }
-    return isSent;
+    return tell(key, isSent);
 }
 
 bool AgentModels::retry(const QString& key) {
     const AgentRun* failed = run(key);
-    return failed != nullptr && !refusesMissing(failed->facts().agent) && m_model.retryAgent(*failed) != nullptr;
+    return tell(key, failed != nullptr && !refuses(*failed) && m_model.retryAgent(*failed) != nullptr);
 }
 
 void AgentModels::stop(const QString& key) {

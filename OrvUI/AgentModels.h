@@ -119,8 +119,9 @@ public:
     Q_INVOKABLE void unlinkTask(const QString& place);
     /// Whether it was; if not, `error` says why.
     Q_INVOKABLE bool startInTerminal(int agent, const QString& task, const QString& projectID);
+    /// When it is false, `refused` says why.
     Q_INVOKABLE bool continueRun(const QString& key, const QString& message);
-    /// The same task once more.
+    /// The same task once more. As above.
     Q_INVOKABLE bool retry(const QString& key);
     Q_INVOKABLE void stop(const QString& key);
     /// The run that was started last of those that work; an empty id: of all projects.
@@ -153,6 +154,8 @@ Q_SIGNALS:
     void wordsChanged(const QString& place); ///< by whatever way; or, on the page of all runs, the project
     void preferencesChanged();
     void reviewChanged();
+    /// Nothing goes on with the run of a key, and why; empty: what was said so is over.
+    void refused(const QString& key, const QString& reason);
 
 private:
     /// What stands in a composer and was not sent yet.
@@ -183,6 +186,8 @@ private:
     void setWords(const QString& place, const QString& words);
     void takePrograms();
     [[nodiscard]] bool refusesMissing(AgentKind kind);
+    [[nodiscard]] bool refuses(const AgentRun& run);
+    bool tell(const QString& key, bool isDone);
     [[nodiscard]] QString totals(const QString& projectID) const;
 
     AppModel& m_model;

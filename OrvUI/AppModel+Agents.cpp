@@ -21,7 +21,7 @@ AgentRuns::Start startIn(const Project& project, AgentKind kind, const QString& 
 }
 
 QString goneText(const AgentRun& run) {
-    return u"%1 is not among your projects any more."_s.arg(run.facts().projectName);
+    return AppModel::tr("%1 is not among your projects any more.").arg(run.facts().projectName);
 }
 
 bool openByName(const QString& application, const QString& folder) {

@@ -37,6 +37,12 @@ void AppModel::setUpGit() {
     connect(d->git.get(), &GitOverview::busyChanged, this, &AppModel::gitBusyChanged);
     connect(d->git.get(), &GitOverview::identityChanged, this, &AppModel::gitIdentitySetChanged);
     connect(d->newProject.get(), &NewProject::added, this, &AppModel::takeInNewProject);
+    connect(d->newProject.get(), &NewProject::errorChanged, this, [this] {
+        const NewProject& made = *d->newProject;
+        if (!made.error().isEmpty() && d->tellsFailure(made.isAside(), &AppSettings::notifyAdded)) {
+            notify({tr("%1 was not cloned").arg(made.name()), made.error(), {}, {}});
+        }
+    });
     connect(d->terminals.get(), &TerminalTabs::commandSettled, this, [this](const QUrl& folder) {
         lookAtGitOf(folder.toLocalFile());
     });

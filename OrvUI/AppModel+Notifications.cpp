@@ -29,6 +29,12 @@ void AppModel::notify(const NotificationRequest& request) {
     }
 }
 
+bool AppModel::Private::tellsFailure(bool isAside, bool AppSettings::* wanted) const {
+    const AppSettings now = settings->settings();
+    const bool isInFront = appIsActive && appIsActive();
+    return now.notificationsEnabled && now.*wanted && (!isInFront || (isAside && !now.notifyOnlyInBackground));
+}
+
 /// An install that ends is part of a run that the user looks at, and no event of its own. A port that was only found
 /// listening is told when nothing better has come for a while; if it comes later, that is told in its place.
 void AppModel::postTransitions() {

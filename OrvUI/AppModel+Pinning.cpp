@@ -8,9 +8,11 @@
 namespace orv {
 namespace {
 
-/// One that comes up, is installed to be run, or still runs from last time counts: toggling stops it.
+/// One that comes up, is installed to be run, waits for its device, or still runs from last time counts: toggling stops
+/// it.
 bool isUp(const AppModel& model, const ProcessManager& processes, const Project& project) {
-    return model.isInstalling(project.id) || !model.orphans()->services(project.id).isEmpty() ||
+    return model.isInstalling(project.id) || model.devices()->isAwaited(project.id) ||
+           !model.orphans()->services(project.id).isEmpty() ||
            std::ranges::any_of(
                model.services(project), [&](const ServiceID& id) { return processes.state(id).isActive(); });
 }

@@ -132,23 +132,25 @@ QList<RunAction> AppModel::startableActions(const Project& project) const {
     return availableActions(idle);
 }
 
+/// The device is known by its key among the devices; without one it is the project's.
 QFuture<void> AppModel::run(
     const Project& project, const ServiceKinds& kinds, const std::optional<QString>& flutterDevice) {
     ORV_ASSERT_MAIN_THREAD();
     if (refusesWork()) {
         return finishedFuture();
     }
-    RunRequest request{.wanted = {project, kinds, flutterDevice}, .since = d->stops.now()};
-    const bool needsDevice =
-        !flutterDevice && kinds.contains(ServiceKind::flutter) && hasTarget(project, ServiceKind::flutter);
-    if (const auto chosen = needsDevice ? d->devices.chosen(project.id) : std::nullopt) {
-        request.wanted.flutterDevice = DevicesModel::deviceID(*chosen);
-        request.deviceToBoot = DevicesModel::needsBoot(*chosen) ? *chosen : QString();
+    RunRequest request{.wanted = {project, kinds, {}}, .since = d->stops.now()};
+    const bool needsDevice = kinds.contains(ServiceKind::flutter) && hasTarget(project, ServiceKind::flutter);
+    const auto key = flutterDevice || !needsDevice ? flutterDevice : d->devices.chosen(project.id);
+    if (key) {
+        request.wanted.flutterDevice = DevicesModel::deviceID(*key);
+        request.deviceToBoot = DevicesModel::needsBoot(*key) ? *key : QString();
     }
     return run(request);
 }
 
-/// That takes its time, and says so. Nothing else waits for it: a setup session that was for this run is over.
+/// That takes its time, and says so. Nothing else waits for it: a setup session that was for this run is over. The
+/// device comes up also when the project is stopped meanwhile, for another one may want it.
 QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QString& key) {
     const Completion completion;
     if (request.isSetup) {
@@ -159,12 +161,23 @@ QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QStri
     const QString title = row != devices.end() ? row->title : DeviceParsers::displayName(DevicesModel::deviceID(key));
     const StatusMessage starting{.text = tr("Getting %1 ready…").arg(title), .isOngoing = true};
     const QFuture<DeviceTools::Booted> ready = d->devices.ready(key);
+    const QString projectID = request.wanted.project.id;
     if (!ready.isFinished()) {
+        d->devices.await(projectID);
         setStatusMessage(starting);
     }
-    onFinished(ready, this, [this, request, completion, id = starting.id](const DeviceTools::Booted& device) {
-        if (d->statusMessage && d->statusMessage->id == id) {
+    const auto dismiss = [this, projectID, id = starting.id] {
+        if (!d->devices.isAwaited(projectID) && d->statusMessage && d->statusMessage->id == id) {
             dismissStatusMessage();
+        }
+    };
+    const QMetaObject::Connection waiting = connect(&d->devices, &DevicesModel::awaitedChanged, this, dismiss);
+    onFinished(ready, this, [this, request, completion, waiting, projectID](const DeviceTools::Booted& device) {
+        d->devices.endAwaiting(projectID);
+        disconnect(waiting);
+        if (d->stops.isOff(projectID, request.since)) {
+            completion.finish();
+            return;
         }
         if (!device) {
             refuse(device.error());
@@ -295,6 +308,7 @@ QFuture<void> AppModel::restart(const Project& project, const QList<ServiceID>& 
 QFuture<void> AppModel::stop(const Project& project) {
     ORV_ASSERT_MAIN_THREAD();
     d->stops.noteProject(project.id);
+    d->devices.endAwaiting(project.id);
     if (isInstalling(project.id)) {
         stopSetup();
     }
@@ -323,6 +337,9 @@ QFuture<void> AppModel::stopServices(const QList<ServiceID>& ids) {
 QFuture<void> AppModel::stopAllServices() {
     ORV_ASSERT_MAIN_THREAD();
     d->stops.noteAll();
+    for (const Project& project : std::as_const(d->projects)) {
+        d->devices.endAwaiting(project.id);
+    }
     stopSetup();
     return publishAfter(d->processes->stopAll());
 }

@@ -64,8 +64,12 @@ void AppModel::askForInstall(
         }
         return;
     }
-    if (d->isSetupAside && d->setup->project.id != pending.project.id) {
-        // Nobody has read it yet.
+    if (d->setup && d->setup->project.id != pending.project.id) {
+        if (d->setup->phase.kind == SetupSession::Phase::Kind::confirm) {
+            refuse(tr("Finish setting up %1 first.").arg(d->setup->project.name));
+            return;
+        }
+        // Nobody has read it yet, or it is taken from under the eyes.
         report(tr("Setting up %1 stopped: %2").arg(d->setup->project.name, d->setup->phase.reason), true);
     }
     SetupSession session{pending.project, {}, {}};
@@ -143,11 +147,20 @@ QFuture<void> AppModel::confirmInstall() {
 }
 
 void AppModel::setupEnded(const QString& reason) {
-    std::exchange(d->setupRunner, nullptr)->deleteLater();
+    SetupRunner* runner = std::exchange(d->setupRunner, nullptr);
+    runner->deleteLater();
     if (!reason.isEmpty()) {
         SetupSession session = *d->setup;
         session.phase = {SetupSession::Phase::Kind::failed, reason};
         setSetup(session);
+        if (!runner->isStopped() && d->tellsFailure(d->isSetupAside, &AppSettings::notifyCrash)) {
+            notify(
+                {.title = tr("Setting up %1 stopped").arg(session.project.name),
+                 .body = reason,
+                 .projectID = session.project.id,
+                 .openURL = {},
+                 .part = {NotificationPart::Kind::logs, HomeModels::key(*runner->currentStep())}});
+        }
         std::exchange(d->setupCompletion, {})->finish();
         return;
     }

@@ -122,6 +122,9 @@ struct AppModel::Private {
     std::unique_ptr<Notifying> notifier;
     std::function<bool()> appIsActive;
     NotificationStatus notificationStatus;
+    /// Whether what failed is to be told, of the kind that the switch is for: nobody looks at what was put aside, nor
+    /// at anything while the window is not in front.
+    [[nodiscard]] bool tellsFailure(bool isAside, bool AppSettings::* wanted) const;
     std::unique_ptr<TerminalNotices> terminalNotices;
     ServiceTransitions transitions;
     PortGuesses portGuesses;

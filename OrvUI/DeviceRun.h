@@ -27,8 +27,6 @@ Q_SIGNALS:
     void modelChanged();
 
 private:
-    void startOnce(const QString& projectID, const QString& key);
-
     QPointer<AppModel> m_model;
 };
 

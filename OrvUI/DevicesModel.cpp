@@ -240,4 +240,17 @@ QFuture<DeviceTools::Booted> DevicesModel::ready(const QString& key) {
     return readyFuture(DeviceTools::Booted(id));
 }
 
+void DevicesModel::await(const QString& projectID) {
+    ORV_ASSERT_MAIN_THREAD();
+    m_awaited.insert(projectID);
+    Q_EMIT awaitedChanged();
+}
+
+void DevicesModel::endAwaiting(const QString& projectID) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_awaited.remove(projectID)) {
+        Q_EMIT awaitedChanged();
+    }
+}
+
 } // namespace orv

@@ -6,6 +6,7 @@
 
 #include <QFuture>
 #include <QObject>
+#include <QSet>
 #include <QThreadPool>
 
 namespace orv {
@@ -79,6 +80,11 @@ public:
     /// none, as a sentence.
     QFuture<DeviceTools::Booted> ready(const QString& key);
 
+    /// The project runs as soon as its device is up, if it is awaited still by then.
+    void await(const QString& projectID);
+    void endAwaiting(const QString& projectID);
+    [[nodiscard]] bool isAwaited(const QString& projectID) const { return m_awaited.contains(projectID); }
+
 Q_SIGNALS:
     void projectIDChanged();
     void searchTextChanged();
@@ -86,6 +92,7 @@ Q_SIGNALS:
     void hintsChanged();
     void chosenChanged();
     void askingChanged();
+    void awaitedChanged();
 
 private:
     template <typename Devices>
@@ -104,6 +111,7 @@ private:
     std::array<QString, 3> m_hints; ///< of Flutter, of the simulators, of the emulators
     int m_pending = 0;
     bool m_isAsking = false;
+    QSet<QString> m_awaited;                              ///< projects
     QHash<QString, QFuture<DeviceTools::Booted>> m_boots; ///< the last one of each device, by its key
     QFuture<void> m_refresh;
     RowModel<DeviceRow> m_rows;

@@ -56,15 +56,19 @@ QByteArray encode(const QList<Draft>& drafts) {
     return QJsonDocument(array).toJson();
 }
 
+QString noString(const QString& member) {
+    return DraftKeeper::tr("%1: a string was expected").arg(member);
+}
+
 std::expected<QList<Draft>, QString> decode(const QByteArray& bytes) {
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
     if (!document.isArray()) {
-        return std::unexpected(u"an array was expected"_s);
+        return std::unexpected(DraftKeeper::tr("a list was expected"));
     }
     QList<Draft> drafts;
     for (const QJsonValue json : document.array()) {
         if (!json["kind"_L1].isString()) {
-            return std::unexpected(u"kind: a string was expected"_s);
+            return std::unexpected(noString(u"kind"_s));
         }
         const auto kind = std::ranges::find(kinds, json["kind"_L1].toString(), &decltype(kinds)::value_type::second);
         if (kind == kinds.end()) {
@@ -73,7 +77,7 @@ std::expected<QList<Draft>, QString> decode(const QByteArray& bytes) {
         Draft draft{.kind = kind->first};
         for (const auto& [name, value] : members) {
             if (!json[name].isString() && !json[name].isUndefined()) {
-                return std::unexpected(name + u": a string was expected"_s);
+                return std::unexpected(noString(name));
             }
             draft.*value = json[name].toString();
         }

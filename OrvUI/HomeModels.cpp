@@ -1,6 +1,7 @@
 #include "OrvUI/HomeModels.h"
 
 #include "OrvUI/AppModel.h"
+#include "OrvUI/DevicesModel.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ServicePhase.h"
 #include "OrvUI/ServiceTitle.h"
@@ -36,6 +37,7 @@ HomeModels::HomeModels(AppModel& model) : m_model(model) {
           &AppModel::gitBusyChanged, &AppModel::filtersChanged, &AppModel::showOnlyUncommittedChanged}) {
         connect(&model, signal, this, &HomeModels::updateSoon);
     }
+    connect(model.devices(), &DevicesModel::awaitedChanged, this, &HomeModels::updateSoon);
     update();
 }
 
@@ -303,6 +305,7 @@ CardRow HomeModels::collection(const ProjectNode& node) const {
 
 HomeModels::Activity HomeModels::activity(const Project& project) const {
     Activity now;
+    const bool isAwaitingDevice = m_model.devices()->isAwaited(project.id);
     bool isInstalling = m_model.setup() && m_model.setup()->project.id == project.id &&
                         m_model.setup()->phase.kind == SetupSession::Phase::Kind::running;
     bool isRunning = false;
@@ -331,7 +334,7 @@ HomeModels::Activity HomeModels::activity(const Project& project) const {
     }
     if (isRunning) {
         now.state = u"running"_s;
-    } else if (isActive) {
+    } else if (isActive || isAwaitingDevice) {
         now.state = u"starting"_s;
     } else if (isInstalling) {
         now.state = u"installing"_s;

@@ -341,8 +341,11 @@ void Palette::performVerb(const PaletteRow& row) {
     case terminal:
         return static_cast<void>(openTerminal(*m_model, project.root));
     case ask:
-        m_model->setAgentDraft(AgentDraft{project.id, {}, {}});
-        return m_model->setPage(AppPage{AppPage::Kind::ai, {}, {}});
+        if (m_model->page() != AppPage{AppPage::Kind::project, project.id, {}}) {
+            open(DetailTab::overview);
+        }
+        m_model->setAiPanelProjectID(project.id);
+        return m_model->setAgentDraft(AgentDraft{project.id, {}, {}}); // the composer takes the keys
     case pin:
     case unpin:
         return m_model->togglePin(project);

@@ -4,6 +4,7 @@
 #include "OrvCore/Paths.h"
 #include "OrvUI/AgentRuns.h"
 #include "OrvUI/AppModel.h"
+#include "OrvUI/DevicesModel.h"
 #include "OrvUI/HomeModels.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ProjectFiles.h"
@@ -89,6 +90,7 @@ void ProjectDetail::takeModel() {
     }
     connect(m_model, &AppModel::addressChanged, this, &ProjectDetail::updateSoon);
     connect(m_model->orphans(), &OrphanedWork::changed, this, &ProjectDetail::updateSoon);
+    connect(m_model->devices(), &DevicesModel::awaitedChanged, this, &ProjectDetail::updateSoon);
     // The page may have named the project before the model.
     m_files->setRoot(m_id, m_model->settings().settings().scanRoot);
     connect(m_model, &AppModel::refreshTokenChanged, this, [this] {
@@ -208,7 +210,7 @@ void ProjectDetail::update() {
         }
     }
     m_services.setRows(rows);
-    m_busy = m_model->isInstalling(m_id) || m_model->orphans()->holdsOf(m_id) ||
+    m_busy = m_model->isInstalling(m_id) || m_model->devices()->isAwaited(m_id) || m_model->orphans()->holdsOf(m_id) ||
              std::ranges::any_of(rows, [](const DetailServiceRow& service) {
                  return service.state != u"idle" && service.state != u"failed";
              });

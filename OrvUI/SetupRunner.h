@@ -30,6 +30,7 @@ public:
     void start();
     /// Stops the install that runs, and begins no other; `finished` follows when it is gone and that is noted.
     void stop();
+    [[nodiscard]] bool isStopped() const { return m_isStopped; }
     /// The service of the step that runs, or failed.
     [[nodiscard]] std::optional<ServiceID> currentStep() const;
 

@@ -28,6 +28,10 @@ Sheet {
         }
     }
 
+    function focusFirst() {
+        (cloning ? address : nameField).forceActiveFocus(Qt.PopupFocusReason);
+    }
+
     // A clone goes on without the sheet.
     function leave() {
         if (sheet.busy && !sheet.cloning) {
@@ -51,19 +55,12 @@ Sheet {
         place.folder = model.scanRootFolder;
         namedByHand = false;
     }
+    onTappedBeside: sheet.leave()
     onOpened: {
         if (busy) {
             hide.forceActiveFocus(Qt.PopupFocusReason);
         } else {
-            (cloning ? address : nameField).forceActiveFocus(Qt.PopupFocusReason);
-        }
-    }
-
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-
-        TapHandler {
-            onTapped: sheet.leave()
+            focusFirst();
         }
     }
 
@@ -128,6 +125,8 @@ Sheet {
                 bottomPadding: Theme.space20
 
                 Segmented {
+                    id: ways
+
                     width: parent.width
                     stretched: true
                     enabled: !sheet.busy
@@ -146,6 +145,10 @@ Sheet {
                     onChosen: index => {
                         sheet.making.clearError();
                         sheet.nav.addProject(index === 1);
+                        // The arrows stay where they are.
+                        if (!ways.activeFocus) {
+                            sheet.focusFirst();
+                        }
                     }
                 }
 

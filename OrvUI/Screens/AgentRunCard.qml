@@ -24,6 +24,8 @@ Item {
     required property bool canReview
     readonly property bool running: runState === "running"
     property bool open: running
+    // The last that was asked for was to go on by a reply, and not to try again.
+    property bool replied: false
     // How long it has run by now; what ended says so itself.
     property string elapsed
     readonly property string facts: joined([projectName, autonomyTitle, running ? elapsed : duration, changes])
@@ -153,7 +155,10 @@ Item {
                     controlHeight: Theme.controlSmall
                     glyph: "rotate-cw"
                     text: qsTr("Try again")
-                    onClicked: card.agents.retry(card.key)
+                    onClicked: {
+                        card.replied = false;
+                        card.agents.retry(card.key);
+                    }
                 }
 
                 IconButton {
@@ -163,6 +168,14 @@ Item {
                     onClicked: card.open = !card.open
                 }
             }
+        }
+
+        RunRefusal {
+            x: heading.x
+            width: parent.width - x
+            visible: reason.length > 0 && !card.replied
+            agents: card.agents
+            key: card.key
         }
 
         Label {
@@ -220,6 +233,17 @@ Item {
             text: card.reason
         }
 
+        // Above the field, which is in sight: what comes below it may not be.
+        RunRefusal {
+            id: refusal
+
+            x: heading.x
+            width: parent.width - x
+            visible: reason.length > 0 && card.replied
+            agents: card.agents
+            key: card.key
+        }
+
         Row {
             x: heading.x
             width: parent.width - x
@@ -233,7 +257,10 @@ Item {
                 glyph: "corner-down-right"
                 placeholderText: qsTr("Reply to continue")
                 text: card.agents.words(card.key)
-                onTextEdited: card.agents.keepWords(card.key, text)
+                onTextEdited: {
+                    refusal.reason = "";
+                    card.agents.keepWords(card.key, text);
+                }
                 onAccepted: go.clicked()
             }
 
@@ -243,6 +270,7 @@ Item {
                 enabled: reply.text.trim().length > 0
                 text: qsTr("Continue")
                 onClicked: {
+                    card.replied = true;
                     if (card.agents.continueRun(card.key, reply.text)) {
                         reply.clear();
                     }

@@ -153,6 +153,12 @@ Column {
         onUnfolding: turn.unfolding()
     }
 
+    RunRefusal {
+        width: parent.width
+        agents: turn.agents
+        key: turn.key
+    }
+
     Item {
         width: parent.width
         height: Theme.controlSmall

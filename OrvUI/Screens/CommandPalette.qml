@@ -38,10 +38,6 @@ T.Popup {
 
     T.Overlay.modal: Rectangle {
         color: Theme.scrim
-
-        TapHandler {
-            onTapped: popup.commands.close()
-        }
     }
 
     // It comes at once: what is typed behind its key must not be lost.
@@ -56,6 +52,11 @@ T.Popup {
             z: -1
             level: 4
             radius: parent.radius
+        }
+
+        BesideTap {
+            popup: popup
+            onTapped: popup.commands.close()
         }
     }
 

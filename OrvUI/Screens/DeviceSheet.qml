@@ -32,6 +32,7 @@ Sheet {
         remember.checked = true;
         sheet.showChosen();
     }
+    onTappedBeside: sheet.devices.endAsking()
     onOpened: search.forceActiveFocus(Qt.PopupFocusReason)
 
     DeviceRun {
@@ -45,14 +46,6 @@ Sheet {
 
         model: sheet.model
         projectID: sheet.devices.projectID
-    }
-
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-
-        TapHandler {
-            onTapped: sheet.devices.endAsking()
-        }
     }
 
     contentItem: FocusScope {

@@ -52,15 +52,8 @@ Sheet {
         everywhere = !(known.ownName?.length > 0);
         fill();
     }
+    onTappedBeside: sheet.leave()
     onOpened: (nameField.text.length > 0 && mailField.text.length === 0 ? mailField : nameField).forceActiveFocus(Qt.PopupFocusReason)
-
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-
-        TapHandler {
-            onTapped: sheet.leave()
-        }
-    }
 
     Connections {
         target: sheet.git

@@ -8,6 +8,7 @@ Sheet {
 
     required property AppModel model
     readonly property string phase: model.setupPhase
+    readonly property string projectID: model.setupProjectID
     readonly property bool confirming: phase === "confirm"
     readonly property bool running: phase === "running"
     readonly property bool failed: phase === "failed"
@@ -20,6 +21,17 @@ Sheet {
         if (!sheet.running) {
             sheet.model.confirmSetup();
         }
+    }
+
+    // What was typed or has failed is of one setup, and none of the next.
+    function begin() {
+        otherCommand = false;
+        if (confirming) {
+            failedCommand = "";
+            view.current = null;
+        }
+        view.contentY = 0;
+        view.reveal();
     }
 
     // Of the two buttons at the right one is there at a time.
@@ -37,24 +49,20 @@ Sheet {
     visible: model.setupActive && !model.setupAside
     // While something runs only the button ends it.
     closePolicy: T.Popup.NoAutoClose
-    onAboutToShow: {
-        otherCommand = false;
+    onAboutToShow: begin()
+    // Not as it fades out.
+    onProjectIDChanged: {
+        if (projectID.length > 0) {
+            begin();
+        }
+    }
+    onConfirmingChanged: {
         if (confirming) {
-            failedCommand = "";
-            view.current = null;
+            begin();
         }
-        view.contentY = 0;
-        view.reveal();
     }
+    onTappedBeside: sheet.leave()
     onOpened: takeFocus(running ? hide : primary)
-
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-
-        TapHandler {
-            onTapped: sheet.leave()
-        }
-    }
 
     contentItem: FocusScope {
         property bool toldModal: sheet.modal

@@ -11,6 +11,7 @@ T.Popup {
     readonly property bool listens: visible && !leaving
     // Had the focus before, and gets it back.
     property Item before
+    signal tappedBeside
 
     function giveFocusBack() {
         const window = parent?.Window.window ?? null;
@@ -107,6 +108,11 @@ T.Popup {
             z: -1
             level: 4
             radius: parent.radius
+        }
+
+        BesideTap {
+            popup: sheet
+            onTapped: sheet.tappedBeside()
         }
     }
 }

@@ -15,15 +15,8 @@ Sheet {
         search.clear();
         sheet.shortcuts.searchText = "";
     }
+    onTappedBeside: sheet.close()
     onOpened: search.forceActiveFocus(Qt.PopupFocusReason)
-
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-
-        TapHandler {
-            onTapped: sheet.close()
-        }
-    }
 
     contentItem: FocusScope {
         property bool toldModal: sheet.modal

@@ -12,15 +12,8 @@ Sheet {
     width: Math.min(Theme.howToWidth, parent.width - Theme.space32)
     visible: nav.sheet === "widgetsHowTo"
     closePolicy: T.Popup.NoAutoClose
+    onTappedBeside: sheet.nav.closeSheet()
     onOpened: added.forceActiveFocus(Qt.PopupFocusReason)
-
-    T.Overlay.modal: Rectangle {
-        color: Theme.scrim
-
-        TapHandler {
-            onTapped: sheet.nav.closeSheet()
-        }
-    }
 
     contentItem: FocusScope {
         property bool toldModal: sheet.modal

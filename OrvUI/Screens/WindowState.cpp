@@ -1,5 +1,6 @@
 #include "OrvUI/Screens/WindowState.h"
 
+#include "OrvCore/Async.h"
 #include "OrvCore/StoreFile.h"
 
 #include <QDir>
@@ -138,6 +139,26 @@ void WindowState::save(const QString& file) const {
         }
     }
     QDir(scratch).removeRecursively();
+}
+
+WindowStateWriter::WindowStateWriter(QString file) : m_file(std::move(file)) {
+    m_pool.setObjectName(u"orv-window-state"_s);
+    m_pool.setMaxThreadCount(1);
+}
+
+void WindowStateWriter::write(const WindowState& state) {
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_last == state) {
+        return;
+    }
+    m_last = state;
+    m_pool.clear(); // those that have not begun: this one has all of them
+    m_pool.start([state, file = m_file] { state.save(file); });
+}
+
+void WindowStateWriter::flush() {
+    ORV_ASSERT_MAIN_THREAD();
+    m_pool.waitForDone();
 }
 
 QRect WindowState::fitted(QRect geometry, const QList<QRect>& screens, QSize minimum) {

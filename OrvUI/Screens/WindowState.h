@@ -8,6 +8,9 @@
 #include <QRect>
 #include <QSet>
 #include <QString>
+#include <QThreadPool>
+
+#include <optional>
 
 namespace orv {
 
@@ -33,6 +36,24 @@ struct WindowState {
     void save(const QString& file) const;
     /// The geometry moved and cut so that it is reachable on one of the screens (the first is the preferred one).
     [[nodiscard]] static QRect fitted(QRect geometry, const QList<QRect>& screens, QSize minimum);
+};
+
+/// Writes the state while the window stands, by a thread of its own: a disk may take its time. Of several that wait
+/// only the last is written, and before it dies. Lives on the main thread.
+class WindowStateWriter {
+public:
+    explicit WindowStateWriter(QString file);
+
+    [[nodiscard]] const QString& file() const { return m_file; }
+    /// Does nothing with a state that is the same as the last.
+    void write(const WindowState& state);
+    /// Blocks until the last is on disk.
+    void flush();
+
+private:
+    const QString m_file;
+    std::optional<WindowState> m_last;
+    QThreadPool m_pool; ///< last, so that what runs in it ends before what it uses goes
 };
 
 } // namespace orv

@@ -8,6 +8,7 @@
 #include <QAbstractItemModelTester>
 #include <QDir>
 #include <QFileInfo>
+#include <QSignalSpy>
 
 using namespace orv;
 using namespace orv::test;
@@ -322,6 +323,9 @@ TEST_F(AgentModelsTest, GiveBackTheWordsOfWhatCouldNotStart) {
 TEST_F(AgentModelsTest, RefuseAnAgentThatIsNotThere) {
     constexpr int gemini = 2;
     EXPECT_EQ(lists().whyMissing(gemini), QString()) << "nothing is known yet";
+    ASSERT_TRUE(lists().start(gemini, u"x"_s, shop, 0));
+    const AgentRun* before = model->agentRuns().first();
+    ASSERT_TRUE(settles(before));
     lists().lookForAgents();
     ASSERT_TRUE(waitFor([this] { return at(*lists().agents(), gemini, "isMissing").toBool(); }));
     EXPECT_EQ(lists().whyMissing(0) + lists().whyMissing(1), QString());
@@ -335,8 +339,17 @@ TEST_F(AgentModelsTest, RefuseAnAgentThatIsNotThere) {
         EXPECT_FALSE(way()) << label;
         EXPECT_TRUE(lists().error().contains(u"npm install -g @google/gemini-cli")) << label;
     }
-    EXPECT_TRUE(model->agentRuns().isEmpty());
     model->setAgentError({});
+    QSignalSpy refused(&lists(), &AgentModels::refused);
+    const QString key = before->facts().id.toString(QUuid::WithoutBraces);
+    for (const bool isReply : {false, true}) {
+        EXPECT_FALSE(isReply ? lists().continueRun(key, u"x"_s) : lists().retry(key));
+        ASSERT_EQ(refused.count(), isReply ? 2 : 1);
+        EXPECT_EQ(refused.last().first().toString(), key);
+        EXPECT_TRUE(refused.last().last().toString().endsWith(u"then try again.")) << "there is no other to choose";
+        EXPECT_EQ(lists().error(), QString()) << "it is said beside the run";
+    }
+    EXPECT_EQ(model->agentRuns().size(), 1);
     model->terminals().setShell(u"/bin/sh"_s);
     EXPECT_TRUE(lists().startInTerminal(gemini, u"x"_s, shop) && lists().error().isEmpty()) << "its shell says so";
     EXPECT_FALSE(lists().start(gemini, u"x"_s, shop, 0));

@@ -2,6 +2,7 @@
 #include "OrvUI/DevicesModel.h"
 #include "tests/OrvUI/PartsFixture.h"
 
+#include <QDir>
 #include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
@@ -55,6 +56,13 @@ TEST_F(DevicesTest, DevicesAreListedAsTheirToolsAnswerAndStartedWithTheProject) 
     EXPECT_TRUE(finishes(model->stop(pocket)));
     DeviceRun runner;
     runner.setModel(model.get());
+    model->devices()->ask(pocket.id);
+    ASSERT_TRUE(QFile::remove(tree.path(u"booted"_s)) && QDir(pocket.root + u"/.dart_tool"_s).removeRecursively());
+    runner.start(u"avd:Pixel_9"_s, false);
+    EXPECT_TRUE(waitFor([&] { return model->setup().has_value(); }));
+    EXPECT_FALSE(QFile::exists(tree.path(u"booted"_s))) << "not before it is to be installed";
+    model->cancelInstall();
+    tree.add(u"projects/pocket/.dart_tool/x"_s);
     model->devices()->ask(pocket.id);
     EXPECT_TRUE(model->devices()->isAsking());
     runner.start(u"flutter:chrome"_s, false);
@@ -134,4 +142,19 @@ TEST_F(DevicesTest, AnEmulatorThatIsBootingIsWaitedFor) {
     tree.add(u"up"_s);
     EXPECT_TRUE(isReady(first) && isReady(second));
     EXPECT_EQ(readFile(starts), "started\n");
+
+    // For a project that is stopped meanwhile.
+    ASSERT_TRUE(QFile::remove(starts) && QFile::remove(tree.path(u"up"_s)));
+    tree.add(u"projects/pocket/pubspec.yaml"_s, "name: pocket\ndependencies:\n  flutter:\n    sdk: flutter\n");
+    tree.add(u"projects/pocket/.dart_tool/x"_s);
+    scan();
+    const Project pocket = project(u"pocket"_s);
+    const QFuture<void> run = model->run(pocket, {ServiceKind::flutter}, u"avd:Pixel_9"_s);
+    ASSERT_TRUE(waitFor([&] { return QFile::exists(starts); }));
+    EXPECT_EQ(model->statusText(), u"Getting Pixel 9 ready…"_s);
+    model->toggleRun(pocket);
+    EXPECT_EQ(model->statusText(), QString()) << "it counts as what comes up, which is stopped";
+    tree.add(u"up"_s);
+    EXPECT_TRUE(finishes(run));
+    EXPECT_FALSE(state(pocket, ServiceKind::flutter).isActive());
 }

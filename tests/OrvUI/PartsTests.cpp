@@ -2,6 +2,7 @@
 #include "OrvUI/DevicesModel.h"
 #include "OrvUI/FilterBar.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/NewProject.h"
 #include "OrvUI/ProjectChoice.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/RelativeDate.h"
@@ -211,6 +212,28 @@ TEST_F(PartsTest, NotificationsTellWhatHappenedBehindTheUsersBack) {
     EXPECT_TRUE(posted[1].startsWith(u"shop stopped unexpectedly / Backend: Exited with code 3"_s));
 
     isActive = true;
+    // What was put aside, with the window in front: told where that is wanted.
+    addNode(u"broken"_s, "vite", "true\n");
+    addScript(u"broken"_s, u"npm-install.sh"_s, "while [ ! -e go ]; do sleep 0.02; done; exit 3\n");
+    scan();
+    for (const bool onlyInBackground : {true, false}) {
+        model->changeSettings([=](AppSettings& settings) { settings.notifyOnlyInBackground = onlyInBackground; });
+        QFile::remove(tree.path(u"projects/broken/go"_s));
+        EXPECT_TRUE(finishes(model->run(project(u"broken"_s), {ServiceKind::frontend})));
+        const QFuture<void> end = model->confirmInstall();
+        model->setSetupAside(true);
+        tree.add(u"projects/broken/go"_s);
+        ASSERT_TRUE(finishes(end));
+        EXPECT_EQ(posted.size(), onlyInBackground ? 2 : 3) << posted.join(u'\n').toStdString();
+        model->cancelInstall();
+    }
+    EXPECT_TRUE(posted.takeLast().startsWith(u"Setting up broken stopped / Exited with code 3"_s));
+    model->newProject()->clone(root + u"/none.git"_s, u"none"_s, root);
+    model->newProject()->setAside(true);
+    EXPECT_TRUE(waitFor([&] { return posted.size() == 3; }));
+    EXPECT_TRUE(posted.takeLast().startsWith(u"none was not cloned / "_s));
+    model->changeSettings([](AppSettings& settings) { settings.notifyOnlyInBackground = true; });
+
     QFile::remove(tree.path(u"projects/shop/stop"_s));
     model->toggleRun(shop);
     ASSERT_TRUE(waitForPhase(shop, ServiceKind::backend, ServiceState::Phase::running));

@@ -109,7 +109,10 @@ TEST(WindowState, KeepsTheWindowWithinReach) {
     tree.add(u"window.ini.made/window.ini.lock"_s, "of a writer that was killed");
     QLockFile other(file + u".lock"_s);
     ASSERT_TRUE(other.lock());
-    state.save(file);
+    WindowStateWriter writer(file);
+    writer.write(WindowState());
+    writer.write(state);
+    writer.flush();
     other.unlock();
     EXPECT_EQ(WindowState::load(file), state);
     EXPECT_EQ(QDir(tree.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"window.ini"_s});

@@ -232,6 +232,24 @@ TEST_F(KeyWindow, SettlesASheetByReturnFromWhateverIsNoButton) {
     EXPECT_TRUE(test::waitFor([this] { return items("FormField").isEmpty(); }));
 }
 
+TEST_F(KeyWindow, LeavesWhatStandsOverThePageByAClickBesideIt) {
+    const std::pair<int, const char*> popups[]{{Qt::Key_N, "FormField"}, {Qt::Key_K, "PaletteItem"}};
+    for (const auto& [key, part] : popups) {
+        press(key, Qt::ControlModifier);
+        ASSERT_TRUE(test::waitFor([&] { return !items(part).isEmpty(); })) << part;
+        const QQuickItem* popup = items(part).first();
+        while (popup != nullptr && !popup->inherits("QQuickPopupItem")) {
+            popup = popup->parentItem();
+        }
+        ASSERT_NE(popup, nullptr) << part;
+        const QPoint corner = popup->mapToScene({}).toPoint();
+        QTest::mouseClick(window, Qt::LeftButton, {}, corner + QPoint(40, 4));
+        EXPECT_FALSE(items(part).isEmpty()) << part << ": that is in it";
+        QTest::mouseClick(window, Qt::LeftButton, {}, corner - QPoint(20, -40));
+        EXPECT_TRUE(test::waitFor([&] { return items(part).isEmpty(); })) << part;
+    }
+}
+
 TEST_F(KeyWindow, KeepsATaskOfEachProjectThatWasNotAddedYet) {
     addInstalled(u"site"_s, "vite", "");
     scan();

@@ -89,10 +89,10 @@ void GitBadges::begin(
     }
 }
 
-void GitBadges::enqueue(const QString& repository, std::function<void()> job) {
+void GitBadges::enqueue(const QString& repository, const std::function<void()>& job) {
     const std::scoped_lock lock(m_mutex);
     const bool isRunning = m_waiting.contains(repository);
-    m_waiting[repository].enqueue(std::move(job));
+    m_waiting[repository].enqueue(job);
     if (!isRunning) {
         startNext(repository);
     }

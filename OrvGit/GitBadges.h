@@ -41,7 +41,7 @@ private:
     void readRepository(const std::shared_ptr<Reading>& reading, const QString& repository, const QString& below) const;
     /// One job of a repository runs at a time, the others in their order after it. Unlike in a wait for GitService's
     /// own turn, none of them holds a thread meanwhile.
-    void enqueue(const QString& repository, std::function<void()> job);
+    void enqueue(const QString& repository, const std::function<void()>& job);
     void startNext(const QString& repository);
 
     std::mutex m_mutex;

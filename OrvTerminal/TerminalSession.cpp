@@ -482,8 +482,11 @@ void TerminalSession::lookForPrograms() {
         m_looksLeft = looksAtALine;
         m_programCheck.setInterval(programCheckDelay);
     }
-    if (m_looksLeft > 0 && (--m_looksLeft == 0 || !m_isAlive)) {
-        m_looksLeft = 0;
+    if (m_looksLeft == 0) {
+        return;
+    }
+    m_looksLeft = m_isAlive ? m_looksLeft - 1 : 0;
+    if (m_looksLeft == 0) {
         Q_EMIT commandSettled();
     }
 }

@@ -7,8 +7,6 @@
 
 using namespace Qt::StringLiterals;
 
-#include <QFileInfo>
-
 namespace orv {
 namespace {
 

@@ -83,7 +83,7 @@ void GitOverview::setProjects(const QList<Project>& projects, const QString& sca
         if (!known || known->root != project.root) {
             known = std::make_shared<GitProject>(GitProject{.id = project.id, .root = project.root});
         }
-        wanted.insert(project.id, std::move(known));
+        wanted.insert(project.id, known);
     }
     const auto gone = std::exchange(m_projects, std::move(wanted));
     for (const auto& project : gone) {

@@ -132,9 +132,9 @@ bool TaskLists::add(const QString& title, const QString& notes, const QString& p
 }
 
 void TaskLists::keepWords(const QString& place, const QString& title, const QString& projectID) {
-    Unadded unadded{title, projectID};
+    const Unadded unadded{title, projectID};
     if (unadded != m_unadded.value(place)) {
-        m_unadded.insert(place, std::move(unadded));
+        m_unadded.insert(place, unadded);
         Q_EMIT wordsChanged(place);
     }
 }

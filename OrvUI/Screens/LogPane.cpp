@@ -315,7 +315,9 @@ void LogPane::keyPressEvent(QKeyEvent* event) {
     const int key = event->key();
     if (m_selection == nullptr) {
         event->ignore();
-    } else if (isShift && (key == Qt::Key_Up || key == Qt::Key_Down)) {
+        return;
+    }
+    if (isShift && (key == Qt::Key_Up || key == Qt::Key_Down)) {
         const auto last = placeAt({0, height()});
         m_selection->extendByLines(key == Qt::Key_Up ? -1 : 1, last ? m_selection->rowOf(last->line) : -1);
         Q_EMIT held();

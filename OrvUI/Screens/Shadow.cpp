@@ -163,9 +163,13 @@ struct Strips {
 constexpr qreal highestPiece = 64;
 
 void addInPieces(std::vector<QRectF>& places, const QRectF& strip, qreal ratio) {
-    const auto count = qMax(1, qCeil(strip.height() * ratio / highestPiece));
+    if (strip.isEmpty()) {
+        return;
+    }
+    const int count = qCeil(strip.height() * ratio / highestPiece);
     const qreal height = qCeil(strip.height() * ratio / count) / ratio;
-    for (qreal top = strip.top(); top < strip.bottom(); top += height) {
+    for (int piece = 0; piece < count; ++piece) {
+        const qreal top = strip.top() + piece * height;
         places.emplace_back(strip.left(), top, strip.width(), qMin(height, strip.bottom() - top));
     }
 }

@@ -1,6 +1,8 @@
 #include "OrvLauncher/platform/SystemNotifier.h"
 
 #include <QCoreApplication>
+#include <QHash>
+#include <QUuid>
 
 #import <UserNotifications/UserNotifications.h>
 
@@ -109,8 +111,11 @@ public:
         }
         content.userInfo = facts;
         // The last one of the same identifier is replaced.
-        NSString* const identifier = request.subject.isEmpty() ? NSUUID.UUID.UUIDString : request.subject.toNSString();
-        [centre() addNotificationRequest:[UNNotificationRequest requestWithIdentifier:identifier
+        QString& identifier = m_identifiers[request.subject];
+        if (!request.replaces || identifier.isEmpty()) {
+            identifier = QUuid::createUuid().toString();
+        }
+        [centre() addNotificationRequest:[UNNotificationRequest requestWithIdentifier:identifier.toNSString()
                                                                               content:content
                                                                               trigger:nil]
                    withCompletionHandler:nil];
@@ -142,6 +147,7 @@ private:
     static UNUserNotificationCenter* centre() { return UNUserNotificationCenter.currentNotificationCenter; }
 
     OrvNotificationDelegate* m_delegate;
+    QHash<QString, QString> m_identifiers; ///< of the last notification of each subject
 };
 
 } // namespace

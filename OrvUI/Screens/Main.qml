@@ -120,6 +120,7 @@ Window {
             collapsible: !root.narrow
             onToggleRequested: root.sidebarHidden = !root.sidebarHidden
             onJumpRequested: root.openPalette()
+            onPageChosen: root.focusPage()
             nav: nav
         }
 

@@ -242,6 +242,7 @@ Window {
                 wide: root.wide
                 padding: root.pagePadding - Theme.hairline
                 covered: lines.covered
+                coveredWidth: lines.width
                 searchText: root.pageSearch
                 onFolderRequested: root.folderAsked()
                 onSearchDropped: root.pageSearch = ""

@@ -22,6 +22,7 @@ void visitFields(Self& child, Visitor& visitor) {
     visitor.required("owner"_L1, child.owner);
     visitor.required("boot"_L1, child.boot);
     visitor.required("mark"_L1, child.mark);
+    visitor.optional("run"_L1, child.run);
 }
 
 QJsonObject ChildRecord::toJson() const {

@@ -19,10 +19,11 @@ struct ChildRecord {
     QString directory;
     std::optional<ServiceKind> kind; ///< absent: a coding agent
     QString command;
-    ProcessIdentity leader = {}; ///< of the session and the group
-    ProcessIdentity owner = {};  ///< the process that started it and follows it
-    QString boot = {};           ///< of the system; process numbers begin anew with each
-    QString mark = {};           ///< the value of a variable in the environment of every process of the group
+    ProcessIdentity leader = {};   ///< of the session and the group
+    ProcessIdentity owner = {};    ///< the process that started it and follows it
+    QString boot = {};             ///< of the system; process numbers begin anew with each
+    QString mark = {};             ///< the value of a variable in the environment of every process of the group
+    std::optional<QUuid> run = {}; ///< of the coding agent; absent, too, where an older version wrote it
 
     bool operator==(const ChildRecord&) const = default;
     [[nodiscard]] QJsonObject toJson() const;

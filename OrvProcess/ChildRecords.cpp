@@ -177,6 +177,16 @@ ExitWatch ChildRecords::watch(QList<ChildRecord>& children) {
     return watch;
 }
 
+QString ChildRecords::ownName() {
+    const ProcessIdentity self = identityOf(processEntry(::getpid()));
+    return u"%1 %2 %3"_s.arg(self.pid).arg(self.startTime, QString::fromLatin1(bootIdentity()));
+}
+
+bool ChildRecords::livesByName(const QString& name) {
+    const ProcessIdentity process{name.section(u' ', 0, 0).toInt(), name.section(u' ', 1, 1)};
+    return name.section(u' ', 2) == QString::fromLatin1(bootIdentity()) && lives(process, {processEntry(process.pid)});
+}
+
 void ChildRecords::remove(const ChildRecord& child) const {
     QFile::remove(path(child.leader));
 }

@@ -48,6 +48,12 @@ public:
     [[nodiscard]] static ExitWatch watch(QList<ChildRecord>& children);
     void remove(const ChildRecord& child) const;
 
+    /// Names this process, told from any other that has its number before or after it or at another start of the
+    /// system.
+    [[nodiscard]] static QString ownName();
+    /// Whether the process of that name lives; false for what is none.
+    [[nodiscard]] static bool livesByName(const QString& name);
+
 private:
     [[nodiscard]] QString path(const ProcessIdentity& leader) const;
 

@@ -159,7 +159,7 @@ void AgentModels::setUsesWorktrees(bool isOn) {
 
 void AgentModels::takePrograms() {
     for (const AgentKind kind : allAgentKinds) {
-        if (!m_programs.isMissing(kind) && error() == AgentPrograms::missingText(kind)) {
+        if (!m_programs.isMissing(kind) && AgentPrograms::isMissingText(kind, error())) {
             m_model.setAgentError({}); // no longer true
         }
     }

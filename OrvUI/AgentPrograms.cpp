@@ -5,6 +5,7 @@
 #include "OrvUI/AgentRows.h"
 #include "OrvUI/Pool_p.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -20,16 +21,18 @@ constexpr auto youngTime = 5s;
 /// After the names: without it the shell did not come that far, and nothing is known.
 constexpr auto lastLine = "looked"_L1;
 
-/// Prints the names of those that are there.
+/// Prints the names of those that are there, each looked for as its run does: only that of Antigravity looks in the
+/// user's own executables, too.
 QString question() {
     QStringList names;
     for (const AgentKind kind : allAgentKinds) {
-        if (const QStringView name = agentInfo(kind).binary; !name.isEmpty()) {
+        if (const QStringView name = agentInfo(kind).binary; !name.isEmpty() && kind != AgentKind::antigravity) {
             names.append(name.toString());
         }
     }
-    return u"export %1; for name in %2; do command -v $name >/dev/null && echo $name; done; echo %3"_s.arg(
-        agentLocalBinPath, names.join(u' '), lastLine);
+    const QString check = u"command -v $name >/dev/null && echo $name"_s;
+    return u"for name in %1; do %2; done; export %3; name=%4; %2; echo %5"_s.arg(
+        names.join(u' '), check, agentLocalBinPath, agentInfo(AgentKind::antigravity).binary, lastLine);
 }
 
 } // namespace
@@ -94,11 +97,25 @@ bool AgentPrograms::isMissing(AgentKind kind) const {
 }
 
 QString AgentPrograms::missingText(AgentKind kind) {
+    const QString local = u"%1/.local/bin/%2"_s.arg(QDir::homePath(), agentInfo(kind).binary);
+    return missingText(kind, QFileInfo(local).isExecutable() ? Place::localBin : Place::nowhere);
+}
+
+bool AgentPrograms::isMissingText(AgentKind kind, const QString& text) {
+    return text == missingText(kind, Place::nowhere) || text == missingText(kind, Place::localBin);
+}
+
+QString AgentPrograms::missingText(AgentKind kind, Place place) {
     const AgentInfo& info = agentInfo(kind);
     const QString shell = loginShell();
     const QString profile = shell.endsWith(u"/zsh") ? u"~/.zprofile"_s : u"~/.profile"_s;
-    return kind == AgentKind::custom
-               ? tr("Set the custom agent's command in Settings \u2192 AI first.")
+    if (kind == AgentKind::custom) {
+        return tr("Set the custom agent's command in Settings \u2192 AI first.");
+    }
+    return place == Place::localBin
+               ? tr("%1 is in ~/.local/bin, which is not in the PATH of the login shell (%2). Add that folder to PATH "
+                    "in %3, or choose another agent.")
+                     .arg(agentText(info.displayName), shell, profile)
                : tr("%1 was not found by the login shell (%2, whose PATH %3 sets). Install it with “%4”, or choose "
                     "another agent.")
                      .arg(agentText(info.displayName), shell, profile, agentText(info.installHint));

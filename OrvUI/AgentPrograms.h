@@ -38,11 +38,16 @@ public:
 
     /// What to say of an agent that is missing: that it is, and what helps.
     [[nodiscard]] static QString missingText(AgentKind kind);
+    /// Whether that is what the text says, wherever the program was then.
+    [[nodiscard]] static bool isMissingText(AgentKind kind, const QString& text);
 
 Q_SIGNALS:
     void changed();
 
 private:
+    enum class Place { nowhere, localBin }; ///< the latter not in the shell's PATH
+
+    [[nodiscard]] static QString missingText(AgentKind kind, Place place);
     void take(const ShellRunner::Result& found);
 
     Options m_options;

@@ -280,7 +280,8 @@ bool AgentRuns::launch(AgentRun* run, Active& active) {
          .directory = run->facts().projectRoot,
          .kind = {},
          .command = active.command,
-         .mark = mark},
+         .mark = mark,
+         .run = id},
         active.process->pid());
     if (!note) {
         qWarning("%s", qUtf8Printable(note.error().text()));

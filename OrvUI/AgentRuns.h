@@ -37,7 +37,7 @@ public:
         QString worktreeFolder; ///< in which runs get work trees of their own
         std::function<AppSettings()> settings;
         ChildRecords children; ///< where it is written down which agents run
-        /// Ends what an application that was killed has left of a run; finished where that is nothing.
+        /// Ends what an application that was killed has left of this very run; finished where that is nothing.
         std::function<QFuture<void>(const AgentRun& run)> endLeft = {};
         std::chrono::milliseconds stopGrace = std::chrono::seconds(3);
         /// Silence after which it is looked whether a question stands at the end of the output.

@@ -312,7 +312,7 @@ QFuture<void> AppModel::stop(const Project& project) {
     if (isInstalling(project.id)) {
         stopSetup();
     }
-    const QFuture<void> orphans = d->orphans->stopProject(project.id);
+    const QFuture<void> orphans = d->orphans->stopServices(project.id);
     return whenAll({stopServices(services(project)), orphans}, this);
 }
 

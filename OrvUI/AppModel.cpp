@@ -76,9 +76,7 @@ AppModel::Private::Private(Options options)
     processes->setRecords(children);
     runs.children = children;
     runs.settings = [this] { return settings->settings(); };
-    runs.endLeft = [this](const AgentRun& run) {
-        return orphans->stopAgents(run.facts().projectID, run.facts().projectRoot);
-    };
+    runs.endLeft = [this](const AgentRun& run) { return orphans->stopRun(run.facts().id); };
     agentRuns = std::make_unique<AgentRuns>(std::move(runs));
 }
 

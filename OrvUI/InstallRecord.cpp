@@ -2,6 +2,7 @@
 
 #include "OrvCore/CommandBuilder.h"
 #include "OrvCore/Paths.h"
+#include "OrvProcess/ChildRecords.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -34,7 +35,7 @@ constexpr std::array manifestFiles{
 using Commands = QMap<QString, Manifests>;
 
 /// What stands for an install that has begun: no file has such a name. Its time is that of the newest change when it
-/// was over; none while it runs, and when nobody was there any more to note it.
+/// was over; none while its owner lives, and when nobody was there any more to note it.
 const QString unfinishedMark = u"/"_s;
 
 bool isUnfinished(const std::optional<Manifests>& record) {
@@ -119,7 +120,11 @@ std::expected<QMap<QString, Value>, Problem> fromJson(
 }
 
 QJsonValue encodeStamp(const ManifestStamp& stamp) {
-    return QJsonObject{{u"modified"_s, stamp.modified}, {u"size"_s, stamp.sizeBytes}};
+    QJsonObject json{{u"modified"_s, stamp.modified}, {u"size"_s, stamp.sizeBytes}};
+    if (!stamp.owner.isEmpty()) {
+        json.insert(u"owner"_s, stamp.owner);
+    }
+    return json;
 }
 QJsonValue encodeManifests(const Manifests& manifests) {
     return toJson(manifests, encodeStamp);
@@ -137,7 +142,7 @@ std::expected<ManifestStamp, Problem> decodeStamp(const QJsonValue& json) {
     if (!modified.isDouble() || !size.isDouble()) {
         return std::unexpected(u"a time and a size"_s);
     }
-    return ManifestStamp{modified.toInteger(), size.toInteger()};
+    return ManifestStamp{modified.toInteger(), size.toInteger(), json[u"owner"].toString()};
 }
 std::expected<Manifests, Problem> decodeManifests(const QJsonValue& json) {
     return fromJson(json, decodeStamp);
@@ -182,11 +187,14 @@ bool InstallRecord::isInstallNeeded(const ServiceTarget& target) {
     if (!isUnfinished(record)) {
         return false;
     }
-    if (record->value(unfinishedMark).modified == 0) {
-        (void)abandon(target, body); // where that can't be written nothing settles it but another install
-        return true;
+    const ManifestStamp mark = record->value(unfinishedMark);
+    if (mark.modified != 0) {
+        return newestChange(target) <= mark.modified;
     }
-    return newestChange(target) <= record->value(unfinishedMark).modified;
+    if (!ChildRecords::livesByName(mark.owner)) {
+        (void)abandon(target, body); // where that can't be written nothing settles it but another install
+    }
+    return true;
 }
 
 Manifests InstallRecord::manifests(const QString& directory) {
@@ -210,13 +218,14 @@ bool InstallRecord::covers(const QString& directory, const QString& installComma
 }
 
 StoreResult InstallRecord::begin(const QString& directory, const QString& installCommand) {
-    return m_file.change([directory, installCommand](Values& values) {
-        values[directory].insert(installCommand, {{unfinishedMark, {}}});
+    const ManifestStamp mark{.owner = ChildRecords::ownName()};
+    return m_file.change([directory, installCommand, mark](Values& values) {
+        values[directory].insert(installCommand, {{unfinishedMark, mark}});
     });
 }
 
 StoreResult InstallRecord::abandon(const ServiceTarget& target, const QString& installCommand) {
-    const Manifests ended{{unfinishedMark, {newestChange(target), 0}}};
+    const Manifests ended{{unfinishedMark, {.modified = newestChange(target)}}};
     return m_file.change([directory = target.directory, installCommand, ended](Values& values) {
         if (isUnfinished(values.value(directory).value(installCommand))) {
             values[directory].insert(installCommand, ended);

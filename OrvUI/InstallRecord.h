@@ -11,6 +11,7 @@ namespace orv {
 struct ManifestStamp {
     qint64 modified = 0; ///< in milliseconds since 1970
     qint64 sizeBytes = 0;
+    QString owner = {}; ///< of the mark of an install that runs: by whom, as `ChildRecords` names a process
 
     bool operator==(const ManifestStamp&) const = default;
 };
@@ -26,7 +27,7 @@ public:
 
     /// True when its marker is missing and no install that ended well is on record, or when the marker is still as
     /// an install left it that did not end well. One that did not end at all left it as it is found by the first look
-    /// after it, which is noted.
+    /// after whoever ran it is gone, which is noted.
     [[nodiscard]] bool isInstallNeeded(const ServiceTarget& target);
     /// To be taken before an install begins: what is edited while it runs may have come too late for it.
     [[nodiscard]] static Manifests manifests(const QString& directory);

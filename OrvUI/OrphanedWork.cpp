@@ -133,10 +133,6 @@ bool OrphanedWork::holds(const ServiceID& id) const {
     return std::ranges::any_of(m_all, [&id](const ChildRecord& child) { return isService(child, id); });
 }
 
-bool OrphanedWork::holdsOf(const QString& projectID) const {
-    return std::ranges::any_of(m_all, [&projectID](const ChildRecord& child) { return isOf(child, projectID); });
-}
-
 bool OrphanedWork::isEnding(const ServiceID& id) const {
     return std::ranges::any_of(
         m_all, [&](const ChildRecord& child) { return isService(child, id) && m_ends.contains(child.leader.pid); });
@@ -154,8 +150,8 @@ QFuture<void> OrphanedWork::stop(const ServiceID& id) {
     return stopThose([&id](const ChildRecord& child) { return isService(child, id); });
 }
 
-QFuture<void> OrphanedWork::stopProject(const QString& projectID) {
-    return stopThose([&projectID](const ChildRecord& child) { return isOf(child, projectID); });
+QFuture<void> OrphanedWork::stopServices(const QString& projectID) {
+    return stopThose([&projectID](const ChildRecord& child) { return child.kind && isOf(child, projectID); });
 }
 
 bool OrphanedWork::holdsFolder(const ChildRecord& child) const {
@@ -177,12 +173,10 @@ void OrphanedWork::stopAgentsOf(const QString& projectID) {
     stopThose([&](const ChildRecord& child) { return child.projectID == projectID && holdsFolder(child); });
 }
 
-QFuture<void> OrphanedWork::stopAgents(const QString& projectID, const QString& folder) {
+QFuture<void> OrphanedWork::stopRun(const QUuid& run) {
     const Completion completion;
-    onFinished(look(), this, [this, projectID, folder, completion] {
-        const QFuture<void> ends = stopThose([&](const ChildRecord& child) {
-            return !child.kind && child.projectID == projectID && child.directory == folder;
-        });
+    onFinished(look(), this, [this, run, completion] {
+        const QFuture<void> ends = stopThose([&run](const ChildRecord& child) { return child.run == run; });
         onFinished(ends, this, [completion] { completion.finish(); });
     });
     return completion.future();

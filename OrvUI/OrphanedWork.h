@@ -54,8 +54,6 @@ public:
     [[nodiscard]] QList<ServiceID> services(const QString& projectID) const;
     /// Whether the service, an install too, is one of them.
     [[nodiscard]] bool holds(const ServiceID& id) const;
-    /// Whether something of the project, an agent and an install too, is one of them.
-    [[nodiscard]] bool holdsOf(const QString& projectID) const;
     [[nodiscard]] bool isEnding(const ServiceID& id) const;
     [[nodiscard]] QStringList agentProjects() const;
     /// "orphaned", or "stopping" while it is being ended; empty when the service is none of them.
@@ -67,12 +65,12 @@ public:
     void stopServices();
     /// Ends what of them is the service, and waits for it.
     QFuture<void> stop(const ServiceID& id);
-    /// Looks for agents of the project that work in the folder, ends them, and waits for it.
-    QFuture<void> stopAgents(const QString& projectID, const QString& folder);
+    /// Looks for the agent of the run, ends it, and waits for it. Whatever else works in its folder works on.
+    QFuture<void> stopRun(const QUuid& run);
     /// Ends the agents that work in the project's folder.
     Q_INVOKABLE void stopAgentsOf(const QString& projectID);
-    /// Ends those of a project, an agent and an install too.
-    QFuture<void> stopProject(const QString& projectID);
+    /// Ends the services of a project, its installs too; its agents work on.
+    QFuture<void> stopServices(const QString& projectID);
     /// Finishes when those that are being ended are gone.
     QFuture<void> ends();
     /// Nothing more is said of those that are known now.

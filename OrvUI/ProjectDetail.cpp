@@ -210,7 +210,8 @@ void ProjectDetail::update() {
         }
     }
     m_services.setRows(rows);
-    m_busy = m_model->isInstalling(m_id) || m_model->devices()->isAwaited(m_id) || m_model->orphans()->holdsOf(m_id) ||
+    m_busy = m_model->isInstalling(m_id) || m_model->devices()->isAwaited(m_id) ||
+             !m_model->orphans()->services(m_id).isEmpty() ||
              std::ranges::any_of(rows, [](const DetailServiceRow& service) {
                  return service.state != u"idle" && service.state != u"failed";
              });

@@ -12,6 +12,8 @@ FocusScope {
     readonly property AgentModels agents: model.agentModels
     // Stands over the page, not beside it.
     property bool floating: false
+    // At the bottom, by what stands over it.
+    property real covered: 0
     signal closeAsked
 
     function focusComposer() {
@@ -167,6 +169,7 @@ FocusScope {
         anchors.right: parent.right
         anchors.bottom: parent.bottom
         anchors.margins: Theme.space16
+        anchors.bottomMargin: panel.covered > 0 ? panel.covered + Theme.space8 : Theme.space16
         height: implicitHeight
         focus: true
         model: panel.model

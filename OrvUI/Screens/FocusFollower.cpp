@@ -1,5 +1,7 @@
 #include "OrvUI/Screens/FocusFollower.h"
 
+#include "OrvUI/Screens/InputMode.h"
+
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QQuickWindow>
@@ -27,7 +29,12 @@ void FocusFollower::componentComplete() {
 
 void FocusFollower::setWindow(QQuickWindow* window) {
     disconnect(m_focus);
+    if (m_window) {
+        m_window->removeEventFilter(this);
+    }
+    m_window = window;
     if (window != nullptr) {
+        window->installEventFilter(this);
         m_focus = connect(window, &QQuickWindow::activeFocusItemChanged, this, &FocusFollower::follow);
     }
 }
@@ -37,6 +44,15 @@ bool FocusFollower::eventFilter(QObject* watched, QEvent* event) {
         return QObject::eventFilter(watched, event);
     }
     const auto* key = static_cast<QKeyEvent*>(event);
+    if (watched == m_window) {
+        // One may have scrolled away from where one writes.
+        if (const QQuickItem* field = focused(); field != nullptr &&
+                                                 field->flags().testFlag(QQuickItem::ItemAcceptsInputMethod) &&
+                                                 InputMode::writes(key->text(), static_cast<int>(key->modifiers()))) {
+            follow();
+        }
+        return QObject::eventFilter(watched, event);
+    }
     const bool isDown = key->key() == Qt::Key_PageDown;
     if ((!isDown && key->key() != Qt::Key_PageUp) || (key->modifiers() & ~Qt::KeypadModifier) != 0) {
         return QObject::eventFilter(watched, event);
@@ -46,16 +62,18 @@ bool FocusFollower::eventFilter(QObject* watched, QEvent* event) {
     return true;
 }
 
+QQuickItem* FocusFollower::focused() const {
+    QQuickItem* item = m_view.isNull() || m_window.isNull() ? nullptr : m_window->activeFocusItem();
+    return item != nullptr && item != m_view && m_view->isAncestorOf(item) ? item : nullptr;
+}
+
 void FocusFollower::follow() {
-    if (m_view.isNull() || m_view->window() == nullptr || QGuiApplication::mouseButtons() != Qt::NoButton) {
+    const QQuickItem* item = focused();
+    if (item == nullptr || QGuiApplication::mouseButtons() != Qt::NoButton) {
         return;
     }
-    const QQuickItem* focused = m_view->window()->activeFocusItem();
-    if (focused == nullptr || focused == m_view || !m_view->isAncestorOf(focused)) {
-        return;
-    }
-    const double top = focused->mapToItem(m_view, QPointF()).y() - m_margin;
-    const double bottom = top + focused->height() + 2 * m_margin;
+    const double top = item->mapToItem(m_view, QPointF()).y() - m_margin;
+    const double bottom = top + item->height() + 2 * m_margin;
     const double at = m_view->property("contentY").toDouble();
     if (top < 0 && bottom < m_view->height()) {
         scrollTo(at + top);

@@ -3,11 +3,13 @@
 #include <QPointer>
 #include <QQmlParserStatus>
 #include <QQuickItem>
+#include <QQuickWindow>
 
 namespace orv {
 
-/// Scrolls a Flickable to what the keyboard has come to in it, and by pages with Page Up and Page Down from whatever
-/// stands beside it. The pointer's own focus moves nothing: what is pressed stays below it. Lives on the main thread.
+/// Scrolls a Flickable to what the keyboard has come to in it, or writes in, and by pages with Page Up and Page Down
+/// from whatever stands beside it. The pointer's own focus moves nothing: what is pressed stays below it. Lives on the
+/// main thread.
 class FocusFollower : public QObject, public QQmlParserStatus {
     Q_OBJECT
     QML_ELEMENT
@@ -24,12 +26,14 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    [[nodiscard]] QQuickItem* focused() const; ///< null where that is not in the view
     void setWindow(QQuickWindow* window);
     void follow();
     void scrollTo(double y);
 
     QPointer<QQuickItem> m_view;
     double m_margin = 0;
+    QPointer<QQuickWindow> m_window;
     QMetaObject::Connection m_focus;
 };
 

@@ -120,6 +120,7 @@ Window {
             collapsible: !root.narrow
             onToggleRequested: root.sidebarHidden = !root.sidebarHidden
             onJumpRequested: root.openPalette()
+            onPageChosen: root.focusPage()
             nav: nav
         }
 
@@ -241,6 +242,7 @@ Window {
                 wide: root.wide
                 padding: root.pagePadding - Theme.hairline
                 covered: lines.covered
+                coveredWidth: lines.width
                 searchText: root.pageSearch
                 onFolderRequested: root.folderAsked()
                 onSearchDropped: root.pageSearch = ""

@@ -13,6 +13,8 @@ FocusScope {
     required property int padding
     // At the bottom, by what stands over the pages.
     property real covered: 0
+    // In its middle.
+    property real coveredWidth: 0
     // In a collection, in a folder or among the settings.
     property string searchText
     readonly property bool isHome: nav.page === Navigator.Home
@@ -146,7 +148,8 @@ FocusScope {
             "model": pages.model,
             "projectID": Qt.binding(() => pages.detail?.projectID ?? ""),
             "projectName": Qt.binding(() => pages.detail?.name ?? ""),
-            "floating": Qt.binding(() => pages.narrow)
+            "floating": Qt.binding(() => pages.narrow),
+            "covered": Qt.binding(() => (pages.width + pages.coveredWidth) / 2 > agentPanel.x ? pages.covered : 0)
         })
         onLoaded: (item as AgentPanel).focusComposer()
         // What was in it has nowhere to go.

@@ -15,6 +15,8 @@ FocusScope {
     property bool collapsible: true
     signal toggleRequested
     signal jumpRequested
+    // A page, be it the one that is shown.
+    signal pageChosen
 
     SettingsForm {
         id: form
@@ -248,7 +250,10 @@ FocusScope {
             counts: count === 1 ? qsTr("%1, 1 open").arg(text) : qsTr("%1, %2 open").arg(text).arg(count)
             selected: sidebar.nav.page === Navigator.Tasks
             shortcut: Keymap.text("tasks")
-            onClicked: sidebar.nav.tasks()
+            onClicked: {
+                sidebar.nav.tasks();
+                sidebar.pageChosen();
+            }
         }
 
         SidebarRow {
@@ -262,7 +267,10 @@ FocusScope {
             busy: count > 0
             selected: sidebar.nav.page === Navigator.Ai
             shortcut: Keymap.text("ai")
-            onClicked: sidebar.nav.ai()
+            onClicked: {
+                sidebar.nav.ai();
+                sidebar.pageChosen();
+            }
         }
     }
 
@@ -277,6 +285,9 @@ FocusScope {
         name: sidebar.model.displayName
         color: form.avatarColor
         selected: sidebar.nav.page === Navigator.Settings
-        onClicked: sidebar.nav.settings()
+        onClicked: {
+            sidebar.nav.settings();
+            sidebar.pageChosen();
+        }
     }
 }

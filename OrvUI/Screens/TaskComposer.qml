@@ -85,7 +85,7 @@ FocusScope {
         onAccepted: composer.add()
         Keys.onEscapePressed: event => {
             event.accepted = text.length > 0;
-            text = "";
+            clear(); // can be taken back; a text that is set can not
         }
 
         Label {

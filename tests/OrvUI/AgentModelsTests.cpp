@@ -326,8 +326,12 @@ TEST_F(AgentModelsTest, RefuseAnAgentThatIsNotThere) {
     ASSERT_TRUE(lists().start(gemini, u"x"_s, shop, 0));
     const AgentRun* before = model->agentRuns().first();
     ASSERT_TRUE(settles(before));
+    const QString local = QDir::homePath() + u"/.local/bin"_s;
+    ASSERT_TRUE(QDir().mkpath(local) && QFile::link(sourcePath(u"tests/agents/agent"_s), local + u"/gemini"_s));
     lists().lookForAgents();
     ASSERT_TRUE(waitFor([this] { return at(*lists().agents(), gemini, "isMissing").toBool(); }));
+    EXPECT_TRUE(lists().whyMissing(gemini).contains(u"~/.local/bin")) << "a run of it does not look there";
+    QFile::remove(local + u"/gemini"_s);
     EXPECT_EQ(lists().whyMissing(0) + lists().whyMissing(1), QString());
     model->setAiPanelProjectID(shop);
     lists().setPanelAgent(gemini);

@@ -40,11 +40,14 @@ protected:
     }
 
     /// As an application that was killed would have left it; without a kind an agent.
-    void leave(const Project& project, const std::optional<ServiceKind>& kind, const QString& folder) {
+    void leave(
+        const Project& project, const std::optional<ServiceKind>& kind, const QString& folder,
+        const std::optional<QUuid>& run = {}) {
         const QDir records(QFileInfo(model->settings().filePath()).path() + u"/running"_s);
         left.push_back(*ProcessSpawner::spawn(u"exec sleep 600"_s, folder, {}));
         const auto note = model->processes().records().note(
-            {.projectID = project.id, .directory = folder, .kind = kind, .command = u"x"_s}, left.back().pid);
+            {.projectID = project.id, .directory = folder, .kind = kind, .command = u"x"_s, .run = run},
+            left.back().pid);
         ASSERT_TRUE(note);
         const QString file = records.filePath(records.entryList({u"%1-*"_s.arg(left.back().pid)}).value(0));
         const QByteArray content = readFile(file).replace(
@@ -231,10 +234,10 @@ TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
     scan();
     const Project shop = project(u"shop"_s);
     const QString api = id(shop, ServiceKind::backend).directory;
-    const std::pair<std::optional<ServiceKind>, QString> works[]{
-        {ServiceKind::backend, api}, {{}, api}, {{}, shop.root}};
-    for (const auto& [kind, folder] : works) {
-        leave(shop, kind, folder);
+    AgentRun::Facts facts;
+    leave(shop, ServiceKind::backend, api);
+    for (const QUuid& run : {facts.id, QUuid::createUuid()}) {
+        leave(shop, {}, api, run);
     }
     OrphanedWork& orphans = *model->orphans();
     ASSERT_TRUE(finishes(orphans.look()));
@@ -255,20 +258,19 @@ TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
     EXPECT_TRUE(state(shop, ServiceKind::backend).isActive());
     EXPECT_TRUE(waitFor([&] { return orphans.all().size() == 2; })) << "the agents work on";
     ASSERT_TRUE(model->settings().change([](AppSettings& settings) { settings.customAgentCommand = u"true"_s; }));
-    AgentRun::Facts facts;
     facts.agent = AgentKind::custom;
     facts.projectID = shop.id;
     facts.projectRoot = api;
     facts.task = u"x"_s;
     const AgentRun* again = model->retryAgent(AgentRun(facts, {}, nullptr));
     ASSERT_TRUE(again && waitFor([&] { return !again->isRunning(); }));
-    EXPECT_EQ(orphans.all().size(), 1) << "it began when the one of its folder was gone";
+    EXPECT_EQ(orphans.all().size(), 1) << "it began when its own was gone; that of another run works on";
     ASSERT_TRUE(finishes(model->stopService(id(shop, ServiceKind::backend))));
-    EXPECT_TRUE(waitFor([&] { return stateOf(1) == u"idle"_s; }) && detail.busy()) << "the agent can be stopped";
-    const QFuture<void> stop = model->stop(shop);
+    EXPECT_TRUE(waitFor([&] { return stateOf(1) == u"idle"_s && !detail.busy(); })) << "no service is left";
+    ASSERT_TRUE(finishes(model->stop(shop)));
+    EXPECT_EQ(orphans.all().size(), 1) << "agents are no services";
     ASSERT_TRUE(finishes(model->quit()));
     EXPECT_TRUE(orphans.all().isEmpty()) << "what is being ended is waited for";
-    EXPECT_TRUE(waitFor([&] { return stop.isFinished() && !detail.busy(); }));
 }
 
 TEST_F(RunTest, ShowsWhatIsLeftUntilItEnds) {

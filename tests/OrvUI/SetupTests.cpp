@@ -1,6 +1,7 @@
 #include "OrvUI/QuitGuard.h"
 #include "tests/OrvUI/ModelFixture.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
@@ -334,6 +335,17 @@ TEST_F(SetupTest, CountsWhatWasInstalledByHandAfterAnInstallThatDidNotEndWell) {
             hasEnd ? finishes(end) : waitFor([&] { return !readFile(root + u"/shop/web/begun.txt"_s).isEmpty(); }));
         makeModel();
         scan();
+        if (!hasEnd) {
+            const QString file = QFileInfo(model->settings().filePath()).path() + u"/installs.json"_s;
+            QByteArray marks = readFile(file);
+            EXPECT_TRUE(asks());
+            model->cancelInstall();
+            EXPECT_EQ(readFile(file), marks) << "nothing is settled while who installs lives";
+            marks.replace(
+                "\"owner\": \"" + QByteArray::number(QCoreApplication::applicationPid()), "\"owner\": \"1073741823");
+            QFile changed(file);
+            ASSERT_TRUE(changed.open(QIODevice::WriteOnly) && changed.write(marks) == marks.size());
+        }
         for (int i = 0; i < 2; ++i) {
             EXPECT_TRUE(asks());
             model->cancelInstall();

@@ -389,6 +389,12 @@ TEST_F(KeyWindow, GoesOnToTheNextTaskWhenOneGoes) {
     type(u"x"_s);
     press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_NE(model->undoText(), QString()) << "what was typed goes first";
+    type(u"y"_s);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(window->activeFocusItem()->property("text"), QString());
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(window->activeFocusItem()->property("text"), u"y"_s) << "what Escape has taken away, too";
+    press(Qt::Key_Z, Qt::ControlModifier);
     press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(model->undoText(), QString());
 }

@@ -374,8 +374,12 @@ TEST_F(MainWindow, IsThePagesAgainAsSoonAsASheetCloses) {
     click(cancel);
     click(cancel);
     EXPECT_EQ(answers.count(), 1) << "one answer is enough";
-    click(named("SidebarRow", u"AI"_s));
-    EXPECT_EQ(model->page().kind, AppPage::Kind::ai);
+    for (const QString& letter : {u"a"_s, u"b"_s}) {
+        click(named("SidebarRow", u"AI"_s));
+        EXPECT_EQ(model->page().kind, AppPage::Kind::ai);
+        type(letter);
+    }
+    EXPECT_EQ(window->activeFocusItem()->property("text"), u"ab"_s) << "by a click on the page that is shown, too";
 }
 
 TEST_F(MainWindow, LeavesTheKeyboardWhereOneTypes) {

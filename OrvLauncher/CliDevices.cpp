@@ -77,7 +77,7 @@ QFuture<int> listFor(Invocation& call, const QString& projectID) {
 
 /// Goes on with the project that a word means.
 template <typename Then>
-QFuture<int> withProject(Invocation& call, const QString& word, Then then) {
+QFuture<int> withProject(Invocation& call, const QString& word, const Then& then) {
     const auto promise = std::make_shared<QPromise<int>>();
     promise->start();
     const auto finish = [promise](int code) {
@@ -106,7 +106,7 @@ QFuture<int> list(Invocation& call) {
 
 int chooseDevice(const Invocation& call, const Project& project, const QString& key) {
     const ScratchFolder widgets;
-    AppModel model(besideTheWidgets(widgets));
+    const AppModel model(besideTheWidgets(widgets));
     if (const StoreResult saved = model.devices()->choose(project.id, key); !saved) {
         return call.failure(saved.error().text());
     }

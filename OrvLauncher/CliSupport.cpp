@@ -323,7 +323,7 @@ QFuture<FoundProject> findProject(
         if (!projects) {
             return std::unexpected(NoProject{exitFailed, projects.error().text()});
         }
-        FoundProject named = projectNamed(word, root, *projects, use, overrides);
+        const FoundProject named = projectNamed(word, root, *projects, use, overrides);
         return named || fallback.isEmpty() ? named : projectAt(fallback, use, overrides);
     });
     onFinished(found, progress, [progress](const FoundProject&) { progress->deleteLater(); });

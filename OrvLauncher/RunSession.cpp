@@ -41,7 +41,7 @@ RunSession::RunSession(
     AppModel& model, Console& console, const Project& project, const Options& options, QObject* parent)
     : QObject(parent), m_model(model), m_console(console), m_project(project), m_options(options) {
     addLabels();
-    ProcessManager& processes = m_model.processes();
+    const ProcessManager& processes = m_model.processes();
     connect(&processes, &ProcessManager::stateChanged, this, &RunSession::stateChanged);
     connect(&processes, &ProcessManager::linesSkipped, this, &RunSession::linesSkipped);
     connect(&processes, &ProcessManager::logAppended, this, [this](const ServiceID& id, qsizetype added, qsizetype) {

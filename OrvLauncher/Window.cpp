@@ -205,8 +205,8 @@ bool WindowShell::open() {
     }
     // What the first frame does not need comes after it. There is none where the window is not to be seen.
     connect(
-        m_window, &QQuickWindow::frameSwapped, this, &WindowShell::startRest,
-        Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
+        m_window, &QQuickWindow::frameSwapped, this, [this] { QTimer::singleShot(0ms, this, &WindowShell::startRest); },
+        Qt::SingleShotConnection);
     QTimer::singleShot(m_wish.staysInTray ? 0ms : frameLimit, this, &WindowShell::startRest);
     return true;
 }
@@ -543,7 +543,7 @@ int runWindow(int argc, char** argv, const StartWish& wish) {
     }
     chooseGraphics();
     QQuickWindow::setTextRenderType(QQuickWindow::NativeTextRendering);
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     drawWithoutDelay();
 #ifndef Q_OS_MACOS
     PlatformWords words;

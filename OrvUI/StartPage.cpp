@@ -49,9 +49,8 @@ bool openStartPage(AppModel& model, const QString& value) {
     }
     if (!model.hasScanned()) {
         const auto openThen = [&model, value] { openStartPage(model, value); };
-        QObject::connect(
-            &model, &AppModel::hasScannedChanged, &model, openThen,
-            static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+        const auto queue = [&model, openThen] { QMetaObject::invokeMethod(&model, openThen, Qt::QueuedConnection); };
+        QObject::connect(&model, &AppModel::hasScannedChanged, &model, queue, Qt::SingleShotConnection);
         return true;
     }
     const QString name = value.contains(u':') ? value.section(u':', 1) : value;

@@ -74,7 +74,7 @@ void DesktopNotifier::askCapabilities() {
             return;
         }
         const QStringList words = capabilities.arguments().value(0).toStringList();
-        Server server{capabilities.service(), {}, words.contains(u"body-markup"), words.contains(u"actions")};
+        const Server server{capabilities.service(), {}, words.contains(u"body-markup"), words.contains(u"actions")};
         call(u"GetServerInformation"_s, {}, [this, server](const QDBusMessage& information) {
             Server known = server;
             known.name = information.arguments().value(0).toString();

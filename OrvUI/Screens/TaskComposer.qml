@@ -85,7 +85,9 @@ FocusScope {
         onAccepted: composer.add()
         Keys.onEscapePressed: event => {
             event.accepted = text.length > 0;
-            clear(); // can be taken back; a text that is set can not
+            // What is removed as a selection can be taken back by itself.
+            selectAll();
+            clear();
         }
 
         Label {

@@ -214,12 +214,14 @@ public:
 
     /// `input` is what the command gets, in the pieces between NUL bytes.
     int run(const std::shared_ptr<Session>& self, std::string_view input) {
-        m_process = term::LocalProcess::create(
-            self, {.directDelivery = true, .onLaunchFailure = [weak = std::weak_ptr(self)](const auto& error) {
-                       if (const auto session = weak.lock()) {
-                           session->launchFailed(error);
-                       }
-                   }});
+        term::LocalProcess::Configuration configuration;
+        configuration.directDelivery = true;
+        configuration.onLaunchFailure = [weak = std::weak_ptr(self)](const auto& error) {
+            if (const auto session = weak.lock()) {
+                session->launchFailed(error);
+            }
+        };
+        m_process = term::LocalProcess::create(self, std::move(configuration));
         m_process->startProcess(
             {.executable = "/usr/bin/env", .args = m_options.command, .environment = environment()});
         std::unique_lock lock(m_mutex);

@@ -91,6 +91,7 @@ Item {
 
     Row {
         anchors.left: tile.left
+        anchors.leftMargin: -Theme.space4
         anchors.verticalCenter: open.verticalCenter
         spacing: Theme.space6
 

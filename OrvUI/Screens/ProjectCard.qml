@@ -263,7 +263,7 @@ T.Control {
             // Nothing runs: what is the case, in words.
             Row {
                 anchors.left: parent.left
-                anchors.leftMargin: Theme.space16
+                anchors.leftMargin: Theme.space12
                 anchors.verticalCenter: action.verticalCenter
                 visible: card.services.length === 0 && card.cardState !== "failed"
                 spacing: Theme.space6

@@ -101,6 +101,8 @@ Column {
         Row {
             id: cards
 
+            readonly property int third: Math.floor((width - 2 * spacing) / 3)
+
             width: parent.width
             spacing: Theme.space12
             Accessible.role: Accessible.Grouping
@@ -110,7 +112,8 @@ Column {
                 model: section.agents.autonomies
 
                 AutonomyCard {
-                    width: Math.floor((cards.width - 2 * cards.spacing) / 3)
+                    // The last one ends where the list above does.
+                    width: index < 2 ? cards.third : cards.width - 2 * (cards.third + cards.spacing)
                     onClicked: section.agents.autonomy = index
                 }
             }

@@ -116,7 +116,7 @@ Item {
             id: kind
 
             anchors.verticalCenter: parent.verticalCenter
-            width: Math.min(implicitWidth, title.width / 3)
+            width: Math.min(implicitWidth, Math.max(title.width / 3, Math.floor(title.width - name.implicitWidth - title.spacing)))
             visible: row.framework.length > 0
             text: row.framework
         }

@@ -57,7 +57,8 @@ FocusScope {
             }
 
             Label {
-                visible: page.model.projectTasks.openCount === 0
+                // With nothing done either, the picture says it.
+                visible: page.model.projectTasks.openCount === 0 && !list.isEmpty
                 topPadding: Theme.space20
                 color: Theme.text3
                 text: qsTr("Nothing to do here. What you add is kept with %1.").arg(page.detail.name)

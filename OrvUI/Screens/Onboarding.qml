@@ -124,7 +124,7 @@ T.Popup {
                 id: foot
 
                 anchors.bottom: parent.bottom
-                anchors.bottomMargin: Theme.space40
+                anchors.bottomMargin: popup.width < Theme.narrowLimit ? Theme.space32 : Theme.space40
                 x: popup.inset
                 width: parent.width - 2 * x
                 height: Theme.buttonDialog

@@ -211,6 +211,12 @@ Sheet {
                 }
             }
 
+            Item {
+                visible: sheet.confirming && !sheet.otherCommand
+                width: Theme.hairline
+                height: Theme.space8
+            }
+
             // The last line of what runs, and how far it is.
             Column {
                 visible: sheet.running

@@ -229,7 +229,7 @@ Sheet {
                 Label {
                     width: parent.width
                     role: Theme.MonoPath
-                    color: Theme.text2
+                    color: Theme.text3
                     text: sheet.model.setupLastLine.length > 0 ? sheet.model.setupLastLine : qsTr("Starting…")
                 }
 
@@ -272,7 +272,7 @@ Sheet {
                                 width: output.width
                                 role: Theme.MonoPath
                                 height: Theme.iconLarge
-                                color: Theme.text2
+                                color: Theme.text3
                                 text: modelData
                             }
                         }
@@ -300,6 +300,7 @@ Sheet {
                 Label {
                     visible: sheet.failed
                     role: Theme.SmallStrong
+                    color: Theme.text2
                     text: qsTr("Install command")
                 }
 
@@ -338,7 +339,7 @@ Sheet {
                     anchors.verticalCenter: parent.verticalCenter
                     visible: !sheet.failed
                     role: Theme.Small
-                    color: Theme.text2
+                    color: Theme.text3
                     text: sheet.running ? qsTr("%1 of %2 done").arg(sheet.model.setupDoneCount).arg(sheet.model.setupStepCount)
                         : sheet.model.setupStepCount === 1 ? qsTr("1 step") : qsTr("%1 steps").arg(sheet.model.setupStepCount)
                 }

@@ -37,7 +37,7 @@ Item {
             visible: !step.running
             size: Theme.iconLarge
             name: step.failed ? "circle-x" : step.status === "done" ? "circle-check" : "circle-dashed"
-            color: step.failed ? Theme.danger : step.status === "done" ? Theme.success : Theme.text2
+            color: step.failed ? Theme.danger : step.status === "done" ? Theme.success : Theme.text3
         }
 
         Loader {
@@ -69,7 +69,7 @@ Item {
         anchors.rightMargin: Theme.space12
         anchors.top: mark.top
         role: Theme.Small
-        color: step.failed ? Theme.danger : Theme.text2
+        color: step.failed ? Theme.danger : Theme.text3
         text: step.failed ? qsTr("Failed") : step.running ? qsTr("Installing") : step.status === "done" ? qsTr("Done") : qsTr("Waiting")
     }
 
@@ -83,7 +83,7 @@ Item {
         anchors.top: heading.bottom
         anchors.topMargin: Theme.hairline
         role: Theme.MonoPath
-        color: Theme.text2
+        color: Theme.text3
         // Whoever is asked reads all of it.
         wrapMode: Text.WrapAnywhere
         elide: Text.ElideNone

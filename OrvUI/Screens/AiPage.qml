@@ -138,14 +138,20 @@ FocusScope {
                 }
             }
 
-            Repeater {
-                id: runs
+            Column {
+                width: parent.width
+                visible: runs.count > 0
+                spacing: Theme.space16
 
-                model: page.agents.runs
+                Repeater {
+                    id: runs
 
-                AgentRunCard {
-                    width: main.width
-                    agents: page.agents
+                    model: page.agents.runs
+
+                    AgentRunCard {
+                        width: main.width
+                        agents: page.agents
+                    }
                 }
             }
 

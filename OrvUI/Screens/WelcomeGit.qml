@@ -6,7 +6,7 @@ WelcomePage {
     id: page
 
     title: qsTr("Tell git who you are")
-    text: qsTr("Your commits carry this name and email. Leave both empty to keep git as it is.")
+    text: qsTr("Your commits carry this name and e-mail. Leave both empty to keep git as it is.")
 
     FormField {
         width: parent.width
@@ -25,13 +25,13 @@ WelcomePage {
 
     FormField {
         width: parent.width
-        label: qsTr("Email")
+        label: qsTr("E-mail")
 
         Field {
             width: parent.width
             implicitHeight: Theme.fieldLarge
             corner: Theme.radiusLarge
-            placeholderText: qsTr("Email for commits")
+            placeholderText: qsTr("E-mail for commits")
             inputMethodHints: Qt.ImhEmailCharactersOnly
             text: page.form.gitEmail
             onTextEdited: page.form.gitEmail = text

@@ -173,9 +173,12 @@ QFuture<void> AppModel::runOnChosenDevice(const RunRequest& request, const QStri
     };
     const QMetaObject::Connection waiting = connect(&d->devices, &DevicesModel::awaitedChanged, this, dismiss);
     onFinished(ready, this, [this, request, completion, waiting, projectID](const DeviceTools::Booted& device) {
-        d->devices.endAwaiting(projectID);
+        const bool isOff = d->stops.isOff(projectID, request.since);
+        if (!isOff) { // what the project may wait for since its stop is another device
+            d->devices.endAwaiting(projectID);
+        }
         disconnect(waiting);
-        if (d->stops.isOff(projectID, request.since)) {
+        if (isOff) {
             completion.finish();
             return;
         }

@@ -142,7 +142,14 @@ QFuture<void> AppModel::confirmInstall() {
     });
     connect(d->setupRunner, &SetupRunner::finished, this, &AppModel::setupEnded);
     const QFuture<void> end = d->setupCompletion->future();
-    d->setupRunner->start();
+    // An install that an application which was killed has left writes into the same folder.
+    QList<QFuture<void>> left;
+    for (const QList<ServiceTarget>& targets : std::as_const(d->setupPlan->targets)) {
+        for (const ServiceTarget& target : targets) {
+            left.append(d->orphans->stop(installID(target, session.project.id)));
+        }
+    }
+    onFinished(whenAll(left, this), d->setupRunner, [runner = d->setupRunner] { runner->start(); });
     return end;
 }
 

@@ -3,6 +3,7 @@
 #include "OrvCore/CommandBuilder.h"
 #include "OrvCore/Paths.h"
 #include "OrvProcess/ChildRecords.h"
+#include "OrvUI/AppModel.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -35,11 +36,21 @@ constexpr std::array manifestFiles{
 using Commands = QMap<QString, Manifests>;
 
 /// What stands for an install that has begun: no file has such a name. Its time is that of the newest change when it
-/// was over; none while its owner lives, and when nobody was there any more to note it.
+/// was over; none while it is under way, and when nobody was there any more to note it.
 const QString unfinishedMark = u"/"_s;
 
 bool isUnfinished(const std::optional<Manifests>& record) {
     return record && record->contains(unfinishedMark);
+}
+
+/// Whether who began the install lives, or an install that it began: one may outlive an application that was killed,
+/// and goes on writing then.
+bool isUnderWay(const ManifestStamp& mark, const ChildRecords& running) {
+    const auto isInstallOfIt = [&mark](const ChildRecord& child) {
+        return child.kind && AppModel::isInstall({child.projectID, *child.kind, child.directory}) &&
+               mark.owner == u"%1 %2 %3"_s.arg(child.owner.pid).arg(child.owner.startTime, child.boot);
+    };
+    return ChildRecords::livesByName(mark.owner) || std::ranges::any_of(running.orphans(), isInstallOfIt);
 }
 
 qint64 modified(const QFileInfo& info) {
@@ -191,7 +202,8 @@ bool InstallRecord::isInstallNeeded(const ServiceTarget& target) {
     if (mark.modified != 0) {
         return newestChange(target) <= mark.modified;
     }
-    if (!ChildRecords::livesByName(mark.owner)) {
+    const ChildRecords running(QFileInfo(m_file.path()).path() + u"/running"_s);
+    if (!isUnderWay(mark, running)) {
         (void)abandon(target, body); // where that can't be written nothing settles it but another install
     }
     return true;

@@ -75,6 +75,10 @@ void SetupRunner::next() {
         Q_EMIT finished({});
         return;
     }
+    if (m_isStopped) {
+        fail(tr("Stopped."));
+        return;
+    }
     Q_EMIT stepChanged(m_index, SetupStep::Status::running);
     // An earlier step may have installed for this one too.
     struct Look {
@@ -137,34 +141,38 @@ void SetupRunner::end(const ServiceState& state) {
     const Step& step = m_steps[m_index];
     const bool isStopped = m_isStopped || m_processes.wasUserStopped(step.id);
     const bool isDone = !isStopped && state.phase == ServiceState::Phase::stopped;
-    const auto settle = [begun = m_begun, installs = m_installs, isDone] {
+    if (!isDone) {
+        fail(isStopped ? tr("Stopped.") : reasonOf(state, m_processes.log(step.id)));
+        return;
+    }
+    const auto settle = [begun = m_begun, installs = m_installs] {
         for (const auto& [target, body, before] : begun) {
-            if (!isDone) {
-                (void)installs->abandon(target, body);
-            } else if (CommandBuilder::needsInstall(target)) {
+            if (CommandBuilder::needsInstall(target)) {
                 (void)installs->remember(target.directory, body, before);
             } else {
                 (void)installs->forget(target.directory, body);
             }
         }
     };
-    onFinished(runIn(m_pool, settle), this, [this, isDone, isStopped, state] {
-        if (isDone) {
-            advance();
-            return;
-        }
-        fail(isStopped ? tr("Stopped.") : reasonOf(state, m_processes.log(m_steps[m_index].id)));
-    });
+    onFinished(runIn(m_pool, settle), this, [this] { advance(); });
 }
 
 void SetupRunner::fail(const QString& reason) {
-    Q_EMIT stepChanged(m_index, SetupStep::Status::failed);
-    Q_EMIT finished(reason);
+    const auto settle = [begun = m_begun, installs = m_installs] {
+        for (const Begun& install : begun) {
+            (void)installs->abandon(install.target, install.body);
+        }
+    };
+    onFinished(runIn(m_pool, settle), this, [this, reason] {
+        Q_EMIT stepChanged(m_index, SetupStep::Status::failed);
+        Q_EMIT finished(reason);
+    });
 }
 
 void SetupRunner::advance() {
     Q_EMIT stepChanged(m_index, SetupStep::Status::done);
     ++m_index;
+    m_begun.clear();
     next();
 }
 

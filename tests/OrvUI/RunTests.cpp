@@ -1,8 +1,10 @@
+#include "OrvCore/CommandBuilder.h"
 #include "OrvProcess/ChildRecords.h"
 #include "OrvProcess/ProcessSpawner.h"
 #include "OrvTerminal/TerminalTabs.h"
 #include "OrvUI/AgentRun.h"
 #include "OrvUI/HomeModels.h"
+#include "OrvUI/InstallRecord.h"
 #include "OrvUI/OrphanedWork.h"
 #include "OrvUI/ProjectDetail.h"
 #include "OrvUI/QuitGuard.h"
@@ -271,6 +273,37 @@ TEST_F(RunTest, EndsWhatAKilledApplicationHasLeft) {
     EXPECT_EQ(orphans.all().size(), 1) << "agents are no services";
     ASSERT_TRUE(finishes(model->quit()));
     EXPECT_TRUE(orphans.all().isEmpty()) << "what is being ended is waited for";
+}
+
+TEST_F(RunTest, EndsAnInstallThatIsLeftBeforeItBeginsAnother) {
+    addNode(u"fresh"_s, "vite", up(3002));
+    tree.add(u"projects/fresh/node_modules/"_s);
+    scan();
+    const Project fresh = project(u"fresh"_s);
+    const ServiceTarget& web = fresh.targets.first();
+    const ServiceID install = AppModel::installID(web, fresh.id);
+    const QString file = tree.path(u"support/installs.json"_s);
+    ASSERT_TRUE(InstallRecord(file).begin(web.directory, CommandBuilder::installBody(web)));
+    const QByteArray owner = "\"owner\": \"";
+    const QByteArray marks =
+        readFile(file).replace(owner + QByteArray::number(QCoreApplication::applicationPid()), owner + "1073741823");
+    tree.add(u"support/installs.json"_s, marks);
+    Project installed = fresh;
+    installed.id = install.projectID;
+    leave(installed, install.kind, install.directory);
+    ASSERT_TRUE(finishes(model->run(fresh, {ServiceKind::frontend})));
+    ASSERT_TRUE(model->setup() && model->orphans()->holds(install));
+    EXPECT_EQ(readFile(file), marks) << "nothing is settled while it goes on";
+    const ChildRecord other = model->orphans()->all().first();
+    EXPECT_TRUE(ChildRecords::isAlive(other)) << "nobody has confirmed yet";
+    std::optional<bool> wasAlone;
+    QObject::connect(model.get(), &AppModel::setupChanged, model.get(), [&] {
+        const bool begins = model->setup() && model->setup()->steps.first().status == SetupStep::Status::running;
+        wasAlone = begins ? !ChildRecords::isAlive(other) : wasAlone;
+    });
+    ASSERT_TRUE(finishes(model->confirmInstall()));
+    EXPECT_EQ(wasAlone, true);
+    EXPECT_EQ(readFile(root + u"/fresh/installed.txt"_s).simplified(), "installing");
 }
 
 TEST_F(RunTest, ShowsWhatIsLeftUntilItEnds) {

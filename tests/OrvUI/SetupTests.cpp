@@ -1,4 +1,5 @@
 #include "OrvUI/QuitGuard.h"
+#include "OrvUI/SetupRunner.h"
 #include "tests/OrvUI/ModelFixture.h"
 
 #include <QCoreApplication>
@@ -124,6 +125,8 @@ TEST_F(SetupTest, EndsWhenItIsStoppedOrCancelled) {
         EXPECT_EQ(session(), expected) << label;
         EXPECT_TRUE(waitFor([&] { return !model->processes().state(install).isActive(); })) << label;
         EXPECT_EQ(state(shop, ServiceKind::frontend).phase, Phase::stopped) << label;
+        EXPECT_TRUE(waitFor([&] { return model->findChild<SetupRunner*>() == nullptr; })) << label;
+        EXPECT_FALSE(readFile(tree.path(u"support/installs.json"_s)).contains("owner")) << label << ": it is over";
     }
 }
 

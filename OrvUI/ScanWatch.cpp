@@ -2,6 +2,7 @@
 
 #include "OrvCore/Async.h"
 #include "OrvCore/BackgroundThread.h"
+#include "OrvCore/FileStamp.h"
 #include "OrvUI/AppModel.h"
 #include "OrvUI/Pool_p.h"
 
@@ -112,17 +113,26 @@ void ScanWatch::takeInScan() {
     }
 }
 
-ScanWatch::Folders ScanWatch::foldersOf(const Request& request) {
+ScanWatch::Place ScanWatch::placeOf(const QString& folder) {
+    const FileStamp stamp = FileStamp::of(folder);
+    return {stamp.device, stamp.inode};
+}
+
+ScanWatch::Folders ScanWatch::foldersOf(const Request& request, const ScanCancellation& cancellation) {
     Folders found;
+    found.root = placeOf(request.root);
     const QSet<QString> skipped = ProjectScanner::defaultSkips();
     QStringList level{QFileInfo(request.root).canonicalFilePath()};
     level.removeAll(QString()); // it is not there
     for (int depth = 0; depth <= deepest && !level.isEmpty(); ++depth) {
         QStringList next;
         for (const QString& folder : std::as_const(level)) {
-            if (found.names.size() >= request.limit) {
+            if (found.names.size() >= request.limit || cancellation.isCancelled()) {
                 found.isWhole = false;
                 return found;
+            }
+            if (!QFileInfo(folder).isReadable()) {
+                continue;
             }
             const QFileInfoList entries = QDir(folder).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot);
             size_t names = 0;
@@ -138,14 +148,36 @@ ScanWatch::Folders ScanWatch::foldersOf(const Request& request) {
         }
         level = next;
     }
+    // Nothing tells when it comes back.
+    found.isWhole = !found.names.isEmpty();
     return found;
 }
 
 void ScanWatch::lookIfBlind() {
-    if (m_isBlind && !m_isBusy && m_model && !m_model->isScanning()) {
-        m_isDue = true;
-        look(false);
+    ORV_ASSERT_MAIN_THREAD();
+    if (m_isBusy || !m_model || m_model->isScanning() || !m_model->hasScanned()) {
+        return;
     }
+    if (m_isBlind) {
+        look(false);
+    } else if (!m_asksRoot) {
+        lookAtRoot();
+    }
+}
+
+void ScanWatch::lookAtRoot() {
+    m_asksRoot = true;
+    const auto work = [root = m_model->settings().settings().scanRoot] {
+        becomeBackgroundThread();
+        return placeOf(root);
+    };
+    onFinished(runIn(m_pool, work), this, [this, at = m_generation](const Place& root) {
+        m_asksRoot = false;
+        if (at == m_generation && m_model && root != m_root) {
+            m_isDue = true;
+            look(false);
+        }
+    });
 }
 
 void ScanWatch::look(bool isFirst) {
@@ -158,17 +190,18 @@ void ScanWatch::look(bool isFirst) {
     for (const Project& project : m_model->projects()) {
         request.projects.insert(project.root);
     }
-    const auto work = [request] {
+    m_cancellation = std::make_shared<ScanCancellation>();
+    const auto work = [request, cancellation = m_cancellation] {
         becomeBackgroundThread(); // its pool is for this alone
-        return foldersOf(request);
+        return foldersOf(request, *cancellation);
     };
     onFinished(runIn(m_pool, work), this, [this, isFirst, at = m_generation](const Folders& folders) {
         if (at != m_generation || !m_model) {
             return;
         }
         // Where not all can be seen, the names say nothing. The scan may have passed what came while it ran.
-        const bool isSame =
-            isFirst ? folders.newestMs < m_scanBegan - clockStep.count() : folders.names == m_names && !m_isBlind;
+        const bool isSame = isFirst ? folders.newestMs < m_scanBegan - clockStep.count()
+                                    : folders.names == m_names && folders.root == m_root && !m_isBlind;
         follow(folders);
         if (isSame) {
             m_isBusy = false;
@@ -197,9 +230,9 @@ void ScanWatch::compare() {
         }
         m_isBusy = false;
         m_rest = std::chrono::milliseconds(clock.elapsed()) * restFactor;
-        if (found) {
-            setNews(newsOf(m_model->projects(), *found));
-        }
+        // What was said before may be true no longer, and nobody knows.
+        setNews(found ? newsOf(m_model->projects(), *found) : QString());
+        m_isBlind = m_isBlind || !found;
         if (m_isDue) {
             m_settle.start(std::max(settleTime, m_rest));
         }
@@ -210,15 +243,18 @@ void ScanWatch::follow(const Folders& folders) {
     m_names = folders.names;
     QStringList gone;
     const QStringList watched = m_watcher.directories();
+    // Of another one below the same name, the folders are others too: what is watched went away with the old one.
+    const bool isOther = std::exchange(m_root, folders.root) != folders.root;
     for (const QString& folder : watched) {
-        if (!m_names.contains(folder)) {
+        if (isOther || !m_names.contains(folder)) {
             gone.append(folder);
         }
     }
     if (!gone.isEmpty()) {
         m_watcher.removePaths(gone);
     }
-    const QSet<QString> known(watched.begin(), watched.end());
+    const QStringList kept = m_watcher.directories();
+    const QSet<QString> known(kept.begin(), kept.end());
     m_isBlind = !folders.isWhole;
     for (auto each = m_names.begin(); each != m_names.end(); ++each) {
         if (known.contains(each.key())) {
@@ -226,8 +262,8 @@ void ScanWatch::follow(const Folders& folders) {
         }
         if (m_watcher.addPath(each.key())) {
             m_isDue = true; // what was made between the look and the watch
-        } else if (QFileInfo(each.key()).isReadable()) {
-            m_isBlind = true; // the system watches no more, and says so each time
+        } else {
+            m_isBlind = true; // it went away, or the system watches no more and says so each time
             break;
         }
     }

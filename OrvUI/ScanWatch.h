@@ -11,6 +11,8 @@
 #include <QTimer>
 
 #include <chrono>
+#include <memory>
+#include <utility>
 
 Q_MOC_INCLUDE("OrvUI/AppModel.h")
 
@@ -37,7 +39,8 @@ public:
 
     /// "shop is new", "shop is gone", "3 projects are new, 1 is gone"; empty while everything is as it was listed.
     [[nodiscard]] const QString& news() const { return m_news; }
-    /// Looks at once, unless all folders are watched anyway.
+    /// Looks at once, unless all folders are watched anyway: then only whether the scanned one is still the same, of
+    /// whose name nothing can be watched.
     Q_INVOKABLE void lookIfBlind();
 
     std::chrono::milliseconds settleTime = std::chrono::seconds(1); ///< in which changes are waited for to end
@@ -50,10 +53,13 @@ Q_SIGNALS:
 private:
     /// The names in each watched folder, as one number; by path.
     using Names = QHash<QString, size_t>;
+    /// A folder whatever it is called: device and inode; zero for none.
+    using Place = std::pair<quint64, quint64>;
     struct Folders {
-        Names names;
+        Names names; ///< of those that can be read
+        Place root;
         qint64 newestMs = 0; ///< when a name came or went last, in milliseconds since 1970
-        bool isWhole = true; ///< the limit was not reached
+        bool isWhole = true; ///< the limit was not reached, and the scanned folder can be read
     };
     struct Request {
         QString root;
@@ -61,8 +67,10 @@ private:
         int limit = 0;
         bool operator==(const Request&) const = default;
     };
-    [[nodiscard]] static Folders foldersOf(const Request& request);
+    [[nodiscard]] static Place placeOf(const QString& folder);
+    [[nodiscard]] static Folders foldersOf(const Request& request, const ScanCancellation& cancellation);
     void takeInScan();
+    void lookAtRoot();
     void look(bool isFirst);
     void compare();
     void follow(const Folders& folders);
@@ -71,11 +79,13 @@ private:
     QPointer<AppModel> m_model;
     QString m_news;
     Names m_names;
+    Place m_root;           ///< whose folders are watched
     bool m_isBlind = false; ///< some folders are not watched
     bool m_isBusy = false;
-    bool m_isDue = false;   ///< something changed meanwhile
-    int m_generation = 0;   ///< of the list that is compared with
-    qint64 m_scanBegan = 0; ///< in milliseconds since 1970; 0 when nobody saw it
+    bool m_asksRoot = false; ///< whether it is still the same
+    bool m_isDue = false;    ///< something changed meanwhile
+    int m_generation = 0;    ///< of the list that is compared with
+    qint64 m_scanBegan = 0;  ///< in milliseconds since 1970; 0 when nobody saw it
     std::chrono::milliseconds m_rest{0};
     QFileSystemWatcher m_watcher;
     QTimer m_settle;

@@ -325,6 +325,15 @@ TEST_F(AppModelTest, TellsWhatAnotherScanWouldFind) {
         {"another service", [&] { addInstalled(u"shop/api"_s, "express", up(4004)); }, u"2 projects are new"_s},
         {"moved away again", [&] { EXPECT_TRUE(move(u"projects/moved"_s, u"aside/moved"_s)); }, u"notes is new"_s},
         {"removed", [&] { EXPECT_TRUE(QDir(root + u"/shop"_s).removeRecursively()); }, u"notes is new, shop is gone"_s},
+        {"all of it away", [&] { EXPECT_TRUE(move(u"projects"_s, u"away"_s)); }, u"shop is gone"_s},
+        {"and back", [&] { EXPECT_TRUE(move(u"away"_s, u"projects"_s)); }, u"notes is new, shop is gone"_s},
+        {"another one in its place", [&] { EXPECT_TRUE(move(u"projects"_s, u"away"_s) && QDir().mkpath(root)); },
+         u"shop is gone"_s},
+        {"which is watched", [&] { addInstalled(u"blog"_s, "vite", up(4005)); }, u"blog is new, shop is gone"_s},
+        {"one that can't be looked at", [&] { EXPECT_TRUE(QDir(root).removeRecursively() && QFile::link(root, root)); },
+         QString()},
+        {"the first one again", [&] { EXPECT_TRUE(QFile::remove(root) && move(u"away"_s, u"projects"_s)); },
+         u"notes is new, shop is gone"_s},
     };
     for (const int limit : {256, 1}) {
         ScanWatch watch;
